@@ -1,0 +1,172 @@
+/* SPDX-License-Identifier: MIT */
+/* The feature library's interface: cameras as sets of named features, and a queue of frame buffers. */
+
+/**
+ * @file vxcore.h
+ * Interface of `libvxcore.so.3`, the feature library that `libvxmcd.so.3` drives cameras through.
+ *
+ * Conventions, valid for every function:
+ *
+ * 1. Every function returns an `int` code: #VX_SUCCESS (0) or one of the other `VX_` codes below. Outputs are
+ *    written only on success.
+ * 2. A device is addressed by the handle that VX_Open() wrote. The handle #VX_HANDLE_SYSTEM addresses the library
+ *    itself and offers the integer feature "DeviceCount".
+ * 3. Features are addressed by name, a NUL-terminated wide string, compared exactly. Which features a camera has,
+ *    their kinds and their limits, depends on its model and on its other settings.
+ * 4. Text comes back in a caller's buffer of `length` wide characters, terminator included.
+ * 5. Every function may be called from any thread. Only VX_WaitBuffer() blocks.
+ * 6. Each operation on enumerated features exists under two names, `...Enumerated...` and `...Enum...`, with the same
+ *    meaning.
+ */
+#ifndef VXCORE_H
+#define VXCORE_H
+
+#include <stddef.h>
+#ifndef __cplusplus
+#include <wchar.h>
+#endif
+
+#if defined(__GNUC__)
+#define VXCORE_API __attribute__((visibility("default")))
+#else
+#define VXCORE_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Handle of the library itself: the home of "DeviceCount". */
+#define VX_HANDLE_SYSTEM 1
+/** A handle that is never valid. */
+#define VX_HANDLE_NONE (-1)
+/** Time-out of VX_WaitBuffer() that never runs out. */
+#define VX_INFINITE 0xFFFFFFFFu
+/** Frame buffers must start at a multiple of this many bytes. */
+#define VX_BUFFER_ALIGNMENT 8
+
+/** @name Result codes
+ *  @{ */
+#define VX_SUCCESS 0                   /**< done */
+#define VX_ERR_NOT_IMPLEMENTED 2       /**< the camera has no such feature */
+#define VX_ERR_NOT_READABLE 3          /**< the feature cannot be read */
+#define VX_ERR_NOT_AVAILABLE 4         /**< not available under the present settings */
+#define VX_ERR_NOT_WRITABLE 5          /**< not writable now, for example while acquiring */
+#define VX_ERR_OUT_OF_RANGE 6          /**< the value is outside the feature's present limits */
+#define VX_ERR_START_REFUSED 37        /**< "AcquisitionStart" refused: no buffer queued, or already acquiring */
+#define VX_ERR_NOT_INITIALISED 40      /**< the library is not initialised */
+#define VX_ERR_INVALID_HANDLE 41       /**< no open device has this handle */
+#define VX_ERR_NO_SUCH_DEVICE 42       /**< no device has this index */
+#define VX_ERR_DEVICE_IN_USE 43        /**< the device is open already */
+#define VX_ERR_NULL_ARGUMENT 44        /**< a required pointer is null */
+#define VX_ERR_WRONG_KIND 45           /**< the feature is of another kind than the operation */
+#define VX_ERR_INDEX_NOT_AVAILABLE 46  /**< the enumerated value is not available under the present settings */
+#define VX_ERR_INDEX_NOT_IMPLEMENTED 47 /**< the enumerated feature has no value with this index */
+#define VX_ERR_STRING_NOT_AVAILABLE 48 /**< the enumerated feature has no value with this text */
+#define VX_ERR_TEXT_TOO_LONG 49        /**< the text does not fit the caller's buffer */
+#define VX_ERR_TIMED_OUT 50            /**< no frame arrived within the time-out */
+#define VX_ERR_BUFFER_MISALIGNED 51    /**< the buffer does not start at a multiple of #VX_BUFFER_ALIGNMENT */
+#define VX_ERR_BUFFER_TOO_SMALL 52     /**< the buffer is smaller than "ImageSizeBytes" */
+#define VX_ERR_COMMUNICATION 53        /**< the device does not answer: unplugged, or powered down */
+#define VX_ERR_OUT_OF_MEMORY 54        /**< the library could not allocate */
+#define VX_ERR_HARDWARE_OVERFLOW 100   /**< the camera's memory overflowed: frames were lost */
+/** @} */
+
+/** @name Library and devices
+ *  Initialise and finalise are counted: the last VX_FinaliseLibrary() closes every device still open.
+ *  @{ */
+VXCORE_API int VX_InitialiseLibrary(void);
+VXCORE_API int VX_FinaliseLibrary(void);
+/** Opens the device at @p deviceIndex (0 to "DeviceCount" - 1) and writes its handle. */
+VXCORE_API int VX_Open(int deviceIndex, int* handle);
+/** Stops an acquisition, drops every queued buffer and closes the device. No buffer is touched afterwards. */
+VXCORE_API int VX_Close(int handle);
+/** @} */
+
+/** @name Any feature
+ *  @p flag becomes 1 or 0. A feature the camera lacks is not implemented, which is not an error here.
+ *  @{ */
+VXCORE_API int VX_IsImplemented(int handle, const wchar_t* feature, int* flag);
+VXCORE_API int VX_IsReadable(int handle, const wchar_t* feature, int* flag);
+VXCORE_API int VX_IsWritable(int handle, const wchar_t* feature, int* flag);
+/** @} */
+
+/** @name Integer features
+ *  @{ */
+VXCORE_API int VX_SetInt(int handle, const wchar_t* feature, long long value);
+VXCORE_API int VX_GetInt(int handle, const wchar_t* feature, long long* value);
+VXCORE_API int VX_GetIntMin(int handle, const wchar_t* feature, long long* minimum);
+VXCORE_API int VX_GetIntMax(int handle, const wchar_t* feature, long long* maximum);
+/** @} */
+
+/** @name Float features
+ *  @{ */
+VXCORE_API int VX_SetFloat(int handle, const wchar_t* feature, double value);
+VXCORE_API int VX_GetFloat(int handle, const wchar_t* feature, double* value);
+VXCORE_API int VX_GetFloatMin(int handle, const wchar_t* feature, double* minimum);
+VXCORE_API int VX_GetFloatMax(int handle, const wchar_t* feature, double* maximum);
+/** @} */
+
+/** @name Boolean features (0 or 1)
+ *  @{ */
+VXCORE_API int VX_SetBool(int handle, const wchar_t* feature, int value);
+VXCORE_API int VX_GetBool(int handle, const wchar_t* feature, int* value);
+/** @} */
+
+/** @name Enumerated features: an index from 0 to count - 1, and a text for each
+ *  @{ */
+VXCORE_API int VX_SetEnumerated(int handle, const wchar_t* feature, int index);
+VXCORE_API int VX_SetEnumeratedString(int handle, const wchar_t* feature, const wchar_t* text);
+VXCORE_API int VX_GetEnumerated(int handle, const wchar_t* feature, int* index);
+VXCORE_API int VX_GetEnumeratedCount(int handle, const wchar_t* feature, int* count);
+VXCORE_API int VX_GetEnumeratedString(int handle, const wchar_t* feature, int index, wchar_t* text, int length);
+VXCORE_API int VX_IsEnumeratedIndexAvailable(int handle, const wchar_t* feature, int index, int* flag);
+VXCORE_API int VX_IsEnumeratedIndexImplemented(int handle, const wchar_t* feature, int index, int* flag);
+
+VXCORE_API int VX_SetEnumIndex(int handle, const wchar_t* feature, int index);
+VXCORE_API int VX_SetEnumString(int handle, const wchar_t* feature, const wchar_t* text);
+VXCORE_API int VX_GetEnumIndex(int handle, const wchar_t* feature, int* index);
+VXCORE_API int VX_GetEnumCount(int handle, const wchar_t* feature, int* count);
+VXCORE_API int VX_GetEnumStringByIndex(int handle, const wchar_t* feature, int index, wchar_t* text, int length);
+VXCORE_API int VX_IsEnumIndexAvailable(int handle, const wchar_t* feature, int index, int* flag);
+VXCORE_API int VX_IsEnumIndexImplemented(int handle, const wchar_t* feature, int index, int* flag);
+/** @} */
+
+/** @name String features
+ *  VX_GetStringMaxLength() writes the length in wide characters, terminator included, that always suffices.
+ *  @{ */
+VXCORE_API int VX_SetString(int handle, const wchar_t* feature, const wchar_t* value);
+VXCORE_API int VX_GetString(int handle, const wchar_t* feature, wchar_t* value, int length);
+VXCORE_API int VX_GetStringMaxLength(int handle, const wchar_t* feature, int* length);
+/** @} */
+
+/** Runs a command feature, for example "AcquisitionStart". */
+VXCORE_API int VX_Command(int handle, const wchar_t* feature);
+
+/** @name Frame buffers
+ *  @{ */
+/**
+ * Gives a buffer to the device to put a frame into; buffers are filled in the order in which they were queued.
+ * @param buffer     start, a multiple of #VX_BUFFER_ALIGNMENT; it belongs to the library until VX_WaitBuffer() hands
+ *                   it out, or VX_Flush() or VX_Close() returns
+ * @param sizeBytes  at least the present "ImageSizeBytes"
+ */
+VXCORE_API int VX_QueueBuffer(int handle, unsigned char* buffer, int sizeBytes);
+/**
+ * Waits for the next filled buffer and hands it out. Without a frame the whole time-out passes, whatever the state of
+ * the acquisition.
+ * @param buffer     written with the buffer's start
+ * @param sizeBytes  written with the number of bytes of the frame, "ImageSizeBytes" when the run started
+ * @param timeoutMs  longest wait in ms; 0 only looks, #VX_INFINITE waits without limit
+ * @return #VX_ERR_TIMED_OUT without a frame; #VX_ERR_HARDWARE_OVERFLOW once after frames were lost in the camera
+ */
+VXCORE_API int VX_WaitBuffer(int handle, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs);
+/** Takes back every queued and every filled buffer. No buffer is touched after it returns. */
+VXCORE_API int VX_Flush(int handle);
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,110 @@
+/* SPDX-License-Identifier: MIT */
+/* Control of the simulated cameras behind vxcore.h: configuration, frames by hand, faults, and what was called. */
+
+/**
+ * @file vxcore_simulator.h
+ * Control functions of the simulated cameras that come with this `libvxcore.so.3`. Camera programs do not need them;
+ * tests, demonstrations and benchmarks do. `libvxmcd.so.3` never calls them.
+ *
+ * Every function may be called from any thread, before or after VX_InitialiseLibrary(). A `device` is an index into the
+ * device list, not a handle. Functions return #VX_SUCCESS or a `VX_ERR_` code unless said otherwise.
+ */
+#ifndef VXCORE_SIMULATOR_H
+#define VXCORE_SIMULATOR_H
+
+#include "vxcore.h"
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Counters of one device since it was opened. */
+typedef struct VXSIM_Statistics
+{
+  uint64_t framesProduced;   /**< frames exposed by the sensor in all runs */
+  uint64_t framesDelivered;  /**< frames handed out by VX_WaitBuffer() */
+  uint64_t framesOverflowed; /**< frames lost because the camera's memory was full */
+  uint64_t framesDropped;    /**< frames lost on purpose, by a fault rule */
+  uint64_t framesDiscarded;  /**< frames taken back by VX_Flush(), a stop or VX_Close() before they were handed out */
+  uint64_t buffersQueued;    /**< successful VX_QueueBuffer() calls */
+  uint64_t buffersHeld;      /**< buffers the library holds now, empty or filled */
+  uint64_t runsStarted;      /**< successful "AcquisitionStart" commands */
+} VXSIM_Statistics;
+
+/**
+ * Closes every device, ends every initialisation, forgets faults and call log, and reads the configuration anew at the
+ * next VX_InitialiseLibrary() (from the text given to VXSIM_Configure(), else the file that `VXCORE_CONFIG` names,
+ * else the built-in one).
+ */
+VXCORE_API int VXSIM_Reset(void);
+
+/**
+ * Takes the configuration from a text in the form of the configuration file (docs/simulator.md); null goes back to
+ * `VXCORE_CONFIG`. Includes VXSIM_Reset().
+ * @return #VX_ERR_OUT_OF_RANGE when the text has an error; VXSIM_GetLastError() then says which and where
+ */
+VXCORE_API int VXSIM_Configure(const char* text);
+
+/** The message of the last rejected configuration or fault rule on this thread; "" when there is none. */
+VXCORE_API const char* VXSIM_GetLastError(void);
+
+/** How many times VX_InitialiseLibrary() is ahead of VX_FinaliseLibrary(). */
+VXCORE_API int VXSIM_GetInitialiseCount(void);
+/** How many devices are open. */
+VXCORE_API int VXSIM_GetOpenCount(void);
+/** Counters of a device. */
+VXCORE_API int VXSIM_GetStatistics(int device, VXSIM_Statistics* statistics);
+
+/** @name Frames by hand
+ *  A device configured with `Source = manual` makes no frame of its own while it acquires.
+ *  @{ */
+/**
+ * Fills the next queued buffer with @p sizeBytes bytes from @p bytes and makes it ready for VX_WaitBuffer(), which
+ * reports @p sizeBytes. Null bytes: a frame of the configured scene, as the camera would make it.
+ * @return #VX_ERR_NOT_AVAILABLE when the device is not acquiring; #VX_ERR_BUFFER_TOO_SMALL when the frame does not fit
+ */
+VXCORE_API int VXSIM_PushFrame(int device, const void* bytes, int sizeBytes);
+/** Makes @p count frames of the configured scene, one after the other, as fast as buffers allow. */
+VXCORE_API int VXSIM_PushFrames(int device, int count);
+/** Makes VX_WaitBuffer() answer @p code once, after the frames that are ready now. */
+VXCORE_API int VXSIM_PushWaitCode(int device, int code);
+/** Gives one pulse on the external trigger input, now. */
+VXCORE_API int VXSIM_FireTrigger(int device);
+/** @} */
+
+/** @name Faults
+ *  A rule is a line of the fault plan language (docs/simulator.md), for example
+ *  `call VX_QueueBuffer at 7 rc 54`, `call VX_GetInt feature ImageSizeBytes from 1 rc 53`, `frame 100 drop`.
+ *  Rules count from the moment they are added.
+ *  @{ */
+/** @return #VX_ERR_OUT_OF_RANGE when the rule cannot be understood; see VXSIM_GetLastError() */
+VXCORE_API int VXSIM_AddFault(const char* rule);
+VXCORE_API int VXSIM_ClearFaults(void);
+/** How many times a rule has acted since VXSIM_ClearFaults(). */
+VXCORE_API uint64_t VXSIM_GetFaultsFired(void);
+/** Unplugs a device: every call on it answers #VX_ERR_COMMUNICATION until it is plugged in again. */
+VXCORE_API int VXSIM_SetPlugged(int device, int plugged);
+/** @} */
+
+/** @name Call log
+ *  The exact sequence of `VX_` calls that reached the library, one line a call:
+ *  name, feature if any, value if any, ` -> ` and the code, for example `VX_SetFloat ExposureTime 0.01 -> 0` or
+ *  `VX_QueueBuffer 8388608 -> 0`. Calls of VX_WaitBuffer() are logged too, unless left out.
+ *  @{ */
+/** Starts a new, empty log. @param withWaits 0 leaves VX_WaitBuffer() calls out */
+VXCORE_API int VXSIM_StartCallLog(int withWaits);
+/** Stops logging; the lines stay readable until the next start. */
+VXCORE_API int VXSIM_StopCallLog(void);
+/** Number of lines so far. */
+VXCORE_API size_t VXSIM_GetCallCount(void);
+/** Copies line @p index (from 0) into @p line, cut to @p length bytes with terminator. */
+VXCORE_API int VXSIM_GetCall(size_t index, char* line, size_t length);
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
