@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+// Where a run's frames go, and where retrieval takes them from.
+#pragma once
+
+#include <cstdint>
+
+class IDispatchRoutine;
+
+/// The way of a run's frames between the acquisition thread and the application. The acquisition thread calls
+/// Dispatch() for each frame and Finalise() at the end of the run; application threads read images by their 1-based
+/// number meanwhile. Owned by the acquisition manager; it lives as long as its camera's manager or, for a wrapper of
+/// one run, as long as somebody holds it. None of the operations throws, except that Dispatch() may pass on a
+/// TSDK3Exception.
+class TDispatchQueue
+{
+public:
+  /// Prepares for a run whose frames have @p imageSizeBytes bytes each.
+  virtual void Initialise(std::int64_t imageSizeBytes) = 0;
+  /// The run is over: everything that was dispatched is brought to its end before this returns.
+  virtual void Finalise() = 0;
+  /// The run is to end early. Called by application threads while Dispatch() may be running; only asks.
+  virtual void Abort() = 0;
+  /// Takes one frame. Returns 0, or non-zero when the run cannot go on.
+  virtual int Dispatch(unsigned char* buffer, int sizeBytes) = 0;
+  /// The newest frame, or null. It is not held: the camera may write into it at any time.
+  virtual unsigned char* GetLatestImage() = 0;
+  /// The frame with this number, its memory held until ReleaseImage8(), or null when it is not there.
+  virtual unsigned char* GetImage8(int image) = 0;
+  virtual void ReleaseImage8(unsigned char* buffer) = 0;
+  /// As GetImage8(), without the hold.
+  virtual unsigned char* GetImage(int image) = 0;
+  /// Number of the oldest frame there, 0 when there is none.
+  virtual std::int64_t GetMinimumImageAvailable() = 0;
+  /// Number of the newest frame, 0 when there is none; the frames of a run are counted from 1.
+  virtual std::int64_t GetMaximumImageAvailable() = 0;
+  virtual std::int64_t GetImageSizeBytes() = 0;
+  virtual void SetDispatchRoutine(IDispatchRoutine* routine) = 0;
+
+  /// Whether the camera cannot have begun to write over the frame with this number yet.
+  virtual bool IsImageIntact(int image) = 0;
+  virtual ~TDispatchQueue() = default;
+};
