@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// Something whose changes can be observed.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+class TObserver;
+
+/// Base of what can be observed: keeps up to 64 observers, borrowed until they are removed, and tells them of
+/// changes. Not synchronised: its callers serialise. An observer may register or remove observers, itself
+/// included, and set off another notification while it is being told. What an observer throws ends the
+/// notification and reaches the caller.
+class TSubject
+{
+public:
+  TSubject();
+  ~TSubject();
+  TSubject(const TSubject&) = delete;
+  TSubject& operator=(const TSubject&) = delete;
+
+  /// Appends @p observer. Without effect for null and when there are 64 already.
+  void RegisterObserver(TObserver* observer);
+  /// Removes every entry of @p observer; the others keep their order. It is not touched any more afterwards.
+  void RemoveObserver(TObserver* observer);
+  /// Tells those that are registered now, first to last, leaving out whoever is removed meanwhile.
+  void NotifyObservers();
+
+private:
+  bool IsRegistered(const TObserver* observer) const;
+
+  const std::int32_t capacity_;
+  std::unique_ptr<TObserver*[]> observers_;
+  std::int32_t count_ = 0;
+};
