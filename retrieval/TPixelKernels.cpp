@@ -4,6 +4,10 @@
 
 const TPixelKernels* TPixelKernels::ForLevel(TKernelLevel level)
 {
+#if defined(__x86_64__)
+  __builtin_cpu_init();
+  if (level == TKernelLevel::Avx2) return __builtin_cpu_supports("avx2") ? &kAvx2PixelKernels : nullptr;
+#endif
   return level == TKernelLevel::Portable ? &kPortablePixelKernels : nullptr;
 }
 
@@ -13,6 +17,6 @@ const bool TPixelKernels::chosen_ = choose();
 
 bool TPixelKernels::choose()
 {
-  active_ = ForLevel(TKernelLevel::Portable);
+  if (const TPixelKernels* vectorised = ForLevel(TKernelLevel::Avx2)) active_ = vectorised;
   return true;
 }

@@ -8,8 +8,7 @@
 enum class TKernelLevel
 {
   Portable,
-  Avx2,
-  Avx512
+  Avx2
 };
 
 /// One set of conversion kernels. The sets are constants; which one is used is decided when the library is loaded.
@@ -43,3 +42,6 @@ private:
 };
 
 extern const TPixelKernels kPortablePixelKernels;
+#if defined(__x86_64__)
+extern const TPixelKernels kAvx2PixelKernels;
+#endif
