@@ -64,12 +64,13 @@ TQuorinWorkThread::TQuorinWorkThread(TQuorinWorkThreadRoutine* routine, ePriorit
 
 int TQuorinWorkThread::WaitForCompletion()
 {
+  if (!joinable_) return ESRCH;
+  if (pthread_equal(thread_, pthread_self())) return EDEADLK; // the owner has still to join it
   if (!joinable_.exchange(false)) return ESRCH;
   int cancelState = 0;
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState);
   const int result = pthread_join(thread_, nullptr);
   pthread_setcancelstate(cancelState, nullptr);
-  if (result != 0) joinable_ = true; // called on the thread itself: the owner has still to join it
   return result;
 }
 

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+// Observers of a subject, including those that change the list while they are told.
+#include "utility/TSubject.h"
+
+#include "utility/TObserver.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <vector>
+
+namespace {
+
+struct Observer final : TObserver
+{
+  explicit Observer(std::function<void()> told) : told_(std::move(told)) {}
+  unsigned int DoUpdate() override
+  {
+    told_();
+    return 0;
+  }
+
+private:
+  std::function<void()> told_;
+};
+
+} // namespace
+
+TEST(Subject, TellsObserversInOrderAndLosesThe65th)
+{
+  TSubject subject;
+  std::vector<int> told;
+  std::vector<std::unique_ptr<Observer>> observers;
+  std::vector<int> expected;
+  for (int i = 0; i < 65; ++i) {
+    observers.push_back(std::make_unique<Observer>([&told, i] { told.push_back(i); }));
+    subject.RegisterObserver(observers.back().get());
+    if (i < 64) expected.push_back(i);
+  }
+  subject.NotifyObservers();
+  EXPECT_EQ(told, expected);
+}
+
+TEST(Subject, RemovesEveryEntryOfAnObserverAndKeepsTheOrder)
+{
+  TSubject subject;
+  std::string told;
+  Observer a([&] { told += 'a'; }), b([&] { told += 'b'; }), c([&] { told += 'c'; });
+  subject.RegisterObserver(nullptr);
+  for (Observer* observer : {&a, &b, &a, &c, &b}) subject.RegisterObserver(observer);
+  subject.RemoveObserver(&a);
+  subject.NotifyObservers();
+  EXPECT_EQ(told, "bcb");
+}
+
+TEST(Subject, ObserversMayChangeTheListWhileTheyAreTold)
+{
+  TSubject subject;
+  std::string told;
+  Observer late([&] { told += 'l'; });
+  auto doomed = std::make_unique<Observer>([&] { told += 'd'; });
+  Observer last([&] { told += 'z'; });
+  Observer* self = nullptr;
+  Observer changer([&] {
+    told += 'c';
+    subject.RemoveObserver(doomed.get());
+    doomed.reset();
+    subject.RegisterObserver(&late);
+    subject.RemoveObserver(self);
+    subject.NotifyObservers();
+  });
+  self = &changer;
+  for (Observer* observer : {&changer, doomed.get(), &last}) subject.RegisterObserver(observer);
+  subject.NotifyObservers();
+  EXPECT_EQ(told, "czlz");
+}
