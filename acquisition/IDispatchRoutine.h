@@ -7,7 +7,5 @@ class IDispatchRoutine
 {
 public:
   virtual void Signal() = 0;
-
-protected:
-  ~IDispatchRoutine() = default;
+  virtual ~IDispatchRoutine() = default;
 };

@@ -7,10 +7,10 @@
 class IDispatchRoutine;
 
 /// The way of a run's frames between the acquisition thread and the application. The acquisition thread calls
-/// Dispatch() for each frame and Finalise() at the end of the run; application threads read images by their 1-based
-/// number meanwhile. Owned by the acquisition manager; it lives as long as its camera's manager or, for a wrapper of
-/// one run, as long as somebody holds it. None of the operations throws, except that Dispatch() may pass on a
-/// TSDK3Exception.
+/// Dispatch() for each frame and Finalise() at the end of the run; application threads read images by their
+/// 1-based number meanwhile. Owned by the acquisition manager; it lives as long as its camera's manager or, for a
+/// wrapper of one run, as long as somebody holds it. None of the operations throws, except that Dispatch() may
+/// pass on a TSDK3Exception.
 class TDispatchQueue
 {
 public:
@@ -38,5 +38,7 @@ public:
 
   /// Whether the camera cannot have begun to write over the frame with this number yet.
   virtual bool IsImageIntact(int image) = 0;
+  /// Whether @p buffer is the start of a frame slot of this run. Acquisition thread only.
+  virtual bool IsSlot(const unsigned char* buffer) = 0;
   virtual ~TDispatchQueue() = default;
 };

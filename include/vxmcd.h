@@ -236,6 +236,17 @@ VXMCD_API unsigned int GetReadOutTime(float* seconds);
 VXMCD_API unsigned int GetMaximumExposure(float* seconds);
 /** @} */
 
+/** @defgroup area Sensor and image area
+ *  @{ */
+/**
+ * Reports the size of the sensor, which is the size of an image until an image area is set.
+ * @param xpixels  written with the width in pixels; keeps its value when the camera cannot tell
+ * @param ypixels  written with the height in pixels; keeps its value when the camera cannot tell
+ * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID when width or height cannot be told
+ */
+VXMCD_API unsigned int GetDetector(int* xpixels, int* ypixels);
+/** @} */
+
 /** @defgroup acquisition Acquisition
  *  A run fills a ring of frame buffers of about 300,000,000 bytes. A finite run keeps all its images; a run until abort
  *  overwrites the oldest, and hands out intact images as long as fewer new ones have arrived than the ring has buffers.

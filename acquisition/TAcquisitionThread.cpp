@@ -1,0 +1,262 @@
+// SPDX-License-Identifier: MIT
+// The thread that moves frames from the camera to the application.
+#include "acquisition/TAcquisitionThread.h"
+
+#include "acquisition/IDispatchRoutine.h"
+#include "acquisition/TCircularBuffer.h"
+#include "acquisition/TDispatchQueue.h"
+#include "acquisition/TFetchQueue.h"
+#include "features/current_core_handle.h"
+#include "features/feature_names.h"
+#include "utility/TAutoQuorinCriticalSection.h"
+#include "utility/TQuorinLibDebugOutput.h"
+#include "vxcore.h"
+
+#include <chrono>
+#include <exception>
+#include <utility>
+
+using QuorinUtility::TAutoQuorinCriticalSection;
+using QuorinUtility::TQuorinEvent;
+using QuorinUtility::TQuorinLibDebugOutput;
+
+namespace {
+
+constexpr bool kPerformanceLog = false;
+constexpr int kFetchSliceMs = 100;
+
+// A camera that does not answer fails at once; without a pause the thread would spin until the time-out.
+constexpr std::uint64_t kFastFailureUs = 5000;
+constexpr std::chrono::milliseconds kPauseAfterFastFailure{5};
+
+TQuorinTime Now()
+{
+  TQuorinTime now;
+  now.GetCurrentSystemTime();
+  return now;
+}
+
+} // namespace
+
+TAcquisitionThread::TAcquisitionThread(TFetchQueue* fetchQueue, TDispatchQueue* dispatchQueue,
+                                       QuorinUtility::TQuorinCriticalSection* cameraLock,
+                                       TCircularBuffer* circularBuffer, IDispatchRoutine* dispatchRoutine)
+    : startEvent_(false, false),
+      stoppedEvent_(true, true),
+      startedEvent_(true, false),
+      fetchQueue_(fetchQueue),
+      dispatchQueue_(dispatchQueue),
+      cameraLock_(cameraLock),
+      circularBuffer_(circularBuffer),
+      dispatchRoutine_(dispatchRoutine),
+      performanceLog_(kPerformanceLog)
+{
+  workThread_ = std::make_unique<QuorinUtility::TQuorinWorkThread>(
+      this, QuorinUtility::TQuorinWorkThread::eNormalPriority, "vxmcd-acquire");
+}
+
+TAcquisitionThread::~TAcquisitionThread()
+{
+  {
+    const std::lock_guard lock(runMutex_);
+    stopRequested_ = true;
+    terminate_ = true;
+  }
+  runChanged_.notify_all();
+  startEvent_.Set();
+  workThread_->WaitForCompletion();
+}
+
+void TAcquisitionThread::Start()
+{
+  {
+    const std::lock_guard lock(runMutex_);
+    ++requestedRun_;
+  }
+  startEvent_.Set();
+}
+
+void TAcquisitionThread::Stop()
+{
+  if (TDispatchQueue* const queue = dispatchQueue_) queue->Abort();
+  {
+    const std::lock_guard lock(runMutex_);
+    stoppedRun_ = requestedRun_;
+    stopRequested_ = true;
+  }
+  runChanged_.notify_all();
+}
+
+bool TAcquisitionThread::IsStarted()
+{
+  return startedEvent_.Wait(0);
+}
+
+bool TAcquisitionThread::WaitForStart(int timeoutMs)
+{
+  return !startedEvent_.Wait(timeoutMs);
+}
+
+bool TAcquisitionThread::WaitForBegin(int timeoutMs)
+{
+  std::unique_lock lock(runMutex_);
+  return !runChanged_.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                               [this] { return begunRun_ == requestedRun_; });
+}
+
+bool TAcquisitionThread::WaitForStop(int timeoutMs)
+{
+  std::unique_lock lock(runMutex_);
+  return !runChanged_.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                               [this] { return endedRun_ == requestedRun_; });
+}
+
+bool TAcquisitionThread::IsFinishing()
+{
+  if (continuous_ || !IsStarted()) return false;
+  const int loopCount = loopCount_;
+  return loopCount < 1 || circularBuffer_->GetMaxImageIndex() >= static_cast<std::uint64_t>(loopCount);
+}
+
+bool TAcquisitionThread::AtEndOfRun(std::function<void()> action)
+{
+  const std::lock_guard lock(runMutex_);
+  if (endedRun_ == requestedRun_) return false;
+  endOfRunAction_ = std::move(action);
+  return true;
+}
+
+void TAcquisitionThread::Run()
+{
+  performanceLog_.Open();
+  while (!terminate_) {
+    startEvent_.Wait(TQuorinEvent::Infinite);
+    if (terminate_) return;
+    if (!BeginRun()) continue;
+    TakeFrames();
+    EndRun();
+  }
+}
+
+// Several requests before the thread wakes up are one run; the event may then be left set without a request.
+bool TAcquisitionThread::BeginRun()
+{
+  {
+    const std::lock_guard lock(runMutex_);
+    if (begunRun_ == requestedRun_) return false;
+    stoppedEvent_.Reset();
+    begunRun_ = requestedRun_;
+    timedOut_ = false;
+    stopRequested_ = stoppedRun_ >= begunRun_;
+    hardwareOverflow_ = false;
+    dispatchError_ = false;
+    startedEvent_.Set();
+  }
+  runChanged_.notify_all();
+  return true;
+}
+
+void TAcquisitionThread::TakeFrames()
+{
+  const bool continuous = continuous_;
+  int remaining = loopCount_;
+  long frameNumber = 0;
+  while (!IsEnding() && (continuous || remaining > 0)) {
+    unsigned char* buffer = nullptr;
+    int sizeBytes = 0;
+    performanceLog_.Write("AcquisitionThread::Run Fetch Frame Start", frameNumber);
+    const int result = Fetch(buffer, sizeBytes);
+    performanceLog_.Write("AcquisitionThread::Run Fetch Frame End", frameNumber);
+    if (IsEnding()) return;
+
+    if (result != TFetchQueue::kFrame) {
+      FailRun(result == TFetchQueue::kHardwareOverflow ? hardwareOverflow_ : timedOut_);
+      return;
+    }
+    if (!continuous) {
+      --remaining;
+      ++frameNumber;
+    }
+    performanceLog_.Write("AcquisitionThread::Run Spool Frame", frameNumber - 1);
+    if (!Dispatch(buffer, sizeBytes)) FailRun(dispatchError_);
+    performanceLog_.Write("AcquisitionThread::Run Spool Frame End ", frameNumber - 1);
+  }
+}
+
+int TAcquisitionThread::Fetch(unsigned char*& buffer, int& sizeBytes)
+{
+  const std::uint64_t limitMs = static_cast<std::uint64_t>(static_cast<std::int64_t>(timeoutMs_));
+  TQuorinTime start = Now();
+  TQuorinTime last = start;
+  for (;;) {
+    const int result = fetchQueue_->Fetch(buffer, sizeBytes, kFetchSliceMs);
+    if (result != TFetchQueue::kNoFrame) return result;
+
+    const TQuorinTime now = Now();
+    // A clock that was set back tells nothing about the time that has passed: count from here.
+    if (now.Microseconds() < start.Microseconds()) start = now;
+    if (now.Microseconds() / 1000 - start.Microseconds() / 1000 >= limitMs || IsEnding()) return result;
+    if ((now - last).Microseconds() < kFastFailureUs) PauseUnlessEnding(kPauseAfterFastFailure);
+    last = Now();
+  }
+}
+
+void TAcquisitionThread::PauseUnlessEnding(std::chrono::milliseconds time)
+{
+  std::unique_lock lock(runMutex_);
+  runChanged_.wait_for(lock, time, [this] { return IsEnding(); });
+}
+
+bool TAcquisitionThread::Dispatch(unsigned char* buffer, int sizeBytes)
+{
+  TDispatchQueue* const queue = dispatchQueue_;
+  if (!queue) return false;
+  try {
+    return queue->Dispatch(buffer, sizeBytes) == 0;
+  } catch (const std::exception& exception) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "a frame could not be dispatched: %s",
+                                  exception.what());
+    return false;
+  }
+}
+
+void TAcquisitionThread::FailRun(std::atomic<bool>& reason)
+{
+  {
+    const std::lock_guard lock(runMutex_);
+    stopRequested_ = true;
+    reason = true;
+  }
+  if (circularBuffer_) circularBuffer_->AcquisitionError();
+  if (dispatchRoutine_) dispatchRoutine_->Signal();
+}
+
+void TAcquisitionThread::Finalise()
+{
+  TDispatchQueue* const queue = dispatchQueue_;
+  if (!queue) return;
+  try {
+    queue->Finalise();
+  } catch (const std::exception& exception) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the end of a run failed: %s", exception.what());
+  }
+}
+
+void TAcquisitionThread::EndRun()
+{
+  performanceLog_.Close();
+  Finalise();
+  {
+    const TAutoQuorinCriticalSection lock(cameraLock_);
+    VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
+  }
+  {
+    // The action is run under the lock: one that is asked for meanwhile finds the run ended.
+    const std::lock_guard lock(runMutex_);
+    if (endOfRunAction_) std::exchange(endOfRunAction_, nullptr)();
+    startedEvent_.Reset();
+    stoppedEvent_.Set();
+    endedRun_ = begunRun_;
+  }
+  runChanged_.notify_all();
+}

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+// The thread that moves frames from the camera to the application.
+#pragma once
+
+#include "acquisition/TPerformanceLog.h"
+#include "utility/TQuorinEvent.h"
+#include "utility/TQuorinTime.h"
+#include "utility/TQuorinWorkThread.h"
+#include "utility/TQuorinWorkThreadRoutine.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+class IDispatchRoutine;
+class TCircularBuffer;
+class TDispatchQueue;
+class TFetchQueue;
+
+namespace QuorinUtility {
+class TQuorinCriticalSection;
+}
+
+/// One worker thread for the life of a camera's acquisition manager, which owns it; between runs it sleeps. A run
+/// takes frames from the fetch queue to the dispatch queue until its frames are counted down, until Stop(), or
+/// until a fetch or a dispatch fails; then the camera is told to stop. Everything handed over is borrowed and must
+/// outlive the object.
+///
+/// The setters are for when no run is in progress; Start(), Stop(), the waits and the flags come from any thread.
+/// Runs are numbered: a stop is meant for the runs requested so far and cannot be lost, however late the thread
+/// wakes up.
+class TAcquisitionThread final : public QuorinUtility::TQuorinWorkThreadRoutine
+{
+public:
+  TAcquisitionThread(TFetchQueue* fetchQueue, TDispatchQueue* dispatchQueue,
+                     QuorinUtility::TQuorinCriticalSection* cameraLock, TCircularBuffer* circularBuffer,
+                     IDispatchRoutine* dispatchRoutine);
+  /// Ends the run in progress and waits for the thread to finish.
+  ~TAcquisitionThread() override;
+
+  /// Number of frames of a finite run; below 1 a run ends at once.
+  void SetLoopCount(int loopCount) { loopCount_ = loopCount; }
+  /// How long one frame may take, in ms.
+  void SetTimeout(int timeoutMs) { timeoutMs_ = timeoutMs; }
+  void SetDispatchQueue(TDispatchQueue* dispatchQueue) { dispatchQueue_ = dispatchQueue; }
+  /// Whether runs go on until Stop() instead of counting down.
+  void SetContinuousMode(bool continuous) { continuous_ = continuous; }
+
+  /// Requests a run. Does not wait.
+  void Start();
+  /// Asks the run in progress, or just requested, to end. Does not wait; it ends within one fetch slice of 100 ms.
+  void Stop();
+
+  /// Whether a run is in progress.
+  bool IsStarted();
+  /// Waits for a run to be in progress; true when the time ran out.
+  bool WaitForStart(int timeoutMs);
+  /// Waits until the run requested last has begun; it may have ended again. True when the time ran out.
+  bool WaitForBegin(int timeoutMs);
+  /// Waits until every requested run has ended; true when the time ran out. Steps of the system clock do not
+  /// matter.
+  bool WaitForStop(int timeoutMs);
+
+  // Why the last run ended; kept until the next one begins.
+  bool IsTimedOut() const { return timedOut_; }
+  bool IsHardwareOverflow() const { return hardwareOverflow_; }
+  bool IsDispatchError() const { return dispatchError_; }
+
+  /// Whether a finite run is in progress that has delivered all its frames and is only finishing.
+  bool IsFinishing();
+
+  /// Has @p action called at the end of the run in progress, on this thread. Returns false, without taking the
+  /// action, when no run is in progress.
+  bool AtEndOfRun(std::function<void()> action);
+
+  void Run() override;
+
+private:
+  bool BeginRun();
+  void TakeFrames();
+  int Fetch(unsigned char*& buffer, int& sizeBytes);
+  bool Dispatch(unsigned char* buffer, int sizeBytes);
+  void PauseUnlessEnding(std::chrono::milliseconds time);
+  void FailRun(std::atomic<bool>& reason);
+  void EndRun();
+  void Finalise();
+  bool IsEnding() const { return stopRequested_ || terminate_; }
+
+  std::unique_ptr<QuorinUtility::TQuorinWorkThread> workThread_;
+  QuorinUtility::TQuorinEvent startEvent_;
+  QuorinUtility::TQuorinEvent stoppedEvent_;
+  QuorinUtility::TQuorinEvent startedEvent_;
+  TFetchQueue* fetchQueue_;
+  std::atomic<TDispatchQueue*> dispatchQueue_;
+  std::atomic<int> loopCount_{0};
+  std::atomic<int> timeoutMs_{0};
+  std::atomic<bool> continuous_{false};
+  std::atomic<bool> timedOut_{false};
+  std::atomic<bool> stopRequested_{false};
+  std::atomic<bool> terminate_{false};
+  std::atomic<bool> hardwareOverflow_{false};
+  std::atomic<bool> dispatchError_{false};
+  QuorinUtility::TQuorinCriticalSection* cameraLock_;
+  TCircularBuffer* circularBuffer_;
+  IDispatchRoutine* dispatchRoutine_;
+  TPerformanceLog performanceLog_;
+
+  // Guarded by runMutex_; runChanged_ tells of every change. The events above mirror them for the waits that
+  // callers know. Begun and ended are the numbers of the last run that did so.
+  std::mutex runMutex_;
+  std::condition_variable runChanged_;
+  std::uint64_t requestedRun_ = 0;
+  std::uint64_t begunRun_ = 0;
+  std::uint64_t endedRun_ = 0;
+  std::uint64_t stoppedRun_ = 0; // Stop() was asked for this run and those before it
+  std::function<void()> endOfRunAction_;
+};

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+// The ring of frame slots of one camera, and the event that tells waiters of news.
+#pragma once
+
+#include "acquisition/TFrameSlab.h"
+#include "utility/TQuorinEvent.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+/// Fixed ring of frame slots between the acquisition thread (the one that counts frames) and application threads
+/// (which read them and wait for news). Owned by the acquisition manager. Thread-safe, with one condition:
+/// Allocate(), Delete() and Reset() are for when no run is in progress. Nothing throws.
+///
+/// Image n (from 1) lives in slot (n - 1) mod count; the last `count` images are there, and older ones are
+/// overwritten without a check. Memory that is being read is kept until it is released, whatever becomes of the
+/// ring meanwhile.
+class TCircularBuffer final
+{
+public:
+  TCircularBuffer();
+  ~TCircularBuffer();
+  TCircularBuffer(const TCircularBuffer&) = delete;
+  TCircularBuffer& operator=(const TCircularBuffer&) = delete;
+
+  /// Replaces the ring by @p count slots for frames of @p frameSizeBytes bytes. Returns 0; 1 when there is not
+  /// enough free memory, with no slots left. A ring of the same shape keeps its memory, whose pages are then
+  /// mapped already.
+  int Allocate(std::uint64_t frameSizeBytes, std::uint64_t count);
+  /// Frees the slots. Counter, flags and event stay as they are.
+  void Delete();
+  /// Begins the numbering of a run: no images, no flags, no news.
+  void Reset();
+
+  /// The memory of slot @p slot, counted from 1; null above the count.
+  unsigned char* GetBuffer(std::uint64_t slot) const;
+  std::uint64_t GetBufferCount() const;
+  /// Number of the newest image, which is also the number of images since Reset().
+  std::uint64_t GetMaxImageIndex() const { return imageCounter_.load(std::memory_order_acquire); }
+  /// Number of the oldest image that is there, 0 before the first.
+  std::uint64_t GetMinImageIndex() const;
+  /// The memory of an image, or null when it is not there.
+  unsigned char* GetBufferForImage(std::uint64_t image) const;
+
+  /// Counts one more image and wakes a waiter. Acquisition thread only.
+  void Increment();
+  /// Tells waiters that the run has failed.
+  void AcquisitionError();
+  /// Sends every waiter, and every later one until Reset(), home.
+  void CancelWait();
+  /// Waits for news. Returns 0 for a frame, 2 when the time ran out, 3 when waits are cancelled, 4 when the run
+  /// has failed; 3 comes before 4 and both before a frame. News that came while nobody waited ends the next wait
+  /// at once.
+  int WaitChange(int timeoutMs);
+
+  /// Whether @p buffer is the start of a slot. Acquisition thread only.
+  bool IsSlot(const unsigned char* buffer) const;
+  /// Makes @p buffer the slot of the next image. Frames normally arrive in slot order and nothing changes; after a
+  /// lost slot the table follows what the camera does, so that image n is always the n-th frame delivered. Returns
+  /// false for memory that is not a slot of this ring. Acquisition thread only.
+  bool PlaceNext(const unsigned char* buffer);
+  /// As GetBufferForImage(); the memory stays until ReleaseBuffer().
+  unsigned char* HoldBufferForImage(std::uint64_t image);
+  void ReleaseBuffer(const unsigned char* buffer);
+  /// Whether a camera that fills slots in order cannot have begun to write over this image.
+  bool IsImageIntact(std::uint64_t image) const;
+
+private:
+  bool FitsIntoMemory(std::uint64_t sizeBytes) const;
+  unsigned char* FindImage(std::uint64_t image) const;
+
+  /// Guards slab_ against replacement and holds_; the slab's own tables need no lock.
+  mutable std::mutex slabMutex_;
+  std::shared_ptr<TFrameSlab> slab_;
+  std::atomic<std::uint64_t> imageCounter_{0};
+  QuorinUtility::TQuorinEvent changeEvent_;
+  std::atomic<bool> cancelled_{false};
+  std::atomic<bool> failed_{false};
+  /// Images below this one have lost their slot to a frame that arrived out of order.
+  std::atomic<std::uint64_t> lowestKept_{0};
+  std::vector<std::pair<const unsigned char*, std::shared_ptr<TFrameSlab>>> holds_;
+};

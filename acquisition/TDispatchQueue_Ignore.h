@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// The queue of finite runs, whose images all stay.
+#pragma once
+
+#include "acquisition/TRingDispatchQueue.h"
+
+/// Counts each frame and leaves its slot with the application: such a run has a slot for every frame. Owned by the
+/// acquisition manager.
+class TDispatchQueue_Ignore final : public TRingDispatchQueue
+{
+public:
+  explicit TDispatchQueue_Ignore(TCircularBuffer* circularBuffer) : TRingDispatchQueue(circularBuffer) {}
+
+  int Dispatch(unsigned char* buffer, int sizeBytes) override;
+  /// No slot is used twice.
+  bool IsImageIntact(int image) override { return GetImage(image) != nullptr; }
+};

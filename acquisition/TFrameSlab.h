@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// The memory of a ring of frames.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+/// One mapping that holds the slots of a ring, and the table that says which slot's memory is where. Shared by the
+/// ring and by every copy that is being made out of it, so that memory stays until the last of them lets go. Slots
+/// start at multiples of a cache line, or of a page when they are that large, and are not zeroed. The table may be
+/// read by any thread; only the acquisition thread swaps entries.
+class TFrameSlab final
+{
+public:
+  /// Throws std::bad_alloc when the memory is not to be had.
+  TFrameSlab(std::uint64_t frameSizeBytes, std::uint64_t count);
+  ~TFrameSlab();
+  TFrameSlab(const TFrameSlab&) = delete;
+  TFrameSlab& operator=(const TFrameSlab&) = delete;
+
+  std::uint64_t FrameSizeBytes() const { return frameSizeBytes_; }
+  std::uint64_t Count() const { return count_; }
+  /// Bytes of memory, the room between slots included.
+  std::uint64_t SizeBytes() const { return sizeBytes_; }
+  /// Whether @p buffer is the start of a slot.
+  bool IsSlot(const unsigned char* buffer) const;
+
+  /// The memory of slot @p index, from 0 to Count() - 1.
+  unsigned char* Slot(std::uint64_t index) const { return slots_[index].load(std::memory_order_acquire); }
+  /// The index of the slot that starts at @p buffer, or Count().
+  std::uint64_t IndexOf(const unsigned char* buffer) const;
+  void SwapSlots(std::uint64_t left, std::uint64_t right);
+  /// Puts the table back into the order of the memory.
+  void ResetSlots();
+
+private:
+  std::uint64_t frameSizeBytes_;
+  std::uint64_t count_;
+  std::uint64_t slotStrideBytes_;
+  std::uint64_t sizeBytes_;
+  unsigned char* memory_;
+  std::unique_ptr<std::atomic<unsigned char*>[]> slots_;
+};

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+// Copies each frame's timestamp aside on the frame's way to another dispatch queue.
+#include "acquisition/TMetadataXerox.h"
+
+#include "acquisition/TTimestampRepository.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::int64_t kTickBytes = sizeof(std::int64_t);
+constexpr std::int64_t kTrailerBytes = 8; // behind the data: CID and length
+
+} // namespace
+
+TMetadataXerox::TMetadataXerox(TDispatchQueue* wrapped, TTimestampRepository* repository)
+    : wrapped_(wrapped), repository_(repository)
+{
+}
+
+int TMetadataXerox::Dispatch(unsigned char* buffer, int sizeBytes)
+{
+  // Memory that is no slot of the run is no frame of it either, and may be shorter than one.
+  if (buffer && wrapped_->IsSlot(buffer)) StoreTimestamp(buffer, sizeBytes);
+  return wrapped_->Dispatch(buffer, sizeBytes);
+}
+
+void TMetadataXerox::StoreTimestamp(unsigned char* buffer, int sizeBytes)
+{
+  // A frame cannot be longer than the slot it came in, whatever size was reported.
+  const std::int64_t size = std::min<std::int64_t>(sizeBytes, wrapped_->GetImageSizeBytes());
+  if (size < kTickBytes + kTrailerBytes) return;
+
+  unsigned char* const end = buffer + size;
+  const unsigned char* const data = parser_.GetMetadataLocation(end, size, TMetadataParser::kTimestampCid);
+  if (!data) return;
+  const unsigned char* const dataEnd = parser_.GetCIDLocation(end, size, TMetadataParser::kTimestampCid);
+  if (dataEnd - data < kTickBytes) return;
+
+  std::int64_t ticks = 0;
+  std::memcpy(&ticks, data, sizeof ticks);
+  repository_->AddTimestamp(ticks);
+}
+
+void TMetadataXerox::Initialise(std::int64_t imageSizeBytes)
+{
+  wrapped_->Initialise(imageSizeBytes);
+}
+
+void TMetadataXerox::Finalise()
+{
+  wrapped_->Finalise();
+}
+
+void TMetadataXerox::Abort()
+{
+  wrapped_->Abort();
+}
+
+unsigned char* TMetadataXerox::GetLatestImage()
+{
+  return wrapped_->GetLatestImage();
+}
+
+unsigned char* TMetadataXerox::GetImage8(int image)
+{
+  return wrapped_->GetImage8(image);
+}
+
+void TMetadataXerox::ReleaseImage8(unsigned char* buffer)
+{
+  wrapped_->ReleaseImage8(buffer);
+}
+
+unsigned char* TMetadataXerox::GetImage(int image)
+{
+  return wrapped_->GetImage(image);
+}
+
+std::int64_t TMetadataXerox::GetMinimumImageAvailable()
+{
+  return wrapped_->GetMinimumImageAvailable();
+}
+
+std::int64_t TMetadataXerox::GetMaximumImageAvailable()
+{
+  return wrapped_->GetMaximumImageAvailable();
+}
+
+std::int64_t TMetadataXerox::GetImageSizeBytes()
+{
+  return wrapped_->GetImageSizeBytes();
+}
+
+void TMetadataXerox::SetDispatchRoutine(IDispatchRoutine* routine)
+{
+  wrapped_->SetDispatchRoutine(routine);
+}
+
+bool TMetadataXerox::IsImageIntact(int image)
+{
+  return wrapped_->IsImageIntact(image);
+}
+
+bool TMetadataXerox::IsSlot(const unsigned char* buffer)
+{
+  return wrapped_->IsSlot(buffer);
+}

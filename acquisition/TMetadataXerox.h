@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// Copies each frame's timestamp aside on the frame's way to another dispatch queue.
+#pragma once
+
+#include "acquisition/TDispatchQueue.h"
+#include "acquisition/TMetadataParser.h"
+
+class TTimestampRepository;
+
+/// A dispatch queue in front of another: stores the timestamp that the camera put at the end of a frame and passes
+/// the frame on. Made for one run by the acquisition manager; borrows the wrapped queue and the repository. A
+/// frame without a well-formed timestamp is passed on all the same.
+class TMetadataXerox final : public TDispatchQueue
+{
+public:
+  TMetadataXerox(TDispatchQueue* wrapped, TTimestampRepository* repository);
+
+  void Initialise(std::int64_t imageSizeBytes) override;
+  void Finalise() override;
+  void Abort() override;
+  int Dispatch(unsigned char* buffer, int sizeBytes) override;
+  unsigned char* GetLatestImage() override;
+  unsigned char* GetImage8(int image) override;
+  void ReleaseImage8(unsigned char* buffer) override;
+  unsigned char* GetImage(int image) override;
+  std::int64_t GetMinimumImageAvailable() override;
+  std::int64_t GetMaximumImageAvailable() override;
+  std::int64_t GetImageSizeBytes() override;
+  void SetDispatchRoutine(IDispatchRoutine* routine) override;
+  bool IsImageIntact(int image) override;
+  bool IsSlot(const unsigned char* buffer) override;
+
+private:
+  void StoreTimestamp(unsigned char* buffer, int sizeBytes);
+
+  TDispatchQueue* wrapped_;
+  TMetadataParser parser_;
+  TTimestampRepository* repository_;
+};

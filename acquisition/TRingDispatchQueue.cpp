@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// What the dispatch queues over a circular buffer have in common.
+#include "acquisition/TRingDispatchQueue.h"
+
+#include "acquisition/IDispatchRoutine.h"
+#include "acquisition/TCircularBuffer.h"
+
+namespace {
+
+// Image numbers begin at 1; anything below is no image.
+std::uint64_t ImageNumber(int image)
+{
+  return image < 1 ? 0 : static_cast<std::uint64_t>(image);
+}
+
+} // namespace
+
+void TRingDispatchQueue::Initialise(std::int64_t imageSizeBytes)
+{
+  imageSizeBytes_ = imageSizeBytes;
+}
+
+unsigned char* TRingDispatchQueue::GetLatestImage()
+{
+  return circularBuffer_->GetBufferForImage(circularBuffer_->GetMaxImageIndex());
+}
+
+unsigned char* TRingDispatchQueue::GetImage8(int image)
+{
+  return circularBuffer_->HoldBufferForImage(ImageNumber(image));
+}
+
+void TRingDispatchQueue::ReleaseImage8(unsigned char* buffer)
+{
+  circularBuffer_->ReleaseBuffer(buffer);
+}
+
+unsigned char* TRingDispatchQueue::GetImage(int image)
+{
+  return circularBuffer_->GetBufferForImage(ImageNumber(image));
+}
+
+std::int64_t TRingDispatchQueue::GetMinimumImageAvailable()
+{
+  return static_cast<std::int64_t>(circularBuffer_->GetMinImageIndex());
+}
+
+std::int64_t TRingDispatchQueue::GetMaximumImageAvailable()
+{
+  return static_cast<std::int64_t>(circularBuffer_->GetMaxImageIndex());
+}
+
+std::int64_t TRingDispatchQueue::GetImageSizeBytes()
+{
+  return imageSizeBytes_;
+}
+
+void TRingDispatchQueue::SetDispatchRoutine(IDispatchRoutine* routine)
+{
+  dispatchRoutine_ = routine;
+}
+
+bool TRingDispatchQueue::IsImageIntact(int image)
+{
+  return circularBuffer_->IsImageIntact(ImageNumber(image));
+}
+
+bool TRingDispatchQueue::IsSlot(const unsigned char* buffer)
+{
+  return circularBuffer_->IsSlot(buffer);
+}
+
+bool TRingDispatchQueue::CountFrame(unsigned char* buffer)
+{
+  if (!buffer || !circularBuffer_->PlaceNext(buffer)) return false;
+  circularBuffer_->Increment();
+  if (dispatchRoutine_) dispatchRoutine_->Signal();
+  return true;
+}

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// What the dispatch queues over a circular buffer have in common.
+#pragma once
+
+#include "acquisition/TDispatchQueue.h"
+
+#include <atomic>
+
+class TCircularBuffer;
+
+/// A dispatch queue whose images are those of a circular buffer, which it borrows. Derived classes say what
+/// becomes of a counted frame.
+class TRingDispatchQueue : public TDispatchQueue
+{
+public:
+  void Initialise(std::int64_t imageSizeBytes) override;
+  void Finalise() override {}
+  void Abort() override {}
+  unsigned char* GetLatestImage() override;
+  unsigned char* GetImage8(int image) override;
+  void ReleaseImage8(unsigned char* buffer) override;
+  unsigned char* GetImage(int image) override;
+  std::int64_t GetMinimumImageAvailable() override;
+  std::int64_t GetMaximumImageAvailable() override;
+  std::int64_t GetImageSizeBytes() override;
+  void SetDispatchRoutine(IDispatchRoutine* routine) override;
+  bool IsImageIntact(int image) override;
+  bool IsSlot(const unsigned char* buffer) override;
+
+protected:
+  explicit TRingDispatchQueue(TCircularBuffer* circularBuffer) : circularBuffer_(circularBuffer) {}
+
+  /// Counts a frame and tells the dispatch routine. Returns false, with nothing counted, for memory that is no
+  /// slot of the ring.
+  bool CountFrame(unsigned char* buffer);
+
+  TCircularBuffer& CircularBuffer() { return *circularBuffer_; }
+
+private:
+  TCircularBuffer* circularBuffer_;
+  std::atomic<std::int64_t> imageSizeBytes_{0};
+  IDispatchRoutine* dispatchRoutine_ = nullptr;
+};

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+// Frames from the feature library.
+#include "acquisition/TVXFetchQueue.h"
+
+#include "features/current_core_handle.h"
+#include "vxcore.h"
+
+int TVXFetchQueue::Fetch(unsigned char*& buffer, int& sizeBytes, int timeoutMs)
+{
+  switch (VX_WaitBuffer(CurrentCoreHandle(), &buffer, &sizeBytes, static_cast<unsigned int>(timeoutMs))) {
+  case VX_SUCCESS:
+    return kFrame;
+  case VX_ERR_HARDWARE_OVERFLOW:
+    return kHardwareOverflow;
+  default:
+    return kNoFrame;
+  }
+}

@@ -1,0 +1,327 @@
+// SPDX-License-Identifier: MIT
+// Owner of everything that one camera's acquisitions need.
+#include "acquisition/TVxmcdAcquisitionManager.h"
+
+#include "acquisition/frame_timeout.h"
+#include "features/current_core_handle.h"
+#include "features/feature_names.h"
+#include "features/TSDK3Exception.h"
+#include "utility/TAutoQuorinCriticalSection.h"
+#include "utility/TQuorinLibDebugOutput.h"
+#include "vxcore.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+using QuorinUtility::TAutoQuorinCriticalSection;
+using QuorinUtility::TQuorinLibDebugOutput;
+
+namespace {
+
+constexpr int kFrameBudgetBytes = 300000000;
+constexpr int kMostSlots = 5000;
+constexpr int kStopTimeoutMs = 10000;
+constexpr int kStartTimeoutMs = 1000;
+constexpr int kFinishTimeoutMs = 1000;
+// The queue can hold no more filled buffers than slots; a few more looks cost nothing.
+constexpr std::uint64_t kDrainMargin = 16;
+
+std::int64_t ReadFrameSize()
+{
+  long long frameSizeBytes = 0;
+  VX_GetInt(CurrentCoreHandle(), Feature::kImageSizeBytes, &frameSizeBytes);
+  return frameSizeBytes;
+}
+
+// The feature library counts a buffer's bytes in an int.
+bool IsUsableFrameSize(std::int64_t frameSizeBytes)
+{
+  return frameSizeBytes >= 1 && frameSizeBytes <= std::numeric_limits<int>::max();
+}
+
+} // namespace
+
+TVxmcdAcquisitionManager::TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock)
+    : ignoreQueue_(std::make_shared<TDispatchQueue_Ignore>(&circularBuffer_)),
+      requeueQueue_(std::make_shared<TDispatchQueue_Requeue>(&circularBuffer_)),
+      cameraLock_(cameraLock)
+{
+  requeueQueue_->SetDispatchRoutine(&eventDispatchRoutine_);
+  ignoreQueue_->SetDispatchRoutine(&eventDispatchRoutine_);
+  thread_ = std::make_unique<TAcquisitionThread>(&fetchQueue_, nullptr, cameraLock_, &circularBuffer_,
+                                                 &eventDispatchRoutine_);
+}
+
+// The thread goes before anything it uses, and slots that the camera may still hold are taken back before they are
+// freed.
+TVxmcdAcquisitionManager::~TVxmcdAcquisitionManager()
+{
+  circularBuffer_.CancelWait();
+  uses_.WaitUntilUnused();
+  thread_.reset();
+  if (circularBuffer_.GetBufferCount() > 0) VX_Flush(CurrentCoreHandle());
+}
+
+int TVxmcdAcquisitionManager::GetCircularBufferSize() const
+{
+  return kFrameBudgetBytes;
+}
+
+void TVxmcdAcquisitionManager::limitCircularBufferLengthToMaxOf5000(int& length) const
+{
+  length = std::min(length, kMostSlots);
+}
+
+int TVxmcdAcquisitionManager::Start()
+{
+  const std::lock_guard lock(controlMutex_);
+  try {
+    return StartRun();
+  } catch (const TSDK3Exception& exception) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "start refused: %s", exception.what());
+    DropFrames();
+    return kStartThrew;
+  } catch (const std::bad_alloc&) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "start refused: out of memory");
+    DropFrames();
+    return kStartFailed;
+  }
+}
+
+int TVxmcdAcquisitionManager::StartRun()
+{
+  spoolingRun_ = false;
+  const std::int64_t frameSizeBytes = ReadFrameSize();
+  const int timeoutMs = FrameTimeoutMs();
+  if (!StopEarlierRun()) return kStartFailed;
+  if (!IsUsableFrameSize(frameSizeBytes)) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the camera reports frames of %lld bytes",
+                                  static_cast<long long>(frameSizeBytes));
+    return kStartFailed;
+  }
+
+  const int loopCount = runMode_ == kSeries ? std::max(0, imageCount_.load()) : 1;
+  destroyMetadataObjects();
+  int slotCount = static_cast<int>(kFrameBudgetBytes / frameSizeBytes);
+  limitCircularBufferLengthToMaxOf5000(slotCount);
+
+  const bool prepared = runMode_ == kUntilAborted ? PrepareUntilAborted(frameSizeBytes, slotCount)
+                                                  : PrepareFinite(frameSizeBytes, slotCount, loopCount);
+  if (!prepared) return kStartFailed;
+  SetUpRun(frameSizeBytes);
+  thread_->SetLoopCount(loopCount);
+  thread_->SetTimeout(timeoutMs);
+
+  if (!StartCamera()) return kStartFailed;
+  thread_->Start();
+  thread_->WaitForBegin(kStartTimeoutMs);
+  return kDone;
+}
+
+// A thread that does not stop still uses ring and queues, so nothing of them may be touched then.
+bool TVxmcdAcquisitionManager::StopEarlierRun()
+{
+  thread_->Stop();
+  if (thread_->WaitForStop(kStopTimeoutMs)) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the earlier run has not stopped after %d ms",
+                                  kStopTimeoutMs);
+    return false;
+  }
+  {
+    const TAutoQuorinCriticalSection lock(cameraLock_);
+    VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
+  }
+  VX_Flush(CurrentCoreHandle());
+  return true;
+}
+
+bool TVxmcdAcquisitionManager::PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount)
+{
+  if (!AllocateAndQueue(frameSizeBytes, slotCount)) return false;
+  thread_->SetContinuousMode(true);
+  SetCurrentQueue(requeueQueue_);
+  return true;
+}
+
+// Every frame of a finite run keeps its slot.
+bool TVxmcdAcquisitionManager::PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount,
+                                             std::int64_t loopCount)
+{
+  if (!AllocateAndQueue(frameSizeBytes, loopCount + slotCount)) return false;
+  thread_->SetContinuousMode(false);
+  SetCurrentQueue(ignoreQueue_);
+  return true;
+}
+
+bool TVxmcdAcquisitionManager::AllocateAndQueue(std::int64_t frameSizeBytes, std::int64_t slots)
+{
+  const auto count = static_cast<std::uint64_t>(slots);
+  if (circularBuffer_.Allocate(static_cast<std::uint64_t>(frameSizeBytes), count) != 0) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "no memory for %lld frames of %lld bytes",
+                                  static_cast<long long>(slots), static_cast<long long>(frameSizeBytes));
+    return false;
+  }
+  for (std::uint64_t slot = 1; slot <= count; ++slot) {
+    const int code =
+        VX_QueueBuffer(CurrentCoreHandle(), circularBuffer_.GetBuffer(slot), static_cast<int>(frameSizeBytes));
+    if (code == VX_SUCCESS) continue;
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the camera refused slot %llu: code %d",
+                                  static_cast<unsigned long long>(slot), code);
+    DropFrames();
+    return false;
+  }
+  return true;
+}
+
+void TVxmcdAcquisitionManager::SetUpRun(std::int64_t frameSizeBytes)
+{
+  eventDispatchRoutine_.Reset();
+  createMetadataObjects();
+  GetDispatchQueue()->Initialise(frameSizeBytes);
+  circularBuffer_.Reset();
+}
+
+bool TVxmcdAcquisitionManager::StartCamera()
+{
+  const TAutoQuorinCriticalSection lock(cameraLock_);
+  const int code = VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStart);
+  if (code != VX_SUCCESS)
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "AcquisitionStart answered %d", code);
+  if (code != VX_ERR_START_REFUSED) return true;
+  DropFrames();
+  return false;
+}
+
+void TVxmcdAcquisitionManager::DropFrames()
+{
+  VX_Flush(CurrentCoreHandle());
+  circularBuffer_.Delete();
+}
+
+int TVxmcdAcquisitionManager::Stop()
+{
+  const std::lock_guard lock(controlMutex_);
+  int acquiring = 0;
+  int readCode = VX_SUCCESS;
+  {
+    const TAutoQuorinCriticalSection cameraLock(cameraLock_);
+    readCode = VX_GetBool(CurrentCoreHandle(), Feature::kCameraAcquiring, &acquiring);
+  }
+  if (readCode == VX_SUCCESS && !acquiring) return kNotAcquiring;
+
+  int stopCode = VX_SUCCESS;
+  {
+    const TAutoQuorinCriticalSection cameraLock(cameraLock_);
+    stopCode = VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
+  }
+  if (stopCode != VX_SUCCESS) {
+    // A camera that answers nothing at all will not end the run by itself.
+    if (readCode != VX_SUCCESS) thread_->Stop();
+    return kCommandFailed;
+  }
+
+  thread_->Stop();
+  thread_->WaitForStop(kStopTimeoutMs);
+  VX_Flush(CurrentCoreHandle());
+  Drain();
+  return kDone;
+}
+
+void TVxmcdAcquisitionManager::Drain()
+{
+  unsigned char* buffer = nullptr;
+  int sizeBytes = 0;
+  const std::uint64_t most = circularBuffer_.GetBufferCount() + kDrainMargin;
+  for (std::uint64_t look = 0; look < most; ++look)
+    if (VX_WaitBuffer(CurrentCoreHandle(), &buffer, &sizeBytes, 0) != VX_SUCCESS) return;
+}
+
+int TVxmcdAcquisitionManager::Wait(int timeoutMs)
+{
+  switch (circularBuffer_.WaitChange(timeoutMs)) {
+  case 2:
+    return kWaitTimedOut;
+  case 3:
+    return kWaitCancelled;
+  case 4:
+    return kAcquisitionFailed;
+  default:
+    return kDone;
+  }
+}
+
+int TVxmcdAcquisitionManager::CancelWait()
+{
+  circularBuffer_.CancelWait();
+  return kDone;
+}
+
+void TVxmcdAcquisitionManager::FreeInternalMemory()
+{
+  const std::lock_guard lock(controlMutex_);
+  if (thread_->AtEndOfRun([this] { DropFrames(); })) return;
+  if (circularBuffer_.GetBufferCount() > 0) DropFrames();
+}
+
+bool TVxmcdAcquisitionManager::IsRunningAfterLastFrame()
+{
+  if (thread_->IsFinishing()) thread_->WaitForStop(kFinishTimeoutMs);
+  return IsRunning();
+}
+
+TDispatchQueue* TVxmcdAcquisitionManager::GetDispatchQueue() const
+{
+  return HoldDispatchQueue().get();
+}
+
+std::shared_ptr<TDispatchQueue> TVxmcdAcquisitionManager::HoldDispatchQueue() const
+{
+  const std::lock_guard lock(runObjectsMutex_);
+  return dispatchQueue_;
+}
+
+std::shared_ptr<TTimestampRepository> TVxmcdAcquisitionManager::GetTimestampRepository() const
+{
+  const std::lock_guard lock(runObjectsMutex_);
+  return timestampRepository_;
+}
+
+void TVxmcdAcquisitionManager::SetCurrentQueue(std::shared_ptr<TDispatchQueue> queue)
+{
+  const std::lock_guard lock(runObjectsMutex_);
+  dispatchQueue_ = std::move(queue);
+}
+
+bool TVxmcdAcquisitionManager::isMetadataEnabled(int coreHandle) const
+{
+  int enabled = 0;
+  return VX_GetBool(coreHandle, Feature::kMetadataEnable, &enabled) == VX_SUCCESS && enabled != 0;
+}
+
+void TVxmcdAcquisitionManager::createMetadataObjects()
+{
+  if (isMetadataEnabled(CurrentCoreHandle())) {
+    auto repository = std::make_shared<TTimestampRepository>();
+    auto xerox = std::make_shared<TMetadataXerox>(GetDispatchQueue(), repository.get());
+    {
+      const std::lock_guard lock(runObjectsMutex_);
+      timestampRepository_ = std::move(repository);
+      metadataXerox_ = xerox;
+      dispatchQueue_ = std::move(xerox);
+    }
+    VX_Command(CurrentCoreHandle(), Feature::kTimestampClockReset);
+  }
+  thread_->SetDispatchQueue(GetDispatchQueue());
+}
+
+void TVxmcdAcquisitionManager::destroyMetadataObjects()
+{
+  thread_->SetDispatchQueue(nullptr);
+  const std::lock_guard lock(runObjectsMutex_);
+  if (!metadataXerox_ || !timestampRepository_) return;
+  metadataXerox_.reset();
+  timestampRepository_.reset();
+  dispatchQueue_.reset();
+}

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+// Owner of everything that one camera's acquisitions need.
+#pragma once
+
+#include "acquisition/TAcquisitionThread.h"
+#include "acquisition/TCircularBuffer.h"
+#include "acquisition/TDispatchQueue_Ignore.h"
+#include "acquisition/TDispatchQueue_Requeue.h"
+#include "acquisition/TEventDispatchRoutine.h"
+#include "acquisition/TMetadataXerox.h"
+#include "acquisition/TTimestampRepository.h"
+#include "acquisition/TVXFetchQueue.h"
+#include "utility/TUseCounter.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+namespace QuorinUtility {
+class TQuorinCriticalSection;
+}
+
+/// Starts and stops the acquisitions of one camera and knows where their frames are. Owned by the camera's record;
+/// borrows the camera lock. All feature reads and commands go to the camera that is current at the moment.
+/// Thread-safe: starts, stops and releases of memory exclude each other, and the rest may be called meanwhile.
+/// Callers that stay inside for long, in a wait or a copy, count themselves in Uses(); the destructor sends
+/// waiters home and waits for all of them.
+class TVxmcdAcquisitionManager final
+{
+public:
+  /// What Start(), Stop() and Wait() answer.
+  enum Result
+  {
+    kDone = 0,
+    kCommandFailed = 1,    ///< the camera refused to stop
+    kNotAcquiring = 2,     ///< there was nothing to stop
+    kAlreadyAcquiring = 3, ///< reserved
+    kWaitCancelled = 4,
+    kWaitTimedOut = 5,
+    kStartFailed = 6,
+    kAcquisitionFailed = 7,
+    kStartThrew = 8
+  };
+
+  /// Which frames a run takes.
+  enum RunMode
+  {
+    kSingleImage = 0,
+    kSeries = 1,
+    kUntilAborted = 2
+  };
+
+  explicit TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock);
+  ~TVxmcdAcquisitionManager();
+  TVxmcdAcquisitionManager(const TVxmcdAcquisitionManager&) = delete;
+  TVxmcdAcquisitionManager& operator=(const TVxmcdAcquisitionManager&) = delete;
+
+  /// Number of images of a series.
+  void SetImageCount(int imageCount) { imageCount_ = imageCount; }
+  void SetRunMode(int runMode) { runMode_ = runMode; }
+
+  /// The memory budget of the ring in bytes.
+  int GetCircularBufferSize() const;
+  void limitCircularBufferLengthToMaxOf5000(int& length) const;
+
+  /// Starts a run, stopping an earlier one first. Blocks until it has begun.
+  int Start();
+  /// Stops the run. Blocks until it has ended, for 10 s at most.
+  int Stop();
+  /// Waits for news of the run.
+  int Wait(int timeoutMs);
+  /// Sends all waiters home until the next start. Returns 0.
+  int CancelWait();
+  /// Frees the ring, at the end of the run in progress if there is one.
+  void FreeInternalMemory();
+
+  bool IsRunning() { return thread_->IsStarted(); }
+  bool IsTimedOut() const { return thread_->IsTimedOut(); }
+  bool IsHardwareOverflow() const { return thread_->IsHardwareOverflow(); }
+  /// Whether the last run failed because its frames could not be written to disk.
+  bool IsSpoolIssues() const { return thread_->IsDispatchError() && spoolingRun_; }
+  /// As IsRunning(), but a finite run that has delivered all its frames is given a moment to end first.
+  bool IsRunningAfterLastFrame();
+
+  /// The queue of the present or last run, null before the first and after a start that failed. Borrowed.
+  TDispatchQueue* GetDispatchQueue() const;
+  /// The same, kept for as long as the caller needs it.
+  std::shared_ptr<TDispatchQueue> HoldDispatchQueue() const;
+  /// The timestamps of the present or last run, null when metadata was off.
+  std::shared_ptr<TTimestampRepository> GetTimestampRepository() const;
+
+  bool isMetadataEnabled(int coreHandle) const;
+
+  TUseCounter& Uses() { return uses_; }
+
+private:
+  int StartRun();
+  bool StopEarlierRun();
+  void SetUpRun(std::int64_t frameSizeBytes);
+  bool PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount);
+  bool PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount, std::int64_t loopCount);
+  bool AllocateAndQueue(std::int64_t frameSizeBytes, std::int64_t slots);
+  bool StartCamera();
+  void DropFrames();
+  void Drain();
+  void SetCurrentQueue(std::shared_ptr<TDispatchQueue> queue);
+  void createMetadataObjects();
+  void destroyMetadataObjects();
+
+  std::unique_ptr<TAcquisitionThread> thread_;
+  TVXFetchQueue fetchQueue_;
+  std::shared_ptr<TDispatchQueue_Ignore> ignoreQueue_;
+  std::shared_ptr<TDispatchQueue_Requeue> requeueQueue_;
+  std::shared_ptr<TDispatchQueue>
+      dispatchQueue_; // guarded by runObjectsMutex_, as are the next two members' pointers
+  TCircularBuffer circularBuffer_;
+  std::shared_ptr<TTimestampRepository> timestampRepository_;
+  std::shared_ptr<TMetadataXerox> metadataXerox_;
+  TEventDispatchRoutine eventDispatchRoutine_;
+  std::atomic<int> imageCount_{1};
+  std::atomic<int> runMode_{kSingleImage};
+  QuorinUtility::TQuorinCriticalSection* cameraLock_;
+  std::atomic<bool> spoolingRun_{false};
+
+  std::mutex controlMutex_; // one start, stop or release at a time
+  mutable std::mutex runObjectsMutex_;
+  TUseCounter uses_;
+};

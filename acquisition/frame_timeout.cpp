@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+// How long the acquisition thread waits for one frame.
+#include "acquisition/frame_timeout.h"
+
+#include "features/current_core_handle.h"
+#include "features/feature_names.h"
+#include "vxcore.h"
+
+#include <cmath>
+#include <cwchar>
+
+namespace {
+
+constexpr int kValueTextLength = 64;
+constexpr double kMarginMs = 1000.0;
+
+bool IsTriggeredInternally(int coreHandle)
+{
+  int index = 0;
+  if (VX_GetEnumerated(coreHandle, Feature::kTriggerMode, &index) != VX_SUCCESS) return false;
+  wchar_t text[kValueTextLength] = {};
+  if (VX_GetEnumeratedString(coreHandle, Feature::kTriggerMode, index, text, kValueTextLength) != VX_SUCCESS)
+    return false;
+  text[kValueTextLength - 1] = L'\0';
+  return std::wcscmp(text, FeatureText::kInternal) == 0;
+}
+
+} // namespace
+
+int FrameTimeoutMs()
+{
+  const int coreHandle = CurrentCoreHandle();
+  if (!IsTriggeredInternally(coreHandle)) return kNoFrameTimeoutMs;
+  double frameRate = 0.0;
+  if (VX_GetFloat(coreHandle, Feature::kFrameRate, &frameRate) != VX_SUCCESS) return kNoFrameTimeoutMs;
+  long long accumulateCount = 1;
+  if (VX_GetInt(coreHandle, Feature::kAccumulateCount, &accumulateCount) != VX_SUCCESS) accumulateCount = 1;
+  return FrameTimeoutMs(frameRate, accumulateCount);
+}
+
+// In floating point to the end, because a camera may say anything: what no int can hold is no limit.
+int FrameTimeoutMs(double frameRate, long long accumulateCount)
+{
+  const double periodMs = std::trunc(1000.0 / frameRate * static_cast<double>(accumulateCount));
+  const double timeoutMs = periodMs * 3.0 + kMarginMs;
+  if (!(timeoutMs < static_cast<double>(kNoFrameTimeoutMs))) return kNoFrameTimeoutMs;
+  return timeoutMs < kMarginMs ? static_cast<int>(kMarginMs) : static_cast<int>(timeoutMs);
+}

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// The record of an open camera.
+#pragma once
+
+class IBool;
+class IEnum;
+class IDispatchRoutine;
+class IInt;
+class SDK3Bool;
+class SDK3Enum;
+class SDK3Int;
+class TAcquisitionEventHandler;
+class TCameraPotsFacade;
+class TConfigurationLoader;
+class TDirectPreAmpGain;
+class TDispatchQueue;
+class TgetFIFOUsage;
+class TI2c;
+class TObserverList;
+class TPixelReadoutRate;
+class TPseudoAcquisitionMode;
+class TPseudoADChannel;
+class TPseudoAmplifier;
+class TPseudoBaselineClamp;
+class TPseudoHSSpeed;
+class TVxmcdAcquisitionManager;
+class IPreAmpGain;
+
+namespace QuorinUtility {
+class TQuorinCriticalSection;
+}
+
+/// Everything that was created for one open camera. Held by value in HandleToCameraMap; owns what its pointers
+/// point to: Initialize() creates it, ShutDown() destroys it. The order of the fields is fixed. A field whose
+/// object this camera does not have is null.
+struct TCamera
+{
+  static constexpr unsigned int kNoCamera = 0xFFFFFFFFu;
+
+  unsigned int cameraHandle = 0; ///< the feature library's handle; kNoCamera marks the record of no camera
+  TVxmcdAcquisitionManager* acquisitionManager = nullptr;
+  int retrievalCursor = 0; ///< number of the last image that the GetOldestImage family gave
+  TI2c* i2c = nullptr;
+  TCameraPotsFacade* cameraPots = nullptr;
+  TObserverList* observers = nullptr;
+  TConfigurationLoader* configurationLoader = nullptr;
+  void* configuration = nullptr; ///< released through the loader
+  SDK3Enum* preAmpGainChannel = nullptr;
+  TPixelReadoutRate* pixelReadoutRate = nullptr;
+  SDK3Enum* simplePreAmpGainControl = nullptr;
+  SDK3Enum* preAmpGain = nullptr;
+  SDK3Enum* preAmpGainSelector = nullptr;
+  SDK3Enum* cycleMode = nullptr;
+  SDK3Enum* pixelEncoding = nullptr;
+  SDK3Enum* electronicShutteringMode = nullptr;
+  TgetFIFOUsage* fifoUsage = nullptr;
+  SDK3Int* accumulateCount = nullptr;
+  SDK3Int* frameCount = nullptr;
+  SDK3Bool* baselineClampFeature = nullptr;
+  TPseudoADChannel* adChannel = nullptr;
+  TPseudoHSSpeed* hsSpeed = nullptr;
+  TPseudoAmplifier* amplifier = nullptr;
+  IPreAmpGain* preAmpGainModel = nullptr;
+  TPseudoAcquisitionMode* acquisitionMode = nullptr;
+  TPseudoBaselineClamp* baselineClamp = nullptr;
+  SDK3Enum* bitDepth = nullptr;
+  bool eepromRead = false;
+  TAcquisitionEventHandler* acquisitionEventHandler = nullptr;
+  IDispatchRoutine* eventDispatchRoutine = nullptr;
+  IDispatchRoutine* statusDispatchRoutine = nullptr;
+  TDispatchQueue* eventDispatchQueue = nullptr;
+  TDispatchQueue* statusDispatchQueue = nullptr;
+  QuorinUtility::TQuorinCriticalSection* cameraLock = nullptr;
+};

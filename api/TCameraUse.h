@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// The use that an entry point makes of an open camera.
+#pragma once
+
+#include "api/camera_registry.h"
+
+class TPseudoAcquisitionMode;
+class TVxmcdAcquisitionManager;
+
+/// Keeps an open camera's objects alive while an entry point works with them: ShutDown() waits until every use has
+/// ended before it destroys anything. False when no camera is open under the handle. Lives on the stack of one
+/// call.
+class TCameraUse final
+{
+public:
+  /// Uses the current camera.
+  TCameraUse() : TCameraUse(CurrentCameraHandle()) {}
+  explicit TCameraUse(long handle) : camera_(EnterCamera(handle, manager_)) {}
+  ~TCameraUse();
+  TCameraUse(const TCameraUse&) = delete;
+  TCameraUse& operator=(const TCameraUse&) = delete;
+
+  explicit operator bool() const { return camera_ != nullptr; }
+
+  int CoreHandle() const { return static_cast<int>(camera_->cameraHandle); }
+  TVxmcdAcquisitionManager& Manager() const { return *manager_; }
+  TPseudoAcquisitionMode& AcquisitionMode() const { return *camera_->acquisitionMode; }
+
+  int GetRetrievalCursor() const;
+  void SetRetrievalCursor(int image) const;
+
+private:
+  TVxmcdAcquisitionManager* manager_ = nullptr; // the record gives its pointer up when the camera is being closed
+  TCamera* camera_;
+};

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// Starting, stopping, waiting for and asking about an acquisition.
+#include "acquisition/TPseudoAcquisitionMode.h"
+#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/exports.h"
+#include "api/TCameraUse.h"
+#include "utility/TQuorinEvent.h"
+
+#include <cstdint>
+
+namespace {
+
+using TManager = TVxmcdAcquisitionManager;
+
+// Resets the cursor however the start ends.
+class TCursorReset
+{
+public:
+  explicit TCursorReset(const TCameraUse& camera) : camera_(camera) {}
+  ~TCursorReset() { camera_.SetRetrievalCursor(0); }
+  TCursorReset(const TCursorReset&) = delete;
+  TCursorReset& operator=(const TCursorReset&) = delete;
+
+private:
+  const TCameraUse& camera_;
+};
+
+int StatusOf(TManager& manager)
+{
+  if (manager.IsTimedOut()) return RC_STATUS_TIMED_OUT;
+  if (manager.IsHardwareOverflow()) return RC_STATUS_HARDWARE_OVERFLOW;
+  if (manager.IsSpoolIssues()) return RC_STATUS_SPOOL_ISSUE;
+  return manager.IsRunning() ? RC_ACQUIRING : RC_IDLE;
+}
+
+void Write(long* output, std::int64_t value)
+{
+  if (output) *output = static_cast<long>(value);
+}
+
+} // namespace
+
+unsigned int StartAcquisition(void)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  const TCursorReset reset(camera);
+  camera.AcquisitionMode().ApplyPending();
+  switch (camera.Manager().Start()) {
+  case TManager::kAlreadyAcquiring:
+    return RC_ACQUIRING;
+  case TManager::kCommandFailed:
+    return RC_FEATURE_ERROR;
+  case TManager::kStartFailed:
+    return RC_FRAME_UNAVAILABLE;
+  case TManager::kStartThrew:
+    return RC_START_REFUSED;
+  default:
+    return RC_SUCCESS;
+  }
+}
+
+unsigned int AbortAcquisition(void)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  switch (camera.Manager().Stop()) {
+  case TManager::kNotAcquiring:
+    return RC_IDLE;
+  case TManager::kCommandFailed:
+    return RC_FEATURE_ERROR;
+  default:
+    return RC_SUCCESS;
+  }
+}
+
+unsigned int WaitForAcquisition(void)
+{
+  return WaitForAcquisitionByHandle(CurrentCameraHandle());
+}
+
+unsigned int WaitForAcquisitionTimeOut(int timeoutMs)
+{
+  return WaitForAcquisitionByHandleTimeOut(CurrentCameraHandle(), timeoutMs);
+}
+
+unsigned int WaitForAcquisitionByHandle(long handle)
+{
+  return WaitForAcquisitionByHandleTimeOut(handle, QuorinUtility::TQuorinEvent::Infinite);
+}
+VXMCD_PLAIN_NAME(WaitForAcquisitionByHandle, _Z26WaitForAcquisitionByHandlel);
+
+unsigned int WaitForAcquisitionByHandleTimeOut(long handle, int timeoutMs)
+{
+  if (handle == -1) return RC_NOT_INITIALIZED;
+  const TCameraUse camera(handle);
+  if (!camera) return RC_NOT_INITIALIZED;
+  return camera.Manager().Wait(timeoutMs) == TManager::kDone ? RC_SUCCESS : RC_NO_NEW_DATA;
+}
+VXMCD_PLAIN_NAME(WaitForAcquisitionByHandleTimeOut, _Z33WaitForAcquisitionByHandleTimeOutli);
+
+unsigned int CancelWait(void)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  camera.Manager().CancelWait();
+  return RC_SUCCESS;
+}
+
+unsigned int GetStatus(int* status)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (status) *status = StatusOf(camera.Manager());
+  return RC_SUCCESS;
+}
+
+unsigned int GetAcquisitionProgress(long* accumulations, long* series)
+{
+  Write(accumulations, 0);
+  Write(series, 0);
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+
+  const int status = StatusOf(camera.Manager());
+  const auto queue = camera.Manager().HoldDispatchQueue();
+  const std::int64_t newest = queue ? queue->GetMaximumImageAvailable() : 0;
+  const bool isComplete = status == RC_ACQUIRING && newest == camera.AcquisitionMode().GetSeriesLength();
+  if (status != RC_IDLE && !isComplete) Write(series, newest);
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(GetAcquisitionProgress, _Z22GetAcquisitionProgressPlS_);
+
+unsigned int GetSizeOfCircularBuffer(long* size)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  Write(size, camera.Manager().GetCircularBufferSize());
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(GetSizeOfCircularBuffer, _Z23GetSizeOfCircularBufferPl);
+
+unsigned int FreeInternalMemory(void)
+{
+  const TCameraUse camera;
+  if (camera) camera.Manager().FreeInternalMemory();
+  return RC_SUCCESS;
+}
+
+unsigned int createAcquisitionEvents(void)
+{
+  return RC_SUCCESS;
+}

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+// Choosing a camera.
+#include "api/camera_registry.h"
+#include "api/exports.h"
+#include "features/feature_names.h"
+#include "vxcore.h"
+
+namespace {
+
+bool IsHandleInRange(long handle, long count)
+{
+  return handle >= kFirstCameraHandle && handle - kFirstCameraHandle < count;
+}
+
+} // namespace
+
+unsigned int GetAvailableCameras(long* count)
+{
+  long long deviceCount = 0;
+  VX_InitialiseLibrary();
+  const int code = VX_GetInt(VX_HANDLE_SYSTEM, Feature::kDeviceCount, &deviceCount);
+  VX_FinaliseLibrary();
+  if (code != VX_SUCCESS) return RC_NOT_SUPPORTED;
+  if (count) *count = static_cast<long>(deviceCount);
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(GetAvailableCameras, _Z19GetAvailableCamerasPl);
+
+unsigned int GetCameraHandle(long cameraIndex, long* handle)
+{
+  long count = 0;
+  if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return code;
+  if (cameraIndex < 0 || cameraIndex >= count) return RC_P1_INVALID;
+  if (handle) *handle = kFirstCameraHandle + cameraIndex;
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(GetCameraHandle, _Z15GetCameraHandlelPl);
+
+unsigned int SetCurrentCamera(long handle)
+{
+  long count = 0;
+  if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return code;
+  if (!IsHandleInRange(handle, count)) return RC_P1_INVALID;
+  SelectCamera(handle);
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(SetCurrentCamera, _Z16SetCurrentCameral);
+
+unsigned int GetCurrentCamera(long* handle)
+{
+  if (handle) *handle = CurrentCameraHandle();
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(GetCurrentCamera, _Z16GetCurrentCameraPl);
+
+unsigned int GetSDK3Handle(int* handle)
+{
+  if (!handle) return RC_P1_INVALID;
+  *handle = static_cast<int>(GetCurrentCamera()->cameraHandle);
+  return RC_SUCCESS;
+}

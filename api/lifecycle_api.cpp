@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+// Opening and closing a camera, loading and unloading the library.
+#include "api/camera_assembly.h"
+#include "api/camera_registry.h"
+#include "features/feature_access.h"
+#include "features/feature_names.h"
+#include "utility/TAutoQuorinCriticalSection.h"
+#include "utility/TQuorinCriticalSection.h"
+#include "utility/TQuorinLibDebugOutput.h"
+#include "vxcore.h"
+
+#include <atomic>
+#include <limits>
+
+namespace {
+
+// Calls of Initialize() that asked for a camera, less calls of ShutDown(). A failed Initialize() keeps its
+// increment.
+std::atomic<int> gblInitialiseCounter{0};
+
+void RaiseInitialiseCounter()
+{
+  // A program that polls for a camera raises it without end.
+  int counter = gblInitialiseCounter;
+  while (counter < std::numeric_limits<int>::max() &&
+         !gblInitialiseCounter.compare_exchange_weak(counter, counter + 1)) {
+  }
+}
+
+void LowerInitialiseCounter()
+{
+  int counter = gblInitialiseCounter;
+  while (counter > 0 && !gblInitialiseCounter.compare_exchange_weak(counter, counter - 1)) {
+  }
+}
+
+// Opens the device of the current handle; VX_HANDLE_NONE when there is none or it is not a camera.
+int OpenCurrentDevice()
+{
+  int coreHandle = VX_HANDLE_NONE;
+  const int code = VX_Open(static_cast<int>(CurrentCameraHandle() - kFirstCameraHandle), &coreHandle);
+  if (code != VX_SUCCESS || coreHandle == VX_HANDLE_NONE) {
+    QuorinUtility::TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "camera %ld: VX_Open answered %d",
+                                                 CurrentCameraHandle(), code);
+    return VX_HANDLE_NONE;
+  }
+  if (isImplemented(coreHandle, Feature::kCameraModel)) return coreHandle;
+  QuorinUtility::TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "camera %ld has no CameraModel",
+                                               CurrentCameraHandle());
+  VX_Close(coreHandle);
+  return VX_HANDLE_NONE;
+}
+
+} // namespace
+
+unsigned int Initialize(char* /*directory*/)
+{
+  if (IsForkedChild()) return RC_NO_CAMERA;
+  if (IsCurrentCameraOpen()) return RC_SUCCESS;
+
+  VX_InitialiseLibrary();
+  RaiseInitialiseCounter();
+  const int coreHandle = OpenCurrentDevice();
+  if (coreHandle == VX_HANDLE_NONE) {
+    VX_FinaliseLibrary();
+    return RC_NO_CAMERA;
+  }
+
+  RegisterCurrentCamera(AssembleCamera(coreHandle));
+  SetMetaData(1);
+  createAcquisitionEvents();
+  return RC_SUCCESS;
+}
+
+unsigned int ShutDown(void)
+{
+  LowerInitialiseCounter();
+  if (IsForkedChild()) return RC_NOT_INITIALIZED;
+
+  const QuorinUtility::TAutoQuorinCriticalSection lock(&currentCameraShutdownMutex.object);
+  TCamera* const camera = GetCurrentCamera();
+  if (camera->cameraHandle == TCamera::kNoCamera) return RC_NOT_INITIALIZED;
+
+  AbortAcquisition();
+  SetMetaData(0);
+  DismantleCamera(*camera);
+  VX_Close(static_cast<int>(camera->cameraHandle));
+  UnregisterCurrentCamera();
+  VX_FinaliseLibrary();
+  return RC_SUCCESS;
+}
+
+void MyInitialise(void) {}
+
+void MyFinalise(void) {}
+
+void my_init(void)
+{
+  MyInitialise();
+}
+
+void my_fini(void)
+{
+  MyFinalise();
+}
+
+namespace {
+
+[[gnu::constructor]] void OnLoad()
+{
+  my_init();
+}
+
+[[gnu::destructor]] void OnUnload()
+{
+  my_fini();
+}
+
+} // namespace

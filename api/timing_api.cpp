@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+// Exposure and cycle times.
+#include "acquisition/TPseudoAcquisitionMode.h"
+#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/TCameraUse.h"
+#include "features/feature_access.h"
+#include "features/feature_names.h"
+#include "vxcore.h"
+
+namespace {
+
+// Shown for times that the camera cannot tell.
+constexpr float kDefaultExposureSeconds = 0.01F;
+constexpr float kDefaultCycleSeconds = 0.03F;
+
+void Write(float* output, double value)
+{
+  if (output) *output = static_cast<float>(value);
+}
+
+} // namespace
+
+unsigned int SetExposureTime(float seconds)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kExposureTime)) return RC_NOT_SUPPORTED;
+
+  double exposureSeconds = static_cast<double>(seconds);
+  double minimum = 0.0;
+  VX_GetFloatMin(camera.CoreHandle(), Feature::kExposureTime, &minimum);
+  if (minimum > exposureSeconds) exposureSeconds = minimum;
+
+  switch (VX_SetFloat(camera.CoreHandle(), Feature::kExposureTime, exposureSeconds)) {
+  case VX_SUCCESS:
+    return RC_SUCCESS;
+  case VX_ERR_NOT_WRITABLE:
+    return camera.Manager().IsRunning() ? RC_ACQUIRING : RC_NOT_AVAILABLE;
+  default:
+    return RC_P1_INVALID;
+  }
+}
+
+unsigned int SetAccumulationCycleTime(float seconds)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kAccumulateCount)) return RC_NOT_SUPPORTED;
+  if (camera.AcquisitionMode().GetNumberAccumulations() < 2) return RC_NOT_SUPPORTED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kBurstRate)) return RC_SUCCESS;
+
+  double maximum = 0.0;
+  VX_GetFloatMax(camera.CoreHandle(), Feature::kBurstRate, &maximum);
+  const double cycleSeconds = static_cast<double>(seconds);
+  const double rate = 1.0 / maximum > cycleSeconds ? maximum : 1.0 / cycleSeconds;
+  const int code = VX_SetFloat(camera.CoreHandle(), Feature::kBurstRate, rate);
+  return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
+}
+
+unsigned int SetKineticCycleTime(float seconds)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kFrameRate)) return RC_NOT_SUPPORTED;
+
+  double maximum = 0.0;
+  double minimum = 0.0;
+  VX_GetFloatMax(camera.CoreHandle(), Feature::kFrameRate, &maximum);
+  VX_GetFloatMin(camera.CoreHandle(), Feature::kFrameRate, &minimum);
+  const double cycleSeconds = static_cast<double>(seconds);
+  double rate = 1.0 / cycleSeconds;
+  if (cycleSeconds > 1.0 / minimum)
+    rate = minimum;
+  else if (1.0 / maximum > cycleSeconds)
+    rate = maximum;
+  const int code = VX_SetFloat(camera.CoreHandle(), Feature::kFrameRate, rate);
+  return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
+}
+
+unsigned int GetAcquisitionTimings(float* exposure, float* accumulate, float* kinetic)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+
+  double exposureSeconds = static_cast<double>(kDefaultExposureSeconds);
+  double value = 0.0;
+  if (VX_GetFloat(camera.CoreHandle(), Feature::kExposureTime, &value) == VX_SUCCESS) exposureSeconds = value;
+  double kineticSeconds = static_cast<double>(kDefaultCycleSeconds);
+  if (VX_GetFloat(camera.CoreHandle(), Feature::kFrameRate, &value) == VX_SUCCESS) kineticSeconds = 1.0 / value;
+  double accumulateSeconds = static_cast<double>(kDefaultCycleSeconds);
+  switch (VX_GetFloat(camera.CoreHandle(), Feature::kBurstRate, &value)) {
+  case VX_SUCCESS:
+    accumulateSeconds = 1.0 / value;
+    break;
+  case VX_ERR_NOT_IMPLEMENTED:
+    accumulateSeconds = kineticSeconds;
+    break;
+  default:
+    break;
+  }
+
+  Write(exposure, exposureSeconds);
+  Write(accumulate, accumulateSeconds);
+  Write(kinetic, kineticSeconds);
+  return RC_SUCCESS;
+}
+
+unsigned int GetReadOutTime(float* seconds)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!seconds) return RC_P1_INVALID;
+  *seconds = 0.0F;
+  if (!isImplemented(camera.CoreHandle(), Feature::kReadoutTime)) return RC_NOT_SUPPORTED;
+
+  double value = 0.0;
+  switch (VX_GetFloat(camera.CoreHandle(), Feature::kReadoutTime, &value)) {
+  case VX_SUCCESS:
+    Write(seconds, value);
+    return RC_SUCCESS;
+  case VX_ERR_NOT_AVAILABLE:
+    return RC_NOT_AVAILABLE;
+  default:
+    return RC_P1_INVALID;
+  }
+}
+
+unsigned int GetMaximumExposure(float* seconds)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  double maximum = 0.0;
+  const int code = VX_GetFloatMax(camera.CoreHandle(), Feature::kExposureTime, &maximum);
+  Write(seconds, maximum);
+  return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
+}

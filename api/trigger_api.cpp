@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+// Trigger modes and the software trigger.
+#include "api/trigger_api.h"
+
+#include "api/exports.h"
+#include "features/current_core_handle.h"
+#include "features/feature_access.h"
+#include "features/feature_names.h"
+#include "vxcore.h"
+
+namespace {
+
+// The "TriggerMode" text of a mode number, or null; `external` is what the camera calls its external mode.
+const wchar_t* TriggerModeText(int mode, const std::wstring& external)
+{
+  switch (mode) {
+  case 0:
+    return FeatureText::kInternal;
+  case 1:
+    return external.c_str();
+  case 6:
+    return FeatureText::kExternalStart;
+  case 7:
+    return FeatureText::kExternalExposure;
+  case 10:
+    return FeatureText::kSoftware;
+  default:
+    return nullptr;
+  }
+}
+
+} // namespace
+
+unsigned int SetTriggerMode(int mode)
+{
+  if (CurrentCoreHandle() == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  std::wstring external;
+  if (const unsigned int code = TriggerModeFeatureFinder(external); code != RC_SUCCESS) return code;
+  const wchar_t* const text = TriggerModeText(mode, external);
+  if (!text) return RC_P1_INVALID;
+  return CheckSetEnumeratedIndex(Feature::kTriggerMode, text, RC_INVALID_TRIGGER_MODE);
+}
+
+unsigned int TriggerModeFeatureFinder(std::wstring& value)
+{
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_SUCCESS;
+  value = FeatureText::kExternal;
+  int implemented = 0;
+  if (VX_IsImplemented(coreHandle, Feature::kTriggerConfiguration, &implemented) != VX_SUCCESS)
+    return RC_FEATURE_ERROR;
+  if (implemented == 1) value = FeatureText::kExternalLevelTransition;
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(TriggerModeFeatureFinder,
+                 _Z24TriggerModeFeatureFinderRNSt7__cxx1112basic_stringIwSt11char_traitsIwESaIwEEE);
+
+unsigned int SendSoftwareTrigger(void)
+{
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  if (!isImplemented(coreHandle, Feature::kSoftwareTrigger)) return RC_NOT_SUPPORTED;
+  VX_Command(coreHandle, Feature::kSoftwareTrigger);
+  return RC_SUCCESS;
+}

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+// The library's version.
+#include "api/exports.h"
+#include "vxmcd.h"
+
+#include <cstring>
+
+// Takes references, as the programs that link to the decorated name pass them.
+VXMCD_API unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, unsigned int& build,
+                                     unsigned int& revision);
+
+namespace {
+
+constexpr unsigned int kMajor = 2;
+constexpr unsigned int kMinor = 94;
+constexpr unsigned int kBuild = 32007;
+constexpr unsigned int kRevision = 0;
+constexpr const char* kVersionText = "2.94.32007.0";
+constexpr const char* kUnknownText = "Unknown";
+
+void Write(unsigned int* output, unsigned int value)
+{
+  if (output) *output = value;
+}
+
+// A text that fills the buffer is not terminated; callers pass room for more.
+void CopyBounded(char* buffer, unsigned int size, const char* text)
+{
+  const std::size_t length = std::strlen(text);
+  std::memset(buffer, 0, size);
+  std::memcpy(buffer, text, length < size ? length : size);
+}
+
+} // namespace
+
+unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, unsigned int& build, unsigned int& revision)
+{
+  Write(&major, kMajor);
+  Write(&minor, kMinor);
+  Write(&build, kBuild);
+  Write(&revision, kRevision);
+  return RC_SUCCESS;
+}
+VXMCD_PLAIN_NAME(getSDKVersion, _Z13getSDKVersionRjS_S_S_);
+
+unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cofFile, unsigned int* vxdRevision,
+                                unsigned int* vxdVersion, unsigned int* dllRevision, unsigned int* dllVersion)
+{
+  Write(eprom, 0);
+  Write(cofFile, 0);
+  Write(vxdRevision, 0);
+  Write(vxdVersion, 0);
+  Write(dllRevision, kMinor);
+  Write(dllVersion, kMajor);
+  return RC_SUCCESS;
+}
+
+unsigned int GetVersionInfo(int id, char* buffer, unsigned int size)
+{
+  if (id != VXMCD_VERSION_LIBRARY && id != VXMCD_VERSION_DRIVER) return RC_P1_INVALID;
+  if (size == 0) return RC_P3_INVALID;
+  if (!buffer) return RC_P2_INVALID;
+  const bool isLibrary = id == VXMCD_VERSION_LIBRARY;
+  CopyBounded(buffer, size, isLibrary ? kVersionText : kUnknownText);
+  return isLibrary ? RC_SUCCESS : RC_NOT_AVAILABLE;
+}

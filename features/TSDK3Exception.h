@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// The library's one exception type.
+#pragma once
+
+#include "vxmcd.h"
+
+#include <exception>
+#include <string>
+
+/// Thrown by the metadata parser and the spool file classes for faults that have no status of their own. Its type
+/// is exported, so that an application can catch it.
+class VXMCD_API TSDK3Exception : public std::exception
+{
+public:
+  explicit TSDK3Exception(std::string message);
+  /// Formats like printf; at most 511 characters are kept.
+  explicit TSDK3Exception(const char* format, ...) __attribute__((format(printf, 2, 3)));
+  ~TSDK3Exception() override;
+
+  const char* what() const noexcept override;
+
+private:
+  std::string message_;
+};

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// Questions and guarded writes that many entry points share.
+#include "features/feature_access.h"
+
+#include "features/current_core_handle.h"
+#include "vxcore.h"
+#include "vxmcd_result_codes.h"
+
+#include <cwchar>
+
+namespace {
+
+constexpr int kValueTextLength = 64;
+
+bool IsEnumeratedIndexAvailable(const wchar_t* feature, int index)
+{
+  int flag = 0;
+  return VX_IsEnumeratedIndexAvailable(CurrentCoreHandle(), feature, index, &flag) == VX_SUCCESS && flag == 1;
+}
+
+} // namespace
+
+bool isImplemented(int coreHandle, const wchar_t* feature)
+{
+  int flag = 0;
+  return VX_IsImplemented(coreHandle, feature, &flag) == VX_SUCCESS && flag == 1;
+}
+
+int GetEnumeratedIndexFromString(const wchar_t* feature, const wchar_t* value)
+{
+  int count = -1;
+  if (VX_GetEnumeratedCount(CurrentCoreHandle(), feature, &count) != VX_SUCCESS) return -1;
+
+  for (int index = 0; index < count; ++index) {
+    wchar_t text[kValueTextLength] = {};
+    if (VX_GetEnumeratedString(CurrentCoreHandle(), feature, index, text, kValueTextLength) != VX_SUCCESS)
+      return -1;
+    text[kValueTextLength - 1] = L'\0';
+    if (std::wcscmp(text, value) == 0) return index;
+  }
+  return -1;
+}
+
+unsigned int CheckSetEnumeratedIndex(const wchar_t* feature, const wchar_t* value, unsigned int failCode)
+{
+  const int index = GetEnumeratedIndexFromString(feature, value);
+  if (index < 0) return failCode;
+  if (!IsEnumeratedIndexAvailable(feature, index)) return failCode;
+  VX_SetEnumeratedString(CurrentCoreHandle(), feature, value);
+  return RC_SUCCESS;
+}
