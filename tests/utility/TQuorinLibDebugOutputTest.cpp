@@ -85,12 +85,10 @@ TEST_F(QuorinLibDebugOutput, WritesItsLevelAndTheMoreSevereOnes)
 TEST_F(QuorinLibDebugOutput, LineTellsTimeThreadLevelPlaceAndText)
 {
   ASSERT_TRUE(LogToFile("info"));
-  errno = ENOENT;
   TQuorinLibDebugOutput::Output("/some/where/x.cpp", 7, "Open", "cannot open \"%s\"\n", "a\nb");
   TQuorinLibDebugOutput::OutputText("x.cpp", 8, "Open", TQuorinLibDebugOutput::Info, "100%s ready");
   TQuorinLibDebugOutput::OutputText(nullptr, 9, nullptr, TQuorinLibDebugOutput::Warning, nullptr);
   TQuorinLibDebugOutput::Output("x.cpp", 10, "f", "%s", std::string(5000, 'x').c_str());
-  EXPECT_EQ(errno, ENOENT);
   const std::vector<std::string> lines = Lines();
   ASSERT_EQ(lines.size(), 4u);
   EXPECT_THAT(lines[0],
@@ -99,6 +97,14 @@ TEST_F(QuorinLibDebugOutput, LineTellsTimeThreadLevelPlaceAndText)
   EXPECT_THAT(lines[1], HasSubstr(" info x.cpp:8 Open 100%s ready"));
   EXPECT_THAT(lines[2], HasSubstr(" warning ?:9 ? "));
   EXPECT_THAT(lines[3], testing::EndsWith("xxx..."));
+}
+
+TEST_F(QuorinLibDebugOutput, FailingToWriteLeavesErrnoAlone)
+{
+  ASSERT_TRUE(TQuorinLibDebugOutput::Configure("error:/dev/full"));
+  errno = ENOENT;
+  TQuorinLibDebugOutput::Output("x.cpp", 1, "f", "no room for this");
+  EXPECT_EQ(errno, ENOENT);
 }
 
 TEST_F(QuorinLibDebugOutput, SettingOfNoUseIsReportedOnceAndLeavesTheLogOff)
