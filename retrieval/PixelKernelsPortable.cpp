@@ -16,6 +16,11 @@ Pixel loadPixel(const unsigned char* source)
   return pixel;
 }
 
+void copyBytes(unsigned char* destination, const unsigned char* source, std::size_t byteCount)
+{
+  std::memcpy(destination, source, byteCount);
+}
+
 template <class Stored, class Dst>
 void convert(Dst* destination, const unsigned char* source, std::size_t pixelCount)
 {
@@ -40,6 +45,7 @@ void unpack12(Dst* destination, const unsigned char* source, std::size_t pixelCo
 } // namespace
 
 constinit const TPixelKernels kPortablePixelKernels = {
+    .copyBytes = copyBytes,
     .mono8To16 = convert<std::uint8_t, unsigned short>,
     .mono8To32 = convert<std::uint8_t, int>,
     .mono16To32 = convert<std::uint16_t, int>,

@@ -70,12 +70,12 @@ bool TFetchImage<Src, Dst>::fitsStoredFrame() const
   return lastRowStart + sourceRowBytes(width_) <= dispatchQueue_->GetImageSizeBytes();
 }
 
-// Whether the frame reads the same when it is taken as one long row. The second condition is for packed rows that
+// Whether the frame reads the same when it is taken as one long row: there is no padding, and packed rows do not
 // end in half a group.
 template <class Src, class Dst>
 bool TFetchImage<Src, Dst>::rowsAreAdjacent() const
 {
-  return sourceRowBytes(width_) == stride_ && sourceRowBytes(pixelsPerFrame()) == std::int64_t{height_} * stride_;
+  return sourceRowBytes(pixelsPerFrame()) == std::int64_t{height_} * stride_;
 }
 
 template <class Src, class Dst>

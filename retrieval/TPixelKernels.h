@@ -22,6 +22,8 @@ struct TPixelKernels
   template <class Dst>
   using Kernel = void (*)(Dst* destination, const unsigned char* source, std::size_t pixelCount);
 
+  /// Copies pixels of one byte each, for pixels that stay as they are.
+  Kernel<unsigned char> copyBytes;
   Kernel<unsigned short> mono8To16;
   Kernel<int> mono8To32;
   Kernel<int> mono16To32;

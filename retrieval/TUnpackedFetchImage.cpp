@@ -4,7 +4,6 @@
 
 #include "retrieval/TPixelKernels.h"
 
-#include <cstring>
 #include <type_traits>
 
 namespace {
@@ -37,7 +36,8 @@ void TUnpackedFetchImage<Src, Dst>::copyImage(Dst* destinationRow, unsigned char
   if (pixelCount < 1) return;
   const auto count = static_cast<std::size_t>(pixelCount);
   if constexpr (std::is_same_v<Src, Dst>)
-    std::memcpy(destinationRow, sourceRow, count * sizeof(Dst));
+    TPixelKernels::Active().copyBytes(reinterpret_cast<unsigned char*>(destinationRow), sourceRow,
+                                      count * sizeof(Dst));
   else
     convert(destinationRow, sourceRow, count, Src{});
 }
