@@ -179,8 +179,8 @@ TEST_F(TenFrames, ArgumentsAreCheckedBeforeAnythingElse)
 
 TEST_F(TenFrames, SizeIsComparedWithAProductOf32Bits)
 {
-  queue_.imageSizeBytes = std::int64_t{1} << 32;
-  ByteFetch fetch(&queue_, 65536, 65536, 65536);
+  queue_.imageSizeBytes = std::int64_t{1} << 40;
+  ByteFetch fetch(&queue_, 65536, 65536, 65600);
   int cursor = 0;
   EXPECT_EQ(fetch.GetNextOldestImage(output_.data(), 0x100000000UL, cursor), RC_P2_INVALID);
   EXPECT_EQ(fetch.GetNextOldestImage(output_.data(), 0, cursor), RC_SUCCESS);
