@@ -1,0 +1,289 @@
+// SPDX-License-Identifier: MIT
+// Runs of the acquisition thread with scripted frames: how they begin, end and fail, and that no stop is lost.
+#include "acquisition/IDispatchRoutine.h"
+#include "acquisition/TAcquisitionThread.h"
+#include "acquisition/TCircularBuffer.h"
+#include "acquisition/TDispatchQueue_Ignore.h"
+#include "acquisition/TFetchQueue.h"
+#include "utility/TQuorinCriticalSection.h"
+#include "utility/TQuorinMisc.h"
+#include "vxcore_simulator.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <stdexcept>
+#include <sys/time.h>
+#include <thread>
+#include <time.h>
+
+namespace {
+
+std::atomic<long> clockOffsetSeconds{0};
+
+} // namespace
+
+// Stands in for the C library's, so that a test can set the system clock as time_value sees it.
+extern "C" int gettimeofday(timeval* time, void* /*zone*/) noexcept
+{
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  time->tv_sec = now.tv_sec + clockOffsetSeconds;
+  time->tv_usec = static_cast<suseconds_t>(now.tv_nsec / 1000);
+  return 0;
+}
+
+namespace {
+
+constexpr int kLongMs = 20000;
+
+class TScriptedFetch final : public TFetchQueue
+{
+public:
+  using TScript = std::function<int(unsigned char*& buffer, int& sizeBytes, int timeoutMs)>;
+
+  int Fetch(unsigned char*& buffer, int& sizeBytes, int timeoutMs) override
+  {
+    ++calls;
+    return script(buffer, sizeBytes, timeoutMs);
+  }
+
+  TScript script = [](unsigned char*&, int&, int) { return kNoFrame; };
+  std::atomic<int> calls{0};
+};
+
+class TCountingRoutine final : public IDispatchRoutine
+{
+public:
+  void Signal() override { ++signals; }
+  std::atomic<int> signals{0};
+};
+
+/// Counts frames without memory behind them.
+class TScriptedDispatch final : public TRingDispatchQueue
+{
+public:
+  explicit TScriptedDispatch(TCircularBuffer* ring) : TRingDispatchQueue(ring) {}
+  void Finalise() override { ++finalised; }
+  void Abort() override { ++aborted; }
+  int Dispatch(unsigned char*, int) override
+  {
+    ++dispatched;
+    CircularBuffer().Increment();
+    return script();
+  }
+
+  std::function<int()> script = [] { return 0; };
+  std::atomic<int> dispatched{0};
+  std::atomic<int> finalised{0};
+  std::atomic<int> aborted{0};
+};
+
+class AcquisitionThread : public ::testing::Test
+{
+protected:
+  AcquisitionThread() { ring_.Reset(); }
+
+  void FramesAtOnce()
+  {
+    fetch_.script = [](unsigned char*&, int&, int) { return TFetchQueue::kFrame; };
+  }
+
+  void RunToTheEnd(int loopCount)
+  {
+    thread_.SetLoopCount(loopCount);
+    thread_.Start();
+    ASSERT_FALSE(thread_.WaitForStop(kLongMs));
+  }
+
+  TCircularBuffer ring_;
+  TScriptedFetch fetch_;
+  TScriptedDispatch dispatch_{&ring_};
+  TCountingRoutine routine_;
+  QuorinUtility::TQuorinCriticalSection cameraLock_;
+  TAcquisitionThread thread_{&fetch_, &dispatch_, &cameraLock_, &ring_, &routine_};
+};
+
+TEST_F(AcquisitionThread, FiniteRunTakesItsFramesAndStopsTheCamera)
+{
+  FramesAtOnce();
+  thread_.SetTimeout(1000);
+  VXSIM_StartCallLog(1);
+  RunToTheEnd(3);
+  VXSIM_StopCallLog();
+  EXPECT_EQ(dispatch_.dispatched, 3);
+  EXPECT_EQ(dispatch_.finalised, 1);
+  EXPECT_FALSE(thread_.IsStarted());
+  EXPECT_FALSE(thread_.IsTimedOut() || thread_.IsHardwareOverflow() || thread_.IsDispatchError());
+  ASSERT_EQ(VXSIM_GetCallCount(), 1u);
+  char line[100];
+  VXSIM_GetCall(0, line, sizeof line);
+  EXPECT_EQ(std::string(line).rfind("VX_Command AcquisitionStop", 0), 0u) << line;
+}
+
+TEST_F(AcquisitionThread, RunOfNoFramesEndsWithoutAFetch)
+{
+  for (const int loopCount : {0, -3}) RunToTheEnd(loopCount);
+  EXPECT_EQ(fetch_.calls, 0);
+  EXPECT_EQ(dispatch_.finalised, 2);
+}
+
+TEST_F(AcquisitionThread, MissingFrameEndsTheRunAfterTheTimeLimit)
+{
+  fetch_.script = [](unsigned char*&, int&, int timeoutMs) {
+    QuorinUtility::TQuorinMisc::Sleep(timeoutMs);
+    return TFetchQueue::kNoFrame;
+  };
+  thread_.SetTimeout(250);
+  RunToTheEnd(1);
+  EXPECT_TRUE(thread_.IsTimedOut());
+  EXPECT_FALSE(thread_.IsHardwareOverflow());
+  EXPECT_GE(fetch_.calls, 3);
+  EXPECT_LE(fetch_.calls, 4);
+  EXPECT_EQ(routine_.signals, 1);
+  EXPECT_EQ(ring_.WaitChange(0), 4);
+
+  FramesAtOnce();
+  ring_.Reset();
+  RunToTheEnd(1);
+  EXPECT_FALSE(thread_.IsTimedOut()) << "a new run begins without the flags of the last";
+}
+
+TEST_F(AcquisitionThread, OverflowAndDispatchFailureEndTheRunWithTheirFlag)
+{
+  thread_.SetTimeout(1000);
+  fetch_.script = [](unsigned char*&, int&, int) { return TFetchQueue::kHardwareOverflow; };
+  RunToTheEnd(5);
+  EXPECT_TRUE(thread_.IsHardwareOverflow());
+  EXPECT_FALSE(thread_.IsTimedOut());
+
+  FramesAtOnce();
+  dispatch_.script = [] { return 1; };
+  RunToTheEnd(5);
+  EXPECT_TRUE(thread_.IsDispatchError());
+  EXPECT_FALSE(thread_.IsHardwareOverflow());
+  EXPECT_EQ(dispatch_.dispatched, 1);
+
+  dispatch_.script = []() -> int { throw std::runtime_error("no way to put it"); };
+  RunToTheEnd(5);
+  EXPECT_TRUE(thread_.IsDispatchError());
+  EXPECT_EQ(dispatch_.dispatched, 2);
+  EXPECT_EQ(ring_.WaitChange(0), 4);
+}
+
+TEST_F(AcquisitionThread, FrameFetchedWhileStoppingIsNotDispatched)
+{
+  fetch_.script = [this](unsigned char*&, int&, int) {
+    thread_.Stop();
+    return TFetchQueue::kFrame;
+  };
+  thread_.SetContinuousMode(true);
+  thread_.SetTimeout(1000);
+  RunToTheEnd(1);
+  EXPECT_EQ(dispatch_.dispatched, 0);
+  EXPECT_EQ(dispatch_.aborted, 1);
+  EXPECT_EQ(ring_.WaitChange(0), 2) << "a stop is no failure";
+}
+
+TEST_F(AcquisitionThread, StopRightAfterStartIsNeverLost)
+{
+  thread_.SetContinuousMode(true);
+  thread_.SetTimeout(kLongMs);
+  FramesAtOnce();
+  for (int round = 0; round < 300; ++round) {
+    thread_.Start();
+    thread_.Stop();
+    ASSERT_FALSE(thread_.WaitForStop(kLongMs)) << "round " << round;
+  }
+}
+
+TEST_F(AcquisitionThread, RunThatIsOverAtOnceIsNotWaitedFor)
+{
+  FramesAtOnce();
+  thread_.SetTimeout(1000);
+  thread_.SetLoopCount(1);
+  for (int round = 0; round < 100; ++round) {
+    thread_.Start();
+    ASSERT_FALSE(thread_.WaitForBegin(kLongMs));
+    ASSERT_FALSE(thread_.WaitForStop(kLongMs));
+  }
+  EXPECT_EQ(dispatch_.dispatched, 100);
+  EXPECT_TRUE(thread_.WaitForStart(0)) << "no run is in progress";
+}
+
+TEST_F(AcquisitionThread, KnowsWhenARunIsOnlyFinishing)
+{
+  FramesAtOnce();
+  thread_.SetTimeout(1000);
+  std::atomic<bool> finishing{true};
+  dispatch_.script = [&] {
+    if (dispatch_.dispatched == 1) finishing = thread_.IsFinishing();
+    return 0;
+  };
+  RunToTheEnd(2);
+  EXPECT_FALSE(finishing) << "one of two frames was to come";
+
+  ring_.Reset();
+  dispatch_.script = [&] {
+    finishing = thread_.IsFinishing();
+    return 0;
+  };
+  finishing = false;
+  RunToTheEnd(1);
+  EXPECT_TRUE(finishing);
+  EXPECT_FALSE(thread_.IsFinishing());
+}
+
+TEST_F(AcquisitionThread, CameraThatFailsAtOnceIsNotAskedInABusyLoop)
+{
+  thread_.SetTimeout(300);
+  RunToTheEnd(1);
+  EXPECT_TRUE(thread_.IsTimedOut());
+  EXPECT_LE(fetch_.calls, 80);
+}
+
+TEST_F(AcquisitionThread, ClockThatIsSetBackDoesNotEndTheRun)
+{
+  fetch_.script = [this](unsigned char*&, int&, int) {
+    if (fetch_.calls == 1) clockOffsetSeconds = -3600;
+    return fetch_.calls < 4 ? TFetchQueue::kNoFrame : TFetchQueue::kFrame;
+  };
+  thread_.SetTimeout(kLongMs);
+  RunToTheEnd(1);
+  clockOffsetSeconds = 0;
+  EXPECT_FALSE(thread_.IsTimedOut());
+  EXPECT_EQ(dispatch_.dispatched, 1);
+}
+
+TEST_F(AcquisitionThread, ActionsForTheEndOfARunWaitForIt)
+{
+  thread_.SetTimeout(kLongMs);
+  thread_.SetContinuousMode(true);
+  EXPECT_FALSE(thread_.AtEndOfRun([] { FAIL(); }));
+  thread_.Start();
+  ASSERT_FALSE(thread_.WaitForBegin(kLongMs));
+  std::atomic<int> done{0};
+  EXPECT_TRUE(thread_.AtEndOfRun([&] { ++done; }));
+  EXPECT_EQ(done, 0);
+  thread_.Stop();
+  ASSERT_FALSE(thread_.WaitForStop(kLongMs));
+  EXPECT_EQ(done, 1);
+}
+
+TEST(AcquisitionThreadLife, EndsARunThatIsInProgressWhenItGoes)
+{
+  for (int round = 0; round < 100; ++round) {
+    TCircularBuffer ring;
+    TScriptedFetch fetch;
+    TScriptedDispatch dispatch(&ring);
+    QuorinUtility::TQuorinCriticalSection cameraLock;
+    fetch.script = [](unsigned char*&, int&, int) { return TFetchQueue::kFrame; };
+    TAcquisitionThread thread(&fetch, &dispatch, &cameraLock, &ring, nullptr);
+    thread.SetContinuousMode(true);
+    thread.Start();
+    if (round % 2) thread.WaitForBegin(kLongMs);
+  }
+}
+
+} // namespace

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+// The ring: numbering, memory, waiting, and what a lost slot does to it.
+#include "acquisition/TCircularBuffer.h"
+#include "utility/TQuorinEvent.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <limits>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int kLongMs = 10000;
+
+void Deliver(TCircularBuffer& ring, std::uint64_t slot)
+{
+  ASSERT_TRUE(ring.PlaceNext(ring.GetBuffer(slot)));
+  ring.Increment();
+}
+
+void DeliverInOrder(TCircularBuffer& ring, std::uint64_t frames)
+{
+  for (std::uint64_t frame = 0; frame < frames; ++frame)
+    Deliver(ring, (ring.GetMaxImageIndex()) % ring.GetBufferCount() + 1);
+}
+
+TEST(CircularBuffer, NumbersImagesFromOneAndKeepsTheNewest)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(64, 10), 0);
+  ring.Reset();
+  EXPECT_EQ(ring.GetMinImageIndex(), 0u);
+  EXPECT_EQ(ring.GetMaxImageIndex(), 0u);
+  EXPECT_EQ(ring.GetBufferForImage(1), nullptr);
+
+  DeliverInOrder(ring, 3);
+  EXPECT_EQ(ring.GetMinImageIndex(), 1u);
+  EXPECT_EQ(ring.GetBufferForImage(3), ring.GetBuffer(3));
+  EXPECT_EQ(ring.GetBufferForImage(4), nullptr);
+
+  DeliverInOrder(ring, 22);
+  EXPECT_EQ(ring.GetMinImageIndex(), 16u);
+  EXPECT_EQ(ring.GetMaxImageIndex(), 25u);
+  EXPECT_EQ(ring.GetBufferForImage(16), ring.GetBuffer(6));
+  EXPECT_EQ(ring.GetBufferForImage(15), nullptr);
+  EXPECT_EQ(ring.GetBufferForImage(26), nullptr);
+}
+
+TEST(CircularBuffer, SlotsAreAlignedAndApart)
+{
+  for (const std::uint64_t size : {1u, 63u, 64u, 100003u}) {
+    TCircularBuffer ring;
+    ASSERT_EQ(ring.Allocate(size, 5), 0);
+    for (std::uint64_t slot = 1; slot <= 5; ++slot) {
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(ring.GetBuffer(slot)) % 8, 0u);
+      std::memset(ring.GetBuffer(slot), static_cast<int>(slot), size);
+    }
+    for (std::uint64_t slot = 1; slot <= 5; ++slot) {
+      EXPECT_EQ(ring.GetBuffer(slot)[0], slot);
+      EXPECT_EQ(ring.GetBuffer(slot)[size - 1], slot);
+    }
+    EXPECT_EQ(ring.GetBuffer(6), nullptr);
+    EXPECT_EQ(ring.GetBuffer(0), nullptr);
+  }
+}
+
+TEST(CircularBuffer, RefusesWhatDoesNotFitAndHasNoSlotsThen)
+{
+  constexpr std::uint64_t kHuge = std::uint64_t{1} << 44;
+  constexpr std::uint64_t kLimit = std::numeric_limits<std::uint64_t>::max();
+  TCircularBuffer ring;
+  for (const auto& [size, count] : {std::pair{kHuge, std::uint64_t{100}}, std::pair{kLimit, std::uint64_t{2}},
+                                    std::pair{kLimit / 2 + 2, std::uint64_t{2}}}) {
+    ASSERT_EQ(ring.Allocate(64, 4), 0);
+    EXPECT_EQ(ring.Allocate(size, count), 1);
+    EXPECT_EQ(ring.GetBufferCount(), 0u);
+    EXPECT_EQ(ring.GetBuffer(1), nullptr);
+  }
+  EXPECT_EQ(ring.Allocate(64, 0), 0);
+  EXPECT_EQ(ring.GetBufferCount(), 0u);
+}
+
+TEST(CircularBuffer, KeepsItsPagesForARingOfTheSameShapeOnly)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(5000, 8), 0);
+  unsigned char* const first = ring.GetBuffer(1);
+  first[0] = 77;
+  ASSERT_EQ(ring.Allocate(5000, 8), 0);
+  EXPECT_EQ(ring.GetBuffer(1), first);
+  EXPECT_EQ(first[0], 77);
+
+  ring.Delete();
+  EXPECT_EQ(ring.GetBuffer(1), nullptr);
+  ASSERT_EQ(ring.Allocate(5000, 8), 0);
+  EXPECT_EQ(ring.GetBuffer(1)[0], 0) << "memory that was given back comes as fresh pages";
+}
+
+TEST(CircularBuffer, HeldImageOutlivesTheRing)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(100000, 4), 0);
+  ring.Reset();
+  DeliverInOrder(ring, 2);
+  unsigned char* const held = ring.HoldBufferForImage(2);
+  ASSERT_NE(held, nullptr);
+  std::memset(held, 42, 100000);
+
+  ASSERT_EQ(ring.Allocate(100000, 4), 0);
+  EXPECT_NE(ring.GetBuffer(2), held) << "a ring that is being read is not used again";
+  ring.Delete();
+  EXPECT_EQ(held[99999], 42);
+  ring.ReleaseBuffer(held);
+  ring.ReleaseBuffer(held); // a release too many changes nothing
+}
+
+TEST(CircularBuffer, FollowsTheCameraWhenASlotIsLost)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(64, 4), 0);
+  ring.Reset();
+  std::vector<unsigned char*> slots;
+  for (std::uint64_t slot = 1; slot <= 4; ++slot) slots.push_back(ring.GetBuffer(slot));
+  std::vector<unsigned char*> delivered; // delivered[n - 1] is where image n went
+  const auto deliver = [&](unsigned char* slot) {
+    ASSERT_TRUE(ring.PlaceNext(slot));
+    ring.Increment();
+    delivered.push_back(slot);
+  };
+  for (unsigned char* slot : slots) deliver(slot);
+
+  // The camera has lost slot 1 and goes on with three.
+  for (int round = 0; round < 5; ++round)
+    for (const int slot : {1, 2, 3}) {
+      deliver(slots[static_cast<std::size_t>(slot)]);
+      for (std::uint64_t image = ring.GetMinImageIndex(); image <= ring.GetMaxImageIndex(); ++image) {
+        EXPECT_EQ(ring.GetBufferForImage(image), delivered[image - 1]) << "image " << image;
+        for (std::uint64_t newer = image + 1; newer <= ring.GetMaxImageIndex(); ++newer)
+          EXPECT_NE(delivered[newer - 1], delivered[image - 1]) << "image " << image << " was overwritten";
+      }
+      EXPECT_GE(ring.GetMaxImageIndex() - ring.GetMinImageIndex() + 1, 3u);
+    }
+}
+
+TEST(CircularBuffer, RefusesMemoryThatIsNoSlot)
+{
+  TCircularBuffer ring;
+  unsigned char foreign[64] = {};
+  EXPECT_FALSE(ring.PlaceNext(foreign));
+  ASSERT_EQ(ring.Allocate(64, 4), 0);
+  EXPECT_FALSE(ring.PlaceNext(foreign));
+  EXPECT_FALSE(ring.IsSlot(foreign));
+  EXPECT_FALSE(ring.IsSlot(ring.GetBuffer(1) + 8));
+  EXPECT_TRUE(ring.IsSlot(ring.GetBuffer(4)));
+}
+
+TEST(CircularBuffer, KnowsWhichImagesTheCameraMayBeWritingOver)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(64, 4), 0);
+  ring.Reset();
+  DeliverInOrder(ring, 3);
+  EXPECT_TRUE(ring.IsImageIntact(1));
+  DeliverInOrder(ring, 1);
+  EXPECT_FALSE(ring.IsImageIntact(1)) << "the next frame goes into its slot";
+  EXPECT_TRUE(ring.IsImageIntact(2));
+  EXPECT_FALSE(ring.IsImageIntact(5));
+}
+
+TEST(CircularBuffer, WaitTellsFrameFailureAndCancelInThatOrderOfWeight)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(64, 4), 0);
+  ring.Reset();
+  EXPECT_EQ(ring.WaitChange(0), 2);
+  DeliverInOrder(ring, 2);
+  EXPECT_EQ(ring.WaitChange(0), 0) << "news that came before the wait";
+  EXPECT_EQ(ring.WaitChange(0), 2) << "and is told once";
+
+  ring.AcquisitionError();
+  EXPECT_EQ(ring.WaitChange(0), 4);
+  EXPECT_EQ(ring.WaitChange(0), 4) << "until the next run";
+  ring.CancelWait();
+  EXPECT_EQ(ring.WaitChange(0), 3);
+
+  ring.Reset();
+  EXPECT_EQ(ring.WaitChange(0), 2);
+}
+
+TEST(CircularBuffer, CancelSendsEveryWaiterHome)
+{
+  TCircularBuffer ring;
+  ring.Reset();
+  std::vector<std::thread> waiters;
+  std::atomic<int> cancelled{0};
+  for (int waiter = 0; waiter < 16; ++waiter)
+    waiters.emplace_back([&] { cancelled += ring.WaitChange(QuorinUtility::TQuorinEvent::Infinite) == 3; });
+  ring.CancelWait();
+  for (std::thread& waiter : waiters) waiter.join();
+  EXPECT_EQ(cancelled, 16);
+  EXPECT_EQ(ring.WaitChange(kLongMs), 3);
+}
+
+} // namespace

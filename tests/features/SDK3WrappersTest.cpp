@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+// The objects that stand for one feature each.
+#include "features/SDK3Bool.h"
+#include "features/SDK3Enum.h"
+#include "features/SDK3Int.h"
+
+#include "TScriptedVx.h"
+#include "utility/TObserver.h"
+#include "vxcore.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class SDK3Wrappers : public ::testing::Test
+{
+protected:
+  SDK3Wrappers() { vx_ = TScriptedVx{}; }
+
+  TScriptedVx& vx_ = TScriptedVx::Instance();
+  SDK3Enum enum_{3, L"Any"};
+  SDK3Int int_{3, L"Any"};
+  SDK3Bool bool_{3, L"Any"};
+};
+
+TEST_F(SDK3Wrappers, EachOperationIsOneCallWhoseCodeComesBack)
+{
+  vx_.texts = {L"a", L"b"};
+  int number = 0;
+  bool flag = false;
+  std::wstring text;
+  for (const int code : {VX_SUCCESS, VX_ERR_OUT_OF_RANGE, VX_ERR_COMMUNICATION}) {
+    vx_.code = code;
+    vx_.calls.clear();
+    EXPECT_EQ(enum_.SetIndex(1), code);
+    EXPECT_EQ(enum_.SetString(L"a"), code);
+    EXPECT_EQ(enum_.GetIndex(number), code);
+    EXPECT_EQ(enum_.GetCount(number), code);
+    EXPECT_EQ(enum_.IsIndexAvailable(0, flag), code);
+    EXPECT_EQ(enum_.IsIndexImplemented(0, flag), code);
+    EXPECT_EQ(enum_.GetStringByIndex(0, text), code);
+    EXPECT_EQ(int_.SetInt(5), code);
+    EXPECT_EQ(int_.GetInt(number), code);
+    EXPECT_EQ(bool_.SetBool(true), code);
+    EXPECT_EQ(bool_.GetBool(flag), code);
+    EXPECT_EQ(vx_.calls, (std::vector<std::string>{"VX_SetEnumIndex", "VX_SetEnumString", "VX_GetEnumIndex",
+                                                   "VX_GetEnumCount", "VX_IsEnumIndexAvailable",
+                                                   "VX_IsEnumIndexImplemented", "VX_GetEnumStringByIndex",
+                                                   "VX_SetInt", "VX_GetInt", "VX_SetBool", "VX_GetBool"}));
+  }
+}
+
+TEST_F(SDK3Wrappers, AnyFlagButZeroMeansAvailable)
+{
+  bool available = false;
+  vx_.flag = 2;
+  enum_.IsIndexAvailable(0, available);
+  EXPECT_TRUE(available);
+  vx_.flag = 0;
+  enum_.IsIndexAvailable(0, available);
+  EXPECT_FALSE(available);
+}
+
+TEST_F(SDK3Wrappers, PresentTextIsThatOfThePresentIndex)
+{
+  vx_.texts = {L"a", L"b"};
+  vx_.index = 1;
+  std::wstring text;
+  EXPECT_EQ(enum_.GetString(text), VX_SUCCESS);
+  EXPECT_EQ(text, L"b");
+}
+
+TEST_F(SDK3Wrappers, FailedReadGivesAnEmptyTextAndALongOneIsCut)
+{
+  std::wstring text = L"before";
+  vx_.code = VX_ERR_NOT_READABLE;
+  enum_.GetStringByIndex(0, text);
+  EXPECT_TRUE(text.empty());
+
+  vx_.code = VX_SUCCESS;
+  vx_.unterminated = true;
+  enum_.GetStringByIndex(0, text);
+  EXPECT_EQ(text, std::wstring(99, L'x'));
+}
+
+TEST_F(SDK3Wrappers, IntegersAreNarrowedAndKeptOnFailure)
+{
+  int value = 9;
+  vx_.integer = 0x1'0000'0007LL;
+  int_.GetInt(value);
+  EXPECT_EQ(value, 7);
+  vx_.code = VX_ERR_NOT_READABLE;
+  value = 9;
+  int_.GetInt(value);
+  EXPECT_EQ(value, 9);
+}
+
+TEST_F(SDK3Wrappers, ObserversHearOfSuccessfulWritesOnly)
+{
+  class TCounter final : public TObserver
+  {
+  public:
+    unsigned int DoUpdate() override { return ++updates; }
+    unsigned int updates = 0;
+  } counter;
+  int_.RegisterObserver(&counter);
+  int_.SetInt(5);
+  vx_.code = VX_ERR_NOT_WRITABLE;
+  int_.SetInt(6);
+  EXPECT_EQ(counter.updates, 1u);
+}
+
+} // namespace
