@@ -38,7 +38,7 @@ const char* FrameFaultName(EFrameFault fault);
 
 /// Makes and checks test frames. Stateless, reentrant.
 /// An area of at least 64 bytes has a stamp at each end; from 32 bytes on only the head is stamped; a smaller one
-/// is pattern alone, which still tells frames apart but not which one came instead.
+/// is pattern alone, and any other frame in its place is reported as Corrupt.
 class TCounterPattern final
 {
 public:

@@ -10,6 +10,9 @@
 
 namespace vxsim {
 
+class TElectronPicture;
+struct TRowReadout;
+
 /// Turns settings into the pixel area of a frame: scene, optics, noise, read-out, encoding, or a test pattern.
 /// One belongs to each simulated camera. Keeps the noiseless picture of the last geometry and scene, so that a
 /// frame with the same ones costs only its noise; a change of exposure or temperature costs nothing extra. Bound
@@ -33,11 +36,15 @@ public:
   const std::string& LastError() const { return lastError_; }
 
 private:
-  struct TPicture;
+  bool Check(const TFrameSettings& settings);
+  void PreparePicture(const TFrameSettings& settings);
+  void RenderRow(const TFrameSettings& settings, const TRowReadout& readout, int row, unsigned char* out) const;
 
-  bool PreparePicture(const TFrameSettings& settings);
-
-  std::unique_ptr<TPicture> picture_;
+  // What the picture was made of.
+  TSensorSettings sensor_;
+  TGeometrySettings geometry_;
+  TSceneSettings scene_;
+  std::unique_ptr<TElectronPicture> picture_;
   std::string lastError_;
 };
 

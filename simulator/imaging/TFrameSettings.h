@@ -92,7 +92,7 @@ struct TSceneSettings
 {
   ESceneKind kind = ESceneKind::StarField;
   double brightness = 1.0;                  ///< multiplies the light of every scene
-  double flatPhotonsPerSecond = 10000.0;    ///< photons per sensor pixel and second of Flat; the peak of Gradient
+  double flatPhotonsPerSecond = 100000.0;   ///< photons per sensor pixel and second of Flat; the peak of Gradient
   double backgroundPhotonsPerSecond = 20.0; ///< sky or out-of-focus light of StarField and Beads
   int objectCount = 0;                      ///< stars or beads; 0 picks a number that suits the sensor's area
   double motionScale = 1.0;                 ///< multiplies how fast stars and beads move; 0 freezes them

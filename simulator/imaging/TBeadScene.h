@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+// Fluorescent beads under a microscope.
+#pragma once
+
+#include "simulator/imaging/IScene.h"
+#include "simulator/imaging/TSmoothNoise.h"
+
+#include <array>
+
+namespace vxsim {
+
+/// Beads of different brightness and focus that jitter as if in water, over the uneven glow of what they swim in.
+/// A bead's path is a sum of sine waves of many periods, so that any moment can be looked at without those before
+/// it.
+class TBeadScene final : public IScene
+{
+public:
+  TBeadScene(const TSensorSettings& sensor, const TSceneSettings& scene);
+
+  void BackgroundRow(int row, int left, std::span<float> photonsPerSecond) const override;
+  void SpotsAt(double seconds, std::vector<TLightSpot>& spots) const override;
+
+private:
+  static constexpr std::size_t kWaves = 6;
+
+  struct TBead
+  {
+    TLightSpot home;
+    std::array<double, 2 * kWaves> phases{}; // x and y of each wave
+    double reachPixels = 0.0;
+  };
+
+  double widthPixels_;
+  double heightPixels_;
+  double backgroundPhotonsPerSecond_;
+  double motionScale_;
+  TSmoothNoise coarse_;
+  TSmoothNoise fine_;
+  std::vector<TBead> beads_;
+};
+
+} // namespace vxsim

@@ -1,0 +1,668 @@
+// SPDX-License-Identifier: MIT
+// Frames of the simulated cameras: physics, geometry, encodings, test patterns and metadata.
+#include "simulator/imaging/TCounterPattern.h"
+#include "simulator/imaging/TFrameRenderer.h"
+#include "simulator/imaging/TMetadataWriter.h"
+#include "simulator/imaging/TPixelEncoder.h"
+#include "simulator/imaging/TPixelKernel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <gmock/gmock.h>
+#include <numeric>
+#include <thread>
+
+using namespace vxsim;
+
+namespace {
+
+using TBytes = std::vector<unsigned char>;
+using TCounts = std::vector<std::int32_t>;
+
+/// An evenly lit sensor that shows nothing but what a test sets.
+TFrameSettings PlainSettings(int side)
+{
+  TFrameSettings settings;
+  settings.sensor.widthPixels = side;
+  settings.sensor.heightPixels = side;
+  settings.sensor.darkElectronsPerSecond = 0.0;
+  settings.sensor.hotPixelFraction = 0.0;
+  settings.sensor.quantumEfficiency = 1.0;
+  settings.geometry.widthPixels = side;
+  settings.geometry.heightPixels = side;
+  settings.scene.kind = ESceneKind::Flat;
+  settings.exposure.exposureSeconds = 1.0;
+  return settings;
+}
+
+TBytes RenderBytes(TFrameRenderer& renderer, const TFrameSettings& settings)
+{
+  TBytes bytes(PixelAreaBytes(settings.geometry), 0xAA);
+  EXPECT_TRUE(renderer.Render(settings, bytes)) << renderer.LastError();
+  return bytes;
+}
+
+TCounts RenderCounts(TFrameRenderer& renderer, const TFrameSettings& settings)
+{
+  const TBytes bytes = RenderBytes(renderer, settings);
+  const auto width = static_cast<std::size_t>(settings.geometry.widthPixels);
+  const auto height = static_cast<std::size_t>(settings.geometry.heightPixels);
+  TCounts counts(width * height);
+  for (std::size_t row = 0; row < height; ++row)
+    TPixelEncoder::Decode(settings.geometry.encoding, bytes.data() + row * StrideBytes(settings.geometry),
+                          std::span(counts).subspan(row * width, width));
+  return counts;
+}
+
+TCounts RenderCounts(const TFrameSettings& settings)
+{
+  TFrameRenderer renderer;
+  return RenderCounts(renderer, settings);
+}
+
+double Mean(const TCounts& counts)
+{
+  return std::accumulate(counts.begin(), counts.end(), 0.0) / static_cast<double>(counts.size());
+}
+
+/// Mean and temporal variance from two frames, as a photon-transfer measurement takes them.
+struct TTransferPoint
+{
+  double mean;
+  double variance;
+};
+
+TTransferPoint MeasureTransfer(TFrameSettings settings, double electrons)
+{
+  settings.scene.flatPhotonsPerSecond = electrons;
+  TFrameRenderer renderer;
+  settings.exposure.frameNumber = static_cast<std::uint64_t>(electrons * 16.0) + 1;
+  const TCounts first = RenderCounts(renderer, settings);
+  settings.exposure.frameNumber += 1000003;
+  const TCounts second = RenderCounts(renderer, settings);
+  const double meanDifference = Mean(first) - Mean(second);
+  double squares = 0.0;
+  for (std::size_t i = 0; i < first.size(); ++i) squares += std::pow(first[i] - second[i] - meanDifference, 2);
+  return {(Mean(first) + Mean(second)) / 2.0, squares / (2.0 * static_cast<double>(first.size()))};
+}
+
+TCounts SumBins(const TCounts& full, int side, int horizontalBin, int verticalBin)
+{
+  const int width = side / horizontalBin;
+  TCounts sums(static_cast<std::size_t>(width * (side / verticalBin)), 0);
+  for (int y = 0; y < side; ++y)
+    for (int x = 0; x < side; ++x)
+      sums[static_cast<std::size_t>(y / verticalBin * width + x / horizontalBin)] +=
+          full[static_cast<std::size_t>(y * side + x)];
+  return sums;
+}
+
+struct TReadoutCase
+{
+  double gain;
+  double readNoise;
+  int bitDepth;
+};
+
+class PhotonTransfer : public testing::TestWithParam<TReadoutCase>
+{
+};
+
+} // namespace
+
+TEST_P(PhotonTransfer, GivesBackGainAndReadNoise)
+{
+  TFrameSettings settings = PlainSettings(512);
+  settings.readout.gainElectronsPerCount = GetParam().gain;
+  settings.readout.readNoiseElectrons = GetParam().readNoise;
+  settings.readout.bitDepth = GetParam().bitDepth;
+  settings.scene.kind = ESceneKind::Flat;
+
+  const TTransferPoint dark = MeasureTransfer(settings, 0.0);
+  EXPECT_NEAR(dark.mean, settings.readout.baselineCounts, 0.02);
+  EXPECT_NEAR(std::sqrt(dark.variance) * GetParam().gain, GetParam().readNoise, 0.02 * GetParam().readNoise);
+
+  for (const double electrons : {0.3, 2.5, 7.9, 8.1, 60.0, 700.0}) {
+    const TTransferPoint lit = MeasureTransfer(settings, electrons);
+    const double signalCounts = electrons / GetParam().gain;
+    EXPECT_NEAR(lit.mean - dark.mean, signalCounts, 0.005 * signalCounts + 0.01) << electrons;
+    const double shotVariance = lit.variance - dark.variance;
+    if (electrons >= 7.0) {
+      EXPECT_NEAR((lit.mean - dark.mean) / shotVariance, GetParam().gain, 0.02 * GetParam().gain) << electrons;
+    }
+    const double expected = (electrons + std::pow(GetParam().readNoise, 2)) / std::pow(GetParam().gain, 2);
+    EXPECT_NEAR(lit.variance, expected, 0.02 * expected) << electrons;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Readouts, PhotonTransfer,
+                         testing::Values(TReadoutCase{0.45, 1.1, 16}, TReadoutCase{0.6, 2.5, 12},
+                                         TReadoutCase{1.8, 1.4, 12}, TReadoutCase{0.28, 0.9, 16}));
+
+TEST(FrameNoise, SmallMeansArePoissonDistributed)
+{
+  TFrameSettings settings = PlainSettings(512);
+  settings.readout.gainElectronsPerCount = 1.0;
+  settings.readout.readNoiseElectrons = 0.0;
+  settings.readout.baselineCounts = 10.0;
+  for (const double mean : {0.002, 0.11, 1.37, 6.3}) {
+    settings.scene.flatPhotonsPerSecond = mean;
+    const TCounts counts = RenderCounts(settings);
+    double probability = std::exp(-mean);
+    for (int electrons = 0; electrons < 20; probability *= mean / ++electrons) {
+      const auto seen = std::count(counts.begin(), counts.end(), 10 + electrons);
+      const double expected = probability * static_cast<double>(counts.size());
+      EXPECT_NEAR(static_cast<double>(seen), expected, 5.0 * std::sqrt(expected) + 0.02 * expected + 70.0)
+          << mean << " electrons on average, " << electrons << " seen";
+    }
+  }
+}
+
+TEST(FrameNoise, PixelsAndFramesAreIndependent)
+{
+  TFrameSettings settings = PlainSettings(512);
+  settings.scene.flatPhotonsPerSecond = 400.0;
+  TFrameRenderer renderer;
+  const TCounts first = RenderCounts(renderer, settings);
+  settings.exposure.frameNumber = 1;
+  const TCounts next = RenderCounts(renderer, settings);
+  const double mean = Mean(first);
+  const auto correlation = [&](const TCounts& a, const TCounts& b, std::size_t shift) {
+    double product = 0.0;
+    double square = 0.0;
+    for (std::size_t i = 0; i + shift < a.size(); ++i) {
+      product += (a[i] - mean) * (b[i + shift] - mean);
+      square += (a[i] - mean) * (a[i] - mean);
+    }
+    return product / square;
+  };
+  EXPECT_NEAR(correlation(first, first, 1), 0.0, 0.01);
+  EXPECT_NEAR(correlation(first, first, 512), 0.0, 0.01); // the row below
+  EXPECT_NEAR(correlation(first, next, 0), 0.0, 0.01);
+}
+
+TEST(FrameNoise, AccumulationAddsSignalNoiseAndBaseline)
+{
+  TFrameSettings settings = PlainSettings(256);
+  settings.geometry.encoding = EPixelEncoding::Mono32;
+  settings.readout.readNoiseElectrons = 4.0;
+  const TTransferPoint one = MeasureTransfer(settings, 900.0);
+  settings.exposure.accumulations = 20;
+  const TTransferPoint twenty = MeasureTransfer(settings, 900.0);
+  EXPECT_NEAR(twenty.mean / one.mean, 20.0, 0.02);
+  EXPECT_NEAR(twenty.variance / one.variance, 20.0, 0.5);
+}
+
+TEST(DarkCurrent, DoublesWithItsStepAndFollowsTemperature)
+{
+  TFrameSettings settings = PlainSettings(256);
+  settings.scene.kind = ESceneKind::Dark;
+  settings.readout.gainElectronsPerCount = 0.1;
+  settings.sensor.darkElectronsPerSecond = 3.0;
+  settings.sensor.darkReferenceCelsius = -10.0;
+  settings.sensor.darkDoublingCelsius = 6.0;
+  TFrameRenderer renderer; // the same one: nothing of the last temperature may stay
+  for (const double doublings : {2.0, 0.0, -1.0, 3.5}) {
+    settings.exposure.sensorCelsius = -10.0 + 6.0 * doublings;
+    const double electrons = 0.1 * (Mean(RenderCounts(renderer, settings)) - settings.readout.baselineCounts);
+    EXPECT_NEAR(electrons, 3.0 * std::exp2(doublings), 0.04 * std::exp2(doublings));
+  }
+}
+
+TEST(DarkCurrent, HotPixelsStayWhereTheyAreWhateverIsReadOut)
+{
+  TFrameSettings settings = PlainSettings(256);
+  settings.scene.kind = ESceneKind::Dark;
+  settings.scene.noise = false;
+  settings.sensor.darkElectronsPerSecond = 1.0;
+  settings.sensor.hotPixelFraction = 0.01;
+  TFrameRenderer renderer;
+  const TCounts full = RenderCounts(renderer, settings);
+  const auto hot = std::count_if(full.begin(), full.end(), [](auto count) { return count > 100 + 2 * 45; });
+  EXPECT_NEAR(static_cast<double>(hot), 655.0, 10.0);
+
+  settings.geometry.leftPixels = 31;
+  settings.geometry.topPixels = 77;
+  settings.geometry.widthPixels = 101;
+  settings.geometry.heightPixels = 50;
+  const TCounts part = RenderCounts(renderer, settings);
+  for (std::size_t y = 0; y < 50; ++y)
+    for (std::size_t x = 0; x < 101; ++x)
+      ASSERT_EQ(part[y * 101 + x], full[(y + 77) * 256 + x + 31]) << x << "," << y;
+}
+
+TEST(Saturation, StopsAtFullWellAndAtTheConverter)
+{
+  TFrameSettings settings = PlainSettings(64);
+  settings.scene.flatPhotonsPerSecond = 1e7;
+  settings.readout.readNoiseElectrons = 2.0;
+  settings.readout.gainElectronsPerCount = 1.0;
+  settings.sensor.fullWellElectrons = 20000.0;
+  TCounts counts = RenderCounts(settings); // the well is full below the converter's end: read noise remains
+  EXPECT_NEAR(Mean(counts), 20100.0, 1.0);
+  EXPECT_LE(*std::max_element(counts.begin(), counts.end()), 20100 + 9);
+  EXPECT_GT(*std::max_element(counts.begin(), counts.end()), *std::min_element(counts.begin(), counts.end()));
+
+  settings.readout.gainElectronsPerCount = 0.5;
+  settings.readout.bitDepth = 12;
+  counts = RenderCounts(settings);
+  EXPECT_EQ(counts, TCounts(counts.size(), 4095));
+
+  settings.exposure.accumulations = 3; // every exposure saturates by itself
+  settings.geometry.encoding = EPixelEncoding::Mono32;
+  counts = RenderCounts(settings);
+  EXPECT_EQ(counts, TCounts(counts.size(), 3 * 4095));
+}
+
+TEST(Saturation, CountsNeverFallBelowZero)
+{
+  TFrameSettings settings = PlainSettings(64);
+  settings.scene.kind = ESceneKind::Dark;
+  settings.readout.baselineCounts = 1.0;
+  settings.readout.readNoiseElectrons = 20.0;
+  for (const auto encoding : {EPixelEncoding::Mono16, EPixelEncoding::Mono32}) {
+    settings.geometry.encoding = encoding;
+    const TCounts counts = RenderCounts(settings);
+    EXPECT_EQ(*std::min_element(counts.begin(), counts.end()), 0);
+    EXPECT_LT(*std::max_element(counts.begin(), counts.end()), 400);
+  }
+}
+
+TEST(Baseline, WandersOnlyUnclamped)
+{
+  TFrameSettings settings = PlainSettings(16);
+  settings.scene.kind = ESceneKind::Dark;
+  settings.scene.noise = false;
+  settings.readout.gainElectronsPerCount = 0.01;
+  const auto spread = [&settings] {
+    TFrameRenderer renderer;
+    std::int32_t low = 65535;
+    std::int32_t high = 0;
+    for (int i = 0; i < 40; ++i) {
+      settings.exposure.sceneSeconds = i;
+      const std::int32_t level = RenderCounts(renderer, settings).front();
+      low = std::min(low, level);
+      high = std::max(high, level);
+    }
+    return high - low;
+  };
+  EXPECT_EQ(spread(), 0);
+  settings.readout.baselineClamp = false;
+  EXPECT_GE(spread(), 2);
+  EXPECT_LE(spread(), 6);
+}
+
+TEST(Geometry, CropIsThePartOfTheWholePicture)
+{
+  TFrameRenderer renderer;
+  for (const auto kind :
+       {ESceneKind::StarField, ESceneKind::Beads, ESceneKind::ResolutionChart, ESceneKind::Gradient}) {
+    TFrameSettings settings = PlainSettings(300);
+    settings.scene.kind = kind;
+    settings.scene.noise = false;
+    settings.exposure.exposureSeconds = 0.02;
+    settings.exposure.sceneSeconds = 3.7;
+    const TCounts full = RenderCounts(renderer, settings);
+    EXPECT_GT(*std::max_element(full.begin(), full.end()), 300) << SceneName(kind);
+    settings.geometry.leftPixels = 45;
+    settings.geometry.topPixels = 130;
+    settings.geometry.widthPixels = 211;
+    settings.geometry.heightPixels = 170;
+    const TCounts part = RenderCounts(renderer, settings);
+    std::size_t different = 0;
+    for (std::size_t y = 0; y < 170; ++y)
+      for (std::size_t x = 0; x < 211; ++x) different += part[y * 211 + x] != full[(y + 130) * 300 + x + 45];
+    EXPECT_EQ(different, 0u) << SceneName(kind);
+  }
+}
+
+TEST(Geometry, BinsAndTracksSumTheSignal)
+{
+  TFrameSettings settings = PlainSettings(240);
+  settings.scene.kind = ESceneKind::Beads;
+  settings.scene.noise = false;
+  settings.geometry.encoding = EPixelEncoding::Mono32;
+  settings.readout.baselineCounts = 0.0;
+  settings.readout.gainElectronsPerCount = 0.01; // fine counts, so that their rounding does not hide a wrong sum
+  settings.exposure.exposureSeconds = 0.001;
+  TFrameRenderer renderer;
+  const TCounts full = RenderCounts(renderer, settings);
+  const auto expectSums = [](const TCounts& got, const TCounts& sums, int pixelsSummed) {
+    ASSERT_EQ(got.size(), sums.size());
+    for (std::size_t i = 0; i < got.size(); ++i)
+      ASSERT_NEAR(got[i], sums[i], 0.5 * pixelsSummed + 1.0 + 1e-5 * sums[i]) << i;
+  };
+
+  settings.geometry.horizontalBin = 3;
+  settings.geometry.verticalBin = 4;
+  settings.geometry.widthPixels = 80;
+  settings.geometry.heightPixels = 60;
+  expectSums(RenderCounts(renderer, settings), SumBins(full, 240, 3, 4), 12);
+
+  settings.geometry.horizontalBin = 1;
+  settings.geometry.widthPixels = 240;
+  settings.geometry.heightPixels = 3;
+  settings.geometry.tracks = {{150, 20}, {0, 1}, {160, 80}}; // not in order, and overlapping
+  TCounts sums(3 * 240, 0);
+  for (std::size_t track = 0; track < 3; ++track)
+    for (int row = 0; row < settings.geometry.tracks[track].rowCount; ++row)
+      for (std::size_t x = 0; x < 240; ++x)
+        sums[track * 240 + x] +=
+            full[static_cast<std::size_t>(settings.geometry.tracks[track].topRow + row) * 240 + x];
+  expectSums(RenderCounts(renderer, settings), sums, 80);
+}
+
+TEST(Geometry, BinnedPixelsShareABaselineAndAddReadNoise)
+{
+  TFrameSettings settings = PlainSettings(512);
+  settings.readout.readNoiseElectrons = 3.0;
+  settings.geometry.horizontalBin = 2;
+  settings.geometry.verticalBin = 2;
+  settings.geometry.widthPixels = 256;
+  settings.geometry.heightPixels = 256;
+  const TTransferPoint dark = MeasureTransfer(settings, 0.0);
+  EXPECT_NEAR(dark.mean, 100.0, 0.1);
+  EXPECT_NEAR(std::sqrt(dark.variance) * settings.readout.gainElectronsPerCount, 6.0, 0.12);
+}
+
+TEST(FrameRenderer, SameSettingsGiveSameBytesInAnyOrderOnAnyThread)
+{
+  for (const auto kind : {ESceneKind::StarField, ESceneKind::Beads, ESceneKind::Dark}) {
+    TFrameSettings settings = PlainSettings(200);
+    settings.sensor.darkElectronsPerSecond = 0.5;
+    settings.sensor.hotPixelFraction = 0.001;
+    settings.scene.kind = kind;
+    settings.exposure.exposureSeconds = 0.01;
+    constexpr std::size_t kFrames = 6;
+    const auto at = [settings](std::size_t frame) {
+      TFrameSettings result = settings;
+      result.exposure.frameNumber = frame;
+      result.exposure.sceneSeconds = 0.9 * static_cast<double>(frame);
+      result.exposure.sensorCelsius = -0.5 * static_cast<double>(frame);
+      return result;
+    };
+    std::vector<TBytes> forward(kFrames);
+    std::vector<TBytes> backward(kFrames);
+    std::thread other([&] {
+      TFrameRenderer renderer;
+      for (std::size_t frame = kFrames; frame-- > 0;) backward[frame] = RenderBytes(renderer, at(frame));
+    });
+    for (std::size_t frame = 0; frame < kFrames; ++frame) {
+      TFrameRenderer fresh;
+      forward[frame] = RenderBytes(fresh, at(frame));
+    }
+    other.join();
+    EXPECT_EQ(forward, backward) << SceneName(kind);
+    EXPECT_NE(forward[0], forward[1]);
+
+    TFrameSettings changed = at(0);
+    changed.exposure.runNumber = 1;
+    TFrameRenderer renderer;
+    EXPECT_NE(RenderBytes(renderer, changed), forward[0]);
+    changed = at(0);
+    changed.sensor.seed = 99;
+    EXPECT_NE(RenderBytes(renderer, changed), forward[0]);
+  }
+}
+
+TEST(FrameRenderer, RefusesWhatMakesNoFrameAndWritesNothing)
+{
+  const TFrameSettings good = PlainSettings(64);
+  std::vector<TFrameSettings> bad(9, good);
+  bad[0].geometry.widthPixels = 65;
+  bad[1].geometry.topPixels = 1;
+  bad[2].geometry.verticalBin = 0;
+  bad[3].geometry.strideBytes = 127;
+  bad[4].geometry.tracks = {{60, 5}};
+  bad[4].geometry.heightPixels = 1;
+  bad[5].readout.gainElectronsPerCount = 0.0;
+  bad[6].exposure.exposureSeconds = std::nan("");
+  bad[7].exposure.accumulations = 0;
+  bad[8].geometry.leftPixels = 2147483647;
+  TFrameRenderer renderer;
+  TBytes buffer(64 * 64 * 2, 0x5A);
+  for (std::size_t i = 0; i < bad.size(); ++i) {
+    EXPECT_FALSE(renderer.Render(bad[i], buffer)) << i;
+    EXPECT_FALSE(renderer.LastError().empty()) << i;
+  }
+  EXPECT_FALSE(renderer.Render(good, std::span(buffer).first(buffer.size() - 1)));
+  EXPECT_EQ(buffer, TBytes(buffer.size(), 0x5A));
+  EXPECT_TRUE(renderer.Render(good, buffer));
+  EXPECT_EQ(renderer.LastError(), "");
+}
+
+TEST(PixelKernel, PortableAndFastPathAgreeBitForBit)
+{
+  std::vector<float> rates(TNoiseTable::kBlockPixels - 3);
+  for (std::size_t i = 0; i < rates.size(); ++i)
+    rates[i] = static_cast<float>(std::pow(1.04, static_cast<double>(i))) * 1e-4f; // from nothing to saturation
+  TRowReadout readout;
+  readout.exposureSeconds = 1.3f;
+  readout.darkElectrons = 0.001f;
+  readout.readVariance = 1.7f;
+  readout.fullWellElectrons = 20000.0f;
+  readout.ceilingElectrons = 20006.0f;
+  readout.countsPerElectron = 1.9f;
+  readout.baselineCounts = 100.5f;
+  using EShotNoise = TPixelKernel::EShotNoise;
+  for (const auto noise : {EShotNoise::None, EShotNoise::Normal, EShotNoise::Mixed})
+    for (const std::size_t first : {std::size_t{0}, rates.size() / 4}) {
+      TCounts fast(rates.size(), -1);
+      TCounts portable(rates.size(), -1);
+      const auto block = std::span<const float>(rates).subspan(0, rates.size() - first);
+      for (std::uint64_t frame = 0; frame < 50; ++frame) {
+        const TNoiseDraw draw = TNoiseTable::Shared().Draw(TNoiseTable::FrameKey(7, 1, frame), frame);
+        TPixelKernel::Run(readout, noise, draw, block, fast.data());
+        TPixelKernel::RunPortable(readout, noise, draw, block, portable.data());
+        ASSERT_EQ(fast, portable) << static_cast<int>(noise);
+      }
+    }
+}
+
+TEST(PixelEncoder, PackedPixelsLieHighBytesOutsideLowNibblesInside)
+{
+  const TCounts pixels = {0x124, 0x563, 0x78A};
+  TBytes row(5, 0xFF);
+  TPixelEncoder::Encode(EPixelEncoding::Mono12Packed, pixels, row.data(), 0);
+  EXPECT_EQ(row, (TBytes{0x12, 0x34, 0x56, 0x78, 0x0A}));
+  EXPECT_EQ(RowBytes(EPixelEncoding::Mono12Packed, 3), 5u);
+}
+
+TEST(PixelEncoder, EveryEncodingRoundTripsAndRowsArePaddedWithZeros)
+{
+  for (const auto encoding : {EPixelEncoding::Mono8, EPixelEncoding::Mono12, EPixelEncoding::Mono12Packed,
+                              EPixelEncoding::Mono16, EPixelEncoding::Mono32}) {
+    EPixelEncoding named{};
+    ASSERT_TRUE(EncodingFromName(EncodingName(encoding), named));
+    EXPECT_EQ(named, encoding);
+    TCounts pixels(77);
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+      pixels[i] = static_cast<std::int32_t>((i * 123457u + 5u) &
+                                            static_cast<unsigned>(TPixelEncoder::MaximumCount(encoding)));
+    pixels[3] = TPixelEncoder::MaximumCount(encoding);
+    TBytes row(RowBytes(encoding, 77));
+    TPixelEncoder::Encode(encoding, std::span(pixels).first(40), row.data(), 0);
+    TPixelEncoder::Encode(encoding, std::span(pixels).subspan(40), row.data(), 40);
+    TCounts back(pixels.size());
+    TPixelEncoder::Decode(encoding, row.data(), back);
+    EXPECT_EQ(back, pixels) << EncodingName(encoding);
+
+    TFrameSettings settings = PlainSettings(77);
+    settings.scene.flatPhotonsPerSecond = 500.0;
+    settings.geometry.encoding = encoding;
+    settings.readout.bitDepth = 12;
+    const TCounts tight = RenderCounts(settings);
+    settings.geometry.strideBytes = RowBytes(encoding, 77) + 11;
+    TFrameRenderer renderer;
+    const TBytes padded = RenderBytes(renderer, settings);
+    for (std::size_t y = 0; y < 77; ++y)
+      for (std::size_t i = 0; i < 11; ++i) ASSERT_EQ(padded[(y + 1) * settings.geometry.strideBytes - 11 + i], 0);
+    EXPECT_EQ(RenderCounts(renderer, settings), tight);
+    EXPECT_NEAR(Mean(tight), encoding == EPixelEncoding::Mono8 ? 1100.0 / 16.0 - 0.47 : 1100.0, 3.0);
+  }
+}
+
+TEST(SceneNames, AreFoundHoweverTheyAreSpelled)
+{
+  ESceneKind kind = ESceneKind::Dark;
+  EXPECT_TRUE(SceneFromName("Star-Field", kind));
+  EXPECT_EQ(kind, ESceneKind::StarField);
+  EXPECT_TRUE(SceneFromName("resolutionchart", kind));
+  EXPECT_EQ(kind, ESceneKind::ResolutionChart);
+  EXPECT_FALSE(SceneFromName("moon", kind));
+  EXPECT_EQ(kind, ESceneKind::ResolutionChart);
+}
+
+TEST(CounterPattern, SeesEveryKindOfDamage)
+{
+  for (const std::size_t size : {std::size_t{64}, std::size_t{65}, std::size_t{128}, std::size_t{20011}}) {
+    const TCounterPattern::TKey key{5, 2, 1000, 0xDEADBEEF};
+    TBytes frame(size);
+    TCounterPattern::Fill(frame, key);
+    const auto sound = TCounterPattern::Verify(frame, key);
+    EXPECT_TRUE(sound);
+    EXPECT_EQ(sound.head.slot, 0xDEADBEEFu);
+    EXPECT_EQ(sound.tail, sound.head);
+
+    EXPECT_EQ(TCounterPattern::Verify(frame, {5, 2, 1001, 0}).fault, EFrameFault::WrongFrame);
+    EXPECT_EQ(TCounterPattern::Verify(frame, {5, 3, 1000, 0}).fault, EFrameFault::WrongRun);
+    EXPECT_EQ(TCounterPattern::Verify(frame, {6, 2, 1000, 0}).fault, EFrameFault::WrongRun);
+    EXPECT_EQ(TCounterPattern::Verify(std::span(frame).first(size - 8), key).fault, EFrameFault::Truncated);
+
+    TBytes other(size);
+    TCounterPattern::Fill(other, {5, 2, 1001, 0xDEADBEEF});
+    for (const std::size_t tear : {size / 2, size - 33, size - 24}) {
+      TBytes torn = other;
+      std::copy_n(frame.begin(), std::max(tear, std::size_t{32}), torn.begin());
+      EXPECT_EQ(TCounterPattern::VerifyAny(torn).fault, EFrameFault::Torn) << size << " torn at " << tear;
+    }
+    TBytes shortFrame(size, 0);
+    std::copy_n(frame.begin(), size - 16, shortFrame.begin());
+    EXPECT_EQ(TCounterPattern::Verify(shortFrame, key).fault, EFrameFault::Torn);
+    std::fill(shortFrame.begin() + static_cast<std::ptrdiff_t>(std::max(size / 2, std::size_t{32})),
+              shortFrame.end(), static_cast<unsigned char>(0));
+    EXPECT_EQ(TCounterPattern::Verify(shortFrame, key).fault, EFrameFault::Truncated);
+
+    EXPECT_EQ(TCounterPattern::VerifyAny(TBytes(size, 0)).fault, EFrameFault::NotStamped);
+    for (std::size_t at = 0; at < size; at += 1 + size / 97) { // any single bit
+      TBytes damaged = frame;
+      damaged[at] ^= 0x10;
+      const auto result = TCounterPattern::Verify(damaged, key);
+      EXPECT_FALSE(result) << at;
+      if (at < 32 || at >= size - 32) continue;
+      EXPECT_EQ(result.badByteOffset, at);
+    }
+  }
+}
+
+TEST(CounterPattern, TellsATearInTheBodyFromDamage)
+{
+  TBytes frame(9000);
+  TBytes other(9000);
+  TCounterPattern::Fill(frame, {1, 1, 10, 0});
+  TCounterPattern::Fill(other, {1, 1, 11, 0});
+  std::copy_n(other.begin() + 4096, 2000, frame.begin() + 4096); // both stamps are right
+  const auto torn = TCounterPattern::Verify(frame, {1, 1, 10, 0});
+  EXPECT_EQ(torn.fault, EFrameFault::Torn);
+  EXPECT_EQ(torn.badByteOffset, 4096u);
+  TCounterPattern::Fill(frame, {1, 1, 10, 0});
+  frame[5000] ^= 1;
+  EXPECT_EQ(TCounterPattern::Verify(frame, {1, 1, 10, 0}).fault, EFrameFault::Corrupt);
+}
+
+TEST(CounterPattern, StampOnlyLeavesTheBodyAndSmallAreasDegrade)
+{
+  TBytes frame(100, 0x77);
+  const TCounterPattern::TKey key{1, 1, 4, 9};
+  TCounterPattern::Fill(frame, key, TCounterPattern::EBody::Any);
+  EXPECT_EQ(TBytes(frame.begin() + 32, frame.end() - 32), TBytes(36, 0x77));
+  EXPECT_TRUE(TCounterPattern::Verify(frame, key, TCounterPattern::EBody::Any));
+  EXPECT_EQ(TCounterPattern::Verify(frame, key).fault, EFrameFault::Corrupt);
+
+  for (const std::size_t size :
+       {std::size_t{1}, std::size_t{7}, std::size_t{31}, std::size_t{32}, std::size_t{63}}) {
+    TBytes small(size);
+    TCounterPattern::Fill(small, key);
+    EXPECT_TRUE(TCounterPattern::Verify(small, key)) << size;
+    EXPECT_FALSE(TCounterPattern::Verify(small, {1, 1, 5, 9})) << size;
+    EXPECT_EQ(bool(TCounterPattern::VerifyAny(small)), size >= 32) << size;
+  }
+  TCounterPattern::Fill({}, key);
+}
+
+TEST(CounterPattern, RendererStampsThePixelAreaAndNothingBehind)
+{
+  TFrameSettings settings = PlainSettings(64);
+  settings.geometry.widthPixels = 8;
+  settings.geometry.heightPixels = 4;
+  settings.exposure.frameNumber = 77;
+  settings.exposure.slot = 3;
+  TFrameRenderer renderer;
+  for (const auto kind : {ESceneKind::Counter, ESceneKind::Stamp}) {
+    settings.scene.kind = kind;
+    TBytes buffer(80, 0xEE);
+    ASSERT_TRUE(renderer.Render(settings, buffer));
+    EXPECT_TRUE(TCounterPattern::Verify(std::span(buffer).first(64), {1, 0, 77, 0}));
+    EXPECT_EQ(TBytes(buffer.begin() + 64, buffer.end()), TBytes(16, 0xEE));
+  }
+}
+
+namespace {
+
+struct TChunk
+{
+  std::uint32_t cid;
+  TBytes data;
+};
+
+/// Walks the tail from the end downwards, as a reader does.
+std::vector<TChunk> WalkChunks(const TBytes& frame)
+{
+  std::vector<TChunk> chunks;
+  std::size_t end = frame.size();
+  while (end >= 8) {
+    std::uint32_t fields[2];
+    std::memcpy(fields, frame.data() + end - 8, sizeof fields);
+    const auto [cid, length] = fields;
+    if (length < 4 || length + 4u > end) {
+      ADD_FAILURE() << "chunk of length " << length;
+      break;
+    }
+    const auto dataEnd = frame.begin() + static_cast<std::ptrdiff_t>(end - 8);
+    chunks.push_back({cid, TBytes(dataEnd - (length - 4), dataEnd)});
+    if (cid == TMetadataWriter::kEndCid) break;
+    end -= length + 4u;
+  }
+  return chunks;
+}
+
+} // namespace
+
+TEST(MetadataWriter, TailIsWalkedFromTimestampToTerminator)
+{
+  TBytes frame(300, 0xFF);
+  ASSERT_TRUE(TMetadataWriter::Write(frame, {-123456789012345, 2048, 1024, 4100, 3}));
+  EXPECT_EQ(TBytes(frame.begin(), frame.end() - TMetadataWriter::TailBytes()),
+            TBytes(300 - TMetadataWriter::TailBytes(), 0xFF));
+  const auto chunks = WalkChunks(frame);
+  ASSERT_EQ(chunks.size(), 3u);
+  EXPECT_EQ(chunks[0].cid, TMetadataWriter::kTimestampCid);
+  ASSERT_EQ(chunks[0].data.size(), 8u);
+  std::int64_t ticks;
+  std::memcpy(&ticks, chunks[0].data.data(), sizeof ticks);
+  EXPECT_EQ(ticks, -123456789012345);
+  EXPECT_EQ(chunks[1].cid, TMetadataWriter::kFrameInfoCid);
+  ASSERT_EQ(chunks[1].data.size(), 16u);
+  std::uint32_t info[4];
+  std::memcpy(info, chunks[1].data.data(), sizeof info);
+  EXPECT_THAT(info, testing::ElementsAre(2048, 1024, 4100, 3));
+  EXPECT_EQ(chunks[2].cid, TMetadataWriter::kEndCid);
+
+  TBytes tooShort(TMetadataWriter::TailBytes() - 1, 0xFF);
+  EXPECT_FALSE(TMetadataWriter::Write(tooShort, {}));
+  EXPECT_EQ(tooShort, TBytes(tooShort.size(), 0xFF));
+  TBytes tailOnly(TMetadataWriter::TailBytes());
+  EXPECT_TRUE(TMetadataWriter::Write(tailOnly, {}));
+  EXPECT_EQ(WalkChunks(tailOnly).size(), 3u);
+}
