@@ -53,7 +53,8 @@ extern "C" {
 #define VX_ERR_NOT_AVAILABLE 4         /**< not available under the present settings */
 #define VX_ERR_NOT_WRITABLE 5          /**< not writable now, for example while acquiring */
 #define VX_ERR_OUT_OF_RANGE 6          /**< the value is outside the feature's present limits */
-#define VX_ERR_START_REFUSED 37        /**< "AcquisitionStart" refused: no buffer queued, or already acquiring */
+#define VX_ERR_START_REFUSED 37        /**< "AcquisitionStart" refused: acquiring already, a queued buffer is too small,
+                                            or the settings make no frame */
 #define VX_ERR_NOT_INITIALISED 40      /**< the library is not initialised */
 #define VX_ERR_INVALID_HANDLE 41       /**< no open device has this handle */
 #define VX_ERR_NO_SUCH_DEVICE 42       /**< no device has this index */
@@ -69,17 +70,20 @@ extern "C" {
 #define VX_ERR_BUFFER_TOO_SMALL 52     /**< the buffer is smaller than "ImageSizeBytes" */
 #define VX_ERR_COMMUNICATION 53        /**< the device does not answer: unplugged, or powered down */
 #define VX_ERR_OUT_OF_MEMORY 54        /**< the library could not allocate */
+#define VX_ERR_CONFIGURATION 55        /**< the library's configuration cannot be read or has an error */
 #define VX_ERR_HARDWARE_OVERFLOW 100   /**< the camera's memory overflowed: frames were lost */
 /** @} */
 
 /** @name Library and devices
- *  Initialise and finalise are counted: the last VX_FinaliseLibrary() closes every device still open.
+ *  Initialise and finalise are counted: the last VX_FinaliseLibrary() closes every device still open. An error in the
+ *  configuration makes VX_InitialiseLibrary() answer #VX_ERR_CONFIGURATION and say on the standard error what is wrong.
  *  @{ */
 VXCORE_API int VX_InitialiseLibrary(void);
 VXCORE_API int VX_FinaliseLibrary(void);
 /** Opens the device at @p deviceIndex (0 to "DeviceCount" - 1) and writes its handle. */
 VXCORE_API int VX_Open(int deviceIndex, int* handle);
-/** Stops an acquisition, drops every queued buffer and closes the device. No buffer is touched afterwards. */
+/** Stops an acquisition, drops every queued buffer and closes the device. No buffer is touched afterwards. A device
+ *  that does not answer is closed all the same, with #VX_ERR_COMMUNICATION. */
 VXCORE_API int VX_Close(int handle);
 /** @} */
 
@@ -161,7 +165,8 @@ VXCORE_API int VX_QueueBuffer(int handle, unsigned char* buffer, int sizeBytes);
  * @return #VX_ERR_TIMED_OUT without a frame; #VX_ERR_HARDWARE_OVERFLOW once after frames were lost in the camera
  */
 VXCORE_API int VX_WaitBuffer(int handle, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs);
-/** Takes back every queued and every filled buffer. No buffer is touched after it returns. */
+/** Takes back every queued and every filled buffer. No buffer is touched after it returns. From a device that does not
+ *  answer the buffers are taken back all the same, with #VX_ERR_COMMUNICATION. */
 VXCORE_API int VX_Flush(int handle);
 /** @} */
 

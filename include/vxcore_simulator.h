@@ -31,6 +31,7 @@ typedef struct VXSIM_Statistics
   uint64_t buffersQueued;    /**< successful VX_QueueBuffer() calls */
   uint64_t buffersHeld;      /**< buffers the library holds now, empty or filled */
   uint64_t runsStarted;      /**< successful "AcquisitionStart" commands */
+  uint64_t triggersIgnored;  /**< triggers that found the sensor busy */
 } VXSIM_Statistics;
 
 /**
@@ -62,15 +63,18 @@ VXCORE_API int VXSIM_GetStatistics(int device, VXSIM_Statistics* statistics);
  *  @{ */
 /**
  * Fills the next queued buffer with @p sizeBytes bytes from @p bytes and makes it ready for VX_WaitBuffer(), which
- * reports @p sizeBytes. Null bytes: a frame of the configured scene, as the camera would make it.
- * @return #VX_ERR_NOT_AVAILABLE when the device is not acquiring; #VX_ERR_BUFFER_TOO_SMALL when the frame does not fit
+ * reports @p sizeBytes. Null bytes: a frame of the configured scene, as the camera would make it. While no buffer is
+ * queued the frame waits in the camera's memory.
+ * @return #VX_ERR_NOT_AVAILABLE when the device is not acquiring or not configured for it; #VX_ERR_BUFFER_TOO_SMALL
+ *         when the frame does not fit; #VX_ERR_HARDWARE_OVERFLOW when it was lost because the memory is full
  */
 VXCORE_API int VXSIM_PushFrame(int device, const void* bytes, int sizeBytes);
-/** Makes @p count frames of the configured scene, one after the other, as fast as buffers allow. */
+/** Makes @p count frames of the configured scene, one after the other, without waiting for buffers. Ends early when the
+ *  run has had all its frames; the code is that of the first frame that did not succeed. */
 VXCORE_API int VXSIM_PushFrames(int device, int count);
 /** Makes VX_WaitBuffer() answer @p code once, after the frames that are ready now. */
 VXCORE_API int VXSIM_PushWaitCode(int device, int code);
-/** Gives one pulse on the external trigger input, now. */
+/** Gives one pulse on the external trigger input, now. With the real clock a sensor that is busy ignores it. */
 VXCORE_API int VXSIM_FireTrigger(int device);
 /** @} */
 
@@ -84,7 +88,8 @@ VXCORE_API int VXSIM_AddFault(const char* rule);
 VXCORE_API int VXSIM_ClearFaults(void);
 /** How many times a rule has acted since VXSIM_ClearFaults(). */
 VXCORE_API uint64_t VXSIM_GetFaultsFired(void);
-/** Unplugs a device: every call on it answers #VX_ERR_COMMUNICATION until it is plugged in again. */
+/** Unplugs a device: a run ends, and every call on the device answers #VX_ERR_COMMUNICATION until it is plugged in
+ *  again. VX_Flush() and VX_Close() take the buffers back all the same. */
 VXCORE_API int VXSIM_SetPlugged(int device, int plugged);
 /** @} */
 

@@ -1,0 +1,511 @@
+// SPDX-License-Identifier: MIT
+// The table of features: what each reads, writes and depends on.
+#include "simulator/camera/TCameraFeatures.h"
+
+#include "simulator/camera/TFrameTiming.h"
+#include "simulator/config/TConfigurationText.h"
+#include "simulator/features/TBoolFeature.h"
+#include "simulator/features/TCommandFeature.h"
+#include "simulator/features/TEnumFeature.h"
+#include "simulator/features/TFloatFeature.h"
+#include "simulator/features/TIntFeature.h"
+#include "simulator/features/TStringFeature.h"
+
+#include <algorithm>
+#include <climits>
+#include <cwchar>
+
+namespace vxsim {
+
+namespace {
+
+constexpr long long kBaselineCounts = 100;
+
+/// What a row of the table works with.
+struct TBuild
+{
+  TCameraState& state;
+  const TCameraActions& actions;
+  const TFeatureOverride& change;
+
+  TFeatureAccess Access() const
+  {
+    TFeatureAccess access;
+    access.readOnly = change.readOnly;
+    return access;
+  }
+  /// Writable, but not in a run.
+  TFeatureAccess IdleOnly() const
+  {
+    TFeatureAccess access = Access();
+    access.writable = [&s = state] { return !s.acquiring; };
+    return access;
+  }
+
+  std::unique_ptr<IFeature> Int(TFeatureAccess access, TNumberBinding<long long> binding) const
+  {
+    return std::make_unique<TIntFeature>(std::move(access), state.revision, std::move(binding), change);
+  }
+  std::unique_ptr<IFeature> Float(TFeatureAccess access, TNumberBinding<double> binding) const
+  {
+    return std::make_unique<TFloatFeature>(std::move(access), state.revision, std::move(binding), change);
+  }
+  std::unique_ptr<IFeature> Bool(TFeatureAccess access, bool& value) const
+  {
+    return std::make_unique<TBoolFeature>(
+        std::move(access), state.revision, [&value] { return value; }, [&value](bool v) { value = v; });
+  }
+  std::unique_ptr<IFeature> String(const wchar_t* text) const
+  {
+    TFeatureAccess access;
+    access.readOnly = true;
+    return std::make_unique<TStringFeature>(std::move(access), state.revision, change.value.value_or(text));
+  }
+  std::unique_ptr<IFeature> Command(TFeatureAccess access, std::function<int(TDeviceLock&)> run) const
+  {
+    return std::make_unique<TCommandFeature>(std::move(access), state.revision, std::move(run));
+  }
+  /// A number that the camera only tells. A configured value takes its place.
+  std::unique_ptr<IFeature> Reading(std::function<long long()> get) const
+  {
+    if (change.value) get = [fixed = std::wcstoll(change.value->c_str(), nullptr, 10)] { return fixed; };
+    return Int(Access(), {.get = std::move(get), .set = {}, .minimum = {}, .maximum = {}});
+  }
+  std::unique_ptr<IFeature> Reading(std::function<double()> get) const
+  {
+    if (change.value) get = [fixed = std::wcstod(change.value->c_str(), nullptr)] { return fixed; };
+    return Float(Access(), {.get = std::move(get), .set = {}, .minimum = {}, .maximum = {}});
+  }
+};
+
+/// One feature: its name, how it is made, and whether a configured value is set through it or baked in.
+struct TRow
+{
+  const wchar_t* name;
+  std::unique_ptr<IFeature> (*make)(const TBuild& build);
+  bool setsValue = false;
+};
+
+std::unique_ptr<IFeature> MakeBin(const TBuild& b, long long& bin, long long limit)
+{
+  return b.Int(b.IdleOnly(), {.get = [&bin] { return bin; },
+                              .set =
+                                  [&bin, &s = b.state](long long v) {
+                                    bin = v;
+                                    s.FitArea();
+                                  },
+                              .minimum = [] { return 1LL; },
+                              .maximum = [limit] { return limit; }});
+}
+
+std::unique_ptr<IFeature> MakeAoiLeft(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.left; },
+                              .set = [&s](long long v) { s.left = v; },
+                              .minimum = [] { return 1LL; },
+                              .maximum = [&s] { return s.sensorWidth - s.width * s.horizontalBin + 1; }});
+}
+
+std::unique_ptr<IFeature> MakeAoiTop(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto set = [&s](long long v) {
+    if (!s.IsTracks())
+      s.top = v;
+    else
+      s.SelectedTrack() = {v, std::min(s.SelectedTrack().rows, s.sensorHeight - v + 1)};
+  };
+  const auto maximum = [&s] {
+    return s.IsTracks() ? s.sensorHeight : s.sensorHeight - s.height * s.verticalBin + 1;
+  };
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().top : s.top; },
+                              .set = set,
+                              .minimum = [] { return 1LL; },
+                              .maximum = maximum});
+}
+
+/// The width may be as large as the sensor wherever the area begins: the area then moves to the left to fit.
+std::unique_ptr<IFeature> MakeAoiWidth(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto set = [&s](long long v) {
+    s.width = v;
+    s.FitArea();
+  };
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.width; },
+                              .set = set,
+                              .minimum = [] { return 1LL; },
+                              .maximum = [&s] { return s.sensorWidth / s.horizontalBin; }});
+}
+
+std::unique_ptr<IFeature> MakeAoiHeight(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.IdleOnly();
+  access.writable = [&s] { return !s.acquiring && !s.IsTracks(); }; // tracks are one binned row each
+  const auto set = [&s](long long v) {
+    s.height = v;
+    s.FitArea();
+  };
+  return b.Int(std::move(access), {.get = [&s] { return s.OutputRows(); },
+                                   .set = set,
+                                   .minimum = [] { return 1LL; },
+                                   .maximum = [&s] { return s.sensorHeight / s.verticalBin; }});
+}
+
+std::unique_ptr<IFeature> MakeAoiHBin(const TBuild& b)
+{
+  return MakeBin(b, b.state.horizontalBin, b.state.model.maximumBinning);
+}
+
+std::unique_ptr<IFeature> MakeAoiVBin(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto set = [&s](long long v) {
+    if (s.IsTracks())
+      s.SelectedTrack().rows = v;
+    else
+      s.verticalBin = v;
+    s.FitArea();
+  };
+  const auto maximum = [&s]() -> long long {
+    return s.IsTracks() ? s.sensorHeight - s.SelectedTrack().top + 1 : s.model.maximumBinning;
+  };
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().rows : s.verticalBin; },
+                              .set = set,
+                              .minimum = [] { return 1LL; },
+                              .maximum = maximum});
+}
+
+/// The binning of the sensor itself, whose maximum is what the camera can do.
+std::unique_ptr<IFeature> MakeBinInternal(const TBuild& b, const long long& bin)
+{
+  return b.Int(b.Access(), {.get = [&bin] { return bin; },
+                            .set = {},
+                            .minimum = [] { return 1LL; },
+                            .maximum = [&m = b.state.model]() -> long long { return m.maximumBinning; }});
+}
+
+std::unique_ptr<IFeature> MakeAoiCount(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.IdleOnly();
+  access.available = [&s] { return s.IsTracks(); };
+  const auto set = [&s](long long v) {
+    s.tracks.resize(static_cast<size_t>(v));
+    s.selectedTrack = std::min(s.selectedTrack, v);
+  };
+  return b.Int(std::move(access), {.get = [&s] { return static_cast<long long>(s.tracks.size()); },
+                                   .set = set,
+                                   .minimum = [] { return 1LL; },
+                                   .maximum = [&s]() -> long long { return s.model.maximumTracks; }});
+}
+
+std::unique_ptr<IFeature> MakeAoiSelector(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.IdleOnly();
+  access.available = [&s] { return s.IsTracks(); };
+  return b.Int(std::move(access), {.get = [&s] { return s.selectedTrack; },
+                                   .set = [&s](long long v) { s.selectedTrack = v; },
+                                   .minimum = [] { return 1LL; },
+                                   .maximum = [&s] { return static_cast<long long>(s.tracks.size()); }});
+}
+
+std::unique_ptr<IFeature> MakeExposureTime(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.Access();
+  access.writable = [&s] {
+    if (s.acquiring && !s.model.exposureWhileAcquiring) return false;
+    return !s.Choice(L"TriggerMode").Is(L"External Exposure"); // the pulse's width is the exposure
+  };
+  // A global shutter empties all rows at once and cannot expose for less than a row's time.
+  const auto minimum = [&s] {
+    const bool global = s.Choice(L"ElectronicShutteringMode").Is(L"Global");
+    return global ? std::max(s.model.minimumExposureSeconds, TFrameTiming::Of(s).rowSeconds)
+                  : s.model.minimumExposureSeconds;
+  };
+  return b.Float(std::move(access), {.get = [&s] { return TFrameTiming::Of(s).exposureSeconds; },
+                                     .set = [&s](double v) { s.exposureSeconds = v; },
+                                     .minimum = minimum,
+                                     .maximum = [&s] { return s.model.maximumExposureSeconds; }});
+}
+
+std::unique_ptr<IFeature> MakeFrameRate(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.Access();
+  access.writable = [&s] {
+    const TChoice& mode = s.Choice(L"TriggerMode");
+    return mode.Is(L"Internal") || mode.Is(L"External Start"); // otherwise triggers set the pace
+  };
+  const auto maximum = [&s] { return 1.0 / TFrameTiming::Of(s).fastestSeconds; };
+  return b.Float(std::move(access),
+                 {.get = [&s] { return TFrameTiming::Of(s).frameRate; },
+                  .set = [&s](double v) { s.requestedFrameRate = v; },
+                  .minimum = [&s, maximum] { return std::min(s.model.minimumFrameRate, maximum()); },
+                  .maximum = maximum});
+}
+
+std::unique_ptr<IFeature> MakeBurstRate(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto maximum = [&s] { return 1.0 / TFrameTiming::Of(s).fastestSeconds; };
+  return b.Float(b.IdleOnly(), {.get = [&s] { return TFrameTiming::Of(s).burstRate; },
+                                .set = [&s](double v) { s.requestedBurstRate = v; },
+                                .minimum = [&s, maximum] { return std::min(s.model.minimumFrameRate, maximum()); },
+                                .maximum = maximum});
+}
+
+std::unique_ptr<IFeature> MakeCount(const TBuild& b, long long& count)
+{
+  return b.Int(b.IdleOnly(), {.get = [&count] { return count; },
+                              .set = [&count](long long v) { count = v; },
+                              .minimum = [] { return 1LL; },
+                              .maximum = [] { return static_cast<long long>(INT_MAX); }});
+}
+
+TFeatureAccess ReadOnly()
+{
+  TFeatureAccess access;
+  access.readOnly = true;
+  return access;
+}
+
+std::unique_ptr<IFeature> MakeSoftwareTrigger(const TBuild& b)
+{
+  TFeatureAccess access = b.Access();
+  access.available = [&s = b.state] { return s.Choice(L"TriggerMode").Is(L"Software"); };
+  return b.Command(std::move(access), [trigger = b.actions.softwareTrigger](TDeviceLock&) { return trigger(); });
+}
+
+/// Numbers of the camera's events; which frame they belong to is in its metadata.
+std::unique_ptr<IFeature> MakeEvent(const TBuild& b, long long number)
+{
+  return b.Reading(std::function<long long()>([number] { return number; }));
+}
+
+using TInteger = std::function<long long()>;
+using TReal = std::function<double()>;
+
+const TRow kRows[] = {
+    {L"CameraModel", [](const TBuild& b) { return b.String(b.state.model.cameraModel); }},
+    {L"HardwareType", [](const TBuild& b) { return b.String(b.state.model.hardwareType); }},
+    {L"SerialNumber", [](const TBuild& b) { return b.String(b.state.model.serialNumber); }},
+    {L"FirmwareVersion", [](const TBuild& b) { return b.String(b.state.model.firmwareVersion); }},
+    {L"DDR2Type", [](const TBuild& b) { return b.String(b.state.model.memoryType); }},
+    {L"SensorWidth",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.sensorWidth; })); }},
+    {L"SensorHeight",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.sensorHeight; })); }},
+    {L"PixelWidth",
+     [](const TBuild& b) { return b.Reading(TReal([&s = b.state] { return s.model.pixelMicrometres; })); }},
+    {L"PixelHeight",
+     [](const TBuild& b) { return b.Reading(TReal([&s = b.state] { return s.model.pixelMicrometres; })); }},
+    {L"AOIHBin", MakeAoiHBin, true},
+    {L"AOIVBin", MakeAoiVBin, true},
+    {L"AOIHBinInternal", [](const TBuild& b) { return MakeBinInternal(b, b.state.horizontalBin); }},
+    {L"AOIVBinInternal", [](const TBuild& b) { return MakeBinInternal(b, b.state.verticalBin); }},
+    {L"AOIWidth", MakeAoiWidth, true},
+    {L"AOIHeight", MakeAoiHeight, true},
+    {L"AOILeft", MakeAoiLeft, true},
+    {L"AOITop", MakeAoiTop, true},
+    {L"AOICount", MakeAoiCount, true},
+    {L"AOISelector", MakeAoiSelector, true},
+    {L"AOIStride",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.StrideBytes(); })); }},
+    {L"ImageSizeBytes",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.ImageSizeBytes(); })); }},
+    {L"ExposureTime", MakeExposureTime, true},
+    {L"FrameRate", MakeFrameRate, true},
+    {L"BurstRate", MakeBurstRate, true},
+    {L"ReadoutTime",
+     [](const TBuild& b) {
+       return b.Reading(TReal([&s = b.state] { return TFrameTiming::Of(s).readoutSeconds; }));
+     }},
+    {L"AccumulateCount", [](const TBuild& b) { return MakeCount(b, b.state.accumulateCount); }, true},
+    {L"FrameCount", [](const TBuild& b) { return MakeCount(b, b.state.frameCount); }, true},
+    {L"SoftwareTrigger", MakeSoftwareTrigger},
+    {L"Overlap", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.overlap); }, true},
+    {L"MetadataEnable", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.metadata); }, true},
+    {L"TimestampClock", [](const TBuild& b) { return b.Reading(TInteger(b.actions.timestampTicks)); }},
+    {L"TimestampClockFrequency",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.model.timestampFrequency; })); }},
+    {L"TimestampClockReset",
+     [](const TBuild& b) {
+       return b.Command(b.Access(), [reset = b.actions.resetTimestamp](TDeviceLock&) {
+         reset();
+         return VX_SUCCESS;
+       });
+     }},
+    {L"AcquisitionStart", [](const TBuild& b) { return b.Command(b.Access(), b.actions.start); }},
+    {L"AcquisitionStop", [](const TBuild& b) { return b.Command(b.Access(), b.actions.stop); }},
+    {L"CameraAcquiring", [](const TBuild& b) { return b.Bool(ReadOnly(), b.state.acquiring); }},
+    {L"BaselineClamp", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.baselineClamp); }, true},
+    {L"BaselineLevel", [](const TBuild& b) { return b.Reading(TInteger([] { return kBaselineCounts; })); }},
+    {L"ExposureStartEvent", [](const TBuild& b) { return MakeEvent(b, 1); }},
+    {L"ExposureEndEvent", [](const TBuild& b) { return MakeEvent(b, 2); }},
+};
+
+const TRow* FindRow(std::wstring_view name)
+{
+  const auto* row = std::ranges::find_if(kRows, [name](const TRow& r) { return name == r.name; });
+  return row == std::end(kRows) ? nullptr : row;
+}
+
+/// Chooses index @p index of a setting as far as it has one.
+void ChooseIndex(TChoice* choice, int index)
+{
+  if (choice && choice->Has(index)) choice->index = index;
+}
+
+/// Settles what hangs on the gain: the two names of the gain channel, the bit depth, the encodings that can hold
+/// it.
+void SettleGain(TCameraState& state, bool bySimpleControl)
+{
+  TChoice* channel = state.FindChoice(L"PreAmpGainChannel");
+  TChoice* simple = state.FindChoice(L"SimplePreAmpGainControl");
+  if (channel && simple) {
+    ChooseIndex(bySimpleControl ? channel : simple, bySimpleControl ? simple->index : channel->index);
+  }
+  const bool both = state.Choice(L"PreAmpGainChannel").Is(L"Both");
+  ChooseIndex(state.FindChoice(L"BitDepth"), both ? 1 : 0);
+  TChoice* encoding = state.FindChoice(L"PixelEncoding");
+  if (encoding && both && encoding->Text().starts_with(L"Mono12")) encoding->Choose(L"Mono16");
+}
+
+/// A global shutter cannot be read out at the highest rate.
+bool IsRateAvailable(const TCameraState& state, std::wstring_view text)
+{
+  if (!state.Choice(L"ElectronicShutteringMode").Is(L"Global")) return true;
+  const TChoice& rates = state.Choice(L"PixelReadoutRate");
+  return rates.texts.size() < 3 || text != rates.texts.back();
+}
+
+void SettleShutter(TCameraState& state)
+{
+  TChoice* rate = state.FindChoice(L"PixelReadoutRate");
+  if (rate && !IsRateAvailable(state, rate->Text())) --rate->index;
+}
+
+/// "2x2" to both binning factors.
+void SettleBinning(TCameraState& state)
+{
+  const std::wstring text(state.Choice(L"AOIBinning").Text());
+  wchar_t* rest = nullptr;
+  const long horizontal = std::wcstol(text.c_str(), &rest, 10);
+  const long vertical = *rest == L'x' ? std::wcstol(rest + 1, nullptr, 10) : horizontal;
+  state.horizontalBin = std::clamp(horizontal, 1L, static_cast<long>(state.sensorWidth));
+  state.verticalBin = std::clamp(vertical, 1L, static_cast<long>(state.sensorHeight));
+  state.FitArea();
+}
+
+std::unique_ptr<IFeature> MakeChoice(const TBuild& b, const std::wstring& name, TChoice& choice)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.IdleOnly();
+  std::function<bool(std::wstring_view)> available;
+  std::function<void()> chosen;
+  if (name == L"PixelEncoding") {
+    available = [&s](std::wstring_view text) {
+      return !text.starts_with(L"Mono12") || !s.Choice(L"PreAmpGainChannel").Is(L"Both");
+    };
+  } else if (name == L"PreAmpGainChannel")
+    chosen = [&s] { SettleGain(s, false); };
+  else if (name == L"SimplePreAmpGainControl")
+    chosen = [&s] { SettleGain(s, true); };
+  else if (name == L"PixelReadoutRate")
+    available = [&s](std::wstring_view text) { return IsRateAvailable(s, text); };
+  else if (name == L"ElectronicShutteringMode")
+    chosen = [&s] { SettleShutter(s); };
+  else if (name == L"AOIBinning")
+    chosen = [&s] { SettleBinning(s); };
+  else if (name == L"BitDepth")
+    access.readOnly = true; // follows from the gain
+  return std::make_unique<TEnumFeature>(std::move(access), s.revision, choice, std::move(available),
+                                        std::move(chosen));
+}
+
+/// Sets a configured value through a feature of whatever kind it is.
+bool SetConfigured(IFeature& feature, const std::wstring& value)
+{
+  const std::string text = Narrow(value);
+  long long integer = 0;
+  if (ReadInteger(text, LLONG_MIN, LLONG_MAX, integer) && feature.SetInt(integer) == VX_SUCCESS) return true;
+  double number = 0.0;
+  if (ReadNumber(text, -1e300, 1e300, number) && feature.SetFloat(number) == VX_SUCCESS) return true;
+  bool flag = false;
+  if (ReadSwitch(text, flag) && feature.SetBool(flag) == VX_SUCCESS) return true;
+  return feature.SetText(value) == VX_SUCCESS;
+}
+
+/// The sensor's size is part of many things, so it changes before anything is built.
+void ChangeSensor(TCameraState& state)
+{
+  const auto change = [&state](const wchar_t* name, long long& size) {
+    const auto found = state.configuration.features.find(name);
+    if (found == state.configuration.features.end() || !found->second.value) return;
+    long long wanted = 0;
+    if (ReadInteger(Narrow(*found->second.value), 1LL, 65536LL, wanted)) size = wanted;
+  };
+  change(L"SensorWidth", state.sensorWidth);
+  change(L"SensorHeight", state.sensorHeight);
+  state.width = state.sensorWidth;
+  state.height = state.sensorHeight;
+}
+
+} // namespace
+
+bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFeatureSet& features,
+                         std::string& error)
+{
+  static const auto& unchanged = *new TFeatureOverride;
+  const auto changeOf = [&state](const std::wstring& name) -> const TFeatureOverride& {
+    const auto found = state.configuration.features.find(name);
+    return found == state.configuration.features.end() ? unchanged : found->second;
+  };
+  ChangeSensor(state);
+
+  for (const wchar_t* name : state.model.features) {
+    const TFeatureOverride& change = changeOf(name);
+    if (change.remove) continue;
+    features.Add(name, FindRow(name)->make({state, actions, change}));
+  }
+  for (const TModelChoice& choice : state.model.choices) {
+    const TFeatureOverride& change = changeOf(choice.feature);
+    TChoice& mine = state.choices[choice.feature];
+    if (change.texts) {
+      const std::wstring present(mine.Text());
+      mine.texts = *change.texts;
+      mine.index = std::max(0, mine.Find(present));
+    }
+    if (!change.remove) features.Add(choice.feature, MakeChoice({state, actions, change}, choice.feature, mine));
+  }
+
+  // Values last, and as often as it takes: what a feature may be depends on the others.
+  std::vector<std::wstring> waiting;
+  for (const auto& [name, change] : state.configuration.features) {
+    const TRow* row = FindRow(name);
+    if (features.Find(name) && change.value && (!row || row->setsValue)) waiting.push_back(name);
+  }
+  const auto set = [&](const std::wstring& name) {
+    const TFeatureOverride& change = changeOf(name);
+    TFeatureOverride writable = change; // a feature that is configured read-only still takes its configured value
+    writable.readOnly = false;
+    const TRow* row = FindRow(name);
+    const TBuild build{state, actions, writable};
+    const auto setter = row ? row->make(build) : MakeChoice(build, name, state.choices[name]);
+    return SetConfigured(*setter, *change.value);
+  };
+  while (!waiting.empty()) {
+    if (std::erase_if(waiting, set) > 0) continue;
+    error = std::string("model ") + state.model.name + ": feature " + Narrow(waiting.front()) + " cannot be " +
+            Narrow(*changeOf(waiting.front()).value);
+    return false;
+  }
+  return true;
+}
+
+} // namespace vxsim

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// Builds the features of a camera from its model, its configuration and its state.
+#pragma once
+
+#include "simulator/camera/TCameraState.h"
+#include "simulator/features/TFeatureSet.h"
+
+#include <functional>
+#include <string>
+
+namespace vxsim {
+
+/// What features ask of the camera beyond its settings.
+struct TCameraActions
+{
+  std::function<int(TDeviceLock&)> start;
+  std::function<int(TDeviceLock&)> stop;
+  std::function<int()> softwareTrigger;
+  std::function<long long()> timestampTicks;
+  std::function<void()> resetTimestamp;
+};
+
+/// Fills @p features with what the model has and the configuration leaves, and brings the state to the configured
+/// values. False, with a message, when a configured value does not fit its feature.
+bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFeatureSet& features,
+                         std::string& error);
+
+} // namespace vxsim

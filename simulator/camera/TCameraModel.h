@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+// What a camera model is: its sensor, its speeds, and which features it has with which values.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace vxsim {
+
+/// The most cameras that can be attached.
+constexpr int kMaxCameras = 64;
+
+/// The texts of an enumerated feature and the one chosen when the camera is opened.
+struct TModelChoice
+{
+  const wchar_t* feature;
+  std::vector<const wchar_t*> texts;
+  int initial;
+};
+
+/// One gain of a model: what a read-out makes of electrons when "PreAmpGainChannel" has that text.
+struct TModelGain
+{
+  const wchar_t* channel;
+  double electronsPerCount;
+  double readNoiseElectrons;
+  int bitDepth;
+};
+
+/// A camera model. Constant tables; docs/simulator.md describes them.
+struct TCameraModel
+{
+  const char* name; ///< what a configuration calls it, and what "CameraModel" reads
+  const wchar_t* cameraModel;
+  const wchar_t* hardwareType;
+  const wchar_t* serialNumber;
+  const wchar_t* firmwareVersion;
+  const wchar_t* memoryType;
+
+  int sensorWidth;
+  int sensorHeight;
+  double pixelMicrometres;
+  double fullWellElectrons;
+  double quantumEfficiency;
+  double darkElectronsPerSecond;
+
+  int readoutPorts;    ///< halves of the sensor that are read out at the same time
+  double clocksPerRow; ///< pixel clocks for one row, overhead included
+  double minimumExposureSeconds;
+  double maximumExposureSeconds;
+  double minimumFrameRate;
+  int maximumBinning;
+  int maximumTracks;
+  long long memoryBytes;
+  int stridePadding;
+  long long timestampFrequency;
+  bool exposureWhileAcquiring; ///< "ExposureTime" may be written in a run
+
+  std::vector<TModelChoice> choices; ///< every enumerated feature of the model
+  std::vector<TModelGain> gains;
+  std::vector<const wchar_t*> features; ///< every other feature of the model
+};
+
+/// The models there are.
+const std::vector<TCameraModel>& CameraModels();
+/// The model of that name, or null.
+const TCameraModel* FindCameraModel(std::string_view name);
+/// Whether any model has a feature of that name.
+bool IsKnownFeature(std::wstring_view name);
+
+} // namespace vxsim

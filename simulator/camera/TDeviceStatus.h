@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// What is known of a simulated device whether it is open or not.
+#pragma once
+
+#include "vxcore_simulator.h"
+
+#include <chrono>
+#include <optional>
+
+namespace vxsim {
+
+/// Outlives the open camera: counters of its last opening, and whether it is plugged in. Owned by the backend,
+/// guarded by the device's lock.
+struct TDeviceStatus
+{
+  VXSIM_Statistics statistics{};
+  bool plugged = true;
+  std::optional<std::chrono::steady_clock::time_point> pluggedAgainAt;
+
+  /// Whether the device answers now; plugs it in again when its time has come.
+  bool IsPresent()
+  {
+    if (plugged) return true;
+    if (!pluggedAgainAt || std::chrono::steady_clock::now() < *pluggedAgainAt) return false;
+    pluggedAgainAt.reset();
+    plugged = true;
+    return true;
+  }
+};
+
+} // namespace vxsim
