@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: MIT
+// The acquisition loop with a camera that follows a script: overtaken copies, failures, interruption.
+#include "tests/tools/ImageFixtures.h"
+#include "tools/TAcquisitionLoop.h"
+#include "vxmcd.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace vxtool {
+namespace {
+
+constexpr TImageShape kShape{4, 3, PixelDepth::Bits16};
+
+/// A camera whose images appear while the loop waits and while it copies, as the test says. Public fields are the
+/// script.
+class ScriptedCamera : public ICamera
+{
+public:
+  int slots = 8;             // of the ring
+  bool isEndless = false;    // run until aborted
+  int imagesPerWait = 1;     // that arrive during one wait
+  int imagesPerFetch = 0;    // that arrive while one image is copied
+  int imagesInRun = 1 << 30; // after which the run ends with endStatus
+  int endStatus = static_cast<int>(RC_IDLE);
+  long imageWithoutTicks = 0; // whose metadata is damaged
+  long frameDropped = 0;      // image before which the camera lost two frames
+  unsigned int startCode = RC_SUCCESS;
+  unsigned int fetchCode = RC_SUCCESS;
+  int triggers = 0;
+  bool isTriggered = false; // images come only after SendTrigger()
+
+  unsigned int Start() override { return startCode; }
+  unsigned int Abort() override
+  {
+    isAborted_ = true;
+    return RC_SUCCESS;
+  }
+  unsigned int Wait(int) override
+  {
+    const long before = newest_;
+    if (!isTriggered || triggers > newest_) Arrive(imagesPerWait);
+    if (newest_ == before)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1)); // a wait that times out takes time
+    return newest_ > before ? RC_SUCCESS : RC_NO_NEW_DATA;
+  }
+  unsigned int Status(int& status) override
+  {
+    const bool isOver = isAborted_ || newest_ >= imagesInRun;
+    status = isOver ? endStatus : static_cast<int>(RC_ACQUIRING);
+    return RC_SUCCESS;
+  }
+  unsigned int AvailableImages(int& first, int& last) override
+  {
+    last = static_cast<int>(newest_);
+    first = isEndless ? std::max(1, last + 1 - slots) : 1;
+    return newest_ < 1 ? RC_NO_NEW_DATA : RC_SUCCESS;
+  }
+  unsigned int TotalImages(long& count) override
+  {
+    count = newest_;
+    return RC_SUCCESS;
+  }
+  unsigned int FetchImage(long number, PixelDepth, std::span<std::byte> pixels) override
+  {
+    if (fetchCode != RC_SUCCESS) return fetchCode;
+    if (isEndless && number < newest_ + 1 - slots) return RC_NO_NEW_DATA;
+    const std::vector<std::byte> image = TestImage(kShape, number);
+    std::copy(image.begin(), image.end(), pixels.begin());
+    if (!isAborted_) Arrive(imagesPerFetch);
+    // As in the ring: the image that arrives next goes into the buffer of image newest + 1 - slots.
+    if (isEndless && number <= newest_ + 1 - slots) std::fill(pixels.begin(), pixels.end(), std::byte{0xEE});
+    return RC_SUCCESS;
+  }
+  unsigned int Timestamp(long number, unsigned int& count, long long& ticks) override
+  {
+    const bool isMissing = imageWithoutTicks > 0 && newest_ >= imageWithoutTicks;
+    count = static_cast<unsigned int>(newest_ - isMissing);
+    if (number < 1 || number > static_cast<long>(count)) return RC_FEATURE_ERROR;
+    const long image = isMissing && number >= imageWithoutTicks ? number + 1 : number;
+    ticks = 1000 * (image + (frameDropped > 0 && image >= frameDropped ? 2 : 0));
+    return RC_SUCCESS;
+  }
+  unsigned int SendTrigger() override
+  {
+    ++triggers;
+    return RC_SUCCESS;
+  }
+
+private:
+  void Arrive(int count) { newest_ = std::min<long>(newest_ + count, imagesInRun); }
+
+  long newest_ = 0;
+  bool isAborted_ = false;
+};
+
+class KeepingWriter : public IImageWriter
+{
+public:
+  long room = 1 << 30;
+  std::vector<long> numbers;
+  std::vector<bool> isExact;
+  std::vector<std::optional<long long>> ticks;
+
+  bool Open(const std::string&, bool, const TImageShape&, const TRunFacts&) override { return true; }
+  bool Write(TPixelBytes pixels, const TImageLabel& label) override
+  {
+    if (ImagesWritten() >= room) {
+      error_ = "disk full";
+      return false;
+    }
+    const std::vector<std::byte> image = TestImage(kShape, label.number);
+    numbers.push_back(label.number);
+    isExact.push_back(std::equal(image.begin(), image.end(), pixels.begin(), pixels.end()));
+    ticks.push_back(label.ticks);
+    return true;
+  }
+  bool Close(const TRunTotals&) override { return error_.empty(); }
+  long ImagesWritten() const override { return static_cast<long>(numbers.size()); }
+  const std::string& Error() const override { return error_; }
+
+private:
+  std::string error_;
+};
+
+class AcquisitionLoop : public ::testing::Test
+{
+protected:
+  AcquisitionLoop()
+  {
+    settings_.shape = kShape;
+    settings_.ringBytes = 8 * (12 * 5 + 65536); // so that the loop's own lower bound is the script's 8 slots
+  }
+
+  RunEnd Run(long wanted)
+  {
+    settings_.wantedImages = wanted;
+    settings_.isEndless = camera_.isEndless;
+    loop_ = std::make_unique<TAcquisitionLoop>(
+        camera_, &writer_, settings_,
+        [this] { return interruptAfter_ > 0 && writer_.ImagesWritten() >= interruptAfter_; },
+        [](const TProgress&) {});
+    const RunEnd end = loop_->Run();
+    EXPECT_TRUE(loop_->Account().AddsUp());
+    EXPECT_EQ(loop_->Account().Written(), writer_.ImagesWritten());
+    EXPECT_EQ(std::count(writer_.isExact.begin(), writer_.isExact.end(), false), 0) << "a torn image was written";
+    return end;
+  }
+  const TRunTotals& Totals() const { return loop_->Account().Totals(); }
+
+  ScriptedCamera camera_;
+  KeepingWriter writer_;
+  TLoopSettings settings_;
+  long interruptAfter_ = 0;
+  std::unique_ptr<TAcquisitionLoop> loop_;
+};
+
+TEST_F(AcquisitionLoop, SeriesIsFetchedWholeWithItsTimestamps)
+{
+  camera_.imagesInRun = 50;
+  camera_.imagesPerWait = 7;
+  camera_.frameDropped = 20;
+  ASSERT_EQ(Run(50), RunEnd::Complete);
+  EXPECT_EQ(Totals().written, 50);
+  EXPECT_EQ(Totals().delivered, 50);
+  EXPECT_EQ(Totals().lostInCamera, 2);
+  EXPECT_EQ(writer_.numbers.back(), 50);
+  EXPECT_EQ(writer_.ticks[18], 19'000);
+  EXPECT_EQ(writer_.ticks[19], 22'000);
+}
+
+TEST_F(AcquisitionLoop, EndlessRunStopsAfterTheImagesWanted)
+{
+  camera_.isEndless = true;
+  camera_.imagesPerWait = 3;
+  ASSERT_EQ(Run(100), RunEnd::Complete);
+  EXPECT_EQ(Totals().written, 100);
+  EXPECT_EQ(Totals().overwritten, 0);
+  EXPECT_EQ(Totals().delivered, 102);
+  EXPECT_EQ(Totals().notFetched, 2);
+}
+
+TEST_F(AcquisitionLoop, ImagesOvertakenByTheCameraAreCountedAndNeverWritten)
+{
+  for (const int perFetch : {1, 2, 3, 9}) {
+    for (const int slots : {1, 2, 8}) {
+      SCOPED_TRACE(::testing::Message() << perFetch << " images per copy, ring of " << slots);
+      camera_ = ScriptedCamera();
+      writer_ = KeepingWriter();
+      camera_.isEndless = true;
+      camera_.slots = slots;
+      camera_.imagesPerFetch = perFetch;
+      camera_.imagesPerWait = 5;
+      camera_.imagesInRun = 500;
+      settings_.ringBytes = slots * (12 * 5 + 65536);
+      Run(400);
+      EXPECT_EQ(Totals().delivered, Totals().fetched + Totals().overwritten + Totals().notFetched);
+      if (perFetch > 1 || slots < 5) {
+        EXPECT_GT(Totals().overwritten, 0);
+      }
+      EXPECT_EQ(Totals().lostInCamera, 0);
+      if (slots == 8 && perFetch < 3) {
+        EXPECT_GT(Totals().written, 50) << "skipping ahead must let some copies succeed";
+      }
+    }
+  }
+}
+
+TEST_F(AcquisitionLoop, DamagedMetadataLeavesLaterImagesUnlabelledNotMislabelled)
+{
+  camera_.imagesInRun = 30;
+  camera_.imageWithoutTicks = 11;
+  ASSERT_EQ(Run(30), RunEnd::Complete);
+  EXPECT_EQ(Totals().withoutTimestamp, 1);
+  EXPECT_EQ(Totals().lostInCamera, 0);
+  EXPECT_EQ(writer_.ticks[9], 10'000);
+  for (std::size_t index = 10; index < 30; ++index) EXPECT_FALSE(writer_.ticks[index]) << index;
+}
+
+TEST_F(AcquisitionLoop, FailuresEndTheRunWithTheirReasonAndKeepWhatIsThere)
+{
+  camera_.imagesInRun = 12;
+  camera_.endStatus = static_cast<int>(RC_STATUS_HARDWARE_OVERFLOW);
+  EXPECT_EQ(Run(50), RunEnd::CameraFailed);
+  EXPECT_EQ(Totals().written, 12);
+  EXPECT_NE(loop_->Message().find("20019 RC_STATUS_HARDWARE_OVERFLOW"), std::string::npos) << loop_->Message();
+
+  camera_ = ScriptedCamera();
+  writer_ = KeepingWriter();
+  camera_.imagesInRun = 3;
+  EXPECT_EQ(Run(5), RunEnd::CameraFailed);
+  EXPECT_NE(loop_->Message().find("after 3 images"), std::string::npos) << loop_->Message();
+
+  camera_ = ScriptedCamera();
+  writer_ = KeepingWriter();
+  camera_.startCode = RC_FRAME_UNAVAILABLE;
+  EXPECT_EQ(Run(5), RunEnd::CameraFailed);
+  EXPECT_NE(loop_->Message().find("StartAcquisition: 20010"), std::string::npos) << loop_->Message();
+
+  camera_ = ScriptedCamera();
+  camera_.fetchCode = RC_P4_INVALID;
+  EXPECT_EQ(Run(5), RunEnd::CameraFailed);
+  EXPECT_NE(loop_->Message().find("20069"), std::string::npos) << loop_->Message();
+  EXPECT_GT(Totals().notFetched, 0);
+}
+
+TEST_F(AcquisitionLoop, FullDiskAndInterruptionKeepTheBooks)
+{
+  camera_.isEndless = true;
+  writer_.room = 10;
+  EXPECT_EQ(Run(50), RunEnd::OutputFailed);
+  EXPECT_EQ(Totals().written, 10);
+  EXPECT_EQ(Totals().notWritten, 1);
+  EXPECT_EQ(loop_->Message(), "disk full");
+
+  camera_ = ScriptedCamera();
+  writer_ = KeepingWriter();
+  camera_.isEndless = true;
+  camera_.imagesPerWait = 3;
+  interruptAfter_ = 20;
+  EXPECT_EQ(Run(0), RunEnd::Interrupted);
+  EXPECT_GE(Totals().written, 20);
+  EXPECT_EQ(Totals().overwritten, 0);
+}
+
+TEST_F(AcquisitionLoop, GivesUpWithoutAnImageOnlyWhenAskedTo)
+{
+  camera_.imagesPerWait = 0;
+  settings_.noImageSeconds = 0.05;
+  EXPECT_EQ(Run(1), RunEnd::CameraFailed);
+  EXPECT_NE(loop_->Message().find("--timeout"), std::string::npos) << loop_->Message();
+}
+
+TEST_F(AcquisitionLoop, SoftwareTriggerIsSentOncePerImage)
+{
+  camera_.isTriggered = true;
+  camera_.isEndless = true;
+  settings_.isSoftwareTriggered = true;
+  settings_.isPaced = false;
+  ASSERT_EQ(Run(20), RunEnd::Complete);
+  EXPECT_EQ(camera_.triggers, 20);
+  EXPECT_EQ(Totals().delivered, 20);
+  EXPECT_FALSE(Totals().lostInCamera);
+}
+
+} // namespace
+} // namespace vxtool

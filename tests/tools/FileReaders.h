@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// Reads the tool's output files with libraries that did not write their structure, for the tests.
+#pragma once
+
+#include "tools/ImageData.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vxtool {
+
+struct TTiffPages
+{
+  bool isBigTiff = false;
+  int bits = 0;
+  int sampleFormat = 0;
+  std::string firstDescription;
+  std::vector<std::vector<std::byte>> pages;
+  std::vector<std::uint64_t> offsets; // of the pixel data of each page
+  std::string problem;                // what the library complained about, "" for nothing
+};
+
+/// Every page of a TIFF file, by libtiff.
+TTiffPages ReadTiff(const std::string& path);
+
+struct TFitsCube
+{
+  long images = 0;
+  int bitpix = 0; // as the pixels are meant: 8, 16 unsigned is 20, 32
+  std::vector<std::byte> pixels;
+  std::vector<long long> numbers;
+  std::vector<long long> ticks;
+  std::string dateObs;
+  double exposure = 0.0;
+  long overwritten = -2;
+  int status = 0; // of CFITSIO
+};
+
+TFitsCube ReadFits(const std::string& path, PixelDepth depth);
+
+struct TPngPicture
+{
+  unsigned int width = 0;
+  unsigned int height = 0;
+  std::vector<unsigned char> grey;
+};
+
+TPngPicture ReadPng(const std::string& path);
+
+} // namespace vxtool

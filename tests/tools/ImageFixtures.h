@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// Images, facts and a directory that the tests of the tool share.
+#pragma once
+
+#include "tools/ImageData.h"
+
+#include <cstring>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <vector>
+
+namespace vxtool {
+
+/// An image whose pixels tell its number and their place: number x 1000 + index, cut to the pixel's depth.
+inline std::vector<std::byte> TestImage(const TImageShape& shape, long number)
+{
+  std::vector<std::byte> bytes(shape.Bytes());
+  for (std::size_t index = 0; index < shape.Pixels(); ++index) {
+    const auto value = static_cast<unsigned int>(static_cast<std::size_t>(number) * 1000 + index);
+    std::memcpy(bytes.data() + index * shape.BytesPerPixel(), &value,
+                shape.BytesPerPixel()); // little-endian hosts
+  }
+  return bytes;
+}
+
+inline TRunFacts TestFacts(long plannedImages)
+{
+  TRunFacts facts;
+  facts.software = "vxmcd tool test";
+  facts.camera = "camera of the test";
+  facts.startUtc = "2026-01-31T12:34:56.789";
+  facts.trigger = "internal";
+  facts.exposureSeconds = 0.01;
+  facts.cycleSeconds = 0.02;
+  facts.plannedImages = plannedImages;
+  return facts;
+}
+
+/// A directory of its own for each test, removed with its files.
+class TemporaryDirectory
+{
+public:
+  TemporaryDirectory()
+  {
+    std::string pattern = (std::filesystem::temp_directory_path() / "vxtool-XXXXXX").string();
+    path_ = mkdtemp(pattern.data()) ? pattern : "";
+  }
+  ~TemporaryDirectory()
+  {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  std::string File(const char* name) const { return path_ + "/" + name; }
+
+private:
+  std::string path_;
+};
+
+} // namespace vxtool

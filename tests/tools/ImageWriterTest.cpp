@@ -1,0 +1,276 @@
+// SPDX-License-Identifier: MIT
+// The output files: what is written can be read back by others, also when the run or the disk ends early.
+#include "tests/tools/FileReaders.h"
+#include "tests/tools/ImageFixtures.h"
+#include "tools/TFitsCubeWriter.h"
+#include "tools/TPngPreviewWriter.h"
+#include "tools/TTiffStackWriter.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <sys/resource.h>
+
+namespace vxtool {
+namespace {
+
+TImageShape Shape(int width, int height, PixelDepth depth)
+{
+  TImageShape shape;
+  shape.width = width;
+  shape.height = height;
+  shape.depth = depth;
+  return shape;
+}
+
+TImageLabel Label(long number)
+{
+  TImageLabel label;
+  label.number = number;
+  label.ticks = number * 100;
+  return label;
+}
+
+TRunTotals Totals(long delivered, long overwritten)
+{
+  TRunTotals totals;
+  totals.delivered = delivered;
+  totals.overwritten = overwritten;
+  totals.lostInCamera = 0;
+  return totals;
+}
+
+// Writes images 1 to count; the number that the writer took.
+long WriteImages(IImageWriter& writer, const TImageShape& shape, long count)
+{
+  long taken = 0;
+  for (long number = 1; number <= count; ++number)
+    if (writer.Write(TestImage(shape, number), Label(number))) ++taken;
+  return taken;
+}
+
+std::string FitsVerify(const std::string& path)
+{
+  const std::string report = path + ".verify";
+  const int result = std::system(("fitsverify -e -q '" + path + "' > '" + report + "' 2>&1").c_str());
+  std::ifstream stream(report);
+  std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  return result == 0 ? "" : "fitsverify: " + std::to_string(result) + " " + text;
+}
+
+// No file of this process can grow beyond a length, as on a full disk, for this object's lifetime.
+class FullDisk
+{
+public:
+  explicit FullDisk(rlim_t length)
+  {
+    std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit now = {length, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &now);
+  }
+  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+  rlimit before_ = {};
+};
+
+class ImageWriter : public ::testing::Test
+{
+protected:
+  TemporaryDirectory directory_;
+};
+
+class ImageWriterOfDepth : public ImageWriter, public ::testing::WithParamInterface<PixelDepth>
+{
+};
+
+TEST_P(ImageWriterOfDepth, TiffStackReadsBackWithTrueCountAndWithoutGaps)
+{
+  const TImageShape shape = Shape(37, 11, GetParam());
+  const std::string path = directory_.File("stack.tif");
+  TTiffStackWriter writer;
+  ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20))) << writer.Error();
+  ASSERT_EQ(WriteImages(writer, shape, 7), 7); // fewer than planned, as after an abort
+  ASSERT_TRUE(writer.Close(Totals(9, 2))) << writer.Error();
+
+  const TTiffPages file = ReadTiff(path);
+  EXPECT_EQ(file.problem, "");
+  EXPECT_FALSE(file.isBigTiff);
+  EXPECT_EQ(file.bits, static_cast<int>(GetParam()));
+  EXPECT_EQ(file.sampleFormat, GetParam() == PixelDepth::Bits32 ? 2 : 1);
+  ASSERT_EQ(file.pages.size(), 7u);
+  for (std::size_t page = 0; page < 7; ++page) {
+    EXPECT_EQ(file.pages[page], TestImage(shape, static_cast<long>(page) + 1)) << "page " << page;
+    EXPECT_EQ(file.offsets[page], file.offsets[0] + page * shape.Bytes()) << "time series readers want no gaps";
+  }
+  EXPECT_EQ(file.firstDescription.rfind("ImageJ=", 0), 0u);
+  EXPECT_NE(file.firstDescription.find("\nimages=7\nframes=7\n"), std::string::npos) << file.firstDescription;
+  EXPECT_NE(file.firstDescription.find("\noverwritten=2\n"), std::string::npos) << file.firstDescription;
+}
+
+TEST_P(ImageWriterOfDepth, FitsCubeReadsBackAndIsCleanAfterAbort)
+{
+  const TImageShape shape = Shape(37, 11, GetParam());
+  const std::string path = directory_.File("cube.fits");
+  TFitsCubeWriter writer;
+  ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20))) << writer.Error();
+  std::vector<std::byte> expected;
+  for (const long number : {1L, 2L, 5L}) {
+    const std::vector<std::byte> image = TestImage(shape, number);
+    expected.insert(expected.end(), image.begin(), image.end());
+    TImageLabel label = Label(number);
+    if (number == 2) label.ticks.reset();
+    ASSERT_TRUE(writer.Write(image, label)) << writer.Error();
+  }
+  ASSERT_TRUE(writer.Close(Totals(5, 2))) << writer.Error();
+
+  EXPECT_EQ(FitsVerify(path), "");
+  const TFitsCube cube = ReadFits(path, GetParam());
+  EXPECT_EQ(cube.status, 0);
+  EXPECT_EQ(cube.images, 3);
+  EXPECT_EQ(cube.bitpix, GetParam() == PixelDepth::Bits16 ? 20 : static_cast<int>(GetParam()));
+  EXPECT_EQ(cube.pixels, expected);
+  EXPECT_EQ(cube.numbers, (std::vector<long long>{1, 2, 5}));
+  EXPECT_EQ(cube.ticks, (std::vector<long long>{100, -1, 500}));
+  EXPECT_EQ(cube.dateObs, "2026-01-31T12:34:56.789");
+  EXPECT_DOUBLE_EQ(cube.exposure, 0.01);
+  EXPECT_EQ(cube.overwritten, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Depths, ImageWriterOfDepth,
+                         ::testing::Values(PixelDepth::Bits8, PixelDepth::Bits16, PixelDepth::Bits32));
+
+TEST_F(ImageWriter, TiffBecomesBigWhenItMayPassFourGigabytes)
+{
+  const TImageShape shape = Shape(2048, 2048, PixelDepth::Bits16); // 8 MiB: 511 fit into 4 GB
+  for (const auto& [planned, isBig] : {std::pair{500L, false}, std::pair{520L, true}, std::pair{0L, true}}) {
+    TTiffStackWriter writer;
+    ASSERT_TRUE(writer.Open(directory_.File("stack.tif"), true, shape, TestFacts(planned)));
+    EXPECT_EQ(writer.IsBigTiff(), isBig) << planned;
+  }
+  const TImageShape small = Shape(5, 3, PixelDepth::Bits16);
+  TTiffStackWriter writer;
+  ASSERT_TRUE(writer.Open(directory_.File("big.tif"), false, small, TestFacts(0)));
+  ASSERT_EQ(WriteImages(writer, small, 1500), 1500);
+  ASSERT_TRUE(writer.Close(Totals(1500, 0)));
+  const TTiffPages file = ReadTiff(directory_.File("big.tif"));
+  EXPECT_EQ(file.problem, "");
+  EXPECT_TRUE(file.isBigTiff);
+  ASSERT_EQ(file.pages.size(), 1500u);
+  EXPECT_EQ(file.pages.back(), TestImage(small, 1500));
+}
+
+TEST_F(ImageWriter, TiffOnFullDiskHoldsTheImagesThatFit)
+{
+  const TImageShape shape = Shape(64, 64, PixelDepth::Bits16);
+  const std::string path = directory_.File("stack.tif");
+  TTiffStackWriter writer;
+  long taken = 0;
+  {
+    const FullDisk disk(4096 + 10 * 8192 + 100); // ten images, and no room for the directories behind them
+    ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20)));
+    taken = WriteImages(writer, shape, 12);
+    EXPECT_FALSE(writer.Close(Totals(12, 0)));
+  }
+  EXPECT_EQ(taken, 10);
+  EXPECT_NE(writer.Error().find("stack.tif: cannot be written: File too large"), std::string::npos)
+      << writer.Error();
+  const TTiffPages file = ReadTiff(path);
+  EXPECT_EQ(file.problem, "");
+  EXPECT_EQ(writer.ImagesWritten(), 9) << "the last one made room for the directories";
+  ASSERT_EQ(file.pages.size(), 9u);
+  EXPECT_EQ(file.pages.back(), TestImage(shape, 9));
+  EXPECT_NE(file.firstDescription.find("\nimages=9\n"), std::string::npos);
+}
+
+TEST_F(ImageWriter, FitsOnFullDiskHoldsTheImagesThatFit)
+{
+  const TImageShape shape = Shape(256, 256, PixelDepth::Bits16);
+  const std::string path = directory_.File("cube.fits");
+  TFitsCubeWriter writer;
+  {
+    const FullDisk disk(1'000'000); // seven images of 131,072 bytes
+    ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20)));
+    WriteImages(writer, shape, 12);
+    EXPECT_FALSE(writer.Close(Totals(12, 3)));
+  }
+  EXPECT_NE(writer.Error().find("cube.fits: "), std::string::npos) << writer.Error();
+  EXPECT_GE(writer.ImagesWritten(), 6);
+  EXPECT_LE(writer.ImagesWritten(), 7);
+  EXPECT_EQ(FitsVerify(path), "");
+  const TFitsCube cube = ReadFits(path, PixelDepth::Bits16);
+  EXPECT_EQ(cube.status, 0);
+  ASSERT_EQ(cube.images, writer.ImagesWritten());
+  const std::vector<std::byte> last = TestImage(shape, cube.images);
+  EXPECT_TRUE(std::equal(last.begin(), last.end(), cube.pixels.end() - static_cast<std::ptrdiff_t>(last.size())));
+  EXPECT_EQ(cube.overwritten, 3);
+}
+
+template <typename Writer>
+void ExpectGoodMannersWithFiles(const TemporaryDirectory& directory)
+{
+  const TImageShape shape = Shape(16, 8, PixelDepth::Bits16);
+  Writer nowhere;
+  EXPECT_FALSE(nowhere.Open(directory.File("no/such/place"), false, shape, TestFacts(1)));
+  EXPECT_NE(nowhere.Error().find("no/such/place"), std::string::npos) << nowhere.Error();
+
+  const std::string path = directory.File("precious");
+  std::ofstream(path) << "precious";
+  Writer refused;
+  EXPECT_FALSE(refused.Open(path, false, shape, TestFacts(1)));
+  EXPECT_NE(refused.Error().find("--overwrite"), std::string::npos) << refused.Error();
+  EXPECT_EQ(std::filesystem::file_size(path), 8u);
+
+  Writer empty;
+  ASSERT_TRUE(empty.Open(path, true, shape, TestFacts(1))) << empty.Error();
+  EXPECT_TRUE(empty.Close(Totals(0, 0)));
+  EXPECT_FALSE(std::filesystem::exists(path)) << "a file without an image is not valid";
+
+  Writer wrong;
+  ASSERT_TRUE(wrong.Open(path, false, shape, TestFacts(1)));
+  EXPECT_FALSE(wrong.Write(std::vector<std::byte>(7), Label(1)));
+  EXPECT_FALSE(wrong.Close(Totals(0, 0)));
+}
+
+TEST_F(ImageWriter, RefusesWhatItCannotOrShouldNotWrite)
+{
+  {
+    SCOPED_TRACE("tiff");
+    ExpectGoodMannersWithFiles<TTiffStackWriter>(directory_);
+  }
+  {
+    SCOPED_TRACE("fits");
+    ExpectGoodMannersWithFiles<TFitsCubeWriter>(directory_);
+  }
+  {
+    SCOPED_TRACE("png");
+    ExpectGoodMannersWithFiles<TPngPreviewWriter>(directory_);
+  }
+}
+
+TEST_F(ImageWriter, PreviewShowsFaintAndBrightThings)
+{
+  const TImageShape shape = Shape(100, 80, PixelDepth::Bits16);
+  std::vector<unsigned short> sky(shape.Pixels(), 100);
+  for (std::size_t index = 0; index < sky.size(); ++index)
+    sky[index] = static_cast<unsigned short>(100 + index % 7);
+  for (std::size_t index = 0; index < 40; ++index) sky[200 * index] = 60000; // stars
+  sky[4321] = 2000;                                                          // a faint one
+  TPngPreviewWriter writer;
+  ASSERT_TRUE(writer.Open(directory_.File("sky.png"), false, shape, TestFacts(1)));
+  ASSERT_TRUE(writer.Write(std::as_bytes(std::span(sky)), Label(1))) << writer.Error();
+  ASSERT_TRUE(writer.Close(Totals(1, 0))) << writer.Error();
+
+  const TPngPicture picture = ReadPng(directory_.File("sky.png"));
+  ASSERT_EQ(picture.width, 100u);
+  ASSERT_EQ(picture.height, 80u);
+  EXPECT_EQ(picture.grey[200], 255);
+  EXPECT_LT(picture.grey[50], 30) << "background";
+  EXPECT_GT(picture.grey[4321], 60) << "the faint star is 3 % of the bright ones, and still seen";
+}
+
+} // namespace
+} // namespace vxtool

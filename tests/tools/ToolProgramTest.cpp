@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: MIT
+// The program as a whole: exit codes, files and counts, with simulated cameras configured by each test.
+#include "tests/tools/FileReaders.h"
+#include "tests/tools/ImageFixtures.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+
+namespace vxtool {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kSmallCamera = "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = beads\n";
+
+struct TOutcome
+{
+  int exitCode = -1;
+  std::string output;
+  std::string errors;
+};
+
+std::string ReadAll(const std::string& path)
+{
+  std::ifstream stream(path);
+  return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+}
+
+class ToolProgram : public ::testing::Test
+{
+protected:
+  void Configure(const std::string& text) { std::ofstream(Config()) << text; }
+  std::string Config() const { return directory_.File("cameras.ini"); }
+
+  // Starts the program with its output going to files.
+  pid_t Launch(std::vector<std::string> arguments, rlim_t fileLimit = RLIM_INFINITY)
+  {
+    arguments.insert(arguments.begin(), VXTOOL_PROGRAM);
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    const std::string config = Config();
+    const std::string out = directory_.File("out");
+    const std::string err = directory_.File("err");
+    const pid_t child = fork();
+    if (child != 0) return child;
+    setenv("VXCORE_CONFIG", config.c_str(), 1);
+    dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
+    dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+    const rlimit limit = {fileLimit, fileLimit};
+    if (fileLimit != RLIM_INFINITY) setrlimit(RLIMIT_FSIZE, &limit);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+
+  TOutcome Finish(pid_t child)
+  {
+    TOutcome outcome;
+    int status = 0;
+    waitpid(child, &status, 0);
+    outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + status;
+    outcome.output = ReadAll(directory_.File("out"));
+    outcome.errors = ReadAll(directory_.File("err"));
+    return outcome;
+  }
+
+  TOutcome Run(std::vector<std::string> arguments, rlim_t fileLimit = RLIM_INFINITY)
+  {
+    return Finish(Launch(std::move(arguments), fileLimit));
+  }
+
+  // A number out of the JSON line.
+  static long Count(const TOutcome& outcome, const std::string& key)
+  {
+    const std::size_t at = outcome.output.find("\"" + key + "\":");
+    EXPECT_NE(at, std::string::npos) << key << " in " << outcome.output << outcome.errors;
+    return at == std::string::npos ? -1 : std::atol(outcome.output.c_str() + at + key.size() + 3);
+  }
+
+  static void ExpectCountsAddUp(const TOutcome& outcome)
+  {
+    EXPECT_EQ(Count(outcome, "produced"), Count(outcome, "delivered") + Count(outcome, "lost_in_camera"));
+    EXPECT_EQ(Count(outcome, "delivered"),
+              Count(outcome, "fetched") + Count(outcome, "overwritten") + Count(outcome, "not_fetched"));
+    EXPECT_EQ(Count(outcome, "fetched"), Count(outcome, "written") + Count(outcome, "not_written"));
+  }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_F(ToolProgram, WrongCommandLinesAreExplainedWithExitCodeOne)
+{
+  Configure(kSmallCamera);
+  const std::vector<std::vector<std::string>> wrong = {
+      {},
+      {"dance"},
+      {"acquire", "--exposure", "0"},
+      {"acquire", "--exposure", "nan"},
+      {"acquire", "--exposure", "10ms"},
+      {"acquire", "--frames", "0"},
+      {"acquire", "--mode", "series"},
+      {"acquire", "--mode", "single", "--frames", "3"},
+      {"acquire", "--mode", "accumulate"},
+      {"acquire", "--mode", "continuous", "--accumulations", "4"},
+      {"acquire", "--trigger", "magic"},
+      {"acquire", "--bits", "12"},
+      {"acquire", "--size", "512"},
+      {"acquire", "--size", "0x512"},
+      {"acquire", "--output", "stack.jpg"},
+      {"acquire", "--format", "tiff"},
+      {"acquire", "--camera", "-1"},
+  };
+  for (const std::vector<std::string>& arguments : wrong) {
+    const TOutcome outcome = Run(arguments);
+    const std::string shown = ::testing::PrintToString(arguments);
+    EXPECT_EQ(outcome.exitCode, 1) << shown << outcome.output << outcome.errors;
+    EXPECT_NE(outcome.errors, "") << shown;
+  }
+  const TOutcome help = Run({"acquire", "--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_NE(help.output.find("130  interrupted"), std::string::npos) << help.output;
+  EXPECT_EQ(Run({"--version"}).exitCode, 0);
+}
+
+TEST_F(ToolProgram, ListsAndDescribesCamerasOrSaysThatThereIsNone)
+{
+  Configure("[Simulator]\nCameras = 2\n[Camera1]\nModel = RQ512_LX\n");
+  const TOutcome list = Run({"list"});
+  EXPECT_EQ(list.exitCode, 0) << list.errors;
+  EXPECT_NE(list.output.find("     1     102\n"), std::string::npos) << list.output;
+  const TOutcome second = Run({"describe", "--camera", "1"});
+  EXPECT_EQ(second.exitCode, 0) << second.errors;
+  EXPECT_NE(second.output.find("102"), std::string::npos) << second.output;
+  EXPECT_NE(second.output.find(" x "), std::string::npos) << second.output;
+  EXPECT_EQ(Run({"describe", "--camera", "2"}).exitCode, 2);
+
+  Configure("[Simulator]\nCameras = 0\n");
+  EXPECT_EQ(Run({"list"}).exitCode, 2);
+  const TOutcome none = Run({"acquire"});
+  EXPECT_EQ(none.exitCode, 2);
+  EXPECT_NE(none.errors.find("no camera 0"), std::string::npos) << none.errors;
+}
+
+TEST_F(ToolProgram, SeriesIsWrittenCompletelyInBothFormats)
+{
+  Configure(kSmallCamera);
+  const TOutcome tiff = Run({"acquire", "--frames", "12", "--exposure", "0.001", "--cycle", "0.01", "--json",
+                             "--output", directory_.File("stack.tif"), "--preview", directory_.File("last.png")});
+  EXPECT_EQ(tiff.exitCode, 0) << tiff.errors;
+  ExpectCountsAddUp(tiff);
+  EXPECT_EQ(Count(tiff, "written"), 12);
+  const TTiffPages stack = ReadTiff(directory_.File("stack.tif"));
+  EXPECT_EQ(stack.problem, "");
+  EXPECT_EQ(stack.pages.size(), 12u);
+  EXPECT_NE(stack.pages.front(), stack.pages.back());
+  const TPngPicture picture = ReadPng(directory_.File("last.png"));
+  EXPECT_EQ(picture.width * picture.height * 2, stack.pages.back().size());
+
+  const TOutcome fits = Run({"acquire", "--frames", "3", "--mode", "continuous", "--exposure", "0.001", "--bits",
+                             "32", "--json", "--output", directory_.File("cube.fits")});
+  EXPECT_EQ(fits.exitCode, 0) << fits.errors;
+  ExpectCountsAddUp(fits);
+  const TFitsCube cube = ReadFits(directory_.File("cube.fits"), PixelDepth::Bits32);
+  EXPECT_EQ(cube.status, 0);
+  EXPECT_EQ(cube.images, 3);
+  EXPECT_EQ(cube.numbers, (std::vector<long long>{1, 2, 3}));
+  EXPECT_GT(cube.ticks.at(2), cube.ticks.at(1));
+}
+
+TEST_F(ToolProgram, AccumulatedImageIsTheSumOfItsExposures)
+{
+  Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = flat\nNoise = off\n");
+  const auto meanOf = [&](const std::vector<std::string>& mode) {
+    std::vector<std::string> arguments = {"acquire",    "--overwrite", "--bits",   "32",
+                                          "--exposure", "0.001",       "--output", directory_.File("sum.fits")};
+    arguments.insert(arguments.end(), mode.begin(), mode.end());
+    const TOutcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const TFitsCube cube = ReadFits(directory_.File("sum.fits"), PixelDepth::Bits32);
+    EXPECT_EQ(cube.images, 1);
+    double sum = 0.0;
+    for (std::size_t index = 0; index < cube.pixels.size(); index += 4) {
+      int value = 0;
+      std::memcpy(&value, cube.pixels.data() + index, sizeof value);
+      sum += value;
+    }
+    return sum / (static_cast<double>(cube.pixels.size()) / 4.0);
+  };
+  const double single = meanOf({"--mode", "single"});
+  EXPECT_GT(single, 1.0);
+  EXPECT_NEAR(meanOf({"--mode", "accumulate", "--accumulations", "8"}) / single, 8.0, 0.2);
+}
+
+TEST_F(ToolProgram, TriggersStartTheExposures)
+{
+  Configure(std::string(kSmallCamera) + "TriggerPeriod = 0.02\nTriggerWidth = 0.005\n");
+  for (const char* trigger : {"software", "external", "external-start"}) {
+    const TOutcome outcome = Run({"acquire", "--frames", "5", "--exposure", "0.001", "--trigger", trigger,
+                                  "--timeout", "10", "--overwrite", "--output", directory_.File("stack.tif")});
+    EXPECT_EQ(outcome.exitCode, 0) << trigger << ": " << outcome.errors;
+    EXPECT_EQ(ReadTiff(directory_.File("stack.tif")).pages.size(), 5u) << trigger;
+  }
+  Configure(kSmallCamera); // no pulses
+  const TOutcome none = Run({"acquire", "--trigger", "external", "--timeout", "0.3"});
+  EXPECT_EQ(none.exitCode, 3) << none.errors;
+  EXPECT_NE(none.errors.find("trigger"), std::string::npos) << none.errors;
+}
+
+TEST_F(ToolProgram, FramesLostInTheCameraAreCountedAndReported)
+{
+  Configure(std::string(kSmallCamera) + "[Faults]\nRule = frame 20 drop\nRule = frame 41 drop\n");
+  for (const char* mode : {"continuous", "series"}) {
+    SCOPED_TRACE(mode);
+    const TOutcome outcome = Run({"acquire", "--mode", mode, "--frames", "60", "--exposure", "0.001", "--cycle",
+                                  "0.005", "--json", "--overwrite", "--output", directory_.File("stack.tif")});
+    EXPECT_EQ(outcome.exitCode, 5) << outcome.errors;
+    ExpectCountsAddUp(outcome);
+    EXPECT_EQ(Count(outcome, "lost_in_camera"), 2);
+    EXPECT_EQ(Count(outcome, "written"), mode == std::string("series") ? 58 : 60)
+        << "a series sends none in their place";
+    EXPECT_NE(outcome.errors.find("2 frames are missing"), std::string::npos) << outcome.errors;
+  }
+}
+
+TEST_F(ToolProgram, FailedRunsKeepTheImagesBeforeTheFailure)
+{
+  Configure(std::string(kSmallCamera) + "[Faults]\nRule = call VX_WaitBuffer at 9 rc 100\n");
+  const TOutcome overflow = Run({"acquire", "--frames", "50", "--exposure", "0.001", "--cycle", "0.005", "--json",
+                                 "--output", directory_.File("stack.tif")});
+  EXPECT_EQ(overflow.exitCode, 3) << overflow.errors;
+  EXPECT_NE(overflow.errors.find("20019 RC_STATUS_HARDWARE_OVERFLOW"), std::string::npos) << overflow.errors;
+  ExpectCountsAddUp(overflow);
+  const TTiffPages stack = ReadTiff(directory_.File("stack.tif"));
+  EXPECT_EQ(stack.problem, "");
+  EXPECT_EQ(static_cast<long>(stack.pages.size()), Count(overflow, "written"));
+
+  Configure(kSmallCamera);
+  const TOutcome size = Run({"acquire", "--size", "100x100"});
+  EXPECT_EQ(size.exitCode, 3);
+  EXPECT_NE(size.errors.find("20069 RC_P4_INVALID"), std::string::npos) << size.errors;
+  EXPECT_NE(size.errors.find("--size"), std::string::npos) << size.errors;
+}
+
+TEST_F(ToolProgram, OutputThatCannotBeWrittenIsSaidWithExitCodeFour)
+{
+  Configure(kSmallCamera);
+  EXPECT_EQ(Run({"acquire", "--output", directory_.File("no/such/place.tif")}).exitCode, 4);
+  std::ofstream(directory_.File("precious.tif")) << "precious";
+  const TOutcome refused = Run({"acquire", "--output", directory_.File("precious.tif")});
+  EXPECT_EQ(refused.exitCode, 4);
+  EXPECT_NE(refused.errors.find("--overwrite"), std::string::npos) << refused.errors;
+  const TOutcome device = Run({"acquire", "--output", "/dev/full", "--format", "tiff"});
+  EXPECT_EQ(device.exitCode, 4);
+  EXPECT_NE(device.errors.find("No space left on device"), std::string::npos) << device.errors;
+
+  const TOutcome full =
+      Run({"acquire", "--frames", "20", "--exposure", "0.001", "--json", "--output", directory_.File("full.tif")},
+          3'000'000);
+  EXPECT_EQ(full.exitCode, 4) << full.errors;
+  ExpectCountsAddUp(full);
+  const TTiffPages stack = ReadTiff(directory_.File("full.tif"));
+  EXPECT_EQ(stack.problem, "");
+  EXPECT_GT(stack.pages.size(), 0u);
+  EXPECT_EQ(static_cast<long>(stack.pages.size()), Count(full, "written"));
+}
+
+class ToolProgramInterrupt : public ToolProgram, public ::testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(ToolProgramInterrupt, EndsWithinASecondAndLeavesAReadableFile)
+{
+  Configure(kSmallCamera);
+  const std::string path = directory_.File(GetParam());
+  const pid_t child = Launch(
+      {"acquire", "--mode", "continuous", "--exposure", "0.001", "--cycle", "0.02", "--json", "--output", path});
+  // Interrupt once images are in the file.
+  const auto deadline = Clock::now() + std::chrono::seconds(20);
+  std::error_code ignored;
+  while (Clock::now() < deadline &&
+         (!std::filesystem::exists(path) || std::filesystem::file_size(path, ignored) < 2'000'000))
+    std::this_thread::sleep_for(std::chrono::milliseconds(5)); // a pause between looks, not a wait for the run
+  const auto interrupted = Clock::now();
+  kill(child, SIGINT);
+  const TOutcome outcome = Finish(child);
+  EXPECT_LT(std::chrono::duration<double>(Clock::now() - interrupted).count(), 1.0);
+  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+  ExpectCountsAddUp(outcome);
+  EXPECT_GE(Count(outcome, "written"), 3);
+  if (path.back() == 'f') {
+    const TTiffPages stack = ReadTiff(path);
+    EXPECT_EQ(stack.problem, "");
+    EXPECT_EQ(static_cast<long>(stack.pages.size()), Count(outcome, "written"));
+    const std::string images = "\nimages=" + std::to_string(stack.pages.size()) + "\n";
+    EXPECT_NE(stack.firstDescription.find(images), std::string::npos) << stack.firstDescription;
+  } else {
+    const TFitsCube cube = ReadFits(path, PixelDepth::Bits16);
+    EXPECT_EQ(cube.status, 0);
+    EXPECT_EQ(cube.images, Count(outcome, "written"));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, ToolProgramInterrupt, ::testing::Values("stack.tif", "cube.fits"));
+
+} // namespace
+} // namespace vxtool

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// What the acquisition loop needs of a camera, one operation for each library function it uses.
+#pragma once
+
+#include "tools/ImageData.h"
+
+#include <cstddef>
+#include <span>
+
+namespace vxtool {
+
+/// A camera that is set up and can run. Every operation returns the library's result code. The tool's own one
+/// forwards to the library; tests have a scripted one.
+class ICamera
+{
+public:
+  virtual ~ICamera() = default;
+  virtual unsigned int Start() = 0;
+  virtual unsigned int Abort() = 0;
+  virtual unsigned int Wait(int timeoutMs) = 0;
+  virtual unsigned int Status(int& status) = 0;
+  virtual unsigned int AvailableImages(int& first, int& last) = 0;
+  virtual unsigned int TotalImages(long& count) = 0;
+  /// Copies the image with this number; #RC_NO_NEW_DATA when it is gone.
+  virtual unsigned int FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels) = 0;
+  /// The clock at an image, from 1, and how many timestamps there are.
+  virtual unsigned int Timestamp(long number, unsigned int& count, long long& ticks) = 0;
+  virtual unsigned int SendTrigger() = 0;
+};
+
+} // namespace vxtool

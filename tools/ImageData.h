@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// What the parts of the tool tell each other about images: their shape, the run they belong to, their numbers.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace vxtool {
+
+/// How many bits a pixel has in memory and in a file; 32-bit pixels are signed.
+enum class PixelDepth
+{
+  Bits8 = 8,
+  Bits16 = 16,
+  Bits32 = 32,
+};
+
+/// The shape of every image of a run.
+struct TImageShape
+{
+  int width = 0;
+  int height = 0;
+  PixelDepth depth = PixelDepth::Bits16;
+
+  std::size_t Pixels() const { return static_cast<std::size_t>(width) * static_cast<std::size_t>(height); }
+  std::size_t BytesPerPixel() const { return static_cast<std::size_t>(depth) / 8; }
+  std::size_t Bytes() const { return Pixels() * BytesPerPixel(); }
+};
+
+/// What is known of a run when its file is opened.
+struct TRunFacts
+{
+  std::string software;         ///< name and version of the tool
+  std::string camera;           ///< which camera, in words
+  std::string startUtc;         ///< time of day of the start, "2026-01-31T12:00:00.000", UTC
+  std::string trigger;          ///< trigger mode, as on the command line
+  double exposureSeconds = 0.0; ///< exposure time in force
+  double cycleSeconds = 0.0;    ///< time from one image to the next, 0 when the trigger decides it
+  int accumulations = 1;        ///< exposures added up to one image
+  long plannedImages = 0;       ///< images asked for, 0 for no limit
+};
+
+/// What is known of one image.
+struct TImageLabel
+{
+  long number = 0;                ///< image number in the run, from 1
+  std::optional<long long> ticks; ///< the camera's clock, when it is known for this image
+};
+
+/// Where the frames of a run have gone.
+struct TRunTotals
+{
+  std::optional<long>
+      lostInCamera;          ///< frames the camera produced and never delivered; nothing when it cannot be told
+  long delivered = 0;        ///< images that the library received from the camera
+  long overwritten = 0;      ///< of these: gone, or possibly torn, before they were copied out of the ring
+  long notFetched = 0;       ///< of these: not asked for any more when the run ended
+  long fetched = 0;          ///< of these: copied out of the ring intact
+  long written = 0;          ///< of the fetched: in the output file
+  long notWritten = 0;       ///< of the fetched: not in the output file: an output error, or no file was asked for
+  long withoutTimestamp = 0; ///< of the delivered: without a timestamp
+
+  /// Frames produced by the camera, as far as it can be told.
+  long Produced() const { return delivered + lostInCamera.value_or(0); }
+  /// Frames that are missing between the first and the last one written.
+  long Lost() const { return lostInCamera.value_or(0) + overwritten; }
+};
+
+using TPixelBytes = std::span<const std::byte>;
+
+} // namespace vxtool

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// The counts of a run as text.
+#pragma once
+
+#include "tools/ImageData.h"
+
+#include <string>
+
+namespace vxtool {
+
+/// What is said at the end of a run besides the counts.
+struct TRunSummary
+{
+  std::string outcome; ///< complete, interrupted, failed
+  double seconds = 0.0;
+  std::string output; ///< the file, "" for none
+  TRunTotals totals;
+};
+
+/// Lines for a person, each with its line feed.
+std::string ReportText(const TRunSummary& summary);
+/// One line of JSON with its line feed.
+std::string ReportJson(const TRunSummary& summary);
+
+} // namespace vxtool

@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: MIT
+// The acquisition loop and its test for images that may have been overwritten.
+#include "tools/TAcquisitionLoop.h"
+
+#include "tools/ResultText.h"
+#include "vxmcd.h"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+namespace vxtool {
+
+namespace {
+
+constexpr int kWaitSliceMs = 100;
+constexpr std::chrono::milliseconds kDrainAfterInterrupt{300};
+constexpr long kMostRingSlots = 5000;
+constexpr long kSkipPart =
+    8; // after falling behind, go on this part of the ring ahead of the camera, and a bit more
+
+std::chrono::steady_clock::duration ToDuration(double seconds)
+{
+  return std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+} // namespace
+
+TAcquisitionLoop::TAcquisitionLoop(ICamera& camera, IImageWriter* writer, const TLoopSettings& settings,
+                                   std::function<bool()> isInterrupted,
+                                   std::function<void(const TProgress&)> onProgress)
+    : camera_(camera),
+      writer_(writer),
+      settings_(settings),
+      isInterrupted_(std::move(isInterrupted)),
+      onProgress_(std::move(onProgress)),
+      account_(settings.isPaced),
+      fetched_(settings.shape.Bytes())
+{
+  // The camera's own frame size is not known here: 4 bytes a pixel and a quarter for padding is more than any has.
+  const long mostFrameBytes = static_cast<long>(settings.shape.Pixels()) * 5 + 65536;
+  ringSlots_ = std::clamp(settings.ringBytes / mostFrameBytes, 1L, kMostRingSlots);
+}
+
+RunEnd TAcquisitionLoop::Run()
+{
+  start_ = lastArrival_ = Clock::now();
+  const unsigned int code = camera_.Start();
+  if (code != RC_SUCCESS) return Fail("StartAcquisition", code);
+  RunEnd end = RunStarted();
+  seconds_ = std::chrono::duration<double>(Clock::now() - start_).count();
+
+  int status = 0;
+  if (camera_.Status(status) == RC_SUCCESS && status == static_cast<int>(RC_ACQUIRING)) {
+    const unsigned int stopped = camera_.Abort();
+    if (stopped != RC_SUCCESS && stopped != RC_IDLE && end == RunEnd::Complete)
+      end = Fail("AbortAcquisition", stopped);
+  }
+  // What came until the stop is taken along, as long as it is wanted.
+  if (end != RunEnd::OutputFailed && !Drain(Clock::now() + kDrainAfterInterrupt)) end = end_;
+  long delivered = account_.LastImage();
+  camera_.TotalImages(delivered);
+  ReadTimestampsUpTo(delivered);
+  account_.Finish(delivered);
+  return IsExplainedByLoss() ? RunEnd::Complete : end;
+}
+
+bool TAcquisitionLoop::IsExplainedByLoss() const
+{
+  // A camera that was asked for a number of frames and lost some of them sends no others in their place: the
+  // library waits for these until its time is out. That is a run with lost frames, not a broken camera.
+  const TRunTotals& totals = account_.Totals();
+  return endStatus_ == static_cast<int>(RC_STATUS_TIMED_OUT) && !settings_.isEndless && totals.notFetched == 0 &&
+         totals.Produced() == settings_.wantedImages;
+}
+
+RunEnd TAcquisitionLoop::RunStarted()
+{
+  while (!IsDone()) {
+    if (isInterrupted_()) return RunEnd::Interrupted;
+    SendTriggerWhenDue();
+    const unsigned int waited = camera_.Wait(kWaitSliceMs);
+    if (waited != RC_SUCCESS && waited != RC_NO_NEW_DATA) return Fail("WaitForAcquisitionTimeOut", waited);
+    // The status is read before the images: when it says that the run is over, no image can follow.
+    int status = 0;
+    const unsigned int code = camera_.Status(status);
+    if (code != RC_SUCCESS) return Fail("GetStatus", code);
+    if (!Drain(Clock::time_point::max())) return end_;
+    Report();
+    if (IsDone()) break;
+    if (status != static_cast<int>(RC_ACQUIRING)) return FailedStatus(status);
+    if (settings_.noImageSeconds > 0.0 && Clock::now() - lastArrival_ > ToDuration(settings_.noImageSeconds)) {
+      message_ = "no image within the time limit; check the trigger source or raise --timeout";
+      return RunEnd::CameraFailed;
+    }
+  }
+  return RunEnd::Complete;
+}
+
+bool TAcquisitionLoop::IsDone() const
+{
+  return settings_.wantedImages > 0 && account_.Fetched() >= settings_.wantedImages;
+}
+
+RunEnd TAcquisitionLoop::Fail(const char* function, unsigned int code)
+{
+  message_ = ResultText(function, code);
+  return end_ = RunEnd::CameraFailed;
+}
+
+RunEnd TAcquisitionLoop::FailedStatus(int status)
+{
+  endStatus_ = status;
+  if (status != static_cast<int>(RC_IDLE)) return Fail("GetStatus", static_cast<unsigned int>(status));
+  message_ = "the run ended after " + std::to_string(newest_) + " images, before all were there";
+  return end_ = RunEnd::CameraFailed;
+}
+
+bool TAcquisitionLoop::Drain(Clock::time_point deadline)
+{
+  while (!IsDone()) {
+    int first = 0;
+    int last = 0;
+    const unsigned int code = camera_.AvailableImages(first, last);
+    if (code == RC_NO_NEW_DATA) return true;
+    if (code != RC_SUCCESS) {
+      Fail("GetNumberAvailableImages", code);
+      return false;
+    }
+    if (last > newest_) lastArrival_ = Clock::now();
+    arrivedInTurn_ = last - newest_;
+    newest_ = last;
+    SkipOverwritten(first, last);
+    const long number = account_.LastImage() + 1;
+    if (number > last || Clock::now() > deadline) return true;
+    if (!TakeImage(number)) return false;
+    if (isInterrupted_() && deadline == Clock::time_point::max()) return true;
+    Report();
+  }
+  return true;
+}
+
+void TAcquisitionLoop::SkipOverwritten(int first, int last)
+{
+  if (!settings_.isEndless || first <= 1) return;
+  isRingFull_ = true;
+  ringSlots_ = last + 1L - first;
+  const long next = account_.LastImage() + 1;
+  if (next > first) return;
+  // The oldest image is the one whose buffer the camera fills now; directly behind it the next copy would be
+  // overtaken.
+  const long goOnAt = std::min(first + 1L + ringSlots_ / kSkipPart + 2L * arrivedInTurn_, last + 1L);
+  account_.Overwritten(goOnAt - next);
+}
+
+bool TAcquisitionLoop::TakeImage(long number)
+{
+  const unsigned int code = camera_.FetchImage(number, settings_.shape.depth, fetched_);
+  if (code != RC_SUCCESS && code != RC_NO_NEW_DATA) {
+    Fail("GetImages", code);
+    if (code == RC_P4_INVALID)
+      message_ = "the images are not " + std::to_string(settings_.shape.width) + "x" +
+                 std::to_string(settings_.shape.height) + " pixels: give their size with --size (" + message_ +
+                 ")";
+    return false;
+  }
+  if (code == RC_NO_NEW_DATA || !IsIntact(number)) {
+    account_.Overwritten(1);
+    return true;
+  }
+  const TImageLabel label = Label(number);
+  const bool isWritten = writer_ && writer_->Write(fetched_, label);
+  account_.Fetched(isWritten);
+  lastImage_.resize(fetched_.size());
+  lastImage_.swap(fetched_);
+  lastLabel_ = label;
+  if (isWritten || !writer_) return true;
+  message_ = writer_->Error();
+  end_ = RunEnd::OutputFailed;
+  return false;
+}
+
+bool TAcquisitionLoop::IsIntact(long number) const
+{
+  if (!settings_.isEndless) return true;
+  int first = 0;
+  int last = 0;
+  if (camera_.AvailableImages(first, last) != RC_SUCCESS) return false;
+  // Image `first` shares its buffer with the image that the camera is filling now, once the ring is full.
+  return first > 1 ? number > first : number > 1 || last < ringSlots_;
+}
+
+TImageLabel TAcquisitionLoop::Label(long number)
+{
+  TImageLabel label;
+  label.number = number;
+  unsigned int count = 0;
+  long long ticks = 0;
+  ReadTimestampsUpTo(number - 1);
+  if (camera_.Timestamp(number, count, ticks) != RC_SUCCESS) return label;
+  if (account_.TimestampsRead() == number - 1) account_.Timestamp(ticks);
+  // Timestamps are numbered among themselves: one that is missing moves all later ones to the image before.
+  if (static_cast<long>(count) >= newest_) label.ticks = ticks;
+  return label;
+}
+
+void TAcquisitionLoop::ReadTimestampsUpTo(long number)
+{
+  for (long next = account_.TimestampsRead() + 1; next <= number; ++next) {
+    unsigned int count = 0;
+    long long ticks = 0;
+    if (camera_.Timestamp(next, count, ticks) != RC_SUCCESS) return;
+    account_.Timestamp(ticks);
+  }
+}
+
+void TAcquisitionLoop::SendTriggerWhenDue()
+{
+  if (!settings_.isSoftwareTriggered) return;
+  const auto now = Clock::now();
+  const bool isFirst = lastTrigger_ == Clock::time_point{};
+  const bool isAnswered = lastArrival_ > lastTrigger_;
+  // An exposure that is part of an accumulated image brings no image: its trigger counts as answered after its
+  // time.
+  const double patience = 1.5 * settings_.imageSeconds + 0.2;
+  const double pause = isAnswered ? settings_.triggerSeconds : std::max(settings_.triggerSeconds, patience);
+  if (!isFirst && now - lastTrigger_ < ToDuration(pause)) {
+    if (isAnswered)
+      std::this_thread::sleep_until(std::min(lastTrigger_ + ToDuration(pause), now + ToDuration(0.1)));
+    return;
+  }
+  lastTrigger_ = now;
+  camera_.SendTrigger(); // a camera that cannot is found when no image comes
+}
+
+void TAcquisitionLoop::Report()
+{
+  TProgress progress;
+  progress.seconds = std::chrono::duration<double>(Clock::now() - start_).count();
+  progress.delivered = newest_;
+  progress.fetched = account_.Fetched();
+  progress.wanted = settings_.wantedImages;
+  progress.lost = account_.Overwritten() + account_.LostInCameraSoFar();
+  progress.imageBytes = settings_.shape.Bytes();
+  const double waiting = static_cast<double>(newest_ - account_.LastImage());
+  const double slots = isRingFull_
+                           ? static_cast<double>(ringSlots_)
+                           : static_cast<double>(settings_.ringBytes) / static_cast<double>(progress.imageBytes);
+  progress.ringFill = std::clamp(waiting / std::clamp(slots, 1.0, static_cast<double>(kMostRingSlots)), 0.0, 1.0);
+  onProgress_(progress);
+}
+
+} // namespace vxtool

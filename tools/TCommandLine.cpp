@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: MIT
+// The tool's options, their checks, and the help text.
+#include "tools/TCommandLine.h"
+
+#include "tools/ExitCode.h"
+
+#include <algorithm>
+#include <cctype>
+#include <CLI/CLI.hpp>
+#include <map>
+
+namespace vxtool {
+
+namespace {
+
+constexpr int kLargestSide = 65536;
+constexpr double kLongestSeconds = 1.0e6;
+
+const std::map<std::string, RunMode> kModes = {{"single", RunMode::Single},
+                                               {"accumulate", RunMode::Accumulate},
+                                               {"series", RunMode::Series},
+                                               {"continuous", RunMode::Continuous}};
+const std::map<std::string, Trigger> kTriggers = {{"internal", Trigger::Internal},
+                                                  {"external", Trigger::External},
+                                                  {"external-start", Trigger::ExternalStart},
+                                                  {"external-exposure", Trigger::ExternalExposure},
+                                                  {"software", Trigger::Software}};
+const std::map<std::string, FileFormat> kFormats = {{"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}};
+const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},
+                                                     {".tiff", FileFormat::Tiff},
+                                                     {".fits", FileFormat::Fits},
+                                                     {".fit", FileFormat::Fits},
+                                                     {".fts", FileFormat::Fits}};
+
+constexpr const char* kFooter = R"(Exit codes:
+  0    done
+  1    the command line is wrong
+  2    there is no such camera, or it cannot be opened
+  3    the camera refused a setting, or the run failed
+  4    an output file could not be written
+  5    done, but frames are missing: see the counts printed at the end
+  130  interrupted (Ctrl-C); the output file is complete up to there
+When several apply, 4 comes before 3, 3 before 130, 130 before 5.)";
+
+template <typename Value>
+CLI::Option* AddWord(CLI::App& app, const std::string& name, std::optional<Value>& target,
+                     const std::map<std::string, Value>& words, const std::string& help)
+{
+  std::vector<std::string> allowed;
+  for (const auto& word : words) allowed.push_back(word.first);
+  return app
+      .add_option_function<std::string>(
+          name, [&target, &words](const std::string& word) { target = words.at(word); }, help)
+      ->check(CLI::IsMember(allowed));
+}
+
+CLI::Option* AddSeconds(CLI::App& app, const std::string& name, std::optional<double>& target,
+                        const std::string& help)
+{
+  const auto isTime = [](const std::string& text) -> std::string {
+    double value = 0.0;
+    const bool isNumber = CLI::detail::lexical_cast(text, value);
+    return isNumber && value > 0.0 && value <= kLongestSeconds ? ""
+                                                               : "must be a time in s, above 0 and at most 1e6";
+  };
+  return app.add_option(name, target, help)->check(CLI::Validator(isTime, "SECONDS"))->type_name("");
+}
+
+void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
+{
+  const auto parse = [&area](const std::string& text) {
+    char rest = 0;
+    if (std::sscanf(text.c_str(), "%dx%d%c", &area.width, &area.height, &rest) != 2 || area.width < 1 ||
+        area.height < 1 || area.width > kLargestSide || area.height > kLargestSide)
+      throw CLI::ValidationError("--size", "must be WIDTHxHEIGHT, for example 2048x2048");
+  };
+  app.add_option_function<std::string>("--size", parse, "Image size in pixels, if it is not the whole sensor")
+      ->type_name("WIDTHxHEIGHT")
+      ->group("Image area");
+}
+
+void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
+{
+  app.add_option("-o,--output", options.output, "File for the images: .tif, .tiff (stack) or .fits (cube)")
+      ->type_name("FILE")
+      ->group("Output");
+  AddWord(app, "--format", options.format, kFormats, "Format of the output file, if its name does not tell")
+      ->group("Output");
+  app.add_option("--preview", options.preview, "Picture of the last image")
+      ->type_name("FILE.png")
+      ->group("Output");
+  app.add_flag("--overwrite", options.overwrite, "Replace files that exist")->group("Output");
+  app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only")->group("Output");
+  app.add_flag("--json", options.isJson, "Print the counts as one line of JSON")->group("Output");
+}
+
+void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigger>& trigger, int& bits)
+{
+  AddSeconds(app, "-e,--exposure", options.exposureSeconds, "Exposure time in s");
+  AddSeconds(app, "--cycle", options.cycleSeconds, "Time from one exposure to the next in s");
+  app.add_option("-n,--frames", options.frames, "Number of images (series, continuous)")
+      ->check(CLI::Range(1L, 1'000'000'000L));
+  AddWord(app, "-m,--mode", options.mode, kModes,
+          "single, accumulate (one image of several exposures), series (all images in memory), continuous (any "
+          "number of images by way of a ring); default: single, with --frames series");
+  app.add_option("-a,--accumulations", options.accumulations,
+                 "Exposures added up to one image (accumulate, series)")
+      ->check(CLI::Range(1, 1'000'000));
+  AddWord(app, "-t,--trigger", trigger, kTriggers, "What starts an exposure; default: internal");
+  app.add_flag("--overlap", options.isOverlapped, "Expose while the exposure before is read out");
+  app.add_option("-b,--bits", bits, "Bits of a pixel in the output: 8 (cameras set to 8 bits only), 16 or 32")
+      ->check(CLI::IsMember({8, 16, 32}))
+      ->capture_default_str();
+}
+
+// The relations between options that no single option can check. Returns what is wrong, "" for nothing.
+std::string Complete(TAcquireOptions& options)
+{
+  if (!options.mode) options.mode = options.frames ? RunMode::Series : RunMode::Single;
+  const RunMode mode = *options.mode;
+  if (options.frames && (mode == RunMode::Single || mode == RunMode::Accumulate))
+    return "--frames: modes single and accumulate take one image";
+  if (mode == RunMode::Series && !options.frames) return "--frames: mode series needs it";
+  if (mode == RunMode::Accumulate && options.accumulations < 2)
+    return "--accumulations: mode accumulate needs 2 or more";
+  if (options.accumulations > 1 && mode != RunMode::Accumulate && mode != RunMode::Series)
+    return "--accumulations: only modes accumulate and series add exposures up";
+  if (options.output.empty()) return options.format ? "--format: there is no --output" : "";
+  if (options.format) return "";
+  const std::size_t dot = options.output.rfind('.');
+  std::string suffix = dot == std::string::npos ? "" : options.output.substr(dot);
+  std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char c) { return std::tolower(c); });
+  const auto found = kSuffixes.find(suffix);
+  if (found == kSuffixes.end())
+    return "--output: the name must end in .tif, .tiff or .fits, or --format must be given";
+  options.format = found->second;
+  return "";
+}
+
+} // namespace
+
+const char* TriggerName(Trigger trigger)
+{
+  for (const auto& [name, value] : kTriggers)
+    if (value == trigger) return name.c_str();
+  return "unknown";
+}
+
+std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
+{
+  TOptions options;
+  std::optional<Trigger> trigger;
+  int bits = 16;
+  CLI::App app("Lists, describes and runs scientific cameras.", "vxmcd");
+  app.set_version_flag("--version", VXTOOL_VERSION);
+  app.footer(kFooter);
+  app.require_subcommand(1);
+  CLI::App* list = app.add_subcommand("list", "List the cameras that are attached");
+  CLI::App* describe = app.add_subcommand("describe", "Say what a camera is set to and can do");
+  CLI::App* acquire = app.add_subcommand("acquire", "Take images and write them to a file");
+  for (CLI::App* command : {describe, acquire})
+    command->add_option("-c,--camera", options.camera, "Number of the camera, as list prints it")
+        ->check(CLI::Range(0, 10'000))
+        ->capture_default_str();
+  AddRunOptions(*acquire, options.acquire, trigger, bits);
+  std::optional<double> timeout;
+  AddSeconds(*acquire, "--timeout", timeout,
+             "Give up after this many s without an image; default: never with a trigger "
+             "from outside, else as the camera's frame rate suggests");
+  AddImageAreaOptions(*acquire, options.acquire.area);
+  AddOutputOptions(*acquire, options.acquire);
+  acquire->footer(kFooter);
+  try {
+    app.parse(argc, argv);
+    options.acquire.noImageSeconds = timeout.value_or(0.0);
+    options.acquire.trigger = trigger.value_or(Trigger::Internal);
+    options.acquire.depth = static_cast<PixelDepth>(bits);
+    options.command = *list ? Command::List : *describe ? Command::Describe : Command::Acquire;
+    const std::string wrong = *acquire ? Complete(options.acquire) : "";
+    if (!wrong.empty()) throw CLI::ValidationError(wrong);
+  } catch (const CLI::ParseError& error) {
+    exitStatus_ = app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+    return std::nullopt;
+  }
+  return options;
+}
+
+} // namespace vxtool

@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: MIT
+// The FITS cube by way of CFITSIO, and the repair of a cube that a full disk cut short.
+#include "tools/TFitsCubeWriter.h"
+
+#include "tools/TOutputFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+#include <unistd.h>
+
+namespace vxtool {
+
+namespace {
+
+constexpr long long kFitsBlock = 2880;
+constexpr long long kFitsCard = 80;
+constexpr long long kNoTicks = -1;
+constexpr int kFloatDigits = 7; // what the times, single precision in the library, are good for
+
+int ImageType(PixelDepth depth)
+{
+  if (depth == PixelDepth::Bits8) return BYTE_IMG;
+  return depth == PixelDepth::Bits16 ? USHORT_IMG : LONG_IMG;
+}
+
+int MemoryType(PixelDepth depth)
+{
+  if (depth == PixelDepth::Bits8) return TBYTE;
+  return depth == PixelDepth::Bits16 ? TUSHORT : TINT;
+}
+
+void WriteText(fitsfile* file, const char* key, const std::string& text, const char* comment, int* status)
+{
+  fits_update_key_str(file, key, text.c_str(), comment, status);
+}
+
+// Puts a number into the NAXIS3 card of the first header.
+bool PatchImageCount(TOutputFile& file, long long headerBytes, long count)
+{
+  std::vector<std::byte> card(kFitsCard);
+  for (long long offset = 0; offset < headerBytes; offset += kFitsCard) {
+    if (!file.ReadAt(static_cast<std::uint64_t>(offset), card)) return false;
+    if (std::memcmp(card.data(), "NAXIS3  =", 9) != 0) continue;
+    char text[kFitsCard + 1];
+    std::snprintf(text, sizeof text, "NAXIS3  = %20ld / %-47s", count, "number of images");
+    return file.WriteAt(static_cast<std::uint64_t>(offset), std::as_bytes(std::span(text, kFitsCard)));
+  }
+  return false;
+}
+
+} // namespace
+
+TFitsCubeWriter::~TFitsCubeWriter()
+{
+  int status = 0;
+  if (file_) fits_close_file(file_, &status);
+}
+
+bool TFitsCubeWriter::Fail(const std::string& message)
+{
+  if (error_.empty()) error_ = message;
+  return false;
+}
+
+bool TFitsCubeWriter::FailFits(int status)
+{
+  const int reason = errno;
+  char text[FLEN_STATUS] = "";
+  fits_get_errstatus(status, text);
+  fits_clear_errmsg();
+  std::string message = path_ + ": " + text;
+  if (reason != 0) message += ": " + std::generic_category().message(reason);
+  return Fail(message);
+}
+
+bool TFitsCubeWriter::Open(const std::string& path, bool overwrite, const TImageShape& shape,
+                           const TRunFacts& facts)
+{
+  path_ = path;
+  shape_ = shape;
+  std::string message;
+  if (IsProtectedFile(path, overwrite, message)) return Fail(message);
+  if (overwrite) unlink(path.c_str());
+
+  errno = 0;
+  int status = 0;
+  fits_create_diskfile(&file_, path.c_str(), &status);
+  if (status != 0) {
+    file_ = nullptr;
+    return FailFits(status);
+  }
+  long axes[] = {shape.width, shape.height, 1};
+  fits_create_img(file_, ImageType(shape.depth), 3, axes, &status);
+  WriteHeader(facts, &status);
+  WriteTotals(TRunTotals{}, &status);
+  fits_set_hdustruc(file_, &status);
+  fits_get_hduaddrll(file_, nullptr, &dataStart_, nullptr, &status);
+  fits_flush_file(file_, &status); // the header is on disk from here on
+  return status == 0 || FailFits(status);
+}
+
+void TFitsCubeWriter::WriteHeader(const TRunFacts& facts, int* status)
+{
+  WriteText(file_, "CREATOR", facts.software, "program that wrote this file", status);
+  WriteText(file_, "INSTRUME", facts.camera, "camera", status);
+  WriteText(file_, "DATE-OBS", facts.startUtc, "start of the run (host clock)", status);
+  WriteText(file_, "TIMESYS", "UTC", "time system of DATE-OBS", status);
+  fits_update_key_dbl(file_, "EXPTIME", facts.exposureSeconds, -kFloatDigits, "[s] exposure time", status);
+  if (facts.cycleSeconds > 0.0)
+    fits_update_key_dbl(file_, "CYCLTIME", facts.cycleSeconds, -kFloatDigits, "[s] time from image to image",
+                        status);
+  fits_update_key_lng(file_, "NACCUM", facts.accumulations, "exposures added up to one image", status);
+  WriteText(file_, "TRIGGER", facts.trigger, "trigger mode", status);
+  fits_write_date(file_, status);
+}
+
+void TFitsCubeWriter::WriteTotals(const TRunTotals& totals, int* status)
+{
+  fits_update_key_lng(file_, "NDELIVER", totals.delivered, "images the camera delivered", status);
+  fits_update_key_lng(file_, "NOVERWR", totals.overwritten, "of these overwritten before they were copied",
+                      status);
+  const long lost = totals.lostInCamera.value_or(-1);
+  fits_update_key_lng(file_, "NLOSTCAM", lost, "frames lost in the camera; -1: not known", status);
+}
+
+bool TFitsCubeWriter::Write(TPixelBytes pixels, const TImageLabel& label)
+{
+  if (!error_.empty()) return false;
+  if (pixels.size() != shape_.Bytes()) return Fail("an image has another size than the run");
+  errno = 0;
+  int status = 0;
+  const long count = ImagesWritten() + 1;
+  if (count > 1) {
+    fits_modify_key_lng(file_, "NAXIS3", count, "number of images", &status);
+    fits_set_hdustruc(file_, &status);
+  }
+  const auto pixelsPerImage = static_cast<long long>(shape_.Pixels());
+  // The function takes a pointer to non-constant pixels and leaves them alone.
+  void* source = const_cast<std::byte*>(pixels.data());
+  fits_write_img(file_, MemoryType(shape_.depth), (count - 1) * pixelsPerImage + 1, pixelsPerImage, source,
+                 &status);
+  if (status != 0) return FailFits(status);
+  labels_.push_back(label);
+  return true;
+}
+
+void TFitsCubeWriter::WriteFrameTable(int* status)
+{
+  char nameImage[] = "IMAGE";
+  char nameTicks[] = "TICKS";
+  char form[] = "1K";
+  char unit[] = "";
+  char* names[] = {nameImage, nameTicks};
+  char* forms[] = {form, form};
+  char* units[] = {unit, unit};
+  fits_create_tbl(file_, BINARY_TBL, ImagesWritten(), 2, names, forms, units, "FRAMES", status);
+  fits_write_key_lng(file_, "TNULL2", kNoTicks, "no timestamp", status);
+  fits_set_hdustruc(file_, status);
+  std::vector<LONGLONG> numbers;
+  std::vector<LONGLONG> ticks;
+  for (const TImageLabel& label : labels_) {
+    numbers.push_back(label.number);
+    ticks.push_back(label.ticks.value_or(kNoTicks));
+  }
+  const auto rows = static_cast<LONGLONG>(labels_.size());
+  fits_write_col(file_, TLONGLONG, 1, 1, 1, rows, numbers.data(), status);
+  fits_write_col(file_, TLONGLONG, 2, 1, 1, rows, ticks.data(), status);
+}
+
+bool TFitsCubeWriter::Close(const TRunTotals& totals)
+{
+  if (!file_) return error_.empty();
+  errno = 0;
+  int status = 0;
+  if (labels_.empty()) {
+    fits_delete_file(file_, &status);
+    file_ = nullptr;
+    return (status == 0 || FailFits(status)) && error_.empty();
+  }
+  if (error_.empty()) {
+    WriteTotals(totals, &status);
+    WriteFrameTable(&status);
+    if (status != 0) FailFits(status);
+  }
+  status = 0;
+  fits_close_file(file_, &status);
+  file_ = nullptr;
+  if (status != 0) FailFits(status);
+  if (!error_.empty()) CutToWholeImages(totals);
+  return error_.empty();
+}
+
+void TFitsCubeWriter::CutToWholeImages(const TRunTotals& totals)
+{
+  fits_clear_errmsg();
+  TOutputFile repair;
+  if (!repair.OpenExisting(path_)) return;
+  const auto imageBytes = static_cast<long long>(shape_.Bytes());
+  const auto length = static_cast<long long>(repair.Length());
+  const auto paddedEnd = [&](long long images) {
+    return dataStart_ + (images * imageBytes + kFitsBlock - 1) / kFitsBlock * kFitsBlock;
+  };
+  while (!labels_.empty() && paddedEnd(ImagesWritten()) > length) labels_.pop_back();
+  if (labels_.empty()) {
+    repair.Discard();
+    return;
+  }
+  const long long dataEnd = dataStart_ + ImagesWritten() * imageBytes;
+  const long long fileEnd = paddedEnd(ImagesWritten());
+  const std::vector<std::byte> padding(static_cast<std::size_t>(fileEnd - dataEnd));
+  if (!repair.WriteAt(static_cast<std::uint64_t>(dataEnd), padding) ||
+      !repair.Truncate(static_cast<std::uint64_t>(fileEnd)) ||
+      !PatchImageCount(repair, dataStart_, ImagesWritten()) || !repair.Close()) {
+    error_ += "; the file could not be repaired";
+    return;
+  }
+  fitsfile* file = nullptr;
+  int status = 0;
+  fits_open_diskfile(&file, path_.c_str(), READWRITE, &status);
+  if (status != 0) return;
+  std::swap(file, file_);
+  WriteTotals(totals, &status);
+  std::swap(file, file_);
+  status = 0;
+  fits_close_file(file, &status);
+}
+
+} // namespace vxtool

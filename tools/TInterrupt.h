@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+// Notices Ctrl-C and its relatives.
+#pragma once
+
+namespace vxtool {
+
+/// Catches SIGINT, SIGTERM and SIGHUP for its lifetime: the first one is remembered, a second one ends the process
+/// as usual. Writes to a full disk or a closed pipe become errors instead of signals. One at a time in a process.
+class TInterrupt final
+{
+public:
+  TInterrupt();
+  ~TInterrupt();
+  TInterrupt(const TInterrupt&) = delete;
+  TInterrupt& operator=(const TInterrupt&) = delete;
+
+  static bool Happened();
+};
+
+} // namespace vxtool

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// The progress line's rate, text and pace.
+#include "tools/TProgressLine.h"
+
+#include <cmath>
+
+namespace vxtool {
+
+namespace {
+constexpr double kTerminalPause = 0.2;
+constexpr double kPlainPause = 2.0;
+} // namespace
+
+std::string ProgressText(const TProgress& progress, double imagesPerSecond)
+{
+  char text[160];
+  const std::string wanted = progress.wanted > 0 ? "/" + std::to_string(progress.wanted) : "";
+  const double megabytes = imagesPerSecond * static_cast<double>(progress.imageBytes) / 1.0e6;
+  std::snprintf(text, sizeof text, "%ld%s images, %.1f/s, %.1f MB/s, ring %.0f %%, lost %ld", progress.fetched,
+                wanted.c_str(), imagesPerSecond, megabytes, 100.0 * progress.ringFill, progress.lost);
+  std::string line = text;
+  if (progress.wanted > 0 && imagesPerSecond > 0.0) {
+    const double left = std::ceil(static_cast<double>(progress.wanted - progress.fetched) / imagesPerSecond);
+    std::snprintf(text, sizeof text, ", %.0f s left", left);
+    line += text;
+  }
+  return line;
+}
+
+void TProgressLine::Show(const TProgress& progress)
+{
+  const double passed = progress.seconds - lastSeconds_;
+  if (passed < (isTerminal_ ? kTerminalPause : kPlainPause)) return;
+  const double rate = static_cast<double>(progress.fetched - lastFetched_) / passed;
+  lastSeconds_ = progress.seconds;
+  lastFetched_ = progress.fetched;
+  isShown_ = true;
+  // On a terminal: back to the start of the line, and clear what a longer text left behind.
+  std::fprintf(stream_, isTerminal_ ? "\r%s\x1b[K" : "%s\n", ProgressText(progress, rate).c_str());
+  std::fflush(stream_);
+}
+
+void TProgressLine::Finish()
+{
+  if (isTerminal_ && isShown_) std::fputc('\n', stream_);
+  isShown_ = false;
+}
+
+} // namespace vxtool

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// Shows a person how a run goes.
+#pragma once
+
+#include "tools/TAcquisitionLoop.h"
+
+#include <cstdio>
+#include <string>
+
+namespace vxtool {
+
+/// On a terminal one line that is written anew five times a second, elsewhere a line every two seconds. Borrows
+/// the stream; one thread at a time.
+class TProgressLine final
+{
+public:
+  TProgressLine(std::FILE* stream, bool isTerminal) : stream_(stream), isTerminal_(isTerminal) {}
+  void Show(const TProgress& progress);
+  /// Ends the line on a terminal, so that other output starts below it.
+  void Finish();
+
+private:
+  std::FILE* stream_;
+  bool isTerminal_;
+  bool isShown_ = false;
+  double lastSeconds_ = 0.0;
+  long lastFetched_ = 0;
+};
+
+/// The text of the line. @param imagesPerSecond  the present rate
+std::string ProgressText(const TProgress& progress, double imagesPerSecond);
+
+} // namespace vxtool

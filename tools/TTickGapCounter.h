@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// Finds frames that a camera produced and never delivered, from the gaps between timestamps.
+#pragma once
+
+#include <vector>
+
+namespace vxtool {
+
+/// Takes the timestamps of the delivered images of one run in their order and counts the frames missing between
+/// them, for a camera that makes frames at an even pace. The pace is learned from the run itself, as the lower
+/// quartile of the first intervals, because the camera's tick frequency is not known here: up to three quarters of
+/// these may hold a gap. A camera that loses more than that looks like a slower camera. Two images tell nothing:
+/// their interval is the pace. One thread at a time.
+class TTickGapCounter final
+{
+public:
+  void Add(long long ticks);
+  /// Frames missing between the first and the last timestamp so far.
+  long Missing() const;
+
+private:
+  long MissingIn(long long interval, double pace) const;
+
+  long long last_ = 0;
+  bool hasLast_ = false;
+  std::vector<long long> learning_; // intervals until the pace is known
+  double pace_ = 0.0;               // ticks from frame to frame, 0 while learning
+  long missing_ = 0;                // since the pace is known
+};
+
+} // namespace vxtool

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+// TIFF and BigTIFF structure: header, first directory, all pixel data, the other directories.
+#include "tools/TTiffStackWriter.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <iomanip>
+#include <locale>
+#include <sstream>
+
+namespace vxtool {
+
+namespace {
+
+constexpr std::uint64_t kDataStart = 4096;         // room for header, first directory and its texts
+constexpr std::uint64_t kDirectoryAllowance = 512; // more than any directory but the first takes
+constexpr std::uint64_t kClassicLimit = 0xFFFF0000;
+constexpr int kFloatDigits = 7; // what the times, single precision in the library, are good for
+
+enum TiffType : std::uint16_t
+{
+  kAscii = 2,
+  kShort = 3,
+  kLong = 4,
+  kLong8 = 16,
+};
+
+/// Bytes of a file in the making, numbers in this machine's order (which the TIFF header names).
+class TByteSink
+{
+public:
+  template <typename Number>
+  void Put(Number number)
+  {
+    const auto* raw = reinterpret_cast<const std::byte*>(&number);
+    bytes_.insert(bytes_.end(), raw, raw + sizeof number);
+  }
+  void Put(const std::string& text)
+  {
+    const auto* raw = reinterpret_cast<const std::byte*>(text.c_str());
+    bytes_.insert(bytes_.end(), raw, raw + text.size() + 1);
+  }
+  void PadTo(std::size_t size) { bytes_.resize(std::max(bytes_.size(), size)); }
+  std::size_t Size() const { return bytes_.size(); }
+  std::vector<std::byte> Take() { return std::move(bytes_); }
+
+private:
+  std::vector<std::byte> bytes_;
+};
+
+struct TEntry
+{
+  std::uint16_t tag;
+  std::uint16_t type;
+  std::uint64_t value;     // numbers have one value each
+  const std::string* text; // of an ASCII entry
+};
+
+void PutOffset(TByteSink& sink, bool isBig, std::uint64_t value)
+{
+  if (isBig)
+    sink.Put(value);
+  else
+    sink.Put(static_cast<std::uint32_t>(value));
+}
+
+// A number in an entry's value field stands at the field's start, whatever its type.
+void PutValue(TByteSink& sink, bool isBig, const TEntry& entry)
+{
+  const std::size_t end = sink.Size() + (isBig ? 8 : 4);
+  if (entry.type == kShort)
+    sink.Put(static_cast<std::uint16_t>(entry.value));
+  else if (entry.type == kLong)
+    sink.Put(static_cast<std::uint32_t>(entry.value));
+  else
+    sink.Put(entry.value);
+  sink.PadTo(end);
+}
+
+std::string SeriesLabel(const TImageLabel& label)
+{
+  std::string text = "image=" + std::to_string(label.number) + "\n";
+  if (label.ticks) text += "ticks=" + std::to_string(*label.ticks) + "\n";
+  return text;
+}
+
+std::string TiffDateTime(const std::string& utc)
+{
+  if (utc.size() < 19) return "0000:00:00 00:00:00";
+  std::string text = utc.substr(0, 19);
+  text[4] = text[7] = ':';
+  text[10] = ' ';
+  return text;
+}
+
+} // namespace
+
+bool TTiffStackWriter::Fail(const std::string& message)
+{
+  if (error_.empty()) error_ = message;
+  return false;
+}
+
+bool TTiffStackWriter::Open(const std::string& path, bool overwrite, const TImageShape& shape,
+                            const TRunFacts& facts)
+{
+  shape_ = shape;
+  facts_ = facts;
+  const auto planned = static_cast<std::uint64_t>(facts.plannedImages);
+  isBig_ = planned == 0 || planned > kClassicLimit / (shape.Bytes() + kDirectoryAllowance) - 1;
+  if (!file_.Create(path, overwrite)) return Fail(file_.Error());
+  return WriteFirstPage(Description(nullptr), 0);
+}
+
+bool TTiffStackWriter::Write(TPixelBytes pixels, const TImageLabel& label)
+{
+  if (!error_.empty()) return false;
+  if (pixels.size() != shape_.Bytes()) return Fail("an image has another size than the run");
+  if (!isBig_ && ImagesWritten() >= facts_.plannedImages) return Fail("more images than the file was planned for");
+  if (!file_.WriteAt(ImageOffset(labels_.size()), pixels)) return Fail(file_.Error());
+  labels_.push_back(label);
+  return true;
+}
+
+bool TTiffStackWriter::Close(const TRunTotals& totals)
+{
+  if (!file_.IsOpen()) return error_.empty();
+  // A disk may be too full for the directories: then the newest images make room for them.
+  bool complete = file_.Truncate(ImageOffset(labels_.size()));
+  while (!labels_.empty() && !WriteOtherPages()) {
+    Fail(file_.Error());
+    labels_.pop_back();
+    complete = file_.Truncate(ImageOffset(labels_.size()));
+  }
+  if (labels_.empty()) {
+    file_.Discard();
+    return error_.empty();
+  }
+  const std::uint64_t next = labels_.size() > 1 ? DirectoriesStart() : 0;
+  complete = WriteFirstPage(Description(&totals), next) && complete;
+  complete = file_.Close() && complete;
+  if (!complete) Fail(file_.Error());
+  return error_.empty();
+}
+
+std::uint64_t TTiffStackWriter::ImageOffset(std::size_t page) const
+{
+  return kDataStart + page * shape_.Bytes();
+}
+
+std::uint64_t TTiffStackWriter::DirectoriesStart() const
+{
+  return (ImageOffset(labels_.size()) + 7) & ~std::uint64_t{7};
+}
+
+bool TTiffStackWriter::WriteFirstPage(const std::string& description, std::uint64_t nextDirectory)
+{
+  TByteSink header;
+  constexpr bool isLittle = std::endian::native == std::endian::little;
+  header.Put(static_cast<std::uint16_t>(isLittle ? 0x4949 : 0x4D4D)); // "II" or "MM"
+  header.Put(static_cast<std::uint16_t>(isBig_ ? 43 : 42));
+  if (isBig_) {
+    header.Put(std::uint16_t{8});
+    header.Put(std::uint16_t{0});
+  }
+  const std::uint64_t start = isBig_ ? 16 : 8;
+  PutOffset(header, isBig_, start);
+  std::vector<std::byte> bytes = header.Take();
+  const std::vector<std::byte> directory = MakeDirectory(start, 0, description, nextDirectory);
+  bytes.insert(bytes.end(), directory.begin(), directory.end());
+  bytes.resize(kDataStart);
+  return file_.WriteAt(0, bytes) || Fail(file_.Error());
+}
+
+bool TTiffStackWriter::WriteOtherPages()
+{
+  std::uint64_t start = DirectoriesStart();
+  std::uint64_t blockStart = start;
+  std::vector<std::byte> block;
+  for (std::size_t page = 1; page < labels_.size(); ++page) {
+    const std::string description = SeriesLabel(labels_[page]);
+    const std::uint64_t end = start + MakeDirectory(start, page, description, 0).size();
+    const std::uint64_t next = page + 1 < labels_.size() ? end : 0;
+    const std::vector<std::byte> directory = MakeDirectory(start, page, description, next);
+    block.insert(block.end(), directory.begin(), directory.end());
+    start = end;
+    if (block.size() < 65536 && next != 0) continue;
+    if (!file_.WriteAt(blockStart, block)) return false;
+    blockStart = end;
+    block.clear();
+  }
+  return true;
+}
+
+std::vector<std::byte> TTiffStackWriter::MakeDirectory(std::uint64_t start, std::size_t page,
+                                                       const std::string& description,
+                                                       std::uint64_t nextDirectory) const
+{
+  const std::uint16_t offsetType = isBig_ ? kLong8 : kLong;
+  const auto width = static_cast<std::uint64_t>(shape_.width);
+  const auto height = static_cast<std::uint64_t>(shape_.height);
+  const std::string dateTime = TiffDateTime(facts_.startUtc);
+  const TEntry entries[] = {
+      {254, kLong, 0, nullptr},                                         // NewSubfileType
+      {256, kLong, width, nullptr},                                     // ImageWidth
+      {257, kLong, height, nullptr},                                    // ImageLength
+      {258, kShort, static_cast<std::uint64_t>(shape_.depth), nullptr}, // BitsPerSample
+      {259, kShort, 1, nullptr},                                        // Compression: none
+      {262, kShort, 1, nullptr},                                        // PhotometricInterpretation: black is zero
+      {270, kAscii, 0, &description},                                   // ImageDescription
+      {273, offsetType, ImageOffset(page), nullptr},                    // StripOffsets
+      {277, kShort, 1, nullptr},                                        // SamplesPerPixel
+      {278, kLong, height, nullptr},                                    // RowsPerStrip
+      {279, offsetType, shape_.Bytes(), nullptr},                       // StripByteCounts
+      {305, kAscii, 0, &facts_.software},                               // Software
+      {306, kAscii, 0, &dateTime},                                      // DateTime: start of the run
+      {339, kShort, shape_.depth == PixelDepth::Bits32 ? 2u : 1u, nullptr}, // SampleFormat: signed or unsigned
+  };
+  // Only the first directory carries the texts about the whole run.
+  const std::size_t skipped = page == 0 ? 0 : 2;
+  const std::size_t count = std::size(entries) - skipped;
+  const std::size_t fixedSize = isBig_ ? 8 + 20 * count + 8 : 2 + 12 * count + 4;
+
+  TByteSink fixed;
+  TByteSink texts;
+  if (isBig_)
+    fixed.Put(static_cast<std::uint64_t>(count));
+  else
+    fixed.Put(static_cast<std::uint16_t>(count));
+  for (const TEntry& entry : entries) {
+    if (page != 0 && (entry.tag == 305 || entry.tag == 306)) continue;
+    fixed.Put(entry.tag);
+    fixed.Put(entry.type);
+    PutOffset(fixed, isBig_, entry.text ? entry.text->size() + 1 : 1);
+    if (!entry.text) {
+      PutValue(fixed, isBig_, entry);
+      continue;
+    }
+    PutOffset(fixed, isBig_, start + fixedSize + texts.Size());
+    texts.Put(*entry.text);
+    texts.PadTo((texts.Size() + 7) & ~std::size_t{7}); // also longer than any value field
+  }
+  PutOffset(fixed, isBig_, nextDirectory);
+
+  std::vector<std::byte> bytes = fixed.Take();
+  const std::vector<std::byte> tail = texts.Take();
+  bytes.insert(bytes.end(), tail.begin(), tail.end());
+  bytes.resize((start + bytes.size() + 7) / 8 * 8 - start); // the next directory starts at a multiple of 8
+  return bytes;
+}
+
+std::string TTiffStackWriter::Description(const TRunTotals* totals) const
+{
+  const long images = totals ? ImagesWritten() : std::max(1L, facts_.plannedImages);
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << std::setprecision(kFloatDigits);
+  text << "ImageJ=1.53t\nimages=" << images << "\nframes=" << images << "\nloop=false\n";
+  if (facts_.cycleSeconds > 0.0) text << "finterval=" << facts_.cycleSeconds << "\nunit=pixel\n";
+  text << "camera=" << facts_.camera.substr(0, 200) << "\nstart_utc=" << facts_.startUtc
+       << "\ntrigger=" << facts_.trigger << "\nexposure_s=" << facts_.exposureSeconds
+       << "\naccumulations=" << facts_.accumulations << "\n";
+  if (!labels_.empty()) text << SeriesLabel(labels_.front());
+  if (totals) {
+    text << "delivered=" << totals->delivered << "\noverwritten=" << totals->overwritten << "\nlost_in_camera=";
+    if (totals->lostInCamera)
+      text << *totals->lostInCamera << "\n";
+    else
+      text << "unknown\n";
+  }
+  return text.str();
+}
+
+} // namespace vxtool

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// The command-line tool: one program, one command a call.
+#include "tools/InfoCommands.h"
+#include "tools/TAcquireCommand.h"
+#include "tools/TCommandLine.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+vxtool::ExitCode Run(const vxtool::TOptions& options)
+{
+  if (options.command == vxtool::Command::List) return vxtool::ListCameras();
+  if (options.command == vxtool::Command::Describe) return vxtool::DescribeCamera(options.camera);
+  return vxtool::TAcquireCommand(options).Run();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+  try {
+    vxtool::TCommandLine commandLine;
+    const auto options = commandLine.Parse(argc, argv);
+    return options ? static_cast<int>(Run(*options)) : commandLine.ExitStatus();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vxmcd: %s\n", error.what());
+    return static_cast<int>(vxtool::ExitCode::CameraError);
+  }
+}
