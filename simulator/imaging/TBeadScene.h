@@ -3,7 +3,6 @@
 #pragma once
 
 #include "simulator/imaging/IScene.h"
-#include "simulator/imaging/TSmoothNoise.h"
 
 #include <array>
 
@@ -30,12 +29,24 @@ private:
     double reachPixels = 0.0;
   };
 
+  /// A soft round light of the background; several make a cell.
+  struct TGlow
+  {
+    double yPixels = 0.0;
+    double sigmaPixels = 1.0;
+    std::size_t firstColumn = 0;
+    std::vector<float> profile; // photons per second along the row through the middle
+  };
+
+  void AddCells(const TSensorSettings& sensor);
+  void AddGlow(double xPixels, double yPixels, double sigmaPixels, double peakPhotonsPerSecond);
+  void AddBeads(const TSensorSettings& sensor, int count);
+
   double widthPixels_;
   double heightPixels_;
   double backgroundPhotonsPerSecond_;
   double motionScale_;
-  TSmoothNoise coarse_;
-  TSmoothNoise fine_;
+  std::vector<TGlow> glows_;
   std::vector<TBead> beads_;
 };
 

@@ -18,6 +18,7 @@ namespace {
 
 constexpr float kLargestCount = 2147483520.0f; // the largest float below 2^31
 constexpr double kCeilingSigmas = 4.0;         // of read noise above a full well
+constexpr float kHidingReadVariance = 0.25f;   // from here on single electrons cannot be told apart
 constexpr std::size_t kBlock = TNoiseTable::kBlockPixels;
 
 bool IsTestPattern(ESceneKind kind)
@@ -155,16 +156,14 @@ void TFrameRenderer::RenderRow(const TFrameSettings& settings, const TRowReadout
   const std::uint64_t frameKey =
       TNoiseTable::FrameKey(settings.sensor.seed, exposure.runNumber, exposure.frameNumber);
   const std::span<const float> rates = picture_->Row(row);
+  const auto noise = !settings.scene.noise                         ? TPixelKernel::EShotNoise::None
+                     : readout.readVariance >= kHidingReadVariance ? TPixelKernel::EShotNoise::Blended
+                                                                   : TPixelKernel::EShotNoise::Exact;
   alignas(64) std::int32_t counts[kBlock];
   for (std::size_t first = 0, block = 0; first < rates.size(); first += kBlock, ++block) {
     const auto blockRates = rates.subspan(first, std::min(kBlock, rates.size() - first));
-    auto noise = TPixelKernel::EShotNoise::None;
-    if (settings.scene.noise) {
-      const float least = picture_->BlockMinimum(row, block) * readout.exposureSeconds + readout.darkElectrons;
-      noise =
-          least < TNoiseTable::kLargestMean ? TPixelKernel::EShotNoise::Mixed : TPixelKernel::EShotNoise::Normal;
-    }
-    const TNoiseDraw draw = table.Draw(frameKey, (static_cast<std::uint64_t>(row) << 32) + block);
+    const float leastMean = picture_->BlockMinimum(row, block) * readout.exposureSeconds + readout.darkElectrons;
+    const TNoiseDraw draw = table.Draw(frameKey, (static_cast<std::uint64_t>(row) << 32) + block, leastMean);
     TPixelKernel::Run(readout, noise, draw, blockRates, counts);
     TPixelEncoder::Encode(geometry_.encoding, std::span(counts).first(blockRates.size()), out, first);
   }

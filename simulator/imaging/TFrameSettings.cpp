@@ -29,6 +29,7 @@ constexpr std::array<const char*, 5> kEncodings = {"Mono8", "Mono12", "Mono12Pac
 
 constexpr int kMaximumSidePixels = 65536;
 constexpr int kMaximumBitDepth = 16;
+constexpr int kMaximumTrackOverlap = 64; // times that all tracks together may read the sensor
 constexpr double kMaximumHotPixelFraction = 0.1;
 
 /// Lower case, without blanks, '-' and '_'.
@@ -89,8 +90,12 @@ std::string GeometryFault(const TGeometrySettings& geometry, const TSensorSettin
   } else {
     if (geometry.tracks.size() != static_cast<std::size_t>(geometry.heightPixels))
       return "height is not the tracks' number";
-    for (const TTrack& track : geometry.tracks)
+    std::int64_t rows = 0;
+    for (const TTrack& track : geometry.tracks) {
       if (auto fault = TrackFault(track, sensor.heightPixels); !fault.empty()) return fault;
+      rows += track.rowCount;
+    }
+    if (rows > std::int64_t{kMaximumTrackOverlap} * sensor.heightPixels) return "tracks read the sensor too often";
   }
   if (geometry.strideBytes != 0 && geometry.strideBytes < RowBytes(geometry.encoding, geometry.widthPixels))
     return "stride is shorter than a row";

@@ -5,8 +5,10 @@
 #include "simulator/imaging/TRandomHash.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <utility>
 
 namespace vxsim {
@@ -93,14 +95,21 @@ double TNoiseTable::LevelMean(std::size_t level)
   return octave * (1.0 + static_cast<double>(step % kPerOctave) / kPerOctave);
 }
 
-std::span<const std::uint8_t> TNoiseTable::Level(std::size_t level) const
+std::size_t TNoiseTable::LevelBelow(float mean)
 {
-  return std::span(poisson_).subspan(level * kPoissonEntries, kPoissonEntries);
+  if (mean < kSmallestMean) return 0;
+  if (!(mean < kLargestMean)) return kLevels - 1; // also what overflowed to no number
+  const auto steps = std::bit_cast<std::uint32_t>(mean) - std::bit_cast<std::uint32_t>(kSmallestMean);
+  return 1 + (steps >> (23 - kLevelsPerOctaveLog2));
 }
 
 void TNoiseTable::MakePoisson()
 {
-  poisson_.reserve(kLevels * kPoissonEntries);
+  std::vector<std::uint16_t> order(kPoissonEntries); // the same shuffle does for every table
+  std::iota(order.begin(), order.end(), std::uint16_t{0});
+  Shuffle(order, 3);
+  poisson_.reserve(kLevels * kPoissonStride);
+  std::vector<std::uint8_t> sorted;
   for (std::size_t level = 0; level < kLevels; ++level) {
     const double mean = LevelMean(level);
     std::vector<long> entriesOf; // how many entries hold each number of electrons
@@ -125,19 +134,25 @@ void TNoiseTable::MakePoisson()
     const std::size_t to = missing >= 0 ? most + 1 : most;
     entriesOf[from] -= std::abs(missing);
     entriesOf[to] += std::abs(missing);
+    sorted.clear();
     for (std::size_t electrons = 0; electrons < entriesOf.size(); ++electrons)
-      poisson_.insert(poisson_.end(), static_cast<std::size_t>(entriesOf[electrons]),
-                      static_cast<std::uint8_t>(electrons));
+      sorted.insert(sorted.end(), static_cast<std::size_t>(entriesOf[electrons]),
+                    static_cast<std::uint8_t>(electrons));
+    for (std::size_t i = 0; i < kPoissonStride; ++i) // the last block's worth runs on at the table's beginning
+      poisson_.push_back(sorted[order[i % kPoissonEntries]]);
   }
 }
 
-TNoiseDraw TNoiseTable::Draw(std::uint64_t frameKey, std::uint64_t block) const
+TNoiseDraw TNoiseTable::Draw(std::uint64_t frameKey, std::uint64_t block, float leastMean) const
 {
   const std::uint64_t bits = MixBits(frameKey ^ (block * 0x9E3779B97F4A7C15u));
   TNoiseDraw draw;
   draw.normal = normal_.data() + (bits & (kEntries - 1));
   draw.index = uniform_.data() + ((bits >> 20) & (kEntries - 1));
   draw.normalScale = (bits >> 63) != 0 ? -normalScale_ : normalScale_;
+  const std::size_t level = LevelBelow(leastMean);
+  draw.base = poisson_.data() + level * kPoissonStride + ((bits >> 40) & (kPoissonEntries - 1));
+  draw.baseMean = static_cast<float>(LevelMean(level));
   draw.poisson = poisson_.data();
   return draw;
 }

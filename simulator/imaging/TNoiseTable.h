@@ -4,18 +4,20 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <vector>
 
 namespace vxsim {
 
-/// Where one block of pixels takes its noise; each pointer is good for TNoiseTable::kBlockPixels values.
+/// Where one block of pixels takes its noise; normal, index and base are good for TNoiseTable::kBlockPixels
+/// values.
 struct TNoiseDraw
 {
   const std::int16_t* normal = nullptr;
   float normalScale = 1.0f; ///< makes the values unit normal; its sign differs from block to block
   const std::uint16_t* index = nullptr;
-  const std::uint8_t* poisson = nullptr;
+  const std::uint8_t* base = nullptr;    ///< Poisson values of mean baseMean
+  float baseMean = 0.0f;                 ///< at most the least mean of the block
+  const std::uint8_t* poisson = nullptr; ///< all Poisson tables, kPoissonStride from one to the next
 };
 
 /// Shuffled quantiles of the normal and the uniform distribution, and of Poisson distributions with small means.
@@ -32,18 +34,19 @@ public:
   static constexpr float kSmallestMean = 0x1.0p-8f;
   static constexpr float kLargestMean = 8.0f;
   static constexpr std::size_t kLevels = (11 << kLevelsPerOctaveLog2) + 2;
-  static constexpr std::size_t kPoissonEntries = 4096;
+  static constexpr std::size_t kPoissonEntries = 16384;
+  static constexpr std::size_t kPoissonStride = kPoissonEntries + kBlockPixels;
 
   static const TNoiseTable& Shared();
 
   /// The mean of a Poisson table.
   static double LevelMean(std::size_t level);
 
-  /// Its entries, kPoissonEntries of them.
-  std::span<const std::uint8_t> Level(std::size_t level) const;
+  /// The last Poisson table with at most that mean.
+  static std::size_t LevelBelow(float mean);
 
-  /// The noise of one block of one frame; frameKey is FrameKey()'s.
-  TNoiseDraw Draw(std::uint64_t frameKey, std::uint64_t block) const;
+  /// The noise of one block of one frame with at least that mean in every pixel; frameKey is FrameKey()'s.
+  TNoiseDraw Draw(std::uint64_t frameKey, std::uint64_t block, float leastMean) const;
 
   static std::uint64_t FrameKey(std::uint64_t seed, std::uint32_t runNumber, std::uint64_t frameNumber);
 

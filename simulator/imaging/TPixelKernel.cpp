@@ -17,8 +17,9 @@ namespace {
 constexpr std::size_t kBlock = TNoiseTable::kBlockPixels;
 constexpr int kFractionBits = 23 - TNoiseTable::kLevelsPerOctaveLog2; // of a float between two Poisson levels
 constexpr std::int32_t kSmallestBits = std::bit_cast<std::int32_t>(TNoiseTable::kSmallestMean);
-constexpr int kPoissonLog2 = 12;
+constexpr int kPoissonLog2 = 14;
 constexpr std::int32_t kEntryMask = (1 << kPoissonLog2) - 1;
+constexpr int kSpareBits = 16 - kPoissonLog2; // of an index
 constexpr std::int32_t kLowNormalMask = 0xFF;
 static_assert(TNoiseTable::kPoissonEntries == 1u << kPoissonLog2);
 
@@ -41,14 +42,17 @@ using EShotNoise = TPixelKernel::EShotNoise;
   }
 }
 
-[[gnu::always_inline]] inline void NormalNoise(const TRowReadout& readout, const TNoiseDraw& draw,
-                                               const float* rates, std::size_t pixels, std::int32_t* counts)
+[[gnu::always_inline]] inline void BlendedNoise(const TRowReadout& readout, const TNoiseDraw& draw,
+                                                const float* rates, std::size_t pixels, std::int32_t* counts)
 {
   for (std::size_t i = 0; i < pixels; ++i) {
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
     const bool saturated = !(mean < readout.fullWellElectrons);
-    const float level = saturated ? readout.fullWellElectrons : mean;
-    const float shotVariance = saturated ? 0.0f : mean;
+    const float aboveBase = mean - draw.baseMean;
+    const float drawn = static_cast<float>(draw.base[i]) + aboveBase;
+    const float level = saturated ? readout.fullWellElectrons : drawn;
+    float shotVariance = saturated ? 0.0f : aboveBase;
+    shotVariance = shotVariance > 0.0f ? shotVariance : 0.0f;
     const float unit = static_cast<float>(draw.normal[i]) * draw.normalScale;
     const float electrons = level + std::sqrt(shotVariance + readout.readVariance) * unit;
     counts[i] = ToCounts(readout, electrons < readout.ceilingElectrons ? electrons : readout.ceilingElectrons);
@@ -77,18 +81,18 @@ using EShotNoise = TPixelKernel::EShotNoise;
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
     const std::int32_t isLarge = mean < TNoiseTable::kLargestMean ? 0 : -1;
     large |= isLarge;
-    const std::int32_t chance = ((draw.index[i] >> kPoissonLog2) << (kFractionBits - 4)) +
-                                ((draw.normal[i] & kLowNormalMask) << (kFractionBits - 12));
+    const std::int32_t chance = ((draw.index[i] >> kPoissonLog2) << (kFractionBits - kSpareBits)) +
+                                ((draw.normal[i] & kLowNormalMask) << (kFractionBits - kSpareBits - 8));
     const std::int32_t level =
         ((PlaceOfMean(mean < TNoiseTable::kLargestMean ? mean : 0.0f) + chance) >> kFractionBits);
-    places[i] = (level << kPoissonLog2) + (draw.index[i] & kEntryMask);
+    places[i] = level * static_cast<std::int32_t>(TNoiseTable::kPoissonStride) + (draw.index[i] & kEntryMask);
   }
   // These reads do not vectorise, so they have a loop of their own.
   for (std::size_t i = 0; i < pixels; ++i) electrons[i] = draw.poisson[places[i]];
   return large != 0;
 }
 
-[[gnu::always_inline]] inline void MixedNoise(const TRowReadout& readout, const TNoiseDraw& draw,
+[[gnu::always_inline]] inline void ExactNoise(const TRowReadout& readout, const TNoiseDraw& draw,
                                               const float* rates, std::size_t pixels, std::int32_t* counts)
 {
   alignas(64) std::int32_t electrons[kBlock];
@@ -124,11 +128,11 @@ using EShotNoise = TPixelKernel::EShotNoise;
   case EShotNoise::None:
     NoiseFree(readout, rates, pixels, counts);
     break;
-  case EShotNoise::Normal:
-    NormalNoise(readout, draw, rates, pixels, counts);
+  case EShotNoise::Blended:
+    BlendedNoise(readout, draw, rates, pixels, counts);
     break;
-  case EShotNoise::Mixed:
-    MixedNoise(readout, draw, rates, pixels, counts);
+  case EShotNoise::Exact:
+    ExactNoise(readout, draw, rates, pixels, counts);
     break;
   }
 }

@@ -30,9 +30,10 @@ class TPixelKernel final
 public:
   enum class EShotNoise
   {
-    None,   ///< no noise at all, shot or read-out
-    Normal, ///< for means of at least TNoiseTable::kLargestMean in the whole block
-    Mixed,  ///< Poisson for smaller means, normal for the others
+    None,    ///< no noise at all, shot or read-out
+    Blended, ///< Poisson up to the least mean of the block, normal for the light above it; means and variances are
+             ///< exact, and where read noise hides single electrons nothing can be told from Exact
+    Exact,   ///< Poisson for every mean below TNoiseTable::kLargestMean, normal for the others; slower
   };
 
   /// One block of at most TNoiseTable::kBlockPixels, by the fastest path this processor has.

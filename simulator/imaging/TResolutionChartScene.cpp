@@ -9,14 +9,14 @@ namespace vxsim {
 namespace {
 
 // Places and sizes are in shares of the chart's side.
-constexpr double kStarRadius = 0.21;
+constexpr double kStarRadius = 0.2;
 constexpr int kStarSpokes = 36;
 constexpr double kFrameLine = 0.004;
 constexpr double kFrameInset = 0.03;
 constexpr int kWedgeSteps = 11;
 constexpr double kLargestBar = 0.0115;
 constexpr int kElementsPerColumn = 9;
-constexpr int kBarColumns = 2;
+constexpr int kBarColumns = 3;
 constexpr double kFullInk = 0.96;
 
 double Overlap(double from, double to, double pixel)
@@ -35,7 +35,9 @@ TResolutionChartScene::TResolutionChartScene(const TSensorSettings& sensor, cons
       groundPhotonsPerSecond_(scene.flatPhotonsPerSecond)
 {
   AddFrame();
-  AddBarGroups();
+  AddBarGroup(0.065, kFullInk);
+  patches_.push_back({0.728, 0.115, 0.948, 0.66, kFullInk});
+  AddBarGroup(0.736, 0.0);
   AddGreyWedge();
 }
 
@@ -59,33 +61,30 @@ void TResolutionChartScene::AddFrame()
 }
 
 /// Three upright and three level bars, each five bars long.
-void TResolutionChartScene::AddBars(double left, double top, double barPixels)
+void TResolutionChartScene::AddBars(double left, double top, double bar, double ink)
 {
-  const double length = 5.0 * barPixels;
+  const double length = 5.0 * bar;
   for (int i = 0; i < 3; ++i) {
-    const double across = 2.0 * i * barPixels;
-    patches_.push_back({left + across, top, left + across + barPixels, top + length, kFullInk});
-    const double beside = left + 7.0 * barPixels;
-    patches_.push_back({beside, top + across, beside + length, top + across + barPixels, kFullInk});
+    const double across = 2.0 * i * bar;
+    patches_.push_back({left + across, top, left + across + bar, top + length, ink});
+    const double beside = left + 7.0 * bar;
+    patches_.push_back({beside, top + across, beside + length, top + across + bar, ink});
   }
 }
 
-/// Columns of ever finer bars left and right of the star, down to below one pixel.
-void TResolutionChartScene::AddBarGroups()
+/// Columns of ever finer bars.
+void TResolutionChartScene::AddBarGroup(double left, double ink)
 {
   double bar = kLargestBar;
-  for (const double side : {0.075, 0.74}) {
-    double left = side;
-    for (int column = 0; column < kBarColumns; ++column) {
-      double top = 0.13;
-      const double widest = bar;
-      for (int element = 0; element < kElementsPerColumn; ++element) {
-        AddBars(left, top, bar);
-        top += 7.5 * bar;
-        bar /= std::exp2(1.0 / 6.0);
-      }
-      left += 14.0 * widest;
+  for (int column = 0; column < kBarColumns; ++column) {
+    double top = 0.13;
+    const double widest = bar;
+    for (int element = 0; element < kElementsPerColumn; ++element) {
+      AddBars(left, top, bar, ink);
+      top += 7.5 * bar;
+      bar /= std::exp2(1.0 / 6.0);
     }
+    left += 13.2 * widest;
   }
 }
 
@@ -109,8 +108,9 @@ void TResolutionChartScene::PrintPatches(int row, int left, std::span<float> val
     const double to = originX_ + patch.right * sidePixels_;
     const int last = std::min(end, static_cast<int>(std::ceil(to)));
     for (int column = std::max(left, static_cast<int>(std::floor(from))); column < last; ++column) {
-      const double cover = patch.ink * down * Overlap(from, to, column);
-      values[static_cast<std::size_t>(column - left)] *= static_cast<float>(1.0 - cover);
+      float& value = values[static_cast<std::size_t>(column - left)];
+      const double printed = groundPhotonsPerSecond_ * (1.0 - patch.ink);
+      value += static_cast<float>((printed - value) * down * Overlap(from, to, column));
     }
   }
 }

@@ -6,7 +6,8 @@
 
 namespace vxsim {
 
-/// Dark print on a lit ground, scaled to the sensor. Bars of a group are in the ratio of the sixth root of two.
+/// Dark print on a lit ground, scaled to the sensor. Each bar element is smaller than the last by the sixth
+/// root of two; at the right they stand in white on black.
 class TResolutionChartScene final : public IScene
 {
 public:
@@ -27,8 +28,8 @@ private:
   };
 
   void AddFrame();
-  void AddBars(double left, double top, double barPixels);
-  void AddBarGroups();
+  void AddBars(double left, double top, double bar, double ink);
+  void AddBarGroup(double left, double ink);
   void AddGreyWedge();
   void PrintPatches(int row, int left, std::span<float> values) const;
   void PrintStar(int row, int left, std::span<float> values) const;

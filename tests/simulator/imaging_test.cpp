@@ -159,6 +159,22 @@ TEST(FrameNoise, SmallMeansArePoissonDistributed)
   }
 }
 
+TEST(FrameNoise, StaysSkewedUnderReadNoise)
+{
+  TFrameSettings settings = PlainSettings(512);
+  settings.readout.gainElectronsPerCount = 1.0;
+  settings.readout.readNoiseElectrons = 0.8;
+  for (const double electrons : {0.4, 1.37, 5.9}) {
+    settings.scene.flatPhotonsPerSecond = electrons;
+    const TCounts counts = RenderCounts(settings);
+    const double mean = Mean(counts);
+    double cubes = 0.0;
+    for (const std::int32_t count : counts) cubes += std::pow(count - mean, 3);
+    const double thirdMoment = cubes / static_cast<double>(counts.size()); // of a Poisson distribution its mean
+    EXPECT_NEAR(thirdMoment, electrons, 0.1 * electrons + 0.03 * std::pow(electrons, 1.5));
+  }
+}
+
 TEST(FrameNoise, PixelsAndFramesAreIndependent)
 {
   TFrameSettings settings = PlainSettings(512);
@@ -253,6 +269,26 @@ TEST(Saturation, StopsAtFullWellAndAtTheConverter)
   settings.geometry.encoding = EPixelEncoding::Mono32;
   counts = RenderCounts(settings);
   EXPECT_EQ(counts, TCounts(counts.size(), 3 * 4095));
+}
+
+TEST(Saturation, HoldsAtTheLimitsOfEverySetting)
+{
+  TFrameSettings settings = PlainSettings(64);
+  settings.sensor.darkElectronsPerSecond = 1e9;
+  settings.sensor.darkDoublingCelsius = 0.1;
+  settings.sensor.hotPixelFraction = 0.1;
+  settings.exposure.sensorCelsius = 1000.0;
+  settings.scene.brightness = 1e9;
+  settings.scene.flatPhotonsPerSecond = 1e12;
+  settings.exposure.exposureSeconds = 1e6;
+  for (const double readNoise : {0.0, 1.0}) {
+    settings.readout.readNoiseElectrons = readNoise;
+    for (const auto kind : {ESceneKind::Flat, ESceneKind::StarField, ESceneKind::Dark}) {
+      settings.scene.kind = kind;
+      const TCounts counts = RenderCounts(settings);
+      EXPECT_NEAR(Mean(counts), 60100.0, 1.0) << SceneName(kind); // a full well at half an electron a count
+    }
+  }
 }
 
 TEST(Saturation, CountsNeverFallBelowZero)
@@ -409,7 +445,7 @@ TEST(FrameRenderer, SameSettingsGiveSameBytesInAnyOrderOnAnyThread)
 TEST(FrameRenderer, RefusesWhatMakesNoFrameAndWritesNothing)
 {
   const TFrameSettings good = PlainSettings(64);
-  std::vector<TFrameSettings> bad(9, good);
+  std::vector<TFrameSettings> bad(10, good);
   bad[0].geometry.widthPixels = 65;
   bad[1].geometry.topPixels = 1;
   bad[2].geometry.verticalBin = 0;
@@ -420,6 +456,8 @@ TEST(FrameRenderer, RefusesWhatMakesNoFrameAndWritesNothing)
   bad[6].exposure.exposureSeconds = std::nan("");
   bad[7].exposure.accumulations = 0;
   bad[8].geometry.leftPixels = 2147483647;
+  bad[9].geometry.tracks.assign(8000, {0, 64});
+  bad[9].geometry.heightPixels = 8000;
   TFrameRenderer renderer;
   TBytes buffer(64 * 64 * 2, 0x5A);
   for (std::size_t i = 0; i < bad.size(); ++i) {
@@ -446,13 +484,13 @@ TEST(PixelKernel, PortableAndFastPathAgreeBitForBit)
   readout.countsPerElectron = 1.9f;
   readout.baselineCounts = 100.5f;
   using EShotNoise = TPixelKernel::EShotNoise;
-  for (const auto noise : {EShotNoise::None, EShotNoise::Normal, EShotNoise::Mixed})
+  for (const auto noise : {EShotNoise::None, EShotNoise::Blended, EShotNoise::Exact})
     for (const std::size_t first : {std::size_t{0}, rates.size() / 4}) {
       TCounts fast(rates.size(), -1);
       TCounts portable(rates.size(), -1);
       const auto block = std::span<const float>(rates).subspan(0, rates.size() - first);
       for (std::uint64_t frame = 0; frame < 50; ++frame) {
-        const TNoiseDraw draw = TNoiseTable::Shared().Draw(TNoiseTable::FrameKey(7, 1, frame), frame);
+        const TNoiseDraw draw = TNoiseTable::Shared().Draw(TNoiseTable::FrameKey(7, 1, frame), frame, 0.0011f);
         TPixelKernel::Run(readout, noise, draw, block, fast.data());
         TPixelKernel::RunPortable(readout, noise, draw, block, portable.data());
         ASSERT_EQ(fast, portable) << static_cast<int>(noise);
