@@ -47,12 +47,12 @@ using EShotNoise = TPixelKernel::EShotNoise;
 {
   for (std::size_t i = 0; i < pixels; ++i) {
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
-    const bool saturated = !(mean < readout.fullWellElectrons);
-    const float aboveBase = mean - draw.baseMean;
-    const float drawn = static_cast<float>(draw.base[i]) + aboveBase;
-    const float level = saturated ? readout.fullWellElectrons : drawn;
-    float shotVariance = saturated ? 0.0f : aboveBase;
-    shotVariance = shotVariance > 0.0f ? shotVariance : 0.0f;
+    const float held = mean < readout.fullWellElectrons ? mean : readout.fullWellElectrons;
+    const float hasShotNoise =
+        mean < readout.fullWellElectrons ? 1.0f : 0.0f; // a factor: compilers keep it a vector
+    const float level = held + (static_cast<float>(draw.base[i]) - draw.baseMean) * hasShotNoise;
+    float shotVariance = (mean - draw.baseMean) * hasShotNoise;
+    shotVariance = shotVariance > 0.0f ? shotVariance : 0.0f; // 0 too where the mean overflowed
     const float unit = static_cast<float>(draw.normal[i]) * draw.normalScale;
     const float electrons = level + std::sqrt(shotVariance + readout.readVariance) * unit;
     counts[i] = ToCounts(readout, electrons < readout.ceilingElectrons ? electrons : readout.ceilingElectrons);
@@ -79,8 +79,7 @@ using EShotNoise = TPixelKernel::EShotNoise;
   std::int32_t large = 0;
   for (std::size_t i = 0; i < pixels; ++i) {
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
-    const std::int32_t isLarge = mean < TNoiseTable::kLargestMean ? 0 : -1;
-    large |= isLarge;
+    large += mean < TNoiseTable::kLargestMean ? 0 : 1;
     const std::int32_t chance = ((draw.index[i] >> kPoissonLog2) << (kFractionBits - kSpareBits)) +
                                 ((draw.normal[i] & kLowNormalMask) << (kFractionBits - kSpareBits - 8));
     const std::int32_t level =
@@ -107,11 +106,12 @@ using EShotNoise = TPixelKernel::EShotNoise;
   }
   for (std::size_t i = 0; i < pixels; ++i) {
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
-    const bool isDrawn = mean < TNoiseTable::kLargestMean;
-    const bool saturated = !(mean < readout.fullWellElectrons);
-    const float largeLevel = saturated ? readout.fullWellElectrons : mean;
-    const float level = isDrawn ? static_cast<float>(electrons[i]) : largeLevel;
-    const float shotVariance = isDrawn || saturated ? 0.0f : mean;
+    const float held = mean < readout.fullWellElectrons ? mean : readout.fullWellElectrons;
+    const float isLarge = mean < TNoiseTable::kLargestMean ? 0.0f : 1.0f;
+    const float hasShotNoise = mean < readout.fullWellElectrons ? isLarge : 0.0f;
+    const float level = held * isLarge + static_cast<float>(electrons[i]); // one of them is 0
+    float shotVariance = mean * hasShotNoise;
+    shotVariance = shotVariance > 0.0f ? shotVariance : 0.0f;
     const float unit = static_cast<float>(draw.normal[i]) * draw.normalScale;
     const float noisy = level + std::sqrt(shotVariance + readout.readVariance) * unit;
     counts[i] = ToCounts(readout, noisy < readout.ceilingElectrons ? noisy : readout.ceilingElectrons);
