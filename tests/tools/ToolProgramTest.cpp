@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The program as a whole: exit codes, files and counts, with simulated cameras configured by each test.
+#include "simulator/imaging/TCounterPattern.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ImageFixtures.h"
 
@@ -225,6 +226,25 @@ TEST_F(ToolProgram, FramesLostInTheCameraAreCountedAndReported)
     EXPECT_EQ(Count(outcome, "written"), mode == std::string("series") ? 58 : 60)
         << "a series sends none in their place";
     EXPECT_NE(outcome.errors.find("2 frames are missing"), std::string::npos) << outcome.errors;
+  }
+}
+
+TEST_F(ToolProgram, EveryImageWrittenIsTheWholeFrameOfItsNumber)
+{
+  // Frames as fast as they can be made: far ahead of the program, so that images may be overwritten.
+  Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nClock = free\nScene = counter\n");
+  const TOutcome outcome = Run({"acquire", "--mode", "continuous", "--frames", "150", "--exposure", "0.001",
+                                "--json", "--output", directory_.File("cube.fits")});
+  ExpectCountsAddUp(outcome);
+  EXPECT_EQ(outcome.exitCode, Count(outcome, "overwritten") > 0 ? 5 : 0) << outcome.errors;
+  const TFitsCube cube = ReadFits(directory_.File("cube.fits"), PixelDepth::Bits16);
+  ASSERT_EQ(cube.images, 150);
+  const std::size_t bytes = cube.pixels.size() / 150;
+  for (std::size_t image = 0; image < 150; ++image) {
+    const auto* start = reinterpret_cast<const unsigned char*>(cube.pixels.data()) + image * bytes;
+    const auto result = vxsim::TCounterPattern::VerifyAny({start, bytes});
+    EXPECT_EQ(result.fault, vxsim::EFrameFault::None) << "image " << image << ": " << FrameFaultName(result.fault);
+    EXPECT_EQ(static_cast<long long>(result.head.frameNumber), cube.numbers[image]);
   }
 }
 
