@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+// Choosing, opening and closing cameras, and the version.
+#include "tests/support/SimulatedCameraTest.h"
+
+#include <cstring>
+
+namespace {
+
+class Selection : public SimulatedCameraTest
+{
+protected:
+  Selection() : SimulatedCameraTest(kTwoManualCameras) {}
+};
+
+TEST_F(Selection, HandlesCountUpFrom101)
+{
+  long count = 0;
+  EXPECT_EQ(GetAvailableCameras(&count), RC_SUCCESS);
+  EXPECT_EQ(count, 2);
+  EXPECT_EQ(VXSIM_GetInitialiseCount(), 0) << "the library is let go again";
+
+  long handle = 0;
+  EXPECT_EQ(GetCameraHandle(1, &handle), RC_SUCCESS);
+  EXPECT_EQ(handle, 102);
+  for (const long index : {-1L, 2L, 1L << 40}) EXPECT_EQ(GetCameraHandle(index, &handle), RC_P1_INVALID);
+  EXPECT_EQ(handle, 102);
+  EXPECT_EQ(GetCameraHandle(0, nullptr), RC_SUCCESS);
+
+  for (const long wrong : {100L, 103L, -1L, 0L}) EXPECT_EQ(SetCurrentCamera(wrong), RC_P1_INVALID);
+  EXPECT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+  EXPECT_EQ(GetCurrentCamera(&handle), RC_SUCCESS);
+  EXPECT_EQ(handle, 102);
+}
+
+TEST_F(Selection, UncountableCamerasCannotBeChosen)
+{
+  VXSIM_AddFault("call VX_GetInt feature DeviceCount any rc 53");
+  long value = 77;
+  EXPECT_EQ(GetAvailableCameras(&value), RC_NOT_SUPPORTED);
+  EXPECT_EQ(GetCameraHandle(0, &value), RC_NOT_SUPPORTED);
+  EXPECT_EQ(SetCurrentCamera(102), RC_NOT_SUPPORTED);
+  EXPECT_EQ(value, 77);
+  GetCurrentCamera(&value);
+  EXPECT_EQ(value, 101);
+}
+
+TEST_F(Selection, TwoCamerasAreOpenAtOnceAndSwitchedBetween)
+{
+  int handles[2] = {};
+  EXPECT_EQ(GetSDK3Handle(nullptr), RC_P1_INVALID);
+  EXPECT_EQ(GetSDK3Handle(&handles[0]), RC_SUCCESS);
+  EXPECT_EQ(handles[0], -1) << "not open yet";
+
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+  EXPECT_EQ(SetExposureTime(0.01F), RC_NOT_INITIALIZED) << "chosen, but not opened";
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  int width = 0;
+  int height = 0;
+  EXPECT_EQ(GetDetector(&width, &height), RC_SUCCESS);
+  EXPECT_EQ(width, 512);
+  GetSDK3Handle(&handles[1]);
+
+  ASSERT_EQ(SetCurrentCamera(101), RC_SUCCESS);
+  EXPECT_EQ(GetDetector(&width, &height), RC_SUCCESS);
+  EXPECT_EQ(width, 2048);
+  GetSDK3Handle(&handles[0]);
+  EXPECT_NE(handles[0], handles[1]);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 2);
+
+  ASSERT_EQ(ShutDown(), RC_SUCCESS);
+  EXPECT_EQ(GetDetector(&width, &height), RC_NOT_INITIALIZED);
+  ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+  EXPECT_EQ(GetDetector(&width, &height), RC_SUCCESS) << "the other one is still open";
+}
+
+TEST_F(Selection, OpeningTwiceAndClosingTwice)
+{
+  EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED);
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  VXSIM_StartCallLog(1);
+  EXPECT_EQ(Initialize(nullptr), RC_SUCCESS);
+  EXPECT_EQ(VXSIM_GetCallCount(), 0u) << "an open camera is left alone";
+  EXPECT_EQ(ShutDown(), RC_SUCCESS);
+  EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED);
+}
+
+TEST_F(Selection, OpenAndCloseAskTheCameraInAFixedOrder)
+{
+  VXSIM_StartCallLog(1);
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  EXPECT_EQ(LoggedCalls(),
+            (std::vector<std::string>{"VX_InitialiseLibrary -> 0", "VX_Open 0 -> 0",
+                                      "VX_IsImplemented CameraModel -> 0", "VX_SetBool MetadataEnable 1 -> 0"}));
+  VXSIM_StartCallLog(1);
+  ASSERT_EQ(ShutDown(), RC_SUCCESS);
+  EXPECT_EQ(LoggedCalls(),
+            (std::vector<std::string>{"VX_GetBool CameraAcquiring -> 0", "VX_SetBool MetadataEnable 0 -> 0",
+                                      "VX_Close -> 0", "VX_FinaliseLibrary -> 0"}));
+}
+
+TEST_F(Selection, WhatCannotBeOpenedLeavesNothingBehind)
+{
+  VXSIM_AddFault("call VX_Open at 1 rc 42");
+  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
+  VXSIM_ClearFaults();
+  VXSIM_AddFault("call VX_IsImplemented feature CameraModel at 1 out 2");
+  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
+  EXPECT_EQ(VXSIM_GetInitialiseCount(), 0);
+  EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED);
+  VXSIM_ClearFaults();
+  EXPECT_EQ(Initialize(nullptr), RC_SUCCESS);
+}
+
+TEST(Version, IsReportedInEveryForm)
+{
+  unsigned int v[6] = {9, 9, 9, 9, 9, 9};
+  EXPECT_EQ(getSDKVersion(&v[0], &v[1], &v[2], &v[3]), RC_SUCCESS);
+  EXPECT_EQ(std::vector<unsigned int>(v, v + 4), (std::vector<unsigned int>{2, 94, 32007, 0}));
+  EXPECT_EQ(GetSoftwareVersion(&v[0], &v[1], &v[2], &v[3], &v[4], &v[5]), RC_SUCCESS);
+  EXPECT_EQ(std::vector<unsigned int>(v, v + 6), (std::vector<unsigned int>{0, 0, 0, 0, 94, 2}));
+
+  char text[32] = {};
+  EXPECT_EQ(GetVersionInfo(VXMCD_VERSION_LIBRARY, text, sizeof text), RC_SUCCESS);
+  EXPECT_STREQ(text, "2.94.32007.0");
+  EXPECT_EQ(GetVersionInfo(VXMCD_VERSION_DRIVER, text, sizeof text), RC_NOT_AVAILABLE);
+  EXPECT_STREQ(text, "Unknown");
+}
+
+TEST(Version, TextIsCutWithoutATerminatorAndChecksHaveTheirOrder)
+{
+  char text[8];
+  std::memset(text, 'x', sizeof text);
+  EXPECT_EQ(GetVersionInfo(VXMCD_VERSION_LIBRARY, text, 4), RC_SUCCESS);
+  EXPECT_EQ(std::string(text, 8), "2.94xxxx");
+  EXPECT_EQ(GetVersionInfo(0x40000002, nullptr, 0), RC_P1_INVALID);
+  EXPECT_EQ(GetVersionInfo(VXMCD_VERSION_LIBRARY, nullptr, 0), RC_P3_INVALID);
+  EXPECT_EQ(GetVersionInfo(VXMCD_VERSION_LIBRARY, nullptr, 4), RC_P2_INVALID);
+}
+
+} // namespace
