@@ -45,7 +45,12 @@ private:
 } // namespace
 
 TAcquisition::TAcquisition(TCameraState& state, TDeviceStatus& status, std::mutex& deviceMutex, int device)
-    : state_(state), status_(status), deviceMutex_(deviceMutex), device_(device), timestampZeroNs_(Now())
+    : state_(state),
+      status_(status),
+      deviceMutex_(deviceMutex),
+      device_(device),
+      paced_(state.configuration.clock == EClock::Real && state.configuration.source == ESource::Sensor),
+      timestampZeroNs_(Now())
 {
 }
 
@@ -235,12 +240,6 @@ VXSIM_Statistics TAcquisition::Statistics() const
   return statistics;
 }
 
-/// Whether the camera's own thread makes the frames at the pace of the wall clock.
-bool TAcquisition::IsPaced() const
-{
-  return state_.configuration.clock == EClock::Real && state_.configuration.source == ESource::Sensor;
-}
-
 int64_t TAcquisition::Now() const
 {
   if (!IsPaced()) return freeNowNs_;
@@ -289,7 +288,7 @@ void TAcquisition::Run()
     else if (end > Now())
       work_.wait_until(lock, TClock::time_point(std::chrono::nanoseconds(end)));
     else {
-      TExposedFrame frame = Expose();
+      TExposedFrame frame{.content = Expose(), .pushed = false, .bytes = {}, .faults = {}};
       if (TakeFaults(frame)) Store(lock, std::move(frame));
       EndIfComplete();
     }
@@ -309,28 +308,40 @@ bool TAcquisition::MakeFrame(TDeviceLock& lock)
   if (!state_.acquiring || state_.configuration.source == ESource::Manual) return false;
   if (NextEndNs() == TFrameSchedule::kNever) return false;
 
-  TExposedFrame frame = Expose();
+  if (painter_.IsInstant() && TFaultPlan::IsEmpty()) {
+    MakeInstantFrame();
+    return true;
+  }
+  TExposedFrame frame{.content = Expose(), .pushed = false, .bytes = {}, .faults = {}};
   if (TakeFaults(frame)) Store(lock, std::move(frame));
   EndIfComplete();
   return true;
 }
 
-TAcquisition::TExposedFrame TAcquisition::Expose()
+/// The shortest way of a frame, for measuring everything but the camera.
+void TAcquisition::MakeInstantFrame()
+{
+  const TFramePainter::TFrame content = Expose();
+  const TBuffer buffer = queued_.Pop();
+  painter_.Paint(content, buffer.bytes);
+  lastDelivered_ = {buffer.bytes, static_cast<int>(imageSizeBytes_), VX_SUCCESS, true};
+  ready_.Push(lastDelivered_);
+  EndIfComplete();
+}
+
+TFramePainter::TFrame TAcquisition::Expose()
 {
   const int64_t start = schedule_.Take();
   if (!IsPaced()) freeNowNs_ = start + schedule_.Timing().durationNs;
   ++status_.statistics.framesProduced;
-  TExposedFrame frame;
-  frame.content = {++frameNumber_, runNumber_, start - runStartNs_, schedule_.Timing().exposureSeconds,
-                   Ticks(start)};
-  return frame;
+  return {++frameNumber_, runNumber_, start - runStartNs_, schedule_.Timing().exposureSeconds, Ticks(start)};
 }
 
 /// Lets the fault plan at a frame that was just exposed. False: there is no frame any more.
 bool TAcquisition::TakeFaults(TExposedFrame& frame)
 {
+  if (TFaultPlan::IsEmpty()) return true;
   TFaultPlan& plan = TFaultPlan::Instance();
-  if (plan.IsEmpty()) return true;
   for (const TFaultRule& rule : plan.OnFrame(EFaultSubject::Camera, device_)) {
     const TClock::time_point end = TClock::now() + std::chrono::nanoseconds(rule.durationNs);
     if (rule.action == EFaultAction::Stall) {

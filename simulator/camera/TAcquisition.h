@@ -74,7 +74,7 @@ private:
     std::vector<TFaultRule> faults;
   };
 
-  bool IsPaced() const;
+  bool IsPaced() const { return paced_; }
   int64_t Now() const;
   int64_t Ticks(int64_t ns) const;
   void Prepare();
@@ -82,7 +82,8 @@ private:
 
   void Run();
   bool MakeFrame(TDeviceLock& lock);
-  TExposedFrame Expose();
+  void MakeInstantFrame();
+  TFramePainter::TFrame Expose();
   bool TakeFaults(TExposedFrame& frame);
   int Store(TDeviceLock& lock, TExposedFrame frame);
   void Deliver(TDeviceLock& lock, TExposedFrame& frame);
@@ -101,6 +102,7 @@ private:
   TDeviceStatus& status_;
   std::mutex& deviceMutex_;
   const int device_;
+  const bool paced_; ///< the camera's own thread makes the frames at the pace of the wall clock
 
   // All guarded by deviceMutex_.
   std::condition_variable changed_; ///< for waiting callers

@@ -20,7 +20,7 @@ class TFaultPlan final
 public:
   static TFaultPlan& Instance();
 
-  bool IsEmpty() const { return !active_.load(std::memory_order_relaxed); }
+  static bool IsEmpty() { return !active_.load(std::memory_order_relaxed); }
 
   bool Add(const std::string& line, std::string& error);
   void Clear();
@@ -45,7 +45,7 @@ private:
   TFaultPlan() = default;
   bool Matches(TEntry& entry);
 
-  std::atomic<bool> active_{false};
+  inline static std::atomic<bool> active_{false};
   std::atomic<uint64_t> fired_{0};
 
   std::mutex mutex_; // guards what follows

@@ -16,7 +16,7 @@ class TCallLog final
 public:
   static TCallLog& Instance();
 
-  bool IsOn() const { return on_.load(std::memory_order_relaxed); }
+  static bool IsOn() { return on_.load(std::memory_order_relaxed); }
   bool WantsWaits() const { return withWaits_.load(std::memory_order_relaxed); }
 
   void Start(bool withWaits);
@@ -30,7 +30,7 @@ public:
 private:
   TCallLog() = default;
 
-  std::atomic<bool> on_{false};
+  inline static std::atomic<bool> on_{false};
   std::atomic<bool> withWaits_{true};
   std::mutex mutex_; // guards what follows
   std::vector<std::string> lines_;

@@ -84,7 +84,7 @@ int ActOnCall(const TCallInfo& info, const TFaultRule& rule, const std::function
 int RunWithFaults(const TCallInfo& info, const std::function<int()>& body)
 {
   TFaultPlan& plan = TFaultPlan::Instance();
-  if (plan.IsEmpty()) return body();
+  if (TFaultPlan::IsEmpty()) return body();
   const int device = DeviceOf(info);
   const std::optional<TFaultRule> onCall = plan.OnCall(info.function, FeatureOf(info), device);
   if (onCall && onCall->action != EFaultAction::Delay) return ActOnCall(info, *onCall, body);

@@ -66,7 +66,7 @@ int RunInstrumented(const TCallInfo& info, const std::function<int()>& body);
 template <typename Body>
 int RunCall(const TCallInfo& info, Body&& body)
 {
-  if (TFaultPlan::Instance().IsEmpty() && !TCallLog::Instance().IsOn()) [[likely]] {
+  if (TFaultPlan::IsEmpty() && !TCallLog::IsOn()) [[likely]] {
     return body();
   }
   return RunInstrumented(info, std::function<int()>(std::ref(body)));
