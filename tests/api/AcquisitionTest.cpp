@@ -242,7 +242,7 @@ TEST_F(Acquisition, AbortIsOverInAMoment)
 {
   Open();
   SetAcquisitionMode(5);
-  for (int round = 0; round < 50; ++round) {
+  for (int round = 0; round < 10; ++round) {
     ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
     ASSERT_EQ(AbortAcquisition(), RC_SUCCESS);
     ASSERT_EQ(Status(), RC_IDLE);
