@@ -12,7 +12,9 @@
 #include "utility/TQuorinLibDebugOutput.h"
 #include "vxcore.h"
 
+#include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <exception>
 #include <utility>
 
@@ -24,6 +26,9 @@ namespace {
 
 constexpr bool kPerformanceLog = false;
 constexpr int kFetchSliceMs = 100;
+constexpr std::uint64_t kMicrosecondsPerMs = 1000;
+constexpr std::uint64_t kMicrosecondsPerSecond = 1000000;
+constexpr std::uint64_t kNanosecondsPerMicrosecond = 1000;
 
 // A camera that does not answer fails at once; without a pause the thread would spin until the time-out.
 constexpr std::uint64_t kFastFailureUs = 5000;
@@ -34,6 +39,21 @@ TQuorinTime Now()
   TQuorinTime now;
   now.GetCurrentSystemTime();
   return now;
+}
+
+// As Now(), but up to a timer tick behind, for a fifth of the price. Most frames need no time at all.
+TQuorinTime RecentNow()
+{
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  return TQuorinTime(static_cast<std::uint64_t>(now.tv_sec) * kMicrosecondsPerSecond +
+                     static_cast<std::uint64_t>(now.tv_nsec) / kNanosecondsPerMicrosecond);
+}
+
+// When a slice began that ended without a frame: it lasts no longer than its length, so its end tells that best.
+TQuorinTime BeginOfSlice(TQuorinTime notBefore, TQuorinTime end)
+{
+  return TQuorinTime(std::max(notBefore.Microseconds(), end.Microseconds() - kFetchSliceMs * kMicrosecondsPerMs));
 }
 
 } // namespace
@@ -186,13 +206,14 @@ void TAcquisitionThread::TakeFrames()
 int TAcquisitionThread::Fetch(unsigned char*& buffer, int& sizeBytes)
 {
   const std::uint64_t limitMs = static_cast<std::uint64_t>(static_cast<std::int64_t>(timeoutMs_));
-  TQuorinTime start = Now();
+  TQuorinTime start = RecentNow();
   TQuorinTime last = start;
-  for (;;) {
+  for (bool isFirst = true;; isFirst = false) {
     const int result = fetchQueue_->Fetch(buffer, sizeBytes, kFetchSliceMs);
     if (result != TFetchQueue::kNoFrame) return result;
 
     const TQuorinTime now = Now();
+    if (isFirst) start = BeginOfSlice(start, now);
     // A clock that was set back tells nothing about the time that has passed: count from here.
     if (now.Microseconds() < start.Microseconds()) start = now;
     if (now.Microseconds() / 1000 - start.Microseconds() / 1000 >= limitMs || IsEnding()) return result;

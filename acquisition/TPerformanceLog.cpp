@@ -22,7 +22,7 @@ void TPerformanceLog::Close()
   if (file_.is_open()) file_.close();
 }
 
-void TPerformanceLog::Write(const char* message, long frameNumber)
+void TPerformanceLog::WriteLine(const char* message, long frameNumber)
 {
   if (!file_.is_open()) return;
   TQuorinTime now;

@@ -16,9 +16,14 @@ public:
   /// Closes the file for good: a thread logs its first run only.
   void Close();
   /// @p message must be a constant; nothing is made of it while the log is off.
-  void Write(const char* message, long frameNumber);
+  void Write(const char* message, long frameNumber)
+  {
+    if (enabled_) WriteLine(message, frameNumber);
+  }
 
 private:
+  void WriteLine(const char* message, long frameNumber);
+
   bool enabled_;
   std::ofstream file_;
 };
