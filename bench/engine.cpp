@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: MIT
+// What a frame costs on its road through the library, against a bare VX_WaitBuffer / VX_QueueBuffer loop on the
+// same camera with the same slots; and tiny frames from the camera to the application.
+//
+// The road is measured through the exported interface: a run until abort, whose frames are counted over a stretch
+// of time. The camera makes a frame inside VX_WaitBuffer, so both loops pay for it on their own thread. `cpu_*` is
+// processor time of the loop's thread, `wall_*` time on the clock; `ratio` and `added` are medians over rounds
+// that measure both in turns. On a loaded machine look at the processor time.
+#include "BenchmarkCamera.h"
+#include "BenchmarkSetting.h"
+#include "Rounds.h"
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <pthread.h>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int kWidth = 8;
+constexpr int kHeight = 4;
+constexpr int kRounds = 41;
+constexpr int kSeries = 3;
+constexpr auto kStretch = std::chrono::milliseconds(40);
+constexpr long kBareFrames = 200'000;
+constexpr int kWaitMs = 1000;
+
+/// A thread that is blocked in WaitForAcquisition whenever no news is there, while the object lives.
+class Waiter
+{
+public:
+  Waiter() : thread_([this] { wait(); }) {}
+  ~Waiter()
+  {
+    ends_ = true;
+    CancelWait();
+    thread_.join();
+  }
+  Waiter(const Waiter&) = delete;
+  Waiter& operator=(const Waiter&) = delete;
+
+  double cpuSeconds()
+  {
+    clockid_t clock{};
+    pthread_getcpuclockid(thread_.native_handle(), &clock);
+    return secondsOfClock(clock);
+  }
+  long wakes() const { return wakes_; }
+
+private:
+  void wait()
+  {
+    while (!ends_)
+      if (WaitForAcquisition() == RC_SUCCESS) ++wakes_;
+  }
+
+  std::atomic<bool> ends_{false};
+  std::atomic<long> wakes_{0};
+  std::thread thread_;
+};
+
+struct Cost
+{
+  double cpuNs;
+  double wallNs;
+};
+
+Cost bareCost(BareCamera& bare)
+{
+  bare.queueAll();
+  bare.start();
+  bare.loop(kBareFrames / 10);
+  const double cpu = secondsOfClock(CLOCK_THREAD_CPUTIME_ID);
+  const double wall = secondsOfClock(CLOCK_MONOTONIC);
+  bare.loop(kBareFrames);
+  const Cost cost{(secondsOfClock(CLOCK_THREAD_CPUTIME_ID) - cpu) * 1e9 / kBareFrames,
+                  (secondsOfClock(CLOCK_MONOTONIC) - wall) * 1e9 / kBareFrames};
+  bare.stop();
+  return cost;
+}
+
+/// @p wakesPerFrame gets how often the waiter, if there is one, was woken.
+Cost roadCost(BenchmarkCamera& camera, bool withWaiter, double& wakesPerFrame)
+{
+  camera.startUntilAborted();
+  std::unique_ptr<Waiter> waiter;
+  if (withWaiter) waiter = std::make_unique<Waiter>();
+  std::this_thread::sleep_for(kStretch / 10); // the first pass through the ring is over
+
+  // All processor time that is neither the waiter's nor this thread's is the acquisition thread's.
+  const auto cpuSeconds = [&waiter] {
+    return secondsOfClock(CLOCK_PROCESS_CPUTIME_ID) - secondsOfClock(CLOCK_THREAD_CPUTIME_ID) -
+           (waiter ? waiter->cpuSeconds() : 0.0);
+  };
+  const long wakes = waiter ? waiter->wakes() : 0;
+  const double cpu = cpuSeconds();
+  const double wall = secondsOfClock(CLOCK_MONOTONIC);
+  const long frames = camera.framesSoFar();
+  std::this_thread::sleep_for(kStretch);
+  const double cpuSpent = cpuSeconds() - cpu;
+  const double wallSpent = secondsOfClock(CLOCK_MONOTONIC) - wall;
+  const auto counted = static_cast<double>(camera.framesSoFar() - frames);
+  if (waiter) wakesPerFrame = static_cast<double>(waiter->wakes() - wakes) / counted;
+  waiter.reset();
+  require(AbortAcquisition() == RC_SUCCESS, "AbortAcquisition");
+  return {cpuSpent * 1e9 / counted, wallSpent * 1e9 / counted};
+}
+
+void road(benchmark::State& state, bool withMetadata, bool withWaiter)
+{
+  BenchmarkCamera camera(kWidth, kHeight);
+  require(SetMetaData(withMetadata ? 1 : 0) == RC_SUCCESS, "SetMetaData");
+  BareCamera bare(camera);
+  Rounds cpu;
+  Rounds wall;
+  std::vector<double> wakes;
+  for (auto _ : state) {
+    Cost bareOnce{};
+    Cost roadOnce{};
+    double wakesPerFrame = 0;
+    cpu.run(
+        [&] {
+          bareOnce = bareCost(bare);
+          return bareOnce.cpuNs;
+        },
+        [&] {
+          roadOnce = roadCost(camera, withWaiter, wakesPerFrame);
+          return roadOnce.cpuNs;
+        });
+    wall.run([&] { return bareOnce.wallNs; }, [&] { return roadOnce.wallNs; });
+    wakes.push_back(wakesPerFrame);
+    state.SetIterationTime(roadOnce.wallNs * 1e-9);
+  }
+  state.counters["cpu_bare_ns"] = cpu.baseline();
+  state.counters["cpu_road_ns"] = cpu.measured();
+  state.counters["cpu_added_ns"] = cpu.difference();
+  state.counters["cpu_ratio"] = cpu.ratio();
+  state.counters["wall_bare_ns"] = wall.baseline();
+  state.counters["wall_road_ns"] = wall.measured();
+  state.counters["wall_added_ns"] = wall.difference();
+  state.counters["wall_ratio"] = wall.ratio();
+  if (withWaiter) state.counters["wakes_per_frame"] = median(wakes);
+}
+
+/// The shortest that taking and copying out can be: everything on one thread.
+double bareFrameRate(BenchmarkCamera& camera, BareCamera& bare, long frames)
+{
+  std::vector<unsigned char> output(camera.frameBytes());
+  camera.setUntilAborted();
+  bare.queueAll();
+  bare.start();
+  const double begin = secondsOfClock(CLOCK_MONOTONIC);
+  bare.loop(frames, [&output](const unsigned char* buffer, int sizeBytes) {
+    std::memcpy(output.data(), buffer, static_cast<std::size_t>(sizeBytes));
+    benchmark::ClobberMemory();
+  });
+  const double seconds = secondsOfClock(CLOCK_MONOTONIC) - begin;
+  bare.stop();
+  return static_cast<double>(frames) / seconds;
+}
+
+/// A series whose every image the application takes: frames a second from the start to the last one.
+double seriesFrameRate(int frames)
+{
+  unsigned short pixels[kWidth * kHeight];
+  require(SetAcquisitionMode(kSeries) == RC_SUCCESS, "SetAcquisitionMode");
+  require(SetNumberKinetics(frames) == RC_SUCCESS, "SetNumberKinetics");
+  require(StartAcquisition() == RC_SUCCESS, "StartAcquisition");
+  const double begin = secondsOfClock(CLOCK_MONOTONIC);
+  for (int taken = 0; taken < frames;) {
+    if (GetOldestImage16(pixels, kWidth * kHeight) == RC_SUCCESS)
+      ++taken;
+    else
+      require(WaitForAcquisitionTimeOut(kWaitMs) == RC_SUCCESS, "every frame of a series arrives");
+  }
+  return frames / (secondsOfClock(CLOCK_MONOTONIC) - begin);
+}
+
+/// Frames a second of an application that waits for each and takes the oldest there is, while the camera runs.
+double continuousFrameRate(BenchmarkCamera& camera, int frames)
+{
+  unsigned short pixels[kWidth * kHeight];
+  camera.startUntilAborted();
+  const double begin = secondsOfClock(CLOCK_MONOTONIC);
+  for (int taken = 0; taken < frames; ++taken) {
+    require(WaitForAcquisitionTimeOut(kWaitMs) == RC_SUCCESS, "WaitForAcquisition");
+    require(GetOldestImage16(pixels, kWidth * kHeight) == RC_SUCCESS, "GetOldestImage16");
+  }
+  const double seconds = secondsOfClock(CLOCK_MONOTONIC) - begin;
+  require(AbortAcquisition() == RC_SUCCESS, "AbortAcquisition");
+  return frames / seconds;
+}
+
+void endToEnd(benchmark::State& state, bool series)
+{
+  constexpr int kFrames = 20'000;
+  BenchmarkCamera camera(kWidth, kHeight);
+  BareCamera bare(camera);
+  Rounds rates;
+  for (auto _ : state) {
+    rates.run([&] { return bareFrameRate(camera, bare, kFrames); },
+              [&] { return series ? seriesFrameRate(kFrames) : continuousFrameRate(camera, kFrames); });
+    state.SetIterationTime(1 / rates.lastMeasured());
+  }
+  state.counters["bare_per_s"] = rates.baseline();
+  state.counters["taken_per_s"] = rates.measured();
+  state.counters["ratio"] = rates.ratio();
+}
+
+void registerRounds(const char* name, const std::function<void(benchmark::State&)>& body)
+{
+  benchmark::RegisterBenchmark(name, body)->UseManualTime()->Iterations(kRounds)->Unit(benchmark::kNanosecond);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  printBenchmarkSetting("8x4 pixels of 16 bits with a stamp, 5000 slots");
+  registerRounds("road/no_waiter", [](auto& state) { road(state, false, false); });
+  registerRounds("road/metadata/no_waiter", [](auto& state) { road(state, true, false); });
+  registerRounds("road/one_waiter", [](auto& state) { road(state, false, true); });
+  registerRounds("road/metadata/one_waiter", [](auto& state) { road(state, true, true); });
+  registerRounds("end_to_end/series", [](auto& state) { endToEnd(state, true); });
+  registerRounds("end_to_end/until_aborted", [](auto& state) { endToEnd(state, false); });
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
