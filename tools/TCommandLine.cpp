@@ -63,7 +63,7 @@ CLI::Option* AddSeconds(CLI::App& app, const std::string& name, std::optional<do
     return isNumber && value > 0.0 && value <= kLongestSeconds ? ""
                                                                : "must be a time in s, above 0 and at most 1e6";
   };
-  return app.add_option(name, target, help)->check(CLI::Validator(isTime, "SECONDS"))->type_name("");
+  return app.add_option(name, target, help)->check(CLI::Validator(isTime, ""))->type_name("SECONDS");
 }
 
 void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
@@ -99,13 +99,15 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
   AddSeconds(app, "-e,--exposure", options.exposureSeconds, "Exposure time in s");
   AddSeconds(app, "--cycle", options.cycleSeconds, "Time from one exposure to the next in s");
   app.add_option("-n,--frames", options.frames, "Number of images (series, continuous)")
-      ->check(CLI::Range(1L, 1'000'000'000L));
+      ->check(CLI::Range(1L, 1'000'000'000L).description(""))
+      ->type_name("N");
   AddWord(app, "-m,--mode", options.mode, kModes,
-          "single, accumulate (one image of several exposures), series (all images in memory), continuous (any "
-          "number of images by way of a ring); default: single, with --frames series");
+          "One image, one of several exposures, a series kept in memory, or any number by way "
+          "of a ring; default: single, with --frames series");
   app.add_option("-a,--accumulations", options.accumulations,
                  "Exposures added up to one image (accumulate, series)")
-      ->check(CLI::Range(1, 1'000'000));
+      ->check(CLI::Range(1, 1'000'000).description(""))
+      ->type_name("K");
   AddWord(app, "-t,--trigger", trigger, kTriggers, "What starts an exposure; default: internal");
   app.add_flag("--overlap", options.isOverlapped, "Expose while the exposure before is read out");
   app.add_option("-b,--bits", bits, "Bits of a pixel in the output: 8 (cameras set to 8 bits only), 16 or 32")
@@ -160,13 +162,12 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
   CLI::App* acquire = app.add_subcommand("acquire", "Take images and write them to a file");
   for (CLI::App* command : {describe, acquire})
     command->add_option("-c,--camera", options.camera, "Number of the camera, as list prints it")
-        ->check(CLI::Range(0, 10'000))
+        ->check(CLI::Range(0, 10'000).description(""))
+        ->type_name("N")
         ->capture_default_str();
   AddRunOptions(*acquire, options.acquire, trigger, bits);
   std::optional<double> timeout;
-  AddSeconds(*acquire, "--timeout", timeout,
-             "Give up after this many s without an image; default: never with a trigger "
-             "from outside, else as the camera's frame rate suggests");
+  AddSeconds(*acquire, "--timeout", timeout, "Give up after this long without an image");
   AddImageAreaOptions(*acquire, options.acquire.area);
   AddOutputOptions(*acquire, options.acquire);
   acquire->footer(kFooter);
