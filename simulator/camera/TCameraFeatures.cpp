@@ -20,6 +20,8 @@ namespace vxsim {
 namespace {
 
 constexpr long long kBaselineCounts = 100;
+constexpr long long kMaxSensorPixels = 16384;
+constexpr long long kMaxAccumulations = 100000;
 
 /// What a row of the table works with.
 struct TBuild
@@ -259,12 +261,12 @@ std::unique_ptr<IFeature> MakeBurstRate(const TBuild& b)
                                 .maximum = maximum});
 }
 
-std::unique_ptr<IFeature> MakeCount(const TBuild& b, long long& count)
+std::unique_ptr<IFeature> MakeCount(const TBuild& b, long long& count, long long limit)
 {
   return b.Int(b.IdleOnly(), {.get = [&count] { return count; },
                               .set = [&count](long long v) { count = v; },
                               .minimum = [] { return 1LL; },
-                              .maximum = [] { return static_cast<long long>(INT_MAX); }});
+                              .maximum = [limit] { return limit; }});
 }
 
 TFeatureAccess ReadOnly()
@@ -325,8 +327,9 @@ const TRow kRows[] = {
      [](const TBuild& b) {
        return b.Reading(TReal([&s = b.state] { return TFrameTiming::Of(s).readoutSeconds; }));
      }},
-    {L"AccumulateCount", [](const TBuild& b) { return MakeCount(b, b.state.accumulateCount); }, true},
-    {L"FrameCount", [](const TBuild& b) { return MakeCount(b, b.state.frameCount); }, true},
+    {L"AccumulateCount", [](const TBuild& b) { return MakeCount(b, b.state.accumulateCount, kMaxAccumulations); },
+     true},
+    {L"FrameCount", [](const TBuild& b) { return MakeCount(b, b.state.frameCount, INT_MAX); }, true},
     {L"SoftwareTrigger", MakeSoftwareTrigger},
     {L"Overlap", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.overlap); }, true},
     {L"MetadataEnable", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.metadata); }, true},
@@ -448,12 +451,40 @@ void ChangeSensor(TCameraState& state)
     const auto found = state.configuration.features.find(name);
     if (found == state.configuration.features.end() || !found->second.value) return;
     long long wanted = 0;
-    if (ReadInteger(Narrow(*found->second.value), 1LL, 65536LL, wanted)) size = wanted;
+    if (ReadInteger(Narrow(*found->second.value), 1LL, kMaxSensorPixels, wanted)) size = wanted;
   };
   change(L"SensorWidth", state.sensorWidth);
   change(L"SensorHeight", state.sensorHeight);
   state.width = state.sensorWidth;
   state.height = state.sensorHeight;
+}
+
+/// What is wrong with a configured change, in words; empty when it fits the feature. Values that are set through
+/// the feature are tried later.
+std::string FindChangeFault(const TFeatureSet& features, const std::wstring& name, const TFeatureOverride& change)
+{
+  if (change.remove) return "";
+  IFeature* feature = features.Find(name);
+  if (!feature) return "the model has no such feature";
+  long long integer = 0;
+  double number = 0.0;
+  std::wstring text;
+  int count = 0;
+  const bool isInt = feature->GetInt(integer) != VX_ERR_WRONG_KIND;
+  const bool isFloat = feature->GetFloat(number) != VX_ERR_WRONG_KIND;
+  if (change.texts && feature->GetCount(count) == VX_ERR_WRONG_KIND) return "only an enumerated feature has Texts";
+  if (change.texts && change.texts->empty()) return "Texts are missing";
+  if ((change.minimum || change.maximum) && !isInt && !isFloat) return "only a number has Min and Max";
+  const TRow* row = FindRow(name);
+  if (!change.value || !row || row->setsValue || feature->GetString(text) != VX_ERR_WRONG_KIND) return "";
+
+  const std::string value = Narrow(*change.value);
+  const bool isSize = name == L"SensorWidth" || name == L"SensorHeight";
+  const bool good =
+      isInt     ? ReadInteger(value, isSize ? 1LL : LLONG_MIN, isSize ? kMaxSensorPixels : LLONG_MAX, integer)
+      : isFloat ? ReadNumber(value, -1e300, 1e300, number)
+                : false;
+  return good ? "" : "it cannot be " + value;
 }
 
 } // namespace
@@ -482,6 +513,13 @@ bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFe
       mine.index = std::max(0, mine.Find(present));
     }
     if (!change.remove) features.Add(choice.feature, MakeChoice({state, actions, change}, choice.feature, mine));
+  }
+
+  for (const auto& [name, change] : state.configuration.features) {
+    const std::string fault = FindChangeFault(features, name, change);
+    if (fault.empty()) continue;
+    error = std::string("model ") + state.model.name + ": feature " + Narrow(name) + ": " + fault;
+    return false;
   }
 
   // Values last, and as often as it takes: what a feature may be depends on the others.

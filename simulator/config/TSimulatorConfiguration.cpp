@@ -39,6 +39,10 @@ const TKey kCameraKeys[] = {
      }},
     {"Scene",
      [](const std::string& text, TCameraConfiguration& camera) { return SceneFromName(text, camera.scene.kind); }},
+    {"Pattern",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return (text == "counter" || text == "stamp") && SceneFromName(text, camera.scene.kind);
+     }},
     {"Brightness",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 0.0, 1e6, camera.scene.brightness);
