@@ -19,7 +19,7 @@ constexpr std::size_t kSampleSize = 1'000'000;
 
 double Quantile(std::vector<double>& sample, double quantile)
 {
-  const auto index = static_cast<std::ptrdiff_t>(quantile * static_cast<double>(sample.size() - 1) + 0.5);
+  const auto index = std::lround(quantile * static_cast<double>(sample.size() - 1));
   std::nth_element(sample.begin(), sample.begin() + index, sample.end());
   return sample[static_cast<std::size_t>(index)];
 }

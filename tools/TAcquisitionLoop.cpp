@@ -46,7 +46,12 @@ RunEnd TAcquisitionLoop::Run()
 {
   start_ = lastArrival_ = Clock::now();
   const unsigned int code = camera_.Start();
-  if (code != RC_SUCCESS) return Fail("StartAcquisition", code);
+  if (code != RC_SUCCESS) {
+    Fail("StartAcquisition", code);
+    if (!settings_.isEndless && settings_.wantedImages > 1)
+      message_ += "; a series must fit into memory, --mode continuous takes any number of images";
+    return end_;
+  }
   RunEnd end = RunStarted();
   seconds_ = std::chrono::duration<double>(Clock::now() - start_).count();
 

@@ -47,6 +47,7 @@ CLI::Option* AddWord(CLI::App& app, const std::string& name, std::optional<Value
                      const std::map<std::string, Value>& words, const std::string& help)
 {
   std::vector<std::string> allowed;
+  allowed.reserve(words.size());
   for (const auto& word : words) allowed.push_back(word.first);
   return app
       .add_option_function<std::string>(
@@ -127,6 +128,7 @@ std::string Complete(TAcquireOptions& options)
     return "--accumulations: mode accumulate needs 2 or more";
   if (options.accumulations > 1 && mode != RunMode::Accumulate && mode != RunMode::Series)
     return "--accumulations: only modes accumulate and series add exposures up";
+  if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
   if (options.output.empty()) return options.format ? "--format: there is no --output" : "";
   if (options.format) return "";
   const std::size_t dot = options.output.rfind('.');

@@ -13,7 +13,7 @@ namespace vxtool {
 
 namespace {
 // Measured: the page cache takes pieces of this size about twice as fast as whole images of 8 MiB.
-constexpr std::size_t kWritePiece = 256 * 1024;
+constexpr std::size_t kWritePiece = 262'144;
 } // namespace
 
 bool IsProtectedFile(const std::string& path, bool overwrite, std::string& message)

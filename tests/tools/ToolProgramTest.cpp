@@ -115,6 +115,7 @@ TEST_F(ToolProgram, WrongCommandLinesAreExplainedWithExitCodeOne)
       {"acquire", "--size", "0x512"},
       {"acquire", "--output", "stack.jpg"},
       {"acquire", "--format", "tiff"},
+      {"acquire", "--output", "a.tif", "--preview", "a.tif"},
       {"acquire", "--camera", "-1"},
   };
   for (const std::vector<std::string>& arguments : wrong) {
