@@ -31,9 +31,16 @@ public:
   void run(Baseline&& baseline, Measured&& measured)
   {
     const bool baselineFirst = baseline_.size() % 2 == 0;
-    if (baselineFirst) baseline_.push_back(baseline());
-    measured_.push_back(measured());
-    if (!baselineFirst) baseline_.push_back(baseline());
+    double baselineValue = baselineFirst ? baseline() : 0;
+    const double measuredValue = measured();
+    if (!baselineFirst) baselineValue = baseline();
+    add(baselineValue, measuredValue);
+  }
+
+  void add(double baseline, double measured)
+  {
+    baseline_.push_back(baseline);
+    measured_.push_back(measured);
   }
 
   double baseline() const { return median(baseline_); }
