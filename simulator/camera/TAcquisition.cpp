@@ -134,6 +134,7 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
     }
     if (closed_) return VX_ERR_INVALID_HANDLE;
     if (!status_.plugged && !status_.IsPresent()) return VX_ERR_COMMUNICATION;
+    if (!IsPaced() && MakeInstantFrame(*buffer, *sizeBytes)) return VX_SUCCESS;
     if (!IsPaced() && MakeFrame(lock)) continue;
     if (timeoutMs == 0) return VX_ERR_TIMED_OUT;
 
@@ -308,25 +309,28 @@ bool TAcquisition::MakeFrame(TDeviceLock& lock)
   if (!state_.acquiring || state_.configuration.source == ESource::Manual) return false;
   if (NextEndNs() == TFrameSchedule::kNever) return false;
 
-  if (painter_.IsInstant() && TFaultPlan::IsEmpty()) {
-    MakeInstantFrame();
-    return true;
-  }
   TExposedFrame frame{.content = Expose(), .pushed = false, .bytes = {}, .faults = {}};
   if (TakeFaults(frame)) Store(lock, std::move(frame));
   EndIfComplete();
   return true;
 }
 
-/// The shortest way of a frame, for measuring everything but the camera.
-void TAcquisition::MakeInstantFrame()
+/// The shortest way of a frame, for measuring everything but the camera: straight to the caller that waits.
+bool TAcquisition::MakeInstantFrame(unsigned char*& bytes, int& sizeBytes)
 {
+  if (!painter_.IsInstant() || !TFaultPlan::IsEmpty() || !state_.acquiring || queued_.IsEmpty()) return false;
+  if (!memory_.empty() || painting_ || stalledUntil_ != TClock::time_point{}) return false;
+  if (state_.configuration.source == ESource::Manual || NextEndNs() == TFrameSchedule::kNever) return false;
+
   const TFramePainter::TFrame content = Expose();
   const TBuffer buffer = queued_.Pop();
   painter_.Paint(content, buffer.bytes);
-  lastDelivered_ = {buffer.bytes, static_cast<int>(imageSizeBytes_), VX_SUCCESS, true};
-  ready_.Push(lastDelivered_);
+  bytes = buffer.bytes;
+  sizeBytes = static_cast<int>(imageSizeBytes_);
+  lastDelivered_ = {bytes, sizeBytes, VX_SUCCESS, true};
+  ++status_.statistics.framesDelivered;
   EndIfComplete();
+  return true;
 }
 
 TFramePainter::TFrame TAcquisition::Expose()

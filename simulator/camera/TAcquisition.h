@@ -82,7 +82,7 @@ private:
 
   void Run();
   bool MakeFrame(TDeviceLock& lock);
-  void MakeInstantFrame();
+  bool MakeInstantFrame(unsigned char*& bytes, int& sizeBytes);
   TFramePainter::TFrame Expose();
   bool TakeFaults(TExposedFrame& frame);
   int Store(TDeviceLock& lock, TExposedFrame frame);
