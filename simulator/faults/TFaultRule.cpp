@@ -130,7 +130,8 @@ bool ReadAction(TWords& words, const TActionWord (&actions)[N], TFaultRule& rule
       good = !argument.empty();
       rule.text = argument;
       while (good && !words.AtEnd() && words.Peek() != "at" && words.Peek() != "from" && words.Peek() != "every") {
-        rule.text += " " + words.Take();
+        rule.text += ' ';
+        rule.text += words.Take();
       }
     }
     if (!good) error = "'" + word + "' needs another argument than '" + argument + "'";
