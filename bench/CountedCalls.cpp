@@ -31,11 +31,11 @@ void* __libc_malloc(std::size_t sizeBytes);
 void* __libc_calloc(std::size_t count, std::size_t sizeBytes);
 void* __libc_realloc(void* memory, std::size_t sizeBytes);
 void* __libc_memalign(std::size_t alignment, std::size_t sizeBytes);
-void* malloc(std::size_t sizeBytes);
-void* calloc(std::size_t count, std::size_t sizeBytes);
-void* realloc(void* memory, std::size_t sizeBytes);
-void* aligned_alloc(std::size_t alignment, std::size_t sizeBytes);
-int posix_memalign(void** memory, std::size_t alignment, std::size_t sizeBytes);
+void* malloc(std::size_t sizeBytes) noexcept;
+void* calloc(std::size_t count, std::size_t sizeBytes) noexcept;
+void* realloc(void* memory, std::size_t sizeBytes) noexcept;
+void* aligned_alloc(std::size_t alignment, std::size_t sizeBytes) noexcept;
+int posix_memalign(void** memory, std::size_t alignment, std::size_t sizeBytes) noexcept;
 int open(const char* path, int flags, ...);
 FILE* fopen(const char* path, const char* mode);
 }
@@ -153,31 +153,31 @@ CountedCalls CountedCalls::since(const CountedCalls& before) const
           readsAndWrites - before.readsAndWrites - kReadsOfALook, logBytes - before.logBytes};
 }
 
-void* malloc(std::size_t sizeBytes)
+void* malloc(std::size_t sizeBytes) noexcept
 {
   countAllocation();
   return __libc_malloc(sizeBytes);
 }
 
-void* calloc(std::size_t count, std::size_t sizeBytes)
+void* calloc(std::size_t count, std::size_t sizeBytes) noexcept
 {
   countAllocation();
   return __libc_calloc(count, sizeBytes);
 }
 
-void* realloc(void* memory, std::size_t sizeBytes)
+void* realloc(void* memory, std::size_t sizeBytes) noexcept
 {
   countAllocation();
   return __libc_realloc(memory, sizeBytes);
 }
 
-void* aligned_alloc(std::size_t alignment, std::size_t sizeBytes)
+void* aligned_alloc(std::size_t alignment, std::size_t sizeBytes) noexcept
 {
   countAllocation();
   return __libc_memalign(alignment, sizeBytes);
 }
 
-int posix_memalign(void** memory, std::size_t alignment, std::size_t sizeBytes)
+int posix_memalign(void** memory, std::size_t alignment, std::size_t sizeBytes) noexcept
 {
   countAllocation();
   *memory = __libc_memalign(alignment, sizeBytes);
