@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <chrono>
 #include <ctime>
+#include <cxxabi.h>
 #include <exception>
 #include <utility>
 
@@ -41,7 +42,8 @@ TQuorinTime Now()
   return now;
 }
 
-// As Now(), but up to a timer tick behind, for a fifth of the price. Most frames need no time at all.
+// As Now(), but up to a timer tick (some ms) behind, for a fifth of the price: near enough for the begin of a
+// limit of a second and more, which most frames never look at.
 TQuorinTime RecentNow()
 {
   timespec now{};
@@ -50,10 +52,21 @@ TQuorinTime RecentNow()
                      static_cast<std::uint64_t>(now.tv_nsec) / kNanosecondsPerMicrosecond);
 }
 
-// When a slice began that ended without a frame: it lasts no longer than its length, so its end tells that best.
-TQuorinTime BeginOfSlice(TQuorinTime notBefore, TQuorinTime end)
+// What queues and routines throw must not end the thread in the middle of a run: it is logged and counts as
+// failure.
+template <class Action>
+bool Guarded(const char* failure, Action action)
 {
-  return TQuorinTime(std::max(notBefore.Microseconds(), end.Microseconds() - kFetchSliceMs * kMicrosecondsPerMs));
+  try {
+    return action();
+  } catch (const abi::__forced_unwind&) {
+    throw; // the thread is being cancelled
+  } catch (const std::exception& exception) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s: %s", failure, exception.what());
+  } catch (...) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s", failure);
+  }
+  return false;
 }
 
 } // namespace
@@ -89,6 +102,7 @@ TAcquisitionThread::~TAcquisitionThread()
 
 void TAcquisitionThread::Start()
 {
+  if (!IsAlive()) return;
   {
     const std::lock_guard lock(runMutex_);
     ++requestedRun_;
@@ -127,15 +141,19 @@ bool TAcquisitionThread::WaitForBegin(int timeoutMs)
 bool TAcquisitionThread::WaitForStop(int timeoutMs)
 {
   std::unique_lock lock(runMutex_);
-  return !runChanged_.wait_for(lock, std::chrono::milliseconds(timeoutMs),
-                               [this] { return endedRun_ == requestedRun_; });
+  const auto hasEnded = [this] { return endedRun_ == requestedRun_; };
+  if (timeoutMs != TQuorinEvent::Infinite)
+    return !runChanged_.wait_for(lock, std::chrono::milliseconds(timeoutMs), hasEnded);
+  runChanged_.wait(lock, hasEnded);
+  return false;
 }
 
 bool TAcquisitionThread::IsFinishing()
 {
   if (continuous_ || !IsStarted()) return false;
   const int loopCount = loopCount_;
-  return loopCount < 1 || circularBuffer_->GetMaxImageIndex() >= static_cast<std::uint64_t>(loopCount);
+  if (loopCount < 1) return true;
+  return circularBuffer_ && circularBuffer_->GetMaxImageIndex() >= static_cast<std::uint64_t>(loopCount);
 }
 
 bool TAcquisitionThread::AtEndOfRun(std::function<void()> action)
@@ -208,12 +226,12 @@ int TAcquisitionThread::Fetch(unsigned char*& buffer, int& sizeBytes)
   const std::uint64_t limitMs = static_cast<std::uint64_t>(static_cast<std::int64_t>(timeoutMs_));
   TQuorinTime start = RecentNow();
   TQuorinTime last = start;
-  for (bool isFirst = true;; isFirst = false) {
+  for (;;) {
     const int result = fetchQueue_->Fetch(buffer, sizeBytes, kFetchSliceMs);
     if (result != TFetchQueue::kNoFrame) return result;
 
     const TQuorinTime now = Now();
-    if (isFirst) start = BeginOfSlice(start, now);
+
     // A clock that was set back tells nothing about the time that has passed: count from here.
     if (now.Microseconds() < start.Microseconds()) start = now;
     if (now.Microseconds() / 1000 - start.Microseconds() / 1000 >= limitMs || IsEnding()) return result;
@@ -232,13 +250,7 @@ bool TAcquisitionThread::Dispatch(unsigned char* buffer, int sizeBytes)
 {
   TDispatchQueue* const queue = dispatchQueue_;
   if (!queue) return false;
-  try {
-    return queue->Dispatch(buffer, sizeBytes) == 0;
-  } catch (const std::exception& exception) {
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "a frame could not be dispatched: %s",
-                                  exception.what());
-    return false;
-  }
+  return Guarded("a frame could not be dispatched", [=] { return queue->Dispatch(buffer, sizeBytes) == 0; });
 }
 
 void TAcquisitionThread::FailRun(std::atomic<bool>& reason)
@@ -249,18 +261,20 @@ void TAcquisitionThread::FailRun(std::atomic<bool>& reason)
     reason = true;
   }
   if (circularBuffer_) circularBuffer_->AcquisitionError();
-  if (dispatchRoutine_) dispatchRoutine_->Signal();
+  Guarded("the failure of a run could not be told", [this] {
+    if (dispatchRoutine_) dispatchRoutine_->Signal();
+    return true;
+  });
 }
 
 void TAcquisitionThread::Finalise()
 {
   TDispatchQueue* const queue = dispatchQueue_;
   if (!queue) return;
-  try {
+  Guarded("the end of a run failed", [=] {
     queue->Finalise();
-  } catch (const std::exception& exception) {
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the end of a run failed: %s", exception.what());
-  }
+    return true;
+  });
 }
 
 void TAcquisitionThread::EndRun()
@@ -272,9 +286,13 @@ void TAcquisitionThread::EndRun()
     VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
   }
   {
-    // The action is run under the lock: one that is asked for meanwhile finds the run ended.
-    const std::lock_guard lock(runMutex_);
-    if (endOfRunAction_) std::exchange(endOfRunAction_, nullptr)();
+    std::unique_lock lock(runMutex_);
+    // Another action may be asked for while one is carried out.
+    while (const std::function<void()> action = std::exchange(endOfRunAction_, nullptr)) {
+      lock.unlock();
+      action();
+      lock.lock();
+    }
     startedEvent_.Reset();
     stoppedEvent_.Set();
     endedRun_ = begunRun_;

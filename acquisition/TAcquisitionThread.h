@@ -61,8 +61,8 @@ public:
   bool WaitForStart(int timeoutMs);
   /// Waits until the run requested last has begun; it may have ended again. True when the time ran out.
   bool WaitForBegin(int timeoutMs);
-  /// Waits until every requested run has ended; true when the time ran out. Steps of the system clock do not
-  /// matter.
+  /// Waits until every requested run has ended; true when the time ran out; TQuorinEvent::Infinite waits without
+  /// limit. Steps of the system clock do not matter.
   bool WaitForStop(int timeoutMs);
 
   // Why the last run ended; kept until the next one begins.
@@ -73,8 +73,11 @@ public:
   /// Whether a finite run is in progress that has delivered all its frames and is only finishing.
   bool IsFinishing();
 
-  /// Has @p action called at the end of the run in progress, on this thread. Returns false, without taking the
-  /// action, when no run is in progress.
+  /// Whether the thread could be made. Without it no run is ever in progress, and requests are ignored.
+  bool IsAlive() const { return workThread_->IsCreated(); }
+
+  /// Has @p action called at the end of the run in progress, on the acquisition thread, once. Returns false,
+  /// without taking the action, when no run is in progress.
   bool AtEndOfRun(std::function<void()> action);
 
   void Run() override;
@@ -109,8 +112,8 @@ private:
   IDispatchRoutine* dispatchRoutine_;
   TPerformanceLog performanceLog_;
 
-  // Guarded by runMutex_; runChanged_ tells of every change. The events above mirror them for the waits that
-  // callers know. Begun and ended are the numbers of the last run that did so.
+  // Guarded by runMutex_; runChanged_ tells of every change. Begun and ended are the numbers of the last run that
+  // did so; the started and stopped events mirror them, but cannot tell one run from the next.
   std::mutex runMutex_;
   std::condition_variable runChanged_;
   std::uint64_t requestedRun_ = 0;

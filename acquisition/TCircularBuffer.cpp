@@ -32,19 +32,15 @@ TCircularBuffer::~TCircularBuffer() = default;
 int TCircularBuffer::Allocate(std::uint64_t frameSizeBytes, std::uint64_t count)
 {
   const std::lock_guard lock(slabMutex_);
-  std::uint64_t sizeBytes = 0;
-  const bool wraps = __builtin_mul_overflow(frameSizeBytes, count, &sizeBytes);
-  if (wraps || !FitsIntoMemory(sizeBytes)) {
-    slab_.reset();
-    return kNotAllocated;
-  }
-
-  const bool sameShape = slab_ && slab_->FrameSizeBytes() == frameSizeBytes && slab_->Count() == count;
-  if (sameShape && slab_.use_count() == 1) {
+  staleUpTo_ = GetMaxImageIndex();
+  if (IsSpareSlab(frameSizeBytes, count)) {
     slab_->ResetSlots();
     return kAllocated;
   }
   slab_.reset();
+  std::uint64_t sizeBytes = 0;
+  if (__builtin_mul_overflow(frameSizeBytes, count, &sizeBytes)) return kNotAllocated;
+  if (QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable() < sizeBytes) return kNotAllocated;
   try {
     slab_ = std::make_shared<TFrameSlab>(frameSizeBytes, count);
   } catch (const std::bad_alloc&) {
@@ -53,11 +49,10 @@ int TCircularBuffer::Allocate(std::uint64_t frameSizeBytes, std::uint64_t count)
   return kAllocated;
 }
 
-// The memory of the present ring counts as free: it is given back or used again.
-bool TCircularBuffer::FitsIntoMemory(std::uint64_t sizeBytes) const
+// Whether the present memory has the shape that is asked for and nobody reads in it.
+bool TCircularBuffer::IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const
 {
-  const std::uint64_t kept = slab_ ? slab_->FrameSizeBytes() * slab_->Count() : 0;
-  return QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable() + kept >= sizeBytes;
+  return slab_ && slab_->FrameSizeBytes() == frameSizeBytes && slab_->Count() == count && slab_.use_count() == 1;
 }
 
 void TCircularBuffer::Delete()
@@ -68,8 +63,13 @@ void TCircularBuffer::Delete()
 
 void TCircularBuffer::Reset()
 {
-  imageCounter_.store(0, std::memory_order_release);
-  lowestKept_ = 0;
+  {
+    const std::lock_guard lock(slabMutex_);
+    imageCounter_.store(0, std::memory_order_release);
+    lowestKept_ = 0;
+    staleUpTo_ = 0;
+  }
+  const std::lock_guard lock(newsMutex_);
   cancelled_ = false;
   failed_ = false;
   changeEvent_.Reset();
@@ -92,7 +92,7 @@ std::uint64_t TCircularBuffer::GetMinImageIndex() const
 {
   const std::uint64_t newest = GetMaxImageIndex();
   const std::uint64_t count = GetBufferCount();
-  if (newest < count || count == 0) return newest == 0 ? 0 : std::max<std::uint64_t>(1, lowestKept_);
+  if (newest < count || newest == 0) return newest == 0 ? 0 : std::max<std::uint64_t>(1, lowestKept_);
   return std::max<std::uint64_t>(newest + 1 - count, lowestKept_);
 }
 
@@ -105,7 +105,7 @@ unsigned char* TCircularBuffer::GetBufferForImage(std::uint64_t image) const
 
 unsigned char* TCircularBuffer::FindImage(std::uint64_t image) const
 {
-  if (!slab_ || slab_->Count() == 0) return nullptr;
+  if (!slab_ || slab_->Count() == 0 || image <= staleUpTo_) return nullptr;
   return slab_->Slot((image - 1) % slab_->Count());
 }
 
@@ -118,23 +118,36 @@ void TCircularBuffer::Increment()
 
 void TCircularBuffer::AcquisitionError()
 {
-  failed_ = true;
-  changeEvent_.Set();
+  TellBadNews(failed_);
 }
 
 void TCircularBuffer::CancelWait()
 {
-  cancelled_ = true;
+  TellBadNews(cancelled_);
+}
+
+void TCircularBuffer::CloseWaits()
+{
+  TellBadNews(closed_);
+}
+
+void TCircularBuffer::TellBadNews(std::atomic<bool>& flag)
+{
+  const std::lock_guard lock(newsMutex_);
+  flag = true;
   changeEvent_.Set();
 }
 
 int TCircularBuffer::WaitChange(int timeoutMs)
 {
-  if (!changeEvent_.Wait(timeoutMs)) return kTimedOut;
-  if (!cancelled_ && !failed_) return kNewFrame;
-  // The event wakes one waiter; each one that is sent home wakes the next.
-  changeEvent_.Set();
-  return cancelled_ ? kCancelled : kFailed;
+  const bool isNews = changeEvent_.Wait(timeoutMs);
+  const std::lock_guard lock(newsMutex_);
+  const bool isCancelled = cancelled_ || closed_;
+  // The event wakes one waiter, and one that runs out of time may use it up: whoever leaves wakes the next.
+  if (isCancelled || failed_) changeEvent_.Set();
+  if (!isNews) return kTimedOut;
+  if (isCancelled) return kCancelled;
+  return failed_ ? kFailed : kNewFrame;
 }
 
 // The slab is not replaced while a run is in progress, so the acquisition thread needs no lock for it.
@@ -151,10 +164,13 @@ bool TCircularBuffer::PlaceNext(const unsigned char* buffer)
   const std::uint64_t expected = counter % slab->Count();
   if (slab->Slot(expected) == buffer) return true;
 
-  const std::uint64_t actual = slab->IndexOf(buffer);
+  const std::uint64_t actual = slab->IndexOf(buffer, expected);
   if (actual == slab->Count()) return false;
-  // Whatever image the slot held before is gone now.
-  if (counter > actual) lowestKept_ = counter - (counter - 1 - actual) % slab->Count() + 1;
+  // Whatever image the slot held before is gone now, and what is gone stays gone.
+  if (counter > actual) {
+    const std::uint64_t lost = counter - (counter - 1 - actual) % slab->Count();
+    lowestKept_ = std::max<std::uint64_t>(lowestKept_, lost + 1);
+  }
   slab->SwapSlots(expected, actual);
   return true;
 }
@@ -164,7 +180,12 @@ unsigned char* TCircularBuffer::HoldBufferForImage(std::uint64_t image)
   if (image < 1 || image > GetMaxImageIndex() || image < GetMinImageIndex()) return nullptr;
   const std::lock_guard lock(slabMutex_);
   unsigned char* const buffer = FindImage(image);
-  if (buffer) holds_.emplace_back(buffer, slab_);
+  if (!buffer) return nullptr;
+  try {
+    holds_.emplace_back(buffer, slab_);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
   return buffer;
 }
 

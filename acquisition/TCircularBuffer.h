@@ -16,9 +16,9 @@
 /// (which read them and wait for news). Owned by the acquisition manager. Thread-safe, with one condition:
 /// Allocate(), Delete() and Reset() are for when no run is in progress. Nothing throws.
 ///
-/// Image n (from 1) lives in slot (n - 1) mod count; the last `count` images are there, and older ones are
-/// overwritten without a check. Memory that is being read is kept until it is released, whatever becomes of the
-/// ring meanwhile.
+/// Image n (from 1) lives in slot (n - 1) mod count; the last `count` images are there, unless slots got lost, and
+/// older ones are overwritten without a check. Memory that is being read is kept until it is released, whatever
+/// becomes of the ring meanwhile.
 class TCircularBuffer final
 {
 public:
@@ -33,7 +33,8 @@ public:
   int Allocate(std::uint64_t frameSizeBytes, std::uint64_t count);
   /// Frees the slots. Counter, flags and event stay as they are.
   void Delete();
-  /// Begins the numbering of a run: no images, no flags, no news.
+  /// Begins the numbering of a run: no images, no flags, no news. Between Allocate() and here the images of the
+  /// run before, whose numbers still stand, are not there.
   void Reset();
 
   /// The memory of slot @p slot, counted from 1; null above the count.
@@ -52,6 +53,8 @@ public:
   void AcquisitionError();
   /// Sends every waiter, and every later one until Reset(), home.
   void CancelWait();
+  /// As CancelWait(), for good: the camera is being closed.
+  void CloseWaits();
   /// Waits for news. Returns 0 for a frame, 2 when the time ran out, 3 when waits are cancelled, 4 when the run
   /// has failed; 3 comes before 4 and both before a frame. News that came while nobody waited ends the next wait
   /// at once.
@@ -66,21 +69,28 @@ public:
   /// As GetBufferForImage(); the memory stays until ReleaseBuffer().
   unsigned char* HoldBufferForImage(std::uint64_t image);
   void ReleaseBuffer(const unsigned char* buffer);
-  /// Whether a camera that fills slots in order cannot have begun to write over this image.
+  /// Whether the camera cannot have begun to write over this image, as far as the frames counted so far tell: the
+  /// next frame may be on its way into the oldest image's slot, those after it are not.
   bool IsImageIntact(std::uint64_t image) const;
 
 private:
-  bool FitsIntoMemory(std::uint64_t sizeBytes) const;
+  bool IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const;
+  void TellBadNews(std::atomic<bool>& flag);
   unsigned char* FindImage(std::uint64_t image) const;
 
-  /// Guards slab_ against replacement and holds_; the slab's own tables need no lock.
+  /// Guards slab_ against replacement, holds_ and staleUpTo_; the slab's own tables need no lock.
   mutable std::mutex slabMutex_;
   std::shared_ptr<TFrameSlab> slab_;
   std::atomic<std::uint64_t> imageCounter_{0};
   QuorinUtility::TQuorinEvent changeEvent_;
+  /// Orders changes of the flags with the event that announces them, so that a new run begins without old news.
+  /// Not needed for frames.
+  std::mutex newsMutex_;
   std::atomic<bool> cancelled_{false};
   std::atomic<bool> failed_{false};
+  std::atomic<bool> closed_{false};
   /// Images below this one have lost their slot to a frame that arrived out of order.
   std::atomic<std::uint64_t> lowestKept_{0};
+  std::uint64_t staleUpTo_ = 0; // images up to this one belong to memory that was replaced
   std::vector<std::pair<const unsigned char*, std::shared_ptr<TFrameSlab>>> holds_;
 };

@@ -36,7 +36,8 @@ public:
   virtual std::int64_t GetImageSizeBytes() = 0;
   virtual void SetDispatchRoutine(IDispatchRoutine* routine) = 0;
 
-  /// Whether the camera cannot have begun to write over the frame with this number yet.
+  /// Whether the camera cannot have begun to write over the frame with this number, as far as the frames counted
+  /// so far tell.
   virtual bool IsImageIntact(int image) = 0;
   /// Whether @p buffer is the start of a frame slot of this run. Acquisition thread only.
   virtual bool IsSlot(const unsigned char* buffer) = 0;

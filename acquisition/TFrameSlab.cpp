@@ -66,11 +66,13 @@ bool TFrameSlab::IsSlot(const unsigned char* buffer) const
   return static_cast<std::uint64_t>(buffer - memory_) % slotStrideBytes_ == 0;
 }
 
-std::uint64_t TFrameSlab::IndexOf(const unsigned char* buffer) const
+std::uint64_t TFrameSlab::IndexOf(const unsigned char* buffer, std::uint64_t from) const
 {
-  std::uint64_t index = 0;
-  while (index < count_ && Slot(index) != buffer) ++index;
-  return index;
+  for (std::uint64_t step = 0; step < count_; ++step) {
+    const std::uint64_t index = (from + step) % count_;
+    if (Slot(index) == buffer) return index;
+  }
+  return count_;
 }
 
 void TFrameSlab::SwapSlots(std::uint64_t left, std::uint64_t right)

@@ -29,8 +29,9 @@ public:
 
   /// The memory of slot @p index, from 0 to Count() - 1.
   unsigned char* Slot(std::uint64_t index) const { return slots_[index].load(std::memory_order_acquire); }
-  /// The index of the slot that starts at @p buffer, or Count().
-  std::uint64_t IndexOf(const unsigned char* buffer) const;
+  /// The index of the slot that starts at @p buffer, looked for from @p from on and around; Count() when there is
+  /// none.
+  std::uint64_t IndexOf(const unsigned char* buffer, std::uint64_t from) const;
   void SwapSlots(std::uint64_t left, std::uint64_t right);
   /// Puts the table back into the order of the memory.
   void ResetSlots();

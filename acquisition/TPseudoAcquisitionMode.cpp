@@ -75,6 +75,7 @@ TPseudoAcquisitionMode::TPseudoAcquisitionMode(TVxmcdAcquisitionManager* manager
 int TPseudoAcquisitionMode::SetMode(int mode)
 {
   if (!FindMode(mode)) return kRejected;
+  const std::lock_guard lock(mutex_);
   mode_ = mode;
   Apply();
   return kAccepted;
@@ -82,6 +83,7 @@ int TPseudoAcquisitionMode::SetMode(int mode)
 
 int TPseudoAcquisitionMode::SetNumberAccumulations(int count)
 {
+  const std::lock_guard lock(mutex_);
   if (count < 1 || !IsProductInRange(count, kinetics_)) return kRejected;
   int present = 0;
   if (count > 1 && accumulateCount_->GetInt(present) == VX_ERR_NOT_IMPLEMENTED) return kNotSupported;
@@ -90,12 +92,16 @@ int TPseudoAcquisitionMode::SetNumberAccumulations(int count)
   accumulations_ = count;
   if (!FindMode(mode_)->accumulates) return kAccepted;
   const int status = Apply();
-  if (status == kRejected) accumulations_ = before;
+  if (status == kRejected) {
+    accumulations_ = before;
+    Apply();
+  }
   return status;
 }
 
 int TPseudoAcquisitionMode::SetNumberKinetics(int count)
 {
+  const std::lock_guard lock(mutex_);
   if (count < 1 || !IsProductInRange(count, accumulations_)) return kRejected;
   const int before = kinetics_;
   kinetics_ = count;
@@ -103,20 +109,36 @@ int TPseudoAcquisitionMode::SetNumberKinetics(int count)
   const int status = Apply();
   if (status == kRejected) {
     kinetics_ = before;
-    manager_->SetImageCount(before);
+    Apply();
   }
   return status;
 }
 
+int TPseudoAcquisitionMode::GetMode() const
+{
+  const std::lock_guard lock(mutex_);
+  return mode_;
+}
+
+int TPseudoAcquisitionMode::GetNumberAccumulations() const
+{
+  const std::lock_guard lock(mutex_);
+  return accumulations_;
+}
+
 int TPseudoAcquisitionMode::GetSeriesLength() const
 {
+  const std::lock_guard lock(mutex_);
   if (mode_ == kRunTillAbort) return std::numeric_limits<int>::max();
   return FindMode(mode_)->isSeries ? kinetics_ : 1;
 }
 
 void TPseudoAcquisitionMode::ApplyPending()
 {
-  if (pending_) Apply();
+  const std::lock_guard lock(mutex_);
+  if (!pending_) return;
+  manager_->Stop();
+  Apply();
 }
 
 // Tells the manager and the camera; the first setting that the camera does not take decides the answer.

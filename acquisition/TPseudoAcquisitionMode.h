@@ -2,6 +2,7 @@
 // The acquisition mode as programs know it, kept in step with manager and camera.
 #pragma once
 
+#include <mutex>
 #include <string>
 
 class IEnum;
@@ -10,7 +11,7 @@ class TVxmcdAcquisitionManager;
 
 /// Turns mode number, number of accumulations and number of images of a series into the manager's run mode and
 /// image count and the camera's "CycleMode", "AccumulateCount", "FrameCount" and "PixelEncoding". Owned by the
-/// camera's record; borrows everything it is given. One thread at a time. Settings that the camera does not take
+/// camera's record; /// borrows everything it is given. Thread-safe. Settings that the camera does not take
 /// at the moment are remembered and written at the next SetMode() or ApplyPending().
 class TPseudoAcquisitionMode
 {
@@ -23,7 +24,7 @@ public:
     kRunTillAbort = 5
   };
 
-  /// What the setters answer; any other code is the feature library's word for a rejected value.
+  /// What the setters answer.
   enum Status
   {
     kAccepted = 0,
@@ -39,13 +40,13 @@ public:
   virtual int SetMode(int mode);
   virtual int SetNumberAccumulations(int count);
   virtual int SetNumberKinetics(int count);
-  virtual int GetMode() const { return mode_; }
+  virtual int GetMode() const;
   /// The number that is set, whether or not the present mode accumulates.
-  virtual int GetNumberAccumulations() const { return accumulations_; }
+  virtual int GetNumberAccumulations() const;
   /// Number of images after which the present mode's run is complete; INT_MAX when it never is.
   virtual int GetSeriesLength() const;
 
-  /// Writes what an earlier setter could not write. Called before each start.
+  /// Writes what an earlier setter could not write, ending a run that stands in the way. Called before each start.
   void ApplyPending();
 
 private:
@@ -60,6 +61,7 @@ private:
   IEnum* cycleMode_;
   IInt* accumulateCount_;
   IInt* frameCount_;
+  mutable std::mutex mutex_; // guards what follows
   int mode_ = kSingleScan;
   int accumulations_ = 1;
   int kinetics_ = 1;

@@ -58,8 +58,7 @@ TVxmcdAcquisitionManager::TVxmcdAcquisitionManager(QuorinUtility::TQuorinCritica
 // freed.
 TVxmcdAcquisitionManager::~TVxmcdAcquisitionManager()
 {
-  circularBuffer_.CancelWait();
-  uses_.WaitUntilUnused();
+  Close();
   thread_.reset();
   if (circularBuffer_.GetBufferCount() > 0) VX_Flush(CurrentCoreHandle());
 }
@@ -92,6 +91,11 @@ int TVxmcdAcquisitionManager::Start()
 
 int TVxmcdAcquisitionManager::StartRun()
 {
+  if (closed_) return kStartFailed;
+  if (!thread_->IsAlive()) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "there is no acquisition thread");
+    return kStartFailed;
+  }
   spoolingRun_ = false;
   const std::int64_t frameSizeBytes = ReadFrameSize();
   const int timeoutMs = FrameTimeoutMs();
@@ -194,9 +198,9 @@ bool TVxmcdAcquisitionManager::StartCamera()
   return false;
 }
 
-void TVxmcdAcquisitionManager::DropFrames()
+void TVxmcdAcquisitionManager::DropFrames(int coreHandle)
 {
-  VX_Flush(CurrentCoreHandle());
+  VX_Flush(coreHandle);
   circularBuffer_.Delete();
 }
 
@@ -261,8 +265,17 @@ int TVxmcdAcquisitionManager::CancelWait()
 void TVxmcdAcquisitionManager::FreeInternalMemory()
 {
   const std::lock_guard lock(controlMutex_);
-  if (thread_->AtEndOfRun([this] { DropFrames(); })) return;
-  if (circularBuffer_.GetBufferCount() > 0) DropFrames();
+  // At the end of the run another camera may be the current one, but it is this one that holds the slots.
+  const int coreHandle = CurrentCoreHandle();
+  if (thread_->AtEndOfRun([this, coreHandle] { DropFrames(coreHandle); })) return;
+  if (circularBuffer_.GetBufferCount() > 0) DropFrames(coreHandle);
+}
+
+void TVxmcdAcquisitionManager::Close()
+{
+  closed_ = true;
+  circularBuffer_.CloseWaits();
+  uses_.WaitUntilUnused();
 }
 
 bool TVxmcdAcquisitionManager::IsRunningAfterLastFrame()

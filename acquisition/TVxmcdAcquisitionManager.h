@@ -10,6 +10,7 @@
 #include "acquisition/TMetadataXerox.h"
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVXFetchQueue.h"
+#include "features/current_core_handle.h"
 #include "utility/TUseCounter.h"
 
 #include <atomic>
@@ -24,8 +25,8 @@ class TQuorinCriticalSection;
 /// Starts and stops the acquisitions of one camera and knows where their frames are. Owned by the camera's record;
 /// borrows the camera lock. All feature reads and commands go to the camera that is current at the moment.
 /// Thread-safe: starts, stops and releases of memory exclude each other, and the rest may be called meanwhile.
-/// Callers that stay inside for long, in a wait or a copy, count themselves in Uses(); the destructor sends
-/// waiters home and waits for all of them.
+/// Callers that stay inside for /// long, in a wait or a copy, count themselves in Uses(); Close() sends waiters
+/// home and waits for all of them.
 class TVxmcdAcquisitionManager final
 {
 public:
@@ -52,6 +53,7 @@ public:
   };
 
   explicit TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock);
+  /// Closes it, ends the run and takes every slot back from the camera.
   ~TVxmcdAcquisitionManager();
   TVxmcdAcquisitionManager(const TVxmcdAcquisitionManager&) = delete;
   TVxmcdAcquisitionManager& operator=(const TVxmcdAcquisitionManager&) = delete;
@@ -74,6 +76,9 @@ public:
   int CancelWait();
   /// Frees the ring, at the end of the run in progress if there is one.
   void FreeInternalMemory();
+  /// The camera is being closed: refuses further starts, ends all waits for good, and blocks until nobody uses the
+  /// object any more. Nobody new may come.
+  void Close();
 
   bool IsRunning() { return thread_->IsStarted(); }
   bool IsTimedOut() const { return thread_->IsTimedOut(); }
@@ -102,7 +107,8 @@ private:
   bool PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount, std::int64_t loopCount);
   bool AllocateAndQueue(std::int64_t frameSizeBytes, std::int64_t slots);
   bool StartCamera();
-  void DropFrames();
+  void DropFrames() { DropFrames(CurrentCoreHandle()); }
+  void DropFrames(int coreHandle);
   void Drain();
   void SetCurrentQueue(std::shared_ptr<TDispatchQueue> queue);
   void createMetadataObjects();
@@ -112,16 +118,16 @@ private:
   TVXFetchQueue fetchQueue_;
   std::shared_ptr<TDispatchQueue_Ignore> ignoreQueue_;
   std::shared_ptr<TDispatchQueue_Requeue> requeueQueue_;
-  std::shared_ptr<TDispatchQueue>
-      dispatchQueue_; // guarded by runObjectsMutex_, as are the next two members' pointers
+  std::shared_ptr<TDispatchQueue> dispatchQueue_; // guarded by runObjectsMutex_
   TCircularBuffer circularBuffer_;
-  std::shared_ptr<TTimestampRepository> timestampRepository_;
-  std::shared_ptr<TMetadataXerox> metadataXerox_;
+  std::shared_ptr<TTimestampRepository> timestampRepository_; // guarded by runObjectsMutex_
+  std::shared_ptr<TMetadataXerox> metadataXerox_;             // guarded by runObjectsMutex_
   TEventDispatchRoutine eventDispatchRoutine_;
   std::atomic<int> imageCount_{1};
   std::atomic<int> runMode_{kSingleImage};
   QuorinUtility::TQuorinCriticalSection* cameraLock_;
   std::atomic<bool> spoolingRun_{false};
+  std::atomic<bool> closed_{false};
 
   std::mutex controlMutex_; // one start, stop or release at a time
   mutable std::mutex runObjectsMutex_;

@@ -25,12 +25,14 @@ private:
   const TCameraUse& camera_;
 };
 
+// A run that fails meanwhile sets its flag before it ends, so the flags are read last.
 int StatusOf(TManager& manager)
 {
+  const bool isRunning = manager.IsRunning();
   if (manager.IsTimedOut()) return RC_STATUS_TIMED_OUT;
   if (manager.IsHardwareOverflow()) return RC_STATUS_HARDWARE_OVERFLOW;
   if (manager.IsSpoolIssues()) return RC_STATUS_SPOOL_ISSUE;
-  return manager.IsRunning() ? RC_ACQUIRING : RC_IDLE;
+  return isRunning ? RC_ACQUIRING : RC_IDLE;
 }
 
 void Write(long* output, std::int64_t value)

@@ -9,10 +9,20 @@
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "api/camera_registry.h"
 #include "api/TCamera.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/SDK3Bool.h"
 #include "features/SDK3Enum.h"
 #include "features/SDK3Int.h"
+#include "features/TDirectPreAmpGain.h"
+#include "features/TgetFIFOUsage.h"
+#include "features/TPixelReadoutRate.h"
+#include "features/TPseudoADChannel.h"
+#include "features/TPseudoAmplifier.h"
+#include "features/TPseudoBaselineClamp.h"
+#include "features/TPseudoHSSpeed.h"
+#include "features/TPseudoPreAmpGain.h"
+#include "service/TSDK3i2c.h"
 #include "utility/TQuorinCriticalSection.h"
 
 namespace {
@@ -24,59 +34,74 @@ void Destroy(T*& object)
   object = nullptr;
 }
 
-void SendUsersHome(TVxmcdAcquisitionManager& manager)
+IPreAmpGain* MakePreAmpGain(const TCamera& camera, int coreHandle)
 {
-  manager.CancelWait();
-  manager.Uses().WaitUntilUnused();
+  if (isImplemented(coreHandle, Feature::kSimplePreAmpGainControl))
+    return new TPseudoPreAmpGain(camera.simplePreAmpGainControl);
+  return new TDirectPreAmpGain(camera.preAmpGain, camera.preAmpGainSelector, camera.adChannel, camera.amplifier);
 }
 
 } // namespace
 
-// The order is fixed. Services and readout model have their places in it: I2C, potentiometers, observers and
-// configuration behind the manager, the pixel readout rate behind the gain channel, the FIFO usage behind the
-// shuttering mode, and the readout model behind the baseline clamp.
+// The order is fixed. Potentiometers, observers and configuration have their places in it behind the I2C bus.
 TCamera AssembleCamera(int coreHandle)
 {
   TCamera camera;
   camera.cameraHandle = static_cast<unsigned int>(coreHandle);
   camera.cameraLock = new QuorinUtility::TQuorinCriticalSection();
   camera.acquisitionManager = new TVxmcdAcquisitionManager(camera.cameraLock);
+  camera.i2c = new TSDK3i2c(coreHandle, L"Internal");
 
   camera.preAmpGainChannel = new SDK3Enum(coreHandle, Feature::kPreAmpGainChannel);
+  camera.pixelReadoutRate = new TPixelReadoutRate(coreHandle);
   camera.preAmpGain = new SDK3Enum(coreHandle, Feature::kPreAmpGain);
   camera.preAmpGainSelector = new SDK3Enum(coreHandle, Feature::kPreAmpGainSelector);
   camera.simplePreAmpGainControl = new SDK3Enum(coreHandle, Feature::kSimplePreAmpGainControl);
   camera.cycleMode = new SDK3Enum(coreHandle, Feature::kCycleMode);
   camera.pixelEncoding = new SDK3Enum(coreHandle, Feature::kPixelEncoding);
   camera.electronicShutteringMode = new SDK3Enum(coreHandle, Feature::kElectronicShutteringMode);
+  camera.fifoUsage =
+      new TgetFIFOUsage(coreHandle, camera.simplePreAmpGainControl, camera.electronicShutteringMode);
   camera.bitDepth = new SDK3Enum(coreHandle, Feature::kBitDepth);
   camera.accumulateCount = new SDK3Int(coreHandle, Feature::kAccumulateCount);
   camera.frameCount = new SDK3Int(coreHandle, Feature::kFrameCount);
   camera.baselineClampFeature = new SDK3Bool(coreHandle, Feature::kBaselineClamp);
-
+  camera.amplifier = new TPseudoAmplifier(camera.preAmpGainChannel, camera.pixelReadoutRate);
+  camera.adChannel = new TPseudoADChannel(camera.preAmpGainChannel, camera.amplifier, camera.bitDepth);
+  camera.hsSpeed = new TPseudoHSSpeed(camera.pixelReadoutRate, camera.adChannel, camera.amplifier);
   camera.acquisitionMode = new TPseudoAcquisitionMode(camera.acquisitionManager, camera.pixelEncoding,
                                                       camera.cycleMode, camera.accumulateCount, camera.frameCount);
+  camera.baselineClamp = new TPseudoBaselineClamp(camera.baselineClampFeature);
+  camera.preAmpGainModel = MakePreAmpGain(camera, coreHandle);
   return camera;
 }
 
 void DismantleCamera(TCamera& camera)
 {
   TVxmcdAcquisitionManager* manager = CloseCameraToNewUses(camera);
-  if (manager) SendUsersHome(*manager);
+  if (manager) manager->Close();
 
+  Destroy(camera.preAmpGainModel);
+  Destroy(camera.baselineClamp);
   Destroy(camera.acquisitionMode);
+  Destroy(camera.hsSpeed);
+  Destroy(camera.adChannel);
+  Destroy(camera.amplifier);
   Destroy(camera.baselineClampFeature);
   Destroy(camera.frameCount);
   Destroy(camera.accumulateCount);
   Destroy(camera.bitDepth);
+  Destroy(camera.fifoUsage);
   Destroy(camera.electronicShutteringMode);
   Destroy(camera.pixelEncoding);
   Destroy(camera.cycleMode);
   Destroy(camera.simplePreAmpGainControl);
   Destroy(camera.preAmpGainSelector);
   Destroy(camera.preAmpGain);
+  Destroy(camera.pixelReadoutRate);
   Destroy(camera.preAmpGainChannel);
 
+  Destroy(camera.i2c);
   Destroy(manager);
   Destroy(camera.cameraLock);
 

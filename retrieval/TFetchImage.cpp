@@ -21,7 +21,11 @@ constexpr int kMostRecentTries = 3;
 
 template <class Src, class Dst>
 TFetchImage<Src, Dst>::TFetchImage(TDispatchQueue* queue, int width, int height, int strideBytes)
-    : dispatchQueue_(queue), width_(width), height_(height), stride_(strideBytes)
+    : dispatchQueue_(queue),
+      width_(width),
+      height_(height),
+      stride_(strideBytes),
+      imageSizeBytes_(queue ? queue->GetImageSizeBytes() : 0)
 {
 }
 
@@ -67,7 +71,10 @@ bool TFetchImage<Src, Dst>::fitsStoredFrame() const
   if (pixelsPerFrame() > kMaxPixels) return false;
   if (std::int64_t{width_} * static_cast<std::int64_t>(sizeof(Dst)) > kMaxRowBytes) return false;
   const std::int64_t lastRowStart = std::int64_t{height_ - 1} * stride_;
-  return lastRowStart + sourceRowBytes(width_) <= dispatchQueue_->GetImageSizeBytes();
+  // Another thread may start a run with other frames at any moment. A frame that is held now belongs to the run of
+  // before or of now, and fits if it would in both.
+  const std::int64_t imageSizeBytes = std::min(imageSizeBytes_, dispatchQueue_->GetImageSizeBytes());
+  return lastRowStart + sourceRowBytes(width_) <= imageSizeBytes;
 }
 
 // Whether the frame reads the same when it is taken as one long row: there is no padding, and packed rows do not

@@ -70,6 +70,7 @@ private:
   // Both exist only during a copy.
   std::optional<TLineParser> sourceLines_;
   std::optional<TLineParser> destinationLines_;
+  std::int64_t imageSizeBytes_; // of the queue's frames, when this object was made
 };
 
 extern template class TFetchImage<unsigned char, unsigned char>;

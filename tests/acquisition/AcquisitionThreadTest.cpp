@@ -5,6 +5,7 @@
 #include "acquisition/TCircularBuffer.h"
 #include "acquisition/TDispatchQueue_Ignore.h"
 #include "acquisition/TFetchQueue.h"
+#include "tests/utility/SystemCalls.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinMisc.h"
 #include "vxcore_simulator.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <functional>
 #include <stdexcept>
 #include <sys/time.h>
@@ -24,7 +26,7 @@ std::atomic<long> clockOffsetSeconds{0};
 
 } // namespace
 
-// Stands in for the C library's, so that a test can set the system clock as time_value sees it.
+// Stands in for the C library's, so that a test can set the system clock as TQuorinTime sees it.
 extern "C" int gettimeofday(timeval* time, void* /*zone*/) noexcept
 {
   timespec now{};
@@ -269,6 +271,21 @@ TEST_F(AcquisitionThread, ActionsForTheEndOfARunWaitForIt)
   thread_.Stop();
   ASSERT_FALSE(thread_.WaitForStop(kLongMs));
   EXPECT_EQ(done, 1);
+}
+
+TEST(AcquisitionThreadLife, WithoutAThreadNoRunIsEverInProgress)
+{
+  TCircularBuffer ring;
+  TScriptedFetch fetch;
+  TScriptedDispatch dispatch(&ring);
+  QuorinUtility::TQuorinCriticalSection cameraLock;
+  system_calls::Directed system;
+  system.threadCreationError = EAGAIN;
+  TAcquisitionThread thread(&fetch, &dispatch, &cameraLock, &ring, nullptr);
+  EXPECT_FALSE(thread.IsAlive());
+  thread.Start();
+  EXPECT_FALSE(thread.WaitForStop(0));
+  EXPECT_FALSE(thread.AtEndOfRun([] {}));
 }
 
 TEST(AcquisitionThreadLife, EndsARunThatIsInProgressWhenItGoes)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The ring: numbering, memory, waiting, and what a lost slot does to it.
 #include "acquisition/TCircularBuffer.h"
+#include "tests/utility/SystemCalls.h"
 #include "utility/TQuorinEvent.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@
 #include <atomic>
 #include <cstring>
 #include <limits>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -145,6 +147,53 @@ TEST(CircularBuffer, FollowsTheCameraWhenASlotIsLost)
     }
 }
 
+// Whatever order slots come in, an image that is there is the frame with its number.
+TEST(CircularBuffer, NumbersStayTrueForAnyOrderOfSlots)
+{
+  std::mt19937 random(7);
+  for (int round = 0; round < 2000; ++round) {
+    const std::uint64_t count = random() % 6 + 1;
+    TCircularBuffer ring;
+    ASSERT_EQ(ring.Allocate(64, count), 0);
+    ring.Reset();
+    std::vector<unsigned char*> slots;
+    for (std::uint64_t slot = 1; slot <= count; ++slot) slots.push_back(ring.GetBuffer(slot));
+    for (std::uint64_t image = 1; image <= 30; ++image) {
+      // In order most of the time, so that the ring is neither always nor never right by accident.
+      const std::size_t slot = random() % 4 == 0 ? random() % count : (image - 1) % count;
+      std::memcpy(slots[slot], &image, sizeof image);
+      ASSERT_TRUE(ring.PlaceNext(slots[slot]));
+      ring.Increment();
+      for (std::uint64_t number = 1; number <= image; ++number) {
+        const unsigned char* const stored = ring.GetBufferForImage(number);
+        if (!stored) continue;
+        std::uint64_t written = 0;
+        std::memcpy(&written, stored, sizeof written);
+        ASSERT_EQ(written, number) << "after image " << image << " in round " << round;
+      }
+      ASSERT_NE(ring.GetBufferForImage(image), nullptr);
+    }
+  }
+}
+
+TEST(CircularBuffer, ImagesOfTheRunBeforeAreGoneOnceTheRingIsReplaced)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(64, 4), 0);
+  ring.Reset();
+  DeliverInOrder(ring, 3);
+  ASSERT_EQ(ring.Allocate(32, 4), 0);
+  EXPECT_EQ(ring.GetMaxImageIndex(), 3u) << "numbers stand until the next run begins";
+  EXPECT_EQ(ring.GetBufferForImage(2), nullptr);
+  EXPECT_EQ(ring.HoldBufferForImage(2), nullptr);
+  ring.Reset();
+  DeliverInOrder(ring, 2);
+  EXPECT_NE(ring.GetBufferForImage(2), nullptr);
+
+  ring.Delete();
+  EXPECT_EQ(ring.GetMinImageIndex(), 3u) << "none of two is there";
+}
+
 TEST(CircularBuffer, RefusesMemoryThatIsNoSlot)
 {
   TCircularBuffer ring;
@@ -202,6 +251,47 @@ TEST(CircularBuffer, CancelSendsEveryWaiterHome)
   for (std::thread& waiter : waiters) waiter.join();
   EXPECT_EQ(cancelled, 16);
   EXPECT_EQ(ring.WaitChange(kLongMs), 3);
+}
+
+TEST(CircularBuffer, BadNewsAtTheEdgeOfATimeOutAreNotLost)
+{
+  for (const int expected : {3, 4}) {
+    TCircularBuffer ring;
+    ring.Reset();
+    system_calls::Directed system;
+    system.atTheEdgeOfTimeout = [&] { expected == 3 ? ring.CancelWait() : ring.AcquisitionError(); };
+    EXPECT_EQ(ring.WaitChange(1), 2);
+    system.atTheEdgeOfTimeout = nullptr;
+    EXPECT_EQ(ring.WaitChange(kLongMs), expected);
+  }
+}
+
+TEST(CircularBuffer, ClosedWaitsStayClosedInANewRun)
+{
+  TCircularBuffer ring;
+  ring.CloseWaits();
+  ring.Reset();
+  EXPECT_EQ(ring.WaitChange(0), 2) << "no news";
+  EXPECT_EQ(ring.WaitChange(QuorinUtility::TQuorinEvent::Infinite), 3);
+}
+
+TEST(CircularBuffer, MemoryThatTheMachineDoesNotHaveIsRefused)
+{
+  struct sysinfo small
+  {
+  };
+  small.freeram = 300000000;
+  small.mem_unit = 1;
+  system_calls::Directed system;
+  system.memory = &small;
+  TCircularBuffer ring;
+  EXPECT_EQ(ring.Allocate(4000000, 100), 1);
+  EXPECT_EQ(ring.GetBufferCount(), 0u);
+  EXPECT_EQ(ring.Allocate(4000000, 75), 0);
+
+  small.freeram = 0;
+  EXPECT_EQ(ring.Allocate(4000000, 75), 0) << "memory that it has already counts as free";
+  EXPECT_EQ(ring.Allocate(4000000, 74), 1);
 }
 
 } // namespace

@@ -149,6 +149,9 @@ TEST_F(PseudoAcquisitionMode, RejectsCountsThatNoRunCanHave)
   frames_.code = VX_ERR_OUT_OF_RANGE;
   EXPECT_EQ(mode_.SetNumberKinetics(900), 1);
   EXPECT_EQ(mode_.GetSeriesLength(), 5);
+  EXPECT_EQ(mode_.SetNumberAccumulations(8), 1);
+  EXPECT_EQ(accumulate_.present, 1) << "the camera keeps nothing of a rejected count";
+  EXPECT_EQ(encoding_.present, L"Mono16");
 }
 
 TEST_F(PseudoAcquisitionMode, CountThatCannotBeWrittenNowIsWrittenBeforeTheNextStart)

@@ -24,14 +24,17 @@ using PackedFetch = TPackedFetchImage<unsigned char, unsigned short>;
 class TenFrames : public testing::Test
 {
 protected:
-  TenFrames()
-  {
-    for (unsigned char n = 1; n <= 10; ++n) queue_.Push({n, static_cast<unsigned char>(n + 100)});
-    for (int i = 0; i < 4; ++i) queue_.DropOldest();
-  }
   ~TenFrames() override { EXPECT_EQ(queue_.holds, 0); }
 
-  ScriptedQueue queue_;
+  static ScriptedQueue FramesFiveToTen()
+  {
+    ScriptedQueue queue;
+    for (unsigned char n = 1; n <= 10; ++n) queue.Push({n, static_cast<unsigned char>(n + 100)});
+    for (int i = 0; i < 4; ++i) queue.DropOldest();
+    return queue;
+  }
+
+  ScriptedQueue queue_ = FramesFiveToTen();
   ByteFetch fetch_{&queue_, 2, 1, 2};
   Bytes output_ = Bytes(40, 0xEE);
   long validFirst_ = -1;
