@@ -12,7 +12,6 @@
 #include "utility/TQuorinLibDebugOutput.h"
 #include "vxcore.h"
 
-#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <cxxabi.h>
@@ -27,7 +26,6 @@ namespace {
 
 constexpr bool kPerformanceLog = false;
 constexpr int kFetchSliceMs = 100;
-constexpr std::uint64_t kMicrosecondsPerMs = 1000;
 constexpr std::uint64_t kMicrosecondsPerSecond = 1000000;
 constexpr std::uint64_t kNanosecondsPerMicrosecond = 1000;
 
