@@ -6,11 +6,14 @@
 #include "vxcore.h"
 #include "vxmcd_result_codes.h"
 
+#include <algorithm>
 #include <cwchar>
+#include <vector>
 
 namespace {
 
 constexpr int kValueTextLength = 64;
+constexpr std::int64_t kMaxStringLength = 4096;
 
 bool IsEnumeratedIndexAvailable(const wchar_t* feature, int index)
 {
@@ -48,4 +51,15 @@ unsigned int CheckSetEnumeratedIndex(const wchar_t* feature, const wchar_t* valu
   if (!IsEnumeratedIndexAvailable(feature, index)) return failCode;
   VX_SetEnumeratedString(CurrentCoreHandle(), feature, value);
   return RC_SUCCESS;
+}
+
+int ReadString(int coreHandle, const wchar_t* feature, std::int64_t length, std::wstring& text)
+{
+  text.clear();
+  const std::int64_t bounded = std::clamp<std::int64_t>(length, 1, kMaxStringLength);
+  std::vector<wchar_t> buffer(static_cast<std::size_t>(bounded), L'\0');
+  const int code = VX_GetString(coreHandle, feature, buffer.data(), static_cast<int>(bounded));
+  buffer.back() = L'\0';
+  if (code == VX_SUCCESS) text = buffer.data();
+  return code;
 }

@@ -90,8 +90,10 @@ TEST_F(Selection, OpenAndCloseAskTheCameraInAFixedOrder)
   VXSIM_StartCallLog(1);
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
   EXPECT_EQ(LoggedCalls(),
-            (std::vector<std::string>{"VX_InitialiseLibrary -> 0", "VX_Open 0 -> 0",
-                                      "VX_IsImplemented CameraModel -> 0", "VX_SetBool MetadataEnable 1 -> 0"}));
+            (std::vector<std::string>{
+                "VX_InitialiseLibrary -> 0", "VX_Open 0 -> 0", "VX_IsImplemented CameraModel -> 0",
+                "VX_GetEnumIndex PreAmpGainChannel -> 0", "VX_GetEnumStringByIndex PreAmpGainChannel 2 -> 0",
+                "VX_IsImplemented SimplePreAmpGainControl -> 0", "VX_SetBool MetadataEnable 1 -> 0"}));
   VXSIM_StartCallLog(1);
   ASSERT_EQ(ShutDown(), RC_SUCCESS);
   EXPECT_EQ(LoggedCalls(),

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// The pixel readout rates, as horizontal shift speeds.
+#include "features/TPseudoHSSpeed.h"
+
+#include "features/enum_texts.h"
+#include "features/IADChannel.h"
+#include "features/IAmplifier.h"
+#include "features/text_numbers.h"
+
+TPseudoHSSpeed::TPseudoHSSpeed(IEnum* readoutRate, IADChannel* channel, IAmplifier* amplifier)
+    : readoutRate_(readoutRate), channel_(channel), amplifier_(amplifier)
+{
+}
+
+int TPseudoHSSpeed::Set(int amplifier, int speed)
+{
+  if (!IsAmplifier(amplifier)) return kNoSuchAmplifier;
+  if (!IsSpeed(speed)) return kNoSuchSpeed;
+  readoutRate_->SetIndex(speed);
+  amplifier_->Set(amplifier);
+  return kDone;
+}
+
+int TPseudoHSSpeed::Count(int channel, int amplifier, int& count)
+{
+  if (!IsChannel(channel)) return kNoSuchChannel;
+  if (!IsAmplifier(amplifier)) return kNoSuchAmplifier;
+  count = CountOf(*readoutRate_);
+  return kDone;
+}
+
+int TPseudoHSSpeed::GetVal(int channel, int amplifier, int speed, float& megahertz)
+{
+  if (!IsChannel(channel)) return kNoSuchChannel;
+  if (!IsAmplifier(amplifier)) return kNoSuchAmplifier;
+  if (!IsSpeed(speed)) return kNoSuchSpeed;
+  std::wstring text;
+  if (readoutRate_->GetStringByIndex(speed, text) != VX_SUCCESS) text.clear();
+  megahertz = LeadingFloat(text);
+  return kDone;
+}
+
+bool TPseudoHSSpeed::IsChannel(int channel)
+{
+  int count = 0;
+  return channel_->Count(count) == IADChannel::kDone && channel >= 0 && channel < count;
+}
+
+bool TPseudoHSSpeed::IsAmplifier(int amplifier)
+{
+  int count = 0;
+  return amplifier_->Count(count) == IAmplifier::kDone && amplifier >= 0 && amplifier < count;
+}
+
+bool TPseudoHSSpeed::IsSpeed(int speed)
+{
+  return speed >= 0 && speed < CountOf(*readoutRate_);
+}

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// Looking through the values of an enumerated feature.
+#pragma once
+
+#include "features/IEnum.h"
+#include "vxcore.h"
+
+#include <string>
+
+/// How many values the feature has; 0 when it cannot tell.
+inline int CountOf(IEnum& feature)
+{
+  int count = 0;
+  return feature.GetCount(count) == VX_SUCCESS ? count : 0;
+}
+
+/// The text of the present value; empty when it cannot be read.
+inline std::wstring PresentText(IEnum& feature)
+{
+  int index = 0;
+  std::wstring text;
+  if (feature.GetIndex(index) != VX_SUCCESS) return {};
+  if (feature.GetStringByIndex(index, text) != VX_SUCCESS) return {};
+  return text;
+}
+
+/// Calls `visit(text)` for the texts of the values 0 to count - 1, each read by `read(index, text)`, which answers
+/// the feature library's code. A text that cannot be read is left out. After many failures in a row nothing more
+/// is tried, so that a count that makes no sense cannot hold a program up.
+template <class Read, class Visit>
+void VisitTexts(int count, Read read, Visit visit)
+{
+  constexpr int kMaxFailuresInARow = 100;
+  int failures = 0;
+  for (int index = 0; index < count && failures < kMaxFailuresInARow; ++index) {
+    std::wstring text;
+    if (read(index, text) == VX_SUCCESS) {
+      failures = 0;
+      visit(text);
+    } else
+      ++failures;
+  }
+}
+
+/// As above, for the values of @p feature.
+template <class Visit>
+void VisitTexts(IEnum& feature, Visit visit)
+{
+  const auto read = [&](int index, std::wstring& text) { return feature.GetStringByIndex(index, text); };
+  VisitTexts(CountOf(feature), read, visit);
+}

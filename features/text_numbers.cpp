@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// Numbers at the start of texts, as a wide string stream reads them.
+#include "features/text_numbers.h"
+
+#include <locale>
+#include <sstream>
+
+namespace {
+
+template <class T>
+T Leading(const std::wstring& text)
+{
+  std::wistringstream stream(text);
+  stream.imbue(std::locale::classic());
+  T number{};
+  stream >> number;
+  return number;
+}
+
+} // namespace
+
+float LeadingFloat(const std::wstring& text)
+{
+  return Leading<float>(text);
+}
+
+int LeadingInt(const std::wstring& text)
+{
+  return Leading<int>(text);
+}
