@@ -25,6 +25,12 @@ public:
   int CoreHandle() const { return static_cast<int>(camera_->cameraHandle); }
   TVxmcdAcquisitionManager& Manager() const { return *manager_; }
   TPseudoAcquisitionMode& AcquisitionMode() const { return *camera_->acquisitionMode; }
+  TPseudoADChannel& ADChannel() const { return *camera_->adChannel; }
+  TPseudoAmplifier& Amplifier() const { return *camera_->amplifier; }
+  TPseudoHSSpeed& HSSpeed() const { return *camera_->hsSpeed; }
+  IPreAmpGain& PreAmpGain() const { return *camera_->preAmpGainModel; }
+  TPseudoBaselineClamp& BaselineClamp() const { return *camera_->baselineClamp; }
+  TgetFIFOUsage& FIFOUsage() const { return *camera_->fifoUsage; }
 
   int GetRetrievalCursor() const;
   void SetRetrievalCursor(int image) const;

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The sensor and the image area on it.
+#include "api/binning.h"
 #include "features/current_core_handle.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "vxcore.h"
 #include "vxmcd.h"
+
+#include <cstdint>
 
 namespace {
 
@@ -14,6 +18,51 @@ bool ReadInt(int coreHandle, const wchar_t* feature, int* output)
   if (VX_GetInt(coreHandle, feature, &value) != VX_SUCCESS) return false;
   if (output) *output = static_cast<int>(value);
   return true;
+}
+
+bool WriteInt(int coreHandle, const wchar_t* feature, std::int64_t value)
+{
+  return VX_SetInt(coreHandle, feature, value) == VX_SUCCESS;
+}
+
+bool IsOutOfRange(int coreHandle, const wchar_t* feature, std::int64_t value)
+{
+  return VX_SetInt(coreHandle, feature, value) == VX_ERR_OUT_OF_RANGE;
+}
+
+// From the first to the last pixel, both included.
+std::int64_t Extent(int first, int last)
+{
+  return std::int64_t{last} - first + 1;
+}
+
+// Switches the layout while it lives and goes back to the one it found.
+class TLayoutSwitch
+{
+public:
+  TLayoutSwitch(int coreHandle, const wchar_t* layout) : coreHandle_(coreHandle)
+  {
+    isKnown_ = VX_GetEnumerated(coreHandle, Feature::kAOILayout, &index_) == VX_SUCCESS;
+    VX_SetEnumeratedString(coreHandle, Feature::kAOILayout, layout);
+  }
+  ~TLayoutSwitch()
+  {
+    if (isKnown_) VX_SetEnumerated(coreHandle_, Feature::kAOILayout, index_);
+  }
+  TLayoutSwitch(const TLayoutSwitch&) = delete;
+  TLayoutSwitch& operator=(const TLayoutSwitch&) = delete;
+
+private:
+  int coreHandle_;
+  int index_ = 0;
+  bool isKnown_ = false;
+};
+
+// Rows count from the sensor's far edge. Each track is read out as one binned row.
+bool WriteTrack(int coreHandle, int sensorHeight, int firstRow, int lastRow)
+{
+  return WriteInt(coreHandle, Feature::kAOITop, std::int64_t{sensorHeight} + 1 - lastRow) &&
+         WriteInt(coreHandle, Feature::kAOIVBin, Extent(firstRow, lastRow));
 }
 
 } // namespace
@@ -27,4 +76,65 @@ unsigned int GetDetector(int* xpixels, int* ypixels)
   if (!hasWidth) return RC_P1_INVALID;
   if (!hasHeight) return RC_P2_INVALID;
   return RC_SUCCESS;
+}
+
+unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int vend)
+{
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  if (hbin < 1) return RC_P1_INVALID;
+  if (vbin < 1) return RC_P2_INVALID;
+
+  const TLayoutSwitch layout(coreHandle, FeatureText::kImage);
+  setBinningOptions(hbin, vbin); // what it answers does not count: width and height tell
+  const bool isWidthWrong = IsOutOfRange(coreHandle, Feature::kAOIWidth, Extent(hstart, hend) / hbin);
+  const bool isLeftWrong = IsOutOfRange(coreHandle, Feature::kAOILeft, hstart);
+  int sensorHeight = 0;
+  ReadInt(coreHandle, Feature::kSensorHeight, &sensorHeight); // asked for as ever, though it is not needed
+  const bool isHeightWrong = IsOutOfRange(coreHandle, Feature::kAOIHeight, Extent(vstart, vend) / vbin);
+  const bool isTopWrong = IsOutOfRange(coreHandle, Feature::kAOITop, vstart);
+
+  if (isTopWrong) return RC_P6_INVALID;
+  if (isHeightWrong) return RC_P5_INVALID;
+  if (isLeftWrong) return RC_P3_INVALID;
+  if (isWidthWrong) return RC_P4_INVALID;
+  return RC_SUCCESS;
+}
+
+unsigned int SetRandomTracks(int numTracks, int* areas)
+{
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  if (!isImplemented(coreHandle, Feature::kAOILayout)) return RC_NOT_SUPPORTED;
+  if (!areas && numTracks > 0) return RC_P2_INVALID;
+
+  const TLayoutSwitch layout(coreHandle, FeatureText::kTrack);
+  if (!WriteInt(coreHandle, Feature::kAOICount, numTracks)) return RC_P1_INVALID;
+  int sensorHeight = 0;
+  ReadInt(coreHandle, Feature::kSensorHeight, &sensorHeight);
+  bool isGood = true;
+  for (int track = 1; track <= numTracks; ++track) {
+    WriteInt(coreHandle, Feature::kAOISelector, track);
+    WriteInt(coreHandle, Feature::kAOIHBin, 1);
+    // The far edge comes first in the camera: the last pair belongs to its first track.
+    const int* const pair = areas + 2 * std::int64_t{numTracks - track};
+    if (isGood) isGood = WriteTrack(coreHandle, sensorHeight, pair[0], pair[1]);
+  }
+  return isGood ? RC_SUCCESS : RC_P2_INVALID;
+}
+
+unsigned int GetMaximumBinning(int /*readMode*/, int horzVert, int* maxBinning)
+{
+  constexpr unsigned int kDone = 0; // not RC_SUCCESS: callers rely on it
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  if (horzVert != 0 && horzVert != 1) return RC_P2_INVALID;
+  if (!maxBinning) return RC_P3_INVALID;
+  *maxBinning = 1;
+  const wchar_t* const feature = horzVert == 0 ? Feature::kAOIHBinInternal : Feature::kAOIVBinInternal;
+  if (!isImplemented(coreHandle, feature)) return kDone;
+  long long maximum = 0;
+  if (VX_GetIntMax(coreHandle, feature, &maximum) != VX_SUCCESS) return RC_BINNING_QUERY_FAILED;
+  *maxBinning = static_cast<int>(maximum);
+  return kDone;
 }

@@ -7,25 +7,29 @@
  *
  * Conventions, valid for every function unless it says otherwise:
  *
- * 1. Every function returns a result code as `unsigned int`; #RC_SUCCESS (20002) is success. The codes, their meaning
- *    and what to try are in vxmcd_result_codes.h; vxmcd_GetResultName() turns a code into its name.
- * 2. Functions act on the *current camera*, chosen with SetCurrentCamera() and opened with Initialize(). With no open
- *    camera under the current handle they return #RC_NOT_INITIALIZED (20075) and touch nothing.
+ * 1. Every function returns a result code as `unsigned int`; #RC_SUCCESS (20002) is success. The codes, their
+ * meaning and what to try are in vxmcd_result_codes.h; vxmcd_GetResultName() turns a code into its name.
+ * 2. Functions act on the *current camera*, chosen with SetCurrentCamera() and opened with Initialize(). With no
+ * open camera under the current handle they return #RC_NOT_INITIALIZED (20075) and touch nothing.
  * 3. Times are seconds (s) unless a name ends in `Ms`; rates are hertz (Hz); sizes of image arrays are counted in
  *    pixels; images are numbered from 1 over a whole run.
- * 4. Output pointers are written only as each function says. A null output pointer is skipped where no code is stated
- *    for it.
- * 5. Functions may be called from any thread, but one camera's functions are meant for one thread at a time: do not
- *    open, close or switch cameras while other threads use them. Waiting (WaitForAcquisition() and its forms) in one
- *    thread while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function is fine.
+ * 4. Output pointers are written only as each function says. A null output pointer is skipped where no code is
+ * stated for it.
+ * 5. Functions may be called from any thread, but one camera's functions are meant for one thread at a time: do
+ * not open, close or switch cameras while other threads use them. Waiting (WaitForAcquisition() and its forms) in
+ * one thread while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function is fine.
  * 6. Only the functions that say so block; the others return after a few calls into the feature library.
- * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do not
- *    call SetCurrentCamera() until the run has ended.
+ * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do
+ * not call SetCurrentCamera() until the run has ended.
  */
 #ifndef VXMCD_H
 #define VXMCD_H
 
 #include "vxmcd_result_codes.h"
+
+#ifndef __cplusplus
+#include <wchar.h>
+#endif
 
 #if defined(__GNUC__)
 #define VXMCD_API __attribute__((visibility("default")))
@@ -33,12 +37,19 @@
 #define VXMCD_API
 #endif
 
-/* Functions that old programs link to by a name that encodes their argument types. The library defines them under that
-   name and adds the plain name, which is the one declared to users. */
+/* Functions that old programs link to by a name that encodes their argument types. The library defines them under
+   that name and adds the plain name, which is the one declared to users. */
 #if defined(__cplusplus) && defined(VXMCD_BUILDING)
 #define VXMCD_DECORATED extern "C++" VXMCD_API
 #else
 #define VXMCD_DECORATED VXMCD_API
+#endif
+
+/* The arguments of functions that ignore what they are given. */
+#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
+#define VXMCD_ANY_ARGUMENTS ...
+#else
+#define VXMCD_ANY_ARGUMENTS
 #endif
 
 #ifdef __cplusplus
@@ -60,8 +71,8 @@ VXMCD_API const char* vxmcd_GetResultAdvice(unsigned int code);
 /** @} */
 
 /** @defgroup selection Choosing a camera
- *  Cameras have handles: the camera at index i of the device list has handle 101 + i. None of these functions needs an
- *  open camera.
+ *  Cameras have handles: the camera at index i of the device list has handle 101 + i. None of these functions
+ * needs an open camera.
  *  @{ */
 /**
  * Counts the attached cameras.
@@ -73,13 +84,15 @@ VXMCD_DECORATED unsigned int GetAvailableCameras(long* count);
  * Writes the handle of the camera at an index.
  * @param cameraIndex  0 to count - 1
  * @param handle       written with 101 + @p cameraIndex; null writes nothing and is success
- * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such camera; the code of GetAvailableCameras() when that fails
+ * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such camera; the code of GetAvailableCameras() when that
+ * fails
  */
 VXMCD_DECORATED unsigned int GetCameraHandle(long cameraIndex, long* handle);
 /**
  * Makes a camera the current one. It need not be open: Initialize() opens it.
  * @param handle  101 to 100 + count
- * @return #RC_SUCCESS; #RC_P1_INVALID when no camera has this handle; the code of GetAvailableCameras() when that fails
+ * @return #RC_SUCCESS; #RC_P1_INVALID when no camera has this handle; the code of GetAvailableCameras() when that
+ * fails
  */
 VXMCD_DECORATED unsigned int SetCurrentCamera(long handle);
 /** Writes the current handle (101 at first), whether or not that camera is open. Returns #RC_SUCCESS. */
@@ -122,8 +135,8 @@ VXMCD_API unsigned int getSDKVersion(unsigned int* major, unsigned int* minor, u
                                      unsigned int* revision);
 #endif
 /**
- * Writes 0 to the first four outputs, the minor version 94 to the fifth and the major version 2 to the sixth. Needs no
- * camera.
+ * Writes 0 to the first four outputs, the minor version 94 to the fifth and the major version 2 to the sixth.
+ * Needs no camera.
  * @return #RC_SUCCESS
  */
 VXMCD_API unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cofFile, unsigned int* vxdRevision,
@@ -138,8 +151,8 @@ VXMCD_API unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cof
  * @param id      #VXMCD_VERSION_LIBRARY ("2.94.32007.0") or #VXMCD_VERSION_DRIVER ("Unknown")
  * @param buffer  at least @p size bytes; not terminated when the text fills it
  * @param size    bytes to write at most
- * @return #RC_SUCCESS for the library; #RC_NOT_AVAILABLE for the driver, with the text written; checked in this order:
- *         #RC_P1_INVALID for another id, #RC_P3_INVALID for size 0, #RC_P2_INVALID for a null buffer
+ * @return #RC_SUCCESS for the library; #RC_NOT_AVAILABLE for the driver, with the text written; checked in this
+ * order: #RC_P1_INVALID for another id, #RC_P3_INVALID for size 0, #RC_P2_INVALID for a null buffer
  */
 VXMCD_API unsigned int GetVersionInfo(int id, char* buffer, unsigned int size);
 /** @} */
@@ -151,7 +164,8 @@ VXMCD_API unsigned int GetVersionInfo(int id, char* buffer, unsigned int size);
  * Sets the exposure time.
  * @param seconds  exposure in s; a shorter one than the camera's minimum becomes the minimum
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without the feature; #RC_ACQUIRING when it cannot be changed while the
- *         acquisition runs; #RC_NOT_AVAILABLE when it cannot be changed now; #RC_P1_INVALID when the camera rejects it
+ *         acquisition runs; #RC_NOT_AVAILABLE when it cannot be changed now; #RC_P1_INVALID when the camera
+ * rejects it
  */
 VXMCD_API unsigned int SetExposureTime(float seconds);
 /**
@@ -169,7 +183,8 @@ VXMCD_API unsigned int SetAccumulationCycleTime(float seconds);
 VXMCD_API unsigned int SetKineticCycleTime(float seconds);
 /**
  * Chooses what StartAcquisition() takes.
- * @param mode  1 single image, 2 one accumulated image, 3 series of SetNumberKinetics() images, 5 run until aborted
+ * @param mode  1 single image, 2 one accumulated image, 3 series of SetNumberKinetics() images, 5 run until
+ * aborted
  * @return #RC_SUCCESS; #RC_P1_INVALID for any other mode
  */
 VXMCD_API unsigned int SetAcquisitionMode(int mode);
@@ -183,7 +198,8 @@ VXMCD_API unsigned int SetNumberAccumulations(int count);
 /**
  * Sets how many images a series has (acquisition mode 3).
  * @param count  1 or more
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot count frames; #RC_P1_INVALID for a count it rejects
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot count frames; #RC_P1_INVALID for a count it
+ * rejects
  */
 VXMCD_API unsigned int SetNumberKinetics(int count);
 /**
@@ -195,8 +211,8 @@ VXMCD_API unsigned int SetReadMode(int mode);
 /**
  * Chooses what starts an exposure.
  * @param mode  0 internal, 1 external, 6 external start, 7 external exposure, 10 software
- * @return #RC_SUCCESS; #RC_INVALID_TRIGGER_MODE when the camera does not offer it now; #RC_P1_INVALID for any other
- *         mode; #RC_FEATURE_ERROR when the camera cannot be asked for its external mode
+ * @return #RC_SUCCESS; #RC_INVALID_TRIGGER_MODE when the camera does not offer it now; #RC_P1_INVALID for any
+ * other mode; #RC_FEATURE_ERROR when the camera cannot be asked for its external mode
  */
 VXMCD_API unsigned int SetTriggerMode(int mode);
 /**
@@ -213,8 +229,8 @@ VXMCD_API unsigned int SetOverlapMode(int on);
 /** The same as SetOverlapMode(). */
 VXMCD_API unsigned int SetFrameTransferMode(int on);
 /**
- * Reports the times in force, in s. Values that the camera cannot tell are 0.01, 0.03 and 0.03; without a burst rate
- * the accumulate cycle equals the kinetic cycle.
+ * Reports the times in force, in s. Values that the camera cannot tell are 0.01, 0.03 and 0.03; without a burst
+ * rate the accumulate cycle equals the kinetic cycle.
  * @param exposure    written with the exposure time
  * @param accumulate  written with the accumulation cycle time
  * @param kinetic     written with the kinetic cycle time
@@ -245,29 +261,417 @@ VXMCD_API unsigned int GetMaximumExposure(float* seconds);
  * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID when width or height cannot be told
  */
 VXMCD_API unsigned int GetDetector(int* xpixels, int* ypixels);
+/**
+ * Sets the image area and its binning. Pixels and rows count from 1, first and last included. The layout (see
+ * SetReadMode()) stays as it is; the area is that of the image layout. On a camera that can only bin in squares,
+ * @p hbin is used for both directions.
+ *
+ * Everything is written even when a part of it is rejected, so a failure leaves the parts that the camera took.
+ * @param hbin    pixels added up in a row, 1 or more
+ * @param vbin    rows added up, 1 or more
+ * @param hstart  first pixel of the rows
+ * @param hend    last pixel of the rows
+ * @param vstart  first row
+ * @param vend    last row
+ * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID for a binning factor below 1, with nothing written; else the
+ * last of these that holds: #RC_P4_INVALID when the width, #RC_P3_INVALID when @p hstart, #RC_P5_INVALID when the
+ *         height, #RC_P6_INVALID when @p vstart is out of range. A binning factor that the camera does not have is
+ * not reported.
+ */
+VXMCD_API unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int vend);
+/**
+ * Sets the tracks of the track layout (see SetReadMode()): strips of rows over the whole width, each read out as
+ * one row. Rows count from 1 at the far edge of the sensor. The layout stays as it is.
+ * @param numTracks  number of tracks, 1 or more
+ * @param areas      2 x @p numTracks rows: first and last row of each track, both included
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera has no tracks; #RC_P1_INVALID when it rejects the number;
+ *         #RC_P2_INVALID for a null pointer, or when it rejects a track, with those written that came before it,
+ * in reverse order of @p areas
+ */
+VXMCD_API unsigned int SetRandomTracks(int numTracks, int* areas);
+/**
+ * Reports the largest binning factor.
+ * @param readMode    not used
+ * @param horzVert    0 horizontal, 1 vertical
+ * @param maxBinning  written with the factor; 1 when the camera cannot tell
+ * @return 0 for success, unlike every other function; #RC_P2_INVALID for another @p horzVert; #RC_P3_INVALID for a
+ * null pointer; #RC_BINNING_QUERY_FAILED when the read fails
+ */
+VXMCD_API unsigned int GetMaximumBinning(int readMode, int horzVert, int* maxBinning);
+/** @} */
+
+/** @defgroup readout Readout channel
+ *  How the sensor is read out, by index: AD channel (0 one amplifier, 1 both combined), amplifier (0 low gain, 1
+ * high gain), horizontal shift speed and pre-amplifier gain. A write that the camera refuses leaves its setting as
+ * it is and is not reported, unless a function says so.
+ *  @{ */
+/**
+ * Chooses the AD channel.
+ * @param channel  0 to GetNumberADChannels() - 1
+ * @return #RC_SUCCESS, also with no open camera; #RC_P1_INVALID when there is no such channel
+ */
+VXMCD_API unsigned int SetADChannel(int channel);
+/** Writes the number of AD channels, 1 or 2. Returns #RC_SUCCESS; with no open camera too, which writes nothing.
+ */
+VXMCD_API unsigned int GetNumberADChannels(int* count);
+/**
+ * Reports the bits per pixel of an AD channel.
+ * @param channel  0 to GetNumberADChannels() - 1
+ * @param depth    written with the number of bits; 0 when the camera cannot tell
+ * @return #RC_SUCCESS, also with no open camera, which writes nothing; #RC_P2_INVALID for a null pointer;
+ *         #RC_P1_INVALID when there is no such channel
+ */
+VXMCD_API unsigned int GetBitDepth(int channel, int* depth);
+/**
+ * Chooses the amplifier. While both are read (AD channel 1) the choice is kept for later.
+ * @param amplifier  0 or 1
+ * @return #RC_SUCCESS; #RC_P1_INVALID for any other amplifier
+ */
+VXMCD_API unsigned int SetOutputAmplifier(int amplifier);
+/** Writes the number of amplifiers, 2. Returns #RC_SUCCESS. */
+VXMCD_API unsigned int GetNumberAmp(int* count);
+/** #RC_SUCCESS when there is an amplifier with this index, #RC_INVALID_AMPLIFIER when there is none. */
+VXMCD_API unsigned int IsAmplifierAvailable(int amplifier);
+/**
+ * Copies the description of an amplifier: "Low Gain", "High Gain", or "Dual Gain" while both are read.
+ * @param amplifier  0 or 1
+ * @param text       at least @p length bytes. Its first @p length - 1 bytes are written, the rest of them with
+ * zeros; a text that does not fit is cut there without a terminator
+ * @param length     bytes of the buffer, 10 or more for every text; 0 or less writes nothing
+ * @return #RC_SUCCESS; #RC_P1_INVALID for any other amplifier
+ */
+VXMCD_API unsigned int GetAmpDesc(int amplifier, char* text, int length);
+/**
+ * Reports the highest speed, which is the same for both amplifiers.
+ * @param amplifier  0 or 1
+ * @param megahertz  written with the speed in MHz; 0 when the camera has none
+ * @return #RC_SUCCESS; #RC_P1_INVALID for any other amplifier
+ */
+VXMCD_API unsigned int GetAmpMaxSpeed(int amplifier, float* megahertz);
+/**
+ * Chooses the horizontal shift speed, and with it the amplifier.
+ * @param amplifier  0 or 1
+ * @param speed      0 to GetNumberHSSpeeds() - 1
+ * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID when there is no such amplifier or speed
+ */
+VXMCD_API unsigned int SetHSSpeed(int amplifier, int speed);
+/**
+ * Counts the horizontal shift speeds, which are the same for every channel and amplifier.
+ * @param channel    0 to GetNumberADChannels() - 1
+ * @param amplifier  0 or 1
+ * @param count      written with the number of speeds, 0 on every failure
+ * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID when there is no such channel or amplifier
+ */
+VXMCD_API unsigned int GetNumberHSSpeeds(int channel, int amplifier, int* count);
+/**
+ * Reports a horizontal shift speed.
+ * @param channel    0 to GetNumberADChannels() - 1
+ * @param amplifier  0 or 1
+ * @param speed      0 to GetNumberHSSpeeds() - 1
+ * @param megahertz  written with the speed in MHz; 1.0 on every failure
+ * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID, #RC_P3_INVALID when there is no such channel, amplifier or
+ * speed
+ */
+VXMCD_API unsigned int GetHSSpeed(int channel, int amplifier, int speed, float* megahertz);
+/**
+ * Chooses the pre-amplifier gain.
+ * @param gain  0 to GetNumberPreAmpGains() - 1
+ * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such gain, which cameras with the simple gain control do
+ * not report
+ */
+VXMCD_API unsigned int SetPreAmpGain(int gain);
+/** Writes the number of pre-amplifier gains; nothing when the camera cannot tell. Returns #RC_SUCCESS. */
+VXMCD_API unsigned int GetNumberPreAmpGains(int* count);
+/**
+ * Reports the factor of a pre-amplifier gain.
+ * @param gain   0 to GetNumberPreAmpGains() - 1
+ * @param value  written with the factor, for the simple gain control 1, 2 or 3; 0 on every failure
+ * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such gain
+ */
+VXMCD_API unsigned int GetPreAmpGain(int gain, float* value);
+/**
+ * Reports whether a gain can be used with a channel, amplifier and speed.
+ * @param channel    0 or 1
+ * @param amplifier  0 or 1
+ * @param speed      0 to 3
+ * @param gain       0 to GetNumberPreAmpGains() - 1
+ * @param status     written with 1 or 0; untouched on failure
+ * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID, #RC_P3_INVALID, #RC_P4_INVALID when there is no such
+ * channel, amplifier, speed or gain, checked in this order; cameras without the simple gain control check the gain
+ *         before the speed
+ */
+VXMCD_API unsigned int IsPreAmpGainAvailable(int channel, int amplifier, int speed, int gain, int* status);
+/**
+ * Copies the name of a pre-amplifier gain, without what stands in brackets behind it.
+ * @param gain    0 to GetNumberPreAmpGains() - 1
+ * @param text    at least @p length bytes; always terminated; empty when the name has characters that the
+ * program's locale does not have
+ * @param length  bytes of the buffer, 30 is enough; 0 or less writes nothing
+ * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such gain or, with the simple gain control, it cannot be
+ * read; #RC_P2_INVALID for a null pointer
+ */
+VXMCD_API unsigned int GetPreAmpGainText(int gain, char* text, int length);
+/**
+ * Switches the baseline clamp, which holds the level of dark pixels.
+ * @param state  0 off, 1 on
+ * @return #RC_SUCCESS; #RC_P1_INVALID for any other state or when the camera rejects it; #RC_NOT_SUPPORTED without
+ * a clamp; #RC_NOT_AVAILABLE when it cannot be switched now
+ */
+VXMCD_API unsigned int SetBaselineClamp(int state);
+/**
+ * Reports the baseline clamp.
+ * @param state  written with 0 or 1; untouched on failure
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a clamp; #RC_NOT_AVAILABLE when it cannot be told now;
+ * #RC_P1_INVALID when the read fails
+ */
+VXMCD_API unsigned int GetBaselineClamp(int* state);
+/**
+ * Reports how full the camera's own memory is. Blocks while another thread is in ShutDown().
+ * @param percent  written with the fill in per cent of the memory; keeps its value when the camera has none to
+ * show or a register cannot be read, which is success
+ * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer; #RC_NOT_SUPPORTED when the kind of memory cannot be told
+ */
+VXMCD_API unsigned int GetFIFOUsage(int* percent);
+/** @} */
+
+/** @defgroup temperature Cooling and temperature
+ *  Temperatures are degrees Celsius (C).
+ *  @{ */
+/**
+ * Sets the temperature that the cooler aims at. Does not switch the cooler on.
+ * @param degrees  target in C, within GetTemperatureRange()
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable temperature; #RC_NOT_AVAILABLE when the camera says
+ * that the feature is not readable; #RC_P1_INVALID when it rejects the value in any other way
+ */
+VXMCD_API unsigned int SetTemperature(int degrees);
+/** Switches the cooler on. Returns #RC_SUCCESS, whatever the camera answers; ask IsCoolerOn(). */
+VXMCD_API unsigned int CoolerON(void);
+/** Switches the cooler off. Returns #RC_SUCCESS, whatever the camera answers; ask IsCoolerOn(). */
+VXMCD_API unsigned int CoolerOFF(void);
+/**
+ * Reports whether the cooler is switched on.
+ * @param on  written with 0 or 1; keeps its value when the read fails, which is success
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a cooler; #RC_P1_INVALID for a null pointer
+ */
+VXMCD_API unsigned int IsCoolerOn(int* on);
+/**
+ * Reports the temperature of the sensor. What the call returns is the state of the cooling.
+ * @param degrees  written with the temperature in C; untouched when it cannot be told
+ * @return #RC_TEMP_OFF, #RC_TEMP_STABILIZED, #RC_TEMP_NOT_REACHED, #RC_TEMP_DRIFT or #RC_TEMP_NOT_STABILIZED;
+ *         #RC_SUCCESS when the temperature is known but not the state; #RC_P1_INVALID for a null pointer, also
+ * with no open camera; #RC_NOT_SUPPORTED without a thermometer; #RC_FEATURE_ERROR when it cannot be read
+ */
+VXMCD_API unsigned int GetTemperatureF(float* degrees);
+/**
+ * As GetTemperatureF(), in whole degrees: the fraction is dropped, so -69.7 gives -69.
+ * @param degrees  written with the temperature in C, -999 when it cannot be told
+ */
+VXMCD_API unsigned int GetTemperature(int* degrees);
+/**
+ * Reports what SetTemperature() takes, in whole degrees: fractions are dropped.
+ * @param minimum  written with the lowest target in C; 0 when it cannot be told
+ * @param maximum  written with the highest target in C; 0 when it cannot be told
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable temperature
+ */
+VXMCD_API unsigned int GetTemperatureRange(int* minimum, int* maximum);
+/**
+ * Reports temperature and target at once. Values that the camera cannot tell are 0.
+ * @param sensor  written with the sensor's temperature in C
+ * @param target  written with the target in C
+ * @param third   written with 0
+ * @param fourth  written with 0
+ * @return #RC_SUCCESS
+ */
+VXMCD_API unsigned int GetTemperatureStatus(float* sensor, float* target, float* third, float* fourth);
+/**
+ * Sets the fan.
+ * @param mode  0 full, 1 low, 2 off
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable fan; #RC_P1_INVALID for any other mode or when the
+ * camera does not take it
+ */
+VXMCD_API unsigned int SetFanMode(int mode);
+/** @} */
+
+/** @defgroup description What the camera is
+ *  @{ */
+/** @name Bits of vxmcd_Capabilities::acquisitionModes
+ *  @{ */
+#define VXMCD_ACQUISITION_SINGLE 1u   /**< single images; always set */
+#define VXMCD_ACQUISITION_SERIES 8u   /**< series of a given number of images ("FrameCount") */
+#define VXMCD_ACQUISITION_OVERLAP 64u /**< exposure during read-out ("Overlap") */
+/** @} */
+/** @name Bits of vxmcd_Capabilities::readModes
+ *  @{ */
+#define VXMCD_READ_FULL_IMAGE 1u /**< the whole sensor; always set */
+#define VXMCD_READ_SUB_IMAGE 2u  /**< a part of it ("AOILeft") */
+#define VXMCD_READ_TRACKS 32u    /**< tracks ("AOILayout") */
+/** @} */
+/** @name Bits of vxmcd_Capabilities::triggerModes
+ *  @{ */
+#define VXMCD_TRIGGER_INTERNAL 1u           /**< SetTriggerMode() 0; also set on a camera without triggers */
+#define VXMCD_TRIGGER_EXTERNAL 2u           /**< SetTriggerMode() 1 */
+#define VXMCD_TRIGGER_SOFTWARE 8u           /**< SetTriggerMode() 10 */
+#define VXMCD_TRIGGER_EXTERNAL_START 16u    /**< SetTriggerMode() 6 */
+#define VXMCD_TRIGGER_EXTERNAL_EXPOSURE 32u /**< SetTriggerMode() 7 */
+/** @} */
+/** @name Values of vxmcd_Capabilities::cameraType
+ *  @{ */
+#define VXMCD_CAMERA_TRELLIS 19u /**< the model "TRELLIS CMOS" */
+#define VXMCD_CAMERA_OTHER 20u   /**< any other */
+#define VXMCD_CAMERA_RQ512 21u   /**< the model "RQ512_LX" */
+#define VXMCD_CAMERA_KESTRA 22u  /**< hardware of the type "KESTRA" */
+/** @} */
+/** @name Bits of vxmcd_Capabilities::settableFunctions
+ *  @{ */
+#define VXMCD_SET_READOUT_RATE 2u /**< SetHSSpeed() ("PixelReadoutRate") */
+#define VXMCD_SET_TEMPERATURE 4u  /**< SetTemperature(), at the moment ("TargetSensorTemperature" is writable) */
+#define VXMCD_SET_BASELINE_CLAMP 32u  /**< SetBaselineClamp() ("BaselineClamp") */
+#define VXMCD_SET_PRE_AMP_GAIN 0x200u /**< SetPreAmpGain() with directly set gains ("PreAmpGain") */
+#define VXMCD_SET_BINNING 0x1000u     /**< binning in SetImage() ("AOIHBin" or "AOIBinning") */
+#define VXMCD_SET_TRACKS 0x4000u      /**< SetRandomTracks() ("AOILayout") */
+#define VXMCD_SET_ALWAYS 0x1000000u   /**< always set */
+/** @} */
+/** @name Bits of vxmcd_Capabilities::readableFunctions
+ *  @{ */
+#define VXMCD_GET_TEMPERATURE 1u /**< GetTemperatureF() ("SensorTemperature") */
+#define VXMCD_GET_ALWAYS 8u      /**< always set */
+/** @} */
+/** @name Bits of vxmcd_Capabilities::features
+ *  @{ */
+#define VXMCD_FEATURES_ALWAYS 3u                      /**< two bits that are always set */
+#define VXMCD_FEATURE_FAN 128u                        /**< SetFanMode() ("FanSpeed") */
+#define VXMCD_FEATURE_FAN_LOW 0x100u                  /**< SetFanMode() 1 ("FanSpeed" has "Low") */
+#define VXMCD_FEATURE_METADATA 0x8000u                /**< SetMetaData() ("MetadataEnable") */
+#define VXMCD_FEATURE_EXPOSURE_START_EVENT 0x2000000u /**< the camera tells when an exposure starts */
+#define VXMCD_FEATURE_EXPOSURE_END_EVENT 0x4000000u   /**< the camera tells when an exposure ends */
+/** @} */
+/** What a camera can do: twelve 32-bit words. */
+typedef struct vxmcd_Capabilities
+{
+  unsigned int size;              /**< bytes of the record, 48 for all of it; set by the caller */
+  unsigned int acquisitionModes;  /**< `VXMCD_ACQUISITION_` bits */
+  unsigned int readModes;         /**< `VXMCD_READ_` bits */
+  unsigned int triggerModes;      /**< `VXMCD_TRIGGER_` bits */
+  unsigned int cameraType;        /**< a `VXMCD_CAMERA_` value */
+  unsigned int pixelMode;         /**< 4 */
+  unsigned int settableFunctions; /**< `VXMCD_SET_` bits */
+  unsigned int readableFunctions; /**< `VXMCD_GET_` bits */
+  unsigned int features;          /**< `VXMCD_FEATURE_` bits */
+  unsigned int reserved1;         /**< 0 */
+  unsigned int reserved2;         /**< 0 */
+  unsigned int reserved3;         /**< 0 */
+} vxmcd_Capabilities;
+/**
+ * Reports what the camera can do.
+ * @param capabilities  its `size` is set by the caller; only whole words within that size are written
+ * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer, also with no open camera
+ */
+VXMCD_API unsigned int GetCapabilities(vxmcd_Capabilities* capabilities);
+/**
+ * Reports the camera's firmware; all values are 0 when it cannot be told.
+ * @param out1           written with 0
+ * @param out2           written with 0
+ * @param out3           written with 0
+ * @param out4           written with 0
+ * @param firmwareDate   written with the date, year x 10000 + month x 100 + day
+ * @param firmwareBuild  written with the build number
+ * @return #RC_SUCCESS; #RC_P1_INVALID to #RC_P4_INVALID, #RC_P5_INVALID, #RC_P6_INVALID for a null pointer, with
+ *         nothing written
+ */
+VXMCD_API unsigned int GetHardwareVersion(unsigned int* out1, unsigned int* out2, unsigned int* out3,
+                                          unsigned int* out4, unsigned int* firmwareDate,
+                                          unsigned int* firmwareBuild);
+#ifndef VXMCD_BUILDING
+/**
+ * Finds the first number in a text: "SN-01234X" gives 1234. Needs no camera.
+ * @param text    a terminated text
+ * @param number  written with the number, or with the largest `int` when it is larger; untouched when there is no
+ * digit
+ */
+VXMCD_API void extractNumberFromString(wchar_t* text, int* number);
+#endif
+/**
+ * Reports the number in the camera's serial number: "VSC-00512" gives 512.
+ * @param number  written with the number; 0 when there is none or it cannot be told
+ * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer
+ */
+VXMCD_API unsigned int GetCameraSerialNumber(int* number);
+/**
+ * Copies the camera's model.
+ * @param name  room for 4096 bytes; written with the model in the program's locale, empty when it cannot be told
+ * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer
+ */
+VXMCD_API unsigned int GetHeadModel(char* name);
+/**
+ * Reports the size of a pixel of the sensor.
+ * @param width   written with the width in micrometres; 10 on failure
+ * @param height  written with the height in micrometres; 10 on failure
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera does not know; #RC_P1_INVALID, #RC_P2_INVALID when width
+ * or height cannot be read
+ */
+VXMCD_API unsigned int GetPixelSize(float* width, float* height);
+/** Writes an empty text: there is no controller card. Returns #RC_SUCCESS, with or without an open camera. */
+VXMCD_API unsigned int GetControllerCardModel(char* name);
+/** @} */
+
+/** @defgroup i2c I2C
+ *  Devices on the camera's controller bus. Both transfers block until the camera has made them. One thread at a
+ * time: the camera keeps the transfer that is being prepared.
+ *  @{ */
+/**
+ * Fetches bytes from a device.
+ * @param address  the device's address
+ * @param count    number of bytes; the camera has a limit
+ * @param data     room for @p count bytes; bytes that could not be fetched keep their value
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot read from the bus; #RC_P1_INVALID when it refuses
+ * the address, #RC_P2_INVALID when it refuses the count; #RC_I2C_ERROR when the transfer failed, a byte could not
+ * be fetched or @p data is null
+ */
+VXMCD_DECORATED unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data);
+/**
+ * Sends bytes to a device. Nothing is sent unless all of them could be handed to the camera.
+ * @param address  the device's address
+ * @param count    number of bytes; the camera has a limit
+ * @param data     @p count bytes
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot write to the bus; #RC_P1_INVALID when it refuses
+ * the address, #RC_P2_INVALID when it refuses the count; #RC_I2C_ERROR when the transfer failed, a byte was
+ * refused or
+ *         @p data is null
+ */
+VXMCD_DECORATED unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data);
+/** Does nothing: the internal bus is the library's own. Takes any arguments. Returns #RC_SUCCESS, also with no
+ * camera. */
+VXMCD_API unsigned int vxsys_InternalI2CBurstRead(VXMCD_ANY_ARGUMENTS);
+/** Does nothing: the internal bus is the library's own. Takes any arguments. Returns #RC_SUCCESS, also with no
+ * camera. */
+VXMCD_API unsigned int vxsys_InternalI2CBurstWrite(VXMCD_ANY_ARGUMENTS);
 /** @} */
 
 /** @defgroup acquisition Acquisition
- *  A run fills a ring of frame buffers of about 300,000,000 bytes. A finite run keeps all its images; a run until abort
- *  overwrites the oldest, and hands out intact images as long as fewer new ones have arrived than the ring has buffers.
+ *  A run fills a ring of frame buffers of about 300,000,000 bytes. A finite run keeps all its images; a run until
+ * abort overwrites the oldest, and hands out intact images as long as fewer new ones have arrived than the ring
+ * has buffers.
  *  @{ */
 /**
- * Starts a run with the present settings, stopping an earlier one first. Images of the earlier run are gone. Blocks
- * until the run has begun (usually well under 1 ms; up to 10 s when an earlier run has to be stopped first).
- * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when memory or camera refuse; #RC_START_REFUSED after an internal failure;
- *         #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
+ * Starts a run with the present settings, stopping an earlier one first. Images of the earlier run are gone.
+ * Blocks until the run has begun (usually well under 1 ms; up to 10 s when an earlier run has to be stopped
+ * first).
+ * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when memory or camera refuse; #RC_START_REFUSED after an internal
+ * failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
  */
 VXMCD_API unsigned int StartAcquisition(void);
 /**
- * Stops the run; images so far stay available. Blocks until the run has ended (10 s at most). No wait is woken by it:
- * call CancelWait() for that.
- * @return #RC_SUCCESS; #RC_IDLE when the camera is not acquiring; #RC_FEATURE_ERROR when the camera refuses to stop
+ * Stops the run; images so far stay available. Blocks until the run has ended (10 s at most). No wait is woken by
+ * it: call CancelWait() for that.
+ * @return #RC_SUCCESS; #RC_IDLE when the camera is not acquiring; #RC_FEATURE_ERROR when the camera refuses to
+ * stop
  */
 VXMCD_API unsigned int AbortAcquisition(void);
 /**
- * Waits without limit for the next image since the last wait. Blocks. An image, a failure of the run or CancelWait()
- * ends the wait; each image ends one wait, and images that arrive while nobody waits end the next wait at once.
- * After the last image of a run nothing more wakes a wait: prefer the forms with a time-out, and ask GetStatus().
+ * Waits without limit for the next image since the last wait. Blocks. An image, a failure of the run or
+ * CancelWait() ends the wait; each image ends one wait, and images that arrive while nobody waits end the next
+ * wait at once. After the last image of a run nothing more wakes a wait: prefer the forms with a time-out, and ask
+ * GetStatus().
  * @return #RC_SUCCESS; #RC_NO_NEW_DATA when the wait ended without an image
  */
 VXMCD_API unsigned int WaitForAcquisition(void);
@@ -320,14 +724,16 @@ VXMCD_API unsigned int SetMetaData(int enable);
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without metadata; #RC_NOT_AVAILABLE when it was off at the last start;
  *         #RC_FEATURE_ERROR when the index is not available or the accumulations cannot be read
  */
-VXMCD_API unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, long long* ticks, unsigned int index);
+VXMCD_API unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, long long* ticks,
+                                                unsigned int index);
 /** @} */
 
 /** @defgroup retrieval Taking images
  *  Image arrays are dense: row r starts at pixel r x width, width and height being those of the image area. `size`
- *  counts pixels and must equal width x height of one image. The functions ending in 8 give 8-bit pixels and need the
- *  camera's encoding "Mono8"; those ending in 16 give 16-bit pixels (of a 32-bit encoding the low 16 bits); those without
- *  a suffix give 32-bit pixels. All of them copy and convert on the calling thread and never wait for an image.
+ *  counts pixels and must equal width x height of one image. The functions ending in 8 give 8-bit pixels and need
+ * the camera's encoding "Mono8"; those ending in 16 give 16-bit pixels (of a 32-bit encoding the low 16 bits);
+ * those without a suffix give 32-bit pixels. All of them copy and convert on the calling thread and never wait for
+ * an image.
  *
  *  Codes common to all: #RC_NOT_INITIALIZED; #RC_NOT_SUPPORTED when the encoding cannot be read or converted.
  *  @{ */
@@ -335,44 +741,51 @@ VXMCD_API unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, lo
  * Copies every image of the finished run, oldest first, one behind the other.
  * @param array  room for @p size pixels *times the number of images*
  * @param size   pixels of one image
- * @return #RC_SUCCESS; #RC_ACQUIRING while the run goes on; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another
- *         size; #RC_NO_NEW_DATA when there is no image
+ * @return #RC_SUCCESS; #RC_ACQUIRING while the run goes on; #RC_P1_INVALID for a null array; #RC_P2_INVALID for
+ * another size; #RC_NO_NEW_DATA when there is no image
  */
 VXMCD_DECORATED unsigned int GetAcquiredData8(unsigned char* array, unsigned long size);
-VXMCD_DECORATED unsigned int GetAcquiredData16(unsigned short* array, unsigned long size); /**< @copydoc GetAcquiredData8 */
-VXMCD_DECORATED unsigned int GetAcquiredData(int* array, unsigned long size);              /**< @copydoc GetAcquiredData8 */
+/** @copydoc GetAcquiredData8 */
+VXMCD_DECORATED unsigned int GetAcquiredData16(unsigned short* array, unsigned long size);
+/** @copydoc GetAcquiredData8 */
+VXMCD_DECORATED unsigned int GetAcquiredData(int* array, unsigned long size);
 /**
- * Copies the image after the one that the last call of this family gave; images that were overwritten meanwhile are
- * skipped, which GetTotalNumberImagesAcquired() and a count of one's own calls reveal. A start begins again at image 1.
+ * Copies the image after the one that the last call of this family gave; images that were overwritten meanwhile
+ * are skipped, which GetTotalNumberImagesAcquired() and a count of one's own calls reveal. A start begins again at
+ * image 1.
  * @param array  room for @p size pixels
  * @param size   pixels of one image
- * @return #RC_SUCCESS; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another size; #RC_NO_NEW_DATA when every
- *         image has been given
+ * @return #RC_SUCCESS; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another size; #RC_NO_NEW_DATA when
+ * every image has been given
  */
 VXMCD_DECORATED unsigned int GetOldestImage8(unsigned char* array, unsigned long size);
-VXMCD_DECORATED unsigned int GetOldestImage16(unsigned short* array, unsigned long size); /**< @copydoc GetOldestImage8 */
-VXMCD_DECORATED unsigned int GetOldestImage(int* array, unsigned long size);              /**< @copydoc GetOldestImage8 */
+/** @copydoc GetOldestImage8 */
+VXMCD_DECORATED unsigned int GetOldestImage16(unsigned short* array, unsigned long size);
+/** @copydoc GetOldestImage8 */
+VXMCD_DECORATED unsigned int GetOldestImage(int* array, unsigned long size);
 /**
  * Copies the newest image. Does not affect GetOldestImage().
  * @param array  room for @p size pixels
  * @param size   pixels of one image
- * @return #RC_SUCCESS; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another size; #RC_NO_NEW_DATA before the first
- *         image; #RC_FRAME_UNAVAILABLE when it is gone
+ * @return #RC_SUCCESS; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another size; #RC_NO_NEW_DATA before
+ * the first image; #RC_FRAME_UNAVAILABLE when it is gone
  */
 VXMCD_DECORATED unsigned int GetMostRecentImage8(unsigned char* array, unsigned long size);
-VXMCD_DECORATED unsigned int GetMostRecentImage16(unsigned short* array, unsigned long size); /**< @copydoc GetMostRecentImage8 */
-VXMCD_DECORATED unsigned int GetMostRecentImage(int* array, unsigned long size);              /**< @copydoc GetMostRecentImage8 */
+/** @copydoc GetMostRecentImage8 */
+VXMCD_DECORATED unsigned int GetMostRecentImage16(unsigned short* array, unsigned long size);
+/** @copydoc GetMostRecentImage8 */
+VXMCD_DECORATED unsigned int GetMostRecentImage(int* array, unsigned long size);
 /**
- * Copies the first image that is still there of the range @p first to @p last, and reports the images of the range that
- * are there. One image is copied, to the place that its number has in the range.
+ * Copies the first image that is still there of the range @p first to @p last, and reports the images of the range
+ * that are there. One image is copied, to the place that its number has in the range.
  * @param first       number of the first image wanted, 1 or more
  * @param last        number of the last image wanted, @p first or more
  * @param array       room for @p size x (@p last - @p first + 1) pixels
  * @param size        pixels of one image
  * @param validFirst  written with the number of the image copied, 0 for none
  * @param validLast   written with the number of the last image of the range that is there, 0 for none
- * @return #RC_SUCCESS; #RC_P3_INVALID for a null array; #RC_P4_INVALID for another size; #RC_P1_INVALID when @p first is
- *         below 1; #RC_P2_INVALID when it is above @p last; #RC_NO_NEW_DATA when no image of the range is there
+ * @return #RC_SUCCESS; #RC_P3_INVALID for a null array; #RC_P4_INVALID for another size; #RC_P1_INVALID when @p
+ * first is below 1; #RC_P2_INVALID when it is above @p last; #RC_NO_NEW_DATA when no image of the range is there
  */
 VXMCD_DECORATED unsigned int GetImages8(long first, long last, unsigned char* array, unsigned long size,
                                         long* validFirst, long* validLast);

@@ -29,6 +29,9 @@ unsigned int GetImages(long first, long last, int* array, unsigned long size, lo
 unsigned int GetNumberAvailableImages(int* first, int* last);
 unsigned int GetTotalNumberImagesAcquired(long* count);
 unsigned int GetNumberNewImages(long* first, long* last);
+unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data);
+unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data);
+void extractNumberFromString(wchar_t* text, int& number);
 
 namespace {
 
@@ -85,9 +88,14 @@ int main()
   EXPECT_CODE(kNotInitialized, GetNumberAvailableImages(&i, &i));
   EXPECT_CODE(kNotInitialized, GetTotalNumberImagesAcquired(&a));
   EXPECT_CODE(kSuccess, GetNumberNewImages(&a, &b));
+  EXPECT_CODE(kNotInitialized, I2CBurstRead(0x20, 1, bytes));
+  EXPECT_CODE(kNotInitialized, I2CBurstWrite(0x20, 1, bytes));
+  wchar_t serial[] = L"SN-01234X";
+  extractNumberFromString(serial, i);
 
   if (version[0] != 2 || version[1] != 94 || version[2] != 32007 || version[3] != 0) ++failures;
   if (trigger != L"unchanged") ++failures;
+  if (i != 1234) ++failures;
   std::printf("%d failures\n", failures);
   return failures == 0 ? 0 : 1;
 }
