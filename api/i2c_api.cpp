@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Devices on the camera's I2C buses.
 #include "api/exports.h"
-#include "api/TCameraUse.h"
+#include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "service/TSDK3i2c.h"
+#include "vxmcd.h"
 
 namespace {
 
@@ -28,20 +29,20 @@ unsigned int ToResultCode(int status)
 
 unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data)
 {
-  const TCameraUse camera;
-  if (!camera) return RC_NOT_INITIALIZED;
-  if (!isImplemented(camera.CoreHandle(), Feature::kControllerI2CRead)) return RC_NOT_SUPPORTED;
-  TSDK3i2c bus(camera.CoreHandle(), kControllerBus);
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  if (!isImplemented(coreHandle, Feature::kControllerI2CRead)) return RC_NOT_SUPPORTED;
+  TSDK3i2c bus(coreHandle, kControllerBus);
   return ToResultCode(bus.Read(address, data, static_cast<unsigned int>(count)));
 }
 VXMCD_PLAIN_NAME(I2CBurstRead, _Z12I2CBurstReadhlPh);
 
 unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data)
 {
-  const TCameraUse camera;
-  if (!camera) return RC_NOT_INITIALIZED;
-  if (!isImplemented(camera.CoreHandle(), Feature::kControllerI2CWrite)) return RC_NOT_SUPPORTED;
-  TSDK3i2c bus(camera.CoreHandle(), kControllerBus);
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  if (!isImplemented(coreHandle, Feature::kControllerI2CWrite)) return RC_NOT_SUPPORTED;
+  TSDK3i2c bus(coreHandle, kControllerBus);
   return ToResultCode(bus.Write(address, data, static_cast<unsigned int>(count)));
 }
 VXMCD_PLAIN_NAME(I2CBurstWrite, _Z13I2CBurstWritehlPh);

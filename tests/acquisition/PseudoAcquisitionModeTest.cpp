@@ -2,66 +2,16 @@
 // Mode numbers and counts, as the camera and the manager get to know them.
 #include "acquisition/TPseudoAcquisitionMode.h"
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "features/IEnum.h"
 #include "features/IInt.h"
+#include "tests/support/TFakeEnum.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "vxcore.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <vector>
 
 namespace {
-
-class TFakeEnum final : public IEnum
-{
-public:
-  explicit TFakeEnum(std::vector<std::wstring> values) : values_(std::move(values)) {}
-  int SetIndex(int index) override
-  {
-    present = values_.at(static_cast<std::size_t>(index));
-    return VX_SUCCESS;
-  }
-  int SetString(std::wstring value) override
-  {
-    if (writeCode == VX_SUCCESS) present = std::move(value);
-    return writeCode;
-  }
-  int GetIndex(int&) override { return VX_ERR_NOT_READABLE; }
-  int GetCount(int& count) override
-  {
-    count = static_cast<int>(values_.size());
-    return VX_SUCCESS;
-  }
-  int GetString(std::wstring& value) override
-  {
-    value = present;
-    return VX_SUCCESS;
-  }
-  int IsIndexAvailable(int, bool& isAvailable) override
-  {
-    isAvailable = available;
-    return VX_SUCCESS;
-  }
-  int IsIndexImplemented(int, bool& implemented) override
-  {
-    implemented = true;
-    return VX_SUCCESS;
-  }
-  int GetStringByIndex(int index, std::wstring& value) override
-  {
-    value = values_.at(static_cast<std::size_t>(index));
-    return VX_SUCCESS;
-  }
-
-  std::wstring present;
-  int writeCode = VX_SUCCESS;
-  bool available = true;
-
-private:
-  std::vector<std::wstring> values_;
-};
 
 class TFakeInt final : public IInt
 {
