@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+// I2C transfers, step by step.
+#include "features/current_core_handle.h"
+#include "service/TSDK3i2c.h"
+#include "tests/support/TStagedVx.h"
+#include "vxcore.h"
+#include "vxmcd.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+namespace {
+
+using TCalls = std::vector<std::string>;
+
+class I2c : public ::testing::Test
+{
+protected:
+  I2c()
+  {
+    vx_ = TStagedVx{};
+    vx_.bytes = {10, 11, 12, 13, 14, 15, 16, 17};
+    PublishCurrentCoreHandle(7);
+  }
+  ~I2c() override { PublishCurrentCoreHandle(kNoCoreHandle); }
+
+  bool WasCalled(const std::string& call) const
+  {
+    return std::find(vx_.calls.begin(), vx_.calls.end(), call) != vx_.calls.end();
+  }
+
+  TStagedVx& vx_ = TStagedVx::Instance();
+  TSDK3i2c bus_{7, L"Internal"};
+  unsigned char data_[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+};
+
+TEST_F(I2c, WriteStagesEveryByteAndThenSends)
+{
+  EXPECT_EQ(bus_.Write(0xF0, data_, 2), 0);
+  EXPECT_EQ(vx_.calls, (TCalls{"IsImplemented InternalI2CWrite", "SetInt InternalI2CAddress 240",
+                               "SetInt InternalI2CByteCount 2", "SetInt InternalI2CByteSelector 0",
+                               "SetInt InternalI2CByte 1", "SetInt InternalI2CByteSelector 1",
+                               "SetInt InternalI2CByte 2", "Command InternalI2CWrite"}));
+  vx_.calls.clear();
+  EXPECT_EQ(bus_.Write(0x20, nullptr, 0), 0);
+  EXPECT_EQ(vx_.calls.size(), 4u) << "address, count and command also without bytes";
+}
+
+TEST_F(I2c, ReadFetchesAfterTheCommand)
+{
+  EXPECT_EQ(bus_.Read(0x20, data_, 2), 0);
+  EXPECT_EQ(vx_.calls,
+            (TCalls{"IsImplemented InternalI2CRead", "SetInt InternalI2CAddress 32",
+                    "SetInt InternalI2CByteCount 2", "Command InternalI2CRead", "SetInt InternalI2CByteSelector 0",
+                    "GetInt InternalI2CByte 0", "SetInt InternalI2CByteSelector 1", "GetInt InternalI2CByte 1"}));
+  EXPECT_EQ(std::vector<unsigned char>(data_, data_ + 3), (std::vector<unsigned char>{10, 11, 3}));
+  vx_.calls.clear();
+  EXPECT_EQ(bus_.Read(0x20, nullptr, 0), 0);
+  EXPECT_EQ(vx_.calls.back(), "Command InternalI2CRead");
+}
+
+TEST_F(I2c, ReadGoesOnBehindAByteThatFails)
+{
+  for (const char* const failing : {"SetInt InternalI2CByteSelector 3", "GetInt InternalI2CByte 3"}) {
+    vx_.codes = {{failing, VX_ERR_COMMUNICATION}};
+    data_[3] = 99;
+    EXPECT_EQ(bus_.Read(0x20, data_, 8), 2);
+    EXPECT_EQ(std::vector<unsigned char>(data_, data_ + 8),
+              (std::vector<unsigned char>{10, 11, 12, 99, 14, 15, 16, 17}));
+  }
+}
+
+TEST_F(I2c, WriteThatCannotBeStagedIsNeverSent)
+{
+  for (const char* const failing : {"SetInt InternalI2CByteSelector 2", "SetInt InternalI2CByte 3"}) {
+    vx_.codes = {{failing, VX_ERR_OUT_OF_RANGE}};
+    vx_.calls.clear();
+    EXPECT_EQ(bus_.Write(0x20, data_, 8), 2);
+    EXPECT_FALSE(WasCalled("Command InternalI2CWrite"));
+    EXPECT_FALSE(WasCalled("SetInt InternalI2CByteSelector 3"));
+  }
+}
+
+TEST_F(I2c, EachRefusedStepHasItsStatus)
+{
+  const std::pair<const char*, int> steps[] = {
+      {"IsImplemented", 2}, {"SetInt InternalI2CAddress", 3}, {"SetInt InternalI2CByteCount", 4}, {"Command", 2}};
+  for (const auto& [step, status] : steps) {
+    vx_.codes = {{step, VX_ERR_NOT_WRITABLE}};
+    vx_.calls.clear();
+    EXPECT_EQ(bus_.Read(0x20, data_, 1), status) << step;
+    EXPECT_EQ(vx_.calls.back().rfind(step, 0), 0u) << "nothing behind the failed step: " << vx_.calls.back();
+    EXPECT_EQ(bus_.Write(0x20, data_, 1), status) << step;
+  }
+  EXPECT_EQ(data_[0], 1);
+
+  vx_ = TStagedVx{};
+  EXPECT_EQ(bus_.Read(0x20, nullptr, 1), 2);
+  EXPECT_EQ(bus_.Write(0x20, nullptr, 1), 2);
+  EXPECT_FALSE(WasCalled("Command InternalI2CWrite"));
+  vx_.calls.clear();
+  TSDK3i2c none(-1, L"Internal");
+  EXPECT_EQ(none.Read(0x20, data_, 1), 2);
+  EXPECT_EQ(none.Write(0x20, data_, 1), 2);
+  EXPECT_TRUE(vx_.calls.empty());
+}
+
+TEST_F(I2c, SenselessCountEndsSoon)
+{
+  vx_.codes = {{"SetInt InternalI2CByteSelector", VX_ERR_OUT_OF_RANGE}};
+  EXPECT_EQ(bus_.Read(0x20, data_, UINT_MAX), 2);
+  EXPECT_LT(vx_.calls.size(), 3000u);
+}
+
+TEST_F(I2c, BurstsMapTheStatusToACode)
+{
+  EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), RC_SUCCESS);
+  EXPECT_EQ(vx_.calls.back(), "Command ControllerI2CWrite");
+  EXPECT_EQ(I2CBurstRead(0x40, 1, data_), RC_SUCCESS);
+  EXPECT_EQ(data_[0], 10);
+  EXPECT_EQ(I2CBurstRead(0x40, 1, nullptr), RC_I2C_ERROR);
+
+  const std::pair<const char*, unsigned int> steps[] = {{"IsImplemented", RC_NOT_SUPPORTED},
+                                                        {"SetInt ControllerI2CAddress", RC_P1_INVALID},
+                                                        {"SetInt ControllerI2CByteCount", RC_P2_INVALID},
+                                                        {"SetInt ControllerI2CByteSelector", RC_I2C_ERROR},
+                                                        {"Command", RC_I2C_ERROR}};
+  for (const auto& [step, code] : steps) {
+    vx_.codes = {{step, VX_ERR_OUT_OF_RANGE}};
+    EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), code) << step;
+    EXPECT_EQ(I2CBurstRead(0x40, 1, data_), code) << step;
+  }
+
+  vx_.codes = {{"SetInt ControllerI2CByteCount 4294967295", VX_ERR_OUT_OF_RANGE}};
+  EXPECT_EQ(I2CBurstRead(0x40, -1, data_), RC_P2_INVALID) << "the count has 32 bits in the camera";
+  PublishCurrentCoreHandle(kNoCoreHandle);
+  EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_InternalI2CBurstWrite(1, data_), RC_SUCCESS);
+  EXPECT_EQ(vxsys_InternalI2CBurstRead(), RC_SUCCESS);
+}
+
+} // namespace
