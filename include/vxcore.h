@@ -71,6 +71,7 @@ extern "C" {
 #define VX_ERR_COMMUNICATION 53        /**< the device does not answer: unplugged, or powered down */
 #define VX_ERR_OUT_OF_MEMORY 54        /**< the library could not allocate */
 #define VX_ERR_CONFIGURATION 55        /**< the library's configuration cannot be read or has an error */
+#define VX_ERR_BUS 56                  /**< no device on the bus answered, or it refused the transfer */
 #define VX_ERR_HARDWARE_OVERFLOW 100   /**< the camera's memory overflowed: frames were lost */
 /** @} */
 

@@ -76,6 +76,12 @@ VXCORE_API int VXSIM_PushFrames(int device, int count);
 VXCORE_API int VXSIM_PushWaitCode(int device, int code);
 /** Gives one pulse on the external trigger input, now. With the real clock a sensor that is busy ignores it. */
 VXCORE_API int VXSIM_FireTrigger(int device);
+/**
+ * Lets @p seconds (0 to 1e6) of the camera's time pass at once, while a run stands still: the way to a cold sensor in a
+ * test. With the real clock only the camera's temperatures notice. Times `TimeScale` for them, as always.
+ * @return #VX_ERR_NOT_AVAILABLE when the device is not open; #VX_ERR_OUT_OF_RANGE
+ */
+VXCORE_API int VXSIM_AdvanceTime(int device, double seconds);
 /** @} */
 
 /** @name Faults

@@ -17,6 +17,8 @@ namespace vxsim {
 namespace {
 
 constexpr int64_t kNsPerSecond = 1'000'000'000;
+constexpr double kLongestAdvanceSeconds = 1e6;
+constexpr int64_t kLatestNs = int64_t{4} * 1000 * 1000 * 1000 * kNsPerSecond; ///< more than a century
 constexpr int kTruncatedBytes = 6; ///< cuts through the last chunk's identifier
 
 bool HasAction(const std::vector<TFaultRule>& rules, EFaultAction action)
@@ -52,6 +54,7 @@ TAcquisition::TAcquisition(TCameraState& state, TDeviceStatus& status, std::mute
       paced_(state.configuration.clock == EClock::Real && state.configuration.source == ESource::Sensor),
       timestampZeroNs_(Now())
 {
+  state_.thermal.Begin(timestampZeroNs_);
 }
 
 TAcquisition::~TAcquisition()
@@ -204,8 +207,9 @@ int TAcquisition::PushFrame(TDeviceLock& lock, const unsigned char* bytes, int s
 
   if (preparedRevision_ != state_.revision) Prepare();
   TExposedFrame frame;
-  frame.content = {++frameNumber_, runNumber_, freeNowNs_ - runStartNs_, schedule_.Timing().exposureSeconds,
-                   Ticks(freeNowNs_)};
+  frame.content = {++frameNumber_,           runNumber_,
+                   freeNowNs_ - runStartNs_, schedule_.Timing().exposureSeconds,
+                   Ticks(freeNowNs_),        Thermal().SensorCelsius()};
   frame.pushed = bytes != nullptr;
   if (bytes) frame.bytes.assign(bytes, bytes + sizeBytes);
   freeNowNs_ += schedule_.Timing().periodNs;
@@ -239,6 +243,34 @@ VXSIM_Statistics TAcquisition::Statistics() const
   statistics.buffersHeld = queued_.Size() + (painting_ ? 1 : 0);
   for (size_t i = 0; i < ready_.Size(); ++i) statistics.buffersHeld += ready_.At(i).held ? 1 : 0;
   return statistics;
+}
+
+TThermalModel& TAcquisition::Thermal()
+{
+  state_.thermal.AdvanceTo(Now());
+  return state_.thermal;
+}
+
+int TAcquisition::AdvanceTime(double seconds)
+{
+  if (!(seconds >= 0.0 && seconds <= kLongestAdvanceSeconds)) return VX_ERR_OUT_OF_RANGE;
+  const auto nanoseconds = static_cast<int64_t>(seconds * static_cast<double>(kNsPerSecond));
+  if (IsPaced()) {
+    Thermal().Skip(nanoseconds);
+    return VX_SUCCESS;
+  }
+  if (freeNowNs_ > kLatestNs - nanoseconds) return VX_ERR_OUT_OF_RANGE;
+  freeNowNs_ += nanoseconds;
+  schedule_.Delay(nanoseconds);
+  return VX_SUCCESS;
+}
+
+long long TAcquisition::FifoFill() const
+{
+  const auto frames = static_cast<long long>(MemoryFrames());
+  const auto used = static_cast<long long>(memory_.size());
+  return (used * state_.FifoCapacity() + frames - 1) /
+         frames; // up, so that percentages made of it are not one short
 }
 
 int64_t TAcquisition::Now() const
@@ -336,9 +368,12 @@ bool TAcquisition::MakeInstantFrame(unsigned char*& bytes, int& sizeBytes)
 TFramePainter::TFrame TAcquisition::Expose()
 {
   const int64_t start = schedule_.Take();
+  state_.thermal.AdvanceTo(start);
   if (!IsPaced()) freeNowNs_ = start + schedule_.Timing().durationNs;
   ++status_.statistics.framesProduced;
-  return {++frameNumber_, runNumber_, start - runStartNs_, schedule_.Timing().exposureSeconds, Ticks(start)};
+  return {++frameNumber_,      runNumber_,
+          start - runStartNs_, schedule_.Timing().exposureSeconds,
+          Ticks(start),        state_.thermal.SensorCelsius()};
 }
 
 /// Lets the fault plan at a frame that was just exposed. False: there is no frame any more.

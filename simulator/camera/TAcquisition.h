@@ -50,6 +50,13 @@ public:
   void ResetTimestamp() { timestampZeroNs_ = Now(); }
   VXSIM_Statistics Statistics() const;
 
+  /// The camera's temperatures as they are now.
+  TThermalModel& Thermal();
+  /// Lets time pass; a run pauses meanwhile. With the real clock only temperatures notice.
+  int AdvanceTime(double seconds);
+  /// What the FIFO registers show: the fill of the camera's memory, FifoCapacity() when it is full.
+  long long FifoFill() const;
+
 private:
   using TClock = std::chrono::steady_clock;
 

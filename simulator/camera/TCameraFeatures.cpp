@@ -19,7 +19,7 @@ namespace vxsim {
 
 namespace {
 
-constexpr long long kBaselineCounts = 100;
+constexpr long long kMaxBaselineCounts = 500;
 constexpr long long kMaxSensorPixels = 16384;
 constexpr long long kMaxAccumulations = 100000;
 
@@ -88,25 +88,14 @@ struct TRow
   bool setsValue = false;
 };
 
-std::unique_ptr<IFeature> MakeBin(const TBuild& b, long long& bin, long long limit)
-{
-  return b.Int(b.IdleOnly(), {.get = [&bin] { return bin; },
-                              .set =
-                                  [&bin, &s = b.state](long long v) {
-                                    bin = v;
-                                    s.FitArea();
-                                  },
-                              .minimum = [] { return 1LL; },
-                              .maximum = [limit] { return limit; }});
-}
-
 std::unique_ptr<IFeature> MakeAoiLeft(const TBuild& b)
 {
   TCameraState& s = b.state;
-  return b.Int(b.IdleOnly(), {.get = [&s] { return s.left; },
-                              .set = [&s](long long v) { s.left = v; },
-                              .minimum = [] { return 1LL; },
-                              .maximum = [&s] { return s.sensorWidth - s.width * s.horizontalBin + 1; }});
+  return b.Int(b.IdleOnly(),
+               {.get = [&s] { return s.Columns().left; },
+                .set = [&s](long long v) { s.Columns().left = v; },
+                .minimum = [] { return 1LL; },
+                .maximum = [&s] { return s.sensorWidth - s.Columns().width * s.Columns().bin + 1; }});
 }
 
 std::unique_ptr<IFeature> MakeAoiTop(const TBuild& b)
@@ -132,13 +121,13 @@ std::unique_ptr<IFeature> MakeAoiWidth(const TBuild& b)
 {
   TCameraState& s = b.state;
   const auto set = [&s](long long v) {
-    s.width = v;
+    s.Columns().width = v;
     s.FitArea();
   };
-  return b.Int(b.IdleOnly(), {.get = [&s] { return s.width; },
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.Columns().width; },
                               .set = set,
                               .minimum = [] { return 1LL; },
-                              .maximum = [&s] { return s.sensorWidth / s.horizontalBin; }});
+                              .maximum = [&s] { return s.sensorWidth / s.Columns().bin; }});
 }
 
 std::unique_ptr<IFeature> MakeAoiHeight(const TBuild& b)
@@ -156,9 +145,27 @@ std::unique_ptr<IFeature> MakeAoiHeight(const TBuild& b)
                                    .maximum = [&s] { return s.sensorHeight / s.verticalBin; }});
 }
 
+long long MaximumHBin(const TCameraState& state)
+{
+  return std::min<long long>(state.model.maximumBinning, state.sensorWidth);
+}
+
+long long MaximumVBin(const TCameraState& state)
+{
+  return std::min<long long>(state.model.maximumBinning, state.sensorHeight);
+}
+
 std::unique_ptr<IFeature> MakeAoiHBin(const TBuild& b)
 {
-  return MakeBin(b, b.state.horizontalBin, b.state.model.maximumBinning);
+  TCameraState& s = b.state;
+  const auto set = [&s](long long v) {
+    s.Columns().bin = v; // of all tracks: the rows of a frame are of one width
+    s.FitArea();
+  };
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.Columns().bin; },
+                              .set = set,
+                              .minimum = [] { return 1LL; },
+                              .maximum = [&s] { return MaximumHBin(s); }});
 }
 
 std::unique_ptr<IFeature> MakeAoiVBin(const TBuild& b)
@@ -172,7 +179,7 @@ std::unique_ptr<IFeature> MakeAoiVBin(const TBuild& b)
     s.FitArea();
   };
   const auto maximum = [&s]() -> long long {
-    return s.IsTracks() ? s.sensorHeight - s.SelectedTrack().top + 1 : s.model.maximumBinning;
+    return s.IsTracks() ? s.sensorHeight - s.SelectedTrack().top + 1 : MaximumVBin(s);
   };
   return b.Int(b.IdleOnly(), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().rows : s.verticalBin; },
                               .set = set,
@@ -181,12 +188,11 @@ std::unique_ptr<IFeature> MakeAoiVBin(const TBuild& b)
 }
 
 /// The binning of the sensor itself, whose maximum is what the camera can do.
-std::unique_ptr<IFeature> MakeBinInternal(const TBuild& b, const long long& bin)
+std::unique_ptr<IFeature> MakeBinInternal(const TBuild& b, std::function<long long()> bin,
+                                          std::function<long long()> maximum)
 {
-  return b.Int(b.Access(), {.get = [&bin] { return bin; },
-                            .set = {},
-                            .minimum = [] { return 1LL; },
-                            .maximum = [&m = b.state.model]() -> long long { return m.maximumBinning; }});
+  return b.Int(b.Access(),
+               {.get = std::move(bin), .set = {}, .minimum = [] { return 1LL; }, .maximum = std::move(maximum)});
 }
 
 std::unique_ptr<IFeature> MakeAoiCount(const TBuild& b)
@@ -289,6 +295,114 @@ std::unique_ptr<IFeature> MakeEvent(const TBuild& b, long long number)
   return b.Reading(std::function<long long()>([number] { return number; }));
 }
 
+std::unique_ptr<IFeature> MakeBaselineLevel(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.baselineCounts; },
+                              .set = [&s](long long v) { s.baselineCounts = v; },
+                              .minimum = [] { return 0LL; },
+                              .maximum = [] { return kMaxBaselineCounts; }});
+}
+
+std::unique_ptr<IFeature> MakeSensorCooling(const TBuild& b)
+{
+  return std::make_unique<TBoolFeature>(
+      b.Access(), b.state.revision, [now = b.actions.thermal] { return now().IsCooling(); },
+      [now = b.actions.thermal](bool on) { now().SetCooling(on); });
+}
+
+std::unique_ptr<IFeature> MakeTargetTemperature(const TBuild& b)
+{
+  return b.Float(b.Access(), {.get = [now = b.actions.thermal] { return now().TargetCelsius(); },
+                              .set = [now = b.actions.thermal](double v) { now().SetTargetCelsius(v); },
+                              .minimum = [&m = b.state.model] { return m.thermal.targetMinimumCelsius; },
+                              .maximum = [&m = b.state.model] { return m.thermal.targetMaximumCelsius; }});
+}
+
+/// Registers lie where they lie, so the address has a rule of its own besides the limits.
+std::unique_ptr<IFeature> MakeRegisterAddress(const TBuild& b)
+{
+  TRegisterFile& r = b.state.registers;
+  return b.Int(b.Access(), {.get = [&r] { return r.Address(); },
+                            .set = [&r](long long v) { r.SetAddress(v); },
+                            .minimum = [] { return 0LL; },
+                            .maximum = [] { return static_cast<long long>(UINT32_MAX); },
+                            .accepts = [&r](long long v) { return r.IsKnown(v); }});
+}
+
+std::unique_ptr<IFeature> MakeRegisterCount(const TBuild& b)
+{
+  TRegisterFile& r = b.state.registers;
+  return b.Int(b.Access(), {.get = [&r] { return r.Count(); },
+                            .set = [&r](long long v) { r.SetCount(v); },
+                            .minimum = [] { return 0LL; },
+                            .maximum = [&r] { return r.CountMaximum(); }});
+}
+
+std::unique_ptr<IFeature> MakeRegisterIndex(const TBuild& b)
+{
+  TRegisterFile& r = b.state.registers;
+  return b.Int(b.Access(), {.get = [&r] { return r.Index(); },
+                            .set = [&r](long long v) { r.SetIndex(v); },
+                            .minimum = [] { return 0LL; },
+                            .maximum = [&r] { return r.Count() - 1; }});
+}
+
+std::unique_ptr<IFeature> MakeRegisterValue(const TBuild& b)
+{
+  TRegisterFile& r = b.state.registers;
+  TFeatureAccess access = b.Access();
+  access.available = [&r] { return r.Count() > 0; };
+  return b.Int(std::move(access), {.get = [&r] { return r.Value(); },
+                                   .set = [&r](long long v) { r.SetValue(v); },
+                                   .minimum = [] { return 0LL; },
+                                   .maximum = [] { return static_cast<long long>(UINT32_MAX); }});
+}
+
+std::unique_ptr<IFeature> MakeI2cAddress(const TBuild& b, TI2cBus& bus)
+{
+  return b.Int(b.Access(), {.get = [&bus] { return bus.Address(); },
+                            .set = [&bus](long long v) { bus.SetAddress(v); },
+                            .minimum = [] { return TI2cBus::kLowestAddress; },
+                            .maximum = [] { return TI2cBus::kHighestAddress; }});
+}
+
+std::unique_ptr<IFeature> MakeI2cByteCount(const TBuild& b, TI2cBus& bus)
+{
+  return b.Int(b.Access(), {.get = [&bus] { return bus.Count(); },
+                            .set = [&bus](long long v) { bus.SetCount(v); },
+                            .minimum = [] { return 0LL; },
+                            .maximum = [] { return TI2cBus::kMaximumCount; }});
+}
+
+std::unique_ptr<IFeature> MakeI2cByteSelector(const TBuild& b, TI2cBus& bus)
+{
+  return b.Int(b.Access(), {.get = [&bus] { return bus.Selector(); },
+                            .set = [&bus](long long v) { bus.SetSelector(v); },
+                            .minimum = [] { return 0LL; },
+                            .maximum = [&bus] { return bus.Count() - 1; }});
+}
+
+std::unique_ptr<IFeature> MakeI2cByte(const TBuild& b, TI2cBus& bus)
+{
+  TFeatureAccess access = b.Access();
+  access.available = [&bus] { return bus.Count() > 0; };
+  return b.Int(std::move(access), {.get = [&bus] { return bus.Byte(); },
+                                   .set = [&bus](long long v) { bus.SetByte(v); },
+                                   .minimum = [] { return 0LL; },
+                                   .maximum = [] { return 255LL; }});
+}
+
+std::unique_ptr<IFeature> MakeI2cRead(const TBuild& b, TI2cBus& bus)
+{
+  return b.Command(b.Access(), [&bus](TDeviceLock&) { return bus.Read(); });
+}
+
+std::unique_ptr<IFeature> MakeI2cWrite(const TBuild& b, TI2cBus& bus)
+{
+  return b.Command(b.Access(), [&bus](TDeviceLock&) { return bus.Write(); });
+}
+
 using TInteger = std::function<long long()>;
 using TReal = std::function<double()>;
 
@@ -308,8 +422,16 @@ const TRow kRows[] = {
      [](const TBuild& b) { return b.Reading(TReal([&s = b.state] { return s.model.pixelMicrometres; })); }},
     {L"AOIHBin", MakeAoiHBin, true},
     {L"AOIVBin", MakeAoiVBin, true},
-    {L"AOIHBinInternal", [](const TBuild& b) { return MakeBinInternal(b, b.state.horizontalBin); }},
-    {L"AOIVBinInternal", [](const TBuild& b) { return MakeBinInternal(b, b.state.verticalBin); }},
+    {L"AOIHBinInternal",
+     [](const TBuild& b) {
+       return MakeBinInternal(
+           b, [&s = b.state] { return s.Columns().bin; }, [&s = b.state] { return MaximumHBin(s); });
+     }},
+    {L"AOIVBinInternal",
+     [](const TBuild& b) {
+       return MakeBinInternal(
+           b, [&s = b.state] { return s.verticalBin; }, [&s = b.state] { return MaximumVBin(s); });
+     }},
     {L"AOIWidth", MakeAoiWidth, true},
     {L"AOIHeight", MakeAoiHeight, true},
     {L"AOILeft", MakeAoiLeft, true},
@@ -347,9 +469,41 @@ const TRow kRows[] = {
     {L"AcquisitionStop", [](const TBuild& b) { return b.Command(b.Access(), b.actions.stop); }},
     {L"CameraAcquiring", [](const TBuild& b) { return b.Bool(ReadOnly(), b.state.acquiring); }},
     {L"BaselineClamp", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.baselineClamp); }, true},
-    {L"BaselineLevel", [](const TBuild& b) { return b.Reading(TInteger([] { return kBaselineCounts; })); }},
+    {L"BaselineLevel", MakeBaselineLevel, true},
     {L"ExposureStartEvent", [](const TBuild& b) { return MakeEvent(b, 1); }},
     {L"ExposureEndEvent", [](const TBuild& b) { return MakeEvent(b, 2); }},
+    {L"SensorCooling", MakeSensorCooling, true},
+    {L"SensorTemperature",
+     [](const TBuild& b) {
+       return b.Reading(TReal([now = b.actions.thermal] { return now().ReadingCelsius(); }));
+     }},
+    {L"TargetSensorTemperature", MakeTargetTemperature, true},
+    {L"RegisterAddress", MakeRegisterAddress, true},
+    {L"RegisterCount", MakeRegisterCount, true},
+    {L"RegisterIndex", MakeRegisterIndex, true},
+    {L"RegisterValue", MakeRegisterValue, true},
+    {L"RegisterRead",
+     [](const TBuild& b) {
+       return b.Command(b.Access(), [&r = b.state.registers](TDeviceLock&) { return r.Read(); });
+     }},
+    {L"RegisterWrite",
+     [](const TBuild& b) {
+       return b.Command(b.Access(), [&r = b.state.registers](TDeviceLock&) { return r.Write(); });
+     }},
+    {L"InternalI2CAddress", [](const TBuild& b) { return MakeI2cAddress(b, b.state.internalBus); }, true},
+    {L"InternalI2CByteCount", [](const TBuild& b) { return MakeI2cByteCount(b, b.state.internalBus); }, true},
+    {L"InternalI2CByteSelector", [](const TBuild& b) { return MakeI2cByteSelector(b, b.state.internalBus); },
+     true},
+    {L"InternalI2CByte", [](const TBuild& b) { return MakeI2cByte(b, b.state.internalBus); }, true},
+    {L"InternalI2CRead", [](const TBuild& b) { return MakeI2cRead(b, b.state.internalBus); }},
+    {L"InternalI2CWrite", [](const TBuild& b) { return MakeI2cWrite(b, b.state.internalBus); }},
+    {L"ControllerI2CAddress", [](const TBuild& b) { return MakeI2cAddress(b, b.state.controllerBus); }, true},
+    {L"ControllerI2CByteCount", [](const TBuild& b) { return MakeI2cByteCount(b, b.state.controllerBus); }, true},
+    {L"ControllerI2CByteSelector", [](const TBuild& b) { return MakeI2cByteSelector(b, b.state.controllerBus); },
+     true},
+    {L"ControllerI2CByte", [](const TBuild& b) { return MakeI2cByte(b, b.state.controllerBus); }, true},
+    {L"ControllerI2CRead", [](const TBuild& b) { return MakeI2cRead(b, b.state.controllerBus); }},
+    {L"ControllerI2CWrite", [](const TBuild& b) { return MakeI2cWrite(b, b.state.controllerBus); }},
 };
 
 const TRow* FindRow(std::wstring_view name)
@@ -400,7 +554,8 @@ void SettleBinning(TCameraState& state)
   wchar_t* rest = nullptr;
   const long horizontal = std::wcstol(text.c_str(), &rest, 10);
   const long vertical = *rest == L'x' ? std::wcstol(rest + 1, nullptr, 10) : horizontal;
-  state.horizontalBin = std::clamp(horizontal, 1L, static_cast<long>(state.sensorWidth));
+  state.imageColumns.bin = std::clamp(horizontal, 1L, static_cast<long>(state.sensorWidth));
+  state.trackColumns.bin = state.imageColumns.bin;
   state.verticalBin = std::clamp(vertical, 1L, static_cast<long>(state.sensorHeight));
   state.FitArea();
 }
@@ -411,6 +566,7 @@ std::unique_ptr<IFeature> MakeChoice(const TBuild& b, const std::wstring& name, 
   TFeatureAccess access = b.IdleOnly();
   std::function<bool(std::wstring_view)> available;
   std::function<void()> chosen;
+  std::function<void()> settle;
   if (name == L"PixelEncoding") {
     available = [&s](std::wstring_view text) {
       return !text.starts_with(L"Mono12") || !s.Choice(L"PreAmpGainChannel").Is(L"Both");
@@ -427,8 +583,25 @@ std::unique_ptr<IFeature> MakeChoice(const TBuild& b, const std::wstring& name, 
     chosen = [&s] { SettleBinning(s); };
   else if (name == L"BitDepth")
     access.readOnly = true; // follows from the gain
+  else if (name == L"PreAmpGain") {
+    available = [&s](std::wstring_view text) {
+      return s.HasPreAmpGain(s.Choice(L"PreAmpGainSelector").Text(), text);
+    };
+    chosen = [&s] { s.KeepPreAmpGain(); };
+  } else if (name == L"PreAmpGainSelector")
+    chosen = [&s] { s.ShowPreAmpGain(); };
+  else if (name == L"FanSpeed") {
+    access = b.Access();
+    chosen = [&choice, now = b.actions.thermal] { now().SetFan(choice.Text()); };
+  } else if (name == L"TemperatureStatus") {
+    access = ReadOnly();
+    settle = [&choice, now = b.actions.thermal] {
+      const int status = static_cast<int>(now().Status()); // the texts are told apart by their order
+      if (choice.Has(status)) choice.index = status;
+    };
+  }
   return std::make_unique<TEnumFeature>(std::move(access), s.revision, choice, std::move(available),
-                                        std::move(chosen));
+                                        std::move(chosen), std::move(settle));
 }
 
 /// Sets a configured value through a feature of whatever kind it is.
@@ -455,7 +628,7 @@ void ChangeSensor(TCameraState& state)
   };
   change(L"SensorWidth", state.sensorWidth);
   change(L"SensorHeight", state.sensorHeight);
-  state.width = state.sensorWidth;
+  state.imageColumns.width = state.trackColumns.width = state.sensorWidth;
   state.height = state.sensorHeight;
 }
 
@@ -514,6 +687,10 @@ bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFe
     }
     if (!change.remove) features.Add(choice.feature, MakeChoice({state, actions, change}, choice.feature, mine));
   }
+
+  state.ResetPreAmpGains();
+  state.ShowPreAmpGain();
+  state.thermal.SetFan(state.Choice(L"FanSpeed").Text());
 
   for (const auto& [name, change] : state.configuration.features) {
     const std::string fault = FindChangeFault(features, name, change);

@@ -18,6 +18,7 @@ struct TCameraActions
   std::function<int()> softwareTrigger;
   std::function<long long()> timestampTicks;
   std::function<void()> resetTimestamp;
+  std::function<TThermalModel&()> thermal; ///< as it is now
 };
 
 /// Fills @p features with what the model has and the configuration leaves, and brings the state to the configured

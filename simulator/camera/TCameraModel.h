@@ -2,6 +2,9 @@
 // What a camera model is: its sensor, its speeds, and which features it has with which values.
 #pragma once
 
+#include "simulator/camera/TThermalModel.h"
+
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -18,13 +21,35 @@ struct TModelChoice
   int initial;
 };
 
-/// One gain of a model: what a read-out makes of electrons when "PreAmpGainChannel" has that text.
+/// One gain channel of a model: what a read-out makes of electrons when "PreAmpGainChannel" has that text.
 struct TModelGain
 {
   const wchar_t* channel;
-  double electronsPerCount;
-  double readNoiseElectrons;
+  double electronsPerCount;  ///< at a "PreAmpGain" of 1
+  double readNoiseElectrons; ///< at TCameraModel::readNoiseMegahertz
   int bitDepth;
+  std::vector<const wchar_t*> preAmpGains; ///< the texts of "PreAmpGain" that are this channel's
+};
+
+enum class EI2cBus
+{
+  Internal,
+  Controller
+};
+
+enum class EI2cDevice
+{
+  Potentiometer,
+  RailMonitor, ///< its rails follow the wipers of the bus's first potentiometer
+  TemperatureProbe
+};
+
+/// A device on one of the camera's I2C buses.
+struct TModelI2cDevice
+{
+  EI2cBus bus;
+  uint8_t address;
+  EI2cDevice kind;
 };
 
 /// A camera model. Constant tables; docs/simulator.md describes them.
@@ -42,7 +67,11 @@ struct TCameraModel
   double pixelMicrometres;
   double fullWellElectrons;
   double quantumEfficiency;
-  double darkElectronsPerSecond;
+  double darkElectronsPerSecond; ///< at 0 degrees Celsius
+  double darkDoublingCelsius;    ///< warming by this doubles it
+  double readNoiseMegahertz;     ///< pixel rate at which the read noise of the gains holds
+  double globalReadNoiseFactor;  ///< how much noisier than a rolling shutter a global one is
+  TModelThermal thermal;
 
   int readoutPorts;    ///< halves of the sensor that are read out at the same time
   double clocksPerRow; ///< pixel clocks for one row, overhead included
@@ -58,6 +87,7 @@ struct TCameraModel
 
   std::vector<TModelChoice> choices; ///< every enumerated feature of the model
   std::vector<TModelGain> gains;
+  std::vector<TModelI2cDevice> i2cDevices;
   std::vector<const wchar_t*> features; ///< every other feature of the model
 };
 

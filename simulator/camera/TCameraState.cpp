@@ -6,6 +6,7 @@
 #include "simulator/imaging/TMetadataWriter.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cwchar>
 
 namespace vxsim {
@@ -13,6 +14,13 @@ namespace vxsim {
 namespace {
 
 constexpr long long kMetadataAlignment = 8;
+constexpr double kDefaultMegahertz = 100.0;
+constexpr double kReadNoiseExponent = 0.25; ///< how read noise grows with the pixel rate
+
+// What the FIFO registers count in a memory of 1 GB; larger and smaller memories count to four times as much.
+constexpr long long kFifoRolling = 128928256;
+constexpr long long kFifoGlobal11Bit = 64464128;
+constexpr long long kFifoGlobal = 43674624;
 
 /// A gain text such as "x10" or "4.0" as a factor.
 double GainFactor(std::wstring_view text)
@@ -30,9 +38,10 @@ TCameraState::TCameraState(const TCameraModel& cameraModel, const TCameraConfigu
       configuration(cameraConfiguration),
       sensorWidth(cameraModel.sensorWidth),
       sensorHeight(cameraModel.sensorHeight),
-      width(cameraModel.sensorWidth),
-      height(cameraModel.sensorHeight)
+      height(cameraModel.sensorHeight),
+      thermal(cameraModel.thermal, cameraConfiguration.ambientCelsius, cameraConfiguration.timeScale)
 {
+  imageColumns.width = trackColumns.width = sensorWidth;
   for (const TModelChoice& choice : model.choices) {
     TChoice& mine = choices[choice.feature];
     mine.texts.assign(choice.texts.begin(), choice.texts.end());
@@ -65,14 +74,68 @@ const TModelGain& TCameraState::Gain() const
 double TCameraState::GainElectronsPerCount() const
 {
   if (configuration.gainElectronsPerCount) return *configuration.gainElectronsPerCount;
-  return Gain().electronsPerCount / GainFactor(Choice(L"PreAmpGain").Text());
+  const TChoice& gains = Choice(L"PreAmpGain");
+  const auto kept = preAmpGains_.find(Choice(L"PreAmpGainChannel").Text());
+  const bool hasOwn = kept != preAmpGains_.end() && gains.Has(kept->second);
+  const std::wstring_view text = hasOwn ? gains.texts[static_cast<size_t>(kept->second)] : gains.Text();
+  return Gain().electronsPerCount / GainFactor(text);
+}
+
+double TCameraState::ReadNoiseElectrons() const
+{
+  if (configuration.readNoiseElectrons) return *configuration.readNoiseElectrons;
+  const bool global = Choice(L"ElectronicShutteringMode").Is(L"Global");
+  const double speed = PixelRateHertz() / (model.readNoiseMegahertz * 1e6);
+  return Gain().readNoiseElectrons * std::pow(speed, kReadNoiseExponent) *
+         (global ? model.globalReadNoiseFactor : 1.0);
+}
+
+double TCameraState::PixelRateHertz() const
+{
+  const double megahertz = std::wcstod(std::wstring(Choice(L"PixelReadoutRate").Text()).c_str(), nullptr);
+  return (megahertz > 0.0 ? megahertz : kDefaultMegahertz) * 1e6;
+}
+
+bool TCameraState::HasPreAmpGain(std::wstring_view channel, std::wstring_view text) const
+{
+  bool isOthers = false;
+  for (const TModelGain& gain : model.gains) {
+    const bool has = std::ranges::any_of(gain.preAmpGains, [text](const wchar_t* own) { return text == own; });
+    if (has && channel == gain.channel) return true;
+    isOthers = isOthers || has;
+  }
+  return !isOthers; // a made-up text belongs to every channel
+}
+
+void TCameraState::ResetPreAmpGains()
+{
+  const TChoice& gains = Choice(L"PreAmpGain");
+  for (const TModelGain& gain : model.gains) {
+    const auto own = std::ranges::find_if(
+        gains.texts, [&](const std::wstring& text) { return HasPreAmpGain(gain.channel, text); });
+    if (own != gains.texts.end()) preAmpGains_[gain.channel] = static_cast<int>(own - gains.texts.begin());
+  }
+}
+
+void TCameraState::KeepPreAmpGain()
+{
+  preAmpGains_[std::wstring(Choice(L"PreAmpGainSelector").Text())] = Choice(L"PreAmpGain").index;
+}
+
+void TCameraState::ShowPreAmpGain()
+{
+  TChoice* gains = FindChoice(L"PreAmpGain");
+  const auto kept = preAmpGains_.find(Choice(L"PreAmpGainSelector").Text());
+  if (gains && kept != preAmpGains_.end()) gains->index = kept->second;
 }
 
 void TCameraState::FitArea()
 {
-  width = std::clamp(width, 1LL, std::max(1LL, sensorWidth / horizontalBin));
+  for (TColumns* columns : {&imageColumns, &trackColumns}) {
+    columns->width = std::clamp(columns->width, 1LL, std::max(1LL, sensorWidth / columns->bin));
+    columns->left = std::clamp(columns->left, 1LL, sensorWidth - columns->width * columns->bin + 1);
+  }
   height = std::clamp(height, 1LL, std::max(1LL, sensorHeight / verticalBin));
-  left = std::clamp(left, 1LL, sensorWidth - width * horizontalBin + 1);
   top = std::clamp(top, 1LL, sensorHeight - height * verticalBin + 1);
 }
 
@@ -91,7 +154,7 @@ EPixelEncoding TCameraState::Encoding() const
 long long TCameraState::StrideBytes() const
 {
   const int padding = configuration.stridePadding < 0 ? model.stridePadding : configuration.stridePadding;
-  return static_cast<long long>(RowBytes(Encoding(), static_cast<int>(width))) + padding;
+  return static_cast<long long>(RowBytes(Encoding(), static_cast<int>(Columns().width))) + padding;
 }
 
 long long TCameraState::PixelBytes() const
@@ -105,6 +168,15 @@ long long TCameraState::ImageSizeBytes() const
   return PixelBytes() + (metadata ? static_cast<long long>(TMetadataWriter::TailBytes()) : 0);
 }
 
+long long TCameraState::FifoCapacity() const
+{
+  const long long banks = model.memoryType == std::wstring_view(L"1GB") ? 1 : 4;
+  if (Choice(L"ElectronicShutteringMode").Text().find(L"Rolling") != std::wstring_view::npos)
+    return banks * kFifoRolling;
+  const bool is11Bit = Choice(L"SimplePreAmpGainControl").Text().find(L"11-bit") != std::wstring_view::npos;
+  return banks * (is11Bit ? kFifoGlobal11Bit : kFifoGlobal);
+}
+
 TFrameSettings TCameraState::FrameSettings() const
 {
   TFrameSettings settings;
@@ -112,19 +184,22 @@ TFrameSettings TCameraState::FrameSettings() const
   settings.sensor.heightPixels = static_cast<int>(sensorHeight);
   settings.sensor.fullWellElectrons = configuration.fullWellElectrons.value_or(model.fullWellElectrons);
   settings.sensor.quantumEfficiency = model.quantumEfficiency;
-  settings.sensor.darkElectronsPerSecond = model.darkElectronsPerSecond;
+  settings.sensor.darkElectronsPerSecond =
+      configuration.darkElectronsPerSecond.value_or(model.darkElectronsPerSecond);
+  settings.sensor.darkDoublingCelsius = configuration.darkDoublingCelsius.value_or(model.darkDoublingCelsius);
   settings.sensor.seed = configuration.seed;
 
   settings.readout.gainElectronsPerCount = GainElectronsPerCount();
-  settings.readout.readNoiseElectrons = configuration.readNoiseElectrons.value_or(Gain().readNoiseElectrons);
+  settings.readout.readNoiseElectrons = ReadNoiseElectrons();
   settings.readout.bitDepth = Gain().bitDepth;
   settings.readout.baselineClamp = baselineClamp;
+  settings.readout.baselineCounts = static_cast<double>(baselineCounts);
 
-  settings.geometry.leftPixels = static_cast<int>(left - 1);
+  settings.geometry.leftPixels = static_cast<int>(Columns().left - 1);
   settings.geometry.topPixels = static_cast<int>(top - 1);
-  settings.geometry.widthPixels = static_cast<int>(width);
+  settings.geometry.widthPixels = static_cast<int>(Columns().width);
   settings.geometry.heightPixels = static_cast<int>(OutputRows());
-  settings.geometry.horizontalBin = static_cast<int>(horizontalBin);
+  settings.geometry.horizontalBin = static_cast<int>(Columns().bin);
   settings.geometry.verticalBin = static_cast<int>(verticalBin);
   if (IsTracks()) {
     for (const TTrackArea& track : tracks) {

@@ -32,6 +32,7 @@ void TFramePainter::Paint(const TFrame& frame, unsigned char* buffer)
     exposure.slot = slot;
     exposure.sceneSeconds = static_cast<double>(frame.sceneNs) * 1e-9;
     exposure.exposureSeconds = frame.exposureSeconds;
+    exposure.sensorCelsius = frame.sensorCelsius;
     if (!renderer_.Render(settings_, pixels)) std::ranges::fill(pixels, static_cast<unsigned char>(0));
   }
   if (!metadata_) return;

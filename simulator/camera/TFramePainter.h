@@ -23,6 +23,7 @@ public:
     int64_t sceneNs = 0;
     double exposureSeconds = 0.0;
     int64_t ticks = 0;
+    double sensorCelsius = 0.0;
   };
 
   /// Takes over the settings. What is wrong with them, in words; empty when frames can be made.

@@ -4,20 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cwchar>
 
 namespace vxsim {
 
 namespace {
-
-constexpr double kDefaultMegahertz = 100.0;
-
-double PixelRateHertz(const TCameraState& state)
-{
-  const std::wstring text(state.Choice(L"PixelReadoutRate").Text());
-  const double megahertz = std::wcstod(text.c_str(), nullptr);
-  return (megahertz > 0.0 ? megahertz : kDefaultMegahertz) * 1e6;
-}
 
 long long SensorRowsRead(const TCameraState& state)
 {
@@ -38,7 +28,7 @@ TFrameTiming TFrameTiming::Of(const TCameraState& state)
 {
   TFrameTiming timing;
   const long long ports = state.model.readoutPorts;
-  timing.rowSeconds = state.model.clocksPerRow / PixelRateHertz(state);
+  timing.rowSeconds = state.model.clocksPerRow / state.PixelRateHertz();
   timing.readoutSeconds = static_cast<double>((SensorRowsRead(state) + ports - 1) / ports) * timing.rowSeconds;
   timing.exposureSeconds = state.Choice(L"TriggerMode").Is(L"External Exposure")
                                ? state.configuration.trigger.widthSeconds

@@ -3,8 +3,18 @@
 #include "simulator/camera/TSimulatedCamera.h"
 
 #include "simulator/camera/TCameraFeatures.h"
+#include "simulator/camera/TI2cMonitor.h"
+
+#include <cmath>
 
 namespace vxsim {
+
+namespace {
+
+constexpr int kRailFloor = 64;         ///< what a rail monitor reads of a wiper at 0
+constexpr uint8_t kProbeRegisters = 2; ///< whole degrees, then 256ths
+
+} // namespace
 
 TSimulatedCamera::TSimulatedCamera(const TCameraModel& model, const TCameraConfiguration& configuration,
                                    TDeviceStatus& status, std::mutex& deviceMutex, int device)
@@ -23,6 +33,9 @@ bool TSimulatedCamera::Build(std::string& error)
   };
   actions.timestampTicks = [this] { return acquisition_.TimestampTicks(); };
   actions.resetTimestamp = [this] { acquisition_.ResetTimestamp(); };
+  actions.thermal = [this]() -> TThermalModel& { return acquisition_.Thermal(); };
+  FurnishRegisters();
+  if (!FurnishBuses(error)) return false;
   return BuildCameraFeatures(state_, actions, features_, error);
 }
 
@@ -39,6 +52,64 @@ int TSimulatedCamera::QueueBuffer(TDeviceLock& lock, unsigned char* buffer, int 
 int TSimulatedCamera::WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs)
 {
   return acquisition_.Wait(lock, buffer, sizeBytes, timeoutMs);
+}
+
+void TSimulatedCamera::FurnishRegisters()
+{
+  TRegisterFile& registers = state_.registers;
+  registers.AddReading(Register::kSensorWidth, [this] { return static_cast<uint32_t>(state_.sensorWidth); });
+  registers.AddReading(Register::kSensorHeight, [this] { return static_cast<uint32_t>(state_.sensorHeight); });
+  registers.AddReading(Register::kStatus,
+                       [this] { return (state_.acquiring ? 1U : 0U) | (state_.thermal.IsCooling() ? 2U : 0U); });
+  registers.AddReading(Register::kTemperature, [this] {
+    return static_cast<uint32_t>(std::lround(acquisition_.Thermal().SensorCelsius() * 100.0));
+  });
+  // The memory's two banks take frames by turns.
+  registers.AddReading(Register::kFifoFirst,
+                       [this] { return static_cast<uint32_t>((acquisition_.FifoFill() + 1) / 2); });
+  registers.AddReading(Register::kFifoSecond,
+                       [this] { return static_cast<uint32_t>(acquisition_.FifoFill() / 2); });
+}
+
+/// Puts the model's devices on their buses, less those that the configuration takes off.
+bool TSimulatedCamera::FurnishBuses(std::string& error)
+{
+  std::vector<TMissingI2cDevice> missing = state_.configuration.missingI2cDevices;
+  for (const TModelI2cDevice& device : state_.model.i2cDevices) {
+    const bool onController = device.bus == EI2cBus::Controller;
+    const auto isIt = [&](const TMissingI2cDevice& one) {
+      return one.onController == onController && one.address == device.address;
+    };
+    if (std::erase_if(missing, isIt) > 0) continue;
+    (onController ? state_.controllerBus : state_.internalBus).Add(device.address, MakeI2cDevice(device));
+  }
+  if (missing.empty()) return true;
+  error = std::string("model ") + state_.model.name + ": MissingI2C: no device has the address " +
+          std::to_string(missing.front().address) + " on the " +
+          (missing.front().onController ? "Controller" : "Internal") + " bus";
+  return false;
+}
+
+std::unique_ptr<II2cDevice> TSimulatedCamera::MakeI2cDevice(const TModelI2cDevice& device)
+{
+  const int bus = static_cast<int>(device.bus);
+  switch (device.kind) {
+  case EI2cDevice::RailMonitor:
+    return std::make_unique<TI2cMonitor>(TPotentiometerMemory::kWipers, [this, bus](uint8_t rail) {
+      const TPotentiometer* source = firstPotentiometers_[bus];
+      return static_cast<uint8_t>(kRailFloor + (source ? source->Wiper(rail) / 2 : 0));
+    });
+  case EI2cDevice::TemperatureProbe:
+    return std::make_unique<TI2cMonitor>(kProbeRegisters, [this](uint8_t address) {
+      const auto fixed = static_cast<int>(std::floor(acquisition_.Thermal().HeatSinkCelsius() * 256.0));
+      return static_cast<uint8_t>(address == 0 ? fixed >> 8 : fixed);
+    });
+  case EI2cDevice::Potentiometer:
+    break;
+  }
+  auto potentiometer = std::make_unique<TPotentiometer>(status_.potentiometers[{bus, device.address}]);
+  if (!firstPotentiometers_[bus]) firstPotentiometers_[bus] = potentiometer.get();
+  return potentiometer;
 }
 
 void TSimulatedCamera::FireTrigger()

@@ -34,7 +34,12 @@ public:
   void FireTrigger();
 
 private:
+  bool FurnishBuses(std::string& error);
+  void FurnishRegisters();
+  std::unique_ptr<II2cDevice> MakeI2cDevice(const TModelI2cDevice& device);
+
   TDeviceStatus& status_;
+  std::map<int, const TPotentiometer*> firstPotentiometers_; ///< by bus
   TCameraState state_;
   TFeatureSet features_;
   TAcquisition acquisition_;

@@ -9,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vxsim {
 
@@ -34,6 +35,13 @@ struct TTriggerSource
   double delaySeconds = 0.0; ///< from the start of the acquisition to the first pulse
 };
 
+/// A device that a camera's I2C bus does without.
+struct TMissingI2cDevice
+{
+  bool onController = false;
+  int address = 0;
+};
+
 /// One attached camera. Built by TSimulatorConfiguration, read-only afterwards.
 struct TCameraConfiguration
 {
@@ -49,6 +57,11 @@ struct TCameraConfiguration
   std::optional<double> gainElectronsPerCount; ///< in place of the model's, for every gain
   std::optional<double> readNoiseElectrons;
   std::optional<double> fullWellElectrons;
+  std::optional<double> darkElectronsPerSecond; ///< at 0 degrees Celsius
+  std::optional<double> darkDoublingCelsius;
+  double ambientCelsius = 22.0;
+  double timeScale = 1.0; ///< how much faster than the camera's clock temperatures change
+  std::vector<TMissingI2cDevice> missingI2cDevices;
   std::map<std::wstring, TFeatureOverride> features;
 };
 

@@ -21,6 +21,22 @@ struct TKey
   bool (*read)(const std::string& text, TCameraConfiguration& camera);
 };
 
+/// "Internal 0x2C, Controller 0x4B"
+bool ReadMissingI2c(const std::string& text, TCameraConfiguration& camera)
+{
+  camera.missingI2cDevices.clear();
+  for (const std::string& piece : Split(text, ',')) {
+    const size_t blank = piece.find(' ');
+    const std::string bus = piece.substr(0, blank);
+    TMissingI2cDevice missing;
+    missing.onController = bus == "Controller";
+    if (blank == std::string::npos || (bus != "Controller" && bus != "Internal")) return false;
+    if (!ReadInteger(Trim(std::string_view(piece).substr(blank)), 0, 127, missing.address)) return false;
+    camera.missingI2cDevices.push_back(missing);
+  }
+  return true;
+}
+
 const TKey kCameraKeys[] = {
     {"Model",
      [](const std::string& text, TCameraConfiguration& camera) {
@@ -75,6 +91,19 @@ const TKey kCameraKeys[] = {
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 1.0, 1e9, camera.fullWellElectrons.emplace());
      }},
+    {"DarkCurrent",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e6, camera.darkElectronsPerSecond.emplace());
+     }},
+    {"DarkDoubling",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 1.0, 100.0, camera.darkDoublingCelsius.emplace());
+     }},
+    {"Ambient", [](const std::string& text,
+                   TCameraConfiguration& camera) { return ReadNumber(text, -50.0, 60.0, camera.ambientCelsius); }},
+    {"TimeScale", [](const std::string& text,
+                     TCameraConfiguration& camera) { return ReadNumber(text, 0.0, 10000.0, camera.timeScale); }},
+    {"MissingI2C", ReadMissingI2c},
     {"Seed", [](const std::string& text,
                 TCameraConfiguration& camera) { return ReadInteger(text, uint64_t{0}, UINT64_MAX, camera.seed); }},
     {"MemoryBytes",

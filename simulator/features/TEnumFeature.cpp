@@ -5,11 +5,13 @@
 namespace vxsim {
 
 TEnumFeature::TEnumFeature(TFeatureAccess access, uint64_t& revision, TChoice& choice,
-                           std::function<bool(std::wstring_view)> textAvailable, std::function<void()> chosen)
+                           std::function<bool(std::wstring_view)> textAvailable, std::function<void()> chosen,
+                           std::function<void()> settle)
     : TFeature(std::move(access), revision),
       choice_(choice),
       textAvailable_(std::move(textAvailable)),
-      chosen_(std::move(chosen))
+      chosen_(std::move(chosen)),
+      settle_(std::move(settle))
 {
 }
 
@@ -33,6 +35,7 @@ int TEnumFeature::SetText(std::wstring_view text)
 int TEnumFeature::GetIndex(int& index) const
 {
   if (const int code = CheckRead(); code != VX_SUCCESS) return code;
+  if (settle_) settle_();
   index = choice_.index;
   return VX_SUCCESS;
 }

@@ -18,6 +18,7 @@ int TIntFeature::SetInt(long long value)
   if (const int code = CheckWrite(); code != VX_SUCCESS) return code;
   if (!binding_.set) return VX_ERR_NOT_WRITABLE;
   if (!(value >= Minimum() && value <= Maximum())) return VX_ERR_OUT_OF_RANGE; // also catches what is not a number
+  if (binding_.accepts && !binding_.accepts(value)) return VX_ERR_OUT_OF_RANGE;
   binding_.set(value);
   Changed();
   return VX_SUCCESS;

@@ -16,6 +16,8 @@ struct TNumberBinding
   std::function<void(Number)> set;
   std::function<Number()> minimum;
   std::function<Number()> maximum;
+  std::function<bool(Number)> accepts =
+      {}; ///< for values that are no range: whether this one between the limits is good
 };
 
 } // namespace vxsim

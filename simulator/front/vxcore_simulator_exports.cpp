@@ -129,6 +129,13 @@ int VXSIM_FireTrigger(int device)
   });
 }
 
+int VXSIM_AdvanceTime(int device, double seconds)
+{
+  return OnOpenCamera(device, [seconds](TDeviceLock&, TSimulatedCamera& camera) {
+    return camera.Acquisition().AdvanceTime(seconds);
+  });
+}
+
 int VXSIM_AddFault(const char* rule)
 {
   return Guarded([rule] {
