@@ -2,27 +2,15 @@
 // Metadata of frames.
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/switch_setting.h"
 #include "api/TCameraUse.h"
-#include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "vxcore.h"
 
 unsigned int SetMetaData(int enable)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  switch (VX_SetBool(coreHandle, Feature::kMetadataEnable, enable)) {
-  case VX_ERR_NOT_IMPLEMENTED:
-    return RC_NOT_SUPPORTED;
-  case VX_ERR_NOT_READABLE:
-  case VX_ERR_NOT_WRITABLE:
-    return RC_NOT_AVAILABLE;
-  case VX_ERR_OUT_OF_RANGE:
-    return RC_P1_INVALID;
-  default:
-    return RC_SUCCESS; // callers rely on every other answer counting as success
-  }
+  return WriteSwitch(Feature::kMetadataEnable, enable);
 }
 
 unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, long long* ticks, unsigned int index)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Acquisition and read modes, counts and overlap.
 #include "acquisition/TPseudoAcquisitionMode.h"
+#include "api/switch_setting.h"
 #include "api/TCameraUse.h"
 #include "features/current_core_handle.h"
 #include "features/feature_names.h"
@@ -62,19 +63,7 @@ unsigned int SetReadMode(int mode)
 
 unsigned int SetOverlapMode(int on)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  switch (VX_SetBool(coreHandle, Feature::kOverlap, on)) {
-  case VX_ERR_NOT_IMPLEMENTED:
-    return RC_NOT_SUPPORTED;
-  case VX_ERR_NOT_READABLE:
-  case VX_ERR_NOT_WRITABLE:
-    return RC_NOT_AVAILABLE;
-  case VX_ERR_OUT_OF_RANGE:
-    return RC_P1_INVALID;
-  default:
-    return RC_SUCCESS; // callers rely on every other answer counting as success
-  }
+  return WriteSwitch(Feature::kOverlap, on);
 }
 
 unsigned int SetFrameTransferMode(int on)

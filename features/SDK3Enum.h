@@ -7,7 +7,7 @@
 /// IEnum over one feature of one open device. Every operation is one call into the feature library, and its code
 /// is returned unchanged. Owned by its camera's record; the feature name is borrowed and must be a constant. As
 /// thread-safe as the feature library.
-class SDK3Enum final : public IEnum
+class SDK3Enum : public IEnum
 {
 public:
   SDK3Enum(int coreHandle, const wchar_t* feature) : coreHandle_(coreHandle), feature_(feature) {}
