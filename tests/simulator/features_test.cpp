@@ -78,7 +78,32 @@ const KindRow kKinds[] = {{L"CameraModel", kString},
                           {L"ElectronicShutteringMode", kEnum},
                           {L"BitDepth", kEnum},
                           {L"BaselineClamp", kBool},
-                          {L"BaselineLevel", kInt}};
+                          {L"BaselineLevel", kInt},
+                          {L"ExposureStartEvent", kInt},
+                          {L"ExposureEndEvent", kInt},
+                          {L"SensorCooling", kBool},
+                          {L"SensorTemperature", kFloat},
+                          {L"TargetSensorTemperature", kFloat},
+                          {L"TemperatureStatus", kEnum},
+                          {L"FanSpeed", kEnum},
+                          {L"RegisterAddress", kInt},
+                          {L"RegisterCount", kInt},
+                          {L"RegisterIndex", kInt},
+                          {L"RegisterValue", kInt},
+                          {L"RegisterRead", kCommand},
+                          {L"RegisterWrite", kCommand},
+                          {L"InternalI2CAddress", kInt},
+                          {L"InternalI2CByteCount", kInt},
+                          {L"InternalI2CByteSelector", kInt},
+                          {L"InternalI2CByte", kInt},
+                          {L"InternalI2CRead", kCommand},
+                          {L"InternalI2CWrite", kCommand},
+                          {L"ControllerI2CAddress", kInt},
+                          {L"ControllerI2CByteCount", kInt},
+                          {L"ControllerI2CByteSelector", kInt},
+                          {L"ControllerI2CByte", kInt},
+                          {L"ControllerI2CRead", kCommand},
+                          {L"ControllerI2CWrite", kCommand}};
 
 /// The code of reading a feature as each kind.
 int ReadAs(Kind kind, int handle, const wchar_t* name)
@@ -316,6 +341,99 @@ TEST_F(SimulatorFeatures, GainDecidesBitDepthAndEncodings)
   EXPECT_EQ(camera.Enum(L"PixelEncoding"), L"Mono16");
   EXPECT_EQ(VX_SetEnumerated(camera.handle, L"BitDepth", 0), VX_ERR_NOT_WRITABLE);
   EXPECT_EQ(VX_SetEnumerated(camera.handle, L"CycleMode", 2), VX_ERR_INDEX_NOT_IMPLEMENTED);
+}
+
+TEST_F(SimulatorFeatures, EachGainChannelHasAGainOfItsOwn)
+{
+  Configure(std::string("[Camera0]\nModel = RQ512_LX\nClock = free\nScene = flat\nNoise = off\n") +
+            "PhotonsPerSecond = 100000\n[Camera0.SensorWidth]\nValue = 16\n[Camera0.SensorHeight]\nValue = 16\n");
+  OpenCamera camera;
+  camera.QueueBuffers(1);
+  const auto signal = [&camera] { // of 900 electrons
+    camera.Start();
+    EXPECT_EQ(camera.Wait(), VX_SUCCESS);
+    camera.Requeue();
+    uint16_t count = 0;
+    std::memcpy(&count, camera.frame.data(), sizeof count);
+    return count - 100;
+  };
+  EXPECT_EQ(signal(), 900 / 20);
+  EXPECT_EQ(camera.TrySet(L"PreAmpGain", L"x10"), VX_ERR_INDEX_NOT_AVAILABLE);
+  camera.Set(L"PreAmpGain", L"x2");
+  EXPECT_EQ(signal(), 900 / 10);
+  camera.Set(L"PreAmpGainSelector", L"High");
+  EXPECT_EQ(camera.Enum(L"PreAmpGain"), L"x10");
+  camera.Set(L"PreAmpGain", L"x30");
+  EXPECT_EQ(signal(), 900 / 10); // the other channel is read out
+  camera.Set(L"PreAmpGainChannel", L"High");
+  EXPECT_EQ(signal(), 900 * 30 / 20);
+  camera.Set(L"PreAmpGainSelector", L"Low");
+  EXPECT_EQ(camera.Enum(L"PreAmpGain"), L"x2");
+  camera.Set(L"BaselineLevel", 300LL);
+  EXPECT_EQ(signal(), 900 * 30 / 20 + 200);
+}
+
+TEST_F(SimulatorFeatures, LayoutsKeepTheirOwnColumnsAndPicturesFollowBetweenRuns)
+{
+  // Brightness grows evenly from column to column.
+  Configure(std::string("[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = gradient\nNoise = off\n") +
+            "[Camera0.SensorWidth]\nValue = 64\n[Camera0.SensorHeight]\nValue = 64\n");
+  OpenCamera camera;
+  camera.Set(L"ExposureTime", 0.02);
+  const auto picture = [&camera] {
+    EXPECT_EQ(VX_Flush(camera.handle), VX_SUCCESS);
+    camera.QueueBuffers(1);
+    camera.Start();
+    EXPECT_EQ(camera.Wait(), VX_SUCCESS);
+    std::vector<uint16_t> counts(camera.frame.size() / 2);
+    std::memcpy(counts.data(), camera.frame.data(), camera.frame.size());
+    return counts;
+  };
+  const std::vector<uint16_t> whole = picture();
+  ASSERT_EQ(whole.size(), 64U * 64U);
+  const auto sum = [&whole](size_t left, size_t top, size_t columns, size_t rows) { // less the baseline
+    int total = 0;
+    for (size_t y = top; y < top + rows; ++y) {
+      for (size_t x = left; x < left + columns; ++x) total += whole[y * 64 + x] - 100;
+    }
+    return total;
+  };
+
+  camera.Set(L"AOIHBin", 4LL);
+  camera.Set(L"AOIVBin", 2LL);
+  camera.SetArea(5, 4);
+  EXPECT_EQ(camera.IntMax(L"AOILeft"), 64 - 5 * 4 + 1);
+  camera.Set(L"AOILeft", 11LL);
+  camera.Set(L"AOITop", 21LL);
+  std::vector<uint16_t> part = picture();
+  ASSERT_EQ(part.size(), 20U);
+  EXPECT_NEAR(part[0] - 100, sum(10, 20, 4, 2), 8);
+  EXPECT_NEAR(part[19] - 100, sum(26, 26, 4, 2), 8);
+  EXPECT_GT(part[1], part[0]);
+
+  camera.Set(L"AOILayout", L"Track");
+  camera.Set(L"AOICount", 2LL);
+  EXPECT_EQ(camera.Int(L"AOIWidth"), 64);
+  EXPECT_EQ(camera.Int(L"AOIHBin"), 1);
+  for (const long long track : {1LL, 2LL}) {
+    camera.Set(L"AOISelector", track);
+    camera.Set(L"AOITop", track == 1 ? 41LL : 3LL);
+    camera.Set(L"AOIVBin", 5 * track);
+  }
+  part = picture();
+  ASSERT_EQ(part.size(), 128U);
+  EXPECT_NEAR(part[30] - 100, sum(30, 40, 1, 5), 8);
+  EXPECT_NEAR(part[64 + 30] - 100, sum(30, 2, 1, 10), 8);
+  EXPECT_GT(part[64 + 30] - 100, 2 * (part[30] - 100) - 20);
+
+  camera.Set(L"AOILayout", L"Image");
+  EXPECT_EQ(camera.Int(L"AOIHBin"), 4);
+  EXPECT_EQ(camera.Int(L"AOILeft"), 11);
+  ASSERT_EQ(picture().size(), 20U);
+  EXPECT_EQ(camera.IntMax(L"AOIHBin"), 64);
+  camera.Set(L"AOIHBin", 64LL);
+  EXPECT_EQ(camera.Int(L"AOIWidth"), 1);
+  EXPECT_EQ(camera.Int(L"AOILeft"), 1);
 }
 
 TEST_F(SimulatorFeatures, GlobalShutterCannotUseTheHighestRate)
