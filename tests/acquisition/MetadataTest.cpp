@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -130,7 +131,7 @@ protected:
   {
     unsigned char* const slot = ring_.GetBuffer(ring_.GetMaxImageIndex() % 4 + 1);
     std::memset(slot, 0xEE, kFrameBytes);
-    std::memcpy(slot + kFrameBytes - tail.size(), tail.data(), tail.size());
+    std::copy(tail.begin(), tail.end(), slot + kFrameBytes - tail.size());
     EXPECT_EQ(xerox_.Dispatch(slot, sizeBytes), 0);
   }
 
