@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <climits>
 #include <cwchar>
+#include <iterator>
 
 namespace vxsim {
 
@@ -88,6 +89,18 @@ struct TRow
   bool setsValue = false;
 };
 
+// Configured limits may be anything; these hold beside them, so that nothing is divided by 0 or read beyond its
+// end.
+bool IsSizeOnSensor(long long size)
+{
+  return size >= 1 && size <= kMaxSensorPixels;
+}
+
+bool IsPlaceIn(long long place, long long count)
+{
+  return place >= 0 && place < count;
+}
+
 std::unique_ptr<IFeature> MakeAoiLeft(const TBuild& b)
 {
   TCameraState& s = b.state;
@@ -105,7 +118,7 @@ std::unique_ptr<IFeature> MakeAoiTop(const TBuild& b)
     if (!s.IsTracks())
       s.top = v;
     else
-      s.SelectedTrack() = {v, std::min(s.SelectedTrack().rows, s.sensorHeight - v + 1)};
+      s.SelectedTrack() = {v, std::clamp(s.sensorHeight - v + 1, 1LL, s.SelectedTrack().rows)};
   };
   const auto maximum = [&s] {
     return s.IsTracks() ? s.sensorHeight : s.sensorHeight - s.height * s.verticalBin + 1;
@@ -113,7 +126,8 @@ std::unique_ptr<IFeature> MakeAoiTop(const TBuild& b)
   return b.Int(b.IdleOnly(), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().top : s.top; },
                               .set = set,
                               .minimum = [] { return 1LL; },
-                              .maximum = maximum});
+                              .maximum = maximum,
+                              .accepts = IsSizeOnSensor});
 }
 
 /// The width may be as large as the sensor wherever the area begins: the area then moves to the left to fit.
@@ -165,7 +179,8 @@ std::unique_ptr<IFeature> MakeAoiHBin(const TBuild& b)
   return b.Int(b.IdleOnly(), {.get = [&s] { return s.Columns().bin; },
                               .set = set,
                               .minimum = [] { return 1LL; },
-                              .maximum = [&s] { return MaximumHBin(s); }});
+                              .maximum = [&s] { return MaximumHBin(s); },
+                              .accepts = IsSizeOnSensor});
 }
 
 std::unique_ptr<IFeature> MakeAoiVBin(const TBuild& b)
@@ -184,7 +199,8 @@ std::unique_ptr<IFeature> MakeAoiVBin(const TBuild& b)
   return b.Int(b.IdleOnly(), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().rows : s.verticalBin; },
                               .set = set,
                               .minimum = [] { return 1LL; },
-                              .maximum = maximum});
+                              .maximum = maximum,
+                              .accepts = IsSizeOnSensor});
 }
 
 /// The binning of the sensor itself, whose maximum is what the camera can do.
@@ -207,7 +223,8 @@ std::unique_ptr<IFeature> MakeAoiCount(const TBuild& b)
   return b.Int(std::move(access), {.get = [&s] { return static_cast<long long>(s.tracks.size()); },
                                    .set = set,
                                    .minimum = [] { return 1LL; },
-                                   .maximum = [&s]() -> long long { return s.model.maximumTracks; }});
+                                   .maximum = [&s]() -> long long { return s.model.maximumTracks; },
+                                   .accepts = IsSizeOnSensor});
 }
 
 std::unique_ptr<IFeature> MakeAoiSelector(const TBuild& b)
@@ -215,10 +232,12 @@ std::unique_ptr<IFeature> MakeAoiSelector(const TBuild& b)
   TCameraState& s = b.state;
   TFeatureAccess access = b.IdleOnly();
   access.available = [&s] { return s.IsTracks(); };
-  return b.Int(std::move(access), {.get = [&s] { return s.selectedTrack; },
-                                   .set = [&s](long long v) { s.selectedTrack = v; },
-                                   .minimum = [] { return 1LL; },
-                                   .maximum = [&s] { return static_cast<long long>(s.tracks.size()); }});
+  return b.Int(std::move(access),
+               {.get = [&s] { return s.selectedTrack; },
+                .set = [&s](long long v) { s.selectedTrack = v; },
+                .minimum = [] { return 1LL; },
+                .maximum = [&s] { return static_cast<long long>(s.tracks.size()); },
+                .accepts = [&s](long long v) { return IsPlaceIn(v - 1, std::ssize(s.tracks)); }});
 }
 
 std::unique_ptr<IFeature> MakeExposureTime(const TBuild& b)
@@ -272,7 +291,8 @@ std::unique_ptr<IFeature> MakeCount(const TBuild& b, long long& count, long long
   return b.Int(b.IdleOnly(), {.get = [&count] { return count; },
                               .set = [&count](long long v) { count = v; },
                               .minimum = [] { return 1LL; },
-                              .maximum = [limit] { return limit; }});
+                              .maximum = [limit] { return limit; },
+                              .accepts = [](long long v) { return v >= 1 && v <= INT_MAX; }});
 }
 
 TFeatureAccess ReadOnly()
@@ -336,7 +356,8 @@ std::unique_ptr<IFeature> MakeRegisterCount(const TBuild& b)
   return b.Int(b.Access(), {.get = [&r] { return r.Count(); },
                             .set = [&r](long long v) { r.SetCount(v); },
                             .minimum = [] { return 0LL; },
-                            .maximum = [&r] { return r.CountMaximum(); }});
+                            .maximum = [&r] { return r.CountMaximum(); },
+                            .accepts = [](long long v) { return v >= 0 && v <= TRegisterFile::kMaximumCount; }});
 }
 
 std::unique_ptr<IFeature> MakeRegisterIndex(const TBuild& b)
@@ -345,7 +366,8 @@ std::unique_ptr<IFeature> MakeRegisterIndex(const TBuild& b)
   return b.Int(b.Access(), {.get = [&r] { return r.Index(); },
                             .set = [&r](long long v) { r.SetIndex(v); },
                             .minimum = [] { return 0LL; },
-                            .maximum = [&r] { return r.Count() - 1; }});
+                            .maximum = [&r] { return r.Count() - 1; },
+                            .accepts = [&r](long long v) { return IsPlaceIn(v, r.Count()); }});
 }
 
 std::unique_ptr<IFeature> MakeRegisterValue(const TBuild& b)
@@ -372,7 +394,8 @@ std::unique_ptr<IFeature> MakeI2cByteCount(const TBuild& b, TI2cBus& bus)
   return b.Int(b.Access(), {.get = [&bus] { return bus.Count(); },
                             .set = [&bus](long long v) { bus.SetCount(v); },
                             .minimum = [] { return 0LL; },
-                            .maximum = [] { return TI2cBus::kMaximumCount; }});
+                            .maximum = [] { return TI2cBus::kMaximumCount; },
+                            .accepts = [](long long v) { return v >= 0 && v <= TI2cBus::kMaximumCount; }});
 }
 
 std::unique_ptr<IFeature> MakeI2cByteSelector(const TBuild& b, TI2cBus& bus)
@@ -380,7 +403,8 @@ std::unique_ptr<IFeature> MakeI2cByteSelector(const TBuild& b, TI2cBus& bus)
   return b.Int(b.Access(), {.get = [&bus] { return bus.Selector(); },
                             .set = [&bus](long long v) { bus.SetSelector(v); },
                             .minimum = [] { return 0LL; },
-                            .maximum = [&bus] { return bus.Count() - 1; }});
+                            .maximum = [&bus] { return bus.Count() - 1; },
+                            .accepts = [&bus](long long v) { return IsPlaceIn(v, bus.Count()); }});
 }
 
 std::unique_ptr<IFeature> MakeI2cByte(const TBuild& b, TI2cBus& bus)

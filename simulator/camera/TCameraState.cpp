@@ -133,10 +133,10 @@ void TCameraState::FitArea()
 {
   for (TColumns* columns : {&imageColumns, &trackColumns}) {
     columns->width = std::clamp(columns->width, 1LL, std::max(1LL, sensorWidth / columns->bin));
-    columns->left = std::clamp(columns->left, 1LL, sensorWidth - columns->width * columns->bin + 1);
+    columns->left = std::clamp(columns->left, 1LL, std::max(1LL, sensorWidth - columns->width * columns->bin + 1));
   }
   height = std::clamp(height, 1LL, std::max(1LL, sensorHeight / verticalBin));
-  top = std::clamp(top, 1LL, sensorHeight - height * verticalBin + 1);
+  top = std::clamp(top, 1LL, std::max(1LL, sensorHeight - height * verticalBin + 1));
 }
 
 long long TCameraState::OutputRows() const

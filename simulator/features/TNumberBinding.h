@@ -16,8 +16,7 @@ struct TNumberBinding
   std::function<void(Number)> set;
   std::function<Number()> minimum;
   std::function<Number()> maximum;
-  std::function<bool(Number)> accepts =
-      {}; ///< for values that are no range: whether this one between the limits is good
+  std::function<bool(Number)> accepts = {}; ///< for what limits cannot say: whether a value between them is good
 };
 
 } // namespace vxsim

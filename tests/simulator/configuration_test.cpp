@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 #include <fstream>
 
 namespace {
@@ -138,6 +139,42 @@ TEST_F(SimulatorConfiguration, NoCameraMayBeAttached)
   EXPECT_EQ(count, 0);
   int handle = -1;
   EXPECT_EQ(VX_Open(0, &handle), VX_ERR_NO_SUCH_DEVICE);
+}
+
+TEST_F(SimulatorConfiguration, WiderLimitsNeverLeadBeyondTheCamera)
+{
+  std::string text = "[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = dark\n";
+  const wchar_t* const features[] = {L"AOIHBin",
+                                     L"AOIVBin",
+                                     L"AOICount",
+                                     L"AOISelector",
+                                     L"RegisterCount",
+                                     L"RegisterIndex",
+                                     L"InternalI2CByteCount",
+                                     L"AOITop",
+                                     L"AccumulateCount",
+                                     L"InternalI2CByteSelector"};
+  for (const wchar_t* feature : features) {
+    text += "[Camera0." + std::string(feature, feature + std::wcslen(feature)) + "]\nMin = -1000000\nMax = 1e15\n";
+  }
+  Configure(text);
+  for (const wchar_t* layout : {L"Image", L"Track"}) {
+    for (const wchar_t* feature : features) {
+      for (const long long value : {-7LL, 0LL, 3LL, 5000LL, 20000LL, 1'000'000'000'000LL}) {
+        OpenCamera camera;
+        camera.Set(L"AOILayout", layout);
+        camera.TrySet(feature, value);
+        for (const wchar_t* reading : {L"RegisterValue", L"InternalI2CByte", L"AOITop"}) {
+          long long number = 0;
+          const int code = VX_GetInt(camera.handle, reading, &number);
+          EXPECT_TRUE(code == VX_SUCCESS || code == VX_ERR_NOT_AVAILABLE) << reading << code;
+        }
+        EXPECT_GT(camera.Float(L"ReadoutTime"), 0.0);
+        const int code = camera.Command(L"AcquisitionStart");
+        EXPECT_TRUE(code == VX_SUCCESS || code == VX_ERR_START_REFUSED) << code;
+      }
+    }
+  }
 }
 
 } // namespace
