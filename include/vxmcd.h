@@ -808,6 +808,45 @@ VXMCD_DECORATED unsigned int GetTotalNumberImagesAcquired(long* count);
 VXMCD_DECORATED unsigned int GetNumberNewImages(long* first, long* last);
 /** @} */
 
+/** @defgroup profiles Profile files
+ *  Reading of INI-style text files: sections in brackets, lines `key = value`, comments behind `;`. No camera is
+ * needed, and what these functions return is no result code. Names are compared without regard to case; spaces in
+ * the file's names and spaces and quotes in its values count for nothing, so `[ My Section ]` is called
+ * `MySection`. Names and values have 255 characters at most. The last line of a file must end in a line break: a
+ * value that the end of the file cuts off is taken as missing. Only regular files are read; anything else is taken
+ * as a file that is not there. Callable at any time from any thread.
+ *  @{ */
+/**
+ * Reads a whole number: decimal, hexadecimal behind `0x` or octal behind `0`; 0 for a text that is no number.
+ * @param section       name of the section
+ * @param key           name of the key
+ * @param defaultValue  what to return when file, section, key or value is missing
+ * @param fileName      the file
+ * @return the number's lower 32 bits, or @p defaultValue; 0 for a null section, key or file name
+ */
+VXMCD_DECORATED unsigned int GetPrivateProfileInt(const char* section, const char* key, int defaultValue,
+                                                  const char* fileName);
+/**
+ * Reads a value, or lists the keys of a section (null @p key) or the sections (null @p section). A list is the
+ * names with a zero byte behind each and one more behind the last.
+ * @param section       name of the section, null to list them all
+ * @param key           name of the key, null to list those of the section
+ * @param defaultValue  copied to @p buffer, *whatever its length*, when file, section, key or value is missing
+ * @param buffer        receives the text; untouched when a parameter is refused
+ * @param size          bytes in @p buffer, 2 or more; what does not fit is cut and terminated
+ * @param fileName      the file
+ * @return of a value its length in @p buffer, of a list one less than the bytes before its last zero byte (all
+ * bits set for an empty one, @p size - 2 for one that was cut); 0 when the default was copied, and for a null
+ * default, buffer or file name or a @p size below 2
+ */
+VXMCD_DECORATED unsigned int GetPrivateProfileString(const char* section, const char* key,
+                                                     const char* defaultValue, char* buffer, unsigned int size,
+                                                     const char* fileName);
+/** Writes nothing; kept for programs that call it. Returns 0. */
+VXMCD_DECORATED unsigned int WritePrivateProfileString(const char* section, const char* key, const char* value,
+                                                       const char* fileName);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

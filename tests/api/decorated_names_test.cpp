@@ -32,6 +32,11 @@ unsigned int GetNumberNewImages(long* first, long* last);
 unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data);
 unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data);
 void extractNumberFromString(wchar_t* text, int& number);
+unsigned int GetPrivateProfileInt(const char* section, const char* key, int defaultValue, const char* fileName);
+unsigned int GetPrivateProfileString(const char* section, const char* key, const char* defaultValue, char* buffer,
+                                     unsigned int size, const char* fileName);
+unsigned int WritePrivateProfileString(const char* section, const char* key, const char* value,
+                                       const char* fileName);
 
 namespace {
 
@@ -92,10 +97,15 @@ int main()
   EXPECT_CODE(kNotInitialized, I2CBurstWrite(0x20, 1, bytes));
   wchar_t serial[] = L"SN-01234X";
   extractNumberFromString(serial, i);
+  char profileText[8] = {};
+  EXPECT_CODE(7, GetPrivateProfileInt("section", "key", 7, "no such file"));
+  EXPECT_CODE(0, GetPrivateProfileString("section", "key", "text", profileText, 8, "no such file"));
+  EXPECT_CODE(0, WritePrivateProfileString("section", "key", "text", "no such file"));
 
   if (version[0] != 2 || version[1] != 94 || version[2] != 32007 || version[3] != 0) ++failures;
   if (trigger != L"unchanged") ++failures;
   if (i != 1234) ++failures;
+  if (profileText != std::string("text")) ++failures;
   std::printf("%d failures\n", failures);
   return failures == 0 ? 0 : 1;
 }

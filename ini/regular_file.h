@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+// Opening of files that are read to their end.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+
+struct TFileCloser
+{
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+/// An open file that closes itself; null for none.
+using TOpenFile = std::unique_ptr<std::FILE, TFileCloser>;
+
+/// Opens a file for reading. Only a regular file: a directory has no text, and a pipe or a device may never come
+/// to an end. Returns null for anything else, and never waits for a writer.
+TOpenFile OpenRegularFile(const char* fileName);
