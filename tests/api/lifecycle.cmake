@@ -1,0 +1,23 @@
+# SPDX-License-Identifier: MIT
+# Long streams, opening and closing in every state, and threads that get in each other's way.
+vxmcd_test(lifecycle_test
+  SOURCES
+    ../support/CounterCameraTest.cpp
+    ../support/ProcessFigures.cpp
+    ../support/SimulatedCameraTest.cpp
+    ConcurrencyTest.cpp
+    LifecycleTest.cpp
+    StreamTest.cpp
+  LIBRARIES vxmcd vxcore vxsim_imaging
+  TIMEOUT 300)
+
+# A program that ends in the middle of a run, in a way that its argument says.
+add_executable(ends_in_a_run ../support/ends_in_a_run.cpp)
+vxmcd_compile_options(ends_in_a_run)
+target_include_directories(ends_in_a_run PRIVATE ${PROJECT_SOURCE_DIR}/include)
+target_link_libraries(ends_in_a_run PRIVATE vxmcd vxcore ${CMAKE_DL_LIBS})
+target_compile_definitions(ends_in_a_run PRIVATE LIBRARY_PATH="$<TARGET_FILE:vxmcd>")
+foreach(way return exit quick unload)
+  add_test(NAME EndsInARun.${way} COMMAND ends_in_a_run ${way})
+  set_tests_properties(EndsInARun.${way} PROPERTIES TIMEOUT 60)
+endforeach()
