@@ -12,7 +12,6 @@ class SDK3Int;
 class TAcquisitionEventHandler;
 class TCameraPotsFacade;
 class TConfigurationLoader;
-class TDirectPreAmpGain;
 class TDispatchQueue;
 class TgetFIFOUsage;
 class TI2c;

@@ -80,7 +80,7 @@ void SelectCamera(long handle)
 
 bool IsCurrentCameraOpen()
 {
-  return GetCurrentCamera()->cameraHandle != TCamera::kNoCamera;
+  return CurrentCoreHandle() != kNoCoreHandle;
 }
 
 void RegisterCurrentCamera(const TCamera& camera)

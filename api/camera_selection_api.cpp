@@ -2,6 +2,7 @@
 // Choosing a camera.
 #include "api/camera_registry.h"
 #include "api/exports.h"
+#include "features/current_core_handle.h"
 #include "features/feature_names.h"
 #include "vxcore.h"
 
@@ -16,6 +17,7 @@ bool IsHandleInRange(long handle, long count)
 
 unsigned int GetAvailableCameras(long* count)
 {
+  if (IsForkedChild()) return RC_NOT_SUPPORTED; // the feature library's locks may be held by threads of the parent
   long long deviceCount = 0;
   VX_InitialiseLibrary();
   const int code = VX_GetInt(VX_HANDLE_SYSTEM, Feature::kDeviceCount, &deviceCount);
@@ -56,6 +58,6 @@ VXMCD_PLAIN_NAME(GetCurrentCamera, _Z16GetCurrentCameraPl);
 unsigned int GetSDK3Handle(int* handle)
 {
   if (!handle) return RC_P1_INVALID;
-  *handle = static_cast<int>(GetCurrentCamera()->cameraHandle);
+  *handle = CurrentCoreHandle();
   return RC_SUCCESS;
 }

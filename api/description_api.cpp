@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What kind of camera is open.
 #include "api/exports.h"
-#include "api/trigger_api.h"
 #include "features/current_core_handle.h"
 #include "features/enum_texts.h"
 #include "features/feature_access.h"
@@ -9,6 +8,7 @@
 #include "features/text_numbers.h"
 #include "utility/TQuorinMisc.h"
 #include "vxcore.h"
+#include "vxmcd.h"
 
 #include <algorithm>
 #include <cstring>

@@ -37,7 +37,7 @@ private:
   wchar_t text_[kEncodingTextLength] = {};
 };
 
-// A failed read, or a value that no image can have, gives 0, which no size matches.
+// A failed read, or a value that no image can have, gives 0, with which nothing is ever copied.
 int ReadGeometry(int coreHandle, const wchar_t* feature)
 {
   long long value = 0;

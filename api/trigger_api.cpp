@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Trigger modes and the software trigger.
-#include "api/trigger_api.h"
-
 #include "api/exports.h"
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "vxcore.h"
+#include "vxmcd.h"
 
 namespace {
 

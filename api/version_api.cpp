@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The library's version.
-#include "api/exports.h"
 #include "vxmcd.h"
 
 #include <cstring>
 
-// Takes references, as the programs that link to the decorated name pass them.
+// Under its decorated name the function takes references. The plain name is a function of its own, because a reference
+// is never null to a compiler and a pointer may be.
+extern "C" VXMCD_API unsigned int PlainGetSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build,
+                                                     unsigned int* revision) __asm__("getSDKVersion");
 VXMCD_API unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, unsigned int& build,
                                      unsigned int& revision);
 
@@ -23,7 +25,7 @@ void Write(unsigned int* output, unsigned int value)
   if (output) *output = value;
 }
 
-// A text that fills the buffer is not terminated; callers pass room for more.
+// A text that fills the buffer is not terminated, and the rest of a longer one is cleared.
 void CopyBounded(char* buffer, unsigned int size, const char* text)
 {
   const std::size_t length = std::strlen(text);
@@ -33,15 +35,20 @@ void CopyBounded(char* buffer, unsigned int size, const char* text)
 
 } // namespace
 
-unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, unsigned int& build, unsigned int& revision)
+unsigned int PlainGetSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build,
+                                unsigned int* revision)
 {
-  Write(&major, kMajor);
-  Write(&minor, kMinor);
-  Write(&build, kBuild);
-  Write(&revision, kRevision);
+  Write(major, kMajor);
+  Write(minor, kMinor);
+  Write(build, kBuild);
+  Write(revision, kRevision);
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(getSDKVersion, _Z13getSDKVersionRjS_S_S_);
+
+unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, unsigned int& build, unsigned int& revision)
+{
+  return PlainGetSDKVersion(&major, &minor, &build, &revision);
+}
 
 unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cofFile, unsigned int* vxdRevision,
                                 unsigned int* vxdVersion, unsigned int* dllRevision, unsigned int* dllVersion)

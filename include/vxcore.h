@@ -15,8 +15,8 @@
  *    their kinds and their limits, depends on its model and on its other settings.
  * 4. Text comes back in a caller's buffer of `length` wide characters, terminator included.
  * 5. Every function may be called from any thread. Only VX_WaitBuffer() blocks.
- * 6. Each operation on enumerated features exists under two names, `...Enumerated...` and `...Enum...`, with the same
- *    meaning.
+ * 6. Each operation on enumerated features exists under two names, `...Enumerated...` and `...Enum...`, with the
+ *    same meaning.
  */
 #ifndef VXCORE_H
 #define VXCORE_H
@@ -47,32 +47,33 @@ extern "C" {
 
 /** @name Result codes
  *  @{ */
-#define VX_SUCCESS 0                   /**< done */
-#define VX_ERR_NOT_IMPLEMENTED 2       /**< the camera has no such feature */
-#define VX_ERR_NOT_READABLE 3          /**< the feature cannot be read */
-#define VX_ERR_NOT_AVAILABLE 4         /**< not available under the present settings */
-#define VX_ERR_NOT_WRITABLE 5          /**< not writable now, for example while acquiring */
-#define VX_ERR_OUT_OF_RANGE 6          /**< the value is outside the feature's present limits */
-#define VX_ERR_START_REFUSED 37        /**< "AcquisitionStart" refused: acquiring already, a queued buffer is too small,
+#define VX_SUCCESS 0             /**< done */
+#define VX_ERR_NOT_IMPLEMENTED 2 /**< the camera has no such feature */
+#define VX_ERR_NOT_READABLE 3    /**< the feature cannot be read */
+#define VX_ERR_NOT_AVAILABLE 4   /**< not available under the present settings */
+#define VX_ERR_NOT_WRITABLE 5    /**< not writable now, for example while acquiring */
+#define VX_ERR_OUT_OF_RANGE 6    /**< the value is outside the feature's present limits */
+#define VX_ERR_START_REFUSED                                                                                      \
+  37                              /**< "AcquisitionStart" refused: acquiring already, a queued buffer is too small,
                                             or the settings make no frame */
-#define VX_ERR_NOT_INITIALISED 40      /**< the library is not initialised */
-#define VX_ERR_INVALID_HANDLE 41       /**< no open device has this handle */
-#define VX_ERR_NO_SUCH_DEVICE 42       /**< no device has this index */
-#define VX_ERR_DEVICE_IN_USE 43        /**< the device is open already */
-#define VX_ERR_NULL_ARGUMENT 44        /**< a required pointer is null */
-#define VX_ERR_WRONG_KIND 45           /**< the feature is of another kind than the operation */
-#define VX_ERR_INDEX_NOT_AVAILABLE 46  /**< the enumerated value is not available under the present settings */
+#define VX_ERR_NOT_INITIALISED 40 /**< the library is not initialised */
+#define VX_ERR_INVALID_HANDLE 41  /**< no open device has this handle */
+#define VX_ERR_NO_SUCH_DEVICE 42  /**< no device has this index */
+#define VX_ERR_DEVICE_IN_USE 43   /**< the device is open already */
+#define VX_ERR_NULL_ARGUMENT 44   /**< a required pointer is null */
+#define VX_ERR_WRONG_KIND 45      /**< the feature is of another kind than the operation */
+#define VX_ERR_INDEX_NOT_AVAILABLE 46   /**< the enumerated value is not available under the present settings */
 #define VX_ERR_INDEX_NOT_IMPLEMENTED 47 /**< the enumerated feature has no value with this index */
-#define VX_ERR_STRING_NOT_AVAILABLE 48 /**< the enumerated feature has no value with this text */
-#define VX_ERR_TEXT_TOO_LONG 49        /**< the text does not fit the caller's buffer */
-#define VX_ERR_TIMED_OUT 50            /**< no frame arrived within the time-out */
-#define VX_ERR_BUFFER_MISALIGNED 51    /**< the buffer does not start at a multiple of #VX_BUFFER_ALIGNMENT */
-#define VX_ERR_BUFFER_TOO_SMALL 52     /**< the buffer is smaller than "ImageSizeBytes" */
-#define VX_ERR_COMMUNICATION 53        /**< the device does not answer: unplugged, or powered down */
-#define VX_ERR_OUT_OF_MEMORY 54        /**< the library could not allocate */
-#define VX_ERR_CONFIGURATION 55        /**< the library's configuration cannot be read or has an error */
-#define VX_ERR_BUS 56                  /**< no device on the bus answered, or it refused the transfer */
-#define VX_ERR_HARDWARE_OVERFLOW 100   /**< the camera's memory overflowed: frames were lost */
+#define VX_ERR_STRING_NOT_AVAILABLE 48  /**< the enumerated feature has no value with this text */
+#define VX_ERR_TEXT_TOO_LONG 49         /**< the text does not fit the caller's buffer */
+#define VX_ERR_TIMED_OUT 50             /**< no frame arrived within the time-out */
+#define VX_ERR_BUFFER_MISALIGNED 51     /**< the buffer does not start at a multiple of #VX_BUFFER_ALIGNMENT */
+#define VX_ERR_BUFFER_TOO_SMALL 52      /**< the buffer is smaller than "ImageSizeBytes" */
+#define VX_ERR_COMMUNICATION 53         /**< the device does not answer: unplugged, or powered down */
+#define VX_ERR_OUT_OF_MEMORY 54         /**< the library could not allocate */
+#define VX_ERR_CONFIGURATION 55         /**< the library's configuration cannot be read or has an error */
+#define VX_ERR_BUS 56                   /**< no device on the bus answered, or it refused the transfer */
+#define VX_ERR_HARDWARE_OVERFLOW 100    /**< the camera's memory overflowed: frames were lost */
 /** @} */
 
 /** @name Library and devices
@@ -152,8 +153,8 @@ VXCORE_API int VX_Command(int handle, const wchar_t* feature);
  *  @{ */
 /**
  * Gives a buffer to the device to put a frame into; buffers are filled in the order in which they were queued.
- * @param buffer     start, a multiple of #VX_BUFFER_ALIGNMENT; it belongs to the library until VX_WaitBuffer() hands
- *                   it out, or VX_Flush() or VX_Close() returns
+ * @param buffer     start, a multiple of #VX_BUFFER_ALIGNMENT; it belongs to the library until VX_WaitBuffer()
+ *                   hands it out, or VX_Flush() or VX_Close() returns
  * @param sizeBytes  at least the present "ImageSizeBytes"
  */
 VXCORE_API int VX_QueueBuffer(int handle, unsigned char* buffer, int sizeBytes);

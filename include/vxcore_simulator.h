@@ -27,11 +27,12 @@ typedef struct VXSIM_Statistics
   uint64_t framesDelivered;  /**< frames handed out by VX_WaitBuffer() */
   uint64_t framesOverflowed; /**< frames lost because the camera's memory was full */
   uint64_t framesDropped;    /**< frames lost on purpose, by a fault rule */
-  uint64_t framesDiscarded;  /**< frames taken back by VX_Flush(), a stop or VX_Close() before they were handed out */
-  uint64_t buffersQueued;    /**< successful VX_QueueBuffer() calls */
-  uint64_t buffersHeld;      /**< buffers the library holds now, empty or filled */
-  uint64_t runsStarted;      /**< successful "AcquisitionStart" commands */
-  uint64_t triggersIgnored;  /**< triggers that found the sensor busy */
+  uint64_t
+      framesDiscarded;    /**< frames taken back by VX_Flush(), a stop or VX_Close() before they were handed out */
+  uint64_t buffersQueued; /**< successful VX_QueueBuffer() calls */
+  uint64_t buffersHeld;   /**< buffers the library holds now, empty or filled */
+  uint64_t runsStarted;   /**< successful "AcquisitionStart" commands */
+  uint64_t triggersIgnored; /**< triggers that found the sensor busy */
 } VXSIM_Statistics;
 
 /**
@@ -65,8 +66,9 @@ VXCORE_API int VXSIM_GetStatistics(int device, VXSIM_Statistics* statistics);
  * Fills the next queued buffer with @p sizeBytes bytes from @p bytes and makes it ready for VX_WaitBuffer(), which
  * reports @p sizeBytes. Null bytes: a frame of the configured scene, as the camera would make it. While no buffer is
  * queued the frame waits in the camera's memory.
- * @return #VX_ERR_NOT_AVAILABLE when the device is not acquiring or not configured for it; #VX_ERR_BUFFER_TOO_SMALL
- *         when the frame does not fit; #VX_ERR_HARDWARE_OVERFLOW when it was lost because the memory is full
+ * @return #VX_ERR_NOT_AVAILABLE when the device is not acquiring or not configured for it;
+ *         #VX_ERR_BUFFER_TOO_SMALL when the frame does not fit; #VX_ERR_HARDWARE_OVERFLOW when it was lost because
+ *         the memory is full
  */
 VXCORE_API int VXSIM_PushFrame(int device, const void* bytes, int sizeBytes);
 /** Makes @p count frames of the configured scene, one after the other, without waiting for buffers. Ends early when the

@@ -8,19 +8,20 @@
  * Conventions, valid for every function unless it says otherwise:
  *
  * 1. Every function returns a result code as `unsigned int`; #RC_SUCCESS (20002) is success. The codes, their
- * meaning and what to try are in vxmcd_result_codes.h; vxmcd_GetResultName() turns a code into its name.
+ *    meaning and what to try are in vxmcd_result_codes.h; vxmcd_GetResultName() turns a code into its name.
  * 2. Functions act on the *current camera*, chosen with SetCurrentCamera() and opened with Initialize(). With no
- * open camera under the current handle they return #RC_NOT_INITIALIZED (20075) and touch nothing.
+ *    open camera under the current handle they return #RC_NOT_INITIALIZED (20075) and touch nothing.
  * 3. Times are seconds (s) unless a name ends in `Ms`; rates are hertz (Hz); sizes of image arrays are counted in
  *    pixels; images are numbered from 1 over a whole run.
  * 4. Output pointers are written only as each function says. A null output pointer is skipped where no code is
- * stated for it.
+ *    stated for it.
  * 5. Functions may be called from any thread, but one camera's functions are meant for one thread at a time: do
- * not open, close or switch cameras while other threads use them. Waiting (WaitForAcquisition() and its forms) in
- * one thread while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function is fine.
+ *    not open, close or switch cameras while other threads use them. Waiting (WaitForAcquisition() and its forms)
+ *    in one thread while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function is
+ *    fine.
  * 6. Only the functions that say so block; the others return after a few calls into the feature library.
  * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do
- * not call SetCurrentCamera() until the run has ended.
+ *    not call SetCurrentCamera() until the run has ended.
  */
 #ifndef VXMCD_H
 #define VXMCD_H
@@ -85,14 +86,14 @@ VXMCD_DECORATED unsigned int GetAvailableCameras(long* count);
  * @param cameraIndex  0 to count - 1
  * @param handle       written with 101 + @p cameraIndex; null writes nothing and is success
  * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such camera; the code of GetAvailableCameras() when that
- * fails
+ *         fails
  */
 VXMCD_DECORATED unsigned int GetCameraHandle(long cameraIndex, long* handle);
 /**
  * Makes a camera the current one. It need not be open: Initialize() opens it.
  * @param handle  101 to 100 + count
  * @return #RC_SUCCESS; #RC_P1_INVALID when no camera has this handle; the code of GetAvailableCameras() when that
- * fails
+ *         fails
  */
 VXMCD_DECORATED unsigned int SetCurrentCamera(long handle);
 /** Writes the current handle (101 at first), whether or not that camera is open. Returns #RC_SUCCESS. */
@@ -110,14 +111,15 @@ VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
  *  @{ */
 /**
  * Opens the current camera. An open camera stays as it is. Metadata (a timestamp with each frame) is switched on.
- * May take as long as the camera needs to open.
+ * May take as long as the camera needs to open. A child process forked while a camera is open cannot open one.
  * @param directory  not used; may be null
- * @return #RC_SUCCESS; #RC_NO_CAMERA when there is no camera under the current handle
+ * @return #RC_SUCCESS; #RC_NO_CAMERA when there is no camera under the current handle, or none that can be opened
  */
 VXMCD_API unsigned int Initialize(char* directory);
 /**
- * Closes the current camera, aborting an acquisition first; every wait returns. Blocks until the acquisition has
- * stopped (10 s at most) and the camera is closed.
+ *  * Closes the current camera, aborting an acquisition first; every wait returns. Blocks until nobody uses the camera
+ * any more, usually for some 0.1 s; as long as the feature library keeps the acquisition thread or another caller
+ * inside a call.
  * @return #RC_SUCCESS; #RC_NOT_INITIALIZED when no camera is open
  */
 VXMCD_API unsigned int ShutDown(void);
@@ -149,23 +151,25 @@ VXMCD_API unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cof
 /**
  * Copies a version text. Needs no camera.
  * @param id      #VXMCD_VERSION_LIBRARY ("2.94.32007.0") or #VXMCD_VERSION_DRIVER ("Unknown")
- * @param buffer  at least @p size bytes; not terminated when the text fills it
+ * @param buffer  at least @p size bytes; the rest is filled with 0, and a text that fills it is not
+ *                terminated
  * @param size    bytes to write at most
  * @return #RC_SUCCESS for the library; #RC_NOT_AVAILABLE for the driver, with the text written; checked in this
- * order: #RC_P1_INVALID for another id, #RC_P3_INVALID for size 0, #RC_P2_INVALID for a null buffer
+ *         order: #RC_P1_INVALID for another id, #RC_P3_INVALID for size 0, #RC_P2_INVALID for a null buffer
  */
 VXMCD_API unsigned int GetVersionInfo(int id, char* buffer, unsigned int size);
 /** @} */
 
 /** @defgroup settings Acquisition settings
- *  They take effect at once where the camera allows it, else at the next StartAcquisition().
+ *  They are written to the camera at once. What it refuses, for example during a run, is answered as each function
+ *  says; only acquisition mode and counts are remembered then and written at the next StartAcquisition().
  *  @{ */
 /**
  * Sets the exposure time.
  * @param seconds  exposure in s; a shorter one than the camera's minimum becomes the minimum
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without the feature; #RC_ACQUIRING when it cannot be changed while the
  *         acquisition runs; #RC_NOT_AVAILABLE when it cannot be changed now; #RC_P1_INVALID when the camera
- * rejects it
+ *         rejects it
  */
 VXMCD_API unsigned int SetExposureTime(float seconds);
 /**
@@ -184,7 +188,7 @@ VXMCD_API unsigned int SetKineticCycleTime(float seconds);
 /**
  * Chooses what StartAcquisition() takes.
  * @param mode  1 single image, 2 one accumulated image, 3 series of SetNumberKinetics() images, 5 run until
- * aborted
+ *              aborted
  * @return #RC_SUCCESS; #RC_P1_INVALID for any other mode
  */
 VXMCD_API unsigned int SetAcquisitionMode(int mode);
@@ -198,8 +202,8 @@ VXMCD_API unsigned int SetNumberAccumulations(int count);
 /**
  * Sets how many images a series has (acquisition mode 3).
  * @param count  1 or more
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot count frames; #RC_P1_INVALID for a count it
- * rejects
+ * @return #RC_SUCCESS, also when it cannot be changed now and takes effect at the next start; #RC_NOT_SUPPORTED
+ *         when the camera cannot count frames; #RC_P1_INVALID for a count it rejects
  */
 VXMCD_API unsigned int SetNumberKinetics(int count);
 /**
@@ -211,8 +215,8 @@ VXMCD_API unsigned int SetReadMode(int mode);
 /**
  * Chooses what starts an exposure.
  * @param mode  0 internal, 1 external, 6 external start, 7 external exposure, 10 software
- * @return #RC_SUCCESS; #RC_INVALID_TRIGGER_MODE when the camera does not offer it now; #RC_P1_INVALID for any
- * other mode; #RC_FEATURE_ERROR when the camera cannot be asked for its external mode
+ * @return #RC_SUCCESS when the camera offers the mode, whatever it answers to the change itself; #RC_INVALID_TRIGGER_MODE when the camera does not offer it now; #RC_P1_INVALID for any
+ *         other mode; #RC_FEATURE_ERROR when the camera cannot be asked for its external mode
  */
 VXMCD_API unsigned int SetTriggerMode(int mode);
 /**
@@ -274,9 +278,9 @@ VXMCD_API unsigned int GetDetector(int* xpixels, int* ypixels);
  * @param vstart  first row
  * @param vend    last row
  * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID for a binning factor below 1, with nothing written; else the
- * last of these that holds: #RC_P4_INVALID when the width, #RC_P3_INVALID when @p hstart, #RC_P5_INVALID when the
- *         height, #RC_P6_INVALID when @p vstart is out of range. A binning factor that the camera does not have is
- * not reported.
+ *         last of these that holds: #RC_P4_INVALID when the width, #RC_P3_INVALID when @p hstart, #RC_P5_INVALID
+ *         when the height, #RC_P6_INVALID when @p vstart is out of range. A binning factor that the camera does
+ *         not have is not reported.
  */
 VXMCD_API unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int vend);
 /**
@@ -286,7 +290,7 @@ VXMCD_API unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vs
  * @param areas      2 x @p numTracks rows: first and last row of each track, both included
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera has no tracks; #RC_P1_INVALID when it rejects the number;
  *         #RC_P2_INVALID for a null pointer, or when it rejects a track, with those written that came before it,
- * in reverse order of @p areas
+ *         in reverse order of @p areas
  */
 VXMCD_API unsigned int SetRandomTracks(int numTracks, int* areas);
 /**
@@ -295,7 +299,7 @@ VXMCD_API unsigned int SetRandomTracks(int numTracks, int* areas);
  * @param horzVert    0 horizontal, 1 vertical
  * @param maxBinning  written with the factor; 1 when the camera cannot tell
  * @return 0 for success, unlike every other function; #RC_P2_INVALID for another @p horzVert; #RC_P3_INVALID for a
- * null pointer; #RC_BINNING_QUERY_FAILED when the read fails
+ *         null pointer; #RC_BINNING_QUERY_FAILED when the read fails
  */
 VXMCD_API unsigned int GetMaximumBinning(int readMode, int horzVert, int* maxBinning);
 /** @} */
@@ -336,7 +340,7 @@ VXMCD_API unsigned int IsAmplifierAvailable(int amplifier);
  * Copies the description of an amplifier: "Low Gain", "High Gain", or "Dual Gain" while both are read.
  * @param amplifier  0 or 1
  * @param text       at least @p length bytes. Its first @p length - 1 bytes are written, the rest of them with
- * zeros; a text that does not fit is cut there without a terminator
+ *                   zeros; a text that does not fit is cut there without a terminator
  * @param length     bytes of the buffer, 10 or more for every text; 0 or less writes nothing
  * @return #RC_SUCCESS; #RC_P1_INVALID for any other amplifier
  */
@@ -370,14 +374,14 @@ VXMCD_API unsigned int GetNumberHSSpeeds(int channel, int amplifier, int* count)
  * @param speed      0 to GetNumberHSSpeeds() - 1
  * @param megahertz  written with the speed in MHz; 1.0 on every failure
  * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID, #RC_P3_INVALID when there is no such channel, amplifier or
- * speed
+ *         speed
  */
 VXMCD_API unsigned int GetHSSpeed(int channel, int amplifier, int speed, float* megahertz);
 /**
  * Chooses the pre-amplifier gain.
  * @param gain  0 to GetNumberPreAmpGains() - 1
  * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such gain, which cameras with the simple gain control do
- * not report
+ *         not report
  */
 VXMCD_API unsigned int SetPreAmpGain(int gain);
 /** Writes the number of pre-amplifier gains; nothing when the camera cannot tell. Returns #RC_SUCCESS. */
@@ -397,38 +401,38 @@ VXMCD_API unsigned int GetPreAmpGain(int gain, float* value);
  * @param gain       0 to GetNumberPreAmpGains() - 1
  * @param status     written with 1 or 0; untouched on failure
  * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID, #RC_P3_INVALID, #RC_P4_INVALID when there is no such
- * channel, amplifier, speed or gain, checked in this order; cameras without the simple gain control check the gain
- *         before the speed
+ *         channel, amplifier, speed or gain, checked in this order; cameras without the simple gain control check
+ *         the gain before the speed
  */
 VXMCD_API unsigned int IsPreAmpGainAvailable(int channel, int amplifier, int speed, int gain, int* status);
 /**
  * Copies the name of a pre-amplifier gain, without what stands in brackets behind it.
  * @param gain    0 to GetNumberPreAmpGains() - 1
  * @param text    at least @p length bytes; always terminated; empty when the name has characters that the
- * program's locale does not have
+ *                program's locale does not have
  * @param length  bytes of the buffer, 30 is enough; 0 or less writes nothing
  * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such gain or, with the simple gain control, it cannot be
- * read; #RC_P2_INVALID for a null pointer
+ *         read; #RC_P2_INVALID for a null pointer
  */
 VXMCD_API unsigned int GetPreAmpGainText(int gain, char* text, int length);
 /**
  * Switches the baseline clamp, which holds the level of dark pixels.
  * @param state  0 off, 1 on
  * @return #RC_SUCCESS; #RC_P1_INVALID for any other state or when the camera rejects it; #RC_NOT_SUPPORTED without
- * a clamp; #RC_NOT_AVAILABLE when it cannot be switched now
+ *         a clamp; #RC_NOT_AVAILABLE when it cannot be switched now
  */
 VXMCD_API unsigned int SetBaselineClamp(int state);
 /**
  * Reports the baseline clamp.
  * @param state  written with 0 or 1; untouched on failure
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a clamp; #RC_NOT_AVAILABLE when it cannot be told now;
- * #RC_P1_INVALID when the read fails
+ *         #RC_P1_INVALID when the read fails
  */
 VXMCD_API unsigned int GetBaselineClamp(int* state);
 /**
  * Reports how full the camera's own memory is. Blocks while another thread is in ShutDown().
  * @param percent  written with the fill in per cent of the memory; keeps its value when the camera has none to
- * show or a register cannot be read, which is success
+ *                 show or a register cannot be read, which is success
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer; #RC_NOT_SUPPORTED when the kind of memory cannot be told
  */
 VXMCD_API unsigned int GetFIFOUsage(int* percent);
@@ -441,7 +445,7 @@ VXMCD_API unsigned int GetFIFOUsage(int* percent);
  * Sets the temperature that the cooler aims at. Does not switch the cooler on.
  * @param degrees  target in C, within GetTemperatureRange()
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable temperature; #RC_NOT_AVAILABLE when the camera says
- * that the feature is not readable; #RC_P1_INVALID when it rejects the value in any other way
+ *         that the feature is not readable; #RC_P1_INVALID when it rejects the value in any other way
  */
 VXMCD_API unsigned int SetTemperature(int degrees);
 /** Switches the cooler on. Returns #RC_SUCCESS, whatever the camera answers; ask IsCoolerOn(). */
@@ -459,7 +463,7 @@ VXMCD_API unsigned int IsCoolerOn(int* on);
  * @param degrees  written with the temperature in C; untouched when it cannot be told
  * @return #RC_TEMP_OFF, #RC_TEMP_STABILIZED, #RC_TEMP_NOT_REACHED, #RC_TEMP_DRIFT or #RC_TEMP_NOT_STABILIZED;
  *         #RC_SUCCESS when the temperature is known but not the state; #RC_P1_INVALID for a null pointer, also
- * with no open camera; #RC_NOT_SUPPORTED without a thermometer; #RC_FEATURE_ERROR when it cannot be read
+ *         with no open camera; #RC_NOT_SUPPORTED without a thermometer; #RC_FEATURE_ERROR when it cannot be read
  */
 VXMCD_API unsigned int GetTemperatureF(float* degrees);
 /**
@@ -487,7 +491,7 @@ VXMCD_API unsigned int GetTemperatureStatus(float* sensor, float* target, float*
  * Sets the fan.
  * @param mode  0 full, 1 low, 2 off
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable fan; #RC_P1_INVALID for any other mode or when the
- * camera does not take it
+ *         camera does not take it
  */
 VXMCD_API unsigned int SetFanMode(int mode);
 /** @} */
@@ -586,7 +590,7 @@ VXMCD_API unsigned int GetHardwareVersion(unsigned int* out1, unsigned int* out2
  * Finds the first number in a text: "SN-01234X" gives 1234. Needs no camera.
  * @param text    a terminated text
  * @param number  written with the number, or with the largest `int` when it is larger; untouched when there is no
- * digit
+ *                digit
  */
 VXMCD_API void extractNumberFromString(wchar_t* text, int* number);
 #endif
@@ -607,7 +611,7 @@ VXMCD_API unsigned int GetHeadModel(char* name);
  * @param width   written with the width in micrometres; 10 on failure
  * @param height  written with the height in micrometres; 10 on failure
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera does not know; #RC_P1_INVALID, #RC_P2_INVALID when width
- * or height cannot be read
+ *         or height cannot be read
  */
 VXMCD_API unsigned int GetPixelSize(float* width, float* height);
 /** Writes an empty text: there is no controller card. Returns #RC_SUCCESS, with or without an open camera. */
@@ -624,8 +628,8 @@ VXMCD_API unsigned int GetControllerCardModel(char* name);
  * @param count    number of bytes; the camera has a limit
  * @param data     room for @p count bytes; bytes that could not be fetched keep their value
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot read from the bus; #RC_P1_INVALID when it refuses
- * the address, #RC_P2_INVALID when it refuses the count; #RC_I2C_ERROR when the transfer failed, a byte could not
- * be fetched or @p data is null
+ *         the address, #RC_P2_INVALID when it refuses the count; #RC_I2C_ERROR when the transfer failed, a byte
+ *         could not be fetched or @p data is null
  */
 VXMCD_DECORATED unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data);
 /**
@@ -634,8 +638,8 @@ VXMCD_DECORATED unsigned int I2CBurstRead(unsigned char address, long count, uns
  * @param count    number of bytes; the camera has a limit
  * @param data     @p count bytes
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot write to the bus; #RC_P1_INVALID when it refuses
- * the address, #RC_P2_INVALID when it refuses the count; #RC_I2C_ERROR when the transfer failed, a byte was
- * refused or
+ *         the address, #RC_P2_INVALID when it refuses the count; #RC_I2C_ERROR when the transfer failed, a byte
+ *         was refused or
  *         @p data is null
  */
 VXMCD_DECORATED unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data);
@@ -657,14 +661,14 @@ VXMCD_API unsigned int vxsys_InternalI2CBurstWrite(VXMCD_ANY_ARGUMENTS);
  * Blocks until the run has begun (usually well under 1 ms; up to 10 s when an earlier run has to be stopped
  * first).
  * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when memory or camera refuse; #RC_START_REFUSED after an internal
- * failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
+ *         failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
  */
 VXMCD_API unsigned int StartAcquisition(void);
 /**
  * Stops the run; images so far stay available. Blocks until the run has ended (10 s at most). No wait is woken by
  * it: call CancelWait() for that.
  * @return #RC_SUCCESS; #RC_IDLE when the camera is not acquiring; #RC_FEATURE_ERROR when the camera refuses to
- * stop
+ *         stop
  */
 VXMCD_API unsigned int AbortAcquisition(void);
 /**
@@ -732,17 +736,23 @@ VXMCD_API unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, lo
  *  Image arrays are dense: row r starts at pixel r x width, width and height being those of the image area. `size`
  *  counts pixels and must equal width x height of one image. The functions ending in 8 give 8-bit pixels and need
  * the camera's encoding "Mono8"; those ending in 16 give 16-bit pixels (of a 32-bit encoding the low 16 bits);
- * those without a suffix give 32-bit pixels. All of them copy and convert on the calling thread and never wait for
- * an image.
+ * those without a suffix give 32-bit pixels. All of them copy and convert on the calling thread and do not wait for an image.
+ *
+ *  An image that is gone, or whose run had another image area than now, is not copied. Where a function has no code
+ *  for that, it answers #RC_SUCCESS and leaves the array as it is: GetOldestImage*() when an image was overwritten in
+ *  the very moment, every function when the image area was changed after the run, and both after
+ *  FreeInternalMemory().
  *
  *  Codes common to all: #RC_NOT_INITIALIZED; #RC_NOT_SUPPORTED when the encoding cannot be read or converted.
  *  @{ */
 /**
- * Copies every image of the finished run, oldest first, one behind the other.
- * @param array  room for @p size pixels *times the number of images*
+ * Copies every image of the finished run: image n to place n - 1. Places of images that a run until abort has
+ * overwritten are left as they are; after such a run GetOldestImage() or GetImages() suit better. Blocks for up to
+ * 1 s when the last image has just arrived and the run is about to end.
+ * @param array  room for @p size pixels times GetTotalNumberImagesAcquired()
  * @param size   pixels of one image
  * @return #RC_SUCCESS; #RC_ACQUIRING while the run goes on; #RC_P1_INVALID for a null array; #RC_P2_INVALID for
- * another size; #RC_NO_NEW_DATA when there is no image
+ *         another size; #RC_NO_NEW_DATA when there is no image
  */
 VXMCD_DECORATED unsigned int GetAcquiredData8(unsigned char* array, unsigned long size);
 /** @copydoc GetAcquiredData8 */
@@ -756,7 +766,7 @@ VXMCD_DECORATED unsigned int GetAcquiredData(int* array, unsigned long size);
  * @param array  room for @p size pixels
  * @param size   pixels of one image
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another size; #RC_NO_NEW_DATA when
- * every image has been given
+ *         every image has been given
  */
 VXMCD_DECORATED unsigned int GetOldestImage8(unsigned char* array, unsigned long size);
 /** @copydoc GetOldestImage8 */
@@ -768,7 +778,7 @@ VXMCD_DECORATED unsigned int GetOldestImage(int* array, unsigned long size);
  * @param array  room for @p size pixels
  * @param size   pixels of one image
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another size; #RC_NO_NEW_DATA before
- * the first image; #RC_FRAME_UNAVAILABLE when it is gone
+ *         the first image; #RC_FRAME_UNAVAILABLE when it is gone
  */
 VXMCD_DECORATED unsigned int GetMostRecentImage8(unsigned char* array, unsigned long size);
 /** @copydoc GetMostRecentImage8 */
@@ -785,7 +795,8 @@ VXMCD_DECORATED unsigned int GetMostRecentImage(int* array, unsigned long size);
  * @param validFirst  written with the number of the image copied, 0 for none
  * @param validLast   written with the number of the last image of the range that is there, 0 for none
  * @return #RC_SUCCESS; #RC_P3_INVALID for a null array; #RC_P4_INVALID for another size; #RC_P1_INVALID when @p
- * first is below 1; #RC_P2_INVALID when it is above @p last; #RC_NO_NEW_DATA when no image of the range is there
+ *         first is below 1; #RC_P2_INVALID when it is above @p last; #RC_NO_NEW_DATA when no image of the range is
+ *         there
  */
 VXMCD_DECORATED unsigned int GetImages8(long first, long last, unsigned char* array, unsigned long size,
                                         long* validFirst, long* validLast);
@@ -796,7 +807,7 @@ VXMCD_DECORATED unsigned int GetImages16(long first, long last, unsigned short* 
 VXMCD_DECORATED unsigned int GetImages(long first, long last, int* array, unsigned long size, long* validFirst,
                                        long* validLast);
 /**
- * Reports which images are there.
+ * Reports which images are there. After FreeInternalMemory() none is, though numbers are still reported.
  * @param first  written with the number of the oldest, 0 for none
  * @param last   written with the number of the newest, 0 for none
  * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID for a null pointer; #RC_NO_NEW_DATA when there is none
@@ -836,8 +847,8 @@ VXMCD_DECORATED unsigned int GetPrivateProfileInt(const char* section, const cha
  * @param size          bytes in @p buffer, 2 or more; what does not fit is cut and terminated
  * @param fileName      the file
  * @return of a value its length in @p buffer, of a list one less than the bytes before its last zero byte (all
- * bits set for an empty one, @p size - 2 for one that was cut); 0 when the default was copied, and for a null
- * default, buffer or file name or a @p size below 2
+ *         bits set for an empty one, @p size - 2 for one that was cut); 0 when the default was copied, and for a
+ *         null default, buffer or file name or a @p size below 2
  */
 VXMCD_DECORATED unsigned int GetPrivateProfileString(const char* section, const char* key,
                                                      const char* defaultValue, char* buffer, unsigned int size,
@@ -849,6 +860,17 @@ VXMCD_DECORATED unsigned int WritePrivateProfileString(const char* section, cons
 
 #ifdef __cplusplus
 }
+
+#include <string>
+
+/**
+ * Finds the text of the camera's "TriggerMode" that stands for an external trigger: "External Level Transition" on a
+ * camera with a trigger configuration, else "External". For C++ only.
+ * @param value  written with the text; left as it is when no camera is open, which is success
+ * @return #RC_SUCCESS; #RC_FEATURE_ERROR when the camera cannot be asked
+ * @ingroup settings
+ */
+VXMCD_API unsigned int TriggerModeFeatureFinder(std::wstring& value);
 #endif
 
 #endif

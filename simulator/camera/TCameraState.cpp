@@ -22,7 +22,7 @@ constexpr long long kFifoRolling = 128928256;
 constexpr long long kFifoGlobal11Bit = 64464128;
 constexpr long long kFifoGlobal = 43674624;
 
-/// A gain text such as "x10" or "4.0" as a factor.
+/// A gain text such as "10x" or "4.0" as a factor.
 double GainFactor(std::wstring_view text)
 {
   const size_t digit = text.find_first_of(L"0123456789");

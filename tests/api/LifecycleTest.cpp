@@ -143,7 +143,9 @@ TEST_F(Lifecycle, ChildOfAForkHasNoCamera)
   ASSERT_GE(child, 0);
   if (child == 0) {
     int status = 0;
-    const bool isRight = GetStatus(&status) == RC_NOT_INITIALIZED && StartAcquisition() == RC_NOT_INITIALIZED &&
+    long count = 0;
+    const bool isRight = GetAvailableCameras(&count) == RC_NOT_SUPPORTED &&
+                         GetStatus(&status) == RC_NOT_INITIALIZED && StartAcquisition() == RC_NOT_INITIALIZED &&
                          Initialize(nullptr) == RC_NO_CAMERA && ShutDown() == RC_NOT_INITIALIZED;
     _exit(isRight ? 0 : 1);
   }

@@ -120,6 +120,7 @@ TEST(Version, IsReportedInEveryForm)
   unsigned int v[6] = {9, 9, 9, 9, 9, 9};
   EXPECT_EQ(getSDKVersion(&v[0], &v[1], &v[2], &v[3]), RC_SUCCESS);
   EXPECT_EQ(std::vector<unsigned int>(v, v + 4), (std::vector<unsigned int>{2, 94, 32007, 0}));
+  EXPECT_EQ(getSDKVersion(&v[0], nullptr, nullptr, nullptr), RC_SUCCESS);
   EXPECT_EQ(GetSoftwareVersion(&v[0], &v[1], &v[2], &v[3], &v[4], &v[5]), RC_SUCCESS);
   EXPECT_EQ(std::vector<unsigned int>(v, v + 6), (std::vector<unsigned int>{0, 0, 0, 0, 94, 2}));
 

@@ -5,8 +5,6 @@
 #include <limits>
 #include <string>
 
-unsigned int TriggerModeFeatureFinder(std::wstring& value);
-
 namespace {
 
 constexpr const char* kThreeCameras =

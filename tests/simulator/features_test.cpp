@@ -358,17 +358,17 @@ TEST_F(SimulatorFeatures, EachGainChannelHasAGainOfItsOwn)
     return count - 100;
   };
   EXPECT_EQ(signal(), 900 / 20);
-  EXPECT_EQ(camera.TrySet(L"PreAmpGain", L"x10"), VX_ERR_INDEX_NOT_AVAILABLE);
-  camera.Set(L"PreAmpGain", L"x2");
+  EXPECT_EQ(camera.TrySet(L"PreAmpGain", L"10x"), VX_ERR_INDEX_NOT_AVAILABLE);
+  camera.Set(L"PreAmpGain", L"2x");
   EXPECT_EQ(signal(), 900 / 10);
   camera.Set(L"PreAmpGainSelector", L"High");
-  EXPECT_EQ(camera.Enum(L"PreAmpGain"), L"x10");
-  camera.Set(L"PreAmpGain", L"x30");
+  EXPECT_EQ(camera.Enum(L"PreAmpGain"), L"10x");
+  camera.Set(L"PreAmpGain", L"30x");
   EXPECT_EQ(signal(), 900 / 10); // the other channel is read out
   camera.Set(L"PreAmpGainChannel", L"High");
   EXPECT_EQ(signal(), 900 * 30 / 20);
   camera.Set(L"PreAmpGainSelector", L"Low");
-  EXPECT_EQ(camera.Enum(L"PreAmpGain"), L"x2");
+  EXPECT_EQ(camera.Enum(L"PreAmpGain"), L"2x");
   camera.Set(L"BaselineLevel", 300LL);
   EXPECT_EQ(signal(), 900 * 30 / 20 + 200);
 }
