@@ -43,7 +43,7 @@ IPreAmpGain* MakePreAmpGain(const TCamera& camera, int coreHandle)
 
 } // namespace
 
-// The order is fixed. Potentiometers, observers and configuration have their places in it behind the I2C bus.
+// The order is fixed: an object gets those made before it. Fields without an object stay null.
 TCamera AssembleCamera(int coreHandle)
 {
   TCamera camera;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // What kind of camera is open.
-#include "api/exports.h"
 #include "features/current_core_handle.h"
 #include "features/enum_texts.h"
 #include "features/feature_access.h"
@@ -10,12 +9,14 @@
 #include "vxcore.h"
 #include "vxmcd.h"
 
-#include <algorithm>
-#include <cstring>
 #include <cwchar>
+#include <iterator>
 
-// Takes a reference, as the programs that link to the decorated name pass it.
+// Under its decorated name the function takes a reference. The plain name is a function of its own, because a reference
+// is never null to a compiler and a pointer may be.
 VXMCD_API void extractNumberFromString(wchar_t* text, int& number);
+extern "C" VXMCD_API void PlainExtractNumberFromString(wchar_t* text,
+                                                       int* number) __asm__("extractNumberFromString");
 
 namespace {
 
@@ -45,10 +46,12 @@ void VisitValues(int coreHandle, const wchar_t* feature, Visit visit)
   VisitTexts(count, read, visit);
 }
 
-bool Reads(int coreHandle, const wchar_t* feature, const wchar_t* expected)
+// A failed read gives an empty text.
+std::wstring ReadShortString(int coreHandle, const wchar_t* feature)
 {
   std::wstring text;
-  return ReadString(coreHandle, feature, kModelTextLength, text) == VX_SUCCESS && text == expected;
+  ReadString(coreHandle, feature, kModelTextLength, text);
+  return text;
 }
 
 bool IsWritable(int coreHandle, const wchar_t* feature)
@@ -95,9 +98,10 @@ unsigned int TriggerModes(int coreHandle)
 
 unsigned int CameraType(int coreHandle)
 {
-  if (Reads(coreHandle, Feature::kCameraModel, L"TRELLIS CMOS")) return VXMCD_CAMERA_TRELLIS;
-  if (Reads(coreHandle, Feature::kCameraModel, L"RQ512_LX")) return VXMCD_CAMERA_RQ512;
-  if (Reads(coreHandle, Feature::kHardwareType, L"KESTRA")) return VXMCD_CAMERA_KESTRA;
+  const std::wstring model = ReadShortString(coreHandle, Feature::kCameraModel);
+  if (model == L"TRELLIS CMOS") return VXMCD_CAMERA_TRELLIS;
+  if (model == L"RQ512_LX") return VXMCD_CAMERA_RQ512;
+  if (ReadShortString(coreHandle, Feature::kHardwareType) == L"KESTRA") return VXMCD_CAMERA_KESTRA;
   return VXMCD_CAMERA_OTHER;
 }
 
@@ -243,7 +247,11 @@ void extractNumberFromString(wchar_t* text, int& number)
   const wchar_t* const digits = text ? std::wcspbrk(text, L"0123456789") : nullptr;
   if (digits) number = LeadingInt(digits);
 }
-VXMCD_PLAIN_NAME(extractNumberFromString, _Z23extractNumberFromStringPwRi);
+
+void PlainExtractNumberFromString(wchar_t* text, int* number)
+{
+  if (number) extractNumberFromString(text, *number);
+}
 
 unsigned int GetCameraSerialNumber(int* number)
 {

@@ -57,7 +57,8 @@ int ReadString(int coreHandle, const wchar_t* feature, std::int64_t length, std:
 {
   text.clear();
   const std::int64_t bounded = std::clamp<std::int64_t>(length, 1, kMaxStringLength);
-  std::vector<wchar_t> buffer(static_cast<std::size_t>(bounded), L'\0');
+  // One more than is offered: a library that fills its whole buffer loses nothing.
+  std::vector<wchar_t> buffer(static_cast<std::size_t>(bounded) + 1, L'\0');
   const int code = VX_GetString(coreHandle, feature, buffer.data(), static_cast<int>(bounded));
   buffer.back() = L'\0';
   if (code == VX_SUCCESS) text = buffer.data();

@@ -151,8 +151,7 @@ VXMCD_API unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cof
 /**
  * Copies a version text. Needs no camera.
  * @param id      #VXMCD_VERSION_LIBRARY ("2.94.32007.0") or #VXMCD_VERSION_DRIVER ("Unknown")
- * @param buffer  at least @p size bytes; the rest is filled with 0, and a text that fills it is not
- *                terminated
+ * @param buffer  at least @p size bytes; the rest is filled with 0, and a text that fills it is not terminated
  * @param size    bytes to write at most
  * @return #RC_SUCCESS for the library; #RC_NOT_AVAILABLE for the driver, with the text written; checked in this
  *         order: #RC_P1_INVALID for another id, #RC_P3_INVALID for size 0, #RC_P2_INVALID for a null buffer
@@ -215,8 +214,9 @@ VXMCD_API unsigned int SetReadMode(int mode);
 /**
  * Chooses what starts an exposure.
  * @param mode  0 internal, 1 external, 6 external start, 7 external exposure, 10 software
- * @return #RC_SUCCESS when the camera offers the mode, whatever it answers to the change itself; #RC_INVALID_TRIGGER_MODE when the camera does not offer it now; #RC_P1_INVALID for any
- *         other mode; #RC_FEATURE_ERROR when the camera cannot be asked for its external mode
+ * @return #RC_SUCCESS when the camera offers the mode, whatever it answers to the change itself;
+ *         #RC_INVALID_TRIGGER_MODE when the camera does not offer it now; #RC_P1_INVALID for any other mode;
+ *         #RC_FEATURE_ERROR when the camera cannot be asked for its external mode
  */
 VXMCD_API unsigned int SetTriggerMode(int mode);
 /**
@@ -431,8 +431,8 @@ VXMCD_API unsigned int SetBaselineClamp(int state);
 VXMCD_API unsigned int GetBaselineClamp(int* state);
 /**
  * Reports how full the camera's own memory is. Blocks while another thread is in ShutDown().
- * @param percent  written with the fill in per cent of the memory; keeps its value when the camera has none to
- *                 show or a register cannot be read, which is success
+ * @param percent  written with the fill in per cent of the memory; keeps its value when gain, shutter mode or the
+ *                 fill itself cannot be read, which is success
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer; #RC_NOT_SUPPORTED when the kind of memory cannot be told
  */
 VXMCD_API unsigned int GetFIFOUsage(int* percent);
@@ -639,8 +639,7 @@ VXMCD_DECORATED unsigned int I2CBurstRead(unsigned char address, long count, uns
  * @param data     @p count bytes
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot write to the bus; #RC_P1_INVALID when it refuses
  *         the address, #RC_P2_INVALID when it refuses the count; #RC_I2C_ERROR when the transfer failed, a byte
- *         was refused or
- *         @p data is null
+ *         was refused or @p data is null
  */
 VXMCD_DECORATED unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data);
 /** Does nothing: the internal bus is the library's own. Takes any arguments. Returns #RC_SUCCESS, also with no
