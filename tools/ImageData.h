@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vxtool {
 
@@ -29,18 +30,56 @@ struct TImageShape
   std::size_t Bytes() const { return Pixels() * BytesPerPixel(); }
 };
 
+/// Rows of the sensor that become one row of the image, both included; row 1 is the last row of a picture.
+struct TTrack
+{
+  int first = 1;
+  int last = 1;
+};
+
+/// The part of the sensor that an image shows, in sensor pixels; the first column and the first row have number 1.
+struct TSensorArea
+{
+  int left = 1;
+  int top = 1;
+  int width = 0;
+  int height = 0;
+  int horizontalBinning = 1;
+  int verticalBinning = 1;
+  std::vector<TTrack> tracks; ///< in place of rows and binning; the first row of the image is the last track
+};
+
+/// How the sensor is read out, as far as the command line has said it.
+struct TReadout
+{
+  std::string gain; ///< name of the pre-amplifier gain
+  std::optional<double> gainFactor;
+  std::string amplifier; ///< description of the amplifier
+  std::optional<double> megahertz;
+};
+
 /// What is known of a run when its file is opened.
 struct TRunFacts
 {
   std::string software;         ///< name and version of the tool
-  std::string camera;           ///< which camera, in words
+  std::string camera;           ///< the camera's model, printable ASCII
+  std::optional<int> serial;    ///< the number in the camera's serial number
   std::string startUtc;         ///< time of day of the start, "2026-01-31T12:00:00.000", UTC
   std::string trigger;          ///< trigger mode, as on the command line
   double exposureSeconds = 0.0; ///< exposure time in force
   double cycleSeconds = 0.0;    ///< time from one image to the next, 0 when the trigger decides it
   int accumulations = 1;        ///< exposures added up to one image
   long plannedImages = 0;       ///< images asked for, 0 for no limit
+  TSensorArea area;
+  TReadout readout;
+  std::optional<double> pixelWidthMicrometres; ///< of a pixel of the sensor
+  std::optional<double> pixelHeightMicrometres;
+  std::optional<double> sensorCelsius; ///< the sensor's temperature at the start
+  std::optional<double> targetCelsius; ///< what the cooler aims at, when the command line has switched it on
 };
+
+/// "1-10,21-30" for tracks, the form that the command line takes.
+std::string TracksText(const std::vector<TTrack>& tracks);
 
 /// What is known of one image.
 struct TImageLabel

@@ -12,7 +12,7 @@ namespace vxtool {
 enum class Command
 {
   List,
-  Describe,
+  Info,
   Acquire,
 };
 
@@ -39,11 +39,41 @@ enum class FileFormat
   Fits,
 };
 
-/// What part of the sensor the images show. The size overrides what the camera says.
+enum class Fan : int // the library's fan modes
+{
+  Full = 0,
+  Low = 1,
+  Off = 2,
+};
+
+/// What part of the sensor the images show; what is not given reaches to the edge of the sensor.
 struct TImageAreaOptions
 {
-  int width = 0; // 0: as the camera says
-  int height = 0;
+  std::optional<int> left;
+  std::optional<int> top;
+  std::optional<int> width;
+  std::optional<int> height;
+  int horizontalBinning = 1;
+  int verticalBinning = 1;
+  std::vector<TTrack> tracks;
+};
+
+/// Indices of the library, as info lists them.
+struct TReadoutOptions
+{
+  std::optional<int> channel;
+  std::optional<int> amplifier;
+  std::optional<int> speed;
+  std::optional<int> gain;
+  std::optional<bool> isBaselineClamped;
+};
+
+struct TCoolingOptions
+{
+  std::optional<int> targetCelsius; ///< switches the cooler on
+  std::optional<Fan> fan;
+  bool isWaiting = false;
+  double waitSeconds = 0.0; ///< at most; 0: without limit
 };
 
 struct TAcquireOptions
@@ -57,19 +87,21 @@ struct TAcquireOptions
   bool isOverlapped = false;
   PixelDepth depth = PixelDepth::Bits16;
   TImageAreaOptions area;
+  TReadoutOptions readout;
+  TCoolingOptions cooling;
   double noImageSeconds = 0.0;
   std::string output;
   std::optional<FileFormat> format;
   std::string preview;
   bool overwrite = false;
   bool isQuiet = false;
-  bool isJson = false;
 };
 
 struct TOptions
 {
   Command command = Command::List;
   int camera = 0;
+  bool isJson = false; ///< what goes to standard output is one line of JSON
   TAcquireOptions acquire;
 };
 

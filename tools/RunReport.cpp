@@ -2,6 +2,9 @@
 // Formats the counts of a run.
 #include "tools/RunReport.h"
 
+#include "tools/JsonText.h"
+
+#include <cmath>
 #include <cstdio>
 
 namespace vxtool {
@@ -15,20 +18,52 @@ std::string Row(const char* what, const std::string& count, const std::string& r
   return std::string(text) + (remark.empty() ? "" : "  " + remark) + "\n";
 }
 
-std::string JsonText(const std::string& text)
+std::string AreaText(const TSensorArea& area)
 {
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (static_cast<unsigned char>(c) < 0x20) {
-      char code[8];
-      std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(c));
-      quoted += code;
-      continue;
-    }
-    if (c == '"' || c == '\\') quoted += '\\';
-    quoted += c;
+  if (!area.tracks.empty()) return std::to_string(area.tracks.size()) + " tracks";
+  char text[120];
+  std::snprintf(text, sizeof text, "area %d,%d,%dx%d, binning %dx%d", area.left, area.top, area.width, area.height,
+                area.horizontalBinning, area.verticalBinning);
+  return text;
+}
+
+// What the images are, for example "TRELLIS CMOS 512, 320x240 pixels of 16 bits, ...".
+std::string ImagesText(const TRunSummary& summary)
+{
+  const TRunFacts& facts = summary.facts;
+  char text[80];
+  std::snprintf(text, sizeof text, ", %dx%d pixels of %d bits, ", summary.shape.width, summary.shape.height,
+                static_cast<int>(summary.shape.depth));
+  std::string line = facts.camera + (facts.serial ? " " + std::to_string(*facts.serial) : "") + text;
+  line += AreaText(facts.area);
+  if (!facts.readout.gain.empty()) line += ", " + facts.readout.gain;
+  if (facts.sensorCelsius) {
+    std::snprintf(text, sizeof text, ", %.1f C", *facts.sensorCelsius);
+    line += text;
   }
-  return quoted + "\"";
+  return line + "\n";
+}
+
+Json AreaJson(const TSensorArea& area)
+{
+  if (!area.tracks.empty()) return {{"tracks", TracksText(area.tracks)}};
+  return {{"left", area.left},
+          {"top", area.top},
+          {"width", area.width},
+          {"height", area.height},
+          {"horizontal_binning", area.horizontalBinning},
+          {"vertical_binning", area.verticalBinning}};
+}
+
+// Values of single precision, which the library has, without the digits that double precision adds.
+Json JsonNumberOrNull(const std::optional<double>& value)
+{
+  return value ? JsonNumber(static_cast<float>(*value)) : Json(nullptr);
+}
+
+Json TextOrNull(const std::string& text)
+{
+  return text.empty() ? Json(nullptr) : Json(text);
 }
 
 } // namespace
@@ -39,7 +74,7 @@ std::string ReportText(const TRunSummary& summary)
   char head[120];
   std::snprintf(head, sizeof head, "%s after %.2f s, %.1f images/s\n", summary.outcome.c_str(), summary.seconds,
                 summary.seconds > 0.0 ? static_cast<double>(t.fetched) / summary.seconds : 0.0);
-  std::string text = head;
+  std::string text = head + ImagesText(summary);
   text += Row(t.lostInCamera ? "produced by the camera" : "produced by the camera, at least",
               std::to_string(t.Produced()));
   text += Row("  lost in the camera", t.lostInCamera ? std::to_string(*t.lostInCamera) : "unknown",
@@ -57,16 +92,34 @@ std::string ReportText(const TRunSummary& summary)
 std::string ReportJson(const TRunSummary& summary)
 {
   const TRunTotals& t = summary.totals;
-  char seconds[32];
-  std::snprintf(seconds, sizeof seconds, "%.6f", summary.seconds);
-  return "{\"outcome\":" + JsonText(summary.outcome) + ",\"seconds\":" + seconds +
-         ",\"produced\":" + std::to_string(t.Produced()) +
-         ",\"lost_in_camera\":" + (t.lostInCamera ? std::to_string(*t.lostInCamera) : "null") +
-         ",\"delivered\":" + std::to_string(t.delivered) + ",\"overwritten\":" + std::to_string(t.overwritten) +
-         ",\"not_fetched\":" + std::to_string(t.notFetched) + ",\"fetched\":" + std::to_string(t.fetched) +
-         ",\"written\":" + std::to_string(t.written) + ",\"not_written\":" + std::to_string(t.notWritten) +
-         ",\"without_timestamp\":" + std::to_string(t.withoutTimestamp) +
-         ",\"output\":" + JsonText(summary.output) + "}\n";
+  const TRunFacts& facts = summary.facts;
+  return JsonLine({{"outcome", summary.outcome},
+                   {"seconds", std::round(summary.seconds * 1.0e6) / 1.0e6},
+                   {"produced", t.Produced()},
+                   {"lost_in_camera", JsonOrNull(t.lostInCamera)},
+                   {"delivered", t.delivered},
+                   {"overwritten", t.overwritten},
+                   {"not_fetched", t.notFetched},
+                   {"fetched", t.fetched},
+                   {"written", t.written},
+                   {"not_written", t.notWritten},
+                   {"without_timestamp", t.withoutTimestamp},
+                   {"output", summary.output},
+                   {"model", facts.camera},
+                   {"serial", JsonOrNull(facts.serial)},
+                   {"start_utc", facts.startUtc},
+                   {"image_width", summary.shape.width},
+                   {"image_height", summary.shape.height},
+                   {"image_bits", static_cast<int>(summary.shape.depth)},
+                   {"area", AreaJson(facts.area)},
+                   {"gain", TextOrNull(facts.readout.gain)},
+                   {"amplifier", TextOrNull(facts.readout.amplifier)},
+                   {"speed_mhz", JsonNumberOrNull(facts.readout.megahertz)},
+                   {"exposure_s", JsonNumberOrNull(facts.exposureSeconds)},
+                   {"cycle_s", facts.cycleSeconds > 0.0 ? JsonNumberOrNull(facts.cycleSeconds) : Json(nullptr)},
+                   {"celsius_start", JsonNumberOrNull(facts.sensorCelsius)},
+                   {"celsius_end", JsonNumberOrNull(summary.celsiusAtEnd)},
+                   {"celsius_target", JsonNumberOrNull(facts.targetCelsius)}});
 }
 
 } // namespace vxtool

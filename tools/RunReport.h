@@ -15,6 +15,9 @@ struct TRunSummary
   double seconds = 0.0;
   std::string output; ///< the file, "" for none
   TRunTotals totals;
+  TImageShape shape;
+  TRunFacts facts;
+  std::optional<double> celsiusAtEnd;
 };
 
 /// Lines for a person, each with its line feed.

@@ -2,11 +2,13 @@
 // From options to a file with images in it.
 #include "tools/TAcquireCommand.h"
 
+#include "tools/CameraDescription.h"
+#include "tools/ResultText.h"
 #include "tools/RunReport.h"
+#include "tools/TCoolingWait.h"
 #include "tools/TFitsCubeWriter.h"
 #include "tools/TInterrupt.h"
 #include "tools/TPngPreviewWriter.h"
-#include "tools/TProgressLine.h"
 #include "tools/TTiffStackWriter.h"
 
 #include <chrono>
@@ -49,6 +51,13 @@ void SayLines(const std::string& lines)
   }
 }
 
+std::string PrintableAscii(std::string text)
+{
+  for (char& c : text)
+    if (c < ' ' || c > '~') c = '?';
+  return text;
+}
+
 } // namespace
 
 ExitCode TAcquireCommand::Fail(ExitCode code, const std::string& message)
@@ -61,11 +70,17 @@ ExitCode TAcquireCommand::Run()
 {
   const TInterrupt interrupt;
   if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
-  if (!camera_.SetUp(options_) || !FindShape()) return Fail(ExitCode::CameraError, camera_.Error());
-  SayLines(camera_.Notes());
+  if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error());
+  camera_.CountExposures(options_.accumulations);
+  SayLines(setUp_.Notes());
+  TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
+  if (options_.cooling.isWaiting) {
+    if (const std::optional<ExitCode> end = WaitForTemperature(line)) return *end;
+  }
+  shape_ = {setUp_.ImageWidth(), setUp_.ImageHeight(), options_.depth};
+  facts_ = Facts();
   if (!OpenOutput()) return ExitCode::OutputError;
 
-  TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
   TAcquisitionLoop loop(
       camera_, writer_.get(), Settings(), [] { return TInterrupt::Happened(); },
       [&](const TProgress& progress) {
@@ -76,29 +91,36 @@ ExitCode TAcquireCommand::Run()
   return Finish(loop, end);
 }
 
-bool TAcquireCommand::FindShape()
+std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)
 {
-  shape_.depth = options_.depth;
-  shape_.width = options_.area.width;
-  shape_.height = options_.area.height;
-  return shape_.width > 0 || camera_.SensorSize(shape_.width, shape_.height);
+  TCoolingWait wait(options_.cooling.targetCelsius.value_or(0), options_.cooling.waitSeconds);
+  const CoolingEnd end = wait.Run(
+      AskTemperature, [] { return TInterrupt::Happened(); },
+      [&](const TCoolingProgress& progress) {
+        if (!options_.isQuiet) line.ShowText(CoolingText(progress), progress.seconds);
+      });
+  line.Finish();
+  if (end == CoolingEnd::Failed) return Fail(ExitCode::CameraError, wait.Message());
+  if (end == CoolingEnd::Interrupted)
+    return Fail(ExitCode::Interrupted, "interrupted while cooling; no image was taken");
+  if (!options_.isQuiet) Say(CoolingText(wait.Last()));
+  return std::nullopt;
 }
 
 bool TAcquireCommand::OpenOutput()
 {
-  const TRunFacts facts = Facts();
   if (!options_.output.empty()) {
     if (options_.format == FileFormat::Fits)
       writer_ = std::make_unique<TFitsCubeWriter>();
     else
       writer_ = std::make_unique<TTiffStackWriter>();
   }
-  if (writer_ && !writer_->Open(options_.output, options_.overwrite, shape_, facts)) {
+  if (writer_ && !writer_->Open(options_.output, options_.overwrite, shape_, facts_)) {
     Say(writer_->Error());
     return false;
   }
   if (!options_.preview.empty()) preview_ = std::make_unique<TPngPreviewWriter>();
-  if (preview_ && !preview_->Open(options_.preview, options_.overwrite, shape_, facts)) {
+  if (preview_ && !preview_->Open(options_.preview, options_.overwrite, shape_, facts_)) {
     Say(preview_->Error());
     if (writer_) writer_->Close(TRunTotals{}); // leaves no file behind: it has no image
     return false;
@@ -110,14 +132,26 @@ TRunFacts TAcquireCommand::Facts() const
 {
   TRunFacts facts;
   facts.software = std::string("vxmcd tool ") + VXTOOL_VERSION;
-  facts.camera = "vxmcd camera " + std::to_string(cameraNumber_);
+  facts.camera = PrintableAscii(AskModel().value.value_or("vxmcd camera " + std::to_string(cameraNumber_)));
+  facts.serial = AskSerial().value;
   facts.startUtc = UtcNow();
   facts.trigger = TriggerName(options_.trigger);
-  facts.exposureSeconds = camera_.ExposureSeconds();
+  facts.exposureSeconds = setUp_.ExposureSeconds();
   facts.cycleSeconds =
-      options_.trigger == Trigger::Internal ? camera_.CycleSeconds() * options_.accumulations : 0.0;
+      options_.trigger == Trigger::Internal ? setUp_.CycleSeconds() * options_.accumulations : 0.0;
   facts.accumulations = options_.accumulations;
   facts.plannedImages = Settings().wantedImages;
+  facts.area = setUp_.Area();
+  facts.readout = setUp_.Readout();
+  facts.readout.gain = PrintableAscii(facts.readout.gain);
+  facts.readout.amplifier = PrintableAscii(facts.readout.amplifier);
+  if (const std::optional<TPair<float>> size = AskPixelSize().value) {
+    facts.pixelWidthMicrometres = size->first;
+    facts.pixelHeightMicrometres = size->second;
+  }
+  if (const std::optional<TTemperature> temperature = AskTemperature().value)
+    facts.sensorCelsius = temperature->celsius;
+  facts.targetCelsius = options_.cooling.targetCelsius;
   return facts;
 }
 
@@ -131,7 +165,7 @@ TLoopSettings TAcquireCommand::Settings() const
   settings.isPaced = options_.trigger == Trigger::Internal || options_.trigger == Trigger::ExternalStart;
   settings.noImageSeconds = options_.noImageSeconds;
   settings.triggerSeconds = options_.cycleSeconds.value_or(0.0);
-  settings.imageSeconds = camera_.ExposureSeconds() + camera_.ReadoutSeconds();
+  settings.imageSeconds = setUp_.ExposureSeconds() + setUp_.ReadoutSeconds();
   return settings;
 }
 
@@ -145,6 +179,23 @@ void TAcquireCommand::ClosePreview(const TAcquisitionLoop& loop)
   if (preview_->Close(loop.Account().Totals()) || loop.LastImage().empty()) return;
   Say(preview_->Error());
   isOutputFailed_ = true;
+}
+
+void TAcquireCommand::PrintReport(const TAcquisitionLoop& loop, RunEnd end)
+{
+  TRunSummary summary;
+  summary.totals = loop.Account().Totals();
+  summary.outcome = end == RunEnd::Complete ? "complete" : end == RunEnd::Interrupted ? "interrupted" : "failed";
+  summary.seconds = loop.Seconds();
+  summary.output = summary.totals.written > 0 ? options_.output : "";
+  summary.shape = shape_;
+  summary.facts = facts_;
+  const std::optional<TTemperature> temperature = AskTemperature().value;
+  if (temperature) summary.celsiusAtEnd = temperature->celsius;
+  const std::string report = isJson_ ? ReportJson(summary) : ReportText(summary);
+  if (isJson_ || !options_.isQuiet) std::fputs(report.c_str(), stdout);
+  if (options_.cooling.isWaiting && temperature && temperature->state != RC_TEMP_STABILIZED)
+    Say("the temperature is not stable any more: " + ResultText("GetTemperatureF", temperature->state));
 }
 
 ExitCode TAcquireCommand::Finish(TAcquisitionLoop& loop, RunEnd end)
@@ -161,18 +212,12 @@ ExitCode TAcquireCommand::Finish(TAcquisitionLoop& loop, RunEnd end)
     loop.Account().TakeBackWritten(loop.Account().Written() - writer_->ImagesWritten());
   }
 
+  PrintReport(loop, end);
   const TRunTotals& totals = loop.Account().Totals();
-  TRunSummary summary;
-  summary.outcome = end == RunEnd::Complete ? "complete" : end == RunEnd::Interrupted ? "interrupted" : "failed";
-  summary.seconds = loop.Seconds();
-  summary.output = totals.written > 0 ? options_.output : "";
-  summary.totals = totals;
-  const std::string report = options_.isJson ? ReportJson(summary) : ReportText(summary);
-  if (options_.isJson || !options_.isQuiet) std::fputs(report.c_str(), stdout);
   if (totals.Lost() > 0)
     Say(std::to_string(totals.Lost()) +
         " frames are missing between the images (lost in the camera or overwritten)");
-  const double expected = loop.Seconds() / (camera_.CycleSeconds() * options_.accumulations);
+  const double expected = loop.Seconds() / (setUp_.CycleSeconds() * options_.accumulations);
   if (options_.trigger == Trigger::Internal && loop.Seconds() > 1.0 && expected > 10.0 &&
       static_cast<double>(totals.Produced()) < kSlowPart * expected)
     Say("the camera made far fewer frames than its frame rate promises");

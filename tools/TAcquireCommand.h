@@ -6,33 +6,43 @@
 #include "tools/IImageWriter.h"
 #include "tools/Options.h"
 #include "tools/TAcquisitionLoop.h"
+#include "tools/TCameraSetUp.h"
 #include "tools/TFlatCamera.h"
+#include "tools/TProgressLine.h"
 
 #include <memory>
 
 namespace vxtool {
 
-/// Opens the camera, sets it up, opens the output, runs the loop, closes the output, reports. Prints to standard
+/// Opens the camera, sets it up, waits for its temperature, opens the output, runs the loop, closes the output,
+/// reports. Prints to standard
 /// output (the counts) and standard error (progress, notes, errors). Run() is for one use.
 class TAcquireCommand final
 {
 public:
-  explicit TAcquireCommand(const TOptions& options) : options_(options.acquire), cameraNumber_(options.camera) {}
+  explicit TAcquireCommand(const TOptions& options)
+      : options_(options.acquire), cameraNumber_(options.camera), isJson_(options.isJson)
+  {
+  }
   ExitCode Run();
 
 private:
   ExitCode Fail(ExitCode code, const std::string& message);
-  bool FindShape();
+  std::optional<ExitCode> WaitForTemperature(TProgressLine& line);
   bool OpenOutput();
   TLoopSettings Settings() const;
   TRunFacts Facts() const;
   void ClosePreview(const TAcquisitionLoop& loop);
+  void PrintReport(const TAcquisitionLoop& loop, RunEnd end);
   ExitCode Finish(TAcquisitionLoop& loop, RunEnd end);
 
   TAcquireOptions options_;
   int cameraNumber_;
+  bool isJson_;
   TFlatCamera camera_;
+  TCameraSetUp setUp_;
   TImageShape shape_;
+  TRunFacts facts_;
   std::unique_ptr<IImageWriter> writer_;
   std::unique_ptr<IImageWriter> preview_;
   bool isOutputFailed_ = false;

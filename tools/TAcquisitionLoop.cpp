@@ -165,8 +165,8 @@ bool TAcquisitionLoop::TakeImage(long number)
     Fail("GetImages", code);
     if (code == RC_P4_INVALID)
       message_ = "the images are not " + std::to_string(settings_.shape.width) + "x" +
-                 std::to_string(settings_.shape.height) + " pixels: give their size with --size (" + message_ +
-                 ")";
+                 std::to_string(settings_.shape.height) + " pixels: the camera did not take the image area (" +
+                 message_ + ")";
     return false;
   }
   if (code == RC_NO_NEW_DATA || !IsIntact(number)) {

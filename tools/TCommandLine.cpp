@@ -2,11 +2,13 @@
 // The tool's options, their checks, and the help text.
 #include "tools/TCommandLine.h"
 
+#include "tools/ArgumentForms.h"
 #include "tools/ExitCode.h"
 
 #include <algorithm>
 #include <cctype>
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <map>
 
 namespace vxtool {
@@ -14,7 +16,7 @@ namespace vxtool {
 namespace {
 
 constexpr int kLargestSide = 65536;
-constexpr double kLongestSeconds = 1.0e6;
+constexpr int kLargestIndex = 1000;
 
 const std::map<std::string, RunMode> kModes = {{"single", RunMode::Single},
                                                {"accumulate", RunMode::Accumulate},
@@ -25,6 +27,8 @@ const std::map<std::string, Trigger> kTriggers = {{"internal", Trigger::Internal
                                                   {"external-start", Trigger::ExternalStart},
                                                   {"external-exposure", Trigger::ExternalExposure},
                                                   {"software", Trigger::Software}};
+const std::map<std::string, Fan> kFans = {{"full", Fan::Full}, {"low", Fan::Low}, {"off", Fan::Off}};
+const std::map<std::string, bool> kSwitches = {{"on", true}, {"off", false}};
 const std::map<std::string, FileFormat> kFormats = {{"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}};
 const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},
                                                      {".tiff", FileFormat::Tiff},
@@ -60,24 +64,89 @@ CLI::Option* AddSeconds(CLI::App& app, const std::string& name, std::optional<do
 {
   const auto isTime = [](const std::string& text) -> std::string {
     double value = 0.0;
-    const bool isNumber = CLI::detail::lexical_cast(text, value);
-    return isNumber && value > 0.0 && value <= kLongestSeconds ? ""
-                                                               : "must be a time in s, above 0 and at most 1e6";
+    return ParseSeconds(text, value) ? "" : "must be a time in s, above 0 and at most 1e6";
   };
   return app.add_option(name, target, help)->check(CLI::Validator(isTime, ""))->type_name("SECONDS");
 }
 
+// An option with several numbers in one text. @p parse answers false when they are wrong.
+CLI::Option* AddForm(CLI::App& app, const std::string& name, const std::function<bool(const std::string&)>& parse,
+                     const std::string& form, const std::string& help)
+{
+  const auto take = [name, parse, form](const std::string& text) {
+    if (!parse(text)) throw CLI::ValidationError(name, "must be " + form);
+  };
+  return app.add_option_function<std::string>(name, take, help)->type_name("");
+}
+
 void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
 {
-  const auto parse = [&area](const std::string& text) {
-    char rest = 0;
-    if (std::sscanf(text.c_str(), "%dx%d%c", &area.width, &area.height, &rest) != 2 || area.width < 1 ||
-        area.height < 1 || area.width > kLargestSide || area.height > kLargestSide)
-      throw CLI::ValidationError("--size", "must be WIDTHxHEIGHT, for example 2048x2048");
+  const char* const group = "Image area, in sensor pixels; the first column and row are 1";
+  CLI::Option* whole = AddForm(
+      app, "--area", [&area](const std::string& text) { return ParseArea(text, area); },
+      "LEFT,TOP,WIDTHxHEIGHT, for example 101,201,640x480", "LEFT,TOP,WIDTHxHEIGHT; default: the whole sensor");
+  whole->group(group);
+  CLI::Option* tracks = AddForm(
+      app, "--tracks", [&area](const std::string& text) { return ParseTracks(text, area.tracks); },
+      "FIRST-LAST,..., for example 1-10,21-30",
+      "FIRST-LAST,...: rows that are read out as one row each; row 1 is the last row of a picture");
+  tracks->group(group)->excludes(whole);
+  const auto side = [&](const char* name, std::optional<int>& target, const char* help) {
+    app.add_option(name, target, help)
+        ->check(CLI::Range(1, kLargestSide).description(""))
+        ->type_name("N")
+        ->group(group)
+        ->excludes(whole)
+        ->excludes(tracks);
   };
-  app.add_option_function<std::string>("--size", parse, "Image size in pixels, if it is not the whole sensor")
-      ->type_name("WIDTHxHEIGHT")
-      ->group("Image area");
+  side("--left", area.left, "First column; default: 1");
+  side("--top", area.top, "First row; default: 1");
+  side("--width", area.width, "Columns; default: to the edge of the sensor");
+  side("--height", area.height, "Rows; default: to the edge of the sensor");
+  AddForm(
+      app, "--binning", [&area](const std::string& text) { return ParseBinning(text, area); },
+      "HxV, for example 2x2", "HxV: H columns and V rows of the sensor are added up to one pixel")
+      ->group(group)
+      ->excludes(tracks);
+}
+
+void AddReadoutOptions(CLI::App& app, TReadoutOptions& readout)
+{
+  const char* const group = "Readout, by the numbers that info lists";
+  const auto index = [&](const char* name, std::optional<int>& target, const char* help) {
+    app.add_option(name, target, help)
+        ->check(CLI::Range(0, kLargestIndex).description(""))
+        ->type_name("N")
+        ->group(group);
+  };
+  index("--channel", readout.channel, "AD channel");
+  index("--amplifier", readout.amplifier, "Amplifier of channel 0");
+  index("--speed", readout.speed, "Horizontal shift speed; without --amplifier or --gain that of amplifier 0");
+  index("--gain", readout.gain, "Pre-amplifier gain; chooses channel and amplifier that go with it");
+  AddWord(app, "--baseline-clamp", readout.isBaselineClamped, kSwitches, "Hold the level of dark pixels")
+      ->group(group);
+}
+
+void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
+{
+  const char* const group = "Cooling";
+  app.add_option("--temperature", cooling.targetCelsius, "Switch the cooler on and aim at C degrees Celsius")
+      ->check(CLI::Range(-273, 100).description(""))
+      ->type_name("C")
+      ->group(group);
+  const auto take = [&cooling](const std::string& text) {
+    cooling.isWaiting = true;
+    if (!text.empty() && !ParseSeconds(text, cooling.waitSeconds))
+      throw CLI::ValidationError("--wait-stable", "must be a time in s, above 0 and at most 1e6");
+  };
+  app.add_option_function<std::string>(
+         "--wait-stable", take,
+         "Wait until the temperature is stable, and fail when it is not within so many s; without SECONDS until "
+         "Ctrl-C")
+      ->expected(0, 1)
+      ->type_name("[SECONDS]")
+      ->group(group);
+  AddWord(app, "--fan", cooling.fan, kFans, "Speed of the fan")->group(group);
 }
 
 void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
@@ -92,7 +161,6 @@ void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
       ->group("Output");
   app.add_flag("--overwrite", options.overwrite, "Replace files that exist")->group("Output");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only")->group("Output");
-  app.add_flag("--json", options.isJson, "Print the counts as one line of JSON")->group("Output");
 }
 
 void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigger>& trigger, int& bits)
@@ -128,6 +196,9 @@ std::string Complete(TAcquireOptions& options)
     return "--accumulations: mode accumulate needs 2 or more";
   if (options.accumulations > 1 && mode != RunMode::Accumulate && mode != RunMode::Series)
     return "--accumulations: only modes accumulate and series add exposures up";
+  if (options.cooling.isWaiting && !options.cooling.targetCelsius) return "--wait-stable: needs --temperature";
+  if (options.readout.amplifier && options.readout.channel.value_or(0) != 0)
+    return "--amplifier: channel 0 has amplifiers to choose from";
   if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
   if (options.output.empty()) return options.format ? "--format: there is no --output" : "";
   if (options.format) return "";
@@ -160,17 +231,23 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
   app.footer(kFooter);
   app.require_subcommand(1);
   CLI::App* list = app.add_subcommand("list", "List the cameras that are attached");
-  CLI::App* describe = app.add_subcommand("describe", "Say what a camera is set to and can do");
+  CLI::App* info = app.add_subcommand("info", "Say what a camera is, what it is set to and what it can do");
+  // The name that info had before; scripts may use it.
+  CLI::App* describe = app.add_subcommand("describe", "The same as info")->group("");
   CLI::App* acquire = app.add_subcommand("acquire", "Take images and write them to a file");
-  for (CLI::App* command : {describe, acquire})
+  for (CLI::App* command : {info, describe, acquire})
     command->add_option("-c,--camera", options.camera, "Number of the camera, as list prints it")
         ->check(CLI::Range(0, 10'000).description(""))
         ->type_name("N")
         ->capture_default_str();
+  for (CLI::App* command : {list, info, describe, acquire})
+    command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
   AddRunOptions(*acquire, options.acquire, trigger, bits);
   std::optional<double> timeout;
   AddSeconds(*acquire, "--timeout", timeout, "Give up after this long without an image");
   AddImageAreaOptions(*acquire, options.acquire.area);
+  AddReadoutOptions(*acquire, options.acquire.readout);
+  AddCoolingOptions(*acquire, options.acquire.cooling);
   AddOutputOptions(*acquire, options.acquire);
   acquire->footer(kFooter);
   try {
@@ -178,7 +255,7 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
     options.acquire.noImageSeconds = timeout.value_or(0.0);
     options.acquire.trigger = trigger.value_or(Trigger::Internal);
     options.acquire.depth = static_cast<PixelDepth>(bits);
-    options.command = *list ? Command::List : *describe ? Command::Describe : Command::Acquire;
+    options.command = *list ? Command::List : *acquire ? Command::Acquire : Command::Info;
     const std::string wrong = *acquire ? Complete(options.acquire) : "";
     if (!wrong.empty()) throw CLI::ValidationError(wrong);
   } catch (const CLI::ParseError& error) {

@@ -17,6 +17,7 @@ namespace {
 constexpr long long kFitsBlock = 2880;
 constexpr long long kFitsCard = 80;
 constexpr long long kNoTicks = -1;
+constexpr std::size_t kLongestCardText = 68;
 constexpr int kFloatDigits = 7; // what the times, single precision in the library, are good for
 
 int ImageType(PixelDepth depth)
@@ -34,6 +35,11 @@ int MemoryType(PixelDepth depth)
 void WriteText(fitsfile* file, const char* key, const std::string& text, const char* comment, int* status)
 {
   fits_update_key_str(file, key, text.c_str(), comment, status);
+}
+
+std::optional<double> Times(const std::optional<double>& value, int factor)
+{
+  return value ? std::optional<double>(*value * factor) : std::nullopt;
 }
 
 // Puts a number into the NAXIS3 card of the first header.
@@ -104,7 +110,8 @@ bool TFitsCubeWriter::Open(const std::string& path, bool overwrite, const TImage
 void TFitsCubeWriter::WriteHeader(const TRunFacts& facts, int* status)
 {
   WriteText(file_, "CREATOR", facts.software, "program that wrote this file", status);
-  WriteText(file_, "INSTRUME", facts.camera, "camera", status);
+  WriteText(file_, "INSTRUME", facts.camera, "model of the camera", status);
+  if (facts.serial) fits_update_key_lng(file_, "SERIALNO", *facts.serial, "serial number of the camera", status);
   WriteText(file_, "DATE-OBS", facts.startUtc, "start of the run (host clock)", status);
   WriteText(file_, "TIMESYS", "UTC", "time system of DATE-OBS", status);
   fits_update_key_dbl(file_, "EXPTIME", facts.exposureSeconds, -kFloatDigits, "[s] exposure time", status);
@@ -113,7 +120,37 @@ void TFitsCubeWriter::WriteHeader(const TRunFacts& facts, int* status)
                         status);
   fits_update_key_lng(file_, "NACCUM", facts.accumulations, "exposures added up to one image", status);
   WriteText(file_, "TRIGGER", facts.trigger, "trigger mode", status);
+  WriteSensorFacts(facts, status);
   fits_write_date(file_, status);
+}
+
+void TFitsCubeWriter::WriteSensorFacts(const TRunFacts& facts, int* status)
+{
+  const auto number = [&](const char* key, const std::optional<double>& value, const char* comment) {
+    if (value) fits_update_key_dbl(file_, key, *value, -kFloatDigits, comment, status);
+  };
+  const TSensorArea& area = facts.area;
+  if (area.tracks.empty()) {
+    const std::string section = "[" + std::to_string(area.left) + ":" +
+                                std::to_string(area.left + area.width - 1) + "," + std::to_string(area.top) + ":" +
+                                std::to_string(area.top + area.height - 1) + "]";
+    WriteText(file_, "DETSEC", section, "part of the sensor, from 1, ends included", status);
+    fits_update_key_lng(file_, "XBINNING", area.horizontalBinning, "sensor pixels in a row of a pixel", status);
+    fits_update_key_lng(file_, "YBINNING", area.verticalBinning, "sensor rows of a pixel", status);
+  } else {
+    const std::string tracks = TracksText(area.tracks);
+    if (tracks.size() > kLongestCardText) fits_write_key_longwarn(file_, status);
+    fits_update_key_longstr(file_, "TRACKS", tracks.c_str(), "rows of the sensor; last is row 1", status);
+  }
+  number("XPIXSZ", Times(facts.pixelWidthMicrometres, area.horizontalBinning), "[um] width of a pixel");
+  if (area.tracks.empty())
+    number("YPIXSZ", Times(facts.pixelHeightMicrometres, area.verticalBinning), "[um] height of a pixel");
+  number("CCD-TEMP", facts.sensorCelsius, "[C] sensor at the start of the run");
+  number("SET-TEMP", facts.targetCelsius, "[C] what the cooler aims at");
+  number("GAIN", facts.readout.gainFactor, "factor of the pre-amplifier gain");
+  if (!facts.readout.gain.empty()) WriteText(file_, "GAINNAME", facts.readout.gain, "pre-amplifier gain", status);
+  if (!facts.readout.amplifier.empty()) WriteText(file_, "AMPNAME", facts.readout.amplifier, "amplifier", status);
+  number("READRATE", facts.readout.megahertz, "[MHz] horizontal shift speed");
 }
 
 void TFitsCubeWriter::WriteTotals(const TRunTotals& totals, int* status)

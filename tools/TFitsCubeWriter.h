@@ -31,6 +31,7 @@ private:
   bool Fail(const std::string& message);
   bool FailFits(int status);
   void WriteHeader(const TRunFacts& facts, int* status);
+  void WriteSensorFacts(const TRunFacts& facts, int* status);
   void WriteTotals(const TRunTotals& totals, int* status);
   void WriteFrameTable(int* status);
   void CutToWholeImages(const TRunTotals& totals);

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "tools/ICamera.h"
-#include "tools/Options.h"
 
 #include <string>
 
@@ -21,18 +20,9 @@ public:
 
   /// Opens the camera with this number in the list; false with Error() set.
   bool Open(int number);
-  /// Sets the camera up for a run; false with Error() set. Notes() then says where it did something else than
-  /// asked.
-  bool SetUp(const TAcquireOptions& options);
+  /// How many exposures make an image of the next run: the library counts timestamps in exposures.
+  void CountExposures(long perImage) { exposuresPerImage_ = perImage; }
   const std::string& Error() const { return error_; }
-  const std::string& Notes() const { return notes_; }
-
-  /// Times in force, in s; the cycle is from one exposure to the next.
-  double ExposureSeconds() const { return exposureSeconds_; }
-  double CycleSeconds() const { return cycleSeconds_; }
-  /// Sensor size in pixels; false with Error() set.
-  bool SensorSize(int& width, int& height);
-  double ReadoutSeconds() const;
 
   unsigned int Start() override;
   unsigned int Abort() override;
@@ -46,14 +36,9 @@ public:
 
 private:
   bool Check(const char* function, unsigned int code);
-  bool SetCounts(const TAcquireOptions& options);
-  bool SetTimes(const TAcquireOptions& options);
 
   std::string error_;
-  std::string notes_;
-  double exposureSeconds_ = 0.0;
-  double cycleSeconds_ = 0.0;
-  long accumulations_ = 1;
+  long exposuresPerImage_ = 1;
   bool isOpen_ = false;
 };
 

@@ -27,16 +27,26 @@ std::string ProgressText(const TProgress& progress, double imagesPerSecond)
   return line;
 }
 
+bool TProgressLine::IsDue(double seconds) const
+{
+  return seconds - lastSeconds_ >= (isTerminal_ ? kTerminalPause : kPlainPause);
+}
+
 void TProgressLine::Show(const TProgress& progress)
 {
-  const double passed = progress.seconds - lastSeconds_;
-  if (passed < (isTerminal_ ? kTerminalPause : kPlainPause)) return;
-  const double rate = static_cast<double>(progress.fetched - lastFetched_) / passed;
-  lastSeconds_ = progress.seconds;
+  if (!IsDue(progress.seconds)) return;
+  const double rate = static_cast<double>(progress.fetched - lastFetched_) / (progress.seconds - lastSeconds_);
   lastFetched_ = progress.fetched;
+  ShowText(ProgressText(progress, rate), progress.seconds);
+}
+
+void TProgressLine::ShowText(const std::string& text, double seconds)
+{
+  if (!IsDue(seconds)) return;
+  lastSeconds_ = seconds;
   isShown_ = true;
   // On a terminal: back to the start of the line, and clear what a longer text left behind.
-  std::fprintf(stream_, isTerminal_ ? "\r%s\x1b[K" : "%s\n", ProgressText(progress, rate).c_str());
+  std::fprintf(stream_, isTerminal_ ? "\r%s\x1b[K" : "%s\n", text.c_str());
   std::fflush(stream_);
 }
 
@@ -44,6 +54,8 @@ void TProgressLine::Finish()
 {
   if (isTerminal_ && isShown_) std::fputc('\n', stream_);
   isShown_ = false;
+  lastSeconds_ = 0.0;
+  lastFetched_ = 0;
 }
 
 } // namespace vxtool

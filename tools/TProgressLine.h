@@ -16,10 +16,14 @@ class TProgressLine final
 public:
   TProgressLine(std::FILE* stream, bool isTerminal) : stream_(stream), isTerminal_(isTerminal) {}
   void Show(const TProgress& progress);
-  /// Ends the line on a terminal, so that other output starts below it.
+  /// Shows a text of one's own. @param seconds  since the start of what it tells about
+  void ShowText(const std::string& text, double seconds);
+  /// Ends the line on a terminal, so that other output starts below it. What comes next counts its seconds anew.
   void Finish();
 
 private:
+  bool IsDue(double seconds) const;
+
   std::FILE* stream_;
   bool isTerminal_;
   bool isShown_ = false;

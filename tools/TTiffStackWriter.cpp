@@ -13,7 +13,8 @@ namespace vxtool {
 
 namespace {
 
-constexpr std::uint64_t kDataStart = 4096;         // room for header, first directory and its texts
+constexpr std::uint64_t kDataBlock = 4096;         // pixels begin at a multiple of it
+constexpr std::uint64_t kDescriptionRoom = 2048;   // for all but the list of tracks
 constexpr std::uint64_t kDirectoryAllowance = 512; // more than any directory but the first takes
 constexpr std::uint64_t kClassicLimit = 0xFFFF0000;
 constexpr int kFloatDigits = 7; // what the times, single precision in the library, are good for
@@ -107,6 +108,7 @@ bool TTiffStackWriter::Open(const std::string& path, bool overwrite, const TImag
 {
   shape_ = shape;
   facts_ = facts;
+  dataStart_ = (kDescriptionRoom + TracksText(facts.area.tracks).size() + kDataBlock) / kDataBlock * kDataBlock;
   const auto planned = static_cast<std::uint64_t>(facts.plannedImages);
   isBig_ = planned == 0 || planned > kClassicLimit / (shape.Bytes() + kDirectoryAllowance) - 1;
   if (!file_.Create(path, overwrite)) return Fail(file_.Error());
@@ -146,7 +148,7 @@ bool TTiffStackWriter::Close(const TRunTotals& totals)
 
 std::uint64_t TTiffStackWriter::ImageOffset(std::size_t page) const
 {
-  return kDataStart + page * shape_.Bytes();
+  return dataStart_ + page * shape_.Bytes();
 }
 
 std::uint64_t TTiffStackWriter::DirectoriesStart() const
@@ -169,7 +171,7 @@ bool TTiffStackWriter::WriteFirstPage(const std::string& description, std::uint6
   std::vector<std::byte> bytes = header.Take();
   const std::vector<std::byte> directory = MakeDirectory(start, 0, description, nextDirectory);
   bytes.insert(bytes.end(), directory.begin(), directory.end());
-  bytes.resize(kDataStart);
+  bytes.resize(dataStart_);
   return file_.WriteAt(0, bytes) || Fail(file_.Error());
 }
 
@@ -261,6 +263,18 @@ std::string TTiffStackWriter::Description(const TRunTotals* totals) const
   text << "camera=" << facts_.camera.substr(0, 200) << "\nstart_utc=" << facts_.startUtc
        << "\ntrigger=" << facts_.trigger << "\nexposure_s=" << facts_.exposureSeconds
        << "\naccumulations=" << facts_.accumulations << "\n";
+  const TSensorArea& area = facts_.area;
+  if (facts_.serial) text << "serial=" << *facts_.serial << "\n";
+  if (area.tracks.empty())
+    text << "area=" << area.left << "," << area.top << "," << area.width << "x" << area.height
+         << "\nbinning=" << area.horizontalBinning << "x" << area.verticalBinning << "\n";
+  else
+    text << "tracks=" << TracksText(area.tracks) << "\n";
+  if (facts_.sensorCelsius) text << "sensor_C=" << *facts_.sensorCelsius << "\n";
+  if (facts_.targetCelsius) text << "target_C=" << *facts_.targetCelsius << "\n";
+  if (!facts_.readout.gain.empty()) text << "gain=" << facts_.readout.gain.substr(0, 100) << "\n";
+  if (!facts_.readout.amplifier.empty()) text << "amplifier=" << facts_.readout.amplifier.substr(0, 100) << "\n";
+  if (facts_.readout.megahertz) text << "speed_MHz=" << *facts_.readout.megahertz << "\n";
   if (!labels_.empty()) text << SeriesLabel(labels_.front());
   if (totals) {
     text << "delivered=" << totals->delivered << "\noverwritten=" << totals->overwritten << "\nlost_in_camera=";

@@ -42,6 +42,7 @@ private:
   std::vector<TImageLabel> labels_; // of the images written
   std::string error_;
   bool isBig_ = false;
+  std::uint64_t dataStart_ = 0; // where the pixels begin: behind the first directory and its texts
 };
 
 } // namespace vxtool

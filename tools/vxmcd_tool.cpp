@@ -11,8 +11,8 @@ namespace {
 
 vxtool::ExitCode Run(const vxtool::TOptions& options)
 {
-  if (options.command == vxtool::Command::List) return vxtool::ListCameras();
-  if (options.command == vxtool::Command::Describe) return vxtool::DescribeCamera(options.camera);
+  if (options.command == vxtool::Command::List) return vxtool::ListCameras(options);
+  if (options.command == vxtool::Command::Info) return vxtool::ShowInfo(options);
   return vxtool::TAcquireCommand(options).Run();
 }
 

@@ -82,6 +82,14 @@ TFitsCube ReadFits(const std::string& path, PixelDepth depth)
   cube.dateObs = text;
   fits_read_key_dbl(file, "EXPTIME", &cube.exposure, nullptr, status);
   fits_read_key_lng(file, "NOVERWR", &cube.overwritten, nullptr, status);
+  fits_read_key_str(file, "INSTRUME", text, nullptr, status);
+  cube.camera = text;
+  int missing = *status;
+  fits_read_key_dbl(file, "CCD-TEMP", &cube.sensorCelsius, nullptr, &missing);
+  missing = *status;
+  char* tracks = nullptr;
+  if (fits_read_key_longstr(file, "TRACKS", &tracks, nullptr, &missing) == 0) cube.tracks = tracks;
+  fits_free_memory(tracks, &missing);
   char frames[] = "FRAMES";
   int noTable = *status;
   fits_movnam_hdu(file, BINARY_TBL, frames, 0, &noTable);

@@ -34,7 +34,10 @@ struct TFitsCube
   std::string dateObs;
   double exposure = 0.0;
   long overwritten = -2;
-  int status = 0; // of CFITSIO
+  std::string camera;
+  std::string tracks;           // "" when there are none
+  double sensorCelsius = 999.0; // 999 when it is not there
+  int status = 0;               // of CFITSIO
 };
 
 TFitsCube ReadFits(const std::string& path, PixelDepth depth);

@@ -209,6 +209,40 @@ TEST_F(ImageWriter, FitsOnFullDiskHoldsTheImagesThatFit)
   EXPECT_EQ(cube.overwritten, 3);
 }
 
+TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
+{
+  TRunFacts facts = TestFacts(2);
+  facts.readout.gain = "x10";
+  facts.readout.gainFactor = 10.0;
+  facts.sensorCelsius = -59.95;
+  facts.targetCelsius = -60.0;
+  for (int row = 10'000; row < 10'800; row += 2) facts.area.tracks.push_back({row, row + 1});
+  const std::string tracks = TracksText(facts.area.tracks);
+  ASSERT_GT(tracks.size(), 4096u);
+  const TImageShape shape = Shape(16, static_cast<int>(facts.area.tracks.size()), PixelDepth::Bits16);
+
+  TTiffStackWriter stack;
+  ASSERT_TRUE(stack.Open(directory_.File("tracks.tif"), false, shape, facts));
+  ASSERT_EQ(WriteImages(stack, shape, 2), 2);
+  ASSERT_TRUE(stack.Close(Totals(2, 0)));
+  const TTiffPages file = ReadTiff(directory_.File("tracks.tif"));
+  EXPECT_EQ(file.problem, "");
+  ASSERT_EQ(file.pages.size(), 2u);
+  EXPECT_EQ(file.pages[0], TestImage(shape, 1));
+  EXPECT_NE(file.firstDescription.find("\ntracks=" + tracks + "\nsensor_C=-59.95\n"), std::string::npos);
+  EXPECT_NE(file.firstDescription.find("\nlost_in_camera=0\n"), std::string::npos) << "the last line";
+
+  TFitsCubeWriter writer;
+  ASSERT_TRUE(writer.Open(directory_.File("tracks.fits"), false, shape, facts));
+  ASSERT_EQ(WriteImages(writer, shape, 2), 2);
+  ASSERT_TRUE(writer.Close(Totals(2, 0))) << writer.Error();
+  EXPECT_EQ(FitsVerify(directory_.File("tracks.fits")), "");
+  const TFitsCube cube = ReadFits(directory_.File("tracks.fits"), PixelDepth::Bits16);
+  EXPECT_EQ(cube.status, 0);
+  EXPECT_EQ(cube.tracks, tracks);
+  EXPECT_DOUBLE_EQ(cube.sensorCelsius, -59.95);
+}
+
 template <typename Writer>
 void ExpectGoodMannersWithFiles(const TemporaryDirectory& directory)
 {

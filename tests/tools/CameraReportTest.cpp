@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+// Arguments with several numbers, the description of a camera as text and JSON, and what JSON cannot hold.
+#include "tools/ArgumentForms.h"
+#include "tools/CapabilityWords.h"
+#include "tools/DescriptionReport.h"
+#include "tools/JsonText.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace vxtool {
+namespace {
+
+TEST(ArgumentForms, ReadTheirNumbersAndNothingElse)
+{
+  TImageAreaOptions area;
+  ASSERT_TRUE(ParseArea("101,201,640x480", area));
+  EXPECT_EQ(area.left, 101);
+  EXPECT_EQ(area.top, 201);
+  EXPECT_EQ(area.width, 640);
+  EXPECT_EQ(area.height, 480);
+  for (const char* wrong : {"", "1,2", "1,2,3", "1,2,3x", "1,2,3x4x", " 1,2,3x4", "1,2,3x0", "-1,2,3x4", "1;2,3x4",
+                            "1,2,3x99999999999"})
+    EXPECT_FALSE(ParseArea(wrong, area)) << wrong;
+  ASSERT_TRUE(ParseBinning("4x2", area));
+  EXPECT_EQ(area.horizontalBinning, 4);
+  EXPECT_EQ(area.verticalBinning, 2);
+  for (const char* wrong : {"", "2", "x2", "2x", "0x1", "2x2 "}) EXPECT_FALSE(ParseBinning(wrong, area)) << wrong;
+  ASSERT_TRUE(ParseTracks("1-10,20-20", area.tracks));
+  EXPECT_EQ(TracksText(area.tracks), "1-10,20-20");
+  for (const char* wrong : {"", "1", "1-", "2-1", "1-2,", ",1-2", "1-2;3-4", "0-4"})
+    EXPECT_FALSE(ParseTracks(wrong, area.tracks)) << wrong;
+  EXPECT_EQ(area.tracks.size(), 2u) << "wrong texts change nothing";
+  double seconds = 0.0;
+  EXPECT_TRUE(ParseSeconds("2.5e1", seconds));
+  EXPECT_EQ(seconds, 25.0);
+  for (const char* wrong : {"", "0", "-1", "nan", "inf", "1s", "1e7"}) EXPECT_FALSE(ParseSeconds(wrong, seconds));
+}
+
+TEST(CapabilityWords, NameKnownBitsAndKeepUnknownOnes)
+{
+  vxmcd_Capabilities record = {};
+  record.acquisitionModes = VXMCD_ACQUISITION_SINGLE | 0x40000000u | VXMCD_ACQUISITION_OVERLAP;
+  record.features = VXMCD_FEATURES_ALWAYS;
+  record.cameraType = 77;
+  const TCapabilityWords words = CapabilityWords(record);
+  EXPECT_EQ(words.acquisitionModes, (std::vector<std::string>{"single", "overlap", "0x40000000"}));
+  EXPECT_TRUE(words.features.empty());
+  EXPECT_EQ(words.cameraType, "77");
+}
+
+TEST(DescriptionReport, FailedCallsAreNamedAndTheRestIsThere)
+{
+  TCameraDescription description;
+  description.model = {"GetHeadModel", RC_SUCCESS, "a \"model\""};
+  description.pixelMicrometres = {"GetPixelSize", RC_NOT_SUPPORTED, std::nullopt};
+  description.temperature = {"GetTemperatureF", RC_SUCCESS, TTemperature{-19.9F, RC_TEMP_DRIFT}};
+  description.channelBits.push_back({"GetBitDepth", RC_P1_INVALID, std::nullopt});
+  description.gains.push_back({{"GetPreAmpGainText", RC_SUCCESS, "x1"},
+                               {"GetPreAmpGain", RC_SUCCESS, 1.0F},
+                               {"IsPreAmpGainAvailable", RC_SUCCESS, std::vector<TPair<int>>{{0, 1}}}});
+
+  const std::string text = DescriptionText(description);
+  EXPECT_NE(text.find("- (GetPixelSize: RC_NOT_SUPPORTED)\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("-19.9 C, RC_TEMP_DRIFT\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("x1, factor 1, with channel 0 amplifier 1\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("serial number          - (not told)\n"), std::string::npos) << text;
+
+  const Json json = Json::parse(DescriptionJson(description));
+  EXPECT_EQ(json["model"], "a \"model\"");
+  EXPECT_TRUE(json["pixel_um"].is_null());
+  EXPECT_EQ(json["temperature"]["celsius"], -19.9);
+  EXPECT_EQ(json["gains"][0]["with"][0]["amplifier"], 1);
+  ASSERT_EQ(json["errors"].size(), 2u) << json["errors"];
+  EXPECT_EQ(json["errors"][0]["function"], "GetPixelSize");
+  EXPECT_EQ(json["errors"][1]["code"], 20066);
+  EXPECT_EQ(json["errors"][1]["name"], "RC_P1_INVALID");
+}
+
+TEST(JsonText, HoldsWhateverItIsGiven)
+{
+  EXPECT_EQ(JsonNumber(0.1F), 0.1);
+  EXPECT_TRUE(JsonNumber(std::nanf("")).is_null());
+  EXPECT_TRUE(JsonNumber(-std::numeric_limits<float>::infinity()).is_null());
+  const std::string line = JsonLine({{"file", "a\xff\n.tif"}});
+  EXPECT_EQ(Json::parse(line)["file"], "a\xEF\xBF\xBD\n.tif");
+  EXPECT_EQ(line.find('\n'), line.size() - 1);
+}
+
+} // namespace
+} // namespace vxtool

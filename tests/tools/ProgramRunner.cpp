@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// Starts the tool, waits for it, reads what it said.
+#include "tests/tools/ProgramRunner.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <sys/wait.h>
+
+namespace vxtool {
+
+namespace {
+
+std::string ReadAll(const std::string& path)
+{
+  std::ifstream stream(path);
+  return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+}
+
+} // namespace
+
+void ToolProgram::Configure(const std::string& text)
+{
+  std::ofstream(Config()) << text;
+}
+
+pid_t ToolProgram::Launch(std::vector<std::string> arguments, rlim_t fileLimit)
+{
+  arguments.insert(arguments.begin(), VXTOOL_PROGRAM);
+  std::vector<char*> argv;
+  for (std::string& argument : arguments) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+  const std::string config = Config();
+  const std::string out = directory_.File("out");
+  const std::string err = directory_.File("err");
+  const pid_t child = fork();
+  if (child != 0) return child;
+  setenv("VXCORE_CONFIG", config.c_str(), 1);
+  dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
+  dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+  const rlimit limit = {fileLimit, fileLimit};
+  if (fileLimit != RLIM_INFINITY) setrlimit(RLIMIT_FSIZE, &limit);
+  execv(argv[0], argv.data());
+  _exit(127);
+}
+
+TOutcome ToolProgram::Finish(pid_t child)
+{
+  TOutcome outcome;
+  int status = 0;
+  waitpid(child, &status, 0);
+  outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + status;
+  outcome.output = ReadAll(directory_.File("out"));
+  outcome.errors = ReadAll(directory_.File("err"));
+  return outcome;
+}
+
+long ToolProgram::Count(const TOutcome& outcome, const std::string& key)
+{
+  const std::size_t at = outcome.output.find("\"" + key + "\":");
+  EXPECT_NE(at, std::string::npos) << key << " in " << outcome.output << outcome.errors;
+  return at == std::string::npos ? -1 : std::atol(outcome.output.c_str() + at + key.size() + 3);
+}
+
+void ToolProgram::ExpectCountsAddUp(const TOutcome& outcome)
+{
+  EXPECT_EQ(Count(outcome, "produced"), Count(outcome, "delivered") + Count(outcome, "lost_in_camera"));
+  EXPECT_EQ(Count(outcome, "delivered"),
+            Count(outcome, "fetched") + Count(outcome, "overwritten") + Count(outcome, "not_fetched"));
+  EXPECT_EQ(Count(outcome, "fetched"), Count(outcome, "written") + Count(outcome, "not_written"));
+}
+
+} // namespace vxtool

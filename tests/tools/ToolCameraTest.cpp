@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: MIT
+// The program with everything a camera can be set to: area, binning, tracks, readout, cooling, and what it tells.
+#include "tests/tools/FileReaders.h"
+#include "tests/tools/ProgramRunner.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+namespace vxtool {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Without noise and motion two runs see the same.
+constexpr const char* kStill =
+    "[Simulator]\nCameras = 1\n[Camera0]\nModel = TRELLIS CMOS\nScene = resolution chart\n"
+    "Noise = off\n[Camera0.SensorWidth]\nValue = 128\n[Camera0.SensorHeight]\nValue = 96\n";
+constexpr const char* kSquareBinning = "[Simulator]\nCameras = 1\n[Camera0]\nModel = TARN 1M\nScene = flat\n";
+constexpr const char* kFastCooling =
+    "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = dark\nTimeScale = 1000\n";
+
+class ToolCamera : public ToolProgram
+{
+protected:
+  // One image, as rows of pixels.
+  std::vector<std::vector<unsigned short>> Take(std::vector<std::string> options)
+  {
+    const std::string path = directory_.File("image.tif");
+    options.insert(options.begin(), {"acquire", "--overwrite", "--json", "--exposure", "0.001", "--output", path});
+    const TOutcome outcome = Run(options);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    if (outcome.exitCode != 0) return {};
+    account_ = nlohmann::json::parse(outcome.output);
+    const TTiffPages file = ReadTiff(path);
+    EXPECT_EQ(file.problem, "");
+    const auto width = account_["image_width"].get<std::size_t>();
+    const auto height = account_["image_height"].get<std::size_t>();
+    if (file.pages.size() != 1 || file.pages[0].size() != 2 * width * height) {
+      ADD_FAILURE() << "not one image of " << width << "x" << height;
+      return {};
+    }
+    std::vector<std::vector<unsigned short>> rows(height, std::vector<unsigned short>(width));
+    for (std::size_t row = 0; row < height; ++row)
+      std::memcpy(rows[row].data(), file.pages[0].data() + 2 * width * row, 2 * width);
+    return rows;
+  }
+
+  // What the program says when a setting does not work, with exit code 3.
+  std::string ErrorOf(std::vector<std::string> options)
+  {
+    options.insert(options.begin(), "acquire");
+    const TOutcome outcome = Run(options);
+    EXPECT_EQ(outcome.exitCode, 3) << outcome.output << outcome.errors;
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
+    return outcome.errors;
+  }
+
+  nlohmann::json account_;
+};
+
+TEST_F(ToolCamera, InfoTellsEverythingAboutEachModel)
+{
+  Configure("[Simulator]\nCameras = 3\n[Camera1]\nModel = RQ512_LX\n[Camera2]\nModel = TARN 1M\n");
+  const struct
+  {
+    const char* model;
+    int width;
+    std::size_t channels;
+    std::size_t gains;
+    double secondFactor;
+    double lowest;
+  } expected[] = {
+      {"TRELLIS CMOS", 2048, 2, 3, 2, -30}, {"RQ512_LX", 512, 1, 4, 2, -80}, {"TARN 1M", 1280, 1, 2, 4, -10}};
+  for (int camera = 0; camera < 3; ++camera) {
+    SCOPED_TRACE(expected[camera].model);
+    const TOutcome outcome = Run({"info", "--json", "--camera", std::to_string(camera)});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const auto info = nlohmann::json::parse(outcome.output);
+    EXPECT_EQ(info["model"], expected[camera].model);
+    EXPECT_EQ(info["sensor_pixels"]["width"], expected[camera].width);
+    EXPECT_EQ(info["channels"].size(), expected[camera].channels);
+    ASSERT_EQ(info["gains"].size(), expected[camera].gains);
+    EXPECT_NE(info["gains"][0]["text"], "");
+    EXPECT_EQ(info["gains"][1]["factor"], expected[camera].secondFactor);
+    EXPECT_EQ(info["target_range_celsius"]["minimum"], expected[camera].lowest);
+    EXPECT_EQ(info["temperature"]["state"], "RC_TEMP_OFF");
+    EXPECT_FALSE(info["speeds_mhz"].empty());
+  }
+  Configure("[Simulator]\nCameras = 1\n[Camera0]\nRemove = SensorTemperature, SensorCooling, PixelWidth\n");
+  const TOutcome poor = Run({"info"});
+  EXPECT_EQ(poor.exitCode, 0) << poor.errors;
+  for (const char* line : {"- (GetTemperatureF: RC_NOT_SUPPORTED)", "- (IsCoolerOn: RC_NOT_SUPPORTED)",
+                           "- (GetPixelSize: RC_NOT_SUPPORTED)"})
+    EXPECT_NE(poor.output.find(line), std::string::npos) << line << "\n" << poor.output;
+}
+
+TEST_F(ToolCamera, AreaIsThatPartOfTheWholeImage)
+{
+  Configure(kStill);
+  const auto whole = Take({});
+  const auto part = Take({"--area", "33,17,64x40"});
+  ASSERT_EQ(whole.size(), 96u);
+  ASSERT_EQ(part.size(), 40u);
+  ASSERT_EQ(part[0].size(), 64u);
+  for (std::size_t row = 0; row < part.size(); ++row) {
+    const auto begin = whole[row + 16].begin() + 32;
+    ASSERT_EQ(part[row], std::vector<unsigned short>(begin, begin + 64)) << "row " << row;
+  }
+  EXPECT_EQ(Take({"--left", "33", "--top", "17", "--width", "64", "--height", "40"}), part);
+  EXPECT_EQ(Take({"--top", "50"}).size(), 47u) << "to the edge of the sensor";
+}
+
+TEST_F(ToolCamera, TracksAreStripsCountedFromTheLastRow)
+{
+  Configure(kStill);
+  const auto tracks = Take({"--tracks", "1-16,49-56"});
+  ASSERT_EQ(tracks.size(), 2u);
+  ASSERT_EQ(tracks[0].size(), 128u);
+  const auto lowest = Take({"--area", "1,81,128x16", "--binning", "1x16"});
+  const auto higher = Take({"--area", "1,41,128x8", "--binning", "1x8"});
+  EXPECT_EQ(tracks[1], lowest.at(0)) << "the first track is the last row";
+  EXPECT_EQ(tracks[0], higher.at(0));
+  EXPECT_NE(tracks[0], tracks[1]);
+  EXPECT_NE(ErrorOf({"--tracks", "90-97"}).find("96 rows"), std::string::npos);
+  Configure(kSmallCamera);
+  EXPECT_NE(ErrorOf({"--tracks", "1-10"}).find("--tracks: SetRandomTracks: 20991 RC_NOT_SUPPORTED"),
+            std::string::npos);
+}
+
+TEST_F(ToolCamera, BinningIsInForceOrRefused)
+{
+  Configure(kSquareBinning);
+  const auto binned = Take({"--area", "101,101,200x100", "--binning", "4x4"});
+  EXPECT_EQ(binned.size(), 25u);
+  EXPECT_EQ(account_["area"]["horizontal_binning"], 4);
+  for (const char* binning : {"5x5", "4x2"}) // the camera bins by squares of 1, 2, 3, 4, 8
+    EXPECT_NE(ErrorOf({"--area", "101,101,200x100", "--binning", binning}).find("does not bin by"),
+              std::string::npos);
+  EXPECT_NE(ErrorOf({"--area", "1,1,2x2", "--binning", "3x3"}).find("larger than the area"), std::string::npos);
+  EXPECT_NE(ErrorOf({"--area", "1200,1,100x10"}).find("sensor of 1280x1024"), std::string::npos);
+
+  // A write that the library does not report as refused shows at the first image.
+  Configure(std::string(kSquareBinning) + "[Faults]\nRule = call VX_SetInt feature AOIWidth rc 5\n");
+  const TOutcome refused = Run({"acquire", "--area", "1,1,100x1024"});
+  EXPECT_EQ(refused.exitCode, 3);
+  EXPECT_NE(refused.errors.find("did not take the image area (GetImages: 20069"), std::string::npos)
+      << refused.errors;
+}
+
+TEST_F(ToolCamera, GainBringsItsChannelAndAmplifier)
+{
+  Configure(kStill);
+  Take({"--gain", "1", "--speed", "0", "--baseline-clamp", "off"});
+  EXPECT_EQ(account_["gain"], "Gain 2");
+  EXPECT_EQ(account_["amplifier"], "High Gain");
+  EXPECT_EQ(account_["speed_mhz"], 100.0);
+  const auto low = Take({"--amplifier", "0"}); // takes the camera out of its combined channel
+  EXPECT_EQ(account_["amplifier"], "Low Gain");
+  EXPECT_EQ(Take({"--gain", "0"}), low);
+  EXPECT_NE(Take({"--gain", "2"}), low);
+
+  Configure(kSmallCamera);
+  Take({"--gain", "3"});
+  EXPECT_EQ(account_["amplifier"], "High Gain");
+  EXPECT_NE(ErrorOf({"--gain", "3", "--amplifier", "0"}).find("gain 3 cannot be had"), std::string::npos);
+  EXPECT_NE(ErrorOf({"--gain", "4"}).find("20069 RC_P4_INVALID"), std::string::npos);
+  EXPECT_NE(ErrorOf({"--channel", "1"}).find("SetADChannel: 20066"), std::string::npos);
+  EXPECT_NE(ErrorOf({"--speed", "2"}).find("GetHSSpeed: 20068"), std::string::npos);
+  EXPECT_NE(ErrorOf({"--amplifier", "2"}).find("SetOutputAmplifier: 20066"), std::string::npos);
+}
+
+TEST_F(ToolCamera, CooledSeriesSaysSoInItsAccountAndItsFile)
+{
+  Configure(kFastCooling);
+  const std::string path = directory_.File("cold.fits");
+  const TOutcome outcome = Run({"acquire", "--temperature", "-60", "--wait-stable", "30", "--fan", "full",
+                                "--frames", "3", "--exposure", "0.001", "--json", "--output", path});
+  ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+  const auto account = nlohmann::json::parse(outcome.output);
+  EXPECT_NEAR(account["celsius_start"].get<double>(), -60.0, 0.6);
+  EXPECT_NEAR(account["celsius_end"].get<double>(), -60.0, 0.6);
+  EXPECT_EQ(account["celsius_target"], -60.0);
+  const TFitsCube cube = ReadFits(path, PixelDepth::Bits16);
+  EXPECT_NEAR(cube.sensorCelsius, -60.0, 0.6);
+  EXPECT_EQ(cube.camera, "RQ512_LX");
+}
+
+TEST_F(ToolCamera, CoolingThatDoesNotWorkEndsBeforeTheFirstImage)
+{
+  Configure(kFastCooling);
+  const std::string path = directory_.File("warm.tif");
+  const std::string late =
+      ErrorOf({"--temperature", "-80", "--fan", "off", "--wait-stable", "0.5", "--quiet", "--output", path});
+  EXPECT_NE(late.find("RC_TEMP_NOT_REACHED"), std::string::npos) << late;
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_NE(ErrorOf({"--temperature", "-81"}).find("takes -80 to 20 C"), std::string::npos);
+
+  Configure(std::string(kFastCooling) + "[Faults]\nRule = call VX_SetBool feature SensorCooling rc 5\n");
+  EXPECT_NE(ErrorOf({"--temperature", "-60"}).find("does not switch on"), std::string::npos);
+  Configure(std::string(kFastCooling) + "Remove = TargetSensorTemperature, FanSpeed\n");
+  EXPECT_NE(ErrorOf({"--temperature", "-60"}).find("20991 RC_NOT_SUPPORTED"), std::string::npos);
+  EXPECT_NE(ErrorOf({"--fan", "low"}).find("--fan: SetFanMode: 20991"), std::string::npos);
+}
+
+TEST_F(ToolCamera, InterruptEndsTheWaitForTheTemperature)
+{
+  Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\n");
+  const pid_t child =
+      Launch({"acquire", "--temperature", "-60", "--wait-stable", "--output", directory_.File("x.tif")});
+  const auto deadline = Clock::now() + std::chrono::seconds(20);
+  std::error_code ignored;
+  while (Clock::now() < deadline && std::filesystem::file_size(directory_.File("err"), ignored) + 1 <= 1)
+    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // until it shows that it is cooling
+  const auto interrupted = Clock::now();
+  kill(child, SIGINT);
+  const TOutcome outcome = Finish(child);
+  EXPECT_LT(std::chrono::duration<double>(Clock::now() - interrupted).count(), 1.0);
+  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("cooling: "), std::string::npos) << outcome.errors;
+  EXPECT_FALSE(std::filesystem::exists(directory_.File("x.tif")));
+}
+
+} // namespace
+} // namespace vxtool

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// Arguments that hold several numbers, read without tolerance: what follows a number must be what belongs there.
+#include "tools/ArgumentForms.h"
+
+#include <charconv>
+
+namespace vxtool {
+
+namespace {
+
+constexpr int kLargestSide = 65536;
+constexpr double kLongestSeconds = 1.0e6;
+
+/// Takes numbers and the signs between them off the front of a text.
+class TFormReader
+{
+public:
+  explicit TFormReader(const std::string& text) : next_(text.data()), end_(text.data() + text.size()) {}
+
+  bool Number(int& number)
+  {
+    const auto [rest, error] = std::from_chars(next_, end_, number);
+    next_ = rest;
+    return error == std::errc{} && number >= 1 && number <= kLargestSide;
+  }
+  bool Sign(char sign)
+  {
+    if (IsAtEnd() || *next_ != sign) return false;
+    ++next_;
+    return true;
+  }
+  bool IsAtEnd() const { return next_ == end_; }
+
+private:
+  const char* next_;
+  const char* end_;
+};
+
+} // namespace
+
+bool ParseArea(const std::string& text, TImageAreaOptions& area)
+{
+  TFormReader reader(text);
+  int left = 0;
+  int top = 0;
+  int width = 0;
+  int height = 0;
+  if (!reader.Number(left) || !reader.Sign(',') || !reader.Number(top) || !reader.Sign(',') ||
+      !reader.Number(width) || !reader.Sign('x') || !reader.Number(height) || !reader.IsAtEnd())
+    return false;
+  area.left = left;
+  area.top = top;
+  area.width = width;
+  area.height = height;
+  return true;
+}
+
+bool ParseBinning(const std::string& text, TImageAreaOptions& area)
+{
+  TFormReader reader(text);
+  int horizontal = 0;
+  int vertical = 0;
+  if (!reader.Number(horizontal) || !reader.Sign('x') || !reader.Number(vertical) || !reader.IsAtEnd())
+    return false;
+  area.horizontalBinning = horizontal;
+  area.verticalBinning = vertical;
+  return true;
+}
+
+bool ParseTracks(const std::string& text, std::vector<TTrack>& tracks)
+{
+  TFormReader reader(text);
+  std::vector<TTrack> read;
+  do {
+    TTrack track;
+    if (!reader.Number(track.first) || !reader.Sign('-') || !reader.Number(track.last) || track.last < track.first)
+      return false;
+    read.push_back(track);
+  } while (reader.Sign(','));
+  if (!reader.IsAtEnd()) return false;
+  tracks = read;
+  return true;
+}
+
+bool ParseSeconds(const std::string& text, double& seconds)
+{
+  double value = 0.0;
+  const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  const bool isNumber = error == std::errc{} && rest == text.data() + text.size();
+  if (!isNumber || !(value > 0.0 && value <= kLongestSeconds)) return false;
+  seconds = value;
+  return true;
+}
+
+std::string TracksText(const std::vector<TTrack>& tracks)
+{
+  std::string text;
+  for (const TTrack& track : tracks)
+    text += (text.empty() ? "" : ",") + std::to_string(track.first) + "-" + std::to_string(track.last);
+  return text;
+}
+
+} // namespace vxtool

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// Arguments that hold several numbers.
+#pragma once
+
+#include "tools/Options.h"
+
+#include <string>
+
+namespace vxtool {
+
+/// "LEFT,TOP,WIDTHxHEIGHT", for example "101,201,640x480". False for any other text, with nothing written; so do
+/// all functions here.
+bool ParseArea(const std::string& text, TImageAreaOptions& area);
+/// "HxV", for example "2x2".
+bool ParseBinning(const std::string& text, TImageAreaOptions& area);
+/// "FIRST-LAST,FIRST-LAST,...", rows from 1.
+bool ParseTracks(const std::string& text, std::vector<TTrack>& tracks);
+/// A time in s, above 0 and at most 1e6.
+bool ParseSeconds(const std::string& text, double& seconds);
+
+} // namespace vxtool

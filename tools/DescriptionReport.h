@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// What a camera has told, for a person and for scripts.
+#pragma once
+
+#include "tools/CameraDescription.h"
+
+#include <string>
+
+namespace vxtool {
+
+/// A line for each thing, with its line feed. A question that failed shows the name of its result code.
+std::string DescriptionText(const TCameraDescription& description);
+/// One line of JSON. What could not be told is null; "errors" lists the calls that failed.
+std::string DescriptionJson(const TCameraDescription& description);
+
+} // namespace vxtool

@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+// Settings in the order in which one may change what another can be: cooling, readout, area, counts, times.
+#include "tools/TCameraSetUp.h"
+
+#include "tools/CameraDescription.h"
+#include "tools/ResultText.h"
+
+#include <climits>
+#include <cmath>
+
+namespace vxtool {
+
+namespace {
+
+constexpr int kReadModeTracks = 2;
+constexpr int kReadModeImage = 4;
+constexpr double kNoticeable = 0.01; // a setting that is off by more than this part is worth a note
+
+unsigned int WriteArea(const TSensorArea& area)
+{
+  return SetImage(area.horizontalBinning, area.verticalBinning, area.left, area.left + area.width - 1, area.top,
+                  area.top + area.height - 1);
+}
+
+std::string SizeText(int width, int height)
+{
+  return std::to_string(width) + "x" + std::to_string(height);
+}
+
+} // namespace
+
+bool TCameraSetUp::Fail(const std::string& message)
+{
+  error_ = message;
+  return false;
+}
+
+bool TCameraSetUp::Check(const char* option, const char* function, unsigned int code)
+{
+  if (code == RC_SUCCESS) return true;
+  const std::string name = option;
+  return Fail((name.empty() ? "" : name + ": ") + ResultText(function, code));
+}
+
+bool TCameraSetUp::Apply(const TAcquireOptions& options)
+{
+  return SetCooling(options.cooling) && SetReadout(options.readout) && SetArea(options.area) &&
+         SetTracks(options.area) &&
+         Check("--trigger", "SetTriggerMode", SetTriggerMode(static_cast<int>(options.trigger))) &&
+         SetCounts(options) &&
+         Check("--mode", "SetAcquisitionMode",
+               SetAcquisitionMode(static_cast<int>(options.mode.value_or(RunMode::Single)))) &&
+         (!options.isOverlapped || Check("--overlap", "SetOverlapMode", SetOverlapMode(1))) && SetTimes(options);
+}
+
+bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
+{
+  if (cooling.fan && !Check("--fan", "SetFanMode", SetFanMode(static_cast<int>(*cooling.fan)))) return false;
+  if (!cooling.targetCelsius) return true;
+  int lowest = 0;
+  int highest = 0;
+  if (!Check("--temperature", "GetTemperatureRange", GetTemperatureRange(&lowest, &highest))) return false;
+  if (*cooling.targetCelsius < lowest || *cooling.targetCelsius > highest)
+    return Fail("--temperature: this camera takes " + std::to_string(lowest) + " to " + std::to_string(highest) +
+                " C");
+  if (!Check("--temperature", "SetTemperature", SetTemperature(*cooling.targetCelsius)) ||
+      !Check("--temperature", "CoolerON", CoolerON()))
+    return false;
+  int isOn = 0; // CoolerON() succeeds whatever the camera answers
+  if (!Check("--temperature", "IsCoolerOn", IsCoolerOn(&isOn))) return false;
+  return isOn == 1 || Fail("--temperature: the cooler does not switch on");
+}
+
+bool TCameraSetUp::SetReadout(TReadoutOptions readout)
+{
+  if (readout.gain && !ChooseChannelForGain(readout)) return false;
+  // A single amplifier is in use in channel 0 only: in the other one the choice would have no effect.
+  if (readout.amplifier && !readout.channel) readout.channel = 0;
+  if (readout.amplifier && !Check("--amplifier", "SetOutputAmplifier", SetOutputAmplifier(*readout.amplifier)))
+    return false;
+  if (readout.channel && !Check("--channel", "SetADChannel", SetADChannel(*readout.channel))) return false;
+  if (readout.speed) {
+    const int amplifier = readout.amplifier.value_or(0);
+    float megahertz = 0.0F;
+    if (!Check("--speed", "GetHSSpeed",
+               GetHSSpeed(readout.channel.value_or(0), amplifier, *readout.speed, &megahertz)) ||
+        !Check("--speed", "SetHSSpeed", SetHSSpeed(amplifier, *readout.speed)))
+      return false;
+    readout_.megahertz = megahertz;
+  }
+  if (readout.gain) {
+    if (!Check("--gain", "SetPreAmpGain", SetPreAmpGain(*readout.gain))) return false;
+    readout_.gain = AskGainText(*readout.gain).value.value_or("");
+    readout_.gainFactor = AskGainFactor(*readout.gain).value;
+  }
+  if (readout.channel || readout.amplifier)
+    readout_.amplifier = AskAmplifier(readout.amplifier.value_or(0)).value.value_or("");
+  return !readout.isBaselineClamped ||
+         Check("--baseline-clamp", "SetBaselineClamp", SetBaselineClamp(*readout.isBaselineClamped ? 1 : 0));
+}
+
+bool TCameraSetUp::ChooseChannelForGain(TReadoutOptions& readout)
+{
+  int channels = 0;
+  int amplifiers = 0;
+  if (!Check("--gain", "GetNumberADChannels", GetNumberADChannels(&channels)) ||
+      !Check("--gain", "GetNumberAmp", GetNumberAmp(&amplifiers)))
+    return false;
+  const int lastChannel = readout.channel.value_or(channels - 1);
+  const int lastAmplifier = readout.amplifier.value_or(amplifiers - 1);
+  for (int channel = readout.channel.value_or(0); channel <= lastChannel; ++channel) {
+    for (int amplifier = readout.amplifier.value_or(0); amplifier <= lastAmplifier; ++amplifier) {
+      int isAvailable = 0;
+      const unsigned int code =
+          IsPreAmpGainAvailable(channel, amplifier, readout.speed.value_or(0), *readout.gain, &isAvailable);
+      if (!Check("--gain", "IsPreAmpGainAvailable", code)) return false;
+      if (isAvailable == 0) continue;
+      readout.channel = channel;
+      readout.amplifier = amplifier;
+      return true;
+    }
+  }
+  return Fail("--gain: gain " + std::to_string(*readout.gain) +
+              " cannot be had with this channel and amplifier; see vxmcd info");
+}
+
+bool TCameraSetUp::SetArea(const TImageAreaOptions& area)
+{
+  int sensorWidth = 0;
+  int sensorHeight = 0;
+  if (!Check("--area", "GetDetector", GetDetector(&sensorWidth, &sensorHeight))) return false;
+  area_.left = area.left.value_or(1);
+  area_.top = area.top.value_or(1);
+  area_.width = area.width.value_or(sensorWidth + 1 - area_.left);
+  area_.height = area.height.value_or(sensorHeight + 1 - area_.top);
+  area_.horizontalBinning = area.horizontalBinning;
+  area_.verticalBinning = area.verticalBinning;
+  if (area_.width < 1 || area_.height < 1 || area_.left + area_.width - 1 > sensorWidth ||
+      area_.top + area_.height - 1 > sensorHeight)
+    return Fail("--area: does not fit on the sensor of " + SizeText(sensorWidth, sensorHeight) + " pixels");
+  if (ImageWidth() < 1 || ImageHeight() < 1) return Fail("--binning: is larger than the area");
+  if (!area.tracks.empty()) return true;
+  if (!Check("", "SetReadMode", SetReadMode(kReadModeImage))) return false;
+  const TSensorArea wanted = area_;
+  if (wanted.horizontalBinning > 1 || wanted.verticalBinning > 1) {
+    area_.left = area_.top = 1;
+    area_.width = sensorWidth;
+    area_.height = sensorHeight;
+    if (!IsBinningInForce())
+      return Fail("--binning: the camera does not bin by " +
+                  SizeText(area_.horizontalBinning, area_.verticalBinning));
+    area_ = wanted;
+  }
+  return Check("--area", "SetImage", WriteArea(area_));
+}
+
+// SetImage() does not report a binning that the camera does not have, and nothing tells the binning in force. So
+// it is found out: with a binning of b the whole sensor fits, and one binned pixel more does not.
+bool TCameraSetUp::IsBinningInForce() const
+{
+  TSensorArea wider = area_;
+  TSensorArea higher = area_;
+  wider.width += wider.horizontalBinning;
+  higher.height += higher.verticalBinning;
+  return WriteArea(wider) == RC_P4_INVALID && WriteArea(higher) == RC_P5_INVALID && WriteArea(area_) == RC_SUCCESS;
+}
+
+bool TCameraSetUp::SetTracks(const TImageAreaOptions& area)
+{
+  if (area.tracks.empty()) return true;
+  area_.tracks = area.tracks;
+  std::vector<int> rows;
+  for (const TTrack& track : area.tracks) {
+    if (track.last > area_.height)
+      return Fail("--tracks: the sensor has " + std::to_string(area_.height) + " rows");
+    rows.push_back(track.first);
+    rows.push_back(track.last);
+  }
+  return Check("--tracks", "SetRandomTracks",
+               SetRandomTracks(static_cast<int>(area.tracks.size()), rows.data())) &&
+         Check("--tracks", "SetReadMode", SetReadMode(kReadModeTracks));
+}
+
+int TCameraSetUp::ImageWidth() const
+{
+  return area_.width / area_.horizontalBinning;
+}
+
+int TCameraSetUp::ImageHeight() const
+{
+  return area_.tracks.empty() ? area_.height / area_.verticalBinning : static_cast<int>(area_.tracks.size());
+}
+
+bool TCameraSetUp::SetCounts(const TAcquireOptions& options)
+{
+  const unsigned int code = SetNumberAccumulations(options.accumulations);
+  const bool isPlain = options.accumulations == 1 && code == RC_NOT_SUPPORTED;
+  if (!isPlain && !Check("--accumulations", "SetNumberAccumulations", code)) return false;
+  if (options.mode != RunMode::Series) return true;
+  const long frames = options.frames.value_or(1);
+  if (frames > INT_MAX) return Check("--frames", "SetNumberKinetics", RC_P1_INVALID);
+  return Check("--frames", "SetNumberKinetics", SetNumberKinetics(static_cast<int>(frames)));
+}
+
+bool TCameraSetUp::SetTimes(const TAcquireOptions& options)
+{
+  if (options.exposureSeconds &&
+      !Check("--exposure", "SetExposureTime", SetExposureTime(static_cast<float>(*options.exposureSeconds))))
+    return false;
+  const bool isBurst = options.mode == RunMode::Accumulate;
+  if (options.cycleSeconds) {
+    const auto seconds = static_cast<float>(*options.cycleSeconds);
+    const bool isSet = isBurst ? Check("--cycle", "SetAccumulationCycleTime", SetAccumulationCycleTime(seconds))
+                               : Check("--cycle", "SetKineticCycleTime", SetKineticCycleTime(seconds));
+    if (!isSet) return false;
+  }
+  float exposure = 0.0F;
+  float accumulate = 0.0F;
+  float kinetic = 0.0F;
+  if (!Check("", "GetAcquisitionTimings", GetAcquisitionTimings(&exposure, &accumulate, &kinetic))) return false;
+  exposureSeconds_ = exposure;
+  cycleSeconds_ = isBurst ? accumulate : kinetic;
+  const auto note = [this](const char* what, const std::optional<double>& asked, double got) {
+    if (asked && std::fabs(got - *asked) > kNoticeable * *asked)
+      notes_ += std::string(what) + " is " + std::to_string(got) + " s: the camera's nearest to what was asked\n";
+  };
+  note("the exposure", options.exposureSeconds, exposureSeconds_);
+  if (options.trigger == Trigger::Internal) note("the cycle", options.cycleSeconds, cycleSeconds_);
+  return true;
+}
+
+double TCameraSetUp::ReadoutSeconds() const
+{
+  float seconds = 0.0F;
+  return GetReadOutTime(&seconds) == RC_SUCCESS ? static_cast<double>(seconds) : 0.0;
+}
+
+} // namespace vxtool

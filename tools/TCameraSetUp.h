@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// Sets an open camera up for a run.
+#pragma once
+
+#include "tools/Options.h"
+
+#include <string>
+
+namespace vxtool {
+
+/// Carries the options of a run out on the open camera, and checks afterwards what the library does not report.
+/// Remembers what is in force. One thread at a time; for one use.
+class TCameraSetUp final
+{
+public:
+  /// False with Error() set: one line that names the option, what the library said and what can be tried.
+  bool Apply(const TAcquireOptions& options);
+  const std::string& Error() const { return error_; }
+  /// Where the camera does something else than asked, a line each.
+  const std::string& Notes() const { return notes_; }
+
+  /// Size of an image in pixels.
+  int ImageWidth() const;
+  int ImageHeight() const;
+  const TSensorArea& Area() const { return area_; }
+  const TReadout& Readout() const { return readout_; }
+  /// Times in force, in s; the cycle is from one exposure to the next.
+  double ExposureSeconds() const { return exposureSeconds_; }
+  double CycleSeconds() const { return cycleSeconds_; }
+  double ReadoutSeconds() const;
+
+private:
+  bool Check(const char* option, const char* function, unsigned int code);
+  bool Fail(const std::string& message);
+  bool SetCooling(const TCoolingOptions& cooling);
+  bool SetReadout(TReadoutOptions readout);
+  bool ChooseChannelForGain(TReadoutOptions& readout);
+  bool SetArea(const TImageAreaOptions& area);
+  bool IsBinningInForce() const;
+  bool SetTracks(const TImageAreaOptions& area);
+  bool SetCounts(const TAcquireOptions& options);
+  bool SetTimes(const TAcquireOptions& options);
+
+  std::string error_;
+  std::string notes_;
+  TSensorArea area_;
+  TReadout readout_;
+  double exposureSeconds_ = 0.0;
+  double cycleSeconds_ = 0.0;
+};
+
+} // namespace vxtool
