@@ -61,6 +61,26 @@ void TCircularBuffer::Delete()
   slab_.reset();
 }
 
+void TCircularBuffer::KeepMemory()
+{
+  const std::lock_guard lock(slabMutex_);
+  if (slab_ && (kept_.empty() || kept_.back() != slab_)) kept_.push_back(slab_);
+}
+
+void TCircularBuffer::LetGoOfMemory()
+{
+  const std::lock_guard lock(slabMutex_);
+  kept_.clear();
+}
+
+std::vector<std::shared_ptr<TFrameSlab>> TCircularBuffer::HoldMemory() const
+{
+  const std::lock_guard lock(slabMutex_);
+  std::vector<std::shared_ptr<TFrameSlab>> memory = kept_;
+  memory.push_back(slab_);
+  return memory;
+}
+
 void TCircularBuffer::Reset()
 {
   {

@@ -33,6 +33,12 @@ public:
   int Allocate(std::uint64_t frameSizeBytes, std::uint64_t count);
   /// Frees the slots. Counter, flags and event stay as they are.
   void Delete();
+  /// The camera may go on writing into the slots of now, whatever becomes of the ring: their memory stays until
+  /// LetGoOfMemory().
+  void KeepMemory();
+  void LetGoOfMemory();
+  /// Everything that a camera may still be writing into, for whoever closes the camera.
+  std::vector<std::shared_ptr<TFrameSlab>> HoldMemory() const;
   /// Begins the numbering of a run: no images, no flags, no news. Between Allocate() and here the images of the
   /// run before, whose numbers still stand, are not there.
   void Reset();
@@ -78,9 +84,10 @@ private:
   void TellBadNews(std::atomic<bool>& flag);
   unsigned char* FindImage(std::uint64_t image) const;
 
-  /// Guards slab_ against replacement, holds_ and staleUpTo_; the slab's own tables need no lock.
+  /// Guards slab_ against replacement, kept_, holds_ and staleUpTo_; the slab's own tables need no lock.
   mutable std::mutex slabMutex_;
   std::shared_ptr<TFrameSlab> slab_;
+  std::vector<std::shared_ptr<TFrameSlab>> kept_;
   std::atomic<std::uint64_t> imageCounter_{0};
   QuorinUtility::TQuorinEvent changeEvent_;
   /// Orders changes of the flags with the event that announces them, so that a new run begins without old news.

@@ -55,12 +55,11 @@ TVxmcdAcquisitionManager::TVxmcdAcquisitionManager(QuorinUtility::TQuorinCritica
 }
 
 // The thread goes before anything it uses, and slots that the camera may still hold are taken back before they are
-// freed.
+// The thread goes before anything it uses.
 TVxmcdAcquisitionManager::~TVxmcdAcquisitionManager()
 {
   Close();
   thread_.reset();
-  if (circularBuffer_.GetBufferCount() > 0) VX_Flush(CurrentCoreHandle());
 }
 
 int TVxmcdAcquisitionManager::GetCircularBufferSize() const
@@ -137,7 +136,7 @@ bool TVxmcdAcquisitionManager::StopEarlierRun()
     const TAutoQuorinCriticalSection lock(cameraLock_);
     VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
   }
-  VX_Flush(CurrentCoreHandle());
+  Flush(CurrentCoreHandle());
   return true;
 }
 
@@ -198,9 +197,18 @@ bool TVxmcdAcquisitionManager::StartCamera()
   return false;
 }
 
+// Takes every slot back from the camera. One that does not answer may go on writing into them.
+void TVxmcdAcquisitionManager::Flush(int coreHandle)
+{
+  if (VX_Flush(coreHandle) == VX_SUCCESS)
+    circularBuffer_.LetGoOfMemory();
+  else
+    circularBuffer_.KeepMemory();
+}
+
 void TVxmcdAcquisitionManager::DropFrames(int coreHandle)
 {
-  VX_Flush(coreHandle);
+  Flush(coreHandle);
   circularBuffer_.Delete();
 }
 
@@ -228,7 +236,7 @@ int TVxmcdAcquisitionManager::Stop()
 
   thread_->Stop();
   thread_->WaitForStop(kStopTimeoutMs);
-  VX_Flush(CurrentCoreHandle());
+  Flush(CurrentCoreHandle());
   Drain();
   return kDone;
 }

@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace QuorinUtility {
 class TQuorinCriticalSection;
@@ -53,7 +54,7 @@ public:
   };
 
   explicit TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock);
-  /// Closes it, ends the run and takes every slot back from the camera.
+  /// Closes it and ends the run. The camera may still hold slots: see HoldMemory().
   ~TVxmcdAcquisitionManager();
   TVxmcdAcquisitionManager(const TVxmcdAcquisitionManager&) = delete;
   TVxmcdAcquisitionManager& operator=(const TVxmcdAcquisitionManager&) = delete;
@@ -99,6 +100,9 @@ public:
 
   TUseCounter& Uses() { return uses_; }
 
+  /// The memory that the camera may still be writing into. It must outlive the object until the camera is closed.
+  std::vector<std::shared_ptr<TFrameSlab>> HoldMemory() const { return circularBuffer_.HoldMemory(); }
+
 private:
   int StartRun();
   bool StopEarlierRun();
@@ -107,6 +111,7 @@ private:
   bool PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount, std::int64_t loopCount);
   bool AllocateAndQueue(std::int64_t frameSizeBytes, std::int64_t slots);
   bool StartCamera();
+  void Flush(int coreHandle);
   void DropFrames() { DropFrames(CurrentCoreHandle()); }
   void DropFrames(int coreHandle);
   void Drain();

@@ -70,4 +70,5 @@ struct TCamera
   TDispatchQueue* eventDispatchQueue = nullptr;
   TDispatchQueue* statusDispatchQueue = nullptr;
   QuorinUtility::TQuorinCriticalSection* cameraLock = nullptr;
+  bool holdsLibrary = false; ///< whether the feature library is to be finalised for this camera
 };

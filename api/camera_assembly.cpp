@@ -76,10 +76,14 @@ TCamera AssembleCamera(int coreHandle)
   return camera;
 }
 
-void DismantleCamera(TCamera& camera)
+std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera)
 {
   TVxmcdAcquisitionManager* manager = CloseCameraToNewUses(camera);
-  if (manager) manager->Close();
+  std::vector<std::shared_ptr<TFrameSlab>> memory;
+  if (manager) {
+    manager->Close();
+    memory = manager->HoldMemory();
+  }
 
   Destroy(camera.preAmpGainModel);
   Destroy(camera.baselineClamp);
@@ -110,4 +114,5 @@ void DismantleCamera(TCamera& camera)
   Destroy(camera.acquisitionEventHandler);
   Destroy(camera.statusDispatchRoutine);
   Destroy(camera.eventDispatchRoutine);
+  return memory;
 }

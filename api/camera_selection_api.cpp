@@ -2,6 +2,7 @@
 // Choosing a camera.
 #include "api/camera_registry.h"
 #include "api/exports.h"
+#include "api/TLibraryUse.h"
 #include "features/current_core_handle.h"
 #include "features/feature_names.h"
 #include "vxcore.h"
@@ -18,11 +19,9 @@ bool IsHandleInRange(long handle, long count)
 unsigned int GetAvailableCameras(long* count)
 {
   if (IsForkedChild()) return RC_NOT_SUPPORTED; // the feature library's locks may be held by threads of the parent
+  const TLibraryUse library;
   long long deviceCount = 0;
-  VX_InitialiseLibrary();
-  const int code = VX_GetInt(VX_HANDLE_SYSTEM, Feature::kDeviceCount, &deviceCount);
-  VX_FinaliseLibrary();
-  if (code != VX_SUCCESS) return RC_NOT_SUPPORTED;
+  if (VX_GetInt(VX_HANDLE_SYSTEM, Feature::kDeviceCount, &deviceCount) != VX_SUCCESS) return RC_NOT_SUPPORTED;
   if (count) *count = static_cast<long>(deviceCount);
   return RC_SUCCESS;
 }

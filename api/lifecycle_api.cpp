@@ -2,6 +2,7 @@
 // Opening and closing a camera, loading and unloading the library.
 #include "api/camera_assembly.h"
 #include "api/camera_registry.h"
+#include "api/TLibraryUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "utility/TAutoQuorinCriticalSection.h"
@@ -58,15 +59,14 @@ unsigned int Initialize(char* /*directory*/)
   if (IsForkedChild()) return RC_NO_CAMERA;
   if (IsCurrentCameraOpen()) return RC_SUCCESS;
 
-  VX_InitialiseLibrary();
+  TLibraryUse library;
   RaiseInitialiseCounter();
   const int coreHandle = OpenCurrentDevice();
-  if (coreHandle == VX_HANDLE_NONE) {
-    VX_FinaliseLibrary();
-    return RC_NO_CAMERA;
-  }
+  if (coreHandle == VX_HANDLE_NONE) return RC_NO_CAMERA;
 
-  RegisterCurrentCamera(AssembleCamera(coreHandle));
+  TCamera camera = AssembleCamera(coreHandle);
+  camera.holdsLibrary = library.Release();
+  RegisterCurrentCamera(camera);
   SetMetaData(1);
   createAcquisitionEvents();
   return RC_SUCCESS;
@@ -83,10 +83,11 @@ unsigned int ShutDown(void)
 
   AbortAcquisition();
   SetMetaData(0);
-  DismantleCamera(*camera);
+  const bool holdsLibrary = camera->holdsLibrary;
+  const auto memory = DismantleCamera(*camera);
   VX_Close(static_cast<int>(camera->cameraHandle));
   UnregisterCurrentCamera();
-  VX_FinaliseLibrary();
+  if (holdsLibrary) VX_FinaliseLibrary();
   return RC_SUCCESS;
 }
 

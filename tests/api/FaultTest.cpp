@@ -1,0 +1,626 @@
+// SPDX-License-Identifier: MIT
+// What programs see of a camera that fails in one particular way.
+#include "tests/support/CounterCameraTest.h"
+#include "tests/support/DocumentedCodes.h"
+#include "tests/support/ProcessFigures.h"
+#include "tests/support/Sanitizers.h"
+
+#include <algorithm>
+#include <chrono>
+#include <numeric>
+
+namespace {
+
+constexpr int kWaitMs = 10000; // longer than any limit that is waited for here
+
+std::vector<std::uint64_t> FramesFrom1(std::size_t count)
+{
+  std::vector<std::uint64_t> frames(count);
+  std::iota(frames.begin(), frames.end(), std::uint64_t{1});
+  return frames;
+}
+
+double SecondsSince(std::chrono::steady_clock::time_point start)
+{
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+} // namespace
+
+class Fault : public CounterCameraTest
+{
+protected:
+  /// A camera that is present only when the plan lets it be.
+  static void ExpectNoCamera()
+  {
+    EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
+    EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED);
+    EXPECT_EQ(VXSIM_GetOpenCount(), 0);
+    VXSIM_ClearFaults();
+  }
+
+  static void ExpectOpensAndRuns()
+  {
+    ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+    ExpectCleanRun();
+    ASSERT_EQ(ShutDown(), RC_SUCCESS);
+    EXPECT_EQ(VXSIM_GetInitialiseCount(), 0);
+  }
+
+  /// A refused start takes every buffer back and leaves no image.
+  static void ExpectStartRefused()
+  {
+    EXPECT_EQ(StartAcquisition(), RC_FRAME_UNAVAILABLE);
+    EXPECT_EQ(Statistics().buffersHeld, 0U);
+    EXPECT_EQ(ImageCount(), 0);
+    EXPECT_EQ(Status(), RC_IDLE);
+  }
+
+  /// Waits until the run has failed: a blocked wait must come back, and later ones at once.
+  static void ExpectRunFails(int status)
+  {
+    while (WaitForAcquisitionTimeOut(kWaitMs) == RC_SUCCESS) {
+    }
+    EXPECT_TRUE(Eventually([] { return Status() != RC_ACQUIRING; }));
+    EXPECT_EQ(Status(), status);
+    EXPECT_EQ(WaitForAcquisition(), RC_NO_NEW_DATA);
+  }
+};
+
+TEST_F(Fault, LibraryThatDoesNotInitialiseHasNoCamera)
+{
+  AddFault("call VX_InitialiseLibrary rc 55");
+  long count = 7;
+  EXPECT_EQ(GetAvailableCameras(&count), RC_NOT_SUPPORTED);
+  EXPECT_EQ(count, 7);
+  ExpectNoCamera();
+  ExpectOpensAndRuns();
+}
+
+TEST_F(Fault, FailedInitialisationWhileACameraIsOpenDoesNotCloseIt)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("call VX_InitialiseLibrary at 1 rc 54");
+  long count = 0;
+  EXPECT_EQ(GetAvailableCameras(&count), RC_SUCCESS);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 1);
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, DeviceThatDoesNotOpenIsNoCamera)
+{
+  for (const char* rule :
+       {"call VX_Open rc 53", "call VX_Open out -1", "call VX_IsImplemented feature CameraModel rc 53",
+        "call VX_IsImplemented feature CameraModel out 0", "call VX_IsImplemented feature CameraModel out 2"}) {
+    SCOPED_TRACE(rule);
+    AddFault(rule);
+    ExpectNoCamera();
+    EXPECT_EQ(VXSIM_GetInitialiseCount(), 0);
+  }
+  ExpectOpensAndRuns();
+}
+
+TEST_F(Fault, UnknownDeviceCountLeavesTheCurrentCamera)
+{
+  AddFault("call VX_GetInt feature DeviceCount rc 53");
+  long handle = 0;
+  EXPECT_EQ(SetCurrentCamera(102), RC_NOT_SUPPORTED);
+  EXPECT_EQ(GetCameraHandle(0, &handle), RC_NOT_SUPPORTED);
+  EXPECT_EQ(GetCurrentCamera(&handle), RC_SUCCESS);
+  EXPECT_EQ(handle, 101);
+}
+
+TEST_F(Fault, ImpossibleFrameSizesRefuseTheStart)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  for (const char* rule : {"call VX_GetInt feature ImageSizeBytes rc 53", "value ImageSizeBytes set 0",
+                           "value ImageSizeBytes set -1", "value ImageSizeBytes set -9223372036854775808",
+                           "value ImageSizeBytes set 2147483648", "value ImageSizeBytes set 9223372036854775807",
+                           // The camera does not take buffers that are too small.
+                           "value ImageSizeBytes set 1"}) {
+    SCOPED_TRACE(rule);
+    for (const int mode : {kModeSingle, kModeUntilAborted}) {
+      ASSERT_EQ(SetAcquisitionMode(mode), RC_SUCCESS);
+      AddFault(rule);
+      ExpectStartRefused();
+      VXSIM_ClearFaults();
+    }
+  }
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, FrameLargerThanTheRingStillHasItsSlotInASeries)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("value ImageSizeBytes set 300000001");
+  StartSeries(2);
+  Push(2);
+  ASSERT_TRUE(HasImages(2));
+  ExpectImages({1, 2});
+  EXPECT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
+
+  StartUntilAborted(); // a ring without slots never has a frame
+  ExpectRunFails(RC_STATUS_TIMED_OUT);
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, UnusableFrameRatesAndCountsDoNotKeepARunFromStarting)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  for (const char* rule :
+       {"value FrameRate set 0", "value FrameRate set nan", "value FrameRate set -1", "value FrameRate set 1e-300",
+        "call VX_GetFloat feature FrameRate rc 53", "value AccumulateCount set 0", "value AccumulateCount set -5",
+        "value AccumulateCount set 1099511627776", "call VX_GetInt feature AccumulateCount rc 53",
+        "call VX_GetEnumerated feature TriggerMode rc 53", "call VX_GetEnumeratedString feature TriggerMode rc 53",
+        "call VX_GetEnumeratedString feature TriggerMode unterminated"}) {
+    SCOPED_TRACE(rule);
+    AddFault(rule);
+    StartSeries(3);
+    Push(3);
+    ASSERT_TRUE(HasImages(3));
+    ExpectImages({1, 2, 3});
+    VXSIM_ClearFaults();
+  }
+}
+
+TEST_F(Fault, WithoutATriggerModeThereIsNoTimeLimit)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("call VX_GetEnumerated feature TriggerMode rc 53");
+  StartUntilAborted();
+  EXPECT_EQ(WaitForAcquisitionTimeOut(1300), RC_NO_NEW_DATA); // the limit would be 1000 ms and three frames
+  EXPECT_EQ(Status(), RC_ACQUIRING);
+  Push(1);
+  EXPECT_TRUE(HasImages(1));
+}
+
+TEST_F(Fault, RefusedSlotRefusesTheStartAndFreesTheRing)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  for (const int mode : {kModeSingle, kModeUntilAborted}) {
+    ASSERT_EQ(SetAcquisitionMode(mode), RC_SUCCESS);
+    for (const char* rule : {"call VX_QueueBuffer at 1 rc 54", "call VX_QueueBuffer at 2 rc 51",
+                             "call VX_QueueBuffer at 2500 rc 54", "call VX_QueueBuffer at 5000 rc 52"}) {
+      SCOPED_TRACE(rule);
+      AddFault(rule);
+      ExpectStartRefused();
+      VXSIM_ClearFaults();
+    }
+  }
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, RefusedStartCommandRefusesTheStart)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("call VX_Command feature AcquisitionStart rc 37");
+  ExpectStartRefused();
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, OtherAnswersToTheStartCommandEndInATimeOut)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("call VX_Command feature AcquisitionStart rc 54");
+  StartUntilAborted();
+  EXPECT_EQ(Status(), RC_ACQUIRING);
+  ExpectRunFails(RC_STATUS_TIMED_OUT);
+  EXPECT_EQ(AbortAcquisition(), RC_IDLE);
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, StallWithinTheLimitLosesNothing)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("camera at 3 stall 700ms");
+  StartUntilAborted();
+  Push(6);
+  ASSERT_TRUE(HasImages(6));
+  ExpectImages(FramesFrom1(6));
+  EXPECT_EQ(Status(), RC_ACQUIRING);
+}
+
+TEST_F(Fault, StallBeyondTheLimitEndsTheRunAndStopsTheCamera)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  Push(2);
+  ASSERT_TRUE(HasImages(2));
+  VXSIM_StartCallLog(0);
+  ExpectRunFails(RC_STATUS_TIMED_OUT);
+  ExpectImages({1, 2});
+  const std::vector<std::string> calls = LoggedCalls();
+  EXPECT_NE(std::find(calls.begin(), calls.end(), "VX_Command AcquisitionStop -> 0"), calls.end());
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, SlowWaitsDelayAnAbortButDoNotBreakIt)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  AddFault("call VX_WaitBuffer from 1 delay 1500ms");
+  ASSERT_TRUE(Eventually([] { return VXSIM_GetFaultsFired() > 0; }));
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(AbortAcquisition(), RC_SUCCESS);
+  EXPECT_LT(SecondsSince(start), 10.0);
+  VXSIM_ClearFaults();
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, ThreadThatHangsInTheCameraKeepsItsMemoryAndRefusesANewRun)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  Push(3);
+  ASSERT_TRUE(HasImages(3));
+  AddFault("call VX_WaitBuffer at 1 delay 11s");
+  ASSERT_TRUE(Eventually([] { return VXSIM_GetFaultsFired() > 0; }));
+  EXPECT_EQ(StartAcquisition(), RC_FRAME_UNAVAILABLE);
+  ExpectImages({1, 2, 3});
+  ASSERT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, DroppedFramesShowAsAGapInTheFramesAndInNothingElse)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("frame 3 drop");
+  AddFault("frame 7 drop");
+  StartUntilAborted();
+  Push(10);
+  ASSERT_TRUE(HasImages(8));
+  ExpectImages({1, 2, 4, 5, 6, 8, 9, 10});
+  EXPECT_EQ(Statistics().framesDropped, 2U);
+}
+
+TEST_F(Fault, WrongReportedSizesDoNotMoveOtherImages)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  for (const int metadata : {0, 1}) {
+    ASSERT_EQ(SetMetaData(metadata), RC_SUCCESS);
+    VXSIM_ClearFaults();
+    AddFault(kFiveSlots);
+    for (const char* rule : {"frame 2 short 16", "frame 3 short 0", "frame 5 short -2147483648", "frame 6 short 7",
+                             "frame 7 oversize 64", "frame 9 oversize 2147480000"})
+      AddFault(rule);
+    StartUntilAborted();
+    for (std::size_t frame = 1; frame <= 24; ++frame) {
+      Push(1);
+      ASSERT_TRUE(HasImages(static_cast<long>(frame)));
+      ExpectImages(FramesFrom1(frame));
+    }
+    ASSERT_EQ(AbortAcquisition(), RC_SUCCESS);
+  }
+  VXSIM_ClearFaults();
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, BuffersThatAreMissingForeignSwappedOrRepeatedKeepImageNumbersTrue)
+{
+  struct TCase
+  {
+    const char* rule;
+    std::vector<std::uint64_t> begin; // what the first images are
+    std::uint64_t next;               // the frame after them
+  };
+  const TCase cases[] = {{"frame 3 null", {1, 2}, 4},
+                         {"frame 3 foreign", {1, 2}, 4},
+                         {"frame 3 swap 2", {1, 2, 3}, 4},
+                         {"frame 4 swap 5", {1, 2, 3, 4}, 5},
+                         {"frame 3 repeat", {1, 2, 2}, 4}};
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  for (const TCase& testCase : cases) {
+    SCOPED_TRACE(testCase.rule);
+    AddFault(kFiveSlots);
+    AddFault(testCase.rule);
+    StartUntilAborted();
+    std::vector<std::uint64_t> frames = testCase.begin;
+    Push(static_cast<int>(testCase.next) - 1);
+    for (std::uint64_t frame = testCase.next; frame <= testCase.next + 4 * kFiveSlotsCount; ++frame) {
+      ASSERT_TRUE(HasImages(static_cast<long>(frames.size())));
+      ExpectImages(frames);
+      Push(1);
+      frames.push_back(frame);
+    }
+    ASSERT_EQ(AbortAcquisition(), RC_SUCCESS);
+    VXSIM_ClearFaults();
+  }
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, OverflowIsReportedAsOneAndEndsTheRun)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  for (const int frames : {0, 1, 25}) {
+    StartUntilAborted();
+    if (frames > 0) Push(frames);
+    ASSERT_TRUE(HasImages(frames));
+    ASSERT_EQ(VXSIM_PushWaitCode(0, VX_ERR_HARDWARE_OVERFLOW), VX_SUCCESS);
+    ExpectRunFails(RC_STATUS_HARDWARE_OVERFLOW);
+    if (frames > 0) ExpectImages(FramesFrom1(static_cast<std::size_t>(frames)));
+  }
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, SlotsThatDoNotGoBackShrinkTheRingButKeepTheOrder)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault(kFiveSlots);
+  StartUntilAborted();
+  AddFault("call VX_QueueBuffer at 2 rc 54");
+  AddFault("call VX_QueueBuffer at 9 rc 54");
+  for (std::size_t frame = 1; frame <= 30; ++frame) {
+    Push(1);
+    ASSERT_TRUE(HasImages(static_cast<long>(frame)));
+    ExpectImages(FramesFrom1(frame));
+  }
+}
+
+TEST_F(Fault, OneSlotInAHundredThatDoesNotGoBackCostsNoFrame)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  AddFault("call VX_QueueBuffer every 100 rc 54");
+  constexpr int kBurst = 250;
+  for (int burst = 0; burst < 48; ++burst) {
+    Push(kBurst);
+    ASSERT_TRUE(HasImages((burst + 1) * kBurst));
+    for (int image = 1; image <= kBurst; ++image) {
+      TCounterImage pixels{};
+      ASSERT_EQ(GetOldestImage16(pixels.data(), pixels.size()), RC_SUCCESS);
+      ASSERT_EQ(FrameNumberOf(pixels), static_cast<std::uint64_t>(burst * kBurst + image));
+    }
+  }
+}
+
+TEST_F(Fault, RingThatGetsNoSlotBackTimesOut)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault(kFiveSlots);
+  StartUntilAborted();
+  AddFault("call VX_QueueBuffer rc 54");
+  Push(8);
+  ExpectRunFails(RC_STATUS_TIMED_OUT);
+  ASSERT_EQ(ImageCount(), kFiveSlotsCount);
+  ExpectImages(FramesFrom1(kFiveSlotsCount));
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, UnpluggedCameraEndsABlockedWaitAndCostsNoProcessorTime)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  Push(4);
+  ASSERT_TRUE(HasImages(4));
+  const auto start = std::chrono::steady_clock::now();
+  const double processorBefore = ProcessorSeconds();
+  VXSIM_SetPlugged(0, 0);
+  ExpectRunFails(RC_STATUS_TIMED_OUT);
+  const double seconds = SecondsSince(start);
+  EXPECT_LT(seconds, 5.0); // the limit is a little over 1 s
+  EXPECT_LT(ProcessorSeconds() - processorBefore, seconds * (kHasSanitizer ? 0.3 : 0.05));
+  EXPECT_NE(GetNumberAvailableImages(nullptr, nullptr), RC_SUCCESS);
+  EXPECT_EQ(ImageCount(), 4);
+
+  VXSIM_SetPlugged(0, 1);
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, UnpluggedCameraRefusesTheAbortButBecomesIdle)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  VXSIM_SetPlugged(0, 0);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(AbortAcquisition(), RC_FEATURE_ERROR);
+  EXPECT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
+  EXPECT_LT(SecondsSince(start), 0.9); // well before the limit of the run
+  VXSIM_SetPlugged(0, 1);
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, UnpluggedCameraCanBeClosedAndOpenedAgain)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  Push(3);
+  VXSIM_SetPlugged(0, 0);
+  EXPECT_EQ(ShutDown(), RC_SUCCESS);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
+  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
+  VXSIM_SetPlugged(0, 1);
+  ExpectOpensAndRuns();
+}
+
+TEST_F(Fault, CameraThatDeniesAcquiringIsClosedAllTheSame)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  AddFault("value CameraAcquiring set 0");
+  EXPECT_EQ(AbortAcquisition(), RC_IDLE);
+  EXPECT_EQ(Status(), RC_ACQUIRING);
+  EXPECT_EQ(ShutDown(), RC_SUCCESS);
+  VXSIM_ClearFaults();
+  ExpectOpensAndRuns();
+}
+
+TEST_F(Fault, AbortGoesOnWhenTheCameraCannotBeAsked)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartUntilAborted();
+  AddFault("call VX_GetBool feature CameraAcquiring rc 53");
+  EXPECT_EQ(AbortAcquisition(), RC_SUCCESS);
+  EXPECT_EQ(Status(), RC_IDLE);
+
+  VXSIM_ClearFaults();
+  StartUntilAborted();
+  AddFault("call VX_Command feature AcquisitionStop rc 53");
+  EXPECT_EQ(AbortAcquisition(), RC_FEATURE_ERROR);
+  EXPECT_EQ(ShutDown(), RC_SUCCESS);
+  VXSIM_ClearFaults();
+  ExpectOpensAndRuns();
+}
+
+TEST_F(Fault, AbortEndsWhenWaitsSucceedForEver)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("call VX_WaitBuffer rc 0");
+  StartUntilAborted();
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(AbortAcquisition(), RC_SUCCESS);
+  EXPECT_LT(SecondsSince(start), 5.0);
+  EXPECT_EQ(ImageCount(), 0);
+  ExpectCleanRun();
+}
+
+TEST_F(Fault, BuffersThatTheCameraKeepsAreNotFreedUnderIt)
+{
+  // The slots of the first run stay queued, and the frames of the next run go into them.
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  AddFault("call VX_Flush rc 54");
+  StartSeries(1);
+  Push(1);
+  ASSERT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
+  ASSERT_EQ(SetImage(1, 1, 1, 16, 1, 4), RC_SUCCESS); // smaller frames, so that the ring gets another shape
+  StartUntilAborted();
+  Push(100);
+  EXPECT_TRUE(Eventually([] { return Statistics().framesDelivered == 101; }));
+  EXPECT_EQ(ImageCount(), 0); // they are not frames of this run's ring
+  EXPECT_EQ(FreeInternalMemory(), RC_SUCCESS);
+  EXPECT_EQ(AbortAcquisition(), RC_SUCCESS);
+  EXPECT_EQ(ShutDown(), RC_SUCCESS);
+  VXSIM_ClearFaults();
+  ExpectOpensAndRuns();
+}
+
+TEST_F(Fault, DamagedMetadataCostsATimestampAndNoFrame)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  std::vector<std::string> damages = {"truncated"};
+  for (const char* length :
+       {"0", "3", "4", "11", "12", "255", "256", "2147483647", "4294967280", "4294967292", "4294967295"})
+    damages.push_back(std::string("len ") + length);
+  for (const char* cid : {"0", "1", "7", "4294967295"}) damages.push_back(std::string("cid ") + cid);
+  for (int seed = 1; seed <= 40; ++seed) damages.push_back("random " + std::to_string(seed));
+
+  for (const std::string& damage : damages) {
+    SCOPED_TRACE(damage);
+    AddFault(("chunk 2 " + damage).c_str());
+    StartSeries(3);
+    Push(3);
+    ASSERT_TRUE(HasImages(3));
+    ExpectImages({1, 2, 3});
+    ASSERT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
+    unsigned int count = 0;
+    long long first = -1;
+    long long last = -1;
+    ASSERT_EQ(vxsys_GetRawMetaDataInfo(&count, &first, 0), RC_SUCCESS);
+    ASSERT_TRUE(count == 2 || count == 3) << count;
+    ASSERT_EQ(vxsys_GetRawMetaDataInfo(&count, &last, count - 1), RC_SUCCESS);
+    EXPECT_GT(last, first); // of frame 1 and frame 3, which are whole
+    VXSIM_ClearFaults();
+  }
+}
+
+TEST_F(Fault, TimestampsThatCannotBeFoundAreRefused)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartSeries(2);
+  Push(2);
+  ASSERT_TRUE(HasImages(2));
+  unsigned int count = 0;
+  long long ticks = 0;
+  EXPECT_EQ(vxsys_GetRawMetaDataInfo(&count, &ticks, 1), RC_SUCCESS);
+  EXPECT_EQ(vxsys_GetRawMetaDataInfo(&count, &ticks, 2), RC_FEATURE_ERROR);
+  EXPECT_EQ(vxsys_GetRawMetaDataInfo(&count, &ticks, 0xFFFFFFFFU), RC_FEATURE_ERROR);
+  for (const char* rule : {"value AccumulateCount set 0", "value AccumulateCount set -3",
+                           "call VX_GetInt feature AccumulateCount rc 53"}) {
+    AddFault(rule);
+    EXPECT_EQ(vxsys_GetRawMetaDataInfo(&count, &ticks, 0), RC_FEATURE_ERROR) << rule;
+    VXSIM_ClearFaults();
+  }
+}
+
+/// What every function that takes images answers for one size and untouched arrays.
+class GeometryFault : public Fault
+{
+protected:
+  static constexpr std::size_t kRoom = 1U << 20;
+  static constexpr unsigned char kCanary = 0xA5;
+
+  void ExpectNothingCopied(unsigned long size)
+  {
+    Expect(GetAcquiredData16(words_.data(), size), "GetAcquiredData16");
+    Expect(GetOldestImage16(words_.data(), size), "GetOldestImage16");
+    Expect(GetMostRecentImage16(words_.data(), size), "GetMostRecentImage16");
+    long first = 0;
+    long last = 0;
+    Expect(GetImages16(1, 1, words_.data(), size, &first, &last), "GetImages16");
+    auto* const wide = reinterpret_cast<int*>(words_.data());
+    Expect(GetAcquiredData(wide, size), "GetAcquiredData");
+    Expect(GetOldestImage(wide, size), "GetOldestImage");
+    Expect(GetMostRecentImage(wide, size), "GetMostRecentImage");
+    Expect(GetImages(1, 1, wide, size, &first, &last), "GetImages");
+  }
+
+private:
+  void Expect(unsigned int code, const char* name)
+  {
+    EXPECT_TRUE(IsDocumented(name, code)) << name << " answered " << code;
+    constexpr auto kUntouched = static_cast<unsigned short>(kCanary * 0x101);
+    EXPECT_TRUE(std::all_of(words_.begin(), words_.end(), [](unsigned short w) { return w == kUntouched; }))
+        << name << " has written";
+  }
+
+  std::vector<unsigned short> words_ =
+      std::vector<unsigned short>(kRoom, static_cast<unsigned short>(kCanary * 0x101));
+};
+
+TEST_F(GeometryFault, ImagesOfAnotherGeometryAreNotReadBeyondTheirEnd)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartSeries(5);
+  Push(5);
+  ASSERT_TRUE(HasImages(5));
+  ASSERT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
+
+  ASSERT_EQ(SetImage(1, 1, 1, 512, 1, 512), RC_SUCCESS);
+  ExpectNothingCopied(512UL * 512UL);
+  ASSERT_EQ(SetImage(1, 1, 1, 16, 1, 8), RC_SUCCESS);
+  for (const char* rule : {"value AOIStride set 0", "value AOIStride set -32", "value AOIStride set 2147483647",
+                           "value AOIStride set 9223372036854775807", "call VX_GetInt feature AOIStride rc 53"}) {
+    SCOPED_TRACE(rule);
+    AddFault(rule);
+    ExpectNothingCopied(kCounterPixels);
+    VXSIM_ClearFaults();
+  }
+  for (const char* rule :
+       {"value AOIWidth set 0", "value AOIHeight set -1", "call VX_GetInt feature AOIWidth rc 53",
+        "value AOIWidth set 2147483647", "value AOIHeight set 536870912"}) {
+    SCOPED_TRACE(rule);
+    AddFault(rule);
+    ExpectNothingCopied(0);
+    ExpectNothingCopied(kCounterPixels);
+    VXSIM_ClearFaults();
+  }
+  ExpectImages(FramesFrom1(5));
+}
+
+TEST_F(GeometryFault, UnreadableEncodingsAreRefused)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  StartSeries(1);
+  Push(1);
+  ASSERT_TRUE(HasImages(1));
+  for (const char* rule :
+       {"call VX_GetEnumerated feature PixelEncoding rc 53",
+        "call VX_GetEnumeratedString feature PixelEncoding rc 3",
+        "call VX_GetEnumeratedString feature PixelEncoding unterminated", "value PixelEncoding set Mono13"}) {
+    SCOPED_TRACE(rule);
+    AddFault(rule);
+    TCounterImage image{};
+    EXPECT_EQ(GetOldestImage16(image.data(), image.size()), RC_NOT_SUPPORTED);
+    VXSIM_ClearFaults();
+  }
+}

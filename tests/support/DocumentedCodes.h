@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+// What the public header promises of the entry points' answers.
+#pragma once
+
+#include <string>
+
+/// Whether the public header documents @p code for the entry point @p name; false for an unknown name.
+bool IsDocumented(const std::string& name, unsigned int code);
