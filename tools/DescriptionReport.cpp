@@ -5,20 +5,16 @@
 #include "tools/CapabilityWords.h"
 #include "tools/JsonText.h"
 
-#include <cstdarg>
 #include <cstdio>
 
 namespace vxtool {
 
 namespace {
 
-__attribute__((format(printf, 1, 2))) std::string Print(const char* format, ...)
+std::string Number(float number)
 {
-  char text[160];
-  va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(text, sizeof text, format, arguments);
-  va_end(arguments);
+  char text[32];
+  std::snprintf(text, sizeof text, "%.6g", static_cast<double>(number));
   return text;
 }
 
@@ -31,7 +27,9 @@ std::string Joined(const std::vector<std::string>& words)
 
 std::string FirmwareDate(unsigned int date)
 {
-  return Print("%04u-%02u-%02u", date / 10000, date / 100 % 100, date % 100);
+  char text[48];
+  std::snprintf(text, sizeof text, "%04u-%02u-%02u", date / 10000, date / 100 % 100, date % 100);
+  return text;
 }
 
 template <typename Value>
@@ -77,17 +75,17 @@ std::string AsSwitch(bool on)
 
 std::string AsSeconds(float seconds)
 {
-  return Print("%.6g s", static_cast<double>(seconds));
+  return Number(seconds) + " s";
 }
 
 std::string AsMegahertz(float megahertz)
 {
-  return Print("%.6g MHz", static_cast<double>(megahertz));
+  return Number(megahertz) + " MHz";
 }
 
 std::string AsCelsius(float celsius)
 {
-  return Print("%.6g C", static_cast<double>(celsius));
+  return Number(celsius) + " C";
 }
 
 void AddCapabilities(TLines& lines, const TAnswer<vxmcd_Capabilities>& answer)
@@ -109,8 +107,7 @@ void AddCapabilities(TLines& lines, const TAnswer<vxmcd_Capabilities>& answer)
 std::string GainLine(const TGainAnswers& gain)
 {
   std::string line = gain.text.value.value_or(WhyNothing(gain.text));
-  line += gain.factor.value ? Print(", factor %.6g", static_cast<double>(*gain.factor.value))
-                            : ", factor " + WhyNothing(gain.factor);
+  line += gain.factor.value ? ", factor " + Number(*gain.factor.value) : ", factor " + WhyNothing(gain.factor);
   if (!gain.usableWith.value) return line + ", with " + WhyNothing(gain.usableWith);
   std::string combinations;
   for (const TPair<int>& with : *gain.usableWith.value)
@@ -145,8 +142,9 @@ void AddCooling(TLines& lines, const TCameraDescription& d)
     return AsCelsius(temperature.celsius) + (state[0] != '\0' ? std::string(", ") + state : "");
   });
   lines.Add("target temperature", d.targetCelsius, AsCelsius);
-  lines.Add("target range", d.targetRange,
-            [](const TPair<int>& range) { return Print("%d C to %d C", range.first, range.second); });
+  lines.Add("target range", d.targetRange, [](const TPair<int>& range) {
+    return std::to_string(range.first) + " C to " + std::to_string(range.second) + " C";
+  });
   lines.Add("cooler", d.isCoolerOn, AsSwitch);
 }
 
@@ -251,11 +249,11 @@ std::string DescriptionText(const TCameraDescription& d)
   });
   lines.Add("handle", d.handle, AsNumber);
   lines.Add("library version", d.libraryVersion, AsText);
-  lines.Add("sensor size", d.sensorPixels,
-            [](const TPair<int>& size) { return Print("%d x %d pixels", size.first, size.second); });
-  lines.Add("pixel size", d.pixelMicrometres, [](const TPair<float>& size) {
-    return Print("%.6g x %.6g um", static_cast<double>(size.first), static_cast<double>(size.second));
+  lines.Add("sensor size", d.sensorPixels, [](const TPair<int>& size) {
+    return std::to_string(size.first) + " x " + std::to_string(size.second) + " pixels";
   });
+  lines.Add("pixel size", d.pixelMicrometres,
+            [](const TPair<float>& size) { return Number(size.first) + " x " + Number(size.second) + " um"; });
   AddCapabilities(lines, d.capabilities);
   lines.Add("horizontal binning", d.maximumHorizontalBinning,
             [](int factor) { return "up to " + std::to_string(factor); });
