@@ -111,8 +111,8 @@ std::string GainLine(const TGainAnswers& gain)
   if (!gain.usableWith.value) return line + ", with " + WhyNothing(gain.usableWith);
   std::string combinations;
   for (const TPair<int>& with : *gain.usableWith.value)
-    combinations +=
-        Print("%s channel %d amplifier %d", combinations.empty() ? "" : " or", with.first, with.second);
+    combinations += (combinations.empty() ? " channel " : " or channel ") + std::to_string(with.first) +
+                    " amplifier " + std::to_string(with.second);
   return line + ", with" + (combinations.empty() ? " no channel and amplifier" : combinations);
 }
 
