@@ -52,7 +52,10 @@ int TCircularBuffer::Allocate(std::uint64_t frameSizeBytes, std::uint64_t count)
 // Whether the present memory has the shape that is asked for and nobody reads in it.
 bool TCircularBuffer::IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const
 {
-  return slab_ && slab_->FrameSizeBytes() == frameSizeBytes && slab_->Count() == count && slab_.use_count() == 1;
+  if (!slab_ || slab_->FrameSizeBytes() != frameSizeBytes || slab_->Count() != count) return false;
+  // Kept memory can be this ring's again; a camera that never lets go must not cost a ring with each start.
+  const auto keeps = std::count(kept_.begin(), kept_.end(), slab_);
+  return slab_.use_count() == 1 + keeps;
 }
 
 void TCircularBuffer::Delete()

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <sys/mman.h>
 #include <thread>
 #include <vector>
 
@@ -273,6 +274,24 @@ TEST(CircularBuffer, ClosedWaitsStayClosedInANewRun)
   ring.Reset();
   EXPECT_EQ(ring.WaitChange(0), 2) << "no news";
   EXPECT_EQ(ring.WaitChange(QuorinUtility::TQuorinEvent::Infinite), 3);
+}
+
+TEST(CircularBuffer, MemoryThatTheCameraMayWriteIntoIsKept)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(64, 2), 0);
+  unsigned char* const slot = ring.GetBuffer(1);
+  for (int start = 0; start < 3; ++start) {
+    ring.KeepMemory();
+    ASSERT_EQ(ring.Allocate(64, 2), 0);
+    EXPECT_EQ(ring.GetBuffer(1), slot) << "a ring of the same shape needs no memory of its own";
+  }
+  ASSERT_EQ(ring.Allocate(64, 3), 0);
+  EXPECT_FALSE(ring.PlaceNext(slot)) << "what the camera still puts there is no image";
+  ring.Delete();
+  EXPECT_EQ(msync(slot, 1, MS_ASYNC), 0) << "still mapped";
+  ring.LetGoOfMemory();
+  EXPECT_EQ(msync(slot, 1, MS_ASYNC), -1) << "not mapped any more";
 }
 
 TEST(CircularBuffer, MemoryThatTheMachineDoesNotHaveIsRefused)
