@@ -36,9 +36,9 @@ typedef struct VXSIM_Statistics
 } VXSIM_Statistics;
 
 /**
- * Closes every device, ends every initialisation, forgets faults and call log, and reads the configuration anew at the
- * next VX_InitialiseLibrary() (from the text given to VXSIM_Configure(), else the file that `VXCORE_CONFIG` names,
- * else the built-in one).
+ * Closes every device, ends every initialisation, forgets faults, call log and the text given to VXSIM_Configure(), and
+ * reads the configuration anew at the next VX_InitialiseLibrary() (from the file that `VXCORE_CONFIG` names, else the
+ * built-in one).
  */
 VXCORE_API int VXSIM_Reset(void);
 
