@@ -18,18 +18,6 @@ class Description : public SimulatedCameraTest
 protected:
   Description() : SimulatedCameraTest(kThreeModels) {}
 
-  void TearDown() override
-  {
-    if (SetCurrentCamera(103) == RC_SUCCESS) ShutDown();
-    SimulatedCameraTest::TearDown();
-  }
-
-  void OpenCamera(long handle)
-  {
-    ASSERT_EQ(SetCurrentCamera(handle), RC_SUCCESS);
-    ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  }
-
   static vxmcd_Capabilities Capabilities(unsigned int size = sizeof(vxmcd_Capabilities))
   {
     vxmcd_Capabilities capabilities;

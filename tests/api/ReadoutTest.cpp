@@ -15,12 +15,6 @@ class Readout : public SimulatedCameraTest
 protected:
   Readout() : SimulatedCameraTest(kBothGainModels) {}
 
-  void OpenCamera(long handle)
-  {
-    ASSERT_EQ(SetCurrentCamera(handle), RC_SUCCESS);
-    ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  }
-
   static std::string GainText(int gain)
   {
     char text[32] = {};

@@ -19,18 +19,6 @@ class Settings : public SimulatedCameraTest
 protected:
   Settings() : SimulatedCameraTest(kThreeCameras) {}
 
-  void TearDown() override
-  {
-    if (SetCurrentCamera(103) == RC_SUCCESS) ShutDown();
-    SimulatedCameraTest::TearDown();
-  }
-
-  void OpenCamera(long handle)
-  {
-    ASSERT_EQ(SetCurrentCamera(handle), RC_SUCCESS);
-    ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  }
-
   double GetFloat(const wchar_t* feature) const
   {
     double value = -1.0;

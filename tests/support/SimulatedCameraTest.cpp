@@ -15,7 +15,7 @@ void SimulatedCameraTest::TearDown()
 {
   VXSIM_ClearFaults();
   VXSIM_StopCallLog();
-  for (const long handle : {102L, 101L})
+  for (const long handle : {103L, 102L, 101L})
     if (SetCurrentCamera(handle) == RC_SUCCESS) ShutDown();
   EXPECT_EQ(VXSIM_GetOpenCount(), 0);
   EXPECT_EQ(VXSIM_GetInitialiseCount(), 0);
@@ -25,6 +25,12 @@ void SimulatedCameraTest::Open(int width, int height)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
   SetArea(width, height);
+}
+
+void SimulatedCameraTest::OpenCamera(long handle)
+{
+  ASSERT_EQ(SetCurrentCamera(handle), RC_SUCCESS);
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
 }
 
 void SimulatedCameraTest::SetArea(int width, int height)

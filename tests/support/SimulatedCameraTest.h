@@ -37,6 +37,8 @@ protected:
 
   /// Opens the current camera and makes its image small: width x height pixels.
   void Open(int width = 16, int height = 8);
+  /// Opens the camera with this handle, as it is.
+  void OpenCamera(long handle);
   void SetArea(int width, int height);
   int CoreHandle() const;
   long long GetInt(const wchar_t* feature) const;
