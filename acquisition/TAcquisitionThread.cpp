@@ -25,6 +25,9 @@ using QuorinUtility::TQuorinLibDebugOutput;
 namespace {
 
 constexpr bool kPerformanceLog = false;
+constexpr const char* kPerformanceLogFile = "acquisitionthread.csv";
+// Names fewer columns than the rows have; tools that read the file rely on both.
+constexpr const char* kPerformanceLogHeader = "Frame Number,Time to Dispatch To Spooler,Time to Send Frame Req";
 constexpr int kFetchSliceMs = 100;
 constexpr std::uint64_t kMicrosecondsPerSecond = 1000000;
 constexpr std::uint64_t kNanosecondsPerMicrosecond = 1000;
@@ -80,7 +83,7 @@ TAcquisitionThread::TAcquisitionThread(TFetchQueue* fetchQueue, TDispatchQueue* 
       cameraLock_(cameraLock),
       circularBuffer_(circularBuffer),
       dispatchRoutine_(dispatchRoutine),
-      performanceLog_(kPerformanceLog)
+      performanceLog_(kPerformanceLog, kPerformanceLogFile, kPerformanceLogHeader)
 {
   workThread_ = std::make_unique<QuorinUtility::TQuorinWorkThread>(
       this, QuorinUtility::TQuorinWorkThread::eNormalPriority, "vxmcd-acquire");

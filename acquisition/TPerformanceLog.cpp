@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The acquisition thread's performance log.
+// A thread's performance log.
 #include "acquisition/TPerformanceLog.h"
 
 #include "utility/TQuorinMisc.h"
@@ -8,13 +8,8 @@
 void TPerformanceLog::Open()
 {
   if (!enabled_) return;
-  file_.open("acquisitionthread.csv", std::ios::app);
-  // The header names fewer columns than the rows have; tools that read the file rely on both.
-  file_ << "Frame Number"
-        << ","
-        << "Time to Dispatch To Spooler"
-        << ","
-        << "Time to Send Frame Req" << std::endl;
+  file_.open(fileName_, std::ios::app);
+  file_ << header_ << std::endl;
 }
 
 void TPerformanceLog::Close()

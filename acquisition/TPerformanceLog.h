@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: MIT
-// The acquisition thread's performance log.
+// A thread's performance log.
 #pragma once
 
 #include <fstream>
 
-/// Writes when frames were fetched and dispatched to "acquisitionthread.csv" in the working directory, appending.
-/// Off unless it is switched on, which only a build for measurements does. One thread.
+/// Writes what a thread does with frames, and when, to a file in the working directory, appending. Off unless it is
+/// switched on, which only a build for measurements does. One thread.
 class TPerformanceLog final
 {
 public:
-  explicit TPerformanceLog(bool enabled) : enabled_(enabled) {}
+  /// File name and header line must be constants.
+  TPerformanceLog(bool enabled, const char* fileName, const char* header)
+      : enabled_(enabled), fileName_(fileName), header_(header)
+  {
+  }
 
   /// Opens the file and writes the header.
   void Open();
@@ -25,5 +29,7 @@ private:
   void WriteLine(const char* message, long frameNumber);
 
   bool enabled_;
+  const char* fileName_;
+  const char* header_;
   std::ofstream file_;
 };

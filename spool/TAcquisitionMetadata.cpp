@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+// The file that describes a spooled run.
+#include "spool/TAcquisitionMetadata.h"
+
+#include "ini/text_double.h"
+#include "utility/TQuorinFilePath.h"
+#include "utility/TQuorinLibDebugOutput.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <fcntl.h>
+#include <limits>
+#include <unistd.h>
+
+using QuorinUtility::TQuorinFilePath;
+using QuorinUtility::TQuorinIniParser;
+using QuorinUtility::TQuorinLibDebugOutput;
+
+namespace {
+
+constexpr int kOk = 0;
+constexpr int kFailed = 1;
+constexpr const char* kSource = "acquisitionmetadata.cpp"; // the name that the log has always shown
+constexpr const char* kTemporarySuffix = ".tmp";
+constexpr int kSignificantDigits = 17;
+constexpr std::size_t kNumberSize = 64;
+constexpr std::size_t kFirstTextSize = 256;
+
+struct TEntry
+{
+  const char* section;
+  const char* key;
+};
+constexpr TEntry kImagesPerFile{"multiimage", "ImagesPerFile"};
+constexpr TEntry kImageSize{"data", "ImageSize"};
+
+/// Makes what was written to a file or directory outlast a power failure.
+bool Sync(const std::string& name)
+{
+  const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) return false;
+  const bool synced = ::fsync(descriptor) == 0;
+  ::close(descriptor);
+  return synced;
+}
+
+bool IsControl(char character)
+{
+  return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+}
+
+/// What an INI line can hold of a text.
+std::string OneLine(std::string text)
+{
+  for (char& character : text)
+    if (IsControl(character)) character = ' ';
+  text.erase(0, text.find_first_not_of(' '));
+  text.erase(text.find_last_not_of(' ') + 1);
+  return text;
+}
+
+} // namespace
+
+const char* const TAcquisitionMetadata::mpsz_iniFilename = "acquisitionmetadata.ini";
+
+int TAcquisitionMetadata::GetImagesPerFile(unsigned int& imagesPerFile) const
+{
+  if (ReadCount(kImagesPerFile.section, kImagesPerFile.key, imagesPerFile)) return kOk;
+  TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                "TAcquisitionMetadata: GetImagesPerFile - Failed to read images per file\n");
+  return kFailed;
+}
+
+int TAcquisitionMetadata::GetImageSizeBytes(unsigned int& imageSizeBytes) const
+{
+  if (ReadCount(kImageSize.section, kImageSize.key, imageSizeBytes)) return kOk;
+  TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                "TAcquisitionMetadata: GetImageSizeBytes - Failed to read image size bytes\n");
+  return kFailed;
+}
+
+bool TAcquisitionMetadata::ReadCount(const char* section, const char* key, unsigned int& count) const
+{
+  long value = 0;
+  if (parser_.ReadLong(section, key, value) != TQuorinIniParser::INI_OK) return false;
+  if (value < 0 || value > static_cast<long>(std::numeric_limits<unsigned int>::max())) return false;
+  count = static_cast<unsigned int>(value);
+  return true;
+}
+
+int TAcquisitionMetadata::SetImagesPerFile(unsigned int imagesPerFile)
+{
+  if (imagesPerFile == 0) {
+    TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                  "TAcquisitionMetadata: SetImagesPerFile - _ui_imagesPerFile cannot be 0\n");
+    return kFailed;
+  }
+  if (parser_.WriteLong(kImagesPerFile.section, kImagesPerFile.key, imagesPerFile) == TQuorinIniParser::INI_OK)
+    return kOk;
+  TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                "TAcquisitionMetadata: SetImagesPerFile - Failed to set images per file %d\n",
+                                static_cast<int>(imagesPerFile));
+  return kFailed;
+}
+
+int TAcquisitionMetadata::SetImageSizeBytes(unsigned int imageSizeBytes)
+{
+  if (imageSizeBytes == 0) {
+    TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                  "TAcquisitionMetadata: SetImageSizeBytes - _ui_imageSizeBytes cannot be 0\n");
+    return kFailed;
+  }
+  if (parser_.WriteLong(kImageSize.section, kImageSize.key, imageSizeBytes) == TQuorinIniParser::INI_OK)
+    return kOk;
+  TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                "TAcquisitionMetadata: SetImageSizeBytes - Failed to set image size bytes %d\n",
+                                static_cast<int>(imageSizeBytes));
+  return kFailed;
+}
+
+int TAcquisitionMetadata::SaveFile(const char* directory) const
+{
+  if (!directory) {
+    TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                  "TAcquisitionMetadata: SaveFile - _sz_filePath cannot be NULL\n");
+    return kFailed;
+  }
+  const std::string fileName = constructFilename(directory);
+  const std::string temporary = fileName + kTemporarySuffix;
+  if (parser_.SaveIni(temporary.c_str()) == TQuorinIniParser::INI_OK && Sync(temporary) &&
+      std::rename(temporary.c_str(), fileName.c_str()) == 0) {
+    TQuorinFilePath path(directory);
+    path.DelimitEnd();
+    Sync(path.GetForwardSlashPath()); // not every file system can; the file is whole in any case
+    return kOk;
+  }
+  ::unlink(temporary.c_str());
+  TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                "TAcquisitionMetadata: SaveFile - Failed to save file %s\n", fileName.c_str());
+  return kFailed;
+}
+
+int TAcquisitionMetadata::LoadFile(const char* directory)
+{
+  if (!directory) {
+    TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                  "TAcquisitionMetadata: LoadFile - _sz_filePath cannot be NULL\n");
+    return kFailed;
+  }
+  const std::string fileName = constructFilename(directory);
+  if (parser_.LoadIni(fileName.c_str()) != TQuorinIniParser::INI_FAILED) return kOk;
+  TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
+                                "TAcquisitionMetadata: LoadFile - Failed to Load file %s\n", fileName.c_str());
+  return kFailed;
+}
+
+std::string TAcquisitionMetadata::constructFilename(const char* directory) const
+{
+  TQuorinFilePath path(directory);
+  path.DelimitEnd();
+  return std::string(path.GetForwardSlashPath()) + mpsz_iniFilename;
+}
+
+int TAcquisitionMetadata::SetText(const char* section, const char* key, const std::string& value)
+{
+  if (parser_.WriteString(section, key, OneLine(value).c_str()) == TQuorinIniParser::INI_OK) return kOk;
+  TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__, "cannot set %s of %s", key ? key : "(null)",
+                                section ? section : "(null)");
+  return kFailed;
+}
+
+int TAcquisitionMetadata::SetInteger(const char* section, const char* key, std::int64_t value)
+{
+  return SetText(section, key, std::to_string(value));
+}
+
+int TAcquisitionMetadata::SetReal(const char* section, const char* key, double value)
+{
+  if (!std::isfinite(value)) {
+    TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__, "%s of %s is not a number", key ? key : "(null)",
+                                  section ? section : "(null)");
+    return kFailed;
+  }
+  std::array<char, kNumberSize> text;
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, kSignificantDigits);
+  return SetText(section, key, std::string(text.data(), end.ptr));
+}
+
+int TAcquisitionMetadata::SetBoolean(const char* section, const char* key, bool value)
+{
+  return SetText(section, key, value ? "true" : "false");
+}
+
+int TAcquisitionMetadata::GetText(const char* section, const char* key, std::string& value) const
+{
+  std::string text(kFirstTextSize, '\0');
+  while (parser_.ReadString(section, key, text.data(), static_cast<unsigned int>(text.size())) ==
+         TQuorinIniParser::INI_OK) {
+    const std::size_t length = text.find('\0');
+    if (length + 1 < text.size()) {
+      value = text.substr(0, length);
+      return kOk;
+    }
+    text.assign(2 * text.size(), '\0'); // the text may have been cut
+  }
+  return kFailed;
+}
+
+int TAcquisitionMetadata::GetInteger(const char* section, const char* key, std::int64_t& value) const
+{
+  std::string text;
+  if (GetText(section, key, text) != kOk) return kFailed;
+  std::int64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number);
+  if (result.ec != std::errc() || result.ptr != end) return kFailed;
+  value = number;
+  return kOk;
+}
+
+int TAcquisitionMetadata::GetReal(const char* section, const char* key, double& value) const
+{
+  std::string text;
+  if (GetText(section, key, text) != kOk || text.empty()) return kFailed;
+  const char* end = nullptr;
+  const double number = LeadingDouble(text.c_str(), &end);
+  if (*end != '\0' || !std::isfinite(number)) return kFailed;
+  value = number;
+  return kOk;
+}
+
+int TAcquisitionMetadata::GetBoolean(const char* section, const char* key, bool& value) const
+{
+  std::string text;
+  if (GetText(section, key, text) != kOk) return kFailed;
+  if (text != "true" && text != "false") return kFailed;
+  value = text == "true";
+  return kOk;
+}

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+// The file that describes a spooled run.
+#pragma once
+
+#include "ini/TQuorinIniParser.h"
+
+#include <cstdint>
+#include <string>
+
+/// The contents of "acquisitionmetadata.ini", which lies beside a run's spool files and says what they hold. Made by
+/// the spool dispatch queue, and by whoever reads a run. Reentrant. Operations return 0 for success and 1 for a
+/// failure, which is logged; output parameters then keep their values. Only a lack of memory makes them throw.
+class TAcquisitionMetadata final
+{
+public:
+  static const char* const mpsz_iniFilename;
+
+  int GetImagesPerFile(unsigned int& imagesPerFile) const;
+  int GetImageSizeBytes(unsigned int& imageSizeBytes) const;
+  /// 0 is refused by both.
+  int SetImagesPerFile(unsigned int imagesPerFile);
+  int SetImageSizeBytes(unsigned int imageSizeBytes);
+
+  /// Replaces the file in @p directory: whoever looks, even after a power failure, finds the file of before or the
+  /// whole new one. Waits for the disk. Fails while nothing has been set.
+  int SaveFile(const char* directory) const;
+  /// Reads the file into an empty object; one that holds something stays as it is, which counts as success.
+  int LoadFile(const char* directory);
+
+  /// A text of one line: control characters become spaces, and spaces at either end go.
+  int SetText(const char* section, const char* key, const std::string& value);
+  int SetInteger(const char* section, const char* key, std::int64_t value);
+  /// With 17 significant digits, enough to read back the very same number, and a decimal point in every language.
+  /// A number that is not finite is refused.
+  int SetReal(const char* section, const char* key, double value);
+  int SetBoolean(const char* section, const char* key, bool value);
+
+  /// Fail quietly for a key that is missing or does not hold such a value from its start to its end.
+  int GetText(const char* section, const char* key, std::string& value) const;
+  int GetInteger(const char* section, const char* key, std::int64_t& value) const;
+  int GetReal(const char* section, const char* key, double& value) const;
+  /// Exactly "true" or "false".
+  int GetBoolean(const char* section, const char* key, bool& value) const;
+
+private:
+  std::string constructFilename(const char* directory) const;
+  bool ReadCount(const char* section, const char* key, unsigned int& count) const;
+
+  QuorinUtility::TQuorinIniParser parser_;
+};

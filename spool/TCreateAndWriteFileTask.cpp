@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+// Writes queued frames on a thread of its own.
+#include "spool/TCreateAndWriteFileTask.h"
+
+#include "acquisition/IDispatchRoutine.h"
+#include "spool/IImage.h"
+#include "spool/image_writing.h"
+#include "spool/launching.h"
+#include "spool/TFlushAndCloseFileTask.h"
+#include "spool/TSpoolQueue.h"
+#include "utility/TQuorinLibDebugOutput.h"
+#include "utility/TQuorinTaskLauncher.h"
+#include "utility/TQuorinWorkThread.h"
+
+#include <exception>
+
+using QuorinUtility::TQuorinLibDebugOutput;
+using QuorinUtility::TQuorinWorkThread;
+
+namespace {
+
+constexpr long kNoFrame = -1;
+
+/// A flush-and-close task that goes when it has run: launchers own no tasks, and may outlive who launched them.
+class TSelfDeletingTask final : public QuorinUtility::IQuorinTask
+{
+public:
+  explicit TSelfDeletingTask(ISpooler* spooler) : task_(spooler) {}
+
+  void Execute(void* image) override
+  {
+    const std::unique_ptr<TSelfDeletingTask> self(this);
+    task_.Execute(image);
+  }
+
+private:
+  TFlushAndCloseFileTask task_;
+};
+
+} // namespace
+
+TCreateAndWriteFileTask::TCreateAndWriteFileTask(QuorinUtility::TQuorinTaskLauncher** launchers, ISpooler* spooler,
+                                                 int launcherCount, TSpoolQueue* inputQueue,
+                                                 TSpoolQueue* reuseQueue, IDispatchRoutine* dispatchRoutine,
+                                                 bool withPerformanceLog)
+    : launchers_(launchers),
+      spooler_(spooler),
+      launcherCount_(launchers ? launcherCount : 0),
+      inputQueue_(inputQueue),
+      reuseQueue_(reuseQueue),
+      dispatchRoutine_(dispatchRoutine),
+      performanceLog_(withPerformanceLog, "tcreateandwritefiletask.csv", "Message,Frame Number,ThreadID,Time")
+{
+  performanceLog_.Open();
+  workThread_ = std::make_unique<TQuorinWorkThread>(this, TQuorinWorkThread::eNormalPriority, "vxmcd-spool");
+}
+
+TCreateAndWriteFileTask::~TCreateAndWriteFileTask()
+{
+  inputQueue_->Abort();
+  workThread_->WaitForCompletion();
+  if (!inputQueue_->IsEmpty())
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
+                                  "images behind number %d were queued and are not written",
+                                  lastSavedImageIndex_.load());
+}
+
+void TCreateAndWriteFileTask::Run()
+{
+  for (TSpoolFileData data = Fetch(); !(data == endMarker_); data = Fetch()) Process(data);
+}
+
+TSpoolFileData TCreateAndWriteFileTask::Fetch()
+{
+  performanceLog_.Write("TTCreateAndWriteFileTask::Run fetch from queue start", kNoFrame);
+  const TSpoolFileData data = inputQueue_->Retrieve();
+  performanceLog_.Write("TTCreateAndWriteFileTask::Run fetch from queue end", kNoFrame);
+  return data;
+}
+
+void TCreateAndWriteFileTask::Process(TSpoolFileData& data)
+{
+  performanceLog_.Write("TTCreateAndWriteFileTask::Run Start", data.index);
+  createAndWriteFile(data);
+  if (data.error == 0) delegateToFlushAndCloseTask(data.image);
+  setImageSavedEvent(data.index);
+  queueProcessedBufferForReuse(data);
+  performanceLog_.Write("TTCreateAndWriteFileTask::Run End", data.index);
+}
+
+void TCreateAndWriteFileTask::createAndWriteFile(TSpoolFileData& data)
+{
+  data.image = WriteImage(spooler_, data.index, data.buffer, data.sizeBytes);
+  data.error = data.image ? 0 : 1;
+}
+
+void TCreateAndWriteFileTask::delegateToFlushAndCloseTask(IImage* image)
+{
+  try {
+    const int launcher = nextLauncher_;
+    nextLauncher_ = NextInTurn(launcher, launcherCount_);
+    LaunchOrExecute(launcherCount_ > 0 ? launchers_[launcher] : nullptr, new TSelfDeletingTask(spooler_), image);
+  } catch (const std::bad_alloc&) {
+    TFlushAndCloseFileTask(spooler_).Execute(image);
+  }
+}
+
+void TCreateAndWriteFileTask::setImageSavedEvent(int index)
+{
+  lastSavedImageIndex_ = static_cast<int>(static_cast<unsigned int>(index) + 1);
+  if (dispatchRoutine_) dispatchRoutine_->Signal();
+}
+
+void TCreateAndWriteFileTask::queueProcessedBufferForReuse(const TSpoolFileData& data)
+{
+  try {
+    reuseQueue_->Queue(data);
+  } catch (const std::exception& error) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "image %d cannot be handed back: %s", data.index,
+                                  error.what());
+  }
+}

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+// Several images in each file, opened and closed in any order.
+#include "spool/TRandomAccessMultiImageSpooler.h"
+
+#include "spool/spool_error.h"
+#include "spool/TOffsetMultiImage.h"
+#include "utility/TAutoQuorinCriticalSection.h"
+#include "utility/TQuorinLibDebugOutput.h"
+#include "utility/TQuorinMisc.h"
+
+#include <array>
+#include <exception>
+#include <memory>
+
+using QuorinUtility::TAutoQuorinCriticalSection;
+using QuorinUtility::TQuorinLibDebugOutput;
+using QuorinUtility::TQuorinMisc;
+
+namespace {
+
+constexpr int kFailed = 1;
+
+} // namespace
+
+TRandomAccessMultiImageSpooler::TRandomAccessMultiImageSpooler(ISpooler* fileSpooler, unsigned int imagesPerFile)
+    : fileSpooler_(fileSpooler), imagesPerFile_(imagesPerFile)
+{
+  if (!fileSpooler) {
+    constexpr const char* kText = "TMultiImageSpooler: Error - ISpooler* cannot be NULL in constructor\n";
+    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
+  }
+  if (imagesPerFile == 0) {
+    std::array<char, 128> text;
+    TQuorinMisc::snprintf(
+        text.data(), text.size(),
+        "TMultiImageSpooler: Error - Number of imagse per file cannot be zero. Images Per File[ %i ]\n",
+        static_cast<int>(imagesPerFile));
+    LogAndThrow(__FILE__, __LINE__, __func__, text.data(),
+                "TMultiImageSpooler: Error - Number of images per file cannot be zero\n");
+  }
+}
+
+TRandomAccessMultiImageSpooler::~TRandomAccessMultiImageSpooler()
+{
+  if (imageToFile_.empty()) return;
+  TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%zu images were still open", imageToFile_.size());
+  for (const auto& [image, file] : imageToFile_) delete image;
+  for (const auto& [file, image] : files_) fileSpooler_->CloseImage(image);
+}
+
+int TRandomAccessMultiImageSpooler::OpenImage(unsigned int index, int mode, IImage*& image)
+{
+  const TAutoQuorinCriticalSection lock(&lock_);
+  const int file = static_cast<int>(index / imagesPerFile_);
+  const int result = OpenFile(file, mode);
+  if (result != 0) return result;
+  try {
+    std::unique_ptr<IImage> opened(CreateOffsetMultiImage(files_[file], imageSizeBytes_, index % imagesPerFile_));
+    imageToFile_[opened.get()] = file;
+    ++openCounts_[file];
+    image = opened.release();
+    return 0;
+  } catch (const std::exception&) {
+    ReleaseFile(file, 0);
+    throw;
+  }
+}
+
+int TRandomAccessMultiImageSpooler::OpenFile(int file, int mode)
+{
+  if (openCounts_.count(file) != 0) return 0;
+  // The entries come first: nothing can fail once the file is open.
+  const auto entry = files_.emplace(file, nullptr).first;
+  int result = kFailed;
+  try {
+    openCounts_.emplace(file, 0);
+    result = fileSpooler_->OpenImage(static_cast<unsigned int>(file), mode, entry->second);
+  } catch (const std::exception&) {
+    openCounts_.erase(file);
+    files_.erase(file);
+    throw;
+  }
+  if (result != 0) {
+    openCounts_.erase(file);
+    files_.erase(file);
+  }
+  return result;
+}
+
+int TRandomAccessMultiImageSpooler::CloseImage(IImage* image)
+{
+  const TAutoQuorinCriticalSection lock(&lock_);
+  const auto entry = imageToFile_.find(image);
+  if (entry == imageToFile_.end()) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "image %p is not open", static_cast<void*>(image));
+    return kFailed;
+  }
+  const int file = entry->second;
+  imageToFile_.erase(entry);
+  delete image;
+  return ReleaseFile(file, 1);
+}
+
+int TRandomAccessMultiImageSpooler::ReleaseFile(int file, int images)
+{
+  int& count = openCounts_[file];
+  count -= images;
+  if (count > 0) return 0;
+  IImage* const fileImage = files_[file];
+  openCounts_.erase(file);
+  files_.erase(file);
+  return fileImage ? fileSpooler_->CloseImage(fileImage) : 0;
+}
+
+int TRandomAccessMultiImageSpooler::SetImageSizeBytes(std::uint64_t sizeBytes)
+{
+  const TAutoQuorinCriticalSection lock(&lock_);
+  std::uint64_t fileSizeBytes = 0;
+  if (__builtin_mul_overflow(sizeBytes, std::uint64_t{imagesPerFile_}, &fileSizeBytes)) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%u images of %llu bytes are too much for a file",
+                                  imagesPerFile_, static_cast<unsigned long long>(sizeBytes));
+    return kFailed;
+  }
+  imageSizeBytes_ = sizeBytes;
+  return fileSpooler_->SetImageSizeBytes(fileSizeBytes);
+}
+
+int TRandomAccessMultiImageSpooler::SetPath(const wchar_t* path)
+{
+  return fileSpooler_->SetPath(path);
+}
+
+int TRandomAccessMultiImageSpooler::SetStem(const wchar_t* stem)
+{
+  return fileSpooler_->SetStem(stem);
+}
+
+int TRandomAccessMultiImageSpooler::Remove()
+{
+  return fileSpooler_->Remove();
+}
+
+IImage* TRandomAccessMultiImageSpooler::CreateOffsetMultiImage(IImage* file, std::uint64_t imageSizeBytes,
+                                                               unsigned int position)
+{
+  return new TOffsetMultiImage(file, imageSizeBytes, position);
+}

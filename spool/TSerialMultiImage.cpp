@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// The places of a spool file, one after another.
+#include "spool/TSerialMultiImage.h"
+
+#include "spool/spool_error.h"
+#include "utility/TAutoQuorinCriticalSection.h"
+
+using QuorinUtility::TAutoQuorinCriticalSection;
+
+TSerialMultiImage::TSerialMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int imagesPerFile)
+    : file_(file), imageSizeBytes_(imageSizeBytes), imagesPerFile_(imagesPerFile)
+{
+  if (!file) {
+    constexpr const char* kText = "TMultiImage: Error - IImage* cannot be NULL in constructor\n";
+    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
+  }
+  if (imagesPerFile == 0)
+    LogAndThrow(__FILE__, __LINE__, __func__, "TMultiImage: Error - Number of imagse per file cannot be zero.\n",
+                "TMultiImage: Error - Number of images per file cannot be zero\n");
+  if (imageSizeBytes == 0)
+    LogAndThrow(__FILE__, __LINE__, __func__, "TMultiImage: Error - Image size cannot be zero.\n",
+                "TMultiImage: Error - Image size cannot be zero\n");
+}
+
+int TSerialMultiImage::Lock(unsigned char*& destination)
+{
+  const TAutoQuorinCriticalSection lock(&lock_);
+  if (lockCount_ == imagesPerFile_) {
+    constexpr const char* kText = "TMultiImage: Error - Lock called more times than there are images per file.\n";
+    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
+  }
+  if (lockCount_ == 0) {
+    const int result = file_->Lock(nextDestination_);
+    if (result != 0) return result;
+  }
+  destination = nextDestination_;
+  ++lockCount_;
+  nextDestination_ += imageSizeBytes_;
+  return 0;
+}
+
+int TSerialMultiImage::Unlock()
+{
+  const TAutoQuorinCriticalSection lock(&lock_);
+  if (unlockCount_ == imagesPerFile_) {
+    constexpr const char* kText =
+        "TMultiImage: Error - Unlock called more times than there are images per file.\n";
+    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
+  }
+  ++unlockCount_;
+  return unlockCount_ == imagesPerFile_ ? file_->Unlock() : 0;
+}
+
+int TSerialMultiImage::ForceUnlock()
+{
+  return file_->Unlock();
+}

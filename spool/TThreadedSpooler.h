@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// Copies frames on the calling thread and closes their images on others.
+#pragma once
+
+#include "spool/ISpoolAlgorithm.h"
+#include "utility/IQuorinTask.h"
+
+#include <memory>
+#include <vector>
+
+class ISpooler;
+
+namespace QuorinUtility {
+class TQuorinTaskLauncher;
+}
+
+/// Copies frames into their images at once and has the images unlocked and closed by threads of its own, in turn.
+/// Owned by the spool dispatch queue; borrows the spooler, which must be thread-safe and outlive it. Spool() belongs
+/// to one thread, the acquisition thread. Only the constructor throws, when memory is short.
+class TThreadedSpooler final : public ISpoolAlgorithm, public QuorinUtility::IQuorinTask
+{
+public:
+  /// The most threads there can be: a number out of a program's configuration must not use up the process's.
+  static constexpr int kMaxThreads = 256;
+
+  /// Without a spooler frames are accepted and dropped. With a count below 1, or when threads cannot be made, images
+  /// are closed on the thread that calls Spool().
+  TThreadedSpooler(ISpooler* spooler, int threadCount);
+  /// Blocks until every image is closed.
+  ~TThreadedSpooler() override;
+  TThreadedSpooler(const TThreadedSpooler&) = delete;
+  TThreadedSpooler& operator=(const TThreadedSpooler&) = delete;
+
+  /// The frame is copied when it returns, so @p buffer is free again. Blocks while the thread whose turn it is
+  /// closes an earlier image. Returns 0 when the image could not be opened or locked; nothing is open then.
+  int Spool(int index, unsigned char* buffer, int sizeBytes) override;
+
+  /// Unlocks and closes the image that @p image points to. Its own threads call it.
+  void Execute(void* image) override;
+
+private:
+  ISpooler* spooler_;
+  int threadCount_;
+  int next_ = 0;
+  std::vector<std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> launchers_; // threadCount_ of them
+};
