@@ -1,0 +1,2 @@
+# SPDX-License-Identifier: MIT
+"""Cameras and their images in Python."""

@@ -1,0 +1,69 @@
+# SPDX-License-Identifier: MIT
+"""The files that hold the images."""
+from __future__ import annotations
+
+import re
+from collections import OrderedDict
+from pathlib import Path
+from typing import List
+
+import numpy as np
+
+from .errors import SpoolFormatError
+
+_MOST_OPEN = 8
+_NAME = re.compile(r"spool_(\d{10})\.dat")
+
+
+class SpoolFiles:
+    """Maps the files of a run into memory when they are asked for and keeps the few used last. For one thread."""
+
+    def __init__(self, directory: Path, images_per_file: int, image_size: int):
+        self._directory = directory
+        self._images_per_file = images_per_file
+        self._image_size = image_size
+        self._open: "OrderedDict[int, np.ndarray]" = OrderedDict()
+
+    def file_of(self, number: int) -> int:
+        return number // self._images_per_file
+
+    def numbers_on_disk(self) -> List[int]:
+        """The files that are there."""
+        names = (_NAME.fullmatch(path.name) for path in self._directory.iterdir())
+        return sorted(int(name.group(1)) for name in names if name)
+
+    def frame(self, number: int) -> np.ndarray:
+        """The bytes of an image, read-only, mapped as long as somebody holds them."""
+        return self.frames(number, 1)
+
+    def frames(self, first: int, count: int) -> np.ndarray:
+        """The bytes of images that follow each other in one file."""
+        file = self.file_of(first)
+        start = (first % self._images_per_file) * self._image_size
+        data = self._map(file)
+        if data.size < start + count * self._image_size:
+            raise SpoolFormatError(self._path(file), f"has {data.size} bytes, image {first + count - 1} ends at "
+                                                     f"{start + count * self._image_size}")
+        return data[start:start + count * self._image_size]
+
+    def close(self) -> None:
+        """Lets go of every file. Arrays that were handed out keep theirs."""
+        self._open.clear()
+
+    def _path(self, file):
+        return self._directory / f"spool_{file:010d}.dat"
+
+    def _map(self, file):
+        if file in self._open:
+            self._open.move_to_end(file)
+            return self._open[file]
+        path = self._path(file)
+        try:
+            is_empty = path.stat().st_size == 0
+            data = np.zeros(0, np.uint8) if is_empty else np.asarray(np.memmap(path, np.uint8, "r"))
+        except OSError as error:
+            raise SpoolFormatError(path, error.strerror or str(error)) from error
+        while len(self._open) >= _MOST_OPEN:
+            self._open.popitem(last=False)
+        self._open[file] = data
+        return data

@@ -1,0 +1,211 @@
+# SPDX-License-Identifier: MIT
+"""A spooled run as a sequence of images."""
+from __future__ import annotations
+
+import operator
+import os
+from pathlib import Path
+from typing import Iterator, List, Optional, Union
+
+import numpy as np
+
+from . import chunks, pixels
+from .description import RunDescription
+from .errors import DamagedImageError, MissingImageError, SpoolError, SpoolFormatError
+from .files import SpoolFiles
+from .index import FILE_NAME as INDEX_NAME
+from .index import read_index
+from .xxh3 import xxh3_64
+
+
+class SpoolRun:
+    """The images of a spooled run, by their number from 0. Nothing is read before it is asked for, except the index.
+
+    A run that has been written to its end (complete, aborted or failed) opens as it is. Of a run that was killed, or is
+    still going on, `salvage=True` gives what is there: images that the index has, with a checksum that fits. Without an
+    index these are the images that are not all zeros; `is_checked` is then False.
+
+    verify: compare every image with its checksum when opening, which reads all of them. Damaged images raise
+    DamagedImageError, with salvage they are left out and listed in `damaged`. Without a value it is what `salvage` is.
+
+    Errors are SpoolError and its kinds. For one thread at a time.
+    """
+
+    def __init__(self, path: Union[str, "os.PathLike[str]"], salvage: bool = False, verify: Optional[bool] = None):
+        self.path = Path(path)
+        self.description = RunDescription.read(self.path)
+        self._files = SpoolFiles(self.path, self.description.images_per_file, self.description.image_size)
+        self.is_checked = True
+        self.damaged: List[int] = []
+        if self.state == "recording" and not salvage:
+            raise SpoolError(f"{self.path}: the run was killed or is still going on; salvage=True gives what is there")
+        if salvage and not (self.path / INDEX_NAME).exists():
+            self.is_checked = False
+            self.numbers = np.array(self._nonzero_images(), np.int64)
+            return
+        index = read_index(self.path, self.description.images_expected)
+        self._records = index.records
+        self.numbers = index.records["number"].astype(np.int64)
+        if not salvage:
+            self._check_index(index)
+        if salvage if verify is None else verify:
+            self._leave_out_damaged(salvage)
+
+    @property
+    def state(self) -> str:
+        """"recording" (also of a killed run), "complete", "aborted" or "failed"."""
+        return self.description.state
+
+    @property
+    def missing(self) -> np.ndarray:
+        """The numbers of the series that are not there."""
+        is_missing = np.ones(self.description.images_expected, bool)
+        is_missing[self.numbers] = False
+        return np.flatnonzero(is_missing)
+
+    @property
+    def shape(self):
+        """Rows and columns of an image."""
+        return self.description.height, self.description.width
+
+    @property
+    def dtype(self) -> np.dtype:
+        """The type of a pixel."""
+        return pixels.pixel_type(self.description.pixel_encoding)
+
+    def __len__(self) -> int:
+        """One more than the highest number that is there. Below it, numbers may be missing."""
+        return int(self.numbers[-1]) + 1 if self.numbers.size else 0
+
+    def __contains__(self, number: int) -> bool:
+        place = np.searchsorted(self.numbers, number)
+        return bool(place < self.numbers.size and self.numbers[place] == number)
+
+    def __getitem__(self, number: Union[int, slice]) -> np.ndarray:
+        """An image as an array of its own; of a slice all its images, (images, rows, columns)."""
+        if isinstance(number, slice):
+            return self._stack(range(*number.indices(len(self))))
+        return self._stack([self._number(number)])[0]
+
+    def __iter__(self) -> Iterator[np.ndarray]:
+        """The images 0 to len - 1; a missing one raises MissingImageError (`numbers` has those that are there)."""
+        return (self[number] for number in range(len(self)))
+
+    def array(self) -> np.ndarray:
+        """All images 0 to len - 1, (images, rows, columns). A read-only view of the file, without a copy, when there is
+        one file and its pixels are whole bytes, else a copy."""
+        count = len(self)
+        if count and self._files.file_of(count - 1) == 0 and self.description.pixel_encoding != pixels.PACKED:
+            self._check_present(range(count))
+            return pixels.view(self._files.frames(0, count), self.description)
+        return self._stack(range(count))
+
+    def frame_bytes(self, number: int) -> np.ndarray:
+        """The frame as the camera delivered it, with padding and metadata: a read-only view of the file."""
+        return self._frame(self._number(number))
+
+    def tick(self, number: int) -> Optional[int]:
+        """The camera's clock at an image, in ticks (`description.timestamp_frequency` a second); None without."""
+        number = self._number(number)
+        return chunks.timestamp(self._frame(number)) if self.description.metadata else None
+
+    def ticks(self) -> np.ndarray:
+        """The camera's clock at each image of `numbers`, -1 for one without."""
+        found = (self.tick(number) for number in self.numbers)
+        return np.array([-1 if tick is None else tick for tick in found], np.int64)
+
+    def host_times(self) -> np.ndarray:
+        """When each image of `numbers` was taken over for writing (UTC, ns), by the host's clock; not-a-time for all
+        when there is no index."""
+        if not self.is_checked:
+            return np.full(self.numbers.size, "NaT", "datetime64[ns]")
+        return self._records["time"].astype("datetime64[ns]")
+
+    def verify(self, number: int) -> bool:
+        """Whether the bytes of an image fit its checksum; SpoolError without an index."""
+        number = self._number(number)
+        if not self.is_checked:
+            raise SpoolError(f"{self.path}: there is no index, and so no checksum")
+        record = self._records[np.searchsorted(self.numbers, number)]
+        return xxh3_64(self._frame(number)) == int(record["checksum"])
+
+    def close(self) -> None:
+        """Lets go of the files; they are opened again when needed. Arrays that were handed out stay valid."""
+        self._files.close()
+
+    def __enter__(self) -> "SpoolRun":
+        return self
+
+    def __exit__(self, *_) -> None:
+        self.close()
+
+    def __repr__(self) -> str:
+        rows, columns = self.shape
+        return (f"<SpoolRun {str(self.path)!r}: {self.numbers.size} of {self.description.images_expected} images, "
+                f"{columns}x{rows} {self.description.pixel_encoding}, {self.state}>")
+
+    def _number(self, number):
+        number = operator.index(number)
+        count = len(self)
+        if not -count <= number < count:
+            raise IndexError(f"{self.path}: image {number} of {count}")
+        return number + count if number < 0 else number
+
+    def _check_present(self, numbers):
+        lacking = np.setdiff1d(numbers, self.numbers)
+        if lacking.size:
+            raise MissingImageError(lacking, self.path)
+
+    def _frame(self, number):
+        self._check_present([number])
+        return self._files.frame(number)
+
+    def _stack(self, numbers):
+        self._check_present(numbers)
+        stack = np.empty((len(numbers), *self.shape), self.dtype)
+        for place, number in enumerate(numbers):
+            pixels.decode(self._files.frame(number), self.description, stack[place])
+        return stack
+
+    def _check_index(self, index):
+        """A run that was ended in order has an index without flaws."""
+        path = self.path / INDEX_NAME
+        hint = "; salvage=True gives the images that are there"
+        if index.rest:
+            raise SpoolFormatError(path, f"ends with a torn record of {index.rest} bytes" + hint)
+        if index.rejected:
+            raise SpoolFormatError(path, f"has {index.rejected} records that are damaged or repeated" + hint)
+        if self.numbers.size != self.description.images_written:
+            raise SpoolFormatError(path, f"has {self.numbers.size} images, the run wrote "
+                                         f"{self.description.images_written}" + hint)
+        if self.state == "complete" and self.numbers.size != len(self):
+            raise SpoolFormatError(path, "lacks images of a complete run" + hint)
+
+    def _leave_out_damaged(self, salvage):
+        self.damaged = [int(number) for number in self.numbers if not self._is_whole(number, salvage)]
+        if not self.damaged:
+            return
+        if not salvage:
+            raise DamagedImageError(self.damaged, self.path)
+        is_whole = ~np.isin(self.numbers, self.damaged)
+        self._records, self.numbers = self._records[is_whole], self.numbers[is_whole]
+
+    def _is_whole(self, number, salvage):
+        try:
+            return self.verify(number)
+        except SpoolFormatError:
+            if salvage:
+                return False
+            raise
+
+    def _nonzero_images(self):
+        found = []
+        for file in self._files.numbers_on_disk():
+            first = file * self.description.images_per_file
+            for number in range(first, min(first + self.description.images_per_file, self.description.images_expected)):
+                try:
+                    if self._files.frame(number).any():
+                        found.append(number)
+                except SpoolFormatError:
+                    break
+        return found
