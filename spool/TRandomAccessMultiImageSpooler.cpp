@@ -9,7 +9,6 @@
 #include "utility/TQuorinMisc.h"
 
 #include <array>
-#include <exception>
 #include <memory>
 
 using QuorinUtility::TAutoQuorinCriticalSection;
@@ -60,7 +59,7 @@ int TRandomAccessMultiImageSpooler::OpenImage(unsigned int index, int mode, IIma
     ++openCounts_[file];
     image = opened.release();
     return 0;
-  } catch (const std::exception&) {
+  } catch (...) {
     ReleaseFile(file, 0);
     throw;
   }
@@ -75,7 +74,7 @@ int TRandomAccessMultiImageSpooler::OpenFile(int file, int mode)
   try {
     openCounts_.emplace(file, 0);
     result = fileSpooler_->OpenImage(static_cast<unsigned int>(file), mode, entry->second);
-  } catch (const std::exception&) {
+  } catch (...) {
     openCounts_.erase(file);
     files_.erase(file);
     throw;

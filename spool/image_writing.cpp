@@ -13,7 +13,19 @@ using QuorinUtility::TQuorinLibDebugOutput;
 
 namespace {
 
-constexpr int kThrown = 1; // the result of an operation that threw instead of returning one
+constexpr int kFailed = 1; // the result of an operation that threw, or said success and gave nothing
+
+int Open(ISpooler& spooler, unsigned int index, IImage*& image)
+{
+  const int result = spooler.OpenImage(index, ISpooler::kReadWrite, image);
+  return result == 0 && !image ? kFailed : result;
+}
+
+int Lock(IImage& image, unsigned char*& destination)
+{
+  const int result = image.Lock(destination);
+  return result == 0 && !destination ? kFailed : result;
+}
 
 /// The result of @p operation, logged unless it is success. @p what tells the log which operation it was.
 template <class Operation>
@@ -22,11 +34,11 @@ int Logged(const char* what, Operation operation)
   try {
     const int result = operation();
     if (result != 0)
-      TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s failed with %d", what, result);
+      TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s of an image failed with %d", what, result);
     return result;
   } catch (const std::exception& error) {
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s failed: %s", what, error.what());
-    return kThrown;
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s of an image failed: %s", what, error.what());
+    return kFailed;
   }
 }
 
@@ -44,11 +56,9 @@ IImage* WriteImage(ISpooler* spooler, int index, const unsigned char* buffer, in
 {
   if (!IsWritable(spooler, index, buffer, sizeBytes)) return nullptr;
   IImage* image = nullptr;
-  const auto number = static_cast<unsigned int>(index);
-  if (Logged("open", [&] { return spooler->OpenImage(number, ISpooler::kReadWrite, image); }) != 0 || !image)
-    return nullptr;
+  if (Logged("open", [&] { return Open(*spooler, static_cast<unsigned int>(index), image); }) != 0) return nullptr;
   unsigned char* destination = nullptr;
-  if (Logged("lock", [&] { return image->Lock(destination); }) != 0 || !destination) {
+  if (Logged("lock", [&] { return Lock(*image, destination); }) != 0) {
     Logged("close", [&] { return spooler->CloseImage(image); });
     return nullptr;
   }

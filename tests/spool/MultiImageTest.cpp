@@ -1,0 +1,374 @@
+// SPDX-License-Identifier: MIT
+// Several images in one file: where they are, when the file is open, and what wrong use is told.
+#include "features/TSDK3Exception.h"
+#include "spool/TOffsetMultiImage.h"
+#include "spool/TRandomAccessMultiImageSpooler.h"
+#include "spool/TSerialMultiImage.h"
+#include "tests/spool/TLogFile.h"
+#include "tests/spool/TMemorySpooler.h"
+
+#include <algorithm>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <numeric>
+#include <set>
+#include <sys/mman.h>
+#include <thread>
+
+using testing::ElementsAre;
+using testing::EndsWith;
+
+namespace {
+
+constexpr unsigned int kImagesPerFile = 10;
+constexpr std::uint64_t kImageSize = 1000;
+
+/// Makes images as long as it is allowed to.
+class TFailingSpooler final : public TRandomAccessMultiImageSpooler
+{
+public:
+  using TRandomAccessMultiImageSpooler::TRandomAccessMultiImageSpooler;
+  IImage* CreateOffsetMultiImage(IImage* file, std::uint64_t size, unsigned int position) override
+  {
+    if (fails) throw std::bad_alloc();
+    return TRandomAccessMultiImageSpooler::CreateOffsetMultiImage(file, size, position);
+  }
+  bool fails = false;
+};
+
+class MultiImageSpooler : public testing::Test
+{
+protected:
+  void SetUp() override { spooler_.SetImageSizeBytes(kImageSize); }
+
+  IImage* Open(unsigned int index)
+  {
+    IImage* image = nullptr;
+    EXPECT_EQ(spooler_.OpenImage(index, 6, image), 0);
+    return image;
+  }
+
+  /// Where in its file an image lies.
+  std::ptrdiff_t OffsetOf(unsigned int index)
+  {
+    IImage* const image = Open(index);
+    unsigned char* place = nullptr;
+    EXPECT_EQ(image->Lock(place), 0);
+    const std::ptrdiff_t offset = place - files_.images.at(index / kImagesPerFile).bytes.data();
+    EXPECT_EQ(image->Unlock(), 0);
+    EXPECT_EQ(spooler_.CloseImage(image), 0);
+    return offset;
+  }
+
+  TMemorySpooler files_;
+  TFailingSpooler spooler_{&files_, kImagesPerFile};
+};
+
+} // namespace
+
+TEST_F(MultiImageSpooler, PutsEachImageAtItsPlaceInItsFile)
+{
+  EXPECT_EQ(files_.sizeBytes, 10000u);
+  EXPECT_EQ(OffsetOf(23), 3000);
+  EXPECT_EQ(OffsetOf(0), 0);
+  EXPECT_EQ(OffsetOf(9), 9000);
+  EXPECT_EQ(OffsetOf(10), 0);
+  EXPECT_THAT(files_.modes, testing::Each(6));
+  EXPECT_EQ(files_.images.size(), 3u);
+  const TMemoryImage& file = files_.images.at(2);
+  EXPECT_EQ(file.locks, 1);
+  EXPECT_EQ(file.unlocks, 1);
+  EXPECT_EQ(file.closed, 1);
+}
+
+TEST_F(MultiImageSpooler, KeepsAFileOpenUntilItsLastImageIsClosedInWhateverOrder)
+{
+  std::vector<unsigned int> order(kImagesPerFile);
+  std::iota(order.begin(), order.end(), 0u);
+  for (int round = 1; round <= 4; ++round) {
+    std::vector<IImage*> images;
+    for (unsigned int i = 0; i < kImagesPerFile; ++i) images.push_back(Open(20 + i));
+    IImage* const other = Open(30);
+    for (unsigned int i = 0; i < kImagesPerFile; ++i) {
+      EXPECT_TRUE(files_.images.at(2).isOpen);
+      EXPECT_EQ(spooler_.CloseImage(images[order[i]]), 0);
+    }
+    EXPECT_FALSE(files_.images.at(2).isOpen);
+    EXPECT_EQ(files_.images.at(2).opened, round);
+    EXPECT_EQ(files_.images.at(2).closed, round);
+    EXPECT_TRUE(files_.images.at(3).isOpen);
+    EXPECT_EQ(spooler_.CloseImage(other), 0);
+    for (int i = 0; i < 3 * round; ++i) std::next_permutation(order.begin(), order.end());
+    std::rotate(order.begin(), order.begin() + 3, order.end());
+  }
+}
+
+TEST_F(MultiImageSpooler, RefusesImagesThatAreNotOpenHere)
+{
+  IImage* const image = Open(5);
+  TMemoryImage stranger;
+  EXPECT_EQ(spooler_.CloseImage(&stranger), 1);
+  EXPECT_EQ(spooler_.CloseImage(nullptr), 1);
+  EXPECT_TRUE(files_.images.at(0).isOpen);
+  EXPECT_EQ(spooler_.CloseImage(image), 0);
+  EXPECT_EQ(spooler_.CloseImage(image), 1);
+  EXPECT_EQ(files_.images.at(0).closed, 1);
+}
+
+TEST_F(MultiImageSpooler, PassesFailuresOfTheFileOnAndRecordsNothing)
+{
+  files_.openResult = [](unsigned int) { return 28; };
+  IImage* image = nullptr;
+  EXPECT_EQ(spooler_.OpenImage(7, 6, image), 28);
+  EXPECT_EQ(image, nullptr);
+  files_.openResult = [](unsigned int) { return 0; };
+  image = Open(7);
+  EXPECT_EQ(files_.modes.size(), 2u);
+  files_.result = 5;
+  EXPECT_EQ(spooler_.CloseImage(image), 5);
+  EXPECT_EQ(files_.OpenImages(), 0);
+
+  EXPECT_EQ(spooler_.SetImageSizeBytes(1), 5);
+  EXPECT_EQ(spooler_.SetPath(L"p"), 5);
+  EXPECT_EQ(spooler_.SetStem(L"s"), 5);
+  EXPECT_EQ(spooler_.Remove(), 5);
+  EXPECT_EQ(files_.notes, L"path p;stem s;remove;");
+
+  files_.openResult = [](unsigned int) -> int { throw std::bad_alloc(); };
+  EXPECT_THROW(spooler_.OpenImage(7, 6, image), std::bad_alloc);
+  files_.openResult = [](unsigned int) { return 3; };
+  EXPECT_EQ(spooler_.OpenImage(7, 6, image), 3);
+}
+
+TEST_F(MultiImageSpooler, ClosesTheFileOfAnImageThatCannotBeMade)
+{
+  IImage* image = nullptr;
+  spooler_.fails = true;
+  EXPECT_THROW(spooler_.OpenImage(7, 6, image), std::bad_alloc);
+  EXPECT_EQ(files_.OpenImages(), 0);
+  spooler_.fails = false;
+  IImage* const first = Open(6);
+  spooler_.fails = true;
+  EXPECT_THROW(spooler_.OpenImage(7, 6, image), std::bad_alloc);
+  EXPECT_TRUE(files_.images.at(0).isOpen) << "image 6 is in it";
+  EXPECT_EQ(spooler_.CloseImage(first), 0);
+  EXPECT_EQ(files_.OpenImages(), 0);
+  EXPECT_EQ(files_.images.at(0).closed, 2);
+}
+
+TEST(MultiImage, CountsBytesIn64Bits)
+{
+  constexpr std::uint64_t kGiB = std::uint64_t{1} << 30;
+  TMemorySpooler files;
+  TRandomAccessMultiImageSpooler spooler(&files, 32);
+  EXPECT_EQ(spooler.SetImageSizeBytes(8 * kGiB), 0);
+  EXPECT_EQ(files.sizeBytes, 256 * kGiB);
+  EXPECT_EQ(spooler.SetImageSizeBytes(std::numeric_limits<std::uint64_t>::max() / 31), 1);
+  EXPECT_EQ(files.sizeBytes, 256 * kGiB);
+
+  /// A file larger than the memory, never touched.
+  struct TLargeFile final : IImage
+  {
+    ~TLargeFile() override { munmap(base, 6 * kGiB); }
+    int Lock(unsigned char*& destination) override
+    {
+      destination = base;
+      return 0;
+    }
+    int Unlock() override { return 0; }
+    unsigned char* const base = static_cast<unsigned char*>(
+        mmap(nullptr, 6 * kGiB, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
+  } file;
+  ASSERT_NE(file.base, MAP_FAILED);
+  unsigned char* place = nullptr;
+  EXPECT_EQ(TOffsetMultiImage(&file, kGiB, 5).Lock(place), 0);
+  EXPECT_EQ(place - file.base, static_cast<std::ptrdiff_t>(5 * kGiB));
+}
+
+TEST(MultiImage, ClosesWhatIsOpenWhenTheSpoolerGoes)
+{
+  TMemorySpooler files;
+  {
+    TRandomAccessMultiImageSpooler spooler(&files, 2);
+    spooler.SetImageSizeBytes(1);
+    IImage* image = nullptr;
+    for (const unsigned int index : {0u, 1u, 2u}) EXPECT_EQ(spooler.OpenImage(index, 6, image), 0);
+  }
+  EXPECT_EQ(files.OpenImages(), 0);
+  EXPECT_EQ(files.images.at(0).closed, 1);
+}
+
+TEST(MultiImage, WritesFromManyThreadsAreAllInPlaceAndEveryFileIsClosed)
+{
+  constexpr unsigned int kThreads = 4;
+  constexpr unsigned int kImages = 1200;
+  constexpr unsigned int kPerFile = 5;
+  TMemorySpooler files;
+  TRandomAccessMultiImageSpooler spooler(&files, kPerFile);
+  spooler.SetImageSizeBytes(sizeof(unsigned int));
+  std::vector<std::thread> threads;
+  for (unsigned int thread = 0; thread < kThreads; ++thread)
+    threads.emplace_back([&spooler, thread] {
+      for (unsigned int index = thread; index < kImages; index += kThreads) {
+        IImage* image = nullptr;
+        unsigned char* place = nullptr;
+        ASSERT_EQ(spooler.OpenImage(index, 6, image), 0);
+        ASSERT_EQ(image->Lock(place), 0);
+        std::copy_n(reinterpret_cast<const unsigned char*>(&index), sizeof index, place);
+        ASSERT_EQ(image->Unlock(), 0);
+        ASSERT_EQ(spooler.CloseImage(image), 0);
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+
+  EXPECT_EQ(files.mostCallsAtOnce, 1);
+  ASSERT_EQ(files.images.size(), kImages / kPerFile);
+  for (const auto& [number, file] : files.images) {
+    EXPECT_FALSE(file.isOpen);
+    EXPECT_EQ(file.opened, file.closed);
+    for (unsigned int i = 0; i < kPerFile; ++i) {
+      unsigned int written = 0;
+      std::copy_n(file.bytes.data() + i * sizeof written, sizeof written,
+                  reinterpret_cast<unsigned char*>(&written));
+      EXPECT_EQ(written, number * kPerFile + i);
+    }
+  }
+}
+
+TEST(SerialMultiImage, HandsOutOnePlaceAfterTheOtherAndUnlocksTheFileOnce)
+{
+  TMemoryImage file;
+  file.bytes.resize(300);
+  TSerialMultiImage serial(&file, 100, 3);
+  unsigned char* place = nullptr;
+  file.lockResult = [] { return 13; };
+  EXPECT_EQ(serial.Lock(place), 13);
+  file.lockResult = [] { return 0; };
+  for (const int offset : {0, 100, 200}) {
+    EXPECT_EQ(serial.Lock(place), 0);
+    EXPECT_EQ(place - file.bytes.data(), offset);
+  }
+  EXPECT_THROW(serial.Lock(place), TSDK3Exception);
+  EXPECT_EQ(file.locks, 1);
+
+  file.unlockResult = 7;
+  EXPECT_EQ(serial.Unlock(), 0);
+  EXPECT_EQ(serial.Unlock(), 0);
+  EXPECT_EQ(file.unlocks, 0);
+  EXPECT_EQ(serial.Unlock(), 7);
+  EXPECT_THROW(serial.Unlock(), TSDK3Exception);
+  EXPECT_EQ(file.unlocks, 1);
+  EXPECT_EQ(serial.ForceUnlock(), 7);
+  EXPECT_EQ(file.unlocks, 2);
+}
+
+TEST(SerialMultiImage, GivesEachPlaceToOneThread)
+{
+  constexpr unsigned int kThreads = 4;
+  constexpr unsigned int kEach = 250;
+  TMemoryImage file;
+  file.bytes.resize(kThreads * kEach);
+  TSerialMultiImage serial(&file, 1, kThreads * kEach);
+  std::vector<std::thread> threads;
+  for (unsigned int thread = 0; thread < kThreads; ++thread)
+    threads.emplace_back([&serial] {
+      for (unsigned int i = 0; i < kEach; ++i) {
+        unsigned char* place = nullptr;
+        ASSERT_EQ(serial.Lock(place), 0);
+        ++*place;
+        ASSERT_EQ(serial.Unlock(), 0);
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_THAT(file.bytes, testing::Each(1));
+  EXPECT_EQ(file.locks, 1);
+  EXPECT_EQ(file.unlocks, 1);
+}
+
+namespace {
+
+struct TWrongUse
+{
+  const char* name;
+  std::function<void()> act;
+  std::string logged;
+  std::string thrown;
+};
+
+void LockTwice()
+{
+  TMemoryImage file;
+  file.bytes.resize(1);
+  TSerialMultiImage serial(&file, 1, 1);
+  unsigned char* place = nullptr;
+  serial.Lock(place);
+  serial.Lock(place);
+}
+
+void UnlockTwice()
+{
+  TMemoryImage file;
+  TSerialMultiImage serial(&file, 1, 1);
+  serial.Unlock();
+  serial.Unlock();
+}
+
+TMemorySpooler noFiles;
+TMemoryImage noFile;
+
+const TWrongUse kWrongUses[] = {
+    {"NoFileSpooler", [] { TRandomAccessMultiImageSpooler(nullptr, 0); },
+     "TMultiImageSpooler: Error - ISpooler* cannot be NULL in constructor\n",
+     "TMultiImageSpooler: Error - ISpooler* cannot be NULL in constructor\n"},
+    {"NoImagesPerFile", [] { TRandomAccessMultiImageSpooler(&noFiles, 0); },
+     "TMultiImageSpooler: Error - Number of imagse per file cannot be zero. Images Per File[ 0 ]\n",
+     "TMultiImageSpooler: Error - Number of images per file cannot be zero\n"},
+    {"SerialWithoutFile", [] { TSerialMultiImage(nullptr, 0, 0); },
+     "TMultiImage: Error - IImage* cannot be NULL in constructor\n",
+     "TMultiImage: Error - IImage* cannot be NULL in constructor\n"},
+    {"SerialWithoutImages", [] { TSerialMultiImage(&noFile, 0, 0); },
+     "TMultiImage: Error - Number of imagse per file cannot be zero.\n",
+     "TMultiImage: Error - Number of images per file cannot be zero\n"},
+    {"SerialWithoutSize", [] { TSerialMultiImage(&noFile, 0, 1); },
+     "TMultiImage: Error - Image size cannot be zero.\n", "TMultiImage: Error - Image size cannot be zero\n"},
+    {"OffsetWithoutFile", [] { TOffsetMultiImage(nullptr, 0, 0); },
+     "TNthMultiImage: Error - IImage* cannot be NULL in constructor\n",
+     "TNthMultiImage: Error - IImage* cannot be NULL in constructor\n"},
+    {"OffsetWithoutSize", [] { TOffsetMultiImage(&noFile, 0, 0); },
+     "TNthMultiImage: Error - Image size cannot be zero.\n",
+     "TNthMultiImage: Error - Image size cannot be zero\n"},
+    {"LockedTooOften", LockTwice, "TMultiImage: Error - Lock called more times than there are images per file.\n",
+     "TMultiImage: Error - Lock called more times than there are images per file.\n"},
+    {"UnlockedTooOften", UnlockTwice,
+     "TMultiImage: Error - Unlock called more times than there are images per file.\n",
+     "TMultiImage: Error - Unlock called more times than there are images per file.\n"},
+};
+
+class MultiImageWrongUse : public testing::TestWithParam<TWrongUse>
+{
+};
+
+std::string WithoutLineEnd(const std::string& text)
+{
+  return text.substr(0, text.find('\n'));
+}
+
+} // namespace
+
+TEST_P(MultiImageWrongUse, IsLoggedAndThrown)
+{
+  const TLogFile log;
+  std::string thrown;
+  try {
+    GetParam().act();
+  } catch (const TSDK3Exception& exception) {
+    thrown = exception.what();
+  }
+  EXPECT_EQ(thrown, GetParam().thrown);
+  EXPECT_THAT(log.Lines(), ElementsAre(EndsWith(" " + WithoutLineEnd(GetParam().logged))));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, MultiImageWrongUse, testing::ValuesIn(kWrongUses),
+                         [](const auto& use) { return std::string(use.param.name); });

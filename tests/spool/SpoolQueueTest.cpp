@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+// The queue of frames: order, waiting, several readers, and aborts at any moment.
+#include "spool/TQueuingSpoolAlgorithm.h"
+#include "spool/TSpoolQueue.h"
+#include "tests/utility/SystemCalls.h"
+#include "utility/TQuorinMisc.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <thread>
+#include <vector>
+
+namespace {
+
+unsigned char frame[4];
+
+bool IsEndMarker(const TSpoolFileData& data)
+{
+  return data == TSpoolFileData();
+}
+
+} // namespace
+
+TEST(SpoolQueue, GivesFramesBackInOrder)
+{
+  TSpoolQueue queue;
+  TQueuingSpoolAlgorithm algorithm(&queue);
+  EXPECT_TRUE(queue.IsEmpty());
+  EXPECT_EQ(algorithm.Spool(0, frame, 4), 1);
+  EXPECT_EQ(algorithm.Spool(1, frame + 1, 3), 1);
+  EXPECT_FALSE(queue.IsEmpty());
+  EXPECT_EQ(queue.Retrieve(), TSpoolFileData(frame, 0, 4));
+  const TSpoolFileData second = queue.Retrieve();
+  EXPECT_EQ(second, TSpoolFileData(frame + 1, 1, 3));
+  EXPECT_EQ(second.error, 0);
+  EXPECT_EQ(second.image, nullptr);
+  EXPECT_TRUE(queue.IsEmpty());
+  EXPECT_EQ(TQueuingSpoolAlgorithm(nullptr).Spool(0, frame, 4), 0);
+}
+
+TEST(SpoolQueue, ComparesWhatIsToBeWrittenOnly)
+{
+  const TSpoolFileData data(frame, 1, 2);
+  TSpoolFileData marked = data;
+  marked.error = 1;
+  EXPECT_EQ(marked, data);
+  EXPECT_FALSE(data == TSpoolFileData(frame + 1, 1, 2));
+  EXPECT_FALSE(data == TSpoolFileData(frame, 2, 2));
+  EXPECT_FALSE(data == TSpoolFileData(frame, 1, 3));
+}
+
+TEST(SpoolQueue, KeepsAReaderWaitingUntilThereIsAFrame)
+{
+  TSpoolQueue queue;
+  std::atomic<pid_t> reader{0};
+  TSpoolFileData read;
+  std::thread thread([&] {
+    reader = static_cast<pid_t>(QuorinUtility::TQuorinMisc::GetThreadID());
+    read = queue.Retrieve();
+  });
+  EXPECT_TRUE(system_calls::Eventually([&] { return reader != 0; }));
+  EXPECT_TRUE(system_calls::EventuallyAsleep(reader));
+  queue.Queue(TSpoolFileData(frame, 9, 4));
+  thread.join();
+  EXPECT_EQ(read, TSpoolFileData(frame, 9, 4));
+}
+
+TEST(SpoolQueue, IsAbortedForGoodWhateverItHolds)
+{
+  TSpoolQueue queue;
+  queue.Queue(TSpoolFileData(frame, 1, 4));
+  EXPECT_FALSE(queue.IsAborted());
+  queue.Abort();
+  queue.Abort();
+  EXPECT_TRUE(queue.IsAborted());
+  EXPECT_TRUE(IsEndMarker(queue.Retrieve()));
+  queue.Queue(TSpoolFileData(frame, 2, 4));
+  EXPECT_TRUE(IsEndMarker(queue.Retrieve()));
+  EXPECT_FALSE(queue.IsEmpty());
+}
+
+TEST(SpoolQueue, GivesEachFrameToOneOfSeveralReaders)
+{
+  constexpr int kFrames = 6000;
+  constexpr int kThreads = 3;
+  TSpoolQueue queue;
+  std::vector<std::atomic<int>> seen(kFrames + 1);
+  std::atomic<int> total{0};
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&] {
+      for (TSpoolFileData data = queue.Retrieve(); !IsEndMarker(data); data = queue.Retrieve()) {
+        ++seen[static_cast<std::size_t>(data.index)];
+        ++total;
+      }
+    });
+    threads.emplace_back([&queue, thread] {
+      for (int index = 1 + thread; index <= kFrames; index += kThreads)
+        queue.Queue(TSpoolFileData(frame, index, 4));
+    });
+  }
+  EXPECT_TRUE(system_calls::Eventually([&] { return total == kFrames; }));
+  queue.Abort();
+  for (std::thread& thread : threads) thread.join();
+  for (int index = 1; index <= kFrames; ++index) EXPECT_EQ(seen[static_cast<std::size_t>(index)], 1) << index;
+}
+
+TEST(SpoolQueue, AnAbortWhileTheLastFrameIsTakenIsNotMissed)
+{
+  for (int round = 0; round < 3000; ++round) {
+    TSpoolQueue queue;
+    std::atomic<bool> started{false};
+    std::thread reader([&] {
+      started = true;
+      while (!IsEndMarker(queue.Retrieve())) {
+      }
+    });
+    while (!started) std::this_thread::yield();
+    queue.Queue(TSpoolFileData(frame, 1, 4));
+    queue.Abort();
+    reader.join();
+  }
+}
