@@ -46,13 +46,3 @@ unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* dat
   return ToResultCode(bus.Write(address, data, static_cast<unsigned int>(count)));
 }
 VXMCD_PLAIN_NAME(I2CBurstWrite, _Z13I2CBurstWritehlPh);
-
-unsigned int vxsys_InternalI2CBurstRead(...)
-{
-  return RC_SUCCESS;
-}
-
-unsigned int vxsys_InternalI2CBurstWrite(...)
-{
-  return RC_SUCCESS;
-}

@@ -213,9 +213,3 @@ unsigned int GetTotalNumberImagesAcquired(long* count)
   return RC_SUCCESS;
 }
 VXMCD_PLAIN_NAME(GetTotalNumberImagesAcquired, _Z28GetTotalNumberImagesAcquiredPl);
-
-unsigned int GetNumberNewImages(long* /*first*/, long* /*last*/)
-{
-  return RC_SUCCESS;
-}
-VXMCD_PLAIN_NAME(GetNumberNewImages, _Z18GetNumberNewImagesPlS_);

@@ -22,6 +22,8 @@
  * 6. Only the functions that say so block; the others return after a few calls into the feature library.
  * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do
  *    not call SetCurrentCamera() until the run has ended.
+ * 8. Some 430 functions of older cameras are kept so that their programs link and run; they do nothing but return a
+ *    code. They are in vxmcd_fixed_results.h, which is part of this file.
  */
 #ifndef VXMCD_H
 #define VXMCD_H
@@ -46,8 +48,12 @@
 #define VXMCD_DECORATED VXMCD_API
 #endif
 
-/* The arguments of functions that ignore what they are given. */
+/* The arguments of functions that ignore what they are given. Compilers knew C23 before it had its number. */
 #if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
+#define VXMCD_ANY_ARGUMENTS ...
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L && defined(__clang__) && __clang_major__ >= 15
+#define VXMCD_ANY_ARGUMENTS ...
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L && !defined(__clang__) && __GNUC__ >= 13
 #define VXMCD_ANY_ARGUMENTS ...
 #else
 #define VXMCD_ANY_ARGUMENTS
@@ -642,12 +648,6 @@ VXMCD_DECORATED unsigned int I2CBurstRead(unsigned char address, long count, uns
  *         was refused or @p data is null
  */
 VXMCD_DECORATED unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data);
-/** Does nothing: the internal bus is the library's own. Takes any arguments. Returns #RC_SUCCESS, also with no
- * camera. */
-VXMCD_API unsigned int vxsys_InternalI2CBurstRead(VXMCD_ANY_ARGUMENTS);
-/** Does nothing: the internal bus is the library's own. Takes any arguments. Returns #RC_SUCCESS, also with no
- * camera. */
-VXMCD_API unsigned int vxsys_InternalI2CBurstWrite(VXMCD_ANY_ARGUMENTS);
 /** @} */
 
 /** @defgroup acquisition Acquisition
@@ -814,8 +814,6 @@ VXMCD_DECORATED unsigned int GetImages(long first, long last, int* array, unsign
 VXMCD_DECORATED unsigned int GetNumberAvailableImages(int* first, int* last);
 /** Writes how many images the present or last run has brought so far. Returns #RC_SUCCESS. */
 VXMCD_DECORATED unsigned int GetTotalNumberImagesAcquired(long* count);
-/** Writes nothing; kept for programs that call it. Returns #RC_SUCCESS, also with no open camera. */
-VXMCD_DECORATED unsigned int GetNumberNewImages(long* first, long* last);
 /** @} */
 
 /** @defgroup profiles Profile files
@@ -859,7 +857,13 @@ VXMCD_DECORATED unsigned int WritePrivateProfileString(const char* section, cons
 
 #ifdef __cplusplus
 }
+#endif
 
+#ifndef VXMCD_WITHOUT_FIXED_RESULTS
+#include "vxmcd_fixed_results.h"
+#endif
+
+#ifdef __cplusplus
 #include <string>
 
 /**

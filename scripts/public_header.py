@@ -76,7 +76,7 @@ def result_codes():
     return rows
 
 
-def write_or_check(script, path, make_text, count_entries):
+def write_or_check(script, path, make_text, count_entries, source="the header"):
     """The command line that such scripts have in common; returns the exit code. `make_text` makes the text of the file at
     `path` in a scratch directory."""
     usage = f"scripts/{script} [--check]"
@@ -89,10 +89,10 @@ def write_or_check(script, path, make_text, count_entries):
         return 0
     shown = path.relative_to(ROOT)
     old = path.read_text() if path.exists() else ""
-    difference = list(difflib.unified_diff(old.splitlines(), text.splitlines(), str(shown), "the header", lineterm=""))
+    difference = list(difflib.unified_diff(old.splitlines(), text.splitlines(), str(shown), source, lineterm=""))
     if difference:
         print("\n".join(difference))
-        print(f"{shown} is not what the header says: run scripts/{script}")
+        print(f"{shown} is not what {source} says: run scripts/{script}")
         return 1
-    print(f"{shown} is what the header says: {count_entries(text)} entries")
+    print(f"{shown} is what {source} says: {count_entries(text)} entries")
     return 0

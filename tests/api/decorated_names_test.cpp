@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A program of the old kind: it declares functions as C++ and so links to their decorated names. It needs no
 // camera.
+#include "vxmcd_result_codes.h"
+
 #include <cstdio>
 #include <string>
 
@@ -28,7 +30,6 @@ unsigned int GetImages16(long first, long last, unsigned short* array, unsigned 
 unsigned int GetImages(long first, long last, int* array, unsigned long size, long* from, long* to);
 unsigned int GetNumberAvailableImages(int* first, int* last);
 unsigned int GetTotalNumberImagesAcquired(long* count);
-unsigned int GetNumberNewImages(long* first, long* last);
 unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data);
 unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data);
 void extractNumberFromString(wchar_t* text, int& number);
@@ -37,6 +38,9 @@ unsigned int GetPrivateProfileString(const char* section, const char* key, const
                                      unsigned int size, const char* fileName);
 unsigned int WritePrivateProfileString(const char* section, const char* key, const char* value,
                                        const char* fileName);
+#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason) unsigned int name arguments;
+#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason) unsigned int name arguments;
+#include "api/fixed_results.def"
 
 namespace {
 
@@ -51,6 +55,12 @@ void Expect(unsigned int expected, unsigned int code, const char* call)
   if (code == expected) return;
   std::printf("%s returned %u, not %u\n", call, code, expected);
   ++failures;
+}
+
+template <class... Arguments>
+unsigned int CallWithZeros(unsigned int (*function)(Arguments...))
+{
+  return function(Arguments()...);
 }
 
 } // namespace
@@ -92,7 +102,6 @@ int main()
   EXPECT_CODE(kNotInitialized, GetImages(1, 1, pixels, 1, &a, &b));
   EXPECT_CODE(kNotInitialized, GetNumberAvailableImages(&i, &i));
   EXPECT_CODE(kNotInitialized, GetTotalNumberImagesAcquired(&a));
-  EXPECT_CODE(kSuccess, GetNumberNewImages(&a, &b));
   EXPECT_CODE(kNotInitialized, I2CBurstRead(0x20, 1, bytes));
   EXPECT_CODE(kNotInitialized, I2CBurstWrite(0x20, 1, bytes));
   wchar_t serial[] = L"SN-01234X";
@@ -101,6 +110,10 @@ int main()
   EXPECT_CODE(7, GetPrivateProfileInt("section", "key", 7, "no such file"));
   EXPECT_CODE(0, GetPrivateProfileString("section", "key", "text", profileText, 8, "no such file"));
   EXPECT_CODE(0, WritePrivateProfileString("section", "key", "text", "no such file"));
+
+#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason) Expect(code, CallWithZeros(name), #symbol);
+#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason) Expect(code, CallWithZeros(name), #symbol);
+#include "api/fixed_results.def"
 
   if (version[0] != 2 || version[1] != 94 || version[2] != 32007 || version[3] != 0) ++failures;
   if (trigger != L"unchanged") ++failures;

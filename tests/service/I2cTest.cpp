@@ -136,8 +136,6 @@ TEST_F(I2c, BurstsMapTheStatusToACode)
   EXPECT_EQ(I2CBurstRead(0x40, -1, data_), RC_P2_INVALID) << "the count has 32 bits in the camera";
   PublishCurrentCoreHandle(kNoCoreHandle);
   EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_InternalI2CBurstWrite(1, data_), RC_SUCCESS);
-  EXPECT_EQ(vxsys_InternalI2CBurstRead(), RC_SUCCESS);
 }
 
 } // namespace

@@ -27,16 +27,24 @@ const TCodes kMostRecent = {RC_P1_INVALID, RC_P2_INVALID, RC_NO_NEW_DATA, RC_FRA
 const TCodes kRange = {RC_P1_INVALID, RC_P2_INVALID,  RC_P3_INVALID,
                        RC_P4_INVALID, RC_NO_NEW_DATA, RC_NOT_SUPPORTED};
 
-/// Besides RC_SUCCESS.
+/// Besides RC_SUCCESS: functions that need no open camera.
 const std::map<std::string, TCodes> kOfTheLibrary = {
     {"GetAvailableCameras", {RC_NOT_SUPPORTED}},
     {"GetCameraHandle", {RC_P1_INVALID, RC_NOT_SUPPORTED}},
     {"SetCurrentCamera", {RC_P1_INVALID, RC_NOT_SUPPORTED}},
+    {"GetCurrentCamera", {}},
+    {"GetSDK3Handle", {RC_P1_INVALID}},
     {"Initialize", {RC_NO_CAMERA}},
+    {"getSDKVersion", {}},
+    {"GetSoftwareVersion", {}},
+    {"GetVersionInfo", {RC_P1_INVALID, RC_P2_INVALID, RC_P3_INVALID, RC_NOT_AVAILABLE}},
+    {"TriggerModeFeatureFinder", {RC_FEATURE_ERROR}},
     {"SetADChannel", {RC_P1_INVALID}},
     {"GetNumberADChannels", {}},
     {"GetBitDepth", kInvalid1To2},
+    {"GetControllerCardModel", {}},
     {"FreeInternalMemory", {}},
+    {"createAcquisitionEvents", {}},
 };
 
 /// Besides RC_SUCCESS and RC_NOT_INITIALIZED.
@@ -50,13 +58,20 @@ const std::map<std::string, TCodes> kOfACamera = {
     {"SetNumberKinetics", {RC_NOT_SUPPORTED, RC_P1_INVALID}},
     {"SetReadMode", {RC_P1_INVALID}},
     {"SetTriggerMode", {RC_INVALID_TRIGGER_MODE, RC_P1_INVALID, RC_FEATURE_ERROR}},
+    {"SendSoftwareTrigger", {RC_NOT_SUPPORTED}},
     {"SetOverlapMode", kAsTheCameraAnswers},
+    {"SetFrameTransferMode", kAsTheCameraAnswers},
     {"GetAcquisitionTimings", {}},
     {"GetReadOutTime", kAsTheCameraAnswers},
     {"GetMaximumExposure", {RC_P1_INVALID}},
     {"GetDetector", kInvalid1To2},
     {"SetImage", kInvalid1To6},
+    {"SetRandomTracks", {RC_NOT_SUPPORTED, RC_P1_INVALID, RC_P2_INVALID}},
+    {"GetMaximumBinning", {0, RC_P2_INVALID, RC_P3_INVALID, RC_BINNING_QUERY_FAILED}},
     {"SetOutputAmplifier", {RC_P1_INVALID}},
+    {"GetNumberAmp", {}},
+    {"IsAmplifierAvailable", {RC_INVALID_AMPLIFIER}},
+    {"GetAmpDesc", {RC_P1_INVALID}},
     {"GetAmpMaxSpeed", {RC_P1_INVALID}},
     {"SetHSSpeed", kInvalid1To2},
     {"GetNumberHSSpeeds", kInvalid1To2},
@@ -71,8 +86,10 @@ const std::map<std::string, TCodes> kOfACamera = {
     {"GetFIFOUsage", {RC_P1_INVALID, RC_NOT_SUPPORTED}},
     {"SetTemperature", kAsTheCameraAnswers},
     {"CoolerON", {}},
+    {"CoolerOFF", {}},
     {"IsCoolerOn", {RC_NOT_SUPPORTED, RC_P1_INVALID}},
     {"GetTemperatureF", kTemperature},
+    {"GetTemperature", kTemperature},
     {"GetTemperatureRange", {RC_NOT_SUPPORTED}},
     {"GetTemperatureStatus", {}},
     {"SetFanMode", {RC_NOT_SUPPORTED, RC_P1_INVALID}},
@@ -82,22 +99,33 @@ const std::map<std::string, TCodes> kOfACamera = {
     {"GetHeadModel", {RC_P1_INVALID}},
     {"GetPixelSize", {RC_NOT_SUPPORTED, RC_P1_INVALID, RC_P2_INVALID}},
     {"I2CBurstRead", kTransfer},
+    {"I2CBurstWrite", kTransfer},
     {"StartAcquisition", {RC_FRAME_UNAVAILABLE, RC_START_REFUSED}},
     {"AbortAcquisition", {RC_IDLE, RC_FEATURE_ERROR}},
+    {"WaitForAcquisition", {RC_NO_NEW_DATA}},
     {"WaitForAcquisitionTimeOut", {RC_NO_NEW_DATA}},
+    {"WaitForAcquisitionByHandle", {RC_NO_NEW_DATA}},
+    {"WaitForAcquisitionByHandleTimeOut", {RC_NO_NEW_DATA}},
+    {"CancelWait", {}},
     {"GetStatus", {}},
     {"GetAcquisitionProgress", {}},
+    {"GetSizeOfCircularBuffer", {}},
     {"SetMetaData", kAsTheCameraAnswers},
     {"vxsys_GetRawMetaDataInfo", {RC_NOT_SUPPORTED, RC_NOT_AVAILABLE, RC_FEATURE_ERROR}},
+    {"GetAcquiredData8", kAcquired},
     {"GetAcquiredData16", kAcquired},
     {"GetAcquiredData", kAcquired},
+    {"GetOldestImage8", kOldest},
     {"GetOldestImage16", kOldest},
     {"GetOldestImage", kOldest},
+    {"GetMostRecentImage8", kMostRecent},
     {"GetMostRecentImage16", kMostRecent},
     {"GetMostRecentImage", kMostRecent},
+    {"GetImages8", kRange},
     {"GetImages16", kRange},
     {"GetImages", kRange},
     {"GetNumberAvailableImages", {RC_P1_INVALID, RC_P2_INVALID, RC_NO_NEW_DATA}},
+    {"GetTotalNumberImagesAcquired", {}},
 };
 
 } // namespace
@@ -109,4 +137,9 @@ bool IsDocumented(const std::string& name, unsigned int code)
   const auto row = kOfACamera.find(name);
   if (row == kOfACamera.end()) return false;
   return code == RC_SUCCESS || code == RC_NOT_INITIALIZED || row->second.count(code) != 0;
+}
+
+bool NeedsCamera(const std::string& name)
+{
+  return kOfACamera.count(name) != 0;
 }

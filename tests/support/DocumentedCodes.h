@@ -6,3 +6,5 @@
 
 /// Whether the public header documents @p code for the entry point @p name; false for an unknown name.
 bool IsDocumented(const std::string& name, unsigned int code);
+/// Whether it answers RC_NOT_INITIALIZED as long as no camera is open.
+bool NeedsCamera(const std::string& name);

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// The functions that do nothing but answer, out of their table.
+//
+// Nothing is known of the arguments that programs pass to most of them, so they take any. The caller removes its
+// arguments itself on every platform we build for; arguments that are ignored cost nothing.
+#undef VXMCD_WITHOUT_FIXED_RESULTS
+#include "api/exports.h"
+#include "vxmcd.h"
+
+#include <cstring>
+
+namespace {
+
+/// Writes one value to outputs of a type that only the caller knows; a null output is skipped.
+template <class T>
+struct TFixedValue
+{
+  T value;
+
+  template <class... Outputs>
+  void operator()(Outputs... outputs) const
+  {
+    for (void* const output : {outputs...})
+      if (output) std::memcpy(output, &value, sizeof value);
+  }
+};
+
+} // namespace
+
+#define FIXED_RESULT(name, code, reason)                                                                          \
+  unsigned int name(...)                                                                                          \
+  {                                                                                                               \
+    return code;                                                                                                  \
+  }
+#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason)                                                 \
+  unsigned int name arguments                                                                                     \
+  {                                                                                                               \
+    return code;                                                                                                  \
+  }                                                                                                               \
+  VXMCD_PLAIN_NAME(name, symbol);
+// The header gives the function a name of its own, and with it the symbol.
+#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason)                                            \
+  unsigned int name##Decorated arguments                                                                          \
+  {                                                                                                               \
+    return code;                                                                                                  \
+  }
+// Defined under a name of its own, because the header lets callers pass whatever they have in front of the output.
+// The output is found all the same: such arguments take one register each, or, being floating-point, none of those
+// that count.
+#define FIXED_VALUE(name, parameters, outputs, type, fixed, code, reason)                                         \
+  extern "C" VXMCD_API unsigned int Define##name parameters __asm__(#name);                                       \
+  unsigned int Define##name parameters                                                                            \
+  {                                                                                                               \
+    TFixedValue<type>{fixed} outputs;                                                                             \
+    return code;                                                                                                  \
+  }
+#include "api/fixed_results.def"
