@@ -9,6 +9,7 @@ namespace vxtool {
 namespace {
 
 constexpr int kLargestSide = 65536;
+constexpr int kMostImages = 1'000'000'000;
 constexpr double kLongestSeconds = 1.0e6;
 
 /// Takes numbers and the signs between them off the front of a text.
@@ -17,11 +18,11 @@ class TFormReader
 public:
   explicit TFormReader(const std::string& text) : next_(text.data()), end_(text.data() + text.size()) {}
 
-  bool Number(int& number)
+  bool Number(int& number, int largest = kLargestSide)
   {
     const auto [rest, error] = std::from_chars(next_, end_, number);
     next_ = rest;
-    return error == std::errc{} && number >= 1 && number <= kLargestSide;
+    return error == std::errc{} && number >= 1 && number <= largest;
   }
   bool Sign(char sign)
   {
@@ -82,6 +83,26 @@ bool ParseTracks(const std::string& text, std::vector<TTrack>& tracks)
   return true;
 }
 
+bool ParseImageNumbers(const std::string& text, TNumberRanges& numbers)
+{
+  TFormReader reader(text);
+  std::vector<TNumberRange> read;
+  do {
+    TNumberRange range;
+    int number = 0;
+    if (!reader.Number(number, kMostImages)) return false;
+    range.first = range.last = number;
+    if (reader.Sign('-')) {
+      if (!reader.Number(number, kMostImages) || number < range.first) return false;
+      range.last = number;
+    }
+    read.push_back(range);
+  } while (reader.Sign(','));
+  if (!reader.IsAtEnd()) return false;
+  numbers = TNumberRanges(read);
+  return true;
+}
+
 bool ParseSeconds(const std::string& text, double& seconds)
 {
   double value = 0.0;
@@ -90,6 +111,12 @@ bool ParseSeconds(const std::string& text, double& seconds)
   if (!isNumber || !(value > 0.0 && value <= kLongestSeconds)) return false;
   seconds = value;
   return true;
+}
+
+const char* ImageCheckText(ImageCheck check)
+{
+  if (check == ImageCheck::Unchecked) return "unchecked";
+  return check == ImageCheck::Right ? "right" : "wrong";
 }
 
 std::string TracksText(const std::vector<TTrack>& tracks)

@@ -15,6 +15,8 @@ bool ParseArea(const std::string& text, TImageAreaOptions& area);
 bool ParseBinning(const std::string& text, TImageAreaOptions& area);
 /// "FIRST-LAST,FIRST-LAST,...", rows from 1.
 bool ParseTracks(const std::string& text, std::vector<TTrack>& tracks);
+/// "10-20,30", numbers of images from 1, in any order.
+bool ParseImageNumbers(const std::string& text, TNumberRanges& numbers);
 /// A time in s, above 0 and at most 1e6.
 bool ParseSeconds(const std::string& text, double& seconds);
 

@@ -14,6 +14,7 @@ enum class ExitCode : int
   CameraError = 3,
   OutputError = 4,
   FramesLost = 5,
+  InputError = 6,
   Interrupted = 130,
 };
 

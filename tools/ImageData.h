@@ -64,13 +64,13 @@ struct TRunFacts
   std::string software;         ///< name and version of the tool
   std::string camera;           ///< the camera's model, printable ASCII
   std::optional<int> serial;    ///< the number in the camera's serial number
-  std::string startUtc;         ///< time of day of the start, "2026-01-31T12:00:00.000", UTC
-  std::string trigger;          ///< trigger mode, as on the command line
-  double exposureSeconds = 0.0; ///< exposure time in force
+  std::string startUtc;         ///< time of day of the start, "2026-01-31T12:00:00.000", UTC; "": not known
+  std::string trigger;          ///< trigger mode, as on the command line; "": not known
+  double exposureSeconds = 0.0; ///< exposure time in force; 0: not known
   double cycleSeconds = 0.0;    ///< time from one image to the next, 0 when the trigger decides it
   int accumulations = 1;        ///< exposures added up to one image
   long plannedImages = 0;       ///< images asked for, 0 for no limit
-  TSensorArea area;
+  TSensorArea area;             ///< of width 0: not known
   TReadout readout;
   std::optional<double> pixelWidthMicrometres; ///< of a pixel of the sensor
   std::optional<double> pixelHeightMicrometres;
@@ -78,14 +78,27 @@ struct TRunFacts
   std::optional<double> targetCelsius; ///< what the cooler aims at, when the command line has switched it on
 };
 
+/// What the checksum that was stored with an image says of it.
+enum class ImageCheck
+{
+  Unchecked, ///< there is none
+  Right,
+  Wrong,
+};
+
+/// The word that files have for the outcome of a check: "right", "wrong", "unchecked".
+const char* ImageCheckText(ImageCheck check);
+
 /// "1-10,21-30" for tracks, the form that the command line takes.
 std::string TracksText(const std::vector<TTrack>& tracks);
 
 /// What is known of one image.
 struct TImageLabel
 {
-  long number = 0;                ///< image number in the run, from 1
-  std::optional<long long> ticks; ///< the camera's clock, when it is known for this image
+  long number = 0;                          ///< image number in the run, from 1
+  std::optional<long long> ticks;           ///< the camera's clock, when it is known for this image
+  std::optional<long long> hostNanoseconds; ///< host's clock when the image went to disk, since 1970-01-01 UTC
+  std::optional<ImageCheck> check;          ///< of images that come from disk
 };
 
 /// Where the frames of a run have gone.

@@ -6,6 +6,7 @@
 #include "tools/JsonText.h"
 #include "tools/ResultText.h"
 #include "tools/TFlatCamera.h"
+#include "tools/ToolText.h"
 #include "vxmcd.h"
 
 #include <cstdio>
@@ -15,10 +16,9 @@ namespace vxtool {
 
 namespace {
 
-ExitCode Print(const std::string& text)
+ExitCode PrintOutput(const std::string& text)
 {
-  const bool isPrinted = std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
-  return isPrinted ? ExitCode::Success : ExitCode::OutputError;
+  return Print(text) ? ExitCode::Success : ExitCode::OutputError;
 }
 
 } // namespace
@@ -44,9 +44,9 @@ ExitCode ListCameras(const TOptions& options)
   if (count == 0) std::fprintf(stderr, "vxmcd: no camera is attached\n");
   ExitCode printed = ExitCode::Success;
   if (options.isJson)
-    printed = Print(JsonLine({{"cameras", cameras}}));
+    printed = PrintOutput(JsonLine({{"cameras", cameras}}));
   else if (count > 0)
-    printed = Print(text);
+    printed = PrintOutput(text);
   return count == 0 ? ExitCode::NoCamera : printed;
 }
 
@@ -58,7 +58,7 @@ ExitCode ShowInfo(const TOptions& options)
     return ExitCode::NoCamera;
   }
   const TCameraDescription description = DescribeOpenCamera(options.camera);
-  return Print(options.isJson ? DescriptionJson(description) : DescriptionText(description));
+  return PrintOutput(options.isJson ? DescriptionJson(description) : DescriptionText(description));
 }
 
 } // namespace vxtool

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/ImageData.h"
+#include "tools/TNumberRanges.h"
 
 #include <optional>
 #include <string>
@@ -14,6 +15,7 @@ enum class Command
   List,
   Info,
   Acquire,
+  Convert,
 };
 
 enum class RunMode : int // the library's acquisition modes
@@ -37,6 +39,8 @@ enum class FileFormat
 {
   Tiff,
   Fits,
+  Raw,
+  Png,
 };
 
 enum class Fan : int // the library's fan modes
@@ -97,12 +101,30 @@ struct TAcquireOptions
   bool isQuiet = false;
 };
 
+/// What to make of the directory of a spooled run.
+struct TConvertOptions
+{
+  std::string directory;
+  TNumberRanges images;            ///< empty: all
+  std::optional<PixelDepth> depth; ///< without it what holds every pixel of the run
+  bool isVerify = false;           ///< no output is needed: images are compared with their checksums all the same
+  bool isSalvage = false;
+  bool keepsDamaged = false;
+  std::string output;
+  std::optional<FileFormat> format;
+  std::string preview;
+  bool overwrite = false;
+  bool isQuiet = false;
+};
+
 struct TOptions
 {
   Command command = Command::List;
   int camera = 0;
-  bool isJson = false; ///< what goes to standard output is one line of JSON
+  std::string directory; ///< of info: a spooled run in place of a camera
+  bool isJson = false;   ///< what goes to standard output is one line of JSON
   TAcquireOptions acquire;
+  TConvertOptions convert;
 };
 
 /// The word for a trigger mode on the command line.

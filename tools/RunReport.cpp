@@ -2,7 +2,7 @@
 // Formats the counts of a run.
 #include "tools/RunReport.h"
 
-#include "tools/JsonText.h"
+#include "tools/FactsJson.h"
 
 #include <cmath>
 #include <cstdio>
@@ -44,28 +44,6 @@ std::string ImagesText(const TRunSummary& summary)
   return line + "\n";
 }
 
-Json AreaJson(const TSensorArea& area)
-{
-  if (!area.tracks.empty()) return {{"tracks", TracksText(area.tracks)}};
-  return {{"left", area.left},
-          {"top", area.top},
-          {"width", area.width},
-          {"height", area.height},
-          {"horizontal_binning", area.horizontalBinning},
-          {"vertical_binning", area.verticalBinning}};
-}
-
-// Values of single precision, which the library has, without the digits that double precision adds.
-Json JsonNumberOrNull(const std::optional<double>& value)
-{
-  return value ? JsonNumber(static_cast<float>(*value)) : Json(nullptr);
-}
-
-Json TextOrNull(const std::string& text)
-{
-  return text.empty() ? Json(nullptr) : Json(text);
-}
-
 } // namespace
 
 std::string ReportText(const TRunSummary& summary)
@@ -92,34 +70,22 @@ std::string ReportText(const TRunSummary& summary)
 std::string ReportJson(const TRunSummary& summary)
 {
   const TRunTotals& t = summary.totals;
-  const TRunFacts& facts = summary.facts;
-  return JsonLine({{"outcome", summary.outcome},
-                   {"seconds", std::round(summary.seconds * 1.0e6) / 1.0e6},
-                   {"produced", t.Produced()},
-                   {"lost_in_camera", JsonOrNull(t.lostInCamera)},
-                   {"delivered", t.delivered},
-                   {"overwritten", t.overwritten},
-                   {"not_fetched", t.notFetched},
-                   {"fetched", t.fetched},
-                   {"written", t.written},
-                   {"not_written", t.notWritten},
-                   {"without_timestamp", t.withoutTimestamp},
-                   {"output", summary.output},
-                   {"model", facts.camera},
-                   {"serial", JsonOrNull(facts.serial)},
-                   {"start_utc", facts.startUtc},
-                   {"image_width", summary.shape.width},
-                   {"image_height", summary.shape.height},
-                   {"image_bits", static_cast<int>(summary.shape.depth)},
-                   {"area", AreaJson(facts.area)},
-                   {"gain", TextOrNull(facts.readout.gain)},
-                   {"amplifier", TextOrNull(facts.readout.amplifier)},
-                   {"speed_mhz", JsonNumberOrNull(facts.readout.megahertz)},
-                   {"exposure_s", JsonNumberOrNull(facts.exposureSeconds)},
-                   {"cycle_s", facts.cycleSeconds > 0.0 ? JsonNumberOrNull(facts.cycleSeconds) : Json(nullptr)},
-                   {"celsius_start", JsonNumberOrNull(facts.sensorCelsius)},
-                   {"celsius_end", JsonNumberOrNull(summary.celsiusAtEnd)},
-                   {"celsius_target", JsonNumberOrNull(facts.targetCelsius)}});
+  Json json = {{"outcome", summary.outcome},
+               {"seconds", std::round(summary.seconds * 1.0e6) / 1.0e6},
+               {"produced", t.Produced()},
+               {"lost_in_camera", JsonOrNull(t.lostInCamera)},
+               {"delivered", t.delivered},
+               {"overwritten", t.overwritten},
+               {"not_fetched", t.notFetched},
+               {"fetched", t.fetched},
+               {"written", t.written},
+               {"not_written", t.notWritten},
+               {"without_timestamp", t.withoutTimestamp},
+               {"output", summary.output}};
+  json.update(FactsJson(summary.facts, summary.shape));
+  json["celsius_end"] = JsonOfSingle(summary.celsiusAtEnd);
+  if (!summary.spoolDirectory.empty()) json["spool"] = summary.spoolDirectory;
+  return JsonLine(json);
 }
 
 } // namespace vxtool

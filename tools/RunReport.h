@@ -13,7 +13,8 @@ struct TRunSummary
 {
   std::string outcome; ///< complete, interrupted, failed
   double seconds = 0.0;
-  std::string output; ///< the file, "" for none
+  std::string output;         ///< the file, "" for none
+  std::string spoolDirectory; ///< where the library has written the frames, "" for nowhere
   TRunTotals totals;
   TImageShape shape;
   TRunFacts facts;

@@ -8,6 +8,7 @@
 #include "tools/TCoolingWait.h"
 #include "tools/TFitsCubeWriter.h"
 #include "tools/TInterrupt.h"
+#include "tools/ToolText.h"
 #include "tools/TPngPreviewWriter.h"
 #include "tools/TTiffStackWriter.h"
 
@@ -34,27 +35,6 @@ std::string UtcNow()
   char text[48];
   std::strftime(day, sizeof day, "%Y-%m-%dT%H:%M:%S", &parts);
   std::snprintf(text, sizeof text, "%s.%03d", day, static_cast<int>(milliseconds));
-  return text;
-}
-
-void Say(const std::string& message)
-{
-  std::fprintf(stderr, "vxmcd: %s\n", message.c_str());
-}
-
-void SayLines(const std::string& lines)
-{
-  for (std::size_t start = 0; start < lines.size();) {
-    const std::size_t end = lines.find('\n', start);
-    Say(lines.substr(start, end - start));
-    start = end == std::string::npos ? lines.size() : end + 1;
-  }
-}
-
-std::string PrintableAscii(std::string text)
-{
-  for (char& c : text)
-    if (c < ' ' || c > '~') c = '?';
   return text;
 }
 

@@ -44,7 +44,7 @@ struct TProgress
   long fetched = 0;
   long wanted = 0; ///< 0: no limit
   long lost = 0;
-  double ringFill = 0.0; ///< part of the ring that holds images not fetched yet, 0 to 1
+  std::optional<double> ringFill; ///< part of the ring that holds images not fetched yet, 0 to 1
   std::size_t imageBytes = 0;
 };
 

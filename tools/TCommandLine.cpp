@@ -29,12 +29,18 @@ const std::map<std::string, Trigger> kTriggers = {{"internal", Trigger::Internal
                                                   {"software", Trigger::Software}};
 const std::map<std::string, Fan> kFans = {{"full", Fan::Full}, {"low", Fan::Low}, {"off", Fan::Off}};
 const std::map<std::string, bool> kSwitches = {{"on", true}, {"off", false}};
-const std::map<std::string, FileFormat> kFormats = {{"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}};
-const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},
-                                                     {".tiff", FileFormat::Tiff},
-                                                     {".fits", FileFormat::Fits},
-                                                     {".fit", FileFormat::Fits},
-                                                     {".fts", FileFormat::Fits}};
+const std::map<std::string, FileFormat> kStackFormats = {{"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}};
+const std::map<std::string, FileFormat> kFormats = {
+    {"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}, {"raw", FileFormat::Raw}, {"png", FileFormat::Png}};
+const std::map<std::string, FileFormat> kStackSuffixes = {{".tif", FileFormat::Tiff},
+                                                          {".tiff", FileFormat::Tiff},
+                                                          {".fits", FileFormat::Fits},
+                                                          {".fit", FileFormat::Fits},
+                                                          {".fts", FileFormat::Fits}};
+const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},  {".tiff", FileFormat::Tiff},
+                                                     {".fits", FileFormat::Fits}, {".fit", FileFormat::Fits},
+                                                     {".fts", FileFormat::Fits},  {".raw", FileFormat::Raw},
+                                                     {".png", FileFormat::Png}};
 
 constexpr const char* kFooter = R"(Exit codes:
   0    done
@@ -43,6 +49,7 @@ constexpr const char* kFooter = R"(Exit codes:
   3    the camera refused a setting, or the run failed
   4    an output file could not be written
   5    done, but frames are missing: see the counts printed at the end
+  6    the directory of a recorded run cannot be read
   130  interrupted (Ctrl-C); the output file is complete up to there
 When several apply, 4 comes before 3, 3 before 130, 130 before 5.)";
 
@@ -154,7 +161,7 @@ void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
   app.add_option("-o,--output", options.output, "File for the images: .tif, .tiff (stack) or .fits (cube)")
       ->type_name("FILE")
       ->group("Output");
-  AddWord(app, "--format", options.format, kFormats, "Format of the output file, if its name does not tell")
+  AddWord(app, "--format", options.format, kStackFormats, "Format of the output file, if its name does not tell")
       ->group("Output");
   app.add_option("--preview", options.preview, "Picture of the last image")
       ->type_name("FILE.png")
@@ -184,6 +191,58 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
       ->capture_default_str();
 }
 
+void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<int>& bits)
+{
+  app.add_option("directory", options.directory, "Directory of a recorded run")
+      ->required()
+      ->type_name("DIRECTORY");
+  app.add_option(
+         "-o,--output", options.output,
+         "File for the images: .tif, .tiff (stack), .fits (cube), .raw (pixels, with a .json beside them) or "
+         ".png (a picture of each)")
+      ->type_name("FILE");
+  AddWord(app, "--format", options.format, kFormats, "Format of the output file, if its name does not tell");
+  app.add_option("--preview", options.preview, "Picture of the last image")->type_name("FILE.png");
+  AddForm(
+      app, "--images", [&options](const std::string& text) { return ParseImageNumbers(text, options.images); },
+      "numbers from 1, for example 10-20,30", "Images to take, for example 10-20,30; default: all");
+  app.add_option("-b,--bits", bits, "Bits of a pixel in the output: 8, 16 or 32; default: as many as the run has")
+      ->check(CLI::IsMember({8, 16, 32}));
+  app.add_flag("--verify", options.isVerify, "Compare every image with its checksum; no output is needed");
+  app.add_flag("--salvage", options.isSalvage,
+               "Take what can be had of a run that was not finished, without a checksum too");
+  app.add_flag("--keep-damaged", options.keepsDamaged, "Take images whose checksum is wrong too");
+  app.add_flag("--overwrite", options.overwrite, "Replace files that exist");
+  app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
+}
+
+// Finds the format of an output file by its name unless it was given. Returns what is wrong, "" for nothing.
+std::string CompleteFormat(const std::string& output, std::optional<FileFormat>& format,
+                           const std::map<std::string, FileFormat>& suffixes)
+{
+  if (output.empty()) return format ? "--format: there is no --output" : "";
+  if (format) return "";
+  const std::size_t dot = output.rfind('.');
+  std::string suffix = dot == std::string::npos ? "" : output.substr(dot);
+  std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char c) { return std::tolower(c); });
+  const auto found = suffixes.find(suffix);
+  if (found != suffixes.end()) {
+    format = found->second;
+    return "";
+  }
+  const std::string others = suffixes.count(".raw") > 0 ? ".fits, .raw or .png" : "or .fits";
+  return "--output: the name must end in .tif, .tiff" + std::string(suffixes.count(".raw") > 0 ? ", " : " ") +
+         others + ", or --format must be given";
+}
+
+std::string Complete(TConvertOptions& options)
+{
+  if (options.output.empty() && options.preview.empty() && !options.isVerify)
+    return "--output: is needed, or --preview or --verify";
+  if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
+  return CompleteFormat(options.output, options.format, kSuffixes);
+}
+
 // The relations between options that no single option can check. Returns what is wrong, "" for nothing.
 std::string Complete(TAcquireOptions& options)
 {
@@ -200,16 +259,7 @@ std::string Complete(TAcquireOptions& options)
   if (options.readout.amplifier && options.readout.channel.value_or(0) != 0)
     return "--amplifier: channel 0 has amplifiers to choose from";
   if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
-  if (options.output.empty()) return options.format ? "--format: there is no --output" : "";
-  if (options.format) return "";
-  const std::size_t dot = options.output.rfind('.');
-  std::string suffix = dot == std::string::npos ? "" : options.output.substr(dot);
-  std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char c) { return std::tolower(c); });
-  const auto found = kSuffixes.find(suffix);
-  if (found == kSuffixes.end())
-    return "--output: the name must end in .tif, .tiff or .fits, or --format must be given";
-  options.format = found->second;
-  return "";
+  return CompleteFormat(options.output, options.format, kStackSuffixes);
 }
 
 } // namespace
@@ -231,16 +281,22 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
   app.footer(kFooter);
   app.require_subcommand(1);
   CLI::App* list = app.add_subcommand("list", "List the cameras that are attached");
-  CLI::App* info = app.add_subcommand("info", "Say what a camera is, what it is set to and what it can do");
+  CLI::App* info = app.add_subcommand("info", "Say what a camera or a recorded run is");
   // The name that info had before; scripts may use it.
   CLI::App* describe = app.add_subcommand("describe", "The same as info")->group("");
   CLI::App* acquire = app.add_subcommand("acquire", "Take images and write them to a file");
+  CLI::App* convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
   for (CLI::App* command : {info, describe, acquire})
     command->add_option("-c,--camera", options.camera, "Number of the camera, as list prints it")
         ->check(CLI::Range(0, 10'000).description(""))
         ->type_name("N")
         ->capture_default_str();
-  for (CLI::App* command : {list, info, describe, acquire})
+  for (CLI::App* command : {info, describe})
+    command
+        ->add_option("directory", options.directory,
+                     "Directory of a recorded run, to describe in place of a camera")
+        ->type_name("DIRECTORY");
+  for (CLI::App* command : {list, info, describe, acquire, convert})
     command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
   AddRunOptions(*acquire, options.acquire, trigger, bits);
   std::optional<double> timeout;
@@ -249,14 +305,20 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
   AddReadoutOptions(*acquire, options.acquire.readout);
   AddCoolingOptions(*acquire, options.acquire.cooling);
   AddOutputOptions(*acquire, options.acquire);
-  acquire->footer(kFooter);
+  std::optional<int> convertBits;
+  AddConvertOptions(*convert, options.convert, convertBits);
+  for (CLI::App* command : {acquire, convert}) command->footer(kFooter);
   try {
     app.parse(argc, argv);
     options.acquire.noImageSeconds = timeout.value_or(0.0);
     options.acquire.trigger = trigger.value_or(Trigger::Internal);
     options.acquire.depth = static_cast<PixelDepth>(bits);
-    options.command = *list ? Command::List : *acquire ? Command::Acquire : Command::Info;
-    const std::string wrong = *acquire ? Complete(options.acquire) : "";
+    if (convertBits) options.convert.depth = static_cast<PixelDepth>(*convertBits);
+    options.command = *list      ? Command::List
+                      : *acquire ? Command::Acquire
+                      : *convert ? Command::Convert
+                                 : Command::Info;
+    const std::string wrong = *acquire ? Complete(options.acquire) : *convert ? Complete(options.convert) : "";
     if (!wrong.empty()) throw CLI::ValidationError(wrong);
   } catch (const CLI::ParseError& error) {
     exitStatus_ = app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);

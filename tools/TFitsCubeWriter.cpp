@@ -4,6 +4,7 @@
 
 #include "tools/TOutputFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -17,8 +18,19 @@ namespace {
 constexpr long long kFitsBlock = 2880;
 constexpr long long kFitsCard = 80;
 constexpr long long kNoTicks = -1;
+constexpr long long kNoHostTime = 0;
+constexpr LONGLONG kCheckNumbers[] = {0, 1, -1}; // unchecked, right, wrong
 constexpr std::size_t kLongestCardText = 68;
 constexpr int kFloatDigits = 7; // what the times, single precision in the library, are good for
+
+/// A column of the table of images.
+struct TColumn
+{
+  std::string name;
+  std::optional<LONGLONG> null; // what stands for nothing, if something does
+  const char* nullMeaning;
+  LONGLONG (*value)(const TImageLabel& label);
+};
 
 int ImageType(PixelDepth depth)
 {
@@ -112,14 +124,17 @@ void TFitsCubeWriter::WriteHeader(const TRunFacts& facts, int* status)
   WriteText(file_, "CREATOR", facts.software, "program that wrote this file", status);
   WriteText(file_, "INSTRUME", facts.camera, "model of the camera", status);
   if (facts.serial) fits_update_key_lng(file_, "SERIALNO", *facts.serial, "serial number of the camera", status);
-  WriteText(file_, "DATE-OBS", facts.startUtc, "start of the run (host clock)", status);
-  WriteText(file_, "TIMESYS", "UTC", "time system of DATE-OBS", status);
-  fits_update_key_dbl(file_, "EXPTIME", facts.exposureSeconds, -kFloatDigits, "[s] exposure time", status);
+  if (!facts.startUtc.empty()) {
+    WriteText(file_, "DATE-OBS", facts.startUtc, "start of the run (host clock)", status);
+    WriteText(file_, "TIMESYS", "UTC", "time system of DATE-OBS", status);
+  }
+  if (facts.exposureSeconds > 0.0)
+    fits_update_key_dbl(file_, "EXPTIME", facts.exposureSeconds, -kFloatDigits, "[s] exposure time", status);
   if (facts.cycleSeconds > 0.0)
     fits_update_key_dbl(file_, "CYCLTIME", facts.cycleSeconds, -kFloatDigits, "[s] time from image to image",
                         status);
   fits_update_key_lng(file_, "NACCUM", facts.accumulations, "exposures added up to one image", status);
-  WriteText(file_, "TRIGGER", facts.trigger, "trigger mode", status);
+  if (!facts.trigger.empty()) WriteText(file_, "TRIGGER", facts.trigger, "trigger mode", status);
   WriteSensorFacts(facts, status);
   fits_write_date(file_, status);
 }
@@ -130,14 +145,14 @@ void TFitsCubeWriter::WriteSensorFacts(const TRunFacts& facts, int* status)
     if (value) fits_update_key_dbl(file_, key, *value, -kFloatDigits, comment, status);
   };
   const TSensorArea& area = facts.area;
-  if (area.tracks.empty()) {
+  if (area.tracks.empty() && area.width > 0) {
     const std::string section = "[" + std::to_string(area.left) + ":" +
                                 std::to_string(area.left + area.width - 1) + "," + std::to_string(area.top) + ":" +
                                 std::to_string(area.top + area.height - 1) + "]";
     WriteText(file_, "DETSEC", section, "part of the sensor, from 1, ends included", status);
     fits_update_key_lng(file_, "XBINNING", area.horizontalBinning, "sensor pixels in a row of a pixel", status);
     fits_update_key_lng(file_, "YBINNING", area.verticalBinning, "sensor rows of a pixel", status);
-  } else {
+  } else if (!area.tracks.empty()) {
     const std::string tracks = TracksText(area.tracks);
     if (tracks.size() > kLongestCardText) fits_write_key_longwarn(file_, status);
     fits_update_key_longstr(file_, "TRACKS", tracks.c_str(), "rows of the sensor; last is row 1", status);
@@ -185,25 +200,41 @@ bool TFitsCubeWriter::Write(TPixelBytes pixels, const TImageLabel& label)
 
 void TFitsCubeWriter::WriteFrameTable(int* status)
 {
-  char nameImage[] = "IMAGE";
-  char nameTicks[] = "TICKS";
+  // A column that no image has anything for is left out, but for those that were always there.
+  const auto has = [this](auto member) {
+    return std::any_of(labels_.begin(), labels_.end(),
+                       [member](const TImageLabel& l) { return (l.*member).has_value(); });
+  };
+  const auto time = [](const TImageLabel& label) { return label.hostNanoseconds.value_or(kNoHostTime); };
+  const auto check = [](const TImageLabel& label) {
+    return kCheckNumbers[static_cast<std::size_t>(label.check.value_or(ImageCheck::Unchecked))];
+  };
+  std::vector<TColumn> columns = {
+      {"IMAGE", std::nullopt, "", [](const TImageLabel& label) { return LONGLONG{label.number}; }},
+      {"TICKS", kNoTicks, "no timestamp",
+       [](const TImageLabel& label) { return label.ticks.value_or(kNoTicks); }}};
+  if (has(&TImageLabel::hostNanoseconds)) columns.push_back({"HOSTTIME", kNoHostTime, "no time", time});
+  if (has(&TImageLabel::check)) columns.push_back({"CHECK", std::nullopt, "", check});
+
   char form[] = "1K";
   char unit[] = "";
-  char* names[] = {nameImage, nameTicks};
-  char* forms[] = {form, form};
-  char* units[] = {unit, unit};
-  fits_create_tbl(file_, BINARY_TBL, ImagesWritten(), 2, names, forms, units, "FRAMES", status);
-  fits_write_key_lng(file_, "TNULL2", kNoTicks, "no timestamp", status);
+  std::vector<char*> names;
+  for (TColumn& column : columns) names.push_back(column.name.data());
+  std::vector<char*> forms(columns.size(), form);
+  std::vector<char*> units(columns.size(), unit);
+  fits_create_tbl(file_, BINARY_TBL, ImagesWritten(), static_cast<int>(columns.size()), names.data(), forms.data(),
+                  units.data(), "FRAMES", status);
+  for (std::size_t index = 0; index < columns.size(); ++index)
+    if (const std::optional<LONGLONG> null = columns[index].null)
+      fits_write_key_lng(file_, ("TNULL" + std::to_string(index + 1)).c_str(), *null, columns[index].nullMeaning,
+                         status);
   fits_set_hdustruc(file_, status);
-  std::vector<LONGLONG> numbers;
-  std::vector<LONGLONG> ticks;
-  for (const TImageLabel& label : labels_) {
-    numbers.push_back(label.number);
-    ticks.push_back(label.ticks.value_or(kNoTicks));
-  }
   const auto rows = static_cast<LONGLONG>(labels_.size());
-  fits_write_col(file_, TLONGLONG, 1, 1, 1, rows, numbers.data(), status);
-  fits_write_col(file_, TLONGLONG, 2, 1, 1, rows, ticks.data(), status);
+  std::vector<LONGLONG> values(labels_.size());
+  for (std::size_t index = 0; index < columns.size(); ++index) {
+    std::transform(labels_.begin(), labels_.end(), values.begin(), columns[index].value);
+    fits_write_col(file_, TLONGLONG, static_cast<int>(index + 1), 1, 1, rows, values.data(), status);
+  }
 }
 
 bool TFitsCubeWriter::Close(const TRunTotals& totals)

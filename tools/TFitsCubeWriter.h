@@ -10,7 +10,7 @@
 namespace vxtool {
 
 /// A FITS primary array of three axes, in pixels of 8 bits, 16 bits unsigned (BZERO 32768) or 32 bits signed,
-/// followed by the binary table FRAMES with number and camera ticks of each plane. NAXIS3 grows with every image,
+/// followed by the binary table FRAMES with number and clocks of each plane. NAXIS3 grows with every image,
 /// so that it is true however the run ends; after a full disk the file is cut to whole planes and NAXIS3 set to
 /// them. Owns its file; one thread at a time; errors as IImageWriter says.
 class TFitsCubeWriter final : public IImageWriter

@@ -16,9 +16,14 @@ std::string ProgressText(const TProgress& progress, double imagesPerSecond)
   char text[160];
   const std::string wanted = progress.wanted > 0 ? "/" + std::to_string(progress.wanted) : "";
   const double megabytes = imagesPerSecond * static_cast<double>(progress.imageBytes) / 1.0e6;
-  std::snprintf(text, sizeof text, "%ld%s images, %.1f/s, %.1f MB/s, ring %.0f %%, lost %ld", progress.fetched,
-                wanted.c_str(), imagesPerSecond, megabytes, 100.0 * progress.ringFill, progress.lost);
+  std::snprintf(text, sizeof text, "%ld%s images, %.1f/s, %.1f MB/s, ", progress.fetched, wanted.c_str(),
+                imagesPerSecond, megabytes);
   std::string line = text;
+  if (progress.ringFill) {
+    std::snprintf(text, sizeof text, "ring %.0f %%, ", 100.0 * *progress.ringFill);
+    line += text;
+  }
+  line += "lost " + std::to_string(progress.lost);
   if (progress.wanted > 0 && imagesPerSecond > 0.0) {
     const double left = std::ceil(static_cast<double>(progress.wanted - progress.fetched) / imagesPerSecond);
     std::snprintf(text, sizeof text, ", %.0f s left", left);

@@ -83,6 +83,8 @@ std::string SeriesLabel(const TImageLabel& label)
 {
   std::string text = "image=" + std::to_string(label.number) + "\n";
   if (label.ticks) text += "ticks=" + std::to_string(*label.ticks) + "\n";
+  if (label.hostNanoseconds) text += "host_ns=" + std::to_string(*label.hostNanoseconds) + "\n";
+  if (label.check) text += std::string("check=") + ImageCheckText(*label.check) + "\n";
   return text;
 }
 
@@ -260,15 +262,17 @@ std::string TTiffStackWriter::Description(const TRunTotals* totals) const
   text << std::setprecision(kFloatDigits);
   text << "ImageJ=1.53t\nimages=" << images << "\nframes=" << images << "\nloop=false\n";
   if (facts_.cycleSeconds > 0.0) text << "finterval=" << facts_.cycleSeconds << "\nunit=pixel\n";
-  text << "camera=" << facts_.camera.substr(0, 200) << "\nstart_utc=" << facts_.startUtc
-       << "\ntrigger=" << facts_.trigger << "\nexposure_s=" << facts_.exposureSeconds
-       << "\naccumulations=" << facts_.accumulations << "\n";
+  text << "camera=" << facts_.camera.substr(0, 200) << "\n";
+  if (!facts_.startUtc.empty()) text << "start_utc=" << facts_.startUtc.substr(0, 40) << "\n";
+  if (!facts_.trigger.empty()) text << "trigger=" << facts_.trigger.substr(0, 100) << "\n";
+  if (facts_.exposureSeconds > 0.0) text << "exposure_s=" << facts_.exposureSeconds << "\n";
+  text << "accumulations=" << facts_.accumulations << "\n";
   const TSensorArea& area = facts_.area;
   if (facts_.serial) text << "serial=" << *facts_.serial << "\n";
-  if (area.tracks.empty())
+  if (area.tracks.empty() && area.width > 0)
     text << "area=" << area.left << "," << area.top << "," << area.width << "x" << area.height
          << "\nbinning=" << area.horizontalBinning << "x" << area.verticalBinning << "\n";
-  else
+  else if (!area.tracks.empty())
     text << "tracks=" << TracksText(area.tracks) << "\n";
   if (facts_.sensorCelsius) text << "sensor_C=" << *facts_.sensorCelsius << "\n";
   if (facts_.targetCelsius) text << "target_C=" << *facts_.targetCelsius << "\n";

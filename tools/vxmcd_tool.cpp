@@ -3,6 +3,7 @@
 #include "tools/InfoCommands.h"
 #include "tools/TAcquireCommand.h"
 #include "tools/TCommandLine.h"
+#include "tools/TConvertCommand.h"
 
 #include <cstdio>
 #include <exception>
@@ -12,7 +13,10 @@ namespace {
 vxtool::ExitCode Run(const vxtool::TOptions& options)
 {
   if (options.command == vxtool::Command::List) return vxtool::ListCameras(options);
-  if (options.command == vxtool::Command::Info) return vxtool::ShowInfo(options);
+  if (options.command == vxtool::Command::Convert)
+    return vxtool::TConvertCommand(options.convert, options.isJson).Run();
+  if (options.command == vxtool::Command::Info)
+    return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowSpoolRun(options);
   return vxtool::TAcquireCommand(options).Run();
 }
 

@@ -21,6 +21,18 @@ __attribute__((format(printf, 2, 0))) void KeepProblem(const char*, const char* 
   tiffProblem += text;
 }
 
+// The numbers of a column that need not be there.
+std::vector<long long> OptionalColumn(fitsfile* file, const char* name, long rows, int* status)
+{
+  std::string pattern = name;
+  int column = 0;
+  int missing = 0;
+  if (*status != 0 || fits_get_colnum(file, CASEINSEN, pattern.data(), &column, &missing) != 0) return {};
+  std::vector<long long> numbers(static_cast<std::size_t>(rows));
+  fits_read_col(file, TLONGLONG, column, 1, 1, rows, nullptr, numbers.data(), nullptr, status);
+  return numbers;
+}
+
 } // namespace
 
 TTiffPages ReadTiff(const std::string& path)
@@ -99,6 +111,8 @@ TFitsCube ReadFits(const std::string& path, PixelDepth depth)
     static_assert(sizeof(LONGLONG) == sizeof(long long));
     fits_read_col(file, TLONGLONG, 1, 1, 1, cube.images, nullptr, cube.numbers.data(), nullptr, status);
     fits_read_col(file, TLONGLONG, 2, 1, 1, cube.images, nullptr, cube.ticks.data(), nullptr, status);
+    cube.hostTimes = OptionalColumn(file, "HOSTTIME", cube.images, status);
+    cube.checks = OptionalColumn(file, "CHECK", cube.images, status);
   }
   fits_clear_errmsg();
   int closing = 0;

@@ -31,6 +31,8 @@ struct TFitsCube
   std::vector<std::byte> pixels;
   std::vector<long long> numbers;
   std::vector<long long> ticks;
+  std::vector<long long> hostTimes; // these two are empty when the table does not have them
+  std::vector<long long> checks;
   std::string dateObs;
   double exposure = 0.0;
   long overwritten = -2;

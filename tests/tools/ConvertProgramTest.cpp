@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: MIT
+// The program on directories of recorded runs: files of every format, exit codes, salvage, full disks, Ctrl-C.
+#include "tests/tools/FileReaders.h"
+#include "tests/tools/ProgramRunner.h"
+#include "tests/tools/SpoolFixture.h"
+#include "tools/TSpoolRun.h"
+
+#include <chrono>
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+namespace vxtool {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+class ConvertProgram : public ToolProgram
+{
+protected:
+  std::string Directory() const { return directory_.File("run"); }
+
+  // Runs the command with --json; its line and its exit code.
+  nlohmann::json Convert(std::vector<std::string> options, int exitCode)
+  {
+    options.insert(options.begin(), {"convert", Directory(), "--json"});
+    outcome_ = Run(options);
+    EXPECT_EQ(outcome_.exitCode, exitCode) << outcome_.output << outcome_.errors;
+    const auto json = nlohmann::json::parse(outcome_.output, nullptr, false);
+    return json.is_discarded() ? nlohmann::json::object() : json;
+  }
+  // What it says when it does nothing.
+  std::string ErrorOf(std::vector<std::string> options, int exitCode)
+  {
+    options.insert(options.begin(), {"convert", Directory()});
+    outcome_ = Run(options);
+    EXPECT_EQ(outcome_.exitCode, exitCode) << outcome_.output << outcome_.errors;
+    return outcome_.errors;
+  }
+
+  TOutcome outcome_;
+};
+
+TEST_F(ConvertProgram, EveryFormatHoldsTheImagesBitForBit)
+{
+  TMadeRun run;
+  run.encoding = "Mono12Packed";
+  run.width = 7;
+  run.rowPadding = 3;
+  run.Write(Directory());
+  Convert({"-o", directory_.File("a.tif")}, 0);
+  const TTiffPages stack = ReadTiff(directory_.File("a.tif"));
+  EXPECT_EQ(stack.problem, "");
+  EXPECT_EQ(stack.bits, 16);
+  ASSERT_EQ(stack.pages.size(), 7u);
+  for (long number = 1; number <= 7; ++number)
+    EXPECT_EQ(stack.pages[static_cast<std::size_t>(number - 1)], run.Pixels(number, PixelDepth::Bits16)) << number;
+  for (const char* line :
+       {"\ncamera=TRELLIS CMOS\n", "\nstart_utc=2026-01-31T12:34:56.789012345\n", "\nserial=101\n",
+        "\nexposure_s=0.0125\n", "\nfinterval=0.025\n", "\narea=11,21,14x16\nbinning=2x4\n",
+        "\nimage=1\nticks=5100\nhost_ns=1700000000000000001\ncheck=right\n"})
+    EXPECT_NE(stack.firstDescription.find(line), std::string::npos) << line << stack.firstDescription;
+
+  Convert({"-o", directory_.File("a.fits"), "--images", "6-7,2", "--bits", "32"}, 0);
+  const TFitsCube cube = ReadFits(directory_.File("a.fits"), PixelDepth::Bits32);
+  EXPECT_EQ(cube.status, 0);
+  EXPECT_EQ(cube.bitpix, 32);
+  EXPECT_EQ(cube.numbers, (std::vector<long long>{2, 6, 7}));
+  EXPECT_EQ(cube.ticks, (std::vector<long long>{5200, 5600, 5700}));
+  EXPECT_EQ(cube.hostTimes.back(), 1'700'000'000'000'000'007);
+  EXPECT_EQ(cube.checks, (std::vector<long long>{1, 1, 1}));
+  std::vector<std::byte> expected;
+  for (const long number : {2L, 6L, 7L}) {
+    const std::vector<std::byte> image = run.Pixels(number, PixelDepth::Bits32);
+    expected.insert(expected.end(), image.begin(), image.end());
+  }
+  EXPECT_EQ(cube.pixels, expected);
+  EXPECT_EQ(std::system(("fitsverify -e -q '" + directory_.File("a.fits") + "' > /dev/null").c_str()), 0);
+
+  Convert({"-o", directory_.File("a.raw"), "--images", "3-4"}, 0);
+  const std::string raw = FileBytes(directory_.File("a.raw"));
+  std::vector<std::byte> pixels(raw.size());
+  std::memcpy(pixels.data(), raw.data(), raw.size());
+  expected = run.Pixels(3, PixelDepth::Bits16);
+  const std::vector<std::byte> fourth = run.Pixels(4, PixelDepth::Bits16);
+  expected.insert(expected.end(), fourth.begin(), fourth.end());
+  EXPECT_EQ(pixels, expected);
+  const auto description = nlohmann::json::parse(FileBytes(directory_.File("a.raw.json")));
+  EXPECT_EQ(description["file"], "a.raw");
+  EXPECT_EQ(description["complete"], true);
+  EXPECT_EQ(description["images"], 2);
+  EXPECT_EQ(description["pixel_type"], "uint16");
+  EXPECT_EQ(description["image_width"], 7);
+  EXPECT_EQ(description["frames"][1]["image"], 4);
+  EXPECT_EQ(description["frames"][1]["ticks"], 5400);
+  EXPECT_EQ(description["frames"][1]["check"], "right");
+}
+
+TEST_F(ConvertProgram, PicturesAreOneFileForEachImage)
+{
+  TMadeRun run;
+  run.encoding = "Mono8";
+  run.Write(Directory());
+  const auto report = Convert({"-o", directory_.File("a.png"), "--images", "1,7"}, 0);
+  EXPECT_EQ(report["written"], 2);
+  EXPECT_FALSE(fs::exists(directory_.File("a.png")));
+  EXPECT_EQ(ReadPng(directory_.File("a-0000001.png")).grey.size(), 24u);
+  EXPECT_NE(ReadPng(directory_.File("a-0000001.png")).grey, ReadPng(directory_.File("a-0000007.png")).grey);
+  Convert({"-o", directory_.File("b.png"), "--images", "7", "--preview", directory_.File("c.png")}, 0);
+  EXPECT_EQ(ReadPng(directory_.File("b.png")).grey, ReadPng(directory_.File("a-0000007.png")).grey);
+  EXPECT_EQ(ReadPng(directory_.File("c.png")).grey, ReadPng(directory_.File("b.png")).grey);
+}
+
+TEST_F(ConvertProgram, VerifySaysWhatIsRightWrongAndMissing)
+{
+  TMadeRun run;
+  run.Write(Directory());
+  auto report = Convert({"--verify"}, 0);
+  EXPECT_EQ(report["right"], 7);
+  EXPECT_EQ(report["state"], "complete");
+
+  const std::string first = Directory() + "/" + SpoolFileName(0);
+  std::string bytes = FileBytes(first);
+  bytes[5] ^= 4;
+  PutFileBytes(first, bytes);
+  fs::remove(Directory() + "/" + SpoolFileName(2));
+  report = Convert({"--verify"}, 5);
+  EXPECT_EQ(report["right"], 5);
+  EXPECT_EQ(report["wrong"], 1);
+  EXPECT_EQ(report["wrong_images"], "1");
+  EXPECT_EQ(report["unreadable"], 1);
+  EXPECT_EQ(report["missing_images"], "7");
+  EXPECT_NE(outcome_.errors.find(SpoolFileName(2) + ": is missing"), std::string::npos) << outcome_.errors;
+
+  report = Convert({"-o", directory_.File("a.tif")}, 5);
+  EXPECT_EQ(report["written"], 5);
+  EXPECT_EQ(ReadTiff(directory_.File("a.tif")).pages.size(), 5u);
+
+  run.extra = "[image]\nPixelEncoding = Mono99\n"; // cannot be decoded, but compared
+  run.Write(Directory());
+  EXPECT_EQ(Convert({"--verify"}, 0)["right"], 7);
+  EXPECT_NE(ErrorOf({"-o", directory_.File("b.tif")}, 6).find("Mono99"), std::string::npos);
+  EXPECT_FALSE(fs::exists(directory_.File("b.tif")));
+}
+
+TEST_F(ConvertProgram, KilledRunIsConvertedWithANoteAndSalvagedOnRequest)
+{
+  TMadeRun run;
+  run.state = "recording";
+  run.imagesExpected = 50;
+  run.Write(Directory());
+  EXPECT_EQ(Convert({"-o", directory_.File("a.tif")}, 5)["written"], 7);
+  EXPECT_NE(outcome_.errors.find("was killed"), std::string::npos) << outcome_.errors;
+  EXPECT_EQ(Convert({"-o", directory_.File("b.fits"), "--salvage"}, 0)["written"], 7);
+  EXPECT_EQ(Convert({"--verify", "--images", "6-9"}, 5)["missing_images"], "8-9");
+  EXPECT_NE(ErrorOf({"--verify", "--images", "51"}, 1).find("has 50 images"), std::string::npos);
+
+  fs::remove(Directory() + "/" + kSpoolIndexName);
+  EXPECT_NE(ErrorOf({"-o", directory_.File("c.fits")}, 6).find("--salvage"), std::string::npos);
+  const auto report = Convert({"-o", directory_.File("c.fits"), "--salvage"}, 5);
+  EXPECT_EQ(report["unchecked"], 7);
+  EXPECT_EQ(report["missing_images"], "8-9") << "places in the last file that were never written";
+  const TFitsCube cube = ReadFits(directory_.File("c.fits"), PixelDepth::Bits16);
+  EXPECT_EQ(cube.numbers.size(), 7u);
+  EXPECT_EQ(cube.checks, (std::vector<long long>(7, 0)));
+
+  for (const auto& [state, exitCode] : {std::pair{"aborted", 0}, std::pair{"failed", 5}}) {
+    run.state = state;
+    run.Write(Directory());
+    Convert({"-o", directory_.File("d.tif"), "--overwrite"}, exitCode);
+    EXPECT_NE(outcome_.errors.find("the run is not complete: " + std::string(state)), std::string::npos);
+  }
+}
+
+TEST_F(ConvertProgram, InfoDescribesARun)
+{
+  TMadeRun run;
+  run.state = "failed";
+  run.Write(Directory());
+  const TOutcome text = Run({"info", Directory()});
+  EXPECT_EQ(text.exitCode, 0) << text.errors;
+  EXPECT_NE(text.output.find("failed: No space left on device"), std::string::npos) << text.output;
+  EXPECT_NE(text.output.find("6x4 pixels, Mono16, 12 bytes a row"), std::string::npos) << text.output;
+  const TOutcome json = Run({"info", Directory(), "--json"});
+  const auto info = nlohmann::json::parse(json.output);
+  EXPECT_EQ(info["images_in_index"], 7);
+  EXPECT_EQ(info["image_files"], 3);
+  EXPECT_EQ(info["pixel_encoding"], "Mono16");
+  EXPECT_EQ(info["serial_text"], "VSC-00101");
+  EXPECT_EQ(info["ticks_per_s"], 100000000);
+  EXPECT_EQ(Run({"info", directory_.File("nothing")}).exitCode, 6);
+}
+
+TEST_F(ConvertProgram, WhatCannotBeDoneIsRefusedBeforeAnythingIsTouched)
+{
+  TMadeRun run;
+  run.Write(Directory());
+  const std::string index = Directory() + "/" + kSpoolIndexName;
+  const std::string before = FileBytes(index);
+  EXPECT_NE(ErrorOf({}, 1).find("--output"), std::string::npos);
+  EXPECT_NE(ErrorOf({"-o", "a.jpg"}, 1).find(".png"), std::string::npos);
+  EXPECT_NE(ErrorOf({"--verify", "--images", "0-3"}, 1).find("--images"), std::string::npos);
+  EXPECT_NE(ErrorOf({"--verify", "--images", "3-1"}, 1).find("--images"), std::string::npos);
+  EXPECT_NE(ErrorOf({"-o", directory_.File("a.tif"), "--bits", "8"}, 1).find("Mono16"), std::string::npos);
+  EXPECT_NE(ErrorOf({"-o", index, "--format", "raw", "--overwrite"}, 4).find("file of the run"),
+            std::string::npos);
+  fs::create_symlink(Directory() + "/" + SpoolFileName(0), directory_.File("link.tif"));
+  EXPECT_NE(ErrorOf({"-o", directory_.File("link.tif"), "--overwrite"}, 4).find("file of the run"),
+            std::string::npos);
+  EXPECT_EQ(FileBytes(index), before);
+  Convert({"--verify"}, 0);
+  PutFileBytes(directory_.File("a.raw.json"), "precious");
+  EXPECT_NE(ErrorOf({"-o", directory_.File("a.raw")}, 4).find("--overwrite"), std::string::npos);
+  EXPECT_FALSE(fs::exists(directory_.File("a.raw")));
+  EXPECT_NE(ErrorOf({"-o", directory_.File("no/such/a.png")}, 4).find("cannot be created"), std::string::npos);
+  EXPECT_EQ(Run({"convert", directory_.File("nothing"), "--verify"}).exitCode, 6);
+}
+
+class ConvertProgramFormats : public ConvertProgram, public ::testing::WithParamInterface<const char*>
+{
+protected:
+  // Images that a reader finds in the file.
+  long ImagesIn(const std::string& path) const
+  {
+    if (path.ends_with(".tif")) {
+      const TTiffPages stack = ReadTiff(path);
+      EXPECT_EQ(stack.problem, "");
+      return static_cast<long>(stack.pages.size());
+    }
+    if (path.ends_with(".fits")) {
+      const TFitsCube cube = ReadFits(path, PixelDepth::Bits16);
+      EXPECT_EQ(cube.status, 0);
+      return cube.images;
+    }
+    const auto json = nlohmann::json::parse(FileBytes(path + ".json"));
+    EXPECT_EQ(json["complete"], true);
+    EXPECT_EQ(json["images"].get<std::uintmax_t>() * json["image_bytes"].get<std::uintmax_t>(),
+              fs::file_size(path));
+    return json["images"].get<long>();
+  }
+};
+
+TEST_P(ConvertProgramFormats, FullDiskIsSaidAndTheFileHoldsWhatFits)
+{
+  TMadeRun run;
+  run.width = 256;
+  run.height = 256;
+  run.images = 20;
+  run.Write(Directory());
+  const std::string path = directory_.File(GetParam());
+  const TOutcome outcome = Run({"convert", Directory(), "--json", "-o", path}, 1'000'000);
+  EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
+  EXPECT_NE(outcome.errors.find(path + ": "), std::string::npos) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("File too large"), std::string::npos) << outcome.errors;
+  const auto report = nlohmann::json::parse(outcome.output);
+  EXPECT_EQ(report["outcome"], "failed");
+  EXPECT_GE(report["written"], 5);
+  EXPECT_EQ(ImagesIn(path), report["written"]);
+}
+
+TEST_P(ConvertProgramFormats, InterruptLeavesAFileWithTheImagesUpToThere)
+{
+  TMadeRun run;
+  run.width = 1024;
+  run.height = 1024;
+  run.images = 2;
+  run.imagesPerFile = 1;
+  run.imagesExpected = 100'000;
+  run.Write(Directory());
+  // A long run at little cost: the same two files under many names, and an index that repeats their checksums.
+  fs::create_directory(directory_.File("long"));
+  const std::string longRun = directory_.File("long");
+  fs::copy_file(Directory() + "/" + kSpoolDescriptionName, longRun + "/" + kSpoolDescriptionName);
+  for (int file = 0; file < 4000; ++file)
+    fs::create_hard_link(Directory() + "/" + SpoolFileName(file % 2), longRun + "/" + SpoolFileName(file));
+  const std::string path = directory_.File(GetParam());
+  const pid_t child = Launch({"convert", longRun, "--json", "--salvage", "-o", path});
+  const auto deadline = Clock::now() + std::chrono::seconds(20);
+  std::error_code ignored;
+  while (Clock::now() < deadline && (!fs::exists(path) || fs::file_size(path, ignored) < 8'000'000))
+    std::this_thread::sleep_for(std::chrono::milliseconds(2)); // a pause between looks
+  kill(child, SIGINT);
+  const TOutcome outcome = Finish(child);
+  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+  const auto report = nlohmann::json::parse(outcome.output);
+  EXPECT_EQ(report["outcome"], "interrupted");
+  EXPECT_EQ(report["written"].get<long>() + report["not_reached"].get<long>(), 4000);
+  EXPECT_GE(report["written"], 3);
+  EXPECT_EQ(ImagesIn(path), report["written"]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, ConvertProgramFormats, ::testing::Values("a.tif", "a.fits", "a.raw"));
+
+} // namespace
+} // namespace vxtool

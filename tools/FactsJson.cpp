@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// Facts of a run as JSON.
+#include "tools/FactsJson.h"
+
+namespace vxtool {
+
+namespace {
+
+Json AreaJson(const TSensorArea& area)
+{
+  if (!area.tracks.empty()) return {{"tracks", TracksText(area.tracks)}};
+  if (area.width < 1) return nullptr;
+  return {{"left", area.left},
+          {"top", area.top},
+          {"width", area.width},
+          {"height", area.height},
+          {"horizontal_binning", area.horizontalBinning},
+          {"vertical_binning", area.verticalBinning}};
+}
+
+// A time, 0 of which says that it is not known.
+Json SecondsJson(double seconds)
+{
+  return seconds > 0.0 ? JsonNumber(static_cast<float>(seconds)) : Json(nullptr);
+}
+
+} // namespace
+
+// Values of single precision, which the library has, without the digits that double precision adds.
+Json JsonOfSingle(const std::optional<double>& value)
+{
+  return value ? JsonNumber(static_cast<float>(*value)) : Json(nullptr);
+}
+
+Json JsonTextOrNull(const std::string& text)
+{
+  return text.empty() ? Json(nullptr) : Json(text);
+}
+
+Json FactsJson(const TRunFacts& facts, const TImageShape& shape)
+{
+  return {{"model", facts.camera},
+          {"serial", JsonOrNull(facts.serial)},
+          {"start_utc", facts.startUtc},
+          {"image_width", shape.width},
+          {"image_height", shape.height},
+          {"image_bits", static_cast<int>(shape.depth)},
+          {"area", AreaJson(facts.area)},
+          {"gain", JsonTextOrNull(facts.readout.gain)},
+          {"amplifier", JsonTextOrNull(facts.readout.amplifier)},
+          {"speed_mhz", JsonOfSingle(facts.readout.megahertz)},
+          {"trigger", JsonTextOrNull(facts.trigger)},
+          {"accumulations", facts.accumulations},
+          {"exposure_s", SecondsJson(facts.exposureSeconds)},
+          {"cycle_s", SecondsJson(facts.cycleSeconds)},
+          {"celsius_start", JsonOfSingle(facts.sensorCelsius)},
+          {"celsius_target", JsonOfSingle(facts.targetCelsius)}};
+}
+
+} // namespace vxtool

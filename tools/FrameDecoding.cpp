@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// Pixel encodings row by row, and the chunks behind the pixels.
+#include "tools/FrameDecoding.h"
+
+#include <array>
+#include <cstring>
+
+namespace vxtool {
+
+namespace {
+
+// Frames and files are little-endian, and so is every machine that the library runs on.
+constexpr std::int64_t kFieldBytes = 4;
+constexpr std::int64_t kTrailerBytes = 2 * kFieldBytes; // identifier and length of a chunk
+constexpr std::uint32_t kEndChunk = 0;
+constexpr std::uint32_t kTimestampChunk = 1;
+
+struct TEncodingRow
+{
+  const char* name;
+  FrameEncoding encoding;
+  int bytesPerPixel; // 0: packed
+  PixelDepth depth;
+};
+
+constexpr std::array<TEncodingRow, 6> kEncodings = {
+    {{"Mono8", FrameEncoding::Mono8, 1, PixelDepth::Bits8},
+     {"Mono12", FrameEncoding::Mono12, 2, PixelDepth::Bits16},
+     {"Mono12Coded", FrameEncoding::Mono12Coded, 2, PixelDepth::Bits16},
+     {"Mono12Packed", FrameEncoding::Mono12Packed, 0, PixelDepth::Bits16},
+     {"Mono16", FrameEncoding::Mono16, 2, PixelDepth::Bits16},
+     {"Mono32", FrameEncoding::Mono32, 4, PixelDepth::Bits32}}};
+
+const TEncodingRow& RowOf(FrameEncoding encoding)
+{
+  return kEncodings[static_cast<std::size_t>(encoding)];
+}
+
+template <typename Pixel>
+struct TPlainPixels
+{
+  const std::byte* row;
+  std::uint32_t At(std::size_t index) const
+  {
+    Pixel value;
+    std::memcpy(&value, row + index * sizeof value, sizeof value);
+    return value;
+  }
+};
+
+// Two pixels in three bytes. An odd last pixel takes two.
+struct TPackedPixels
+{
+  const std::byte* row;
+  std::uint32_t At(std::size_t index) const
+  {
+    const std::byte* const group = row + index / 2 * 3;
+    const auto middle = std::to_integer<std::uint32_t>(group[1]);
+    return index % 2 == 0 ? std::to_integer<std::uint32_t>(group[0]) << 4 | (middle & 0x0F)
+                          : std::to_integer<std::uint32_t>(group[2]) << 4 | middle >> 4;
+  }
+};
+
+template <typename Source, typename Target>
+bool DecodeRows(const std::byte* frame, const TFrameLayout& layout, std::byte* pixels)
+{
+  std::uint32_t lost = 0;
+  const auto width = static_cast<std::size_t>(layout.width);
+  for (int row = 0; row < layout.height; ++row) {
+    const Source source{frame + row * layout.stride};
+    for (std::size_t column = 0; column < width; ++column) {
+      const std::uint32_t value = source.At(column);
+      const auto kept = static_cast<Target>(value);
+      lost |= value ^ kept;
+      std::memcpy(pixels + column * sizeof kept, &kept, sizeof kept);
+    }
+    pixels += width * sizeof(Target);
+  }
+  return lost != 0;
+}
+
+template <typename Source>
+bool DecodeTo(const std::byte* frame, const TFrameLayout& layout, PixelDepth depth, std::byte* pixels)
+{
+  if (depth == PixelDepth::Bits8) return DecodeRows<Source, std::uint8_t>(frame, layout, pixels);
+  if (depth == PixelDepth::Bits16) return DecodeRows<Source, std::uint16_t>(frame, layout, pixels);
+  return DecodeRows<Source, std::uint32_t>(frame, layout, pixels);
+}
+
+std::uint32_t FieldBefore(TPixelBytes frame, std::int64_t end)
+{
+  std::uint32_t value = 0;
+  std::memcpy(&value, frame.data() + end - kFieldBytes, sizeof value);
+  return value;
+}
+
+} // namespace
+
+std::optional<FrameEncoding> FrameEncodingOf(const std::string& text)
+{
+  for (const TEncodingRow& row : kEncodings)
+    if (text == row.name) return row.encoding;
+  return std::nullopt;
+}
+
+std::int64_t FrameRowBytes(FrameEncoding encoding, int width)
+{
+  const std::int64_t pixels = width;
+  const int bytes = RowOf(encoding).bytesPerPixel;
+  return bytes > 0 ? pixels * bytes : pixels / 2 * 3 + pixels % 2 * 2;
+}
+
+PixelDepth WholeDepth(FrameEncoding encoding)
+{
+  return RowOf(encoding).depth;
+}
+
+bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth, std::span<std::byte> pixels)
+{
+  switch (layout.encoding) {
+  case FrameEncoding::Mono8:
+    return DecodeTo<TPlainPixels<std::uint8_t>>(frame.data(), layout, depth, pixels.data());
+  case FrameEncoding::Mono12:
+  case FrameEncoding::Mono12Coded:
+  case FrameEncoding::Mono16:
+    return DecodeTo<TPlainPixels<std::uint16_t>>(frame.data(), layout, depth, pixels.data());
+  case FrameEncoding::Mono12Packed:
+    return DecodeTo<TPackedPixels>(frame.data(), layout, depth, pixels.data());
+  case FrameEncoding::Mono32:
+    return DecodeTo<TPlainPixels<std::uint32_t>>(frame.data(), layout, depth, pixels.data());
+  }
+  return false;
+}
+
+std::optional<long long> FrameTicks(TPixelBytes frame)
+{
+  auto end = static_cast<std::int64_t>(frame.size());
+  while (end >= kTrailerBytes) {
+    const std::int64_t chunkBytes = kFieldBytes + std::int64_t{FieldBefore(frame, end)};
+    const std::uint32_t identifier = FieldBefore(frame, end - kFieldBytes);
+    if (chunkBytes < kTrailerBytes || chunkBytes > end || identifier == kEndChunk) return std::nullopt;
+    long long ticks = 0;
+    if (identifier == kTimestampChunk) {
+      if (chunkBytes - kTrailerBytes < static_cast<std::int64_t>(sizeof ticks)) return std::nullopt;
+      std::memcpy(&ticks, frame.data() + end - chunkBytes, sizeof ticks);
+      return ticks;
+    }
+    end -= chunkBytes;
+  }
+  return std::nullopt;
+}
+
+} // namespace vxtool

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// From the bytes of a frame, as a camera delivers it, to pixels and the camera's clock.
+#pragma once
+
+#include "tools/ImageData.h"
+
+#include <cstdint>
+
+namespace vxtool {
+
+enum class FrameEncoding
+{
+  Mono8,
+  Mono12,
+  Mono12Coded,
+  Mono12Packed,
+  Mono16,
+  Mono32,
+};
+
+/// The encoding with the name that "PixelEncoding" gives it; nothing for another text.
+std::optional<FrameEncoding> FrameEncodingOf(const std::string& text);
+/// Bytes that the pixels of one row take, without padding.
+std::int64_t FrameRowBytes(FrameEncoding encoding, int width);
+/// The smallest depth that holds every pixel of the encoding.
+PixelDepth WholeDepth(FrameEncoding encoding);
+
+/// Where the pixels of a frame are.
+struct TFrameLayout
+{
+  FrameEncoding encoding = FrameEncoding::Mono16;
+  int width = 0;
+  int height = 0;
+  std::int64_t stride = 0; ///< bytes from row to row, at least those of a row's pixels
+};
+
+/// Takes the pixels of a frame, of at least stride x height bytes, without the padding of its rows. Pixels are
+/// widened as unsigned numbers; of 32-bit pixels the low 16 bits go into 16, as the library does it.
+/// @param pixels  width x height pixels of @p depth, which is WholeDepth() or more, or 16 for 32-bit frames
+/// @return whether a pixel has lost bits that were set
+bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth, std::span<std::byte> pixels);
+
+/// The clock of the camera from the metadata chunks at the end of a frame; nothing when there is none.
+std::optional<long long> FrameTicks(TPixelBytes frame);
+
+} // namespace vxtool

@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: MIT
+// Formats what is known of a spooled run.
+#include "tools/SpoolReport.h"
+
+#include "tools/FactsJson.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace vxtool {
+
+namespace {
+
+constexpr std::size_t kMostRangesShown = 20;
+
+std::string Line(const char* what, const std::string& value)
+{
+  char text[64];
+  std::snprintf(text, sizeof text, "%-22s ", what);
+  return text + value + "\n";
+}
+
+// Nothing for what is not known.
+std::string LineIfKnown(const char* what, const std::optional<double>& value, const char* unit)
+{
+  if (!value) return "";
+  char text[64];
+  std::snprintf(text, sizeof text, "%.7g%s", *value, unit);
+  return Line(what, text);
+}
+
+std::string LineIfKnown(const char* what, const std::optional<std::int64_t>& value, const char* unit)
+{
+  return value ? Line(what, std::to_string(*value) + unit) : "";
+}
+
+std::string LineIfKnown(const char* what, const std::string& value)
+{
+  return value.empty() ? "" : Line(what, value);
+}
+
+std::string ImagesLine(const TSpoolRun& run)
+{
+  const TSpoolFacts& f = run.Facts();
+  if (!run.Layout()) return Line("images", run.LayoutProblem());
+  return Line("images", std::to_string(*f.width) + "x" + std::to_string(*f.height) + " pixels, " + f.encoding +
+                            ", " + std::to_string(*f.stride) + " bytes a row, " + std::to_string(f.imageBytes) +
+                            " bytes an image" + (f.hasMetadata ? ", with metadata" : ""));
+}
+
+std::string IndexLine(const TSpoolIndex& index)
+{
+  if (index.IsMissing()) return Line("index", "is missing");
+  const std::string damage =
+      index.Damaged() > 0 ? ", and " + std::to_string(index.Damaged()) + " records that are damaged" : "";
+  return Line("images in the index", std::to_string(index.Count()) + damage);
+}
+
+std::string Row(const char* what, long count, const std::string& remark = "")
+{
+  char text[80];
+  std::snprintf(text, sizeof text, "%-34s %10ld", what, count);
+  return std::string(text) + (remark.empty() ? "" : "  " + remark) + "\n";
+}
+
+Json SpoolFactsJson(const TSpoolRun& run)
+{
+  const TSpoolFacts& f = run.Facts();
+  return {{"directory", run.Directory()},
+          {"state", JsonTextOrNull(f.stateText)},
+          {"failure", JsonTextOrNull(f.failure)},
+          {"images_expected", JsonOrNull(f.imagesExpected)},
+          {"images_written", f.imagesWritten}};
+}
+
+} // namespace
+
+std::string SpoolStateText(const TSpoolFacts& facts)
+{
+  switch (facts.state) {
+  case SpoolState::Complete:
+    return "complete";
+  case SpoolState::Aborted:
+    return "aborted by the program that took it";
+  case SpoolState::Failed:
+    return "failed" + (facts.failure.empty() ? "" : ": " + facts.failure);
+  case SpoolState::Recording:
+    return "being recorded, or the program that took it was killed";
+  }
+  return "";
+}
+
+std::string SpoolRunText(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files)
+{
+  const TSpoolFacts& f = run.Facts();
+  const TRunFacts facts = run.RunFacts(0);
+  std::string text = Line("run", run.Directory());
+  text += Line("state", SpoolStateText(f));
+  text += LineIfKnown("images expected", f.imagesExpected, "");
+  if (f.state != SpoolState::Recording) text += Line("images written", std::to_string(f.imagesWritten));
+  text += IndexLine(index);
+  text += Line("image files", std::to_string(files.Count()) + ", " + std::to_string(f.imagesPerFile) +
+                                  (f.imagesPerFile == 1 ? " image each" : " images each"));
+  text += ImagesLine(run);
+  if (facts.area.width > 0) {
+    char area[120];
+    std::snprintf(area, sizeof area, "%d,%d,%dx%d, binning %dx%d", facts.area.left, facts.area.top,
+                  facts.area.width, facts.area.height, facts.area.horizontalBinning, facts.area.verticalBinning);
+    text += Line("area", area);
+  }
+  text += LineIfKnown("camera", f.model + (f.serial.empty() ? "" : " " + f.serial));
+  text += LineIfKnown("started", f.startTime) + LineIfKnown("first image", f.firstFrameTime);
+  text += LineIfKnown("first image's clock", f.firstFrameTick, " ticks");
+  text += LineIfKnown("camera's clock", f.ticksPerSecond, " ticks/s");
+  text += LineIfKnown("exposure", f.exposureSeconds, " s") + LineIfKnown("frame rate", f.frameRate, " Hz");
+  text += LineIfKnown("exposures an image", f.accumulations, "");
+  text += LineIfKnown("trigger", facts.trigger) + LineIfKnown("written by library", f.library);
+  return text;
+}
+
+std::string SpoolRunJson(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files)
+{
+  const TSpoolFacts& f = run.Facts();
+  Json json = SpoolFactsJson(run);
+  json["images_in_index"] = index.IsMissing() ? Json(nullptr) : Json(index.Count());
+  json["damaged_records"] = index.Damaged();
+  json["image_files"] = files.Count();
+  json["images_per_file"] = f.imagesPerFile;
+  json["image_bytes"] = f.imageBytes;
+  json["stride_bytes"] = JsonOrNull(f.stride);
+  json["pixel_encoding"] = JsonTextOrNull(f.encoding);
+  json["metadata"] = f.hasMetadata;
+  json["layout_problem"] = JsonTextOrNull(run.LayoutProblem());
+  const std::optional<TFrameLayout> layout = run.Layout();
+  TImageShape shape;
+  if (layout) shape = {layout->width, layout->height, WholeDepth(layout->encoding)};
+  json.update(FactsJson(run.RunFacts(0), shape));
+  json["serial_text"] = JsonTextOrNull(f.serial);
+  json["frame_rate_hz"] = JsonOfSingle(f.frameRate);
+  json["first_image_utc"] = JsonTextOrNull(f.firstFrameTime);
+  json["first_image_ticks"] = JsonOrNull(f.firstFrameTick);
+  json["ticks_per_s"] = JsonOrNull(f.ticksPerSecond);
+  json["library_version"] = JsonTextOrNull(f.library);
+  json["notes"] = run.Notes();
+  return JsonLine(json);
+}
+
+std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
+                           const std::string& output, PixelDepth depth)
+{
+  const TConversionCounts& c = conversion.Counts();
+  const TRunFacts facts = run.RunFacts(0);
+  char head[120];
+  const long done = c.asked - c.notReached;
+  std::snprintf(head, sizeof head, "%s after %.2f s, %.1f images/s\n", outcome.c_str(), conversion.Seconds(),
+                conversion.Seconds() > 0.0 ? static_cast<double>(done) / conversion.Seconds() : 0.0);
+  std::string text = head;
+  const std::string camera = facts.camera + (facts.serial ? " " + std::to_string(*facts.serial) : "");
+  if (!camera.empty()) text += camera + ", ";
+  if (run.Layout())
+    text += std::to_string(run.Layout()->width) + "x" + std::to_string(run.Layout()->height) + " pixels, " +
+            run.Facts().encoding +
+            (output.empty() ? "" : " as " + std::to_string(static_cast<int>(depth)) + " bits") + ", ";
+  text += "run " + run.Facts().stateText + "\n";
+  const std::string wrong = conversion.Wrong().Text(kMostRangesShown);
+  const std::string absent = conversion.Absent().Text(kMostRangesShown);
+  text += Row("images asked for", c.asked, conversion.Asked().Text(kMostRangesShown));
+  text += Row("  checksum right", c.right);
+  if (c.unchecked > 0) text += Row("  without a checksum, taken", c.unchecked);
+  text += Row("  checksum wrong", c.wrong, wrong.empty() ? "" : "images " + wrong);
+  text += Row("  missing", c.unrecorded + c.unreadable, absent.empty() ? "" : "images " + absent);
+  if (c.notReached > 0) text += Row("  not looked at", c.notReached);
+  if (output.empty() && c.written + c.notWritten == 0) return text;
+  if (c.notWritten > 0) text += Row("not written", c.notWritten);
+  return text + Row("written", c.written, output);
+}
+
+std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
+                           const std::string& output, PixelDepth depth)
+{
+  const TConversionCounts& c = conversion.Counts();
+  Json json = {{"outcome", outcome}, {"seconds", std::round(conversion.Seconds() * 1.0e6) / 1.0e6}};
+  json.update(SpoolFactsJson(run));
+  json.update(Json{{"asked", c.asked},
+                   {"right", c.right},
+                   {"unchecked", c.unchecked},
+                   {"wrong", c.wrong},
+                   {"unrecorded", c.unrecorded},
+                   {"unreadable", c.unreadable},
+                   {"not_reached", c.notReached},
+                   {"written", c.written},
+                   {"not_written", c.notWritten},
+                   {"cut", c.cut},
+                   {"wrong_images", conversion.Wrong().Text()},
+                   {"missing_images", conversion.Absent().Text()},
+                   {"lost_in_camera", JsonOrNull(conversion.Totals().lostInCamera)},
+                   {"output", output}});
+  TImageShape shape;
+  if (run.Layout()) shape = {run.Layout()->width, run.Layout()->height, depth};
+  json.update(FactsJson(run.RunFacts(0), shape));
+  return JsonLine(json);
+}
+
+} // namespace vxtool

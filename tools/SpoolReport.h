@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// What is in the directory of a run, and what became of its images, as text.
+#pragma once
+
+#include "tools/TSpoolConversion.h"
+
+#include <string>
+
+namespace vxtool {
+
+/// Says in one line how a run ended.
+std::string SpoolStateText(const TSpoolFacts& facts);
+
+/// What is in the directory of a run: lines for a person, or one line of JSON.
+std::string SpoolRunText(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files);
+std::string SpoolRunJson(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files);
+
+/// What became of the images: lines for a person, or one line of JSON. @param outcome  complete, interrupted, failed
+/// @param output  the file, "" for none
+std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
+                           const std::string& output, PixelDepth depth);
+std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
+                           const std::string& output, PixelDepth depth);
+
+} // namespace vxtool

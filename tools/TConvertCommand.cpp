@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+// From the directory of a run to a file of its images.
+#include "tools/TConvertCommand.h"
+
+#include "tools/MakeImageWriter.h"
+#include "tools/SpoolReport.h"
+#include "tools/TInterrupt.h"
+#include "tools/ToolText.h"
+#include "tools/TPngPreviewWriter.h"
+#include "tools/TProgressLine.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <unistd.h>
+
+namespace vxtool {
+
+ExitCode TConvertCommand::Fail(ExitCode code, const std::string& message)
+{
+  Say(message);
+  return code;
+}
+
+ExitCode TConvertCommand::Run()
+{
+  const TInterrupt interrupt;
+  const ExitCode code = Convert();
+  if (conversion_) PrintReport();
+  return std::fflush(stdout) == 0 ? code : ExitCode::OutputError;
+}
+
+ExitCode TConvertCommand::Convert()
+{
+  if (const std::optional<ExitCode> wrong = ReadRun()) return *wrong;
+  if (const std::optional<ExitCode> wrong = CheckOptions()) return *wrong;
+  if (!options_.output.empty()) writer_ = MakeImageWriter(options_.format.value_or(FileFormat::Tiff));
+  if (!options_.preview.empty()) preview_ = std::make_unique<TPngPreviewWriter>();
+  TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
+  TConversionSettings settings;
+  settings.images = options_.images;
+  settings.depth = depth_;
+  settings.isSalvage = options_.isSalvage;
+  settings.keepsDamaged = options_.keepsDamaged;
+  auto conversion = std::make_unique<TSpoolConversion>(
+      run_, index_, settings, writer_.get(), [] { return TInterrupt::Happened(); },
+      [&](const TProgress& progress) {
+        if (!options_.isQuiet) line.Show(progress);
+      });
+  conversion_.swap(conversion);
+  if (!OpenOutput()) {
+    conversion_.reset(); // there is nothing to report
+    return ExitCode::OutputError;
+  }
+  end_ = conversion_->Run();
+  line.Finish();
+  CloseOutput();
+  SayWhatIsMissing();
+  return Judge();
+}
+
+std::optional<ExitCode> TConvertCommand::ReadRun()
+{
+  if (!run_.Read(options_.directory)) return Fail(ExitCode::InputError, run_.Error());
+  for (const std::string& note : run_.Notes()) Say(std::string(kSpoolDescriptionName) + ": " + note);
+  const SpoolState state = run_.Facts().state;
+  if (!index_.Read(options_.directory, run_.ImageLimit())) {
+    if (index_.IsMissing() && state != SpoolState::Complete && !options_.isSalvage)
+      return Fail(ExitCode::InputError, index_.Error() + ": nothing tells which images are whole; --salvage takes "
+                                                         "those that are not all zeros");
+    Say(index_.Error() + ": there are no checksums to compare with");
+  }
+  if (index_.Damaged() > 0)
+    Say(std::string(kSpoolIndexName) + ": " + std::to_string(index_.Damaged()) +
+        " records are damaged and do not count");
+  if (state != SpoolState::Complete && !options_.isQuiet)
+    Say("the run is not complete: " + SpoolStateText(run_.Facts()));
+  return std::nullopt;
+}
+
+std::optional<ExitCode> TConvertCommand::CheckOptions()
+{
+  const bool hasOutput = !options_.output.empty() || !options_.preview.empty();
+  if (hasOutput && !run_.Layout()) return Fail(ExitCode::InputError, run_.LayoutProblem());
+  if (!options_.images.IsEmpty() && options_.images.Ranges().back().last > run_.ImageLimit())
+    return Fail(ExitCode::Usage, "--images: the run has " + std::to_string(run_.ImageLimit()) + " images");
+  for (const std::string& path : {options_.output, options_.preview})
+    if (IsFileOfRun(path)) return Fail(ExitCode::OutputError, path + ": is a file of the run itself");
+  if (!run_.Layout()) return std::nullopt;
+  const FrameEncoding encoding = run_.Layout()->encoding;
+  depth_ = options_.depth.value_or(WholeDepth(encoding));
+  const bool isLowHalf = encoding == FrameEncoding::Mono32 && depth_ == PixelDepth::Bits16;
+  if (depth_ < WholeDepth(encoding) && !isLowHalf)
+    return Fail(ExitCode::Usage, "--bits: pixels of " + run_.Facts().encoding + " do not fit into " +
+                                     std::to_string(static_cast<int>(depth_)));
+  return std::nullopt;
+}
+
+// Whether writing the file would destroy what is to be read.
+bool TConvertCommand::IsFileOfRun(const std::string& path) const
+{
+  if (path.empty()) return false;
+  std::error_code error;
+  const std::filesystem::path file = std::filesystem::weakly_canonical(path, error);
+  if (error) return false;
+  const std::string name = file.filename().string();
+  const bool isName = name == kSpoolDescriptionName || name == kSpoolIndexName || SpoolFileNumber(name);
+  return isName && std::filesystem::equivalent(file.parent_path(), options_.directory, error);
+}
+
+bool TConvertCommand::OpenOutput()
+{
+  const TImageShape shape =
+      run_.Layout() ? TImageShape{run_.Layout()->width, run_.Layout()->height, depth_} : TImageShape{};
+  const TRunFacts facts = run_.RunFacts(conversion_->Counts().asked);
+  if (writer_ && !writer_->Open(options_.output, options_.overwrite, shape, facts)) {
+    Say(writer_->Error());
+    return false;
+  }
+  if (preview_ && !preview_->Open(options_.preview, options_.overwrite, shape, facts)) {
+    Say(preview_->Error());
+    if (writer_) writer_->Close(TRunTotals{}); // leaves no file behind: it has no image
+    return false;
+  }
+  return true;
+}
+
+void TConvertCommand::CloseOutput()
+{
+  isOutputFailed_ = end_ == RunEnd::OutputFailed;
+  if (writer_) {
+    const bool isClosed = writer_->Close(conversion_->Totals());
+    if (!writer_->Error().empty()) Say(writer_->Error());
+    isOutputFailed_ = isOutputFailed_ || !isClosed;
+    conversion_->TakeBackWritten(conversion_->Counts().written - writer_->ImagesWritten());
+    if (writer_->ImagesWritten() == 0) Say(options_.output + ": not written, there was no image");
+  }
+  if (!preview_) return;
+  const bool hasImage = !conversion_->LastImage().empty();
+  if (hasImage) preview_->Write(conversion_->LastImage(), conversion_->LastLabel());
+  if (!preview_->Close(conversion_->Totals()) && hasImage) {
+    Say(preview_->Error());
+    isOutputFailed_ = true;
+  }
+}
+
+void TConvertCommand::SayWhatIsMissing() const
+{
+  const TConversionCounts& c = conversion_->Counts();
+  for (const std::string& problem : conversion_->Problems()) Say(problem);
+  const auto say = [](long count, const std::string& what) {
+    if (count > 0) Say(std::to_string(count) + (count == 1 ? " image " : " images ") + what);
+  };
+  say(c.unrecorded, index_.IsMissing() ? "of zeros only, left out" : "without a record in the index, left out");
+  say(c.unreadable, "that cannot be read, left out");
+  say(c.wrong, options_.keepsDamaged ? "with a wrong checksum, taken all the same"
+                                     : "with a wrong checksum, left out; --keep-damaged takes them");
+  say(c.unchecked, "without a checksum, taken unchecked");
+  say(c.cut, "with pixels above 65535, cut to their low 16 bits; --bits 32 keeps them");
+}
+
+ExitCode TConvertCommand::Judge() const
+{
+  const TConversionCounts& c = conversion_->Counts();
+  if (!c.AddsUp()) {
+    Say("internal error: the counts do not add up");
+    return ExitCode::OutputError;
+  }
+  if (isOutputFailed_) return ExitCode::OutputError;
+  if (end_ == RunEnd::Interrupted) return ExitCode::Interrupted;
+  const SpoolState state = run_.Facts().state;
+  const bool isCutShort = (state == SpoolState::Recording || state == SpoolState::Failed) && !options_.isSalvage &&
+                          options_.images.IsEmpty();
+  const bool isUnproved = options_.isVerify && c.unchecked > 0;
+  const bool isAllThere = c.asked > 0 && c.Missing() == 0;
+  return isAllThere && !isCutShort && !isUnproved ? ExitCode::Success : ExitCode::FramesLost;
+}
+
+void TConvertCommand::PrintReport() const
+{
+  const std::string outcome = isOutputFailed_               ? "failed"
+                              : end_ == RunEnd::Interrupted ? "interrupted"
+                                                            : "complete";
+  const std::string output = Written() > 0 ? options_.output : "";
+  if (isJson_)
+    std::fputs(ConversionJson(run_, *conversion_, outcome, output, depth_).c_str(), stdout);
+  else if (!options_.isQuiet)
+    std::fputs(ConversionText(run_, *conversion_, outcome, output, depth_).c_str(), stdout);
+}
+
+ExitCode ShowSpoolRun(const TOptions& options)
+{
+  TSpoolRun run;
+  if (!run.Read(options.directory)) {
+    Say(run.Error());
+    return ExitCode::InputError;
+  }
+  for (const std::string& note : run.Notes()) Say(std::string(kSpoolDescriptionName) + ": " + note);
+  TSpoolIndex index;
+  if (!index.Read(options.directory, run.ImageLimit())) Say(index.Error());
+  const TSpoolFiles files(options.directory, run.Facts().imagesPerFile, run.Facts().imageBytes);
+  const std::string text = options.isJson ? SpoolRunJson(run, index, files) : SpoolRunText(run, index, files);
+  return Print(text) ? ExitCode::Success : ExitCode::OutputError;
+}
+
+} // namespace vxtool

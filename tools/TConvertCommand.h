@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// The commands for runs that were recorded to disk.
+#pragma once
+
+#include "tools/ExitCode.h"
+#include "tools/Options.h"
+#include "tools/TSpoolConversion.h"
+
+#include <memory>
+
+namespace vxtool {
+
+/// Reads what a directory says of its run, opens the output, converts, closes the output, reports. Prints to standard
+/// output (the counts) and standard error (progress, notes, errors). For one use; needs a TInterrupt while it works
+/// if Ctrl-C is to leave a valid file.
+class TConvertCommand final
+{
+public:
+  TConvertCommand(const TConvertOptions& options, bool isJson) : options_(options), isJson_(isJson) {}
+  /// The command as a whole.
+  ExitCode Run();
+  /// All of it but the report.
+  ExitCode Convert();
+  /// Images in the output.
+  long Written() const { return conversion_ ? conversion_->Counts().written : 0; }
+
+private:
+  ExitCode Fail(ExitCode code, const std::string& message);
+  std::optional<ExitCode> ReadRun();
+  std::optional<ExitCode> CheckOptions();
+  bool IsFileOfRun(const std::string& path) const;
+  bool OpenOutput();
+  void CloseOutput();
+  void SayWhatIsMissing() const;
+  ExitCode Judge() const;
+  void PrintReport() const;
+
+  TConvertOptions options_;
+  bool isJson_;
+  TSpoolRun run_;
+  TSpoolIndex index_;
+  PixelDepth depth_ = PixelDepth::Bits16;
+  std::unique_ptr<IImageWriter> writer_;
+  std::unique_ptr<IImageWriter> preview_;
+  std::unique_ptr<TSpoolConversion> conversion_;
+  RunEnd end_ = RunEnd::Complete;
+  bool isOutputFailed_ = false;
+};
+
+/// Prints what is in the directory of a run.
+ExitCode ShowSpoolRun(const TOptions& options);
+
+} // namespace vxtool

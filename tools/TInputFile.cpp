@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// Positioned reads of regular files.
+#include "tools/TInputFile.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace vxtool {
+
+TInputFile::~TInputFile()
+{
+  Close();
+}
+
+void TInputFile::Close()
+{
+  if (descriptor_ >= 0) close(descriptor_);
+  descriptor_ = -1;
+  length_ = 0;
+  isMissing_ = false;
+}
+
+bool TInputFile::Fail(const std::string& reason)
+{
+  error_ = path_ + ": " + reason;
+  return false;
+}
+
+bool TInputFile::Open(const std::string& path)
+{
+  Close();
+  path_ = path;
+  descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor_ < 0) {
+    isMissing_ = errno == ENOENT;
+    return Fail(isMissing_ ? "is missing" : "cannot be opened: " + std::generic_category().message(errno));
+  }
+  struct stat status = {};
+  if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
+    Close();
+    return Fail("is not a regular file");
+  }
+  length_ = static_cast<std::uint64_t>(status.st_size);
+  return true;
+}
+
+bool TInputFile::ReadAt(std::uint64_t offset, std::span<std::byte> bytes)
+{
+  while (!bytes.empty()) {
+    const ssize_t done = pread(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+    if (done < 0 && errno == EINTR) continue;
+    if (done < 0) return Fail("cannot be read: " + std::generic_category().message(errno));
+    if (done == 0) return Fail("is too short");
+    offset += static_cast<std::uint64_t>(done);
+    bytes = bytes.subspan(static_cast<std::size_t>(done));
+  }
+  return true;
+}
+
+} // namespace vxtool

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// A file being read: positioned reads that are complete or an error with its reason.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace vxtool {
+
+/// Owns one descriptor of a regular file; symbolic links to one are followed. Anything else (a directory, a pipe, a
+/// device) is refused, so that no read waits or has no end. One thread at a time. Operations answer false on
+/// failure; Error() then names file and reason.
+class TInputFile final
+{
+public:
+  TInputFile() = default;
+  ~TInputFile();
+  TInputFile(const TInputFile&) = delete;
+  TInputFile& operator=(const TInputFile&) = delete;
+
+  /// Opens a file, closing the one before.
+  bool Open(const std::string& path);
+  bool ReadAt(std::uint64_t offset, std::span<std::byte> bytes);
+  /// The file's length in bytes when it was opened.
+  std::uint64_t Length() const { return length_; }
+  /// Whether the last Open() failed because nothing has that name.
+  bool IsMissing() const { return isMissing_; }
+  const std::string& Error() const { return error_; }
+
+private:
+  bool Fail(const std::string& reason);
+  void Close();
+
+  std::string path_;
+  std::string error_;
+  std::uint64_t length_ = 0;
+  int descriptor_ = -1;
+  bool isMissing_ = false;
+};
+
+} // namespace vxtool

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+// Takes the images of a spooled run from disk, checks each and hands it on.
+#pragma once
+
+#include "tools/IImageWriter.h"
+#include "tools/TAcquisitionLoop.h"
+#include "tools/TNumberRanges.h"
+#include "tools/TSpoolFiles.h"
+#include "tools/TSpoolIndex.h"
+#include "tools/TSpoolRun.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vxtool {
+
+/// What to take.
+struct TConversionSettings
+{
+  TNumberRanges images; ///< numbers from 1; empty: all that the run is known to have
+  PixelDepth depth = PixelDepth::Bits16;
+  bool isSalvage = false;    ///< takes images that nothing vouches for, when they are not all zeros
+  bool keepsDamaged = false; ///< hands on images whose checksum is wrong
+};
+
+/// What became of the images asked for.
+struct TConversionCounts
+{
+  long asked = 0;
+  long right = 0;      ///< their checksum is right
+  long unchecked = 0;  ///< they have no checksum and were taken all the same
+  long wrong = 0;      ///< their checksum is wrong
+  long unrecorded = 0; ///< the index does not know them
+  long unreadable = 0; ///< their file is missing or too short, or cannot be read
+  long notReached = 0; ///< the conversion ended before
+  long written = 0;
+  long notWritten = 0; ///< taken, but not in the output
+  long cut = 0;        ///< taken, but with pixels that the depth does not hold
+
+  long Missing() const { return wrong + unrecorded + unreadable; }
+  bool AddsUp() const;
+};
+
+/// One conversion from start to end, on the caller's thread and with memory for one image. Borrows run, index, writer
+/// and callbacks until Run() returns. Every image is compared with the checksum of its record; one that is torn or
+/// damaged is not handed on. Its number stays free: images keep the numbers of the run.
+class TSpoolConversion final
+{
+public:
+  /// @param writer  takes the images; null to look at them only. Needs a run with a layout
+  TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& index, const TConversionSettings& settings,
+                   IImageWriter* writer, std::function<bool()> isInterrupted,
+                   std::function<void(const TProgress&)> onProgress);
+
+  /// Complete, Interrupted or OutputFailed.
+  RunEnd Run();
+
+  const TConversionCounts& Counts() const { return counts_; }
+  /// An output file that turned out to hold fewer images than were given to it.
+  void TakeBackWritten(long count);
+  /// The counts of the run itself, for its files.
+  TRunTotals Totals() const;
+  const TNumberRanges& Asked() const { return asked_; }
+  /// Numbers of the images that are wrong, and of those that are not there.
+  const TNumberRanges& Wrong() const { return wrong_; }
+  const TNumberRanges& Absent() const { return absent_; }
+  /// Why images could not be read, the first reasons.
+  const std::vector<std::string>& Problems() const { return problems_; }
+  /// The newest image handed on; empty when there was none.
+  TPixelBytes LastImage() const { return lastImage_; }
+  const TImageLabel& LastLabel() const { return lastLabel_; }
+  double Seconds() const { return seconds_; }
+
+private:
+  using Clock = std::chrono::steady_clock;
+
+  /// Numbers of all images that the run is known to have.
+  TNumberRanges WholeRun() const;
+  bool TakesUnrecorded() const;
+  bool TakeImage(long number);
+  bool HandOn(TImageLabel label);
+  void Absent(long number, long& count);
+  void Report();
+
+  const TSpoolRun& run_;
+  const TSpoolIndex& index_;
+  TConversionSettings settings_;
+  IImageWriter* writer_;
+  std::function<bool()> isInterrupted_;
+  std::function<void(const TProgress&)> onProgress_;
+  TSpoolFiles files_;
+  TNumberRanges asked_;
+  TNumberRanges wrong_;
+  TNumberRanges absent_;
+  TConversionCounts counts_;
+  TRunAccount clocks_;       // finds frames lost in the camera, by the timestamps of the images
+  bool isClockWhole_ = true; // every image so far had one, without gaps in the numbers
+  std::vector<std::string> problems_;
+  std::vector<std::byte> frame_;
+  std::vector<std::byte> pixels_;
+  std::vector<std::byte> lastImage_;
+  TImageLabel lastLabel_;
+  Clock::time_point start_;
+  double seconds_ = 0.0;
+};
+
+} // namespace vxtool

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// The image files of a spooled run.
+#pragma once
+
+#include "tools/ImageData.h"
+#include "tools/TInputFile.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vxtool {
+
+/// Reads images by number, one file open at a time, so that a run may have any number of files. One thread at a time.
+class TSpoolFiles final
+{
+public:
+  TSpoolFiles(const std::string& directory, std::int64_t imagesPerFile, std::int64_t imageBytes);
+
+  /// Reads image @p image, from 0. False with Error() set when its file is missing, too short, or cannot be read.
+  bool ReadImage(std::int64_t image, std::vector<std::byte>& bytes);
+  const std::string& Error() const { return error_; }
+  /// The number of image files, and the number behind the last image that has a place in one of them.
+  std::int64_t Count() const { return count_; }
+  std::int64_t End() const { return end_; }
+
+private:
+  std::string directory_;
+  std::int64_t imagesPerFile_;
+  std::int64_t imageBytes_;
+  std::int64_t count_ = 0;
+  std::int64_t end_ = 0;
+  TInputFile file_;
+  std::string error_;
+  std::int64_t number_ = -1; // of the file that is open or could not be opened
+  bool isOpen_ = false;
+};
+
+} // namespace vxtool

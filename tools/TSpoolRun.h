@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// What the directory of a spooled run says about the run.
+#pragma once
+
+#include "tools/FrameDecoding.h"
+#include "tools/ImageData.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vxtool {
+
+inline constexpr const char* kSpoolDescriptionName = "acquisitionmetadata.ini";
+inline constexpr const char* kSpoolIndexName = "spool_index.dat";
+/// The name of an image file: "spool_0000000007.dat".
+std::string SpoolFileName(std::int64_t file);
+/// The number in such a name; nothing when it is the name of something else.
+std::optional<std::int64_t> SpoolFileNumber(const std::string& name);
+
+enum class SpoolState
+{
+  Recording, ///< also of a run that was killed
+  Complete,
+  Aborted,
+  Failed,
+};
+
+/// The keys of acquisitionmetadata.ini. What the file does not say is empty or nothing.
+struct TSpoolFacts
+{
+  std::int64_t imagesPerFile = 0;
+  std::int64_t imageBytes = 0;
+  SpoolState state = SpoolState::Recording;
+  std::string stateText;
+  std::optional<std::int64_t> imagesExpected;
+  std::int64_t imagesWritten = 0;
+  std::optional<std::int64_t> method;
+  std::string library;
+  std::string startTime;
+  std::string firstFrameTime;
+  std::optional<std::int64_t> firstFrameTick;
+  std::optional<std::int64_t> ticksPerSecond;
+  std::string failure;
+  std::optional<std::int64_t> width;
+  std::optional<std::int64_t> height;
+  std::optional<std::int64_t> stride;
+  std::string encoding;
+  bool hasMetadata = false;
+  std::optional<std::int64_t> left;
+  std::optional<std::int64_t> top;
+  std::optional<std::int64_t> horizontalBinning;
+  std::optional<std::int64_t> verticalBinning;
+  std::optional<double> exposureSeconds;
+  std::optional<double> frameRate;
+  std::optional<std::int64_t> accumulations;
+  std::string trigger;
+  std::string model;
+  std::string serial;
+};
+
+/// Reads the description of a run and judges it. Numbers that cannot be true are treated as missing, with a note.
+/// One thread at a time.
+class TSpoolRun final
+{
+public:
+  /// False with Error() set when there is no description, or one without what is needed to find an image.
+  bool Read(const std::string& directory);
+
+  const std::string& Directory() const { return directory_; }
+  const TSpoolFacts& Facts() const { return facts_; }
+  const std::string& Error() const { return error_; }
+  /// What is odd about the description, a line each.
+  const std::vector<std::string>& Notes() const { return notes_; }
+
+  /// How to decode an image; nothing when the description does not tell, and LayoutProblem() says why.
+  const std::optional<TFrameLayout>& Layout() const { return layout_; }
+  const std::string& LayoutProblem() const { return layoutProblem_; }
+  /// The numbers of images, from 0, are below this.
+  std::int64_t ImageLimit() const;
+  /// What the writers of image files want to know. @param plannedImages  images that the file may get
+  TRunFacts RunFacts(long plannedImages) const;
+
+private:
+  bool Fail(const std::string& message);
+  void FindLayout();
+
+  std::string directory_;
+  TSpoolFacts facts_;
+  std::string error_;
+  std::vector<std::string> notes_;
+  std::optional<TFrameLayout> layout_;
+  std::string layoutProblem_;
+};
+
+} // namespace vxtool
