@@ -9,10 +9,13 @@
 #include <functional>
 #include <ostream>
 #include <set>
+#include <string_view>
+#include <tuple>
 #include <type_traits>
 
 namespace {
 
+constexpr std::string_view kCounterModel = "RQ512_LX"; // of kCounterCamera
 constexpr unsigned long kPixels = kCounterPixels;
 constexpr std::size_t kMostImages = 16;
 constexpr int kImages = 3; // of a running run
@@ -241,7 +244,7 @@ enum class State
   Closed  ///< after a run
 };
 
-const char* NameOf(State state)
+std::string NameOf(State state)
 {
   constexpr const char* kNames[] = {"NoCamera", "Open", "Running", "Failed", "Closed"};
   return kNames[static_cast<int>(state)];
@@ -268,9 +271,13 @@ int StatusIn(State state)
 
 } // namespace
 
-class AllFunctions : public CounterCameraTest, public ::testing::WithParamInterface<State>
+using TCase = std::tuple<State, std::string>; ///< state and camera model
+
+class AllFunctions : public CounterCameraTest, public ::testing::WithParamInterface<TCase>
 {
 protected:
+  static State TheState() { return std::get<State>(GetParam()); }
+
   /// Brings the camera into the state, unless it still is in it.
   void Enter()
   {
@@ -278,18 +285,21 @@ protected:
     GetSDK3Handle(&handle);
     int status = kNoStatus;
     GetStatus(&status);
-    if ((handle != -1) == IsOpen(GetParam()) && status == StatusIn(GetParam())) return;
+    if ((handle != -1) == IsOpen(TheState()) && status == StatusIn(TheState())) return;
 
     ShutDown();
-    ASSERT_EQ(VXSIM_Configure(kCounterCamera), VX_SUCCESS);
-    if (GetParam() == State::NoCamera) return;
+    std::string configuration = kCounterCamera;
+    configuration.replace(configuration.find(kCounterModel), kCounterModel.size(),
+                          std::get<std::string>(GetParam()));
+    ASSERT_EQ(VXSIM_Configure(configuration.c_str()), VX_SUCCESS) << VXSIM_GetLastError();
+    if (TheState() == State::NoCamera) return;
     OpenCamera(101);
-    if (GetParam() == State::Open) return;
+    if (TheState() == State::Open) return;
     StartUntilAborted();
     Push(kImages);
     ASSERT_TRUE(HasImages(kImages));
-    if (GetParam() == State::Closed) ShutDown();
-    if (GetParam() != State::Failed) return;
+    if (TheState() == State::Closed) ShutDown();
+    if (TheState() != State::Failed) return;
     ASSERT_EQ(VXSIM_PushWaitCode(0, VX_ERR_HARDWARE_OVERFLOW), VX_SUCCESS);
     ASSERT_TRUE(Eventually([] { return Status() == RC_STATUS_HARDWARE_OVERFLOW; }));
   }
@@ -308,7 +318,7 @@ TEST_P(AllFunctions, AnswerAsDocumented)
     TRoom room;
     const unsigned int code = function.call(room);
     ExpectDocumented(function, code);
-    EXPECT_EQ(code == RC_NOT_INITIALIZED, NeedsCamera(function.name) && !IsOpen(GetParam()));
+    EXPECT_EQ(code == RC_NOT_INITIALIZED, NeedsCamera(function.name) && !IsOpen(TheState()));
   }
 }
 
@@ -347,13 +357,18 @@ TEST_P(AllFunctions, OfAFixedResultKeepIt)
 #include "api/fixed_results.def"
   int status = kNoStatus;
   GetStatus(&status);
-  EXPECT_EQ(status, StatusIn(GetParam())) << "one of them does something";
+  EXPECT_EQ(status, StatusIn(TheState())) << "one of them does something";
 }
 
+// Cameras with the direct and with the simple gain control.
 INSTANTIATE_TEST_SUITE_P(In, AllFunctions,
-                         ::testing::Values(State::NoCamera, State::Open, State::Running, State::Failed,
-                                           State::Closed),
-                         [](const auto& state) { return std::string(NameOf(state.param)); });
+                         ::testing::Combine(::testing::Values(State::NoCamera, State::Open, State::Running,
+                                                              State::Failed, State::Closed),
+                                            ::testing::Values("RQ512_LX", "TRELLIS CMOS")),
+                         [](const auto& row) {
+                           const std::string& model = std::get<std::string>(row.param);
+                           return NameOf(std::get<State>(row.param)) + model.substr(0, model.find_first_of("_ "));
+                         });
 
 TEST(AllFunctionsTable, HasARowForEveryExportedFunction)
 {

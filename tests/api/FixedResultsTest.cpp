@@ -10,22 +10,66 @@
 #include <ostream>
 #include <set>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 namespace {
+
+using TOutputs = std::array<long long, 5>;
+
+template <class T>
+T Argument(TOutputs* outputs, std::size_t index)
+{
+  if constexpr (std::is_pointer_v<T>)
+    return outputs ? static_cast<T>(static_cast<void*>(&(*outputs)[index % outputs->size()])) : nullptr;
+  else
+    return T();
+}
+
+template <class... Arguments, std::size_t... Index>
+unsigned int CallAt(unsigned int (*function)(Arguments...), [[maybe_unused]] TOutputs* outputs,
+                    std::index_sequence<Index...> /*of each*/)
+{
+  return function(Argument<Arguments>(outputs, Index)...);
+}
+
+/// Calls with a place of @p outputs, or null, for each pointer.
+template <class... Arguments>
+unsigned int Call(unsigned int (*function)(Arguments...), TOutputs* outputs)
+{
+  return CallAt(function, outputs, std::index_sequence_for<Arguments...>());
+}
+
+unsigned int Call(unsigned int (*function)(...), TOutputs* outputs)
+{
+  if (!outputs) return function(nullptr, nullptr, nullptr, nullptr, nullptr);
+  return function(&(*outputs)[0], &(*outputs)[1], &(*outputs)[2], &(*outputs)[3], &(*outputs)[4], 1.0);
+}
 
 struct TSymbol
 {
   std::string name;
   unsigned int code;
-  bool hasOutput = false;
+  bool hasOutput;
+  unsigned int (*call)(void* function, TOutputs* outputs);
 };
+
+template <class Function>
+unsigned int CallAs(void* function, TOutputs* outputs)
+{
+  return Call(reinterpret_cast<Function>(function), outputs);
+}
 
 // Every symbol of the table, plain and decorated.
 const TSymbol kSymbols[] = {
-#define FIXED_RESULT(name, code, reason) {#name, code},
-#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason) {#name, code}, {#symbol, code},
-#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason) {#symbol, code},
-#define FIXED_VALUE(name, parameters, outputs, type, value, code, reason) {#name, code, true},
+#define FIXED_RESULT(name, code, reason) {#name, code, false, CallAs<unsigned int (*)(...)>},
+#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason)                                                 \
+  {#name, code, false, CallAs<unsigned int(*) arguments>},                                                        \
+      {#symbol, code, false, CallAs<unsigned int(*) arguments>},
+#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason)                                            \
+  {#symbol, code, false, CallAs<unsigned int(*) arguments>},
+#define FIXED_VALUE(name, parameters, outputs, type, value, code, reason)                                         \
+  {#name, code, true, CallAs<unsigned int(*) parameters>},
 #include "api/fixed_results.def"
 };
 
@@ -40,26 +84,11 @@ std::multiset<unsigned int> CodesOfFunctions()
   };
 }
 
-using TFunction = unsigned int (*)(...);
-
-TFunction Find(const std::string& symbol)
+void* Find(const std::string& symbol)
 {
   static void* const library = dlopen("libvxmcd.so.3", RTLD_LAZY | RTLD_NOLOAD);
-  return library ? reinterpret_cast<TFunction>(dlsym(library, symbol.c_str())) : nullptr;
+  return library ? dlsym(library, symbol.c_str()) : nullptr;
 }
-
-/// Room for two outputs of 64 bits, seen as words of 32.
-struct TOutputs
-{
-  std::array<unsigned int, 4> words{};
-
-  TOutputs() { words.fill(kUntouched); }
-  void* First() { return &words[0]; }
-  void* Second() { return &words[2]; }
-  static constexpr unsigned int kUntouched = 0xA5A5A5A5;
-};
-
-constexpr unsigned int kUntouched = TOutputs::kUntouched;
 
 TEST(FixedResults, NoneWasLost)
 {
@@ -75,12 +104,12 @@ TEST(FixedResults, AnswerUnderEverySymbolWithoutACamera)
 {
   for (const TSymbol& symbol : kSymbols) {
     SCOPED_TRACE(symbol.name);
-    const TFunction function = Find(symbol.name);
+    void* const function = Find(symbol.name);
     ASSERT_NE(function, nullptr);
-    EXPECT_EQ(function(nullptr, nullptr, nullptr, nullptr, nullptr), symbol.code);
-    std::array<long long, 5> outputs = {11, 12, 13, 14, 15};
-    const auto untouched = outputs;
-    EXPECT_EQ(function(&outputs[0], &outputs[1], &outputs[2], &outputs[3], &outputs[4], 1.0), symbol.code);
+    EXPECT_EQ(symbol.call(function, nullptr), symbol.code);
+    TOutputs outputs = {11, 12, 13, 14, 15};
+    const TOutputs untouched = outputs;
+    EXPECT_EQ(symbol.call(function, &outputs), symbol.code);
     EXPECT_EQ(outputs != untouched, symbol.hasOutput);
   }
 }
@@ -93,10 +122,21 @@ TEST(FixedResults, AreOnTheListOfExportedNames)
   for (const TSymbol& symbol : kSymbols) EXPECT_EQ(listed.count(symbol.name), 1U) << symbol.name;
 }
 
+constexpr unsigned int kUntouched = 0xA5A5A5A5;
+
+/// Room for two outputs of 64 bits, seen as words of 32.
+struct TWords
+{
+  std::array<unsigned int, 4> words{kUntouched, kUntouched, kUntouched, kUntouched};
+  void* First() { return &words[0]; }
+  void* Second() { return &words[2]; }
+};
+
 // Functions of one output in first place.
 struct TSingleOutput
 {
   const char* name;
+  unsigned int (*function)(void*);
   unsigned int code;
   std::size_t words;
   unsigned int value;
@@ -114,50 +154,56 @@ class FixedValue : public ::testing::TestWithParam<TSingleOutput>
 TEST_P(FixedValue, IsWrittenInItsWidthAndNowhereElse)
 {
   const TSingleOutput& row = GetParam();
-  const TFunction function = Find(row.name);
-  ASSERT_NE(function, nullptr);
-  TOutputs out;
-  EXPECT_EQ(function(out.First()), row.code);
+  TWords out;
+  EXPECT_EQ(row.function(out.First()), row.code);
   std::array<unsigned int, 4> expected = {row.value, row.words == 2 ? 0 : kUntouched, kUntouched, kUntouched};
   EXPECT_EQ(out.words, expected);
-  EXPECT_EQ(function(nullptr), row.code);
+  EXPECT_EQ(row.function(nullptr), row.code);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     FirstArgument, FixedValue,
-    ::testing::Values(
-        TSingleOutput{"GetMinimumNumberInSeries", 20002, 1, 1}, TSingleOutput{"GetPhosphorStatus", 20002, 1, 1},
-        TSingleOutput{"GetNumberFKVShiftSpeeds", 20002, 1, 0}, TSingleOutput{"GetNumberIO", 20002, 1, 0},
-        TSingleOutput{"GetNumberVSAmplitudes", 20002, 1, 0}, TSingleOutput{"GetNumberVSSpeeds", 20002, 1, 0},
-        TSingleOutput{"GetNumberPhotonCountingDivisions", 20002, 1, 0},
-        TSingleOutput{"IsInternalMechanicalShutter", 20002, 1, 0},
-        TSingleOutput{"GetDDGIOCNumberRequested", 20991, 1, 0}, TSingleOutput{"GetDDGIOCPulses", 20991, 1, 0},
-        TSingleOutput{"GetNumberDDGExternalOutputs", 20991, 1, 0}, TSingleOutput{"GetDDGIOCTrigger", 20991, 1, 0},
-        TSingleOutput{"GetDDGOpticalWidthEnabled", 20991, 1, 0}, TSingleOutput{"GetDDGIOCPeriod", 20991, 2, 0}),
+    ::testing::Values(TSingleOutput{"GetMinimumNumberInSeries", GetMinimumNumberInSeries, 20002, 1, 1},
+                      TSingleOutput{"GetPhosphorStatus", GetPhosphorStatus, 20002, 1, 1},
+                      TSingleOutput{"GetNumberFKVShiftSpeeds", GetNumberFKVShiftSpeeds, 20002, 1, 0},
+                      TSingleOutput{"GetNumberIO", GetNumberIO, 20002, 1, 0},
+                      TSingleOutput{"GetNumberVSAmplitudes", GetNumberVSAmplitudes, 20002, 1, 0},
+                      TSingleOutput{"GetNumberVSSpeeds", GetNumberVSSpeeds, 20002, 1, 0},
+                      TSingleOutput{"GetNumberPhotonCountingDivisions", GetNumberPhotonCountingDivisions, 20002, 1,
+                                    0},
+                      TSingleOutput{"IsInternalMechanicalShutter", IsInternalMechanicalShutter, 20002, 1, 0},
+                      TSingleOutput{"GetDDGIOCNumberRequested", GetDDGIOCNumberRequested, 20991, 1, 0},
+                      TSingleOutput{"GetDDGIOCPulses", GetDDGIOCPulses, 20991, 1, 0},
+                      TSingleOutput{"GetNumberDDGExternalOutputs", GetNumberDDGExternalOutputs, 20991, 1, 0},
+                      TSingleOutput{"GetDDGIOCTrigger", GetDDGIOCTrigger, 20991, 1, 0},
+                      TSingleOutput{"GetDDGOpticalWidthEnabled", GetDDGOpticalWidthEnabled, 20991, 1, 0},
+                      TSingleOutput{"GetDDGIOCPeriod", GetDDGIOCPeriod, 20991, 2, 0}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(FixedValues, ReachOutputsInLaterPlaces)
 {
-  using TWords = std::array<unsigned int, 4>;
-  const TWords kOneWord = {0, kUntouched, kUntouched, kUntouched};
-  const TWords kTwoWords = {0, 0, kUntouched, kUntouched};
-  TOutputs shutter;
+  const std::array<unsigned int, 4> kOneWord = {0, kUntouched, kUntouched, kUntouched};
+  const std::array<unsigned int, 4> kTwoWords = {0, 0, kUntouched, kUntouched};
+  TWords shutter;
   EXPECT_EQ(GetShutterMinTimes(shutter.First(), shutter.Second()), 20002U);
-  EXPECT_EQ(shutter.words, (TWords{0, kUntouched, 0, kUntouched}));
-  TOutputs gate;
+  EXPECT_EQ(shutter.words, (std::array<unsigned int, 4>{0, kUntouched, 0, kUntouched}));
+  TWords gate;
   EXPECT_EQ(GetDDGGateTime(gate.First(), gate.Second()), 20991U);
-  EXPECT_EQ(gate.words, (TWords{0, 0, 0, 0}));
-  TOutputs efficiency;
+  EXPECT_EQ(gate.words, (std::array<unsigned int, 4>{0, 0, 0, 0}));
+  TWords efficiency;
   char text[] = "text";
   EXPECT_EQ(GetQE(text, 1, efficiency.First()), 20002U);
   EXPECT_EQ(efficiency.words, kOneWord);
-  TOutputs sensitivity;
+  TWords inFourthPlace; // where a floating-point argument in front does not count
+  EXPECT_EQ(GetQE(text, 500.0F, 1, inFourthPlace.First()), 20002U);
+  EXPECT_EQ(inFourthPlace.words, kOneWord);
+  TWords sensitivity;
   EXPECT_EQ(GetSensitivity(0, 0, 0, 0, sensitivity.First()), 20002U);
   EXPECT_EQ(sensitivity.words, kOneWord);
-  TOutputs step;
+  TWords step;
   EXPECT_EQ(GetDDGExternalOutputStepEnabled(0, step.First()), 20002U);
   EXPECT_EQ(step.words, kOneWord);
-  TOutputs width;
+  TWords width;
   EXPECT_EQ(GetDDGTTLGateWidth(1LL, width.First()), 20991U);
   EXPECT_EQ(width.words, kTwoWords);
 
