@@ -3,7 +3,6 @@
 #include "spool/TCreateAndWriteFileTask.h"
 
 #include "acquisition/IDispatchRoutine.h"
-#include "spool/IImage.h"
 #include "spool/image_writing.h"
 #include "spool/launching.h"
 #include "spool/TFlushAndCloseFileTask.h"
@@ -13,6 +12,7 @@
 #include "utility/TQuorinWorkThread.h"
 
 #include <exception>
+#include <new>
 
 using QuorinUtility::TQuorinLibDebugOutput;
 using QuorinUtility::TQuorinWorkThread;
@@ -96,13 +96,10 @@ void TCreateAndWriteFileTask::createAndWriteFile(TSpoolFileData& data)
 
 void TCreateAndWriteFileTask::delegateToFlushAndCloseTask(IImage* image)
 {
-  try {
-    const int launcher = nextLauncher_;
-    nextLauncher_ = NextInTurn(launcher, launcherCount_);
-    LaunchOrExecute(launcherCount_ > 0 ? launchers_[launcher] : nullptr, new TSelfDeletingTask(spooler_), image);
-  } catch (const std::bad_alloc&) {
-    TFlushAndCloseFileTask(spooler_).Execute(image);
-  }
+  auto* const task = new (std::nothrow) TSelfDeletingTask(spooler_);
+  if (!task) return TFlushAndCloseFileTask(spooler_).Execute(image);
+  LaunchOrExecute(launcherCount_ > 0 ? launchers_[nextLauncher_] : nullptr, task, image);
+  nextLauncher_ = NextInTurn(nextLauncher_, launcherCount_);
 }
 
 void TCreateAndWriteFileTask::setImageSavedEvent(int index)

@@ -2,7 +2,6 @@
 // Unlocks and closes an image on another thread.
 #include "spool/TFlushAndCloseFileTask.h"
 
-#include "spool/IImage.h"
 #include "spool/image_writing.h"
 
 void TFlushAndCloseFileTask::Execute(void* image)

@@ -2,7 +2,6 @@
 // Copies frames on the calling thread and closes their images on others.
 #include "spool/TThreadedSpooler.h"
 
-#include "spool/IImage.h"
 #include "spool/image_writing.h"
 #include "spool/launching.h"
 #include "utility/TQuorinLibDebugOutput.h"

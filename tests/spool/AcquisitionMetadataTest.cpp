@@ -2,7 +2,7 @@
 // The file that describes a spooled run: what it keeps, and what is said when it cannot be read or written.
 #include "spool/TAcquisitionMetadata.h"
 #include "tests/ini/TScratchDirectory.h"
-#include "tests/spool/TLogFile.h"
+#include "tests/spool/logged_by.h"
 
 #include <atomic>
 #include <climits>
@@ -16,8 +16,6 @@
 #include <thread>
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
 
 namespace {
@@ -177,50 +175,30 @@ TEST_F(AcquisitionMetadata, IsNeverSeenHalfWritten)
   writer.join();
 }
 
-namespace {
-
-struct TReported
+TEST(AcquisitionMetadataLog, SaysWhatFailed)
 {
-  const char* name;
-  std::function<int(TAcquisitionMetadata&)> act;
-  const char* text;
-};
-
-unsigned int unread = 0;
-
-const TReported kReported[] = {
-    {"ReadNoImagesPerFile", [](auto& metadata) { return metadata.GetImagesPerFile(unread); },
-     "GetImagesPerFile TAcquisitionMetadata: GetImagesPerFile - Failed to read images per file"},
-    {"ReadNoImageSize", [](auto& metadata) { return metadata.GetImageSizeBytes(unread); },
-     "GetImageSizeBytes TAcquisitionMetadata: GetImageSizeBytes - Failed to read image size bytes"},
-    {"NoImagesPerFile", [](auto& metadata) { return metadata.SetImagesPerFile(0); },
-     "SetImagesPerFile TAcquisitionMetadata: SetImagesPerFile - _ui_imagesPerFile cannot be 0"},
-    {"NoImageSize", [](auto& metadata) { return metadata.SetImageSizeBytes(0); },
-     "SetImageSizeBytes TAcquisitionMetadata: SetImageSizeBytes - _ui_imageSizeBytes cannot be 0"},
-    {"SaveNowhere", [](auto& metadata) { return metadata.SaveFile(nullptr); },
-     "SaveFile TAcquisitionMetadata: SaveFile - _sz_filePath cannot be NULL"},
-    {"SaveFails", [](auto& metadata) { return metadata.SaveFile("none/of"); },
-     "SaveFile TAcquisitionMetadata: SaveFile - Failed to save file none/of/acquisitionmetadata.ini"},
-    {"LoadNowhere", [](auto& metadata) { return metadata.LoadFile(nullptr); },
-     "LoadFile TAcquisitionMetadata: LoadFile - _sz_filePath cannot be NULL"},
-    {"LoadFails", [](auto& metadata) { return metadata.LoadFile("none/of/"); },
-     "LoadFile TAcquisitionMetadata: LoadFile - Failed to Load file none/of/acquisitionmetadata.ini"},
-};
-
-class AcquisitionMetadataReport : public testing::TestWithParam<TReported>
-{
-};
-
-} // namespace
-
-TEST_P(AcquisitionMetadataReport, IsLogged)
-{
-  const TLogFile log;
   TAcquisitionMetadata metadata;
-  EXPECT_EQ(GetParam().act(metadata), 1);
-  EXPECT_THAT(log.Lines(),
-              ElementsAre(testing::AllOf(HasSubstr(" acquisitionmetadata.cpp:"), EndsWith(GetParam().text))));
+  unsigned int count = 0;
+  const std::pair<std::function<int()>, std::string> reports[] = {
+      {[&] { return metadata.GetImagesPerFile(count); },
+       "TAcquisitionMetadata: GetImagesPerFile - Failed to read images per file"},
+      {[&] { return metadata.GetImageSizeBytes(count); },
+       "TAcquisitionMetadata: GetImageSizeBytes - Failed to read image size bytes"},
+      {[&] { return metadata.SetImagesPerFile(0); },
+       "TAcquisitionMetadata: SetImagesPerFile - _ui_imagesPerFile cannot be 0"},
+      {[&] { return metadata.SetImageSizeBytes(0); },
+       "TAcquisitionMetadata: SetImageSizeBytes - _ui_imageSizeBytes cannot be 0"},
+      {[&] { return metadata.SaveFile(nullptr); }, "TAcquisitionMetadata: SaveFile - _sz_filePath cannot be NULL"},
+      {[&] { return metadata.SaveFile("none/of"); },
+       "TAcquisitionMetadata: SaveFile - Failed to save file none/of/acquisitionmetadata.ini"},
+      {[&] { return metadata.LoadFile(nullptr); }, "TAcquisitionMetadata: LoadFile - _sz_filePath cannot be NULL"},
+      {[&] { return metadata.LoadFile("none/of/"); },
+       "TAcquisitionMetadata: LoadFile - Failed to Load file none/of/acquisitionmetadata.ini"},
+  };
+  for (const auto& [act, text] : reports) {
+    const std::string function = text.substr(0, text.find(" - ")).substr(text.find(' ') + 1);
+    const std::string line = LoggedBy([&act = act] { EXPECT_EQ(act(), 1); });
+    EXPECT_THAT(line, testing::EndsWith(" " + function + " " + text + "\n"));
+    EXPECT_THAT(line, HasSubstr(" acquisitionmetadata.cpp:"));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, AcquisitionMetadataReport, testing::ValuesIn(kReported),
-                         [](const auto& report) { return std::string(report.param.name); });

@@ -93,6 +93,7 @@ TEST(SpoolQueue, GivesEachFrameToOneOfSeveralReaders)
         ++seen[static_cast<std::size_t>(data.index)];
         ++total;
       }
+      EXPECT_TRUE(queue.IsAborted()) << "the end came out of an empty queue";
     });
     threads.emplace_back([&queue, thread] {
       for (int index = 1 + thread; index <= kFrames; index += kThreads)

@@ -4,32 +4,14 @@
 
 #include <algorithm>
 
-/// Counts the calls that run at the same time.
-class TMemorySpooler::TCall
-{
-public:
-  explicit TCall(TMemorySpooler& spooler) : spooler_(spooler)
-  {
-    const int calls = ++spooler_.calls_;
-    int most = spooler_.mostCallsAtOnce;
-    while (most < calls && !spooler_.mostCallsAtOnce.compare_exchange_weak(most, calls)) {
-    }
-  }
-  ~TCall() { --spooler_.calls_; }
-  TCall(const TCall&) = delete;
-  TCall& operator=(const TCall&) = delete;
-
-private:
-  TMemorySpooler& spooler_;
-};
-
 int TMemorySpooler::OpenImage(unsigned int index, int mode, IImage*& image)
 {
-  const TCall call(*this);
+  if (calls_++ > 0) ++overlaps;
   const std::lock_guard lock(mutex_);
+  --calls_;
   modes.push_back(mode);
   const int answer = openResult(index);
-  if (answer != 0 || givesNoImage) return answer;
+  if (answer != 0) return answer;
   TMemoryImage& opened = images[index];
   if (opened.bytes.empty()) opened.bytes.resize(sizeBytes);
   opened.isOpen = true;
@@ -46,8 +28,9 @@ int TMemorySpooler::SetImageSizeBytes(std::uint64_t size)
 
 int TMemorySpooler::CloseImage(IImage* image)
 {
-  const TCall call(*this);
+  if (calls_++ > 0) ++overlaps;
   beforeClose();
+  --calls_;
   const std::lock_guard lock(mutex_);
   auto& closing = static_cast<TMemoryImage&>(*image);
   closing.isOpen = false;

@@ -62,12 +62,10 @@ public:
   std::wstring notes;
   std::function<int(unsigned int)> openResult = [](unsigned int) { return 0; };
   std::function<void()> beforeClose = [] {}; ///< on the closing thread, without a lock
-  bool givesNoImage = false;
-  int result = 0;                      ///< of the operations that have no other
-  std::atomic<int> mostCallsAtOnce{0}; ///< of OpenImage() and CloseImage()
+  int result = 0;                            ///< of the operations that have no other
+  std::atomic<int> overlaps{0};              ///< calls of OpenImage() and CloseImage() during another one
 
 private:
-  class TCall;
   int Note(const wchar_t* what, const wchar_t* value);
 
   std::atomic<int> calls_{0};

@@ -3,7 +3,8 @@
 #include "acquisition/IDispatchRoutine.h"
 #include "spool/TCreateAndWriteFileTask.h"
 #include "spool/TSpoolQueue.h"
-#include "tests/spool/TLogFile.h"
+#include "tests/ini/TScratchDirectory.h"
+#include "tests/spool/logged_by.h"
 #include "tests/spool/TMemorySpooler.h"
 #include "tests/spool/WriteFailures.h"
 #include "tests/utility/SystemCalls.h"
@@ -151,7 +152,6 @@ TEST_F(WriteTask, WritesNothingWhenAbortedBeforeTheFirstFrame)
 
 TEST_F(WriteTask, SaysWhenAnAbortLeavesFramesBehind)
 {
-  const TLogFile log;
   std::atomic<bool> mayClose{false};
   images_.beforeClose = [&] { Eventually([&] { return mayClose.load(); }); };
   auto task = MakeTask();
@@ -160,10 +160,9 @@ TEST_F(WriteTask, SaysWhenAnAbortLeavesFramesBehind)
   EXPECT_TRUE(Eventually([&] { return images_.OpenImages() == 1; }));
   input_.Abort();
   mayClose = true;
-  task.reset();
+  EXPECT_THAT(LoggedBy([&] { task.reset(); }), HasSubstr("images behind number 1 were queued"));
   EXPECT_EQ(images_.images.size(), 1u);
   ExpectWritten(0);
-  EXPECT_THAT(log.Lines(), testing::ElementsAre(HasSubstr("images behind number 1 were queued")));
 }
 
 TEST_F(WriteTask, ImagesAreClosedEvenWhenTheTaskIsGone)
