@@ -276,6 +276,7 @@ void TAcquisitionThread::Finalise()
     queue->Finalise();
     return true;
   });
+  if (!dispatchError_ && queue->HasFailed()) FailRun(dispatchError_);
 }
 
 void TAcquisitionThread::EndRun()

@@ -2,17 +2,11 @@
 // Copies each frame's timestamp aside on the frame's way to another dispatch queue.
 #include "acquisition/TMetadataXerox.h"
 
+#include "acquisition/frame_timestamp.h"
 #include "acquisition/TTimestampRepository.h"
 
 #include <algorithm>
-#include <cstring>
-
-namespace {
-
-constexpr std::int64_t kTickBytes = sizeof(std::int64_t);
-constexpr std::int64_t kTrailerBytes = 8; // behind the data: CID and length
-
-} // namespace
+#include <optional>
 
 TMetadataXerox::TMetadataXerox(TDispatchQueue* wrapped, TTimestampRepository* repository)
     : wrapped_(wrapped), repository_(repository)
@@ -30,17 +24,8 @@ void TMetadataXerox::StoreTimestamp(unsigned char* buffer, int sizeBytes)
 {
   // A frame cannot be longer than the slot it came in, whatever size was reported.
   const std::int64_t size = std::min<std::int64_t>(sizeBytes, wrapped_->GetImageSizeBytes());
-  if (size < kTickBytes + kTrailerBytes) return;
-
-  unsigned char* const end = buffer + size;
-  const unsigned char* const data = parser_.GetMetadataLocation(end, size, TMetadataParser::kTimestampCid);
-  if (!data) return;
-  const unsigned char* const dataEnd = parser_.GetCIDLocation(end, size, TMetadataParser::kTimestampCid);
-  if (dataEnd - data < kTickBytes) return;
-
-  std::int64_t ticks = 0;
-  std::memcpy(&ticks, data, sizeof ticks);
-  repository_->AddTimestamp(ticks);
+  if (const std::optional<std::int64_t> ticks = FrameTimestamp(parser_, buffer, size))
+    repository_->AddTimestamp(*ticks);
 }
 
 void TMetadataXerox::Initialise(std::int64_t imageSizeBytes)
@@ -106,4 +91,9 @@ bool TMetadataXerox::IsImageIntact(int image)
 bool TMetadataXerox::IsSlot(const unsigned char* buffer)
 {
   return wrapped_->IsSlot(buffer);
+}
+
+bool TMetadataXerox::HasFailed()
+{
+  return wrapped_->HasFailed();
 }

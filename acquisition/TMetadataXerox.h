@@ -29,6 +29,7 @@ public:
   void SetDispatchRoutine(IDispatchRoutine* routine) override;
   bool IsImageIntact(int image) override;
   bool IsSlot(const unsigned char* buffer) override;
+  bool HasFailed() override;
 
 private:
   void StoreTimestamp(unsigned char* buffer, int sizeBytes);

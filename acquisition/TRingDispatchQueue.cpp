@@ -4,6 +4,11 @@
 
 #include "acquisition/IDispatchRoutine.h"
 #include "acquisition/TCircularBuffer.h"
+#include "features/current_core_handle.h"
+#include "vxcore.h"
+
+#include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -76,4 +81,11 @@ bool TRingDispatchQueue::CountFrame(unsigned char* buffer)
   circularBuffer_->Increment();
   if (dispatchRoutine_) dispatchRoutine_->Signal();
   return true;
+}
+
+void TRingDispatchQueue::GiveBack(unsigned char* buffer, int sizeBytes)
+{
+  const std::int64_t slotBytes = GetImageSizeBytes() > 0 ? GetImageSizeBytes() : sizeBytes;
+  VX_QueueBuffer(CurrentCoreHandle(), buffer,
+                 static_cast<int>(std::min<std::int64_t>(slotBytes, std::numeric_limits<int>::max())));
 }

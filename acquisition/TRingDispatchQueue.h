@@ -34,6 +34,9 @@ protected:
   /// slot of the ring.
   bool CountFrame(unsigned char* buffer);
 
+  /// Gives a slot back to the camera, whole, whatever size the frame in it was reported to have.
+  void GiveBack(unsigned char* buffer, int sizeBytes);
+
   TCircularBuffer& CircularBuffer() { return *circularBuffer_; }
 
 private:

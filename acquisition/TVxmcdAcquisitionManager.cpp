@@ -46,15 +46,16 @@ bool IsUsableFrameSize(std::int64_t frameSizeBytes)
 TVxmcdAcquisitionManager::TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock)
     : ignoreQueue_(std::make_shared<TDispatchQueue_Ignore>(&circularBuffer_)),
       requeueQueue_(std::make_shared<TDispatchQueue_Requeue>(&circularBuffer_)),
+      spoolQueue_(std::make_shared<TDispatchQueue_Spool>(&circularBuffer_)),
       cameraLock_(cameraLock)
 {
+  spoolQueue_->SetDispatchRoutine(&eventDispatchRoutine_);
   requeueQueue_->SetDispatchRoutine(&eventDispatchRoutine_);
   ignoreQueue_->SetDispatchRoutine(&eventDispatchRoutine_);
   thread_ = std::make_unique<TAcquisitionThread>(&fetchQueue_, nullptr, cameraLock_, &circularBuffer_,
                                                  &eventDispatchRoutine_);
 }
 
-// The thread goes before anything it uses, and slots that the camera may still hold are taken back before they are
 // The thread goes before anything it uses.
 TVxmcdAcquisitionManager::~TVxmcdAcquisitionManager()
 {
@@ -70,6 +71,18 @@ int TVxmcdAcquisitionManager::GetCircularBufferSize() const
 void TVxmcdAcquisitionManager::limitCircularBufferLengthToMaxOf5000(int& length) const
 {
   length = std::min(length, kMostSlots);
+}
+
+void TVxmcdAcquisitionManager::SetSpool(bool enable, int method, const char* path)
+{
+  spoolEnabled_ = enable;
+  spoolQueue_->SetSpoolPath(path);
+  spoolQueue_->SetSpoolMethod(method);
+}
+
+void TVxmcdAcquisitionManager::SetSpoolThreadCount(int threadCount)
+{
+  spoolQueue_->SetSpoolThreadCount(threadCount);
 }
 
 int TVxmcdAcquisitionManager::Start()
@@ -110,9 +123,7 @@ int TVxmcdAcquisitionManager::StartRun()
   int slotCount = static_cast<int>(kFrameBudgetBytes / frameSizeBytes);
   limitCircularBufferLengthToMaxOf5000(slotCount);
 
-  const bool prepared = runMode_ == kUntilAborted ? PrepareUntilAborted(frameSizeBytes, slotCount)
-                                                  : PrepareFinite(frameSizeBytes, slotCount, loopCount);
-  if (!prepared) return kStartFailed;
+  if (!PrepareRun(frameSizeBytes, slotCount, loopCount)) return kStartFailed;
   SetUpRun(frameSizeBytes);
   thread_->SetLoopCount(loopCount);
   thread_->SetTimeout(timeoutMs);
@@ -140,11 +151,30 @@ bool TVxmcdAcquisitionManager::StopEarlierRun()
   return true;
 }
 
+// A run that goes on until it is aborted is never written.
+bool TVxmcdAcquisitionManager::PrepareRun(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount)
+{
+  if (runMode_ == kUntilAborted) return PrepareUntilAborted(frameSizeBytes, slotCount);
+  if (spoolEnabled_) return PrepareSpooled(frameSizeBytes, slotCount, loopCount);
+  return PrepareFinite(frameSizeBytes, slotCount, loopCount);
+}
+
 bool TVxmcdAcquisitionManager::PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount)
 {
   if (!AllocateAndQueue(frameSizeBytes, slotCount)) return false;
   thread_->SetContinuousMode(true);
   SetCurrentQueue(requeueQueue_);
+  return true;
+}
+
+// Slots whose frames are on their way to the disk are used again, so the series may be longer than the ring.
+bool TVxmcdAcquisitionManager::PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount)
+{
+  if (!AllocateAndQueue(frameSizeBytes, slotCount)) return false;
+  thread_->SetContinuousMode(false);
+  spoolingRun_ = true;
+  spoolQueue_->SetSeriesLength(loopCount);
+  SetCurrentQueue(spoolQueue_);
   return true;
 }
 

@@ -6,6 +6,7 @@
 #include "acquisition/TCircularBuffer.h"
 #include "acquisition/TDispatchQueue_Ignore.h"
 #include "acquisition/TDispatchQueue_Requeue.h"
+#include "acquisition/TDispatchQueue_Spool.h"
 #include "acquisition/TEventDispatchRoutine.h"
 #include "acquisition/TMetadataXerox.h"
 #include "acquisition/TTimestampRepository.h"
@@ -26,7 +27,7 @@ class TQuorinCriticalSection;
 /// Starts and stops the acquisitions of one camera and knows where their frames are. Owned by the camera's record;
 /// borrows the camera lock. All feature reads and commands go to the camera that is current at the moment.
 /// Thread-safe: starts, stops and releases of memory exclude each other, and the rest may be called meanwhile.
-/// Callers that stay inside for /// long, in a wait or a copy, count themselves in Uses(); Close() sends waiters
+/// Callers that stay inside for long, in a wait or a copy, count themselves in Uses(); Close() sends waiters
 /// home and waits for all of them.
 class TVxmcdAcquisitionManager final
 {
@@ -62,6 +63,9 @@ public:
   /// Number of images of a series.
   void SetImageCount(int imageCount) { imageCount_ = imageCount; }
   void SetRunMode(int runMode) { runMode_ = runMode; }
+  /// Whether finite runs are written to the disk, how and where. Counts from the next start on.
+  void SetSpool(bool enable, int method, const char* path);
+  void SetSpoolThreadCount(int threadCount);
 
   /// The memory budget of the ring in bytes.
   int GetCircularBufferSize() const;
@@ -107,8 +111,10 @@ private:
   int StartRun();
   bool StopEarlierRun();
   void SetUpRun(std::int64_t frameSizeBytes);
+  bool PrepareRun(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount);
   bool PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount);
   bool PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount, std::int64_t loopCount);
+  bool PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount);
   bool AllocateAndQueue(std::int64_t frameSizeBytes, std::int64_t slots);
   bool StartCamera();
   void Flush(int coreHandle);
@@ -123,6 +129,7 @@ private:
   TVXFetchQueue fetchQueue_;
   std::shared_ptr<TDispatchQueue_Ignore> ignoreQueue_;
   std::shared_ptr<TDispatchQueue_Requeue> requeueQueue_;
+  std::shared_ptr<TDispatchQueue_Spool> spoolQueue_;
   std::shared_ptr<TDispatchQueue> dispatchQueue_; // guarded by runObjectsMutex_
   TCircularBuffer circularBuffer_;
   std::shared_ptr<TTimestampRepository> timestampRepository_; // guarded by runObjectsMutex_
@@ -131,6 +138,7 @@ private:
   std::atomic<int> imageCount_{1};
   std::atomic<int> runMode_{kSingleImage};
   QuorinUtility::TQuorinCriticalSection* cameraLock_;
+  std::atomic<bool> spoolEnabled_{false};
   std::atomic<bool> spoolingRun_{false};
   std::atomic<bool> closed_{false};
 

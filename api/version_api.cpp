@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The library's version.
+#include "utility/library_version.h"
 #include "vxmcd.h"
 
 #include <cstring>
@@ -13,11 +14,6 @@ VXMCD_API unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, u
 
 namespace {
 
-constexpr unsigned int kMajor = 2;
-constexpr unsigned int kMinor = 94;
-constexpr unsigned int kBuild = 32007;
-constexpr unsigned int kRevision = 0;
-constexpr const char* kVersionText = "2.94.32007.0";
 constexpr const char* kUnknownText = "Unknown";
 
 void Write(unsigned int* output, unsigned int value)
@@ -38,10 +34,10 @@ void CopyBounded(char* buffer, unsigned int size, const char* text)
 unsigned int PlainGetSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build,
                                 unsigned int* revision)
 {
-  Write(major, kMajor);
-  Write(minor, kMinor);
-  Write(build, kBuild);
-  Write(revision, kRevision);
+  Write(major, LibraryVersion::kMajor);
+  Write(minor, LibraryVersion::kMinor);
+  Write(build, LibraryVersion::kBuild);
+  Write(revision, LibraryVersion::kRevision);
   return RC_SUCCESS;
 }
 
@@ -57,8 +53,8 @@ unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cofFile, unsi
   Write(cofFile, 0);
   Write(vxdRevision, 0);
   Write(vxdVersion, 0);
-  Write(dllRevision, kMinor);
-  Write(dllVersion, kMajor);
+  Write(dllRevision, LibraryVersion::kMinor);
+  Write(dllVersion, LibraryVersion::kMajor);
   return RC_SUCCESS;
 }
 
@@ -68,6 +64,6 @@ unsigned int GetVersionInfo(int id, char* buffer, unsigned int size)
   if (size == 0) return RC_P3_INVALID;
   if (!buffer) return RC_P2_INVALID;
   const bool isLibrary = id == VXMCD_VERSION_LIBRARY;
-  CopyBounded(buffer, size, isLibrary ? kVersionText : kUnknownText);
+  CopyBounded(buffer, size, isLibrary ? LibraryVersion::kText : kUnknownText);
   return isLibrary ? RC_SUCCESS : RC_NOT_AVAILABLE;
 }

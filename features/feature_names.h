@@ -55,6 +55,7 @@ inline constexpr const wchar_t* kAcquisitionStop = L"AcquisitionStop";
 inline constexpr const wchar_t* kCameraAcquiring = L"CameraAcquiring";
 inline constexpr const wchar_t* kMetadataEnable = L"MetadataEnable";
 inline constexpr const wchar_t* kTimestampClockReset = L"TimestampClockReset";
+inline constexpr const wchar_t* kTimestampClockFrequency = L"TimestampClockFrequency";
 inline constexpr const wchar_t* kExposureStartEvent = L"ExposureStartEvent";
 inline constexpr const wchar_t* kExposureEndEvent = L"ExposureEndEvent";
 

@@ -711,6 +711,37 @@ VXMCD_API unsigned int FreeInternalMemory(void);
 VXMCD_API unsigned int createAcquisitionEvents(void);
 /** @} */
 
+/** @defgroup spooling Writing to disk
+ *  Finite runs can be written to a directory frame by frame, as the camera delivers them, while they go on; the format
+ *  is that of docs/file-formats.md. Series may be longer than the ring: a frame's buffer is used again as soon as its
+ *  content is on its way to the disk, and until then the image can also be retrieved. Runs until abort are not
+ *  written.
+ *
+ *  When the disk is slower than the camera, frames wait in the ring and then in the camera, and when both are full
+ *  the run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, directory gone, limit of the process for the size of
+ *  files) it ends with #RC_STATUS_SPOOL_ISSUE. Frames that were written before stay in either case, and the
+ *  directory tells how many.
+ *  @{ */
+/**
+ * Switches writing on or off, from the next start on. The directory is made by StartAcquisition(), with its parents;
+ * it holds one run, so a new one replaces the spool files of the one before. What is wrong with the directory shows
+ * in GetStatus() after the first frame. Does not block.
+ * @param active  1 on; any other value off
+ * @param method  1 one image in each file; 3 many images in each file of up to about 256 MiB
+ * @param path    the directory, absolute or relative to the working directory at the next start; copied. Null is allowed unless @p active is 1
+ * @return #RC_SUCCESS; #RC_P2_INVALID for another method; #RC_P3_INVALID for a null path with @p active 1;
+ *         #RC_NOT_INITIALIZED, in this order
+ */
+VXMCD_API unsigned int SetSpool(int active, int method, char* path);
+/**
+ * Sets how many threads write images, from the next start on; 2 if never called. More help where a disk takes several
+ * writes at once. Does not block.
+ * @param count  1 or more; 256 at most are used
+ * @return #RC_SUCCESS; #RC_P1_INVALID for a count below 1, also with no camera; #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int SetSpoolThreadCount(int count);
+/** @} */
+
 /** @defgroup metadata Metadata
  *  @{ */
 /**

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// The camera's clock in a frame's metadata.
+#include "acquisition/frame_timestamp.h"
+
+#include "acquisition/TMetadataParser.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr std::int64_t kTickBytes = sizeof(std::int64_t);
+constexpr std::int64_t kTrailerBytes = 8; // behind the data: CID and length
+
+} // namespace
+
+std::optional<std::int64_t> FrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)
+{
+  if (size < kTickBytes + kTrailerBytes) return std::nullopt;
+
+  unsigned char* const end = frame + size;
+  const unsigned char* const data = parser.GetMetadataLocation(end, size, TMetadataParser::kTimestampCid);
+  if (!data) return std::nullopt;
+  const unsigned char* const dataEnd = parser.GetCIDLocation(end, size, TMetadataParser::kTimestampCid);
+  if (dataEnd - data < kTickBytes) return std::nullopt;
+
+  std::int64_t ticks = 0;
+  std::memcpy(&ticks, data, sizeof ticks);
+  return ticks;
+}

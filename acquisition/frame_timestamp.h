@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+// The camera's clock in a frame's metadata.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+class TMetadataParser;
+
+/// The ticks of the timestamp chunk of a frame of @p size bytes, or nothing for a frame without one. A frame that
+/// makes no sense has none.
+std::optional<std::int64_t> FrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size);

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// Writing the frames of a run to the disk.
+#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/TCameraUse.h"
+#include "spool/TSpoolLayout.h"
+
+unsigned int SetSpool(int active, int method, char* path)
+{
+  if (method != TSpoolLayout::kImagePerFile && method != TSpoolLayout::kImagesTogether) return RC_P2_INVALID;
+  if (active == 1 && !path) return RC_P3_INVALID;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  camera.Manager().SetSpool(active == 1, method, path);
+  return RC_SUCCESS;
+}
+
+unsigned int SetSpoolThreadCount(int count)
+{
+  if (count < 1) return RC_P1_INVALID;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  camera.Manager().SetSpoolThreadCount(count);
+  return RC_SUCCESS;
+}

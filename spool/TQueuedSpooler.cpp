@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// Spools images without holding up the acquisition thread.
+#include "spool/TQueuedSpooler.h"
+
+#include "spool/TCreateAndWriteFileTask.h"
+#include "spool/TSlotReturnTask.h"
+#include "utility/TQuorinTaskLauncher.h"
+
+#include <chrono>
+
+using QuorinUtility::TQuorinTaskLauncher;
+
+namespace {
+
+constexpr std::chrono::milliseconds kFinishSlice{50};
+
+} // namespace
+
+TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount)
+    : fault_(fault), queuing_(&input_)
+{
+  for (int i = 0; i < threadCount; ++i) {
+    launchers_.push_back(std::make_unique<TQuorinTaskLauncher>());
+    launcherPointers_.push_back(launchers_.back().get());
+  }
+  slotReturn_ = std::make_unique<TSlotReturnTask>(&reuse_, fault_);
+  writeTask_ = std::make_unique<TCreateAndWriteFileTask>(launcherPointers_.data(), spooler, threadCount, &input_,
+                                                         &reuse_, nullptr);
+}
+
+TQueuedSpooler::~TQueuedSpooler()
+{
+  Abort();
+  writeTask_.reset();
+}
+
+int TQueuedSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
+{
+  ++queued_;
+  return queuing_.Spool(index, buffer, sizeBytes);
+}
+
+void TQueuedSpooler::Abort()
+{
+  aborted_ = true;
+  input_.Abort();
+}
+
+// The write task ends with its queue, so it may only be told when it has taken the last image.
+void TQueuedSpooler::Finish()
+{
+  while (!aborted_ && !slotReturn_->WaitForImages(queued_, kFinishSlice))
+    if (static_cast<std::uint64_t>(writeTask_->GetLastSavedImageIndex()) >= queued_) break;
+  writeTask_.reset();
+  slotReturn_.reset();
+  launchers_.clear();
+}

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// Spools images without holding up the acquisition thread.
+#pragma once
+
+#include "spool/ISpoolAlgorithm.h"
+#include "spool/TQueuingSpoolAlgorithm.h"
+#include "spool/TSpoolQueue.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class ISpooler;
+class TCreateAndWriteFileTask;
+class TSlotReturnTask;
+class TSpoolFault;
+
+namespace QuorinUtility {
+class TQuorinTaskLauncher;
+}
+
+/// Queues images for a write task, which makes their files and copies them, has them closed by launchers, and gives
+/// the slots back to the camera. Owned by the run's pipeline; borrows spooler and fault. Spool() and Finish() belong to
+/// one thread; Abort() is thread-safe.
+class TQueuedSpooler final : public ISpoolAlgorithm
+{
+public:
+  /// With fewer than one thread, images are closed by the write task's thread.
+  TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount);
+  /// Images that have not been copied yet are given up.
+  ~TQueuedSpooler() override;
+
+  /// @p buffer must stay as it is until its slot is given back.
+  int Spool(int index, unsigned char* buffer, int sizeBytes) override;
+  /// Gives up the images that have not been copied yet.
+  void Abort();
+  /// Waits until all images that were not given up are written.
+  void Finish();
+
+private:
+  TSpoolFault* const fault_;
+  std::atomic<bool> aborted_{false};
+  std::uint64_t queued_ = 0;
+  TSpoolQueue input_;
+  TSpoolQueue reuse_;
+  TQueuingSpoolAlgorithm queuing_;
+  std::vector<std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> launchers_;
+  std::vector<QuorinUtility::TQuorinTaskLauncher*> launcherPointers_;
+  std::unique_ptr<TSlotReturnTask> slotReturn_;
+  std::unique_ptr<TCreateAndWriteFileTask> writeTask_;
+};

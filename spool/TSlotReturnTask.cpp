@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// Gives frame slots back to the camera once their images are written.
+#include "spool/TSlotReturnTask.h"
+
+#include "features/current_core_handle.h"
+#include "spool/TSpoolFault.h"
+#include "spool/TSpoolQueue.h"
+#include "vxcore.h"
+
+#include <cerrno>
+#include <string>
+
+using QuorinUtility::TQuorinWorkThread;
+
+TSlotReturnTask::TSlotReturnTask(TSpoolQueue* reuseQueue, TSpoolFault* fault)
+    : reuseQueue_(reuseQueue), fault_(fault), thread_(this, TQuorinWorkThread::eNormalPriority, "vxmcd-slots")
+{
+}
+
+TSlotReturnTask::~TSlotReturnTask()
+{
+  reuseQueue_->Abort();
+  thread_.WaitForCompletion();
+}
+
+bool TSlotReturnTask::WaitForImages(std::uint64_t count, std::chrono::milliseconds timeout)
+{
+  std::unique_lock lock(mutex_);
+  return returned_.wait_for(lock, timeout, [&] { return images_ >= count; });
+}
+
+void TSlotReturnTask::Run()
+{
+  const TSpoolFileData end;
+  for (TSpoolFileData data = reuseQueue_->Retrieve(); !(data == end); data = reuseQueue_->Retrieve()) {
+    if (data.error != 0) fault_->Raise("cannot write image", std::to_string(data.index + 1), EIO);
+    VX_QueueBuffer(CurrentCoreHandle(), data.buffer, data.sizeBytes);
+    {
+      const std::lock_guard lock(mutex_);
+      ++images_;
+    }
+    returned_.notify_all();
+  }
+}

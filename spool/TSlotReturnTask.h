@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// Gives frame slots back to the camera once their images are written.
+#pragma once
+
+#include "utility/TQuorinWorkThread.h"
+#include "utility/TQuorinWorkThreadRoutine.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+class TSpoolFault;
+class TSpoolQueue;
+
+/// Takes images that a write task has done with from its reuse queue, in order, and gives their slots back to the
+/// camera. On a thread of its own, since nobody else may come by: with all slots on their way to the disk there is no
+/// frame that would wake the acquisition thread. Owned by the run's pipeline; borrows queue and fault.
+class TSlotReturnTask final : public QuorinUtility::TQuorinWorkThreadRoutine
+{
+public:
+  TSlotReturnTask(TSpoolQueue* reuseQueue, TSpoolFault* fault);
+  /// Aborts the queue and waits for the thread.
+  ~TSlotReturnTask() override;
+  TSlotReturnTask(const TSlotReturnTask&) = delete;
+  TSlotReturnTask& operator=(const TSlotReturnTask&) = delete;
+
+  /// Blocks until this many images have come back, or the time is over. Returns whether they have.
+  bool WaitForImages(std::uint64_t count, std::chrono::milliseconds timeout);
+
+  /// The thread's work.
+  void Run() override;
+
+private:
+  TSpoolQueue* const reuseQueue_;
+  TSpoolFault* const fault_;
+  std::mutex mutex_;
+  std::condition_variable returned_;
+  std::uint64_t images_ = 0; // guarded by mutex_
+  QuorinUtility::TQuorinWorkThread thread_;
+};

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// What a spooled run's directory says of the run.
+#pragma once
+
+#include "spool/TAcquisitionMetadata.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+struct TSpoolLayout;
+
+/// Fills "acquisitionmetadata.ini" for one run: everything that a reader needs to decode the images without the camera.
+/// Owned by the run's pipeline. One thread at a time.
+class TSpoolDescription final
+{
+public:
+  /// How a run has ended.
+  struct TOutcome
+  {
+    std::uint64_t imagesWritten = 0;
+    bool completed = false;
+    std::string failure; ///< empty when nothing failed
+    std::optional<std::int64_t> firstFrameTimeNs;
+    std::optional<std::int64_t> firstFrameTick;
+  };
+
+  /// Describes the run that is about to begin, from the settings of the camera that is current. Returns false when
+  /// the file could not be written.
+  bool Begin(const std::string& directory, const TSpoolLayout& layout, int method, std::uint32_t seriesLength);
+  /// Completes the description. Returns false when the file could not be written.
+  bool End(const TOutcome& outcome);
+
+private:
+  std::string directory_;
+  TAcquisitionMetadata metadata_;
+};

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// The first thing that went wrong while a run was written to disk.
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <string>
+
+/// Keeps the first failure of a spooled run, so that whoever comes next, on whatever thread, sees that the run
+/// cannot go on. Owned by the run's pipeline, borrowed by everything below it. Thread-safe.
+class TSpoolFault final
+{
+public:
+  /// Keeps "<what> <name>: <text of errno value>" unless there is a failure already, and logs every one.
+  void Raise(const char* what, const std::string& name, int error);
+
+  bool IsRaised() const { return raised_.load(std::memory_order_acquire); }
+  /// What the first failure was, empty while there is none.
+  std::string Text() const;
+
+private:
+  std::atomic<bool> raised_{false};
+  mutable std::mutex mutex_;
+  std::string text_; // guarded by mutex_
+};

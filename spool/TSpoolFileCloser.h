@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// Closes files on a thread of its own.
+#pragma once
+
+#include "utility/IQuorinTask.h"
+#include "utility/TQuorinTaskLauncher.h"
+
+#include <memory>
+
+class TSpoolFault;
+class TSpoolFile;
+
+/// Brings files to the disk and closes them, one after another, on a thread of its own: that may take as long as the
+/// disk needs for a whole file, and nobody who opens or fills another one should wait for it. Owned by the file
+/// spooler; borrows the fault. Thread-safe.
+class TSpoolFileCloser final : private QuorinUtility::IQuorinTask
+{
+public:
+  explicit TSpoolFileCloser(TSpoolFault* fault);
+  /// Waits until all files are closed.
+  ~TSpoolFileCloser() override;
+
+  /// Closes the file, now or a little later; waits while an earlier one is still being closed.
+  void Close(std::unique_ptr<TSpoolFile> file);
+
+private:
+  void Execute(void* file) override;
+  void CloseNow(TSpoolFile& file);
+
+  TSpoolFault* fault_;
+  QuorinUtility::TQuorinTaskLauncher launcher_;
+};

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+// Makes, hands out and closes the files of a spooled run.
+#include "spool/TSpoolFileSpooler.h"
+
+#include "spool/TSpoolFault.h"
+#include "spool/TSpoolFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t kNumberDigits = 10;
+constexpr const char* kExtension = ".dat";
+
+// The narrow form of a wide text, in UTF-8 whatever the language of the program.
+std::string ToUtf8(const wchar_t* text)
+{
+  const std::u8string utf8 = std::filesystem::path(text ? text : L"").u8string();
+  return {utf8.begin(), utf8.end()};
+}
+
+} // namespace
+
+TSpoolFileSpooler::TSpoolFileSpooler(TSpoolFault* fault)
+    : fault_(fault), closer_(std::make_unique<TSpoolFileCloser>(fault))
+{
+}
+
+TSpoolFileSpooler::~TSpoolFileSpooler() = default;
+
+int TSpoolFileSpooler::SetImageSizeBytes(std::uint64_t sizeBytes)
+{
+  fileBytes_ = sizeBytes;
+  return 0;
+}
+
+int TSpoolFileSpooler::SetPath(const wchar_t* path)
+{
+  directory_ = ToUtf8(path);
+  return 0;
+}
+
+int TSpoolFileSpooler::SetStem(const wchar_t* stem)
+{
+  stem_ = ToUtf8(stem);
+  return 0;
+}
+
+int TSpoolFileSpooler::OpenImage(unsigned int index, int /*mode*/, IImage*& image)
+{
+  if (fault_->IsRaised()) return EIO;
+  const std::lock_guard lock(mutex_);
+  const auto open = files_.find(index);
+  if (open != files_.end()) {
+    image = open->second.get();
+    return 0;
+  }
+  auto file = std::make_unique<TSpoolFile>(directory_ + "/" + FileName(index), index, fileBytes_);
+  if (const int error = file->Create(volume_)) {
+    fault_->Raise("cannot create", file->Path(), error);
+    return error;
+  }
+  image = file.get();
+  files_.emplace(index, std::move(file));
+  return 0;
+}
+
+int TSpoolFileSpooler::CloseImage(IImage* image)
+{
+  std::unique_ptr<TSpoolFile> file;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto open = std::find_if(files_.begin(), files_.end(),
+                                   [image](const auto& entry) { return entry.second.get() == image; });
+    if (open == files_.end()) return EINVAL;
+    if (!open->second->IsFull()) return 0;
+    file = std::move(open->second);
+    files_.erase(open);
+  }
+  closer_->Close(std::move(file));
+  return 0;
+}
+
+void TSpoolFileSpooler::Finish()
+{
+  const std::lock_guard lock(mutex_);
+  for (auto& [number, file] : files_) closer_->Close(std::move(file));
+  files_.clear();
+  closer_.reset();
+}
+
+int TSpoolFileSpooler::Remove()
+{
+  namespace fs = std::filesystem;
+  std::vector<fs::path> own;
+  std::error_code error;
+  for (fs::directory_iterator entry(directory_, error), end; !error && entry != end; entry.increment(error))
+    if (IsOwnFile(entry->path().filename().native())) own.push_back(entry->path());
+  if (error) fault_->Raise("cannot read", directory_, error.value());
+  for (const fs::path& path : own)
+    if (unlink(path.c_str()) != 0 && errno != ENOENT) fault_->Raise("cannot remove", path.native(), errno);
+  return fault_->IsRaised() ? EIO : 0;
+}
+
+std::string TSpoolFileSpooler::FileName(unsigned int number) const
+{
+  std::array<char, kNumberDigits + 1> digits{};
+  std::snprintf(digits.data(), digits.size(), "%010u", number);
+  return stem_ + "_" + digits.data() + kExtension;
+}
+
+bool TSpoolFileSpooler::IsOwnFile(const std::string& name) const
+{
+  const std::string front = stem_ + "_";
+  if (name.size() != front.size() + kNumberDigits + std::char_traits<char>::length(kExtension)) return false;
+  return name.starts_with(front) && name.ends_with(kExtension) &&
+         std::all_of(name.begin() + static_cast<std::ptrdiff_t>(front.size()),
+                     name.begin() + static_cast<std::ptrdiff_t>(front.size() + kNumberDigits),
+                     [](char c) { return c >= '0' && c <= '9'; });
+}

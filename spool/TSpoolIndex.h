@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// The file that says which images are on disk.
+#pragma once
+
+#include "spool/TFileDescriptor.h"
+
+#include <cstdint>
+#include <mutex>
+#include <span>
+#include <string>
+
+class TSpoolFault;
+
+/// "spool_index.dat": one record of 32 bytes for each image whose bytes have been handed to the operating system, in
+/// the order in which that happened. Owned by the run's pipeline, borrows its fault. Append() is thread-safe.
+class TSpoolIndex final
+{
+public:
+  static constexpr const char* kFileName = "spool_index.dat";
+
+  /// What a record says of an image.
+  struct TImage
+  {
+    std::uint64_t number;   ///< from 0
+    std::uint64_t checksum; ///< XXH3 64 bits, of the whole image
+    std::int64_t takenAtNs; ///< host time since 1970-01-01 UTC
+  };
+
+  explicit TSpoolIndex(TSpoolFault* fault) : fault_(fault) {}
+
+  /// Makes an empty index in @p directory. Returns false, with the fault raised, when that fails.
+  bool Create(const std::string& directory);
+  /// Returns false, with the fault raised, when the records could not be written.
+  bool Append(std::span<const TImage> images);
+  /// Number of images recorded.
+  std::uint64_t Count();
+  /// Brings all records to the disk and closes the file. Returns false, with the fault raised, on failure.
+  bool Close();
+
+private:
+  TSpoolFault* fault_;
+  std::string path_;
+  std::mutex mutex_;
+  TFileDescriptor file_;    // guarded by mutex_
+  std::uint64_t count_ = 0; // guarded by mutex_
+};

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+// The way of one run's frames to the disk.
+#include "spool/TSpoolPipeline.h"
+
+#include "spool/file_writing.h"
+#include "spool/host_time.h"
+#include "spool/TBlockSpooler.h"
+#include "spool/TDirectoryTree.h"
+#include "spool/TQueuedSpooler.h"
+#include "spool/TSpoolFile.h"
+#include "spool/TSpoolImageSpooler.h"
+#include "spool/TThreadedSpooler.h"
+#include "utility/TQuorinFilePath.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+#include <utility>
+
+using QuorinUtility::TQuorinFilePath;
+
+namespace {
+
+// More than description and directory take.
+constexpr off_t kRoomBytes = 16384;
+
+constexpr const wchar_t* kStem = L"spool";
+
+struct TFree
+{
+  void operator()(char* text) const { std::free(text); }
+};
+
+} // namespace
+
+TSpoolPipeline::TSpoolPipeline(const TSettings& settings, std::uint64_t imageSizeBytes, std::uint32_t seriesLength)
+    : seriesLength_(seriesLength), index_(&fault_), fileSpooler_(&fault_)
+{
+  if (!PrepareDirectory(settings.path)) return;
+  fileSpooler_.SetDirectory(directory_);
+  fileSpooler_.SetStem(kStem);
+  RemoveEarlierRun();
+  if (fault_.IsRaised()) return;
+
+  const TSpoolVolume volume = TSpoolVolume::Probe(directory_);
+  fileSpooler_.SetVolume(volume);
+  layout_ = TSpoolLayout::Choose(settings.method, imageSizeBytes, seriesLength, volume);
+  described_ = description_.Begin(directory_, layout_, settings.method, seriesLength);
+  if (!described_) {
+    fault_.Raise("cannot describe the run in", directory_, EIO);
+    return;
+  }
+  if (!index_.Create(directory_)) return;
+  ReserveRoom();
+  MakeAlgorithm(settings.threadCount);
+}
+
+TSpoolPipeline::~TSpoolPipeline()
+{
+  Abort();
+  Finish();
+}
+
+// The full path is kept, since the working directory may change. Two runs in one directory would take each other's
+// files away, so a run locks it.
+bool TSpoolPipeline::PrepareDirectory(const std::string& path)
+{
+  TQuorinFilePath root(path.c_str());
+  TDirectoryTree tree(&root);
+  if (path.empty() || !tree.CreateDirectoryTree()) {
+    fault_.Raise("cannot make the directory", path, path.empty() ? ENOENT : errno);
+    return false;
+  }
+  const std::unique_ptr<char, TFree> full(realpath(root.GetForwardSlashPath(), nullptr));
+  if (full) directory_ = full.get();
+  directoryLock_ = TFileDescriptor(open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!directoryLock_.IsOpen()) {
+    fault_.Raise("cannot open the directory", path, errno);
+    return false;
+  }
+  // File systems that know no locks do without.
+  if (flock(directoryLock_.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    fault_.Raise("another run is writing into", directory_, EBUSY);
+    return false;
+  }
+  return true;
+}
+
+// The description goes first and the new one comes last, so that it never stands beside another run's files.
+void TSpoolPipeline::RemoveEarlierRun()
+{
+  const auto remove = [this](const char* name) {
+    const std::string file = directory_ + "/" + name;
+    if (unlink(file.c_str()) != 0 && errno != ENOENT) fault_.Raise("cannot remove", file, errno);
+  };
+  remove(TAcquisitionMetadata::mpsz_iniFilename);
+  fileSpooler_.Remove();
+  remove(TSpoolIndex::kFileName);
+}
+
+// A file without a name goes with the process, however that ends. Where there can be none, a disk that fills up leaves
+// the description as it was at the start.
+void TSpoolPipeline::ReserveRoom()
+{
+  room_ = TFileDescriptor(open(directory_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  if (!room_.IsOpen() || CheckFileSizeLimit(kRoomBytes) != 0) return;
+  if (fallocate(room_.Get(), 0, 0, kRoomBytes) != 0 && errno == ENOSPC)
+    fault_.Raise("no room for a run in", directory_, ENOSPC);
+}
+
+void TSpoolPipeline::MakeAlgorithm(int threadCount)
+{
+  imageSpooler_ = std::make_unique<TSpoolImageSpooler>(&fileSpooler_, layout_, &index_, &fault_);
+  switch (layout_.way) {
+  case TSpoolLayout::kThreaded:
+    algorithm_ = std::make_unique<TThreadedSpooler>(imageSpooler_.get(), threadCount);
+    break;
+  case TSpoolLayout::kBlocks:
+    algorithm_ = std::make_unique<TBlockSpooler>(imageSpooler_.get(), layout_.imageSizeBytes,
+                                                 layout_.imagesPerPlace, threadCount);
+    break;
+  case TSpoolLayout::kQueued:
+    auto queued = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threadCount);
+    queued_ = queued.get();
+    algorithm_ = std::move(queued);
+    break;
+  }
+}
+
+bool TSpoolPipeline::Spool(int index, unsigned char* buffer)
+{
+  if (fault_.IsRaised() || finished_) return false;
+  if (!firstFrameTimeNs_) firstFrameTimeNs_ = HostTimeNs();
+  const bool accepted = algorithm_->Spool(index, buffer, static_cast<int>(layout_.imageSizeBytes)) == 1;
+  if (!accepted) fault_.Raise("cannot write image", std::to_string(index + 1), EIO);
+  return !fault_.IsRaised();
+}
+
+void TSpoolPipeline::Abort()
+{
+  if (queued_) queued_->Abort();
+}
+
+// Large files are on the disk already, and only their names are not. Many small ones are brought there together.
+void TSpoolPipeline::SyncDirectory()
+{
+  const bool largeFiles = layout_.PlaceBytes() * layout_.placesPerFile >= TSpoolFile::kLargeFileBytes;
+  const int result = largeFiles ? fsync(directoryLock_.Get()) : syncfs(directoryLock_.Get());
+  if (result != 0) fault_.Raise("cannot write", directory_, errno);
+}
+
+void TSpoolPipeline::Finish()
+{
+  if (finished_) return;
+  finished_ = true;
+  if (queued_)
+    queued_->Finish();
+  else
+    algorithm_.reset();
+  fileSpooler_.Finish();
+  index_.Close();
+  if (!described_) return;
+  SyncDirectory();
+
+  TSpoolDescription::TOutcome outcome;
+  outcome.imagesWritten = index_.Count();
+  outcome.completed = outcome.imagesWritten == seriesLength_;
+  outcome.failure = fault_.Text();
+  outcome.firstFrameTimeNs = firstFrameTimeNs_;
+  outcome.firstFrameTick = firstFrameTick_;
+  room_.Close();
+  if (!description_.End(outcome)) fault_.Raise("cannot describe the run in", directory_, EIO);
+}

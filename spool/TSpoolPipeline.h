@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// The way of one run's frames to the disk.
+#pragma once
+
+#include "spool/TFileDescriptor.h"
+#include "spool/TSpoolDescription.h"
+#include "spool/TSpoolFault.h"
+#include "spool/TSpoolFileSpooler.h"
+#include "spool/TSpoolIndex.h"
+#include "spool/TSpoolLayout.h"
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+class ISpoolAlgorithm;
+class TQueuedSpooler;
+class TSpoolImageSpooler;
+
+/// Everything that writes one run: its directory and description, the spoolers and the algorithm that feeds them.
+/// Made by the spool dispatch queue for each run. What fails, from the constructor on, is kept as the run's fault and
+/// makes every later Spool() fail; only a lack of memory in the constructor throws. Spool() and Finish() belong to
+/// the acquisition thread, the others are thread-safe.
+class TSpoolPipeline final
+{
+public:
+  struct TSettings
+  {
+    std::string path; ///< a directory, made with its parents
+    int method = TSpoolLayout::kImagesTogether;
+    int threadCount = 2;
+  };
+
+  /// Makes the directory describe this run instead of an earlier one, whose files are removed.
+  TSpoolPipeline(const TSettings& settings, std::uint64_t imageSizeBytes, std::uint32_t seriesLength);
+  ~TSpoolPipeline();
+  TSpoolPipeline(const TSpoolPipeline&) = delete;
+  TSpoolPipeline& operator=(const TSpoolPipeline&) = delete;
+
+  /// Takes over an image of the size of the run's images. Blocks while the disk is behind. Returns false when the
+  /// run cannot go on.
+  bool Spool(int index, unsigned char* buffer);
+  /// Whether the pipeline gives slots back to the camera, at a later time. If not, they are free when Spool() returns.
+  bool ReturnsSlots() const { return queued_ != nullptr; }
+  /// The run ends early: images that are still in their slots are given up.
+  void Abort();
+  /// Waits until everything is on the disk, and completes the description.
+  void Finish();
+  bool HasFailed() const { return fault_.IsRaised(); }
+
+  /// The camera's clock at the first frame.
+  void SetFirstFrameTick(std::int64_t tick) { firstFrameTick_ = tick; }
+
+private:
+  bool PrepareDirectory(const std::string& path);
+  void RemoveEarlierRun();
+  void MakeAlgorithm(int threadCount);
+  void ReserveRoom();
+  void SyncDirectory();
+
+  TSpoolFault fault_;
+  std::string directory_;
+  TFileDescriptor directoryLock_;
+  TFileDescriptor room_; // on the disk, for the description of a run that fills it up
+  TSpoolLayout layout_;
+  std::uint32_t seriesLength_;
+  TSpoolDescription description_;
+  TSpoolIndex index_;
+  TSpoolFileSpooler fileSpooler_;
+  std::unique_ptr<TSpoolImageSpooler> imageSpooler_;
+  std::unique_ptr<ISpoolAlgorithm> algorithm_;
+  TQueuedSpooler* queued_ = nullptr; // the algorithm, if it is this one
+  std::optional<std::int64_t> firstFrameTimeNs_;
+  std::optional<std::int64_t> firstFrameTick_;
+  bool described_ = false;
+  bool finished_ = false;
+};

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// The place of one or more images of a run, with the account of what became of them.
+#include "spool/TSpooledImage.h"
+
+#include "spool/checksum.h"
+#include "spool/host_time.h"
+#include "spool/TSpoolFault.h"
+#include "spool/TSpoolFile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+TSpooledImage::TSpooledImage(std::unique_ptr<IImage> view, const TPlace& place, TSpoolFile* file,
+                             TSpoolIndex* index, TSpoolFault* fault)
+    : view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault), filled_(place.images)
+{
+}
+
+TSpooledImage::~TSpooledImage() = default;
+
+int TSpooledImage::Lock(unsigned char*& destination)
+{
+  const int error = view_->Lock(destination);
+  if (error != 0) {
+    fault_->Raise("no memory for an image of", file_->Path(), error);
+    return error;
+  }
+  memory_ = destination;
+  takenAtNs_ = HostTimeNs();
+  return 0;
+}
+
+int TSpooledImage::Unlock()
+{
+  if (!memory_) return 0;
+  const std::uint64_t size = place_.imageSizeBytes * place_.images;
+  const std::uint64_t filled = place_.imageSizeBytes * filled_;
+  // Memory that is used again still has earlier images in it.
+  std::memset(memory_ + filled, 0, size - filled);
+  if (const int error = view_->Unlock()) {
+    fault_->Raise("cannot write", file_->Path(), error);
+    return error;
+  }
+  if (!Record()) return EIO;
+  file_->PartDone(place_.offset, size);
+  return 0;
+}
+
+bool TSpooledImage::Record()
+{
+  std::vector<TSpoolIndex::TImage> images;
+  images.reserve(filled_);
+  for (std::uint32_t i = 0; i < filled_; ++i) {
+    const unsigned char* const image = memory_ + i * place_.imageSizeBytes;
+    images.push_back({place_.firstImage + i, Checksum(image, place_.imageSizeBytes), takenAtNs_});
+  }
+  return index_->Append(images);
+}

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// The place of one or more images of a run, with the account of what became of them.
+#pragma once
+
+#include "spool/IImage.h"
+#include "spool/TSpoolIndex.h"
+
+#include <cstdint>
+#include <memory>
+
+class TSpoolFault;
+class TSpoolFile;
+
+/// The place of one or more images of a run in a spool file. When it is unlocked, its images are on their way to the
+/// disk and get their records in the index; what fails is raised as the run's fault. Borrows file, index and fault;
+/// owns the view of the place that holds the memory. One thread at a time.
+class TSpooledImage final : public IImage
+{
+public:
+  /// Where a place is: the number of its first image in the run, its offset in the file, the size of one of its images
+  /// and how many it has room for.
+  struct TPlace
+  {
+    std::uint64_t firstImage;
+    std::uint64_t offset;
+    std::uint64_t imageSizeBytes;
+    std::uint32_t images;
+  };
+
+  TSpooledImage(std::unique_ptr<IImage> view, const TPlace& place, TSpoolFile* file, TSpoolIndex* index,
+                TSpoolFault* fault);
+  ~TSpooledImage() override;
+
+  int Lock(unsigned char*& destination) override;
+  /// Returns 0, or an errno value.
+  int Unlock() override;
+
+  /// Only this many of its images have been filled. All are, if not said otherwise.
+  void SetFilled(std::uint32_t images) { filled_ = images; }
+
+private:
+  bool Record();
+
+  const std::unique_ptr<IImage> view_;
+  const TPlace place_;
+  TSpoolFile* const file_;
+  TSpoolIndex* const index_;
+  TSpoolFault* const fault_;
+  unsigned char* memory_ = nullptr;
+  std::int64_t takenAtNs_ = 0;
+  std::uint32_t filled_;
+};

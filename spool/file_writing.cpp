@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// Writing to files without surprises.
+#include "spool/file_writing.h"
+
+#include <cerrno>
+#include <sys/resource.h>
+#include <unistd.h>
+
+int WriteAll(int descriptor, const void* data, std::size_t size, std::uint64_t offset)
+{
+  const char* next = static_cast<const char*>(data);
+  while (size > 0) {
+    const ssize_t written = pwrite(descriptor, next, size, static_cast<off_t>(offset));
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    if (written == 0) return ENOSPC; // no error and no progress: nothing more fits
+    next += written;
+    size -= static_cast<std::size_t>(written);
+    offset += static_cast<std::uint64_t>(written);
+  }
+  return 0;
+}
+
+int CheckFileSizeLimit(std::uint64_t size)
+{
+  rlimit limit{};
+  if (getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return 0;
+  return size > limit.rlim_cur ? EFBIG : 0;
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// The host's time of day.
+#include "spool/host_time.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+
+namespace {
+
+constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
+
+} // namespace
+
+std::int64_t HostTimeNs()
+{
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
+
+std::string UtcText(std::int64_t timeNs)
+{
+  const auto seconds = static_cast<std::time_t>(timeNs / kNanosecondsPerSecond);
+  std::tm utc{};
+  gmtime_r(&seconds, &utc);
+  std::array<char, 32> date{};
+  std::strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &utc);
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%s.%09lldZ", date.data(),
+                static_cast<long long>(timeNs % kNanosecondsPerSecond));
+  return text.data();
+}

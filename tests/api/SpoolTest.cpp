@@ -1,0 +1,443 @@
+// SPDX-License-Identifier: MIT
+// Series on disk: every frame, whatever happens to the disk or to the program.
+#include "simulator/imaging/TCounterPattern.h"
+#include "tests/ini/TScratchDirectory.h"
+#include "tests/support/CounterCameraTest.h"
+#include "tests/support/ProcessFigures.h"
+#include "tests/support/Sanitizers.h"
+#include "tests/support/TSpoolDirectory.h"
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sched.h>
+#include <span>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+enum
+{
+  kImagePerFile = 1,
+  kImagesTogether = 3
+};
+
+/// What the counter pattern says of a spooled image: the camera's frame number from 1, 0 when a byte is wrong. The
+/// stamp does not cover the metadata behind the pixels.
+std::uint64_t FrameNumberOfBytes(const std::vector<unsigned char>& bytes, std::size_t pixelBytes)
+{
+  if (bytes.size() < pixelBytes) return 0;
+  const auto result = vxsim::TCounterPattern::VerifyAny(std::span(bytes.data(), pixelBytes));
+  return result ? result.head.frameNumber : 0;
+}
+
+class Spool : public CounterCameraTest
+{
+protected:
+  Spool(const char* configuration = kCounterCamera) : CounterCameraTest(configuration) {}
+
+  void SpoolTo(const std::string& path, int method)
+  {
+    std::string text = path;
+    ASSERT_EQ(SetSpool(1, method, text.data()), RC_SUCCESS);
+  }
+
+  /// Every image of the directory is the frame that its number promises.
+  static std::uint64_t ExpectImagesOnDisk(const TSpoolDirectory& run, std::size_t pixelBytes)
+  {
+    return run.VisitImages([&](std::uint64_t number, const std::vector<unsigned char>& bytes) {
+      ASSERT_EQ(FrameNumberOfBytes(bytes, pixelBytes), number + 1);
+    });
+  }
+
+  /// The run may end before all frames are pushed, and the camera refuses the rest.
+  static void PushWhatIsTaken(int count) { VXSIM_PushFrames(0, count); }
+
+  static bool HasEnded()
+  {
+    return Eventually([] { return Status() != RC_ACQUIRING; });
+  }
+
+  static void ExpectNoStrayFiles(const TSpoolDirectory& run)
+  {
+    for (const std::string& name : run.Files())
+      EXPECT_TRUE(name.starts_with("spool_") || name == "acquisitionmetadata.ini") << name;
+  }
+
+  TScratchDirectory scratch_;
+  TSpoolDirectory run_{scratch_.Directory() + "/a/b"};
+};
+
+constexpr std::size_t kCounterBytes = kCounterPixels * 2;
+
+// --- whole runs ----------------------------------------------------------------------------------------------
+
+struct TSize
+{
+  int width;
+  int height;
+  int method;
+  int images;
+  int threads;
+};
+
+class SpoolSizes : public Spool, public ::testing::WithParamInterface<TSize>
+{
+protected:
+  SpoolSizes() : Spool(kFreeCounterCamera) {}
+};
+
+// Small images go in blocks, large ones each for itself; odd widths leave no image but the first where a disk's
+// blocks begin; the ring has 5000 slots for small images and fewer than 300 for those of 1 MB.
+TEST_P(SpoolSizes, EveryFrameIsOnDiskBitForBit)
+{
+  const TSize& size = GetParam();
+  Open(size.width, size.height);
+  const int images = kHasSanitizer ? std::min(size.images, 20000) : size.images;
+  SpoolTo(run_.Path(), size.method);
+  ASSERT_EQ(SetSpoolThreadCount(size.threads), RC_SUCCESS);
+  StartSeries(images);
+  ASSERT_TRUE(HasEnded());
+  ASSERT_EQ(Status(), RC_IDLE);
+  EXPECT_EQ(ImageCount(), images);
+  EXPECT_EQ(Statistics().framesOverflowed, 0u);
+
+  EXPECT_EQ(ExpectImagesOnDisk(run_, static_cast<std::size_t>(size.width) * size.height * 2),
+            static_cast<std::uint64_t>(images));
+  EXPECT_EQ(run_.Text("run", "State"), "complete");
+  EXPECT_EQ(run_.Number("run", "ImagesWritten"), images);
+  EXPECT_EQ(run_.Number("image", "Width"), size.width);
+  ExpectNoStrayFiles(run_);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, SpoolSizes,
+                         ::testing::Values(TSize{16, 8, kImagesTogether, 500000, 2}, // 100 times the ring
+                                           TSize{16, 8, kImagePerFile, 6000, 2},     //
+                                           TSize{37, 19, kImagesTogether, 20000,
+                                                 1}, // blocks that do not divide the file
+                                           TSize{500, 301, kImagesTogether, 1200, 3}, // 294 KiB, at odd places
+                                           TSize{512, 512, kImagesTogether, 1300, 2}, // twice the ring
+                                           TSize{512, 511, kImagePerFile, 150, 2}));
+
+TEST_F(Spool, TheDirectoryTellsWhatTheRunWas)
+{
+  Open();
+  ASSERT_EQ(SetExposureTime(0.00123f), RC_SUCCESS);
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartSeries(3);
+  EXPECT_EQ(run_.Text("run", "State"), "recording") << "it must tell before the first frame";
+  EXPECT_EQ(run_.Number("run", "ImagesExpected"), 3);
+  Push(3);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_TRUE(run_.IsDescribed());
+  EXPECT_EQ(run_.Text("image", "PixelEncoding"), "Mono16");
+  EXPECT_EQ(run_.Text("run", "Completed"), "true");
+  EXPECT_EQ(run_.Number("image", "Height"), 8);
+  EXPECT_EQ(run_.Number("image", "Stride"), 32);
+  EXPECT_NEAR(std::strtod(run_.Text("acquisition", "ExposureTime").c_str(), nullptr), 0.00123, 1e-5);
+  unsigned int count = 0;
+  long long ticks = -1;
+  ASSERT_EQ(vxsys_GetRawMetaDataInfo(&count, &ticks, 0), RC_SUCCESS);
+  EXPECT_EQ(run_.Number("run", "FirstFrameTick"), ticks);
+  EXPECT_GT(run_.Number("run", "TimestampFrequency"), 0);
+}
+
+TEST_F(Spool, ImagesCanBeRetrievedDuringTheRun)
+{
+  Open();
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartSeries(100);
+  Push(40);
+  ASSERT_TRUE(HasImages(40));
+  EXPECT_EQ(FrameOfImage(1), 1u);
+  EXPECT_EQ(FrameOfImage(40), 40u);
+  Push(60);
+  ASSERT_TRUE(HasEnded());
+}
+
+TEST_F(Spool, ANewRunReplacesTheFilesOfTheOneBeforeAndNothingElse)
+{
+  Open();
+  SpoolTo(run_.Path(), kImagePerFile);
+  StartSeries(50);
+  Push(50);
+  ASSERT_TRUE(HasEnded());
+  std::ofstream(run_.Path() + "/notes.txt") << "mine";
+  std::ofstream(run_.Path() + "/spool_1.dat") << "mine, too";
+  StartSeries(2);
+  Push(2);
+  ASSERT_TRUE(HasEnded());
+  const std::vector<std::string> expected = {"acquisitionmetadata.ini", "notes.txt",   "spool_0000000000.dat",
+                                             "spool_0000000001.dat",    "spool_1.dat", "spool_index.dat"};
+  EXPECT_EQ(run_.Files(), expected);
+  EXPECT_EQ(run_.Number("run", "ImagesWritten"), 2);
+}
+
+TEST_F(Spool, OnlyFiniteRunsAreWrittenAndOnlyWhileItIsOn)
+{
+  Open();
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartUntilAborted();
+  Push(5);
+  ASSERT_TRUE(HasImages(5));
+  ASSERT_EQ(AbortAcquisition(), RC_SUCCESS);
+  ASSERT_EQ(SetSpool(0, kImagePerFile, nullptr), RC_SUCCESS);
+  ExpectCleanRun();
+  EXPECT_FALSE(fs::exists(run_.Path()));
+}
+
+TEST_F(Spool, WrongArgumentsAreRefusedBeforeTheCameraIsLookedUp)
+{
+  std::array<char, 2> path{"x"};
+  EXPECT_EQ(SetSpool(1, 2, path.data()), RC_P2_INVALID);
+  EXPECT_EQ(SetSpool(0, 0, nullptr), RC_P2_INVALID);
+  EXPECT_EQ(SetSpool(1, 3, nullptr), RC_P3_INVALID);
+  EXPECT_EQ(SetSpool(0, 1, nullptr), RC_NOT_INITIALIZED);
+  EXPECT_EQ(SetSpoolThreadCount(0), RC_P1_INVALID);
+  EXPECT_EQ(SetSpoolThreadCount(1), RC_NOT_INITIALIZED);
+  Open();
+  EXPECT_EQ(SetSpool(2, 1, nullptr), RC_SUCCESS) << "only 1 switches it on";
+  ExpectCleanRun();
+}
+
+// --- runs that end early ---------------------------------------------------------------------------------------
+
+class SpoolMethods : public Spool, public ::testing::WithParamInterface<int>
+{
+};
+
+TEST_P(SpoolMethods, AnAbortKeepsWhatWasWrittenAndSaysHowMuch)
+{
+  Open();
+  SpoolTo(run_.Path(), GetParam());
+  StartSeries(1000);
+  Push(37);
+  ASSERT_TRUE(HasImages(37));
+  ASSERT_EQ(AbortAcquisition(), RC_SUCCESS);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(Status(), RC_IDLE);
+  EXPECT_EQ(run_.Text("run", "State"), "aborted");
+  const std::uint64_t written = ExpectImagesOnDisk(run_, kCounterBytes);
+  EXPECT_EQ(run_.Number("run", "ImagesWritten"), static_cast<long>(written));
+  EXPECT_LE(written, 37u);
+  if (GetParam() == kImagesTogether) {
+    EXPECT_EQ(written, 37u);
+  }
+  ASSERT_EQ(SetSpool(0, 1, nullptr), RC_SUCCESS);
+  ExpectCleanRun();
+}
+
+TEST_P(SpoolMethods, ADirectoryThatCannotBeUsedEndsTheRunWithItsStatus)
+{
+  Open();
+  std::ofstream(scratch_.Directory() + "/file") << "not a directory";
+  ExpectCleanRun();
+  const int descriptors = DescriptorCount();
+  const int threads = ThreadCount();
+  for (const std::string& path : {scratch_.Directory() + "/file", scratch_.Directory() + "/file/below",
+                                  std::string("/proc/nothing/here"), std::string()}) {
+    SpoolTo(path, GetParam());
+    StartSeries(10);
+    PushWhatIsTaken(10);
+    ASSERT_TRUE(HasEnded());
+    EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE) << path;
+    EXPECT_EQ(WaitForAcquisitionTimeOut(50), RC_NO_NEW_DATA);
+  }
+  EXPECT_EQ(DescriptorCount(), descriptors);
+  EXPECT_EQ(ThreadCount(), threads);
+  SpoolTo(run_.Path(), GetParam());
+  StartSeries(10);
+  Push(10);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(Status(), RC_IDLE) << "the next run works";
+  EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), 10u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, SpoolMethods, ::testing::Values(kImagePerFile, kImagesTogether));
+
+TEST_F(Spool, ADirectoryThatVanishesEndsTheRunWithItsStatus)
+{
+  Open();
+  SpoolTo(run_.Path(), kImagePerFile);
+  StartSeries(100);
+  Push(10);
+  ASSERT_TRUE(HasImages(10));
+  fs::remove_all(run_.Path());
+  PushWhatIsTaken(90);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE);
+}
+
+// The last frame is accepted before its file is complete: what fails then must be told as well.
+TEST_F(Spool, AFailureBehindTheLastFrameIsTold)
+{
+  Open();
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartSeries(10);
+  Push(9);
+  ASSERT_TRUE(HasImages(9));
+  fs::remove_all(run_.Path());
+  Push(1);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE) << "the description could not be completed";
+}
+
+TEST_F(Spool, TwoRunsDoNotShareADirectory)
+{
+  Open();
+  fs::create_directories(run_.Path());
+  const int other = open(run_.Path().c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(flock(other, LOCK_EX), 0);
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartSeries(5);
+  PushWhatIsTaken(5);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE);
+  EXPECT_TRUE(run_.Files().empty());
+  close(other);
+}
+
+/// Limits the size of this process's files for as long as it lives.
+class TFileSizeLimit
+{
+public:
+  explicit TFileSizeLimit(rlim_t bytes)
+  {
+    getrlimit(RLIMIT_FSIZE, &previous_);
+    const rlimit limit{bytes, previous_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~TFileSizeLimit() { setrlimit(RLIMIT_FSIZE, &previous_); }
+
+private:
+  rlimit previous_{};
+};
+
+// SIGXFSZ has its default action here: whoever provokes it ends this program.
+TEST_P(SpoolMethods, ALimitForTheSizeOfFilesEndsTheRunWithItsStatus)
+{
+  Open(256, 256);
+  for (const rlim_t limit : {rlim_t{0}, rlim_t{4096}, rlim_t{20000}, rlim_t{100000}}) {
+    SpoolTo(run_.Path(), GetParam());
+    const TFileSizeLimit limited(limit);
+    StartSeries(40);
+    PushWhatIsTaken(40);
+    ASSERT_TRUE(HasEnded());
+    EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE) << limit;
+  }
+}
+
+// The index grows beyond a limit that the image files keep.
+TEST_F(Spool, AnIndexThatMayNotGrowEndsTheRunWithTheFramesBeforeIntact)
+{
+  Open();
+  SpoolTo(run_.Path(), kImagePerFile);
+  {
+    const TFileSizeLimit limited(32768);
+    StartSeries(1500);
+    PushWhatIsTaken(1500);
+    ASSERT_TRUE(HasEnded());
+  }
+  EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE);
+  EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), 1024u);
+}
+
+/// Runs @p test in a child process whose /tmp-like directory is a file system of @p bytes. Returns the child's exit
+/// code, or -1 where that cannot be had.
+template <class Test>
+int OnSmallDisk(const std::string& directory, const std::string& size, Test test)
+{
+  const pid_t child = fork();
+  if (child == 0) {
+    const std::string options = "size=" + size;
+    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("none", directory.c_str(), "tmpfs", 0, options.c_str()) != 0)
+      _exit(99);
+    _exit(test());
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  if (WIFSIGNALED(status)) return 1000 + WTERMSIG(status);
+  return WEXITSTATUS(status) == 99 ? -1 : WEXITSTATUS(status);
+}
+
+class SpoolFullDisk : public Spool, public ::testing::WithParamInterface<TSize>
+{
+};
+
+// A disk that fills up at the first, a middle and the last file.
+TEST_P(SpoolFullDisk, EndsTheRunWithItsStatusAndTheFramesBeforeIntact)
+{
+  const TSize& size = GetParam();
+  const std::size_t pixelBytes = static_cast<std::size_t>(size.width) * size.height * 2;
+  for (const char* room : {"64k", "2m", "7m"}) {
+    const int result = OnSmallDisk(scratch_.Directory(), room, [&] {
+      Open(size.width, size.height);
+      SpoolTo(run_.Path(), size.method);
+      StartSeries(size.images);
+      PushWhatIsTaken(size.images);
+      if (!HasEnded() || Status() != RC_STATUS_SPOOL_ISSUE) return 2;
+      if (WaitForAcquisitionTimeOut(50) != RC_NO_NEW_DATA) return 3;
+      const auto written = static_cast<long>(ExpectImagesOnDisk(run_, pixelBytes));
+      if (HasFatalFailure() || written != run_.Number("run", "ImagesWritten")) return 4;
+      if (SetSpool(0, 1, nullptr) != RC_SUCCESS) return 5;
+      StartSeries(3);
+      Push(3);
+      return HasEnded() && Status() == RC_IDLE && ImageCount() == 3 ? 0 : 6;
+    });
+    if (result < 0) GTEST_SKIP() << "no right to mount a small file system here";
+    EXPECT_EQ(result, 0) << room;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, SpoolFullDisk,
+                         ::testing::Values(TSize{16, 8, kImagePerFile, 4000, 2},
+                                           TSize{512, 512, kImagePerFile, 20, 2},
+                                           TSize{512, 512, kImagesTogether, 20, 2}));
+
+// --- killed ----------------------------------------------------------------------------------------------------
+
+class SpoolKilled : public SpoolMethods
+{
+};
+
+TEST_P(SpoolKilled, WhatTheIndexNamesIsOnDisk)
+{
+  constexpr int kTimes = kHasSanitizer ? 5 : 20;
+  std::uint64_t found = 0;
+  for (int time = 0; time < kTimes; ++time) {
+    const std::string directory = scratch_.Directory() + "/" + std::to_string(time);
+    const pid_t child = fork();
+    if (child == 0) {
+      VXSIM_Configure(kFreeCounterCamera);
+      Initialize(nullptr);
+      SetImage(1, 1, 1, 300, 1, 300);
+      SpoolTo(directory, GetParam());
+      StartSeries(1000000);
+      for (;;) pause();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20 + 13 * time));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    const TSpoolDirectory run(directory);
+    if (!run.IsDescribed()) continue; // not that far yet
+    EXPECT_EQ(run.Text("run", "State"), "recording");
+    found += ExpectImagesOnDisk(run, 300 * 300 * 2);
+    fs::remove_all(directory);
+  }
+  EXPECT_GT(found, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, SpoolKilled, ::testing::Values(kImagePerFile, kImagesTogether));
+
+} // namespace
