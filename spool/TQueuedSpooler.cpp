@@ -4,6 +4,7 @@
 
 #include "spool/TCreateAndWriteFileTask.h"
 #include "spool/TSlotReturnTask.h"
+#include "spool/TSpoolFault.h"
 #include "utility/TQuorinTaskLauncher.h"
 
 #include <chrono>
@@ -23,7 +24,7 @@ TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int thread
     launchers_.push_back(std::make_unique<TQuorinTaskLauncher>());
     launcherPointers_.push_back(launchers_.back().get());
   }
-  slotReturn_ = std::make_unique<TSlotReturnTask>(&reuse_, fault_);
+  slotReturn_ = std::make_unique<TSlotReturnTask>(&input_, &reuse_, fault_);
   writeTask_ = std::make_unique<TCreateAndWriteFileTask>(launcherPointers_.data(), spooler, threadCount, &input_,
                                                          &reuse_, nullptr);
 }
@@ -46,10 +47,11 @@ void TQueuedSpooler::Abort()
   input_.Abort();
 }
 
-// The write task ends with its queue, so it may only be told when it has taken the last image.
+// The write task ends with its queue, so it may only be told when it has taken the last image. After a failure
+// nothing more can be written.
 void TQueuedSpooler::Finish()
 {
-  while (!aborted_ && !slotReturn_->WaitForImages(queued_, kFinishSlice))
+  while (!aborted_ && !fault_->IsRaised() && !slotReturn_->WaitForImages(queued_, kFinishSlice))
     if (static_cast<std::uint64_t>(writeTask_->GetLastSavedImageIndex()) >= queued_) break;
   writeTask_.reset();
   slotReturn_.reset();

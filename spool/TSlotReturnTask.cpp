@@ -12,8 +12,11 @@
 
 using QuorinUtility::TQuorinWorkThread;
 
-TSlotReturnTask::TSlotReturnTask(TSpoolQueue* reuseQueue, TSpoolFault* fault)
-    : reuseQueue_(reuseQueue), fault_(fault), thread_(this, TQuorinWorkThread::eNormalPriority, "vxmcd-slots")
+TSlotReturnTask::TSlotReturnTask(TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, TSpoolFault* fault)
+    : inputQueue_(inputQueue),
+      reuseQueue_(reuseQueue),
+      fault_(fault),
+      thread_(this, TQuorinWorkThread::eNormalPriority, "vxmcd-slots")
 {
 }
 
@@ -33,7 +36,10 @@ void TSlotReturnTask::Run()
 {
   const TSpoolFileData end;
   for (TSpoolFileData data = reuseQueue_->Retrieve(); !(data == end); data = reuseQueue_->Retrieve()) {
-    if (data.error != 0) fault_->Raise("cannot write image", std::to_string(data.index + 1), EIO);
+    if (data.error != 0) {
+      if (!fault_->IsRaised()) fault_->Raise("cannot write image", std::to_string(data.index + 1), EIO);
+      inputQueue_->Abort();
+    }
     VX_QueueBuffer(CurrentCoreHandle(), data.buffer, data.sizeBytes);
     {
       const std::lock_guard lock(mutex_);

@@ -15,12 +15,13 @@ class TSpoolQueue;
 
 /// Takes images that a write task has done with from its reuse queue, in order, and gives their slots back to the
 /// camera. On a thread of its own, since nobody else may come by: with all slots on their way to the disk there is no
-/// frame that would wake the acquisition thread. Owned by the run's pipeline; borrows queue and fault.
+/// frame that would wake the acquisition thread. After an image that could not be written it aborts the write task's
+/// input queue, since no other can follow. Owned by the run's pipeline; borrows queues and fault.
 class TSlotReturnTask final : public QuorinUtility::TQuorinWorkThreadRoutine
 {
 public:
-  TSlotReturnTask(TSpoolQueue* reuseQueue, TSpoolFault* fault);
-  /// Aborts the queue and waits for the thread.
+  TSlotReturnTask(TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, TSpoolFault* fault);
+  /// Aborts the reuse queue and waits for the thread.
   ~TSlotReturnTask() override;
   TSlotReturnTask(const TSlotReturnTask&) = delete;
   TSlotReturnTask& operator=(const TSlotReturnTask&) = delete;
@@ -32,6 +33,7 @@ public:
   void Run() override;
 
 private:
+  TSpoolQueue* const inputQueue_;
   TSpoolQueue* const reuseQueue_;
   TSpoolFault* const fault_;
   std::mutex mutex_;

@@ -19,11 +19,24 @@ namespace {
 constexpr std::size_t kNumberDigits = 10;
 constexpr const char* kExtension = ".dat";
 
+void AppendUtf8(std::string& text, std::uint32_t c)
+{
+  if (c < 0x80) {
+    text += static_cast<char>(c);
+    return;
+  }
+  const int following = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+  constexpr std::array<std::uint32_t, 4> kFirst = {0, 0xC0, 0xE0, 0xF0};
+  text += static_cast<char>(kFirst[static_cast<std::size_t>(following)] | c >> 6 * following);
+  for (int i = following - 1; i >= 0; --i) text += static_cast<char>(0x80 | (c >> 6 * i & 0x3F));
+}
+
 // The narrow form of a wide text, in UTF-8 whatever the language of the program.
 std::string ToUtf8(const wchar_t* text)
 {
-  const std::u8string utf8 = std::filesystem::path(text ? text : L"").u8string();
-  return {utf8.begin(), utf8.end()};
+  std::string utf8;
+  for (; text && *text; ++text) AppendUtf8(utf8, static_cast<std::uint32_t>(*text));
+  return utf8;
 }
 
 } // namespace

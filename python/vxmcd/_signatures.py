@@ -112,6 +112,8 @@ FUNCTIONS = {
     "GetSizeOfCircularBuffer": (c_uint, (POINTER(c_long),)),
     "FreeInternalMemory": (c_uint, ()),
     "createAcquisitionEvents": (c_uint, ()),
+    "SetSpool": (c_uint, (c_int, c_int, c_char_p)),
+    "SetSpoolThreadCount": (c_uint, (c_int,)),
     "SetMetaData": (c_uint, (c_int,)),
     "vxsys_GetRawMetaDataInfo": (c_uint, (POINTER(c_uint), POINTER(c_longlong), c_uint)),
     "GetAcquiredData8": (c_uint, (POINTER(c_ubyte), c_ulong)),

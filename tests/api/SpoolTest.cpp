@@ -254,7 +254,7 @@ TEST_P(SpoolMethods, ADirectoryThatCannotBeUsedEndsTheRunWithItsStatus)
     EXPECT_EQ(WaitForAcquisitionTimeOut(50), RC_NO_NEW_DATA);
   }
   EXPECT_EQ(DescriptorCount(), descriptors);
-  EXPECT_EQ(ThreadCount(), threads);
+  EXPECT_TRUE(Eventually([threads] { return ThreadCount() == threads; }));
   SpoolTo(run_.Path(), GetParam());
   StartSeries(10);
   Push(10);
@@ -271,7 +271,7 @@ TEST_F(Spool, ADirectoryThatVanishesEndsTheRunWithItsStatus)
   SpoolTo(run_.Path(), kImagePerFile);
   StartSeries(100);
   Push(10);
-  ASSERT_TRUE(HasImages(10));
+  ASSERT_TRUE(Eventually([this] { return run_.VisitImages([](auto, const auto&) {}) == 10; }));
   fs::remove_all(run_.Path());
   PushWhatIsTaken(90);
   ASSERT_TRUE(HasEnded());
@@ -389,7 +389,8 @@ TEST_P(SpoolFullDisk, EndsTheRunWithItsStatusAndTheFramesBeforeIntact)
       if (!HasEnded() || Status() != RC_STATUS_SPOOL_ISSUE) return 2;
       if (WaitForAcquisitionTimeOut(50) != RC_NO_NEW_DATA) return 3;
       const auto written = static_cast<long>(ExpectImagesOnDisk(run_, pixelBytes));
-      if (HasFatalFailure() || written != run_.Number("run", "ImagesWritten")) return 4;
+      EXPECT_EQ(written, run_.Number("run", "ImagesWritten"));
+      if (HasFailure()) return 4;
       if (SetSpool(0, 1, nullptr) != RC_SUCCESS) return 5;
       StartSeries(3);
       Push(3);
