@@ -159,6 +159,8 @@ const TFunction kFunctions[] = {
     ROW(GetSizeOfCircularBuffer, LONGS(0)),
     ROW(FreeInternalMemory),
     ROW(createAcquisitionEvents),
+    ROW(SetSpool, 0, 3, room.text.data()),
+    ROW(SetSpoolThreadCount, 2),
     ROW(SetMetaData, 1),
     ROW(vxsys_GetRawMetaDataInfo, WORDS(0), &room.ticks, 0),
     ROW(GetAcquiredData8, room.data8.data(), kPixels),

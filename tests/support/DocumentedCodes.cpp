@@ -100,6 +100,8 @@ const std::map<std::string, TCodes> kOfACamera = {
     {"GetPixelSize", {RC_NOT_SUPPORTED, RC_P1_INVALID, RC_P2_INVALID}},
     {"I2CBurstRead", kTransfer},
     {"I2CBurstWrite", kTransfer},
+    {"SetSpool", {RC_P2_INVALID, RC_P3_INVALID}},
+    {"SetSpoolThreadCount", {RC_P1_INVALID}},
     {"StartAcquisition", {RC_FRAME_UNAVAILABLE, RC_START_REFUSED}},
     {"AbortAcquisition", {RC_IDLE, RC_FEATURE_ERROR}},
     {"WaitForAcquisition", {RC_NO_NEW_DATA}},
