@@ -1,2 +1,18 @@
 # SPDX-License-Identifier: MIT
-"""Cameras and their images in Python."""
+"""Cameras and their images in Python: Camera and cameras() here, spooled runs in vxmcd.spool, every function of the library in
+vxmcd.raw. The library is loaded when a camera is asked for."""
+from .errors import CameraStateError, FramesLostError, FramesLostWarning, NoImageError, VxmcdError
+
+# What needs the module `raw` is imported when it is used: readers of spooled runs do without.
+_LAZY = {"Camera": "camera", "cameras": "camera", "TriggerMode": "_timing", "Area": "_area", "Gain": "_readout",
+         "Frame": "_stream", "Stream": "_stream"}
+
+__all__ = ["CameraStateError", "FramesLostError", "FramesLostWarning", "NoImageError", "VxmcdError", *_LAZY]
+
+
+def __getattr__(name):
+    if name not in _LAZY:
+        raise AttributeError(f"module 'vxmcd' has no attribute '{name}'")
+    import importlib
+    value = globals()[name] = getattr(importlib.import_module(f".{_LAZY[name]}", __name__), name)
+    return value

@@ -1,0 +1,68 @@
+# SPDX-License-Identifier: MIT
+"""Cooling of a camera's sensor."""
+from __future__ import annotations
+
+import ctypes
+from typing import Tuple
+
+from . import raw
+from .errors import VxmcdError
+
+_STATES = {raw.RC_TEMP_OFF: "off", raw.RC_TEMP_STABILIZED: "stable", raw.RC_TEMP_NOT_REACHED: "not reached",
+           raw.RC_TEMP_DRIFT: "drift", raw.RC_TEMP_NOT_STABILIZED: "not stable", raw.RC_SUCCESS: "unknown"}
+_FAN_MODES = {"full": 0, "low": 1, "off": 2}
+
+
+class CoolingSettings:
+    """The part of Camera that is about temperature, in degrees Celsius. Uses its session; see Camera."""
+
+    def _temperature_and_code(self):
+        degrees = ctypes.c_float()
+        code = self._session.call("GetTemperatureF", ctypes.byref(degrees), also=tuple(_STATES))
+        return degrees.value, code
+
+    @property
+    def temperature(self) -> float:
+        """Temperature of the sensor in degrees Celsius."""
+        return self._temperature_and_code()[0]
+
+    @property
+    def temperature_status(self) -> str:
+        """How far the cooling is: "off", "not reached", "not stable" (reached, but not for long enough), "stable", "drift"
+        (was stable, and has left the target), or "unknown"."""
+        return _STATES[self._temperature_and_code()[1]]
+
+    @property
+    def target_temperature(self) -> float:
+        """What the cooler aims at, in degrees Celsius. Setting it takes whole degrees and does not switch the cooler on."""
+        outputs = [ctypes.c_float] * 4
+        return self._session.read("GetTemperatureStatus", *outputs)[1]
+
+    @target_temperature.setter
+    def target_temperature(self, celsius: int) -> None:
+        lowest, highest = self.temperature_range
+        if celsius != int(celsius) or not lowest <= celsius <= highest:
+            raise ValueError(f"a target of {celsius} C: this camera takes whole degrees from {lowest} to {highest}")
+        self._session.call("SetTemperature", int(celsius))
+
+    @property
+    def temperature_range(self) -> Tuple[int, int]:
+        """Lowest and highest target in degrees Celsius."""
+        return self._session.read("GetTemperatureRange", ctypes.c_int, ctypes.c_int)
+
+    @property
+    def cooler(self) -> bool:
+        """Whether the cooler is switched on."""
+        return bool(self._session.read("IsCoolerOn", ctypes.c_int))
+
+    @cooler.setter
+    def cooler(self, on: bool) -> None:
+        self._session.call("CoolerON" if on else "CoolerOFF")
+        if self.cooler != bool(on):  # the switch succeeds whatever the camera answers
+            raise VxmcdError("CoolerON" if on else "CoolerOFF", raw.RC_NOT_AVAILABLE, "the cooler does not switch")
+
+    def set_fan(self, mode: str) -> None:
+        """Sets the fan: "full", "low" or "off"."""
+        if mode not in _FAN_MODES:
+            raise ValueError(f"fan {mode!r} is none of {', '.join(_FAN_MODES)}")
+        self._session.call("SetFanMode", _FAN_MODES[mode])

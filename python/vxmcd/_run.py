@@ -1,0 +1,141 @@
+# SPDX-License-Identifier: MIT
+"""One acquisition run, from start to stop."""
+from __future__ import annotations
+
+import ctypes
+import time
+from typing import Optional, Tuple
+
+import numpy as np
+
+from . import raw
+from ._session import Session
+from .errors import CameraStateError, NoImageError, VxmcdError
+
+SINGLE, ACCUMULATE, SERIES, UNTIL_ABORT = 1, 2, 3, 5
+
+_SLICE_MS = 50  # a wait returns to Python after this time, so that signals are handled
+_FETCH = {1: ("GetImages8", ctypes.c_ubyte), 2: ("GetImages16", ctypes.c_ushort), 4: ("GetImages", ctypes.c_int)}
+
+
+class Run:
+    """A run that has been started. stop() ends it; as a context manager it stops at the end of the block.
+
+    images: how many it takes, None for a run until stop. triggers_every: None, or the time in s after which a trigger
+    that brought no image is sent again; triggers are then sent by wait_for().
+    """
+
+    def __init__(self, session: Session, mode: int, images: Optional[int], exposures: int,
+                 triggers_every: Optional[float] = None):
+        self._session = session
+        self._images = images
+        self._exposures = exposures
+        self._triggers_every = triggers_every
+        self._triggered_after = -1  # images that were there at the last trigger
+        self._trigger_again = 0.0
+        self._is_stopped = True
+        session.begin_run()
+        self._is_stopped = False
+        try:
+            if images is not None:
+                session.call("SetNumberKinetics", images)
+            session.call("SetAcquisitionMode", mode)
+            session.call("StartAcquisition")
+        except BaseException:
+            self.stop()
+            raise
+
+    def __enter__(self) -> "Run":
+        return self
+
+    def __exit__(self, *_) -> None:
+        self.stop()
+
+    def stop(self) -> None:
+        """Ends the run; images stay until the next start. Does nothing the second time."""
+        if self._is_stopped:
+            return
+        self._is_stopped = True
+        try:
+            if self._session.is_open and self.status() == raw.RC_ACQUIRING:
+                self._session.call("AbortAcquisition", also=(raw.RC_IDLE,))
+        finally:
+            self._session.end_run()
+
+    def status(self) -> int:
+        return self._session.read("GetStatus", ctypes.c_int)
+
+    def total(self) -> int:
+        """How many images have come."""
+        return self._session.read("GetTotalNumberImagesAcquired", ctypes.c_long)
+
+    def available(self) -> Tuple[int, int]:
+        """The first and last image that are there, (0, 0) for none."""
+        return self._session.read("GetNumberAvailableImages", ctypes.c_int, ctypes.c_int, also=(raw.RC_NO_NEW_DATA,))
+
+    def wait_for(self, number: int, timeout: Optional[float] = None) -> None:
+        """Waits until image `number` has come. NoImageError when no image came for `timeout` s, VxmcdError when the run
+        ended before."""
+        self._check_not_stopped()
+        newest = self.total()
+        deadline = self._deadline(timeout)
+        while newest < number:
+            self._trigger_when_due(newest)
+            # The status is read before the images: when it says that the run is over, no image can follow.
+            status = self.status()
+            total = self.total()
+            if total > newest:
+                newest, deadline = total, self._deadline(timeout)
+                continue
+            if status != raw.RC_ACQUIRING:
+                raise VxmcdError("the run", status, f"it ended after {newest} images")
+            if time.monotonic() > deadline:
+                raise NoImageError(f"no image for {timeout} s, {newest} came before; check the trigger")
+            self._session.wait(_SLICE_MS)
+
+    def wait_for_end(self, timeout: Optional[float] = None) -> None:
+        """Waits until all images have come and the run is over. As wait_for()."""
+        self.wait_for(self._images, timeout)
+        while True:
+            status = self.status()
+            if status == raw.RC_IDLE:
+                return
+            if status != raw.RC_ACQUIRING:
+                raise VxmcdError("the run", status)
+            time.sleep(0.005)
+
+    def fetch(self, number: int, image: np.ndarray) -> bool:
+        """Copies an image that has come to a contiguous array of its shape; False when it is gone."""
+        name, kind = _FETCH[image.itemsize]
+        first, last = ctypes.c_long(), ctypes.c_long()
+        pointer = image.ctypes.data_as(ctypes.POINTER(kind))
+        code = self._session.call(name, number, number, pointer, image.size, ctypes.byref(first), ctypes.byref(last),
+                                  also=(raw.RC_NO_NEW_DATA,))
+        return code == raw.RC_SUCCESS and first.value == number
+
+    def ticks(self, number: int) -> Optional[int]:
+        """The camera's clock at an image; None when it is not known."""
+        index = (number - 1) * self._exposures
+        count, ticks = ctypes.c_uint(), ctypes.c_longlong()
+        newest = self.total()
+        unknown = (raw.RC_NOT_SUPPORTED, raw.RC_NOT_AVAILABLE, raw.RC_FEATURE_ERROR)
+        code = self._session.call("vxsys_GetRawMetaDataInfo", ctypes.byref(count), ctypes.byref(ticks), index, also=unknown)
+        # Timestamps are numbered among themselves: one that is missing moves all later ones to the image before.
+        return ticks.value if code == raw.RC_SUCCESS and count.value >= newest else None
+
+    def _check_not_stopped(self):
+        if self._is_stopped:
+            raise CameraStateError("the run has been stopped")
+
+    @staticmethod
+    def _deadline(timeout):
+        return float("inf") if timeout is None else time.monotonic() + timeout
+
+    def _trigger_when_due(self, newest):
+        if self._triggers_every is None:
+            return
+        now = time.monotonic()
+        if newest != self._triggered_after or now >= self._trigger_again:
+            self._session.call("SendSoftwareTrigger")
+            self._triggered_after = newest
+            self._trigger_again = now + self._triggers_every

@@ -1,0 +1,134 @@
+# SPDX-License-Identifier: MIT
+"""An open camera in the library. The library acts on one current camera: a session makes its camera the current one for each
+call, under a lock that all sessions share."""
+from __future__ import annotations
+
+import ctypes
+import threading
+
+from . import raw
+from .errors import CameraStateError, VxmcdError
+
+FIRST_HANDLE = 101
+
+_lock = threading.RLock()
+_acquiring = None  # the session whose run goes on: the current camera must stay
+
+
+def camera_count() -> int:
+    """How many cameras are attached."""
+    count = ctypes.c_long()
+    with _lock:
+        code = raw.GetAvailableCameras(ctypes.byref(count))
+    if code != raw.RC_SUCCESS:
+        raise VxmcdError("GetAvailableCameras", code)
+    return count.value
+
+
+class Session:
+    """One camera from Initialize to ShutDown. Thread-safe."""
+
+    _open = {}  # by handle
+    _closing = []  # closed, but not yet in the library
+
+    def __init__(self, index: int):
+        self.index = index
+        self.handle = FIRST_HANDLE + index
+        self.is_open = False
+        with _lock:
+            if self.handle in self._open:
+                raise CameraStateError(f"camera {index} is open already")
+            self._make_current()
+            self._check("Initialize", raw.Initialize(None))
+            self.is_open = True
+            self._open[self.handle] = self
+
+    def call(self, name: str, *arguments, also=()) -> int:
+        """Calls a function with this camera as the current one. Its code, which is success or one of `also`."""
+        with _lock:
+            if not self.is_open:
+                raise CameraStateError(f"{name}: camera {self.index} is closed")
+            self._make_current()
+            return self._check(name, getattr(raw, name)(*arguments), also)
+
+    def change(self, name: str, *arguments, also=()) -> int:
+        """As call(), for settings that a camera keeps during a run, often without saying so."""
+        with _lock:
+            self.check_idle()
+            return self.call(name, *arguments, also=also)
+
+    def read(self, name: str, *kinds, given=(), also=()):
+        """Calls a function with the given arguments and pointers to outputs of these kinds; the output's value, or a
+        tuple of them."""
+        outputs = [kind() for kind in kinds]
+        self.call(name, *given, *map(ctypes.byref, outputs), also=also)
+        return outputs[0].value if len(outputs) == 1 else tuple(output.value for output in outputs)
+
+    def text(self, name: str, size: int, *given, has_size: bool = True) -> str:
+        """Calls a function that writes a text to a buffer; one with a size never leaves it unterminated here."""
+        buffer = ctypes.create_string_buffer(size + 1)
+        self.call(name, *given, buffer, *([size] if has_size else []))
+        return buffer.value.decode(errors="replace")
+
+    def wait(self, timeout_ms: int) -> None:
+        """Waits for an image of this camera's run, or until the time is over. Without the lock: others may ask this
+        camera meanwhile, and no other camera can become the current one during a run."""
+        code = raw.WaitForAcquisitionByHandleTimeOut(self.handle, timeout_ms)
+        self._check("WaitForAcquisitionByHandleTimeOut", code, (raw.RC_NO_NEW_DATA,))
+
+    def begin_run(self) -> None:
+        """From now to end_run() calls for other cameras are refused."""
+        global _acquiring
+        with _lock:
+            if not self.is_open:
+                raise CameraStateError(f"camera {self.index} is closed")
+            self.check_idle()
+            self._make_current()
+            _acquiring = self
+
+    def check_idle(self) -> None:
+        """CameraStateError during a run of this camera."""
+        if _acquiring is self:
+            raise CameraStateError(f"camera {self.index} is acquiring: close its stream first")
+
+    def end_run(self) -> None:
+        global _acquiring
+        with _lock:
+            if _acquiring is not self:
+                return
+            _acquiring = None
+            while self._closing:
+                self._closing.pop()._shut_down()
+
+    def close(self) -> None:
+        """Closes the camera, which ends its run. While another camera acquires it is closed to callers at once, and in the
+        library when that run ends."""
+        with _lock:
+            if not self.is_open:
+                return
+            self.is_open = False
+            if _acquiring not in (None, self):
+                self._closing.append(self)
+                return
+            self._shut_down()
+            self.end_run()
+
+    def _shut_down(self):
+        self._make_current()
+        del self._open[self.handle]
+        self._check("ShutDown", raw.ShutDown())
+
+    def _make_current(self):
+        if _acquiring not in (None, self):
+            raise CameraStateError(f"camera {_acquiring.index} is acquiring, and one camera acquires at a time: end its run "
+                                   f"before using camera {self.index}")
+        current = ctypes.c_long()
+        self._check("GetCurrentCamera", raw.GetCurrentCamera(ctypes.byref(current)))
+        if current.value != self.handle:
+            self._check("SetCurrentCamera", raw.SetCurrentCamera(self.handle))
+
+    @staticmethod
+    def _check(name, code, also=()):
+        if code != raw.RC_SUCCESS and code not in also:
+            raise VxmcdError(name, code)
+        return code

@@ -1,0 +1,152 @@
+# SPDX-License-Identifier: MIT
+"""Images one by one while the camera goes on."""
+from __future__ import annotations
+
+import warnings
+from typing import NamedTuple, Optional
+
+import numpy as np
+
+from ._pace import TickGaps
+from ._run import Run
+from .errors import FramesLostError, FramesLostWarning, NoImageError
+
+_MOST_SLOTS = 5000
+_SKIP_PART = 8  # after falling behind, go on this part of the ring ahead of the camera
+
+
+class Frame(NamedTuple):
+    """An image of a stream."""
+
+    image: np.ndarray  # rows x columns, an array of its own
+    number: int  # from 1 over the whole run
+    ticks: Optional[int]  # the camera's clock at the start of the exposure; None when it is not known
+    lost_before: int  # images directly before this one that were overwritten before they were fetched
+
+
+class Stream:
+    """An iterator of Frame over a run that goes on until `images` frames are fetched, close(), or the end of the block that
+    it is used in as a context manager. Made by Camera.stream().
+
+    The library keeps the newest images in a ring. When images are overwritten before they are fetched, the stream ends with
+    FramesLostError, or goes on and counts them with allow_loss. delivered, fetched, overwritten and lost_in_camera say where
+    every frame went; a camera that lost frames gives a FramesLostWarning at the end.
+
+    When no image comes within the time limit, NoImageError is raised and the stream goes on; every other error ends it. For
+    one thread.
+    """
+
+    def __init__(self, run: Run, camera, images: Optional[int], timeout: Optional[float], allow_loss: bool,
+                 ring_bytes: int, is_paced: bool):
+        self._run = run
+        self._camera = camera
+        self._images = images
+        self._timeout = timeout
+        self._allow_loss = allow_loss
+        self._shape, self._dtype = camera.shape, camera.dtype
+        # The size of the camera's own frame is not known: 4 bytes a pixel and a quarter for padding is more than any has.
+        pixels = self._shape[0] * self._shape[1]
+        self._slots = min(max(ring_bytes // (5 * pixels + 65536), 1), _MOST_SLOTS)
+        self._gaps = TickGaps() if is_paced else None
+        self._has_ticks = False
+        self._last = 0  # number of the last image that was fetched or given up
+        self._given = 0  # number of the last image that was given
+        self._is_closed = False
+        self.delivered = 0  # images that the library has received
+        self.fetched = 0  # images that the stream has given
+        self.overwritten = 0  # images that were overwritten before they were fetched
+
+    @property
+    def lost_in_camera(self) -> Optional[int]:
+        """Frames that the camera made and never delivered; None when it cannot be told: without timestamps, or when
+        triggers set the pace."""
+        return self._gaps.missing if self._gaps and self._has_ticks else None
+
+    def __iter__(self) -> "Stream":
+        return self
+
+    def __next__(self) -> Frame:
+        if self._is_closed:
+            raise StopIteration
+        try:
+            if self._images is None or self.fetched < self._images:
+                return self._next_frame()
+        except NoImageError:  # there may be one later
+            raise
+        except BaseException:
+            self.close()
+            raise
+        self.close()
+        raise StopIteration
+
+    def __enter__(self) -> "Stream":
+        return self
+
+    def __exit__(self, *_) -> None:
+        self.close()
+
+    def __del__(self):
+        if not getattr(self, "_is_closed", True):
+            self.close()
+
+    def close(self) -> None:
+        """Ends the run. Frames that were not fetched are not waited for."""
+        if self._is_closed:
+            return
+        self._is_closed = True
+        self._run.stop()
+        if self._camera.is_open:
+            self.delivered = self._run.total()
+        if self.lost_in_camera:
+            warnings.warn(f"the camera lost {self.lost_in_camera} frames", FramesLostWarning, stacklevel=3)
+
+    def pace_changes(self) -> None:
+        """The time from frame to frame is set anew."""
+        if self._gaps:
+            self._gaps.restart()
+
+    def _next_frame(self):
+        image = np.empty(self._shape, self._dtype)
+        while True:
+            self._run.wait_for(self._last + 1, self._timeout)
+            self._skip_overwritten()
+            number = self._last + 1
+            if number > self.delivered:
+                continue
+            if self._run.fetch(number, image) and self._is_intact(number):
+                break
+            self._give_up(1)
+        lost_before = number - self._given - 1
+        self._last = self._given = number
+        self.fetched += 1
+        ticks = self._run.ticks(number)
+        if ticks is not None and self._gaps:
+            self._has_ticks = True
+            self._gaps.add(number, ticks)
+        return Frame(image, number, ticks, lost_before)
+
+    def _skip_overwritten(self):
+        first, last = self._run.available()
+        arrived, self.delivered = last - self.delivered, last
+        if first <= 1:
+            return
+        self._slots = last + 1 - first
+        if self._last + 1 > first:
+            return
+        # The oldest image is the one whose memory the camera fills now; directly behind it the next copy would be
+        # overtaken.
+        ahead = self._slots // _SKIP_PART + 2 * arrived if self._allow_loss else 0
+        self._give_up(min(first + ahead, last) - self._last)
+
+    def _is_intact(self, number):
+        """Whether the memory of an image was still its own at the end of the copy."""
+        first, last = self._run.available()
+        if first > 1:
+            return number > first
+        return number > 1 or last < self._slots
+
+    def _give_up(self, count):
+        self.overwritten += count
+        self._last += count
+        if not self._allow_loss:
+            raise FramesLostError(count, self._last + 1)

@@ -1,0 +1,140 @@
+# SPDX-License-Identifier: MIT
+"""Times, triggers and metadata of a camera."""
+from __future__ import annotations
+
+import ctypes
+import enum
+import math
+from typing import Union
+
+from . import raw
+
+
+class TriggerMode(enum.Enum):
+    """What starts an exposure. Texts like "external-start" are taken for members too."""
+
+    INTERNAL = 0
+    EXTERNAL = 1
+    EXTERNAL_START = 6
+    EXTERNAL_EXPOSURE = 7
+    SOFTWARE = 10
+
+    @classmethod
+    def of(cls, mode: Union["TriggerMode", str]) -> "TriggerMode":
+        if isinstance(mode, cls):
+            return mode
+        names = {member.name.lower().replace("_", "-"): member for member in cls}
+        if mode not in names:
+            raise ValueError(f"trigger mode {mode!r} is none of {', '.join(names)}")
+        return names[mode]
+
+
+def _seconds(what, value):
+    value = float(value)
+    if not (math.isfinite(value) and value > 0):
+        raise ValueError(f"{what} is {value}, it must be above 0")
+    return value
+
+
+class TimingSettings:
+    """The part of Camera that is about time. Uses its session; see Camera."""
+
+    def _set_up_timing(self):
+        self._session.change("SetTriggerMode", TriggerMode.INTERNAL.value, also=(raw.RC_INVALID_TRIGGER_MODE,))
+        self._session.change("SetNumberAccumulations", 1, also=(raw.RC_NOT_SUPPORTED,))
+        self._trigger_mode = TriggerMode.INTERNAL
+        self._accumulations = 1
+        self._has_metadata = True  # Initialize switches it on
+        self._overlaps = None
+
+    def _timings(self):
+        return self._session.read("GetAcquisitionTimings", ctypes.c_float, ctypes.c_float, ctypes.c_float)
+
+    @property
+    def exposure(self) -> float:
+        """Exposure time in s, as it is in force. The camera may take the nearest to what was set."""
+        return self._timings()[0]
+
+    @exposure.setter
+    def exposure(self, seconds: float) -> None:
+        self._session.call("SetExposureTime", _seconds("the exposure", seconds))
+        self._pace_changes()
+
+    @property
+    def maximum_exposure(self) -> float:
+        """The longest exposure in s."""
+        return self._session.read("GetMaximumExposure", ctypes.c_float)
+
+    @property
+    def readout_time(self) -> float:
+        """Time in s that the sensor takes to be read out."""
+        return self._session.read("GetReadOutTime", ctypes.c_float)
+
+    @property
+    def cycle_time(self) -> float:
+        """Time in s from one image of a series to the next, as it is in force."""
+        return self._timings()[2]
+
+    @cycle_time.setter
+    def cycle_time(self, seconds: float) -> None:
+        self._session.call("SetKineticCycleTime", _seconds("the cycle time", seconds))
+        self._pace_changes()
+
+    @property
+    def frame_rate(self) -> float:
+        """Images of a series in a second (Hz): 1 / cycle_time."""
+        return 1.0 / self.cycle_time
+
+    @frame_rate.setter
+    def frame_rate(self, hertz: float) -> None:
+        self.cycle_time = 1.0 / _seconds("the frame rate", hertz)
+
+    @property
+    def accumulation_cycle_time(self) -> float:
+        """Time in s from one exposure of an accumulated image to the next, as it is in force."""
+        return self._timings()[1]
+
+    @accumulation_cycle_time.setter
+    def accumulation_cycle_time(self, seconds: float) -> None:
+        self._session.call("SetAccumulationCycleTime", _seconds("the accumulation cycle time", seconds))
+
+    @property
+    def accumulations(self) -> int:
+        """Exposures that are added up to one image, of snap(), grab() and record(). As it was set here."""
+        return self._accumulations
+
+    @accumulations.setter
+    def accumulations(self, count: int) -> None:
+        self._session.change("SetNumberAccumulations", count)
+        self._accumulations = count
+
+    @property
+    def trigger_mode(self) -> TriggerMode:
+        """What starts an exposure: a TriggerMode, or its name in small letters ("external-start") when it is set."""
+        return self._trigger_mode
+
+    @trigger_mode.setter
+    def trigger_mode(self, mode: Union[TriggerMode, str]) -> None:
+        mode = TriggerMode.of(mode)
+        self._session.change("SetTriggerMode", mode.value)
+        self._trigger_mode = mode
+
+    @property
+    def overlap(self):
+        """Whether the next exposure overlaps the read-out of the one before. As it was set here, None before."""
+        return self._overlaps
+
+    @overlap.setter
+    def overlap(self, on: bool) -> None:
+        self._session.change("SetOverlapMode", int(bool(on)))
+        self._overlaps = bool(on)
+
+    @property
+    def metadata(self) -> bool:
+        """Whether frames carry the camera's clock, from the next run on. On at first."""
+        return self._has_metadata
+
+    @metadata.setter
+    def metadata(self, on: bool) -> None:
+        self._session.change("SetMetaData", int(bool(on)))
+        self._has_metadata = bool(on)

@@ -1,0 +1,171 @@
+# SPDX-License-Identifier: MIT
+"""A camera."""
+from __future__ import annotations
+
+import ctypes
+import os
+import weakref
+from typing import List, Optional, Union
+
+import numpy as np
+
+from . import _run, raw
+from ._area import AreaSettings
+from ._cooling import CoolingSettings
+from ._readout import ReadoutSettings
+from ._run import Run
+from ._session import Session, camera_count
+from ._stream import Stream
+from ._timing import TimingSettings, TriggerMode
+from .errors import VxmcdError
+from .spool import SpoolRun
+
+_MODEL_BYTES = 4096  # what GetHeadModel may write
+_SPOOL_METHODS = (1, 3)
+
+
+def cameras() -> List[int]:
+    """The numbers of the attached cameras, for Camera(number)."""
+    return list(range(camera_count()))
+
+
+class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
+    """An open camera; as a context manager it closes at the end of the block, whatever happens in it.
+
+    It opens with the whole sensor, without binning or accumulation, internally triggered, with metadata. Times are seconds,
+    rates Hz, temperatures degrees Celsius. What the library refuses raises VxmcdError with its result code; values that
+    cannot be raise ValueError.
+
+    Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile every call for
+    another one raises CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
+    """
+
+    def __init__(self, number: int = 0):
+        self._stream = lambda: None  # the stream that goes on
+        self._session = Session(number)
+        self._finalizer = weakref.finalize(self, self._session.close)
+        try:
+            self._set_up_readout()
+            self._set_up_timing()
+            self._set_up_area()
+        except BaseException:
+            self.close()
+            raise
+
+    def __enter__(self) -> "Camera":
+        return self
+
+    def __exit__(self, *_) -> None:
+        self.close()
+
+    def __repr__(self) -> str:
+        return f"<Camera {self.number}: {self.model if self.is_open else 'closed'}>"
+
+    def close(self) -> None:
+        """Closes the camera; a run ends. Every later call raises CameraStateError."""
+        stream = self._stream()
+        try:
+            if stream is not None:
+                stream.close()
+        finally:
+            self._finalizer()
+
+    @property
+    def is_open(self) -> bool:
+        return self._session.is_open
+
+    @property
+    def number(self) -> int:
+        """The camera's place in the list of attached cameras."""
+        return self._session.index
+
+    @property
+    def model(self) -> str:
+        return self._session.text("GetHeadModel", _MODEL_BYTES, has_size=False)
+
+    @property
+    def serial_number(self) -> int:
+        """The number in the serial number; 0 when there is none."""
+        return self._session.read("GetCameraSerialNumber", ctypes.c_int)
+
+    @property
+    def pixel_size(self):
+        """Width and height of a pixel of the sensor in micrometres."""
+        return self._session.read("GetPixelSize", ctypes.c_float, ctypes.c_float)
+
+    @property
+    def capabilities(self):
+        """What the camera can do: the record vxmcd_Capabilities, with bits as raw.VXMCD_... names them."""
+        record = raw.vxmcd_Capabilities()
+        record.size = ctypes.sizeof(record)
+        self._session.call("GetCapabilities", ctypes.byref(record))
+        return record
+
+    def snap(self, timeout: Optional[float] = None) -> np.ndarray:
+        """Takes one image, rows x columns. With the software trigger it triggers too. NoImageError when none has come after
+        `timeout` s."""
+        mode = _run.ACCUMULATE if self.accumulations > 1 else _run.SINGLE
+        return self._take(mode, 1, timeout)[0]
+
+    def grab(self, images: int, timeout: Optional[float] = None) -> np.ndarray:
+        """Takes a series, (images, rows, columns). The library keeps all of it in memory besides the array: see stream()
+        and record() for more. NoImageError when no image came for `timeout` s; a run that ends before all images are there
+        raises VxmcdError."""
+        return self._take(_run.SERIES, images, timeout)
+
+    def stream(self, images: Optional[int] = None, timeout: Optional[float] = None, allow_loss: bool = False) -> Stream:
+        """Starts a run and gives its frames one by one: `images` of them, or as long as they are asked for. See Stream for
+        losses. A stream takes single exposures, so `accumulations` must be 1; with the software trigger call trigger()."""
+        if self.accumulations != 1:
+            raise ValueError("a stream takes single exposures: set accumulations to 1")
+        ring_bytes = self._session.read("GetSizeOfCircularBuffer", ctypes.c_long)
+        run = Run(self._session, _run.UNTIL_ABORT, None, 1)
+        is_paced = self.trigger_mode in (TriggerMode.INTERNAL, TriggerMode.EXTERNAL_START)
+        stream = Stream(run, self, images, timeout, allow_loss, ring_bytes, is_paced)
+        self._stream = weakref.ref(stream)
+        return stream
+
+    def trigger(self) -> None:
+        """Triggers one exposure, in the software trigger mode."""
+        self._session.call("SendSoftwareTrigger")
+
+    def record(self, path: Union[str, "os.PathLike[str]"], images: int, method: int = 3, threads: Optional[int] = None,
+               timeout: Optional[float] = None) -> SpoolRun:
+        """Takes a series straight to disk, to a directory that is made where it is missing; an earlier run in it is
+        replaced. Method 1 writes a file for each image, 3 many images to a file. `threads` write, 1 or more. Returns the
+        run, opened. NoImageError when no image came for `timeout` s; a run that fails raises VxmcdError. In both cases,
+        and after Ctrl-C, the directory holds what was written until then."""
+        if method not in _SPOOL_METHODS:
+            raise ValueError(f"method {method} is none of {_SPOOL_METHODS}")
+        self._session.call("SetSpool", 1, method, os.fsencode(path))
+        try:
+            if threads is not None:
+                self._session.call("SetSpoolThreadCount", threads)
+            with self._start(_run.SERIES, images) as run:
+                run.wait_for_end(timeout)
+        finally:
+            self._session.call("SetSpool", 0, method, None)
+        return SpoolRun(path)
+
+    def _start(self, mode, images):
+        if images < 1:
+            raise ValueError(f"{images} images: 1 or more")
+        triggers_every = None
+        if self.trigger_mode is TriggerMode.SOFTWARE:
+            # A busy sensor ignores a trigger: after this time it is sent again.
+            triggers_every = 1.5 * max(self.cycle_time, self.exposure + self.accumulation_cycle_time) + 0.2
+        return Run(self._session, mode, images, self.accumulations, triggers_every)
+
+    def _take(self, mode, images, timeout):
+        stack = np.empty((images, *self.shape), self.dtype)
+        with self._start(mode, images) as run:
+            for number, image in enumerate(stack, 1):
+                run.wait_for(number, timeout)
+                if not run.fetch(number, image):
+                    raise VxmcdError("GetImages", raw.RC_NO_NEW_DATA, f"image {number} is gone")
+        return stack
+
+    def _pace_changes(self):
+        stream = self._stream()
+        if stream is not None:
+            stream.pace_changes()

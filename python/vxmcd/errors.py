@@ -1,0 +1,45 @@
+# SPDX-License-Identifier: MIT
+"""What can go wrong with cameras."""
+from __future__ import annotations
+
+from ._signatures import RESULT_CODES
+
+_UNKNOWN = ("unknown result code", "", "")
+
+
+class VxmcdError(RuntimeError):
+    """A function of the camera library, or a run, did not succeed.
+
+    function: the function that reported it. code, name, meaning, advice: the result code, and what the library says about
+    it; texts may be empty.
+    """
+
+    def __init__(self, function: str, code: int, detail: str = ""):
+        self.function = function
+        self.code = code
+        self.name, self.meaning, self.advice = RESULT_CODES.get(code, _UNKNOWN)
+        parts = [f"{function}: {code} {self.name}", self.meaning, detail]
+        text = ": ".join(part for part in parts if part)
+        super().__init__(f"{text} ({self.advice})" if self.advice else text)
+
+
+class CameraStateError(RuntimeError):
+    """A call that does not fit the moment: the camera is closed, or a run is going on."""
+
+
+class NoImageError(TimeoutError):
+    """No image came within the time limit."""
+
+
+class FramesLostError(RuntimeError):
+    """Images of a stream were overwritten before they were fetched. `count` of them, before image number `number`."""
+
+    def __init__(self, count: int, number: int):
+        self.count = count
+        self.number = number
+        super().__init__(f"{count} images before image {number} were overwritten before they were fetched; fetch faster, "
+                         "lower the frame rate or the area, record to disk, or allow losses with allow_loss=True")
+
+
+class FramesLostWarning(UserWarning):
+    """The camera's clock shows that the camera itself lost frames of a stream."""

@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: MIT
+"""Every function of the camera library by its name, with argument and result types of the header; its constants
+(VXMCD_...), result codes (RC_...) and records too. The library is loaded when the first function is asked for.
+
+Functions return result codes and raise nothing: raw.GetDetector(byref(width), byref(height)). docs/api.md describes them.
+They take what ctypes takes; numbers that do not fit are cut to the argument's type, as ctypes does.
+"""
+from __future__ import annotations
+
+import ctypes
+
+from . import _library, _signatures
+
+_CODES = {name: code for code, (name, _, _) in _signatures.RESULT_CODES.items()}
+
+
+def _function(name):
+    function = _library.load()[name]
+    function.restype, arguments = _signatures.FUNCTIONS[name]
+    if arguments is not None:
+        function.argtypes = arguments
+    return function
+
+
+def _value(name):
+    if name in _signatures.FUNCTIONS:
+        return _function(name)
+    for table in (_signatures.CONSTANTS, _CODES):
+        if name in table:
+            return table[name]
+    kind = getattr(_signatures, name, None)
+    if isinstance(kind, type) and issubclass(kind, ctypes.Structure) and kind is not ctypes.Structure:
+        return kind
+    raise AttributeError(f"the camera library has no '{name}'")
+
+
+def __getattr__(name):
+    value = globals()[name] = _value(name)
+    return value
+
+
+def __dir__():
+    return sorted({*globals(), *_signatures.FUNCTIONS, *_signatures.CONSTANTS, *_CODES})

@@ -1,0 +1,311 @@
+# SPDX-License-Identifier: MIT
+"""Opening, closing and settings of cameras, and single images and series."""
+import gc
+import os
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+import numpy as np
+import pytest
+
+import vxmcd
+from conftest import FREE, REAL, frame_number
+from vxmcd import CameraStateError, NoImageError, VxmcdError, raw
+
+CHART = """[Simulator]
+Cameras = 1
+[Camera0]
+Model = {model}
+Clock = free
+Scene = resolution chart
+Noise = off
+"""
+
+
+def test_opens_and_closes(simulator):
+    simulator.configure(FREE)
+    assert vxmcd.cameras() == [0, 1]
+    with vxmcd.Camera(0) as camera:
+        assert camera.is_open and simulator.open_cameras() == 1
+        assert camera.model == "RQ512_LX" and camera.pixel_size == (16, 16) and camera.serial_number > 0
+        assert camera.capabilities.triggerModes & raw.VXMCD_TRIGGER_SOFTWARE
+        with pytest.raises(CameraStateError, match="open already"):
+            vxmcd.Camera(0)
+    assert simulator.open_cameras() == 0 and not camera.is_open
+    camera.close()
+    with pytest.raises(CameraStateError, match="SetExposureTime: camera 0 is closed"):
+        camera.exposure = 0.1
+    with pytest.raises(CameraStateError, match="closed"):
+        camera.snap()
+
+
+def test_no_such_camera(simulator):
+    simulator.configure(FREE)
+    with pytest.raises(VxmcdError) as caught:
+        vxmcd.Camera(2)
+    error = caught.value
+    assert (error.function, error.code, error.name) == ("SetCurrentCamera", 20066, "RC_P1_INVALID")
+    assert error.meaning and error.advice and error.name in str(error) and error.advice in str(error)
+
+
+@pytest.mark.parametrize("rule", [
+    "call VX_Open at 1 rc 53", "call VX_SetEnumeratedString feature TriggerMode any rc 53",
+    "call VX_GetInt feature SensorWidth any rc 53"])
+def test_a_camera_that_cannot_be_set_up_is_not_left_open(simulator, rule):
+    simulator.configure(FREE)
+    simulator.fault(rule)
+    try:
+        vxmcd.Camera(0).close()
+    except VxmcdError:
+        pass
+    assert simulator.open_cameras() == 0
+    simulator.reset()
+    simulator.configure(FREE)
+    with vxmcd.Camera(0) as camera:
+        assert camera.snap().shape == (8, 16)
+
+
+def test_closes_on_exceptions_and_when_forgotten(simulator):
+    simulator.configure(REAL)
+    with pytest.raises(KeyError):
+        with vxmcd.Camera(0) as camera:
+            frames = camera.stream()
+            next(frames)
+            raise KeyError
+    assert simulator.open_cameras() == 0
+    camera = vxmcd.Camera(0)
+    next(camera.stream())
+    del camera, frames
+    gc.collect()
+    assert simulator.open_cameras() == 0
+
+
+def test_settings(simulator):
+    simulator.configure(FREE)
+    with vxmcd.Camera(0) as camera:
+        camera.exposure = 0.02
+        assert camera.exposure == pytest.approx(0.02)
+        camera.frame_rate = 20
+        assert camera.frame_rate == pytest.approx(20, rel=1e-3) and camera.cycle_time == pytest.approx(0.05, rel=1e-3)
+        assert camera.maximum_exposure > 1 and 0 < camera.readout_time < 0.01
+        camera.trigger_mode = "external-start"
+        assert camera.trigger_mode is vxmcd.TriggerMode.EXTERNAL_START
+        camera.overlap, camera.metadata, camera.baseline_clamp = True, False, False
+        assert camera.overlap and not camera.metadata and not camera.baseline_clamp
+        assert camera.ad_channels == [12] and camera.amplifiers == ["Low Gain", "High Gain"]
+        assert [gain.text for gain in camera.gains] == ["1x", "2x", "10x", "30x"]
+        camera.gain = 2
+        assert (camera.gain, camera.amplifier, camera.ad_channel) == (2, 1, 0)
+        camera.readout_speed = camera.readout_speeds.index(200)
+        camera.amplifier = 0
+
+
+@pytest.mark.parametrize("name, value", [
+    ("exposure", 0), ("exposure", float("nan")), ("frame_rate", -1), ("cycle_time", float("inf")), ("bits", 12),
+    ("trigger_mode", "sometimes"), ("area", (0, 1, 4, 4)), ("area", (10, 1, 8, 4)), ("area", (1, 1, 16, 9)),
+    ("area", (1, 1, 0, 1)), ("binning", 0), ("binning", (2, 9)), ("gain", 4), ("gain", -1), ("target_temperature", 60),
+    ("target_temperature", -10.5)])
+def test_values_that_cannot_be_are_refused(simulator, name, value):
+    simulator.configure(FREE)
+    with vxmcd.Camera(0) as camera:
+        before = getattr(camera, name)
+        with pytest.raises(ValueError):
+            setattr(camera, name, value)
+        assert getattr(camera, name) == before and camera.snap().shape == (8, 16)
+
+
+def test_what_the_library_refuses_is_an_error_with_its_code(simulator):
+    simulator.configure(FREE + "Remove = SoftwareTrigger, BaselineClamp, SensorTemperature\n")
+    with vxmcd.Camera(1) as camera:
+        for function, ask in {"SendSoftwareTrigger": camera.trigger, "GetBaselineClamp": lambda: camera.baseline_clamp,
+                              "GetTemperatureF": lambda: camera.temperature}.items():
+            with pytest.raises(VxmcdError) as caught:
+                ask()
+            assert (caught.value.function, caught.value.name) == (function, "RC_NOT_SUPPORTED")
+
+
+def test_areas_and_binning(simulator):
+    simulator.configure(CHART.format(model="RQ512_LX"))
+    with vxmcd.Camera() as camera:
+        whole = camera.snap()
+        assert whole.shape == (512, 512) and whole.dtype == np.uint16 and whole.std() > 0
+        camera.area = vxmcd.Area(101, 51, 200, 99)
+        assert camera.shape == (99, 200)
+        np.testing.assert_array_equal(camera.snap(), whole[50:149, 100:300])
+        camera.binning = 2, 4
+        assert camera.shape == (24, 100) and camera.snap().shape == (24, 100)
+        with pytest.raises(ValueError, match="does not bin by 3x17"):
+            camera.binning = 3, 17
+        assert camera.binning == (2, 4) and camera.snap().shape == (24, 100)
+        camera.binning = 1
+        camera.area = None
+        np.testing.assert_array_equal(camera.snap(), whole)
+
+
+def test_a_camera_that_bins_in_squares_only(simulator):
+    simulator.configure(CHART.format(model="TARN 1M"))
+    with vxmcd.Camera() as camera:
+        camera.binning = 2
+        for binning in ((2, 1), (4, 2), (5, 5)):
+            with pytest.raises(ValueError, match="does not bin"):
+                camera.binning = binning
+        assert camera.snap().shape == camera.shape == (512, 640)
+
+
+def test_series_and_sums(simulator):
+    simulator.configure(FREE)
+    with vxmcd.Camera() as camera:
+        images = camera.grab(5)
+        assert [frame_number(image) for image in images] == [1, 2, 3, 4, 5]
+        assert images.flags.owndata and images.flags.writeable
+        with pytest.raises(ValueError):
+            camera.grab(0)
+    simulator.configure("[Camera0]\nModel = RQ512_LX\nClock = free\nScene = flat\nNoise = off\nPhotonsPerSecond = 1e6\n")
+    with vxmcd.Camera() as camera:
+        camera.exposure = 0.05
+        single = camera.snap().astype(int)
+        camera.accumulations = 40
+        summed = camera.snap()
+        assert summed.dtype == np.uint32 and summed.max() > 65535
+        assert np.median(summed) == pytest.approx(40 * np.median(single), rel=0.01)
+        assert camera.grab(2).shape == (2, 512, 512)
+        camera.bits = 16
+        assert camera.snap().dtype == np.uint16
+
+
+def test_software_triggers_are_sent(simulator):
+    simulator.configure(REAL)
+    with vxmcd.Camera() as camera:
+        camera.trigger_mode = "software"
+        assert [frame_number(image) for image in camera.grab(4)] == [1, 2, 3, 4]
+        with camera.stream(2, timeout=5) as stream:
+            for number in (1, 2):
+                camera.trigger()
+                assert next(stream).number == number
+
+
+def test_time_limit_and_failures_of_a_run(simulator):
+    simulator.configure(REAL)
+    with vxmcd.Camera() as camera:
+        camera.trigger_mode = "external"
+        begin = time.monotonic()
+        with pytest.raises(NoImageError, match="0 came before"):
+            camera.grab(3, timeout=0.3)
+        assert 0.3 <= time.monotonic() - begin < 2
+        camera.trigger_mode = "internal"
+        assert camera.snap().shape == (8, 16)
+        simulator.fault("call VX_GetInt feature ImageSizeBytes at 1 rc 53")
+        with pytest.raises(VxmcdError, match="StartAcquisition: 20010"):
+            camera.snap()
+        simulator.fault("call VX_WaitBuffer from 3 rc 100")
+        with pytest.raises(VxmcdError, match="the run: 20019 RC_STATUS_HARDWARE_OVERFLOW.*ended after"):
+            camera.grab(100)
+
+
+def test_cooling(simulator):
+    simulator.configure(FREE)
+    with vxmcd.Camera() as camera:
+        assert camera.temperature_status == "off" and not camera.cooler and camera.temperature > 20
+        camera.target_temperature = -20
+        assert camera.target_temperature == -20 and camera.temperature_range == (-80, 20)
+        camera.cooler = True
+        camera.set_fan("full")
+        assert camera.cooler and camera.temperature_status == "not reached"
+        simulator.advance(2000)
+        assert camera.temperature == pytest.approx(-20, abs=0.5) and camera.temperature_status == "stable"
+        camera.cooler = False
+        with pytest.raises(ValueError):
+            camera.set_fan("gale")
+
+
+def test_several_cameras_keep_their_settings(simulator):
+    simulator.configure(FREE)
+    with vxmcd.Camera(0) as first, vxmcd.Camera(1) as second:
+        first.exposure, second.exposure = 0.01, 0.02
+        second.area = 1, 1, 40, 30
+        assert first.exposure == pytest.approx(0.01) and second.exposure == pytest.approx(0.02)
+        assert first.snap().shape == (8, 16) and second.snap().shape == (30, 40)
+        assert first.model == "RQ512_LX" and second.model == "TARN 1M"
+
+
+def test_one_camera_acquires_at_a_time(simulator):
+    simulator.configure(REAL)
+    with vxmcd.Camera(0) as first, vxmcd.Camera(1) as second:
+        with first.stream() as stream:
+            next(stream)
+            for ask in (second.snap, lambda: second.exposure, lambda: second.stream()):
+                with pytest.raises(CameraStateError, match="camera 0 is acquiring, and one camera acquires at a time"):
+                    ask()
+            for name, value in {"area": (1, 1, 4, 4), "trigger_mode": "software", "metadata": False, "gain": 1,
+                                "accumulations": 2}.items():
+                with pytest.raises(CameraStateError, match="close its stream first"):
+                    setattr(first, name, value)
+            with pytest.raises(CameraStateError, match="close its stream first"):
+                first.snap()
+            assert first.temperature > 0 and next(stream).image.shape == (8, 16)
+            second.close()  # while the other one acquires: closed at the end of that run
+            assert not second.is_open and simulator.open_cameras() == 2
+        assert simulator.open_cameras() == 1 and first.snap().shape == (8, 16)
+
+
+def test_threads_share_cameras(simulator):
+    simulator.configure(FREE)
+    problems = []
+
+    def ask(camera, expected):
+        try:
+            for _ in range(200):
+                assert camera.sensor_size == expected
+        except BaseException as problem:
+            problems.append(problem)
+
+    with vxmcd.Camera(0) as first, vxmcd.Camera(1) as second:
+        threads = [threading.Thread(target=ask, args=arguments)
+                   for arguments in [(first, (16, 8)), (second, (1280, 1024))] * 2]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+    assert not problems
+
+
+WAITS_FOR_EVER = """
+import time, vxmcd
+try:
+    with vxmcd.Camera() as camera:
+        camera.trigger_mode = "external"
+        print("ready", flush=True)
+        try:
+            {wait}
+        except KeyboardInterrupt:
+            print(time.monotonic(), flush=True)
+            raise
+finally:
+    print(camera.is_open, flush=True)
+"""
+
+
+def seconds_to_notice_ctrl_c(wait):
+    environment = {name: value for name, value in os.environ.items() if name != "VXCORE_CONFIG"}
+    process = subprocess.Popen([sys.executable, "-c", WAITS_FOR_EVER.format(wait=wait)], env=environment,
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    try:
+        assert process.stdout.readline() == "ready\n"
+        time.sleep(0.5)  # into the wait
+        begin = time.monotonic()
+        process.send_signal(signal.SIGINT)
+        noticed = float(process.stdout.readline())
+        output, errors = process.communicate(timeout=20)
+    finally:
+        process.kill()
+    assert output == "False\n" and "KeyboardInterrupt" in errors
+    return noticed - begin
+
+
+@pytest.mark.parametrize("wait", ["camera.snap()", "camera.grab(5)", "next(camera.stream())"])
+def test_ctrl_c_ends_a_wait(wait):
+    # A machine that is busy with other things may be late once.
+    assert any(seconds_to_notice_ctrl_c(wait) < 0.25 for _ in range(3))

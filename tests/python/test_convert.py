@@ -1,0 +1,76 @@
+# SPDX-License-Identifier: MIT
+"""The package and the tool read the same from a spooled run."""
+import json
+import os
+import random
+import subprocess
+
+import numpy as np
+import pytest
+
+from spool_writer import SpoolWriter
+from vxmcd.spool import SpoolRun
+
+ENCODINGS = ["Mono8", "Mono12", "Mono12Coded", "Mono12Packed", "Mono16", "Mono32"]
+
+
+def converted(directory, output, *options):
+    """What the tool makes of a run: image numbers from 0, pixels, ticks, host times."""
+    command = [os.environ["VXMCD_TOOL"], "convert", directory, "--quiet", "--output", output, *options]
+    result = subprocess.run(list(map(str, command)), capture_output=True, text=True, timeout=60)
+    assert result.returncode in (0, 5), result.stderr
+    if not output.exists():
+        return [], None, [], []
+    label = json.loads((output.parent / (output.name + ".json")).read_text())
+    pixels = np.fromfile(output, np.dtype(label["pixel_type"]).newbyteorder("<"))
+    frames = label["frames"]
+    return ([frame["image"] - 1 for frame in frames],
+            pixels.reshape(label["images"], label["image_height"], label["image_width"]),
+            [-1 if frame["ticks"] is None else frame["ticks"] for frame in frames],
+            [frame.get("host_ns") for frame in frames])
+
+
+def assert_same(run, tool):
+    numbers, pixels, ticks, times = tool
+    assert run.numbers.tolist() == numbers
+    if not numbers:
+        return
+    for place, number in enumerate(numbers):
+        np.testing.assert_array_equal(run[number], pixels[place].view(f"u{pixels.itemsize}"))
+    assert run.ticks().tolist() == ticks
+    if run.is_checked:
+        assert run.host_times().astype(np.int64).tolist() == times
+
+
+@pytest.mark.parametrize("encoding", ENCODINGS)
+@pytest.mark.parametrize("width, height, padding, images_per_file, metadata", [
+    (1, 1, 0, 1, True), (7, 3, 0, 2, True), (64, 5, 13, 3, False), (33, 2, 2, 16, True)])
+def test_every_encoding(tmp_path, encoding, width, height, padding, images_per_file, metadata):
+    run = tmp_path / "run"
+    run.mkdir()
+    writer = SpoolWriter(run, 5, width, height, encoding, padding, images_per_file, metadata)
+    assert_same(SpoolRun(writer.write()), converted(run, tmp_path / "run.raw", "--verify"))
+
+
+@pytest.mark.parametrize("seed", range(12))
+def test_runs_with_damage(tmp_path, seed):
+    """Killed runs with records in any order, a torn index or none, and bytes that changed on the way."""
+    chance = random.Random(seed)
+    run = tmp_path / "run"
+    run.mkdir()
+    writer = SpoolWriter(run, images=12, images_per_file=chance.choice([1, 4, 16]), state="recording", expected=15,
+                         encoding=chance.choice(ENCODINGS), seed=seed)
+    chance.shuffle(writer.order)
+    del writer.order[chance.randrange(8, 13):]
+    writer.write()
+    for path in sorted(run.glob("spool_*.dat")):
+        data = bytearray(path.read_bytes())
+        for _ in range(chance.choice([0, 0, 1, 2])):
+            data[chance.randrange(len(data))] ^= 0x40
+        path.write_bytes(data)
+    index = run / "spool_index.dat"
+    if seed % 4 == 3:
+        index.unlink()
+    else:
+        os.truncate(index, index.stat().st_size - chance.choice([0, 5, 32, 50]))
+    assert_same(SpoolRun(run, salvage=True), converted(run, tmp_path / "run.raw", "--salvage", "--verify"))

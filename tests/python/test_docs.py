@@ -1,0 +1,41 @@
+# SPDX-License-Identifier: MIT
+"""The guide's code and the example, run as they stand."""
+import os
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+import numpy as np
+
+ROOT = Path(__file__).parents[2]
+
+
+def environment():
+    return {name: value for name, value in os.environ.items() if name != "VXCORE_CONFIG"}
+
+
+def test_the_code_of_the_guide_runs(tmp_path):
+    pieces = re.findall(r"^```python\n(.*?)^```$", (ROOT / "docs" / "python.md").read_text(), re.M | re.S)
+    assert len(pieces) >= 6
+    result = subprocess.run([sys.executable, "-W", "error", "-c", "\n".join(pieces)], cwd=tmp_path, env=environment(),
+                            capture_output=True, text=True, timeout=100)
+    assert result.returncode == 0, result.stderr
+    assert "SetExposureTime 20066 RC_P1_INVALID" in result.stdout
+
+
+def test_the_example_runs(tmp_path):
+    command = [sys.executable, ROOT / "examples" / "snap.py", "--camera", "1", "--exposure", "0.002", "--images", "3"]
+    result = subprocess.run([*command, tmp_path / "images.npy"], env=environment(), capture_output=True, text=True,
+                            timeout=60)
+    assert result.returncode == 0, result.stderr
+    assert np.load(tmp_path / "images.npy").shape == (3, 512, 512) and "image 3: 512x512" in result.stdout
+    failed = subprocess.run([*command, "--camera", "7", tmp_path / "none.npy"], env=environment(), capture_output=True,
+                            text=True, timeout=60)
+    assert failed.returncode == 1 and failed.stderr.startswith("snap: SetCurrentCamera: 20066 RC_P1_INVALID")
+
+
+def test_the_package_has_the_library_s_version():
+    project = (ROOT / "python" / "pyproject.toml").read_text()
+    version = re.search(r'^version = "(.*)"$', project, re.M).group(1)
+    assert f"project(vxmcd VERSION {version} " in (ROOT / "CMakeLists.txt").read_text()

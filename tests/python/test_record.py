@@ -1,0 +1,135 @@
+# SPDX-License-Identifier: MIT
+"""Runs that the library writes to disk, read back."""
+import os
+import signal
+import subprocess
+import sys
+import time
+
+import numpy as np
+import pytest
+
+import vxmcd
+from conftest import REAL, frame_number
+from test_convert import assert_same, converted
+from vxmcd import NoImageError, VxmcdError
+from vxmcd.spool import SpoolRun
+
+# A picture that is the same in every frame: what the library hands out and what it spools can be compared.
+STILL = """[Simulator]
+Cameras = 1
+[Camera0]
+Model = {model}
+Scene = gradient
+Noise = off
+StridePadding = {padding}
+[Camera0.SensorWidth]
+Value = {width}
+[Camera0.SensorHeight]
+Value = 24
+[Camera0.PixelEncoding]
+Value = {encoding}
+"""
+
+
+@pytest.mark.parametrize("method", [1, 3])
+@pytest.mark.parametrize("threads", [None, 3])
+def test_a_recorded_run_holds_every_frame(simulator, tmp_path, method, threads):
+    simulator.configure(REAL)
+    with vxmcd.Camera() as camera:
+        camera.exposure = 0.001
+        camera.frame_rate = 400
+        run = camera.record(tmp_path / "run", 60, method, threads)
+        assert run.state == "complete" and len(run) == 60 and run.missing.size == 0
+        assert [frame_number(image) for image in run] == list(range(1, 61))
+        assert all(run.verify(number) for number in range(60))
+        intervals = np.diff(run.ticks())
+        assert intervals.min() > 0 and run.ticks()[0] == run.description.first_frame_tick
+        assert (abs(intervals / run.description.timestamp_frequency - camera.cycle_time) < 1e-5).all()
+        assert abs(run.host_times() - np.datetime64(time.time_ns(), "ns")).max() < np.timedelta64(60, "s")
+        assert run.description.exposure_time == pytest.approx(camera.exposure)
+        assert (run.description.model, run.description.method) == (camera.model, method)
+        assert_same(run, converted(run.path, tmp_path / "run.raw", "--verify"))
+        files = sorted(os.listdir(run.path))
+        assert len([name for name in files if name.endswith(".dat")]) == (61 if method == 1 else 2)
+        assert camera.grab(3).shape == (3, 8, 16)  # not spooled any more
+        assert sorted(os.listdir(run.path)) == files and len(SpoolRun(run.path, verify=True)) == 60
+
+
+@pytest.mark.parametrize("model, encoding", [
+    ("RQ512_LX", "Mono12"), ("RQ512_LX", "Mono12Packed"), ("RQ512_LX", "Mono16"), ("RQ512_LX", "Mono32"),
+    ("TARN 1M", "Mono12Packed"), ("TRELLIS CMOS", "Mono16")])
+@pytest.mark.parametrize("width, padding", [(64, 0), (33, 7)])
+def test_pixels_are_those_that_the_library_hands_out(simulator, tmp_path, model, encoding, width, padding):
+    simulator.configure(STILL.format(model=model, encoding=encoding, width=width, padding=padding))
+    with vxmcd.Camera() as camera:
+        image = camera.snap()
+        run = camera.record(tmp_path, 3)
+        assert run.description.pixel_encoding == encoding and run.shape == image.shape and image.std() > 0
+        for recorded in run:
+            np.testing.assert_array_equal(recorded, image)
+        camera.area = 2, 3, 31, 9
+        np.testing.assert_array_equal(camera.record(tmp_path, 2)[1], image[2:11, 1:32])
+
+
+def test_software_triggers_are_sent(simulator, tmp_path):
+    simulator.configure(REAL)
+    with vxmcd.Camera() as camera:
+        camera.trigger_mode = "software"
+        assert [frame_number(image) for image in camera.record(tmp_path, 3)] == [1, 2, 3]
+
+
+def test_a_run_without_images_ends_in_time_and_order(simulator, tmp_path):
+    simulator.configure(REAL)
+    with vxmcd.Camera() as camera:
+        camera.trigger_mode = "external"
+        with pytest.raises(NoImageError):
+            camera.record(tmp_path, 3, timeout=0.3)
+        run = SpoolRun(tmp_path)
+        assert run.state == "aborted" and len(run) == 0 and run.missing.tolist() == [0, 1, 2]
+        camera.trigger_mode = "internal"
+        assert camera.record(tmp_path, 3).state == "complete"
+
+
+def test_what_cannot_be_written_is_an_error(simulator, tmp_path):
+    simulator.configure(REAL)
+    (tmp_path / "file").write_text("in the way")
+    with vxmcd.Camera() as camera:
+        with pytest.raises(VxmcdError):
+            camera.record(tmp_path / "file" / "run", 3)
+        for arguments in ((0,), (3, 2)):
+            with pytest.raises(ValueError):
+                camera.record(tmp_path / "run", *arguments)
+        with pytest.raises(VxmcdError, match="SetSpoolThreadCount: 20066"):
+            camera.record(tmp_path / "run", 3, threads=0)
+        assert camera.snap().shape == (8, 16) and os.listdir(tmp_path) == ["file"]
+
+
+RECORDS = """
+import sys, vxmcd
+with vxmcd.Camera(1) as camera:
+    camera.exposure, camera.frame_rate = 0.001, 200
+    print("ready", flush=True)
+    camera.record(sys.argv[1], 100000, 1)
+"""
+
+
+@pytest.mark.parametrize("number, state", [(signal.SIGKILL, "recording"), (signal.SIGINT, "aborted")])
+def test_a_run_that_is_cut_off(tmp_path, number, state):
+    environment = {name: value for name, value in os.environ.items() if name != "VXCORE_CONFIG"}
+    process = subprocess.Popen([sys.executable, "-c", RECORDS, tmp_path / "run"], env=environment, stdout=subprocess.PIPE,
+                               stderr=subprocess.PIPE, text=True)
+    try:
+        index = tmp_path / "run" / "spool_index.dat"
+        deadline = time.monotonic() + 20
+        while not (index.exists() and index.stat().st_size >= 20 * 32):
+            assert process.poll() is None and time.monotonic() < deadline
+            time.sleep(0.02)
+        process.send_signal(number)
+        process.communicate(timeout=20)
+    finally:
+        process.kill()
+    run = SpoolRun(tmp_path / "run", salvage=state == "recording")
+    assert run.state == state and run.numbers.size >= 20 and run.damaged == []
+    assert all(run.verify(index) for index in run.numbers)
+    assert (np.diff(run.ticks()) > 0).all()
