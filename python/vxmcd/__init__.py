@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Cameras and their images in Python: Camera and cameras() here, spooled runs in vxmcd.spool, every function of the library in
-vxmcd.raw. The library is loaded when a camera is asked for."""
+"""Cameras and their images in Python: Camera and cameras() here, spooled runs in vxmcd.spool, every function of the
+library in vxmcd.raw. The library is loaded when a camera is asked for."""
 from .errors import CameraStateError, FramesLostError, FramesLostWarning, NoImageError, VxmcdError
 
 # What needs the module `raw` is imported when it is used: readers of spooled runs do without.

@@ -36,8 +36,8 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
     rates Hz, temperatures degrees Celsius. What the library refuses raises VxmcdError with its result code; values that
     cannot be raise ValueError.
 
-    Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile every call for
-    another one raises CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
+    Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile every call
+    for another one raises CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
     """
 
     def __init__(self, number: int = 0):

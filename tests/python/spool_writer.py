@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Writes directories of spooled runs, byte by byte and independently of the reader: checksums come from libxxhash, pixels are
-packed by plain loops."""
+"""Writes directories of spooled runs, byte by byte and independently of the reader: checksums come from libxxhash, pixels
+are packed by plain loops."""
 import ctypes
 import ctypes.util
 import struct

@@ -9,7 +9,7 @@ import sys
 import numpy as np
 import pytest
 
-from spool_writer import FIRST_TIME, SpoolWriter, checksum
+from spool_writer import FIRST_TIME, SpoolWriter, checksum, chunk
 from vxmcd.spool import DamagedImageError, MissingImageError, SpoolError, SpoolFormatError, SpoolRun
 from vxmcd.spool.xxh3 import xxh3_64, xxh3_64_of_triples
 
@@ -174,6 +174,15 @@ def test_an_index_with_flaws_needs_salvage(tmp_path, change, problem):
         np.testing.assert_array_equal(salvaged[number], writer.array()[number])
 
 
+def test_a_complete_run_with_a_gap_needs_salvage(tmp_path):
+    writer = SpoolWriter(tmp_path)
+    writer.order = [0, 1, 3]
+    writer.keys["run/ImagesWritten"] = 3
+    with pytest.raises(SpoolFormatError, match="lacks images of a complete run"):
+        SpoolRun(writer.write())
+    assert SpoolRun(tmp_path, salvage=True).missing.tolist() == [2, 4]
+
+
 def test_a_killed_run(tmp_path):
     """Whatever bytes of the index have reached the disk: what salvage gives is right, and all that is there."""
     writer = SpoolWriter(tmp_path, images=9, images_per_file=4, state="recording", expected=20)
@@ -230,7 +239,8 @@ def test_salvage_without_an_index(tmp_path):
 
 @pytest.mark.parametrize("tail", [
     b"", b"\x00" * 8, b"\xff" * 40, b"\x01\x00\x00\x00\xfc\xff\xff\xff", b"\x01\x00\x00\x00\x03\x00\x00\x00",
-    b"\x07\x00\x00\x00\x04\x00\x00\x00\x01\x00"])
+    b"\x07\x00\x00\x00\x04\x00\x00\x00\x01\x00",
+    chunk(1, b"12345678") + chunk(0, b"") + chunk(7, b"")])
 def test_frames_without_a_timestamp(tmp_path, tail):
     writer = SpoolWriter(tmp_path, images=1, images_per_file=1, metadata=False)
     writer.keys["image/Metadata"] = "true"

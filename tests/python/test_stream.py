@@ -117,6 +117,18 @@ def test_frames_lost_in_the_camera(simulator):
         assert frame_number(frames[-1].image) == 62 and stream.lost_in_camera == 2
 
 
+def test_ticks_that_may_be_another_image_s_are_not_told(simulator):
+    simulator.configure(MANUAL)
+    simulator.fault("chunk 3 len 0xFFFFFFFC")
+    with vxmcd.Camera() as camera:
+        stream = camera.stream(5)
+        arrive(simulator, stream, 2, 2)
+        ticks = [next(stream).ticks for _ in range(2)]
+        assert None not in ticks
+        arrive(simulator, stream, 3, 5)
+        assert [frame.ticks for frame in stream] == [None] * 3
+
+
 def test_a_changed_pace_is_no_loss(simulator):
     simulator.configure(MANUAL)
     with vxmcd.Camera() as camera, warnings.catch_warnings():
