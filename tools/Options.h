@@ -80,6 +80,20 @@ struct TCoolingOptions
   double waitSeconds = 0.0; ///< at most; 0: without limit
 };
 
+enum class SpoolMethod : int // the library's spool methods
+{
+  Single = 1,
+  Multi = 3,
+};
+
+/// Where the library itself writes frames to disk during the run.
+struct TSpoolOptions
+{
+  std::string directory; ///< "": it does not
+  SpoolMethod method = SpoolMethod::Multi;
+  std::optional<int> threads;
+};
+
 struct TAcquireOptions
 {
   std::optional<double> exposureSeconds;
@@ -94,6 +108,7 @@ struct TAcquireOptions
   TReadoutOptions readout;
   TCoolingOptions cooling;
   double noImageSeconds = 0.0;
+  TSpoolOptions spool;
   std::string output;
   std::optional<FileFormat> format;
   std::string preview;

@@ -58,11 +58,17 @@ std::string ReportText(const TRunSummary& summary)
   text += Row("  lost in the camera", t.lostInCamera ? std::to_string(*t.lostInCamera) : "unknown",
               t.lostInCamera ? "" : "(no even pace or no timestamps to tell by)");
   text += Row("  delivered", std::to_string(t.delivered));
-  text += Row("    overwritten before fetched", std::to_string(t.overwritten));
-  text += Row("    not fetched at the end", std::to_string(t.notFetched));
-  text += Row("    fetched", std::to_string(t.fetched));
-  text += Row("      not written", std::to_string(t.notWritten));
-  text += Row("      written", std::to_string(t.written), summary.output);
+  if (summary.spoolDirectory.empty()) {
+    text += Row("    overwritten before fetched", std::to_string(t.overwritten));
+    text += Row("    not fetched at the end", std::to_string(t.notFetched));
+    text += Row("    fetched", std::to_string(t.fetched));
+    text += Row("      not written", std::to_string(t.notWritten));
+    text += Row("      written", std::to_string(t.written), summary.output);
+  } else {
+    text += Row("    not on disk", std::to_string(t.notWritten));
+    text += Row("    on disk", std::to_string(t.written), summary.spoolDirectory);
+    if (!summary.output.empty()) text += "made of them: " + summary.output + "\n";
+  }
   if (t.withoutTimestamp > 0) text += Row("delivered without a timestamp", std::to_string(t.withoutTimestamp));
   return text;
 }

@@ -6,7 +6,6 @@
 #include "vxmcd.h"
 
 #include <algorithm>
-#include <thread>
 #include <utility>
 
 namespace vxtool {
@@ -35,6 +34,7 @@ TAcquisitionLoop::TAcquisitionLoop(ICamera& camera, IImageWriter* writer, const 
       isInterrupted_(std::move(isInterrupted)),
       onProgress_(std::move(onProgress)),
       account_(settings.isPaced),
+      trigger_(camera, settings.triggerSeconds, settings.imageSeconds),
       fetched_(settings.shape.Bytes())
 {
   // The camera's own frame size is not known here: 4 bytes a pixel and a quarter for padding is more than any has.
@@ -83,7 +83,7 @@ RunEnd TAcquisitionLoop::RunStarted()
 {
   while (!IsDone()) {
     if (isInterrupted_()) return RunEnd::Interrupted;
-    SendTriggerWhenDue();
+    if (settings_.isSoftwareTriggered) trigger_.SendWhenDue(lastArrival_);
     const unsigned int waited = camera_.Wait(kWaitSliceMs);
     if (waited != RC_SUCCESS && waited != RC_NO_NEW_DATA) return Fail("WaitForAcquisitionTimeOut", waited);
     // The status is read before the images: when it says that the run is over, no image can follow.
@@ -217,25 +217,6 @@ void TAcquisitionLoop::ReadTimestampsUpTo(long number)
     if (camera_.Timestamp(next, count, ticks) != RC_SUCCESS) return;
     account_.Timestamp(ticks);
   }
-}
-
-void TAcquisitionLoop::SendTriggerWhenDue()
-{
-  if (!settings_.isSoftwareTriggered) return;
-  const auto now = Clock::now();
-  const bool isFirst = lastTrigger_ == Clock::time_point{};
-  const bool isAnswered = lastArrival_ > lastTrigger_;
-  // An exposure that is part of an accumulated image brings no image: its trigger counts as answered after its
-  // time.
-  const double patience = 1.5 * settings_.imageSeconds + 0.2;
-  const double pause = isAnswered ? settings_.triggerSeconds : std::max(settings_.triggerSeconds, patience);
-  if (!isFirst && now - lastTrigger_ < ToDuration(pause)) {
-    if (isAnswered)
-      std::this_thread::sleep_until(std::min(lastTrigger_ + ToDuration(pause), now + ToDuration(0.1)));
-    return;
-  }
-  lastTrigger_ = now;
-  camera_.SendTrigger(); // a camera that cannot is found when no image comes
 }
 
 void TAcquisitionLoop::Report()

@@ -5,6 +5,7 @@
 #include "tools/ICamera.h"
 #include "tools/IImageWriter.h"
 #include "tools/TRunAccount.h"
+#include "tools/TSoftwareTrigger.h"
 
 #include <chrono>
 #include <functional>
@@ -86,7 +87,6 @@ private:
   void SkipOverwritten(int first, int last);
   TImageLabel Label(long number);
   void ReadTimestampsUpTo(long number);
-  void SendTriggerWhenDue();
   void Report();
 
   ICamera& camera_;
@@ -95,6 +95,7 @@ private:
   std::function<bool()> isInterrupted_;
   std::function<void(const TProgress&)> onProgress_;
   TRunAccount account_;
+  TSoftwareTrigger trigger_;
   std::vector<std::byte> fetched_;   // being copied into
   std::vector<std::byte> lastImage_; // the newest intact one
   TImageLabel lastLabel_;
@@ -107,7 +108,6 @@ private:
   bool isRingFull_ = false;
   Clock::time_point start_;
   Clock::time_point lastArrival_;
-  Clock::time_point lastTrigger_;
   double seconds_ = 0.0;
 };
 

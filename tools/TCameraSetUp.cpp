@@ -50,7 +50,8 @@ bool TCameraSetUp::Apply(const TAcquireOptions& options)
          SetCounts(options) &&
          Check("--mode", "SetAcquisitionMode",
                SetAcquisitionMode(static_cast<int>(options.mode.value_or(RunMode::Single)))) &&
-         (!options.isOverlapped || Check("--overlap", "SetOverlapMode", SetOverlapMode(1))) && SetTimes(options);
+         (!options.isOverlapped || Check("--overlap", "SetOverlapMode", SetOverlapMode(1))) && SetTimes(options) &&
+         SetSpooling(options.spool);
 }
 
 bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
@@ -227,6 +228,14 @@ bool TCameraSetUp::SetTimes(const TAcquireOptions& options)
   note("the exposure", options.exposureSeconds, exposureSeconds_);
   if (options.trigger == Trigger::Internal) note("the cycle", options.cycleSeconds, cycleSeconds_);
   return true;
+}
+
+bool TCameraSetUp::SetSpooling(TSpoolOptions spool)
+{
+  if (spool.directory.empty()) return true;
+  return (!spool.threads ||
+          Check("--spool-threads", "SetSpoolThreadCount", SetSpoolThreadCount(*spool.threads))) &&
+         Check("--spool", "SetSpool", SetSpool(1, static_cast<int>(spool.method), spool.directory.data()));
 }
 
 double TCameraSetUp::ReadoutSeconds() const

@@ -40,6 +40,7 @@ private:
   bool SetTracks(const TImageAreaOptions& area);
   bool SetCounts(const TAcquireOptions& options);
   bool SetTimes(const TAcquireOptions& options);
+  bool SetSpooling(TSpoolOptions spool);
 
   std::string error_;
   std::string notes_;

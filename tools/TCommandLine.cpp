@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kLargestSide = 65536;
 constexpr int kLargestIndex = 1000;
+constexpr int kMostSpoolThreads = 64;
 
 const std::map<std::string, RunMode> kModes = {{"single", RunMode::Single},
                                                {"accumulate", RunMode::Accumulate},
@@ -41,6 +42,8 @@ const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},
                                                      {".fits", FileFormat::Fits}, {".fit", FileFormat::Fits},
                                                      {".fts", FileFormat::Fits},  {".raw", FileFormat::Raw},
                                                      {".png", FileFormat::Png}};
+const std::map<std::string, SpoolMethod> kSpoolMethods = {{"single", SpoolMethod::Single},
+                                                          {"multi", SpoolMethod::Multi}};
 
 constexpr const char* kFooter = R"(Exit codes:
   0    done
@@ -216,6 +219,23 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
 }
 
+void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolMethod>& method)
+{
+  const char* const group = "Recording to disk during the run";
+  app.add_option(
+         "--spool", options.directory,
+         "Record every frame below this directory, in place of memory; an --output is made of it afterwards")
+      ->type_name("DIRECTORY")
+      ->group(group);
+  AddWord(app, "--spool-method", method, kSpoolMethods,
+          "One image in each file, or as many as fit into 256 MiB; default: multi")
+      ->group(group);
+  app.add_option("--spool-threads", options.threads, "Threads that write")
+      ->check(CLI::Range(1, kMostSpoolThreads).description(""))
+      ->type_name("N")
+      ->group(group);
+}
+
 // Finds the format of an output file by its name unless it was given. Returns what is wrong, "" for nothing.
 std::string CompleteFormat(const std::string& output, std::optional<FileFormat>& format,
                            const std::map<std::string, FileFormat>& suffixes)
@@ -243,6 +263,16 @@ std::string Complete(TConvertOptions& options)
   return CompleteFormat(options.output, options.format, kSuffixes);
 }
 
+std::string CompleteSpool(const TAcquireOptions& options)
+{
+  if (options.spool.directory.empty()) return "";
+  if (options.mode == RunMode::Continuous)
+    return "--spool: a run until it is stopped is never recorded to disk; give --mode series with --frames N, "
+           "which "
+           "may be more than fit into memory";
+  return "";
+}
+
 // The relations between options that no single option can check. Returns what is wrong, "" for nothing.
 std::string Complete(TAcquireOptions& options)
 {
@@ -259,7 +289,8 @@ std::string Complete(TAcquireOptions& options)
   if (options.readout.amplifier && options.readout.channel.value_or(0) != 0)
     return "--amplifier: channel 0 has amplifiers to choose from";
   if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
-  return CompleteFormat(options.output, options.format, kStackSuffixes);
+  const std::string spool = CompleteSpool(options);
+  return spool.empty() ? CompleteFormat(options.output, options.format, kStackSuffixes) : spool;
 }
 
 } // namespace
@@ -305,6 +336,8 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
   AddReadoutOptions(*acquire, options.acquire.readout);
   AddCoolingOptions(*acquire, options.acquire.cooling);
   AddOutputOptions(*acquire, options.acquire);
+  std::optional<SpoolMethod> method;
+  AddSpoolOptions(*acquire, options.acquire.spool, method);
   std::optional<int> convertBits;
   AddConvertOptions(*convert, options.convert, convertBits);
   for (CLI::App* command : {acquire, convert}) command->footer(kFooter);
@@ -313,12 +346,15 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
     options.acquire.noImageSeconds = timeout.value_or(0.0);
     options.acquire.trigger = trigger.value_or(Trigger::Internal);
     options.acquire.depth = static_cast<PixelDepth>(bits);
+    options.acquire.spool.method = method.value_or(SpoolMethod::Multi);
     if (convertBits) options.convert.depth = static_cast<PixelDepth>(*convertBits);
     options.command = *list      ? Command::List
                       : *acquire ? Command::Acquire
                       : *convert ? Command::Convert
                                  : Command::Info;
-    const std::string wrong = *acquire ? Complete(options.acquire) : *convert ? Complete(options.convert) : "";
+    std::string wrong = *acquire ? Complete(options.acquire) : *convert ? Complete(options.convert) : "";
+    if (options.acquire.spool.directory.empty() && (method || options.acquire.spool.threads))
+      wrong = "--spool-method and --spool-threads: need --spool";
     if (!wrong.empty()) throw CLI::ValidationError(wrong);
   } catch (const CLI::ParseError& error) {
     exitStatus_ = app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);

@@ -41,6 +41,7 @@ ExitCode TConvertCommand::Convert()
   settings.depth = depth_;
   settings.isSalvage = options_.isSalvage;
   settings.keepsDamaged = options_.keepsDamaged;
+  settings.keepsLast = preview_ != nullptr;
   auto conversion = std::make_unique<TSpoolConversion>(
       run_, index_, settings, writer_.get(), [] { return TInterrupt::Happened(); },
       [&](const TProgress& progress) {

@@ -136,7 +136,7 @@ bool TSpoolConversion::HandOn(TImageLabel label)
   if (run_.Facts().hasMetadata) label.ticks = FrameTicks(frame_);
   isClockWhole_ = isClockWhole_ && label.ticks;
   if (label.ticks) clocks_.Timestamp(*label.ticks);
-  if (!run_.Layout()) return true;
+  if (!run_.Layout() || (!writer_ && !settings_.keepsLast)) return true;
   const TImageShape shape = {run_.Layout()->width, run_.Layout()->height, settings_.depth};
   pixels_.resize(shape.Bytes());
   if (DecodeFrame(frame_, *run_.Layout(), settings_.depth, pixels_)) ++counts_.cut;

@@ -22,6 +22,7 @@ struct TConversionSettings
   PixelDepth depth = PixelDepth::Bits16;
   bool isSalvage = false;    ///< takes images that nothing vouches for, when they are not all zeros
   bool keepsDamaged = false; ///< hands on images whose checksum is wrong
+  bool keepsLast = false;    ///< LastImage() is wanted
 };
 
 /// What became of the images asked for.
@@ -67,7 +68,7 @@ public:
   const TNumberRanges& Absent() const { return absent_; }
   /// Why images could not be read, the first reasons.
   const std::vector<std::string>& Problems() const { return problems_; }
-  /// The newest image handed on; empty when there was none.
+  /// The newest image handed on, if it was wanted; empty when there was none.
   TPixelBytes LastImage() const { return lastImage_; }
   const TImageLabel& LastLabel() const { return lastLabel_; }
   double Seconds() const { return seconds_; }

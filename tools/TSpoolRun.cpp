@@ -2,6 +2,7 @@
 // The description of a spooled run: read with SimpleIni, checked key by key.
 #include "tools/TSpoolRun.h"
 
+#include "tools/ArgumentForms.h"
 #include "tools/Options.h"
 #include "tools/TInputFile.h"
 #include "tools/ToolText.h"
@@ -119,9 +120,19 @@ std::string PlainUtc(const std::string& text)
   return text.substr(0, text.size() - 1);
 }
 
+// "2x2", of cameras that name their binning.
+void TakeBinning(const std::string& text, TSpoolFacts& facts)
+{
+  TImageAreaOptions area;
+  if (!ParseBinning(text, area)) return;
+  facts.horizontalBinning = area.horizontalBinning;
+  facts.verticalBinning = area.verticalBinning;
+}
+
 TSensorArea AreaOf(const TSpoolFacts& facts)
 {
   TSensorArea area; // of width 0: not known
+  if (!facts.layout.empty() && facts.layout != "Image") return area;
   if (!facts.left || !facts.top || !facts.horizontalBinning || !facts.verticalBinning) return area;
   if (!facts.width || !facts.height) return area;
   area.left = static_cast<int>(*facts.left);
@@ -199,10 +210,12 @@ bool TSpoolRun::Read(const std::string& directory)
   f.stride = keys.Number("image", "Stride", 1, kLargestImage);
   f.encoding = keys.Text("image", "PixelEncoding");
   f.hasMetadata = keys.Text("image", "Metadata") == "true";
+  f.layout = keys.Text("image", "Layout");
   f.left = keys.Number("image", "Left", 1, kLargestSide);
   f.top = keys.Number("image", "Top", 1, kLargestSide);
   f.horizontalBinning = keys.Number("image", "HBin", 1, kLargestSide);
   f.verticalBinning = keys.Number("image", "VBin", 1, kLargestSide);
+  if (!f.horizontalBinning && !f.verticalBinning) TakeBinning(keys.Text("image", "Binning"), f);
   f.exposureSeconds = keys.Real("acquisition", "ExposureTime");
   f.frameRate = keys.Real("acquisition", "FrameRate");
   f.accumulations = keys.Number("acquisition", "AccumulateCount", 1, kMostImages);

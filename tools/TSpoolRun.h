@@ -48,6 +48,7 @@ struct TSpoolFacts
   std::optional<std::int64_t> stride;
   std::string encoding;
   bool hasMetadata = false;
+  std::string layout; ///< "Image" or the like; "Track" for strips of rows
   std::optional<std::int64_t> left;
   std::optional<std::int64_t> top;
   std::optional<std::int64_t> horizontalBinning;

@@ -39,7 +39,7 @@ void PutFileBytes(const std::string& path, const std::string& bytes)
 
 std::uint32_t TMadeRun::Pixel(long number, int index) const
 {
-  const auto value = static_cast<std::uint32_t>(number * 2654435 + index * 7919);
+  const auto value = static_cast<std::uint32_t>(number) * 2654435U + static_cast<std::uint32_t>(index) * 7919U;
   if (encoding == "Mono8") return value & 0xFF;
   if (encoding == "Mono16") return value & 0xFFFF;
   return encoding == "Mono32" ? value : value & 0xFFF;

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+// Runs that the library records to disk, from the camera to the converted file: every image bit for bit, and what is
+// left when the run, the program or the disk comes to an end too early.
+#include "simulator/imaging/TCounterPattern.h"
+#include "tests/tools/FileReaders.h"
+#include "tests/tools/ProgramRunner.h"
+#include "tests/tools/SpoolFixture.h"
+#include "tools/TSpoolRun.h"
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+namespace vxtool {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kCounterCamera =
+    "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nClock = free\nScene = counter\n";
+constexpr const char* kSteadyCounterCamera =
+    "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = counter\n";
+
+class RecordProgram : public ToolProgram
+{
+protected:
+  std::string Directory() const { return directory_.File("run"); }
+  std::vector<std::string> Record(std::vector<std::string> options) const
+  {
+    options.insert(options.begin(), {"acquire", "--spool", Directory(), "--exposure", "0.001", "--json"});
+    return options;
+  }
+
+  // Every image of the cube is a whole frame of the camera, with the number that the table says.
+  static void ExpectWholeFrames(const TFitsCube& cube)
+  {
+    ASSERT_GT(cube.images, 0);
+    const std::size_t bytes = cube.pixels.size() / static_cast<std::size_t>(cube.images);
+    for (std::size_t image = 0; image < static_cast<std::size_t>(cube.images); ++image) {
+      const auto* start = reinterpret_cast<const unsigned char*>(cube.pixels.data()) + image * bytes;
+      const auto result = vxsim::TCounterPattern::VerifyAny({start, bytes});
+      ASSERT_EQ(result.fault, vxsim::EFrameFault::None)
+          << "image " << image << ": " << FrameFaultName(result.fault);
+      ASSERT_EQ(static_cast<long long>(result.head.frameNumber), cube.numbers[image]);
+    }
+  }
+
+  // Starts a recording and waits until so many records are in its index.
+  pid_t LaunchUntil(std::uintmax_t records, const std::vector<std::string>& options)
+  {
+    const pid_t child = Launch(Record(options));
+    const std::string index = Directory() + "/" + kSpoolIndexName;
+    const auto deadline = Clock::now() + std::chrono::seconds(20);
+    std::error_code ignored;
+    while (Clock::now() < deadline && (!fs::exists(index) || fs::file_size(index, ignored) < 32 * records))
+      std::this_thread::sleep_for(std::chrono::milliseconds(5)); // a pause between looks
+    return child;
+  }
+};
+
+class RecordProgramMethods : public RecordProgram, public ::testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(RecordProgramMethods, SeriesLongerThanTheRingIsOnDiskFrameByFrame)
+{
+  Configure(kCounterCamera);
+  const bool isSingle = GetParam() == std::string("single");
+  const long frames = isSingle ? 300 : 6000; // the ring has 5000 slots of this size
+  const TOutcome outcome = Run(Record({"--frames", std::to_string(frames), "--area", "1,1,64x48", "--spool-method",
+                                       GetParam(), "--spool-threads", "3"}));
+  ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+  ExpectCountsAddUp(outcome);
+  EXPECT_EQ(Count(outcome, "written"), frames);
+  EXPECT_EQ(Count(outcome, "lost_in_camera"), 0);
+  EXPECT_EQ(fs::exists(Directory() + "/" + SpoolFileName(frames - 1)), isSingle);
+
+  const TOutcome converted = Run({"convert", Directory(), "--json", "-o", directory_.File("a.fits")});
+  EXPECT_EQ(converted.exitCode, 0) << converted.errors;
+  EXPECT_EQ(Count(converted, "right"), frames);
+  EXPECT_EQ(Count(converted, "lost_in_camera"), 0);
+  const TFitsCube cube = ReadFits(directory_.File("a.fits"), PixelDepth::Bits16);
+  EXPECT_EQ(cube.images, frames);
+  EXPECT_EQ(cube.camera, "RQ512_LX");
+  ExpectWholeFrames(cube);
+  for (std::size_t image = 1; image < cube.ticks.size(); ++image)
+    ASSERT_GT(cube.ticks[image], cube.ticks[image - 1]) << "image " << image;
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, RecordProgramMethods, ::testing::Values("single", "multi"));
+
+struct TCameraCase
+{
+  const char* model;
+  const char* encoding;
+  const char* area; // of the sensor
+};
+
+class RecordProgramEncodings : public RecordProgram, public ::testing::WithParamInterface<TCameraCase>
+{
+};
+
+// The road over the disk ends in the same pixels as the one over memory.
+TEST_P(RecordProgramEncodings, RecordedImagesAreThoseThatTheLibraryHandsOut)
+{
+  const TCameraCase& c = GetParam();
+  Configure(std::string("[Simulator]\nCameras = 1\n[Camera0]\nScene = resolution chart\nNoise = off\nModel = ") +
+            c.model + "\n[Camera0.PixelEncoding]\nValue = " + c.encoding + "\n");
+  const std::vector<std::string> options = {"--frames",   "3",    "--area", c.area,
+                                            "--exposure", "0.01", "--bits", "16"};
+  std::vector<std::string> direct = {"acquire", "--output", directory_.File("direct.tif")};
+  direct.insert(direct.end(), options.begin(), options.end());
+  ASSERT_EQ(Run(direct).exitCode, 0);
+  std::vector<std::string> recorded = {"acquire", "--spool", Directory(), "--output", directory_.File("disk.tif")};
+  recorded.insert(recorded.end(), options.begin(), options.end());
+  const TOutcome outcome = Run(recorded);
+  ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+  const TTiffPages memory = ReadTiff(directory_.File("direct.tif"));
+  const TTiffPages disk = ReadTiff(directory_.File("disk.tif"));
+  EXPECT_EQ(disk.problem, "");
+  ASSERT_EQ(disk.pages.size(), 3u);
+  EXPECT_EQ(disk.pages, memory.pages);
+  EXPECT_NE(disk.pages[0], std::vector<std::byte>(disk.pages[0].size())) << "a picture of something";
+  for (const char* key : {"\ncamera=", "\nserial=", "\narea=", "\nbinning=", "\nexposure_s=", "\ntrigger="}) {
+    const auto line = [key](const TTiffPages& file) {
+      const std::size_t at = file.firstDescription.find(key);
+      return at == std::string::npos
+                 ? "nothing"
+                 : file.firstDescription.substr(at + 1, file.firstDescription.find('\n', at + 1) - at);
+    };
+    EXPECT_EQ(line(disk), line(memory)) << key;
+  }
+  TSpoolRun run;
+  ASSERT_TRUE(run.Read(Directory())) << run.Error();
+  EXPECT_EQ(run.Facts().encoding, c.encoding);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cameras, RecordProgramEncodings,
+                         ::testing::Values(TCameraCase{"RQ512_LX", "Mono12Packed", "101,201,333x50"},
+                                           TCameraCase{"RQ512_LX", "Mono12", "1,1,101x50"},
+                                           TCameraCase{"TRELLIS CMOS", "Mono32", "1,1,64x50"},
+                                           TCameraCase{"TARN 1M", "Mono12Packed", "11,21,201x33"},
+                                           TCameraCase{"TARN 1M", "Mono8", "11,21,333x50"},
+                                           TCameraCase{"RQ512_LX", "Mono16", "1,1,512x512"}));
+
+TEST_F(RecordProgram, InterruptKeepsWhatWasWrittenAndSaysHowMuch)
+{
+  Configure(kSteadyCounterCamera);
+  const pid_t child = LaunchUntil(5, {"--frames", "100000", "--output", directory_.File("a.tif")});
+  const auto interrupted = Clock::now();
+  kill(child, SIGINT);
+  const TOutcome outcome = Finish(child);
+  EXPECT_LT(std::chrono::duration<double>(Clock::now() - interrupted).count(), 3.0);
+  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+  ExpectCountsAddUp(outcome);
+  const long written = Count(outcome, "written");
+  EXPECT_GE(written, 5);
+  EXPECT_NE(outcome.errors.find(std::to_string(written) + " of 100000 images are in " + Directory()),
+            std::string::npos)
+      << outcome.errors;
+  EXPECT_NE(outcome.errors.find("vxmcd convert"), std::string::npos) << outcome.errors;
+  const TOutcome converted = Run({"convert", Directory(), "--json", "-o", directory_.File("a.fits")});
+  EXPECT_EQ(converted.exitCode, 0) << converted.errors;
+  EXPECT_EQ(Count(converted, "written"), written);
+  ExpectWholeFrames(ReadFits(directory_.File("a.fits"), PixelDepth::Bits16));
+}
+
+TEST_F(RecordProgram, KilledProgramLeavesImagesThatCanBeSalvaged)
+{
+  Configure(kSteadyCounterCamera);
+  const pid_t child = LaunchUntil(40, {"--frames", "100000"});
+  kill(child, SIGKILL);
+  Finish(child);
+  const TOutcome salvaged = Run({"convert", Directory(), "--json", "--salvage", "-o", directory_.File("a.fits")});
+  EXPECT_EQ(salvaged.exitCode, 0) << salvaged.output << salvaged.errors;
+  EXPECT_GE(Count(salvaged, "right"), 40);
+  EXPECT_EQ(Count(salvaged, "wrong"), 0);
+  ExpectWholeFrames(ReadFits(directory_.File("a.fits"), PixelDepth::Bits16));
+}
+
+TEST_F(RecordProgram, FullDiskIsExplainedAndTheImagesBeforeAreThere)
+{
+  Configure(kCounterCamera);
+  const TOutcome outcome = Run(Record({"--frames", "100", "--spool-method", "single"}), 400'000);
+  EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("20026 RC_STATUS_SPOOL_ISSUE"), std::string::npos) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("check free space and permissions"), std::string::npos) << outcome.errors;
+  EXPECT_EQ(Count(outcome, "written"), 0) << "no image fits into a file";
+  fs::create_directory(directory_.File("file"));
+  std::ofstream(directory_.File("file") + "/x") << "in the way";
+  const TOutcome blocked = Run({"acquire", "--frames", "5", "--spool", directory_.File("file") + "/x/y"});
+  EXPECT_EQ(blocked.exitCode, 4) << blocked.errors;
+  EXPECT_NE(blocked.errors.find("20026"), std::string::npos) << blocked.errors;
+}
+
+TEST_F(RecordProgram, FramesLostInTheCameraAreCounted)
+{
+  Configure(std::string(kSteadyCounterCamera) + "[Faults]\nRule = frame 20 drop\nRule = frame 41 drop\n");
+  const TOutcome outcome = Run(Record({"--frames", "60", "--cycle", "0.005"}));
+  EXPECT_EQ(outcome.exitCode, 5) << outcome.errors;
+  ExpectCountsAddUp(outcome);
+  EXPECT_EQ(Count(outcome, "lost_in_camera"), 2);
+  EXPECT_EQ(Count(outcome, "written"), 58);
+  EXPECT_EQ(Count(Run({"convert", Directory(), "--json", "--verify"}), "lost_in_camera"), 2);
+}
+
+TEST_F(RecordProgram, WhatIsThereAlreadyIsNotReplacedUnasked)
+{
+  Configure(kCounterCamera);
+  ASSERT_EQ(Run(Record({"--frames", "3"})).exitCode, 0);
+  const std::string description = FileBytes(Directory() + "/" + kSpoolDescriptionName);
+  const TOutcome refused = Run(Record({"--frames", "4"}));
+  EXPECT_EQ(refused.exitCode, 4);
+  EXPECT_NE(refused.errors.find("--overwrite"), std::string::npos) << refused.errors;
+  PutFileBytes(directory_.File("precious.tif"), "precious");
+  EXPECT_EQ(Run({"acquire", "--frames", "4", "--spool", directory_.File("new"), "--output",
+                 directory_.File("precious.tif")})
+                .exitCode,
+            4);
+  EXPECT_FALSE(fs::exists(directory_.File("new"))) << "said before the first image";
+  EXPECT_EQ(FileBytes(Directory() + "/" + kSpoolDescriptionName), description);
+  PutFileBytes(Directory() + "/notes.txt", "mine");
+  EXPECT_EQ(Run(Record({"--frames", "4", "--overwrite"})).exitCode, 0);
+  EXPECT_EQ(Count(Run({"convert", Directory(), "--verify", "--json"}), "right"), 4);
+  EXPECT_EQ(FileBytes(Directory() + "/notes.txt"), "mine");
+}
+
+TEST_F(RecordProgram, OptionsThatDoNotGoTogetherAreRefused)
+{
+  Configure(kCounterCamera);
+  const TOutcome endless = Run({"acquire", "--spool", Directory(), "--mode", "continuous"});
+  EXPECT_EQ(endless.exitCode, 1);
+  EXPECT_NE(endless.errors.find("never recorded to disk"), std::string::npos) << endless.errors;
+  EXPECT_EQ(Run({"acquire", "--spool-threads", "2"}).exitCode, 1);
+  EXPECT_EQ(Run({"acquire", "--spool-method", "multi"}).exitCode, 1);
+  EXPECT_EQ(Run({"acquire", "--spool", Directory(), "--spool-threads", "0"}).exitCode, 1);
+  EXPECT_FALSE(fs::exists(Directory()));
+  Configure(std::string(kSteadyCounterCamera));
+  const TOutcome late = Run(Record({"--frames", "5", "--trigger", "external", "--timeout", "0.3"}));
+  EXPECT_EQ(late.exitCode, 3) << late.errors;
+  EXPECT_NE(late.errors.find("no image within the time limit"), std::string::npos) << late.errors;
+}
+
+} // namespace
+} // namespace vxtool
