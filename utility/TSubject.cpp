@@ -5,13 +5,6 @@
 #include "utility/TObserver.h"
 
 #include <algorithm>
-#include <array>
-
-namespace {
-
-constexpr std::int32_t kCapacity = 64;
-
-} // namespace
 
 TSubject::TSubject() : capacity_(kCapacity), observers_(std::make_unique<TObserver*[]>(kCapacity)) {}
 
@@ -21,27 +14,34 @@ void TSubject::RegisterObserver(TObserver* observer)
 {
   if (!observer || count_ >= capacity_) return;
   observers_[count_] = observer;
+  numbers_[static_cast<std::size_t>(count_)] = nextNumber_++;
   ++count_;
 }
 
 void TSubject::RemoveObserver(TObserver* observer)
 {
-  TObserver** const first = observers_.get();
-  count_ = static_cast<std::int32_t>(std::remove(first, first + count_, observer) - first);
+  std::int32_t kept = 0;
+  for (std::int32_t index = 0; index < count_; ++index) {
+    if (observers_[index] == observer) continue;
+    observers_[kept] = observers_[index];
+    numbers_[static_cast<std::size_t>(kept)] = numbers_[static_cast<std::size_t>(index)];
+    ++kept;
+  }
+  count_ = kept;
 }
 
 void TSubject::NotifyObservers()
 {
   // Over a copy: an observer may change the list, and one that was removed may be gone.
   std::array<TObserver*, kCapacity> told;
-  const std::int32_t count = count_;
+  const TNumbers numbers = numbers_;
+  const auto count = static_cast<std::size_t>(count_);
   std::copy_n(observers_.get(), count, told.begin());
-  for (std::int32_t index = 0; index < count; ++index)
-    if (IsRegistered(told[index])) told[index]->DoUpdate();
+  for (std::size_t index = 0; index < count; ++index)
+    if (IsRegistered(numbers[index])) told[index]->DoUpdate();
 }
 
-bool TSubject::IsRegistered(const TObserver* observer) const
+bool TSubject::IsRegistered(std::uint64_t number) const
 {
-  const TObserver* const* const first = observers_.get();
-  return std::find(first, first + count_, observer) != first + count_;
+  return std::binary_search(numbers_.begin(), numbers_.begin() + count_, number);
 }

@@ -2,6 +2,7 @@
 // Something whose changes can be observed.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 
@@ -27,9 +28,16 @@ public:
   void NotifyObservers();
 
 private:
-  bool IsRegistered(const TObserver* observer) const;
+  static constexpr std::int32_t kCapacity = 64;
+  using TNumbers = std::array<std::uint64_t, kCapacity>;
+
+  bool IsRegistered(std::uint64_t number) const;
 
   const std::int32_t capacity_;
   std::unique_ptr<TObserver*[]> observers_;
   std::int32_t count_ = 0;
+  // Of each entry, ascending. An observer that is gone and a new one may have the same address, never the same
+  // number.
+  TNumbers numbers_{};
+  std::uint64_t nextNumber_ = 0;
 };

@@ -7,6 +7,8 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace {
@@ -73,4 +75,26 @@ TEST(Subject, ObserversMayChangeTheListWhileTheyAreTold)
   for (Observer* observer : {&changer, doomed.get(), &last}) subject.RegisterObserver(observer);
   subject.NotifyObservers();
   EXPECT_EQ(told, "czlz");
+}
+
+// An observer that is gone leaves its address to the next one.
+TEST(Subject, ANewObserverInThePlaceOfAnOldOneIsToldFromTheNextTimeOn)
+{
+  TSubject subject;
+  std::string told;
+  std::optional<Observer> place;
+  Observer changer([&] {
+    told += 'c';
+    subject.RemoveObserver(&*place);
+    place.emplace([&] { told += 'n'; });
+    subject.RegisterObserver(&*place);
+  });
+  place.emplace([&] { told += 'o'; });
+  subject.RegisterObserver(&changer);
+  subject.RegisterObserver(&*place);
+  subject.NotifyObservers();
+  EXPECT_EQ(told, "c");
+  subject.RemoveObserver(&changer);
+  subject.NotifyObservers();
+  EXPECT_EQ(told, "cn");
 }

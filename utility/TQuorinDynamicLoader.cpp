@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// Shared libraries that are loaded by name.
+#include "utility/TQuorinDynamicLoader.h"
+
+#include "utility/TQuorinMisc.h"
+
+#include <dlfcn.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace QuorinUtility {
+
+namespace {
+
+constexpr const char* kHere = "./";
+constexpr const char* kNoFile = "not a regular file";
+
+/// Such a thing would make the loader wait, perhaps for ever, for somebody to write into it. A directory it refuses
+/// by itself.
+bool IsPipeOrDevice(const char* path)
+{
+  struct stat status = {};
+  return ::stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
+}
+
+TQuorinFilePath Delimited(TQuorinFilePath directory)
+{
+  directory.DelimitEnd();
+  return directory;
+}
+
+} // namespace
+
+TQuorinDynamicLoader::TQuorinDynamicLoader(TQuorinFilePath library, const TQuorinFilePath* directory,
+                                           bool directoryOnly)
+    : library_(std::make_unique<TQuorinFilePath>(std::move(library))),
+      directory_(std::make_unique<TQuorinFilePath>(directory ? Delimited(*directory) : TQuorinFilePath(kHere))),
+      directoryOnly_(directoryOnly)
+{
+  SetErrorMessage(NO_ERROR_MSG);
+}
+
+int TQuorinDynamicLoader::Open()
+{
+  if (handle_) return kOpen;
+  const TQuorinFilePath candidate = *directory_ + *library_;
+  const bool isThere = ::access(candidate.GetForwardSlashPath(), F_OK) == 0;
+  if (!isThere && directoryOnly_) return kNotInDirectory;
+
+  const char* const path = isThere ? candidate.GetForwardSlashPath() : library_->GetForwardSlashPath();
+  if (IsPipeOrDevice(path)) {
+    SetErrorMessage(kNoFile);
+    return kRefused;
+  }
+  handle_ = ::dlopen(path, RTLD_LAZY);
+  if (!handle_) {
+    updateErrorMessage();
+    return kRefused;
+  }
+  SetErrorMessage(NO_ERROR_MSG);
+  return kOpen;
+}
+
+// Without a handle the system would look through everything that the program has loaded.
+void* TQuorinDynamicLoader::GetFunction(const char* symbol) const
+{
+  if (!handle_ || isClosed_ || !symbol) return nullptr;
+  return ::dlsym(handle_, symbol);
+}
+
+int TQuorinDynamicLoader::Close()
+{
+  if (handle_ && !std::exchange(isClosed_, true)) ::dlclose(handle_);
+  return 0;
+}
+
+int TQuorinDynamicLoader::updateErrorMessage()
+{
+  const char* const text = ::dlerror();
+  SetErrorMessage(text ? text : NO_ERROR_MSG);
+  return 0;
+}
+
+void TQuorinDynamicLoader::SetErrorMessage(const char* text)
+{
+  TQuorinMisc::strncpy(errorMessage_.data(), text, errorMessage_.size() - 1);
+}
+
+} // namespace QuorinUtility
