@@ -3,6 +3,7 @@
 #pragma once
 
 class IBool;
+class IConfiguration;
 class IEnum;
 class IDispatchRoutine;
 class IInt;
@@ -43,7 +44,7 @@ struct TCamera
   TCameraPotsFacade* cameraPots = nullptr;
   TObserverList* observers = nullptr;
   TConfigurationLoader* configurationLoader = nullptr;
-  void* configuration = nullptr; ///< released through the loader
+  IConfiguration* configuration = nullptr; ///< of the configuration library; released through the loader
   SDK3Enum* preAmpGainChannel = nullptr;
   TPixelReadoutRate* pixelReadoutRate = nullptr;
   SDK3Enum* simplePreAmpGainControl = nullptr;
@@ -70,5 +71,7 @@ struct TCamera
   TDispatchQueue* eventDispatchQueue = nullptr;
   TDispatchQueue* statusDispatchQueue = nullptr;
   QuorinUtility::TQuorinCriticalSection* cameraLock = nullptr;
-  bool holdsLibrary = false; ///< whether the feature library is to be finalised for this camera
+  bool holdsLibrary = false;       ///< whether the feature library is to be finalised for this camera
+  bool holdsConfiguration = false; ///< whether the configuration, be it null, is still to be given back
+  QuorinUtility::TQuorinCriticalSection* serviceLock = nullptr; ///< one service call at a time, see TServiceUse
 };

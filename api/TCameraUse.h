@@ -22,6 +22,7 @@ public:
 
   explicit operator bool() const { return camera_ != nullptr; }
 
+  TCamera& Record() const { return *camera_; }
   int CoreHandle() const { return static_cast<int>(camera_->cameraHandle); }
   TVxmcdAcquisitionManager& Manager() const { return *manager_; }
   TPseudoAcquisitionMode& AcquisitionMode() const { return *camera_->acquisitionMode; }

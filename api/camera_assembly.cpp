@@ -22,8 +22,13 @@
 #include "features/TPseudoBaselineClamp.h"
 #include "features/TPseudoHSSpeed.h"
 #include "features/TPseudoPreAmpGain.h"
+#include "service/TCameraPotsFacade.h"
+#include "service/TConfigurationLoader.h"
+#include "service/TObserverList.h"
 #include "service/TSDK3i2c.h"
 #include "utility/TQuorinCriticalSection.h"
+
+#include <utility>
 
 namespace {
 
@@ -41,6 +46,14 @@ IPreAmpGain* MakePreAmpGain(const TCamera& camera, int coreHandle)
   return new TDirectPreAmpGain(camera.preAmpGain, camera.preAmpGainSelector, camera.adChannel, camera.amplifier);
 }
 
+// The configuration library may throw. The camera can then be shut down a second time, which goes on from here.
+void ReleaseConfiguration(TCamera& camera)
+{
+  IConfiguration* const configuration = std::exchange(camera.configuration, nullptr);
+  if (std::exchange(camera.holdsConfiguration, false))
+    camera.configurationLoader->DestroyConfiguration(configuration);
+}
+
 } // namespace
 
 // The order is fixed: an object gets those made before it. Fields without an object stay null.
@@ -51,6 +64,11 @@ TCamera AssembleCamera(int coreHandle)
   camera.cameraLock = new QuorinUtility::TQuorinCriticalSection();
   camera.acquisitionManager = new TVxmcdAcquisitionManager(camera.cameraLock);
   camera.i2c = new TSDK3i2c(coreHandle, L"Internal");
+  camera.cameraPots = new TCameraPotsFacade(camera.i2c);
+  camera.observers = new TObserverList(camera.cameraPots);
+  camera.configurationLoader = new TConfigurationLoader(coreHandle);
+  camera.configuration = camera.configurationLoader->GetConfiguration();
+  camera.holdsConfiguration = true;
 
   camera.preAmpGainChannel = new SDK3Enum(coreHandle, Feature::kPreAmpGainChannel);
   camera.pixelReadoutRate = new TPixelReadoutRate(coreHandle);
@@ -73,12 +91,13 @@ TCamera AssembleCamera(int coreHandle)
                                                       camera.cycleMode, camera.accumulateCount, camera.frameCount);
   camera.baselineClamp = new TPseudoBaselineClamp(camera.baselineClampFeature);
   camera.preAmpGainModel = MakePreAmpGain(camera, coreHandle);
+  camera.serviceLock = new QuorinUtility::TQuorinCriticalSection();
   return camera;
 }
 
 std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera)
 {
-  TVxmcdAcquisitionManager* manager = CloseCameraToNewUses(camera);
+  std::unique_ptr<TVxmcdAcquisitionManager> manager(CloseCameraToNewUses(camera));
   std::vector<std::shared_ptr<TFrameSlab>> memory;
   if (manager) {
     manager->Close();
@@ -105,8 +124,12 @@ std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera)
   Destroy(camera.pixelReadoutRate);
   Destroy(camera.preAmpGainChannel);
 
+  ReleaseConfiguration(camera);
+  Destroy(camera.configurationLoader);
+  Destroy(camera.observers);
+  Destroy(camera.cameraPots);
   Destroy(camera.i2c);
-  Destroy(manager);
+  manager.reset();
   Destroy(camera.cameraLock);
 
   Destroy(camera.statusDispatchQueue);
@@ -114,5 +137,6 @@ std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera)
   Destroy(camera.acquisitionEventHandler);
   Destroy(camera.statusDispatchRoutine);
   Destroy(camera.eventDispatchRoutine);
+  Destroy(camera.serviceLock);
   return memory;
 }

@@ -3,6 +3,7 @@
 #include "api/camera_assembly.h"
 #include "api/camera_registry.h"
 #include "api/TLibraryUse.h"
+#include "api/trigger_board_library.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "utility/TAutoQuorinCriticalSection.h"
@@ -19,20 +20,24 @@ namespace {
 // increment.
 std::atomic<int> gblInitialiseCounter{0};
 
-void RaiseInitialiseCounter()
+/// Whether it was 0 before.
+bool RaiseInitialiseCounter()
 {
   // A program that polls for a camera raises it without end.
   int counter = gblInitialiseCounter;
   while (counter < std::numeric_limits<int>::max() &&
          !gblInitialiseCounter.compare_exchange_weak(counter, counter + 1)) {
   }
+  return counter == 0;
 }
 
-void LowerInitialiseCounter()
+/// Whether it is 0 now and was not before.
+bool LowerInitialiseCounter()
 {
   int counter = gblInitialiseCounter;
   while (counter > 0 && !gblInitialiseCounter.compare_exchange_weak(counter, counter - 1)) {
   }
+  return counter == 1;
 }
 
 // Opens the device of the current handle; VX_HANDLE_NONE when there is none or it is not a camera.
@@ -60,12 +65,15 @@ unsigned int Initialize(char* /*directory*/)
   if (IsCurrentCameraOpen()) return RC_SUCCESS;
 
   TLibraryUse library;
-  RaiseInitialiseCounter();
+  if (RaiseInitialiseCounter()) LoadTriggerBoardLibrary();
   const int coreHandle = OpenCurrentDevice();
   if (coreHandle == VX_HANDLE_NONE) return RC_NO_CAMERA;
 
+  // What has begun stays when a configuration library throws: the camera is open, and closing the library would
+  // close it.
+  const bool holdsLibrary = library.Release();
   TCamera camera = AssembleCamera(coreHandle);
-  camera.holdsLibrary = library.Release();
+  camera.holdsLibrary = holdsLibrary;
   RegisterCurrentCamera(camera);
   SetMetaData(1);
   createAcquisitionEvents();
@@ -74,7 +82,7 @@ unsigned int Initialize(char* /*directory*/)
 
 unsigned int ShutDown(void)
 {
-  LowerInitialiseCounter();
+  if (LowerInitialiseCounter()) UnloadTriggerBoardLibrary();
   if (IsForkedChild()) return RC_NOT_INITIALIZED;
 
   const QuorinUtility::TAutoQuorinCriticalSection lock(&currentCameraShutdownMutex.object);

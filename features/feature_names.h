@@ -68,6 +68,7 @@ inline constexpr const wchar_t* kSimplePreAmpGainControl = L"SimplePreAmpGainCon
 inline constexpr const wchar_t* kElectronicShutteringMode = L"ElectronicShutteringMode";
 inline constexpr const wchar_t* kBitDepth = L"BitDepth";
 inline constexpr const wchar_t* kBaselineClamp = L"BaselineClamp";
+inline constexpr const wchar_t* kBaselineLevel = L"BaselineLevel";
 
 // Cooling.
 inline constexpr const wchar_t* kSensorCooling = L"SensorCooling";

@@ -650,6 +650,229 @@ VXMCD_DECORATED unsigned int I2CBurstRead(unsigned char address, long count, uns
 VXMCD_DECORATED unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data);
 /** @} */
 
+/** @defgroup pots Potentiometers
+ *  Digital potentiometers on the camera's internal bus set its analogue levels. A *potentiometer file* describes them
+ *  in named groups (docs/file-formats.md); groups, and potentiometers in a group, are numbered from 0. The description
+ *  belongs to the open camera: it is empty after Initialize() and gone after ShutDown().
+ *
+ *  The functions that ask for or set one thing return a status of their own instead of a result code: **0 for success,
+ *  1 for a group or potentiometer that does not exist** (nothing is read, written or sent then), besides
+ *  #RC_NOT_INITIALIZED. Transfers that the camera refuses are no error: they are in the diagnostic log only, and a value
+ *  that cannot be read is 0.
+ *
+ *  Calls from several threads wait for one another. Observers are called on the thread that made the change, before
+ *  its call returns, and may call any function of this section; ShutDown() waits for the call that they are part of and
+ *  so must not be called there. What an observer throws reaches the caller of the function.
+ *  @{ */
+/**
+ * Loads a potentiometer file in place of the one before and tells the observers, also when it fails, which leaves no
+ * groups. **The last section of the file is not a group**: a file with one section cannot be loaded. Current values
+ * are unknown (-1) afterwards. Refused are more than 4096 potentiometers in a group, and files that would take too
+ * long to read: some 350 potentiometers with all their keys are the most.
+ * @param fileName  the file's name, at best with its path
+ * @return #RC_SUCCESS; #RC_FILE_LOAD_ERROR when the file does not exist, has no group, or is refused
+ */
+VXMCD_API unsigned int vxsys_CameraPotsLoadFile(const char* fileName);
+/**
+ * Writes the names of the groups into a file and reads the value of every potentiometer from the camera. **The file
+ * does not hold the potentiometers, and an existing file is replaced**: do not give it the name of a file that was
+ * loaded.
+ * @param fileName  the file's name
+ * @return #RC_SUCCESS, also when the file cannot be written, which is logged
+ */
+VXMCD_API unsigned int vxsys_CameraPotsSaveFile(const char* fileName);
+/**
+ * Sets every potentiometer to its default in the file, as vxsys_CameraPotsSetPotValue() does, group by group. Blocks
+ * for 50 ms for each of them. Ends early when an observer loads another file.
+ * @return #RC_SUCCESS, also with no file loaded
+ */
+VXMCD_API unsigned int vxsys_CameraPotsCommitValuesFromFile(void);
+/** Writes the number of groups, 0 with no file loaded. Returns 0, or #RC_NOT_INITIALIZED. */
+VXMCD_API unsigned int vxsys_CameraPotsGetNumberGroups(int* count);
+/**
+ * Copies the name of a group.
+ * @param group  0 to count - 1
+ * @param name   room for 256 characters, of which as many are written as the name has, and a terminator
+ * @return 0; 1 when there is no such group; #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int vxsys_CameraPotsGetGroupName(int group, char* name);
+/**
+ * Writes the number of potentiometers of a group.
+ * @param group  0 to count - 1
+ * @param count  written unless the group does not exist
+ * @return 0; 1 when there is no such group; #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int vxsys_CameraPotsGetNumberPotsInGroup(int group, int* count);
+/**
+ * Writes one property of a potentiometer as the file gives it. Nothing is read from the camera.
+ *
+ * | infoType | written to out | type |
+ * |---|---|---|
+ * | 0 | name, with a terminator | room for 256 characters |
+ * | 1 | I2C address | 32-bit integer |
+ * | 2 | register in the device | 32-bit integer |
+ * | 3, 4 | maximum, minimum of the quantity that it sets | float |
+ * | 5 | value last read from the device, -1 when it is unknown | 32-bit integer |
+ * | 6 | nothing | |
+ * | 7, 8 | minimum, maximum allowed value; not enforced here | 32-bit integer |
+ * | 9, 10 | maximum, minimum of the rail's voltage | float |
+ * | 11 | 1 when it has a rail that can be read, 0 otherwise | 32-bit integer |
+ *
+ * @param group     0 to the number of groups - 1
+ * @param pot       0 to the number of potentiometers in the group - 1
+ * @param infoType  which property
+ * @param out       as the table says; other types write nothing
+ * @return 0; 1 when there is no such potentiometer; #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int vxsys_CameraPotsGetPotInfo(int group, int pot, int infoType, void* out);
+/**
+ * Reads the value of a potentiometer from the camera and keeps it as the current one.
+ * @param group  0 to the number of groups - 1
+ * @param pot    0 to the number of potentiometers in the group - 1
+ * @param value  written with 0 to 255; 0 when it cannot be read
+ * @return 0; 1 when there is no such potentiometer; #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int vxsys_CameraPotsGetPotValue(int group, int pot, int* value);
+/**
+ * Sets a potentiometer and, unless that is switched off, also its power-on value, and tells the observers. Blocks
+ * for 50 ms, in which the device settles, and as long as the observers take. The current value stays as it is until
+ * it is read.
+ * @param group  0 to the number of groups - 1
+ * @param pot    0 to the number of potentiometers in the group - 1
+ * @param value  the low 8 bits are sent; the allowed values are for the caller to keep to
+ * @return 0; 1 when there is no such potentiometer; #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int vxsys_CameraPotsSetPotValue(int group, int pot, int value);
+/**
+ * Reads the monitor of the voltage rail that a potentiometer sets.
+ * @param group  0 to the number of groups - 1
+ * @param pot    0 to the number of potentiometers in the group - 1
+ * @param value  written with 0 to 255; 0 when there is no rail or it cannot be read
+ * @return 0; 1 when there is no such potentiometer; #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int vxsys_CameraPotsGetRailValue(int group, int pot, int* value);
+/**
+ * Chooses whether values that are set become power-on values too, as they do at first. Switching it on sets every
+ * potentiometer whose current value is known to that value, which blocks for 50 ms each.
+ * @param enable  1 or more for on, anything else for off
+ * @return 0, or #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int vxsys_CameraPotsSetPotDefaultEnable(int enable);
+/** Writes 1 when values that are set become power-on values too, 0 otherwise. Returns 0, or #RC_NOT_INITIALIZED. */
+VXMCD_API unsigned int vxsys_CameraPotsGetPotDefaultEnable(int* enable);
+/** A function that hears of changes, with the context it was registered with. What it returns is not looked at. */
+typedef unsigned int (*vxmcd_PotsObserver)(void* context);
+/**
+ * Registers a function that is called at the end of every load and every setting of a potentiometer. The first 64
+ * registrations are called, in their order; later ones wait for nothing and are never called. A context may be
+ * registered more than once. ShutDown() forgets all of them.
+ * @param callback  the function; null for none
+ * @param context   handed to it; belongs to the caller
+ * @return #RC_SUCCESS
+ */
+VXMCD_API unsigned int vxsys_CameraPotsRegisterObserver(vxmcd_PotsObserver callback, void* context);
+/**
+ * Forgets every function that was registered with this context. None of them is called any more afterwards.
+ * @return #RC_SUCCESS, also when there was none
+ */
+VXMCD_API unsigned int vxsys_CameraPotsUnregisterObserver(void* context);
+/** @} */
+
+/** @defgroup eeprom EEPROM
+ *  The contents of the camera's EEPROM are kept by a *configuration library*, libvxconf_regcam.so, which Initialize()
+ *  loads from the working directory or the system's library path (vxmcd_plugins.h). It decides what the contents and
+ *  the files are, and how long a call blocks. The contents are read from the camera once, by the first function here
+ *  that needs them. Calls from several threads wait for one another.
+ *  @{ */
+/**
+ * Reads the contents from the camera, again if need be.
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a configuration library; #RC_FEATURE_ERROR when it fails
+ */
+VXMCD_API unsigned int vxsys_EEPUP(void);
+/**
+ * Writes the version of the contents.
+ * @param first    written with 0
+ * @param version  written with the version
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a configuration library; #RC_FEATURE_ERROR when the contents cannot
+ *         be read. Nothing is written on failure.
+ */
+VXMCD_API unsigned int vxsys_EEPVR(int* first, int* version);
+/**
+ * Stores the contents in the camera.
+ * @return #RC_SUCCESS; #RC_FEATURE_ERROR without a configuration library or when it fails
+ */
+VXMCD_API unsigned int vxsys_EEPFL(void);
+/**
+ * Takes the contents from a file. The camera keeps its own until vxsys_EEPFL().
+ * @param fileName  handed to the configuration library as it is
+ * @return #RC_SUCCESS; #RC_FEATURE_ERROR without a configuration library or when it fails
+ */
+VXMCD_API unsigned int vxsys_EEPLD(const char* fileName);
+/**
+ * Writes the contents to a file.
+ * @param fileName  handed to the configuration library as it is
+ * @return #RC_SUCCESS; #RC_FEATURE_ERROR without a configuration library or when it fails
+ */
+VXMCD_API unsigned int vxsys_EEPSV(const char* fileName);
+/**
+ * Takes the contents from a file and stores them in the camera, without reading those first.
+ * @param fileName  handed to the configuration library as it is
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a configuration library; #RC_FEATURE_ERROR when either fails
+ */
+VXMCD_API unsigned int LoadEEPROM(const char* fileName);
+/** @} */
+
+/** @defgroup triggerboard Trigger board
+ *  A trigger board is driven by a library, the file usbi2c.dll in the working directory, which the first Initialize()
+ *  loads and the ShutDown() of the last camera unloads (vxmcd_plugins.h). One board serves all cameras; no function
+ *  here needs an open one.
+ *
+ *  Except for TriggerBoard_I2CWrite(), these functions return **the library's own status**, whatever that means there;
+ *  **1 when there is no such library**; and #RC_SUCCESS, doing nothing, before the first Initialize(). How long they
+ *  block is up to the library. They may be called from any thread.
+ *  @{ */
+/** Gets the board ready. */
+VXMCD_API unsigned int TriggerBoard_Initialize(void);
+/** Lets go of the board. */
+VXMCD_API unsigned int TriggerBoard_ShutDown(void);
+/** Writes the number of triggers, if the library does. */
+VXMCD_API unsigned int TriggerBoard_GetAvailableTriggers(int* count);
+/** Writes the handle of the trigger with this index, if the library does. */
+VXMCD_API unsigned int TriggerBoard_GetTriggerHandle(int index, int* handle);
+/** Chooses a trigger by its index. */
+VXMCD_API unsigned int TriggerBoard_SetCurrentTrigger(int index);
+/** Sends the low byte of each argument to the board. Returns #RC_SUCCESS, whatever comes of it. */
+VXMCD_API unsigned int TriggerBoard_I2CWrite(int first, int second, int third);
+/** @} */
+
+/** @defgroup service Service
+ *  What maintenance tools ask for. All but vxsys_GetBaselineLevel() answer the same for every camera, and without
+ *  one. Callable from any thread.
+ *  @{ */
+/**
+ * Reads the level of a pixel without signal.
+ * @param level  written with the level in counts; untouched on failure
+ * @return #RC_SUCCESS; #RC_P1_INVALID when the camera cannot tell
+ */
+VXMCD_API unsigned int vxsys_GetBaselineLevel(int* level);
+/** Writes 0.001 (s). Returns #RC_SUCCESS. */
+VXMCD_API unsigned int vxsys_GetKeepCleanTime(float* seconds);
+/** Writes 2.5 (degrees Celsius). Returns #RC_SUCCESS. */
+VXMCD_API unsigned int vxsys_GetTemperatureTolerance(float* celsius);
+/** Writes 1000 to each output. Returns #RC_SUCCESS. */
+VXMCD_API unsigned int vxsys_GetHSSpeedLimits(float* first, float* second, float* third);
+/** Writes 0 to each output. Returns #RC_SUCCESS. */
+VXMCD_API unsigned int vxsys_GetDummyPixels(int* first, int* second, int* third, int* fourth);
+/** Writes 1. Returns #RC_SUCCESS. */
+VXMCD_API unsigned int vxsys_GetMinimumNumberInSeries(int* number);
+/** Writes 1. Returns #RC_SUCCESS. */
+VXMCD_API unsigned int vxsys_IsVacuumCooling(int* isVacuum);
+/** Writes 1. Returns #RC_SUCCESS; #RC_P1_INVALID for a null pointer. */
+VXMCD_API unsigned int vxsys_IsTemperatureAvailableDuringAcquisition(int* isAvailable);
+/** Writes 1 (Hz) to both outputs. Returns #RC_NOT_SUPPORTED: there is no gate pulse generator. */
+VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* maximum);
+/** @} */
+
 /** @defgroup acquisition Acquisition
  *  A run fills a ring of frame buffers of about 300,000,000 bytes. A finite run keeps all its images; a run until
  * abort overwrites the oldest, and hands out intact images as long as fewer new ones have arrived than the ring

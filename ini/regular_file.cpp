@@ -1,18 +1,37 @@
 // SPDX-License-Identifier: MIT
-// Opening of files that are read to their end.
+// Opening of files that are read to their end or written anew.
 #include "ini/regular_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-TOpenFile OpenRegularFile(const char* fileName)
+#include <cerrno>
+
+namespace {
+
+constexpr int kNeverWait = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+
+/// Takes the descriptor over.
+TOpenFile ToRegularFile(int descriptor, const char* mode)
 {
-  const int descriptor = ::open(fileName, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
   if (descriptor < 0) return nullptr;
   struct stat status = {};
   const bool isRegular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-  TOpenFile file(isRegular ? ::fdopen(descriptor, "rb") : nullptr);
+  TOpenFile file(isRegular ? ::fdopen(descriptor, mode) : nullptr);
   if (!file) ::close(descriptor);
+  if (!isRegular) errno = EINVAL;
   return file;
+}
+
+} // namespace
+
+TOpenFile OpenRegularFile(const char* fileName)
+{
+  return ToRegularFile(::open(fileName, O_RDONLY | kNeverWait), "rb");
+}
+
+TOpenFile CreateRegularFile(const char* fileName)
+{
+  return ToRegularFile(::open(fileName, O_WRONLY | O_CREAT | O_TRUNC | kNeverWait, 0666), "w");
 }

@@ -2,8 +2,8 @@
 # Generated from include/vxmcd.h by scripts/generate-python-signatures: do not edit.
 """Types, constants and result codes of the camera library."""
 from ctypes import (
-    POINTER, Structure, c_char_p, c_float, c_int, c_long, c_longlong, c_ubyte, c_uint, c_ulong, c_ushort, c_void_p,
-    c_wchar_p)
+    CFUNCTYPE, POINTER, Structure, c_char_p, c_double, c_float, c_int, c_long, c_longlong, c_ubyte, c_uint,
+    c_ulong, c_ushort, c_void_p, c_wchar_p)
 
 
 class vxmcd_Capabilities(Structure):
@@ -22,6 +22,8 @@ class vxmcd_Capabilities(Structure):
         ("reserved3", c_uint),
     ]
 
+
+vxmcd_PotsObserver = CFUNCTYPE(c_uint, c_void_p)
 
 # name: (type of the result, types of the arguments); None for arguments: takes any
 FUNCTIONS = {
@@ -100,6 +102,41 @@ FUNCTIONS = {
     "GetControllerCardModel": (c_uint, (c_char_p,)),
     "I2CBurstRead": (c_uint, (c_ubyte, c_long, POINTER(c_ubyte))),
     "I2CBurstWrite": (c_uint, (c_ubyte, c_long, POINTER(c_ubyte))),
+    "vxsys_CameraPotsLoadFile": (c_uint, (c_char_p,)),
+    "vxsys_CameraPotsSaveFile": (c_uint, (c_char_p,)),
+    "vxsys_CameraPotsCommitValuesFromFile": (c_uint, ()),
+    "vxsys_CameraPotsGetNumberGroups": (c_uint, (POINTER(c_int),)),
+    "vxsys_CameraPotsGetGroupName": (c_uint, (c_int, c_char_p)),
+    "vxsys_CameraPotsGetNumberPotsInGroup": (c_uint, (c_int, POINTER(c_int))),
+    "vxsys_CameraPotsGetPotInfo": (c_uint, (c_int, c_int, c_int, c_void_p)),
+    "vxsys_CameraPotsGetPotValue": (c_uint, (c_int, c_int, POINTER(c_int))),
+    "vxsys_CameraPotsSetPotValue": (c_uint, (c_int, c_int, c_int)),
+    "vxsys_CameraPotsGetRailValue": (c_uint, (c_int, c_int, POINTER(c_int))),
+    "vxsys_CameraPotsSetPotDefaultEnable": (c_uint, (c_int,)),
+    "vxsys_CameraPotsGetPotDefaultEnable": (c_uint, (POINTER(c_int),)),
+    "vxsys_CameraPotsRegisterObserver": (c_uint, (vxmcd_PotsObserver, c_void_p)),
+    "vxsys_CameraPotsUnregisterObserver": (c_uint, (c_void_p,)),
+    "vxsys_EEPUP": (c_uint, ()),
+    "vxsys_EEPVR": (c_uint, (POINTER(c_int), POINTER(c_int))),
+    "vxsys_EEPFL": (c_uint, ()),
+    "vxsys_EEPLD": (c_uint, (c_char_p,)),
+    "vxsys_EEPSV": (c_uint, (c_char_p,)),
+    "LoadEEPROM": (c_uint, (c_char_p,)),
+    "TriggerBoard_Initialize": (c_uint, ()),
+    "TriggerBoard_ShutDown": (c_uint, ()),
+    "TriggerBoard_GetAvailableTriggers": (c_uint, (POINTER(c_int),)),
+    "TriggerBoard_GetTriggerHandle": (c_uint, (c_int, POINTER(c_int))),
+    "TriggerBoard_SetCurrentTrigger": (c_uint, (c_int,)),
+    "TriggerBoard_I2CWrite": (c_uint, (c_int, c_int, c_int)),
+    "vxsys_GetBaselineLevel": (c_uint, (POINTER(c_int),)),
+    "vxsys_GetKeepCleanTime": (c_uint, (POINTER(c_float),)),
+    "vxsys_GetTemperatureTolerance": (c_uint, (POINTER(c_float),)),
+    "vxsys_GetHSSpeedLimits": (c_uint, (POINTER(c_float), POINTER(c_float), POINTER(c_float))),
+    "vxsys_GetDummyPixels": (c_uint, (POINTER(c_int), POINTER(c_int), POINTER(c_int), POINTER(c_int))),
+    "vxsys_GetMinimumNumberInSeries": (c_uint, (POINTER(c_int),)),
+    "vxsys_IsVacuumCooling": (c_uint, (POINTER(c_int),)),
+    "vxsys_IsTemperatureAvailableDuringAcquisition": (c_uint, (POINTER(c_int),)),
+    "vxsys_GetDDGIOCFrequencyRange": (c_uint, (POINTER(c_double), POINTER(c_double))),
     "StartAcquisition": (c_uint, ()),
     "AbortAcquisition": (c_uint, ()),
     "WaitForAcquisition": (c_uint, ()),

@@ -27,6 +27,7 @@ struct TRoom
   std::array<unsigned int, 8> words{};
   std::array<long, 8> longs{};
   std::array<float, 8> floats{};
+  std::array<double, 2> doubles{};
   long long ticks = 0;
   std::array<char, 4096> text{};
   std::array<unsigned char, kPixels * kMostImages> data8{};
@@ -147,6 +148,41 @@ const TFunction kFunctions[] = {
     ROW(GetControllerCardModel, room.text.data()),
     ROW(I2CBurstRead, 0x48, 2, room.data8.data()),
     ROW(I2CBurstWrite, 0x48, 2, room.data8.data()),
+    ROW(vxsys_CameraPotsLoadFile, "/no/such/file"),
+    ROW(vxsys_CameraPotsSaveFile, "/no/such/file"),
+    ROW(vxsys_CameraPotsCommitValuesFromFile),
+    ROW(vxsys_CameraPotsGetNumberGroups, INTS(0)),
+    ROW(vxsys_CameraPotsGetGroupName, 0, room.text.data()),
+    ROW(vxsys_CameraPotsGetNumberPotsInGroup, 0, INTS(0)),
+    ROW(vxsys_CameraPotsGetPotInfo, 0, 0, 0, room.text.data()),
+    ROW(vxsys_CameraPotsGetPotValue, 0, 0, INTS(0)),
+    ROW(vxsys_CameraPotsSetPotValue, 0, 0, 1),
+    ROW(vxsys_CameraPotsGetRailValue, 0, 0, INTS(0)),
+    ROW(vxsys_CameraPotsSetPotDefaultEnable, 1),
+    ROW(vxsys_CameraPotsGetPotDefaultEnable, INTS(0)),
+    ROW(vxsys_CameraPotsRegisterObserver, nullptr, INTS(0)),
+    ROW(vxsys_CameraPotsUnregisterObserver, INTS(0)),
+    ROW(vxsys_EEPUP),
+    ROW(vxsys_EEPVR, INTS(0), INTS(1)),
+    ROW(vxsys_EEPFL),
+    ROW(vxsys_EEPLD, "/no/such/file"),
+    ROW(vxsys_EEPSV, "/no/such/file"),
+    ROW(LoadEEPROM, "/no/such/file"),
+    ROW(TriggerBoard_Initialize),
+    ROW(TriggerBoard_ShutDown),
+    ROW(TriggerBoard_GetAvailableTriggers, INTS(0)),
+    ROW(TriggerBoard_GetTriggerHandle, 0, INTS(0)),
+    ROW(TriggerBoard_SetCurrentTrigger, 0),
+    ROW(TriggerBoard_I2CWrite, 1, 2, 3),
+    ROW(vxsys_GetBaselineLevel, INTS(0)),
+    ROW(vxsys_GetKeepCleanTime, FLOATS(0)),
+    ROW(vxsys_GetTemperatureTolerance, FLOATS(0)),
+    ROW(vxsys_GetHSSpeedLimits, FLOATS(0), FLOATS(1), FLOATS(2)),
+    ROW(vxsys_GetDummyPixels, INTS(0), INTS(1), INTS(2), INTS(3)),
+    ROW(vxsys_GetMinimumNumberInSeries, INTS(0)),
+    ROW(vxsys_IsVacuumCooling, INTS(0)),
+    ROW(vxsys_IsTemperatureAvailableDuringAcquisition, INTS(0)),
+    ROW(vxsys_GetDDGIOCFrequencyRange, room.doubles.data(), room.doubles.data()),
     ROW(StartAcquisition),
     ROW(AbortAcquisition),
     WAIT_ROW(WaitForAcquisition),
@@ -225,7 +261,7 @@ const TPlainFunction kPlainFunctions[] = {
 
 // What the library exports besides functions.
 const std::set<std::string> kObjects = {"HandleToCameraMap", "InvalidCamera", "currentCameraShutdownMutex",
-                                        "gblVxmcdCameraHandle"};
+                                        "gblVxmcdCameraHandle", "gblp_LoadUSBi2cDll"};
 
 std::set<std::string> FixedResultNames()
 {

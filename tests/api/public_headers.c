@@ -4,6 +4,7 @@
 #include "vxcore.h"
 #include "vxcore_simulator.h"
 #include "vxmcd.h"
+#include "vxmcd_plugins.h"
 
 #include <assert.h>
 #include <stdio.h>

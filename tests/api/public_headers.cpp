@@ -3,6 +3,7 @@
 #include "vxcore.h"
 #include "vxcore_simulator.h"
 #include "vxmcd.h"
+#include "vxmcd_plugins.h"
 
 #include <cstdio>
 

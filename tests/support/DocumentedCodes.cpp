@@ -26,6 +26,8 @@ const TCodes kOldest = {RC_P1_INVALID, RC_P2_INVALID, RC_NO_NEW_DATA, RC_NOT_SUP
 const TCodes kMostRecent = {RC_P1_INVALID, RC_P2_INVALID, RC_NO_NEW_DATA, RC_FRAME_UNAVAILABLE, RC_NOT_SUPPORTED};
 const TCodes kRange = {RC_P1_INVALID, RC_P2_INVALID,  RC_P3_INVALID,
                        RC_P4_INVALID, RC_NO_NEW_DATA, RC_NOT_SUPPORTED};
+const TCodes kPots = {0, 1}; // statuses of their own
+const TCodes kNoTriggerBoard = {1};
 
 /// Besides RC_SUCCESS: functions that need no open camera.
 const std::map<std::string, TCodes> kOfTheLibrary = {
@@ -44,6 +46,20 @@ const std::map<std::string, TCodes> kOfTheLibrary = {
     {"GetBitDepth", kInvalid1To2},
     {"GetControllerCardModel", {}},
     {"FreeInternalMemory", {}},
+    {"TriggerBoard_Initialize", kNoTriggerBoard},
+    {"TriggerBoard_ShutDown", kNoTriggerBoard},
+    {"TriggerBoard_GetAvailableTriggers", kNoTriggerBoard},
+    {"TriggerBoard_GetTriggerHandle", kNoTriggerBoard},
+    {"TriggerBoard_SetCurrentTrigger", kNoTriggerBoard},
+    {"TriggerBoard_I2CWrite", {}},
+    {"vxsys_GetKeepCleanTime", {}},
+    {"vxsys_GetTemperatureTolerance", {}},
+    {"vxsys_GetHSSpeedLimits", {}},
+    {"vxsys_GetDummyPixels", {}},
+    {"vxsys_GetMinimumNumberInSeries", {}},
+    {"vxsys_IsVacuumCooling", {}},
+    {"vxsys_IsTemperatureAvailableDuringAcquisition", {RC_P1_INVALID}},
+    {"vxsys_GetDDGIOCFrequencyRange", {RC_NOT_SUPPORTED}},
     {"createAcquisitionEvents", {}},
 };
 
@@ -102,6 +118,27 @@ const std::map<std::string, TCodes> kOfACamera = {
     {"I2CBurstWrite", kTransfer},
     {"SetSpool", {RC_P2_INVALID, RC_P3_INVALID}},
     {"SetSpoolThreadCount", {RC_P1_INVALID}},
+    {"vxsys_CameraPotsLoadFile", {RC_FILE_LOAD_ERROR}},
+    {"vxsys_CameraPotsSaveFile", {RC_FILE_SAVE_ERROR}},
+    {"vxsys_CameraPotsCommitValuesFromFile", {RC_FILE_LOAD_ERROR}},
+    {"vxsys_CameraPotsGetNumberGroups", kPots},
+    {"vxsys_CameraPotsGetGroupName", kPots},
+    {"vxsys_CameraPotsGetNumberPotsInGroup", kPots},
+    {"vxsys_CameraPotsGetPotInfo", kPots},
+    {"vxsys_CameraPotsGetPotValue", kPots},
+    {"vxsys_CameraPotsSetPotValue", kPots},
+    {"vxsys_CameraPotsGetRailValue", kPots},
+    {"vxsys_CameraPotsSetPotDefaultEnable", kPots},
+    {"vxsys_CameraPotsGetPotDefaultEnable", kPots},
+    {"vxsys_CameraPotsRegisterObserver", {}},
+    {"vxsys_CameraPotsUnregisterObserver", {}},
+    {"vxsys_EEPUP", {RC_NOT_SUPPORTED, RC_FEATURE_ERROR}},
+    {"vxsys_EEPVR", {RC_NOT_SUPPORTED, RC_FEATURE_ERROR}},
+    {"vxsys_EEPFL", {RC_FEATURE_ERROR}},
+    {"vxsys_EEPLD", {RC_FEATURE_ERROR}},
+    {"vxsys_EEPSV", {RC_FEATURE_ERROR}},
+    {"LoadEEPROM", {RC_NOT_SUPPORTED, RC_FEATURE_ERROR}},
+    {"vxsys_GetBaselineLevel", {RC_P1_INVALID}},
     {"StartAcquisition", {RC_FRAME_UNAVAILABLE, RC_START_REFUSED}},
     {"AbortAcquisition", {RC_IDLE, RC_FEATURE_ERROR}},
     {"WaitForAcquisition", {RC_NO_NEW_DATA}},

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// The contents of the camera's EEPROM, through the configuration that the configuration library made.
+#include "api/TServiceUse.h"
+#include "vxmcd.h"
+#include "vxmcd_plugins.h"
+
+namespace {
+
+bool ReadEeprom(const TServiceUse& camera)
+{
+  if (camera.Configuration()->ReadFromEEPROM() != 0) return false;
+  camera.SetEepromRead();
+  return true;
+}
+
+/// Sees to it that the configuration holds what the EEPROM does.
+bool loadFromEEPROM(const TServiceUse& camera)
+{
+  if (!camera.Configuration()) return false;
+  return camera.IsEepromRead() || ReadEeprom(camera);
+}
+
+unsigned int ToResultCode(int status)
+{
+  return status == 0 ? RC_SUCCESS : RC_FEATURE_ERROR;
+}
+
+} // namespace
+
+unsigned int vxsys_EEPUP(void)
+{
+  const TServiceUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!camera.Configuration()) return RC_NOT_SUPPORTED;
+  return ReadEeprom(camera) ? RC_SUCCESS : RC_FEATURE_ERROR;
+}
+
+unsigned int vxsys_EEPVR(int* first, int* version)
+{
+  const TServiceUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!camera.Configuration()) return RC_NOT_SUPPORTED;
+  if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
+  const unsigned int number = camera.Configuration()->GetVersion();
+  if (version) *version = static_cast<int>(number);
+  if (first) *first = 0;
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_EEPFL(void)
+{
+  const TServiceUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
+  return ToResultCode(camera.Configuration()->WriteToEEPROM());
+}
+
+unsigned int vxsys_EEPLD(const char* fileName)
+{
+  const TServiceUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
+  return ToResultCode(camera.Configuration()->LoadFromFile(fileName));
+}
+
+unsigned int vxsys_EEPSV(const char* fileName)
+{
+  const TServiceUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
+  return ToResultCode(camera.Configuration()->SaveToFile(fileName));
+}
+
+unsigned int LoadEEPROM(const char* fileName)
+{
+  const TServiceUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!camera.Configuration()) return RC_NOT_SUPPORTED;
+  if (camera.Configuration()->LoadFromFile(fileName) != 0) return RC_FEATURE_ERROR;
+  return ToResultCode(camera.Configuration()->WriteToEEPROM());
+}

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// What maintenance tools ask for. All but the first answer the same for every camera, and without one.
+#include "features/current_core_handle.h"
+#include "features/feature_names.h"
+#include "vxcore.h"
+#include "vxmcd.h"
+
+namespace {
+
+constexpr float kKeepCleanTimeSeconds = 0.001F;
+constexpr float kTemperatureToleranceCelsius = 2.5F;
+constexpr float kSpeedLimit = 1000.0F;
+constexpr double kGatePulseFrequency = 1.0;
+
+template <class T>
+void Write(T* output, T value)
+{
+  if (output) *output = value;
+}
+
+} // namespace
+
+unsigned int vxsys_GetBaselineLevel(int* level)
+{
+  const int coreHandle = CurrentCoreHandle();
+  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  long long value = 0;
+  if (VX_GetInt(coreHandle, Feature::kBaselineLevel, &value) != VX_SUCCESS) return RC_P1_INVALID;
+  Write(level, static_cast<int>(value));
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_GetKeepCleanTime(float* seconds)
+{
+  Write(seconds, kKeepCleanTimeSeconds);
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_GetTemperatureTolerance(float* celsius)
+{
+  Write(celsius, kTemperatureToleranceCelsius);
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_GetHSSpeedLimits(float* first, float* second, float* third)
+{
+  for (float* const limit : {first, second, third}) Write(limit, kSpeedLimit);
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_GetDummyPixels(int* first, int* second, int* third, int* fourth)
+{
+  for (int* const pixels : {first, second, third, fourth}) Write(pixels, 0);
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_GetMinimumNumberInSeries(int* number)
+{
+  Write(number, 1);
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_IsVacuumCooling(int* isVacuum)
+{
+  Write(isVacuum, 1);
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_IsTemperatureAvailableDuringAcquisition(int* isAvailable)
+{
+  if (!isAvailable) return RC_P1_INVALID;
+  *isAvailable = 1;
+  return RC_SUCCESS;
+}
+
+unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* maximum)
+{
+  for (double* const frequency : {minimum, maximum}) Write(frequency, kGatePulseFrequency);
+  return RC_NOT_SUPPORTED;
+}

@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: MIT
+// Potentiometers through the interface, on the buses of the simulated cameras.
+#include "tests/support/SimulatedCameraTest.h"
+#include "tests/support/TScratchWorkingDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+constexpr const char* kCamera = "[Simulator]\nCameras=1\n[Camera0]\nModel=TRELLIS CMOS\nSource=manual\n";
+constexpr const char* kExampleFile = VXMCD_TEST_EXAMPLES "/potentiometers.ini";
+
+class CameraPotsApi : public SimulatedCameraTest
+{
+protected:
+  CameraPotsApi() : SimulatedCameraTest(kCamera) {}
+
+  void OpenWithFile()
+  {
+    ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+    ASSERT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
+  }
+
+  /// Calls @p told for every change from now on.
+  void Observe(std::function<void()> told)
+  {
+    told_ = std::move(told);
+    ASSERT_EQ(vxsys_CameraPotsRegisterObserver(Told, this), RC_SUCCESS);
+  }
+
+  static int Value(int group, int pot)
+  {
+    int value = -1;
+    EXPECT_EQ(vxsys_CameraPotsGetPotValue(group, pot, &value), 0u);
+    return value;
+  }
+  static int Rail(int group, int pot)
+  {
+    int value = -1;
+    EXPECT_EQ(vxsys_CameraPotsGetRailValue(group, pot, &value), 0u);
+    return value;
+  }
+
+private:
+  static unsigned int Told(void* context)
+  {
+    static_cast<CameraPotsApi*>(context)->told_();
+    return 0;
+  }
+
+  std::function<void()> told_;
+};
+
+TEST_F(CameraPotsApi, NeedsAnOpenCamera)
+{
+  int value = 4711;
+  char name[] = "untouched";
+  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsSaveFile(name), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsCommitValuesFromFile(), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsGetNumberGroups(&value), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsGetGroupName(0, name), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsGetNumberPotsInGroup(0, &value), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsGetPotInfo(0, 0, 1, &value), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsGetPotValue(0, 0, &value), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 1), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsGetRailValue(0, 0, &value), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsSetPotDefaultEnable(1), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsGetPotDefaultEnable(&value), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsRegisterObserver(nullptr, &value), RC_NOT_INITIALIZED);
+  EXPECT_EQ(vxsys_CameraPotsUnregisterObserver(&value), RC_NOT_INITIALIZED);
+  EXPECT_EQ(value, 4711);
+  EXPECT_STREQ(name, "untouched");
+}
+
+TEST_F(CameraPotsApi, CodesAreMixedAsCallersKnowThem)
+{
+  const TScratchWorkingDirectory here;
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  EXPECT_EQ(vxsys_CameraPotsLoadFile("missing.ini"), RC_FILE_LOAD_ERROR);
+  EXPECT_EQ(vxsys_CameraPotsLoadFile(nullptr), RC_FILE_LOAD_ERROR);
+  here.WriteFile("one.ini", "[Bias]\nNoPots=1\n");
+  EXPECT_EQ(vxsys_CameraPotsLoadFile("one.ini"), RC_FILE_LOAD_ERROR);
+  EXPECT_EQ(vxsys_CameraPotsCommitValuesFromFile(), RC_SUCCESS);
+  int value = 4711;
+  EXPECT_EQ(vxsys_CameraPotsGetNumberPotsInGroup(0, &value), 1u);
+  EXPECT_EQ(vxsys_CameraPotsGetPotValue(0, 0, &value), 1u);
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 9), 1u);
+  EXPECT_EQ(value, 4711);
+
+  ASSERT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
+  EXPECT_EQ(vxsys_CameraPotsGetNumberGroups(&value), 0u);
+  EXPECT_EQ(value, 2);
+  EXPECT_EQ(vxsys_CameraPotsGetNumberPotsInGroup(0, &value), 0u);
+  EXPECT_EQ(value, 3);
+  EXPECT_EQ(vxsys_CameraPotsGetNumberPotsInGroup(-1, &value), 1u);
+  EXPECT_EQ(vxsys_CameraPotsGetNumberPotsInGroup(2, &value), 1u);
+  char name[256] = "";
+  EXPECT_EQ(vxsys_CameraPotsGetGroupName(1, name), 0u);
+  EXPECT_STREQ(name, "Gain");
+  EXPECT_EQ(vxsys_CameraPotsGetPotInfo(0, 1, 0, name), 0u);
+  EXPECT_STREQ(name, "VRST_Low");
+
+  for (const auto& [set, expected] : {std::pair{0, 0}, {1, 1}, {-1, 0}, {2, 1}}) {
+    EXPECT_EQ(vxsys_CameraPotsSetPotDefaultEnable(set), 0u);
+    EXPECT_EQ(vxsys_CameraPotsGetPotDefaultEnable(&value), 0u);
+    EXPECT_EQ(value, expected) << set;
+  }
+  EXPECT_EQ(vxsys_CameraPotsSaveFile("saved.ini"), RC_SUCCESS);
+  EXPECT_EQ(here.ReadFile("saved.ini"), "[Bias]\n\n\n[Gain]\n");
+  EXPECT_EQ(vxsys_CameraPotsSaveFile("no/such/directory/saved.ini"), RC_SUCCESS);
+}
+
+TEST_F(CameraPotsApi, ValuesReachTheDevicesAndTheirPowerOnRegisters)
+{
+  OpenWithFile();
+  EXPECT_EQ(Value(0, 0), 0x80);
+  ASSERT_EQ(VXSIM_StartCallLog(0), VX_SUCCESS);
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 200), 0u);
+  const auto calls = LoggedCalls();
+  VXSIM_StopCallLog();
+  EXPECT_EQ(calls.size(), 2u * 8) << "two transfers of two bytes";
+
+  EXPECT_EQ(Value(0, 0), 200);
+  EXPECT_EQ(Rail(0, 0), 64 + 200 / 2);
+  EXPECT_EQ(Rail(0, 2), 0) << "has no monitor";
+  EXPECT_EQ(vxsys_CameraPotsSetPotDefaultEnable(0), 0u);
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 1, 11), 0u);
+  EXPECT_EQ(Value(0, 1), 11);
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(1, 0, 22), 0u);
+
+  ASSERT_EQ(ShutDown(), RC_SUCCESS);
+  OpenWithFile();
+  EXPECT_EQ(Value(0, 0), 200) << "became the power-on value";
+  EXPECT_EQ(Value(0, 1), 0x80) << "did not";
+  EXPECT_EQ(Value(1, 0), 0x80);
+
+  // What is known now becomes the power-on value when that is switched on again.
+  EXPECT_EQ(vxsys_CameraPotsSetPotDefaultEnable(0), 0u);
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(1, 0, 22), 0u);
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(1, 1, 33), 0u);
+  EXPECT_EQ(Value(1, 0), 22);
+  EXPECT_EQ(vxsys_CameraPotsSetPotDefaultEnable(1), 0u);
+  ASSERT_EQ(ShutDown(), RC_SUCCESS);
+  OpenWithFile();
+  EXPECT_EQ(Value(1, 0), 22);
+  EXPECT_EQ(Value(1, 1), 0x80) << "was never read";
+
+  EXPECT_EQ(vxsys_CameraPotsCommitValuesFromFile(), RC_SUCCESS);
+  EXPECT_EQ((std::vector{Value(0, 0), Value(0, 1), Value(0, 2), Value(1, 0), Value(1, 1)}),
+            (std::vector{150, 64, 128, 200, 40}));
+}
+
+TEST_F(CameraPotsApi, TransfersThatFailAreNoErrors)
+{
+  OpenWithFile();
+  for (const char* const fault :
+       {"call VX_SetInt feature InternalI2CAddress rc 6", "call VX_SetInt feature InternalI2CByteCount rc 6",
+        "call VX_SetInt feature InternalI2CByte rc 53", "call VX_Command feature InternalI2CWrite rc 53"}) {
+    ASSERT_EQ(VXSIM_AddFault(fault), VX_SUCCESS) << VXSIM_GetLastError();
+    EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 7), 0u) << fault;
+    EXPECT_EQ(Rail(0, 0), 0) << fault;
+    ASSERT_EQ(VXSIM_ClearFaults(), VX_SUCCESS);
+    EXPECT_EQ(Value(0, 0), 0x80) << fault;
+  }
+  ASSERT_EQ(VXSIM_AddFault("call VX_Command feature InternalI2CRead rc 53"), VX_SUCCESS);
+  EXPECT_EQ(Value(0, 0), 0);
+  EXPECT_EQ(Rail(0, 0), 0);
+}
+
+TEST_F(CameraPotsApi, ObserversMayDoAnythingButCloseTheCamera)
+{
+  OpenWithFile();
+  int told = 0;
+  Observe([&] {
+    switch (++told) {
+    case 1: // sets again and is told of it from inside
+      EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 1, 31), 0u);
+      EXPECT_EQ(told, 2);
+      break;
+    case 3: // replaces the description of what is being set
+      EXPECT_EQ(vxsys_CameraPotsLoadFile("missing.ini"), RC_FILE_LOAD_ERROR);
+      break;
+    case 5:
+      EXPECT_EQ(vxsys_CameraPotsUnregisterObserver(this), RC_SUCCESS);
+      break;
+    default:
+      break;
+    }
+  });
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 30), 0u);
+  EXPECT_EQ(told, 2);
+  EXPECT_EQ(Value(0, 1), 31);
+  EXPECT_EQ(vxsys_CameraPotsCommitValuesFromFile(), RC_SUCCESS);
+  EXPECT_EQ(told, 4) << "once for the first potentiometer, once for the load";
+  int groups = -1;
+  EXPECT_EQ(vxsys_CameraPotsGetNumberGroups(&groups), 0u);
+  EXPECT_EQ(groups, 0);
+  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
+  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
+  EXPECT_EQ(told, 5);
+
+  EXPECT_EQ(vxsys_CameraPotsRegisterObserver(nullptr, this), RC_SUCCESS);
+  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
+}
+
+TEST_F(CameraPotsApi, WhatAnObserverThrowsLeavesTheCameraUsable)
+{
+  OpenWithFile();
+  Observe([] { throw std::runtime_error("enough"); });
+  EXPECT_THROW(vxsys_CameraPotsSetPotValue(0, 0, 30), std::runtime_error);
+  EXPECT_THROW(vxsys_CameraPotsLoadFile(kExampleFile), std::runtime_error);
+  std::thread([] { EXPECT_EQ(Value(0, 0), 30); }).join(); // nothing is held back
+  EXPECT_EQ(vxsys_CameraPotsUnregisterObserver(this), RC_SUCCESS);
+  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 31), 0u);
+}
+
+TEST_F(CameraPotsApi, ClosingTheCameraForgetsFileAndObservers)
+{
+  OpenWithFile();
+  int told = 0;
+  Observe([&told] { ++told; });
+  ASSERT_EQ(ShutDown(), RC_SUCCESS);
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  int groups = -1;
+  EXPECT_EQ(vxsys_CameraPotsGetNumberGroups(&groups), 0u);
+  EXPECT_EQ(groups, 0);
+  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
+  EXPECT_EQ(told, 0);
+}
+
+// One thread a camera is what the interface asks for; more of them must still do no harm.
+TEST_F(CameraPotsApi, ThreadsWaitForOneAnother)
+{
+  OpenWithFile();
+  std::atomic<int> told{0};
+  Observe([&told] { ++told; });
+  std::vector<std::thread> threads;
+  threads.emplace_back([] {
+    for (int round = 0; round < 200; ++round)
+      vxsys_CameraPotsLoadFile(round % 20 == 10 ? "missing.ini" : kExampleFile);
+  });
+  threads.emplace_back([] {
+    for (int round = 0; round < 5; ++round) vxsys_CameraPotsSetPotValue(0, 0, 100 + round);
+  });
+  threads.emplace_back([] {
+    for (int round = 0; round < 300; ++round) {
+      int value = -1;
+      if (vxsys_CameraPotsGetPotValue(0, 0, &value) == 0) {
+        EXPECT_TRUE(value == 0x80 || (value >= 100 && value < 105)) << value;
+      }
+    }
+  });
+  threads.emplace_back([] {
+    for (int round = 0; round < 300; ++round) {
+      int context = 0;
+      vxsys_CameraPotsRegisterObserver([](void* count) -> unsigned int { return ++*static_cast<int*>(count) > 0; },
+                                       &context);
+      vxsys_CameraPotsUnregisterObserver(&context);
+    }
+  });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_GE(told, 200);
+}
+
+} // namespace

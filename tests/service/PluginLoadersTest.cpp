@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+// The loaders of plug-in libraries, with the example libraries and with ones that fall short.
+#include "service/TConfigurationLoader.h"
+#include "service/TLoadUSBi2cDll.h"
+#include "tests/support/TScratchWorkingDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <dlfcn.h>
+#include <string>
+
+namespace {
+
+constexpr const char* kConfigurationLibrary = "libvxconf_regcam.so";
+constexpr const char* kTriggerBoardLibrary = "usbi2c.dll";
+
+std::string Example(const std::string& library)
+{
+  return VXMCD_TEST_PLUGINS "/" + library;
+}
+
+std::string Variant(const std::string& variant, const std::string& library)
+{
+  return VXMCD_TEST_PLUGIN_VARIANTS "/" + variant + "/" + library;
+}
+
+class ConfigurationLoader : public ::testing::Test
+{
+protected:
+  const TScratchWorkingDirectory here_;
+};
+
+TEST_F(ConfigurationLoader, NamesLibrariesOfAtMost127Characters)
+{
+  struct TRow
+  {
+    std::size_t stem, length;
+    bool hasSuffix;
+  };
+  for (const TRow& row : {TRow{0, 10, true}, TRow{6, 16, true}, TRow{114, 124, true}, TRow{115, 125, false},
+                          TRow{117, 127, false}, TRow{120, 127, false}, TRow{1000, 127, false}}) {
+    const std::string stem(row.stem, 's');
+    std::array<char, TConfigurationLoader::kNameSize + 1> name;
+    name.fill('?');
+    EXPECT_EQ(TConfigurationLoader::createLibName(stem.c_str(), name.data()), row.length);
+    EXPECT_EQ(std::string(name.data()),
+              ("libvxconf_" + stem).substr(0, row.length) + (row.hasSuffix ? ".so" : ""));
+    EXPECT_EQ(name.back(), '?');
+  }
+}
+
+// What plug-ins compiled by others rely on.
+TEST_F(ConfigurationLoader, OperationsHaveTheirPositionsInTheTable)
+{
+  here_.Copy(Example(kConfigurationLibrary), kConfigurationLibrary);
+  TConfigurationLoader loader(7);
+  IConfiguration* const configuration = loader.GetConfiguration();
+  ASSERT_NE(configuration, nullptr);
+  void* const* table = nullptr;
+  std::memcpy(&table, static_cast<void*>(configuration), sizeof table);
+  Dl_info here = {};
+  const auto call = [&](int position, auto function, auto... arguments) {
+    EXPECT_NE(dladdr(table[position - 1], &here), 0) << position;
+    std::memcpy(&function, &table[position - 1], sizeof function);
+    return function(configuration, arguments...);
+  };
+  using TPlain = int (*)(IConfiguration*);
+  using TWithFile = int (*)(IConfiguration*, const char*);
+  here_.WriteFile("image", "\x05\x01" + std::string(254, '\0'));
+  EXPECT_EQ(call(5, TWithFile{}, "image"), 0);
+  EXPECT_EQ(call(16, TPlain{}), 0x105);
+  EXPECT_EQ(call(4, TPlain{}), 0);
+  here_.WriteFile("image", std::string(256, '\1'));
+  EXPECT_EQ(call(5, TWithFile{}, "image"), 0);
+  EXPECT_EQ(call(16, TPlain{}), 0x1010101);
+  EXPECT_EQ(call(3, TPlain{}), 0);
+  EXPECT_EQ(call(16, TPlain{}), 0x105) << "as it was written";
+  EXPECT_EQ(call(6, TWithFile{}, "saved"), 0);
+  EXPECT_EQ(here_.ReadFile("saved"), "\x05\x01" + std::string(254, '\0'));
+  EXPECT_EQ(loader.DestroyConfiguration(configuration), 0);
+}
+
+TEST_F(ConfigurationLoader, LibrariesThatFallShortMakeNone)
+{
+  {
+    TConfigurationLoader loader(7);
+    EXPECT_EQ(loader.GetConfiguration(), nullptr) << "no library";
+    EXPECT_EQ(loader.DestroyConfiguration(nullptr), 2);
+  }
+  here_.WriteFile(kConfigurationLibrary, "text");
+  {
+    TConfigurationLoader loader(7);
+    EXPECT_EQ(loader.GetConfiguration(), nullptr);
+    EXPECT_EQ(loader.DestroyConfiguration(nullptr), 2);
+    here_.Copy(Variant("no_destroy", kConfigurationLibrary), kConfigurationLibrary);
+    EXPECT_NE(loader.GetConfiguration(), nullptr) << "a library that came later";
+    EXPECT_EQ(loader.DestroyConfiguration(nullptr), 0) << "without the function";
+  }
+  here_.Copy(Variant("no_factory", kConfigurationLibrary), kConfigurationLibrary);
+  {
+    TConfigurationLoader loader(7);
+    EXPECT_EQ(loader.GetConfiguration(), nullptr);
+    EXPECT_EQ(loader.DestroyConfiguration(nullptr), 6) << "the library's own answer";
+  }
+  here_.Copy(Variant("null_configuration", kConfigurationLibrary), kConfigurationLibrary);
+  TConfigurationLoader loader(7);
+  EXPECT_EQ(loader.GetConfiguration(), nullptr);
+}
+
+class TriggerBoardLoader : public ::testing::TestWithParam<std::string>
+{
+protected:
+  static void ExpectNotLoaded(const TLoadUSBi2cDll& board)
+  {
+    int output = 4711;
+    EXPECT_EQ(board.CallTriggerBoard_Initialize(), 1);
+    EXPECT_EQ(board.CallTriggerBoard_GetAvailableTriggers(&output), 1);
+    EXPECT_EQ(board.CallTriggerBoard_GetTriggerHandle(0, &output), 1);
+    EXPECT_EQ(board.CallTriggerBoard_SetCurrentTrigger(0), 1);
+    EXPECT_EQ(board.CallTriggerBoard_I2CWrite(1, 2, 3), 1);
+    EXPECT_EQ(board.CallTriggerBoard_ExternalTrigger(0, 1, 2), 1);
+    EXPECT_EQ(board.CallTriggerBoard_ShutDown(), 1);
+    EXPECT_EQ(output, 4711);
+  }
+
+  /// Whether the library is in the process.
+  bool IsLoaded() const
+  {
+    void* const handle = dlopen((here_.Path() + "/" + kTriggerBoardLibrary).c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (handle) dlclose(handle);
+    return handle != nullptr;
+  }
+
+  const TScratchWorkingDirectory here_;
+};
+
+TEST_F(TriggerBoardLoader, ForwardsArgumentsAndStatuses)
+{
+  here_.Copy(Example(kTriggerBoardLibrary), kTriggerBoardLibrary);
+  TLoadUSBi2cDll board;
+  void* const handle = dlopen((here_.Path() + "/" + kTriggerBoardLibrary).c_str(), RTLD_LAZY | RTLD_NOLOAD);
+  ASSERT_NE(handle, nullptr);
+  int (*readRegister)(unsigned int) = nullptr;
+  *reinterpret_cast<void**>(&readRegister) = dlsym(handle, "TriggerBoard_ReadRegister");
+  ASSERT_NE(readRegister, nullptr);
+
+  EXPECT_EQ(board.CallTriggerBoard_ShutDown(), -1);
+  EXPECT_EQ(board.CallTriggerBoard_Initialize(), 0);
+  int output = 0;
+  EXPECT_EQ(board.CallTriggerBoard_GetAvailableTriggers(&output), 0);
+  EXPECT_EQ(output, 2);
+  EXPECT_EQ(board.CallTriggerBoard_GetTriggerHandle(1, &output), 0);
+  EXPECT_EQ(output, 1001);
+  EXPECT_EQ(board.CallTriggerBoard_GetTriggerHandle(2, &output), -2);
+  EXPECT_EQ(board.CallTriggerBoard_SetCurrentTrigger(1), 0);
+  EXPECT_EQ(board.CallTriggerBoard_I2CWrite(0x50, 0xFE, 0xFF), 0);
+  EXPECT_EQ(readRegister(0xFE), 0xFF);
+  EXPECT_EQ(board.CallTriggerBoard_I2CWrite(0x51, 0, 0), -4);
+  EXPECT_EQ(board.CallTriggerBoard_ExternalTrigger(1, 30, 40), 0);
+  EXPECT_EQ((std::array{readRegister(0), readRegister(1), readRegister(2)}), (std::array{1, 30, 40}));
+  dlclose(handle);
+
+  EXPECT_EQ(board.unloadUSBi2c(), 0);
+  ExpectNotLoaded(board);
+  EXPECT_FALSE(IsLoaded());
+  EXPECT_EQ(board.unloadUSBi2c(), 0);
+}
+
+TEST_F(TriggerBoardLoader, WhatIsNoLibraryIsNotLoaded)
+{
+  ExpectNotLoaded(TLoadUSBi2cDll());
+  here_.WriteFile(kTriggerBoardLibrary, "no ELF");
+  ExpectNotLoaded(TLoadUSBi2cDll());
+  here_.Remove(kTriggerBoardLibrary);
+  here_.MakeDirectory(kTriggerBoardLibrary);
+  ExpectNotLoaded(TLoadUSBi2cDll());
+  here_.Remove(kTriggerBoardLibrary);
+  here_.MakePipe(kTriggerBoardLibrary);
+  ExpectNotLoaded(TLoadUSBi2cDll());
+  here_.RemoveAll();
+  ExpectNotLoaded(TLoadUSBi2cDll());
+}
+
+TEST_P(TriggerBoardLoader, ALibraryThatLacksAFunctionIsUnloadedAtOnce)
+{
+  here_.Copy(Variant("without_" + GetParam(), kTriggerBoardLibrary), kTriggerBoardLibrary);
+  const TLoadUSBi2cDll board;
+  ExpectNotLoaded(board);
+  EXPECT_FALSE(IsLoaded());
+}
+
+INSTANTIATE_TEST_SUITE_P(Without, TriggerBoardLoader,
+                         ::testing::Values("GetAvailableTriggers", "GetTriggerHandle", "SetCurrentTrigger",
+                                           "Initialize", "I2CWrite", "ShutDown", "ExternalTrigger"),
+                         [](const auto& function) { return function.param; });
+
+} // namespace

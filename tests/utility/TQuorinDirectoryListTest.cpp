@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// The names in directories that grow, shrink and vanish.
+#include "utility/TQuorinDirectoryList.h"
+
+#include "tests/support/TScratchWorkingDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+using QuorinUtility::TQuorinDirectoryList;
+
+namespace {
+
+class DirectoryList : public ::testing::Test
+{
+protected:
+  DirectoryList()
+  {
+    for (const char* const name : {"a.so", "b.txt", "c.so.3"}) here_.WriteFile(name, "");
+  }
+
+  static std::multiset<std::string> Names(const TQuorinDirectoryList& list)
+  {
+    std::multiset<std::string> names;
+    for (int index = 0; index < list.GetNumberItems(); ++index) names.insert(list.GetItem(index));
+    return names;
+  }
+
+  TScratchWorkingDirectory here_;
+};
+
+TEST_F(DirectoryList, ListsNamesThatContainTheText)
+{
+  const TQuorinDirectoryList list(here_.Path().c_str(), ".so", TQuorinDirectoryList::Anywhere);
+  EXPECT_EQ(Names(list), (std::multiset<std::string>{"a.so", "c.so.3"}));
+  EXPECT_EQ(list.GetItem(2), nullptr);
+  EXPECT_EQ(list.GetItem(-1), nullptr);
+}
+
+TEST_F(DirectoryList, ListsEverythingWithoutAText)
+{
+  const std::multiset<std::string> all = {".", "..", "a.so", "b.txt", "c.so.3"};
+  EXPECT_EQ(Names({here_.Path().c_str(), nullptr, TQuorinDirectoryList::Anywhere}), all);
+  EXPECT_EQ(Names({"", "", TQuorinDirectoryList::Anywhere}), all) << "the empty path is the working directory";
+}
+
+TEST_F(DirectoryList, ShowsTheLastEnumeration)
+{
+  TQuorinDirectoryList list(".", "txt", TQuorinDirectoryList::Anywhere);
+  here_.WriteFile("d.txt", "");
+  EXPECT_EQ(list.GetNumberItems(), 1);
+  list.Reenumerate();
+  EXPECT_EQ(Names(list), (std::multiset<std::string>{"b.txt", "d.txt"}));
+  here_.Remove("b.txt");
+  here_.Remove("d.txt");
+  list.Reenumerate();
+  EXPECT_EQ(list.GetNumberItems(), 0);
+  EXPECT_EQ(list.GetItem(0), nullptr);
+}
+
+TEST_F(DirectoryList, IsEmptyForWhatIsNoDirectory)
+{
+  here_.MakePipe("pipe");
+  for (const char* const path : {"missing", "a.so", "pipe"}) {
+    EXPECT_EQ(TQuorinDirectoryList(path, nullptr, TQuorinDirectoryList::Anywhere).GetNumberItems(), 0) << path;
+  }
+}
+
+TEST_F(DirectoryList, TellsTheWorkingDirectoryUntilItIsGone)
+{
+  EXPECT_EQ(TQuorinDirectoryList::GetCurrentDir().GetForwardSlashPath(), here_.Path() + "/");
+  here_.RemoveAll();
+  EXPECT_STREQ(TQuorinDirectoryList::GetCurrentDir().GetForwardSlashPath(), "./");
+}
+
+} // namespace
