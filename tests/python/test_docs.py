@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
 """The guide's code and the example, run as they stand."""
-import os
 import re
 import subprocess
 import sys
@@ -8,30 +7,30 @@ from pathlib import Path
 
 import numpy as np
 
+from conftest import environment_for_programs
+
 ROOT = Path(__file__).parents[2]
 
 
-def environment():
-    return {name: value for name, value in os.environ.items() if name != "VXCORE_CONFIG"}
+def run(directory, *arguments):
+    return subprocess.run([sys.executable, *map(str, arguments)], cwd=directory, env=environment_for_programs(directory),
+                          capture_output=True, text=True, timeout=100)
 
 
 def test_the_code_of_the_guide_runs(tmp_path):
     pieces = re.findall(r"^```python\n(.*?)^```$", (ROOT / "docs" / "python.md").read_text(), re.M | re.S)
     assert len(pieces) >= 6
-    result = subprocess.run([sys.executable, "-W", "error", "-c", "\n".join(pieces)], cwd=tmp_path, env=environment(),
-                            capture_output=True, text=True, timeout=100)
+    result = run(tmp_path, "-W", "error", "-c", "\n".join(pieces))
     assert result.returncode == 0, result.stderr
     assert "SetExposureTime 20066 RC_P1_INVALID" in result.stdout
 
 
 def test_the_example_runs(tmp_path):
-    command = [sys.executable, ROOT / "examples" / "snap.py", "--camera", "1", "--exposure", "0.002", "--images", "3"]
-    result = subprocess.run([*command, tmp_path / "images.npy"], env=environment(), capture_output=True, text=True,
-                            timeout=60)
+    example = [ROOT / "examples" / "snap.py", "--camera", "1", "--exposure", "0.002", "--images", "3"]
+    result = run(tmp_path, *example, "images.npy")
     assert result.returncode == 0, result.stderr
     assert np.load(tmp_path / "images.npy").shape == (3, 512, 512) and "image 3: 512x512" in result.stdout
-    failed = subprocess.run([*command, "--camera", "7", tmp_path / "none.npy"], env=environment(), capture_output=True,
-                            text=True, timeout=60)
+    failed = run(tmp_path, *example, "--camera", "7", "none.npy")
     assert failed.returncode == 1 and failed.stderr.startswith("snap: SetCurrentCamera: 20066 RC_P1_INVALID")
 
 

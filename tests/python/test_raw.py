@@ -68,7 +68,7 @@ def python(code, package=PACKAGE, **variables):
 def test_a_named_library_is_the_only_one_tried(tmp_path):
     missing = str(tmp_path / "libother.so")
     result = python("import vxmcd; print(vxmcd.cameras())", VXMCD_LIBRARY=missing)
-    assert result.returncode == 1 and f"OSError: the camera library cannot be loaded; VXMCD_LIBRARY" in result.stderr
+    assert result.returncode == 1 and "OSError: the camera library cannot be loaded; VXMCD_LIBRARY" in result.stderr
     assert missing in result.stderr and "libvxmcd.so.3" not in result.stderr
 
 

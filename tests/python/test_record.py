@@ -10,7 +10,7 @@ import numpy as np
 import pytest
 
 import vxmcd
-from conftest import REAL, frame_number
+from conftest import REAL, environment_for_programs, frame_number
 from test_convert import assert_same, converted
 from vxmcd import NoImageError, VxmcdError
 from vxmcd.spool import SpoolRun
@@ -116,9 +116,8 @@ with vxmcd.Camera(1) as camera:
 
 @pytest.mark.parametrize("number, state", [(signal.SIGKILL, "recording"), (signal.SIGINT, "aborted")])
 def test_a_run_that_is_cut_off(tmp_path, number, state):
-    environment = {name: value for name, value in os.environ.items() if name != "VXCORE_CONFIG"}
-    process = subprocess.Popen([sys.executable, "-c", RECORDS, tmp_path / "run"], env=environment, stdout=subprocess.PIPE,
-                               stderr=subprocess.PIPE, text=True)
+    process = subprocess.Popen([sys.executable, "-c", RECORDS, tmp_path / "run"], env=environment_for_programs(tmp_path),
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     try:
         index = tmp_path / "run" / "spool_index.dat"
         deadline = time.monotonic() + 20
