@@ -28,6 +28,8 @@
  *       TriggerBoard_ShutDown               VxmcdTriggerBoardShutDown
  *       TriggerBoard_ExternalTrigger        VxmcdTriggerBoardExternalTrigger
  *
+ * Plug-ins should not throw: what GetConfiguration throws leaves Initialize(), which cannot open that camera any more.
+ *
  * Functions run on the thread of the application that makes the call, one call at a time for one camera. Names that a
  * plug-in leaves to others are looked up at their first call; one that nobody has ends the process then. Plug-ins must
  * not call Initialize() or ShutDown().
