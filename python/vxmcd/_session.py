@@ -114,8 +114,8 @@ class Session:
             self.end_run()
 
     def _shut_down(self):
-        self._make_current()
         del self._open[self.handle]
+        self._make_current()
         self._check("ShutDown", raw.ShutDown())
 
     def _make_current(self):

@@ -1,13 +1,12 @@
 # SPDX-License-Identifier: MIT
 """Every function of the camera library by its name, with argument and result types of the header; its constants
-(VXMCD_...), result codes (RC_...) and records too. The library is loaded when the first function is asked for.
+(VXMCD_...), result codes (RC_...), records and callback types too. The library is loaded when the first function is asked
+for.
 
 Functions return result codes and raise nothing: raw.GetDetector(byref(width), byref(height)). docs/api.md describes them.
 They take what ctypes takes; numbers that do not fit are cut to the argument's type, as ctypes does.
 """
 from __future__ import annotations
-
-import ctypes
 
 from . import _library, _signatures
 
@@ -28,9 +27,8 @@ def _value(name):
     for table in (_signatures.CONSTANTS, _CODES):
         if name in table:
             return table[name]
-    kind = getattr(_signatures, name, None)
-    if isinstance(kind, type) and issubclass(kind, ctypes.Structure) and kind is not ctypes.Structure:
-        return kind
+    if name.startswith("vxmcd_") and hasattr(_signatures, name):
+        return getattr(_signatures, name)
     raise AttributeError(f"the camera library has no '{name}'")
 
 

@@ -38,6 +38,12 @@ def test_signatures():
     assert ctypes.sizeof(raw.vxmcd_Capabilities) == 48 and raw.VXMCD_VERSION_DRIVER == 0x40000001
 
 
+def test_callbacks():
+    observer = raw.vxmcd_PotsObserver(lambda context: context + 1)
+    assert observer(41) == 42 and raw.vxsys_CameraPotsRegisterObserver.argtypes[0] is raw.vxmcd_PotsObserver
+    assert raw.vxsys_CameraPotsRegisterObserver(observer, 41) == raw.RC_NOT_INITIALIZED
+
+
 def test_calls():
     major, minor = ctypes.c_uint(), ctypes.c_uint()
     assert raw.getSDKVersion(ctypes.byref(major), ctypes.byref(minor), None, None) == raw.RC_SUCCESS

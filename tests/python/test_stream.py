@@ -156,6 +156,21 @@ def test_a_run_that_fails_ends_the_stream(simulator):
         assert camera.snap().shape == (8, 16)
 
 
+def test_a_camera_that_is_unplugged(simulator):
+    simulator.configure(REAL)
+    with vxmcd.Camera() as camera:
+        stream = camera.stream(timeout=20)
+        next(stream)
+        simulator.unplug()
+        with pytest.raises(VxmcdError) as caught:
+            while True:
+                next(stream)
+        assert caught.value.name == "RC_STATUS_TIMED_OUT"
+        with pytest.raises(VxmcdError):
+            camera.snap()
+    assert not camera.is_open and simulator.open_cameras() == 0
+
+
 def test_closing_the_camera_ends_its_stream(simulator):
     simulator.configure(REAL)
     camera = vxmcd.Camera()
