@@ -293,6 +293,7 @@ RunEnd TAcquireCommand::MakeOutput(RunEnd end)
   options.overwrite = options_.overwrite;
   options.isQuiet = options_.isQuiet;
   TConvertCommand convert(options, false);
+  convert.UseFacts(facts_);
   const ExitCode code = convert.Convert();
   hasOutput_ = convert.Written() > 0;
   if (code == ExitCode::Interrupted) return RunEnd::Interrupted;

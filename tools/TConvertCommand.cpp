@@ -112,7 +112,8 @@ bool TConvertCommand::OpenOutput()
 {
   const TImageShape shape =
       run_.Layout() ? TImageShape{run_.Layout()->width, run_.Layout()->height, depth_} : TImageShape{};
-  const TRunFacts facts = run_.RunFacts(conversion_->Counts().asked);
+  TRunFacts facts = facts_.value_or(run_.RunFacts(0));
+  facts.plannedImages = conversion_->Counts().asked;
   if (writer_ && !writer_->Open(options_.output, options_.overwrite, shape, facts)) {
     Say(writer_->Error());
     return false;

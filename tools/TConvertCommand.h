@@ -17,6 +17,8 @@ class TConvertCommand final
 {
 public:
   TConvertCommand(const TConvertOptions& options, bool isJson) : options_(options), isJson_(isJson) {}
+  /// Puts these into the output in place of what the directory tells of the run, which is less.
+  void UseFacts(const TRunFacts& facts) { facts_ = facts; }
   /// The command as a whole.
   ExitCode Run();
   /// All of it but the report.
@@ -37,6 +39,7 @@ private:
 
   TConvertOptions options_;
   bool isJson_;
+  std::optional<TRunFacts> facts_;
   TSpoolRun run_;
   TSpoolIndex index_;
   PixelDepth depth_ = PixelDepth::Bits16;

@@ -109,8 +109,8 @@ TEST_P(RecordProgramEncodings, RecordedImagesAreThoseThatTheLibraryHandsOut)
   const TCameraCase& c = GetParam();
   Configure(std::string("[Simulator]\nCameras = 1\n[Camera0]\nScene = resolution chart\nNoise = off\nModel = ") +
             c.model + "\n[Camera0.PixelEncoding]\nValue = " + c.encoding + "\n");
-  const std::vector<std::string> options = {"--frames",   "3",    "--area", c.area,
-                                            "--exposure", "0.01", "--bits", "16"};
+  const std::vector<std::string> options = {"--frames", "3",      "--area", c.area,        "--exposure",
+                                            "0.01",     "--bits", "16",     "--amplifier", "0"};
   std::vector<std::string> direct = {"acquire", "--output", directory_.File("direct.tif")};
   direct.insert(direct.end(), options.begin(), options.end());
   ASSERT_EQ(Run(direct).exitCode, 0);
@@ -124,7 +124,8 @@ TEST_P(RecordProgramEncodings, RecordedImagesAreThoseThatTheLibraryHandsOut)
   ASSERT_EQ(disk.pages.size(), 3u);
   EXPECT_EQ(disk.pages, memory.pages);
   EXPECT_NE(disk.pages[0], std::vector<std::byte>(disk.pages[0].size())) << "a picture of something";
-  for (const char* key : {"\ncamera=", "\nserial=", "\narea=", "\nbinning=", "\nexposure_s=", "\ntrigger="}) {
+  for (const char* key : {"\ncamera=", "\nserial=", "\narea=", "\nbinning=", "\nexposure_s=", "\ntrigger=",
+                          "\nsensor_C=", "\namplifier="}) {
     const auto line = [key](const TTiffPages& file) {
       const std::size_t at = file.firstDescription.find(key);
       return at == std::string::npos
