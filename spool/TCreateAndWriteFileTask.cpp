@@ -65,6 +65,11 @@ TCreateAndWriteFileTask::~TCreateAndWriteFileTask()
                                   lastSavedImageIndex_.load());
 }
 
+bool TCreateAndWriteFileTask::IsAlive() const
+{
+  return workThread_->IsCreated();
+}
+
 void TCreateAndWriteFileTask::Run()
 {
   for (TSpoolFileData data = Fetch(); !(data == endMarker_); data = Fetch()) Process(data);

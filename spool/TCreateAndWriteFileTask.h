@@ -36,6 +36,9 @@ public:
   TCreateAndWriteFileTask(const TCreateAndWriteFileTask&) = delete;
   TCreateAndWriteFileTask& operator=(const TCreateAndWriteFileTask&) = delete;
 
+  /// Whether there is a thread to write frames. False when it could not be made.
+  bool IsAlive() const;
+
   /// The number, counted from 1, of the image that was taken from the queue last; 0 before the first. It counts
   /// images that could not be written too.
   int GetLastSavedImageIndex() const { return lastSavedImageIndex_; }

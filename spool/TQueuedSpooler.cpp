@@ -7,6 +7,7 @@
 #include "spool/TSpoolFault.h"
 #include "utility/TQuorinTaskLauncher.h"
 
+#include <cerrno>
 #include <chrono>
 
 using QuorinUtility::TQuorinTaskLauncher;
@@ -27,6 +28,7 @@ TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int thread
   slotReturn_ = std::make_unique<TSlotReturnTask>(&input_, &reuse_, fault_);
   writeTask_ = std::make_unique<TCreateAndWriteFileTask>(launcherPointers_.data(), spooler, threadCount, &input_,
                                                          &reuse_, nullptr);
+  if (!writeTask_->IsAlive() || !slotReturn_->IsAlive()) fault_->Raise("no thread for", "the images", EAGAIN);
 }
 
 TQueuedSpooler::~TQueuedSpooler()

@@ -26,6 +26,9 @@ public:
   TSlotReturnTask(const TSlotReturnTask&) = delete;
   TSlotReturnTask& operator=(const TSlotReturnTask&) = delete;
 
+  /// Whether there is a thread. False when it could not be made.
+  bool IsAlive() const { return thread_.IsCreated(); }
+
   /// Blocks until this many images have come back, or the time is over. Returns whether they have.
   bool WaitForImages(std::uint64_t count, std::chrono::milliseconds timeout);
 

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+// Runs on disks that lack something, are slow, or fail.
+#include "spool/TSpoolPipeline.h"
+#include "tests/ini/TScratchDirectory.h"
+#include "tests/spool/TDiskFaults.h"
+#include "tests/support/TSpoolDirectory.h"
+#include "tests/utility/SystemCalls.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <ostream>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Image = std::vector<unsigned char>;
+
+struct TCase
+{
+  int method;
+  std::size_t imageBytes;
+  int images;
+
+  friend std::ostream& operator<<(std::ostream& stream, const TCase& value)
+  {
+    return stream << "method " << value.method << ", " << value.images << " x " << value.imageBytes;
+  }
+};
+
+class SpoolPipeline : public ::testing::TestWithParam<TCase>
+{
+protected:
+  SpoolPipeline()
+  {
+    std::mt19937_64 random(1);
+    images_.resize(static_cast<std::size_t>(GetParam().images), Image(GetParam().imageBytes));
+    for (Image& image : images_)
+      for (unsigned char& byte : image) byte = static_cast<unsigned char>(random());
+  }
+
+  /// Writes all images, as far as the pipeline takes them. Returns whether it took and brought all to the disk.
+  bool Write(int threads = 2)
+  {
+    TSpoolPipeline pipeline({run_.Path(), GetParam().method, threads}, GetParam().imageBytes,
+                            static_cast<std::uint32_t>(GetParam().images));
+    for (int i = 0; i < GetParam().images; ++i)
+      if (!pipeline.Spool(i, images_[static_cast<std::size_t>(i)].data())) break;
+    pipeline.Finish();
+    return !pipeline.HasFailed();
+  }
+
+  /// What the index names is what was given. Returns how many images there are.
+  std::uint64_t ExpectImages() const
+  {
+    return run_.VisitImages([this](std::uint64_t number, const Image& bytes) {
+      ASSERT_LT(number, images_.size());
+      EXPECT_EQ(bytes, images_[number]) << "image " << number;
+    });
+  }
+
+  void ExpectComplete() const
+  {
+    EXPECT_EQ(ExpectImages(), images_.size());
+    EXPECT_EQ(run_.Text("run", "State"), "complete");
+  }
+
+  void ExpectFailed() const
+  {
+    const std::uint64_t there = ExpectImages();
+    EXPECT_EQ(run_.Number("run", "ImagesWritten"), static_cast<long>(there));
+    EXPECT_EQ(run_.Text("run", "State"), "failed");
+    EXPECT_NE(run_.Text("run", "Failure"), "");
+  }
+
+  std::vector<Image> images_;
+  TScratchDirectory scratch_;
+  TSpoolDirectory run_{scratch_.Directory() + "/run"};
+  TDiskFaults disk_;
+};
+
+TEST_P(SpoolPipeline, NeedsNeitherDirectWritesNorPreallocation)
+{
+  disk_.noDirectWrites = true;
+  EXPECT_TRUE(Write());
+  ExpectComplete();
+  disk_.noPreallocation = true;
+  EXPECT_TRUE(Write());
+  ExpectComplete();
+  disk_.noDirectWrites = false;
+  EXPECT_TRUE(Write());
+  ExpectComplete();
+}
+
+TEST_P(SpoolPipeline, WritesOnWhereAWriteWasCutShort)
+{
+  disk_.noPreallocation = true;
+  disk_.writesAreCut = true;
+  EXPECT_TRUE(Write());
+  ExpectComplete();
+}
+
+TEST_P(SpoolPipeline, KeepsTheImagesBeforeAWriteThatFailed)
+{
+  disk_.noPreallocation = true; // images are then written, and not mapped
+  for (const int before : {0, 1, 5}) {
+    disk_.writesUntilError = before;
+    EXPECT_FALSE(Write());
+    ExpectFailed();
+    EXPECT_LT(ExpectImages(), images_.size());
+  }
+}
+
+TEST_P(SpoolPipeline, TellsOfWhatCouldNotBeBroughtToTheDiskInTheEnd)
+{
+  disk_.syncFails = true;
+  EXPECT_FALSE(Write());
+  ExpectFailed();
+}
+
+TEST_P(SpoolPipeline, FailsWhereFilesCannotBeMapped)
+{
+  disk_.noDirectWrites = true;
+  disk_.noMapping = true;
+  EXPECT_FALSE(Write());
+  ExpectFailed();
+  EXPECT_EQ(ExpectImages(), 0u);
+}
+
+TEST_P(SpoolPipeline, WaitsForASlowDisk)
+{
+  disk_.noPreallocation = true;
+  disk_.writeDelayMs = 10;
+  EXPECT_TRUE(Write());
+  ExpectComplete();
+}
+
+TEST_P(SpoolPipeline, DoesWithAsManyThreadsAsThereAre)
+{
+  EXPECT_TRUE(Write(0));
+  ExpectComplete();
+  EXPECT_TRUE(Write(50));
+  ExpectComplete();
+  // With no thread to be had everything is done by the caller, but for what the write task does.
+  system_calls::Directed system;
+  system.threadCreationError = EAGAIN;
+  const bool needsThread = GetParam().method == TSpoolLayout::kImagePerFile;
+  EXPECT_EQ(Write(), !needsThread);
+  if (!needsThread) ExpectComplete();
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, SpoolPipeline,
+                         ::testing::Values(TCase{1, 9001, 40}, TCase{1, 300007, 12}, TCase{3, 3001, 2000},
+                                           TCase{3, 300007, 40}, TCase{3, 524288, 30}));
+
+} // namespace
