@@ -23,7 +23,7 @@
  * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do
  *    not call SetCurrentCamera() until the run has ended.
  * 8. Some 430 functions of older cameras are kept so that their programs link and run; they do nothing but return a
- *    code. They are in vxmcd_fixed_results.h, which is part of this file.
+ *    code, and some write a fixed value. They are in vxmcd_fixed_results.h, which is part of this file.
  */
 #ifndef VXMCD_H
 #define VXMCD_H

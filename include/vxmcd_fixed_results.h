@@ -4,8 +4,9 @@
 
 /**
  * @file vxmcd_fixed_results.h
- * Functions that are kept by name, so that old programs link and run. They do nothing, whatever they are given, and
- * return the code that stands with them, with or without an open camera, from any thread, without blocking.
+ * Functions that are kept by name, so that old programs link and run. They do nothing but return the code that
+ * stands with them, with or without an open camera, from any thread, without blocking; some write a fixed value
+ * first, as stated with them.
  *
  * Where the arguments of a function are not known, any can be passed. A program that has functions of these names
  * itself defines VXMCD_WITHOUT_FIXED_RESULTS before it includes vxmcd.h.
@@ -64,7 +65,7 @@ VXMCD_API unsigned int SetWavelength(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetAdjustedRingExposureTimes(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetDDGExternalOutputEnabled(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetDDGExternalOutputPolarity(VXMCD_ANY_ARGUMENTS);
-/** Writes 32-bit 0 through the second argument; null is skipped. */
+/** Writes 32-bit 0 through the second argument, floating-point numbers not counted; null is skipped. */
 VXMCD_API unsigned int GetDDGExternalOutputStepEnabled(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetDDGExternalOutputTime(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetDDGInsertionDelay(VXMCD_ANY_ARGUMENTS);
@@ -139,7 +140,7 @@ VXMCD_API unsigned int GetDDGIOCPulses(void* first);
 VXMCD_API unsigned int GetDDGIOCTrigger(void* first);
 /** Writes 32-bit 0 through the first argument; null is skipped. */
 VXMCD_API unsigned int GetDDGOpticalWidthEnabled(void* first);
-/** Writes 64-bit 0 through the second argument; null is skipped. */
+/** Writes 64-bit 0 through the second argument, floating-point numbers not counted; null is skipped. */
 VXMCD_API unsigned int GetDDGTTLGateWidth(VXMCD_ANY_ARGUMENTS);
 /** Writes 32-bit 0 through the first argument; null is skipped. */
 VXMCD_API unsigned int GetNumberDDGExternalOutputs(void* first);
@@ -382,10 +383,10 @@ VXMCD_API unsigned int WriteString(VXMCD_ANY_ARGUMENTS);
 VXMCD_DECORATED unsigned int GetCameraInformation(int, long*);
 VXMCD_API unsigned int GetID(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetNumberDevices(VXMCD_ANY_ARGUMENTS);
-/** Writes 32-bit 0 through the third argument; null is skipped. */
+/** Writes 32-bit 0 through the third argument, floating-point numbers not counted; null is skipped. */
 VXMCD_API unsigned int GetQE(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetQXCameraInfo(VXMCD_ANY_ARGUMENTS);
-/** Writes 32-bit 0 through the fifth argument; null is skipped. */
+/** Writes 32-bit 0 through the fifth argument, floating-point numbers not counted; null is skipped. */
 VXMCD_API unsigned int GetSensitivity(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetVRMStructureVersion(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int IdQuorinDll(VXMCD_ANY_ARGUMENTS);

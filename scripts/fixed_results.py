@@ -42,7 +42,8 @@ class Row:
         """What a VALUE row writes, in words."""
         bits = 64 if self.type == "long long" else 32
         places = self.outputs.strip("()").replace(", ", " and the ")
-        return f"{bits}-bit {self.value} through the {places} argument"
+        counting = ", floating-point numbers not counted" if self.takes_any() else ""
+        return f"{bits}-bit {self.value} through the {places} argument{counting}"
 
 
 def read():
