@@ -18,9 +18,12 @@ using QuorinUtility::TQuorinTaskLauncher;
 
 TBlockSpooler::TBlockSpooler(ISpooler* spooler, std::uint64_t imageSizeBytes, std::uint32_t imagesPerBlock,
                              int threadCount)
-    : spooler_(spooler), imageSizeBytes_(imageSizeBytes), imagesPerBlock_(imagesPerBlock), closeTask_(spooler)
+    : spooler_(spooler),
+      imageSizeBytes_(imageSizeBytes),
+      imagesPerBlock_(imagesPerBlock),
+      closeTask_(spooler),
+      launchers_(MakeLaunchers(threadCount))
 {
-  for (int i = 0; i < threadCount; ++i) launchers_.push_back(std::make_unique<TQuorinTaskLauncher>());
 }
 
 TBlockSpooler::~TBlockSpooler()

@@ -2,6 +2,7 @@
 // Spools images without holding up the acquisition thread.
 #include "spool/TQueuedSpooler.h"
 
+#include "spool/launching.h"
 #include "spool/TCreateAndWriteFileTask.h"
 #include "spool/TSlotReturnTask.h"
 #include "spool/TSpoolFault.h"
@@ -10,8 +11,6 @@
 #include <cerrno>
 #include <chrono>
 
-using QuorinUtility::TQuorinTaskLauncher;
-
 namespace {
 
 constexpr std::chrono::milliseconds kFinishSlice{50};
@@ -19,15 +18,12 @@ constexpr std::chrono::milliseconds kFinishSlice{50};
 } // namespace
 
 TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount)
-    : fault_(fault), queuing_(&input_)
+    : fault_(fault), queuing_(&input_), launchers_(MakeLaunchers(threadCount))
 {
-  for (int i = 0; i < threadCount; ++i) {
-    launchers_.push_back(std::make_unique<TQuorinTaskLauncher>());
-    launcherPointers_.push_back(launchers_.back().get());
-  }
+  for (const auto& launcher : launchers_) launcherPointers_.push_back(launcher.get());
   slotReturn_ = std::make_unique<TSlotReturnTask>(&input_, &reuse_, fault_);
-  writeTask_ = std::make_unique<TCreateAndWriteFileTask>(launcherPointers_.data(), spooler, threadCount, &input_,
-                                                         &reuse_, nullptr);
+  writeTask_ = std::make_unique<TCreateAndWriteFileTask>(
+      launcherPointers_.data(), spooler, static_cast<int>(launcherPointers_.size()), &input_, &reuse_, nullptr);
   if (!writeTask_->IsAlive() || !slotReturn_->IsAlive()) fault_->Raise("no thread for", "the images", EAGAIN);
 }
 

@@ -4,32 +4,11 @@
 
 #include "spool/image_writing.h"
 #include "spool/launching.h"
-#include "utility/TQuorinLibDebugOutput.h"
 #include "utility/TQuorinTaskLauncher.h"
 
-#include <algorithm>
-
-using QuorinUtility::TQuorinLibDebugOutput;
-using QuorinUtility::TQuorinTaskLauncher;
-
-namespace {
-
-int BoundedCount(int count)
-{
-  if (count > TThreadedSpooler::kMaxThreads)
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
-                                  "%d spool threads are too many, there will be %d", count,
-                                  TThreadedSpooler::kMaxThreads);
-  return std::clamp(count, 0, TThreadedSpooler::kMaxThreads);
-}
-
-} // namespace
-
 TThreadedSpooler::TThreadedSpooler(ISpooler* spooler, int threadCount)
-    : spooler_(spooler), threadCount_(BoundedCount(threadCount))
+    : spooler_(spooler), launchers_(MakeLaunchers(threadCount)), threadCount_(static_cast<int>(launchers_.size()))
 {
-  launchers_.reserve(static_cast<std::size_t>(threadCount_));
-  for (int i = 0; i < threadCount_; ++i) launchers_.push_back(std::make_unique<TQuorinTaskLauncher>());
 }
 
 TThreadedSpooler::~TThreadedSpooler() = default;

@@ -20,10 +20,7 @@ class TQuorinTaskLauncher;
 class TThreadedSpooler final : public ISpoolAlgorithm, public QuorinUtility::IQuorinTask
 {
 public:
-  /// The most threads there can be: a number out of a program's configuration must not use up the process's.
-  static constexpr int kMaxThreads = 256;
-
-  /// Without a spooler frames are accepted and dropped. With a count below 1, or when threads cannot be made, images
+  /// At most kMaxLaunchers threads are made. Without a spooler frames are accepted and dropped. With a count below 1, or when threads cannot be made, images
   /// are closed on the thread that calls Spool().
   TThreadedSpooler(ISpooler* spooler, int threadCount);
   /// Blocks until every image is closed.
@@ -40,7 +37,7 @@ public:
 
 private:
   ISpooler* spooler_;
-  int threadCount_;
+  std::vector<std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> launchers_;
+  const int threadCount_; // the launchers' number
   int next_ = 0;
-  std::vector<std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> launchers_; // threadCount_ of them
 };

@@ -3,7 +3,24 @@
 #include "spool/launching.h"
 
 #include "utility/IQuorinTask.h"
+#include "utility/TQuorinLibDebugOutput.h"
 #include "utility/TQuorinTaskLauncher.h"
+
+#include <algorithm>
+
+using QuorinUtility::TQuorinLibDebugOutput;
+using QuorinUtility::TQuorinTaskLauncher;
+
+std::vector<std::unique_ptr<TQuorinTaskLauncher>> MakeLaunchers(int count)
+{
+  if (count > kMaxLaunchers)
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
+                                  "%d spool threads are too many, there will be %d", count, kMaxLaunchers);
+  std::vector<std::unique_ptr<TQuorinTaskLauncher>> launchers(
+      static_cast<std::size_t>(std::clamp(count, 0, kMaxLaunchers)));
+  for (auto& launcher : launchers) launcher = std::make_unique<TQuorinTaskLauncher>();
+  return launchers;
+}
 
 void LaunchOrExecute(QuorinUtility::TQuorinTaskLauncher* launcher, QuorinUtility::IQuorinTask* task,
                      void* argument)

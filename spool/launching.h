@@ -2,6 +2,9 @@
 // Handing tasks to launchers in turn.
 #pragma once
 
+#include <memory>
+#include <vector>
+
 namespace QuorinUtility {
 class IQuorinTask;
 class TQuorinTaskLauncher;
@@ -11,6 +14,13 @@ class TQuorinTaskLauncher;
 /// calling thread.
 void LaunchOrExecute(QuorinUtility::TQuorinTaskLauncher* launcher, QuorinUtility::IQuorinTask* task,
                      void* argument);
+
+/// The most launchers that spooling uses: a number out of a program's configuration must not use up the process's
+/// threads.
+inline constexpr int kMaxLaunchers = 256;
+
+/// As many launchers as asked for, between none and kMaxLaunchers. Throws only when memory is short.
+std::vector<std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> MakeLaunchers(int count);
 
 /// The launcher whose turn it is after @p launcher, of @p count.
 constexpr int NextInTurn(int launcher, int count)

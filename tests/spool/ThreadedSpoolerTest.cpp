@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Frames copied on the caller's thread, images closed on others.
 #include "spool/TThreadedSpooler.h"
+
+#include "spool/launching.h"
 #include "tests/spool/TMemorySpooler.h"
 #include "tests/spool/WriteFailures.h"
 #include "tests/utility/SystemCalls.h"
@@ -100,7 +102,7 @@ TEST_F(ThreadedSpooler, MakesABoundedNumberOfThreads)
   const auto threads = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
   const auto before = threads();
   const TThreadedSpooler spooler(&images_, INT_MAX);
-  EXPECT_EQ(threads() - before, TThreadedSpooler::kMaxThreads);
+  EXPECT_EQ(threads() - before, kMaxLaunchers);
 }
 
 TEST_F(ThreadedSpooler, AcceptsFramesWithoutASpoolerOrThatCannotBeClosed)
