@@ -128,7 +128,11 @@ int TVxmcdAcquisitionManager::StartRun()
   thread_->SetLoopCount(loopCount);
   thread_->SetTimeout(timeoutMs);
 
-  if (!StartCamera()) return kStartFailed;
+  if (!StartCamera()) {
+    GetDispatchQueue()->Abort();
+    GetDispatchQueue()->Finalise();
+    return kStartFailed;
+  }
   thread_->Start();
   thread_->WaitForBegin(kStartTimeoutMs);
   return kDone;

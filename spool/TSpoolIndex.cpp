@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -52,6 +53,8 @@ bool TSpoolIndex::Append(std::span<const TImage> images)
   int error = CheckFileSizeLimit(offset + size);
   if (error == 0) error = WriteAll(file_.Get(), records.data(), size, offset);
   if (error != 0) {
+    // A part of the records may have fitted in; the count is to be what the file says.
+    if (ftruncate(file_.Get(), static_cast<off_t>(offset)) != 0) fault_->Raise("cannot shorten", path_, errno);
     fault_->Raise("cannot write", path_, error);
     return false;
   }

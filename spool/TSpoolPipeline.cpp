@@ -88,15 +88,17 @@ bool TSpoolPipeline::PrepareDirectory(const std::string& path)
   return true;
 }
 
-// The description goes first and the new one comes last, so that it never stands beside another run's files.
+// The description goes first and the new one comes last, so that it never stands beside another run's files; what
+// cannot be removed keeps all that comes after it.
 void TSpoolPipeline::RemoveEarlierRun()
 {
   const auto remove = [this](const char* name) {
+    if (fault_.IsRaised()) return;
     const std::string file = directory_ + "/" + name;
     if (unlink(file.c_str()) != 0 && errno != ENOENT) fault_.Raise("cannot remove", file, errno);
   };
   remove(TAcquisitionMetadata::mpsz_iniFilename);
-  fileSpooler_.Remove();
+  if (!fault_.IsRaised()) fileSpooler_.Remove();
   remove(TSpoolIndex::kFileName);
 }
 
@@ -134,13 +136,18 @@ bool TSpoolPipeline::Spool(int index, unsigned char* buffer)
   if (fault_.IsRaised() || finished_) return false;
   if (!firstFrameTimeNs_) firstFrameTimeNs_ = HostTimeNs();
   const bool accepted = algorithm_->Spool(index, buffer, static_cast<int>(layout_.imageSizeBytes)) == 1;
-  if (!accepted) fault_.Raise("cannot write image", std::to_string(index + 1), EIO);
+  if (accepted)
+    ++accepted_;
+  else
+    fault_.Raise("cannot write image", std::to_string(index + 1), EIO);
   return !fault_.IsRaised();
 }
 
 void TSpoolPipeline::Abort()
 {
-  if (queued_) queued_->Abort();
+  if (!queued_) return; // what the others have accepted is copied already, and will be written
+  aborted_ = true;
+  queued_->Abort();
 }
 
 // Large files are on the disk already, and only their names are not. Many small ones are brought there together.
@@ -151,6 +158,13 @@ void TSpoolPipeline::SyncDirectory()
   if (result != 0) fault_.Raise("cannot write", directory_, errno);
 }
 
+// A process that was forked meanwhile has the descriptor too, so that closing it here would not open the lock.
+void TSpoolPipeline::LetGoOfDirectory()
+{
+  if (directoryLock_.IsOpen()) flock(directoryLock_.Get(), LOCK_UN);
+  directoryLock_.Close();
+}
+
 void TSpoolPipeline::Finish()
 {
   if (finished_) return;
@@ -159,14 +173,21 @@ void TSpoolPipeline::Finish()
     queued_->Finish();
   else
     algorithm_.reset();
+  imageSpooler_.reset(); // with its memory, which may be large
   fileSpooler_.Finish();
   index_.Close();
-  if (!described_) return;
+  if (described_) CompleteDescription();
+  LetGoOfDirectory();
+}
+
+void TSpoolPipeline::CompleteDescription()
+{
   SyncDirectory();
+  if (!aborted_ && index_.Count() != accepted_) fault_.Raise("images are missing in", directory_, EIO);
 
   TSpoolDescription::TOutcome outcome;
   outcome.imagesWritten = index_.Count();
-  outcome.completed = outcome.imagesWritten == seriesLength_;
+  outcome.completed = !fault_.IsRaised() && outcome.imagesWritten == seriesLength_;
   outcome.failure = fault_.Text();
   outcome.firstFrameTimeNs = firstFrameTimeNs_;
   outcome.firstFrameTick = firstFrameTick_;

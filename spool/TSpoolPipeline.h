@@ -9,9 +9,9 @@
 #include "spool/TSpoolIndex.h"
 #include "spool/TSpoolLayout.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -59,6 +59,8 @@ private:
   void MakeAlgorithm(int threadCount);
   void ReserveRoom();
   void SyncDirectory();
+  void CompleteDescription();
+  void LetGoOfDirectory();
 
   TSpoolFault fault_;
   std::string directory_;
@@ -74,6 +76,8 @@ private:
   TQueuedSpooler* queued_ = nullptr; // the algorithm, if it is this one
   std::optional<std::int64_t> firstFrameTimeNs_;
   std::optional<std::int64_t> firstFrameTick_;
+  std::uint64_t accepted_ = 0;       // images
+  std::atomic<bool> aborted_{false}; // images may be given up
   bool described_ = false;
   bool finished_ = false;
 };

@@ -16,8 +16,11 @@
 #include <sched.h>
 #include <span>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -63,9 +66,24 @@ protected:
   /// The run may end before all frames are pushed, and the camera refuses the rest.
   static void PushWhatIsTaken(int count) { VXSIM_PushFrames(0, count); }
 
+  /// Whether another process could write a run into the directory.
+  bool IsDirectoryFree() const
+  {
+    const int other = open(run_.Path().c_str(), O_RDONLY | O_DIRECTORY);
+    const bool isFree = flock(other, LOCK_EX | LOCK_NB) == 0;
+    close(other);
+    return isFree;
+  }
+
   static bool HasEnded()
   {
     return Eventually([] { return Status() != RC_ACQUIRING; });
+  }
+
+  /// As HasEnded(), but a failure shows in the status before the directory is complete.
+  bool HasEndedOnDisk() const
+  {
+    return HasEnded() && Eventually([this] { return run_.Text("run", "State") != "recording"; });
   }
 
   static void ExpectNoStrayFiles(const TSpoolDirectory& run)
@@ -77,6 +95,12 @@ protected:
   TScratchDirectory scratch_;
   TSpoolDirectory run_{scratch_.Directory() + "/a/b"};
 };
+
+class SpoolMethods : public Spool, public ::testing::WithParamInterface<int>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Methods, SpoolMethods, ::testing::Values(kImagePerFile, kImagesTogether));
 
 constexpr std::size_t kCounterBytes = kCounterPixels * 2;
 
@@ -210,11 +234,68 @@ TEST_F(Spool, WrongArgumentsAreRefusedBeforeTheCameraIsLookedUp)
   ExpectCleanRun();
 }
 
-// --- runs that end early ---------------------------------------------------------------------------------------
-
-class SpoolMethods : public Spool, public ::testing::WithParamInterface<int>
+TEST_P(SpoolMethods, AFinishedRunKeepsNothingOpen)
 {
-};
+  Open();
+  ExpectCleanRun();
+  const int descriptors = DescriptorCount();
+  SpoolTo(run_.Path(), GetParam());
+  StartSeries(2);
+  EXPECT_FALSE(IsDirectoryFree());
+  Push(2);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_TRUE(IsDirectoryFree());
+  EXPECT_EQ(DescriptorCount(), descriptors);
+}
+
+TEST_P(SpoolMethods, TheNumberOfThreadsIsBounded)
+{
+  Open();
+  const int threads = ThreadCount();
+  SpoolTo(run_.Path(), GetParam());
+  ASSERT_EQ(SetSpoolThreadCount(1000), RC_SUCCESS);
+  StartSeries(1);
+  EXPECT_LE(ThreadCount() - threads, 256 + 3) << "and those that make files, close them and give slots back";
+  Push(1);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(Status(), RC_IDLE);
+}
+
+/// How much of a file is in the page cache, 0 to 1.
+double CachedPart(const std::string& file)
+{
+  const int descriptor = open(file.c_str(), O_RDONLY);
+  struct stat status = {};
+  fstat(descriptor, &status);
+  const auto size = static_cast<std::size_t>(status.st_size);
+  void* const memory = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
+  std::vector<unsigned char> pages((size + 4095) / 4096);
+  EXPECT_EQ(mincore(memory, size, pages.data()), 0);
+  munmap(memory, size);
+  close(descriptor);
+  return static_cast<double>(std::count_if(pages.begin(), pages.end(), [](auto page) { return page & 1; })) /
+         static_cast<double>(pages.size());
+}
+
+// What fills the page cache is missing when memory for the next ring is looked for.
+TEST_F(Spool, LargeFilesDoNotStayInThePageCache)
+{
+  struct statfs system = {};
+  ASSERT_EQ(statfs(scratch_.Directory().c_str(), &system), 0);
+  if (system.f_type == 0x01021994) GTEST_SKIP() << "files of tmpfs are nowhere else";
+  Open(256, 256);
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartSeries(600);
+  for (int pushed = 0; pushed < 600; pushed += 100) {
+    Push(100);
+    ASSERT_TRUE(HasImages(pushed + 100));
+  }
+  ASSERT_TRUE(HasEnded());
+  ASSERT_EQ(Status(), RC_IDLE);
+  EXPECT_LT(CachedPart(run_.Path() + "/spool_0000000000.dat"), 0.1);
+}
+
+// --- runs that end early ---------------------------------------------------------------------------------------
 
 TEST_P(SpoolMethods, AnAbortKeepsWhatWasWrittenAndSaysHowMuch)
 {
@@ -263,7 +344,31 @@ TEST_P(SpoolMethods, ADirectoryThatCannotBeUsedEndsTheRunWithItsStatus)
   EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), 10u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Methods, SpoolMethods, ::testing::Values(kImagePerFile, kImagesTogether));
+TEST_P(SpoolMethods, ACameraThatDoesNotStartLeavesARunWithoutImages)
+{
+  Open();
+  ExpectCleanRun();
+  const int threads = ThreadCount();
+  SpoolTo(run_.Path(), GetParam());
+  AddFault("call VX_Command feature AcquisitionStart at 1 rc 37");
+  EXPECT_EQ(StartAcquisition(), RC_FRAME_UNAVAILABLE);
+  EXPECT_EQ(run_.Text("run", "State"), "aborted");
+  EXPECT_TRUE(IsDirectoryFree());
+  EXPECT_TRUE(Eventually([threads] { return ThreadCount() == threads; }));
+}
+
+TEST_F(Spool, AnEarlierRunThatCannotBeRemovedStaysWhole)
+{
+  Open();
+  fs::create_directories(run_.Path() + "/acquisitionmetadata.ini");
+  std::ofstream(run_.Path() + "/spool_0000000000.dat") << "an image";
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartSeries(5);
+  PushWhatIsTaken(5);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE);
+  EXPECT_TRUE(fs::exists(run_.Path() + "/spool_0000000000.dat"));
+}
 
 TEST_F(Spool, ADirectoryThatVanishesEndsTheRunWithItsStatus)
 {
@@ -386,7 +491,7 @@ TEST_P(SpoolFullDisk, EndsTheRunWithItsStatusAndTheFramesBeforeIntact)
       SpoolTo(run_.Path(), size.method);
       StartSeries(size.images);
       PushWhatIsTaken(size.images);
-      if (!HasEnded() || Status() != RC_STATUS_SPOOL_ISSUE) return 2;
+      if (!HasEndedOnDisk() || Status() != RC_STATUS_SPOOL_ISSUE) return 2;
       if (WaitForAcquisitionTimeOut(50) != RC_NO_NEW_DATA) return 3;
       const auto written = static_cast<long>(ExpectImagesOnDisk(run_, pixelBytes));
       EXPECT_EQ(written, run_.Number("run", "ImagesWritten"));
@@ -405,6 +510,27 @@ INSTANTIATE_TEST_SUITE_P(Sizes, SpoolFullDisk,
                          ::testing::Values(TSize{16, 8, kImagePerFile, 4000, 2},
                                            TSize{512, 512, kImagePerFile, 20, 2},
                                            TSize{512, 512, kImagesTogether, 20, 2}));
+
+// The image file has its room from the beginning; it is the index that fills the disk, in the middle of a block's
+// records.
+TEST_F(Spool, AnIndexThatFillsTheDiskHasAsManyRecordsAsTheRunSays)
+{
+  for (const char* room : {"9400k", "9500k", "9600k"}) {
+    const int result = OnSmallDisk(scratch_.Directory(), room, [this] {
+      VXSIM_Configure(kFreeCounterCamera);
+      Open();
+      SpoolTo(run_.Path(), kImagesTogether);
+      StartSeries(28000);
+      if (!HasEndedOnDisk() || Status() != RC_STATUS_SPOOL_ISSUE) return 2;
+      const auto written = static_cast<long>(run_.VisitImages([](auto, const auto&) {}));
+      EXPECT_GT(written, 0);
+      EXPECT_EQ(run_.Number("run", "ImagesWritten"), written);
+      return HasFailure() ? 3 : 0;
+    });
+    if (result < 0) GTEST_SKIP() << "no right to mount a small file system here";
+    EXPECT_EQ(result, 0) << room;
+  }
+}
 
 // --- killed ----------------------------------------------------------------------------------------------------
 
