@@ -129,6 +129,7 @@ int TAcquisitionMetadata::SaveFile(const char* directory) const
   }
   const std::string fileName = constructFilename(directory);
   const std::string temporary = fileName + kTemporarySuffix;
+  ::unlink(temporary.c_str()); // whatever it is, a link to another file for one
   if (parser_.SaveIni(temporary.c_str()) == TQuorinIniParser::INI_OK && Sync(temporary) &&
       std::rename(temporary.c_str(), fileName.c_str()) == 0) {
     TQuorinFilePath path(directory);

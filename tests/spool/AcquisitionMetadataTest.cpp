@@ -8,6 +8,7 @@
 #include <climits>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,6 +34,18 @@ protected:
 };
 
 } // namespace
+
+TEST_F(AcquisitionMetadata, IsWrittenThroughNoLink)
+{
+  const TScratchDirectory other;
+  const std::string victim = other.Directory() + "/notes";
+  std::ofstream(victim) << "mine";
+  fs::create_symlink(victim, File() + ".tmp");
+  EXPECT_EQ(metadata_.SetImagesPerFile(32), 0);
+  EXPECT_EQ(metadata_.SaveFile(directory_.Directory().c_str()), 0);
+  EXPECT_EQ(TextOf(victim), "mine");
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(File())));
+}
 
 TEST_F(AcquisitionMetadata, IsAProfileFileThatReadsBack)
 {
