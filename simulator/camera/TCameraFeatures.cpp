@@ -2,19 +2,17 @@
 // The table of features: what each reads, writes and depends on.
 #include "simulator/camera/TCameraFeatures.h"
 
+#include "simulator/camera/bus_features.h"
+#include "simulator/camera/feature_rows.h"
 #include "simulator/camera/TFrameTiming.h"
 #include "simulator/config/TConfigurationText.h"
-#include "simulator/features/TBoolFeature.h"
-#include "simulator/features/TCommandFeature.h"
 #include "simulator/features/TEnumFeature.h"
-#include "simulator/features/TFloatFeature.h"
-#include "simulator/features/TIntFeature.h"
-#include "simulator/features/TStringFeature.h"
 
 #include <algorithm>
 #include <climits>
 #include <cwchar>
 #include <iterator>
+#include <span>
 
 namespace vxsim {
 
@@ -24,81 +22,10 @@ constexpr long long kMaxBaselineCounts = 500;
 constexpr long long kMaxSensorPixels = 16384;
 constexpr long long kMaxAccumulations = 100000;
 
-/// What a row of the table works with.
-struct TBuild
-{
-  TCameraState& state;
-  const TCameraActions& actions;
-  const TFeatureOverride& change;
-
-  TFeatureAccess Access() const
-  {
-    TFeatureAccess access;
-    access.readOnly = change.readOnly;
-    return access;
-  }
-  /// Writable, but not in a run.
-  TFeatureAccess IdleOnly() const
-  {
-    TFeatureAccess access = Access();
-    access.writable = [&s = state] { return !s.acquiring; };
-    return access;
-  }
-
-  std::unique_ptr<IFeature> Int(TFeatureAccess access, TNumberBinding<long long> binding) const
-  {
-    return std::make_unique<TIntFeature>(std::move(access), state.revision, std::move(binding), change);
-  }
-  std::unique_ptr<IFeature> Float(TFeatureAccess access, TNumberBinding<double> binding) const
-  {
-    return std::make_unique<TFloatFeature>(std::move(access), state.revision, std::move(binding), change);
-  }
-  std::unique_ptr<IFeature> Bool(TFeatureAccess access, bool& value) const
-  {
-    return std::make_unique<TBoolFeature>(
-        std::move(access), state.revision, [&value] { return value; }, [&value](bool v) { value = v; });
-  }
-  std::unique_ptr<IFeature> String(const wchar_t* text) const
-  {
-    TFeatureAccess access;
-    access.readOnly = true;
-    return std::make_unique<TStringFeature>(std::move(access), state.revision, change.value.value_or(text));
-  }
-  std::unique_ptr<IFeature> Command(TFeatureAccess access, std::function<int(TDeviceLock&)> run) const
-  {
-    return std::make_unique<TCommandFeature>(std::move(access), state.revision, std::move(run));
-  }
-  /// A number that the camera only tells. A configured value takes its place.
-  std::unique_ptr<IFeature> Reading(std::function<long long()> get) const
-  {
-    if (change.value) get = [fixed = std::wcstoll(change.value->c_str(), nullptr, 10)] { return fixed; };
-    return Int(Access(), {.get = std::move(get), .set = {}, .minimum = {}, .maximum = {}});
-  }
-  std::unique_ptr<IFeature> Reading(std::function<double()> get) const
-  {
-    if (change.value) get = [fixed = std::wcstod(change.value->c_str(), nullptr)] { return fixed; };
-    return Float(Access(), {.get = std::move(get), .set = {}, .minimum = {}, .maximum = {}});
-  }
-};
-
-/// One feature: its name, how it is made, and whether a configured value is set through it or baked in.
-struct TRow
-{
-  const wchar_t* name;
-  std::unique_ptr<IFeature> (*make)(const TBuild& build);
-  bool setsValue = false;
-};
-
-// Configured limits may be anything; these hold beside them, so that nothing is divided by 0 or read beyond its
-// end.
+// Configured limits may be anything; this holds beside them, so that nothing is divided by 0 or read beyond its end.
 bool IsSizeOnSensor(long long size)
 {
   return size >= 1 && size <= kMaxSensorPixels;
-}
-
-bool IsPlaceIn(long long place, long long count)
-{
-  return place >= 0 && place < count;
 }
 
 std::unique_ptr<IFeature> MakeAoiLeft(const TBuild& b)
@@ -339,94 +266,6 @@ std::unique_ptr<IFeature> MakeTargetTemperature(const TBuild& b)
                               .maximum = [&m = b.state.model] { return m.thermal.targetMaximumCelsius; }});
 }
 
-/// Registers lie where they lie, so the address has a rule of its own besides the limits.
-std::unique_ptr<IFeature> MakeRegisterAddress(const TBuild& b)
-{
-  TRegisterFile& r = b.state.registers;
-  return b.Int(b.Access(), {.get = [&r] { return r.Address(); },
-                            .set = [&r](long long v) { r.SetAddress(v); },
-                            .minimum = [] { return 0LL; },
-                            .maximum = [] { return static_cast<long long>(UINT32_MAX); },
-                            .accepts = [&r](long long v) { return r.IsKnown(v); }});
-}
-
-std::unique_ptr<IFeature> MakeRegisterCount(const TBuild& b)
-{
-  TRegisterFile& r = b.state.registers;
-  return b.Int(b.Access(), {.get = [&r] { return r.Count(); },
-                            .set = [&r](long long v) { r.SetCount(v); },
-                            .minimum = [] { return 0LL; },
-                            .maximum = [&r] { return r.CountMaximum(); },
-                            .accepts = [](long long v) { return v >= 0 && v <= TRegisterFile::kMaximumCount; }});
-}
-
-std::unique_ptr<IFeature> MakeRegisterIndex(const TBuild& b)
-{
-  TRegisterFile& r = b.state.registers;
-  return b.Int(b.Access(), {.get = [&r] { return r.Index(); },
-                            .set = [&r](long long v) { r.SetIndex(v); },
-                            .minimum = [] { return 0LL; },
-                            .maximum = [&r] { return r.Count() - 1; },
-                            .accepts = [&r](long long v) { return IsPlaceIn(v, r.Count()); }});
-}
-
-std::unique_ptr<IFeature> MakeRegisterValue(const TBuild& b)
-{
-  TRegisterFile& r = b.state.registers;
-  TFeatureAccess access = b.Access();
-  access.available = [&r] { return r.Count() > 0; };
-  return b.Int(std::move(access), {.get = [&r] { return r.Value(); },
-                                   .set = [&r](long long v) { r.SetValue(v); },
-                                   .minimum = [] { return 0LL; },
-                                   .maximum = [] { return static_cast<long long>(UINT32_MAX); }});
-}
-
-std::unique_ptr<IFeature> MakeI2cAddress(const TBuild& b, TI2cBus& bus)
-{
-  return b.Int(b.Access(), {.get = [&bus] { return bus.Address(); },
-                            .set = [&bus](long long v) { bus.SetAddress(v); },
-                            .minimum = [] { return TI2cBus::kLowestAddress; },
-                            .maximum = [] { return TI2cBus::kHighestAddress; }});
-}
-
-std::unique_ptr<IFeature> MakeI2cByteCount(const TBuild& b, TI2cBus& bus)
-{
-  return b.Int(b.Access(), {.get = [&bus] { return bus.Count(); },
-                            .set = [&bus](long long v) { bus.SetCount(v); },
-                            .minimum = [] { return 0LL; },
-                            .maximum = [] { return TI2cBus::kMaximumCount; },
-                            .accepts = [](long long v) { return v >= 0 && v <= TI2cBus::kMaximumCount; }});
-}
-
-std::unique_ptr<IFeature> MakeI2cByteSelector(const TBuild& b, TI2cBus& bus)
-{
-  return b.Int(b.Access(), {.get = [&bus] { return bus.Selector(); },
-                            .set = [&bus](long long v) { bus.SetSelector(v); },
-                            .minimum = [] { return 0LL; },
-                            .maximum = [&bus] { return bus.Count() - 1; },
-                            .accepts = [&bus](long long v) { return IsPlaceIn(v, bus.Count()); }});
-}
-
-std::unique_ptr<IFeature> MakeI2cByte(const TBuild& b, TI2cBus& bus)
-{
-  TFeatureAccess access = b.Access();
-  access.available = [&bus] { return bus.Count() > 0; };
-  return b.Int(std::move(access), {.get = [&bus] { return bus.Byte(); },
-                                   .set = [&bus](long long v) { bus.SetByte(v); },
-                                   .minimum = [] { return 0LL; },
-                                   .maximum = [] { return 255LL; }});
-}
-
-std::unique_ptr<IFeature> MakeI2cRead(const TBuild& b, TI2cBus& bus)
-{
-  return b.Command(b.Access(), [&bus](TDeviceLock&) { return bus.Read(); });
-}
-
-std::unique_ptr<IFeature> MakeI2cWrite(const TBuild& b, TI2cBus& bus)
-{
-  return b.Command(b.Access(), [&bus](TDeviceLock&) { return bus.Write(); });
-}
-
 using TInteger = std::function<long long()>;
 using TReal = std::function<double()>;
 
@@ -502,38 +341,15 @@ const TRow kRows[] = {
        return b.Reading(TReal([now = b.actions.thermal] { return now().ReadingCelsius(); }));
      }},
     {L"TargetSensorTemperature", MakeTargetTemperature, true},
-    {L"RegisterAddress", MakeRegisterAddress, true},
-    {L"RegisterCount", MakeRegisterCount, true},
-    {L"RegisterIndex", MakeRegisterIndex, true},
-    {L"RegisterValue", MakeRegisterValue, true},
-    {L"RegisterRead",
-     [](const TBuild& b) {
-       return b.Command(b.Access(), [&r = b.state.registers](TDeviceLock&) { return r.Read(); });
-     }},
-    {L"RegisterWrite",
-     [](const TBuild& b) {
-       return b.Command(b.Access(), [&r = b.state.registers](TDeviceLock&) { return r.Write(); });
-     }},
-    {L"InternalI2CAddress", [](const TBuild& b) { return MakeI2cAddress(b, b.state.internalBus); }, true},
-    {L"InternalI2CByteCount", [](const TBuild& b) { return MakeI2cByteCount(b, b.state.internalBus); }, true},
-    {L"InternalI2CByteSelector", [](const TBuild& b) { return MakeI2cByteSelector(b, b.state.internalBus); },
-     true},
-    {L"InternalI2CByte", [](const TBuild& b) { return MakeI2cByte(b, b.state.internalBus); }, true},
-    {L"InternalI2CRead", [](const TBuild& b) { return MakeI2cRead(b, b.state.internalBus); }},
-    {L"InternalI2CWrite", [](const TBuild& b) { return MakeI2cWrite(b, b.state.internalBus); }},
-    {L"ControllerI2CAddress", [](const TBuild& b) { return MakeI2cAddress(b, b.state.controllerBus); }, true},
-    {L"ControllerI2CByteCount", [](const TBuild& b) { return MakeI2cByteCount(b, b.state.controllerBus); }, true},
-    {L"ControllerI2CByteSelector", [](const TBuild& b) { return MakeI2cByteSelector(b, b.state.controllerBus); },
-     true},
-    {L"ControllerI2CByte", [](const TBuild& b) { return MakeI2cByte(b, b.state.controllerBus); }, true},
-    {L"ControllerI2CRead", [](const TBuild& b) { return MakeI2cRead(b, b.state.controllerBus); }},
-    {L"ControllerI2CWrite", [](const TBuild& b) { return MakeI2cWrite(b, b.state.controllerBus); }},
 };
 
 const TRow* FindRow(std::wstring_view name)
 {
-  const auto* row = std::ranges::find_if(kRows, [name](const TRow& r) { return name == r.name; });
-  return row == std::end(kRows) ? nullptr : row;
+  const auto isNamed = [name](const TRow& row) { return name == row.name; };
+  if (const auto* row = std::ranges::find_if(kRows, isNamed); row != std::end(kRows)) return row;
+  const std::span<const TRow> busRows = BusFeatureRows();
+  const auto row = std::ranges::find_if(busRows, isNamed);
+  return row == busRows.end() ? nullptr : &*row;
 }
 
 /// Chooses index @p index of a setting as far as it has one.
