@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// The classes that write runs, put together in ways that the library does not choose.
+#include "SpoolParts.h"
+
+#include "BenchmarkCamera.h"
+#include "Rounds.h"
+#include "spool/ISpoolAlgorithm.h"
+#include "spool/TBlockSpooler.h"
+#include "spool/TQueuedSpooler.h"
+#include "spool/TSpoolFault.h"
+#include "spool/TSpoolFileSpooler.h"
+#include "spool/TSpoolImageSpooler.h"
+#include "spool/TSpoolIndex.h"
+#include "spool/TThreadedSpooler.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+constexpr int kThreads = 2;
+
+/// The ways' common face: what is spooled has been written when the object is gone.
+std::unique_ptr<ISpoolAlgorithm> makeAlgorithm(const TSpoolLayout& layout, TSpoolImageSpooler& images,
+                                               TSpoolFault& fault)
+{
+  switch (layout.way) {
+  case TSpoolLayout::kBlocks:
+    return std::make_unique<TBlockSpooler>(&images, layout.imageSizeBytes, layout.imagesPerPlace, kThreads);
+  case TSpoolLayout::kQueued:
+    return std::make_unique<TQueuedSpooler>(&images, &fault, kThreads);
+  case TSpoolLayout::kThreaded:
+    break;
+  }
+  return std::make_unique<TThreadedSpooler>(&images, kThreads);
+}
+
+void syncFileSystemOf(const std::string& directory)
+{
+  const int file = open(directory.c_str(), O_RDONLY | O_DIRECTORY);
+  require(file >= 0 && syncfs(file) == 0, "syncfs");
+  close(file);
+}
+
+} // namespace
+
+WritingCost writeThroughParts(const std::string& directory, const TSpoolLayout& layout, const TSpoolVolume& volume,
+                              const FrameSource& frames, long count)
+{
+  WritingClock clock;
+  double longest = 0;
+  TSpoolFault fault;
+  TSpoolIndex index(&fault);
+  TSpoolFileSpooler files(&fault);
+  files.SetDirectory(directory);
+  files.SetStem(L"spool");
+  files.SetVolume(volume);
+  require(index.Create(directory), "an index");
+  TSpoolImageSpooler images(&files, layout, &index, &fault);
+  auto algorithm = makeAlgorithm(layout, images, fault);
+  for (long i = 0; i < count; ++i) {
+    const double begin = secondsOfClock(CLOCK_MONOTONIC);
+    require(algorithm->Spool(static_cast<int>(i), frames.frame(i), static_cast<int>(frames.frameBytes())) == 1,
+            "spooling a frame");
+    longest = std::max(longest, secondsOfClock(CLOCK_MONOTONIC) - begin);
+  }
+  clock.handedOver();
+  if (layout.way == TSpoolLayout::kQueued) static_cast<TQueuedSpooler&>(*algorithm).Finish();
+  algorithm.reset();
+  files.Finish();
+  require(index.Close() && !fault.IsRaised() && index.Count() == static_cast<std::uint64_t>(count),
+          "every frame is written");
+  syncFileSystemOf(directory);
+  WritingCost cost = clock.onDisk();
+  cost.longestMs = longest * 1e3;
+  return cost;
+}

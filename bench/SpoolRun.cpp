@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+// Runs that the library writes to the disk, through the interface.
+#include "SpoolRun.h"
+
+#include "Rounds.h"
+#include "spool/TAcquisitionMetadata.h"
+#include "vxcore_simulator.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <thread>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kSeries = 3;
+constexpr int kImagesTogether = 3;
+constexpr auto kPollingPace = std::chrono::milliseconds(1);
+constexpr std::size_t kFilesKept = 8; // more than are ever open
+
+bool isRunning()
+{
+  int status = 0;
+  require(GetStatus(&status) == RC_SUCCESS, "GetStatus");
+  return status == RC_ACQUIRING;
+}
+
+void setSeries(const std::string& directory, int method, long count)
+{
+  std::string path = directory;
+  require(SetSpool(1, method, path.data()) == RC_SUCCESS, "SetSpool");
+  require(SetAcquisitionMode(kSeries) == RC_SUCCESS, "SetAcquisitionMode");
+  require(SetNumberKinetics(static_cast<int>(count)) == RC_SUCCESS, "SetNumberKinetics");
+}
+
+void waitUntilOver()
+{
+  while (isRunning()) std::this_thread::sleep_for(kPollingPace);
+}
+
+/// The number behind "<key> =" in the run's description, or -1.
+long described(const std::string& directory, const std::string& key)
+{
+  std::ifstream file(directory + "/" + TAcquisitionMetadata::mpsz_iniFilename);
+  for (std::string line; std::getline(file, line);)
+    if (line.starts_with(key) && line.find('=') != std::string::npos)
+      return std::strtol(line.c_str() + line.find('=') + 1, nullptr, 10);
+  return -1;
+}
+
+/// Removes all but the newest files of images.
+void removeOldFiles(const std::string& directory)
+{
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::directory_iterator(directory))
+    if (entry.path().extension() == ".dat" && entry.path().filename() != "spool_index.dat")
+      files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  for (std::size_t i = 0; i + kFilesKept < files.size(); ++i) fs::remove(files[i]);
+}
+
+/// Does something again and again on a thread of its own while it lives.
+template <class Action>
+class Repeater
+{
+public:
+  Repeater(std::chrono::milliseconds pace, Action action)
+      : thread_([this, pace, action] {
+          while (!ends_) {
+            action();
+            std::this_thread::sleep_for(pace);
+          }
+        })
+  {
+  }
+  ~Repeater()
+  {
+    ends_ = true;
+    thread_.join();
+  }
+  Repeater(const Repeater&) = delete;
+  Repeater& operator=(const Repeater&) = delete;
+
+private:
+  std::atomic<bool> ends_{false};
+  std::thread thread_;
+};
+
+} // namespace
+
+WritingCost spoolSeries(const BenchmarkCamera& camera, const std::string& directory, int method, long count)
+{
+  setSeries(directory, method, count);
+  WritingClock clock;
+  require(StartAcquisition() == RC_SUCCESS, "StartAcquisition");
+  while (camera.framesSoFar() < count && isRunning()) std::this_thread::sleep_for(kPollingPace);
+  clock.handedOver();
+  waitUntilOver();
+  const WritingCost cost = clock.onDisk();
+  require(described(directory, "ImagesWritten") == count, "every frame is written");
+  return cost;
+}
+
+PacedResult spoolAtRate(const BenchmarkCamera& camera, const std::string& directory, long count,
+                        double framesPerSecond)
+{
+  PacedResult result;
+  setSeries(directory, kImagesTogether, count);
+  const double cpu = secondsOfClock(CLOCK_PROCESS_CPUTIME_ID);
+  VXSIM_Statistics before{};
+  VXSIM_GetStatistics(0, &before);
+  require(StartAcquisition() == RC_SUCCESS, "StartAcquisition");
+  {
+    const Repeater cleaning(std::chrono::milliseconds(200), [&] { removeOldFiles(directory); });
+    const auto begin = std::chrono::steady_clock::now();
+    for (; result.frames < count && isRunning(); ++result.frames) {
+      const std::chrono::duration<double> due(static_cast<double>(result.frames) / framesPerSecond);
+      std::this_thread::sleep_until(begin + std::chrono::duration_cast<std::chrono::nanoseconds>(due));
+      VXSIM_PushFrames(0, 1); // what does not fit is counted as overflowed
+      result.mostWaiting = std::max(result.mostWaiting, result.frames + 1 - camera.framesSoFar());
+    }
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    waitUntilOver();
+  }
+  result.cpuSeconds = secondsOfClock(CLOCK_PROCESS_CPUTIME_ID) - cpu;
+  VXSIM_Statistics after{};
+  VXSIM_GetStatistics(0, &after);
+  result.overflowed = after.framesOverflowed - before.framesOverflowed;
+  result.written = described(directory, "ImagesWritten");
+  return result;
+}
