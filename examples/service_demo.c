@@ -38,9 +38,9 @@ static int PrintPotentiometer(int group, int pot)
   int rail = 0;
   if (vxsys_CameraPotsGetPotInfo(group, pot, INFO_NAME, name) != STATUS_DONE ||
       vxsys_CameraPotsGetPotInfo(group, pot, INFO_HAS_RAIL, &hasRail) != STATUS_DONE ||
-      vxsys_CameraPotsGetPotValue(group, pot, &value) != STATUS_DONE ||
-      vxsys_CameraPotsGetRailValue(group, pot, &rail) != STATUS_DONE)
+      vxsys_CameraPotsGetPotValue(group, pot, &value) != STATUS_DONE)
     return 0;
+  if (hasRail && vxsys_CameraPotsGetRailValue(group, pot, &rail) != STATUS_DONE) return 0;
   if (hasRail)
     printf("  %-12s %3d   rail %3d\n", name, value, rail);
   else

@@ -301,7 +301,7 @@ std::uint32_t TCameraPotsFacade::GetRailValue(int group, int pot, int* value)
   Write(value, 0);
   if (!SelectRegister(description->railI2cAddress, description->railI2cInternalAddress)) return kDone;
   unsigned char byte = 0;
-  if (i2c_->Read(LowByte(description->railI2cAddress), &byte, 1) == TI2c::kDone) Write(value, int{byte});
+  if (Fetch(description->railI2cAddress, byte)) Write(value, int{byte});
   return kDone;
 }
 
@@ -345,30 +345,42 @@ void TCameraPotsFacade::ForEachPot(TAction action)
   }
 }
 
+// The value counts as read either way; the log tells when it was not.
 void TCameraPotsFacade::ReadPot(TCameraPot& pot)
 {
   unsigned char byte = 0;
   SelectRegister(pot.i2cAddress, pot.i2cInternalAddress);
-  const int status = i2c_->Read(LowByte(pot.i2cAddress), &byte, 1);
-  if (status != TI2c::kDone)
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
-                                  "I2C device 0x%02X: register %u cannot be read, status %d",
-                                  LowByte(pot.i2cAddress), pot.i2cInternalAddress, status);
+  Fetch(pot.i2cAddress, byte);
   pot.currentValue = byte;
 }
 
 void TCameraPotsFacade::WriteRegister(std::uint32_t address, std::uint32_t internalAddress, int value)
 {
   unsigned char bytes[] = {LowByte(internalAddress), LowByte(static_cast<std::uint32_t>(value))};
-  const int status = i2c_->Write(LowByte(address), bytes, sizeof bytes);
-  if (status != TI2c::kDone)
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
-                                  "I2C device 0x%02X: register %d does not take %d, status %d", LowByte(address),
-                                  bytes[0], bytes[1], status);
+  Send(address, bytes, sizeof bytes);
 }
 
 bool TCameraPotsFacade::SelectRegister(std::uint32_t address, std::uint32_t internalAddress)
 {
   unsigned char byte = LowByte(internalAddress);
-  return i2c_->Write(LowByte(address), &byte, 1) == TI2c::kDone;
+  return Send(address, &byte, 1);
+}
+
+bool TCameraPotsFacade::Send(std::uint32_t address, unsigned char* bytes, unsigned int count)
+{
+  const int status = i2c_->Write(LowByte(address), bytes, count);
+  if (status != TI2c::kDone)
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
+                                  "I2C device 0x%02X does not take %u bytes for register %d, status %d",
+                                  LowByte(address), count, bytes[0], status);
+  return status == TI2c::kDone;
+}
+
+bool TCameraPotsFacade::Fetch(std::uint32_t address, unsigned char& byte)
+{
+  const int status = i2c_->Read(LowByte(address), &byte, 1);
+  if (status != TI2c::kDone)
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
+                                  "I2C device 0x%02X cannot be read, status %d", LowByte(address), status);
+  return status == TI2c::kDone;
 }

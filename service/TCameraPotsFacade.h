@@ -75,6 +75,8 @@ private:
   void ReadPot(TCameraPot& pot);
   void WriteRegister(std::uint32_t address, std::uint32_t internalAddress, int value);
   bool SelectRegister(std::uint32_t address, std::uint32_t internalAddress);
+  bool Send(std::uint32_t address, unsigned char* bytes, unsigned int count);
+  bool Fetch(std::uint32_t address, unsigned char& byte);
 
   std::int32_t groupCount_ = 0;
   std::unique_ptr<std::unique_ptr<char[]>[]> groupNames_;

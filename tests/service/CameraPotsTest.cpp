@@ -7,6 +7,7 @@
 #include "service/TObserverList.h"
 #include "tests/support/Sanitizers.h"
 #include "tests/support/TScratchWorkingDirectory.h"
+#include "utility/TQuorinLibDebugOutput.h"
 
 #include <gtest/gtest.h>
 
@@ -24,6 +25,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+using QuorinUtility::TQuorinLibDebugOutput;
 
 namespace {
 
@@ -397,6 +400,25 @@ TEST_F(CameraPots, RailsAreZeroWhenEitherStepFails)
   bus_.refused["W 48: 10"] = true;
   EXPECT_EQ(Rail(0, 0), 0);
   EXPECT_EQ(bus_.Take(), (TTexts{"W 48: 10"})) << "nothing is read then";
+}
+
+TEST_F(CameraPots, WhatNoStatusTellsIsInTheLog)
+{
+  ASSERT_EQ(Load(), 0u);
+  ASSERT_TRUE(TQuorinLibDebugOutput::Configure("warning:log.txt"));
+  bus_.refused = {{"W 2C: 8 1", true}, {"R 2C", true}, {"W 48: 10", true}};
+  pots_.SetPotValue(0, 0, 1);
+  Value(0, 0);
+  Rail(0, 0);
+  pots_.SaveFile("no/such/directory/file.ini");
+  pots_.LoadFile("missing.ini");
+  TQuorinLibDebugOutput::Configure(nullptr);
+  const std::string log = here_.ReadFile("log.txt");
+  for (const char* const text :
+       {"device 0x2C does not take 2 bytes for register 8", "device 0x2C cannot be read",
+        "device 0x48 does not take 1 bytes for register 10",
+        "file no/such/directory/file.ini is not written: No such", "file missing.ini is not loaded"})
+    EXPECT_NE(log.find(text), std::string::npos) << text << "\n" << log;
 }
 
 TEST_F(CameraPots, CommittingSetsEveryDefaultInOrder)
