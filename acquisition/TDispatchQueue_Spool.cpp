@@ -42,6 +42,7 @@ void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
   TRingDispatchQueue::Initialise(imageSizeBytes);
   const std::lock_guard lock(mutex_);
   pipeline_.reset();
+  settings_.slots = CircularBuffer().GetBufferCount();
   pipeline_ =
       std::make_shared<TSpoolPipeline>(settings_, static_cast<std::uint64_t>(imageSizeBytes), seriesLength_);
 }

@@ -13,12 +13,12 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds kFinishSlice{50};
+constexpr std::chrono::milliseconds kWaitSlice{50};
 
 } // namespace
 
-TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount)
-    : fault_(fault), queuing_(&input_), launchers_(MakeLaunchers(threadCount))
+TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots)
+    : fault_(fault), slots_(slots), queuing_(&input_), launchers_(MakeLaunchers(threadCount))
 {
   for (const auto& launcher : launchers_) launcherPointers_.push_back(launcher.get());
   slotReturn_ = std::make_unique<TSlotReturnTask>(&input_, &reuse_, fault_);
@@ -36,7 +36,18 @@ TQueuedSpooler::~TQueuedSpooler()
 int TQueuedSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
 {
   ++queued_;
-  return queuing_.Spool(index, buffer, sizeBytes);
+  const int result = queuing_.Spool(index, buffer, sizeBytes);
+  WaitForSlot();
+  return result;
+}
+
+// A camera without a slot brings no frame, and it is not the camera that is late then: whoever waited for a frame
+// would take it for that.
+void TQueuedSpooler::WaitForSlot()
+{
+  if (slots_ == 0 || queued_ < slots_) return;
+  while (!aborted_ && !fault_->IsRaised() && !slotReturn_->WaitForImages(queued_ - slots_ + 1, kWaitSlice)) {
+  }
 }
 
 void TQueuedSpooler::Abort()
@@ -49,7 +60,7 @@ void TQueuedSpooler::Abort()
 // nothing more can be written.
 void TQueuedSpooler::Finish()
 {
-  while (!aborted_ && !fault_->IsRaised() && !slotReturn_->WaitForImages(queued_, kFinishSlice))
+  while (!aborted_ && !fault_->IsRaised() && !slotReturn_->WaitForImages(queued_, kWaitSlice))
     if (static_cast<std::uint64_t>(writeTask_->GetLastSavedImageIndex()) >= queued_) break;
   writeTask_.reset();
   slotReturn_.reset();

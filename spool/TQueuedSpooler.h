@@ -27,11 +27,12 @@ class TQueuedSpooler final : public ISpoolAlgorithm
 {
 public:
   /// With fewer than one thread, images are closed by the write task's thread.
-  TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount);
+  /// @p slots is how many the camera has been given, 0 when nobody knows.
+  TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots);
   /// Images that have not been copied yet are given up.
   ~TQueuedSpooler() override;
 
-  /// @p buffer must stay as it is until its slot is given back.
+  /// @p buffer must stay as it is until its slot is given back. Blocks while the camera has no slot left.
   int Spool(int index, unsigned char* buffer, int sizeBytes) override;
   /// Gives up the images that have not been copied yet.
   void Abort();
@@ -39,7 +40,10 @@ public:
   void Finish();
 
 private:
+  void WaitForSlot();
+
   TSpoolFault* const fault_;
+  const std::uint64_t slots_;
   std::atomic<bool> aborted_{false};
   std::uint64_t queued_ = 0;
   TSpoolQueue input_;

@@ -54,7 +54,7 @@ TSpoolPipeline::TSpoolPipeline(const TSettings& settings, std::uint64_t imageSiz
   }
   if (!index_.Create(directory_)) return;
   ReserveRoom();
-  MakeAlgorithm(settings.threadCount);
+  MakeAlgorithm(settings);
 }
 
 TSpoolPipeline::~TSpoolPipeline()
@@ -112,19 +112,20 @@ void TSpoolPipeline::ReserveRoom()
     fault_.Raise("no room for a run in", directory_, ENOSPC);
 }
 
-void TSpoolPipeline::MakeAlgorithm(int threadCount)
+void TSpoolPipeline::MakeAlgorithm(const TSettings& settings)
 {
   imageSpooler_ = std::make_unique<TSpoolImageSpooler>(&fileSpooler_, layout_, &index_, &fault_);
   switch (layout_.way) {
   case TSpoolLayout::kThreaded:
-    algorithm_ = std::make_unique<TThreadedSpooler>(imageSpooler_.get(), threadCount);
+    algorithm_ = std::make_unique<TThreadedSpooler>(imageSpooler_.get(), settings.threadCount);
     break;
   case TSpoolLayout::kBlocks:
     algorithm_ = std::make_unique<TBlockSpooler>(imageSpooler_.get(), layout_.imageSizeBytes,
-                                                 layout_.imagesPerPlace, threadCount);
+                                                 layout_.imagesPerPlace, settings.threadCount);
     break;
   case TSpoolLayout::kQueued:
-    auto queued = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threadCount);
+    auto queued =
+        std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, settings.threadCount, settings.slots);
     queued_ = queued.get();
     algorithm_ = std::move(queued);
     break;

@@ -31,6 +31,7 @@ public:
     std::string path; ///< a directory, made with its parents
     int method = TSpoolLayout::kImagesTogether;
     int threadCount = 2;
+    std::uint64_t slots = 0; ///< of the ring that the images come from, 0 when nobody knows
   };
 
   /// Makes the directory describe this run instead of an earlier one, whose files are removed.
@@ -56,7 +57,7 @@ public:
 private:
   bool PrepareDirectory(const std::string& path);
   void RemoveEarlierRun();
-  void MakeAlgorithm(int threadCount);
+  void MakeAlgorithm(const TSettings& settings);
   void ReserveRoom();
   void SyncDirectory();
   void CompleteDescription();
