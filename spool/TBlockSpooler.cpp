@@ -38,6 +38,7 @@ int TBlockSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
     unsigned char* destination = nullptr;
     if (block_->Lock(destination) != 0) return 0;
     std::memcpy(destination, buffer, static_cast<std::size_t>(sizeBytes));
+    static_cast<TSpooledImage*>(place_)->Take();
   } catch (const TSDK3Exception& exception) {
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "image %d: %s", index, exception.what());
     return 0;
@@ -59,7 +60,6 @@ bool TBlockSpooler::BeginBlock(int index)
 void TBlockSpooler::EndBlock()
 {
   block_.reset();
-  static_cast<TSpooledImage*>(place_)->SetFilled(filled_);
   TQuorinTaskLauncher* const launcher = launchers_.empty() ? nullptr : launchers_[next_].get();
   next_ = next_ + 1 < launchers_.size() ? next_ + 1 : 0;
   LaunchOrExecute(launcher, &closeTask_, place_);

@@ -14,7 +14,7 @@
 
 TSpooledImage::TSpooledImage(std::unique_ptr<IImage> view, const TPlace& place, TSpoolFile* file,
                              TSpoolIndex* index, TSpoolFault* fault)
-    : view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault), filled_(place.images)
+    : view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault)
 {
 }
 
@@ -28,15 +28,22 @@ int TSpooledImage::Lock(unsigned char*& destination)
     return error;
   }
   memory_ = destination;
-  takenAtNs_ = HostTimeNs();
+  lockedAtNs_ = HostTimeNs();
+  takenAtNs_.reserve(place_.images);
   return 0;
+}
+
+void TSpooledImage::Take()
+{
+  takenAtNs_.push_back(HostTimeNs());
 }
 
 int TSpooledImage::Unlock()
 {
   if (!memory_) return 0;
+  if (takenAtNs_.empty()) takenAtNs_.assign(place_.images, lockedAtNs_);
   const std::uint64_t size = place_.imageSizeBytes * place_.images;
-  const std::uint64_t filled = place_.imageSizeBytes * filled_;
+  const std::uint64_t filled = place_.imageSizeBytes * takenAtNs_.size();
   // Memory that is used again still has earlier images in it.
   std::memset(memory_ + filled, 0, size - filled);
   if (const int error = view_->Unlock()) {
@@ -51,10 +58,10 @@ int TSpooledImage::Unlock()
 bool TSpooledImage::Record()
 {
   std::vector<TSpoolIndex::TImage> images;
-  images.reserve(filled_);
-  for (std::uint32_t i = 0; i < filled_; ++i) {
+  images.reserve(takenAtNs_.size());
+  for (std::size_t i = 0; i < takenAtNs_.size(); ++i) {
     const unsigned char* const image = memory_ + i * place_.imageSizeBytes;
-    images.push_back({place_.firstImage + i, Checksum(image, place_.imageSizeBytes), takenAtNs_});
+    images.push_back({place_.firstImage + i, Checksum(image, place_.imageSizeBytes), takenAtNs_[i]});
   }
   return index_->Append(images);
 }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class TSpoolFault;
 class TSpoolFile;
@@ -35,8 +36,8 @@ public:
   /// Returns 0, or an errno value.
   int Unlock() override;
 
-  /// Only this many of its images have been filled. All are, if not said otherwise.
-  void SetFilled(std::uint32_t images) { filled_ = images; }
+  /// The next of its images has been filled. A place that is never told so has all of its images from Lock() on.
+  void Take();
 
 private:
   bool Record();
@@ -47,6 +48,6 @@ private:
   TSpoolIndex* const index_;
   TSpoolFault* const fault_;
   unsigned char* memory_ = nullptr;
-  std::int64_t takenAtNs_ = 0;
-  std::uint32_t filled_;
+  std::int64_t lockedAtNs_ = 0;
+  std::vector<std::int64_t> takenAtNs_; // of the images filled
 };

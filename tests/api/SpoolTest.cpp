@@ -176,6 +176,22 @@ TEST_F(Spool, TheDirectoryTellsWhatTheRunWas)
   EXPECT_GT(run_.Number("run", "TimestampFrequency"), 0);
 }
 
+TEST_F(Spool, EveryImageHasItsOwnTime)
+{
+  Open();
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartSeries(2);
+  Push(1);
+  ASSERT_TRUE(HasImages(1));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  Push(1);
+  ASSERT_TRUE(HasEnded());
+  std::array<std::int64_t, 8> records{}; // of 32 bytes, the third number is the time
+  std::ifstream(run_.Path() + "/spool_index.dat", std::ios::binary)
+      .read(reinterpret_cast<char*>(records.data()), sizeof records);
+  EXPECT_GE(records[6] - records[2], 90000000);
+}
+
 TEST_F(Spool, ImagesCanBeRetrievedDuringTheRun)
 {
   Open();
