@@ -20,6 +20,7 @@ int main()
   ShutDown();
   const auto brightest = image.empty() ? image.end() : std::max_element(image.begin(), image.end());
   const int peak = brightest == image.end() ? 0 : *brightest;
-  std::printf("%s, %d x %d pixels, brightest %d\n", vxmcd_GetResultName(static_cast<int>(code)), width, height, peak);
+  std::printf("%s, %d x %d pixels, brightest %d\n", vxmcd_GetResultName(static_cast<int>(code)), width, height,
+              peak);
   return code == RC_SUCCESS && peak > 0 ? 0 : 1;
 }
