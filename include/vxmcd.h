@@ -941,9 +941,10 @@ VXMCD_API unsigned int createAcquisitionEvents(void);
  *  written.
  *
  *  When the disk is slower than the camera, frames wait in the ring and then in the camera, and when both are full
- *  the run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, directory gone, limit of the process for the size of
- *  files) it ends with #RC_STATUS_SPOOL_ISSUE. Frames that were written before stay in either case, and the
- *  directory tells how many.
+ *  the run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, directory gone, limit
+ *  of the process for the size of files) it ends with #RC_STATUS_SPOOL_ISSUE. Frames that were written before stay
+ *  in either case, and the directory tells how many. A failure shows in GetStatus() at once, while the directory is
+ *  complete only when its "State" is no longer "recording".
  *  @{ */
 /**
  * Switches writing on or off, from the next start on. The directory is made by StartAcquisition(), with its parents;
@@ -951,7 +952,8 @@ VXMCD_API unsigned int createAcquisitionEvents(void);
  * in GetStatus() after the first frame. Does not block.
  * @param active  1 on; any other value off
  * @param method  1 one image in each file; 3 many images in each file of up to about 256 MiB
- * @param path    the directory, absolute or relative to the working directory at the next start; copied. Null is allowed unless @p active is 1
+ * @param path    the directory, absolute or relative to the working directory at the next start; copied. Null is
+ *                allowed unless @p active is 1
  * @return #RC_SUCCESS; #RC_P2_INVALID for another method; #RC_P3_INVALID for a null path with @p active 1;
  *         #RC_NOT_INITIALIZED, in this order
  */
