@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <utility>
 
 namespace QuorinUtility {
@@ -18,11 +19,12 @@ constexpr const char* kHere = "./";
 constexpr const char* kNoFile = "not a regular file";
 
 /// Such a thing would make the loader wait, perhaps for ever, for somebody to write into it. A directory it refuses
-/// by itself.
+/// by itself. A bare name is no path: the system looks for it elsewhere.
 bool IsPipeOrDevice(const char* path)
 {
   struct stat status = {};
-  return ::stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
+  return std::strchr(path, '/') && ::stat(path, &status) == 0 && !S_ISREG(status.st_mode) &&
+         !S_ISDIR(status.st_mode);
 }
 
 TQuorinFilePath Delimited(TQuorinFilePath directory)
