@@ -26,6 +26,7 @@ namespace {
 constexpr std::size_t kGroupNameSize = 512;
 constexpr std::uint32_t kPowerOnOffset = 32; // from a working register to its power-on register
 constexpr int kSettleMs = 50;
+constexpr std::int64_t kListings = 3; // of the sections: one to count them, two to get their names
 
 enum EPotInfo
 {
@@ -66,6 +67,12 @@ std::int64_t FileSize(const char* fileName)
   return ::stat(fileName, &status) == 0 ? status.st_size : 0;
 }
 
+/// Whether so many searches through a file would take too long.
+bool IsTooMuch(std::int64_t searches, std::int64_t fileSize)
+{
+  return fileSize > TCameraPotsFacade::kMaxReading / searches - TCameraPotsFacade::kReadingPerKey;
+}
+
 void LogRefusedLoad(const char* fileName, const char* reason)
 {
   TQuorinLibDebugOutput::Output(__FILE__, __LINE__, "LoadFile", TQuorinLibDebugOutput::Warning,
@@ -100,7 +107,7 @@ bool TCameraPotsFacade::LoadGroups(const char* fileName)
     return false;
   }
   const std::int64_t fileSize = FileSize(fileName);
-  if (fileSize > kMaxReading) {
+  if (IsTooMuch(kListings, fileSize)) {
     LogRefusedLoad(fileName, "too large");
     return false;
   }
@@ -125,9 +132,8 @@ bool TCameraPotsFacade::LoadGroups(const char* fileName)
 bool TCameraPotsFacade::LoadPots(const char* fileName, std::int64_t fileSize)
 {
   const auto groups = static_cast<std::size_t>(groupCount_);
-  std::int64_t keys = groupCount_;
-  const auto isTooMuch = [&keys, fileSize] { return keys * (fileSize + kReadingPerKey) > kMaxReading; };
-  if (isTooMuch()) {
+  std::int64_t searches = kListings + groupCount_;
+  if (IsTooMuch(searches, fileSize)) {
     LogRefusedLoad(fileName, "too many sections");
     return false;
   }
@@ -136,9 +142,9 @@ bool TCameraPotsFacade::LoadPots(const char* fileName, std::int64_t fileSize)
     const int count = ReadCameraPotCount(fileName, groupNames_[group].get());
     if (count > 0) {
       potsPerGroup_[group] = count;
-      keys += count * kKeysPerCameraPot;
+      searches += count * kKeysPerCameraPot;
     }
-    if (count > kMaxPotsPerGroup || isTooMuch()) {
+    if (count > kMaxPotsPerGroup || IsTooMuch(searches, fileSize)) {
       LogRefusedLoad(fileName, "too many potentiometers");
       return false;
     }

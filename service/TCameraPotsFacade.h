@@ -26,8 +26,8 @@ public:
 
   /// More in one group are not loaded.
   static constexpr std::int32_t kMaxPotsPerGroup = 4096;
-  /// Nor are files that take more reading: bytes of the file, and a share for opening it, for every key. Stands for
-  /// some 350 potentiometers with all their keys.
+  /// Nor are files that take more reading: bytes of the file, and a share for opening it, for every key and every
+  /// listing of the sections. Stands for some 350 potentiometers with all their keys.
   static constexpr std::int64_t kMaxReading = 512 * 1024 * 1024;
   static constexpr std::int64_t kReadingPerKey = 8 * 1024;
 

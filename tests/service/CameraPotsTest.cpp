@@ -235,6 +235,15 @@ std::string ManyGroups()
   return text;
 }
 
+TLie Hole(const std::string& name, std::uintmax_t size)
+{
+  return {name, [size](const TScratchWorkingDirectory& here) {
+            here.WriteFile("hole.ini", "[A]\nNoPots=1\n[B]\n");
+            std::filesystem::resize_file(here.Path() + "/hole.ini", size);
+            return std::string("hole.ini");
+          }};
+}
+
 class LyingPotentiometerFile : public CameraPots, public ::testing::WithParamInterface<TLie>
 {
 };
@@ -268,12 +277,7 @@ INSTANTIATE_TEST_SUITE_P(
                              here.MakePipe("pipe");
                              return std::string("pipe");
                            }},
-                      TLie{"Hole",
-                           [](const TScratchWorkingDirectory& here) {
-                             here.WriteFile("hole.ini", "[A]\nNoPots=1\n[B]\n");
-                             std::filesystem::resize_file(here.Path() + "/hole.ini", 1'000'000'000'000);
-                             return std::string("hole.ini");
-                           }}),
+                      Hole("Hole", 1'000'000'000'000), Hole("ListedForSeconds", 400'000'000)),
     [](const auto& lie) { return lie.param.name; });
 
 TEST_F(CameraPots, CountsThatMakeNoSenseAreNoPotentiometers)
