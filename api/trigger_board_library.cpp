@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <shared_mutex>
 
 TLoadUSBi2cDll* gblp_LoadUSBi2cDll = nullptr;
 
@@ -15,6 +16,13 @@ namespace {
 
 // Held shared by calls into the library, alone by who loads or unloads it.
 TNeverDestroyed<std::shared_mutex> libraryMutex;
+
+// Taken before libraryMutex and let go at once by calls, kept by who loads or unloads: calls that overlap one another
+// without end would hold that off for ever.
+TNeverDestroyed<std::mutex> turnMutex;
+
+// A plug-in may call these functions again; that must not wait for its turn.
+thread_local int usesOfThisThread = 0;
 
 // The object's place is never given up: programs may have kept the pointer to it. A library that is gone is followed
 // by an object without one.
@@ -31,6 +39,7 @@ void Replace(TArguments... arguments)
 
 void LoadTriggerBoardLibrary()
 {
+  const std::lock_guard turn(turnMutex.object);
   const std::unique_lock lock(libraryMutex.object);
   try {
     Replace();
@@ -43,8 +52,21 @@ void LoadTriggerBoardLibrary()
 void UnloadTriggerBoardLibrary()
 {
   if (IsForkedChild()) return;
+  const std::lock_guard turn(turnMutex.object);
   const std::unique_lock lock(libraryMutex.object);
   if (gblp_LoadUSBi2cDll) Replace(TLoadUSBi2cDll::TUnloaded{});
 }
 
-TTriggerBoardUse::TTriggerBoardUse() : lock_(libraryMutex.object), library_(gblp_LoadUSBi2cDll) {}
+TTriggerBoardUse::TTriggerBoardUse()
+{
+  if (usesOfThisThread++ == 0) {
+    const std::lock_guard turn(turnMutex.object);
+    libraryMutex.object.lock_shared();
+  }
+  library_ = gblp_LoadUSBi2cDll;
+}
+
+TTriggerBoardUse::~TTriggerBoardUse()
+{
+  if (--usesOfThisThread == 0) libraryMutex.object.unlock_shared();
+}

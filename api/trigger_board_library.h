@@ -5,8 +5,6 @@
 #include "service/TLoadUSBi2cDll.h"
 #include "vxmcd.h"
 
-#include <shared_mutex>
-
 /// The loader of the trigger-board library: null until the first Initialize(), and from then on always a living
 /// object, which has no library after the last ShutDown().
 extern VXMCD_API TLoadUSBi2cDll* gblp_LoadUSBi2cDll;
@@ -16,16 +14,20 @@ void LoadTriggerBoardLibrary();
 /// Unloads the library once no call is inside. For the last ShutDown().
 void UnloadTriggerBoardLibrary();
 
-/// Keeps the library loaded for the length of a scope. False before the first Initialize().
+/// Keeps the library loaded for the length of a scope. False before the first Initialize(). Any number of threads use
+/// the library at a time, and one thread may use it again inside a use; uses that begin while the library is to be
+/// unloaded wait until it is. Lives on the stack of one call.
 class TTriggerBoardUse final
 {
 public:
   TTriggerBoardUse();
+  ~TTriggerBoardUse();
+  TTriggerBoardUse(const TTriggerBoardUse&) = delete;
+  TTriggerBoardUse& operator=(const TTriggerBoardUse&) = delete;
 
   explicit operator bool() const { return library_ != nullptr; }
   const TLoadUSBi2cDll* operator->() const { return library_; }
 
 private:
-  std::shared_lock<std::shared_mutex> lock_;
   const TLoadUSBi2cDll* library_;
 };

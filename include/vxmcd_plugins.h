@@ -10,7 +10,8 @@
  *   ShutDown() gives that back. It exports, with C names,
  *
  *       IConfiguration* GetConfiguration(int coreHandle);                   null when there is none for this camera
- *       int DestroyConfiguration(IConfiguration* configuration);            its result is not looked at
+ *       int DestroyConfiguration(IConfiguration* configuration);            null if that is what was made; its result
+ *                                                                           is not looked at
  *
  *   The configuration is used through its table of virtual functions, by their positions: #IConfiguration in C++ with
  *   the Itanium ABI, which is that of g++ and clang.
@@ -30,7 +31,8 @@
  *
  * Plug-ins should not throw: what GetConfiguration throws leaves Initialize(), which cannot open that camera any more.
  *
- * Functions run on the thread of the application that makes the call, one call at a time for one camera. Names that a
+ * Functions run on the thread of the application that makes the call: those of a configuration library one call at a
+ * time for one camera, those of a trigger-board library whenever they are called, several at a time. Names that a
  * plug-in leaves to others are looked up at their first call; one that nobody has ends the process then. Plug-ins must
  * not call Initialize() or ShutDown().
  */

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The loaders of plug-in libraries, with the example libraries and with ones that fall short.
+#include "api/trigger_board_library.h"
 #include "service/TConfigurationLoader.h"
 #include "service/TLoadUSBi2cDll.h"
 #include "tests/support/TScratchWorkingDirectory.h"
@@ -7,10 +8,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <dlfcn.h>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -182,6 +187,38 @@ TEST_F(TriggerBoardLoader, WhatIsNoLibraryIsNotLoaded)
   ExpectNotLoaded(TLoadUSBi2cDll());
   here_.RemoveAll();
   ExpectNotLoaded(TLoadUSBi2cDll());
+}
+
+// There is always somebody inside, and everybody comes in a second time from there.
+TEST_F(TriggerBoardLoader, IsUnloadedWhileCallsOverlapWithoutEnd)
+{
+  using TClock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds kCall(5);
+  here_.Copy(Example(kTriggerBoardLibrary), kTriggerBoardLibrary);
+  LoadTriggerBoardLibrary();
+  std::atomic<bool> isUnloaded{false};
+  const auto begin = TClock::now();
+  std::vector<std::thread> callers;
+  for (int i = 0; i < 6; ++i) {
+    callers.emplace_back([&, i] {
+      std::this_thread::sleep_for(kCall * i / 6);
+      while (!isUnloaded && TClock::now() - begin < std::chrono::seconds(5)) {
+        const TTriggerBoardUse board;
+        std::this_thread::sleep_for(kCall);
+        const TTriggerBoardUse again;
+        int count = 0;
+        EXPECT_EQ(again->CallTriggerBoard_GetAvailableTriggers(&count),
+                  board->CallTriggerBoard_GetAvailableTriggers(&count));
+      }
+    });
+  }
+  std::this_thread::sleep_for(kCall * 10);
+  UnloadTriggerBoardLibrary();
+  isUnloaded = true;
+  EXPECT_LT(TClock::now() - begin, std::chrono::seconds(4));
+  for (std::thread& caller : callers) caller.join();
+  ExpectNotLoaded(*gblp_LoadUSBi2cDll);
+  EXPECT_FALSE(IsLoaded());
 }
 
 TEST_P(TriggerBoardLoader, ALibraryThatLacksAFunctionIsUnloadedAtOnce)
