@@ -245,10 +245,10 @@ const std::vector<Variant> kLargeVariants{
     {"queued_direct_file_each", TSpoolLayout::kQueued, false, true, true},
 };
 const std::vector<Variant> kSmallVariants{
+    {"blocks_direct", TSpoolLayout::kBlocks, false, true},
     {"blocks_mapped", TSpoolLayout::kBlocks, true, false},
     {"blocks_buffered", TSpoolLayout::kBlocks, false, false},
-    {"blocks_direct", TSpoolLayout::kBlocks, false, true},
-    {"blocks_direct_4_MiB", TSpoolLayout::kBlocks, false, true, false, 4 << 20},
+    {"blocks_direct_1_MiB", TSpoolLayout::kBlocks, false, true, false, 1 << 20},
     {"threaded_mapped", TSpoolLayout::kThreaded, true, false},
     {"threaded_direct", TSpoolLayout::kThreaded, false, true},
 };

@@ -10,10 +10,13 @@ namespace {
 
 constexpr std::uint64_t kFileBytes = std::uint64_t{256} << 20;
 
-// Images up to this size go in blocks of about four times of it: handing each to another thread would take longer
-// than copying it. Writing them unbuffered would gain nothing, so they are copied into mapped files.
+// Images up to this size go in blocks: handing each to another thread would take longer than copying it. A file for
+// each of them is mapped: writing it unbuffered would wait for the disk at every image.
 constexpr std::uint64_t kSmallImageBytes = std::uint64_t{256} << 10;
-constexpr std::uint64_t kBlockBytes = std::uint64_t{1} << 20;
+
+// From here on staging memory lies in huge pages, which the disk takes a third faster than scattered ones. Larger
+// blocks gain next to nothing, and a run that is killed loses the images of a block that is not full.
+constexpr std::uint64_t kBlockBytes = std::uint64_t{4} << 20;
 
 std::uint32_t HowMany(std::uint64_t room, std::uint64_t size, std::uint64_t most)
 {
@@ -28,7 +31,7 @@ TSpoolLayout TSpoolLayout::Choose(int method, std::uint64_t imageSizeBytes, std:
   const bool small = imageSizeBytes <= kSmallImageBytes;
   TSpoolLayout layout;
   layout.imageSizeBytes = imageSizeBytes;
-  layout.mapped = volume.preallocates && (small || !volume.writesDirectly);
+  layout.mapped = volume.preallocates && ((small && method == kImagePerFile) || !volume.writesDirectly);
   if (method == kImagePerFile) {
     layout.way = kQueued;
     return layout;

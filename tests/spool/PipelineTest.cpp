@@ -152,7 +152,7 @@ TEST_P(SpoolPipeline, DoesWithAsManyThreadsAsThereAre)
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, SpoolPipeline,
-                         ::testing::Values(TCase{1, 9001, 40}, TCase{1, 300007, 12}, TCase{3, 3001, 2000},
+                         ::testing::Values(TCase{1, 9001, 40}, TCase{1, 300007, 12}, TCase{3, 3001, 10000},
                                            TCase{3, 300007, 40}, TCase{3, 524288, 30}));
 
 } // namespace
