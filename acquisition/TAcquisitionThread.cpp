@@ -209,7 +209,7 @@ void TAcquisitionThread::TakeFrames()
     if (IsEnding()) return;
 
     if (result != TFetchQueue::kFrame) {
-      FailRun(result == TFetchQueue::kHardwareOverflow ? hardwareOverflow_ : timedOut_);
+      FailRun(ReasonWithoutFrame(result));
       return;
     }
     if (!continuous) {
@@ -220,6 +220,20 @@ void TAcquisitionThread::TakeFrames()
     if (!Dispatch(buffer, sizeBytes)) FailRun(dispatchError_);
     performanceLog_.Write("AcquisitionThread::Run Spool Frame End ", frameNumber - 1);
   }
+}
+
+std::atomic<bool>& TAcquisitionThread::ReasonWithoutFrame(int fetchResult)
+{
+  if (fetchResult == TFetchQueue::kHardwareOverflow) return hardwareOverflow_;
+  return HasQueueFailed() ? dispatchError_ : timedOut_;
+}
+
+// Frames are written behind the thread's back; without a look now and then, a failure would show with the next frame
+// only, and there may be none to come.
+bool TAcquisitionThread::HasQueueFailed()
+{
+  TDispatchQueue* const queue = dispatchQueue_;
+  return queue && queue->HasFailed();
 }
 
 int TAcquisitionThread::Fetch(unsigned char*& buffer, int& sizeBytes)
@@ -236,6 +250,7 @@ int TAcquisitionThread::Fetch(unsigned char*& buffer, int& sizeBytes)
     // A clock that was set back tells nothing about the time that has passed: count from here.
     if (now.Microseconds() < start.Microseconds()) start = now;
     if (now.Microseconds() / 1000 - start.Microseconds() / 1000 >= limitMs || IsEnding()) return result;
+    if (HasQueueFailed()) return result;
     if ((now - last).Microseconds() < kFastFailureUs) PauseUnlessEnding(kPauseAfterFastFailure);
     last = Now();
   }
@@ -276,7 +291,7 @@ void TAcquisitionThread::Finalise()
     queue->Finalise();
     return true;
   });
-  if (!dispatchError_ && queue->HasFailed()) FailRun(dispatchError_);
+  if (!dispatchError_ && HasQueueFailed()) FailRun(dispatchError_);
 }
 
 void TAcquisitionThread::EndRun()

@@ -89,6 +89,8 @@ private:
   bool Dispatch(unsigned char* buffer, int sizeBytes);
   void PauseUnlessEnding(std::chrono::milliseconds time);
   void FailRun(std::atomic<bool>& reason);
+  std::atomic<bool>& ReasonWithoutFrame(int fetchResult);
+  bool HasQueueFailed();
   void EndRun();
   void Finalise();
   bool IsEnding() const { return stopRequested_ || terminate_; }

@@ -41,8 +41,8 @@ public:
   virtual bool IsImageIntact(int image) = 0;
   /// Whether @p buffer is the start of a frame slot of this run. Acquisition thread only.
   virtual bool IsSlot(const unsigned char* buffer) = 0;
-  /// Whether the run's frames have not all got where they should. Asked once more at the end of the run, since what
-  /// Finalise() runs into cannot be told by a Dispatch() any more.
+  /// Whether the run's frames have not all got where they should. Asked while no frame comes, and once more at the
+  /// end of the run: no Dispatch() can tell it then. Acquisition thread only.
   virtual bool HasFailed() { return false; }
   virtual ~TDispatchQueue() = default;
 };

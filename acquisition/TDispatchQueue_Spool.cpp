@@ -36,15 +36,26 @@ void TDispatchQueue_Spool::SetSeriesLength(int images)
   seriesLength_ = static_cast<std::uint32_t>(std::max(images, 0));
 }
 
-// Two pipelines at once would hold each other's directory.
+// The earlier run's pipeline goes first: two at once would hold each other's directory. Making one may take long, when
+// many files have to be removed, and nobody who changes a setting should wait for that.
 void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
 {
   TRingDispatchQueue::Initialise(imageSizeBytes);
+  TSpoolPipeline::TSettings settings;
+  std::uint32_t seriesLength = 0;
+  std::shared_ptr<TSpoolPipeline> earlier;
+  {
+    const std::lock_guard lock(mutex_);
+    earlier = std::move(pipeline_);
+    settings = settings_;
+    seriesLength = seriesLength_;
+  }
+  earlier.reset();
+  settings.slots = CircularBuffer().GetBufferCount();
+  auto pipeline =
+      std::make_shared<TSpoolPipeline>(settings, static_cast<std::uint64_t>(imageSizeBytes), seriesLength);
   const std::lock_guard lock(mutex_);
-  pipeline_.reset();
-  settings_.slots = CircularBuffer().GetBufferCount();
-  pipeline_ =
-      std::make_shared<TSpoolPipeline>(settings_, static_cast<std::uint64_t>(imageSizeBytes), seriesLength_);
+  pipeline_ = std::move(pipeline);
 }
 
 void TDispatchQueue_Spool::Finalise()

@@ -9,10 +9,10 @@
 #include <memory>
 #include <mutex>
 
-/// Counts each frame, has it written to the disk, and gives its slot back to the camera once its content is no longer
-/// needed there, so that a run may be longer than the ring. Until the slot is used again, the image can be retrieved
-/// as from the other queues. Owned by the acquisition manager. Settings count from the next Initialise() on, and may
-/// be made by any thread at any time.
+/// Counts each frame, has it written to the disk, and gives its slot back to the camera once its content is no
+/// longer needed there, so that a run may be longer than the ring. Until the slot is used again, the image can be
+/// retrieved as from the other queues. Owned by the acquisition manager. Settings count from the next Initialise()
+/// on, and may be made by any thread at any time.
 class TDispatchQueue_Spool final : public TRingDispatchQueue
 {
 public:

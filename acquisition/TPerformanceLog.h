@@ -4,8 +4,8 @@
 
 #include <fstream>
 
-/// Writes what a thread does with frames, and when, to a file in the working directory, appending. Off unless it is
-/// switched on, which only a build for measurements does. One thread.
+/// Writes what a thread does with frames, and when, to a file in the working directory, appending. Off unless it
+/// is switched on, which only a build for measurements does. One thread.
 class TPerformanceLog final
 {
 public:

@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <string>
 
-/// The contents of "acquisitionmetadata.ini", which lies beside a run's spool files and says what they hold. Made by
-/// the spool dispatch queue, and by whoever reads a run. Reentrant. Operations return 0 for success and 1 for a
-/// failure, which is logged; output parameters then keep their values. Only a lack of memory makes them throw.
+/// The contents of "acquisitionmetadata.ini", which lies beside a run's spool files and says what they hold. Made
+/// by whoever writes a run (TSpoolDescription) or reads one. Reentrant. Operations return 0 for success and 1 for
+/// a failure, which is logged; output parameters then keep their values. Only a lack of memory makes them throw.
 class TAcquisitionMetadata final
 {
 public:

@@ -20,9 +20,10 @@ class TQuorinTaskLauncher;
 }
 
 /// Copies small images one behind the other into blocks (TSerialMultiImage over a place of the spooler), and hands
-/// each block that is full to a launcher, which unlocks and closes it. With a hand-over for every image, threads would
-/// spend more time on waking each other than on the images. The launchers get blocks in turn. Owned by the run's
-/// pipeline; borrows the spooler, whose places must be TSpooledImage. Spool() and Finish() belong to one thread.
+/// each block that is full to a launcher, which unlocks and closes it. With a hand-over for every image, threads
+/// would spend more time on waking each other than on the images. The launchers get blocks in turn. Owned by the
+/// run's pipeline; borrows the spooler, whose places must be TSpooledImage. Spool() and Finish() belong to one
+/// thread.
 class TBlockSpooler final : public ISpoolAlgorithm
 {
 public:

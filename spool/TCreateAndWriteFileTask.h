@@ -18,10 +18,10 @@ class TQuorinTaskLauncher;
 class TQuorinWorkThread;
 } // namespace QuorinUtility
 
-/// Takes frames from one queue, writes them, and hands them on to another, in order, with a mark on those that failed;
-/// has the images closed by launchers in turn. Borrows everything that it is made with: the queues and the
-/// dispatch routine until it is destroyed, the spooler until the launchers have run every task as well.
-/// Its work runs on its own thread from the constructor on; GetLastSavedImageIndex() is thread-safe.
+/// Takes frames from one queue, writes them, and hands them on to another, in order, with a mark on those that
+/// failed; has the images closed by launchers in turn. Borrows everything that it is made with: the queues and the
+/// dispatch routine until it is destroyed, the spooler until the launchers have run every task as well. Its work
+/// runs on its own thread from the constructor on; GetLastSavedImageIndex() is thread-safe.
 class TCreateAndWriteFileTask final : public QuorinUtility::TQuorinWorkThreadRoutine
 {
 public:
@@ -30,8 +30,8 @@ public:
   TCreateAndWriteFileTask(QuorinUtility::TQuorinTaskLauncher** launchers, ISpooler* spooler, int launcherCount,
                           TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, IDispatchRoutine* dispatchRoutine,
                           bool withPerformanceLog = false);
-  /// Aborts the input queue and waits for the frame that is being written. To have every frame written, queue an end
-  /// marker behind the last one and wait for that on the reuse queue first.
+  /// Aborts the input queue and waits for the frame that is being written. To have every frame written, queue an
+  /// end marker behind the last one and wait for that on the reuse queue first.
   ~TCreateAndWriteFileTask() override;
   TCreateAndWriteFileTask(const TCreateAndWriteFileTask&) = delete;
   TCreateAndWriteFileTask& operator=(const TCreateAndWriteFileTask&) = delete;

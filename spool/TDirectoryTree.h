@@ -6,8 +6,8 @@
 
 #include <vector>
 
-/// Makes a directory with the ancestors that are missing, and can remove what it made. Borrows the path. Reentrant.
-/// Failures are logged; only a lack of memory makes it throw. Destroying it leaves the disk alone.
+/// Makes a directory with the ancestors that are missing, and can remove what it made. Borrows the path.
+/// Reentrant. Failures are logged; only a lack of memory makes it throw. Destroying it leaves the disk alone.
 class TDirectoryTree final
 {
 public:

@@ -20,9 +20,9 @@ namespace QuorinUtility {
 class TQuorinTaskLauncher;
 }
 
-/// Queues images for a write task, which makes their files and copies them, has them closed by launchers, and gives
-/// the slots back to the camera. Owned by the run's pipeline; borrows spooler and fault. Spool() and Finish() belong to
-/// one thread; Abort() is thread-safe.
+/// Queues images for a write task, which makes their files and copies them, has them closed by launchers, and
+/// gives the slots back to the camera. Owned by the run's pipeline; borrows spooler and fault. Spool() and
+/// Finish() belong to one thread; Abort() is thread-safe.
 class TQueuedSpooler final : public ISpoolAlgorithm
 {
 public:

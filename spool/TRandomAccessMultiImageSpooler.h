@@ -7,11 +7,11 @@
 
 #include <map>
 
-/// Puts a fixed number of images into each file of a file spooler, whose "images" are whole files: image n, from 0, is
-/// in file n / imagesPerFile. A file is open exactly while one of its images is. Borrows the file spooler, and owns the
-/// images until they are closed. Thread-safe; the file spooler is called by one thread at a time. Operations return
-/// what the file spooler returns. The constructor, and OpenImage() when the image itself cannot be made, throw
-/// TSDK3Exception.
+/// Puts a fixed number of images into each file of a file spooler, whose "images" are whole files: image n, from
+/// 0, is in file n / imagesPerFile. A file is open exactly while one of its images is. Borrows the file spooler,
+/// and owns the images until they are closed. Thread-safe; the file spooler is called by one thread at a time.
+/// Operations return what the file spooler returns. The constructor, and OpenImage() when the image itself cannot
+/// be made, throw TSDK3Exception.
 class TRandomAccessMultiImageSpooler : public ISpooler
 {
 public:

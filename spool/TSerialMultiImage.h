@@ -7,8 +7,8 @@
 
 #include <cstdint>
 
-/// Hands out the places of one file, one with each Lock(). The file is locked by the first and unlocked by the last
-/// of imagesPerFile unlocks. Borrows the file image. Thread-safe. Constructor, Lock() and Unlock() throw
+/// Hands out the places of one file, one with each Lock(). The file is locked by the first and unlocked by the
+/// last of imagesPerFile unlocks. Borrows the file image. Thread-safe. Constructor, Lock() and Unlock() throw
 /// TSDK3Exception for wrong use; else they pass on what the file image returns.
 class TSerialMultiImage final : public IMultiImage
 {

@@ -14,9 +14,9 @@ class TSpoolFault;
 class TSpoolQueue;
 
 /// Takes images that a write task has done with from its reuse queue, in order, and gives their slots back to the
-/// camera. On a thread of its own, since nobody else may come by: with all slots on their way to the disk there is no
-/// frame that would wake the acquisition thread. After an image that could not be written it aborts the write task's
-/// input queue, since no other can follow. Owned by the run's pipeline; borrows queues and fault.
+/// camera. On a thread of its own, since nobody else may come by: with all slots on their way to the disk there is
+/// no frame that would wake the acquisition thread. After an image that could not be written it aborts the write
+/// task's input queue, since no other can follow. Owned by the run's pipeline; borrows queues and fault.
 class TSlotReturnTask final : public QuorinUtility::TQuorinWorkThreadRoutine
 {
 public:

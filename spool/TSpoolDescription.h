@@ -10,8 +10,8 @@
 
 struct TSpoolLayout;
 
-/// Fills "acquisitionmetadata.ini" for one run: everything that a reader needs to decode the images without the camera.
-/// Owned by the run's pipeline. One thread at a time.
+/// Fills "acquisitionmetadata.ini" for one run: everything that a reader needs to decode the images without the
+/// camera. Owned by the run's pipeline. One thread at a time.
 class TSpoolDescription final
 {
 public:

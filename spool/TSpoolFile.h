@@ -12,12 +12,12 @@
 #include <mutex>
 #include <string>
 
-/// One file of a spooled run, full size from the beginning. Its blocks are set aside when it is made, so that a full
-/// disk shows there, as an error, and not as a signal in the middle of a frame. Images reach it in one of two ways:
-/// Lock() gives the memory of the whole file, mapped, to those who write into it; Write() is for those who have the
-/// image elsewhere, and does not go through the page cache where the file system allows that.
-/// Owned by the file spooler. All operations but Create() and Close() are thread-safe, for different parts of the
-/// file. Errors are errno values, 0 is success.
+/// One file of a spooled run, full size from the beginning. Its blocks are set aside when it is made, so that a
+/// full disk shows there, as an error, and not as a signal in the middle of a frame. Images reach it in one of two
+/// ways: Lock() gives the memory of the whole file, mapped, to those who write into it; Write() is for those who
+/// have the image elsewhere, and does not go through the page cache where the file system allows that. Owned by
+/// the file spooler. All operations but Create() and Close() are thread-safe, for different parts of the file.
+/// Errors are errno values, 0 is success.
 class TSpoolFile final : public IImage
 {
 public:
@@ -29,8 +29,8 @@ public:
 
   /// Makes the file, which must not exist. On failure nothing is left of it.
   int Create(const TSpoolVolume& volume);
-  /// Closes the file. A large one is brought to the disk first; small ones are many, and each would cost as much as
-  /// a large one, so they are brought there together, at the end of the run.
+  /// Closes the file. A large one is brought to the disk first; small ones are many, and each would cost as much
+  /// as a large one, so they are brought there together, at the end of the run.
   int Close();
 
   static constexpr std::uint64_t kLargeFileBytes = std::uint64_t{64} << 20;

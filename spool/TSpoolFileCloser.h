@@ -10,9 +10,9 @@
 class TSpoolFault;
 class TSpoolFile;
 
-/// Brings files to the disk and closes them, one after another, on a thread of its own: that may take as long as the
-/// disk needs for a whole file, and nobody who opens or fills another one should wait for it. Owned by the file
-/// spooler; borrows the fault. Thread-safe.
+/// Brings files to the disk and closes them, one after another, on a thread of its own: that may take as long as
+/// the disk needs for a whole file, and nobody who opens or fills another one should wait for it. Owned by the
+/// file spooler; borrows the fault. Thread-safe.
 class TSpoolFileCloser final : private QuorinUtility::IQuorinTask
 {
 public:

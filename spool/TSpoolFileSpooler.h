@@ -15,9 +15,10 @@
 class TSpoolFault;
 class TSpoolFile;
 
-/// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after CloseImage()
-/// until it is full, or until Finish(), since the next image of it may come at any time. Owned by the run's pipeline; borrows the fault. Thread-safe, but for the
-/// settings, which are made before the first file. The image size is that of a file.
+/// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after
+/// CloseImage() until it is full, or until Finish(), since the next image of it may come at any time. Owned by the
+/// run's pipeline; borrows the fault. Thread-safe, but for the settings, which are made before the first file. The
+/// image size is that of a file.
 class TSpoolFileSpooler final : public ISpooler
 {
 public:

@@ -42,6 +42,7 @@ IImage* TSpoolImageSpooler::CreateOffsetMultiImage(IImage* file, std::uint64_t i
 
   const std::uint64_t firstImage = std::uint64_t{spoolFile->Number()} * layout_.ImagesPerFile() +
                                    std::uint64_t{position} * layout_.imagesPerPlace;
-  const TSpooledImage::TPlace place{firstImage, offset, layout_.imageSizeBytes, layout_.imagesPerPlace};
+  const TSpooledImage::TPlace place{firstImage, offset, layout_.imageSizeBytes, layout_.imagesPerPlace,
+                                    layout_.mapped};
   return new TSpooledImage(std::move(view), place, spoolFile, index_, fault_);
 }

@@ -11,8 +11,8 @@
 
 class TSpoolFault;
 
-/// "spool_index.dat": one record of 32 bytes for each image whose bytes have been handed to the operating system, in
-/// the order in which that happened. Owned by the run's pipeline, borrows its fault. Append() is thread-safe.
+/// "spool_index.dat": one record of 32 bytes for each image whose bytes have been handed to the operating system,
+/// in the order in which that happened. Owned by the run's pipeline, borrows its fault. Append() is thread-safe.
 class TSpoolIndex final
 {
 public:

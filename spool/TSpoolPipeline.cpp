@@ -12,6 +12,7 @@
 #include "spool/TThreadedSpooler.h"
 #include "utility/TQuorinFilePath.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -25,6 +26,8 @@ namespace {
 
 // More than description and directory take.
 constexpr off_t kRoomBytes = 16384;
+
+constexpr std::uint64_t kStagingBytes = std::uint64_t{512} << 20;
 
 constexpr const wchar_t* kStem = L"spool";
 
@@ -102,8 +105,8 @@ void TSpoolPipeline::RemoveEarlierRun()
   remove(TSpoolIndex::kFileName);
 }
 
-// A file without a name goes with the process, however that ends. Where there can be none, a disk that fills up leaves
-// the description as it was at the start.
+// A file without a name goes with the process, however that ends. Where there can be none, a disk that fills up
+// leaves the description as it was at the start.
 void TSpoolPipeline::ReserveRoom()
 {
   room_ = TFileDescriptor(open(directory_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
@@ -112,20 +115,28 @@ void TSpoolPipeline::ReserveRoom()
     fault_.Raise("no room for a run in", directory_, ENOSPC);
 }
 
+// Every thread may have an image in staging memory, and one more is being filled.
+int TSpoolPipeline::BoundedThreadCount(int threadCount) const
+{
+  if (layout_.mapped) return threadCount;
+  const std::uint64_t most = std::max<std::uint64_t>(kStagingBytes / layout_.PlaceBytes(), 2) - 1;
+  return static_cast<int>(std::min<std::uint64_t>(static_cast<std::uint64_t>(threadCount), most));
+}
+
 void TSpoolPipeline::MakeAlgorithm(const TSettings& settings)
 {
+  const int threads = BoundedThreadCount(settings.threadCount);
   imageSpooler_ = std::make_unique<TSpoolImageSpooler>(&fileSpooler_, layout_, &index_, &fault_);
   switch (layout_.way) {
   case TSpoolLayout::kThreaded:
-    algorithm_ = std::make_unique<TThreadedSpooler>(imageSpooler_.get(), settings.threadCount);
+    algorithm_ = std::make_unique<TThreadedSpooler>(imageSpooler_.get(), threads);
     break;
   case TSpoolLayout::kBlocks:
     algorithm_ = std::make_unique<TBlockSpooler>(imageSpooler_.get(), layout_.imageSizeBytes,
-                                                 layout_.imagesPerPlace, settings.threadCount);
+                                                 layout_.imagesPerPlace, threads);
     break;
   case TSpoolLayout::kQueued:
-    auto queued =
-        std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, settings.threadCount, settings.slots);
+    auto queued = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threads, settings.slots);
     queued_ = queued.get();
     algorithm_ = std::move(queued);
     break;

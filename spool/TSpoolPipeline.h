@@ -20,9 +20,9 @@ class TQueuedSpooler;
 class TSpoolImageSpooler;
 
 /// Everything that writes one run: its directory and description, the spoolers and the algorithm that feeds them.
-/// Made by the spool dispatch queue for each run. What fails, from the constructor on, is kept as the run's fault and
-/// makes every later Spool() fail; only a lack of memory in the constructor throws. Spool() and Finish() belong to
-/// the acquisition thread, the others are thread-safe.
+/// Made by the spool dispatch queue for each run. What fails, from the constructor on, is kept as the run's fault
+/// and makes every later Spool() fail; only a lack of memory in the constructor throws. Spool() and Finish()
+/// belong to the acquisition thread, the others are thread-safe.
 class TSpoolPipeline final
 {
 public:
@@ -43,7 +43,8 @@ public:
   /// Takes over an image of the size of the run's images. Blocks while the disk is behind. Returns false when the
   /// run cannot go on.
   bool Spool(int index, unsigned char* buffer);
-  /// Whether the pipeline gives slots back to the camera, at a later time. If not, they are free when Spool() returns.
+  /// Whether the pipeline gives slots back to the camera, at a later time. If not, they are free when Spool()
+  /// returns.
   bool ReturnsSlots() const { return queued_ != nullptr; }
   /// The run ends early: images that are still in their slots are given up.
   void Abort();
@@ -58,6 +59,7 @@ private:
   bool PrepareDirectory(const std::string& path);
   void RemoveEarlierRun();
   void MakeAlgorithm(const TSettings& settings);
+  int BoundedThreadCount(int threadCount) const;
   void ReserveRoom();
   void SyncDirectory();
   void CompleteDescription();

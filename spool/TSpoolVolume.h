@@ -12,7 +12,7 @@ struct TSpoolVolume
   static constexpr std::size_t kAlignment = 4096;
 
   bool writesDirectly = false; ///< takes unbuffered writes
-  bool preallocates = false;   ///< can set blocks aside for a file before they are written
+  bool preallocates = false;   ///< sets blocks aside for a file before they are written, and keeps to it
 
   /// Tries both on a file without a name in @p directory. Where that is not possible either, the answer is no.
   static TSpoolVolume Probe(const std::string& directory);

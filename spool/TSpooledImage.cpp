@@ -12,6 +12,12 @@
 #include <utility>
 #include <vector>
 
+namespace {
+
+constexpr std::int64_t kNsPerSecond = 1000000000;
+
+} // namespace
+
 TSpooledImage::TSpooledImage(std::unique_ptr<IImage> view, const TPlace& place, TSpoolFile* file,
                              TSpoolIndex* index, TSpoolFault* fault)
     : view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault)
@@ -29,6 +35,7 @@ int TSpooledImage::Lock(unsigned char*& destination)
   }
   memory_ = destination;
   lockedAtNs_ = HostTimeNs();
+  recordedAtNs_ = lockedAtNs_;
   takenAtNs_.reserve(place_.images);
   return 0;
 }
@@ -36,6 +43,7 @@ int TSpooledImage::Lock(unsigned char*& destination)
 void TSpooledImage::Take()
 {
   takenAtNs_.push_back(HostTimeNs());
+  if (place_.mapped && takenAtNs_.back() - recordedAtNs_ >= kNsPerSecond) Record();
 }
 
 int TSpooledImage::Unlock()
@@ -58,10 +66,12 @@ int TSpooledImage::Unlock()
 bool TSpooledImage::Record()
 {
   std::vector<TSpoolIndex::TImage> images;
-  images.reserve(takenAtNs_.size());
-  for (std::size_t i = 0; i < takenAtNs_.size(); ++i) {
+  images.reserve(takenAtNs_.size() - recorded_);
+  for (std::size_t i = recorded_; i < takenAtNs_.size(); ++i) {
     const unsigned char* const image = memory_ + i * place_.imageSizeBytes;
     images.push_back({place_.firstImage + i, Checksum(image, place_.imageSizeBytes), takenAtNs_[i]});
   }
+  recorded_ = takenAtNs_.size();
+  recordedAtNs_ = HostTimeNs();
   return index_->Append(images);
 }

@@ -12,20 +12,21 @@
 class TSpoolFault;
 class TSpoolFile;
 
-/// The place of one or more images of a run in a spool file. When it is unlocked, its images are on their way to the
-/// disk and get their records in the index; what fails is raised as the run's fault. Borrows file, index and fault;
-/// owns the view of the place that holds the memory. One thread at a time.
+/// The place of one or more images of a run in a spool file. When it is unlocked, its images are on their way to
+/// the disk and get their records in the index; what fails is raised as the run's fault. Borrows file, index and
+/// fault; owns the view of the place that holds the memory. One thread at a time.
 class TSpooledImage final : public IImage
 {
 public:
-  /// Where a place is: the number of its first image in the run, its offset in the file, the size of one of its images
-  /// and how many it has room for.
+  /// Where a place is: the number of its first image in the run, its offset in the file, the size of one of its
+  /// images how many it has room for, and what its memory is.
   struct TPlace
   {
     std::uint64_t firstImage;
     std::uint64_t offset;
     std::uint64_t imageSizeBytes;
     std::uint32_t images;
+    bool mapped; ///< its memory is the file's, so that what is in it has been handed to the operating system
   };
 
   TSpooledImage(std::unique_ptr<IImage> view, const TPlace& place, TSpoolFile* file, TSpoolIndex* index,
@@ -36,7 +37,8 @@ public:
   /// Returns 0, or an errno value.
   int Unlock() override;
 
-  /// The next of its images has been filled. A place that is never told so has all of its images from Lock() on.
+  /// The next of its images has been filled. A place that is never told so has all of its images from Lock() on. A
+  /// place that takes long to fill gets records once a second where its memory allows that.
   void Take();
 
 private:
@@ -50,4 +52,6 @@ private:
   unsigned char* memory_ = nullptr;
   std::int64_t lockedAtNs_ = 0;
   std::vector<std::int64_t> takenAtNs_; // of the images filled
+  std::size_t recorded_ = 0;            // of these
+  std::int64_t recordedAtNs_ = 0;
 };

@@ -10,9 +10,9 @@
 class TSpoolFile;
 class TStagingPool;
 
-/// A place in a spool file that is filled in a piece of staging memory and written to the file when it is unlocked.
-/// The memory lies with regard to alignment as the place does in the file, so that it can be written unbuffered.
-/// Borrows file and pool. One thread at a time.
+/// A place in a spool file that is filled in a piece of staging memory and written to the file when it is
+/// unlocked. The memory lies with regard to alignment as the place does in the file, so that it can be written
+/// unbuffered. Borrows file and pool. One thread at a time.
 class TStagedImage final : public IImage
 {
 public:

@@ -15,13 +15,13 @@ class TQuorinTaskLauncher;
 }
 
 /// Copies frames into their images at once and has the images unlocked and closed by threads of its own, in turn.
-/// Owned by the spool dispatch queue; borrows the spooler, which must be thread-safe and outlive it. Spool() belongs
+/// Owned by the run's pipeline; borrows the spooler, which must be thread-safe and outlive it. Spool() belongs
 /// to one thread, the acquisition thread. Only the constructor throws, when memory is short.
 class TThreadedSpooler final : public ISpoolAlgorithm, public QuorinUtility::IQuorinTask
 {
 public:
-  /// At most kMaxLaunchers threads are made. Without a spooler frames are accepted and dropped. With a count below 1, or when threads cannot be made, images
-  /// are closed on the thread that calls Spool().
+  /// At most kMaxLaunchers threads are made. Without a spooler frames are accepted and dropped. With a count below
+  /// 1, or when threads cannot be made, images are closed on the thread that calls Spool().
   TThreadedSpooler(ISpooler* spooler, int threadCount);
   /// Blocks until every image is closed.
   ~TThreadedSpooler() override;

@@ -399,6 +399,38 @@ TEST_F(Spool, ADirectoryThatVanishesEndsTheRunWithItsStatus)
   EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE);
 }
 
+// With one image a file, frames are written behind the acquisition thread's back.
+TEST_F(Spool, AFailureShowsThoughNoMoreFramesCome)
+{
+  Open();
+  ASSERT_EQ(SetTriggerMode(1), RC_SUCCESS) << "frames may take for ever";
+  SpoolTo(run_.Path(), kImagePerFile);
+  StartSeries(100);
+  Push(1);
+  ASSERT_TRUE(Eventually([this] { return run_.VisitImages([](auto, const auto&) {}) == 1; }));
+  fs::remove_all(run_.Path());
+  Push(1);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(Status(), RC_STATUS_SPOOL_ISSUE);
+}
+
+// Small images are closed many at a time. The index may not wait for that when they come slowly.
+TEST_F(Spool, ImagesOfASlowCameraAreRecordedWithinASecondOrTwo)
+{
+  Open();
+  ASSERT_EQ(SetTriggerMode(1), RC_SUCCESS);
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartSeries(4000);
+  Push(1);
+  ASSERT_TRUE(HasImages(1));
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100)); // the camera is slow
+  Push(1);
+  ASSERT_TRUE(Eventually([this] { return run_.VisitImages([](auto, const auto&) {}) == 2; }));
+  Push(3998);
+  ASSERT_TRUE(HasEnded());
+  EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), 4000u);
+}
+
 // The last frame is accepted before its file is complete: what fails then must be told as well.
 TEST_F(Spool, AFailureBehindTheLastFrameIsTold)
 {
