@@ -6,6 +6,7 @@
 #include "spool/host_time.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
+#include "spool/TStagedImage.h"
 
 #include <cerrno>
 #include <cstring>
@@ -18,9 +19,9 @@ constexpr std::int64_t kNsPerSecond = 1000000000;
 
 } // namespace
 
-TSpooledImage::TSpooledImage(std::unique_ptr<IImage> view, const TPlace& place, TSpoolFile* file,
-                             TSpoolIndex* index, TSpoolFault* fault)
-    : view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault)
+TSpooledImage::TSpooledImage(std::unique_ptr<IImage> view, TStagedImage* staged, const TPlace& place,
+                             TSpoolFile* file, TSpoolIndex* index, TSpoolFault* fault)
+    : view_(std::move(view)), staged_(staged), place_(place), file_(file), index_(index), fault_(fault)
 {
 }
 
@@ -43,7 +44,10 @@ int TSpooledImage::Lock(unsigned char*& destination)
 void TSpooledImage::Take()
 {
   takenAtNs_.push_back(HostTimeNs());
-  if (place_.mapped && takenAtNs_.back() - recordedAtNs_ >= kNsPerSecond) Record();
+  if (takenAtNs_.back() - recordedAtNs_ < kNsPerSecond) return;
+  const std::uint64_t begin = place_.imageSizeBytes * recorded_;
+  const std::uint64_t end = place_.imageSizeBytes * takenAtNs_.size();
+  if (!staged_ || Written(staged_->WritePart(begin, end))) Record();
 }
 
 int TSpooledImage::Unlock()
@@ -54,13 +58,15 @@ int TSpooledImage::Unlock()
   const std::uint64_t filled = place_.imageSizeBytes * takenAtNs_.size();
   // Memory that is used again still has earlier images in it.
   std::memset(memory_ + filled, 0, size - filled);
-  if (const int error = view_->Unlock()) {
-    fault_->Raise("cannot write", file_->Path(), error);
-    return error;
-  }
-  if (!Record()) return EIO;
+  if (!Written(view_->Unlock()) || !Record()) return EIO;
   file_->PartDone(place_.offset, size);
   return 0;
+}
+
+bool TSpooledImage::Written(int error)
+{
+  if (error != 0) fault_->Raise("cannot write", file_->Path(), error);
+  return error == 0;
 }
 
 bool TSpooledImage::Record()

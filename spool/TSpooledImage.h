@@ -11,6 +11,7 @@
 
 class TSpoolFault;
 class TSpoolFile;
+class TStagedImage;
 
 /// The place of one or more images of a run in a spool file. When it is unlocked, its images are on their way to
 /// the disk and get their records in the index; what fails is raised as the run's fault. Borrows file, index and
@@ -19,32 +20,35 @@ class TSpooledImage final : public IImage
 {
 public:
   /// Where a place is: the number of its first image in the run, its offset in the file, the size of one of its
-  /// images how many it has room for, and what its memory is.
+  /// images and how many it has room for.
   struct TPlace
   {
     std::uint64_t firstImage;
     std::uint64_t offset;
     std::uint64_t imageSizeBytes;
     std::uint32_t images;
-    bool mapped; ///< its memory is the file's, so that what is in it has been handed to the operating system
   };
 
-  TSpooledImage(std::unique_ptr<IImage> view, const TPlace& place, TSpoolFile* file, TSpoolIndex* index,
-                TSpoolFault* fault);
+  /// @p staged is the view if it is one of staging memory, else null: mapped memory is in the operating system's
+  /// hands from the start.
+  TSpooledImage(std::unique_ptr<IImage> view, TStagedImage* staged, const TPlace& place, TSpoolFile* file,
+                TSpoolIndex* index, TSpoolFault* fault);
   ~TSpooledImage() override;
 
   int Lock(unsigned char*& destination) override;
-  /// Returns 0, or an errno value.
+  /// Returns 0, or an errno value: of what failed first in the run, the fault tells more.
   int Unlock() override;
 
-  /// The next of its images has been filled. A place that is never told so has all of its images from Lock() on. A
-  /// place that takes long to fill gets records once a second where its memory allows that.
+  /// The next of its images has been filled. A place that is never told so has all of its images from Lock() on.
+  /// The images of a place that takes long to fill are written and recorded once a second.
   void Take();
 
 private:
+  bool Written(int error);
   bool Record();
 
   const std::unique_ptr<IImage> view_;
+  TStagedImage* const staged_;
   const TPlace place_;
   TSpoolFile* const file_;
   TSpoolIndex* const index_;

@@ -35,6 +35,11 @@ int TStagedImage::Unlock()
   return piece_ ? file_->Write(Memory(), sizeBytes_, offset_) : 0;
 }
 
+int TStagedImage::WritePart(std::uint64_t begin, std::uint64_t end)
+{
+  return piece_ ? file_->Write(Memory() + begin, end - begin, offset_ + begin) : 0;
+}
+
 unsigned char* TStagedImage::Memory() const
 {
   return piece_ + offset_ % TSpoolVolume::kAlignment;

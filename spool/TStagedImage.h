@@ -26,6 +26,8 @@ public:
 
   int Lock(unsigned char*& destination) override;
   int Unlock() override;
+  /// Writes the bytes from @p begin to @p end of the place ahead of time. Unlock() writes all of it all the same.
+  int WritePart(std::uint64_t begin, std::uint64_t end);
 
 private:
   unsigned char* Memory() const;

@@ -563,7 +563,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, SpoolFullDisk,
 // records.
 TEST_F(Spool, AnIndexThatFillsTheDiskHasAsManyRecordsAsTheRunSays)
 {
-  for (const char* room : {"9400k", "9500k", "9600k"}) {
+  for (const char* room : {"12800k", "12900k", "13000k"}) {
     const int result = OnSmallDisk(scratch_.Directory(), room, [this] {
       VXSIM_Configure(kFreeCounterCamera);
       Open();
