@@ -15,6 +15,7 @@ class FrameSource
 public:
   FrameSource(std::size_t frameBytes, std::size_t slots);
 
+  std::size_t slots() const { return slab_.Count(); }
   std::size_t frameBytes() const { return slab_.FrameSizeBytes(); }
   unsigned char* frame(long number) const { return slab_.Slot(static_cast<std::size_t>(number) % slab_.Count()); }
 

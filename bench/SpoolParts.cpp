@@ -24,13 +24,13 @@ constexpr int kThreads = 2;
 
 /// The ways' common face: what is spooled has been written when the object is gone.
 std::unique_ptr<ISpoolAlgorithm> makeAlgorithm(const TSpoolLayout& layout, TSpoolImageSpooler& images,
-                                               TSpoolFault& fault)
+                                               TSpoolFault& fault, std::size_t slots)
 {
   switch (layout.way) {
   case TSpoolLayout::kBlocks:
     return std::make_unique<TBlockSpooler>(&images, layout.imageSizeBytes, layout.imagesPerPlace, kThreads);
   case TSpoolLayout::kQueued:
-    return std::make_unique<TQueuedSpooler>(&images, &fault, kThreads);
+    return std::make_unique<TQueuedSpooler>(&images, &fault, kThreads, slots);
   case TSpoolLayout::kThreaded:
     break;
   }
@@ -59,7 +59,7 @@ WritingCost writeThroughParts(const std::string& directory, const TSpoolLayout& 
   files.SetVolume(volume);
   require(index.Create(directory), "an index");
   TSpoolImageSpooler images(&files, layout, &index, &fault);
-  auto algorithm = makeAlgorithm(layout, images, fault);
+  auto algorithm = makeAlgorithm(layout, images, fault, frames.slots());
   for (long i = 0; i < count; ++i) {
     const double begin = secondsOfClock(CLOCK_MONOTONIC);
     require(algorithm->Spool(static_cast<int>(i), frames.frame(i), static_cast<int>(frames.frameBytes())) == 1,
