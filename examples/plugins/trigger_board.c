@@ -3,6 +3,8 @@
    register file that I2C writes go to. */
 #include "vxmcd_plugins.h"
 
+#include <stdatomic.h>
+
 #define EXPORTED __attribute__((visibility("default")))
 
 enum
@@ -27,8 +29,9 @@ enum
   DEVICE_ADDRESS = 0x50
 };
 
-static int isInitialized;
-static unsigned char registers[REGISTERS];
+/* Programs may call from several threads at a time. */
+static atomic_int isInitialized;
+static atomic_uchar registers[REGISTERS];
 
 EXPORTED int TriggerBoard_Initialize(void);
 EXPORTED int TriggerBoard_ShutDown(void);
