@@ -73,5 +73,6 @@ struct TCamera
   QuorinUtility::TQuorinCriticalSection* cameraLock = nullptr;
   bool holdsLibrary = false;       ///< whether the feature library is to be finalised for this camera
   bool holdsConfiguration = false; ///< whether the configuration, be it null, is still to be given back
+  TVxmcdAcquisitionManager* closedManager = nullptr; ///< the acquisition manager while the camera is being closed
   QuorinUtility::TQuorinCriticalSection* serviceLock = nullptr; ///< one service call at a time, see TServiceUse
 };

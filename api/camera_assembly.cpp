@@ -46,7 +46,17 @@ IPreAmpGain* MakePreAmpGain(const TCamera& camera, int coreHandle)
   return new TDirectPreAmpGain(camera.preAmpGain, camera.preAmpGainSelector, camera.adChannel, camera.amplifier);
 }
 
-// The configuration library may throw. The camera can then be shut down a second time, which goes on from here.
+/// Waits until nobody uses the camera any more.
+void CloseManager(TCamera& camera)
+{
+  TVxmcdAcquisitionManager* const manager = CloseCameraToNewUses(camera);
+  if (!manager) return;
+  camera.closedManager = manager;
+  manager->Close();
+}
+
+// The configuration library may throw. The camera can then be shut down a second time, which goes on from here; until
+// then the manager keeps the memory that the camera may be writing into.
 void ReleaseConfiguration(TCamera& camera)
 {
   IConfiguration* const configuration = std::exchange(camera.configuration, nullptr);
@@ -97,12 +107,8 @@ TCamera AssembleCamera(int coreHandle)
 
 std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera)
 {
-  std::unique_ptr<TVxmcdAcquisitionManager> manager(CloseCameraToNewUses(camera));
-  std::vector<std::shared_ptr<TFrameSlab>> memory;
-  if (manager) {
-    manager->Close();
-    memory = manager->HoldMemory();
-  }
+  CloseManager(camera);
+  auto memory = camera.closedManager->HoldMemory();
 
   Destroy(camera.preAmpGainModel);
   Destroy(camera.baselineClamp);
@@ -129,7 +135,7 @@ std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera)
   Destroy(camera.observers);
   Destroy(camera.cameraPots);
   Destroy(camera.i2c);
-  manager.reset();
+  Destroy(camera.closedManager);
   Destroy(camera.cameraLock);
 
   Destroy(camera.statusDispatchQueue);
