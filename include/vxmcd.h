@@ -123,7 +123,7 @@ VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
  */
 VXMCD_API unsigned int Initialize(char* directory);
 /**
- *  * Closes the current camera, aborting an acquisition first; every wait returns. Blocks until nobody uses the camera
+ * Closes the current camera, aborting an acquisition first; every wait returns. Blocks until nobody uses the camera
  * any more, usually for some 0.1 s; as long as the feature library keeps the acquisition thread or another caller
  * inside a call.
  * @return #RC_SUCCESS; #RC_NOT_INITIALIZED when no camera is open
