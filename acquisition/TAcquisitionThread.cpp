@@ -228,8 +228,8 @@ std::atomic<bool>& TAcquisitionThread::ReasonWithoutFrame(int fetchResult)
   return HasQueueFailed() ? dispatchError_ : timedOut_;
 }
 
-// Frames are written behind the thread's back; without a look now and then, a failure would show with the next frame
-// only, and there may be none to come.
+// Frames are written behind the thread's back; without a look now and then, a failure would show with the next
+// frame only, and there may be none to come.
 bool TAcquisitionThread::HasQueueFailed()
 {
   TDispatchQueue* const queue = dispatchQueue_;

@@ -36,8 +36,8 @@ void TDispatchQueue_Spool::SetSeriesLength(int images)
   seriesLength_ = static_cast<std::uint32_t>(std::max(images, 0));
 }
 
-// The earlier run's pipeline goes first: two at once would hold each other's directory. Making one may take long, when
-// many files have to be removed, and nobody who changes a setting should wait for that.
+// The earlier run's pipeline goes first: two at once would hold each other's directory. Making one may take long,
+// when many files have to be removed, and nobody who changes a setting should wait for that.
 void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
 {
   TRingDispatchQueue::Initialise(imageSizeBytes);

@@ -55,8 +55,8 @@ void CloseManager(TCamera& camera)
   manager->Close();
 }
 
-// The configuration library may throw. The camera can then be shut down a second time, which goes on from here; until
-// then the manager keeps the memory that the camera may be writing into.
+// The configuration library may throw. The camera can then be shut down a second time, which goes on from here;
+// until then the manager keeps the memory that the camera may be writing into.
 void ReleaseConfiguration(TCamera& camera)
 {
   IConfiguration* const configuration = std::exchange(camera.configuration, nullptr);

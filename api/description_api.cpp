@@ -12,8 +12,8 @@
 #include <cwchar>
 #include <iterator>
 
-// Under its decorated name the function takes a reference. The plain name is a function of its own, because a reference
-// is never null to a compiler and a pointer may be.
+// Under its decorated name the function takes a reference. The plain name is a function of its own, because a
+// reference is never null to a compiler and a pointer may be.
 VXMCD_API void extractNumberFromString(wchar_t* text, int& number);
 extern "C" VXMCD_API void PlainExtractNumberFromString(wchar_t* text,
                                                        int* number) __asm__("extractNumberFromString");

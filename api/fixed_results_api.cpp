@@ -45,8 +45,8 @@ struct TFixedValue
     return code;                                                                                                  \
   }
 // Defined under a name of its own, because the header lets callers pass whatever they have in front of the output.
-// Outputs are counted without floating-point arguments: each other argument takes one register of the kind that they
-// are found in, and floating-point ones take none of it.
+// Outputs are counted without floating-point arguments: each other argument takes one register of the kind that
+// they are found in, and floating-point ones take none of it.
 #define FIXED_VALUE(name, parameters, outputs, type, fixed, code, reason)                                         \
   extern "C" VXMCD_API unsigned int Define##name parameters __asm__(#name);                                       \
   unsigned int Define##name parameters                                                                            \

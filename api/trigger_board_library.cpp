@@ -17,15 +17,15 @@ namespace {
 // Held shared by calls into the library, alone by who loads or unloads it.
 TNeverDestroyed<std::shared_mutex> libraryMutex;
 
-// Taken before libraryMutex and let go at once by calls, kept by who loads or unloads: calls that overlap one another
-// without end would hold that off for ever.
+// Taken before libraryMutex and let go at once by calls, kept by who loads or unloads: calls that overlap one
+// another without end would hold that off for ever.
 TNeverDestroyed<std::mutex> turnMutex;
 
 // A plug-in may call these functions again; that must not wait for its turn.
 thread_local int usesOfThisThread = 0;
 
-// The object's place is never given up: programs may have kept the pointer to it. A library that is gone is followed
-// by an object without one.
+// The object's place is never given up: programs may have kept the pointer to it. A library that is gone is
+// followed by an object without one.
 alignas(TLoadUSBi2cDll) std::byte place[sizeof(TLoadUSBi2cDll)];
 
 template <class... TArguments>

@@ -14,9 +14,9 @@ void LoadTriggerBoardLibrary();
 /// Unloads the library once no call is inside. For the last ShutDown().
 void UnloadTriggerBoardLibrary();
 
-/// Keeps the library loaded for the length of a scope. False before the first Initialize(). Any number of threads use
-/// the library at a time, and one thread may use it again inside a use; uses that begin while the library is to be
-/// unloaded wait until it is. Lives on the stack of one call.
+/// Keeps the library loaded for the length of a scope. False before the first Initialize(). Any number of threads
+/// use the library at a time, and one thread may use it again inside a use; uses that begin while the library is
+/// to be unloaded wait until it is. Lives on the stack of one call.
 class TTriggerBoardUse final
 {
 public:

@@ -661,8 +661,9 @@ VXMCD_DECORATED unsigned int I2CBurstWrite(unsigned char address, long count, un
  *  that cannot be read is 0.
  *
  *  Calls from several threads wait for one another. Observers are called on the thread that made the change, before
- *  its call returns, and may call any function of this section; ShutDown() waits for the call that they are part of and
- *  so must not be called there. What an observer throws reaches the caller of the function.
+ *  its call returns, and may call any function of this section for the same camera; ShutDown() waits for the call that they are part of and
+ *  so must not be called there, nor may GetFIFOUsage(), which waits for ShutDown(), or what changes another camera's
+ *  potentiometers. What an observer throws reaches the caller of the function.
  *  @{ */
 /**
  * Loads a potentiometer file in place of the one before and tells the observers, also when it fails, which leaves no

@@ -17,5 +17,6 @@ using TOpenFile = std::unique_ptr<std::FILE, TFileCloser>;
 /// to an end. Returns null for anything else, and never waits for a writer.
 TOpenFile OpenRegularFile(const char* fileName);
 
-/// Opens a file for writing, empty. Only a regular file, as above. Returns null, with errno set, for anything else.
+/// Opens a file for writing, empty. Only a regular file, as above. Returns null, with errno set, for anything
+/// else.
 TOpenFile CreateRegularFile(const char* fileName);

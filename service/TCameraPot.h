@@ -5,9 +5,9 @@
 #include <array>
 #include <cstdint>
 
-/// A digital potentiometer of a camera and, if there is one, the voltage rail that it sets, as a potentiometer file
-/// describes them. A plain value. Of addresses the low 8 bits are used. The allowed values are for clients to keep
-/// to.
+/// A digital potentiometer of a camera and, if there is one, the voltage rail that it sets, as a potentiometer
+/// file describes them. A plain value. Of addresses the low 8 bits are used. The allowed values are for clients to
+/// keep to.
 struct TCameraPot
 {
   static constexpr std::int32_t kUnknown = -1;

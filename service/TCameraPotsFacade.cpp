@@ -107,6 +107,11 @@ bool TCameraPotsFacade::LoadGroups(const char* fileName)
     return false;
   }
   const std::int64_t fileSize = FileSize(fileName);
+  // Files that tell no size, such as the system's own views of a process, may have no end.
+  if (fileSize == 0) {
+    LogRefusedLoad(fileName, "empty");
+    return false;
+  }
   if (IsTooMuch(kListings, fileSize)) {
     LogRefusedLoad(fileName, "too large");
     return false;

@@ -12,9 +12,10 @@ class TI2c;
 
 /// The digital potentiometers of a camera, in the named groups of a potentiometer file: loads and saves their
 /// description, writes and reads them over the internal I2C bus, and tells observers at the end of every load and
-/// every write. Owned by the camera's record; borrows the bus. Not synchronised: its callers serialise. Observers run
-/// inside the calls that set them off and may call anything here, a load included; what they throw passes through.
-/// Every operation answers a status, kDone or kFailed. Transfers that fail are logged and otherwise ignored.
+/// every write. Owned by the camera's record; borrows the bus. Not synchronised: its callers serialise. Observers
+/// run inside the calls that set them off and may call anything here, a load included; what they throw passes
+/// through. Every operation answers a status, kDone or kFailed. Transfers that fail are logged and otherwise
+/// ignored.
 class TCameraPotsFacade final : public TSubject
 {
 public:

@@ -12,9 +12,10 @@ namespace QuorinUtility {
 class TQuorinDynamicLoader;
 }
 
-/// Loads the optional configuration library and gets a camera's configuration, what its EEPROM holds, from it. Owned
-/// by the camera's record, which gives the configuration back before the loader goes. One thread at a time. Without
-/// the library, or the functions that make configurations, there is none; what these functions throw passes through.
+/// Loads the optional configuration library and gets a camera's configuration, what its EEPROM holds, from it.
+/// Owned by the camera's record, which gives the configuration back before the loader goes. One thread at a time.
+/// Without the library, or the functions that make configurations, there is none; what these functions throw
+/// passes through.
 class TConfigurationLoader final
 {
 public:

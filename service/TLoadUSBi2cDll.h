@@ -11,9 +11,9 @@ class TQuorinDynamicLoader;
 class TQuorinFilePath;
 } // namespace QuorinUtility
 
-/// Loads the optional trigger-board library "usbi2c.dll" from the working directory and forwards calls to it. There
-/// is one in the process, see api/trigger_board_library.h. The library is used only when it has all seven functions.
-/// Not synchronised. Every call answers what the library does, or kNotLoaded.
+/// Loads the optional trigger-board library "usbi2c.dll" from the working directory and forwards calls to it.
+/// There is one in the process, see api/trigger_board_library.h. The library is used only when it has all seven
+/// functions. Not synchronised. Every call answers what the library does, or kNotLoaded.
 class TLoadUSBi2cDll final
 {
 public:

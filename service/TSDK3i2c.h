@@ -17,8 +17,8 @@ public:
 
   /// Ends at the first byte that cannot be staged; nothing is sent then.
   int Write(unsigned char address, unsigned char* data, unsigned int count) override;
-  /// Fetches every byte that can be fetched; kFailed when one could not, which keeps its value in @p data. Gives up
-  /// after a thousand failures in a row, so that an absurd count ends.
+  /// Fetches every byte that can be fetched; kFailed when one could not, which keeps its value in @p data. Gives
+  /// up after a thousand failures in a row, so that an absurd count ends.
   int Read(unsigned char address, unsigned char* data, unsigned int count) override;
 
 private:

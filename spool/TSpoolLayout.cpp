@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::uint64_t kFileBytes = std::uint64_t{256} << 20;
 
-// Images up to this size go in blocks: handing each to another thread would take longer than copying it. A file for
-// each of them is mapped: writing it unbuffered would wait for the disk at every image.
+// Images up to this size go in blocks: handing each to another thread would take longer than copying it. A file
+// for each of them is mapped: writing it unbuffered would wait for the disk at every image.
 constexpr std::uint64_t kSmallImageBytes = std::uint64_t{256} << 10;
 
 // From here on staging memory lies in huge pages, which the disk takes a third faster than scattered ones. Larger

@@ -41,8 +41,8 @@ std::string UtcNow()
   return text;
 }
 
-// The description of a run that is over. A failure is reported before everything is on the disk, and the description
-// is completed after that. @param earlierStart  of the run before: it will not change
+// The description of a run that is over. A failure is reported before everything is on the disk, and the
+// description is completed after that. @param earlierStart  of the run before: it will not change
 TSpoolRun FinalDescription(const std::string& directory, const std::string& earlierStart)
 {
   const auto deadline = std::chrono::steady_clock::now() + kLongestWriting;

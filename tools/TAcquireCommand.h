@@ -16,9 +16,9 @@
 namespace vxtool {
 
 /// Opens the camera, sets it up, waits for its temperature, opens the output, runs the loop, closes the output,
-/// reports. A run that the library records to disk has a loop of its own, and its output is made afterwards of what
-/// is on disk. Prints to standard output (the counts) and standard error (progress, notes, errors). Run() is for one
-/// use.
+/// reports. A run that the library records to disk has a loop of its own, and its output is made afterwards of
+/// what is on disk. Prints to standard output (the counts) and standard error (progress, notes, errors). Run() is
+/// for one use.
 class TAcquireCommand final
 {
 public:

@@ -10,9 +10,9 @@
 
 namespace vxtool {
 
-/// Reads what a directory says of its run, opens the output, converts, closes the output, reports. Prints to standard
-/// output (the counts) and standard error (progress, notes, errors). For one use; needs a TInterrupt while it works
-/// if Ctrl-C is to leave a valid file.
+/// Reads what a directory says of its run, opens the output, converts, closes the output, reports. Prints to
+/// standard output (the counts) and standard error (progress, notes, errors). For one use; needs a TInterrupt
+/// while it works if Ctrl-C is to leave a valid file.
 class TConvertCommand final
 {
 public:

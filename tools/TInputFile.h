@@ -9,8 +9,8 @@
 
 namespace vxtool {
 
-/// Owns one descriptor of a regular file; symbolic links to one are followed. Anything else (a directory, a pipe, a
-/// device) is refused, so that no read waits or has no end. One thread at a time. Operations answer false on
+/// Owns one descriptor of a regular file; symbolic links to one are followed. Anything else (a directory, a pipe,
+/// a device) is refused, so that no read waits or has no end. One thread at a time. Operations answer false on
 /// failure; Error() then names file and reason.
 class TInputFile final
 {

@@ -7,8 +7,8 @@
 namespace vxtool {
 
 /// Pictures as TPngPreviewWriter makes them, each stretched by its own brightness. One planned image gets the file
-/// itself; of several, "run.png" becomes "run-0000012.png" for image 12. One thread at a time; errors as IImageWriter
-/// says.
+/// itself; of several, "run.png" becomes "run-0000012.png" for image 12. One thread at a time; errors as
+/// IImageWriter says.
 class TPngSeriesWriter final : public IImageWriter
 {
 public:

@@ -10,9 +10,9 @@
 namespace vxtool {
 
 /// A file with the pixels of all images, row after row and image after image, little-endian, and beside it, with
-/// ".json" behind its name, a description of the run and of each image. The description is there from the beginning, with
-/// "complete": false and without images, and is written anew by Close(). Owns its files; one thread at a time; errors
-/// as IImageWriter says.
+/// ".json" behind its name, a description of the run and of each image. The description is there from the
+/// beginning, with "complete": false and without images, and is written anew by Close(). Owns its files; one
+/// thread at a time; errors as IImageWriter says.
 class TRawStackWriter final : public IImageWriter
 {
 public:

@@ -62,8 +62,8 @@ TNumberRanges TSpoolConversion::WholeRun() const
   return end > 0 ? TNumberRanges({{1, static_cast<long>(end)}}) : all;
 }
 
-// While a run is being recorded its index says which images are whole. Where there is no index, or where the run has
-// come to its end, an image without a record may be whole all the same.
+// While a run is being recorded its index says which images are whole. Where there is no index, or where the run
+// has come to its end, an image without a record may be whole all the same.
 bool TSpoolConversion::TakesUnrecorded() const
 {
   const SpoolState state = run_.Facts().state;

@@ -43,9 +43,9 @@ struct TConversionCounts
   bool AddsUp() const;
 };
 
-/// One conversion from start to end, on the caller's thread and with memory for one image. Borrows run, index, writer
-/// and callbacks until Run() returns. Every image is compared with the checksum of its record; one that is torn or
-/// damaged is not handed on. Its number stays free: images keep the numbers of the run.
+/// One conversion from start to end, on the caller's thread and with memory for one image. Borrows run, index,
+/// writer and callbacks until Run() returns. Every image is compared with the checksum of its record; one that is
+/// torn or damaged is not handed on. Its number stays free: images keep the numbers of the run.
 class TSpoolConversion final
 {
 public:

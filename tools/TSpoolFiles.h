@@ -11,7 +11,8 @@
 
 namespace vxtool {
 
-/// Reads images by number, one file open at a time, so that a run may have any number of files. One thread at a time.
+/// Reads images by number, one file open at a time, so that a run may have any number of files. One thread at a
+/// time.
 class TSpoolFiles final
 {
 public:

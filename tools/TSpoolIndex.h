@@ -8,8 +8,8 @@
 
 namespace vxtool {
 
-/// The records of spool_index.dat. Each carries a checksum of itself: what does not fit is not a record, and neither
-/// is one for an image that the run cannot have or that has a record already. One thread at a time.
+/// The records of spool_index.dat. Each carries a checksum of itself: what does not fit is not a record, and
+/// neither is one for an image that the run cannot have or that has a record already. One thread at a time.
 class TSpoolIndex final
 {
 public:
@@ -20,8 +20,8 @@ public:
     std::int64_t hostNanoseconds = 0; ///< since 1970-01-01 UTC
   };
 
-  /// Reads the index in a directory. False with Error() set when it is missing or cannot be read; the records before
-  /// a failure are there. @param imageLimit  numbers of images are below this
+  /// Reads the index in a directory. False with Error() set when it is missing or cannot be read; the records
+  /// before a failure are there. @param imageLimit  numbers of images are below this
   bool Read(const std::string& directory, std::int64_t imageLimit);
 
   /// The record of an image, or null.

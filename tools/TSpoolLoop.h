@@ -9,8 +9,8 @@
 
 namespace vxtool {
 
-/// One recorded run from start to end, on the caller's thread. Takes no image: the buffers of the ring are used again as
-/// soon as the library has written them. Borrows camera and callbacks until Run() returns.
+/// One recorded run from start to end, on the caller's thread. Takes no image: the buffers of the ring are used
+/// again as soon as the library has written them. Borrows camera and callbacks until Run() returns.
 class TSpoolLoop final
 {
 public:

@@ -9,9 +9,9 @@
 
 namespace QuorinUtility {
 
-/// The names in a directory, "." and ".." included, or those of them that contain a text; in the order in which the
-/// system gives them. Shows what was there at the last enumeration; a directory that cannot be read has no names.
-/// One object belongs to one thread at a time. Only a lack of memory makes it throw.
+/// The names in a directory, "." and ".." included, or those of them that contain a text; in the order in which
+/// the system gives them. Shows what was there at the last enumeration; a directory that cannot be read has no
+/// names. One object belongs to one thread at a time. Only a lack of memory makes it throw.
 class TQuorinDirectoryList final
 {
 public:

@@ -18,8 +18,8 @@ namespace {
 constexpr const char* kHere = "./";
 constexpr const char* kNoFile = "not a regular file";
 
-/// Such a thing would make the loader wait, perhaps for ever, for somebody to write into it. A directory it refuses
-/// by itself. A bare name is no path: the system looks for it elsewhere.
+/// Such a thing would make the loader wait, perhaps for ever, for somebody to write into it. A directory it
+/// refuses by itself. A bare name is no path: the system looks for it elsewhere.
 bool IsPipeOrDevice(const char* path)
 {
   struct stat status = {};
@@ -47,7 +47,9 @@ TQuorinDynamicLoader::TQuorinDynamicLoader(TQuorinFilePath library, const TQuori
 int TQuorinDynamicLoader::Open()
 {
   if (handle_) return kOpen;
-  const TQuorinFilePath candidate = *directory_ + *library_;
+  // A name that is absolute already is not looked for below the directory.
+  const bool isAbsolute = library_->GetForwardSlashPath()[0] == '/';
+  const TQuorinFilePath candidate = isAbsolute && !directoryOnly_ ? *library_ : *directory_ + *library_;
   const bool isThere = ::access(candidate.GetForwardSlashPath(), F_OK) == 0;
   if (!isThere && directoryOnly_) return kNotInDirectory;
 

@@ -51,8 +51,8 @@ TQuorinEvent::TQuorinEvent(bool manualReset, bool initialState)
 
 TQuorinEvent::~TQuorinEvent()
 {
-  // The thread that was just released may destroy the event before the Set() that released it has returned. A destructor
-  // must not be left by a cancellation of its thread.
+  // The thread that was just released may destroy the event before the Set() that released it has returned. A
+  // destructor must not be left by a cancellation of its thread.
   int cancelState = 0;
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState);
   for (int turn = 0; wakers_.load(std::memory_order_acquire) != 0; ++turn) {

@@ -22,7 +22,8 @@ constexpr long long kMaxBaselineCounts = 500;
 constexpr long long kMaxSensorPixels = 16384;
 constexpr long long kMaxAccumulations = 100000;
 
-// Configured limits may be anything; this holds beside them, so that nothing is divided by 0 or read beyond its end.
+// Configured limits may be anything; this holds beside them, so that nothing is divided by 0 or read beyond its
+// end.
 bool IsSizeOnSensor(long long size)
 {
   return size >= 1 && size <= kMaxSensorPixels;

@@ -83,7 +83,8 @@ unsigned int Cancelled(Wait wait)
 #define LONGS(first) &room.longs[first]
 #define FLOATS(first) &room.floats[first]
 
-// In the order of the public header, but for the last. A new exported function needs a row here, and one in DocumentedCodes.cpp.
+// In the order of the public header, but for the last. A new exported function needs a row here, and one in
+// DocumentedCodes.cpp.
 const TFunction kFunctions[] = {
     ROW(GetAvailableCameras, LONGS(0)),
     ROW(GetCameraHandle, 0, LONGS(0)),

@@ -32,8 +32,8 @@ constexpr unsigned char kThermometer = 0x4B; // on the controller bus
 
 const std::vector<int> kCodes = {1, 2, 3, 4, 5, 6, 37, 53, 54, VX_ERR_HARDWARE_OVERFLOW};
 
-/// While it lives, every wait for a frame comes back soon with what it would have answered in the end. A run that is
-/// stopped otherwise takes up to 100 ms to notice, which is too long thousands of times.
+/// While it lives, every wait for a frame comes back soon with what it would have answered in the end. A run that
+/// is stopped otherwise takes up to 100 ms to notice, which is too long thousands of times.
 class TWaitShortener final
 {
 public:

@@ -174,8 +174,8 @@ TEST_F(Eeprom, LibrariesThatFallShort)
   ASSERT_EQ(ShutDown(), RC_SUCCESS);
 }
 
-// The first ShutDown() stops in the middle; a second one does the rest. This camera cannot be stopped, so it has its
-// buffers until then.
+// The first ShutDown() stops in the middle; a second one does the rest. This camera cannot be stopped, so it has
+// its buffers until then.
 TEST_F(Eeprom, AConfigurationThatThrowsAtTheEndReachesTheCallerOfShutDown)
 {
   PutVariant("throwing_destroy", kConfigurationLibrary);

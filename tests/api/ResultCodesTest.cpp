@@ -49,7 +49,8 @@ const std::map<unsigned int, std::string> kKnownCodes = {
     {20992, "RC_NOT_AVAILABLE"},
 };
 
-/// The rows "| 20002 | `RC_SUCCESS` | ... | ... |" of the reference page, by code, without spaces around the cells.
+/// The rows "| 20002 | `RC_SUCCESS` | ... | ... |" of the reference page, by code, without spaces around the
+/// cells.
 std::map<unsigned int, std::vector<std::string>> RowsOfThePage()
 {
   std::map<unsigned int, std::vector<std::string>> rows;

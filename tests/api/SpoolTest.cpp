@@ -505,8 +505,8 @@ TEST_F(Spool, AnIndexThatMayNotGrowEndsTheRunWithTheFramesBeforeIntact)
   EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), 1024u);
 }
 
-/// Runs @p test in a child process whose /tmp-like directory is a file system of @p bytes. Returns the child's exit
-/// code, or -1 where that cannot be had.
+/// Runs @p test in a child process whose /tmp-like directory is a file system of @p bytes. Returns the child's
+/// exit code, or -1 where that cannot be had.
 template <class Test>
 int OnSmallDisk(const std::string& directory, const std::string& size, Test test)
 {

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 using QuorinUtility::TQuorinDynamicLoader;
@@ -61,6 +63,17 @@ TEST_F(DynamicLoader, PrefersTheDirectoryAndFallsBackToTheSystem)
   EXPECT_EQ(onlyThere.Open(), 1);
   EXPECT_STREQ(onlyThere.GetErrorMessage(), "No Error");
   EXPECT_EQ(onlyThere.Close(), 0);
+}
+
+TEST_F(DynamicLoader, TakesAnAbsoluteNameAsItIs)
+{
+  const std::string full = std::filesystem::current_path() / "libthere.so";
+  PutLibrary("libthere.so");
+  std::filesystem::create_directories("." + std::filesystem::current_path().string());
+  std::ofstream("." + full) << "a copy of the whole tree, in the working directory";
+  TQuorinDynamicLoader loader(full.c_str(), nullptr, false);
+  EXPECT_EQ(loader.Open(), 0) << loader.GetErrorMessage();
+  loader.Close();
 }
 
 TEST_F(DynamicLoader, KeepsWhatTheLoaderSaysOfAFailure)
