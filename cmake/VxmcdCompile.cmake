@@ -38,3 +38,13 @@ function(vxmcd_compile_options target)
   set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden C_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
+
+# Compiles common headers once, in the sanitizers' builds only: these take half the time then, and the other builds
+# still see whether every file includes what it uses. (With g++ such headers are not system headers any more, and it
+# warns of what it sees in them.)
+function(vxmcd_precompile_where_sanitized target)
+  if(VXMCD_SANITIZE)
+    target_precompile_headers(${target} PRIVATE <algorithm> <array> <atomic> <chrono> <functional> <map> <memory> <mutex>
+      <string> <vector> ${ARGN})
+  endif()
+endfunction()

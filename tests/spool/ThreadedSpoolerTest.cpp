@@ -102,7 +102,9 @@ TEST_F(ThreadedSpooler, MakesABoundedNumberOfThreads)
   const auto threads = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
   const auto before = threads();
   const TThreadedSpooler spooler(&images_, INT_MAX);
-  EXPECT_EQ(threads() - before, kMaxLaunchers);
+  const auto made = threads() - before;
+  EXPECT_GE(made, kMaxLaunchers);
+  EXPECT_LE(made, kMaxLaunchers + 1) << "a sanitizer makes one more with the first thread of a program";
 }
 
 TEST_F(ThreadedSpooler, AcceptsFramesWithoutASpoolerOrThatCannotBeClosed)
