@@ -3,6 +3,7 @@
 #include "spool/TAcquisitionMetadata.h"
 
 #include "ini/text_double.h"
+#include "spool/TFileDescriptor.h"
 #include "utility/TQuorinFilePath.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
@@ -39,11 +40,8 @@ constexpr TEntry kImageSize{"data", "ImageSize"};
 /// Makes what was written to a file or directory outlast a power failure.
 bool Sync(const std::string& name)
 {
-  const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) return false;
-  const bool synced = ::fsync(descriptor) == 0;
-  ::close(descriptor);
-  return synced;
+  const TFileDescriptor file(::open(name.c_str(), O_RDONLY | O_CLOEXEC));
+  return file.IsOpen() && ::fsync(file.Get()) == 0;
 }
 
 bool IsControl(char character)

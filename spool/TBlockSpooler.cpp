@@ -14,7 +14,6 @@
 #include <cstring>
 
 using QuorinUtility::TQuorinLibDebugOutput;
-using QuorinUtility::TQuorinTaskLauncher;
 
 TBlockSpooler::TBlockSpooler(ISpooler* spooler, std::uint64_t imageSizeBytes, std::uint32_t imagesPerBlock,
                              int threadCount)
@@ -60,9 +59,9 @@ bool TBlockSpooler::BeginBlock(int index)
 void TBlockSpooler::EndBlock()
 {
   block_.reset();
-  TQuorinTaskLauncher* const launcher = launchers_.empty() ? nullptr : launchers_[next_].get();
-  next_ = next_ + 1 < launchers_.size() ? next_ + 1 : 0;
-  LaunchOrExecute(launcher, &closeTask_, place_);
+  const int count = static_cast<int>(launchers_.size());
+  LaunchOrExecute(count > 0 ? launchers_[static_cast<std::size_t>(next_)].get() : nullptr, &closeTask_, place_);
+  next_ = NextInTurn(next_, count);
 }
 
 void TBlockSpooler::Finish()

@@ -47,6 +47,6 @@ private:
   IImage* place_ = nullptr; // of the block being filled; null between blocks
   std::unique_ptr<TSerialMultiImage> block_;
   std::uint32_t filled_ = 0;
-  std::size_t next_ = 0;
+  int next_ = 0; // launcher
   std::vector<std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> launchers_;
 };

@@ -5,13 +5,12 @@
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+#include "features/SDK3Enum.h"
 #include "spool/file_writing.h"
 #include "spool/host_time.h"
 #include "spool/TSpoolLayout.h"
 #include "utility/library_version.h"
 #include "vxcore.h"
-
-#include <array>
 
 namespace {
 
@@ -73,17 +72,6 @@ std::string Narrow(const std::wstring& text)
   return narrow;
 }
 
-bool ReadChoice(int camera, const wchar_t* feature, std::wstring& text)
-{
-  int index = 0;
-  std::array<wchar_t, kMaxText> buffer{};
-  if (VX_GetEnumIndex(camera, feature, &index) != VX_SUCCESS) return false;
-  if (VX_GetEnumStringByIndex(camera, feature, index, buffer.data(), kMaxText) != VX_SUCCESS) return false;
-  buffer.back() = L'\0';
-  text = buffer.data();
-  return true;
-}
-
 void Describe(TAcquisitionMetadata& metadata, int camera, const char* section, const char* key,
               const wchar_t* feature, Kind kind)
 {
@@ -102,7 +90,7 @@ void Describe(TAcquisitionMetadata& metadata, int camera, const char* section, c
     if (VX_GetBool(camera, feature, &on) == VX_SUCCESS) metadata.SetBoolean(section, key, on != 0);
     break;
   case Kind::kChoice:
-    if (ReadChoice(camera, feature, text)) metadata.SetText(section, key, Narrow(text));
+    if (SDK3Enum(camera, feature).GetString(text) == VX_SUCCESS) metadata.SetText(section, key, Narrow(text));
     break;
   case Kind::kText:
     if (ReadString(camera, feature, kMaxText, text) == VX_SUCCESS) metadata.SetText(section, key, Narrow(text));

@@ -68,7 +68,6 @@ int TSpoolFileSpooler::SetStem(const wchar_t* stem)
 
 int TSpoolFileSpooler::OpenImage(unsigned int index, int /*mode*/, IImage*& image)
 {
-  if (fault_->IsRaised()) return EIO;
   const std::lock_guard lock(mutex_);
   const auto open = files_.find(index);
   if (open != files_.end()) {

@@ -25,7 +25,7 @@ public:
   explicit TSpoolFileSpooler(TSpoolFault* fault);
   ~TSpoolFileSpooler();
 
-  /// Fails, for good, once the run has a fault. @p mode is not used: files are read and written.
+  /// @p mode is not used: files are read and written.
   int OpenImage(unsigned int index, int mode, IImage*& image) override;
   int SetImageSizeBytes(std::uint64_t sizeBytes) override;
   int SetPath(const wchar_t* path) override;
