@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Series on disk: every frame, whatever happens to the disk or to the program.
 #include "simulator/imaging/TCounterPattern.h"
-#include "tests/ini/TScratchDirectory.h"
 #include "tests/support/CounterCameraTest.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/Sanitizers.h"
+#include "tests/support/TScratchDirectory.h"
 #include "tests/support/TSpoolDirectory.h"
 
 #include <array>
@@ -114,6 +114,12 @@ struct TSize
   int images;
   int threads;
 };
+
+void PrintTo(const TSize& value, std::ostream* stream)
+{
+  *stream << value.images << " of " << value.width << "x" << value.height << ", method " << value.method << ", "
+          << value.threads << " threads";
+}
 
 class SpoolSizes : public Spool, public ::testing::WithParamInterface<TSize>
 {

@@ -2,7 +2,7 @@
 # Series written to disk: through the public header, read back by the description of the format.
 vxmcd_test(spool_run_test
   SOURCES
-    ../ini/TScratchDirectory.cpp
+    ../support/TScratchDirectory.cpp
     ../support/CounterCameraTest.cpp
     ../support/ProcessFigures.cpp
     ../support/SimulatedCameraTest.cpp

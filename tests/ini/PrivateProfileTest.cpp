@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The classic entry points for profile files, character by character.
 #include "tests/ini/ProfileReference.h"
-#include "tests/ini/TScratchDirectory.h"
+#include "tests/support/TScratchDirectory.h"
 #include "vxmcd.h"
 
 #include <cstdlib>

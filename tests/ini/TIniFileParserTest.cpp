@@ -2,7 +2,7 @@
 // Typed reading of profile files.
 #include "ini/TIniFileParser.h"
 
-#include "tests/ini/TScratchDirectory.h"
+#include "tests/support/TScratchDirectory.h"
 
 #include <array>
 #include <gtest/gtest.h>

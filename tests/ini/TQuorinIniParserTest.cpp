@@ -2,7 +2,7 @@
 // INI documents: codes, conversions, and what a file keeps.
 #include "ini/TQuorinIniParser.h"
 
-#include "tests/ini/TScratchDirectory.h"
+#include "tests/support/TScratchDirectory.h"
 #include "vxmcd.h"
 
 #include <climits>

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The simulator's configuration: what it changes, and how its mistakes are told.
 #include "tests/simulator/SimulatedCameraTest.h"
+#include "tests/support/TScratchDirectory.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <cwchar>
-#include <fstream>
 
 namespace {
 
@@ -16,21 +15,16 @@ using testing::Test;
 class ConfigurationFile final
 {
 public:
-  explicit ConfigurationFile(const std::string& text) : path_(testing::TempDir() + "vxcore_configuration_test.ini")
+  explicit ConfigurationFile(const std::string& text)
   {
-    std::ofstream(path_) << text;
-    setenv("VXCORE_CONFIG", path_.c_str(), 1);
+    setenv("VXCORE_CONFIG", directory_.File(text).c_str(), 1);
   }
-  ~ConfigurationFile()
-  {
-    unsetenv("VXCORE_CONFIG");
-    std::remove(path_.c_str());
-  }
+  ~ConfigurationFile() { unsetenv("VXCORE_CONFIG"); }
   ConfigurationFile(const ConfigurationFile&) = delete;
   ConfigurationFile& operator=(const ConfigurationFile&) = delete;
 
 private:
-  const std::string path_;
+  const TScratchDirectory directory_;
 };
 
 TEST_F(SimulatorConfiguration, FeaturesAreChangedRemovedAndLimited)

@@ -54,6 +54,11 @@ struct TReadoutCase
   int bitDepth;
 };
 
+void PrintTo(const TReadoutCase& value, std::ostream* stream)
+{
+  *stream << "gain " << value.gain << ", read noise " << value.readNoise << ", " << value.bitDepth << " bits";
+}
+
 class PhotonTransfer : public testing::TestWithParam<TReadoutCase>
 {
 };

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The file that describes a spooled run: what it keeps, and what is said when it cannot be read or written.
 #include "spool/TAcquisitionMetadata.h"
-#include "tests/ini/TScratchDirectory.h"
 #include "tests/spool/logged_by.h"
+#include "tests/support/TScratchDirectory.h"
 
 #include <atomic>
 #include <climits>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Directories made with their ancestors, and removed again.
 #include "spool/TDirectoryTree.h"
-#include "tests/ini/TScratchDirectory.h"
+#include "tests/support/TScratchDirectory.h"
 
 #include <atomic>
 #include <filesystem>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Runs on disks that lack something, are slow, or fail.
 #include "spool/TSpoolPipeline.h"
-#include "tests/ini/TScratchDirectory.h"
 #include "tests/spool/TDiskFaults.h"
+#include "tests/support/TScratchDirectory.h"
 #include "tests/support/TSpoolDirectory.h"
 #include "tests/utility/SystemCalls.h"
 

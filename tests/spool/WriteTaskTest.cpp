@@ -3,10 +3,10 @@
 #include "acquisition/IDispatchRoutine.h"
 #include "spool/TCreateAndWriteFileTask.h"
 #include "spool/TSpoolQueue.h"
-#include "tests/ini/TScratchDirectory.h"
 #include "tests/spool/logged_by.h"
 #include "tests/spool/TMemorySpooler.h"
 #include "tests/spool/WriteFailures.h"
+#include "tests/support/TScratchDirectory.h"
 #include "tests/utility/SystemCalls.h"
 #include "utility/TQuorinTaskLauncher.h"
 

@@ -2,6 +2,8 @@
 // A directory of a test's own to work in.
 #pragma once
 
+#include "tests/support/TScratchDirectory.h"
+
 #include <filesystem>
 #include <string>
 
@@ -15,7 +17,7 @@ public:
   TScratchWorkingDirectory(const TScratchWorkingDirectory&) = delete;
   TScratchWorkingDirectory& operator=(const TScratchWorkingDirectory&) = delete;
 
-  std::string Path() const { return path_.string(); }
+  std::string Path() const { return scratch_.Directory(); }
   void WriteFile(const std::string& name, const std::string& text) const;
   std::string ReadFile(const std::string& name) const;
   void Copy(const std::string& from, const std::string& name) const;
@@ -26,6 +28,6 @@ public:
   void RemoveAll() const;
 
 private:
-  std::filesystem::path before_;
-  std::filesystem::path path_;
+  const TScratchDirectory scratch_;
+  const std::filesystem::path before_;
 };

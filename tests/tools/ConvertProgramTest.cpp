@@ -19,7 +19,7 @@ using Clock = std::chrono::steady_clock;
 class ConvertProgram : public ToolProgram
 {
 protected:
-  std::string Directory() const { return directory_.File("run"); }
+  std::string Directory() const { return directory_.Path("run"); }
 
   // Runs the command with --json; its line and its exit code.
   nlohmann::json Convert(std::vector<std::string> options, int exitCode)
@@ -49,8 +49,8 @@ TEST_F(ConvertProgram, EveryFormatHoldsTheImagesBitForBit)
   run.width = 7;
   run.rowPadding = 3;
   run.Write(Directory());
-  Convert({"-o", directory_.File("a.tif")}, 0);
-  const TTiffPages stack = ReadTiff(directory_.File("a.tif"));
+  Convert({"-o", directory_.Path("a.tif")}, 0);
+  const TTiffPages stack = ReadTiff(directory_.Path("a.tif"));
   EXPECT_EQ(stack.problem, "");
   EXPECT_EQ(stack.bits, 16);
   ASSERT_EQ(stack.pages.size(), 7u);
@@ -62,8 +62,8 @@ TEST_F(ConvertProgram, EveryFormatHoldsTheImagesBitForBit)
         "\nimage=1\nticks=5100\nhost_ns=1700000000000000001\ncheck=right\n"})
     EXPECT_NE(stack.firstDescription.find(line), std::string::npos) << line << stack.firstDescription;
 
-  Convert({"-o", directory_.File("a.fits"), "--images", "6-7,2", "--bits", "32"}, 0);
-  const TFitsCube cube = ReadFits(directory_.File("a.fits"), PixelDepth::Bits32);
+  Convert({"-o", directory_.Path("a.fits"), "--images", "6-7,2", "--bits", "32"}, 0);
+  const TFitsCube cube = ReadFits(directory_.Path("a.fits"), PixelDepth::Bits32);
   EXPECT_EQ(cube.status, 0);
   EXPECT_EQ(cube.bitpix, 32);
   EXPECT_EQ(cube.numbers, (std::vector<long long>{2, 6, 7}));
@@ -76,17 +76,17 @@ TEST_F(ConvertProgram, EveryFormatHoldsTheImagesBitForBit)
     expected.insert(expected.end(), image.begin(), image.end());
   }
   EXPECT_EQ(cube.pixels, expected);
-  EXPECT_EQ(std::system(("fitsverify -e -q '" + directory_.File("a.fits") + "' > /dev/null").c_str()), 0);
+  EXPECT_EQ(std::system(("fitsverify -e -q '" + directory_.Path("a.fits") + "' > /dev/null").c_str()), 0);
 
-  Convert({"-o", directory_.File("a.raw"), "--images", "3-4"}, 0);
-  const std::string raw = FileBytes(directory_.File("a.raw"));
+  Convert({"-o", directory_.Path("a.raw"), "--images", "3-4"}, 0);
+  const std::string raw = TextOf(directory_.Path("a.raw"));
   std::vector<std::byte> pixels(raw.size());
   std::memcpy(pixels.data(), raw.data(), raw.size());
   expected = run.Pixels(3, PixelDepth::Bits16);
   const std::vector<std::byte> fourth = run.Pixels(4, PixelDepth::Bits16);
   expected.insert(expected.end(), fourth.begin(), fourth.end());
   EXPECT_EQ(pixels, expected);
-  const auto description = nlohmann::json::parse(FileBytes(directory_.File("a.raw.json")));
+  const auto description = nlohmann::json::parse(TextOf(directory_.Path("a.raw.json")));
   EXPECT_EQ(description["file"], "a.raw");
   EXPECT_EQ(description["complete"], true);
   EXPECT_EQ(description["images"], 2);
@@ -102,14 +102,14 @@ TEST_F(ConvertProgram, PicturesAreOneFileForEachImage)
   TMadeRun run;
   run.encoding = "Mono8";
   run.Write(Directory());
-  const auto report = Convert({"-o", directory_.File("a.png"), "--images", "1,7"}, 0);
+  const auto report = Convert({"-o", directory_.Path("a.png"), "--images", "1,7"}, 0);
   EXPECT_EQ(report["written"], 2);
-  EXPECT_FALSE(fs::exists(directory_.File("a.png")));
-  EXPECT_EQ(ReadPng(directory_.File("a-0000001.png")).grey.size(), 24u);
-  EXPECT_NE(ReadPng(directory_.File("a-0000001.png")).grey, ReadPng(directory_.File("a-0000007.png")).grey);
-  Convert({"-o", directory_.File("b.png"), "--images", "7", "--preview", directory_.File("c.png")}, 0);
-  EXPECT_EQ(ReadPng(directory_.File("b.png")).grey, ReadPng(directory_.File("a-0000007.png")).grey);
-  EXPECT_EQ(ReadPng(directory_.File("c.png")).grey, ReadPng(directory_.File("b.png")).grey);
+  EXPECT_FALSE(fs::exists(directory_.Path("a.png")));
+  EXPECT_EQ(ReadPng(directory_.Path("a-0000001.png")).grey.size(), 24u);
+  EXPECT_NE(ReadPng(directory_.Path("a-0000001.png")).grey, ReadPng(directory_.Path("a-0000007.png")).grey);
+  Convert({"-o", directory_.Path("b.png"), "--images", "7", "--preview", directory_.Path("c.png")}, 0);
+  EXPECT_EQ(ReadPng(directory_.Path("b.png")).grey, ReadPng(directory_.Path("a-0000007.png")).grey);
+  EXPECT_EQ(ReadPng(directory_.Path("c.png")).grey, ReadPng(directory_.Path("b.png")).grey);
 }
 
 TEST_F(ConvertProgram, VerifySaysWhatIsRightWrongAndMissing)
@@ -121,7 +121,7 @@ TEST_F(ConvertProgram, VerifySaysWhatIsRightWrongAndMissing)
   EXPECT_EQ(report["state"], "complete");
 
   const std::string first = Directory() + "/" + SpoolFileName(0);
-  std::string bytes = FileBytes(first);
+  std::string bytes = TextOf(first);
   bytes[5] ^= 4;
   PutFileBytes(first, bytes);
   fs::remove(Directory() + "/" + SpoolFileName(2));
@@ -133,15 +133,15 @@ TEST_F(ConvertProgram, VerifySaysWhatIsRightWrongAndMissing)
   EXPECT_EQ(report["missing_images"], "7");
   EXPECT_NE(outcome_.errors.find(SpoolFileName(2) + ": is missing"), std::string::npos) << outcome_.errors;
 
-  report = Convert({"-o", directory_.File("a.tif")}, 5);
+  report = Convert({"-o", directory_.Path("a.tif")}, 5);
   EXPECT_EQ(report["written"], 5);
-  EXPECT_EQ(ReadTiff(directory_.File("a.tif")).pages.size(), 5u);
+  EXPECT_EQ(ReadTiff(directory_.Path("a.tif")).pages.size(), 5u);
 
   run.extra = "[image]\nPixelEncoding = Mono99\n"; // cannot be decoded, but compared
   run.Write(Directory());
   EXPECT_EQ(Convert({"--verify"}, 0)["right"], 7);
-  EXPECT_NE(ErrorOf({"-o", directory_.File("b.tif")}, 6).find("Mono99"), std::string::npos);
-  EXPECT_FALSE(fs::exists(directory_.File("b.tif")));
+  EXPECT_NE(ErrorOf({"-o", directory_.Path("b.tif")}, 6).find("Mono99"), std::string::npos);
+  EXPECT_FALSE(fs::exists(directory_.Path("b.tif")));
 }
 
 TEST_F(ConvertProgram, KilledRunIsConvertedWithANoteAndSalvagedOnRequest)
@@ -150,25 +150,25 @@ TEST_F(ConvertProgram, KilledRunIsConvertedWithANoteAndSalvagedOnRequest)
   run.state = "recording";
   run.imagesExpected = 50;
   run.Write(Directory());
-  EXPECT_EQ(Convert({"-o", directory_.File("a.tif")}, 5)["written"], 7);
+  EXPECT_EQ(Convert({"-o", directory_.Path("a.tif")}, 5)["written"], 7);
   EXPECT_NE(outcome_.errors.find("was killed"), std::string::npos) << outcome_.errors;
-  EXPECT_EQ(Convert({"-o", directory_.File("b.fits"), "--salvage"}, 0)["written"], 7);
+  EXPECT_EQ(Convert({"-o", directory_.Path("b.fits"), "--salvage"}, 0)["written"], 7);
   EXPECT_EQ(Convert({"--verify", "--images", "6-9"}, 5)["missing_images"], "8-9");
   EXPECT_NE(ErrorOf({"--verify", "--images", "51"}, 1).find("has 50 images"), std::string::npos);
 
   fs::remove(Directory() + "/" + kSpoolIndexName);
-  EXPECT_NE(ErrorOf({"-o", directory_.File("c.fits")}, 6).find("--salvage"), std::string::npos);
-  const auto report = Convert({"-o", directory_.File("c.fits"), "--salvage"}, 5);
+  EXPECT_NE(ErrorOf({"-o", directory_.Path("c.fits")}, 6).find("--salvage"), std::string::npos);
+  const auto report = Convert({"-o", directory_.Path("c.fits"), "--salvage"}, 5);
   EXPECT_EQ(report["unchecked"], 7);
   EXPECT_EQ(report["missing_images"], "8-9") << "places in the last file that were never written";
-  const TFitsCube cube = ReadFits(directory_.File("c.fits"), PixelDepth::Bits16);
+  const TFitsCube cube = ReadFits(directory_.Path("c.fits"), PixelDepth::Bits16);
   EXPECT_EQ(cube.numbers.size(), 7u);
   EXPECT_EQ(cube.checks, (std::vector<long long>(7, 0)));
 
   for (const auto& [state, exitCode] : {std::pair{"aborted", 0}, std::pair{"failed", 5}}) {
     run.state = state;
     run.Write(Directory());
-    Convert({"-o", directory_.File("d.tif"), "--overwrite"}, exitCode);
+    Convert({"-o", directory_.Path("d.tif"), "--overwrite"}, exitCode);
     EXPECT_NE(outcome_.errors.find("the run is not complete: " + std::string(state)), std::string::npos);
   }
 }
@@ -189,7 +189,7 @@ TEST_F(ConvertProgram, InfoDescribesARun)
   EXPECT_EQ(info["pixel_encoding"], "Mono16");
   EXPECT_EQ(info["serial_text"], "VSC-00101");
   EXPECT_EQ(info["ticks_per_s"], 100000000);
-  EXPECT_EQ(Run({"info", directory_.File("nothing")}).exitCode, 6);
+  EXPECT_EQ(Run({"info", directory_.Path("nothing")}).exitCode, 6);
 }
 
 TEST_F(ConvertProgram, WhatCannotBeDoneIsRefusedBeforeAnythingIsTouched)
@@ -197,24 +197,24 @@ TEST_F(ConvertProgram, WhatCannotBeDoneIsRefusedBeforeAnythingIsTouched)
   TMadeRun run;
   run.Write(Directory());
   const std::string index = Directory() + "/" + kSpoolIndexName;
-  const std::string before = FileBytes(index);
+  const std::string before = TextOf(index);
   EXPECT_NE(ErrorOf({}, 1).find("--output"), std::string::npos);
   EXPECT_NE(ErrorOf({"-o", "a.jpg"}, 1).find(".png"), std::string::npos);
   EXPECT_NE(ErrorOf({"--verify", "--images", "0-3"}, 1).find("--images"), std::string::npos);
   EXPECT_NE(ErrorOf({"--verify", "--images", "3-1"}, 1).find("--images"), std::string::npos);
-  EXPECT_NE(ErrorOf({"-o", directory_.File("a.tif"), "--bits", "8"}, 1).find("Mono16"), std::string::npos);
+  EXPECT_NE(ErrorOf({"-o", directory_.Path("a.tif"), "--bits", "8"}, 1).find("Mono16"), std::string::npos);
   EXPECT_NE(ErrorOf({"-o", index, "--format", "raw", "--overwrite"}, 4).find("file of the run"),
             std::string::npos);
-  fs::create_symlink(Directory() + "/" + SpoolFileName(0), directory_.File("link.tif"));
-  EXPECT_NE(ErrorOf({"-o", directory_.File("link.tif"), "--overwrite"}, 4).find("file of the run"),
+  fs::create_symlink(Directory() + "/" + SpoolFileName(0), directory_.Path("link.tif"));
+  EXPECT_NE(ErrorOf({"-o", directory_.Path("link.tif"), "--overwrite"}, 4).find("file of the run"),
             std::string::npos);
-  EXPECT_EQ(FileBytes(index), before);
+  EXPECT_EQ(TextOf(index), before);
   Convert({"--verify"}, 0);
-  PutFileBytes(directory_.File("a.raw.json"), "precious");
-  EXPECT_NE(ErrorOf({"-o", directory_.File("a.raw")}, 4).find("--overwrite"), std::string::npos);
-  EXPECT_FALSE(fs::exists(directory_.File("a.raw")));
-  EXPECT_NE(ErrorOf({"-o", directory_.File("no/such/a.png")}, 4).find("cannot be created"), std::string::npos);
-  EXPECT_EQ(Run({"convert", directory_.File("nothing"), "--verify"}).exitCode, 6);
+  PutFileBytes(directory_.Path("a.raw.json"), "precious");
+  EXPECT_NE(ErrorOf({"-o", directory_.Path("a.raw")}, 4).find("--overwrite"), std::string::npos);
+  EXPECT_FALSE(fs::exists(directory_.Path("a.raw")));
+  EXPECT_NE(ErrorOf({"-o", directory_.Path("no/such/a.png")}, 4).find("cannot be created"), std::string::npos);
+  EXPECT_EQ(Run({"convert", directory_.Path("nothing"), "--verify"}).exitCode, 6);
 }
 
 class ConvertProgramFormats : public ConvertProgram, public ::testing::WithParamInterface<const char*>
@@ -233,7 +233,7 @@ protected:
       EXPECT_EQ(cube.status, 0);
       return cube.images;
     }
-    const auto json = nlohmann::json::parse(FileBytes(path + ".json"));
+    const auto json = nlohmann::json::parse(TextOf(path + ".json"));
     EXPECT_EQ(json["complete"], true);
     EXPECT_EQ(json["images"].get<std::uintmax_t>() * json["image_bytes"].get<std::uintmax_t>(),
               fs::file_size(path));
@@ -248,7 +248,7 @@ TEST_P(ConvertProgramFormats, FullDiskIsSaidAndTheFileHoldsWhatFits)
   run.height = 256;
   run.images = 20;
   run.Write(Directory());
-  const std::string path = directory_.File(GetParam());
+  const std::string path = directory_.Path(GetParam());
   const TOutcome outcome = Run({"convert", Directory(), "--json", "-o", path}, 1'000'000);
   EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
   EXPECT_NE(outcome.errors.find(path + ": "), std::string::npos) << outcome.errors;
@@ -269,12 +269,12 @@ TEST_P(ConvertProgramFormats, InterruptLeavesAFileWithTheImagesUpToThere)
   run.imagesExpected = 100'000;
   run.Write(Directory());
   // A long run at little cost: the same two files under many names, and an index that repeats their checksums.
-  fs::create_directory(directory_.File("long"));
-  const std::string longRun = directory_.File("long");
+  fs::create_directory(directory_.Path("long"));
+  const std::string longRun = directory_.Path("long");
   fs::copy_file(Directory() + "/" + kSpoolDescriptionName, longRun + "/" + kSpoolDescriptionName);
   for (int file = 0; file < 4000; ++file)
     fs::create_hard_link(Directory() + "/" + SpoolFileName(file % 2), longRun + "/" + SpoolFileName(file));
-  const std::string path = directory_.File(GetParam());
+  const std::string path = directory_.Path(GetParam());
   const pid_t child = Launch({"convert", longRun, "--json", "--salvage", "-o", path});
   const auto deadline = Clock::now() + std::chrono::seconds(20);
   std::error_code ignored;

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Images, facts and a directory that the tests of the tool share.
+// Images and facts that the tests of the tool share.
 #pragma once
 
 #include "tools/ImageData.h"
 
 #include <cstring>
-#include <filesystem>
 #include <gtest/gtest.h>
-#include <unistd.h>
 #include <vector>
 
 namespace vxtool {
@@ -36,25 +34,5 @@ inline TRunFacts TestFacts(long plannedImages)
   facts.plannedImages = plannedImages;
   return facts;
 }
-
-/// A directory of its own for each test, removed with its files.
-class TemporaryDirectory
-{
-public:
-  TemporaryDirectory()
-  {
-    std::string pattern = (std::filesystem::temp_directory_path() / "vxtool-XXXXXX").string();
-    path_ = mkdtemp(pattern.data()) ? pattern : "";
-  }
-  ~TemporaryDirectory()
-  {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  std::string File(const char* name) const { return path_ + "/" + name; }
-
-private:
-  std::string path_;
-};
 
 } // namespace vxtool

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The output files: what is written can be read back by others, also when the run or the disk ends early.
+#include "tests/support/TScratchDirectory.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ImageFixtures.h"
 #include "tools/TFitsCubeWriter.h"
@@ -80,7 +81,7 @@ private:
 class ImageWriter : public ::testing::Test
 {
 protected:
-  TemporaryDirectory directory_;
+  TScratchDirectory directory_;
 };
 
 class ImageWriterOfDepth : public ImageWriter, public ::testing::WithParamInterface<PixelDepth>
@@ -90,7 +91,7 @@ class ImageWriterOfDepth : public ImageWriter, public ::testing::WithParamInterf
 TEST_P(ImageWriterOfDepth, TiffStackReadsBackWithTrueCountAndWithoutGaps)
 {
   const TImageShape shape = Shape(37, 11, GetParam());
-  const std::string path = directory_.File("stack.tif");
+  const std::string path = directory_.Path("stack.tif");
   TTiffStackWriter writer;
   ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20))) << writer.Error();
   ASSERT_EQ(WriteImages(writer, shape, 7), 7); // fewer than planned, as after an abort
@@ -114,7 +115,7 @@ TEST_P(ImageWriterOfDepth, TiffStackReadsBackWithTrueCountAndWithoutGaps)
 TEST_P(ImageWriterOfDepth, FitsCubeReadsBackAndIsCleanAfterAbort)
 {
   const TImageShape shape = Shape(37, 11, GetParam());
-  const std::string path = directory_.File("cube.fits");
+  const std::string path = directory_.Path("cube.fits");
   TFitsCubeWriter writer;
   ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20))) << writer.Error();
   std::vector<std::byte> expected;
@@ -141,22 +142,23 @@ TEST_P(ImageWriterOfDepth, FitsCubeReadsBackAndIsCleanAfterAbort)
 }
 
 INSTANTIATE_TEST_SUITE_P(Depths, ImageWriterOfDepth,
-                         ::testing::Values(PixelDepth::Bits8, PixelDepth::Bits16, PixelDepth::Bits32));
+                         ::testing::Values(PixelDepth::Bits8, PixelDepth::Bits16, PixelDepth::Bits32),
+                         [](const auto& depth) { return "Bits" + std::to_string(static_cast<int>(depth.param)); });
 
 TEST_F(ImageWriter, TiffBecomesBigWhenItMayPassFourGigabytes)
 {
   const TImageShape shape = Shape(2048, 2048, PixelDepth::Bits16); // 8 MiB: 511 fit into 4 GB
   for (const auto& [planned, isBig] : {std::pair{500L, false}, std::pair{520L, true}, std::pair{0L, true}}) {
     TTiffStackWriter writer;
-    ASSERT_TRUE(writer.Open(directory_.File("stack.tif"), true, shape, TestFacts(planned)));
+    ASSERT_TRUE(writer.Open(directory_.Path("stack.tif"), true, shape, TestFacts(planned)));
     EXPECT_EQ(writer.IsBigTiff(), isBig) << planned;
   }
   const TImageShape small = Shape(5, 3, PixelDepth::Bits16);
   TTiffStackWriter writer;
-  ASSERT_TRUE(writer.Open(directory_.File("big.tif"), false, small, TestFacts(0)));
+  ASSERT_TRUE(writer.Open(directory_.Path("big.tif"), false, small, TestFacts(0)));
   ASSERT_EQ(WriteImages(writer, small, 1500), 1500);
   ASSERT_TRUE(writer.Close(Totals(1500, 0)));
-  const TTiffPages file = ReadTiff(directory_.File("big.tif"));
+  const TTiffPages file = ReadTiff(directory_.Path("big.tif"));
   EXPECT_EQ(file.problem, "");
   EXPECT_TRUE(file.isBigTiff);
   ASSERT_EQ(file.pages.size(), 1500u);
@@ -166,7 +168,7 @@ TEST_F(ImageWriter, TiffBecomesBigWhenItMayPassFourGigabytes)
 TEST_F(ImageWriter, TiffOnFullDiskHoldsTheImagesThatFit)
 {
   const TImageShape shape = Shape(64, 64, PixelDepth::Bits16);
-  const std::string path = directory_.File("stack.tif");
+  const std::string path = directory_.Path("stack.tif");
   TTiffStackWriter writer;
   long taken = 0;
   {
@@ -189,7 +191,7 @@ TEST_F(ImageWriter, TiffOnFullDiskHoldsTheImagesThatFit)
 TEST_F(ImageWriter, FitsOnFullDiskHoldsTheImagesThatFit)
 {
   const TImageShape shape = Shape(256, 256, PixelDepth::Bits16);
-  const std::string path = directory_.File("cube.fits");
+  const std::string path = directory_.Path("cube.fits");
   TFitsCubeWriter writer;
   {
     const FullDisk disk(1'000'000); // seven images of 131,072 bytes
@@ -222,10 +224,10 @@ TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
   const TImageShape shape = Shape(16, static_cast<int>(facts.area.tracks.size()), PixelDepth::Bits16);
 
   TTiffStackWriter stack;
-  ASSERT_TRUE(stack.Open(directory_.File("tracks.tif"), false, shape, facts));
+  ASSERT_TRUE(stack.Open(directory_.Path("tracks.tif"), false, shape, facts));
   ASSERT_EQ(WriteImages(stack, shape, 2), 2);
   ASSERT_TRUE(stack.Close(Totals(2, 0)));
-  const TTiffPages file = ReadTiff(directory_.File("tracks.tif"));
+  const TTiffPages file = ReadTiff(directory_.Path("tracks.tif"));
   EXPECT_EQ(file.problem, "");
   ASSERT_EQ(file.pages.size(), 2u);
   EXPECT_EQ(file.pages[0], TestImage(shape, 1));
@@ -233,25 +235,25 @@ TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
   EXPECT_NE(file.firstDescription.find("\nlost_in_camera=0\n"), std::string::npos) << "the last line";
 
   TFitsCubeWriter writer;
-  ASSERT_TRUE(writer.Open(directory_.File("tracks.fits"), false, shape, facts));
+  ASSERT_TRUE(writer.Open(directory_.Path("tracks.fits"), false, shape, facts));
   ASSERT_EQ(WriteImages(writer, shape, 2), 2);
   ASSERT_TRUE(writer.Close(Totals(2, 0))) << writer.Error();
-  EXPECT_EQ(FitsVerify(directory_.File("tracks.fits")), "");
-  const TFitsCube cube = ReadFits(directory_.File("tracks.fits"), PixelDepth::Bits16);
+  EXPECT_EQ(FitsVerify(directory_.Path("tracks.fits")), "");
+  const TFitsCube cube = ReadFits(directory_.Path("tracks.fits"), PixelDepth::Bits16);
   EXPECT_EQ(cube.status, 0);
   EXPECT_EQ(cube.tracks, tracks);
   EXPECT_DOUBLE_EQ(cube.sensorCelsius, -59.95);
 }
 
 template <typename Writer>
-void ExpectGoodMannersWithFiles(const TemporaryDirectory& directory)
+void ExpectGoodMannersWithFiles(const TScratchDirectory& directory)
 {
   const TImageShape shape = Shape(16, 8, PixelDepth::Bits16);
   Writer nowhere;
-  EXPECT_FALSE(nowhere.Open(directory.File("no/such/place"), false, shape, TestFacts(1)));
+  EXPECT_FALSE(nowhere.Open(directory.Path("no/such/place"), false, shape, TestFacts(1)));
   EXPECT_NE(nowhere.Error().find("no/such/place"), std::string::npos) << nowhere.Error();
 
-  const std::string path = directory.File("precious");
+  const std::string path = directory.Path("precious");
   std::ofstream(path) << "precious";
   Writer refused;
   EXPECT_FALSE(refused.Open(path, false, shape, TestFacts(1)));
@@ -294,11 +296,11 @@ TEST_F(ImageWriter, PreviewShowsFaintAndBrightThings)
   for (std::size_t index = 0; index < 40; ++index) sky[200 * index] = 60000; // stars
   sky[4321] = 2000;                                                          // a faint one
   TPngPreviewWriter writer;
-  ASSERT_TRUE(writer.Open(directory_.File("sky.png"), false, shape, TestFacts(1)));
+  ASSERT_TRUE(writer.Open(directory_.Path("sky.png"), false, shape, TestFacts(1)));
   ASSERT_TRUE(writer.Write(std::as_bytes(std::span(sky)), Label(1))) << writer.Error();
   ASSERT_TRUE(writer.Close(Totals(1, 0))) << writer.Error();
 
-  const TPngPicture picture = ReadPng(directory_.File("sky.png"));
+  const TPngPicture picture = ReadPng(directory_.Path("sky.png"));
   ASSERT_EQ(picture.width, 100u);
   ASSERT_EQ(picture.height, 80u);
   EXPECT_EQ(picture.grey[200], 255);

@@ -4,24 +4,13 @@
 
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
 #include <sys/wait.h>
 
 namespace vxtool {
 
-namespace {
-
-std::string ReadAll(const std::string& path)
-{
-  std::ifstream stream(path);
-  return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-}
-
-} // namespace
-
 void ToolProgram::Configure(const std::string& text)
 {
-  std::ofstream(Config()) << text;
+  config_ = directory_.File(text, "cameras.ini");
 }
 
 pid_t ToolProgram::Launch(std::vector<std::string> arguments, rlim_t fileLimit)
@@ -30,12 +19,11 @@ pid_t ToolProgram::Launch(std::vector<std::string> arguments, rlim_t fileLimit)
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
-  const std::string config = Config();
-  const std::string out = directory_.File("out");
-  const std::string err = directory_.File("err");
+  const std::string out = directory_.Path("out");
+  const std::string err = directory_.Path("err");
   const pid_t child = fork();
   if (child != 0) return child;
-  setenv("VXCORE_CONFIG", config.c_str(), 1);
+  setenv("VXCORE_CONFIG", config_.c_str(), 1);
   dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
   dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
   const rlimit limit = {fileLimit, fileLimit};
@@ -50,8 +38,8 @@ TOutcome ToolProgram::Finish(pid_t child)
   int status = 0;
   waitpid(child, &status, 0);
   outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + status;
-  outcome.output = ReadAll(directory_.File("out"));
-  outcome.errors = ReadAll(directory_.File("err"));
+  outcome.output = TextOf(directory_.Path("out"));
+  outcome.errors = TextOf(directory_.Path("err"));
   return outcome;
 }
 

@@ -2,6 +2,7 @@
 // Runs the tool as a user would, for the tests.
 #pragma once
 
+#include "tests/support/TScratchDirectory.h"
 #include "tests/tools/ImageFixtures.h"
 
 #include <string>
@@ -11,8 +12,14 @@
 
 namespace vxtool {
 
+/// Its frames come when the program is ready for them.
 inline constexpr const char* kSmallCamera =
+    "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = beads\nClock = free\n";
+/// Its frames come at their time, for tests of what happens meanwhile.
+inline constexpr const char* kSteadyCamera =
     "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = beads\n";
+/// How soon an interrupted program has ended, in seconds. A busy machine is allowed for; a run or a wait is not.
+inline constexpr double kPrompt = 5.0;
 
 struct TOutcome
 {
@@ -26,7 +33,6 @@ class ToolProgram : public ::testing::Test
 {
 protected:
   void Configure(const std::string& text);
-  std::string Config() const { return directory_.File("cameras.ini"); }
 
   /// Starts the program with its output going to files.
   pid_t Launch(std::vector<std::string> arguments, rlim_t fileLimit = RLIM_INFINITY);
@@ -40,7 +46,10 @@ protected:
   static long Count(const TOutcome& outcome, const std::string& key);
   static void ExpectCountsAddUp(const TOutcome& outcome);
 
-  TemporaryDirectory directory_;
+  TScratchDirectory directory_;
+
+private:
+  std::string config_; ///< the file that describes the cameras
 };
 
 } // namespace vxtool

@@ -26,12 +26,6 @@ void PutLittle(std::vector<unsigned char>& bytes, std::uint64_t value, int count
 
 } // namespace
 
-std::string FileBytes(const std::string& path)
-{
-  std::ifstream stream(path, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-}
-
 void PutFileBytes(const std::string& path, const std::string& bytes)
 {
   std::ofstream(path, std::ios::binary) << bytes;

@@ -41,8 +41,7 @@ private:
   int BytesPerRow() const;
 };
 
-/// Bytes of a file, and their replacement.
-std::string FileBytes(const std::string& path);
+/// Writes the file anew.
 void PutFileBytes(const std::string& path, const std::string& bytes);
 
 } // namespace vxtool

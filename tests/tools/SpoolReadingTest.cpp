@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Reading of spooled runs: every encoding and layout to the last bit, and directories that are damaged or lie.
+#include "tests/support/TScratchDirectory.h"
 #include "tests/tools/ImageFixtures.h"
 #include "tests/tools/SpoolFixture.h"
 #include "tools/TSpoolConversion.h"
@@ -35,7 +36,7 @@ public:
 class SpoolReading : public ::testing::Test
 {
 protected:
-  std::string Directory() const { return directory_.File("run"); }
+  std::string Directory() const { return directory_.Path("run"); }
 
   // Converts the run in the directory.
   void Convert(TConversionSettings settings = {})
@@ -64,7 +65,7 @@ protected:
     return numbers;
   }
 
-  TemporaryDirectory directory_;
+  TScratchDirectory directory_;
   KeepingWriter written_;
   TConversionCounts counts_;
   std::int64_t damagedRecords_ = 0;
@@ -85,6 +86,12 @@ struct TLayoutCase
   int imagesPerFile;
   PixelDepth depth;
 };
+
+void PrintTo(const TLayoutCase& value, std::ostream* stream)
+{
+  *stream << value.encoding << " " << value.width << "+" << value.rowPadding << "+" << value.tail
+          << (value.hasMetadata ? " with metadata, " : ", ") << value.imagesPerFile << " a file";
+}
 
 class SpoolLayout : public SpoolReading, public ::testing::WithParamInterface<TLayoutCase>
 {
@@ -140,12 +147,12 @@ TEST_F(SpoolReading, FlippedBitAndMissingFileAreFoundAndLeftOut)
   run.imagesPerFile = 2; // 1 2 | 3 4 | 5 6 | 7
   run.Write(Directory());
   const std::string first = Directory() + "/" + SpoolFileName(0);
-  std::string bytes = FileBytes(first);
+  std::string bytes = TextOf(first);
   bytes[run.Frame(1).size() + 11] ^= 0x10; // image 2
   PutFileBytes(first, bytes);
   fs::remove(Directory() + "/" + SpoolFileName(1));
   const std::string last = Directory() + "/" + SpoolFileName(3);
-  PutFileBytes(last, FileBytes(last).substr(0, run.Frame(7).size() - 1));
+  PutFileBytes(last, TextOf(last).substr(0, run.Frame(7).size() - 1));
   Convert();
   EXPECT_EQ(NumbersWritten(), (Numbers{1, 5, 6}));
   EXPECT_EQ(wrong_, "2");
@@ -171,7 +178,7 @@ TEST_F(SpoolReading, KilledRunGivesTheImagesThatItsIndexVouchesFor)
   run.imagesExpected = 20;
   run.Write(Directory(), {2, 1, 4, 9, 9, 5, 6});
   const std::string path = Directory() + "/" + kSpoolIndexName;
-  std::string index = FileBytes(path);
+  std::string index = TextOf(path);
   index[32 * 2 + 3] ^= 1;                                // the record of image 4
   PutFileBytes(path, index.substr(0, index.size() - 5)); // that of image 6 is torn
   Convert();
@@ -205,7 +212,7 @@ TEST_F(SpoolReading, SalvageWithoutIndexLeavesOutPlacesThatWereNeverWritten)
   run.Write(Directory());
   fs::remove(Directory() + "/" + kSpoolIndexName);
   const std::string file = Directory() + "/" + SpoolFileName(0);
-  std::string bytes = FileBytes(file);
+  std::string bytes = TextOf(file);
   const std::size_t size = run.Frame(1).size();
   bytes.replace(size, size, size, '\0'); // image 2
   PutFileBytes(file, bytes);
@@ -265,6 +272,11 @@ struct TLie
   bool isReadable;  // the run can be read at all
   bool isDecodable; // and its images decoded
 };
+
+void PrintTo(const TLie& value, std::ostream* stream)
+{
+  *stream << ::testing::PrintToString(value.line);
+}
 
 class SpoolLies : public SpoolReading, public ::testing::WithParamInterface<TLie>
 {
@@ -337,12 +349,12 @@ TEST_F(SpoolReading, ThingsThatAreNoRunAreNamedAndNothingWaits)
   EXPECT_NE(errorOf().find("is not a regular file"), std::string::npos);
 
   // Links to regular files are as good as these; a pipe or a directory among the images is not read.
-  made.Write(directory_.File("elsewhere"));
+  made.Write(directory_.Path("elsewhere"));
   fs::remove_all(Directory());
   fs::create_directory(Directory());
   for (const std::string& name :
        {std::string(kSpoolDescriptionName), std::string(kSpoolIndexName), SpoolFileName(0)})
-    fs::create_symlink(directory_.File("elsewhere") + "/" + name, Directory() + "/" + name);
+    fs::create_symlink(directory_.Path("elsewhere") + "/" + name, Directory() + "/" + name);
   ASSERT_EQ(mkfifo((Directory() + "/" + SpoolFileName(1)).c_str(), 0600), 0);
   fs::create_directory(Directory() + "/" + SpoolFileName(2));
   Convert();

@@ -6,7 +6,8 @@
 #include <filesystem>
 #include <string>
 
-/// A directory for one test's files. Its operations hand out full paths.
+/// A directory for one test's files: no test running at the same time has the same. Its operations hand out full
+/// paths; what the file system refuses is an exception.
 class TScratchDirectory final
 {
 public:
@@ -17,14 +18,16 @@ public:
 
   /// Writes the file anew.
   std::string File(const std::string& text, const std::string& name = "file.ini") const;
-  std::string Fifo() const;
-  std::string Missing() const { return (path_ / "missing.ini").string(); }
+  std::string Fifo(const std::string& name = "fifo") const;
+  std::string Missing() const { return Path("missing.ini"); }
+  std::string Path(const std::string& name) const { return (path_ / name).string(); }
   std::string Directory() const { return path_.string(); }
 
 private:
   std::filesystem::path path_;
 };
 
+/// The whole file; nothing if there is none.
 std::string TextOf(const std::string& fileName);
 
 /// File descriptors that this process has open.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Files for a test, gone when it ends.
-#include "tests/ini/TScratchDirectory.h"
+#include "tests/support/TScratchDirectory.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -10,7 +10,8 @@
 
 TScratchDirectory::TScratchDirectory()
 {
-  std::string pattern = (std::filesystem::temp_directory_path() / "ini-test-XXXXXX").string();
+  namespace fs = std::filesystem;
+  std::string pattern = (fs::canonical(fs::temp_directory_path()) / "vxmcd-test-XXXXXX").string();
   if (!mkdtemp(pattern.data())) throw std::runtime_error("no scratch directory");
   path_ = pattern;
 }
@@ -23,16 +24,16 @@ TScratchDirectory::~TScratchDirectory()
 
 std::string TScratchDirectory::File(const std::string& text, const std::string& name) const
 {
-  const std::string file = (path_ / name).string();
+  const std::string file = Path(name);
   std::ofstream stream(file, std::ios::binary);
   stream << text << std::flush;
   if (!stream) throw std::runtime_error("cannot write " + file);
   return file;
 }
 
-std::string TScratchDirectory::Fifo() const
+std::string TScratchDirectory::Fifo(const std::string& name) const
 {
-  const std::string file = (path_ / "fifo").string();
+  const std::string file = Path(name);
   if (mkfifo(file.c_str(), 0600) != 0) throw std::runtime_error("cannot make " + file);
   return file;
 }
