@@ -15,9 +15,9 @@ namespace vxtool {
 /// Its frames come when the program is ready for them.
 inline constexpr const char* kSmallCamera =
     "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = beads\nClock = free\n";
-/// Its frames come at their time, for tests of what happens meanwhile.
+/// Its frames come at their time, for tests of what happens meanwhile, and take little to make.
 inline constexpr const char* kSteadyCamera =
-    "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = beads\n";
+    "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = counter\n";
 /// How soon an interrupted program has ended, in seconds. A busy machine is allowed for; a run or a wait is not.
 inline constexpr double kPrompt = 5.0;
 
