@@ -2,7 +2,6 @@
 // Spools small images, many at a time.
 #include "spool/TBlockSpooler.h"
 
-#include "features/TSDK3Exception.h"
 #include "spool/IImage.h"
 #include "spool/ISpooler.h"
 #include "spool/launching.h"
@@ -12,6 +11,8 @@
 #include "utility/TQuorinTaskLauncher.h"
 
 #include <cstring>
+#include <exception>
+#include <utility>
 
 using QuorinUtility::TQuorinLibDebugOutput;
 
@@ -27,7 +28,7 @@ TBlockSpooler::TBlockSpooler(ISpooler* spooler, std::uint64_t imageSizeBytes, st
 
 TBlockSpooler::~TBlockSpooler()
 {
-  Finish();
+  if (block_) EndBlock();
 }
 
 int TBlockSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
@@ -38,8 +39,8 @@ int TBlockSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
     if (block_->Lock(destination) != 0) return 0;
     std::memcpy(destination, buffer, static_cast<std::size_t>(sizeBytes));
     static_cast<TSpooledImage*>(place_)->Take();
-  } catch (const TSDK3Exception& exception) {
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "image %d: %s", index, exception.what());
+  } catch (const std::exception& error) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "image %d: %s", index, error.what());
     return 0;
   }
   if (++filled_ == imagesPerBlock_) EndBlock();
@@ -49,9 +50,11 @@ int TBlockSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
 bool TBlockSpooler::BeginBlock(int index)
 {
   const unsigned int block = static_cast<unsigned int>(index) / imagesPerBlock_;
-  if (spooler_->OpenImage(block, ISpooler::kReadWrite, place_) != 0) return false;
+  IImage* place = nullptr;
+  if (spooler_->OpenImage(block, ISpooler::kReadWrite, place) != 0) return false;
+  block_ = std::make_unique<TSerialMultiImage>(place, imageSizeBytes_, imagesPerBlock_);
+  place_ = place;
   filled_ = 0;
-  block_ = std::make_unique<TSerialMultiImage>(place_, imageSizeBytes_, imagesPerBlock_);
   return true;
 }
 
@@ -60,12 +63,7 @@ void TBlockSpooler::EndBlock()
 {
   block_.reset();
   const int count = static_cast<int>(launchers_.size());
-  LaunchOrExecute(count > 0 ? launchers_[static_cast<std::size_t>(next_)].get() : nullptr, &closeTask_, place_);
+  LaunchOrExecute(count > 0 ? launchers_[static_cast<std::size_t>(next_)].get() : nullptr, &closeTask_,
+                  std::exchange(place_, nullptr));
   next_ = NextInTurn(next_, count);
-}
-
-void TBlockSpooler::Finish()
-{
-  if (block_) EndBlock();
-  launchers_.clear();
 }
