@@ -120,7 +120,7 @@ int TSpoolPipeline::BoundedThreadCount(int threadCount) const
 {
   if (layout_.mapped) return threadCount;
   const std::uint64_t most = std::max<std::uint64_t>(kStagingBytes / layout_.PlaceBytes(), 2) - 1;
-  return static_cast<int>(std::min<std::uint64_t>(static_cast<std::uint64_t>(threadCount), most));
+  return static_cast<int>(std::min(std::int64_t{threadCount}, static_cast<std::int64_t>(most)));
 }
 
 void TSpoolPipeline::MakeAlgorithm(const TSettings& settings)
@@ -177,6 +177,7 @@ void TSpoolPipeline::LetGoOfDirectory()
   directoryLock_.Close();
 }
 
+// A queued algorithm stays, since another thread may call Abort() at any time.
 void TSpoolPipeline::Finish()
 {
   if (finished_) return;

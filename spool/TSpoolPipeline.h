@@ -21,8 +21,8 @@ class TSpoolImageSpooler;
 
 /// Everything that writes one run: its directory and description, the spoolers and the algorithm that feeds them.
 /// Made by the spool dispatch queue for each run. What fails, from the constructor on, is kept as the run's fault
-/// and makes every later Spool() fail; only a lack of memory in the constructor throws. Spool() and Finish()
-/// belong to the acquisition thread, the others are thread-safe.
+/// and makes every later Spool() fail; only a lack of memory in the constructor throws. Spool(),
+/// SetFirstFrameTick() and Finish() belong to the acquisition thread, the others are thread-safe.
 class TSpoolPipeline final
 {
 public:
