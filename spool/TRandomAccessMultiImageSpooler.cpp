@@ -142,5 +142,5 @@ int TRandomAccessMultiImageSpooler::Remove()
 IImage* TRandomAccessMultiImageSpooler::CreateOffsetMultiImage(IImage* file, std::uint64_t imageSizeBytes,
                                                                unsigned int position)
 {
-  return new TOffsetMultiImage(file, imageSizeBytes, position);
+  return std::make_unique<TOffsetMultiImage>(file, imageSizeBytes, position).release();
 }

@@ -34,17 +34,12 @@ IImage* TSpoolImageSpooler::CreateOffsetMultiImage(IImage* file, std::uint64_t i
 {
   auto* const spoolFile = static_cast<TSpoolFile*>(file);
   const std::uint64_t offset = position * imageSizeBytes;
-  std::unique_ptr<IImage> view;
-  TStagedImage* staged = nullptr;
-  if (layout_.mapped)
-    view.reset(TRandomAccessMultiImageSpooler::CreateOffsetMultiImage(file, imageSizeBytes, position));
-  else {
-    staged = new TStagedImage(spoolFile, &staging_, imageSizeBytes, offset);
-    view.reset(staged);
-  }
-
   const std::uint64_t firstImage = std::uint64_t{spoolFile->Number()} * layout_.ImagesPerFile() +
                                    std::uint64_t{position} * layout_.imagesPerPlace;
   const TSpooledImage::TPlace place{firstImage, offset, layout_.imageSizeBytes, layout_.imagesPerPlace};
-  return new TSpooledImage(std::move(view), staged, place, spoolFile, index_, fault_);
+  const auto image = [&](auto view) {
+    return std::make_unique<TSpooledImage>(std::move(view), place, spoolFile, index_, fault_).release();
+  };
+  if (layout_.mapped) return image(std::make_unique<TOffsetMultiImage>(file, imageSizeBytes, position));
+  return image(std::make_unique<TStagedImage>(spoolFile, &staging_, imageSizeBytes, offset));
 }

@@ -4,6 +4,7 @@
 
 #include "spool/checksum.h"
 #include "spool/host_time.h"
+#include "spool/TOffsetMultiImage.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
 #include "spool/TStagedImage.h"
@@ -15,13 +16,21 @@
 
 namespace {
 
-constexpr std::int64_t kNsPerSecond = 1000000000;
+using Clock = std::chrono::steady_clock; // nobody sets it back
+
+constexpr std::chrono::seconds kRecordingPace{1};
 
 } // namespace
 
-TSpooledImage::TSpooledImage(std::unique_ptr<IImage> view, TStagedImage* staged, const TPlace& place,
-                             TSpoolFile* file, TSpoolIndex* index, TSpoolFault* fault)
-    : view_(std::move(view)), staged_(staged), place_(place), file_(file), index_(index), fault_(fault)
+TSpooledImage::TSpooledImage(std::unique_ptr<TStagedImage> view, const TPlace& place, TSpoolFile* file,
+                             TSpoolIndex* index, TSpoolFault* fault)
+    : staged_(view.get()), view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault)
+{
+}
+
+TSpooledImage::TSpooledImage(std::unique_ptr<TOffsetMultiImage> view, const TPlace& place, TSpoolFile* file,
+                             TSpoolIndex* index, TSpoolFault* fault)
+    : staged_(nullptr), view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault)
 {
 }
 
@@ -36,7 +45,7 @@ int TSpooledImage::Lock(unsigned char*& destination)
   }
   memory_ = destination;
   lockedAtNs_ = HostTimeNs();
-  recordedAtNs_ = lockedAtNs_;
+  recordedAt_ = Clock::now();
   takenAtNs_.reserve(place_.images);
   return 0;
 }
@@ -44,7 +53,7 @@ int TSpooledImage::Lock(unsigned char*& destination)
 void TSpooledImage::Take()
 {
   takenAtNs_.push_back(HostTimeNs());
-  if (takenAtNs_.back() - recordedAtNs_ < kNsPerSecond) return;
+  if (Clock::now() - recordedAt_ < kRecordingPace) return;
   const std::uint64_t begin = place_.imageSizeBytes * recorded_;
   const std::uint64_t end = place_.imageSizeBytes * takenAtNs_.size();
   if (!staged_ || Written(staged_->WritePart(begin, end))) Record();
@@ -78,6 +87,6 @@ bool TSpooledImage::Record()
     images.push_back({place_.firstImage + i, Checksum(image, place_.imageSizeBytes), takenAtNs_[i]});
   }
   recorded_ = takenAtNs_.size();
-  recordedAtNs_ = HostTimeNs();
+  recordedAt_ = Clock::now();
   return index_->Append(images);
 }

@@ -5,10 +5,12 @@
 #include "spool/IImage.h"
 #include "spool/TSpoolIndex.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
+class TOffsetMultiImage;
 class TSpoolFault;
 class TSpoolFile;
 class TStagedImage;
@@ -29,10 +31,12 @@ public:
     std::uint32_t images;
   };
 
-  /// @p staged is the view if it is one of staging memory, else null: mapped memory is in the operating system's
-  /// hands from the start.
-  TSpooledImage(std::unique_ptr<IImage> view, TStagedImage* staged, const TPlace& place, TSpoolFile* file,
-                TSpoolIndex* index, TSpoolFault* fault);
+  /// In staging memory.
+  TSpooledImage(std::unique_ptr<TStagedImage> view, const TPlace& place, TSpoolFile* file, TSpoolIndex* index,
+                TSpoolFault* fault);
+  /// In mapped memory, which is in the operating system's hands from the start.
+  TSpooledImage(std::unique_ptr<TOffsetMultiImage> view, const TPlace& place, TSpoolFile* file, TSpoolIndex* index,
+                TSpoolFault* fault);
   ~TSpooledImage() override;
 
   int Lock(unsigned char*& destination) override;
@@ -47,8 +51,8 @@ private:
   bool Written(int error);
   bool Record();
 
+  TStagedImage* const staged_; // the view if it is one of staging memory, else null
   const std::unique_ptr<IImage> view_;
-  TStagedImage* const staged_;
   const TPlace place_;
   TSpoolFile* const file_;
   TSpoolIndex* const index_;
@@ -57,5 +61,5 @@ private:
   std::int64_t lockedAtNs_ = 0;
   std::vector<std::int64_t> takenAtNs_; // of the images filled
   std::size_t recorded_ = 0;            // of these
-  std::int64_t recordedAtNs_ = 0;
+  std::chrono::steady_clock::time_point recordedAt_;
 };
