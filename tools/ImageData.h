@@ -95,10 +95,11 @@ std::string TracksText(const std::vector<TTrack>& tracks);
 /// What is known of one image.
 struct TImageLabel
 {
-  long number = 0;                          ///< image number in the run, from 1
-  std::optional<long long> ticks;           ///< the camera's clock, when it is known for this image
-  std::optional<long long> hostNanoseconds; ///< host's clock when the image went to disk, since 1970-01-01 UTC
-  std::optional<ImageCheck> check;          ///< of images that come from disk
+  long number = 0;                ///< image number in the run, from 1
+  std::optional<long long> ticks; ///< the camera's clock, when it is known for this image
+  std::optional<long long>
+      hostNanoseconds;             ///< host's clock when it was taken over for writing, since 1970-01-01 UTC
+  std::optional<ImageCheck> check; ///< of images that come from disk
 };
 
 /// Where the frames of a run have gone.

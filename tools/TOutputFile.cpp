@@ -62,7 +62,8 @@ bool TOutputFile::WriteAt(std::uint64_t offset, std::span<const std::byte> bytes
     const std::size_t piece = std::min(bytes.size(), kWritePiece);
     const ssize_t done = pwrite(descriptor_, bytes.data(), piece, static_cast<off_t>(offset));
     if (done < 0 && errno == EINTR) continue;
-    if (done < 0) return Fail("cannot be written");
+    if (done == 0) errno = ENOSPC; // no error and no progress: nothing more fits
+    if (done <= 0) return Fail("cannot be written");
     offset += static_cast<std::uint64_t>(done);
     bytes = bytes.subspan(static_cast<std::size_t>(done));
   }
