@@ -62,8 +62,5 @@ bool TBlockSpooler::BeginBlock(int index)
 void TBlockSpooler::EndBlock()
 {
   block_.reset();
-  const int count = static_cast<int>(launchers_.size());
-  LaunchOrExecute(count > 0 ? launchers_[static_cast<std::size_t>(next_)].get() : nullptr, &closeTask_,
-                  std::exchange(place_, nullptr));
-  next_ = NextInTurn(next_, count);
+  LaunchInTurn(launchers_, next_, &closeTask_, std::exchange(place_, nullptr));
 }

@@ -2,6 +2,7 @@
 // Closes files on a thread of its own.
 #include "spool/TSpoolFileCloser.h"
 
+#include "spool/launching.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
 
@@ -11,19 +12,11 @@ TSpoolFileCloser::~TSpoolFileCloser() = default;
 
 void TSpoolFileCloser::Close(std::unique_ptr<TSpoolFile> file)
 {
-  if (launcher_.IsAlive())
-    launcher_.Launch(this, file.release());
-  else
-    CloseNow(*file);
+  LaunchOrExecute(&launcher_, this, file.release());
 }
 
 void TSpoolFileCloser::Execute(void* file)
 {
   const std::unique_ptr<TSpoolFile> owned(static_cast<TSpoolFile*>(file));
-  CloseNow(*owned);
-}
-
-void TSpoolFileCloser::CloseNow(TSpoolFile& file)
-{
-  if (const int error = file.Close()) fault_->Raise("cannot write", file.Path(), error);
+  if (const int error = owned->Close()) fault_->Raise("cannot write", owned->Path(), error);
 }

@@ -25,7 +25,6 @@ public:
 
 private:
   void Execute(void* file) override;
-  void CloseNow(TSpoolFile& file);
 
   TSpoolFault* fault_;
   QuorinUtility::TQuorinTaskLauncher launcher_;

@@ -7,7 +7,7 @@
 #include "utility/TQuorinTaskLauncher.h"
 
 TThreadedSpooler::TThreadedSpooler(ISpooler* spooler, int threadCount)
-    : spooler_(spooler), launchers_(MakeLaunchers(threadCount)), threadCount_(static_cast<int>(launchers_.size()))
+    : spooler_(spooler), launchers_(MakeLaunchers(threadCount))
 {
 }
 
@@ -18,8 +18,7 @@ int TThreadedSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
   if (!spooler_) return 1;
   IImage* const image = WriteImage(spooler_, index, buffer, sizeBytes);
   if (!image) return 0;
-  LaunchOrExecute(threadCount_ > 0 ? launchers_[static_cast<std::size_t>(next_)].get() : nullptr, this, image);
-  next_ = NextInTurn(next_, threadCount_);
+  LaunchInTurn(launchers_, next_, this, image);
   return 1;
 }
 

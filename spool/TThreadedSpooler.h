@@ -38,6 +38,5 @@ public:
 private:
   ISpooler* spooler_;
   std::vector<std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> launchers_;
-  const int threadCount_; // the launchers' number
-  int next_ = 0;
+  int next_ = 0; // launcher
 };

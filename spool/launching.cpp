@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+using QuorinUtility::IQuorinTask;
 using QuorinUtility::TQuorinLibDebugOutput;
 using QuorinUtility::TQuorinTaskLauncher;
 
@@ -22,12 +23,18 @@ std::vector<std::unique_ptr<TQuorinTaskLauncher>> MakeLaunchers(int count)
   return launchers;
 }
 
-void LaunchOrExecute(QuorinUtility::TQuorinTaskLauncher* launcher, QuorinUtility::IQuorinTask* task,
-                     void* argument)
+void LaunchOrExecute(TQuorinTaskLauncher* launcher, IQuorinTask* task, void* argument)
 {
   // A launcher without a thread would keep the first task for ever, and the caller at the second.
   if (launcher && launcher->IsAlive())
     launcher->Launch(task, argument);
   else
     task->Execute(argument);
+}
+
+void LaunchInTurn(std::span<const std::unique_ptr<TQuorinTaskLauncher>> launchers, int& next, IQuorinTask* task,
+                  void* argument)
+{
+  LaunchOrExecute(launchers.empty() ? nullptr : launchers[static_cast<std::size_t>(next)].get(), task, argument);
+  next = NextInTurn(next, static_cast<int>(launchers.size()));
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace QuorinUtility {
@@ -21,6 +22,10 @@ inline constexpr int kMaxLaunchers = 256;
 
 /// As many launchers as asked for, between none and kMaxLaunchers. Throws only when memory is short.
 std::vector<std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> MakeLaunchers(int count);
+
+/// As LaunchOrExecute(), with the launcher whose turn it is: number @p next, which becomes that of the one after it.
+void LaunchInTurn(std::span<const std::unique_ptr<QuorinUtility::TQuorinTaskLauncher>> launchers, int& next,
+                  QuorinUtility::IQuorinTask* task, void* argument);
 
 /// The launcher whose turn it is after @p launcher, of @p count.
 constexpr int NextInTurn(int launcher, int count)
