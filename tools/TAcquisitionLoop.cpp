@@ -12,16 +12,10 @@ namespace vxtool {
 
 namespace {
 
-constexpr int kWaitSliceMs = 100;
 constexpr std::chrono::milliseconds kDrainAfterInterrupt{300};
 constexpr long kMostRingSlots = 5000;
 constexpr long kSkipPart =
     8; // after falling behind, go on this part of the ring ahead of the camera, and a bit more
-
-std::chrono::steady_clock::duration ToDuration(double seconds)
-{
-  return std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
-}
 
 } // namespace
 
@@ -34,7 +28,7 @@ TAcquisitionLoop::TAcquisitionLoop(ICamera& camera, IImageWriter* writer, const 
       isInterrupted_(std::move(isInterrupted)),
       onProgress_(std::move(onProgress)),
       account_(settings.isPaced),
-      trigger_(camera, settings.triggerSeconds, settings.imageSeconds),
+      watch_(camera, settings),
       fetched_(settings.shape.Bytes())
 {
   // The camera's own frame size is not known here: 4 bytes a pixel and a quarter for padding is more than any has.
@@ -44,28 +38,21 @@ TAcquisitionLoop::TAcquisitionLoop(ICamera& camera, IImageWriter* writer, const 
 
 RunEnd TAcquisitionLoop::Run()
 {
-  start_ = lastArrival_ = Clock::now();
-  const unsigned int code = camera_.Start();
-  if (code != RC_SUCCESS) {
-    Fail("StartAcquisition", code);
+  if (!watch_.Start()) {
+    Fail(watch_.Message());
     if (!settings_.isEndless && settings_.wantedImages > 1)
       message_ += "; a series must fit into memory, --mode continuous takes any number of images";
     return end_;
   }
   RunEnd end = RunStarted();
-  seconds_ = std::chrono::duration<double>(Clock::now() - start_).count();
+  seconds_ = watch_.Seconds();
 
-  int status = 0;
-  if (camera_.Status(status) == RC_SUCCESS && status == static_cast<int>(RC_ACQUIRING)) {
-    const unsigned int stopped = camera_.Abort();
-    if (stopped != RC_SUCCESS && stopped != RC_IDLE && end == RunEnd::Complete)
-      end = Fail("AbortAcquisition", stopped);
-  }
+  if (!watch_.Stop() && end == RunEnd::Complete) end = Fail(watch_.Message());
   // What came until the stop is taken along, as long as it is wanted.
   if (end != RunEnd::OutputFailed && !Drain(Clock::now() + kDrainAfterInterrupt)) end = end_;
   long delivered = account_.LastImage();
   camera_.TotalImages(delivered);
-  ReadTimestampsUpTo(delivered);
+  watch_.ReadTimestamps(account_, delivered);
   account_.Finish(delivered);
   return IsExplainedByLoss() ? RunEnd::Complete : end;
 }
@@ -83,21 +70,13 @@ RunEnd TAcquisitionLoop::RunStarted()
 {
   while (!IsDone()) {
     if (isInterrupted_()) return RunEnd::Interrupted;
-    if (settings_.isSoftwareTriggered) trigger_.SendWhenDue(lastArrival_);
-    const unsigned int waited = camera_.Wait(kWaitSliceMs);
-    if (waited != RC_SUCCESS && waited != RC_NO_NEW_DATA) return Fail("WaitForAcquisitionTimeOut", waited);
-    // The status is read before the images: when it says that the run is over, no image can follow.
     int status = 0;
-    const unsigned int code = camera_.Status(status);
-    if (code != RC_SUCCESS) return Fail("GetStatus", code);
+    if (!watch_.Turn(status)) return Fail(watch_.Message());
     if (!Drain(Clock::time_point::max())) return end_;
     Report();
     if (IsDone()) break;
     if (status != static_cast<int>(RC_ACQUIRING)) return FailedStatus(status);
-    if (settings_.noImageSeconds > 0.0 && Clock::now() - lastArrival_ > ToDuration(settings_.noImageSeconds)) {
-      message_ = "no image within the time limit; check the trigger source or raise --timeout";
-      return RunEnd::CameraFailed;
-    }
+    if (watch_.IsTooLate()) return Fail(watch_.Message());
   }
   return RunEnd::Complete;
 }
@@ -107,18 +86,17 @@ bool TAcquisitionLoop::IsDone() const
   return settings_.wantedImages > 0 && account_.Fetched() >= settings_.wantedImages;
 }
 
-RunEnd TAcquisitionLoop::Fail(const char* function, unsigned int code)
+RunEnd TAcquisitionLoop::Fail(const std::string& message)
 {
-  message_ = ResultText(function, code);
+  message_ = message;
   return end_ = RunEnd::CameraFailed;
 }
 
 RunEnd TAcquisitionLoop::FailedStatus(int status)
 {
   endStatus_ = status;
-  if (status != static_cast<int>(RC_IDLE)) return Fail("GetStatus", static_cast<unsigned int>(status));
-  message_ = "the run ended after " + std::to_string(newest_) + " images, before all were there";
-  return end_ = RunEnd::CameraFailed;
+  if (status != static_cast<int>(RC_IDLE)) return Fail(ResultText("GetStatus", static_cast<unsigned int>(status)));
+  return Fail("the run ended after " + std::to_string(newest_) + " images, before all were there");
 }
 
 bool TAcquisitionLoop::Drain(Clock::time_point deadline)
@@ -129,10 +107,10 @@ bool TAcquisitionLoop::Drain(Clock::time_point deadline)
     const unsigned int code = camera_.AvailableImages(first, last);
     if (code == RC_NO_NEW_DATA) return true;
     if (code != RC_SUCCESS) {
-      Fail("GetNumberAvailableImages", code);
+      Fail(ResultText("GetNumberAvailableImages", code));
       return false;
     }
-    if (last > newest_) lastArrival_ = Clock::now();
+    if (last > newest_) watch_.Arrived();
     arrivedInTurn_ = last - newest_;
     newest_ = last;
     SkipOverwritten(first, last);
@@ -155,14 +133,14 @@ void TAcquisitionLoop::SkipOverwritten(int first, int last)
   // The oldest image is the one whose buffer the camera fills now; directly behind it the next copy would be
   // overtaken.
   const long goOnAt = std::min(first + 1L + ringSlots_ / kSkipPart + 2L * arrivedInTurn_, last + 1L);
-  account_.Overwritten(goOnAt - next);
+  account_.EnterOverwritten(goOnAt - next);
 }
 
 bool TAcquisitionLoop::TakeImage(long number)
 {
   const unsigned int code = camera_.FetchImage(number, settings_.shape.depth, fetched_);
   if (code != RC_SUCCESS && code != RC_NO_NEW_DATA) {
-    Fail("GetImages", code);
+    Fail(ResultText("GetImages", code));
     if (code == RC_P4_INVALID)
       message_ = "the images are not " + std::to_string(settings_.shape.width) + "x" +
                  std::to_string(settings_.shape.height) + " pixels: the camera did not take the image area (" +
@@ -170,12 +148,12 @@ bool TAcquisitionLoop::TakeImage(long number)
     return false;
   }
   if (code == RC_NO_NEW_DATA || !IsIntact(number)) {
-    account_.Overwritten(1);
+    account_.EnterOverwritten(1);
     return true;
   }
   const TImageLabel label = Label(number);
   const bool isWritten = writer_ && writer_->Write(fetched_, label);
-  account_.Fetched(isWritten);
+  account_.EnterFetched(isWritten);
   lastImage_.resize(fetched_.size());
   lastImage_.swap(fetched_);
   lastLabel_ = label;
@@ -201,7 +179,7 @@ TImageLabel TAcquisitionLoop::Label(long number)
   label.number = number;
   unsigned int count = 0;
   long long ticks = 0;
-  ReadTimestampsUpTo(number - 1);
+  watch_.ReadTimestamps(account_, number - 1);
   if (camera_.Timestamp(number, count, ticks) != RC_SUCCESS) return label;
   if (account_.TimestampsRead() == number - 1) account_.Timestamp(ticks);
   // Timestamps are numbered among themselves: one that is missing moves all later ones to the image before.
@@ -209,20 +187,10 @@ TImageLabel TAcquisitionLoop::Label(long number)
   return label;
 }
 
-void TAcquisitionLoop::ReadTimestampsUpTo(long number)
-{
-  for (long next = account_.TimestampsRead() + 1; next <= number; ++next) {
-    unsigned int count = 0;
-    long long ticks = 0;
-    if (camera_.Timestamp(next, count, ticks) != RC_SUCCESS) return;
-    account_.Timestamp(ticks);
-  }
-}
-
 void TAcquisitionLoop::Report()
 {
   TProgress progress;
-  progress.seconds = std::chrono::duration<double>(Clock::now() - start_).count();
+  progress.seconds = watch_.Seconds();
   progress.delivered = newest_;
   progress.fetched = account_.Fetched();
   progress.wanted = settings_.wantedImages;

@@ -4,8 +4,9 @@
 
 #include "tools/ICamera.h"
 #include "tools/IImageWriter.h"
+#include "tools/RunProgress.h"
 #include "tools/TRunAccount.h"
-#include "tools/TSoftwareTrigger.h"
+#include "tools/TRunWatch.h"
 
 #include <chrono>
 #include <functional>
@@ -13,41 +14,6 @@
 #include <vector>
 
 namespace vxtool {
-
-/// How a run is to go.
-struct TLoopSettings
-{
-  TImageShape shape;
-  long wantedImages = 1;  ///< images to fetch; 0: until interrupted
-  bool isEndless = false; ///< the camera runs until aborted and its ring overwrites the oldest image
-  bool isSoftwareTriggered = false;
-  bool isPaced = true;          ///< the camera makes frames at an even pace
-  double noImageSeconds = 0.0;  ///< give up after this long without an image; 0: never
-  double triggerSeconds = 0.0;  ///< software trigger: shortest time from trigger to trigger
-  double imageSeconds = 0.0;    ///< about how long one exposure takes until it is delivered
-  long ringBytes = 300'000'000; ///< memory of the ring of frame buffers
-};
-
-/// How a run ended.
-enum class RunEnd
-{
-  Complete,
-  Interrupted,
-  CameraFailed,
-  OutputFailed,
-};
-
-/// Where a run stands, for whoever shows it.
-struct TProgress
-{
-  double seconds = 0.0;
-  long delivered = 0;
-  long fetched = 0;
-  long wanted = 0; ///< 0: no limit
-  long lost = 0;
-  std::optional<double> ringFill; ///< part of the ring that holds images not fetched yet, 0 to 1
-  std::size_t imageBytes = 0;
-};
 
 /// One acquisition from start to end, on the caller's thread. Borrows camera, writer and callbacks until Run()
 /// returns. Images are asked for by number, so that a skipped one is known, and looked at again after copying: an
@@ -76,7 +42,7 @@ private:
   using Clock = std::chrono::steady_clock;
 
   RunEnd RunStarted();
-  RunEnd Fail(const char* function, unsigned int code);
+  RunEnd Fail(const std::string& message);
   RunEnd FailedStatus(int status);
   bool IsDone() const;
   bool IsExplainedByLoss() const;
@@ -86,7 +52,6 @@ private:
   bool IsIntact(long number) const;
   void SkipOverwritten(int first, int last);
   TImageLabel Label(long number);
-  void ReadTimestampsUpTo(long number);
   void Report();
 
   ICamera& camera_;
@@ -95,7 +60,7 @@ private:
   std::function<bool()> isInterrupted_;
   std::function<void(const TProgress&)> onProgress_;
   TRunAccount account_;
-  TSoftwareTrigger trigger_;
+  TRunWatch watch_;
   std::vector<std::byte> fetched_;   // being copied into
   std::vector<std::byte> lastImage_; // the newest intact one
   TImageLabel lastLabel_;
@@ -106,8 +71,6 @@ private:
   int arrivedInTurn_ = 0; // images that came during the last turn of copying
   long ringSlots_ = 0;    // images that the ring is sure to hold; exact once it has overwritten one
   bool isRingFull_ = false;
-  Clock::time_point start_;
-  Clock::time_point lastArrival_;
   double seconds_ = 0.0;
 };
 

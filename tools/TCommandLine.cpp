@@ -237,8 +237,8 @@ void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolM
 }
 
 // Finds the format of an output file by its name unless it was given. Returns what is wrong, "" for nothing.
-std::string CompleteFormat(const std::string& output, std::optional<FileFormat>& format,
-                           const std::map<std::string, FileFormat>& suffixes)
+std::string CompleteFormatOrSayWhy(const std::string& output, std::optional<FileFormat>& format,
+                                   const std::map<std::string, FileFormat>& suffixes)
 {
   if (output.empty()) return format ? "--format: there is no --output" : "";
   if (format) return "";
@@ -255,15 +255,15 @@ std::string CompleteFormat(const std::string& output, std::optional<FileFormat>&
          others + ", or --format must be given";
 }
 
-std::string Complete(TConvertOptions& options)
+std::string CompleteOrSayWhy(TConvertOptions& options)
 {
   if (options.output.empty() && options.preview.empty() && !options.isVerify)
     return "--output: is needed, or --preview or --verify";
   if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
-  return CompleteFormat(options.output, options.format, kSuffixes);
+  return CompleteFormatOrSayWhy(options.output, options.format, kSuffixes);
 }
 
-std::string CompleteSpool(const TAcquireOptions& options)
+std::string WhyNotSpooled(const TAcquireOptions& options)
 {
   if (options.spool.directory.empty()) return "";
   if (options.mode == RunMode::Continuous)
@@ -274,7 +274,7 @@ std::string CompleteSpool(const TAcquireOptions& options)
 }
 
 // The relations between options that no single option can check. Returns what is wrong, "" for nothing.
-std::string Complete(TAcquireOptions& options)
+std::string CompleteOrSayWhy(TAcquireOptions& options)
 {
   if (!options.mode) options.mode = options.frames ? RunMode::Series : RunMode::Single;
   const RunMode mode = *options.mode;
@@ -289,8 +289,8 @@ std::string Complete(TAcquireOptions& options)
   if (options.readout.amplifier && options.readout.channel.value_or(0) != 0)
     return "--amplifier: channel 0 has amplifiers to choose from";
   if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
-  const std::string spool = CompleteSpool(options);
-  return spool.empty() ? CompleteFormat(options.output, options.format, kStackSuffixes) : spool;
+  const std::string spool = WhyNotSpooled(options);
+  return spool.empty() ? CompleteFormatOrSayWhy(options.output, options.format, kStackSuffixes) : spool;
 }
 
 } // namespace
@@ -352,7 +352,9 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
                       : *acquire ? Command::Acquire
                       : *convert ? Command::Convert
                                  : Command::Info;
-    std::string wrong = *acquire ? Complete(options.acquire) : *convert ? Complete(options.convert) : "";
+    std::string wrong = *acquire   ? CompleteOrSayWhy(options.acquire)
+                        : *convert ? CompleteOrSayWhy(options.convert)
+                                   : "";
     if (options.acquire.spool.directory.empty() && (method || options.acquire.spool.threads))
       wrong = "--spool-method and --spool-threads: need --spool";
     if (!wrong.empty()) throw CLI::ValidationError(wrong);

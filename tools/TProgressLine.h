@@ -2,7 +2,7 @@
 // Shows a person how a run goes.
 #pragma once
 
-#include "tools/TAcquisitionLoop.h"
+#include "tools/RunProgress.h"
 
 #include <cstdio>
 #include <string>

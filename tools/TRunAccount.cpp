@@ -6,7 +6,7 @@
 
 namespace vxtool {
 
-void TRunAccount::Fetched(bool isWritten)
+void TRunAccount::EnterFetched(bool isWritten)
 {
   ++totals_.fetched;
   ++(isWritten ? totals_.written : totals_.notWritten);

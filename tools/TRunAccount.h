@@ -15,8 +15,8 @@ public:
   /// @param isPaced  whether the camera makes frames at an even pace, so that timestamps tell of lost ones
   explicit TRunAccount(bool isPaced) : isPaced_(isPaced) {}
 
-  void Fetched(bool isWritten);
-  void Overwritten(long count) { totals_.overwritten += count; }
+  void EnterFetched(bool isWritten);
+  void EnterOverwritten(long count) { totals_.overwritten += count; }
   /// The timestamp of the next delivered image, in order, whatever became of that image.
   void Timestamp(long long ticks);
   /// An output file that turned out to hold fewer images than were given to it.

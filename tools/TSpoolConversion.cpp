@@ -89,7 +89,7 @@ RunEnd TSpoolConversion::Run()
   return end;
 }
 
-void TSpoolConversion::Absent(long number, long& count)
+void TSpoolConversion::CountAbsent(long number, long& count)
 {
   ++count;
   absent_.Add(number);
@@ -102,11 +102,11 @@ bool TSpoolConversion::TakeImage(long number)
   const std::int64_t image = number - 1;
   const TSpoolIndex::TRecord* const record = index_.Find(image);
   if (!record && !TakesUnrecorded()) {
-    Absent(number, counts_.unrecorded);
+    CountAbsent(number, counts_.unrecorded);
     return true;
   }
   if (!files_.ReadImage(image, frame_)) {
-    Absent(number, counts_.unreadable);
+    CountAbsent(number, counts_.unreadable);
     const bool isKnown = std::find(problems_.begin(), problems_.end(), files_.Error()) != problems_.end();
     if (!isKnown && problems_.size() < kMostProblems) problems_.push_back(files_.Error());
     return true;
@@ -118,7 +118,7 @@ bool TSpoolConversion::TakeImage(long number)
     label.hostNanoseconds = record->hostNanoseconds;
     label.check = ImageChecksum(frame_) == record->checksum ? ImageCheck::Right : ImageCheck::Wrong;
   } else if (settings_.isSalvage && IsAllZeros(frame_)) {
-    Absent(number, counts_.unrecorded);
+    CountAbsent(number, counts_.unrecorded);
     return true;
   }
   if (label.check == ImageCheck::Wrong) {

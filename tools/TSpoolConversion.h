@@ -3,12 +3,14 @@
 #pragma once
 
 #include "tools/IImageWriter.h"
-#include "tools/TAcquisitionLoop.h"
+#include "tools/RunProgress.h"
 #include "tools/TNumberRanges.h"
+#include "tools/TRunAccount.h"
 #include "tools/TSpoolFiles.h"
 #include "tools/TSpoolIndex.h"
 #include "tools/TSpoolRun.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -81,7 +83,7 @@ private:
   bool TakesUnrecorded() const;
   bool TakeImage(long number);
   bool HandOn(TImageLabel label);
-  void Absent(long number, long& count);
+  void CountAbsent(long number, long& count);
   void Report();
 
   const TSpoolRun& run_;

@@ -9,12 +9,6 @@
 
 namespace vxtool {
 
-namespace {
-
-constexpr int kWaitSliceMs = 100;
-
-} // namespace
-
 TSpoolLoop::TSpoolLoop(ICamera& camera, const TLoopSettings& settings, std::function<bool()> isInterrupted,
                        std::function<void(const TProgress&)> onProgress)
     : camera_(camera),
@@ -22,70 +16,50 @@ TSpoolLoop::TSpoolLoop(ICamera& camera, const TLoopSettings& settings, std::func
       isInterrupted_(std::move(isInterrupted)),
       onProgress_(std::move(onProgress)),
       account_(settings.isPaced),
-      trigger_(camera, settings.triggerSeconds, settings.imageSeconds)
+      watch_(camera, settings)
 {
 }
 
 RunEnd TSpoolLoop::Run()
 {
-  start_ = lastArrival_ = Clock::now();
-  const unsigned int code = camera_.Start();
-  if (code != RC_SUCCESS) return Fail("StartAcquisition", code);
+  if (!watch_.Start()) return Fail(watch_.Message());
   const RunEnd end = RunStarted();
-  Stop();
+  watch_.Stop(); // frames that come until then count
   Look();
-  seconds_ = std::chrono::duration<double>(Clock::now() - start_).count();
+  seconds_ = watch_.Seconds();
   return end;
 }
 
 RunEnd TSpoolLoop::RunStarted()
 {
   while (!isInterrupted_()) {
-    if (settings_.isSoftwareTriggered) trigger_.SendWhenDue(lastArrival_);
-    const unsigned int waited = camera_.Wait(kWaitSliceMs);
-    if (waited != RC_SUCCESS && waited != RC_NO_NEW_DATA) return Fail("WaitForAcquisitionTimeOut", waited);
-    // The status is read before the count: when it says that the run is over, no image can follow.
     int status = 0;
-    const unsigned int code = camera_.Status(status);
-    if (code != RC_SUCCESS) return Fail("GetStatus", code);
+    if (!watch_.Turn(status)) return Fail(watch_.Message());
     Look();
     Report();
-    if (status != static_cast<int>(RC_ACQUIRING)) return FailedStatus(status);
+    if (status != static_cast<int>(RC_ACQUIRING)) return EndOf(status);
     // Once all images are there, the run ends when they are on the disk.
-    const bool isWaiting = delivered_ < settings_.wantedImages && settings_.noImageSeconds > 0.0;
-    if (isWaiting &&
-        std::chrono::duration<double>(Clock::now() - lastArrival_).count() > settings_.noImageSeconds) {
-      message_ = "no image within the time limit; check the trigger source or raise --timeout";
-      return RunEnd::CameraFailed;
-    }
+    if (delivered_ < settings_.wantedImages && watch_.IsTooLate()) return Fail(watch_.Message());
   }
   return RunEnd::Interrupted;
 }
 
-RunEnd TSpoolLoop::FailedStatus(int status)
+RunEnd TSpoolLoop::EndOf(int status)
 {
   if (status == static_cast<int>(RC_IDLE)) {
     if (delivered_ >= settings_.wantedImages) return RunEnd::Complete;
-    message_ = "the run ended after " + std::to_string(delivered_) + " images, before all were there";
-    return RunEnd::CameraFailed;
+    return Fail("the run ended after " + std::to_string(delivered_) + " images, before all were there");
   }
   // A camera that lost some of the frames asked for sends no others in their place.
-  const bool isLossAll = delivered_ + account_.LostInCameraSoFar() == settings_.wantedImages;
-  if (status == static_cast<int>(RC_STATUS_TIMED_OUT) && isLossAll) return RunEnd::Complete;
-  Fail("GetStatus", static_cast<unsigned int>(status));
+  const bool isExplainedByLoss = delivered_ + account_.LostInCameraSoFar() == settings_.wantedImages;
+  if (status == static_cast<int>(RC_STATUS_TIMED_OUT) && isExplainedByLoss) return RunEnd::Complete;
+  Fail(ResultText("GetStatus", static_cast<unsigned int>(status)));
   return status == static_cast<int>(RC_STATUS_SPOOL_ISSUE) ? RunEnd::OutputFailed : RunEnd::CameraFailed;
 }
 
-// Stops a run that goes on. Frames that come until then count.
-void TSpoolLoop::Stop()
+RunEnd TSpoolLoop::Fail(const std::string& message)
 {
-  int status = 0;
-  if (camera_.Status(status) == RC_SUCCESS && status == static_cast<int>(RC_ACQUIRING)) camera_.Abort();
-}
-
-RunEnd TSpoolLoop::Fail(const char* function, unsigned int code)
-{
-  message_ = ResultText(function, code);
+  message_ = message;
   return RunEnd::CameraFailed;
 }
 
@@ -93,26 +67,21 @@ void TSpoolLoop::Look()
 {
   const long before = delivered_;
   camera_.TotalImages(delivered_);
-  if (delivered_ > before) lastArrival_ = Clock::now();
-  for (long next = account_.TimestampsRead() + 1; next <= delivered_; ++next) {
-    unsigned int count = 0;
-    long long ticks = 0;
-    if (camera_.Timestamp(next, count, ticks) != RC_SUCCESS) return;
-    account_.Timestamp(ticks);
-  }
+  if (delivered_ > before) watch_.Arrived();
+  watch_.ReadTimestamps(account_, delivered_);
 }
 
 void TSpoolLoop::Finish(long written)
 {
   Look();
-  for (long image = 0; image < delivered_; ++image) account_.Fetched(image < written);
+  for (long image = 0; image < delivered_; ++image) account_.EnterFetched(image < written);
   account_.Finish(delivered_);
 }
 
 void TSpoolLoop::Report()
 {
   TProgress progress;
-  progress.seconds = std::chrono::duration<double>(Clock::now() - start_).count();
+  progress.seconds = watch_.Seconds();
   progress.delivered = progress.fetched = delivered_;
   progress.wanted = settings_.wantedImages;
   progress.lost = account_.LostInCameraSoFar();

@@ -2,7 +2,10 @@
 // Runs one acquisition whose frames the library writes to disk: starts it, watches it, knows when to stop.
 #pragma once
 
-#include "tools/TAcquisitionLoop.h"
+#include "tools/ICamera.h"
+#include "tools/RunProgress.h"
+#include "tools/TRunAccount.h"
+#include "tools/TRunWatch.h"
 
 #include <functional>
 #include <string>
@@ -30,12 +33,10 @@ public:
   double Seconds() const { return seconds_; }
 
 private:
-  using Clock = std::chrono::steady_clock;
-
   RunEnd RunStarted();
-  RunEnd FailedStatus(int status);
-  void Stop();
-  RunEnd Fail(const char* function, unsigned int code);
+  /// How a run has ended that went as far as this status.
+  RunEnd EndOf(int status);
+  RunEnd Fail(const std::string& message);
   void Look();
   void Report();
 
@@ -44,11 +45,9 @@ private:
   std::function<bool()> isInterrupted_;
   std::function<void(const TProgress&)> onProgress_;
   TRunAccount account_;
-  TSoftwareTrigger trigger_;
+  TRunWatch watch_;
   std::string message_;
   long delivered_ = 0;
-  Clock::time_point start_;
-  Clock::time_point lastArrival_;
   double seconds_ = 0.0;
 };
 

@@ -41,9 +41,9 @@ TEST(RunAccount, CountsAddUpThroughEveryKindOfLoss)
     ticks += image == 5 ? 3000 : 1000; // two frames never came
     account.Timestamp(ticks);
     if (image == 3)
-      account.Overwritten(1);
+      account.EnterOverwritten(1);
     else
-      account.Fetched(image != 8);
+      account.EnterFetched(image != 8);
   }
   account.Timestamp(ticks + 1000);
   account.TakeBackWritten(1);
@@ -66,7 +66,7 @@ TEST(RunAccount, ImageWithoutTimestampIsNotTakenForLost)
   TRunAccount account(true);
   for (int image = 1; image <= 10; ++image) {
     if (image != 6) account.Timestamp(image * 1000);
-    account.Fetched(true);
+    account.EnterFetched(true);
   }
   account.Finish(10);
   EXPECT_EQ(account.Totals().withoutTimestamp, 1);
@@ -79,8 +79,8 @@ TEST(RunAccount, SaysUnknownWhenNoPaceOrNoTimestampsTell)
   TRunAccount blind(true);
   for (const long long ticks : {0, 1000, 7000}) {
     triggered.Timestamp(ticks);
-    triggered.Fetched(true);
-    blind.Fetched(true);
+    triggered.EnterFetched(true);
+    blind.EnterFetched(true);
   }
   triggered.Finish(3);
   blind.Finish(3);

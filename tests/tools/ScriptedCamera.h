@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+// A camera that follows a script, for tests of the loops.
+#pragma once
+
+#include "tests/tools/ImageFixtures.h"
+#include "tools/ICamera.h"
+#include "vxmcd.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace vxtool {
+
+inline constexpr TImageShape kScriptedShape{4, 3, PixelDepth::Bits16};
+
+/// A camera whose images appear while a loop waits and while it copies, as the test says. Public fields are the
+/// script.
+class ScriptedCamera : public ICamera
+{
+public:
+  int slots = 8;             // of the ring
+  bool isEndless = false;    // run until aborted
+  int imagesPerWait = 1;     // that arrive during one wait
+  int imagesPerFetch = 0;    // that arrive while one image is copied
+  int imagesInRun = 1 << 30; // after which the run ends with endStatus
+  int endStatus = static_cast<int>(RC_IDLE);
+  long imageWithoutTicks = 0; // whose metadata is damaged
+  long frameDropped = 0;      // image before which the camera lost two frames
+  unsigned int startCode = RC_SUCCESS;
+  unsigned int fetchCode = RC_SUCCESS;
+  int triggers = 0;
+  bool isTriggered = false; // images come only after SendTrigger()
+
+  unsigned int Start() override { return startCode; }
+  unsigned int Abort() override
+  {
+    isAborted_ = true;
+    return RC_SUCCESS;
+  }
+  unsigned int Wait(int) override
+  {
+    const long before = newest_;
+    if (!isTriggered || triggers > newest_) Arrive(imagesPerWait);
+    if (newest_ == before)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1)); // a wait that times out takes time
+    return newest_ > before ? RC_SUCCESS : RC_NO_NEW_DATA;
+  }
+  unsigned int Status(int& status) override
+  {
+    const bool isOver = isAborted_ || newest_ >= imagesInRun;
+    status = isOver ? endStatus : static_cast<int>(RC_ACQUIRING);
+    return RC_SUCCESS;
+  }
+  unsigned int AvailableImages(int& first, int& last) override
+  {
+    last = static_cast<int>(newest_);
+    first = isEndless ? std::max(1, last + 1 - slots) : 1;
+    return newest_ < 1 ? RC_NO_NEW_DATA : RC_SUCCESS;
+  }
+  unsigned int TotalImages(long& count) override
+  {
+    count = newest_;
+    return RC_SUCCESS;
+  }
+  unsigned int FetchImage(long number, PixelDepth, std::span<std::byte> pixels) override
+  {
+    if (fetchCode != RC_SUCCESS) return fetchCode;
+    if (isEndless && number < newest_ + 1 - slots) return RC_NO_NEW_DATA;
+    const std::vector<std::byte> image = TestImage(kScriptedShape, number);
+    std::copy(image.begin(), image.end(), pixels.begin());
+    if (!isAborted_) Arrive(imagesPerFetch);
+    // As in the ring: the image that arrives next goes into the buffer of image newest + 1 - slots.
+    if (isEndless && number <= newest_ + 1 - slots) std::fill(pixels.begin(), pixels.end(), std::byte{0xEE});
+    return RC_SUCCESS;
+  }
+  unsigned int Timestamp(long number, unsigned int& count, long long& ticks) override
+  {
+    const bool isMissing = imageWithoutTicks > 0 && newest_ >= imageWithoutTicks;
+    count = static_cast<unsigned int>(newest_ - isMissing);
+    if (number < 1 || number > static_cast<long>(count)) return RC_FEATURE_ERROR;
+    const long image = isMissing && number >= imageWithoutTicks ? number + 1 : number;
+    ticks = 1000 * (image + (frameDropped > 0 && image >= frameDropped ? 2 : 0));
+    return RC_SUCCESS;
+  }
+  unsigned int SendTrigger() override
+  {
+    ++triggers;
+    return RC_SUCCESS;
+  }
+
+  bool IsAborted() const { return isAborted_; }
+
+private:
+  void Arrive(int count) { newest_ = std::min<long>(newest_ + count, imagesInRun); }
+
+  long newest_ = 0;
+  bool isAborted_ = false;
+};
+
+} // namespace vxtool
