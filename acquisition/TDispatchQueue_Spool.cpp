@@ -4,6 +4,7 @@
 
 #include "acquisition/frame_timestamp.h"
 #include "acquisition/TCircularBuffer.h"
+#include "spool/TSpoolPipeline.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
 #include <algorithm>
@@ -41,7 +42,7 @@ void TDispatchQueue_Spool::SetSeriesLength(int images)
 void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
 {
   TRingDispatchQueue::Initialise(imageSizeBytes);
-  TSpoolPipeline::TSettings settings;
+  TSpoolSettings settings;
   std::uint32_t seriesLength = 0;
   std::shared_ptr<TSpoolPipeline> earlier;
   {
@@ -71,14 +72,14 @@ void TDispatchQueue_Spool::Abort()
 int TDispatchQueue_Spool::Dispatch(unsigned char* buffer, int sizeBytes)
 {
   if (!CountFrame(buffer)) return 0;
+  const std::int64_t image = GetMaximumImageAvailable();
   if (sizeBytes != GetImageSizeBytes())
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
                                   "image %lld has %d bytes and is written with %lld",
-                                  static_cast<long long>(GetMaximumImageAvailable()), sizeBytes,
+                                  static_cast<long long>(image), sizeBytes,
                                   static_cast<long long>(GetImageSizeBytes()));
   const auto pipeline = Pipeline();
   if (!pipeline) return 1;
-  const std::int64_t image = GetMaximumImageAvailable();
   if (image == 1) {
     const std::optional<std::int64_t> tick =
         FrameTimestamp(parser_, buffer, std::min<std::int64_t>(sizeBytes, GetImageSizeBytes()));

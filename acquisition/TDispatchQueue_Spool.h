@@ -4,10 +4,13 @@
 
 #include "acquisition/TMetadataParser.h"
 #include "acquisition/TRingDispatchQueue.h"
-#include "spool/TSpoolPipeline.h"
+#include "spool/TSpoolSettings.h"
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
+
+class TSpoolPipeline;
 
 /// Counts each frame, has it written to the disk, and gives its slot back to the camera once its content is no
 /// longer needed there, so that a run may be longer than the ring. Until the slot is used again, the image can be
@@ -42,7 +45,7 @@ private:
 
   TMetadataParser parser_;
   std::mutex mutex_;
-  TSpoolPipeline::TSettings settings_;       // guarded by mutex_
+  TSpoolSettings settings_;                  // guarded by mutex_
   std::uint32_t seriesLength_ = 1;           // guarded by mutex_
   std::shared_ptr<TSpoolPipeline> pipeline_; // of the present or last run; guarded by mutex_
 };

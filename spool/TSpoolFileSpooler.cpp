@@ -4,6 +4,7 @@
 
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
+#include "spool/TSpoolFileCloser.h"
 
 #include <algorithm>
 #include <array>

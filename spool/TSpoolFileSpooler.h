@@ -3,7 +3,6 @@
 #pragma once
 
 #include "spool/ISpooler.h"
-#include "spool/TSpoolFileCloser.h"
 #include "spool/TSpoolVolume.h"
 
 #include <cstdint>
@@ -14,6 +13,7 @@
 
 class TSpoolFault;
 class TSpoolFile;
+class TSpoolFileCloser;
 
 /// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after
 /// CloseImage() until it is full, or until Finish(), since the next image of it may come at any time. Owned by the

@@ -9,6 +9,7 @@
 #include "spool/TQueuedSpooler.h"
 #include "spool/TSpoolFile.h"
 #include "spool/TSpoolImageSpooler.h"
+#include "spool/TSpoolSettings.h"
 #include "spool/TThreadedSpooler.h"
 #include "utility/TQuorinFilePath.h"
 
@@ -38,7 +39,8 @@ struct TFree
 
 } // namespace
 
-TSpoolPipeline::TSpoolPipeline(const TSettings& settings, std::uint64_t imageSizeBytes, std::uint32_t seriesLength)
+TSpoolPipeline::TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t imageSizeBytes,
+                               std::uint32_t seriesLength)
     : seriesLength_(seriesLength), index_(&fault_), fileSpooler_(&fault_)
 {
   if (!PrepareDirectory(settings.path)) return;
@@ -123,7 +125,7 @@ int TSpoolPipeline::BoundedThreadCount(int threadCount) const
   return static_cast<int>(std::min(std::int64_t{threadCount}, static_cast<std::int64_t>(most)));
 }
 
-void TSpoolPipeline::MakeAlgorithm(const TSettings& settings)
+void TSpoolPipeline::MakeAlgorithm(const TSpoolSettings& settings)
 {
   const int threads = BoundedThreadCount(settings.threadCount);
   imageSpooler_ = std::make_unique<TSpoolImageSpooler>(&fileSpooler_, layout_, &index_, &fault_);

@@ -18,6 +18,7 @@
 class ISpoolAlgorithm;
 class TQueuedSpooler;
 class TSpoolImageSpooler;
+struct TSpoolSettings;
 
 /// Everything that writes one run: its directory and description, the spoolers and the algorithm that feeds them.
 /// Made by the spool dispatch queue for each run. What fails, from the constructor on, is kept as the run's fault
@@ -26,16 +27,8 @@ class TSpoolImageSpooler;
 class TSpoolPipeline final
 {
 public:
-  struct TSettings
-  {
-    std::string path; ///< a directory, made with its parents
-    int method = TSpoolLayout::kImagesTogether;
-    int threadCount = 2;
-    std::uint64_t slots = 0; ///< of the ring that the images come from, 0 when nobody knows
-  };
-
   /// Makes the directory describe this run instead of an earlier one, whose files are removed.
-  TSpoolPipeline(const TSettings& settings, std::uint64_t imageSizeBytes, std::uint32_t seriesLength);
+  TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t imageSizeBytes, std::uint32_t seriesLength);
   ~TSpoolPipeline();
   TSpoolPipeline(const TSpoolPipeline&) = delete;
   TSpoolPipeline& operator=(const TSpoolPipeline&) = delete;
@@ -58,7 +51,7 @@ public:
 private:
   bool PrepareDirectory(const std::string& path);
   void RemoveEarlierRun();
-  void MakeAlgorithm(const TSettings& settings);
+  void MakeAlgorithm(const TSpoolSettings& settings);
   int BoundedThreadCount(int threadCount) const;
   void ReserveRoom();
   void SyncDirectory();

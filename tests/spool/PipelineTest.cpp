@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Runs on disks that lack something, are slow, or fail.
 #include "spool/TSpoolPipeline.h"
+
+#include "spool/TSpoolSettings.h"
 #include "tests/spool/TDiskFaults.h"
 #include "tests/support/TScratchDirectory.h"
 #include "tests/support/TSpoolDirectory.h"
