@@ -4,14 +4,14 @@
 
 #include "Rounds.h"
 #include "spool/TAcquisitionMetadata.h"
+#include "spool/TSpoolIndex.h"
+#include "spool/TSpoolLayout.h"
 #include "vxcore_simulator.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <thread>
 #include <vector>
 
@@ -20,7 +20,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kSeries = 3;
-constexpr int kImagesTogether = 3;
 constexpr auto kPollingPace = std::chrono::milliseconds(1);
 constexpr std::size_t kFilesKept = 8; // more than are ever open
 
@@ -44,14 +43,14 @@ void waitUntilOver()
   while (isRunning()) std::this_thread::sleep_for(kPollingPace);
 }
 
-/// The number behind "<key> =" in the run's description, or -1.
-long described(const std::string& directory, const std::string& key)
+/// What the run's description says, or -1.
+long imagesWritten(const std::string& directory)
 {
-  std::ifstream file(directory + "/" + TAcquisitionMetadata::mpsz_iniFilename);
-  for (std::string line; std::getline(file, line);)
-    if (line.starts_with(key) && line.find('=') != std::string::npos)
-      return std::strtol(line.c_str() + line.find('=') + 1, nullptr, 10);
-  return -1;
+  TAcquisitionMetadata description;
+  std::int64_t images = -1;
+  description.LoadFile(directory.c_str());
+  description.GetInteger("run", "ImagesWritten", images);
+  return images;
 }
 
 /// Removes all but the newest files of images.
@@ -59,7 +58,7 @@ void removeOldFiles(const std::string& directory)
 {
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(directory))
-    if (entry.path().extension() == ".dat" && entry.path().filename() != "spool_index.dat")
+    if (entry.path().extension() == ".dat" && entry.path().filename() != TSpoolIndex::kFileName)
       files.push_back(entry.path());
   std::sort(files.begin(), files.end());
   for (std::size_t i = 0; i + kFilesKept < files.size(); ++i) fs::remove(files[i]);
@@ -103,7 +102,7 @@ WritingCost spoolSeries(const BenchmarkCamera& camera, const std::string& direct
   clock.handedOver();
   waitUntilOver();
   const WritingCost cost = clock.onDisk();
-  require(described(directory, "ImagesWritten") == count, "every frame is written");
+  require(imagesWritten(directory) == count, "every frame is written");
   return cost;
 }
 
@@ -111,7 +110,7 @@ PacedResult spoolAtRate(const BenchmarkCamera& camera, const std::string& direct
                         double framesPerSecond)
 {
   PacedResult result;
-  setSeries(directory, kImagesTogether, count);
+  setSeries(directory, TSpoolLayout::kImagesTogether, count);
   const double cpu = secondsOfClock(CLOCK_PROCESS_CPUTIME_ID);
   VXSIM_Statistics before{};
   VXSIM_GetStatistics(0, &before);
@@ -132,6 +131,6 @@ PacedResult spoolAtRate(const BenchmarkCamera& camera, const std::string& direct
   VXSIM_Statistics after{};
   VXSIM_GetStatistics(0, &after);
   result.overflowed = after.framesOverflowed - before.framesOverflowed;
-  result.written = described(directory, "ImagesWritten");
+  result.written = imagesWritten(directory);
   return result;
 }

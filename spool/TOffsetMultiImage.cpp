@@ -7,10 +7,8 @@
 TOffsetMultiImage::TOffsetMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int position)
     : file_(file), imageSizeBytes_(imageSizeBytes), position_(position)
 {
-  if (!file) {
-    constexpr const char* kText = "TNthMultiImage: Error - IImage* cannot be NULL in constructor\n";
-    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
-  }
+  if (!file)
+    LogAndThrow(__FILE__, __LINE__, __func__, "TNthMultiImage: Error - IImage* cannot be NULL in constructor\n");
   if (imageSizeBytes == 0)
     LogAndThrow(__FILE__, __LINE__, __func__, "TNthMultiImage: Error - Image size cannot be zero.\n",
                 "TNthMultiImage: Error - Image size cannot be zero\n");

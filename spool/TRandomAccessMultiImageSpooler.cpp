@@ -24,10 +24,9 @@ constexpr int kFailed = 1;
 TRandomAccessMultiImageSpooler::TRandomAccessMultiImageSpooler(ISpooler* fileSpooler, unsigned int imagesPerFile)
     : fileSpooler_(fileSpooler), imagesPerFile_(imagesPerFile)
 {
-  if (!fileSpooler) {
-    constexpr const char* kText = "TMultiImageSpooler: Error - ISpooler* cannot be NULL in constructor\n";
-    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
-  }
+  if (!fileSpooler)
+    LogAndThrow(__FILE__, __LINE__, __func__,
+                "TMultiImageSpooler: Error - ISpooler* cannot be NULL in constructor\n");
   if (imagesPerFile == 0) {
     std::array<char, 128> text;
     TQuorinMisc::snprintf(

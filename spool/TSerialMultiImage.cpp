@@ -10,10 +10,8 @@ using QuorinUtility::TAutoQuorinCriticalSection;
 TSerialMultiImage::TSerialMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int imagesPerFile)
     : file_(file), imageSizeBytes_(imageSizeBytes), imagesPerFile_(imagesPerFile)
 {
-  if (!file) {
-    constexpr const char* kText = "TMultiImage: Error - IImage* cannot be NULL in constructor\n";
-    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
-  }
+  if (!file)
+    LogAndThrow(__FILE__, __LINE__, __func__, "TMultiImage: Error - IImage* cannot be NULL in constructor\n");
   if (imagesPerFile == 0)
     LogAndThrow(__FILE__, __LINE__, __func__, "TMultiImage: Error - Number of imagse per file cannot be zero.\n",
                 "TMultiImage: Error - Number of images per file cannot be zero\n");
@@ -25,10 +23,9 @@ TSerialMultiImage::TSerialMultiImage(IImage* file, std::uint64_t imageSizeBytes,
 int TSerialMultiImage::Lock(unsigned char*& destination)
 {
   const TAutoQuorinCriticalSection lock(&lock_);
-  if (lockCount_ == imagesPerFile_) {
-    constexpr const char* kText = "TMultiImage: Error - Lock called more times than there are images per file.\n";
-    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
-  }
+  if (lockCount_ == imagesPerFile_)
+    LogAndThrow(__FILE__, __LINE__, __func__,
+                "TMultiImage: Error - Lock called more times than there are images per file.\n");
   if (lockCount_ == 0) {
     const int result = file_->Lock(nextDestination_);
     if (result != 0) return result;
@@ -42,11 +39,9 @@ int TSerialMultiImage::Lock(unsigned char*& destination)
 int TSerialMultiImage::Unlock()
 {
   const TAutoQuorinCriticalSection lock(&lock_);
-  if (unlockCount_ == imagesPerFile_) {
-    constexpr const char* kText =
-        "TMultiImage: Error - Unlock called more times than there are images per file.\n";
-    LogAndThrow(__FILE__, __LINE__, __func__, kText, kText);
-  }
+  if (unlockCount_ == imagesPerFile_)
+    LogAndThrow(__FILE__, __LINE__, __func__,
+                "TMultiImage: Error - Unlock called more times than there are images per file.\n");
   ++unlockCount_;
   return unlockCount_ == imagesPerFile_ ? file_->Unlock() : 0;
 }

@@ -17,9 +17,6 @@ namespace {
 constexpr int kFormat = 1;
 constexpr int kMaxText = 128;
 
-// More than the file ever takes.
-constexpr std::uint64_t kRoomForFile = 16384;
-
 namespace Section {
 constexpr const char* kRun = "run";
 constexpr const char* kImage = "image";
@@ -36,14 +33,16 @@ enum class Kind
   kText
 };
 
-/// Settings of the camera that go into the description, where the camera has them.
-constexpr struct
+struct TSetting
 {
   const char* section;
   const char* key;
   const wchar_t* feature;
   Kind kind;
-} kSettings[] = {
+};
+
+/// Settings of the camera that go into the description, where the camera has them.
+constexpr TSetting kSettings[] = {
     {Section::kImage, "Width", Feature::kAOIWidth, Kind::kInteger},
     {Section::kImage, "Height", Feature::kAOIHeight, Kind::kInteger},
     {Section::kImage, "Stride", Feature::kAOIStride, Kind::kInteger},
@@ -72,9 +71,9 @@ std::string Narrow(const std::wstring& text)
   return narrow;
 }
 
-void Describe(TAcquisitionMetadata& metadata, int camera, const char* section, const char* key,
-              const wchar_t* feature, Kind kind)
+void Describe(TAcquisitionMetadata& metadata, int camera, const TSetting& setting)
 {
+  const auto& [section, key, feature, kind] = setting;
   long long integer = 0;
   double real = 0;
   int on = 0;
@@ -110,7 +109,7 @@ bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& 
                               std::uint32_t seriesLength)
 {
   directory_ = directory;
-  if (CheckFileSizeLimit(kRoomForFile) != 0) return false;
+  if (CheckFileSizeLimit(kMostBytes) != 0) return false;
   metadata_.SetImagesPerFile(layout.ImagesPerFile());
   metadata_.SetImageSizeBytes(static_cast<unsigned int>(layout.imageSizeBytes));
   metadata_.SetInteger(Section::kRun, "Format", kFormat);
@@ -121,8 +120,7 @@ bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& 
   metadata_.SetInteger(Section::kRun, "Method", method);
   metadata_.SetText(Section::kRun, "Library", LibraryVersion::kText);
   metadata_.SetText(Section::kRun, "StartTime", UtcText(HostTimeNs()));
-  for (const auto& setting : kSettings)
-    Describe(metadata_, CurrentCoreHandle(), setting.section, setting.key, setting.feature, setting.kind);
+  for (const TSetting& setting : kSettings) Describe(metadata_, CurrentCoreHandle(), setting);
   return metadata_.SaveFile(directory_.c_str()) == 0;
 }
 

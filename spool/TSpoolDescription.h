@@ -15,6 +15,9 @@ struct TSpoolLayout;
 class TSpoolDescription final
 {
 public:
+  /// More than the file ever takes, and than it takes from the directory.
+  static constexpr std::uint64_t kMostBytes = 16384;
+
   /// How a run has ended.
   struct TOutcome
   {

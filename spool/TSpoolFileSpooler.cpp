@@ -125,7 +125,7 @@ int TSpoolFileSpooler::Remove()
 std::string TSpoolFileSpooler::FileName(unsigned int number) const
 {
   std::array<char, kNumberDigits + 1> digits{};
-  std::snprintf(digits.data(), digits.size(), "%010u", number);
+  std::snprintf(digits.data(), digits.size(), "%0*u", static_cast<int>(kNumberDigits), number);
   return stem_ + "_" + digits.data() + kExtension;
 }
 

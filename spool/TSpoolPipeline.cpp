@@ -25,9 +25,6 @@ using QuorinUtility::TQuorinFilePath;
 
 namespace {
 
-// More than description and directory take.
-constexpr off_t kRoomBytes = 16384;
-
 constexpr std::uint64_t kStagingBytes = std::uint64_t{512} << 20;
 
 constexpr const wchar_t* kStem = L"spool";
@@ -112,8 +109,8 @@ void TSpoolPipeline::RemoveEarlierRun()
 void TSpoolPipeline::ReserveRoom()
 {
   room_ = TFileDescriptor(open(directory_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
-  if (!room_.IsOpen() || CheckFileSizeLimit(kRoomBytes) != 0) return;
-  if (fallocate(room_.Get(), 0, 0, kRoomBytes) != 0 && errno == ENOSPC)
+  if (!room_.IsOpen() || CheckFileSizeLimit(TSpoolDescription::kMostBytes) != 0) return;
+  if (fallocate(room_.Get(), 0, 0, TSpoolDescription::kMostBytes) != 0 && errno == ENOSPC)
     fault_.Raise("no room for a run in", directory_, ENOSPC);
 }
 

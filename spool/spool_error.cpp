@@ -9,6 +9,11 @@
 
 using QuorinUtility::TQuorinLibDebugOutput;
 
+void LogAndThrow(const char* file, int line, const char* function, const char* text)
+{
+  LogAndThrow(file, line, function, text, text);
+}
+
 void LogAndThrow(const char* file, int line, const char* function, const char* logged, const char* thrown)
 {
   TQuorinLibDebugOutput::OutputText(file, line, function, TQuorinLibDebugOutput::Error, logged);

@@ -47,7 +47,6 @@ ssize_t __wrap_pwrite(int file, const void* data, std::size_t size, off_t offset
 {
   TDiskFaults* const disk = faults;
   if (!disk || size < kLargeWrite) return __real_pwrite(file, data, size, offset);
-  ++disk->largeWrites;
   std::this_thread::sleep_for(std::chrono::milliseconds(disk->writeDelayMs));
   if (disk->writesUntilError >= 0 && disk->writesUntilError-- == 0) {
     errno = EIO;

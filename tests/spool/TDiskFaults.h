@@ -20,5 +20,4 @@ public:
   std::atomic<bool> noPreallocation{false};
   std::atomic<bool> noDirectWrites{false};
   std::atomic<bool> noMapping{false};
-  std::atomic<int> largeWrites{0}; ///< that were asked for
 };
