@@ -13,13 +13,15 @@ class TickGaps:
 
     def __init__(self):
         self._missing = 0
-        self._pace: Optional[float] = None
-        self.restart()
+        self._forget_pace()
 
     def restart(self) -> None:
         """The camera's pace changes; what was counted stays counted."""
         self._missing = self.missing
-        self._pace = None
+        self._forget_pace()
+
+    def _forget_pace(self):
+        self._pace: Optional[float] = None
         self._intervals: List[tuple] = []  # (ticks, images) while the pace is being learned
         self._last: Optional[tuple] = None
 
@@ -38,7 +40,7 @@ class TickGaps:
 
     @property
     def missing(self) -> int:
-        if self._pace is not None or not getattr(self, "_intervals", None):
+        if not self._intervals:  # none yet, or the pace is known
             return self._missing
         pace = self._learned_pace()
         return self._missing + sum(self._missing_in(interval, pace) for interval in self._intervals)

@@ -5,7 +5,7 @@ from __future__ import annotations
 import ctypes
 import enum
 import math
-from typing import Union
+from typing import Optional, Union
 
 from . import raw
 
@@ -120,7 +120,7 @@ class TimingSettings:
         self._trigger_mode = mode
 
     @property
-    def overlap(self):
+    def overlap(self) -> Optional[bool]:
         """Whether the next exposure overlaps the read-out of the one before. As it was set here, None before."""
         return self._overlaps
 

@@ -5,7 +5,7 @@ from __future__ import annotations
 import ctypes
 import os
 import weakref
-from typing import List, Optional, Union
+from typing import List, Optional, Tuple, Union
 
 import numpy as np
 
@@ -89,12 +89,12 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         return self._session.read("GetCameraSerialNumber", ctypes.c_int)
 
     @property
-    def pixel_size(self):
+    def pixel_size(self) -> Tuple[float, float]:
         """Width and height of a pixel of the sensor in micrometres."""
         return self._session.read("GetPixelSize", ctypes.c_float, ctypes.c_float)
 
     @property
-    def capabilities(self):
+    def capabilities(self) -> raw.vxmcd_Capabilities:
         """What the camera can do: the record vxmcd_Capabilities, with bits as raw.VXMCD_... names them."""
         record = raw.vxmcd_Capabilities()
         record.size = ctypes.sizeof(record)

@@ -5,7 +5,7 @@ from __future__ import annotations
 import operator
 import os
 from pathlib import Path
-from typing import Iterator, List, Optional, Union
+from typing import Iterator, List, Optional, Tuple, Union
 
 import numpy as np
 
@@ -64,7 +64,7 @@ class SpoolRun:
         return np.flatnonzero(is_missing)
 
     @property
-    def shape(self):
+    def shape(self) -> Tuple[int, int]:
         """Rows and columns of an image."""
         return self.description.height, self.description.width
 
