@@ -94,6 +94,17 @@ struct TSpoolOptions
   std::optional<int> threads;
 };
 
+/// The files to make of the images.
+struct TOutputOptions
+{
+  std::string file; ///< of the images; "": none
+  std::optional<FileFormat> format;
+  std::string preview; ///< picture of the last image; "": none
+  bool overwrite = false;
+
+  bool IsEmpty() const { return file.empty() && preview.empty(); }
+};
+
 struct TAcquireOptions
 {
   std::optional<double> exposureSeconds;
@@ -109,10 +120,7 @@ struct TAcquireOptions
   TCoolingOptions cooling;
   double noImageSeconds = 0.0;
   TSpoolOptions spool;
-  std::string output;
-  std::optional<FileFormat> format;
-  std::string preview;
-  bool overwrite = false;
+  TOutputOptions output;
   bool isQuiet = false;
 };
 
@@ -125,10 +133,7 @@ struct TConvertOptions
   bool isVerify = false;           ///< no output is needed: images are compared with their checksums all the same
   bool isSalvage = false;
   bool keepsDamaged = false;
-  std::string output;
-  std::optional<FileFormat> format;
-  std::string preview;
-  bool overwrite = false;
+  TOutputOptions output;
   bool isQuiet = false;
 };
 

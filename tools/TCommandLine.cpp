@@ -161,15 +161,16 @@ void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
 
 void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
 {
-  app.add_option("-o,--output", options.output, "File for the images: .tif, .tiff (stack) or .fits (cube)")
+  app.add_option("-o,--output", options.output.file, "File for the images: .tif, .tiff (stack) or .fits (cube)")
       ->type_name("FILE")
       ->group("Output");
-  AddWord(app, "--format", options.format, kStackFormats, "Format of the output file, if its name does not tell")
+  AddWord(app, "--format", options.output.format, kStackFormats,
+          "Format of the output file, if its name does not tell")
       ->group("Output");
-  app.add_option("--preview", options.preview, "Picture of the last image")
+  app.add_option("--preview", options.output.preview, "Picture of the last image")
       ->type_name("FILE.png")
       ->group("Output");
-  app.add_flag("--overwrite", options.overwrite, "Replace files that exist")->group("Output");
+  app.add_flag("--overwrite", options.output.overwrite, "Replace files that exist")->group("Output");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only")->group("Output");
 }
 
@@ -200,12 +201,13 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
       ->required()
       ->type_name("DIRECTORY");
   app.add_option(
-         "-o,--output", options.output,
+         "-o,--output", options.output.file,
          "File for the images: .tif, .tiff (stack), .fits (cube), .raw (pixels, with a .json beside them) or "
          ".png (a picture of each)")
       ->type_name("FILE");
-  AddWord(app, "--format", options.format, kFormats, "Format of the output file, if its name does not tell");
-  app.add_option("--preview", options.preview, "Picture of the last image")->type_name("FILE.png");
+  AddWord(app, "--format", options.output.format, kFormats,
+          "Format of the output file, if its name does not tell");
+  app.add_option("--preview", options.output.preview, "Picture of the last image")->type_name("FILE.png");
   AddForm(
       app, "--images", [&options](const std::string& text) { return ParseImageNumbers(text, options.images); },
       "numbers from 1, for example 10-20,30", "Images to take, for example 10-20,30; default: all");
@@ -215,7 +217,7 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
   app.add_flag("--salvage", options.isSalvage,
                "Take what can be had of a run that was not finished, without a checksum too");
   app.add_flag("--keep-damaged", options.keepsDamaged, "Take images whose checksum is wrong too");
-  app.add_flag("--overwrite", options.overwrite, "Replace files that exist");
+  app.add_flag("--overwrite", options.output.overwrite, "Replace files that exist");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
 }
 
@@ -237,17 +239,17 @@ void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolM
 }
 
 // Finds the format of an output file by its name unless it was given. Returns what is wrong, "" for nothing.
-std::string CompleteFormatOrSayWhy(const std::string& output, std::optional<FileFormat>& format,
-                                   const std::map<std::string, FileFormat>& suffixes)
+std::string CompleteOrSayWhy(TOutputOptions& output, const std::map<std::string, FileFormat>& suffixes)
 {
-  if (output.empty()) return format ? "--format: there is no --output" : "";
-  if (format) return "";
-  const std::size_t dot = output.rfind('.');
-  std::string suffix = dot == std::string::npos ? "" : output.substr(dot);
+  if (output.file.empty()) return output.format ? "--format: there is no --output" : "";
+  if (output.file == output.preview) return "--preview: is the file of --output";
+  if (output.format) return "";
+  const std::size_t dot = output.file.rfind('.');
+  std::string suffix = dot == std::string::npos ? "" : output.file.substr(dot);
   std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char c) { return std::tolower(c); });
   const auto found = suffixes.find(suffix);
   if (found != suffixes.end()) {
-    format = found->second;
+    output.format = found->second;
     return "";
   }
   const std::string others = suffixes.count(".raw") > 0 ? ".fits, .raw or .png" : "or .fits";
@@ -257,10 +259,8 @@ std::string CompleteFormatOrSayWhy(const std::string& output, std::optional<File
 
 std::string CompleteOrSayWhy(TConvertOptions& options)
 {
-  if (options.output.empty() && options.preview.empty() && !options.isVerify)
-    return "--output: is needed, or --preview or --verify";
-  if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
-  return CompleteFormatOrSayWhy(options.output, options.format, kSuffixes);
+  if (options.output.IsEmpty() && !options.isVerify) return "--output: is needed, or --preview or --verify";
+  return CompleteOrSayWhy(options.output, kSuffixes);
 }
 
 std::string WhyNotSpooled(const TAcquireOptions& options)
@@ -288,9 +288,8 @@ std::string CompleteOrSayWhy(TAcquireOptions& options)
   if (options.cooling.isWaiting && !options.cooling.targetCelsius) return "--wait-stable: needs --temperature";
   if (options.readout.amplifier && options.readout.channel.value_or(0) != 0)
     return "--amplifier: channel 0 has amplifiers to choose from";
-  if (!options.output.empty() && options.output == options.preview) return "--preview: is the file of --output";
   const std::string spool = WhyNotSpooled(options);
-  return spool.empty() ? CompleteFormatOrSayWhy(options.output, options.format, kStackSuffixes) : spool;
+  return spool.empty() ? CompleteOrSayWhy(options.output, kStackSuffixes) : spool;
 }
 
 } // namespace

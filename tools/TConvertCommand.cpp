@@ -2,11 +2,9 @@
 // From the directory of a run to a file of its images.
 #include "tools/TConvertCommand.h"
 
-#include "tools/MakeImageWriter.h"
 #include "tools/SpoolReport.h"
 #include "tools/TInterrupt.h"
 #include "tools/ToolText.h"
-#include "tools/TPngPreviewWriter.h"
 #include "tools/TProgressLine.h"
 
 #include <cstdio>
@@ -14,12 +12,6 @@
 #include <unistd.h>
 
 namespace vxtool {
-
-ExitCode TConvertCommand::Fail(ExitCode code, const std::string& message)
-{
-  Say(message);
-  return code;
-}
 
 ExitCode TConvertCommand::Run()
 {
@@ -33,17 +25,15 @@ ExitCode TConvertCommand::Convert()
 {
   if (const std::optional<ExitCode> wrong = ReadRun()) return *wrong;
   if (const std::optional<ExitCode> wrong = CheckOptions()) return *wrong;
-  if (!options_.output.empty()) writer_ = MakeImageWriter(options_.format.value_or(FileFormat::Tiff));
-  if (!options_.preview.empty()) preview_ = std::make_unique<TPngPreviewWriter>();
   TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
   TConversionSettings settings;
   settings.images = options_.images;
   settings.depth = depth_;
   settings.isSalvage = options_.isSalvage;
   settings.keepsDamaged = options_.keepsDamaged;
-  settings.keepsLast = preview_ != nullptr;
+  settings.keepsLast = outputs_.HasPreview();
   auto conversion = std::make_unique<TSpoolConversion>(
-      run_, index_, settings, writer_.get(), [] { return TInterrupt::Happened(); },
+      run_, index_, settings, outputs_.Images(), [] { return TInterrupt::Happened(); },
       [&](const TProgress& progress) {
         if (!options_.isQuiet) line.Show(progress);
       });
@@ -80,11 +70,11 @@ std::optional<ExitCode> TConvertCommand::ReadRun()
 
 std::optional<ExitCode> TConvertCommand::CheckOptions()
 {
-  const bool hasOutput = !options_.output.empty() || !options_.preview.empty();
+  const bool hasOutput = !options_.output.IsEmpty();
   if (hasOutput && !run_.Layout()) return Fail(ExitCode::InputError, run_.LayoutProblem());
   if (!options_.images.IsEmpty() && options_.images.Ranges().back().last > run_.ImageLimit())
     return Fail(ExitCode::Usage, "--images: the run has " + std::to_string(run_.ImageLimit()) + " images");
-  for (const std::string& path : {options_.output, options_.preview})
+  for (const std::string& path : {options_.output.file, options_.output.preview})
     if (IsFileOfRun(path)) return Fail(ExitCode::OutputError, path + ": is a file of the run itself");
   if (!run_.Layout()) return std::nullopt;
   const FrameEncoding encoding = run_.Layout()->encoding;
@@ -114,35 +104,18 @@ bool TConvertCommand::OpenOutput()
       run_.Layout() ? TImageShape{run_.Layout()->width, run_.Layout()->height, depth_} : TImageShape{};
   TRunFacts facts = facts_.value_or(run_.RunFacts(0));
   facts.plannedImages = conversion_->Counts().asked;
-  if (writer_ && !writer_->Open(options_.output, options_.overwrite, shape, facts)) {
-    Say(writer_->Error());
-    return false;
-  }
-  if (preview_ && !preview_->Open(options_.preview, options_.overwrite, shape, facts)) {
-    Say(preview_->Error());
-    if (writer_) writer_->Close(TRunTotals{}); // leaves no file behind: it has no image
-    return false;
-  }
-  return true;
+  return outputs_.Open(shape, facts);
 }
 
 void TConvertCommand::CloseOutput()
 {
   isOutputFailed_ = end_ == RunEnd::OutputFailed;
-  if (writer_) {
-    const bool isClosed = writer_->Close(conversion_->Totals());
-    if (!writer_->Error().empty()) Say(writer_->Error());
-    isOutputFailed_ = isOutputFailed_ || !isClosed;
-    conversion_->TakeBackWritten(conversion_->Counts().written - writer_->ImagesWritten());
-    if (writer_->ImagesWritten() == 0) Say(options_.output + ": not written, there was no image");
-  }
-  if (!preview_) return;
-  const bool hasImage = !conversion_->LastImage().empty();
-  if (hasImage) preview_->Write(conversion_->LastImage(), conversion_->LastLabel());
-  if (!preview_->Close(conversion_->Totals()) && hasImage) {
-    Say(preview_->Error());
-    isOutputFailed_ = true;
-  }
+  if (isOutputFailed_) Say(outputs_.Images()->Error());
+  const bool isClosed = outputs_.Close(conversion_->LastImage(), conversion_->LastLabel(), conversion_->Totals());
+  isOutputFailed_ = isOutputFailed_ || !isClosed;
+  if (!outputs_.Images()) return;
+  conversion_->TakeBackWritten(conversion_->Counts().written - outputs_.ImagesWritten());
+  if (outputs_.ImagesWritten() == 0) Say(options_.output.file + ": not written, there was no image");
 }
 
 void TConvertCommand::SayWhatIsMissing() const
@@ -163,10 +136,7 @@ void TConvertCommand::SayWhatIsMissing() const
 ExitCode TConvertCommand::Judge() const
 {
   const TConversionCounts& c = conversion_->Counts();
-  if (!c.AddsUp()) {
-    Say("internal error: the counts do not add up");
-    return ExitCode::OutputError;
-  }
+  if (!c.AddsUp()) return Fail(ExitCode::OutputError, "internal error: the counts do not add up");
   if (isOutputFailed_) return ExitCode::OutputError;
   if (end_ == RunEnd::Interrupted) return ExitCode::Interrupted;
   const SpoolState state = run_.Facts().state;
@@ -182,7 +152,7 @@ void TConvertCommand::PrintReport() const
   const std::string outcome = isOutputFailed_               ? "failed"
                               : end_ == RunEnd::Interrupted ? "interrupted"
                                                             : "complete";
-  const std::string output = Written() > 0 ? options_.output : "";
+  const std::string output = Written() > 0 ? options_.output.file : "";
   if (isJson_)
     std::fputs(ConversionJson(run_, *conversion_, outcome, output, depth_).c_str(), stdout);
   else if (!options_.isQuiet)
@@ -192,10 +162,7 @@ void TConvertCommand::PrintReport() const
 ExitCode ShowSpoolRun(const TOptions& options)
 {
   TSpoolRun run;
-  if (!run.Read(options.directory)) {
-    Say(run.Error());
-    return ExitCode::InputError;
-  }
+  if (!run.Read(options.directory)) return Fail(ExitCode::InputError, run.Error());
   for (const std::string& note : run.Notes()) Say(std::string(kSpoolDescriptionName) + ": " + note);
   TSpoolIndex index;
   if (!index.Read(options.directory, run.ImageLimit())) Say(index.Error());

@@ -4,6 +4,7 @@
 
 #include "tools/ExitCode.h"
 #include "tools/Options.h"
+#include "tools/TOutputs.h"
 #include "tools/TSpoolConversion.h"
 
 #include <memory>
@@ -16,7 +17,10 @@ namespace vxtool {
 class TConvertCommand final
 {
 public:
-  TConvertCommand(const TConvertOptions& options, bool isJson) : options_(options), isJson_(isJson) {}
+  TConvertCommand(const TConvertOptions& options, bool isJson)
+      : options_(options), isJson_(isJson), outputs_(options.output)
+  {
+  }
   /// Puts these into the output in place of what the directory tells of the run, which is less.
   void UseFacts(const TRunFacts& facts) { facts_ = facts; }
   /// The command as a whole.
@@ -27,7 +31,6 @@ public:
   long Written() const { return conversion_ ? conversion_->Counts().written : 0; }
 
 private:
-  ExitCode Fail(ExitCode code, const std::string& message);
   std::optional<ExitCode> ReadRun();
   std::optional<ExitCode> CheckOptions();
   bool IsFileOfRun(const std::string& path) const;
@@ -43,8 +46,7 @@ private:
   TSpoolRun run_;
   TSpoolIndex index_;
   PixelDepth depth_ = PixelDepth::Bits16;
-  std::unique_ptr<IImageWriter> writer_;
-  std::unique_ptr<IImageWriter> preview_;
+  TOutputs outputs_;
   std::unique_ptr<TSpoolConversion> conversion_;
   RunEnd end_ = RunEnd::Complete;
   bool isOutputFailed_ = false;

@@ -20,6 +20,12 @@ void SayLines(const std::string& lines)
   }
 }
 
+ExitCode Fail(ExitCode code, const std::string& message)
+{
+  Say(message);
+  return code;
+}
+
 bool Print(const std::string& text)
 {
   return std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;

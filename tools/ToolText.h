@@ -2,6 +2,8 @@
 // What every command of the tool does with text.
 #pragma once
 
+#include "tools/ExitCode.h"
+
 #include <string>
 
 namespace vxtool {
@@ -10,6 +12,8 @@ namespace vxtool {
 void Say(const std::string& message);
 /// The same for each line of a text.
 void SayLines(const std::string& lines);
+/// Says why a command ends, and gives back the code that it ends with.
+ExitCode Fail(ExitCode code, const std::string& message);
 /// Prints on standard output and flushes it; false when that does not succeed.
 bool Print(const std::string& text);
 /// The text with a question mark in place of each other character.

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+// From a camera to the directory of a run, and from there to a file.
+#include "tools/TRecordCommand.h"
+
+#include "tools/TConvertCommand.h"
+#include "tools/TInterrupt.h"
+#include "tools/ToolText.h"
+#include "tools/TOutputFile.h"
+#include "tools/TSpoolLoop.h"
+
+#include <chrono>
+#include <thread>
+
+namespace vxtool {
+
+namespace {
+
+constexpr std::chrono::seconds kLongestWriting{60}; // of what is left to write at the end of a run
+
+// The description of a run that is over. A failure is reported before everything is on the disk, and the
+// description is completed after that. @param earlierStart  of the run before: it will not change
+TSpoolRun FinalDescription(const std::string& directory, const std::string& earlierStart)
+{
+  const auto deadline = std::chrono::steady_clock::now() + kLongestWriting;
+  for (;;) {
+    TSpoolRun run;
+    if (!run.Read(directory) || run.Facts().startTime == earlierStart) return run;
+    if (run.Facts().state != SpoolState::Recording || std::chrono::steady_clock::now() > deadline) return run;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10)); // nothing announces it
+  }
+}
+
+} // namespace
+
+bool TRecordCommand::CheckFiles() const
+{
+  const TOutputOptions& output = options_.output;
+  std::string message;
+  for (const std::string& path :
+       {options_.spool.directory + "/" + kSpoolDescriptionName, output.file, output.preview}) {
+    if (path.empty() || !IsProtectedFile(path, output.overwrite, message)) continue;
+    Say(message);
+    return false;
+  }
+  return true;
+}
+
+TRunResult TRecordCommand::Run(ICamera& camera, const TLoopSettings& settings, const TRunFacts& facts,
+                               TProgressLine& line) const
+{
+  const std::string& directory = options_.spool.directory;
+  TSpoolRun earlier; // one that is to be replaced, and stays if that does not succeed
+  earlier.Read(directory);
+  std::size_t imageBytes = 0;
+  TSpoolLoop loop(
+      camera, settings, [] { return TInterrupt::Happened(); },
+      [&](const TProgress& progress) {
+        TSpoolRun run; // says how large an image is
+        if (imageBytes == 0 && run.Read(directory)) imageBytes = static_cast<std::size_t>(run.Facts().imageBytes);
+        TProgress shown = progress;
+        if (imageBytes > 0) shown.imageBytes = imageBytes;
+        if (!options_.isQuiet) line.Show(shown);
+      });
+  const RunEnd end = loop.Run();
+  line.Finish();
+  if (!loop.Message().empty()) Say(loop.Message());
+
+  loop.Finish(AskWritten(earlier.Facts().startTime));
+  TRunResult result{.end = end, .account = loop.Account(), .seconds = loop.Seconds()};
+  const TRunTotals& totals = result.account.Totals();
+  if (end != RunEnd::Complete || totals.notWritten > 0)
+    Say(std::to_string(totals.written) + " of " + std::to_string(settings.wantedImages) + " images are in " +
+        directory);
+  result.isOutputFailed = end == RunEnd::OutputFailed || (end == RunEnd::Complete && totals.notWritten > 0);
+  if (totals.written > 0) MakeOutput(facts, result);
+  return result;
+}
+
+// Images on the disk, by the directory, which also says why these are not more.
+long TRecordCommand::AskWritten(const std::string& earlierStart) const
+{
+  const TSpoolRun run = FinalDescription(options_.spool.directory, earlierStart);
+  if (!run.Error().empty() || run.Facts().startTime == earlierStart) return 0;
+  if (run.Facts().state == SpoolState::Recording)
+    Say("the library is still writing images; what follows is how far it has come");
+  if (!run.Facts().failure.empty()) Say(run.Facts().failure);
+  return static_cast<long>(run.Facts().imagesWritten);
+}
+
+void TRecordCommand::MakeOutput(const TRunFacts& facts, TRunResult& result) const
+{
+  if (options_.output.IsEmpty()) return;
+  if (result.end == RunEnd::Interrupted) {
+    Say("interrupted: no other file was made of them; vxmcd convert " + options_.spool.directory +
+        " --output FILE does that");
+    return;
+  }
+  TConvertOptions options;
+  options.directory = options_.spool.directory;
+  options.output = options_.output;
+  options.depth = options_.depth;
+  options.isQuiet = options_.isQuiet;
+  TConvertCommand convert(options, false);
+  convert.UseFacts(facts);
+  const ExitCode code = convert.Convert();
+  result.hasOutput = convert.Written() > 0;
+  if (code == ExitCode::Interrupted) {
+    result.end = RunEnd::Interrupted;
+    return;
+  }
+  const bool isKnown = code == ExitCode::Success || code == ExitCode::FramesLost; // of the run itself
+  result.isOutputFailed = result.isOutputFailed || !isKnown;
+}
+
+} // namespace vxtool

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// A run that the library records to disk.
+#pragma once
+
+#include "tools/ICamera.h"
+#include "tools/Options.h"
+#include "tools/RunResult.h"
+#include "tools/TProgressLine.h"
+
+#include <string>
+
+namespace vxtool {
+
+/// Watches the run, says what has come of it, and makes the output afterwards of what is on disk. Used by the command
+/// that takes images, which owns the camera and borrows it to Run(); prints to standard error; one thread.
+class TRecordCommand final
+{
+public:
+  explicit TRecordCommand(const TAcquireOptions& options) : options_(options) {}
+
+  /// Whether no file is in the way that may not be replaced; says which one. To be asked before the camera does
+  /// anything.
+  bool CheckFiles() const;
+  /// Needs a TInterrupt. @param camera  is set up to record
+  TRunResult Run(ICamera& camera, const TLoopSettings& settings, const TRunFacts& facts,
+                 TProgressLine& line) const;
+
+private:
+  long AskWritten(const std::string& earlierStart) const;
+  void MakeOutput(const TRunFacts& facts, TRunResult& result) const;
+
+  TAcquireOptions options_;
+};
+
+} // namespace vxtool
