@@ -10,6 +10,7 @@ import numpy as np
 from . import raw
 
 _READ_MODE_IMAGE = 4
+_PIXEL_TYPES = {8: np.uint8, 16: np.uint16, 32: np.int32}
 
 
 class Area(NamedTuple):
@@ -63,20 +64,20 @@ class AreaSettings:
 
     @property
     def bits(self) -> int:
-        """Bits of an image's pixels: 8 (for cameras set to 8 bits), 16 or 32. None sets what suits: 32 with accumulations,
-        whose sums may exceed 65535, else 16. With 16, larger values lose their upper bits."""
+        """Bits of an image's pixels: 8 (for cameras set to 8 bits), 16 or 32, which are signed. None sets what suits: 32
+        with accumulations, whose sums may exceed 65535, else 16. With 16, larger values lose their upper bits."""
         return self._bits or (32 if self.accumulations > 1 else 16)
 
     @bits.setter
     def bits(self, bits: Optional[int]) -> None:
-        if bits not in (None, 8, 16, 32):
+        if bits is not None and bits not in _PIXEL_TYPES:
             raise ValueError(f"{bits} bits: 8, 16 or 32")
         self._bits = bits
 
     @property
     def dtype(self) -> np.dtype:
         """The type of a pixel."""
-        return np.dtype(f"u{self.bits // 8}")
+        return np.dtype(_PIXEL_TYPES[self.bits])
 
     @staticmethod
     def _image_arguments(area, binning):

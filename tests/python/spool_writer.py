@@ -11,8 +11,9 @@ _xxhash = ctypes.CDLL(ctypes.util.find_library("xxhash") or "libxxhash.so.0")
 _xxhash.XXH3_64bits.restype = ctypes.c_uint64
 _xxhash.XXH3_64bits.argtypes = (ctypes.c_char_p, ctypes.c_size_t)
 
-PIXEL_FORMATS = {"Mono8": "B", "Mono12": "H", "Mono12Coded": "H", "Mono16": "H", "Mono32": "I"}
-PIXEL_BITS = {"Mono8": 8, "Mono12": 12, "Mono12Coded": 12, "Mono16": 16, "Mono32": 32, "Mono12Packed": 12}
+PIXEL_FORMATS = {"Mono8": "B", "Mono12": "H", "Mono16": "H", "Mono32": "i"}
+PIXEL_RANGES = {"Mono8": (1, 2 ** 8), "Mono12": (1, 2 ** 12), "Mono12Packed": (1, 2 ** 12), "Mono16": (1, 2 ** 16),
+                "Mono32": (-2 ** 31, 2 ** 31)}
 FIRST_TIME = 1_769_862_896_000_000_000
 
 
@@ -47,7 +48,7 @@ class SpoolWriter:
         self.directory = directory
         self.encoding = encoding
         random = np.random.default_rng(seed)
-        self.pixels = random.integers(1, 2 ** PIXEL_BITS[encoding], (images, height, width)).tolist()
+        self.pixels = random.integers(*PIXEL_RANGES[encoding], (images, height, width)).tolist()
         self.images_per_file = images_per_file
         self.frames = [self._frame(rows, padding, 1000 * (n + 1) if metadata else None)
                        for n, rows in enumerate(self.pixels)]
@@ -73,7 +74,7 @@ class SpoolWriter:
             1, struct.pack("<q", ticks))
 
     def array(self):
-        kind = {8: "u1", 32: "<u4"}.get(PIXEL_BITS[self.encoding], "<u2")
+        kind = {"Mono8": "u1", "Mono32": "<i4"}.get(self.encoding, "<u2")
         return np.array(self.pixels, kind)
 
     def record(self, number, frame=None):

@@ -5,7 +5,7 @@ from __future__ import annotations
 import numpy as np
 
 PACKED = "Mono12Packed"  # two pixels in three bytes
-_WHOLE = {"Mono8": "u1", "Mono12": "<u2", "Mono12Coded": "<u2", "Mono16": "<u2", "Mono32": "<u4"}
+_WHOLE = {"Mono8": "u1", "Mono12": "<u2", "Mono16": "<u2", "Mono32": "<i4"}
 
 
 def pixel_type(encoding: str) -> np.dtype:
@@ -18,7 +18,7 @@ def row_bytes(encoding: str, width: int) -> int:
     if encoding == PACKED:
         return width // 2 * 3 + width % 2 * 2
     if encoding not in _WHOLE:
-        raise ValueError(f"'{encoding}' is none of {', '.join([*_WHOLE, PACKED])}")
+        raise ValueError(f"'{encoding}' is not known: none of {', '.join([*_WHOLE, PACKED])}")
     return width * pixel_type(encoding).itemsize
 
 
