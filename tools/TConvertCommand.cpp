@@ -55,6 +55,7 @@ std::optional<ExitCode> TConvertCommand::ReadRun()
   for (const std::string& note : run_.Notes()) Say(std::string(kSpoolDescriptionName) + ": " + note);
   const SpoolState state = run_.Facts().state;
   if (!index_.Read(options_.directory, run_.ImageLimit())) {
+    if (TInterrupt::Happened()) return Fail(ExitCode::Interrupted, index_.Error());
     if (index_.IsMissing() && state != SpoolState::Complete && !options_.isSalvage)
       return Fail(ExitCode::InputError, index_.Error() + ": nothing tells which images are whole; --salvage takes "
                                                          "those that are not all zeros");

@@ -54,21 +54,30 @@ TSpoolConversion::TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& inde
   isClockWhole_ = asked_.Ranges().size() == 1;
 }
 
-TNumberRanges TSpoolConversion::WholeRun() const
+// What is looked for without an index ends at the last image that is not all zeros: image files have places for
+// images to come. A place that cannot be read may have held one.
+TNumberRanges TSpoolConversion::WholeRun()
 {
-  std::int64_t end = std::max(index_.End(), run_.Facts().imagesWritten);
-  if (settings_.isSalvage && TakesUnrecorded()) end = std::max(end, std::min(files_.End(), run_.ImageLimit()));
+  const std::int64_t known = std::max(index_.End(), run_.Facts().imagesWritten);
+  std::int64_t end = known;
+  if (settings_.isSalvage && TakesUnrecorded()) {
+    std::vector<std::byte> frame;
+    end = std::max(known, std::min(files_.End(), run_.ImageLimit()));
+    while (end > known && !isInterrupted_() && IsNeverWritten(end - 1, frame)) --end;
+  }
   TNumberRanges all;
   return end > 0 ? TNumberRanges({{1, static_cast<long>(end)}}) : all;
 }
 
-// While a run is being recorded its index says which images are whole. Where there is no index, or where the run
-// has come to its end, an image without a record may be whole all the same.
+bool TSpoolConversion::IsNeverWritten(std::int64_t image, std::vector<std::byte>& frame)
+{
+  return files_.ReadImage(image, frame) && IsAllZeros(frame);
+}
+
+// An index says which images are there. Without one, an image may be whole all the same.
 bool TSpoolConversion::TakesUnrecorded() const
 {
-  const SpoolState state = run_.Facts().state;
-  if (settings_.isSalvage) return index_.IsMissing() || state != SpoolState::Recording;
-  return index_.IsMissing() && state == SpoolState::Complete;
+  return index_.IsMissing() && (settings_.isSalvage || run_.Facts().state == SpoolState::Complete);
 }
 
 RunEnd TSpoolConversion::Run()

@@ -78,8 +78,9 @@ public:
 private:
   using Clock = std::chrono::steady_clock;
 
-  /// Numbers of all images that the run is known to have.
-  TNumberRanges WholeRun() const;
+  /// Numbers of all images that the run is known to have; may read image files.
+  TNumberRanges WholeRun();
+  bool IsNeverWritten(std::int64_t image, std::vector<std::byte>& frame);
   bool TakesUnrecorded() const;
   bool TakeImage(long number);
   bool HandOn(TImageLabel label);

@@ -5,6 +5,7 @@
 #include "tools/TSpoolRun.h"
 
 #include <algorithm>
+#include <climits>
 #include <filesystem>
 
 namespace vxtool {
@@ -16,7 +17,8 @@ TSpoolFiles::TSpoolFiles(const std::string& directory, std::int64_t imagesPerFil
   std::filesystem::directory_iterator entry(directory, error);
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
     const auto number = SpoolFileNumber(entry->path().filename().string());
-    if (!number) continue;
+    // A file behind all images that a run can have is not one of a run.
+    if (!number || *number > INT_MAX / imagesPerFile) continue;
     ++count_;
     end_ = std::max(end_, (*number + 1) * imagesPerFile);
   }

@@ -4,6 +4,7 @@
 
 #include "tools/ImageChecksum.h"
 #include "tools/TInputFile.h"
+#include "tools/TInterrupt.h"
 #include "tools/TSpoolRun.h"
 
 #include <algorithm>
@@ -25,19 +26,32 @@ Number FieldAt(TPixelBytes record, std::size_t offset)
   return value;
 }
 
+std::int64_t PiecesIn(std::uint64_t bytes)
+{
+  return static_cast<std::int64_t>((bytes + kRecordBytes - 1) / kRecordBytes);
+}
+
 } // namespace
 
 bool TSpoolIndex::Read(const std::string& directory, std::int64_t imageLimit)
 {
   TInputFile file;
-  if (!file.Open(directory + "/" + kSpoolIndexName)) {
+  const std::string path = directory + "/" + kSpoolIndexName;
+  if (!file.Open(path)) {
     isMissing_ = true;
     error_ = file.Error();
     return false;
   }
   std::vector<std::byte> block;
-  for (std::uint64_t offset = 0; offset < file.Length(); offset += block.size()) {
-    block.resize(std::min<std::uint64_t>(kReadBytes, file.Length() - offset));
+  // Nothing of a file that has grown beyond all measure is worth reading it to its end.
+  const std::uint64_t end = std::min(file.Length(), static_cast<std::uint64_t>(imageLimit) * kRecordBytes);
+  damaged_ = PiecesIn(file.Length() - end);
+  for (std::uint64_t offset = 0; offset < end; offset += block.size()) {
+    if (TInterrupt::Happened()) {
+      error_ = path + ": reading was interrupted";
+      break;
+    }
+    block.resize(std::min<std::uint64_t>(kReadBytes, end - offset));
     if (!file.ReadAt(offset, block)) {
       error_ = file.Error();
       break;
@@ -57,9 +71,9 @@ bool TSpoolIndex::Read(const std::string& directory, std::int64_t imageLimit)
   const auto isBefore = [](const TRecord& one, const TRecord& other) { return one.image < other.image; };
   const auto isSame = [](const TRecord& one, const TRecord& other) { return one.image == other.image; };
   std::stable_sort(records_.begin(), records_.end(), isBefore); // of several records for an image the first counts
-  const auto end = std::unique(records_.begin(), records_.end(), isSame);
-  damaged_ += records_.end() - end;
-  records_.erase(end, records_.end());
+  const auto rest = std::unique(records_.begin(), records_.end(), isSame);
+  damaged_ += records_.end() - rest;
+  records_.erase(rest, records_.end());
   return error_.empty();
 }
 

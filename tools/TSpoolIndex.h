@@ -20,8 +20,9 @@ public:
     std::int64_t hostNanoseconds = 0; ///< since 1970-01-01 UTC
   };
 
-  /// Reads the index in a directory. False with Error() set when it is missing or cannot be read; the records
-  /// before a failure are there. @param imageLimit  numbers of images are below this
+  /// Reads the index in a directory, no more of it than the records of all images that can be. False with Error()
+  /// set when it is missing or cannot be read, and after Ctrl-C; the records before a failure are there.
+  /// @param imageLimit  numbers of images are below this
   bool Read(const std::string& directory, std::int64_t imageLimit);
 
   /// The record of an image, or null.

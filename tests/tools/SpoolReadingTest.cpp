@@ -220,7 +220,45 @@ TEST_F(SpoolReading, SalvageWithoutIndexLeavesOutPlacesThatWereNeverWritten)
   salvage.isSalvage = true;
   Convert(salvage);
   EXPECT_EQ(NumbersWritten(), (Numbers{1, 3, 4}));
-  EXPECT_EQ(absent_, "2,5");
+  EXPECT_EQ(absent_, "2") << "a gap, while 5 is a place that was never reached";
+  PutFileBytes(file, bytes.substr(0, bytes.size() - 1));
+  Convert(salvage);
+  EXPECT_EQ(absent_, "2,5") << "what cannot be read may have been an image";
+}
+
+TEST_F(SpoolReading, IndexDecidesWhichImagesAnEndedRunHas)
+{
+  for (const char* state : {"aborted", "failed", "complete"}) {
+    TMadeRun run;
+    run.state = state;
+    run.imagesPerFile = 100; // 93 places are never reached
+    run.imagesExpected = 1000;
+    run.Write(Directory(), {1, 2, 3, 5, 6, 7});
+    TConversionSettings salvage;
+    salvage.isSalvage = true;
+    Convert(salvage);
+    EXPECT_EQ(NumbersWritten(), (Numbers{1, 2, 3, 5, 6, 7})) << state;
+    EXPECT_EQ(absent_, "4") << state;
+    EXPECT_EQ(counts_.unrecorded, 1) << state;
+  }
+}
+
+TEST_F(SpoolReading, FilesAndIndexBeyondAllImagesAreNotFollowed)
+{
+  TMadeRun run;
+  run.state = "recording";
+  run.extra = "[multiimage]\nImagesPerFile = 2147483647\n";
+  run.Write(Directory());
+  PutFileBytes(Directory() + "/" + SpoolFileName(9'999'999'999), "?");
+  const TSpoolFiles files(Directory(), INT_MAX, static_cast<std::int64_t>(run.Frame(1).size()));
+  EXPECT_EQ(files.Count(), 2) << "without those that would begin behind the last number";
+  EXPECT_EQ(files.End(), INT64_C(2) * INT_MAX);
+
+  const std::string index = Directory() + "/" + kSpoolIndexName;
+  fs::resize_file(index, INT64_C(1) << 36); // holds no data
+  Convert();
+  EXPECT_EQ(NumbersWritten(), (Numbers{1, 2, 3})) << "the other files have one number only";
+  EXPECT_EQ(damagedRecords_, (INT64_C(1) << 31) - 7);
 }
 
 TEST_F(SpoolReading, CompleteRunThatHasLostItsIndexIsReadUnchecked)
