@@ -23,10 +23,9 @@ struct TEncodingRow
   PixelDepth depth;
 };
 
-constexpr std::array<TEncodingRow, 6> kEncodings = {
+constexpr std::array<TEncodingRow, 5> kEncodings = {
     {{"Mono8", FrameEncoding::Mono8, 1, PixelDepth::Bits8},
      {"Mono12", FrameEncoding::Mono12, 2, PixelDepth::Bits16},
-     {"Mono12Coded", FrameEncoding::Mono12Coded, 2, PixelDepth::Bits16},
      {"Mono12Packed", FrameEncoding::Mono12Packed, 0, PixelDepth::Bits16},
      {"Mono16", FrameEncoding::Mono16, 2, PixelDepth::Bits16},
      {"Mono32", FrameEncoding::Mono32, 4, PixelDepth::Bits32}}};
@@ -121,7 +120,6 @@ bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth
   case FrameEncoding::Mono8:
     return DecodeTo<TPlainPixels<std::uint8_t>>(frame.data(), layout, depth, pixels.data());
   case FrameEncoding::Mono12:
-  case FrameEncoding::Mono12Coded:
   case FrameEncoding::Mono16:
     return DecodeTo<TPlainPixels<std::uint16_t>>(frame.data(), layout, depth, pixels.data());
   case FrameEncoding::Mono12Packed:

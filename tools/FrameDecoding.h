@@ -12,7 +12,6 @@ enum class FrameEncoding
 {
   Mono8,
   Mono12,
-  Mono12Coded,
   Mono12Packed,
   Mono16,
   Mono32,
