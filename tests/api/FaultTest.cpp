@@ -140,6 +140,7 @@ TEST_F(Fault, FrameLargerThanTheRingStillHasItsSlotInASeries)
   ExpectImages({1, 2});
   EXPECT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
 
+  ExposeBriefly();
   StartUntilAborted(); // a ring without slots never has a frame
   ExpectRunFails(RC_STATUS_TIMED_OUT);
   ExpectCleanRun();
@@ -202,6 +203,7 @@ TEST_F(Fault, RefusedStartCommandRefusesTheStart)
 TEST_F(Fault, OtherAnswersToTheStartCommandEndInATimeOut)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  ExposeBriefly();
   AddFault("call VX_Command feature AcquisitionStart rc 54");
   StartUntilAborted();
   EXPECT_EQ(Status(), RC_ACQUIRING);
@@ -224,6 +226,7 @@ TEST_F(Fault, StallWithinTheLimitLosesNothing)
 TEST_F(Fault, StallBeyondTheLimitEndsTheRunAndStopsTheCamera)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  ExposeBriefly();
   StartUntilAborted();
   Push(2);
   ASSERT_TRUE(HasImages(2));
@@ -379,6 +382,7 @@ TEST_F(Fault, OneSlotInAHundredThatDoesNotGoBackCostsNoFrame)
 TEST_F(Fault, RingThatGetsNoSlotBackTimesOut)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  ExposeBriefly();
   AddFault(kFiveSlots);
   StartUntilAborted();
   AddFault("call VX_QueueBuffer rc 54");
@@ -392,6 +396,7 @@ TEST_F(Fault, RingThatGetsNoSlotBackTimesOut)
 TEST_F(Fault, UnpluggedCameraEndsABlockedWaitAndCostsNoProcessorTime)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  ExposeBriefly();
   StartUntilAborted();
   Push(4);
   ASSERT_TRUE(HasImages(4));

@@ -96,6 +96,7 @@ TEST_F(Lifecycle, ClosesWhileTheLastFramesAreStillBeingDispatched)
 TEST_F(Lifecycle, UnpluggedCameraEndsTheRunAndCanBeClosed)
 {
   Open();
+  ExposeBriefly();
   StartUntilAborted();
   Push(5);
   ASSERT_TRUE(HasImages(5));

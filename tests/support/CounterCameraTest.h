@@ -7,9 +7,11 @@
 #include <array>
 #include <cstdint>
 
-/// A camera of 16 x 8 pixels of 16 bits; the test pushes its frames, and every frame is a counter pattern.
+/// A camera of 16 x 8 pixels of 16 bits; the test pushes its frames, and every frame is a counter pattern. It exposes
+/// for so long that no run ends for want of a frame because the test was held up.
 inline constexpr const char* kCounterCamera =
     "[Simulator]\nCameras=1\n[Camera0]\nModel=RQ512_LX\nSource=manual\nScene=counter\nNoise=off\nStridePadding=0\n"
+    "[Camera0.ExposureTime]\nMax=30\nValue=20\n"
     "[Camera0.AOIWidth]\nValue=16\n[Camera0.AOIHeight]\nValue=8\n";
 /// The same, making its frames as fast as they are fetched.
 inline constexpr const char* kFreeCounterCamera =

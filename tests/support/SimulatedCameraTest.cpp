@@ -87,9 +87,14 @@ int SimulatedCameraTest::Status()
   return status;
 }
 
+void SimulatedCameraTest::ExposeBriefly()
+{
+  EXPECT_EQ(SetExposureTime(0.001F), RC_SUCCESS);
+}
+
 bool Eventually(const std::function<bool()>& condition)
 {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
   while (!condition()) {
     if (std::chrono::steady_clock::now() > deadline) return false;
     std::this_thread::sleep_for(std::chrono::microseconds(200)); // only paces the polling
