@@ -27,6 +27,29 @@ enum TiffType : std::uint16_t
   kLong8 = 16,
 };
 
+enum TiffTag : std::uint16_t
+{
+  kNewSubfileType = 254,
+  kImageWidth = 256,
+  kImageLength = 257,
+  kBitsPerSample = 258,
+  kCompression = 259,
+  kPhotometricInterpretation = 262,
+  kImageDescription = 270,
+  kStripOffsets = 273,
+  kSamplesPerPixel = 277,
+  kRowsPerStrip = 278,
+  kStripByteCounts = 279,
+  kSoftware = 305,
+  kDateTime = 306,
+  kSampleFormat = 339,
+};
+
+constexpr std::uint64_t kUncompressed = 1;
+constexpr std::uint64_t kBlackIsZero = 1;
+constexpr std::uint64_t kUnsigned = 1;
+constexpr std::uint64_t kSigned = 2;
+
 /// Bytes of a file in the making, numbers in this machine's order (which the TIFF header names).
 class TByteSink
 {
@@ -52,10 +75,11 @@ private:
 
 struct TEntry
 {
-  std::uint16_t tag;
-  std::uint16_t type;
-  std::uint64_t value;     // numbers have one value each
-  const std::string* text; // of an ASCII entry
+  TiffTag tag;
+  TiffType type;
+  std::uint64_t value;               // numbers have one value each
+  const std::string* text = nullptr; // of an ASCII entry
+  bool isOfRun = false;              // not of its page: only the first directory carries it
 };
 
 void PutOffset(TByteSink& sink, bool isBig, std::uint64_t value)
@@ -77,6 +101,39 @@ void PutValue(TByteSink& sink, bool isBig, const TEntry& entry)
   else
     sink.Put(entry.value);
   sink.PadTo(end);
+}
+
+// A directory that stands at @p start of the file, with the texts of its entries behind it.
+std::vector<std::byte> PutEntries(const std::vector<TEntry>& entries, bool isBig, std::uint64_t start,
+                                  std::uint64_t nextDirectory)
+{
+  const std::size_t count = entries.size();
+  const std::size_t fixedSize = isBig ? 8 + 20 * count + 8 : 2 + 12 * count + 4;
+  TByteSink fixed;
+  TByteSink texts;
+  if (isBig)
+    fixed.Put(static_cast<std::uint64_t>(count));
+  else
+    fixed.Put(static_cast<std::uint16_t>(count));
+  for (const TEntry& entry : entries) {
+    fixed.Put(static_cast<std::uint16_t>(entry.tag));
+    fixed.Put(static_cast<std::uint16_t>(entry.type));
+    PutOffset(fixed, isBig, entry.text ? entry.text->size() + 1 : 1);
+    if (!entry.text) {
+      PutValue(fixed, isBig, entry);
+      continue;
+    }
+    PutOffset(fixed, isBig, start + fixedSize + texts.Size());
+    texts.Put(*entry.text);
+    texts.PadTo((texts.Size() + 7) & ~std::size_t{7}); // also longer than any value field
+  }
+  PutOffset(fixed, isBig, nextDirectory);
+
+  std::vector<std::byte> bytes = fixed.Take();
+  const std::vector<std::byte> tail = texts.Take();
+  bytes.insert(bytes.end(), tail.begin(), tail.end());
+  bytes.resize((start + bytes.size() + 7) / 8 * 8 - start); // the next directory starts at a multiple of 8
+  return bytes;
 }
 
 std::string SeriesLabel(const TImageLabel& label)
@@ -201,57 +258,28 @@ std::vector<std::byte> TTiffStackWriter::MakeDirectory(std::uint64_t start, std:
                                                        const std::string& description,
                                                        std::uint64_t nextDirectory) const
 {
-  const std::uint16_t offsetType = isBig_ ? kLong8 : kLong;
+  const TiffType offsetType = isBig_ ? kLong8 : kLong;
   const auto width = static_cast<std::uint64_t>(shape_.width);
   const auto height = static_cast<std::uint64_t>(shape_.height);
-  const std::string dateTime = TiffDateTime(facts_.startUtc);
-  const TEntry entries[] = {
-      {254, kLong, 0, nullptr},                                         // NewSubfileType
-      {256, kLong, width, nullptr},                                     // ImageWidth
-      {257, kLong, height, nullptr},                                    // ImageLength
-      {258, kShort, static_cast<std::uint64_t>(shape_.depth), nullptr}, // BitsPerSample
-      {259, kShort, 1, nullptr},                                        // Compression: none
-      {262, kShort, 1, nullptr},                                        // PhotometricInterpretation: black is zero
-      {270, kAscii, 0, &description},                                   // ImageDescription
-      {273, offsetType, ImageOffset(page), nullptr},                    // StripOffsets
-      {277, kShort, 1, nullptr},                                        // SamplesPerPixel
-      {278, kLong, height, nullptr},                                    // RowsPerStrip
-      {279, offsetType, shape_.Bytes(), nullptr},                       // StripByteCounts
-      {305, kAscii, 0, &facts_.software},                               // Software
-      {306, kAscii, 0, &dateTime},                                      // DateTime: start of the run
-      {339, kShort, shape_.depth == PixelDepth::Bits32 ? 2u : 1u, nullptr}, // SampleFormat: signed or unsigned
+  const std::string dateTime = TiffDateTime(facts_.startUtc); // the start of the run
+  std::vector<TEntry> entries = {
+      {kNewSubfileType, kLong, 0},
+      {kImageWidth, kLong, width},
+      {kImageLength, kLong, height},
+      {kBitsPerSample, kShort, static_cast<std::uint64_t>(shape_.depth)},
+      {kCompression, kShort, kUncompressed},
+      {kPhotometricInterpretation, kShort, kBlackIsZero},
+      {kImageDescription, kAscii, 0, &description},
+      {kStripOffsets, offsetType, ImageOffset(page)},
+      {kSamplesPerPixel, kShort, 1},
+      {kRowsPerStrip, kLong, height},
+      {kStripByteCounts, offsetType, shape_.Bytes()},
+      {kSoftware, kAscii, 0, &facts_.software, true},
+      {kDateTime, kAscii, 0, &dateTime, true},
+      {kSampleFormat, kShort, shape_.depth == PixelDepth::Bits32 ? kSigned : kUnsigned},
   };
-  // Only the first directory carries the texts about the whole run.
-  const std::size_t skipped = page == 0 ? 0 : 2;
-  const std::size_t count = std::size(entries) - skipped;
-  const std::size_t fixedSize = isBig_ ? 8 + 20 * count + 8 : 2 + 12 * count + 4;
-
-  TByteSink fixed;
-  TByteSink texts;
-  if (isBig_)
-    fixed.Put(static_cast<std::uint64_t>(count));
-  else
-    fixed.Put(static_cast<std::uint16_t>(count));
-  for (const TEntry& entry : entries) {
-    if (page != 0 && (entry.tag == 305 || entry.tag == 306)) continue;
-    fixed.Put(entry.tag);
-    fixed.Put(entry.type);
-    PutOffset(fixed, isBig_, entry.text ? entry.text->size() + 1 : 1);
-    if (!entry.text) {
-      PutValue(fixed, isBig_, entry);
-      continue;
-    }
-    PutOffset(fixed, isBig_, start + fixedSize + texts.Size());
-    texts.Put(*entry.text);
-    texts.PadTo((texts.Size() + 7) & ~std::size_t{7}); // also longer than any value field
-  }
-  PutOffset(fixed, isBig_, nextDirectory);
-
-  std::vector<std::byte> bytes = fixed.Take();
-  const std::vector<std::byte> tail = texts.Take();
-  bytes.insert(bytes.end(), tail.begin(), tail.end());
-  bytes.resize((start + bytes.size() + 7) / 8 * 8 - start); // the next directory starts at a multiple of 8
-  return bytes;
+  if (page > 0) std::erase_if(entries, [](const TEntry& entry) { return entry.isOfRun; });
+  return PutEntries(entries, isBig_, start, nextDirectory);
 }
 
 std::string TTiffStackWriter::Description(const TRunTotals* totals) const
