@@ -113,18 +113,4 @@ bool ParseSeconds(const std::string& text, double& seconds)
   return true;
 }
 
-const char* ImageCheckText(ImageCheck check)
-{
-  if (check == ImageCheck::Unchecked) return "unchecked";
-  return check == ImageCheck::Right ? "right" : "wrong";
-}
-
-std::string TracksText(const std::vector<TTrack>& tracks)
-{
-  std::string text;
-  for (const TTrack& track : tracks)
-    text += (text.empty() ? "" : ",") + std::to_string(track.first) + "-" + std::to_string(track.last);
-  return text;
-}
-
 } // namespace vxtool

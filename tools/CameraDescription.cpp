@@ -2,6 +2,8 @@
 // The questions, and which codes are answers.
 #include "tools/CameraDescription.h"
 
+#include "tools/Options.h"
+
 #include <array>
 
 namespace vxtool {
@@ -9,7 +11,6 @@ namespace vxtool {
 namespace {
 
 constexpr std::size_t kModelBytes = 4096; // what GetHeadModel() asks for
-constexpr int kReadModeImage = 4;
 
 template <typename Value>
 TAnswer<Value> Answer(const char* function, unsigned int code, const Value& value)
@@ -64,7 +65,7 @@ TAnswer<vxmcd_Capabilities> AskCapabilities()
 TAnswer<int> AskMaximumBinning(int direction)
 {
   int factor = 1;
-  const unsigned int code = GetMaximumBinning(kReadModeImage, direction, &factor);
+  const unsigned int code = GetMaximumBinning(static_cast<int>(ReadMode::Image), direction, &factor);
   return Answer("GetMaximumBinning", code == 0 ? static_cast<unsigned int>(RC_SUCCESS) : code, factor);
 }
 

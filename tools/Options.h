@@ -26,6 +26,12 @@ enum class RunMode : int // the library's acquisition modes
   Continuous = 5,
 };
 
+enum class ReadMode : int // the library's read modes
+{
+  Tracks = 2,
+  Image = 4,
+};
+
 enum class Trigger : int // the library's trigger modes
 {
   Internal = 0,
@@ -149,5 +155,13 @@ struct TOptions
 
 /// The word for a trigger mode on the command line.
 const char* TriggerName(Trigger trigger);
+/// The trigger mode with this word; nothing for any other text.
+std::optional<Trigger> TriggerOf(const std::string& name);
+
+/// Whether the camera then makes frames at an even pace.
+constexpr bool IsPaced(Trigger trigger)
+{
+  return trigger == Trigger::Internal || trigger == Trigger::ExternalStart;
+}
 
 } // namespace vxtool

@@ -22,8 +22,8 @@ struct TRunSummary
 };
 
 /// Lines for a person, each with its line feed.
-std::string ReportText(const TRunSummary& summary);
+std::string RunReportText(const TRunSummary& summary);
 /// One line of JSON with its line feed.
-std::string ReportJson(const TRunSummary& summary);
+std::string RunReportJson(const TRunSummary& summary);
 
 } // namespace vxtool

@@ -3,6 +3,7 @@
 #include "tools/SpoolReport.h"
 
 #include "tools/FactsJson.h"
+#include "tools/ReportText.h"
 
 #include <cmath>
 #include <cstdio>
@@ -56,13 +57,6 @@ std::string IndexLine(const TSpoolIndex& index)
   return Line("images in the index", std::to_string(index.Count()) + damage);
 }
 
-std::string Row(const char* what, long count, const std::string& remark = "")
-{
-  char text[80];
-  std::snprintf(text, sizeof text, "%-34s %10ld", what, count);
-  return std::string(text) + (remark.empty() ? "" : "  " + remark) + "\n";
-}
-
 Json SpoolFactsJson(const TSpoolRun& run)
 {
   const TSpoolFacts& f = run.Facts();
@@ -93,7 +87,7 @@ std::string SpoolStateText(const TSpoolFacts& facts)
 std::string SpoolRunText(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files)
 {
   const TSpoolFacts& f = run.Facts();
-  const TRunFacts facts = run.RunFacts(0);
+  const TRunFacts facts = run.RunFacts();
   std::string text = Line("run", run.Directory());
   text += Line("state", SpoolStateText(f));
   text += LineIfKnown("images expected", f.imagesExpected, "");
@@ -102,12 +96,7 @@ std::string SpoolRunText(const TSpoolRun& run, const TSpoolIndex& index, const T
   text += Line("image files", std::to_string(files.Count()) + ", " + std::to_string(f.imagesPerFile) +
                                   (f.imagesPerFile == 1 ? " image each" : " images each"));
   text += ImagesLine(run);
-  if (facts.area.width > 0) {
-    char area[120];
-    std::snprintf(area, sizeof area, "%d,%d,%dx%d, binning %dx%d", facts.area.left, facts.area.top,
-                  facts.area.width, facts.area.height, facts.area.horizontalBinning, facts.area.verticalBinning);
-    text += Line("area", area);
-  }
+  if (facts.area.width > 0) text += Line("area", AreaText(facts.area));
   text += LineIfKnown("camera", f.model + (f.serial.empty() ? "" : " " + f.serial));
   text += LineIfKnown("started", f.startTime) + LineIfKnown("first image", f.firstFrameTime);
   text += LineIfKnown("first image's clock", f.firstFrameTick, " ticks");
@@ -134,7 +123,7 @@ std::string SpoolRunJson(const TSpoolRun& run, const TSpoolIndex& index, const T
   const std::optional<TFrameLayout> layout = run.Layout();
   TImageShape shape;
   if (layout) shape = {layout->width, layout->height, WholeDepth(layout->encoding)};
-  json.update(FactsJson(run.RunFacts(0), shape));
+  json.update(FactsJson(run.RunFacts(), shape));
   json["serial_text"] = JsonTextOrNull(f.serial);
   json["frame_rate_hz"] = JsonOfSingle(f.frameRate);
   json["first_image_utc"] = JsonTextOrNull(f.firstFrameTime);
@@ -149,13 +138,8 @@ std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& convers
                            const std::string& output, PixelDepth depth)
 {
   const TConversionCounts& c = conversion.Counts();
-  const TRunFacts facts = run.RunFacts(0);
-  char head[120];
-  const long done = c.asked - c.notReached;
-  std::snprintf(head, sizeof head, "%s after %.2f s, %.1f images/s\n", outcome.c_str(), conversion.Seconds(),
-                conversion.Seconds() > 0.0 ? static_cast<double>(done) / conversion.Seconds() : 0.0);
-  std::string text = head;
-  const std::string camera = facts.camera + (facts.serial ? " " + std::to_string(*facts.serial) : "");
+  std::string text = ReportHeadline(outcome, conversion.Seconds(), c.asked - c.notReached);
+  const std::string camera = CameraText(run.RunFacts());
   if (!camera.empty()) text += camera + ", ";
   if (run.Layout())
     text += std::to_string(run.Layout()->width) + "x" + std::to_string(run.Layout()->height) + " pixels, " +
@@ -164,15 +148,15 @@ std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& convers
   text += "run " + run.Facts().stateText + "\n";
   const std::string wrong = conversion.Wrong().Text(kMostRangesShown);
   const std::string absent = conversion.Absent().Text(kMostRangesShown);
-  text += Row("images asked for", c.asked, conversion.Asked().Text(kMostRangesShown));
-  text += Row("  checksum right", c.right);
-  if (c.unchecked > 0) text += Row("  without a checksum, taken", c.unchecked);
-  text += Row("  checksum wrong", c.wrong, wrong.empty() ? "" : "images " + wrong);
-  text += Row("  missing", c.unrecorded + c.unreadable, absent.empty() ? "" : "images " + absent);
-  if (c.notReached > 0) text += Row("  not looked at", c.notReached);
+  text += ReportRow("images asked for", c.asked, conversion.Asked().Text(kMostRangesShown));
+  text += ReportRow("  checksum right", c.right);
+  if (c.unchecked > 0) text += ReportRow("  without a checksum, taken", c.unchecked);
+  text += ReportRow("  checksum wrong", c.wrong, wrong.empty() ? "" : "images " + wrong);
+  text += ReportRow("  missing", c.unrecorded + c.unreadable, absent.empty() ? "" : "images " + absent);
+  if (c.notReached > 0) text += ReportRow("  not looked at", c.notReached);
   if (output.empty() && c.written + c.notWritten == 0) return text;
-  if (c.notWritten > 0) text += Row("not written", c.notWritten);
-  return text + Row("written", c.written, output);
+  if (c.notWritten > 0) text += ReportRow("not written", c.notWritten);
+  return text + ReportRow("written", c.written, output);
 }
 
 std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
@@ -197,7 +181,7 @@ std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& convers
                    {"output", output}});
   TImageShape shape;
   if (run.Layout()) shape = {run.Layout()->width, run.Layout()->height, depth};
-  json.update(FactsJson(run.RunFacts(0), shape));
+  json.update(FactsJson(run.RunFacts(), shape));
   return JsonLine(json);
 }
 

@@ -15,8 +15,9 @@ std::string SpoolStateText(const TSpoolFacts& facts);
 std::string SpoolRunText(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files);
 std::string SpoolRunJson(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files);
 
-/// What became of the images: lines for a person, or one line of JSON. @param outcome  complete, interrupted, failed
-/// @param output  the file, "" for none
+/// What became of the images: lines for a person, or one line of JSON.
+/// @param outcome  complete, interrupted, failed
+/// @param output   the file, "" for none
 std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
                            const std::string& output, PixelDepth depth);
 std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,

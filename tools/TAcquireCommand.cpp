@@ -132,7 +132,7 @@ TLoopSettings TAcquireCommand::Settings() const
   settings.isEndless = options_.mode == RunMode::Continuous;
   settings.wantedImages = options_.frames.value_or(settings.isEndless ? 0 : 1);
   settings.isSoftwareTriggered = options_.trigger == Trigger::Software;
-  settings.isPaced = options_.trigger == Trigger::Internal || options_.trigger == Trigger::ExternalStart;
+  settings.isPaced = IsPaced(options_.trigger);
   settings.noImageSeconds = options_.noImageSeconds;
   settings.triggerSeconds = options_.cycleSeconds.value_or(0.0);
   settings.imageSeconds = setUp_.ExposureSeconds() + setUp_.ReadoutSeconds();
@@ -152,7 +152,7 @@ void TAcquireCommand::PrintReport(const TRunResult& result)
   summary.facts = facts_;
   const std::optional<TTemperature> temperature = AskTemperature().value;
   if (temperature) summary.celsiusAtEnd = temperature->celsius;
-  const std::string report = isJson_ ? ReportJson(summary) : ReportText(summary);
+  const std::string report = isJson_ ? RunReportJson(summary) : RunReportText(summary);
   if (isJson_ || !options_.isQuiet) std::fputs(report.c_str(), stdout);
   if (options_.cooling.isWaiting && temperature && temperature->state != RC_TEMP_STABILIZED)
     Say("the temperature is not stable any more: " + ResultText("GetTemperatureF", temperature->state));

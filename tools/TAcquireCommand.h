@@ -15,8 +15,8 @@
 namespace vxtool {
 
 /// Opens the camera, sets it up, waits for its temperature, opens the output, runs the loop, closes the output,
-/// reports. A run that the library records to disk is left to TRecordCommand. Prints to standard output (the counts) and standard error (progress, notes, errors). Run() is
-/// for one use.
+/// reports. A run that the library records to disk is left to TRecordCommand. Prints to standard output (the
+/// counts) and standard error (progress, notes, errors). Run() is for one use.
 class TAcquireCommand final
 {
 public:

@@ -12,8 +12,6 @@ namespace vxtool {
 
 namespace {
 
-constexpr int kReadModeTracks = 2;
-constexpr int kReadModeImage = 4;
 constexpr double kNoticeable = 0.01; // a setting that is off by more than this part is worth a note
 
 unsigned int WriteArea(const TSensorArea& area)
@@ -141,7 +139,7 @@ bool TCameraSetUp::SetArea(const TImageAreaOptions& area)
     return Fail("--area: does not fit on the sensor of " + SizeText(sensorWidth, sensorHeight) + " pixels");
   if (ImageWidth() < 1 || ImageHeight() < 1) return Fail("--binning: is larger than the area");
   if (!area.tracks.empty()) return true;
-  if (!Check("", "SetReadMode", SetReadMode(kReadModeImage))) return false;
+  if (!Check("", "SetReadMode", SetReadMode(static_cast<int>(ReadMode::Image)))) return false;
   const TSensorArea wanted = area_;
   if (wanted.horizontalBinning > 1 || wanted.verticalBinning > 1) {
     area_.left = area_.top = 1;
@@ -179,7 +177,7 @@ bool TCameraSetUp::SetTracks(const TImageAreaOptions& area)
   }
   return Check("--tracks", "SetRandomTracks",
                SetRandomTracks(static_cast<int>(area.tracks.size()), rows.data())) &&
-         Check("--tracks", "SetReadMode", SetReadMode(kReadModeTracks));
+         Check("--tracks", "SetReadMode", SetReadMode(static_cast<int>(ReadMode::Tracks)));
 }
 
 int TCameraSetUp::ImageWidth() const

@@ -292,30 +292,37 @@ std::string CompleteOrSayWhy(TAcquireOptions& options)
   return spool.empty() ? CompleteOrSayWhy(options.output, kStackSuffixes) : spool;
 }
 
-} // namespace
-
-const char* TriggerName(Trigger trigger)
-{
-  for (const auto& [name, value] : kTriggers)
-    if (value == trigger) return name.c_str();
-  return "unknown";
-}
-
-std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
+/// What the command line says, before it is checked as a whole. Outlives the parser, which writes into it.
+struct TGiven
 {
   TOptions options;
   std::optional<Trigger> trigger;
-  int bits = 16;
-  CLI::App app("Lists, describes and runs scientific cameras.", "vxmcd");
-  app.set_version_flag("--version", VXTOOL_VERSION);
-  app.footer(kFooter);
-  app.require_subcommand(1);
-  CLI::App* list = app.add_subcommand("list", "List the cameras that are attached");
-  CLI::App* info = app.add_subcommand("info", "Say what a camera or a recorded run is");
-  // The name that info had before; scripts may use it.
-  CLI::App* describe = app.add_subcommand("describe", "The same as info")->group("");
-  CLI::App* acquire = app.add_subcommand("acquire", "Take images and write them to a file");
-  CLI::App* convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
+  std::optional<double> timeout;
+  std::optional<SpoolMethod> method;
+  int bits = 16; // of acquire
+  std::optional<int> convertBits;
+};
+
+/// The commands that the parser knows, and owns.
+struct TCommands
+{
+  CLI::App* list;
+  CLI::App* info;
+  CLI::App* describe; // the name that info had before; scripts may use it
+  CLI::App* acquire;
+  CLI::App* convert;
+};
+
+TCommands AddCommands(CLI::App& app, TGiven& given)
+{
+  TOptions& options = given.options;
+  TCommands commands = {};
+  commands.list = app.add_subcommand("list", "List the cameras that are attached");
+  commands.info = app.add_subcommand("info", "Say what a camera or a recorded run is");
+  commands.describe = app.add_subcommand("describe", "The same as info")->group("");
+  commands.acquire = app.add_subcommand("acquire", "Take images and write them to a file");
+  commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
+  const auto [list, info, describe, acquire, convert] = commands;
   for (CLI::App* command : {info, describe, acquire})
     command->add_option("-c,--camera", options.camera, "Number of the camera, as list prints it")
         ->check(CLI::Range(0, 10'000).description(""))
@@ -328,40 +335,71 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
         ->type_name("DIRECTORY");
   for (CLI::App* command : {list, info, describe, acquire, convert})
     command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
-  AddRunOptions(*acquire, options.acquire, trigger, bits);
-  std::optional<double> timeout;
-  AddSeconds(*acquire, "--timeout", timeout, "Give up after this long without an image");
+  AddRunOptions(*acquire, options.acquire, given.trigger, given.bits);
+  AddSeconds(*acquire, "--timeout", given.timeout, "Give up after this long without an image");
   AddImageAreaOptions(*acquire, options.acquire.area);
   AddReadoutOptions(*acquire, options.acquire.readout);
   AddCoolingOptions(*acquire, options.acquire.cooling);
   AddOutputOptions(*acquire, options.acquire);
-  std::optional<SpoolMethod> method;
-  AddSpoolOptions(*acquire, options.acquire.spool, method);
-  std::optional<int> convertBits;
-  AddConvertOptions(*convert, options.convert, convertBits);
+  AddSpoolOptions(*acquire, options.acquire.spool, given.method);
+  AddConvertOptions(*convert, options.convert, given.convertBits);
   for (CLI::App* command : {acquire, convert}) command->footer(kFooter);
+  return commands;
+}
+
+// The options, complete. Throws what the parser throws when they do not go together.
+TOptions OptionsOf(const TCommands& commands, const TGiven& given)
+{
+  TOptions options = given.options;
+  TAcquireOptions& acquire = options.acquire;
+  acquire.noImageSeconds = given.timeout.value_or(0.0);
+  acquire.trigger = given.trigger.value_or(Trigger::Internal);
+  acquire.depth = static_cast<PixelDepth>(given.bits);
+  acquire.spool.method = given.method.value_or(SpoolMethod::Multi);
+  if (given.convertBits) options.convert.depth = static_cast<PixelDepth>(*given.convertBits);
+  options.command = *commands.list      ? Command::List
+                    : *commands.acquire ? Command::Acquire
+                    : *commands.convert ? Command::Convert
+                                        : Command::Info;
+  std::string wrong;
+  if (options.command == Command::Acquire) wrong = CompleteOrSayWhy(acquire);
+  if (options.command == Command::Convert) wrong = CompleteOrSayWhy(options.convert);
+  if (acquire.spool.directory.empty() && (given.method || acquire.spool.threads))
+    wrong = "--spool-method and --spool-threads: need --spool";
+  if (!wrong.empty()) throw CLI::ValidationError(wrong);
+  return options;
+}
+
+} // namespace
+
+const char* TriggerName(Trigger trigger)
+{
+  for (const auto& [name, value] : kTriggers)
+    if (value == trigger) return name.c_str();
+  return "unknown";
+}
+
+std::optional<Trigger> TriggerOf(const std::string& name)
+{
+  const auto found = kTriggers.find(name);
+  return found == kTriggers.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
+{
+  CLI::App app("Lists, describes and runs scientific cameras.", "vxmcd");
+  app.set_version_flag("--version", VXTOOL_VERSION);
+  app.footer(kFooter);
+  app.require_subcommand(1);
+  TGiven given;
+  const TCommands commands = AddCommands(app, given);
   try {
     app.parse(argc, argv);
-    options.acquire.noImageSeconds = timeout.value_or(0.0);
-    options.acquire.trigger = trigger.value_or(Trigger::Internal);
-    options.acquire.depth = static_cast<PixelDepth>(bits);
-    options.acquire.spool.method = method.value_or(SpoolMethod::Multi);
-    if (convertBits) options.convert.depth = static_cast<PixelDepth>(*convertBits);
-    options.command = *list      ? Command::List
-                      : *acquire ? Command::Acquire
-                      : *convert ? Command::Convert
-                                 : Command::Info;
-    std::string wrong = *acquire   ? CompleteOrSayWhy(options.acquire)
-                        : *convert ? CompleteOrSayWhy(options.convert)
-                                   : "";
-    if (options.acquire.spool.directory.empty() && (method || options.acquire.spool.threads))
-      wrong = "--spool-method and --spool-threads: need --spool";
-    if (!wrong.empty()) throw CLI::ValidationError(wrong);
+    return OptionsOf(commands, given);
   } catch (const CLI::ParseError& error) {
     exitStatus_ = app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
     return std::nullopt;
   }
-  return options;
 }
 
 } // namespace vxtool

@@ -103,7 +103,7 @@ bool TConvertCommand::OpenOutput()
 {
   const TImageShape shape =
       run_.Layout() ? TImageShape{run_.Layout()->width, run_.Layout()->height, depth_} : TImageShape{};
-  TRunFacts facts = facts_.value_or(run_.RunFacts(0));
+  TRunFacts facts = facts_.value_or(run_.RunFacts());
   facts.plannedImages = conversion_->Counts().asked;
   return outputs_.Open(shape, facts);
 }

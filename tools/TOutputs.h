@@ -9,8 +9,8 @@
 
 namespace vxtool {
 
-/// The file of the images and the picture of the last one, either or neither of them. Owned by a command; one thread
-/// at a time. Operations answer false on failure, and have said then what failed, on standard error.
+/// The file of the images and the picture of the last one, either or neither of them. Owned by a command; one
+/// thread at a time. Operations answer false on failure, and have said then what failed, on standard error.
 class TOutputs final
 {
 public:
@@ -21,8 +21,8 @@ public:
   /// Where the images go; null when no file is asked for.
   IImageWriter* Images() const { return images_.get(); }
   bool HasPreview() const { return preview_ != nullptr; }
-  /// Completes the files. A write that has failed before is not said again. @param last  the newest image, empty when
-  /// there was none
+  /// Completes the files. A write that has failed before is not said again.
+  /// @param last  the newest image, empty when there was none
   bool Close(TPixelBytes last, const TImageLabel& label, const TRunTotals& totals);
   /// Images in the file; final after Close().
   long ImagesWritten() const { return images_ ? images_->ImagesWritten() : 0; }

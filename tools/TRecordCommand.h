@@ -11,8 +11,8 @@
 
 namespace vxtool {
 
-/// Watches the run, says what has come of it, and makes the output afterwards of what is on disk. Used by the command
-/// that takes images, which owns the camera and borrows it to Run(); prints to standard error; one thread.
+/// Watches the run, says what has come of it, and makes the output afterwards of what is on disk. Used by the
+/// command that takes images, which owns the camera and lends it to Run(); prints to standard error; one thread.
 class TRecordCommand final
 {
 public:

@@ -23,8 +23,8 @@ public:
 
   /// Time runs from here.
   bool Start();
-  /// Sends a trigger when one is due and waits up to 100 ms for an image. The status is read after that, and before
-  /// anyone looks for images: when it says that the run is over, no image can follow.
+  /// Sends a trigger when one is due and waits up to 100 ms for an image. The status is read after that, and
+  /// before anyone looks for images: when it says that the run is over, no image can follow.
   bool Turn(int& status);
   /// An image has come: there is as much time again for the next one.
   void Arrived() { lastArrival_ = Clock::now(); }

@@ -21,9 +21,10 @@ bool IsAllZeros(TPixelBytes bytes)
          (bytes[0] == std::byte{0} && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
 }
 
-bool IsPaced(const TRunFacts& facts)
+bool IsPacedRun(const TSpoolRun& run)
 {
-  return facts.trigger == TriggerName(Trigger::Internal) || facts.trigger == TriggerName(Trigger::ExternalStart);
+  const std::optional<Trigger> trigger = TriggerOf(run.RunFacts().trigger);
+  return trigger && IsPaced(*trigger);
 }
 
 } // namespace
@@ -47,7 +48,8 @@ TSpoolConversion::TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& inde
       onProgress_(std::move(onProgress)),
       files_(run.Directory(), run.Facts().imagesPerFile, run.Facts().imageBytes),
       asked_(settings.images.IsEmpty() ? WholeRun() : settings.images),
-      clocks_(IsPaced(run.RunFacts(0)))
+      isPaced_(IsPacedRun(run)),
+      clocks_(isPaced_)
 {
   counts_.asked = asked_.Count();
   // The clock tells of lost frames only where images follow each other.
@@ -166,8 +168,7 @@ TRunTotals TSpoolConversion::Totals() const
 {
   TRunTotals totals;
   totals.delivered = static_cast<long>(std::max(index_.Count(), run_.Facts().imagesWritten));
-  if (isClockWhole_ && IsPaced(run_.RunFacts(0)) && counts_.notReached == 0)
-    totals.lostInCamera = clocks_.LostInCameraSoFar();
+  if (isClockWhole_ && isPaced_ && counts_.notReached == 0) totals.lostInCamera = clocks_.LostInCameraSoFar();
   return totals;
 }
 

@@ -98,6 +98,7 @@ private:
   TNumberRanges wrong_;
   TNumberRanges absent_;
   TConversionCounts counts_;
+  bool isPaced_;
   TRunAccount clocks_;       // finds frames lost in the camera, by the timestamps of the images
   bool isClockWhole_ = true; // every image so far had one, without gaps in the numbers
   std::vector<std::string> problems_;

@@ -129,6 +129,46 @@ void TakeBinning(const std::string& text, TSpoolFacts& facts)
   facts.verticalBinning = area.verticalBinning;
 }
 
+void TakeRun(TSpoolKeys& keys, TSpoolFacts& f)
+{
+  f.stateText = keys.Text("run", "State");
+  f.state = StateOf(f.stateText);
+  f.imagesExpected = keys.Number("run", "ImagesExpected", 1, kMostImages);
+  f.imagesWritten = keys.Number("run", "ImagesWritten", 0, f.imagesExpected.value_or(kMostImages)).value_or(0);
+  f.method = keys.Number("run", "Method", 0, kMostImages);
+  f.library = keys.Text("run", "Library");
+  f.startTime = keys.Text("run", "StartTime");
+  f.firstFrameTime = keys.Text("run", "FirstFrameTime");
+  f.firstFrameTick = keys.Number("run", "FirstFrameTick", INT64_MIN, INT64_MAX);
+  f.ticksPerSecond = keys.Number("run", "TimestampFrequency", 1, INT64_MAX);
+  f.failure = keys.Text("run", "Failure");
+}
+
+void TakeImage(TSpoolKeys& keys, TSpoolFacts& f)
+{
+  f.width = keys.Number("image", "Width", 1, kLargestSide);
+  f.height = keys.Number("image", "Height", 1, kLargestSide);
+  f.stride = keys.Number("image", "Stride", 1, kLargestImage);
+  f.encoding = keys.Text("image", "PixelEncoding");
+  f.hasMetadata = keys.Text("image", "Metadata") == "true";
+  f.layout = keys.Text("image", "Layout");
+  f.left = keys.Number("image", "Left", 1, kLargestSide);
+  f.top = keys.Number("image", "Top", 1, kLargestSide);
+  f.horizontalBinning = keys.Number("image", "HBin", 1, kLargestSide);
+  f.verticalBinning = keys.Number("image", "VBin", 1, kLargestSide);
+  if (!f.horizontalBinning && !f.verticalBinning) TakeBinning(keys.Text("image", "Binning"), f);
+}
+
+void TakeAcquisition(TSpoolKeys& keys, TSpoolFacts& f)
+{
+  f.exposureSeconds = keys.Real("acquisition", "ExposureTime");
+  f.frameRate = keys.Real("acquisition", "FrameRate");
+  f.accumulations = keys.Number("acquisition", "AccumulateCount", 1, kMostImages);
+  f.trigger = keys.Text("acquisition", "TriggerMode");
+  f.model = keys.Text("camera", "Model");
+  f.serial = keys.Text("camera", "SerialNumber");
+}
+
 TSensorArea AreaOf(const TSpoolFacts& facts)
 {
   TSensorArea area; // of width 0: not known
@@ -175,16 +215,12 @@ bool TSpoolRun::Read(const std::string& directory)
 {
   directory_ = directory;
   const std::string path = directory + "/" + kSpoolDescriptionName;
-  TInputFile file;
-  if (!file.Open(path)) return Fail(file.Error() + (file.IsMissing() ? ": not the directory of a run" : ""));
-  if (file.Length() > kLargestDescription) return Fail(path + ": is too long to be the description of a run");
-  std::string text(file.Length(), '\0');
-  if (!file.ReadAt(0, std::as_writable_bytes(std::span(text)))) return Fail(file.Error());
+  std::string text;
+  if (!ReadText(path, text)) return false;
   CSimpleIniA document(true, false, false); // UTF-8, the last of repeated keys, one line a value
   if (document.LoadData(text) < 0) return Fail(path + ": cannot be understood");
 
   TSpoolKeys keys(document, notes_);
-  TSpoolFacts& f = facts_;
   const auto format = keys.Number("run", "Format", 1, kMostImages);
   if (format.value_or(kFormat) > kFormat)
     return Fail(path + ": layout " + std::to_string(*format) + " is newer than this program");
@@ -192,38 +228,22 @@ bool TSpoolRun::Read(const std::string& directory)
   const auto imageBytes = keys.Number("data", "ImageSize", 1, kLargestImage);
   if (!imagesPerFile || !imageBytes)
     return Fail(path + ": says nothing sensible about " + (imagesPerFile ? "ImageSize" : "ImagesPerFile"));
-  f.imagesPerFile = *imagesPerFile;
-  f.imageBytes = *imageBytes;
-  f.stateText = keys.Text("run", "State");
-  f.state = StateOf(f.stateText);
-  f.imagesExpected = keys.Number("run", "ImagesExpected", 1, kMostImages);
-  f.imagesWritten = keys.Number("run", "ImagesWritten", 0, ImageLimit()).value_or(0);
-  f.method = keys.Number("run", "Method", 0, kMostImages);
-  f.library = keys.Text("run", "Library");
-  f.startTime = keys.Text("run", "StartTime");
-  f.firstFrameTime = keys.Text("run", "FirstFrameTime");
-  f.firstFrameTick = keys.Number("run", "FirstFrameTick", INT64_MIN, INT64_MAX);
-  f.ticksPerSecond = keys.Number("run", "TimestampFrequency", 1, INT64_MAX);
-  f.failure = keys.Text("run", "Failure");
-  f.width = keys.Number("image", "Width", 1, kLargestSide);
-  f.height = keys.Number("image", "Height", 1, kLargestSide);
-  f.stride = keys.Number("image", "Stride", 1, kLargestImage);
-  f.encoding = keys.Text("image", "PixelEncoding");
-  f.hasMetadata = keys.Text("image", "Metadata") == "true";
-  f.layout = keys.Text("image", "Layout");
-  f.left = keys.Number("image", "Left", 1, kLargestSide);
-  f.top = keys.Number("image", "Top", 1, kLargestSide);
-  f.horizontalBinning = keys.Number("image", "HBin", 1, kLargestSide);
-  f.verticalBinning = keys.Number("image", "VBin", 1, kLargestSide);
-  if (!f.horizontalBinning && !f.verticalBinning) TakeBinning(keys.Text("image", "Binning"), f);
-  f.exposureSeconds = keys.Real("acquisition", "ExposureTime");
-  f.frameRate = keys.Real("acquisition", "FrameRate");
-  f.accumulations = keys.Number("acquisition", "AccumulateCount", 1, kMostImages);
-  f.trigger = keys.Text("acquisition", "TriggerMode");
-  f.model = keys.Text("camera", "Model");
-  f.serial = keys.Text("camera", "SerialNumber");
+  facts_.imagesPerFile = *imagesPerFile;
+  facts_.imageBytes = *imageBytes;
+  TakeRun(keys, facts_);
+  TakeImage(keys, facts_);
+  TakeAcquisition(keys, facts_);
   FindLayout();
   return true;
+}
+
+bool TSpoolRun::ReadText(const std::string& path, std::string& text)
+{
+  TInputFile file;
+  if (!file.Open(path)) return Fail(file.Error() + (file.IsMissing() ? ": not the directory of a run" : ""));
+  if (file.Length() > kLargestDescription) return Fail(path + ": is too long to be the description of a run");
+  text.resize(file.Length());
+  return file.ReadAt(0, std::as_writable_bytes(std::span(text))) || Fail(file.Error());
 }
 
 void TSpoolRun::FindLayout()
@@ -248,7 +268,7 @@ std::int64_t TSpoolRun::ImageLimit() const
   return facts_.imagesExpected.value_or(kMostImages);
 }
 
-TRunFacts TSpoolRun::RunFacts(long plannedImages) const
+TRunFacts TSpoolRun::RunFacts() const
 {
   TRunFacts facts;
   facts.software = std::string("vxmcd tool ") + VXTOOL_VERSION;
@@ -260,7 +280,6 @@ TRunFacts TSpoolRun::RunFacts(long plannedImages) const
   facts.accumulations = static_cast<int>(facts_.accumulations.value_or(1));
   if (facts.trigger == TriggerName(Trigger::Internal) && facts_.frameRate)
     facts.cycleSeconds = facts.accumulations / *facts_.frameRate;
-  facts.plannedImages = plannedImages;
   facts.area = AreaOf(facts_);
   return facts;
 }

@@ -80,11 +80,12 @@ public:
   const std::string& LayoutProblem() const { return layoutProblem_; }
   /// The numbers of images, from 0, are below this.
   std::int64_t ImageLimit() const;
-  /// What the writers of image files want to know. @param plannedImages  images that the file may get
-  TRunFacts RunFacts(long plannedImages) const;
+  /// What the writers of image files want to know, but for the number of images that a file may get.
+  TRunFacts RunFacts() const;
 
 private:
   bool Fail(const std::string& message);
+  bool ReadText(const std::string& path, std::string& text);
   void FindLayout();
 
   std::string directory_;

@@ -91,9 +91,9 @@ TEST(RunAccount, SaysUnknownWhenNoPaceOrNoTimestampsTell)
   summary.outcome = "complete";
   summary.output = "a \"b\".tif";
   summary.totals = triggered.Totals();
-  EXPECT_NE(ReportText(summary).find("unknown"), std::string::npos);
-  EXPECT_NE(ReportJson(summary).find("\"lost_in_camera\":null"), std::string::npos);
-  EXPECT_NE(ReportJson(summary).find("\"output\":\"a \\\"b\\\".tif\""), std::string::npos);
+  EXPECT_NE(RunReportText(summary).find("unknown"), std::string::npos);
+  EXPECT_NE(RunReportJson(summary).find("\"lost_in_camera\":null"), std::string::npos);
+  EXPECT_NE(RunReportJson(summary).find("\"output\":\"a \\\"b\\\".tif\""), std::string::npos);
 }
 
 } // namespace

@@ -291,7 +291,7 @@ TEST_F(SpoolReading, DescriptionIsReadIntoFactsForTheFiles)
   TSpoolRun run;
   ASSERT_TRUE(run.Read(Directory()));
   EXPECT_TRUE(run.Notes().empty());
-  const TRunFacts facts = run.RunFacts(7);
+  const TRunFacts facts = run.RunFacts();
   EXPECT_EQ(facts.camera, "TRELLIS CMOS");
   EXPECT_EQ(facts.serial, 101);
   EXPECT_EQ(facts.startUtc, "2026-01-31T12:34:56.789012345");
