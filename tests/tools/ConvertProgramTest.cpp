@@ -5,16 +5,12 @@
 #include "tests/tools/SpoolFixture.h"
 #include "tools/TSpoolRun.h"
 
-#include <chrono>
-#include <csignal>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 namespace vxtool {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 
 class ConvertProgram : public ToolProgram
 {
@@ -276,14 +272,8 @@ TEST_P(ConvertProgramFormats, InterruptLeavesAFileWithTheImagesUpToThere)
   for (int file = 0; file < 4000; ++file)
     fs::create_hard_link(Directory() + "/" + SpoolFileName(file % 2), longRun + "/" + SpoolFileName(file));
   const std::string path = directory_.Path(GetParam());
-  const pid_t child = Launch({"convert", longRun, "--json", "--salvage", "-o", path});
-  const auto deadline = Clock::now() + std::chrono::seconds(20);
-  std::error_code ignored;
-  while (Clock::now() < deadline && (!fs::exists(path) || fs::file_size(path, ignored) < 8'000'000))
-    std::this_thread::sleep_for(std::chrono::milliseconds(2)); // a pause between looks
-  kill(child, SIGINT);
-  const TOutcome outcome = Finish(child);
-  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+  const TOutcome outcome = Interrupt(LaunchUntil({"convert", longRun, "--json", "--salvage", "-o", path},
+                                                 [&] { return HasGrownTo(path, 8'000'000); }));
   const auto report = nlohmann::json::parse(outcome.output);
   EXPECT_EQ(report["outcome"], "interrupted");
   EXPECT_EQ(report["written"].get<long>() + report["not_reached"].get<long>(), 4000);

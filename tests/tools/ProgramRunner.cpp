@@ -2,11 +2,30 @@
 // Starts the tool, waits for it, reads what it said.
 #include "tests/tools/ProgramRunner.h"
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/wait.h>
+#include <thread>
 
 namespace vxtool {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+// How soon an interrupted program has ended, in seconds. A busy machine is allowed for; a run or a wait is not.
+constexpr double kPrompt = 5.0;
+
+} // namespace
+
+bool HasGrownTo(const std::string& path, std::uintmax_t bytes)
+{
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  return !error && size >= bytes;
+}
 
 void ToolProgram::Configure(const std::string& text)
 {
@@ -40,6 +59,29 @@ TOutcome ToolProgram::Finish(pid_t child)
   outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + status;
   outcome.output = TextOf(directory_.Path("out"));
   outcome.errors = TextOf(directory_.Path("err"));
+  return outcome;
+}
+
+pid_t ToolProgram::LaunchUntil(std::vector<std::string> arguments, const std::function<bool()>& condition)
+{
+  const pid_t child = Launch(std::move(arguments));
+  const auto deadline = Clock::now() + std::chrono::seconds(20);
+  bool holds = condition();
+  while (!holds && Clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(2)); // a pause between looks
+    holds = condition();
+  }
+  EXPECT_TRUE(holds) << "what was waited for did not come: " << TextOf(directory_.Path("err"));
+  return child;
+}
+
+TOutcome ToolProgram::Interrupt(pid_t child)
+{
+  const auto interrupted = Clock::now();
+  kill(child, SIGINT);
+  const TOutcome outcome = Finish(child);
+  EXPECT_LT(std::chrono::duration<double>(Clock::now() - interrupted).count(), kPrompt);
+  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
   return outcome;
 }
 

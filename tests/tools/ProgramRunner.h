@@ -5,6 +5,8 @@
 #include "tests/support/TScratchDirectory.h"
 #include "tests/tools/ImageFixtures.h"
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <sys/resource.h>
 #include <sys/types.h>
@@ -18,8 +20,6 @@ inline constexpr const char* kSmallCamera =
 /// Its frames come at their time, for tests of what happens meanwhile, and take little to make.
 inline constexpr const char* kSteadyCamera =
     "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = counter\n";
-/// How soon an interrupted program has ended, in seconds. A busy machine is allowed for; a run or a wait is not.
-inline constexpr double kPrompt = 5.0;
 
 struct TOutcome
 {
@@ -27,6 +27,9 @@ struct TOutcome
   std::string output;
   std::string errors;
 };
+
+/// Whether the file is there and at least so long.
+bool HasGrownTo(const std::string& path, std::uintmax_t bytes);
 
 /// Has the simulated cameras that Configure() says, and a directory for files.
 class ToolProgram : public ::testing::Test
@@ -41,6 +44,11 @@ protected:
   {
     return Finish(Launch(std::move(arguments), fileLimit));
   }
+
+  /// Starts the program and waits, for up to 20 s, until the condition holds; the program goes on.
+  pid_t LaunchUntil(std::vector<std::string> arguments, const std::function<bool()>& condition);
+  /// Does what Ctrl-C does, and expects that the program then ends soon and says so by its exit code.
+  TOutcome Interrupt(pid_t child);
 
   /// A number out of the JSON line.
   static long Count(const TOutcome& outcome, const std::string& key);

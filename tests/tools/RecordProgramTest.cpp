@@ -7,17 +7,14 @@
 #include "tests/tools/SpoolFixture.h"
 #include "tools/TSpoolRun.h"
 
-#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 namespace vxtool {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 
 constexpr const char* kCounterCamera =
     "[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nClock = free\nScene = counter\n";
@@ -49,15 +46,10 @@ protected:
   }
 
   // Starts a recording and waits until so many records are in its index.
-  pid_t LaunchUntil(std::uintmax_t records, const std::vector<std::string>& options)
+  pid_t RecordUntil(std::uintmax_t records, const std::vector<std::string>& options)
   {
-    const pid_t child = Launch(Record(options));
-    const std::string index = Directory() + "/" + kSpoolIndexName;
-    const auto deadline = Clock::now() + std::chrono::seconds(20);
-    std::error_code ignored;
-    while (Clock::now() < deadline && (!fs::exists(index) || fs::file_size(index, ignored) < 32 * records))
-      std::this_thread::sleep_for(std::chrono::milliseconds(5)); // a pause between looks
-    return child;
+    return LaunchUntil(Record(options),
+                       [&] { return HasGrownTo(Directory() + "/" + kSpoolIndexName, 32 * records); });
   }
 };
 
@@ -157,12 +149,7 @@ INSTANTIATE_TEST_SUITE_P(Cameras, RecordProgramEncodings,
 TEST_F(RecordProgram, InterruptKeepsWhatWasWrittenAndSaysHowMuch)
 {
   Configure(kSteadyCounterCamera);
-  const pid_t child = LaunchUntil(5, {"--frames", "100000", "--output", directory_.Path("a.tif")});
-  const auto interrupted = Clock::now();
-  kill(child, SIGINT);
-  const TOutcome outcome = Finish(child);
-  EXPECT_LT(std::chrono::duration<double>(Clock::now() - interrupted).count(), kPrompt);
-  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+  const TOutcome outcome = Interrupt(RecordUntil(5, {"--frames", "100000", "--output", directory_.Path("a.tif")}));
   ExpectCountsAddUp(outcome);
   const long written = Count(outcome, "written");
   EXPECT_GE(written, 5);
@@ -179,7 +166,7 @@ TEST_F(RecordProgram, InterruptKeepsWhatWasWrittenAndSaysHowMuch)
 TEST_F(RecordProgram, KilledProgramLeavesImagesThatCanBeSalvaged)
 {
   Configure(kSteadyCounterCamera);
-  const pid_t child = LaunchUntil(40, {"--frames", "100000"});
+  const pid_t child = RecordUntil(40, {"--frames", "100000"});
   kill(child, SIGKILL);
   Finish(child);
   const TOutcome salvaged = Run({"convert", Directory(), "--json", "--salvage", "-o", directory_.Path("a.fits")});

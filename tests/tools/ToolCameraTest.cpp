@@ -4,15 +4,10 @@
 #include "tests/tools/ProgramRunner.h"
 
 #include <algorithm>
-#include <chrono>
-#include <csignal>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 namespace vxtool {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 // Without noise and motion two runs see the same.
 constexpr const char* kStill =
@@ -209,17 +204,9 @@ TEST_F(ToolCamera, CoolingThatDoesNotWorkEndsBeforeTheFirstImage)
 TEST_F(ToolCamera, InterruptEndsTheWaitForTheTemperature)
 {
   Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\n");
-  const pid_t child =
-      Launch({"acquire", "--temperature", "-60", "--wait-stable", "--output", directory_.Path("x.tif")});
-  const auto deadline = Clock::now() + std::chrono::seconds(20);
-  std::error_code ignored;
-  while (Clock::now() < deadline && std::filesystem::file_size(directory_.Path("err"), ignored) + 1 <= 1)
-    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // until it shows that it is cooling
-  const auto interrupted = Clock::now();
-  kill(child, SIGINT);
-  const TOutcome outcome = Finish(child);
-  EXPECT_LT(std::chrono::duration<double>(Clock::now() - interrupted).count(), kPrompt);
-  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+  const TOutcome outcome = Interrupt(
+      LaunchUntil({"acquire", "--temperature", "-60", "--wait-stable", "--output", directory_.Path("x.tif")},
+                  [this] { return HasGrownTo(directory_.Path("err"), 1); })); // it shows that it is cooling
   EXPECT_NE(outcome.errors.find("cooling: "), std::string::npos) << outcome.errors;
   EXPECT_FALSE(std::filesystem::exists(directory_.Path("x.tif")));
 }

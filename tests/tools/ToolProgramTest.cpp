@@ -4,15 +4,10 @@
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
 
-#include <chrono>
-#include <csignal>
 #include <fstream>
-#include <thread>
 
 namespace vxtool {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 TEST_F(ToolProgram, WrongCommandLinesAreExplainedWithExitCodeOne)
 {
@@ -225,19 +220,9 @@ TEST_P(ToolProgramInterrupt, EndsPromptlyAndLeavesAReadableFile)
 {
   Configure(kSteadyCamera);
   const std::string path = directory_.Path(GetParam());
-  const pid_t child = Launch(
-      {"acquire", "--mode", "continuous", "--exposure", "0.001", "--cycle", "0.02", "--json", "--output", path});
-  // Interrupt once images are in the file.
-  const auto deadline = Clock::now() + std::chrono::seconds(20);
-  std::error_code ignored;
-  while (Clock::now() < deadline &&
-         (!std::filesystem::exists(path) || std::filesystem::file_size(path, ignored) < 2'000'000))
-    std::this_thread::sleep_for(std::chrono::milliseconds(5)); // a pause between looks, not a wait for the run
-  const auto interrupted = Clock::now();
-  kill(child, SIGINT);
-  const TOutcome outcome = Finish(child);
-  EXPECT_LT(std::chrono::duration<double>(Clock::now() - interrupted).count(), kPrompt);
-  EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+  const TOutcome outcome = Interrupt(LaunchUntil(
+      {"acquire", "--mode", "continuous", "--exposure", "0.001", "--cycle", "0.02", "--json", "--output", path},
+      [&] { return HasGrownTo(path, 2'000'000); }));
   ExpectCountsAddUp(outcome);
   EXPECT_GE(Count(outcome, "written"), 3);
   if (path.back() == 'f') {
