@@ -5,12 +5,14 @@ import random
 import resource
 import subprocess
 import sys
+import time
 
 import numpy as np
 import pytest
 
 from spool_writer import FIRST_TIME, SpoolWriter, checksum, chunk
 from vxmcd.spool import DamagedImageError, MissingImageError, SpoolError, SpoolFormatError, SpoolRun
+from vxmcd.spool.number_gaps import NumberGaps
 from vxmcd.spool.xxh3 import xxh3_64, xxh3_64_of_triples
 
 ENCODINGS = ["Mono8", "Mono12", "Mono12Packed", "Mono16", "Mono32"]
@@ -123,6 +125,37 @@ def test_a_short_file_gives_the_images_before_its_end(tmp_path, size):
     assert SpoolRun(tmp_path, salvage=True).numbers.tolist() == list(range(whole))
 
 
+@pytest.mark.parametrize("name", ["acquisitionmetadata.ini", "spool_index.dat", "spool_0000000000.dat"])
+@pytest.mark.parametrize("make", [os.mkfifo, lambda path: path.symlink_to("/dev/zero"), os.mkdir])
+def test_what_is_no_plain_file_is_refused_at_once(tmp_path, name, make):
+    SpoolWriter(tmp_path).write()
+    (tmp_path / name).unlink()
+    make(tmp_path / name)
+    with pytest.raises(SpoolFormatError, match=f"{name}: (is not a regular file|Is a directory)"):
+        SpoolRun(tmp_path)[0]
+    if name == "spool_index.dat":  # as if there were none
+        run = SpoolRun(tmp_path, salvage=True)
+        assert not run.is_checked and run.numbers.tolist() == [0, 1, 2, 3, 4]
+
+
+def test_files_of_any_length_are_read_as_far_as_they_can_be_right(tmp_path):
+    SpoolWriter(tmp_path).write()
+    os.truncate(tmp_path / "spool_index.dat", 10 ** 12)
+    with pytest.raises(SpoolFormatError, match="records that are damaged or repeated"):
+        SpoolRun(tmp_path)
+    assert SpoolRun(tmp_path, salvage=True).numbers.tolist() == [0, 1, 2, 3, 4]
+    os.truncate(tmp_path / "acquisitionmetadata.ini", 10 ** 12)
+    with pytest.raises(SpoolFormatError, match="acquisitionmetadata.ini: has more than 1048576 bytes"):
+        SpoolRun(tmp_path)
+
+
+def test_an_image_that_is_larger_than_its_file_and_all_memory(tmp_path):
+    writer = SpoolWriter(tmp_path)
+    writer.keys.update({"data/ImageSize": 2 ** 60, "image/Stride": 2 ** 40, "image/Width": 2 ** 39, "image/Height": 2 ** 19})
+    with pytest.raises(SpoolFormatError, match="spool_0000000000.dat: has"):
+        SpoolRun(writer.write())[0]
+
+
 def test_indices_beyond_the_run(tmp_path):
     run = SpoolRun(SpoolWriter(tmp_path, images=3).write())
     for number in (3, -4):
@@ -153,6 +186,36 @@ def test_an_aborted_run_with_a_gap_never_shifts_images(tmp_path):
     for ask in (lambda: run[2], lambda: run[1:4], run.array, lambda: run.tick(4), lambda: list(run)):
         with pytest.raises(MissingImageError, match="not there: image [24]"):
             ask()
+
+
+def test_what_is_missing_takes_no_memory(tmp_path):
+    writer = SpoolWriter(tmp_path, state="aborted", expected=2 ** 31 - 1)
+    run = SpoolRun(writer.write())
+    assert len(run.missing) == 2 ** 31 - 6 and repr(run.missing) == "<2147483642 missing: 5-2147483646>"
+    assert (run.missing[0], run.missing[-1]) == (5, 2 ** 31 - 2) and 5 in run.missing and 4 not in run.missing
+    last = 2 ** 31 - 2
+    (tmp_path / "spool_index.dat").write_bytes(b"".join(map(writer.record, range(4))) + writer.record(last, b""))
+    run = SpoolRun(tmp_path)
+    assert len(run) == 2 ** 31 - 1 and run.missing.gaps() == [range(4, last)]
+    for ask in (run.array, lambda: run[:], lambda: run[::-3]):
+        with pytest.raises(MissingImageError) as caught:
+            ask()
+        assert set(caught.value.numbers) < {4, *range(5, 10000)} and len(caught.value.numbers) == 1000
+
+
+@pytest.mark.parametrize("seed", range(20))
+def test_gaps_are_the_numbers_that_are_not_there(seed):
+    chance = random.Random(seed)
+    there = np.array(sorted(chance.sample(range(40), chance.randrange(41))), np.int64)
+    whole = range(*chance.choice([(40,), (0, 60, 7), (50, 3, -4), (5, 5), (30, 2), (12, 13)]))
+    expected = sorted(set(whole) - set(there.tolist()))
+    gaps = NumberGaps(whole, there)
+    assert list(gaps) == gaps.tolist() == gaps[:] == np.array(gaps).tolist() == expected
+    assert [gaps[place] for place in range(-len(gaps), len(gaps))] == expected * 2 and gaps[::-2] == expected[::-2]
+    assert [number for number in range(-5, 70) if number in gaps] == expected
+    assert [number for gap in gaps.gaps() for number in gap] == expected and gaps.size == len(expected)
+    with pytest.raises(IndexError):
+        gaps[len(gaps)]
 
 
 @pytest.mark.parametrize("change, problem", [
@@ -235,6 +298,20 @@ def test_salvage_without_an_index(tmp_path):
     np.testing.assert_array_equal(run[3], writer.array()[3])
     with pytest.raises(SpoolError, match="no index"):
         run.verify(0)
+
+
+def test_salvage_without_an_index_looks_at_many_small_images_at_once(tmp_path):
+    images = 2 ** 24
+    writer = SpoolWriter(tmp_path, 3, 1, 1, "Mono8", images_per_file=images, metadata=False, state="recording",
+                         expected=images)
+    writer.write()
+    (tmp_path / "spool_index.dat").unlink()
+    with open(tmp_path / "spool_0000000000.dat", "r+b") as file:
+        file.seek(images - 5)
+        file.write(b"\x01\x00\x01")
+    begin = time.monotonic()
+    assert SpoolRun(tmp_path, salvage=True).numbers.tolist() == [0, 1, 2, images - 5, images - 3]
+    assert time.monotonic() - begin < 10  # one by one they take half a minute and more
 
 
 @pytest.mark.parametrize("tail", [

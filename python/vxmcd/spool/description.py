@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import configparser
 import dataclasses
+import io
 from pathlib import Path
 from typing import Optional
 
@@ -11,11 +12,13 @@ import numpy as np
 
 from .errors import SpoolFormatError
 from .pixels import row_bytes
+from .regular_file import open_regular
 
 FILE_NAME = "acquisitionmetadata.ini"
 FORMAT = 1
 STATES = ("recording", "complete", "aborted", "failed")
 MOST_IMAGES = 2**31 - 1
+_MOST_BYTES = 2**20
 
 
 def _switch(text):
@@ -97,9 +100,7 @@ class RunDescription:
         path = directory / FILE_NAME
         parser = configparser.ConfigParser(interpolation=None, strict=False, delimiters=("=",))
         try:
-            parser.read_string(path.read_text("utf-8-sig", errors="replace"))
-        except OSError as error:
-            raise SpoolFormatError(path, error.strerror or str(error)) from error
+            parser.read_file(_text(path))
         except configparser.Error as error:
             raise SpoolFormatError(path, f"is no INI file: {error.message}") from error
         description = cls(**{field.name: _value(path, parser, field) for field in dataclasses.fields(cls)})
@@ -117,6 +118,14 @@ class RunDescription:
             raise SpoolFormatError(path, f"[image] Stride is {self.stride}, but a row has {row} bytes")
         if (self.height - 1) * self.stride + row > self.image_size:
             raise SpoolFormatError(path, f"[data] ImageSize is {self.image_size}, too little for {self.height} rows")
+
+
+def _text(path):
+    with open_regular(path) as file:
+        data = file.read(_MOST_BYTES + 1)
+    if len(data) > _MOST_BYTES:
+        raise SpoolFormatError(path, f"has more than {_MOST_BYTES} bytes")
+    return io.TextIOWrapper(io.BytesIO(data), "utf-8-sig", errors="replace")
 
 
 def _value(path, parser, field):

@@ -5,6 +5,9 @@ from __future__ import annotations
 from pathlib import Path
 
 
+_MOST_LISTED = 1000
+
+
 class SpoolError(Exception):
     """A spooled run cannot be read. The base of the other errors here."""
 
@@ -22,10 +25,10 @@ def _listed(numbers):
 
 
 class MissingImageError(SpoolError, LookupError):
-    """Images that were asked for are not there. `numbers` lists them, counted from 0."""
+    """Images that were asked for are not there. `numbers` lists the first thousand of them, counted from 0."""
 
     def __init__(self, numbers, where: Path):
-        self.numbers = [int(number) for number in numbers]
+        self.numbers = [int(number) for number in numbers[:_MOST_LISTED]]
         super().__init__(f"{where}: not there: image {_listed(self.numbers)}")
 
 

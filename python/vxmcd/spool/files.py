@@ -2,6 +2,7 @@
 """The files that hold the images."""
 from __future__ import annotations
 
+import os
 import re
 from collections import OrderedDict
 from pathlib import Path
@@ -10,6 +11,7 @@ from typing import List
 import numpy as np
 
 from .errors import SpoolFormatError
+from .regular_file import open_regular
 
 _MOST_OPEN = 8
 _NAME = re.compile(r"spool_(\d{10})\.dat")
@@ -31,6 +33,10 @@ class SpoolFiles:
         """The files that are there."""
         names = (_NAME.fullmatch(path.name) for path in self._directory.iterdir())
         return sorted(int(name.group(1)) for name in names if name)
+
+    def images_in(self, file: int) -> int:
+        """How many images the length of a file has room for."""
+        return min(self._map(file).size // self._image_size, self._images_per_file)
 
     def frame(self, number: int) -> np.ndarray:
         """The bytes of an image, read-only, mapped as long as somebody holds them."""
@@ -58,11 +64,9 @@ class SpoolFiles:
             self._open.move_to_end(file)
             return self._open[file]
         path = self._path(file)
-        try:
-            is_empty = path.stat().st_size == 0
-            data = np.zeros(0, np.uint8) if is_empty else np.asarray(np.memmap(path, np.uint8, "r"))
-        except OSError as error:
-            raise SpoolFormatError(path, error.strerror or str(error)) from error
+        with open_regular(path) as opened:
+            is_empty = os.fstat(opened.fileno()).st_size == 0
+            data = np.zeros(0, np.uint8) if is_empty else np.asarray(np.memmap(opened, np.uint8, "r"))
         while len(self._open) >= _MOST_OPEN:
             self._open.popitem(last=False)
         self._open[file] = data

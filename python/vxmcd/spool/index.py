@@ -7,11 +7,13 @@ from typing import NamedTuple
 
 import numpy as np
 
-from .errors import SpoolFormatError
+from .regular_file import open_regular
 from .xxh3 import xxh3_64_of_triples
 
 FILE_NAME = "spool_index.dat"
 RECORD = np.dtype([("number", "<u8"), ("checksum", "<u8"), ("time", "<i8"), ("check", "<u8")])
+_BLOCK = 2**15  # records that are read at once
+_SPARE = 2**15  # records that a run may have above those that it expects; what lies behind them is not read
 
 
 class SpoolIndex(NamedTuple):
@@ -24,15 +26,24 @@ class SpoolIndex(NamedTuple):
 
 def read_index(directory: Path, images_expected: int) -> SpoolIndex:
     """Reads the index of a run; SpoolFormatError when there is none."""
-    path = directory / FILE_NAME
-    try:
-        data = path.read_bytes()
-    except OSError as error:
-        raise SpoolFormatError(path, error.strerror or str(error)) from error
-    rest = len(data) % RECORD.itemsize
-    records = np.frombuffer(data, RECORD, len(data) // RECORD.itemsize)
-    words = records.view("<u8").reshape(-1, 4)
-    good = records[(xxh3_64_of_triples(words[:, :3]) == records["check"]) & (records["number"] < images_expected)]
+    whole = [np.empty(0, RECORD)]
+    count = rest = 0
+    with open_regular(directory / FILE_NAME) as file:
+        for _ in range((images_expected + _SPARE) // _BLOCK + 1):
+            data = file.read(_BLOCK * RECORD.itemsize)
+            records = np.frombuffer(data, RECORD, len(data) // RECORD.itemsize)
+            whole.append(_whole_records(records, images_expected))
+            count += len(records)
+            rest = len(data) % RECORD.itemsize
+            if len(records) < _BLOCK:
+                break
+    good = np.concatenate(whole)
     _, firsts = np.unique(good["number"], return_index=True)
-    return SpoolIndex(good[firsts], len(records) - len(firsts), rest)
+    return SpoolIndex(good[firsts], count - len(firsts), rest)
 
+
+def _whole_records(records, images_expected):
+    words = records.view("<u8").reshape(-1, 4)
+    if not words.any():  # of a file that is mostly a hole
+        return np.empty(0, RECORD)
+    return records[(xxh3_64_of_triples(words[:, :3]) == records["check"]) & (records["number"] < images_expected)]

@@ -15,7 +15,10 @@ from .errors import DamagedImageError, MissingImageError, SpoolError, SpoolForma
 from .files import SpoolFiles
 from .index import FILE_NAME as INDEX_NAME
 from .index import read_index
+from .number_gaps import NumberGaps
 from .xxh3 import xxh3_64
+
+_LOOK_BYTES = 2**22  # looked at together when nothing tells which images are there
 
 
 class SpoolRun:
@@ -39,9 +42,9 @@ class SpoolRun:
         self.damaged: List[int] = []
         if self.state == "recording" and not salvage:
             raise SpoolError(f"{self.path}: the run was killed or is still going on; salvage=True gives what is there")
-        if salvage and not (self.path / INDEX_NAME).exists():
+        if salvage and not (self.path / INDEX_NAME).is_file():
             self.is_checked = False
-            self.numbers = np.array(self._nonzero_images(), np.int64)
+            self.numbers = self._nonzero_images()
             return
         index = read_index(self.path, self.description.images_expected)
         self._records = index.records
@@ -57,11 +60,9 @@ class SpoolRun:
         return self.description.state
 
     @property
-    def missing(self) -> np.ndarray:
-        """The numbers of the series that are not there."""
-        is_missing = np.ones(self.description.images_expected, bool)
-        is_missing[self.numbers] = False
-        return np.flatnonzero(is_missing)
+    def missing(self) -> NumberGaps:
+        """The numbers of the series that are not there, as a sequence; `missing.gaps()` has them as ranges."""
+        return NumberGaps(range(self.description.images_expected), self.numbers)
 
     @property
     def shape(self) -> Tuple[int, int]:
@@ -85,7 +86,8 @@ class SpoolRun:
         """An image as an array of its own; of a slice all its images, (images, rows, columns)."""
         if isinstance(number, slice):
             return self._stack(range(*number.indices(len(self))))
-        return self._stack([self._number(number)])[0]
+        number = self._number(number)
+        return self._stack(range(number, number + 1))[0]
 
     def __iter__(self) -> Iterator[np.ndarray]:
         """The images 0 to len - 1; a missing one raises MissingImageError (`numbers` has those that are there)."""
@@ -152,16 +154,19 @@ class SpoolRun:
         return number + count if number < 0 else number
 
     def _check_present(self, numbers):
-        lacking = np.setdiff1d(numbers, self.numbers)
-        if lacking.size:
+        lacking = NumberGaps(numbers, self.numbers)
+        if lacking:
             raise MissingImageError(lacking, self.path)
 
     def _frame(self, number):
-        self._check_present([number])
+        if number not in self:
+            raise MissingImageError([number], self.path)
         return self._files.frame(number)
 
     def _stack(self, numbers):
         self._check_present(numbers)
+        for number in numbers[:1]:
+            self._files.frame(number)  # a file that is too short says so before memory is asked for
         stack = np.empty((len(numbers), *self.shape), self.dtype)
         for place, number in enumerate(numbers):
             pixels.decode(self._files.frame(number), self.description, stack[place])
@@ -199,13 +204,16 @@ class SpoolRun:
             raise
 
     def _nonzero_images(self):
-        found = []
+        found = [np.empty(0, np.int64)]
+        step = max(_LOOK_BYTES // self.description.image_size, 1)
         for file in self._files.numbers_on_disk():
             first = file * self.description.images_per_file
-            for number in range(first, min(first + self.description.images_per_file, self.description.images_expected)):
-                try:
-                    if self._files.frame(number).any():
-                        found.append(number)
-                except SpoolFormatError:
-                    break
-        return found
+            try:
+                end = min(first + self._files.images_in(file), self.description.images_expected)
+            except SpoolFormatError:
+                continue
+            for number in range(first, end, step):
+                frames = self._files.frames(number, min(step, end - number))
+                if frames.any():
+                    found.append(number + np.flatnonzero(frames.reshape(-1, self.description.image_size).any(axis=1)))
+        return np.concatenate(found)
