@@ -65,7 +65,7 @@ unsigned int Initialize(char* /*directory*/)
   if (IsCurrentCameraOpen()) return RC_SUCCESS;
 
   TLibraryUse library;
-  if (RaiseInitialiseCounter()) LoadTriggerBoardLibrary();
+  if (RaiseInitialiseCounter()) LoadTriggerBoardLibrary(gblInitialiseCounter);
   const int coreHandle = OpenCurrentDevice();
   if (coreHandle == VX_HANDLE_NONE) return RC_NO_CAMERA;
 
@@ -82,7 +82,7 @@ unsigned int Initialize(char* /*directory*/)
 
 unsigned int ShutDown(void)
 {
-  if (LowerInitialiseCounter()) UnloadTriggerBoardLibrary();
+  if (LowerInitialiseCounter()) UnloadTriggerBoardLibrary(gblInitialiseCounter);
   if (IsForkedChild()) return RC_NOT_INITIALIZED;
 
   const QuorinUtility::TAutoQuorinCriticalSection lock(&currentCameraShutdownMutex.object);

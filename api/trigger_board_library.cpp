@@ -24,41 +24,60 @@ TNeverDestroyed<std::mutex> turnMutex;
 // A plug-in may call these functions again; that must not wait for its turn.
 thread_local int usesOfThisThread = 0;
 
+// Nor must what a plug-in does while this thread loads or unloads it.
+thread_local bool isReplacing = false;
+
+struct TReplacing
+{
+  TReplacing() { isReplacing = true; }
+  ~TReplacing() { isReplacing = false; }
+};
+
 // The object's place is never given up: programs may have kept the pointer to it. A library that is gone is
 // followed by an object without one.
 alignas(TLoadUSBi2cDll) std::byte place[sizeof(TLoadUSBi2cDll)];
 
+// Answers where the library cannot be used.
+alignas(TLoadUSBi2cDll) std::byte placeOfNone[sizeof(TLoadUSBi2cDll)];
+const TLoadUSBi2cDll* const noLibrary = new (placeOfNone) TLoadUSBi2cDll(TLoadUSBi2cDll::TUnloaded{});
+
 template <class... TArguments>
 void Replace(TArguments... arguments)
 {
+  const TReplacing replacing;
   if (gblp_LoadUSBi2cDll) std::destroy_at(gblp_LoadUSBi2cDll);
-  gblp_LoadUSBi2cDll = new (place) TLoadUSBi2cDll(arguments...);
-}
-
-} // namespace
-
-void LoadTriggerBoardLibrary()
-{
-  const std::lock_guard turn(turnMutex.object);
-  const std::unique_lock lock(libraryMutex.object);
   try {
-    Replace();
+    gblp_LoadUSBi2cDll = new (place) TLoadUSBi2cDll(arguments...);
   } catch (...) {
     gblp_LoadUSBi2cDll = new (place) TLoadUSBi2cDll(TLoadUSBi2cDll::TUnloaded{});
     throw;
   }
 }
 
-void UnloadTriggerBoardLibrary()
+} // namespace
+
+void LoadTriggerBoardLibrary(const std::atomic<int>& cameras)
+{
+  const std::lock_guard turn(turnMutex.object);
+  const std::unique_lock lock(libraryMutex.object);
+  if (cameras > 0) Replace();
+}
+
+void UnloadTriggerBoardLibrary(const std::atomic<int>& cameras)
 {
   if (IsForkedChild()) return;
   const std::lock_guard turn(turnMutex.object);
   const std::unique_lock lock(libraryMutex.object);
-  if (gblp_LoadUSBi2cDll) Replace(TLoadUSBi2cDll::TUnloaded{});
+  if (gblp_LoadUSBi2cDll && cameras == 0) Replace(TLoadUSBi2cDll::TUnloaded{});
 }
 
 TTriggerBoardUse::TTriggerBoardUse()
 {
+  if (isReplacing || IsForkedChild()) {
+    library_ = isReplacing || gblp_LoadUSBi2cDll ? noLibrary : nullptr;
+    return;
+  }
+  holdsLibrary_ = true;
   if (usesOfThisThread++ == 0) {
     const std::lock_guard turn(turnMutex.object);
     libraryMutex.object.lock_shared();
@@ -68,5 +87,5 @@ TTriggerBoardUse::TTriggerBoardUse()
 
 TTriggerBoardUse::~TTriggerBoardUse()
 {
-  if (--usesOfThisThread == 0) libraryMutex.object.unlock_shared();
+  if (holdsLibrary_ && --usesOfThisThread == 0) libraryMutex.object.unlock_shared();
 }

@@ -34,7 +34,9 @@
  * Functions run on the thread of the application that makes the call: those of a configuration library one call at a
  * time for one camera, those of a trigger-board library whenever they are called, several at a time. Names that a
  * plug-in leaves to others are looked up at their first call; one that nobody has ends the process then. Plug-ins must
- * not call Initialize() or ShutDown().
+ * not call Initialize() or ShutDown(), and a trigger-board library none of the functions vxsys_CameraPots...(): their
+ * observers may be waiting for it. TriggerBoard functions of libvxmcd that a trigger-board library calls while it is
+ * loaded or unloaded, from a constructor say, answer 1.
  */
 #ifndef VXMCD_PLUGINS_H
 #define VXMCD_PLUGINS_H

@@ -179,6 +179,7 @@ std::uint32_t TCameraPotsFacade::SaveFile(const char* fileName)
 
 std::uint32_t TCameraPotsFacade::CreateEmptyINIFile(const char* fileName)
 {
+  errno = EINVAL; // of no name
   TOpenFile file = fileName ? CreateRegularFile(fileName) : nullptr;
   bool isWritten = file != nullptr;
   for (int group = 0; file && group < groupCount_; ++group) {

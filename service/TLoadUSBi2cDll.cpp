@@ -7,6 +7,8 @@
 #include "utility/TQuorinFilePath.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
+#include <dlfcn.h>
+
 using QuorinUtility::TQuorinDirectoryList;
 using QuorinUtility::TQuorinDynamicLoader;
 using QuorinUtility::TQuorinFilePath;
@@ -15,6 +17,14 @@ using QuorinUtility::TQuorinLibDebugOutput;
 namespace {
 
 constexpr const char* kLibraryName = "usbi2c.dll";
+
+/// Whether an address is in the shared object that this code is in.
+bool IsOurs(const void* address)
+{
+  Dl_info its = {};
+  Dl_info ours = {};
+  return ::dladdr(address, &its) != 0 && ::dladdr(kLibraryName, &ours) != 0 && its.dli_fbase == ours.dli_fbase;
+}
 
 } // namespace
 
@@ -63,10 +73,13 @@ bool TLoadUSBi2cDll::ResolveAll()
          Resolve(shutDown_, "TriggerBoard_ShutDown") && Resolve(externalTrigger_, "TriggerBoard_ExternalTrigger");
 }
 
+// What a library lacks is looked up in the libraries it needs. When this one is among them, its own functions of the
+// same names are found, and they would forward to themselves.
 template <class TFunction>
 bool TLoadUSBi2cDll::Resolve(TFunction& function, const char* symbol)
 {
-  function = reinterpret_cast<TFunction>(loader_->GetFunction(symbol));
+  void* const found = loader_->GetFunction(symbol);
+  function = found && !IsOurs(found) ? reinterpret_cast<TFunction>(found) : nullptr;
   if (!function)
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s has no %s and is not used",
                                   libraryPath_->GetForwardSlashPath(), symbol);

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <stdexcept>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -277,16 +278,48 @@ TEST_F(TriggerBoard, TheLibraryStaysUntilTheLastShutDownAndTheObjectForGood)
 
 TEST_F(TriggerBoard, LibrariesThatFallShortAreNotLoaded)
 {
-  PutVariant("without_ExternalTrigger", kTriggerBoardLibrary);
+  for (const char* const variant : {"without_ExternalTrigger", "without_but_linked"}) {
+    SCOPED_TRACE(variant);
+    PutVariant(variant, kTriggerBoardLibrary);
+    Open();
+    int output = 4711;
+    EXPECT_EQ(TriggerBoard_Initialize(), kNotLoaded);
+    EXPECT_EQ(TriggerBoard_GetAvailableTriggers(&output), kNotLoaded);
+    EXPECT_EQ(TriggerBoard_GetTriggerHandle(0, &output), kNotLoaded);
+    EXPECT_EQ(TriggerBoard_SetCurrentTrigger(0), kNotLoaded);
+    EXPECT_EQ(TriggerBoard_ShutDown(), kNotLoaded);
+    EXPECT_EQ(TriggerBoard_I2CWrite(1, 2, 3), RC_SUCCESS);
+    EXPECT_EQ(output, 4711);
+    EXPECT_EQ(ShutDown(), RC_SUCCESS);
+  }
+}
+
+TEST_F(TriggerBoard, ALibraryMayCallWhileItIsLoadedAndUnloaded)
+{
+  PutVariant("calls_by_name", kTriggerBoardLibrary);
   Open();
-  int output = 4711;
-  EXPECT_EQ(TriggerBoard_Initialize(), kNotLoaded);
-  EXPECT_EQ(TriggerBoard_GetAvailableTriggers(&output), kNotLoaded);
-  EXPECT_EQ(TriggerBoard_GetTriggerHandle(0, &output), kNotLoaded);
-  EXPECT_EQ(TriggerBoard_SetCurrentTrigger(0), kNotLoaded);
-  EXPECT_EQ(TriggerBoard_ShutDown(), kNotLoaded);
-  EXPECT_EQ(TriggerBoard_I2CWrite(1, 2, 3), RC_SUCCESS);
-  EXPECT_EQ(output, 4711);
+  int answer = 4711;
+  EXPECT_EQ(TriggerBoard_GetAvailableTriggers(&answer), 0u);
+  EXPECT_EQ(answer, static_cast<int>(kNotLoaded));
+  EXPECT_EQ(ShutDown(), RC_SUCCESS);
+  EXPECT_EQ(TriggerBoard_GetAvailableTriggers(&answer), kNotLoaded);
+}
+
+// The child of a fork has the locks as they were, perhaps held by a thread that it does not have.
+TEST_F(TriggerBoard, AForkedChildWaitsForNobody)
+{
+  Put(kTriggerBoardLibrary);
+  Open();
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(20);
+    int count = 4711;
+    _exit(TriggerBoard_GetAvailableTriggers(&count) == kNotLoaded && count == 4711 ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(TriggerBoard_Initialize(), 0u) << "the parent goes on";
 }
 
 TEST_F(TriggerBoard, OpeningACameraInADirectoryThatIsGone)

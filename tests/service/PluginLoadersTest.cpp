@@ -195,14 +195,15 @@ TEST_F(TriggerBoardLoader, IsUnloadedWhileCallsOverlapWithoutEnd)
   using TClock = std::chrono::steady_clock;
   constexpr std::chrono::milliseconds kCall(5);
   here_.Copy(Example(kTriggerBoardLibrary), kTriggerBoardLibrary);
-  LoadTriggerBoardLibrary();
+  std::atomic<int> cameras{1};
+  LoadTriggerBoardLibrary(cameras);
   std::atomic<bool> isUnloaded{false};
   const auto begin = TClock::now();
   std::vector<std::thread> callers;
   for (int i = 0; i < 6; ++i) {
     callers.emplace_back([&, i] {
       std::this_thread::sleep_for(kCall * i / 6);
-      while (!isUnloaded && TClock::now() - begin < std::chrono::seconds(5)) {
+      while (!isUnloaded && TClock::now() - begin < std::chrono::seconds(50)) {
         const TTriggerBoardUse board;
         std::this_thread::sleep_for(kCall);
         const TTriggerBoardUse again;
@@ -213,9 +214,12 @@ TEST_F(TriggerBoardLoader, IsUnloadedWhileCallsOverlapWithoutEnd)
     });
   }
   std::this_thread::sleep_for(kCall * 10);
-  UnloadTriggerBoardLibrary();
+  UnloadTriggerBoardLibrary(cameras);
+  EXPECT_TRUE(IsLoaded()) << "another camera has been opened meanwhile";
+  cameras = 0;
+  UnloadTriggerBoardLibrary(cameras);
   isUnloaded = true;
-  EXPECT_LT(TClock::now() - begin, std::chrono::seconds(4));
+  EXPECT_LT(TClock::now() - begin, std::chrono::seconds(40));
   for (std::thread& caller : callers) caller.join();
   ExpectNotLoaded(*gblp_LoadUSBi2cDll);
   EXPECT_FALSE(IsLoaded());
