@@ -4,25 +4,19 @@
 
 #include "features/current_core_handle.h"
 #include "features/feature_names.h"
+#include "features/TValueText.h"
 #include "vxcore.h"
 
 #include <cmath>
-#include <cwchar>
 
 namespace {
 
-constexpr int kValueTextLength = 64;
 constexpr double kMarginMs = 1000.0;
 
 bool IsTriggeredInternally(int coreHandle)
 {
-  int index = 0;
-  if (VX_GetEnumerated(coreHandle, Feature::kTriggerMode, &index) != VX_SUCCESS) return false;
-  wchar_t text[kValueTextLength] = {};
-  if (VX_GetEnumeratedString(coreHandle, Feature::kTriggerMode, index, text, kValueTextLength) != VX_SUCCESS)
-    return false;
-  text[kValueTextLength - 1] = L'\0';
-  return std::wcscmp(text, FeatureText::kInternal) == 0;
+  TValueText mode;
+  return mode.ReadPresent(coreHandle, Feature::kTriggerMode) == VX_SUCCESS && mode.Is(FeatureText::kInternal);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/text_numbers.h"
+#include "features/TValueText.h"
 #include "utility/TQuorinMisc.h"
 #include "vxcore.h"
 #include "vxmcd.h"
@@ -21,7 +22,6 @@ extern "C" VXMCD_API void PlainExtractNumberFromString(wchar_t* text,
 namespace {
 
 constexpr int kModelTextLength = 32;
-constexpr int kValueTextLength = 64;
 constexpr int kHeadModelLength = 4096;
 constexpr float kDefaultPixelMicrometres = 10.0F;
 
@@ -37,10 +37,9 @@ void VisitValues(int coreHandle, const wchar_t* feature, Visit visit)
   int count = 0;
   if (VX_GetEnumeratedCount(coreHandle, feature, &count) != VX_SUCCESS) return;
   const auto read = [=](int index, std::wstring& value) {
-    wchar_t text[kValueTextLength] = {};
-    const int code = VX_GetEnumeratedString(coreHandle, feature, index, text, kValueTextLength);
-    text[kValueTextLength - 1] = L'\0';
-    value = text;
+    TValueText text;
+    const int code = text.Read(coreHandle, feature, index);
+    value = text.Get();
     return code;
   };
   VisitTexts(count, read, visit);

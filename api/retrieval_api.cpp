@@ -4,38 +4,16 @@
 #include "api/exports.h"
 #include "api/TCameraUse.h"
 #include "features/feature_names.h"
+#include "features/TValueText.h"
 #include "retrieval/TPackedFetchImage.h"
 #include "retrieval/TUnpackedFetchImage.h"
 #include "vxcore.h"
 
-#include <cwchar>
 #include <limits>
 #include <memory>
 #include <type_traits>
 
 namespace {
-
-constexpr int kEncodingTextLength = 64;
-
-/// The present "PixelEncoding".
-class TEncoding
-{
-public:
-  /// Returns false when the camera cannot tell.
-  bool Read(int coreHandle)
-  {
-    int index = 0;
-    if (VX_GetEnumerated(coreHandle, Feature::kPixelEncoding, &index) != VX_SUCCESS) return false;
-    const int code =
-        VX_GetEnumeratedString(coreHandle, Feature::kPixelEncoding, index, text_, kEncodingTextLength);
-    text_[kEncodingTextLength - 1] = L'\0';
-    return code == VX_SUCCESS;
-  }
-  bool Is(const wchar_t* encoding) const { return std::wcscmp(text_, encoding) == 0; }
-
-private:
-  wchar_t text_[kEncodingTextLength] = {};
-};
 
 // A failed read, or a value that no image can have, gives 0, with which nothing is ever copied.
 int ReadGeometry(int coreHandle, const wchar_t* feature)
@@ -49,8 +27,8 @@ int ReadGeometry(int coreHandle, const wchar_t* feature)
 template <class Dst, class Action>
 unsigned int Fetch(const TCameraUse& camera, Action action)
 {
-  TEncoding encoding;
-  if (!encoding.Read(camera.CoreHandle())) return RC_NOT_SUPPORTED;
+  TValueText encoding;
+  if (encoding.ReadPresent(camera.CoreHandle(), Feature::kPixelEncoding) != VX_SUCCESS) return RC_NOT_SUPPORTED;
   const int width = ReadGeometry(camera.CoreHandle(), Feature::kAOIWidth);
   const int height = ReadGeometry(camera.CoreHandle(), Feature::kAOIHeight);
   const int stride = ReadGeometry(camera.CoreHandle(), Feature::kAOIStride);

@@ -3,16 +3,15 @@
 #include "features/feature_access.h"
 
 #include "features/current_core_handle.h"
+#include "features/TValueText.h"
 #include "vxcore.h"
 #include "vxmcd_result_codes.h"
 
 #include <algorithm>
-#include <cwchar>
 #include <vector>
 
 namespace {
 
-constexpr int kValueTextLength = 64;
 constexpr std::int64_t kMaxStringLength = 4096;
 
 bool IsEnumeratedIndexAvailable(const wchar_t* feature, int index)
@@ -35,11 +34,9 @@ int GetEnumeratedIndexFromString(const wchar_t* feature, const wchar_t* value)
   if (VX_GetEnumeratedCount(CurrentCoreHandle(), feature, &count) != VX_SUCCESS) return -1;
 
   for (int index = 0; index < count; ++index) {
-    wchar_t text[kValueTextLength] = {};
-    if (VX_GetEnumeratedString(CurrentCoreHandle(), feature, index, text, kValueTextLength) != VX_SUCCESS)
-      return -1;
-    text[kValueTextLength - 1] = L'\0';
-    if (std::wcscmp(text, value) == 0) return index;
+    TValueText text;
+    if (text.Read(CurrentCoreHandle(), feature, index) != VX_SUCCESS) return -1;
+    if (text.Is(value)) return index;
   }
   return -1;
 }

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// The text of a value of an enumerated feature.
+#include "features/TValueText.h"
+
+#include "vxcore.h"
+
+#include <cwchar>
+
+int TValueText::Read(int coreHandle, const wchar_t* feature, int index)
+{
+  text_ = {};
+  const int code =
+      VX_GetEnumeratedString(coreHandle, feature, index, text_.data(), static_cast<int>(text_.size()));
+  text_.back() = L'\0';
+  return code;
+}
+
+int TValueText::ReadPresent(int coreHandle, const wchar_t* feature)
+{
+  int index = 0;
+  const int code = VX_GetEnumerated(coreHandle, feature, &index);
+  return code == VX_SUCCESS ? Read(coreHandle, feature, index) : code;
+}
+
+bool TValueText::Is(const wchar_t* text) const
+{
+  return std::wcscmp(text_.data(), text) == 0;
+}
