@@ -16,3 +16,7 @@ def __getattr__(name):
     import importlib
     value = globals()[name] = getattr(importlib.import_module(f".{_LAZY[name]}", __name__), name)
     return value
+
+
+def __dir__():
+    return sorted({*globals(), *_LAZY})

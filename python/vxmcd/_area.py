@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import ctypes
+import numbers
+import operator
 from typing import NamedTuple, Optional, Tuple
 
 import numpy as np
@@ -44,7 +46,7 @@ class AreaSettings:
 
     @area.setter
     def area(self, area: Optional[Area]) -> None:
-        self._set_image(Area(1, 1, *self.sensor_size) if area is None else Area(*area), self._binning)
+        self._set_image(Area(1, 1, *self.sensor_size) if area is None else Area(*map(operator.index, area)), self._binning)
 
     @property
     def binning(self) -> Tuple[int, int]:
@@ -54,8 +56,8 @@ class AreaSettings:
 
     @binning.setter
     def binning(self, binning) -> None:
-        horizontal, vertical = (binning, binning) if isinstance(binning, int) else binning
-        self._set_image(self._area, (horizontal, vertical))
+        horizontal, vertical = (binning, binning) if isinstance(binning, numbers.Integral) else binning
+        self._set_image(self._area, (operator.index(horizontal), operator.index(vertical)))
 
     @property
     def shape(self) -> Tuple[int, int]:

@@ -41,7 +41,7 @@ class CoolingSettings:
     @target_temperature.setter
     def target_temperature(self, celsius: int) -> None:
         lowest, highest = self.temperature_range
-        if celsius != int(celsius) or not lowest <= celsius <= highest:
+        if not lowest <= celsius <= highest or celsius != int(celsius):
             raise ValueError(f"a target of {celsius} C: this camera takes whole degrees from {lowest} to {highest}")
         self._session.call("SetTemperature", int(celsius))
 

@@ -6,6 +6,8 @@ from __future__ import annotations
 import ctypes
 import threading
 
+import numpy as np
+
 from . import raw
 from .errors import CameraStateError, VxmcdError
 
@@ -13,6 +15,7 @@ FIRST_HANDLE = 101
 
 _lock = threading.RLock()
 _acquiring = None  # the session whose run goes on: the current camera must stay
+_is_calling = False  # the thread with the lock has chosen its camera for a call: the current camera must stay too
 
 
 def camera_count() -> int:
@@ -38,8 +41,7 @@ class Session:
         with _lock:
             if self.handle in self._open:
                 raise CameraStateError(f"camera {index} is open already")
-            self._make_current()
-            self._check("Initialize", raw.Initialize(None))
+            self._call_as_current("Initialize", None)
             self.is_open = True
             self._open[self.handle] = self
 
@@ -48,8 +50,7 @@ class Session:
         with _lock:
             if not self.is_open:
                 raise CameraStateError(f"{name}: camera {self.index} is closed")
-            self._make_current()
-            return self._check(name, getattr(raw, name)(*arguments), also)
+            return self._call_as_current(name, *arguments, also=also)
 
     def change(self, name: str, *arguments, also=()) -> int:
         """As call(), for settings that a camera keeps during a run, often without saying so."""
@@ -97,26 +98,48 @@ class Session:
             if _acquiring is not self:
                 return
             _acquiring = None
-            while self._closing:
-                self._closing.pop()._shut_down()
+            self._shut_down_closed()
 
     def close(self) -> None:
         """Closes the camera, which ends its run. While another camera acquires it is closed to callers at once, and in the
-        library when that run ends."""
+        library when that run ends. The collector of garbage may close a forgotten camera in the middle of a call for
+        another one: then it is closed in the library at the end of that call."""
         with _lock:
             if not self.is_open:
                 return
             self.is_open = False
-            if _acquiring not in (None, self):
-                self._closing.append(self)
+            self._closing.append(self)
+            self._shut_down_closed()
+
+    @classmethod
+    def _shut_down_closed(cls):
+        while not _is_calling:
+            free = [session for session in cls._closing if _acquiring in (None, session)]
+            if not free:
                 return
-            self._shut_down()
-            self.end_run()
+            cls._closing.remove(free[0])
+            free[0]._shut_down()
 
     def _shut_down(self):
+        global _acquiring
         del self._open[self.handle]
-        self._make_current()
-        self._check("ShutDown", raw.ShutDown())
+        try:
+            self._call_as_current("ShutDown")
+        finally:
+            _acquiring = None
+
+    def _call_as_current(self, name, *arguments, also=()):
+        global _is_calling
+        # ctypes takes integers of Python only.
+        arguments = [int(argument) if isinstance(argument, np.integer) else argument for argument in arguments]
+        is_inner = _is_calling  # as in a signal's handler
+        try:
+            _is_calling = True
+            self._make_current()
+            return self._check(name, getattr(raw, name)(*arguments), also)
+        finally:
+            _is_calling = is_inner
+            self._shut_down_closed()
 
     def _make_current(self):
         if _acquiring not in (None, self):

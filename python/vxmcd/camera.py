@@ -22,11 +22,17 @@ from .spool import SpoolRun
 
 _MODEL_BYTES = 4096  # what GetHeadModel may write
 _SPOOL_METHODS = (1, 3)
+_SPOOL_THREADS = 2  # as in a library where nobody has set them
 
 
 def cameras() -> List[int]:
     """The numbers of the attached cameras, for Camera(number)."""
     return list(range(camera_count()))
+
+
+def _check_length(images):
+    if images < 1:
+        raise ValueError(f"{images} images: 1 or more")
 
 
 class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
@@ -45,6 +51,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         self._session = Session(number)
         self._finalizer = weakref.finalize(self, self._session.close)
         try:
+            self._model = self.model  # for repr(), which must not fail while another camera acquires
             self._set_up_readout()
             self._set_up_timing()
             self._set_up_area()
@@ -59,7 +66,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         self.close()
 
     def __repr__(self) -> str:
-        return f"<Camera {self.number}: {self.model if self.is_open else 'closed'}>"
+        return f"<Camera {self.number}: {self._model if self.is_open else 'closed'}>"
 
     def close(self) -> None:
         """Closes the camera; a run ends. Every later call raises CameraStateError."""
@@ -105,17 +112,23 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         """Takes one image, rows x columns. With the software trigger it triggers too. NoImageError when none has come after
         `timeout` s."""
         mode = _run.ACCUMULATE if self.accumulations > 1 else _run.SINGLE
-        return self._take(mode, 1, timeout)[0]
+        image = np.empty(self.shape, self.dtype)
+        self._take(mode, image[np.newaxis], timeout)
+        return image
 
     def grab(self, images: int, timeout: Optional[float] = None) -> np.ndarray:
         """Takes a series, (images, rows, columns). The library keeps all of it in memory besides the array: see stream()
         and record() for more. NoImageError when no image came for `timeout` s; a run that ends before all images are there
         raises VxmcdError."""
-        return self._take(_run.SERIES, images, timeout)
+        stack = np.empty((images, *self.shape), self.dtype)
+        self._take(_run.SERIES, stack, timeout)
+        return stack
 
     def stream(self, images: Optional[int] = None, timeout: Optional[float] = None, allow_loss: bool = False) -> Stream:
         """Starts a run and gives its frames one by one: `images` of them, or as long as they are asked for. See Stream for
         losses. A stream takes single exposures, so `accumulations` must be 1; with the software trigger call trigger()."""
+        if images is not None:
+            _check_length(images)
         if self.accumulations != 1:
             raise ValueError("a stream takes single exposures: set accumulations to 1")
         ring_bytes = self._session.read("GetSizeOfCircularBuffer", ctypes.c_long)
@@ -132,15 +145,14 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
     def record(self, path: Union[str, "os.PathLike[str]"], images: int, method: int = 3, threads: Optional[int] = None,
                timeout: Optional[float] = None) -> SpoolRun:
         """Takes a series straight to disk, to a directory that is made where it is missing; an earlier run in it is
-        replaced. Method 1 writes a file for each image, 3 many images to a file. `threads` write, 1 or more. Returns the
-        run, opened. NoImageError when no image came for `timeout` s; a run that fails raises VxmcdError. In both cases,
-        and after Ctrl-C, the directory holds what was written until then."""
+        replaced. Method 1 writes a file for each image, 3 many images to a file. `threads` write, 1 or more; 2 without a
+        value. Returns the run, opened. NoImageError when no image came for `timeout` s; a run that fails raises VxmcdError.
+        In both cases, and after Ctrl-C, the directory holds what was written until then."""
         if method not in _SPOOL_METHODS:
             raise ValueError(f"method {method} is none of {_SPOOL_METHODS}")
         self._session.call("SetSpool", 1, method, os.fsencode(path))
         try:
-            if threads is not None:
-                self._session.call("SetSpoolThreadCount", threads)
+            self._session.call("SetSpoolThreadCount", _SPOOL_THREADS if threads is None else threads)
             with self._start(_run.SERIES, images) as run:
                 run.wait_for_end(timeout)
         finally:
@@ -148,22 +160,19 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         return SpoolRun(path)
 
     def _start(self, mode, images):
-        if images < 1:
-            raise ValueError(f"{images} images: 1 or more")
+        _check_length(images)
         triggers_every = None
         if self.trigger_mode is TriggerMode.SOFTWARE:
             # A busy sensor ignores a trigger: after this time it is sent again.
             triggers_every = 1.5 * max(self.cycle_time, self.exposure + self.accumulation_cycle_time) + 0.2
         return Run(self._session, mode, images, self.accumulations, triggers_every)
 
-    def _take(self, mode, images, timeout):
-        stack = np.empty((images, *self.shape), self.dtype)
-        with self._start(mode, images) as run:
+    def _take(self, mode, stack, timeout):
+        with self._start(mode, len(stack)) as run:
             for number, image in enumerate(stack, 1):
                 run.wait_for(number, timeout)
                 if not run.fetch(number, image):
                     raise VxmcdError("GetImages", raw.RC_NO_NEW_DATA, f"image {number} is gone")
-        return stack
 
     def _pace_changes(self):
         stream = self._stream()

@@ -11,16 +11,20 @@ class VxmcdError(RuntimeError):
     """A function of the camera library, or a run, did not succeed.
 
     function: the function that reported it. code, name, meaning, advice: the result code, and what the library says about
-    it; texts may be empty.
+    it. detail: what else is known. Texts may be empty.
     """
 
     def __init__(self, function: str, code: int, detail: str = ""):
         self.function = function
         self.code = code
+        self.detail = detail
         self.name, self.meaning, self.advice = RESULT_CODES.get(code, _UNKNOWN)
         parts = [f"{function}: {code} {self.name}", self.meaning, detail]
         text = ": ".join(part for part in parts if part)
         super().__init__(f"{text} ({self.advice})" if self.advice else text)
+
+    def __reduce__(self):
+        return type(self), (self.function, self.code, self.detail)
 
 
 class CameraStateError(RuntimeError):
@@ -39,6 +43,9 @@ class FramesLostError(RuntimeError):
         self.number = number
         super().__init__(f"{count} images before image {number} were overwritten before they were fetched; fetch faster, "
                          "lower the frame rate or the area, record to disk, or allow losses with allow_loss=True")
+
+    def __reduce__(self):
+        return type(self), (self.count, self.number)
 
 
 class FramesLostWarning(UserWarning):

@@ -1,18 +1,22 @@
 # SPDX-License-Identifier: MIT
 """Opening, closing and settings of cameras, and single images and series."""
 import gc
+import itertools
+import pickle
 import signal
 import subprocess
 import sys
 import threading
 import time
+from pathlib import Path
 
 import numpy as np
 import pytest
 
 import vxmcd
 from conftest import FREE, REAL, environment_for_programs, frame_number
-from vxmcd import CameraStateError, NoImageError, VxmcdError, raw
+from vxmcd import CameraStateError, FramesLostError, NoImageError, VxmcdError, raw
+from vxmcd.spool import DamagedImageError, MissingImageError, SpoolFormatError
 
 CHART = """[Simulator]
 Cameras = 1
@@ -106,7 +110,7 @@ def test_settings(simulator):
     ("exposure", 0), ("exposure", float("nan")), ("frame_rate", -1), ("cycle_time", float("inf")), ("bits", 12),
     ("trigger_mode", "sometimes"), ("area", (0, 1, 4, 4)), ("area", (10, 1, 8, 4)), ("area", (1, 1, 16, 9)),
     ("area", (1, 1, 0, 1)), ("binning", 0), ("binning", (2, 9)), ("gain", 4), ("gain", -1), ("target_temperature", 60),
-    ("target_temperature", -10.5)])
+    ("target_temperature", -10.5), ("target_temperature", float("inf")), ("target_temperature", float("nan"))])
 def test_values_that_cannot_be_are_refused(simulator, name, value):
     simulator.configure(FREE)
     with vxmcd.Camera(0) as camera:
@@ -139,6 +143,9 @@ def test_areas_and_binning(simulator):
         with pytest.raises(ValueError, match="does not bin by 3x17"):
             camera.binning = 3, 17
         assert camera.binning == (2, 4) and camera.snap().shape == (24, 100)
+        camera.binning = np.int64(2)
+        camera.area = np.array([1, 1, 400, 200], np.int16)
+        assert camera.binning == (2, 2) and camera.snap().shape == (100, 200)
         camera.binning = 1
         camera.area = None
         np.testing.assert_array_equal(camera.snap(), whole)
@@ -157,11 +164,13 @@ def test_a_camera_that_bins_in_squares_only(simulator):
 def test_series_and_sums(simulator):
     simulator.configure(FREE)
     with vxmcd.Camera() as camera:
-        images = camera.grab(5)
+        assert camera.snap().flags.owndata
+        images = camera.grab(np.int64(5))
         assert [frame_number(image) for image in images] == [1, 2, 3, 4, 5]
         assert images.flags.owndata and images.flags.writeable
-        with pytest.raises(ValueError):
-            camera.grab(0)
+        for ask, count in itertools.product((camera.grab, camera.stream), (0, -1)):
+            with pytest.raises(ValueError):
+                ask(count)
     simulator.configure("[Camera0]\nModel = RQ512_LX\nClock = free\nScene = flat\nNoise = off\nPhotonsPerSecond = 1e6\n")
     with vxmcd.Camera() as camera:
         camera.exposure = 0.05
@@ -244,10 +253,46 @@ def test_one_camera_acquires_at_a_time(simulator):
                     setattr(first, name, value)
             with pytest.raises(CameraStateError, match="close its stream first"):
                 first.snap()
+            assert repr(second) == "<Camera 1: TARN 1M>"
             assert first.temperature > 0 and next(stream).image.shape == (8, 16)
             second.close()  # while the other one acquires: closed at the end of that run
             assert not second.is_open and simulator.open_cameras() == 2
         assert simulator.open_cameras() == 1 and first.snap().shape == (8, 16)
+
+
+def test_a_camera_that_is_collected_during_a_call_for_another_one_waits_for_its_end(simulator, monkeypatch):
+    simulator.configure(FREE)
+    call = raw.GetDetector
+
+    def collect_and_call(*arguments):  # between choosing the camera and asking it
+        gc.collect()
+        return call(*arguments)
+
+    with vxmcd.Camera(0) as first:
+        forgotten = [vxmcd.Camera(1)]
+        forgotten.append(forgotten)
+        monkeypatch.setattr(raw, "GetDetector", collect_and_call)
+        gc.disable()
+        try:
+            del forgotten
+            assert simulator.open_cameras() == 2
+            assert first.sensor_size == (16, 8) and simulator.open_cameras() == 1
+        finally:
+            gc.enable()
+        with vxmcd.Camera(1) as second:
+            assert second.sensor_size == (1280, 1024)
+
+
+@pytest.mark.parametrize("error", [
+    VxmcdError("SetImage", 20066, "for a reason"), FramesLostError(3, 17), SpoolFormatError(Path("a"), "is none"),
+    MissingImageError([2, 4], Path("a")), DamagedImageError([1], Path("a"))])
+def test_errors_can_be_sent_to_other_processes(error):
+    arrived = pickle.loads(pickle.dumps(error))
+    assert type(arrived) is type(error) and str(arrived) == str(error) and vars(arrived) == vars(error)
+
+
+def test_every_name_of_the_package_is_listed():
+    assert {*vxmcd.__all__} <= {*dir(vxmcd)}
 
 
 def test_threads_share_cameras(simulator, monkeypatch):

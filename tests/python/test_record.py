@@ -12,7 +12,7 @@ import pytest
 import vxmcd
 from conftest import REAL, environment_for_programs, frame_number
 from test_convert import assert_same, converted
-from vxmcd import NoImageError, VxmcdError
+from vxmcd import NoImageError, VxmcdError, raw
 from vxmcd.spool import SpoolRun
 
 # A picture that is the same in every frame: what the library hands out and what it spools can be compared.
@@ -70,6 +70,17 @@ def test_pixels_are_those_that_the_library_hands_out(simulator, tmp_path, model,
             np.testing.assert_array_equal(recorded, image)
         camera.area = 2, 3, 31, 9
         np.testing.assert_array_equal(camera.record(tmp_path, 2)[1], image[2:11, 1:32])
+
+
+def test_a_number_of_threads_is_for_one_run(simulator, tmp_path, monkeypatch):
+    simulator.configure(REAL)
+    counts = []
+    call = raw.SetSpoolThreadCount
+    monkeypatch.setattr(raw, "SetSpoolThreadCount", lambda count: counts.append(count) or call(count))
+    with vxmcd.Camera() as camera:
+        for threads in (8, None):
+            assert len(camera.record(tmp_path, 3, threads=threads)) == 3
+    assert counts == [8, 2]
 
 
 def test_software_triggers_are_sent(simulator, tmp_path):

@@ -18,6 +18,10 @@ class SpoolFormatError(SpoolError):
     def __init__(self, path: Path, problem: str):
         super().__init__(f"{path}: {problem}")
         self.path = path
+        self._problem = problem
+
+    def __reduce__(self):
+        return type(self), (self.path, self._problem)
 
 
 def _listed(numbers):
@@ -29,7 +33,11 @@ class MissingImageError(SpoolError, LookupError):
 
     def __init__(self, numbers, where: Path):
         self.numbers = [int(number) for number in numbers[:_MOST_LISTED]]
+        self._where = where
         super().__init__(f"{where}: not there: image {_listed(self.numbers)}")
+
+    def __reduce__(self):
+        return type(self), (self.numbers, self._where)
 
 
 class DamagedImageError(SpoolError):
@@ -37,4 +45,8 @@ class DamagedImageError(SpoolError):
 
     def __init__(self, numbers, where: Path):
         self.numbers = [int(number) for number in numbers]
+        self._where = where
         super().__init__(f"{where}: damaged: image {_listed(self.numbers)}; salvage=True leaves them out")
+
+    def __reduce__(self):
+        return type(self), (self.numbers, self._where)
