@@ -24,9 +24,12 @@ _LOOK_BYTES = 2**22  # looked at together when nothing tells which images are th
 class SpoolRun:
     """The images of a spooled run, by their number from 0. Nothing is read before it is asked for, except the index.
 
-    A run that has been written to its end (complete, aborted or failed) opens as it is. Of a run that was killed, or is
-    still going on, `salvage=True` gives what is there: images that the index has, with a checksum that fits. Without an
-    index these are the images that are not all zeros; `is_checked` is then False.
+    A run that has been written to its end (complete, aborted or failed), with an index in order, opens as it is.
+    `salvage=True` takes what can be had of others: of a run that was killed or is still going on, with a damaged index or
+    damaged images. It adds no image that the index does not have, and leaves out those whose checksum does not fit. Only
+    when there is no index it takes the images that are not all zeros; nothing tells whether they are whole, and `is_checked`
+    is then False. (`vxmcd convert --salvage` does the same, and where a run has come to its end it also takes images that
+    are not all zeros and have no record in the index.)
 
     verify: compare every image with its checksum when opening, which reads all of them. Damaged images raise
     DamagedImageError, with salvage they are left out and listed in `damaged`. Without a value it is what `salvage` is.
