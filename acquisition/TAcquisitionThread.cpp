@@ -287,11 +287,11 @@ void TAcquisitionThread::Finalise()
 {
   TDispatchQueue* const queue = dispatchQueue_;
   if (!queue) return;
-  Guarded("the end of a run failed", [=] {
+  const bool finalised = Guarded("the end of a run failed", [=] {
     queue->Finalise();
     return true;
   });
-  if (!dispatchError_ && HasQueueFailed()) FailRun(dispatchError_);
+  if (!dispatchError_ && (!finalised || HasQueueFailed())) FailRun(dispatchError_);
 }
 
 void TAcquisitionThread::EndRun()

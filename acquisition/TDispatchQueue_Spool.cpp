@@ -4,57 +4,38 @@
 
 #include "acquisition/frame_timestamp.h"
 #include "acquisition/TCircularBuffer.h"
+#include "features/current_core_handle.h"
 #include "spool/TSpoolPipeline.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
 #include <algorithm>
+#include <cstring>
 #include <optional>
 #include <utility>
 
 using QuorinUtility::TQuorinLibDebugOutput;
 
-void TDispatchQueue_Spool::SetSpoolPath(const char* path)
+void TDispatchQueue_Spool::SetRun(const TSpoolSettings& settings, int images)
 {
-  const std::lock_guard lock(mutex_);
-  settings_.path = path ? path : "";
-}
-
-void TDispatchQueue_Spool::SetSpoolMethod(int method)
-{
-  const std::lock_guard lock(mutex_);
-  settings_.method = method;
-}
-
-void TDispatchQueue_Spool::SetSpoolThreadCount(int threadCount)
-{
-  const std::lock_guard lock(mutex_);
-  settings_.threadCount = threadCount;
-}
-
-void TDispatchQueue_Spool::SetSeriesLength(int images)
-{
-  const std::lock_guard lock(mutex_);
+  settings_ = settings;
   seriesLength_ = static_cast<std::uint32_t>(std::max(images, 0));
 }
 
 // The earlier run's pipeline goes first: two at once would hold each other's directory. Making one may take long,
-// when many files have to be removed, and nobody who changes a setting should wait for that.
+// when many files have to be removed, and nobody who asks for the present one should wait for that.
 void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
 {
   TRingDispatchQueue::Initialise(imageSizeBytes);
-  TSpoolSettings settings;
-  std::uint32_t seriesLength = 0;
+  withMetadata_ = IsMetadataEnabled(CurrentCoreHandle());
+  settings_.slots = CircularBuffer().GetBufferCount();
   std::shared_ptr<TSpoolPipeline> earlier;
   {
     const std::lock_guard lock(mutex_);
     earlier = std::move(pipeline_);
-    settings = settings_;
-    seriesLength = seriesLength_;
   }
   earlier.reset();
-  settings.slots = CircularBuffer().GetBufferCount();
   auto pipeline =
-      std::make_shared<TSpoolPipeline>(settings, static_cast<std::uint64_t>(imageSizeBytes), seriesLength);
+      std::make_shared<TSpoolPipeline>(settings_, static_cast<std::uint64_t>(imageSizeBytes), seriesLength_);
   const std::lock_guard lock(mutex_);
   pipeline_ = std::move(pipeline);
 }
@@ -71,23 +52,34 @@ void TDispatchQueue_Spool::Abort()
 
 int TDispatchQueue_Spool::Dispatch(unsigned char* buffer, int sizeBytes)
 {
+  if (buffer && IsSlot(buffer)) ClearTail(buffer, sizeBytes); // before anybody may look at it
   if (!CountFrame(buffer)) return 0;
   const std::int64_t image = GetMaximumImageAvailable();
   if (sizeBytes != GetImageSizeBytes())
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
-                                  "image %lld has %d bytes and is written with %lld",
+                                  "image %lld has %d bytes and is written as one of %lld",
                                   static_cast<long long>(image), sizeBytes,
                                   static_cast<long long>(GetImageSizeBytes()));
   const auto pipeline = Pipeline();
   if (!pipeline) return 1;
-  if (image == 1) {
-    const std::optional<std::int64_t> tick =
-        FrameTimestamp(parser_, buffer, std::min<std::int64_t>(sizeBytes, GetImageSizeBytes()));
-    if (tick) pipeline->SetFirstFrameTick(*tick);
-  }
+  if (image == 1 && withMetadata_) KeepFirstTick(*pipeline, buffer, sizeBytes);
   if (!pipeline->Spool(static_cast<int>(image - 1), buffer)) return 1;
   if (!pipeline->ReturnsSlots()) GiveBack(buffer, sizeBytes);
   return 0;
+}
+
+void TDispatchQueue_Spool::ClearTail(unsigned char* buffer, int sizeBytes)
+{
+  const std::int64_t filled = std::clamp<std::int64_t>(sizeBytes, 0, GetImageSizeBytes());
+  std::memset(buffer + filled, 0, static_cast<std::size_t>(GetImageSizeBytes() - filled));
+}
+
+// Without metadata, pixels may look like a timestamp.
+void TDispatchQueue_Spool::KeepFirstTick(TSpoolPipeline& pipeline, unsigned char* buffer, int sizeBytes)
+{
+  const std::int64_t size = std::min<std::int64_t>(sizeBytes, GetImageSizeBytes());
+  if (const std::optional<std::int64_t> tick = FrameTimestamp(parser_, buffer, size))
+    pipeline.SetFirstFrameTick(*tick);
 }
 
 bool TDispatchQueue_Spool::HasFailed()

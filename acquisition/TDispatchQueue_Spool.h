@@ -14,21 +14,14 @@ class TSpoolPipeline;
 
 /// Counts each frame, has it written to the disk, and gives its slot back to the camera once its content is no
 /// longer needed there, so that a run may be longer than the ring. Until the slot is used again, the image can be
-/// retrieved as from the other queues. Owned by the acquisition manager. Settings count from the next Initialise()
-/// on, and may be made by any thread at any time.
+/// retrieved as from the other queues. Owned by the acquisition manager.
 class TDispatchQueue_Spool final : public TRingDispatchQueue
 {
 public:
   explicit TDispatchQueue_Spool(TCircularBuffer* circularBuffer) : TRingDispatchQueue(circularBuffer) {}
 
-  /// A directory; null is the empty path, where no run can be written.
-  void SetSpoolPath(const char* path);
-  /// See TSpoolLayout::Method.
-  void SetSpoolMethod(int method);
-  /// Threads that write and close images.
-  void SetSpoolThreadCount(int threadCount);
-  /// Number of images of the run to come.
-  void SetSeriesLength(int images);
+  /// What holds for the run to come, and its number of images. No run may be in progress.
+  void SetRun(const TSpoolSettings& settings, int images);
 
   /// Makes the directory ready. What fails shows at the first frame.
   void Initialise(std::int64_t imageSizeBytes) override;
@@ -36,16 +29,20 @@ public:
   void Finalise() override;
   /// Frames that nobody has begun to write are given up.
   void Abort() override;
-  /// Blocks while the disk is behind. Non-zero when the frame, or one before it, could not be written.
+  /// Blocks while the disk is behind. Non-zero when the frame, or one before it, could not be written. What a short
+  /// frame leaves of its slot is cleared, so that nothing of an earlier frame is written for it.
   int Dispatch(unsigned char* buffer, int sizeBytes) override;
   bool HasFailed() override;
 
 private:
   std::shared_ptr<TSpoolPipeline> Pipeline();
+  void ClearTail(unsigned char* buffer, int sizeBytes);
+  void KeepFirstTick(TSpoolPipeline& pipeline, unsigned char* buffer, int sizeBytes);
 
   TMetadataParser parser_;
+  TSpoolSettings settings_;
+  std::uint32_t seriesLength_ = 1;
+  bool withMetadata_ = false;
   std::mutex mutex_;
-  TSpoolSettings settings_;                  // guarded by mutex_
-  std::uint32_t seriesLength_ = 1;           // guarded by mutex_
   std::shared_ptr<TSpoolPipeline> pipeline_; // of the present or last run; guarded by mutex_
 };

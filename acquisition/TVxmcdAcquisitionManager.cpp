@@ -3,6 +3,7 @@
 #include "acquisition/TVxmcdAcquisitionManager.h"
 
 #include "acquisition/frame_timeout.h"
+#include "acquisition/frame_timestamp.h"
 #include "features/current_core_handle.h"
 #include "features/feature_names.h"
 #include "features/TSDK3Exception.h"
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <string>
 #include <utility>
 
 using QuorinUtility::TAutoQuorinCriticalSection;
@@ -22,7 +24,6 @@ namespace {
 
 constexpr int kFrameBudgetBytes = 300000000;
 constexpr int kMostSlots = 5000;
-constexpr int kStopTimeoutMs = 10000;
 constexpr int kStartTimeoutMs = 1000;
 constexpr int kFinishTimeoutMs = 1000;
 // The queue can hold no more filled buffers than slots; a few more looks cost nothing.
@@ -43,11 +44,13 @@ bool IsUsableFrameSize(std::int64_t frameSizeBytes)
 
 } // namespace
 
-TVxmcdAcquisitionManager::TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock)
+TVxmcdAcquisitionManager::TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock,
+                                                   int stopTimeoutMs)
     : ignoreQueue_(std::make_shared<TDispatchQueue_Ignore>(&circularBuffer_)),
       requeueQueue_(std::make_shared<TDispatchQueue_Requeue>(&circularBuffer_)),
       spoolQueue_(std::make_shared<TDispatchQueue_Spool>(&circularBuffer_)),
-      cameraLock_(cameraLock)
+      cameraLock_(cameraLock),
+      stopTimeoutMs_(stopTimeoutMs)
 {
   spoolQueue_->SetDispatchRoutine(&eventDispatchRoutine_);
   requeueQueue_->SetDispatchRoutine(&eventDispatchRoutine_);
@@ -75,14 +78,24 @@ void TVxmcdAcquisitionManager::limitCircularBufferLengthToMaxOf5000(int& length)
 
 void TVxmcdAcquisitionManager::SetSpool(bool enable, int method, const char* path)
 {
+  std::string text = path ? path : "";
+  const std::lock_guard lock(spoolMutex_);
   spoolEnabled_ = enable;
-  spoolQueue_->SetSpoolPath(path);
-  spoolQueue_->SetSpoolMethod(method);
+  spoolSettings_.path = std::move(text);
+  spoolSettings_.method = method;
 }
 
 void TVxmcdAcquisitionManager::SetSpoolThreadCount(int threadCount)
 {
-  spoolQueue_->SetSpoolThreadCount(threadCount);
+  const std::lock_guard lock(spoolMutex_);
+  spoolSettings_.threadCount = threadCount;
+}
+
+std::optional<TSpoolSettings> TVxmcdAcquisitionManager::SpoolSettings() const
+{
+  const std::lock_guard lock(spoolMutex_);
+  if (!spoolEnabled_) return std::nullopt;
+  return spoolSettings_;
 }
 
 int TVxmcdAcquisitionManager::Start()
@@ -108,10 +121,10 @@ int TVxmcdAcquisitionManager::StartRun()
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "there is no acquisition thread");
     return kStartFailed;
   }
-  spoolingRun_ = false;
   const std::int64_t frameSizeBytes = ReadFrameSize();
   const int timeoutMs = FrameTimeoutMs();
   if (!StopEarlierRun()) return kStartFailed;
+  spoolingRun_ = false; // not before: a run that goes on must still be able to tell how it ends
   if (!IsUsableFrameSize(frameSizeBytes)) {
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the camera reports frames of %lld bytes",
                                   static_cast<long long>(frameSizeBytes));
@@ -142,9 +155,9 @@ int TVxmcdAcquisitionManager::StartRun()
 bool TVxmcdAcquisitionManager::StopEarlierRun()
 {
   thread_->Stop();
-  if (thread_->WaitForStop(kStopTimeoutMs)) {
+  if (thread_->WaitForStop(stopTimeoutMs_)) {
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the earlier run has not stopped after %d ms",
-                                  kStopTimeoutMs);
+                                  stopTimeoutMs_);
     return false;
   }
   {
@@ -159,7 +172,8 @@ bool TVxmcdAcquisitionManager::StopEarlierRun()
 bool TVxmcdAcquisitionManager::PrepareRun(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount)
 {
   if (runMode_ == kUntilAborted) return PrepareUntilAborted(frameSizeBytes, slotCount);
-  if (spoolEnabled_) return PrepareSpooled(frameSizeBytes, slotCount, loopCount);
+  if (const auto settings = SpoolSettings())
+    return PrepareSpooled(frameSizeBytes, slotCount, loopCount, *settings);
   return PrepareFinite(frameSizeBytes, slotCount, loopCount);
 }
 
@@ -172,12 +186,13 @@ bool TVxmcdAcquisitionManager::PrepareUntilAborted(std::int64_t frameSizeBytes, 
 }
 
 // Slots whose frames are on their way to the disk are used again, so the series may be longer than the ring.
-bool TVxmcdAcquisitionManager::PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount)
+bool TVxmcdAcquisitionManager::PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount,
+                                              const TSpoolSettings& settings)
 {
   if (!AllocateAndQueue(frameSizeBytes, slotCount)) return false;
   thread_->SetContinuousMode(false);
   spoolingRun_ = true;
-  spoolQueue_->SetSeriesLength(loopCount);
+  spoolQueue_->SetRun(settings, loopCount);
   SetCurrentQueue(spoolQueue_);
   return true;
 }
@@ -269,7 +284,7 @@ int TVxmcdAcquisitionManager::Stop()
   }
 
   thread_->Stop();
-  thread_->WaitForStop(kStopTimeoutMs);
+  thread_->WaitForStop(stopTimeoutMs_);
   Flush(CurrentCoreHandle());
   Drain();
   return kDone;
@@ -351,8 +366,7 @@ void TVxmcdAcquisitionManager::SetCurrentQueue(std::shared_ptr<TDispatchQueue> q
 
 bool TVxmcdAcquisitionManager::isMetadataEnabled(int coreHandle) const
 {
-  int enabled = 0;
-  return VX_GetBool(coreHandle, Feature::kMetadataEnable, &enabled) == VX_SUCCESS && enabled != 0;
+  return IsMetadataEnabled(coreHandle);
 }
 
 void TVxmcdAcquisitionManager::createMetadataObjects()

@@ -12,12 +12,14 @@
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVXFetchQueue.h"
 #include "features/current_core_handle.h"
+#include "spool/TSpoolSettings.h"
 #include "utility/TUseCounter.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace QuorinUtility {
@@ -54,7 +56,11 @@ public:
     kUntilAborted = 2
   };
 
-  explicit TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock);
+  static constexpr int kStopTimeoutMs = 10000;
+
+  /// @p stopTimeoutMs limits how long Start() and Stop() wait for the end of a run.
+  explicit TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock,
+                                    int stopTimeoutMs = kStopTimeoutMs);
   /// Closes it and ends the run. The camera may still hold slots: see HoldMemory().
   ~TVxmcdAcquisitionManager();
   TVxmcdAcquisitionManager(const TVxmcdAcquisitionManager&) = delete;
@@ -63,7 +69,7 @@ public:
   /// Number of images of a series.
   void SetImageCount(int imageCount) { imageCount_ = imageCount; }
   void SetRunMode(int runMode) { runMode_ = runMode; }
-  /// Whether finite runs are written to the disk, how and where. Counts from the next start on.
+  /// Whether finite runs are written to the disk, how and where: all of it at once. Counts from the next start on.
   void SetSpool(bool enable, int method, const char* path);
   void SetSpoolThreadCount(int threadCount);
 
@@ -73,7 +79,7 @@ public:
 
   /// Starts a run, stopping an earlier one first. Blocks until it has begun.
   int Start();
-  /// Stops the run. Blocks until it has ended, for 10 s at most.
+  /// Stops the run. Blocks until it has ended, for the time limit at most.
   int Stop();
   /// Waits for news of the run.
   int Wait(int timeoutMs);
@@ -114,7 +120,9 @@ private:
   bool PrepareRun(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount);
   bool PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount);
   bool PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount, std::int64_t loopCount);
-  bool PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount);
+  bool PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount,
+                      const TSpoolSettings& settings);
+  std::optional<TSpoolSettings> SpoolSettings() const;
   bool AllocateAndQueue(std::int64_t frameSizeBytes, std::int64_t slots);
   bool StartCamera();
   void Flush(int coreHandle);
@@ -138,11 +146,14 @@ private:
   std::atomic<int> imageCount_{1};
   std::atomic<int> runMode_{kSingleImage};
   QuorinUtility::TQuorinCriticalSection* cameraLock_;
-  std::atomic<bool> spoolEnabled_{false};
+  const int stopTimeoutMs_;
+  bool spoolEnabled_ = false;    // guarded by spoolMutex_
+  TSpoolSettings spoolSettings_; // guarded by spoolMutex_
   std::atomic<bool> spoolingRun_{false};
   std::atomic<bool> closed_{false};
 
   std::mutex controlMutex_; // one start, stop or release at a time
   mutable std::mutex runObjectsMutex_;
+  mutable std::mutex spoolMutex_;
   TUseCounter uses_;
 };

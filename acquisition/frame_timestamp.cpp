@@ -3,6 +3,8 @@
 #include "acquisition/frame_timestamp.h"
 
 #include "acquisition/TMetadataParser.h"
+#include "features/feature_names.h"
+#include "vxcore.h"
 
 #include <cstring>
 
@@ -12,6 +14,12 @@ constexpr std::int64_t kTickBytes = sizeof(std::int64_t);
 constexpr std::int64_t kTrailerBytes = 8; // behind the data: CID and length
 
 } // namespace
+
+bool IsMetadataEnabled(int coreHandle)
+{
+  int enabled = 0;
+  return VX_GetBool(coreHandle, Feature::kMetadataEnable, &enabled) == VX_SUCCESS && enabled != 0;
+}
 
 std::optional<std::int64_t> FrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)
 {

@@ -67,7 +67,11 @@ class TScriptedDispatch final : public TRingDispatchQueue
 {
 public:
   explicit TScriptedDispatch(TCircularBuffer* ring) : TRingDispatchQueue(ring) {}
-  void Finalise() override { ++finalised; }
+  void Finalise() override
+  {
+    ++finalised;
+    atTheEnd();
+  }
   void Abort() override { ++aborted; }
   int Dispatch(unsigned char*, int) override
   {
@@ -77,6 +81,7 @@ public:
   }
 
   std::function<int()> script = [] { return 0; };
+  std::function<void()> atTheEnd = [] {};
   std::atomic<int> dispatched{0};
   std::atomic<int> finalised{0};
   std::atomic<int> aborted{0};
@@ -172,6 +177,19 @@ TEST_F(AcquisitionThread, OverflowAndDispatchFailureEndTheRunWithTheirFlag)
   EXPECT_TRUE(thread_.IsDispatchError());
   EXPECT_EQ(dispatch_.dispatched, 2);
   EXPECT_EQ(ring_.WaitChange(0), 4);
+}
+
+TEST_F(AcquisitionThread, ARunThatCannotBeFinishedHasFailed)
+{
+  FramesAtOnce();
+  dispatch_.atTheEnd = [] { throw std::runtime_error("no end"); };
+  RunToTheEnd(2);
+  EXPECT_TRUE(thread_.IsDispatchError());
+  EXPECT_EQ(routine_.signals, 1);
+
+  dispatch_.atTheEnd = [] {};
+  RunToTheEnd(2);
+  EXPECT_FALSE(thread_.IsDispatchError());
 }
 
 TEST_F(AcquisitionThread, FrameFetchedWhileStoppingIsNotDispatched)
