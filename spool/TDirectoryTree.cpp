@@ -26,11 +26,10 @@ int DirectoryError(const TQuorinFilePath& path)
   return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
 }
 
-bool Failed(const TQuorinFilePath& path, int error)
+void Log(const TQuorinFilePath& path, int error)
 {
   TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "directory %s: error %d", path.GetForwardSlashPath(),
                                 error);
-  return false;
 }
 
 } // namespace
@@ -50,10 +49,10 @@ bool TDirectoryTree::createDirectoryTree(const TQuorinFilePath& path)
   while (error == ENOENT) {
     missing.push_back(*ancestor);
     ancestor = ancestor->GetParent();
-    if (!ancestor) return Failed(path, error);
+    if (!ancestor) return Fail(path, error);
     error = DirectoryError(*ancestor);
   }
-  if (error != 0) return Failed(*ancestor, error);
+  if (error != 0) return Fail(*ancestor, error);
   created_.reserve(created_.size() + missing.size()); // so that every directory made is remembered
   return std::all_of(missing.rbegin(), missing.rend(), [this](const TQuorinFilePath& step) { return Make(step); });
 }
@@ -67,7 +66,14 @@ bool TDirectoryTree::Make(const TQuorinFilePath& path)
   const int error = errno;
   // Somebody else may have been faster, and "a/.." is there as soon as "a" is.
   if (error == EEXIST && DirectoryError(path) == 0) return true;
-  return Failed(path, error);
+  return Fail(path, error);
+}
+
+bool TDirectoryTree::Fail(const TQuorinFilePath& path, int error)
+{
+  Log(path, error);
+  error_ = error;
+  return false;
 }
 
 bool TDirectoryTree::DeleteDirectoryTree()
@@ -75,7 +81,7 @@ bool TDirectoryTree::DeleteDirectoryTree()
   std::vector<TQuorinFilePath> left;
   for (auto path = created_.rbegin(); path != created_.rend(); ++path) {
     if (::rmdir(path->GetForwardSlashPath()) == 0) continue;
-    Failed(*path, errno);
+    Log(*path, errno);
     left.insert(left.begin(), *path);
   }
   created_ = std::move(left);

@@ -20,11 +20,15 @@ public:
   /// Removes the directories that it made, deepest first. False when one could not be removed, because it is not
   /// empty for instance; the others are removed all the same.
   bool DeleteDirectoryTree();
+  /// Why CreateDirectoryTree() failed, as an errno value.
+  int Error() const { return error_; }
 
 private:
   bool createDirectoryTree(const QuorinUtility::TQuorinFilePath& path);
   bool Make(const QuorinUtility::TQuorinFilePath& path);
+  bool Fail(const QuorinUtility::TQuorinFilePath& path, int error);
 
   QuorinUtility::TQuorinFilePath* root_;
   std::vector<QuorinUtility::TQuorinFilePath> created_; // ancestors first
+  int error_ = 0;
 };

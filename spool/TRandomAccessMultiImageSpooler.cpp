@@ -40,10 +40,19 @@ TRandomAccessMultiImageSpooler::TRandomAccessMultiImageSpooler(ISpooler* fileSpo
 
 TRandomAccessMultiImageSpooler::~TRandomAccessMultiImageSpooler()
 {
+  CloseAll();
+}
+
+void TRandomAccessMultiImageSpooler::CloseAll()
+{
+  const TAutoQuorinCriticalSection lock(&lock_);
   if (imageToFile_.empty()) return;
   TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%zu images were still open", imageToFile_.size());
   for (const auto& [image, file] : imageToFile_) delete image;
   for (const auto& [file, image] : files_) fileSpooler_->CloseImage(image);
+  imageToFile_.clear();
+  openCounts_.clear();
+  files_.clear();
 }
 
 int TRandomAccessMultiImageSpooler::OpenImage(unsigned int index, int mode, IImage*& image)

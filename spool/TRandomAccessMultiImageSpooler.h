@@ -33,6 +33,10 @@ public:
   /// Closes what is open still.
   virtual ~TRandomAccessMultiImageSpooler();
 
+protected:
+  /// Closes what is open still. For destructors of classes whose images need what goes before the base does.
+  void CloseAll();
+
 private:
   int OpenFile(int file, int mode);
   /// Gives up one image, or none, and closes the file when that leaves none.

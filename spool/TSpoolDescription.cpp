@@ -110,28 +110,30 @@ bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& 
 {
   directory_ = directory;
   if (CheckFileSizeLimit(kMostBytes) != 0) return false;
-  metadata_.SetImagesPerFile(layout.ImagesPerFile());
-  metadata_.SetImageSizeBytes(static_cast<unsigned int>(layout.imageSizeBytes));
-  metadata_.SetInteger(Section::kRun, "Format", kFormat);
-  metadata_.SetText(Section::kRun, "State", "recording");
-  metadata_.SetBoolean(Section::kRun, "Completed", false);
-  metadata_.SetInteger(Section::kRun, "ImagesExpected", seriesLength);
-  metadata_.SetInteger(Section::kRun, "ImagesWritten", 0);
-  metadata_.SetInteger(Section::kRun, "Method", method);
-  metadata_.SetText(Section::kRun, "Library", LibraryVersion::kText);
-  metadata_.SetText(Section::kRun, "StartTime", UtcText(HostTimeNs()));
+  int failed = metadata_.SetImagesPerFile(layout.ImagesPerFile());
+  failed |= metadata_.SetImageSizeBytes(static_cast<unsigned int>(layout.imageSizeBytes));
+  failed |= metadata_.SetInteger(Section::kRun, "Format", kFormat);
+  failed |= metadata_.SetText(Section::kRun, "State", "recording");
+  failed |= metadata_.SetBoolean(Section::kRun, "Completed", false);
+  failed |= metadata_.SetInteger(Section::kRun, "ImagesExpected", seriesLength);
+  failed |= metadata_.SetInteger(Section::kRun, "ImagesWritten", 0);
+  failed |= metadata_.SetInteger(Section::kRun, "Method", method);
+  failed |= metadata_.SetText(Section::kRun, "Library", LibraryVersion::kText);
+  failed |= metadata_.SetText(Section::kRun, "StartTime", UtcText(HostTimeNs()));
+  if (failed) return false;
   for (const TSetting& setting : kSettings) Describe(metadata_, CurrentCoreHandle(), setting);
   return metadata_.SaveFile(directory_.c_str()) == 0;
 }
 
 bool TSpoolDescription::End(const TOutcome& outcome)
 {
-  metadata_.SetText(Section::kRun, "State", StateText(outcome));
-  metadata_.SetBoolean(Section::kRun, "Completed", outcome.completed);
-  metadata_.SetInteger(Section::kRun, "ImagesWritten", static_cast<std::int64_t>(outcome.imagesWritten));
-  if (!outcome.failure.empty()) metadata_.SetText(Section::kRun, "Failure", outcome.failure);
+  int failed = metadata_.SetText(Section::kRun, "State", StateText(outcome));
+  failed |= metadata_.SetBoolean(Section::kRun, "Completed", outcome.completed);
+  failed |= metadata_.SetInteger(Section::kRun, "ImagesWritten", static_cast<std::int64_t>(outcome.imagesWritten));
+  if (!outcome.failure.empty()) failed |= metadata_.SetText(Section::kRun, "Failure", outcome.failure);
   if (outcome.firstFrameTimeNs)
-    metadata_.SetText(Section::kRun, "FirstFrameTime", UtcText(*outcome.firstFrameTimeNs));
-  if (outcome.firstFrameTick) metadata_.SetInteger(Section::kRun, "FirstFrameTick", *outcome.firstFrameTick);
-  return metadata_.SaveFile(directory_.c_str()) == 0;
+    failed |= metadata_.SetText(Section::kRun, "FirstFrameTime", UtcText(*outcome.firstFrameTimeNs));
+  if (outcome.firstFrameTick)
+    failed |= metadata_.SetInteger(Section::kRun, "FirstFrameTick", *outcome.firstFrameTick);
+  return !failed && metadata_.SaveFile(directory_.c_str()) == 0;
 }

@@ -28,10 +28,10 @@ public:
     std::optional<std::int64_t> firstFrameTick;
   };
 
-  /// Describes the run that is about to begin, from the settings of the camera that is current. Returns false when
-  /// the file could not be written.
+  /// Describes the run that is about to begin, from the settings of the camera that is current, as far as it
+  /// answers. Returns false when anything else is missing or the file could not be written.
   bool Begin(const std::string& directory, const TSpoolLayout& layout, int method, std::uint32_t seriesLength);
-  /// Completes the description. Returns false when the file could not be written.
+  /// Completes the description. Returns false when that failed; the file is then as it was.
   bool End(const TOutcome& outcome);
 
 private:

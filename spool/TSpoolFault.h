@@ -12,14 +12,15 @@ class TSpoolFault final
 {
 public:
   /// Keeps "<what> <name>: <text of errno value>" unless there is a failure already, and logs every one.
-  void Raise(const char* what, const std::string& name, int error);
+  /// Where there is no memory for that, the failure counts all the same.
+  void Raise(const char* what, const std::string& name, int error) noexcept;
 
   bool IsRaised() const { return raised_.load(std::memory_order_acquire); }
-  /// What the first failure was, empty while there is none.
+  /// What the first failure was, "out of memory" when that could not be kept; empty while there is none.
   std::string Text() const;
 
 private:
   std::atomic<bool> raised_{false};
   mutable std::mutex mutex_;
-  std::string text_; // guarded by mutex_
+  std::string text_; // of the first failure, empty if there was no memory for it; guarded by mutex_
 };

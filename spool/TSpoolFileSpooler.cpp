@@ -2,6 +2,7 @@
 // Makes, hands out and closes the files of a spooled run.
 #include "spool/TSpoolFileSpooler.h"
 
+#include "spool/TFileDescriptor.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
 #include "spool/TSpoolFileCloser.h"
@@ -10,6 +11,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
 #include <unistd.h>
 #include <utility>
@@ -75,13 +77,14 @@ int TSpoolFileSpooler::OpenImage(unsigned int index, int /*mode*/, IImage*& imag
     image = open->second.get();
     return 0;
   }
-  auto file = std::make_unique<TSpoolFile>(directory_ + "/" + FileName(index), index, fileBytes_);
+  auto file = std::make_unique<TSpoolFile>(PathOf(index), index, fileBytes_);
   if (const int error = file->Create(volume_)) {
     fault_->Raise("cannot create", file->Path(), error);
     return error;
   }
   image = file.get();
   files_.emplace(index, std::move(file));
+  made_ = std::max(made_, index + 1);
   return 0;
 }
 
@@ -109,6 +112,15 @@ void TSpoolFileSpooler::Finish()
   closer_.reset();
 }
 
+void TSpoolFileSpooler::LeavePageCache()
+{
+  const std::lock_guard lock(mutex_);
+  for (unsigned int number = 0; number < made_; ++number) {
+    const TFileDescriptor file(open(PathOf(number).c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.IsOpen()) posix_fadvise(file.Get(), 0, 0, POSIX_FADV_DONTNEED);
+  }
+}
+
 int TSpoolFileSpooler::Remove()
 {
   namespace fs = std::filesystem;
@@ -122,11 +134,11 @@ int TSpoolFileSpooler::Remove()
   return fault_->IsRaised() ? EIO : 0;
 }
 
-std::string TSpoolFileSpooler::FileName(unsigned int number) const
+std::string TSpoolFileSpooler::PathOf(unsigned int number) const
 {
   std::array<char, kNumberDigits + 1> digits{};
   std::snprintf(digits.data(), digits.size(), "%0*u", static_cast<int>(kNumberDigits), number);
-  return stem_ + "_" + digits.data() + kExtension;
+  return directory_ + "/" + stem_ + "_" + digits.data() + kExtension;
 }
 
 bool TSpoolFileSpooler::IsOwnFile(const std::string& name) const

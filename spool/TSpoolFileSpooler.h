@@ -39,9 +39,12 @@ public:
   void SetVolume(const TSpoolVolume& volume) { volume_ = volume; }
   /// Brings all files to the disk and closes them. What fails is raised as the fault.
   void Finish();
+  /// Has the page cache give up what is on the disk of all files made. A hint: files where it fails stay there. Only
+  /// a lack of memory makes it throw.
+  void LeavePageCache();
 
 private:
-  std::string FileName(unsigned int number) const;
+  std::string PathOf(unsigned int number) const;
   bool IsOwnFile(const std::string& name) const;
 
   TSpoolFault* fault_;
@@ -52,4 +55,5 @@ private:
   std::unique_ptr<TSpoolFileCloser> closer_;
   std::mutex mutex_;
   std::map<unsigned int, std::unique_ptr<TSpoolFile>> files_; // open ones; guarded by mutex_
+  unsigned int made_ = 0; // one more than the highest number; guarded by mutex_
 };

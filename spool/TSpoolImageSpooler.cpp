@@ -23,6 +23,11 @@ TSpoolImageSpooler::TSpoolImageSpooler(ISpooler* fileSpooler, const TSpoolLayout
   SetImageSizeBytes(layout.PlaceBytes());
 }
 
+TSpoolImageSpooler::~TSpoolImageSpooler()
+{
+  CloseAll();
+}
+
 int TSpoolImageSpooler::OpenImage(unsigned int index, int mode, IImage*& image)
 {
   if (fault_->IsRaised()) return EIO;

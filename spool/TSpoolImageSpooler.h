@@ -18,6 +18,8 @@ class TSpoolImageSpooler final : public TRandomAccessMultiImageSpooler
 {
 public:
   TSpoolImageSpooler(ISpooler* fileSpooler, const TSpoolLayout& layout, TSpoolIndex* index, TSpoolFault* fault);
+  /// Closes what is open still, while there is the staging memory.
+  ~TSpoolImageSpooler() override;
 
   /// As the base, but fails once the run has a fault.
   int OpenImage(unsigned int index, int mode, IImage*& image) override;

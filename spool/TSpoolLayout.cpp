@@ -31,7 +31,7 @@ TSpoolLayout TSpoolLayout::Choose(int method, std::uint64_t imageSizeBytes, std:
   const bool small = imageSizeBytes <= kSmallImageBytes;
   TSpoolLayout layout;
   layout.imageSizeBytes = imageSizeBytes;
-  layout.mapped = volume.preallocates && ((small && method == kImagePerFile) || !volume.writesDirectly);
+  layout.mapped = volume.keepsPromises && ((small && method == kImagePerFile) || !volume.writesDirectly);
   if (method == kImagePerFile) {
     layout.way = kQueued;
     return layout;

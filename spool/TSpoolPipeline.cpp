@@ -12,22 +12,31 @@
 #include "spool/TSpoolSettings.h"
 #include "spool/TThreadedSpooler.h"
 #include "utility/TQuorinFilePath.h"
+#include "utility/TQuorinLibDebugOutput.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <exception>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 #include <utility>
 
 using QuorinUtility::TQuorinFilePath;
+using QuorinUtility::TQuorinLibDebugOutput;
 
 namespace {
 
 constexpr std::uint64_t kStagingBytes = std::uint64_t{512} << 20;
 
 constexpr const wchar_t* kStem = L"spool";
+
+/// Whether the file system has no such operation, rather than failing in it.
+bool IsUnsupported(int error)
+{
+  return error == EINVAL || error == ENOTSUP || error == ENOSYS;
+}
 
 struct TFree
 {
@@ -65,18 +74,23 @@ TSpoolPipeline::~TSpoolPipeline()
   Finish();
 }
 
-// The full path is kept, since the working directory may change. Two runs in one directory would take each other's
-// files away, so a run locks it.
+// The full path is kept, since the working directory may change. A backslash in it would be taken for a slash by
+// the description, which would then lie elsewhere. Two runs in one directory would take each other's files away, so
+// a run locks it.
 bool TSpoolPipeline::PrepareDirectory(const std::string& path)
 {
   TQuorinFilePath root(path.c_str());
   TDirectoryTree tree(&root);
   if (path.empty() || !tree.CreateDirectoryTree()) {
-    fault_.Raise("cannot make the directory", path, path.empty() ? ENOENT : errno);
+    fault_.Raise("cannot make the directory", path, path.empty() ? ENOENT : tree.Error());
     return false;
   }
   const std::unique_ptr<char, TFree> full(realpath(root.GetForwardSlashPath(), nullptr));
   if (full) directory_ = full.get();
+  if (directory_.find('\\') != std::string::npos) {
+    fault_.Raise("no run can be described where a name has a backslash:", directory_, EINVAL);
+    return false;
+  }
   directoryLock_ = TFileDescriptor(open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!directoryLock_.IsOpen()) {
     fault_.Raise("cannot open the directory", path, errno);
@@ -161,12 +175,18 @@ void TSpoolPipeline::Abort()
   queued_->Abort();
 }
 
-// Large files are on the disk already, and only their names are not. Many small ones are brought there together.
+// Large files are on the disk already, and only their names are not, for which some file systems know no way. Many
+// small ones are brought there together, and can leave the page cache only then.
 void TSpoolPipeline::SyncDirectory()
 {
   const bool largeFiles = layout_.PlaceBytes() * layout_.placesPerFile >= TSpoolFile::kLargeFileBytes;
-  const int result = largeFiles ? fsync(directoryLock_.Get()) : syncfs(directoryLock_.Get());
-  if (result != 0) fault_.Raise("cannot write", directory_, errno);
+  if (largeFiles && fsync(directoryLock_.Get()) != 0 && !IsUnsupported(errno))
+    fault_.Raise("cannot write", directory_, errno);
+  if (largeFiles) return;
+  if (syncfs(directoryLock_.Get()) != 0)
+    fault_.Raise("cannot write", directory_, errno);
+  else
+    fileSpooler_.LeavePageCache();
 }
 
 // A process that was forked meanwhile has the descriptor too, so that closing it here would not open the lock.
@@ -176,25 +196,44 @@ void TSpoolPipeline::LetGoOfDirectory()
   directoryLock_.Close();
 }
 
+// The steps at the end of a run are all taken, whatever becomes of one.
+template <class Step>
+void TSpoolPipeline::Try(Step step)
+{
+  try {
+    step();
+  } catch (const std::exception& exception) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the end of a run: %s", exception.what());
+    fault_.Raise("cannot finish the run in", directory_, ENOMEM);
+  }
+}
+
 // A queued algorithm stays, since another thread may call Abort() at any time.
 void TSpoolPipeline::Finish()
 {
   if (finished_) return;
   finished_ = true;
+  Try([this] { EndAlgorithm(); });
+  imageSpooler_.reset(); // with its memory, which may be large
+  Try([this] { fileSpooler_.Finish(); });
+  index_.Close();
+  if (described_) {
+    Try([this] { SyncDirectory(); });
+    Try([this] { CompleteDescription(); });
+  }
+  LetGoOfDirectory();
+}
+
+void TSpoolPipeline::EndAlgorithm()
+{
   if (queued_)
     queued_->Finish();
   else
     algorithm_.reset();
-  imageSpooler_.reset(); // with its memory, which may be large
-  fileSpooler_.Finish();
-  index_.Close();
-  if (described_) CompleteDescription();
-  LetGoOfDirectory();
 }
 
 void TSpoolPipeline::CompleteDescription()
 {
-  SyncDirectory();
   if (!aborted_ && index_.Count() != accepted_) fault_.Raise("images are missing in", directory_, EIO);
 
   TSpoolDescription::TOutcome outcome;

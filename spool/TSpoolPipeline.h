@@ -41,7 +41,7 @@ public:
   bool ReturnsSlots() const { return queued_ != nullptr; }
   /// The run ends early: images that are still in their slots are given up.
   void Abort();
-  /// Waits until everything is on the disk, and completes the description.
+  /// Waits until everything is on the disk, completes the description and lets go of the directory. Does not throw.
   void Finish();
   bool HasFailed() const { return fault_.IsRaised(); }
 
@@ -55,7 +55,10 @@ private:
   int BoundedThreadCount(int threadCount) const;
   void ReserveRoom();
   void SyncDirectory();
+  void EndAlgorithm();
   void CompleteDescription();
+  template <class Step>
+  void Try(Step step);
   void LetGoOfDirectory();
 
   TSpoolFault fault_;

@@ -12,8 +12,9 @@ struct TSpoolVolume
   static constexpr std::size_t kAlignment = 4096;
 
   bool writesDirectly = false; ///< takes unbuffered writes
-  bool preallocates = false;   ///< sets blocks aside for a file before they are written, and keeps to it
+  bool preallocates = false;   ///< takes calls that set blocks aside for a file before they are written
+  bool keepsPromises = false;  ///< and is known to have those blocks when they are written
 
-  /// Tries both on a file without a name in @p directory. Where that is not possible either, the answer is no.
+  /// Tries them on a file without a name in @p directory. Where that is not possible either, the answer is no.
   static TSpoolVolume Probe(const std::string& directory);
 };

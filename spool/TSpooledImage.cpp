@@ -43,10 +43,10 @@ int TSpooledImage::Lock(unsigned char*& destination)
     fault_->Raise("no memory for an image of", file_->Path(), error);
     return error;
   }
-  memory_ = destination;
   lockedAtNs_ = HostTimeNs();
   recordedAt_ = Clock::now();
   takenAtNs_.reserve(place_.images);
+  memory_ = destination; // last: a place that could not be locked has nothing to write
   return 0;
 }
 

@@ -2,23 +2,30 @@
 // Runs on disks that lack something, are slow, or fail.
 #include "spool/TSpoolPipeline.h"
 
+#include "spool/IImage.h"
+#include "spool/TSpoolImageSpooler.h"
 #include "spool/TSpoolSettings.h"
+#include "tests/spool/logged_by.h"
 #include "tests/spool/TDiskFaults.h"
 #include "tests/support/TScratchDirectory.h"
 #include "tests/support/TSpoolDirectory.h"
 #include "tests/utility/SystemCalls.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
 #include <ostream>
 #include <random>
 #include <vector>
 
 namespace {
 
+namespace fs = std::filesystem;
 using Image = std::vector<unsigned char>;
+using testing::HasSubstr;
 
 struct TCase
 {
@@ -131,6 +138,16 @@ TEST_P(SpoolPipeline, FailsWhereFilesCannotBeMapped)
   EXPECT_EQ(ExpectImages(), 0u);
 }
 
+// Where a full disk would show as a signal, files are not mapped.
+TEST_P(SpoolPipeline, MapsFilesOnlyWhereTheirBlocksAreKnownToBeThere)
+{
+  disk_.noDirectWrites = true;
+  disk_.noMapping = true;
+  disk_.fileSystem = 0x2FC12FC1; // ZFS, where setting blocks aside makes a file with a hole
+  EXPECT_TRUE(Write());
+  ExpectComplete();
+}
+
 TEST_P(SpoolPipeline, WaitsForASlowDisk)
 {
   disk_.noPreallocation = true;
@@ -156,5 +173,87 @@ TEST_P(SpoolPipeline, DoesWithAsManyThreadsAsThereAre)
 INSTANTIATE_TEST_SUITE_P(Cases, SpoolPipeline,
                          ::testing::Values(TCase{1, 9001, 40}, TCase{1, 300007, 12}, TCase{3, 3001, 10000},
                                            TCase{3, 300007, 40}, TCase{3, 524288, 30}));
+
+class SpoolDirectories : public ::testing::Test
+{
+protected:
+  /// A run of nothing, or of images of 8 MiB. Returns what went wrong.
+  std::string Write(const std::string& path, int images = 0)
+  {
+    Image image(8 << 20);
+    const std::string log = LoggedBy([&] {
+      TSpoolPipeline pipeline({path, TSpoolLayout::kImagesTogether, 2}, image.size(),
+                              static_cast<std::uint32_t>(images));
+      for (int i = 0; i < images; ++i)
+        if (!pipeline.Spool(i, image.data())) break;
+      pipeline.Finish();
+      failed_ = pipeline.HasFailed();
+    });
+    return failed_ ? log : "";
+  }
+
+  TScratchDirectory scratch_;
+  TDiskFaults disk_;
+  bool failed_ = false;
+};
+
+// A file of 64 MiB is on the disk by itself, and only its name is not.
+TEST_F(SpoolDirectories, NeedNotKnowHowToGetNamesToTheDisk)
+{
+  for (const int error : {EINVAL, ENOTSUP, ENOSYS}) {
+    disk_.directorySyncError = error;
+    EXPECT_EQ(Write(scratch_.Directory() + "/run", 8), "");
+  }
+  for (const int error : {EIO, ENOSPC, EDQUOT}) {
+    disk_.directorySyncError = error;
+    EXPECT_NE(Write(scratch_.Directory() + "/run", 8), "");
+  }
+}
+
+TEST_F(SpoolDirectories, ThatCannotBeUsedAreNamedWithTheReason)
+{
+  const std::string file = scratch_.File("", "file");
+  EXPECT_THAT(Write(file), HasSubstr("cannot make the directory " + file + ": Not a directory"));
+  const std::string real = scratch_.Directory() + "/a\\b";
+  const std::string link = scratch_.Directory() + "/link";
+  fs::create_directory(real);
+  fs::create_directory_symlink(real, link);
+  EXPECT_THAT(Write(link), HasSubstr("has a backslash: " + real));
+  EXPECT_TRUE(fs::is_empty(real));
+  EXPECT_FALSE(fs::exists(scratch_.Directory() + "/a"));
+}
+
+// What is open may be in staging memory, which must not go first.
+TEST_F(SpoolDirectories, ImagesLeftOpenGoWithTheirSpooler)
+{
+  TSpoolFault fault;
+  TSpoolIndex index(&fault);
+  ASSERT_TRUE(index.Create(scratch_.Directory()));
+  TSpoolFileSpooler files(&fault);
+  files.SetDirectory(scratch_.Directory());
+  files.SetStem(L"spool");
+  {
+    TSpoolImageSpooler images(&files, TSpoolLayout::Choose(TSpoolLayout::kImagesTogether, 8 << 20, 10, {}), &index,
+                              &fault);
+    for (unsigned int i = 0; i < 2; ++i) {
+      IImage* image = nullptr;
+      unsigned char* memory = nullptr;
+      ASSERT_EQ(images.OpenImage(i, ISpooler::kReadWrite, image), 0);
+      ASSERT_EQ(image->Lock(memory), 0);
+      memory[0] = 1;
+    }
+  }
+  EXPECT_EQ(index.Count(), 0u);
+}
+
+TEST(SpoolFault, KeepsTheFirstFailure)
+{
+  TSpoolFault fault;
+  EXPECT_EQ(fault.Text(), "");
+  fault.Raise("cannot write", "one", ENOSPC);
+  fault.Raise("cannot write", "two", EIO);
+  EXPECT_TRUE(fault.IsRaised());
+  EXPECT_EQ(fault.Text(), "cannot write one: No space left on device");
+}
 
 } // namespace

@@ -7,7 +7,9 @@
 #include <cstdarg>
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/types.h>
+#include <sys/vfs.h>
 #include <thread>
 
 namespace {
@@ -36,6 +38,10 @@ int __real_fdatasync(int file);
 int __wrap_fdatasync(int file);
 int __real_syncfs(int file);
 int __wrap_syncfs(int file);
+int __real_fsync(int file);
+int __wrap_fsync(int file);
+int __real_fstatfs(int file, struct statfs* system);
+int __wrap_fstatfs(int file, struct statfs* system);
 int __real_fallocate(int file, int mode, off_t offset, off_t size);
 int __wrap_fallocate(int file, int mode, off_t offset, off_t size);
 void* __real_mmap(void* address, std::size_t size, int protection, int flags, int file, off_t offset);
@@ -69,6 +75,23 @@ int __wrap_syncfs(int file)
   if (!disk || !disk->syncFails) return __real_syncfs(file);
   errno = EIO;
   return -1;
+}
+
+int __wrap_fsync(int file)
+{
+  TDiskFaults* const disk = faults;
+  struct stat status = {};
+  if (!disk || disk->directorySyncError == 0 || fstat(file, &status) != 0 || !S_ISDIR(status.st_mode))
+    return __real_fsync(file);
+  errno = disk->directorySyncError;
+  return -1;
+}
+
+int __wrap_fstatfs(int file, struct statfs* system)
+{
+  const int result = __real_fstatfs(file, system);
+  if (TDiskFaults* const disk = faults) system->f_type = disk->fileSystem;
+  return result;
 }
 
 int __wrap_fallocate(int file, int mode, off_t offset, off_t size)

@@ -13,10 +13,12 @@ public:
   TDiskFaults(const TDiskFaults&) = delete;
   TDiskFaults& operator=(const TDiskFaults&) = delete;
 
-  std::atomic<int> writesUntilError{-1}; ///< large writes that succeed before one fails with EIO; below 0 all do
-  std::atomic<int> writeDelayMs{0};      ///< before each large write
-  std::atomic<bool> writesAreCut{false}; ///< a large write takes only a part, as when a signal comes
-  std::atomic<bool> syncFails{false};    ///< fdatasync and syncfs fail with EIO
+  std::atomic<int> writesUntilError{-1};  ///< large writes that succeed before one fails with EIO; below 0 all do
+  std::atomic<int> writeDelayMs{0};       ///< before each large write
+  std::atomic<bool> writesAreCut{false};  ///< a large write takes only a part, as when a signal comes
+  std::atomic<bool> syncFails{false};     ///< fdatasync and syncfs fail with EIO
+  std::atomic<int> directorySyncError{0}; ///< what fsync of a directory fails with
+  std::atomic<long> fileSystem{0xEF53};   ///< what every file system calls itself: ext4
   std::atomic<bool> noPreallocation{false};
   std::atomic<bool> noDirectWrites{false};
   std::atomic<bool> noMapping{false};

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// What becomes of a frame, and of a run, between acquisition and disk.
+#include "acquisition/TCircularBuffer.h"
+#include "acquisition/TDispatchQueue_Spool.h"
+#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "spool/TSpoolSettings.h"
+#include "tests/spool/TDiskFaults.h"
+#include "tests/support/TScratchDirectory.h"
+#include "tests/support/TSpoolDirectory.h"
+#include "tests/utility/SystemCalls.h"
+#include "utility/TQuorinCriticalSection.h"
+#include "vxcore_simulator.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+
+namespace {
+
+class SpooledRun : public ::testing::Test
+{
+protected:
+  TScratchDirectory scratch_;
+  TSpoolDirectory run_{scratch_.Directory() + "/run"};
+};
+
+// Dark pixels may look like the end of a timestamp.
+TEST_F(SpooledRun, PixelsAreNotTakenForATimestamp)
+{
+  constexpr std::size_t kBytes = 4096;
+  constexpr std::array<unsigned short, 4> kIdentifierAndLength{1, 0, 12, 0};
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(kBytes, 2), 0);
+  ring.Reset();
+  TDispatchQueue_Spool queue(&ring);
+  queue.SetRun({run_.Path(), TSpoolLayout::kImagesTogether}, 1);
+  queue.Initialise(kBytes);
+  unsigned char* const frame = ring.GetBuffer(1);
+  std::memset(frame, 0, kBytes);
+  std::memcpy(frame + kBytes - sizeof kIdentifierAndLength, kIdentifierAndLength.data(),
+              sizeof kIdentifierAndLength);
+  EXPECT_EQ(queue.Dispatch(frame, kBytes), 0);
+  queue.Finalise();
+  EXPECT_EQ(run_.Text("run", "State"), "complete");
+  EXPECT_EQ(run_.Text("run", "FirstFrameTick"), "");
+}
+
+class SpooledRunOfACamera : public SpooledRun
+{
+protected:
+  void SetUp() override
+  {
+    ASSERT_EQ(VXSIM_Configure("[Simulator]\nCameras=1\n[Camera0]\nModel=RQ512_LX\nClock=free\n"
+                              "[Camera0.AOIWidth]\nValue=512\n[Camera0.AOIHeight]\nValue=512\n"),
+              VX_SUCCESS);
+    ASSERT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
+    ASSERT_EQ(VX_Open(0, &camera_), VX_SUCCESS);
+    PublishCurrentCoreHandle(camera_);
+  }
+
+  void TearDown() override
+  {
+    VX_Close(camera_);
+    PublishCurrentCoreHandle(kNoCoreHandle);
+    VX_FinaliseLibrary();
+    VXSIM_Configure(nullptr);
+  }
+
+  int camera_ = VX_HANDLE_NONE;
+  QuorinUtility::TQuorinCriticalSection cameraLock_;
+  TDiskFaults disk_;
+  TVxmcdAcquisitionManager manager_{&cameraLock_, 20};
+};
+
+TEST_F(SpooledRunOfACamera, TellsOfItsDiskAlsoBehindAStartThatWasRefused)
+{
+  disk_.writeDelayMs = 1000;
+  disk_.writesUntilError = 0;
+  manager_.SetRunMode(TVxmcdAcquisitionManager::kSeries);
+  manager_.SetImageCount(5);
+  manager_.SetSpool(true, TSpoolLayout::kImagesTogether, run_.Path().c_str());
+  ASSERT_EQ(manager_.Start(), TVxmcdAcquisitionManager::kDone);
+  ASSERT_TRUE(
+      system_calls::Eventually([this] { return manager_.GetDispatchQueue()->GetMaximumImageAvailable() > 0; }));
+  EXPECT_EQ(manager_.Start(), TVxmcdAcquisitionManager::kStartFailed) << "the first run waits for its disk";
+  ASSERT_TRUE(system_calls::Eventually([this] { return !manager_.IsRunning(); }));
+  EXPECT_TRUE(manager_.IsSpoolIssues());
+
+  disk_.writeDelayMs = 0;
+  manager_.SetSpool(false, TSpoolLayout::kImagesTogether, nullptr);
+  ASSERT_EQ(manager_.Start(), TVxmcdAcquisitionManager::kDone);
+  ASSERT_TRUE(system_calls::Eventually([this] { return !manager_.IsRunning(); }));
+  EXPECT_FALSE(manager_.IsSpoolIssues());
+}
+
+} // namespace
