@@ -889,7 +889,8 @@ VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* ma
 VXMCD_API unsigned int StartAcquisition(void);
 /**
  * Stops the run; images so far stay available. Blocks until the run has ended (10 s at most). No wait is woken by
- * it: call CancelWait() for that.
+ * it: call CancelWait() for that. In a run that SetSpool() has written with method 1, images that still wait for
+ * being written are given up, though they were delivered and counted; with method 3 all of them are written.
  * @return #RC_SUCCESS; #RC_IDLE when the camera is not acquiring; #RC_FEATURE_ERROR when the camera refuses to
  *         stop
  */
@@ -950,9 +951,10 @@ VXMCD_API unsigned int createAcquisitionEvents(void);
 /**
  * Switches writing on or off, from the next start on. The directory is made by StartAcquisition(), with its parents;
  * it holds one run, so a new one replaces the spool files of the one before. What is wrong with the directory shows
- * in GetStatus() after the first frame. Does not block.
+ * in GetStatus() after 100 ms, even if no frame comes, or after the first frame. Does not block.
  * @param active  1 on; any other value off
- * @param method  1 one image in each file; 3 many images in each file of up to about 256 MiB
+ * @param method  1 one image in each file; AbortAcquisition() gives up images that are not written yet. 3 many
+ *                images in each file of up to about 256 MiB; an abort keeps every image delivered
  * @param path    the directory, absolute or relative to the working directory at the next start; copied. Null is
  *                allowed unless @p active is 1
  * @return #RC_SUCCESS; #RC_P2_INVALID for another method; #RC_P3_INVALID for a null path with @p active 1;

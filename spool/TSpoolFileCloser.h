@@ -11,8 +11,9 @@ class TSpoolFault;
 class TSpoolFile;
 
 /// Brings files to the disk and closes them, one after another, on a thread of its own: that may take as long as
-/// the disk needs for a whole file, and nobody who opens or fills another one should wait for it. Owned by the
-/// file spooler; borrows the fault. Thread-safe.
+/// the disk needs for a whole file, in which the next one can be opened and filled. When that is full too, whoever
+/// closes its last place waits, and with it everybody who opens or closes another one. Owned by the file spooler;
+/// borrows the fault. Thread-safe.
 class TSpoolFileCloser final : private QuorinUtility::IQuorinTask
 {
 public:
