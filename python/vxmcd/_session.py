@@ -117,7 +117,10 @@ class Session:
             free = [session for session in cls._closing if _acquiring in (None, session)]
             if not free:
                 return
-            cls._closing.remove(free[0])
+            try:
+                cls._closing.remove(free[0])
+            except ValueError:  # the collector closed another one in between, and this one with it
+                continue
             free[0]._shut_down()
 
     def _shut_down(self):

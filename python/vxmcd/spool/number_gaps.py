@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import itertools
+import operator
 from collections.abc import Sequence
 from typing import Iterator, List
 
@@ -46,9 +47,10 @@ class NumberGaps(Sequence):
         return itertools.chain.from_iterable(self._gaps())
 
     def __contains__(self, number) -> bool:
-        if number not in self._whole:
+        try:
+            place = self._whole.index(operator.index(number))  # at once for integers of Python, else one by one
+        except (TypeError, ValueError):
             return False
-        place = (number - self._whole.start) // self._whole.step
         gap = np.searchsorted(self._starts, place, "right") - 1
         return bool(gap >= 0 and place < self._stops[gap])
 
