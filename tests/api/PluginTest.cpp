@@ -210,6 +210,7 @@ TEST_F(Eeprom, AFactoryThatThrowsReachesTheCallerOfInitialize)
         if (GetStatus(&status) != RC_NOT_INITIALIZED || vxsys_EEPUP() != RC_NOT_INITIALIZED) step = 3;
         if (TriggerBoard_Initialize() != kNotLoaded) step = 4;
         if (ShutDown() != RC_NOT_INITIALIZED) step = 5;
+        here_.RemoveAll();
         _exit(step);
       },
       ::testing::ExitedWithCode(0), "");
@@ -231,6 +232,7 @@ TEST_F(TriggerBoard, AnswersSuccessBeforeTheFirstCameraAndOneWithoutALibrary)
         isRight = isRight && VXSIM_Configure("[Simulator]\nCameras=0\n") == VX_SUCCESS &&
                   Initialize(nullptr) == RC_NO_CAMERA && gblp_LoadUSBi2cDll &&
                   TriggerBoard_Initialize() == kNotLoaded;
+        here_.RemoveAll();
         _exit(isRight ? 0 : 1);
       },
       ::testing::ExitedWithCode(0), "");

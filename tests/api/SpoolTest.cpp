@@ -18,6 +18,7 @@
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
@@ -648,11 +649,12 @@ TEST_P(SpoolKilled, WhatTheIndexNamesIsOnDisk)
     const std::string directory = scratch_.Directory() + "/" + std::to_string(time);
     const pid_t child = fork();
     if (child == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGKILL); // nobody else would stop it
       VXSIM_Configure(kFreeCounterCamera);
       Initialize(nullptr);
       SetImage(1, 1, 1, 300, 1, 300);
       SpoolTo(directory, GetParam());
-      StartSeries(1000000);
+      StartSeries(50000); // 9 GB: more than is written before the end
       for (;;) pause();
     }
     const TSpoolDirectory run(directory);
