@@ -17,12 +17,13 @@ file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/vxmcd.pc.in ${PROJECT_BINARY_DIR}/vxmcd.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vxmcd.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# Pages to read.
+# Pages to read, in folders as here, so that their links hold.
 install(FILES docs/man/vxmcd.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
 install(FILES docs/man/vxmcd.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development FILES_MATCHING PATTERN "*.md"
-  PATTERN man EXCLUDE)
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development FILES_MATCHING PATTERN "*.md"
+  PATTERN "*.png" PATTERN man EXCLUDE)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development USE_SOURCE_PERMISSIONS
   PATTERN CMakeLists.txt EXCLUDE PATTERN "__pycache__" EXCLUDE)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 
