@@ -49,7 +49,9 @@ VXCORE_API int VXSIM_Reset(void);
  */
 VXCORE_API int VXSIM_Configure(const char* text);
 
-/** The message of the last rejected configuration or fault rule on this thread; "" when there is none. */
+/** The message of the last rejected configuration or fault rule on this thread; "" when there is none. Valid on this
+ *  thread until its next call that takes a configuration or a rule: VXSIM_Configure(), VXSIM_AddFault(),
+ *  VX_InitialiseLibrary(). */
 VXCORE_API const char* VXSIM_GetLastError(void);
 
 /** How many times VX_InitialiseLibrary() is ahead of VX_FinaliseLibrary(). */

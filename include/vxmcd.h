@@ -109,7 +109,8 @@ VXMCD_DECORATED unsigned int GetCurrentCamera(long* handle);
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer
  */
 VXMCD_API unsigned int GetSDK3Handle(int* handle);
-/** The record of the camera with this handle, or of no camera when it is not open; never null. Borrowed. */
+/** The record of the camera with this handle, or of no camera when it is not open; never null. Borrowed until the
+ *  camera's ShutDown(). */
 VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
 /** @} */
 
@@ -657,19 +658,20 @@ VXMCD_DECORATED unsigned int I2CBurstWrite(unsigned char address, long count, un
  *
  *  The functions that ask for or set one thing return a status of their own instead of a result code: **0 for success,
  *  1 for a group or potentiometer that does not exist** (nothing is read, written or sent then), besides
- *  #RC_NOT_INITIALIZED. Transfers that the camera refuses are no error: they are in the diagnostic log only, and a value
- *  that cannot be read is 0.
+ *  #RC_NOT_INITIALIZED. Transfers that the camera refuses are no error: they are in the diagnostic log only, and a
+ *  value that cannot be read is 0.
  *
  *  Calls from several threads wait for one another. Observers are called on the thread that made the change, before
- *  its call returns, and may call any function of this section for the same camera; ShutDown() waits for the call that they are part of and
- *  so must not be called there, nor may GetFIFOUsage(), which waits for ShutDown(), or what changes another camera's
- *  potentiometers. What an observer throws reaches the caller of the function.
+ *  its call returns, and may call any function of this section for the same camera; ShutDown() waits for the call
+ *  that they are part of and so must not be called there, nor may GetFIFOUsage(), which waits for ShutDown(), or what
+ *  changes another camera's potentiometers. What an observer throws reaches the caller of the function.
  *  @{ */
 /**
  * Loads a potentiometer file in place of the one before and tells the observers, also when it fails, which leaves no
  * groups. **The last section of the file is not a group**: a file with one section cannot be loaded. Current values
  * are unknown (-1) afterwards. Refused are more than 4096 potentiometers in a group, and files that would take too
- * long to read: some 350 potentiometers with all their keys are the most.
+ * long to read: some 350 potentiometers with all their keys are the most. Blocks while the file is read, up to about
+ * a second, and as long as the observers take.
  * @param fileName  the file's name, at best with its path
  * @return #RC_SUCCESS; #RC_FILE_LOAD_ERROR when the file does not exist, has no group, or is refused
  */
@@ -677,7 +679,7 @@ VXMCD_API unsigned int vxsys_CameraPotsLoadFile(const char* fileName);
 /**
  * Writes the names of the groups into a file and reads the value of every potentiometer from the camera. **The file
  * does not hold the potentiometers, and an existing file is replaced**: do not give it the name of a file that was
- * loaded.
+ * loaded. Blocks, as I2CBurstRead() does, until the camera has made a transfer for each potentiometer.
  * @param fileName  the file's name
  * @return #RC_SUCCESS, also when the file cannot be written, which is logged
  */
@@ -727,7 +729,8 @@ VXMCD_API unsigned int vxsys_CameraPotsGetNumberPotsInGroup(int group, int* coun
  */
 VXMCD_API unsigned int vxsys_CameraPotsGetPotInfo(int group, int pot, int infoType, void* out);
 /**
- * Reads the value of a potentiometer from the camera and keeps it as the current one.
+ * Reads the value of a potentiometer from the camera and keeps it as the current one. Blocks, as I2CBurstRead() does,
+ * until the camera has made the transfer.
  * @param group  0 to the number of groups - 1
  * @param pot    0 to the number of potentiometers in the group - 1
  * @param value  written with 0 to 255; 0 when it cannot be read
@@ -745,7 +748,8 @@ VXMCD_API unsigned int vxsys_CameraPotsGetPotValue(int group, int pot, int* valu
  */
 VXMCD_API unsigned int vxsys_CameraPotsSetPotValue(int group, int pot, int value);
 /**
- * Reads the monitor of the voltage rail that a potentiometer sets.
+ * Reads the monitor of the voltage rail that a potentiometer sets. Blocks, as I2CBurstRead() does, until the camera
+ * has made the transfer.
  * @param group  0 to the number of groups - 1
  * @param pot    0 to the number of potentiometers in the group - 1
  * @param value  written with 0 to 255; 0 when there is no rail or it cannot be read
@@ -993,8 +997,9 @@ VXMCD_API unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, lo
 /** @defgroup retrieval Taking images
  *  Image arrays are dense: row r starts at pixel r x width, width and height being those of the image area. `size`
  *  counts pixels and must equal width x height of one image. The functions ending in 8 give 8-bit pixels and need
- * the camera's encoding "Mono8"; those ending in 16 give 16-bit pixels (of a 32-bit encoding the low 16 bits);
- * those without a suffix give 32-bit pixels. All of them copy and convert on the calling thread and do not wait for an image.
+ *  the camera's encoding "Mono8"; those ending in 16 give 16-bit pixels (of a 32-bit encoding the low 16 bits);
+ *  those without a suffix give 32-bit pixels. All of them copy and convert on the calling thread and do not wait for
+ *  an image.
  *
  *  An image that is gone, or whose run had another image area than now, is not copied. Where a function has no code
  *  for that, it answers #RC_SUCCESS and leaves the array as it is: GetOldestImage*() when an image was overwritten in
