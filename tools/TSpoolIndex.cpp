@@ -17,6 +17,8 @@ namespace {
 constexpr std::size_t kRecordBytes = 32;
 constexpr std::size_t kCheckedBytes = 24; // of a record, by the checksum behind them
 constexpr std::size_t kReadBytes = 2048 * kRecordBytes;
+// That a file may have above those of all images, damaged or repeated; what lies behind them is not read.
+constexpr std::size_t kSpareRecords = 32768;
 
 template <typename Number>
 Number FieldAt(TPixelBytes record, std::size_t offset)
@@ -43,8 +45,8 @@ bool TSpoolIndex::Read(const std::string& directory, std::int64_t imageLimit)
     return false;
   }
   std::vector<std::byte> block;
-  // Nothing of a file that has grown beyond all measure is worth reading it to its end.
-  const std::uint64_t end = std::min(file.Length(), static_cast<std::uint64_t>(imageLimit) * kRecordBytes);
+  const std::uint64_t most = (static_cast<std::uint64_t>(imageLimit) + kSpareRecords) * kRecordBytes;
+  const std::uint64_t end = std::min(file.Length(), most);
   damaged_ = PiecesIn(file.Length() - end);
   for (std::uint64_t offset = 0; offset < end; offset += block.size()) {
     if (TInterrupt::Happened()) {

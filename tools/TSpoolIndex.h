@@ -20,7 +20,7 @@ public:
     std::int64_t hostNanoseconds = 0; ///< since 1970-01-01 UTC
   };
 
-  /// Reads the index in a directory, no more of it than the records of all images that can be. False with Error()
+  /// Reads the index in a directory, not much more of it than the records of all images that can be. False with Error()
   /// set when it is missing or cannot be read, and after Ctrl-C; the records before a failure are there.
   /// @param imageLimit  numbers of images are below this
   bool Read(const std::string& directory, std::int64_t imageLimit);

@@ -83,12 +83,20 @@ private:
   std::vector<std::string>& notes_;
 };
 
-SpoolState StateOf(const std::string& text)
+std::optional<SpoolState> StateOf(const std::string& text)
 {
+  if (text == "recording") return SpoolState::Recording;
   if (text == "complete") return SpoolState::Complete;
   if (text == "aborted") return SpoolState::Aborted;
   if (text == "failed") return SpoolState::Failed;
-  return SpoolState::Recording;
+  return std::nullopt;
+}
+
+// A camera that has no metadata may not say so.
+std::optional<bool> SwitchOf(const std::string& text)
+{
+  if (text == "true") return true;
+  return text == "false" || text.empty() ? std::optional(false) : std::nullopt;
 }
 
 // "External Start" becomes "external-start", the word of the command line.
@@ -132,7 +140,7 @@ void TakeBinning(const std::string& text, TSpoolFacts& facts)
 void TakeRun(TSpoolKeys& keys, TSpoolFacts& f)
 {
   f.stateText = keys.Text("run", "State");
-  f.state = StateOf(f.stateText);
+  f.state = StateOf(f.stateText).value_or(SpoolState::Recording);
   f.imagesExpected = keys.Number("run", "ImagesExpected", 1, kMostImages);
   f.imagesWritten = keys.Number("run", "ImagesWritten", 0, f.imagesExpected.value_or(kMostImages)).value_or(0);
   f.method = keys.Number("run", "Method", 0, kMostImages);
@@ -150,7 +158,7 @@ void TakeImage(TSpoolKeys& keys, TSpoolFacts& f)
   f.height = keys.Number("image", "Height", 1, kLargestSide);
   f.stride = keys.Number("image", "Stride", 1, kLargestImage);
   f.encoding = keys.Text("image", "PixelEncoding");
-  f.hasMetadata = keys.Text("image", "Metadata") == "true";
+  f.hasMetadata = SwitchOf(keys.Text("image", "Metadata")).value_or(false);
   f.layout = keys.Text("image", "Layout");
   f.left = keys.Number("image", "Left", 1, kLargestSide);
   f.top = keys.Number("image", "Top", 1, kLargestSide);
@@ -233,6 +241,9 @@ bool TSpoolRun::Read(const std::string& directory)
   TakeRun(keys, facts_);
   TakeImage(keys, facts_);
   TakeAcquisition(keys, facts_);
+  const bool isStateKnown = StateOf(facts_.stateText).has_value();
+  if (!isStateKnown || !SwitchOf(keys.Text("image", "Metadata")))
+    return Fail(path + ": says nothing sensible about " + (isStateKnown ? "Metadata" : "State"));
   FindLayout();
   return true;
 }
