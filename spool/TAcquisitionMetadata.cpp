@@ -44,6 +44,14 @@ bool Sync(const std::string& name)
   return file.IsOpen() && ::fsync(file.Get()) == 0;
 }
 
+/// The directory's path with a slash at its end.
+std::string WithDelimiter(const char* directory)
+{
+  TQuorinFilePath path(directory);
+  path.DelimitEnd();
+  return path.GetForwardSlashPath();
+}
+
 bool IsControl(char character)
 {
   return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
@@ -125,14 +133,13 @@ int TAcquisitionMetadata::SaveFile(const char* directory) const
                                   "TAcquisitionMetadata: SaveFile - _sz_filePath cannot be NULL\n");
     return kFailed;
   }
-  const std::string fileName = constructFilename(directory);
+  const std::string folder = WithDelimiter(directory);
+  const std::string fileName = folder + mpsz_iniFilename;
   const std::string temporary = fileName + kTemporarySuffix;
   ::unlink(temporary.c_str()); // whatever it is, a link to another file for one
   if (parser_.SaveIni(temporary.c_str()) == TQuorinIniParser::INI_OK && Sync(temporary) &&
       std::rename(temporary.c_str(), fileName.c_str()) == 0) {
-    TQuorinFilePath path(directory);
-    path.DelimitEnd();
-    Sync(path.GetForwardSlashPath()); // not every file system can; the file is whole in any case
+    Sync(folder); // not every file system can; the file is whole in any case
     return kOk;
   }
   ::unlink(temporary.c_str());
@@ -157,9 +164,7 @@ int TAcquisitionMetadata::LoadFile(const char* directory)
 
 std::string TAcquisitionMetadata::constructFilename(const char* directory) const
 {
-  TQuorinFilePath path(directory);
-  path.DelimitEnd();
-  return std::string(path.GetForwardSlashPath()) + mpsz_iniFilename;
+  return WithDelimiter(directory) + mpsz_iniFilename;
 }
 
 int TAcquisitionMetadata::SetText(const char* section, const char* key, const std::string& value)

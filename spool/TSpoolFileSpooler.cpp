@@ -11,8 +11,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <dirent.h>
 #include <fcntl.h>
-#include <filesystem>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -41,6 +41,11 @@ std::string ToUtf8(const wchar_t* text)
   for (; text && *text; ++text) AppendUtf8(utf8, static_cast<std::uint32_t>(*text));
   return utf8;
 }
+
+struct TCloseDirectory
+{
+  void operator()(DIR* directory) const { closedir(directory); }
+};
 
 } // namespace
 
@@ -121,16 +126,19 @@ void TSpoolFileSpooler::LeavePageCache()
   }
 }
 
+// Not with std::filesystem, whose iterator ends the program when it finds no memory.
 int TSpoolFileSpooler::Remove()
 {
-  namespace fs = std::filesystem;
-  std::vector<fs::path> own;
-  std::error_code error;
-  for (fs::directory_iterator entry(directory_, error), end; !error && entry != end; entry.increment(error))
-    if (IsOwnFile(entry->path().filename().native())) own.push_back(entry->path());
-  if (error) fault_->Raise("cannot read", directory_, error.value());
-  for (const fs::path& path : own)
-    if (unlink(path.c_str()) != 0 && errno != ENOENT) fault_->Raise("cannot remove", path.native(), errno);
+  std::vector<std::string> own;
+  const std::unique_ptr<DIR, TCloseDirectory> directory(opendir(directory_.c_str()));
+  errno = directory ? 0 : errno;
+  while (const dirent* const entry = directory ? readdir(directory.get()) : nullptr) {
+    if (IsOwnFile(entry->d_name)) own.push_back(directory_ + "/" + entry->d_name);
+    errno = 0;
+  }
+  if (errno != 0) fault_->Raise("cannot read", directory_, errno);
+  for (const std::string& path : own)
+    if (unlink(path.c_str()) != 0 && errno != ENOENT) fault_->Raise("cannot remove", path, errno);
   return fault_->IsRaised() ? EIO : 0;
 }
 

@@ -420,6 +420,21 @@ TEST_P(SpoolMethods, ACameraThatDoesNotStartLeavesARunWithoutImages)
   EXPECT_TRUE(Eventually([threads] { return ThreadCount() == threads; }));
 }
 
+TEST_P(SpoolMethods, ACameraThatIsUnpluggedLeavesTheImagesBefore)
+{
+  VXSIM_Configure(kFreeCounterCamera);
+  Open();
+  SpoolTo(run_.Path(), GetParam());
+  AddFault("camera at 500 unplug");
+  StartSeries(1000000);
+  ASSERT_TRUE(HasEndedOnDisk());
+  EXPECT_EQ(Status(), RC_STATUS_TIMED_OUT);
+  EXPECT_EQ(run_.Text("run", "State"), "aborted");
+  EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), 499u);
+  EXPECT_EQ(run_.Number("run", "ImagesWritten"), 499);
+  EXPECT_TRUE(Eventually([this] { return IsDirectoryFree(); }));
+}
+
 TEST_F(Spool, AnEarlierRunThatCannotBeRemovedStaysWhole)
 {
   Open();

@@ -64,6 +64,7 @@ ssize_t __wrap_pwrite(int file, const void* data, std::size_t size, off_t offset
 int __wrap_fdatasync(int file)
 {
   TDiskFaults* const disk = faults;
+  if (disk && disk->noSync) return 0;
   if (!disk || !disk->syncFails) return __real_fdatasync(file);
   errno = EIO;
   return -1;
@@ -72,6 +73,7 @@ int __wrap_fdatasync(int file)
 int __wrap_syncfs(int file)
 {
   TDiskFaults* const disk = faults;
+  if (disk && disk->noSync) return 0;
   if (!disk || !disk->syncFails) return __real_syncfs(file);
   errno = EIO;
   return -1;
@@ -80,6 +82,7 @@ int __wrap_syncfs(int file)
 int __wrap_fsync(int file)
 {
   TDiskFaults* const disk = faults;
+  if (disk && disk->noSync) return 0;
   struct stat status = {};
   if (!disk || disk->directorySyncError == 0 || fstat(file, &status) != 0 || !S_ISDIR(status.st_mode))
     return __real_fsync(file);

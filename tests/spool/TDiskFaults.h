@@ -17,6 +17,7 @@ public:
   std::atomic<int> writeDelayMs{0};       ///< before each large write
   std::atomic<bool> writesAreCut{false};  ///< a large write takes only a part, as when a signal comes
   std::atomic<bool> syncFails{false};     ///< fdatasync and syncfs fail with EIO
+  std::atomic<bool> noSync{false};        ///< nothing is brought to the disk, which saves the time
   std::atomic<int> directorySyncError{0}; ///< what fsync of a directory fails with
   std::atomic<long> fileSystem{0xEF53};   ///< what every file system calls itself: ext4
   std::atomic<bool> noPreallocation{false};
