@@ -12,11 +12,11 @@ using QuorinUtility::TQuorinLibDebugOutput;
 
 void TSpoolFault::Raise(const char* what, const std::string& name, int error) noexcept
 {
+  const std::lock_guard lock(mutex_); // who sees the failure waits for its text
   const bool isFirst = !raised_.exchange(true, std::memory_order_acq_rel);
   try {
     std::string text = std::string(what) + " " + name + ": " + std::generic_category().message(error);
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s", text.c_str());
-    const std::lock_guard lock(mutex_);
     if (isFirst) text_ = std::move(text);
   } catch (const std::exception&) {
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s %s: error %d", what, name.c_str(), error);

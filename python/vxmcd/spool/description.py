@@ -22,7 +22,7 @@ _MOST_BYTES = 2**20
 
 
 def _switch(text):
-    return {"true": True, "false": False}[text.lower()]
+    return {"true": True, "false": False}[text]
 
 
 def _time(text):

@@ -28,8 +28,7 @@ class SpoolRun:
     `salvage=True` takes what can be had of others: of a run that was killed or is still going on, with a damaged index or
     damaged images. It adds no image that the index does not have, and leaves out those whose checksum does not fit. Only
     when there is no index it takes the images that are not all zeros; nothing tells whether they are whole, and `is_checked`
-    is then False. (`vxmcd convert --salvage` does the same, and where a run has come to its end it also takes images that
-    are not all zeros and have no record in the index.)
+    is then False. `vxmcd convert --salvage` does the same.
 
     verify: compare every image with its checksum when opening, which reads all of them. Damaged images raise
     DamagedImageError, with salvage they are left out and listed in `damaged`. Without a value it is what `salvage` is.
