@@ -3,59 +3,19 @@
 #include "spool/TSpoolPipeline.h"
 
 #include "spool/TSpoolSettings.h"
+#include "tests/spool/RefusedAllocations.h"
 #include "tests/spool/TDiskFaults.h"
 #include "tests/support/TScratchDirectory.h"
 #include "tests/support/TSpoolDirectory.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
 #include <fcntl.h>
 #include <new>
 #include <ostream>
 #include <sys/file.h>
 #include <unistd.h>
 #include <vector>
-
-namespace {
-
-constexpr long kNever = -1;
-
-/// The INI library keeps its strings in a list, and loses the one whose node it does not get. Never refused.
-constexpr std::size_t kListNode = 5 * sizeof(void*);
-
-/// Allocations that are not refused before one is, on all threads.
-std::atomic<long> allocationsLeft{kNever};
-
-bool IsRefused(std::size_t size)
-{
-  return size != kListNode && allocationsLeft != kNever && allocationsLeft.fetch_sub(1) == 0;
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-  void* const memory = IsRefused(size) ? nullptr : std::malloc(size > 0 ? size : 1);
-  if (!memory) throw std::bad_alloc();
-  return memory;
-}
-
-void* operator new(std::size_t size, const std::nothrow_t& /*unused*/) noexcept
-{
-  return IsRefused(size) ? nullptr : std::malloc(size > 0 ? size : 1);
-}
-
-void operator delete(void* memory) noexcept
-{
-  std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-  std::free(memory);
-}
 
 namespace {
 
