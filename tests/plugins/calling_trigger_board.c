@@ -1,11 +1,13 @@
 /* SPDX-License-Identifier: MIT */
-/* A trigger-board library that closes its board when it is loaded and unloaded. It calls by name, and so reaches the
-   camera library's function of that name. Its count of triggers is what the first call answered. */
-#define TriggerBoard_GetAvailableTriggers Other_GetAvailableTriggers
-#include "examples/plugins/trigger_board.c"
-#undef TriggerBoard_GetAvailableTriggers
+/* Part of a trigger-board library that closes its board when it is loaded and unloaded. The call by name, from a source
+   of its own, reaches the camera library's function of that name. Its count of triggers is what the first call
+   answered. */
+#include "vxmcd_plugins.h"
 
-EXPORTED int TriggerBoard_GetAvailableTriggers(int* count);
+#undef TriggerBoard_GetAvailableTriggers /* the example's own has another name here */
+
+int TriggerBoard_ShutDown(void);
+__attribute__((visibility("default"))) int TriggerBoard_GetAvailableTriggers(int* count);
 
 static int answer;
 
@@ -22,5 +24,5 @@ __attribute__((destructor)) static void End(void)
 int TriggerBoard_GetAvailableTriggers(int* count)
 {
   *count = answer;
-  return DONE;
+  return 0;
 }
