@@ -29,6 +29,8 @@
  *       TriggerBoard_ShutDown               VxmcdTriggerBoardShutDown
  *       TriggerBoard_ExternalTrigger        VxmcdTriggerBoardExternalTrigger
  *
+ * A process that has more rights than its user (a set-user-ID program, say) loads nothing from the working directory.
+ *
  * Plug-ins should not throw: what GetConfiguration throws leaves Initialize(), which cannot open that camera any more.
  *
  * Functions run on the thread of the application that makes the call: those of a configuration library one call at a

@@ -5,6 +5,7 @@
 #include "utility/TQuorinMisc.h"
 
 #include <dlfcn.h>
+#include <sys/auxv.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +18,14 @@ namespace {
 
 constexpr const char* kHere = "./";
 constexpr const char* kNoFile = "not a regular file";
+constexpr const char* kPrivileged = "a process with more rights than its user loads no library from a directory";
+
+/// Whether the program got rights that its user does not have (set-user-ID, set-group-ID, capabilities). The user
+/// chooses the working directory, so what lies there must not run with these rights.
+bool IsPrivileged()
+{
+  return ::getauxval(AT_SECURE) != 0;
+}
 
 /// Such a thing would make the loader wait, perhaps for ever, for somebody to write into it. A directory it
 /// refuses by itself. A bare name is no path: the system looks for it elsewhere.
@@ -54,6 +63,10 @@ int TQuorinDynamicLoader::Open()
   if (!isThere && directoryOnly_) return kNotInDirectory;
 
   const char* const path = isThere ? candidate.GetForwardSlashPath() : library_->GetForwardSlashPath();
+  if (std::strchr(path, '/') && IsPrivileged()) {
+    SetErrorMessage(kPrivileged);
+    return kRefused;
+  }
   if (IsPipeOrDevice(path)) {
     SetErrorMessage(kNoFile);
     return kRefused;

@@ -10,6 +10,9 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <sys/auxv.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using QuorinUtility::TQuorinDynamicLoader;
 using QuorinUtility::TQuorinFilePath;
@@ -98,6 +101,45 @@ TEST_F(DynamicLoader, KeepsWhatTheLoaderSaysOfAFailure)
   PutLibrary("libnowhere-at-all.so");
   EXPECT_EQ(nowhere.Open(), 0);
   nowhere.Close();
+}
+
+/// Runs one test of this program again, in a process whose user has fewer rights than the process.
+/// @return what waitpid() tells of its end
+int RunAsPrivileged(const char* test)
+{
+  const std::string filter = std::string("--gtest_filter=") + test;
+  const pid_t child = ::fork();
+  if (child == 0) {
+    constexpr uid_t kNobody = 65534;
+    if (::setresuid(kNobody, 0, 0) == 0)
+      ::execl("/proc/self/exe", "utility_test", filter.c_str(), static_cast<char*>(nullptr));
+    ::_exit(127);
+  }
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  return status;
+}
+
+TEST_F(DynamicLoader, OpensNothingFromADirectoryForAPrivilegedProcess)
+{
+  if (!::getauxval(AT_SECURE)) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only the administrator can start such a process";
+    EXPECT_EQ(RunAsPrivileged("DynamicLoader.OpensNothingFromADirectoryForAPrivilegedProcess"), 0);
+    return;
+  }
+  std::filesystem::permissions(".", std::filesystem::perms::all); // the user's directory
+  PutLibrary("libhere.so");
+  const std::string full = std::filesystem::current_path() / "libhere.so";
+  for (const char* const name : {"libhere.so", full.c_str()}) {
+    TQuorinDynamicLoader loader(name, nullptr, false);
+    EXPECT_EQ(loader.Open(), 2) << name;
+    EXPECT_NE(std::strstr(loader.GetErrorMessage(), "more rights than its user"), nullptr)
+        << loader.GetErrorMessage();
+    EXPECT_EQ(loader.GetFunction("GetConfiguration"), nullptr);
+  }
+  TQuorinDynamicLoader ofTheSystem("libm.so.6", nullptr, false);
+  EXPECT_EQ(ofTheSystem.Open(), 0) << ofTheSystem.GetErrorMessage();
+  ofTheSystem.Close();
 }
 
 TEST_F(DynamicLoader, NeitherWaitsForAPipeNorOpensADirectory)
