@@ -14,11 +14,13 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <functional>
 #include <stdexcept>
 #include <sys/time.h>
 #include <thread>
 #include <time.h>
+#include <utility>
 
 namespace {
 
@@ -138,16 +140,28 @@ TEST_F(AcquisitionThread, RunOfNoFramesEndsWithoutAFetch)
 
 TEST_F(AcquisitionThread, MissingFrameEndsTheRunAfterTheTimeLimit)
 {
-  fetch_.script = [](unsigned char*&, int&, int timeoutMs) {
+  using TClock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds kLimit(250);
+  constexpr std::chrono::milliseconds kClockTick(10); // the limit begins up to one earlier
+  TClock::time_point first;
+  TClock::time_point lastButOneEnded;
+  TClock::time_point lastEnded;
+  fetch_.script = [&](unsigned char*&, int&, int timeoutMs) {
+    EXPECT_LE(timeoutMs, 100);
+    if (fetch_.calls == 1) first = TClock::now();
     QuorinUtility::TQuorinMisc::Sleep(timeoutMs);
+    lastButOneEnded = std::exchange(lastEnded, TClock::now());
     return TFetchQueue::kNoFrame;
   };
-  thread_.SetTimeout(250);
+  thread_.SetTimeout(kLimit.count());
+  const auto begin = TClock::now();
   RunToTheEnd(1);
   EXPECT_TRUE(thread_.IsTimedOut());
   EXPECT_FALSE(thread_.IsHardwareOverflow());
-  EXPECT_GE(fetch_.calls, 3);
-  EXPECT_LE(fetch_.calls, 4);
+  EXPECT_GE(TClock::now() - begin, kLimit - kClockTick);
+  if (fetch_.calls > 1) {
+    EXPECT_LE(lastButOneEnded - first, kLimit) << "not asked again after the limit";
+  }
   EXPECT_EQ(routine_.signals, 1);
   EXPECT_EQ(ring_.WaitChange(0), 4);
 
