@@ -6,10 +6,7 @@ vxmcd_benchmark(spool_benchmark
 target_compile_definitions(spool_benchmark PRIVATE VXMCD_BUILD_TYPE="$<CONFIG>")
 
 # Other formats' libraries are there to be compared with, and may be missing.
-find_package(PkgConfig QUIET)
-if(PkgConfig_FOUND)
-  pkg_check_modules(SPOOL_BENCHMARK_TIFF QUIET IMPORTED_TARGET libtiff-4)
-endif()
+pkg_check_modules(SPOOL_BENCHMARK_TIFF QUIET IMPORTED_TARGET libtiff-4)
 if(TARGET PkgConfig::SPOOL_BENCHMARK_TIFF)
   target_link_libraries(spool_benchmark PRIVATE PkgConfig::SPOOL_BENCHMARK_TIFF)
   target_compile_definitions(spool_benchmark PRIVATE VXMCD_BENCHMARK_TIFF)
