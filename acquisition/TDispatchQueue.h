@@ -44,5 +44,8 @@ public:
   /// Whether the run's frames have not all got where they should. Asked while no frame comes, and once more at the
   /// end of the run: no Dispatch() can tell it then. Acquisition thread only.
   virtual bool HasFailed() { return false; }
+  /// A number that rises while frames that were dispatched get nearer to where they should. Whoever waits for the end
+  /// of a run may go on waiting as long as it rises. Thread-safe.
+  virtual std::uint64_t Progress() { return 0; }
   virtual ~TDispatchQueue() = default;
 };

@@ -88,6 +88,12 @@ bool TDispatchQueue_Spool::HasFailed()
   return pipeline && pipeline->HasFailed();
 }
 
+std::uint64_t TDispatchQueue_Spool::Progress()
+{
+  const auto pipeline = Pipeline();
+  return pipeline ? pipeline->Progress() : 0;
+}
+
 std::shared_ptr<TSpoolPipeline> TDispatchQueue_Spool::Pipeline()
 {
   const std::lock_guard lock(mutex_);

@@ -33,6 +33,8 @@ public:
   /// frame leaves of its slot is cleared, so that nothing of an earlier frame is written for it.
   int Dispatch(unsigned char* buffer, int sizeBytes) override;
   bool HasFailed() override;
+  /// Rises with each piece of at most 8 MiB that is written or synced.
+  std::uint64_t Progress() override;
 
 private:
   std::shared_ptr<TSpoolPipeline> Pipeline();

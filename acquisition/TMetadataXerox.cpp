@@ -97,3 +97,8 @@ bool TMetadataXerox::HasFailed()
 {
   return wrapped_->HasFailed();
 }
+
+std::uint64_t TMetadataXerox::Progress()
+{
+  return wrapped_->Progress();
+}

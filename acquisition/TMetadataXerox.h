@@ -30,6 +30,7 @@ public:
   bool IsImageIntact(int image) override;
   bool IsSlot(const unsigned char* buffer) override;
   bool HasFailed() override;
+  std::uint64_t Progress() override;
 
 private:
   void StoreTimestamp(unsigned char* buffer, int sizeBytes);

@@ -26,8 +26,9 @@ bool IsAlignedAlike(const unsigned char* data, std::uint64_t offset)
 
 } // namespace
 
-TSpoolFile::TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes)
-    : path_(std::move(path)), number_(number), sizeBytes_(sizeBytes)
+TSpoolFile::TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes,
+                       std::atomic<std::uint64_t>* progress)
+    : path_(std::move(path)), number_(number), sizeBytes_(sizeBytes), progress_(progress)
 {
 }
 
@@ -64,11 +65,27 @@ int TSpoolFile::Close()
 {
   int error = 0;
   if (memory_) munmap(std::exchange(memory_, nullptr), sizeBytes_);
-  if (sizeBytes_ >= kLargeFileBytes && fdatasync(file_.Get()) != 0) error = errno;
+  if (sizeBytes_ >= kLargeFileBytes) error = Sync();
   // Nobody is about to read the file, and pages in the cache count as memory that is missing for the next ring.
   if (error == 0) posix_fadvise(file_.Get(), 0, 0, POSIX_FADV_DONTNEED);
   direct_.Close();
   if (file_.Close() != 0 && error == 0) error = errno;
+  return error;
+}
+
+// In pieces, so that a slow disk is seen to make progress. Each call reports an error once only.
+int TSpoolFile::Sync()
+{
+  int error = 0;
+  for (std::uint64_t offset = 0; offset < sizeBytes_; offset += kPieceBytes) {
+    const auto size = static_cast<off_t>(std::min(kPieceBytes, sizeBytes_ - offset));
+    constexpr unsigned int kWait =
+        SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
+    if (sync_file_range(file_.Get(), static_cast<off_t>(offset), size, kWait) != 0 && error == 0) error = errno;
+    ++*progress_;
+  }
+  if (fdatasync(file_.Get()) != 0 && error == 0) error = errno;
+  ++*progress_;
   return error;
 }
 
@@ -84,20 +101,31 @@ int TSpoolFile::Lock(unsigned char*& destination)
   return 0;
 }
 
+int TSpoolFile::WritePieces(int file, const unsigned char* data, std::size_t size, std::uint64_t offset)
+{
+  for (std::size_t done = 0; done < size;) {
+    const std::size_t piece = std::min<std::size_t>(size - done, kPieceBytes);
+    if (const int error = WriteAll(file, data + done, piece, offset + done)) return error;
+    done += piece;
+    ++*progress_;
+  }
+  return 0;
+}
+
 // The pages at either end, which neighbours share, go through the page cache; what lies between does not touch it.
 int TSpoolFile::Write(const unsigned char* data, std::size_t size, std::uint64_t offset)
 {
   const std::size_t head = std::min(BytesToAlignment(offset), size);
   const std::size_t middle = (size - head) / kAlignment * kAlignment;
   if (!direct_.IsOpen() || middle == 0 || !IsAlignedAlike(data, offset))
-    return WriteAll(file_.Get(), data, size, offset);
+    return WritePieces(file_.Get(), data, size, offset);
 
-  int error = WriteAll(direct_.Get(), data + head, middle, offset + head);
+  int error = WritePieces(direct_.Get(), data + head, middle, offset + head);
   // A file system may still refuse a particular unbuffered write.
-  if (error == EINVAL) error = WriteAll(file_.Get(), data + head, middle, offset + head);
-  if (error == 0) error = WriteAll(file_.Get(), data, head, offset);
+  if (error == EINVAL) error = WritePieces(file_.Get(), data + head, middle, offset + head);
+  if (error == 0) error = WritePieces(file_.Get(), data, head, offset);
   if (error == 0)
-    error = WriteAll(file_.Get(), data + head + middle, size - head - middle, offset + head + middle);
+    error = WritePieces(file_.Get(), data + head + middle, size - head - middle, offset + head + middle);
   return error;
 }
 

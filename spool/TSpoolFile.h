@@ -21,8 +21,12 @@
 class TSpoolFile final : public IImage
 {
 public:
-  /// Numbers from 0. @p sizeBytes is what the file will hold.
-  TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes);
+  /// What is written or synced at once.
+  static constexpr std::uint64_t kPieceBytes = std::uint64_t{8} << 20;
+
+  /// Numbers from 0. @p sizeBytes is what the file will hold. @p progress, which is borrowed, is counted up with each
+  /// piece that is written or synced.
+  TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes, std::atomic<std::uint64_t>* progress);
   ~TSpoolFile() override;
   TSpoolFile(const TSpoolFile&) = delete;
   TSpoolFile& operator=(const TSpoolFile&) = delete;
@@ -54,10 +58,13 @@ public:
 
 private:
   int Preallocate(const TSpoolVolume& volume);
+  int WritePieces(int file, const unsigned char* data, std::size_t size, std::uint64_t offset);
+  int Sync();
 
   const std::string path_;
   const unsigned int number_;
   const std::uint64_t sizeBytes_;
+  std::atomic<std::uint64_t>* const progress_;
   TFileDescriptor file_;
   TFileDescriptor direct_; // the same file, unbuffered, if that is possible
   std::atomic<std::uint64_t> doneBytes_{0};

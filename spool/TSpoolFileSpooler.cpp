@@ -82,11 +82,12 @@ int TSpoolFileSpooler::OpenImage(unsigned int index, int /*mode*/, IImage*& imag
     image = open->second.get();
     return 0;
   }
-  auto file = std::make_unique<TSpoolFile>(PathOf(index), index, fileBytes_);
+  auto file = std::make_unique<TSpoolFile>(PathOf(index), index, fileBytes_, &progress_);
   if (const int error = file->Create(volume_)) {
     fault_->Raise("cannot create", file->Path(), error);
     return error;
   }
+  ++progress_;
   image = file.get();
   files_.emplace(index, std::move(file));
   made_ = std::max(made_, index + 1);

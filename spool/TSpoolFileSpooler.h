@@ -5,6 +5,7 @@
 #include "spool/ISpooler.h"
 #include "spool/TSpoolVolume.h"
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -37,6 +38,9 @@ public:
   /// The path as the operating system has it, which need not be text.
   void SetDirectory(const std::string& directory) { directory_ = directory; }
   void SetVolume(const TSpoolVolume& volume) { volume_ = volume; }
+  /// Rises with each piece of a file, of TSpoolFile::kPieceBytes at most, that is written or synced, and with each
+  /// file made.
+  std::uint64_t Progress() const { return progress_; }
   /// Brings all files to the disk and closes them. What fails is raised as the fault.
   void Finish();
   /// Has the page cache give up what is on the disk of all files made. A hint: files where it fails stay there. Only
@@ -52,6 +56,7 @@ private:
   std::string stem_;
   TSpoolVolume volume_;
   std::uint64_t fileBytes_ = 0;
+  std::atomic<std::uint64_t> progress_{0};
   std::unique_ptr<TSpoolFileCloser> closer_;
   std::mutex mutex_;
   std::map<unsigned int, std::unique_ptr<TSpoolFile>> files_; // open ones; guarded by mutex_

@@ -44,6 +44,8 @@ public:
   /// Waits until everything is on the disk, completes the description and lets go of the directory. Does not throw.
   void Finish();
   bool HasFailed() const { return fault_.IsRaised(); }
+  /// Rises while images are getting to the disk: see TSpoolFileSpooler::Progress().
+  std::uint64_t Progress() const { return fileSpooler_.Progress(); }
 
   /// The camera's clock at the first frame.
   void SetFirstFrameTick(std::int64_t tick) { firstFrameTick_ = tick; }

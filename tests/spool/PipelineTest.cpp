@@ -14,6 +14,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -26,6 +27,7 @@ namespace {
 namespace fs = std::filesystem;
 using Image = std::vector<unsigned char>;
 using testing::HasSubstr;
+using Call = TDiskFaults::Call;
 
 struct TCase
 {
@@ -124,7 +126,8 @@ TEST_P(SpoolPipeline, KeepsTheImagesBeforeAWriteThatFailed)
 
 TEST_P(SpoolPipeline, TellsOfWhatCouldNotBeBroughtToTheDiskInTheEnd)
 {
-  disk_.syncFails = true;
+  disk_.Fail(Call::kSyncRange, ".dat", EIO);
+  disk_.Fail(Call::kSyncData, ".dat", EIO);
   EXPECT_FALSE(Write());
   ExpectFailed();
 }
@@ -201,11 +204,13 @@ protected:
 TEST_F(SpoolDirectories, NeedNotKnowHowToGetNamesToTheDisk)
 {
   for (const int error : {EINVAL, ENOTSUP, ENOSYS}) {
-    disk_.directorySyncError = error;
+    disk_.FailNothing();
+    disk_.Fail(Call::kSync, "/run", error);
     EXPECT_EQ(Write(scratch_.Directory() + "/run", 8), "");
   }
   for (const int error : {EIO, ENOSPC, EDQUOT}) {
-    disk_.directorySyncError = error;
+    disk_.FailNothing();
+    disk_.Fail(Call::kSync, "/run", error);
     EXPECT_NE(Write(scratch_.Directory() + "/run", 8), "");
   }
 }
@@ -221,6 +226,21 @@ TEST_F(SpoolDirectories, ThatCannotBeUsedAreNamedWithTheReason)
   EXPECT_THAT(Write(link), HasSubstr("has a backslash: " + real));
   EXPECT_TRUE(fs::is_empty(real));
   EXPECT_FALSE(fs::exists(scratch_.Directory() + "/a"));
+}
+
+// Who waits for the end of a run sees that the disk is not standing still.
+TEST_F(SpoolDirectories, ProgressShowsWithEachPieceOfAnImageAndOfAFile)
+{
+  constexpr std::size_t kPieces = 10;
+  Image image(kPieces << 23);
+  TSpoolPipeline pipeline({scratch_.Directory() + "/run", TSpoolLayout::kImagesTogether, 1}, image.size(), 1);
+  std::vector<std::uint64_t> seen;
+  disk_.beforeWrite = [&] { seen.push_back(pipeline.Progress()); };
+  ASSERT_TRUE(pipeline.Spool(0, image.data()));
+  pipeline.Finish();
+  ASSERT_EQ(seen.size(), kPieces);
+  EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end(), std::less_equal<>()));
+  EXPECT_GE(pipeline.Progress() - seen.back(), kPieces) << "while the file was synced";
 }
 
 // What is open may be in staging memory, which must not go first.

@@ -6,8 +6,8 @@
 #include <chrono>
 #include <cstdarg>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/vfs.h>
 #include <thread>
@@ -18,6 +18,24 @@ std::atomic<TDiskFaults*> faults{nullptr};
 
 // Images, as opposed to the index and to the pages at an image's ends.
 constexpr std::size_t kLargeWrite = 8192;
+
+using Call = TDiskFaults::Call;
+
+/// Sets errno, and says whether the call fails.
+template <class File>
+bool Fails(Call call, const File& file)
+{
+  TDiskFaults* const disk = faults;
+  const int error = disk ? disk->ErrorOf(call, file) : 0;
+  if (error != 0) errno = error;
+  return error != 0;
+}
+
+bool IsWithoutSync()
+{
+  const TDiskFaults* const disk = faults;
+  return disk && disk->noSync;
+}
 
 } // namespace
 
@@ -31,13 +49,43 @@ TDiskFaults::~TDiskFaults()
   faults = nullptr;
 }
 
+void TDiskFaults::Fail(Call call, const std::string& nameEnd, int error, int successes)
+{
+  const std::lock_guard lock(mutex_);
+  rules_.push_back({call, nameEnd, error, successes});
+}
+
+void TDiskFaults::FailNothing()
+{
+  const std::lock_guard lock(mutex_);
+  rules_.clear();
+}
+
+int TDiskFaults::ErrorOf(Call call, int file)
+{
+  {
+    const std::lock_guard lock(mutex_);
+    if (rules_.empty()) return 0;
+  }
+  std::error_code none;
+  return ErrorOf(call, std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), none).string());
+}
+
+int TDiskFaults::ErrorOf(Call call, const std::string& path)
+{
+  const std::lock_guard lock(mutex_);
+  for (TRule& rule : rules_)
+    if (rule.call == call && path.ends_with(rule.nameEnd) && rule.successes-- <= 0) return rule.error;
+  return 0;
+}
+
 extern "C" {
 ssize_t __real_pwrite(int file, const void* data, std::size_t size, off_t offset);
 ssize_t __wrap_pwrite(int file, const void* data, std::size_t size, off_t offset);
 int __real_fdatasync(int file);
 int __wrap_fdatasync(int file);
-int __real_syncfs(int file);
-int __wrap_syncfs(int file);
+int __real_sync_file_range(int file, off_t offset, off_t size, unsigned int flags);
+int __wrap_sync_file_range(int file, off_t offset, off_t size, unsigned int flags);
 int __real_fsync(int file);
 int __wrap_fsync(int file);
 int __real_fstatfs(int file, struct statfs* system);
@@ -52,7 +100,9 @@ int __wrap_open(const char* path, int flags, ...);
 ssize_t __wrap_pwrite(int file, const void* data, std::size_t size, off_t offset)
 {
   TDiskFaults* const disk = faults;
+  if (Fails(Call::kWrite, file)) return -1;
   if (!disk || size < kLargeWrite) return __real_pwrite(file, data, size, offset);
+  if (disk->beforeWrite) disk->beforeWrite();
   std::this_thread::sleep_for(std::chrono::milliseconds(disk->writeDelayMs));
   if (disk->writesUntilError >= 0 && disk->writesUntilError-- == 0) {
     errno = EIO;
@@ -63,31 +113,20 @@ ssize_t __wrap_pwrite(int file, const void* data, std::size_t size, off_t offset
 
 int __wrap_fdatasync(int file)
 {
-  TDiskFaults* const disk = faults;
-  if (disk && disk->noSync) return 0;
-  if (!disk || !disk->syncFails) return __real_fdatasync(file);
-  errno = EIO;
-  return -1;
+  if (IsWithoutSync()) return 0;
+  return Fails(Call::kSyncData, file) ? -1 : __real_fdatasync(file);
 }
 
-int __wrap_syncfs(int file)
+int __wrap_sync_file_range(int file, off_t offset, off_t size, unsigned int flags)
 {
-  TDiskFaults* const disk = faults;
-  if (disk && disk->noSync) return 0;
-  if (!disk || !disk->syncFails) return __real_syncfs(file);
-  errno = EIO;
-  return -1;
+  if (IsWithoutSync()) return 0;
+  return Fails(Call::kSyncRange, file) ? -1 : __real_sync_file_range(file, offset, size, flags);
 }
 
 int __wrap_fsync(int file)
 {
-  TDiskFaults* const disk = faults;
-  if (disk && disk->noSync) return 0;
-  struct stat status = {};
-  if (!disk || disk->directorySyncError == 0 || fstat(file, &status) != 0 || !S_ISDIR(status.st_mode))
-    return __real_fsync(file);
-  errno = disk->directorySyncError;
-  return -1;
+  if (IsWithoutSync()) return 0;
+  return Fails(Call::kSync, file) ? -1 : __real_fsync(file);
 }
 
 int __wrap_fstatfs(int file, struct statfs* system)
@@ -99,7 +138,8 @@ int __wrap_fstatfs(int file, struct statfs* system)
 
 int __wrap_fallocate(int file, int mode, off_t offset, off_t size)
 {
-  TDiskFaults* const disk = faults;
+  if (Fails(Call::kAllocate, file)) return -1;
+  const TDiskFaults* const disk = faults;
   if (!disk || !disk->noPreallocation) return __real_fallocate(file, mode, offset, size);
   errno = EOPNOTSUPP;
   return -1;
@@ -120,7 +160,8 @@ int __wrap_open(const char* path, int flags, ...)
   va_start(arguments, flags);
   const int mode = va_arg(arguments, int);
   va_end(arguments);
-  TDiskFaults* const disk = faults;
+  if (Fails(Call::kOpen, path)) return -1;
+  const TDiskFaults* const disk = faults;
   if (!disk || !disk->noDirectWrites || (flags & O_DIRECT) == 0) return __real_open(path, flags, mode);
   errno = EINVAL;
   return -1;

@@ -3,6 +3,10 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
 
 /// What the system answers while this exists, on every thread. Only one may exist at a time.
 class TDiskFaults final
@@ -13,14 +17,41 @@ public:
   TDiskFaults(const TDiskFaults&) = delete;
   TDiskFaults& operator=(const TDiskFaults&) = delete;
 
-  std::atomic<int> writesUntilError{-1};  ///< large writes that succeed before one fails with EIO; below 0 all do
-  std::atomic<int> writeDelayMs{0};       ///< before each large write
-  std::atomic<bool> writesAreCut{false};  ///< a large write takes only a part, as when a signal comes
-  std::atomic<bool> syncFails{false};     ///< fdatasync and syncfs fail with EIO
-  std::atomic<bool> noSync{false};        ///< nothing is brought to the disk, which saves the time
-  std::atomic<int> directorySyncError{0}; ///< what fsync of a directory fails with
-  std::atomic<long> fileSystem{0xEF53};   ///< what every file system calls itself: ext4
+  enum class Call
+  {
+    kOpen,
+    kAllocate, ///< fallocate
+    kWrite,    ///< pwrite, of any size
+    kSyncRange,
+    kSyncData, ///< fdatasync
+    kSync      ///< fsync
+  };
+
+  /// Has @p call fail with @p error on files whose path ends with @p nameEnd, after as many calls as @p successes.
+  void Fail(Call call, const std::string& nameEnd, int error, int successes = 0);
+  void FailNothing();
+  /// The error that a call on an open file, or on the file of this path, is to fail with; 0 for none.
+  int ErrorOf(Call call, int file);
+  int ErrorOf(Call call, const std::string& path);
+
+  std::function<void()> beforeWrite;     ///< called before each large write, on its thread
+  std::atomic<int> writesUntilError{-1}; ///< large writes that succeed before one fails with EIO; below 0 all do
+  std::atomic<int> writeDelayMs{0};      ///< before each large write
+  std::atomic<bool> writesAreCut{false}; ///< a large write takes only a part, as when a signal comes
+  std::atomic<bool> noSync{false};       ///< nothing is brought to the disk, which saves the time
+  std::atomic<long> fileSystem{0xEF53};  ///< what every file system calls itself: ext4
   std::atomic<bool> noPreallocation{false};
   std::atomic<bool> noDirectWrites{false};
   std::atomic<bool> noMapping{false};
+
+private:
+  struct TRule
+  {
+    Call call;
+    std::string nameEnd;
+    int error;
+    int successes;
+  };
+  std::mutex mutex_;
+  std::vector<TRule> rules_; // guarded by mutex_
 };
