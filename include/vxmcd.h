@@ -69,7 +69,8 @@ struct TCamera;
 /** @defgroup results Result codes
  *  Constant texts, never null. Callable at any time from any thread.
  *  @{ */
-/** The name of a result code, for example "RC_SUCCESS" for 20002; "unknown result code" for any other number. */
+/** The name of a result code, for example "RC_SUCCESS" for 20002; "unknown result code" for any other number, also for
+ *  the statuses that a few functions return instead of a result code, such as the 0 of GetMaximumBinning(). */
 VXMCD_API const char* vxmcd_GetResultName(unsigned int code);
 /** What a result code means, in one line; "" for an unknown code. */
 VXMCD_API const char* vxmcd_GetResultMeaning(unsigned int code);
@@ -172,7 +173,8 @@ VXMCD_API unsigned int GetVersionInfo(int id, char* buffer, unsigned int size);
  *  @{ */
 /**
  * Sets the exposure time.
- * @param seconds  exposure in s; a shorter one than the camera's minimum becomes the minimum
+ * @param seconds  exposure in s; a shorter one than the camera's minimum becomes the minimum. A longer one than the
+ *                 maximum is not shortened: the camera refuses it and keeps the exposure it has
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without the feature; #RC_ACQUIRING when it cannot be changed while the
  *         acquisition runs; #RC_NOT_AVAILABLE when it cannot be changed now; #RC_P1_INVALID when the camera
  *         rejects it
@@ -188,7 +190,8 @@ VXMCD_API unsigned int SetAccumulationCycleTime(float seconds);
 /**
  * Sets the time from one image of a series to the next, within the camera's limits.
  * @param seconds  cycle time in s
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable frame rate; #RC_P1_INVALID when the camera rejects it
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a frame rate; #RC_P1_INVALID when the camera rejects it, as
+ *         in the trigger modes that need a trigger for each image (1, 7 and 10)
  */
 VXMCD_API unsigned int SetKineticCycleTime(float seconds);
 /**
@@ -227,17 +230,20 @@ VXMCD_API unsigned int SetReadMode(int mode);
  */
 VXMCD_API unsigned int SetTriggerMode(int mode);
 /**
- * Triggers one exposure in trigger mode 10.
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera has no software trigger
+ * Sends the command that triggers one exposure in trigger mode 10.
+ * @return #RC_SUCCESS when the command was sent, whatever the camera made of it: an image or a wait tells whether it
+ *         exposed; #RC_NOT_SUPPORTED when the camera has no software trigger
  */
 VXMCD_API unsigned int SendSoftwareTrigger(void);
 /**
  * Lets the next exposure overlap the read-out of the one before.
  * @param on  0 off, 1 on
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED, #RC_NOT_AVAILABLE or #RC_P1_INVALID as the camera answers
+ * @return #RC_NOT_SUPPORTED without the feature; #RC_NOT_AVAILABLE when it cannot be read or changed now;
+ *         #RC_P1_INVALID for any other value; else #RC_SUCCESS, also for every other refusal, such as that of a camera
+ *         that was unplugged
  */
 VXMCD_API unsigned int SetOverlapMode(int on);
-/** The same as SetOverlapMode(). */
+/** The same as SetOverlapMode(), result codes included. */
 VXMCD_API unsigned int SetFrameTransferMode(int on);
 /**
  * Reports the times in force, in s. Values that the camera cannot tell are 0.01, 0.03 and 0.03; without a burst
@@ -256,8 +262,9 @@ VXMCD_API unsigned int GetAcquisitionTimings(float* exposure, float* accumulate,
  */
 VXMCD_API unsigned int GetReadOutTime(float* seconds);
 /**
- * Reports the longest exposure.
- * @param seconds  written with the time in s, also when the read failed
+ * Reports the longest exposure, rounded to `float`. Where that rounds up, SetExposureTime() refuses the value: the
+ * next smaller `float` is the longest exposure that it takes.
+ * @param seconds  written with the time in s, 0 when the read failed
  * @return #RC_SUCCESS; #RC_P1_INVALID when the camera cannot tell
  */
 VXMCD_API unsigned int GetMaximumExposure(float* seconds);
@@ -274,8 +281,8 @@ VXMCD_API unsigned int GetMaximumExposure(float* seconds);
 VXMCD_API unsigned int GetDetector(int* xpixels, int* ypixels);
 /**
  * Sets the image area and its binning. Pixels and rows count from 1, first and last included. The layout (see
- * SetReadMode()) stays as it is; the area is that of the image layout. On a camera that can only bin in squares,
- * @p hbin is used for both directions.
+ * SetReadMode()) stays as it is; the area is that of the image layout. A camera that can only bin in squares bins by
+ * @p hbin in both directions, while the height is still counted with @p vbin: pass @p vbin equal to @p hbin there.
  *
  * Everything is written even when a part of it is rejected, so a failure leaves the parts that the camera took.
  * @param hbin    pixels added up in a row, 1 or more
@@ -286,8 +293,8 @@ VXMCD_API unsigned int GetDetector(int* xpixels, int* ypixels);
  * @param vend    last row
  * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID for a binning factor below 1, with nothing written; else the
  *         last of these that holds: #RC_P4_INVALID when the width, #RC_P3_INVALID when @p hstart, #RC_P5_INVALID
- *         when the height, #RC_P6_INVALID when @p vstart is out of range. A binning factor that the camera does
- *         not have is not reported.
+ *         when the height, #RC_P6_INVALID when @p vstart is out of range. No other refusal is reported: a binning
+ *         factor that the camera does not have, and a call during a run, which changes nothing, are #RC_SUCCESS.
  */
 VXMCD_API unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int vend);
 /**
@@ -315,6 +322,9 @@ VXMCD_API unsigned int GetMaximumBinning(int readMode, int horzVert, int* maxBin
  *  How the sensor is read out, by index: AD channel (0 one amplifier, 1 both combined), amplifier (0 low gain, 1
  * high gain), horizontal shift speed and pre-amplifier gain. A write that the camera refuses leaves its setting as
  * it is and is not reported, unless a function says so.
+ *
+ * For the functions here every camera has two amplifiers. They do not tell whether the second exists, and choosing it
+ * on a camera without it changes nothing in the camera.
  *  @{ */
 /**
  * Chooses the AD channel.
@@ -336,19 +346,19 @@ VXMCD_API unsigned int GetBitDepth(int channel, int* depth);
 /**
  * Chooses the amplifier. While both are read (AD channel 1) the choice is kept for later.
  * @param amplifier  0 or 1
- * @return #RC_SUCCESS; #RC_P1_INVALID for any other amplifier
+ * @return #RC_SUCCESS, also when the camera has no such amplifier; #RC_P1_INVALID for any other value
  */
 VXMCD_API unsigned int SetOutputAmplifier(int amplifier);
-/** Writes the number of amplifiers, 2. Returns #RC_SUCCESS. */
+/** Writes 2 as the number of amplifiers, for every camera. Returns #RC_SUCCESS. */
 VXMCD_API unsigned int GetNumberAmp(int* count);
-/** #RC_SUCCESS when there is an amplifier with this index, #RC_INVALID_AMPLIFIER when there is none. */
+/** #RC_SUCCESS for amplifier 0 or 1, whether or not the camera has it; #RC_INVALID_AMPLIFIER for any other. */
 VXMCD_API unsigned int IsAmplifierAvailable(int amplifier);
 /**
  * Copies the description of an amplifier: "Low Gain", "High Gain", or "Dual Gain" while both are read.
  * @param amplifier  0 or 1
  * @param text       at least @p length bytes. Its first @p length - 1 bytes are written, the rest of them with
  *                   zeros; a text that does not fit is cut there without a terminator
- * @param length     bytes of the buffer, 10 or more for every text; 0 or less writes nothing
+ * @param length     bytes of the buffer, 11 or more for every text; 0 or less writes nothing
  * @return #RC_SUCCESS; #RC_P1_INVALID for any other amplifier
  */
 VXMCD_API unsigned int GetAmpDesc(int amplifier, char* text, int length);
@@ -438,8 +448,9 @@ VXMCD_API unsigned int SetBaselineClamp(int state);
 VXMCD_API unsigned int GetBaselineClamp(int* state);
 /**
  * Reports how full the camera's own memory is. Blocks while another thread is in ShutDown().
- * @param percent  written with the fill in per cent of the memory; keeps its value when gain, shutter mode or the
- *                 fill itself cannot be read, which is success
+ * @param percent  written with the fill in per cent of the memory, which may exceed 100. It **keeps its value, with
+ *                 success,** when gain, shutter mode or the fill itself cannot be read: set it to a value of your own
+ *                 before, such as -1
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer; #RC_NOT_SUPPORTED when the kind of memory cannot be told
  */
 VXMCD_API unsigned int GetFIFOUsage(int* percent);
@@ -579,12 +590,14 @@ typedef struct vxmcd_Capabilities
  */
 VXMCD_API unsigned int GetCapabilities(vxmcd_Capabilities* capabilities);
 /**
- * Reports the camera's firmware; all values are 0 when it cannot be told.
+ * Reports the camera's firmware from its version text, "year.month.day.build"; all values are 0 when the text cannot
+ * be read. Numbers that are missing in it count as 0, so a text without numbers gives the date 20000000 and build 0.
  * @param out1           written with 0
  * @param out2           written with 0
  * @param out3           written with 0
  * @param out4           written with 0
- * @param firmwareDate   written with the date, year x 10000 + month x 100 + day
+ * @param firmwareDate   written with the date, year x 10000 + month x 100 + day; the two-digit year of the text
+ *                       stands for 1990 to 2089
  * @param firmwareBuild  written with the build number
  * @return #RC_SUCCESS; #RC_P1_INVALID to #RC_P4_INVALID, #RC_P5_INVALID, #RC_P6_INVALID for a null pointer, with
  *         nothing written
@@ -628,10 +641,13 @@ VXMCD_API unsigned int GetControllerCardModel(char* name);
 /** @defgroup i2c I2C
  *  Devices on the camera's controller bus. Both transfers block until the camera has made them. One thread at a
  * time: the camera keeps the transfer that is being prepared.
+ *
+ * Addresses are in 7-bit form, 0x08 to 0x77, without the bit that tells a read from a write: a device whose data sheet
+ * says 0xA0 and 0xA1 has address 0x50. Of `count` the low 32 bits are used.
  *  @{ */
 /**
  * Fetches bytes from a device.
- * @param address  the device's address
+ * @param address  the device's address in 7-bit form
  * @param count    number of bytes; the camera has a limit
  * @param data     room for @p count bytes; bytes that could not be fetched keep their value
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot read from the bus; #RC_P1_INVALID when it refuses
@@ -641,7 +657,7 @@ VXMCD_API unsigned int GetControllerCardModel(char* name);
 VXMCD_DECORATED unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data);
 /**
  * Sends bytes to a device. Nothing is sent unless all of them could be handed to the camera.
- * @param address  the device's address
+ * @param address  the device's address in 7-bit form
  * @param count    number of bytes; the camera has a limit
  * @param data     @p count bytes
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot write to the bus; #RC_P1_INVALID when it refuses
@@ -979,7 +995,9 @@ VXMCD_API unsigned int SetSpoolThreadCount(int count);
 /**
  * Switches the timestamp that the camera adds to each frame, from the next start on. Initialize() switches it on.
  * @param enable  0 off, 1 on
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED, #RC_NOT_AVAILABLE or #RC_P1_INVALID as the camera answers
+ * @return #RC_NOT_SUPPORTED without the feature; #RC_NOT_AVAILABLE when it cannot be read or changed now;
+ *         #RC_P1_INVALID for any other value; else #RC_SUCCESS, also for every other refusal, such as that of a camera
+ *         that was unplugged
  */
 VXMCD_API unsigned int SetMetaData(int enable);
 /**

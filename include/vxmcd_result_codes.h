@@ -48,7 +48,8 @@
       "ask GetCapabilities for the trigger modes")                                                                \
   ROW(RC_INVALID_AMPLIFIER, 20100, "there is no amplifier with this index", "see GetNumberAmp")                   \
   ROW(RC_NO_CAMERA, 20990, "the camera could not be opened", "check power, connection and SetCurrentCamera")      \
-  ROW(RC_NOT_SUPPORTED, 20991, "the camera does not offer this", "")                                              \
+  ROW(RC_NOT_SUPPORTED, 20991, "the camera does not offer this or does not answer",                               \
+      "check the connection, and GetCapabilities for what the camera offers")                                     \
   ROW(RC_NOT_AVAILABLE, 20992, "not available now, or not offered by this library",                               \
       "try again with other settings, or when no acquisition runs")
 
