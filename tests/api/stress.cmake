@@ -4,10 +4,9 @@
 vxmcd_test(stress_test
   SOURCES
     ../support/CounterCameraTest.cpp
-    ../support/DocumentedCodes.cpp
     ../support/ProcessFigures.cpp
     ../support/SimulatedCameraTest.cpp
     FaultSweepTest.cpp
     FaultTest.cpp
-  LIBRARIES vxmcd vxcore vxsim_imaging
+  LIBRARIES vxmcd vxcore vxsim_imaging documented_codes
   TIMEOUT 300)
