@@ -159,12 +159,14 @@ VXCORE_API int VX_Command(int handle, const wchar_t* feature);
  */
 VXCORE_API int VX_QueueBuffer(int handle, unsigned char* buffer, int sizeBytes);
 /**
- * Waits for the next filled buffer and hands it out. Without a frame the whole time-out passes, whatever the state of
- * the acquisition.
+ * Waits for the next filled buffer and hands it out. A wait that begins while the device acquires ends with
+ * #VX_ERR_TIMED_OUT as soon as that acquisition has stopped (by "AcquisitionStop", or by its last frame) and no frame
+ * is left. A wait that begins while the device does not acquire takes its whole time-out when no frame comes.
  * @param buffer     written with the buffer's start
  * @param sizeBytes  written with the number of bytes of the frame, "ImageSizeBytes" when the run started
  * @param timeoutMs  longest wait in ms; 0 only looks, #VX_INFINITE waits without limit
- * @return #VX_ERR_TIMED_OUT without a frame; #VX_ERR_HARDWARE_OVERFLOW once after frames were lost in the camera
+ * @return #VX_ERR_TIMED_OUT without a frame; #VX_ERR_COMMUNICATION or #VX_ERR_INVALID_HANDLE when the device was
+ *         unplugged or closed meanwhile; #VX_ERR_HARDWARE_OVERFLOW once after frames were lost in the camera
  */
 VXCORE_API int VX_WaitBuffer(int handle, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs);
 /** Takes back every queued and every filled buffer. No buffer is touched after it returns. From a device that does not

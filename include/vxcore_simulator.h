@@ -33,6 +33,7 @@ typedef struct VXSIM_Statistics
   uint64_t buffersHeld;   /**< buffers the library holds now, empty or filled */
   uint64_t runsStarted;   /**< successful "AcquisitionStart" commands */
   uint64_t triggersIgnored; /**< triggers that found the sensor busy */
+  uint64_t waitsBlocked;    /**< calls of VX_WaitBuffer() that are waiting for a frame now */
 } VXSIM_Statistics;
 
 /**

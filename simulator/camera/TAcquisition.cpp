@@ -62,8 +62,10 @@ TAcquisition::~TAcquisition()
   if (thread_.joinable()) thread_.join();
 }
 
-int TAcquisition::Start()
+int TAcquisition::Start(TDeviceLock& lock)
 {
+  WaitUntilPainted(lock); // the painter takes over new settings below
+  if (closed_) return VX_ERR_INVALID_HANDLE;
   if (state_.acquiring) return VX_ERR_START_REFUSED;
   const std::string fault = painter_.Prepare(state_);
   preparedRevision_ = state_.revision;
@@ -97,10 +99,8 @@ int TAcquisition::Start()
 
 int TAcquisition::Stop(TDeviceLock& lock)
 {
-  state_.acquiring = false;
-  WaitUntilPainted(lock);
-  status_.statistics.framesDiscarded += memory_.size();
-  memory_.clear();
+  WaitUntilPainted(lock); // the frame that is being written still belongs to the run
+  EndRun();
   return VX_SUCCESS;
 }
 
@@ -121,6 +121,7 @@ int TAcquisition::Queue(TDeviceLock& lock, unsigned char* buffer, int sizeBytes)
 
 int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs)
 {
+  const std::optional<uint32_t> run = state_.acquiring ? std::optional(runNumber_) : std::nullopt;
   std::optional<TClock::time_point> deadline;
   while (true) {
     if (overflow_) {
@@ -139,7 +140,7 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
     if (!status_.plugged && !status_.IsPresent()) return VX_ERR_COMMUNICATION;
     if (!IsPaced() && MakeInstantFrame(*buffer, *sizeBytes)) return VX_SUCCESS;
     if (!IsPaced() && MakeFrame(lock)) continue;
-    if (timeoutMs == 0) return VX_ERR_TIMED_OUT;
+    if (timeoutMs == 0 || (run && HasRunEnded(*run))) return VX_ERR_TIMED_OUT;
 
     const TClock::time_point now = TClock::now();
     if (!deadline) {
@@ -151,7 +152,9 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
     if (now >= *deadline) return VX_ERR_TIMED_OUT;
     const bool stalled = stalledUntil_ > now;
     ++waiters_;
+    ++blockedWaits_;
     changed_.wait_until(lock, stalled ? std::min(*deadline, stalledUntil_) : *deadline);
+    --blockedWaits_;
     --waiters_;
     if (closed_) changed_.notify_all(); // Close() counts the waiters down
   }
@@ -168,8 +171,7 @@ void TAcquisition::Close(TDeviceLock& lock)
   state_.acquiring = false;
   closed_ = true;
   WaitUntilPainted(lock);
-  status_.statistics.framesDiscarded += memory_.size();
-  memory_.clear();
+  EndRun();
   DiscardBuffers();
   work_.notify_all();
   changed_.notify_all();
@@ -190,11 +192,8 @@ void TAcquisition::Trigger()
 
 void TAcquisition::Unplug()
 {
-  state_.acquiring = false;
-  status_.statistics.framesDiscarded += memory_.size();
-  memory_.clear();
+  EndRun();
   work_.notify_all();
-  Wake();
 }
 
 int TAcquisition::PushFrame(TDeviceLock& lock, const unsigned char* bytes, int sizeBytes)
@@ -240,6 +239,7 @@ VXSIM_Statistics TAcquisition::Statistics() const
 {
   VXSIM_Statistics statistics = status_.statistics;
   statistics.triggersIgnored += schedule_.TriggersIgnored();
+  statistics.waitsBlocked = blockedWaits_;
   statistics.buffersHeld = queued_.Size() + (painting_ ? 1 : 0);
   for (size_t i = 0; i < ready_.Size(); ++i) statistics.buffersHeld += ready_.At(i).held ? 1 : 0;
   return statistics;
@@ -547,7 +547,16 @@ size_t TAcquisition::MemoryFrames() const
 /// A fixed-count run ends when its last frame lies in a buffer, or is lost.
 void TAcquisition::EndIfComplete()
 {
-  if (state_.acquiring && schedule_.IsFinished() && memory_.empty()) state_.acquiring = false;
+  if (state_.acquiring && schedule_.IsFinished() && memory_.empty()) EndRun();
+}
+
+/// Ends the run, frames in the camera's memory are lost, and wakes the waits that began during it.
+void TAcquisition::EndRun()
+{
+  state_.acquiring = false;
+  status_.statistics.framesDiscarded += memory_.size();
+  memory_.clear();
+  Wake();
 }
 
 /// Waits until no buffer is being written. Keeps anybody from beginning meanwhile.

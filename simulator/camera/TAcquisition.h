@@ -32,7 +32,7 @@ public:
   TAcquisition(const TAcquisition&) = delete;
   TAcquisition& operator=(const TAcquisition&) = delete;
 
-  int Start();
+  int Start(TDeviceLock& lock);
   int Stop(TDeviceLock& lock);
   int Queue(TDeviceLock& lock, unsigned char* buffer, int sizeBytes);
   int Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs);
@@ -101,6 +101,8 @@ private:
   bool TransferStored(TDeviceLock& lock);
   size_t MemoryFrames() const;
   void EndIfComplete();
+  void EndRun();
+  bool HasRunEnded(uint32_t run) const { return !state_.acquiring || runNumber_ != run; }
   void WaitUntilPainted(TDeviceLock& lock);
   void DiscardBuffers();
   void Wake();
@@ -125,8 +127,9 @@ private:
   std::vector<unsigned char> foreignBuffer_;
   bool overflow_ = false; ///< the next wait has to tell
   bool painting_ = false;
-  int holds_ = 0; ///< callers waiting for the painting to end: none may begin meanwhile
-  int waiters_ = 0;
+  int holds_ = 0;             ///< callers waiting for the painting to end: none may begin meanwhile
+  int waiters_ = 0;           ///< callers waiting on `changed_`
+  uint64_t blockedWaits_ = 0; ///< those of them that wait for a frame
   bool closed_ = false;
   uint32_t runNumber_ = 0;
   uint64_t frameNumber_ = 0;

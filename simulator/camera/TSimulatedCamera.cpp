@@ -25,7 +25,7 @@ TSimulatedCamera::TSimulatedCamera(const TCameraModel& model, const TCameraConfi
 bool TSimulatedCamera::Build(std::string& error)
 {
   TCameraActions actions;
-  actions.start = [this](TDeviceLock&) { return acquisition_.Start(); };
+  actions.start = [this](TDeviceLock& lock) { return acquisition_.Start(lock); };
   actions.stop = [this](TDeviceLock& lock) { return acquisition_.Stop(lock); };
   actions.softwareTrigger = [this] {
     acquisition_.Trigger();

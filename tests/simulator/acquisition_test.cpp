@@ -317,22 +317,52 @@ TEST_F(SimulatorAcquisition, NoBufferIsTouchedAfterFlushOrClose)
   EXPECT_EQ(camera->Statistics().buffersHeld, 0U);
 }
 
-TEST_F(SimulatorAcquisition, CloseEndsWaitsThatAreBlocked)
+TEST_F(SimulatorAcquisition, BlockedWaitsEndWithTheirRunOrTheCamera)
 {
-  Configure(kReal);
-  OpenCamera camera;
-  std::atomic<int> code{-1};
-  std::atomic<bool> waiting{false};
-  std::thread waiter([&] {
-    unsigned char* buffer = nullptr;
-    int size = 0;
-    waiting = true;
-    code = VX_WaitBuffer(camera.handle, &buffer, &size, VX_INFINITE);
-  });
-  ASSERT_TRUE(Eventually([&] { return waiting.load(); }));
-  EXPECT_EQ(VX_Close(camera.handle), VX_SUCCESS);
-  waiter.join();
-  EXPECT_EQ(code, VX_ERR_INVALID_HANDLE);
+  const auto stop = [](int handle) { VX_Command(handle, L"AcquisitionStop"); };
+  const auto restart = [stop](int handle) {
+    stop(handle);
+    EXPECT_EQ(VX_Command(handle, L"AcquisitionStart"), VX_SUCCESS);
+  };
+  const auto loseTheLastFrame = [](int handle) {
+    EXPECT_EQ(VXSIM_AddFault("frame any drop"), VX_SUCCESS);
+    VX_Command(handle, L"SoftwareTrigger");
+  };
+  const auto unplug = [](int) { VXSIM_SetPlugged(0, 0); };
+  const struct
+  {
+    const char* configuration;
+    std::function<void(int)> end;
+    int code;
+  } rows[] = {{kReal, stop, VX_ERR_TIMED_OUT},       {kReal, restart, VX_ERR_TIMED_OUT},
+              {kManual, stop, VX_ERR_TIMED_OUT},     {kReal, loseTheLastFrame, VX_ERR_TIMED_OUT},
+              {kReal, unplug, VX_ERR_COMMUNICATION}, {kReal, VX_Close, VX_ERR_INVALID_HANDLE}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    Configure(row.configuration);
+    OpenCamera camera;
+    camera.SetArea(32, 1);
+    camera.Set(L"TriggerMode", L"Software");
+    camera.Set(L"ExposureTime", 0.0001);
+    camera.QueueBuffers(1);
+    camera.Start();
+    std::vector<std::thread> waiters;
+    std::atomic<int> ended{0};
+    for (int i = 0; i < 2; ++i) {
+      waiters.emplace_back([&] {
+        unsigned char* buffer = nullptr;
+        int size = 0;
+        EXPECT_EQ(VX_WaitBuffer(camera.handle, &buffer, &size, VX_INFINITE), row.code);
+        ++ended;
+      });
+    }
+    ASSERT_TRUE(Eventually([&] { return camera.Statistics().waitsBlocked == 2; }));
+    row.end(camera.handle);
+    EXPECT_TRUE(Eventually([&] { return ended == 2; }));
+    if (ended < 2) VX_Close(camera.handle); // for the join
+    for (std::thread& waiter : waiters) waiter.join();
+    EXPECT_EQ(camera.Statistics().waitsBlocked, 0U);
+  }
 }
 
 TEST_F(SimulatorAcquisition, StopKeepsFilledBuffersAndForgetsTheCamerasMemory)
