@@ -56,28 +56,6 @@ private:
   std::function<void()> told_;
 };
 
-TEST_F(CameraPotsApi, NeedsAnOpenCamera)
-{
-  int value = 4711;
-  char name[] = "untouched";
-  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsSaveFile(name), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsCommitValuesFromFile(), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsGetNumberGroups(&value), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsGetGroupName(0, name), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsGetNumberPotsInGroup(0, &value), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsGetPotInfo(0, 0, 1, &value), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsGetPotValue(0, 0, &value), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 1), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsGetRailValue(0, 0, &value), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsSetPotDefaultEnable(1), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsGetPotDefaultEnable(&value), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsRegisterObserver(nullptr, &value), RC_NOT_INITIALIZED);
-  EXPECT_EQ(vxsys_CameraPotsUnregisterObserver(&value), RC_NOT_INITIALIZED);
-  EXPECT_EQ(value, 4711);
-  EXPECT_STREQ(name, "untouched");
-}
-
 TEST_F(CameraPotsApi, CodesAreMixedAsCallersKnowThem)
 {
   const TScratchWorkingDirectory here;

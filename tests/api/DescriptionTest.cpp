@@ -206,19 +206,4 @@ TEST_F(Description, PixelSizeIsTenWhenItCannotBeTold)
   EXPECT_EQ(width, 10.0F);
 }
 
-TEST_F(Description, NeedsAnOpenCamera)
-{
-  int number = 77;
-  float size = 77.0F;
-  char name = 'x';
-  EXPECT_EQ(GetCameraSerialNumber(nullptr), RC_NOT_INITIALIZED);
-  EXPECT_EQ(GetCameraSerialNumber(&number), RC_NOT_INITIALIZED);
-  EXPECT_EQ(GetHardwareVersion(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), RC_NOT_INITIALIZED);
-  EXPECT_EQ(GetHeadModel(&name), RC_NOT_INITIALIZED);
-  EXPECT_EQ(GetPixelSize(&size, &size), RC_NOT_INITIALIZED);
-  EXPECT_EQ(number, 77);
-  EXPECT_EQ(size, 77.0F);
-  EXPECT_EQ(name, 'x');
-}
-
 } // namespace

@@ -145,14 +145,4 @@ TEST_F(ImageArea, LargestBinningIsAnsweredWithZero)
   EXPECT_EQ(maximum, 1);
 }
 
-TEST_F(ImageArea, NeedsAnOpenCamera)
-{
-  ASSERT_EQ(ShutDown(), RC_SUCCESS);
-  int maximum = 77;
-  EXPECT_EQ(SetImage(0, 0, 0, 0, 0, 0), RC_NOT_INITIALIZED);
-  EXPECT_EQ(SetRandomTracks(0, nullptr), RC_NOT_INITIALIZED);
-  EXPECT_EQ(GetMaximumBinning(0, 9, &maximum), RC_NOT_INITIALIZED);
-  EXPECT_EQ(maximum, 77);
-}
-
 } // namespace

@@ -73,20 +73,4 @@ TEST_F(Metadata, IsThereWhenItWasOnAtTheStart)
   EXPECT_EQ(vxsys_GetRawMetaDataInfo(nullptr, &ticks, 0), RC_NOT_SUPPORTED);
 }
 
-TEST_F(Metadata, DamagedTailCostsTheTimestampAndNotTheFrame)
-{
-  for (const char* rule :
-       {"chunk any len 0xFFFFFFFC", "chunk any len 0", "chunk any cid 9", "chunk any truncated"}) {
-    ASSERT_EQ(VXSIM_AddFault(rule), VX_SUCCESS) << rule << ": " << VXSIM_GetLastError();
-    Open();
-    TakeFrames(3);
-    long total = 0;
-    GetTotalNumberImagesAcquired(&total);
-    EXPECT_EQ(total, 3) << rule;
-    long long ticks = 0;
-    EXPECT_EQ(vxsys_GetRawMetaDataInfo(nullptr, &ticks, 0), RC_FEATURE_ERROR) << rule;
-    VXSIM_ClearFaults();
-  }
-}
-
 } // namespace

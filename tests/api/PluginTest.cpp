@@ -6,11 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <stdexcept>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 // Exported for programs that look at it.
@@ -332,26 +330,6 @@ TEST_F(TriggerBoard, OpeningACameraInADirectoryThatIsGone)
   ExpectNoEeprom();
 }
 
-TEST_F(TriggerBoard, CallsMayMeetTheLastShutDown)
-{
-  Put(kTriggerBoardLibrary);
-  Open();
-  std::atomic<bool> isDone{false};
-  std::thread caller([&isDone] {
-    while (!isDone) {
-      int count = 0;
-      const unsigned int status = TriggerBoard_GetAvailableTriggers(&count);
-      EXPECT_TRUE((status == 0 && count == 2) || status == kNotLoaded) << status;
-    }
-  });
-  for (int round = 0; round < 30; ++round) {
-    EXPECT_EQ(ShutDown(), RC_SUCCESS);
-    EXPECT_EQ(Initialize(nullptr), RC_SUCCESS);
-  }
-  isDone = true;
-  caller.join();
-}
-
 TEST_F(ServiceGetters, AnswerTheSameWithoutACamera)
 {
   float seconds = 0, celsius = 0, speeds[3] = {};
@@ -373,15 +351,6 @@ TEST_F(ServiceGetters, AnswerTheSameWithoutACamera)
   EXPECT_EQ(isVacuum, 1);
   EXPECT_EQ(isAvailable, 1);
   for (const double frequency : frequencies) EXPECT_EQ(frequency, 1.0);
-
-  EXPECT_EQ(vxsys_GetKeepCleanTime(nullptr), RC_SUCCESS);
-  EXPECT_EQ(vxsys_GetTemperatureTolerance(nullptr), RC_SUCCESS);
-  EXPECT_EQ(vxsys_GetHSSpeedLimits(nullptr, nullptr, nullptr), RC_SUCCESS);
-  EXPECT_EQ(vxsys_GetDummyPixels(nullptr, nullptr, nullptr, nullptr), RC_SUCCESS);
-  EXPECT_EQ(vxsys_GetMinimumNumberInSeries(nullptr), RC_SUCCESS);
-  EXPECT_EQ(vxsys_IsVacuumCooling(nullptr), RC_SUCCESS);
-  EXPECT_EQ(vxsys_IsTemperatureAvailableDuringAcquisition(nullptr), RC_P1_INVALID);
-  EXPECT_EQ(vxsys_GetDDGIOCFrequencyRange(nullptr, nullptr), RC_NOT_SUPPORTED);
 }
 
 TEST_F(ServiceGetters, BaselineLevelIsTheCameras)

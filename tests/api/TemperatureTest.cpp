@@ -87,7 +87,6 @@ TEST_F(Temperature, ChecksComeInTheirOrderWithoutACamera)
   float a = 5.0F;
   float b = 5.0F;
   EXPECT_EQ(GetTemperatureF(nullptr), RC_P1_INVALID);
-  EXPECT_EQ(GetTemperature(nullptr), RC_P1_INVALID);
   EXPECT_EQ(GetTemperature(&whole), RC_NOT_INITIALIZED);
   EXPECT_EQ(whole, -999);
   EXPECT_EQ(GetTemperatureRange(&whole, &other), RC_NOT_INITIALIZED);

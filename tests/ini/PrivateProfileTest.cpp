@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The classic entry points for profile files, character by character.
-#include "tests/ini/ProfileReference.h"
 #include "tests/support/TScratchDirectory.h"
 #include "vxmcd.h"
 
-#include <cstdlib>
 #include <ctime>
 #include <gtest/gtest.h>
-#include <random>
 
 using namespace std::string_literals;
 
@@ -271,42 +268,4 @@ TEST_F(PrivateProfile, HugeFilesTakeNoLongerThanTheirLength)
     EXPECT_NE(Ask(nullptr, nullptr).result, 0U);
     EXPECT_LT(std::clock() - begin, kProcessorLimit) << text.substr(0, 12);
   }
-}
-
-TEST_F(PrivateProfile, AgreesWithASecondReaderOnRandomTexts)
-{
-  const std::vector<std::string> pieces = {"[",    "]",   "[a]\n", "=",     "k=",
-                                           ";",    " ",   "\n",    "\n",    "\r",
-                                           "\t",   "\"",  "'",     "a",     "B",
-                                           "k",    "12",  "0x1f",  "-",     "[b]",
-                                           "\r\n", "\0"s, "\xff",  "[A b]", std::string(300, 'k')};
-  const char* const names[] = {"a", "B", "ab", "k", "kk", "", "12", "\xff"};
-  std::mt19937 random(20240501);
-  int values = 0;
-  int lists = 0;
-  for (int round = 0; round < 500; ++round) {
-    std::string text = round % 2 == 0 ? "" : "[a]\nk=";
-    for (auto count = random() % 40; count > 0; --count) text += pieces[random() % pieces.size()];
-    SCOPED_TRACE(testing::PrintToString(text));
-    Use(text);
-    const ProfileReference reference(text);
-    const unsigned int size = 2 + random() % (round % 3 == 0 ? 700 : 12);
-    EXPECT_EQ(Ask(nullptr, nullptr, size), List(reference.Sections(), size));
-    for (const char* section : names) {
-      const auto keys = reference.Keys(section);
-      lists += keys ? 1 : 0;
-      EXPECT_EQ(Ask(section, nullptr, size), keys ? List(*keys, size) : Default(size)) << section;
-      if (!keys) continue;
-      for (const char* key : names) {
-        const auto value = reference.Value(section, key);
-        values += value ? 1 : 0;
-        EXPECT_EQ(Ask(section, key, size), value ? Value(*value, size) : Default(size)) << section << ' ' << key;
-        const long number = value ? std::strtol(value->c_str(), nullptr, 0) : 7;
-        EXPECT_EQ(Number(section, key), static_cast<int>(number)) << section << ' ' << key;
-      }
-    }
-    if (HasFailure()) return;
-  }
-  EXPECT_GT(values, 200);
-  EXPECT_GT(lists, 200);
 }

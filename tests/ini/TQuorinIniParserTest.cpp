@@ -3,15 +3,12 @@
 #include "ini/TQuorinIniParser.h"
 
 #include "tests/support/TScratchDirectory.h"
-#include "vxmcd.h"
 
 #include <climits>
 #include <cmath>
-#include <ctime>
 #include <gtest/gtest.h>
 #include <limits>
 #include <map>
-#include <random>
 
 using QuorinUtility::TQuorinIniParser;
 using namespace std::string_literals;
@@ -19,8 +16,6 @@ using namespace std::string_literals;
 namespace {
 
 using Code = TQuorinIniParser;
-// A time that grows with the square of a file's length would be hours.
-constexpr std::clock_t kProcessorLimit = 10 * CLOCKS_PER_SEC;
 
 class QuorinIniParser : public testing::Test
 {
@@ -195,61 +190,4 @@ TEST_F(QuorinIniParser, ReportsFilesThatCannotBeReadOrWritten)
     EXPECT_EQ(ini_.SaveIni(file.c_str()), Code::INI_FAILED) << file;
   }
   EXPECT_EQ(OpenDescriptors(), descriptors) << "a file stayed open";
-}
-
-TEST_F(QuorinIniParser, ReadsNastyTextsInTimeAndStaysUsable)
-{
-  std::string sections;
-  for (int i = 0; i < 1000000; ++i) sections += "[s" + std::to_string(i) + "]\n";
-  const std::string line(10 * 1000 * 1000, 'x');
-  const std::pair<std::string, unsigned int> cases[] = {
-      {"", Code::INI_NOT_LOADED},
-      {"\xEF\xBB\xBF", Code::INI_NOT_LOADED},
-      {"; only", Code::INI_NOT_LOADED},
-      {"[unclosed\nno sign\n=v\n", Code::INI_NOT_LOADED},
-      {"[s]", Code::INI_OK},
-      {"[s]\n\0[t]\n"s, Code::INI_OK},
-      {"\xff=\xff", Code::INI_OK},
-      {"[s]\nk=<<<END\n", Code::INI_OK},
-      {"[s]\nk=" + line, Code::INI_OK},
-      {"[" + line + "]\n" + line + "=1", Code::INI_OK},
-      {sections, Code::INI_OK},
-      {";a\n" + std::string(line.size(), '\n'), Code::INI_NOT_LOADED},
-  };
-  for (const auto& [text, loaded] : cases) {
-    const std::string file = directory_.File(text);
-    const std::clock_t begin = std::clock();
-    TQuorinIniParser ini;
-    EXPECT_EQ(ini.LoadIni(file.c_str()), Code::INI_OK) << text.substr(0, 12);
-    EXPECT_EQ(ini.ResetIni(), loaded) << text.substr(0, 12);
-    long number = 0;
-    EXPECT_EQ(ini.WriteLong("s", "k", 5), Code::INI_OK);
-    EXPECT_EQ(ini.ReadLong("s", "k", number), Code::INI_OK);
-    EXPECT_EQ(number, 5);
-    EXPECT_LT(std::clock() - begin, kProcessorLimit) << text.substr(0, 12);
-  }
-}
-
-TEST_F(QuorinIniParser, AgreesWithTheProfileFunctionsOnWhatItSaved)
-{
-  std::mt19937 random(7);
-  std::map<std::pair<std::string, std::string>, long> entries;
-  for (int i = 0; i < 300; ++i) {
-    const std::string section = "section" + std::to_string(random() % 12);
-    const std::string key = "key" + std::to_string(random() % 12);
-    const long value = static_cast<long>(random() % 200001) - 100000;
-    EXPECT_EQ(ini_.WriteLong(section.c_str(), key.c_str(), value), Code::INI_OK);
-    entries[{section, key}] = value;
-  }
-  const std::string file = directory_.File(Saved(ini_));
-  TQuorinIniParser loaded;
-  ASSERT_EQ(loaded.LoadIni(file.c_str()), Code::INI_OK);
-  for (const auto& [name, value] : entries) {
-    const char* section = name.first.c_str();
-    const char* key = name.second.c_str();
-    long number = 0;
-    EXPECT_EQ(loaded.ReadLong(section, key, number), Code::INI_OK);
-    EXPECT_EQ(number, value);
-    EXPECT_EQ(static_cast<int>(GetPrivateProfileInt(section, key, 1000000, file.c_str())), value);
-  }
 }

@@ -27,11 +27,6 @@ std::string Example(const std::string& library)
   return VXMCD_TEST_PLUGINS "/" + library;
 }
 
-std::string Variant(const std::string& variant, const std::string& library)
-{
-  return VXMCD_TEST_PLUGIN_VARIANTS "/" + variant + "/" + library;
-}
-
 class ConfigurationLoader : public ::testing::Test
 {
 protected:
@@ -88,34 +83,7 @@ TEST_F(ConfigurationLoader, OperationsHaveTheirPositionsInTheTable)
   EXPECT_EQ(loader.DestroyConfiguration(configuration), 0);
 }
 
-TEST_F(ConfigurationLoader, LibrariesThatFallShortMakeNone)
-{
-  {
-    TConfigurationLoader loader(7);
-    EXPECT_EQ(loader.GetConfiguration(), nullptr) << "no library";
-    EXPECT_EQ(loader.DestroyConfiguration(nullptr), 2);
-  }
-  here_.WriteFile(kConfigurationLibrary, "text");
-  {
-    TConfigurationLoader loader(7);
-    EXPECT_EQ(loader.GetConfiguration(), nullptr);
-    EXPECT_EQ(loader.DestroyConfiguration(nullptr), 2);
-    here_.Copy(Variant("no_destroy", kConfigurationLibrary), kConfigurationLibrary);
-    EXPECT_NE(loader.GetConfiguration(), nullptr) << "a library that came later";
-    EXPECT_EQ(loader.DestroyConfiguration(nullptr), 0) << "without the function";
-  }
-  here_.Copy(Variant("no_factory", kConfigurationLibrary), kConfigurationLibrary);
-  {
-    TConfigurationLoader loader(7);
-    EXPECT_EQ(loader.GetConfiguration(), nullptr);
-    EXPECT_EQ(loader.DestroyConfiguration(nullptr), 6) << "the library's own answer";
-  }
-  here_.Copy(Variant("null_configuration", kConfigurationLibrary), kConfigurationLibrary);
-  TConfigurationLoader loader(7);
-  EXPECT_EQ(loader.GetConfiguration(), nullptr);
-}
-
-class TriggerBoardLoader : public ::testing::TestWithParam<std::string>
+class TriggerBoardLoader : public ::testing::Test
 {
 protected:
   static void ExpectNotLoaded(const TLoadUSBi2cDll& board)
@@ -174,21 +142,6 @@ TEST_F(TriggerBoardLoader, ForwardsArgumentsAndStatuses)
   EXPECT_EQ(board.unloadUSBi2c(), 0);
 }
 
-TEST_F(TriggerBoardLoader, WhatIsNoLibraryIsNotLoaded)
-{
-  ExpectNotLoaded(TLoadUSBi2cDll());
-  here_.WriteFile(kTriggerBoardLibrary, "no ELF");
-  ExpectNotLoaded(TLoadUSBi2cDll());
-  here_.Remove(kTriggerBoardLibrary);
-  here_.MakeDirectory(kTriggerBoardLibrary);
-  ExpectNotLoaded(TLoadUSBi2cDll());
-  here_.Remove(kTriggerBoardLibrary);
-  here_.MakePipe(kTriggerBoardLibrary);
-  ExpectNotLoaded(TLoadUSBi2cDll());
-  here_.RemoveAll();
-  ExpectNotLoaded(TLoadUSBi2cDll());
-}
-
 // There is always somebody inside, and everybody comes in a second time from there.
 TEST_F(TriggerBoardLoader, IsUnloadedWhileCallsOverlapWithoutEnd)
 {
@@ -224,18 +177,5 @@ TEST_F(TriggerBoardLoader, IsUnloadedWhileCallsOverlapWithoutEnd)
   ExpectNotLoaded(*gblp_LoadUSBi2cDll);
   EXPECT_FALSE(IsLoaded());
 }
-
-TEST_P(TriggerBoardLoader, ALibraryThatLacksAFunctionIsUnloadedAtOnce)
-{
-  here_.Copy(Variant("without_" + GetParam(), kTriggerBoardLibrary), kTriggerBoardLibrary);
-  const TLoadUSBi2cDll board;
-  ExpectNotLoaded(board);
-  EXPECT_FALSE(IsLoaded());
-}
-
-INSTANTIATE_TEST_SUITE_P(Without, TriggerBoardLoader,
-                         ::testing::Values("GetAvailableTriggers", "GetTriggerHandle", "SetCurrentTrigger",
-                                           "Initialize", "I2CWrite", "ShutDown", "ExternalTrigger"),
-                         [](const auto& function) { return function.param; });
 
 } // namespace

@@ -1,35 +1,15 @@
 // SPDX-License-Identifier: MIT
-// The names in directories that grow, shrink and vanish.
+// The names in a directory, and the working directory.
 #include "utility/TQuorinDirectoryList.h"
 
 #include "tests/support/TScratchWorkingDirectory.h"
 
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-#include <functional>
 #include <set>
 #include <string>
 
 using QuorinUtility::TQuorinDirectoryList;
-
-namespace {
-
-// Called before a directory is opened.
-std::function<void()> beforeOpening;
-
-} // namespace
-
-extern "C" {
-DIR* __real_opendir(const char* name);
-DIR* __wrap_opendir(const char* name);
-
-DIR* __wrap_opendir(const char* name)
-{
-  if (beforeOpening) beforeOpening();
-  return __real_opendir(name);
-}
-}
 
 namespace {
 
@@ -48,8 +28,6 @@ protected:
     return names;
   }
 
-  void TearDown() override { beforeOpening = nullptr; }
-
   TScratchWorkingDirectory here_;
 };
 
@@ -59,53 +37,6 @@ TEST_F(DirectoryList, ListsNamesThatContainTheText)
   EXPECT_EQ(Names(list), (std::multiset<std::string>{"a.so", "c.so.3"}));
   EXPECT_EQ(list.GetItem(2), nullptr);
   EXPECT_EQ(list.GetItem(-1), nullptr);
-}
-
-TEST_F(DirectoryList, ListsEverythingWithoutAText)
-{
-  const std::multiset<std::string> all = {".", "..", "a.so", "b.txt", "c.so.3"};
-  EXPECT_EQ(Names({here_.Path().c_str(), nullptr, TQuorinDirectoryList::Anywhere}), all);
-  EXPECT_EQ(Names({"", "", TQuorinDirectoryList::Anywhere}), all) << "the empty path is the working directory";
-}
-
-TEST_F(DirectoryList, ShowsTheLastEnumeration)
-{
-  TQuorinDirectoryList list(".", "txt", TQuorinDirectoryList::Anywhere);
-  here_.WriteFile("d.txt", "");
-  EXPECT_EQ(list.GetNumberItems(), 1);
-  list.Reenumerate();
-  EXPECT_EQ(Names(list), (std::multiset<std::string>{"b.txt", "d.txt"}));
-  here_.Remove("b.txt");
-  here_.Remove("d.txt");
-  list.Reenumerate();
-  EXPECT_EQ(list.GetNumberItems(), 0);
-  EXPECT_EQ(list.GetItem(0), nullptr);
-}
-
-// The names are counted first and read then.
-TEST_F(DirectoryList, HasRoomForWhatWasCounted)
-{
-  int opened = 0;
-  beforeOpening = [this, &opened] {
-    if (++opened == 2)
-      for (const char* const name : {"d.so", "e.so", "f.so"}) here_.WriteFile(name, "");
-  };
-  TQuorinDirectoryList list(".", ".so", TQuorinDirectoryList::Anywhere);
-  EXPECT_EQ(list.GetNumberItems(), 2);
-  EXPECT_EQ(list.GetItem(2), nullptr);
-  beforeOpening = [this, &opened] {
-    if (++opened == 4) here_.RemoveAll();
-  };
-  list.Reenumerate();
-  for (int index = 0; index < 5; ++index) EXPECT_EQ(list.GetItem(index), nullptr) << index;
-}
-
-TEST_F(DirectoryList, IsEmptyForWhatIsNoDirectory)
-{
-  here_.MakePipe("pipe");
-  for (const char* const path : {"missing", "a.so", "pipe"}) {
-    EXPECT_EQ(TQuorinDirectoryList(path, nullptr, TQuorinDirectoryList::Anywhere).GetNumberItems(), 0) << path;
-  }
 }
 
 TEST_F(DirectoryList, TellsTheWorkingDirectoryUntilItIsGone)
