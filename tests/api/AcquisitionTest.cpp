@@ -171,35 +171,6 @@ TEST_F(Acquisition, FailureStaysInTheStatusUntilTheNextStart)
   EXPECT_EQ(Status(), RC_ACQUIRING);
 }
 
-TEST_F(Acquisition, MissingFrameEndsTheRunAfterItsLimit)
-{
-  Open();
-  SetAcquisitionMode(1);
-  ExposeBriefly();
-  ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
-  EXPECT_EQ(WaitForAcquisitionTimeOut(kLongMs), RC_NO_NEW_DATA);
-  EXPECT_TRUE(Eventually([] { return Status() == RC_STATUS_TIMED_OUT; }));
-  EXPECT_EQ(WaitForAcquisition(), RC_NO_NEW_DATA);
-}
-
-TEST_F(Acquisition, StartThatIsRefusedFreesEverythingAndTheNextOneWorks)
-{
-  Open();
-  SetAcquisitionMode(5);
-  for (const char* rule :
-       {"call VX_Command feature AcquisitionStart at 1 rc 37", "call VX_QueueBuffer at 3 rc 52"}) {
-    VXSIM_AddFault(rule);
-    EXPECT_EQ(StartAcquisition(), RC_FRAME_UNAVAILABLE) << rule;
-    VXSIM_Statistics statistics{};
-    VXSIM_GetStatistics(0, &statistics);
-    EXPECT_EQ(statistics.buffersHeld, 0u) << rule;
-    EXPECT_EQ(Status(), RC_IDLE);
-    VXSIM_ClearFaults();
-    ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
-    PushFrames(1);
-  }
-}
-
 TEST_F(Acquisition, MemoryIsFreedAtOnceOrAtTheEndOfTheRun)
 {
   Open();

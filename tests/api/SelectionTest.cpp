@@ -101,20 +101,6 @@ TEST_F(Selection, OpenAndCloseAskTheCameraInAFixedOrder)
                                       "VX_Close -> 0", "VX_FinaliseLibrary -> 0"}));
 }
 
-TEST_F(Selection, WhatCannotBeOpenedLeavesNothingBehind)
-{
-  VXSIM_AddFault("call VX_Open at 1 rc 42");
-  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
-  VXSIM_ClearFaults();
-  VXSIM_AddFault("call VX_IsImplemented feature CameraModel at 1 out 2");
-  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
-  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
-  EXPECT_EQ(VXSIM_GetInitialiseCount(), 0);
-  EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED);
-  VXSIM_ClearFaults();
-  EXPECT_EQ(Initialize(nullptr), RC_SUCCESS);
-}
-
 TEST(Version, IsReportedInEveryForm)
 {
   unsigned int v[6] = {9, 9, 9, 9, 9, 9};

@@ -15,27 +15,6 @@ using namespace vxsim;
 
 namespace {
 
-/// Mean and temporal variance from two frames, as a photon-transfer measurement takes them.
-struct TTransferPoint
-{
-  double mean;
-  double variance;
-};
-
-TTransferPoint MeasureTransfer(TFrameSettings settings, double electrons)
-{
-  settings.scene.flatPhotonsPerSecond = electrons;
-  TFrameRenderer renderer;
-  settings.exposure.frameNumber = static_cast<std::uint64_t>(electrons * 16.0) + 1;
-  const TCounts first = RenderCounts(renderer, settings);
-  settings.exposure.frameNumber += 1000003;
-  const TCounts second = RenderCounts(renderer, settings);
-  const double meanDifference = Mean(first) - Mean(second);
-  double squares = 0.0;
-  for (std::size_t i = 0; i < first.size(); ++i) squares += std::pow(first[i] - second[i] - meanDifference, 2);
-  return {(Mean(first) + Mean(second)) / 2.0, squares / (2.0 * static_cast<double>(first.size()))};
-}
-
 TCounts SumBins(const TCounts& full, int side, int horizontalBin, int verticalBin)
 {
   const int width = side / horizontalBin;
@@ -47,52 +26,7 @@ TCounts SumBins(const TCounts& full, int side, int horizontalBin, int verticalBi
   return sums;
 }
 
-struct TReadoutCase
-{
-  double gain;
-  double readNoise;
-  int bitDepth;
-};
-
-void PrintTo(const TReadoutCase& value, std::ostream* stream)
-{
-  *stream << "gain " << value.gain << ", read noise " << value.readNoise << ", " << value.bitDepth << " bits";
-}
-
-class PhotonTransfer : public testing::TestWithParam<TReadoutCase>
-{
-};
-
 } // namespace
-
-TEST_P(PhotonTransfer, GivesBackGainAndReadNoise)
-{
-  TFrameSettings settings = PlainSettings(512);
-  settings.readout.gainElectronsPerCount = GetParam().gain;
-  settings.readout.readNoiseElectrons = GetParam().readNoise;
-  settings.readout.bitDepth = GetParam().bitDepth;
-  settings.scene.kind = ESceneKind::Flat;
-
-  const TTransferPoint dark = MeasureTransfer(settings, 0.0);
-  EXPECT_NEAR(dark.mean, settings.readout.baselineCounts, 0.02);
-  EXPECT_NEAR(std::sqrt(dark.variance) * GetParam().gain, GetParam().readNoise, 0.02 * GetParam().readNoise);
-
-  for (const double electrons : {0.3, 2.5, 7.9, 8.1, 60.0, 700.0}) {
-    const TTransferPoint lit = MeasureTransfer(settings, electrons);
-    const double signalCounts = electrons / GetParam().gain;
-    EXPECT_NEAR(lit.mean - dark.mean, signalCounts, 0.005 * signalCounts + 0.01) << electrons;
-    const double shotVariance = lit.variance - dark.variance;
-    if (electrons >= 7.0) {
-      EXPECT_NEAR((lit.mean - dark.mean) / shotVariance, GetParam().gain, 0.02 * GetParam().gain) << electrons;
-    }
-    const double expected = (electrons + std::pow(GetParam().readNoise, 2)) / std::pow(GetParam().gain, 2);
-    EXPECT_NEAR(lit.variance, expected, 0.02 * expected) << electrons;
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Readouts, PhotonTransfer,
-                         testing::Values(TReadoutCase{0.45, 1.1, 16}, TReadoutCase{0.6, 2.5, 12},
-                                         TReadoutCase{1.8, 1.4, 12}, TReadoutCase{0.28, 0.9, 16}));
 
 TEST(FrameNoise, SmallMeansArePoissonDistributed)
 {
@@ -150,34 +84,6 @@ TEST(FrameNoise, PixelsAndFramesAreIndependent)
   EXPECT_NEAR(correlation(first, first, 1), 0.0, 0.01);
   EXPECT_NEAR(correlation(first, first, 512), 0.0, 0.01); // the row below
   EXPECT_NEAR(correlation(first, next, 0), 0.0, 0.01);
-}
-
-TEST(FrameNoise, AccumulationAddsSignalNoiseAndBaseline)
-{
-  TFrameSettings settings = PlainSettings(256);
-  settings.geometry.encoding = EPixelEncoding::Mono32;
-  settings.readout.readNoiseElectrons = 4.0;
-  const TTransferPoint one = MeasureTransfer(settings, 900.0);
-  settings.exposure.accumulations = 20;
-  const TTransferPoint twenty = MeasureTransfer(settings, 900.0);
-  EXPECT_NEAR(twenty.mean / one.mean, 20.0, 0.02);
-  EXPECT_NEAR(twenty.variance / one.variance, 20.0, 0.5);
-}
-
-TEST(DarkCurrent, DoublesWithItsStepAndFollowsTemperature)
-{
-  TFrameSettings settings = PlainSettings(256);
-  settings.scene.kind = ESceneKind::Dark;
-  settings.readout.gainElectronsPerCount = 0.1;
-  settings.sensor.darkElectronsPerSecond = 3.0;
-  settings.sensor.darkReferenceCelsius = -10.0;
-  settings.sensor.darkDoublingCelsius = 6.0;
-  TFrameRenderer renderer; // the same one: nothing of the last temperature may stay
-  for (const double doublings : {2.0, 0.0, -1.0, 3.5}) {
-    settings.exposure.sensorCelsius = -10.0 + 6.0 * doublings;
-    const double electrons = 0.1 * (Mean(RenderCounts(renderer, settings)) - settings.readout.baselineCounts);
-    EXPECT_NEAR(electrons, 3.0 * std::exp2(doublings), 0.04 * std::exp2(doublings));
-  }
 }
 
 TEST(DarkCurrent, HotPixelsStayWhereTheyAreWhateverIsReadOut)
@@ -341,19 +247,6 @@ TEST(Geometry, BinsAndTracksSumTheSignal)
         sums[track * 240 + x] +=
             full[static_cast<std::size_t>(settings.geometry.tracks[track].topRow + row) * 240 + x];
   expectSums(RenderCounts(renderer, settings), sums, 80);
-}
-
-TEST(Geometry, BinnedPixelsShareABaselineAndAddReadNoise)
-{
-  TFrameSettings settings = PlainSettings(512);
-  settings.readout.readNoiseElectrons = 3.0;
-  settings.geometry.horizontalBin = 2;
-  settings.geometry.verticalBin = 2;
-  settings.geometry.widthPixels = 256;
-  settings.geometry.heightPixels = 256;
-  const TTransferPoint dark = MeasureTransfer(settings, 0.0);
-  EXPECT_NEAR(dark.mean, 100.0, 0.1);
-  EXPECT_NEAR(std::sqrt(dark.variance) * settings.readout.gainElectronsPerCount, 6.0, 0.12);
 }
 
 TEST(FrameRenderer, SameSettingsGiveSameBytesInAnyOrderOnAnyThread)

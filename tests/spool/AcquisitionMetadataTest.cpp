@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The file that describes a spooled run: what it keeps, and what is said when it cannot be read or written.
 #include "spool/TAcquisitionMetadata.h"
-#include "tests/spool/logged_by.h"
 #include "tests/support/TScratchDirectory.h"
 
 #include <atomic>
@@ -186,32 +185,4 @@ TEST_F(AcquisitionMetadata, IsNeverSeenHalfWritten)
     EXPECT_EQ(read.GetInteger("many", "key499", last), 0);
   } while (!done);
   writer.join();
-}
-
-TEST(AcquisitionMetadataLog, SaysWhatFailed)
-{
-  TAcquisitionMetadata metadata;
-  unsigned int count = 0;
-  const std::pair<std::function<int()>, std::string> reports[] = {
-      {[&] { return metadata.GetImagesPerFile(count); },
-       "TAcquisitionMetadata: GetImagesPerFile - Failed to read images per file"},
-      {[&] { return metadata.GetImageSizeBytes(count); },
-       "TAcquisitionMetadata: GetImageSizeBytes - Failed to read image size bytes"},
-      {[&] { return metadata.SetImagesPerFile(0); },
-       "TAcquisitionMetadata: SetImagesPerFile - _ui_imagesPerFile cannot be 0"},
-      {[&] { return metadata.SetImageSizeBytes(0); },
-       "TAcquisitionMetadata: SetImageSizeBytes - _ui_imageSizeBytes cannot be 0"},
-      {[&] { return metadata.SaveFile(nullptr); }, "TAcquisitionMetadata: SaveFile - _sz_filePath cannot be NULL"},
-      {[&] { return metadata.SaveFile("none/of"); },
-       "TAcquisitionMetadata: SaveFile - Failed to save file none/of/acquisitionmetadata.ini"},
-      {[&] { return metadata.LoadFile(nullptr); }, "TAcquisitionMetadata: LoadFile - _sz_filePath cannot be NULL"},
-      {[&] { return metadata.LoadFile("none/of/"); },
-       "TAcquisitionMetadata: LoadFile - Failed to Load file none/of/acquisitionmetadata.ini"},
-  };
-  for (const auto& [act, text] : reports) {
-    const std::string function = text.substr(0, text.find(" - ")).substr(text.find(' ') + 1);
-    const std::string line = LoggedBy([&act = act] { EXPECT_EQ(act(), 1); });
-    EXPECT_THAT(line, testing::EndsWith(" " + function + " " + text + "\n"));
-    EXPECT_THAT(line, HasSubstr(" acquisitionmetadata.cpp:"));
-  }
 }

@@ -6,12 +6,10 @@
 #include "tests/spool/logged_by.h"
 #include "tests/spool/TMemorySpooler.h"
 #include "tests/spool/WriteFailures.h"
-#include "tests/support/TScratchDirectory.h"
 #include "tests/utility/SystemCalls.h"
 #include "utility/TQuorinTaskLauncher.h"
 
 #include <cerrno>
-#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -20,7 +18,6 @@
 using QuorinUtility::TQuorinTaskLauncher;
 using system_calls::Eventually;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 
 namespace {
 
@@ -50,10 +47,10 @@ protected:
     }
   }
 
-  std::unique_ptr<TCreateAndWriteFileTask> MakeTask(bool withLog = false)
+  std::unique_ptr<TCreateAndWriteFileTask> MakeTask()
   {
     return std::make_unique<TCreateAndWriteFileTask>(
-        borrowed_.data(), &images_, static_cast<int>(borrowed_.size()), &input_, &reuse_, &routine_, withLog);
+        borrowed_.data(), &images_, static_cast<int>(borrowed_.size()), &input_, &reuse_, &routine_, false);
   }
 
   void Queue(int index)
@@ -181,26 +178,6 @@ TEST_F(WriteTask, ImagesAreClosedEvenWhenTheTaskIsGone)
   launchers_.clear();
   ExpectWritten(0);
   ExpectWritten(1);
-}
-
-TEST_F(WriteTask, LogsItsSteps)
-{
-  const TScratchDirectory directory;
-  const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(directory.Directory());
-  auto task = MakeTask(true);
-  std::filesystem::current_path(before);
-  Queue(4);
-  reuse_.Retrieve();
-  input_.Queue(TSpoolFileData());
-  task.reset();
-  const std::string number = ",[0-9]+,[0-9]+\n";
-  const std::string fetch = "TTCreateAndWriteFileTask::Run fetch from queue start,-1" + number +
-                            "TTCreateAndWriteFileTask::Run fetch from queue end,-1" + number;
-  EXPECT_THAT(TextOf(directory.Directory() + "/tcreateandwritefiletask.csv"),
-              MatchesRegex("Message,Frame Number,ThreadID,Time\n" + fetch +
-                           "TTCreateAndWriteFileTask::Run Start,4" + number +
-                           "TTCreateAndWriteFileTask::Run End,4" + number + fetch));
 }
 
 namespace {
