@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-/* Generated from api/fixed_results.def by scripts/generate-fixed-results: do not edit. */
+/* Generated from api/fixed_results.def by scripts/generate-interface: do not edit. */
 /* clang-format off */
 
 /**

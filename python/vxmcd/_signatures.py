@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Generated from include/vxmcd.h by scripts/generate-python-signatures: do not edit.
+# Generated from include/vxmcd.h by scripts/generate-interface: do not edit.
 """Types, constants and result codes of the camera library."""
 from ctypes import (
     CFUNCTYPE, POINTER, Structure, c_char_p, c_double, c_float, c_int, c_long, c_longlong, c_ubyte, c_uint,
@@ -24,6 +24,8 @@ class vxmcd_Capabilities(Structure):
 
 
 vxmcd_PotsObserver = CFUNCTYPE(c_uint, c_void_p)
+
+LIBRARY_VERSION = "2.94.32007"
 
 # name: (type of the result, types of the arguments); None for arguments: takes any
 FUNCTIONS = {

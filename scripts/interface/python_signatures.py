@@ -1,20 +1,13 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Writes python/vxmcd/_signatures.py from the public header: argument and result types of every function, records,
-constants, result codes.
-
-scripts/generate-python-signatures          writes it anew
-scripts/generate-python-signatures --check  only compares; ends with 1 when the file is not what the header says
-"""
+"""The Python package's table of the interface, python/vxmcd/_signatures.py: argument and result types of every function,
+records, constants, result codes."""
 import re
 import sys
 import textwrap
 
-sys.dont_write_bytecode = True  # scripts/ stays as it is
-import fixed_results
-import public_header as header
+from interface import fixed_results, public_header as header
 
-MODULE = header.ROOT / "python" / "vxmcd" / "_signatures.py"
+PATH = "python/vxmcd/_signatures.py"
 WIDTH = 115
 
 WHOLE = {
@@ -123,28 +116,26 @@ def quoted(text):
     return '"' + text.replace("\\", "\\\\").replace('"', '\\"') + '"'
 
 
-def module(directory):
-    xml, groups = header.read(directory)
-    compounds = [header.record(xml, inner.get("refid")) for group in groups for inner in group.findall("innerclass")]
+def text():
+    documents, groups = header.read()
+    compounds = [documents[inner.get("refid")] for group in groups for inner in group.findall("innerclass")]
     callbacks = {member.findtext("name"): kind_of(member) + member.findtext("argsstring")
                  for group in groups for member in group.iter("memberdef")
                  if member.get("kind") == "typedef" and "(*" in kind_of(member)}
     types = Types({compound.findtext("compoundname") for compound in compounds}, callbacks)
     records = [line for compound in compounds for line in record_lines(compound, types)]
     callback_lines = [f"{name} = {types.expression(text)}" for name, text in callbacks.items()]
-    functions = [function_line(member, types) for group in groups for member in header.functions(group)]
+    functions = [function_line(member, types) for member in header.all_functions()]
     functions += [fixed_result_line(row, types) for row in fixed_results.read()[1] if row.kind != "TYPED_ONLY"]
     codes = [f"    {code}: ({quoted(name)},\n            {quoted(meaning)},\n            {quoted(advice)}),"
              for code, name, meaning, advice in header.result_codes()]
     imports = textwrap.fill(", ".join(sorted(types.used)), WIDTH, initial_indent="    ", subsequent_indent="    ")
     return "\n".join([
         "# SPDX-License-Identifier: MIT",
-        "# Generated from include/vxmcd.h by scripts/generate-python-signatures: do not edit.",
+        "# Generated from include/vxmcd.h by scripts/generate-interface: do not edit.",
         '"""Types, constants and result codes of the camera library."""',
         "from ctypes import (", imports + ")", "", "", *records, *callback_lines, *([""] if callback_lines else []),
+        f'LIBRARY_VERSION = "{header.library_version()}"', "",
         "# name: (type of the result, types of the arguments); None for arguments: takes any", "FUNCTIONS = {", *functions,
         "}", "", "CONSTANTS = {", *constant_lines(groups), "}", "",
         "# code: (name, meaning, what to try)", "RESULT_CODES = {", *codes, "}"]) + "\n"
-
-
-sys.exit(header.write_or_check("generate-python-signatures", MODULE, module, lambda text: text.count("\": (")))

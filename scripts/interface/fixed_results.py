@@ -5,9 +5,8 @@ import os
 import shlex
 import subprocess
 from dataclasses import dataclass
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
+from interface.public_header import ROOT
 
 _ROWS = """
 #define FIXED_REASON(reason, text) ["REASON", #reason, text],

@@ -1,20 +1,12 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Writes docs/api.md from the comments of the public header.
-
-scripts/generate-api-reference          writes it anew
-scripts/generate-api-reference --check  only compares; ends with 1 when the page is not what the header says
-"""
+"""The reference page, docs/api.md, made of the header's comments."""
 import re
-import sys
 import textwrap
 import xml.etree.ElementTree as ET
 
-sys.dont_write_bytecode = True  # scripts/ stays as it is
-import fixed_results
-import public_header as header
+from interface import fixed_results, public_header as header
 
-PAGE = header.ROOT / "docs" / "api.md"
+PATH = "docs/api.md"
 FIXED_RESULTS_TITLE = "Functions that do nothing"
 WIDTH = 120
 
@@ -110,18 +102,17 @@ def constants(section):
     return ([f"**{title}**"] if title else []) + [table(("Constant", "Value", ""), rows)] if rows else []
 
 
-def record(xml, refid):
-    compound = header.record(xml, refid)
+def record(compound):
     rows = [(f"`{member.findtext('name')}`", "".join(member.find("type").itertext()),
              inline(member.find("detaileddescription/para"))) for member in compound.iter("memberdef")]
     return [f"### {compound.findtext('compoundname')}", *paragraphs(compound.find("detaileddescription")),
             table(("Field", "Type", ""), rows)]
 
 
-def group(xml, compound):
+def group(documents, compound):
     blocks = [f"## {compound.findtext('title')}", *paragraphs(compound.find("detaileddescription"))]
     for inner in compound.findall("innerclass"):
-        blocks += record(xml, inner.get("refid"))
+        blocks += record(documents[inner.get("refid")])
     for section in compound.findall("sectiondef"):
         blocks += constants(section)
     for family in families(compound):
@@ -168,15 +159,12 @@ def contents(groups):
     return table(("", "Functions"), lines)
 
 
-def page(directory):
-    xml, groups = header.read(directory)
+def text():
+    documents, groups = header.read()
     name = header.HEADER.replace(".", "_8")
-    intro = ET.parse(xml / f"{name}.xml").getroot().find("compounddef/detaileddescription")
-    blocks = ["<!-- Generated from include/vxmcd.h by scripts/generate-api-reference: do not edit. -->",
+    intro = documents[name].find("detaileddescription")
+    blocks = ["<!-- Generated from include/vxmcd.h by scripts/generate-interface: do not edit. -->",
               "# Reference", *paragraphs(intro), contents(groups)]
     for compound in groups:
-        blocks += group(xml, compound)
+        blocks += group(documents, compound)
     return "\n\n".join(blocks + fixed_result_functions() + result_codes()) + "\n"
-
-
-sys.exit(header.write_or_check("generate-api-reference", PAGE, page, lambda text: text.count("\n### ")))

@@ -1,21 +1,12 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Writes include/vxmcd_fixed_results.h from api/fixed_results.def.
+"""The declarations of the functions without effect, include/vxmcd_fixed_results.h."""
+from interface import fixed_results
 
-scripts/generate-fixed-results          writes it anew
-scripts/generate-fixed-results --check  only compares; ends with 1 when the header is not what the table says
-"""
-import sys
-
-sys.dont_write_bytecode = True  # scripts/ stays as it is
-import fixed_results
-import public_header
-
-HEADER = fixed_results.ROOT / "include" / "vxmcd_fixed_results.h"
+PATH = "include/vxmcd_fixed_results.h"
 
 BEGIN = """\
 /* SPDX-License-Identifier: MIT */
-/* Generated from api/fixed_results.def by scripts/generate-fixed-results: do not edit. */
+/* Generated from api/fixed_results.def by scripts/generate-interface: do not edit. */
 /* clang-format off */
 
 /**
@@ -71,7 +62,7 @@ def declaration(row):
     return f"VXMCD_API unsigned int {row.name}(VXMCD_ANY_ARGUMENTS);"
 
 
-def header(_):
+def text():
     reasons, rows = fixed_results.read()
     lines = [BEGIN]
     for reason, code in dict.fromkeys((row.reason, row.code) for row in rows):
@@ -79,7 +70,3 @@ def header(_):
         lines += [declaration(row) for row in rows if (row.reason, row.code) == (reason, code)]
         lines.append("")
     return "\n".join(lines[:-1]) + "\n" + END
-
-
-sys.exit(public_header.write_or_check("generate-fixed-results", HEADER, header, lambda text: text.count("unsigned int "),
-                                      "the table"))

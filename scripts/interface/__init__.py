@@ -1,0 +1,2 @@
+# SPDX-License-Identifier: MIT
+"""What is made of the public header, a file a module: each has the PATH of its file and makes its text()."""
