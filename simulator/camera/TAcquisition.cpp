@@ -121,7 +121,7 @@ int TAcquisition::Queue(TDeviceLock& lock, unsigned char* buffer, int sizeBytes)
 
 int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs)
 {
-  const std::optional<uint32_t> run = state_.acquiring ? std::optional(runNumber_) : std::nullopt;
+  const uint32_t run = state_.acquiring ? runNumber_ : kNoRun;
   std::optional<TClock::time_point> deadline;
   while (true) {
     if (overflow_) {
@@ -140,7 +140,7 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
     if (!status_.plugged && !status_.IsPresent()) return VX_ERR_COMMUNICATION;
     if (!IsPaced() && MakeInstantFrame(*buffer, *sizeBytes)) return VX_SUCCESS;
     if (!IsPaced() && MakeFrame(lock)) continue;
-    if (timeoutMs == 0 || (run && HasRunEnded(*run))) return VX_ERR_TIMED_OUT;
+    if (timeoutMs == 0 || HasRunEnded(run)) return VX_ERR_TIMED_OUT;
 
     const TClock::time_point now = TClock::now();
     if (!deadline) {

@@ -59,6 +59,7 @@ public:
 
 private:
   using TClock = std::chrono::steady_clock;
+  static constexpr uint32_t kNoRun = 0;
 
   struct TBuffer
   {
@@ -102,7 +103,8 @@ private:
   size_t MemoryFrames() const;
   void EndIfComplete();
   void EndRun();
-  bool HasRunEnded(uint32_t run) const { return !state_.acquiring || runNumber_ != run; }
+  /// Whether a run that was under way is over; false for kNoRun.
+  bool HasRunEnded(uint32_t run) const { return run != kNoRun && (!state_.acquiring || runNumber_ != run); }
   void WaitUntilPainted(TDeviceLock& lock);
   void DiscardBuffers();
   void Wake();
@@ -131,7 +133,7 @@ private:
   int waiters_ = 0;           ///< callers waiting on `changed_`
   uint64_t blockedWaits_ = 0; ///< those of them that wait for a frame
   bool closed_ = false;
-  uint32_t runNumber_ = 0;
+  uint32_t runNumber_ = kNoRun;
   uint64_t frameNumber_ = 0;
   int64_t runStartNs_ = 0;
   int64_t freeNowNs_ = 0; ///< the camera's time when it is not the wall clock
