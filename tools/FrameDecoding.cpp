@@ -114,6 +114,12 @@ PixelDepth WholeDepth(FrameEncoding encoding)
   return RowOf(encoding).depth;
 }
 
+bool IsPlainFrame(const TFrameLayout& layout, PixelDepth depth)
+{
+  return RowOf(layout.encoding).bytesPerPixel * 8 == static_cast<int>(depth) &&
+         FrameRowBytes(layout.encoding, layout.width) == layout.stride;
+}
+
 bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth, std::span<std::byte> pixels)
 {
   switch (layout.encoding) {

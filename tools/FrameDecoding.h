@@ -33,6 +33,9 @@ struct TFrameLayout
   std::int64_t stride = 0; ///< bytes from row to row, at least those of a row's pixels
 };
 
+/// Whether a frame begins with its pixels of @p depth as DecodeFrame() would put them.
+bool IsPlainFrame(const TFrameLayout& layout, PixelDepth depth);
+
 /// Takes the pixels of a frame, of at least stride x height bytes, without the padding of its rows. Pixels are
 /// widened as unsigned numbers; of 32-bit pixels the low 16 bits go into 16, as the library does it.
 /// @param pixels  width x height pixels of @p depth, which is WholeDepth() or more, or 16 for 32-bit frames

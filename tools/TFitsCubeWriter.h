@@ -3,24 +3,20 @@
 #pragma once
 
 #include "tools/IImageWriter.h"
+#include "tools/TOutputFile.h"
 
-#include <fitsio.h>
 #include <vector>
 
 namespace vxtool {
 
 /// A FITS primary array of three axes, in pixels of 8 bits, 16 bits unsigned (BZERO 32768) or 32 bits signed,
-/// followed by the binary table FRAMES with number and clocks of each plane. NAXIS3 grows with every image,
-/// so that it is true however the run ends; after a full disk the file is cut to whole planes and NAXIS3 set to
-/// them. Owns its file; one thread at a time; errors as IImageWriter says.
+/// followed by the binary table FRAMES with number and clocks of each plane. NAXIS3 grows with every image; after a
+/// full disk the file is cut to whole planes, and the table follows if there is room for it. CFITSIO makes header
+/// and table; pixels are swapped and written in large pieces, which is several times as fast as through CFITSIO.
+/// Owns its file; one thread at a time; errors as IImageWriter says.
 class TFitsCubeWriter final : public IImageWriter
 {
 public:
-  TFitsCubeWriter() = default;
-  ~TFitsCubeWriter() override;
-  TFitsCubeWriter(const TFitsCubeWriter&) = delete;
-  TFitsCubeWriter& operator=(const TFitsCubeWriter&) = delete;
-
   bool Open(const std::string& path, bool overwrite, const TImageShape& shape, const TRunFacts& facts) override;
   bool Write(TPixelBytes pixels, const TImageLabel& label) override;
   bool Close(const TRunTotals& totals) override;
@@ -29,18 +25,19 @@ public:
 
 private:
   bool Fail(const std::string& message);
-  bool FailFits(int status);
-  void WriteHeader(const TRunFacts& facts, int* status);
-  void WriteSensorFacts(const TRunFacts& facts, int* status);
-  void WriteTotals(const TRunTotals& totals, int* status);
-  void WriteFrameTable(int* status);
-  void CutToWholeImages(const TRunTotals& totals);
+  bool WritePixels(std::uint64_t offset, TPixelBytes pixels);
+  bool WriteImageCount();
+  /// Fills the last block behind the images, for which the newest ones go on a full disk, and cuts what follows.
+  bool EndImages();
+  std::uint64_t ImagesEnd() const { return imagesStart_ + labels_.size() * shape_.Bytes(); }
 
   std::string path_;
   std::string error_;
   TImageShape shape_;
-  fitsfile* file_ = nullptr;
-  long long dataStart_ = 0;
+  TRunFacts facts_;
+  TOutputFile file_;
+  std::uint64_t imagesStart_ = 0;
+  std::vector<std::byte> swapped_;
   std::vector<TImageLabel> labels_; // of the images written
 };
 

@@ -149,11 +149,13 @@ bool TSpoolConversion::HandOn(TImageLabel label)
   if (label.ticks) clocks_.Timestamp(*label.ticks);
   if (!run_.Layout() || (!writer_ && !settings_.keepsLast)) return true;
   const TImageShape shape = {run_.Layout()->width, run_.Layout()->height, settings_.depth};
-  pixels_.resize(shape.Bytes());
-  if (DecodeFrame(frame_, *run_.Layout(), settings_.depth, pixels_)) ++counts_.cut;
-  const bool isWritten = writer_ && writer_->Write(pixels_, label);
+  // Frames that are the pixels already are not copied, only cut, which drops padding at their end and metadata.
+  std::vector<std::byte>& pixels = IsPlainFrame(*run_.Layout(), settings_.depth) ? frame_ : pixels_;
+  pixels.resize(shape.Bytes());
+  if (&pixels != &frame_ && DecodeFrame(frame_, *run_.Layout(), settings_.depth, pixels)) ++counts_.cut;
+  const bool isWritten = writer_ && writer_->Write(pixels, label);
   if (writer_) ++(isWritten ? counts_.written : counts_.notWritten);
-  lastImage_.swap(pixels_);
+  if (settings_.keepsLast) lastImage_.swap(pixels);
   lastLabel_ = label;
   return isWritten || !writer_;
 }
