@@ -14,7 +14,7 @@ class IDispatchRoutine;
 class TDispatchQueue
 {
 public:
-  /// Prepares for a run whose frames have @p imageSizeBytes bytes each.
+  /// Prepares for a run whose frames have @p imageSizeBytes bytes each. The camera may still refuse to start it.
   virtual void Initialise(std::int64_t imageSizeBytes) = 0;
   /// The run is over: everything that was dispatched is brought to its end before this returns.
   virtual void Finalise() = 0;
@@ -36,6 +36,9 @@ public:
   virtual std::int64_t GetImageSizeBytes() = 0;
   virtual void SetDispatchRoutine(IDispatchRoutine* routine) = 0;
 
+  /// The camera has started the run; no frame has been dispatched yet. Until here nothing of an earlier run may have
+  /// been given up that cannot be had again.
+  virtual void Begin() {}
   /// Whether the camera cannot have begun to write over the frame with this number, as far as the frames counted
   /// so far tell.
   virtual bool IsImageIntact(int image) = 0;

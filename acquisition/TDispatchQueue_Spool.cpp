@@ -21,8 +21,7 @@ void TDispatchQueue_Spool::SetRun(const TSpoolSettings& settings, int images)
   seriesLength_ = static_cast<std::uint32_t>(std::max(images, 0));
 }
 
-// The earlier run's pipeline goes first: two at once would hold each other's directory. Making one may take long,
-// when many files have to be removed, and nobody who asks for the present one should wait for that.
+// The earlier run's pipeline goes first: two at once would lock each other out of the directory.
 void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
 {
   TRingDispatchQueue::Initialise(imageSizeBytes);
@@ -38,6 +37,11 @@ void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
       std::make_shared<TSpoolPipeline>(settings_, static_cast<std::uint64_t>(imageSizeBytes), seriesLength_);
   const std::lock_guard lock(mutex_);
   pipeline_ = std::move(pipeline);
+}
+
+void TDispatchQueue_Spool::Begin()
+{
+  if (const auto pipeline = Pipeline()) pipeline->Begin();
 }
 
 void TDispatchQueue_Spool::Finalise()

@@ -23,8 +23,10 @@ public:
   /// What holds for the run to come, and its number of images. No run may be in progress.
   void SetRun(const TSpoolSettings& settings, int images);
 
-  /// Makes the directory ready. What fails shows at the first frame.
+  /// Makes the directory and locks it. What fails here or in Begin() shows at the first frame.
   void Initialise(std::int64_t imageSizeBytes) override;
+  /// Replaces the earlier run in the directory. Takes some 0.1 ms for each of its files.
+  void Begin() override;
   /// Blocks until every frame is on the disk.
   void Finalise() override;
   /// Frames that nobody has begun to write are given up.

@@ -33,6 +33,11 @@ void TMetadataXerox::Initialise(std::int64_t imageSizeBytes)
   wrapped_->Initialise(imageSizeBytes);
 }
 
+void TMetadataXerox::Begin()
+{
+  wrapped_->Begin();
+}
+
 void TMetadataXerox::Finalise()
 {
   wrapped_->Finalise();

@@ -16,6 +16,7 @@ public:
   TMetadataXerox(TDispatchQueue* wrapped, TTimestampRepository* repository);
 
   void Initialise(std::int64_t imageSizeBytes) override;
+  void Begin() override;
   void Finalise() override;
   void Abort() override;
   int Dispatch(unsigned char* buffer, int sizeBytes) override;

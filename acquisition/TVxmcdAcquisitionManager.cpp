@@ -146,6 +146,7 @@ int TVxmcdAcquisitionManager::StartRun()
     GetDispatchQueue()->Finalise();
     return kStartFailed;
   }
+  GetDispatchQueue()->Begin();
   thread_->Start();
   thread_->WaitForBegin(kStartTimeoutMs);
   return kDone;

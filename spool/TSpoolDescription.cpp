@@ -105,8 +105,14 @@ const char* StateText(const TSpoolDescription::TOutcome& outcome)
 
 } // namespace
 
-bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& layout, int method,
-                              std::uint32_t seriesLength)
+void TSpoolDescription::Gather(int method, std::uint32_t seriesLength)
+{
+  method_ = method;
+  seriesLength_ = seriesLength;
+  for (const TSetting& setting : kSettings) Describe(metadata_, CurrentCoreHandle(), setting);
+}
+
+bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& layout)
 {
   directory_ = directory;
   if (CheckFileSizeLimit(kMostBytes) != 0) return false;
@@ -115,14 +121,12 @@ bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& 
   failed |= metadata_.SetInteger(Section::kRun, "Format", kFormat);
   failed |= metadata_.SetText(Section::kRun, "State", "recording");
   failed |= metadata_.SetBoolean(Section::kRun, "Completed", false);
-  failed |= metadata_.SetInteger(Section::kRun, "ImagesExpected", seriesLength);
+  failed |= metadata_.SetInteger(Section::kRun, "ImagesExpected", seriesLength_);
   failed |= metadata_.SetInteger(Section::kRun, "ImagesWritten", 0);
-  failed |= metadata_.SetInteger(Section::kRun, "Method", method);
+  failed |= metadata_.SetInteger(Section::kRun, "Method", method_);
   failed |= metadata_.SetText(Section::kRun, "Library", LibraryVersion::kText);
   failed |= metadata_.SetText(Section::kRun, "StartTime", UtcText(HostTimeNs()));
-  if (failed) return false;
-  for (const TSetting& setting : kSettings) Describe(metadata_, CurrentCoreHandle(), setting);
-  return metadata_.SaveFile(directory_.c_str()) == 0;
+  return !failed && metadata_.SaveFile(directory_.c_str()) == 0;
 }
 
 bool TSpoolDescription::End(const TOutcome& outcome)

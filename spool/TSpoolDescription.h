@@ -28,13 +28,17 @@ public:
     std::optional<std::int64_t> firstFrameTick;
   };
 
-  /// Describes the run that is about to begin, from the settings of the camera that is current, as far as it
-  /// answers. Returns false when anything else is missing or the file could not be written.
-  bool Begin(const std::string& directory, const TSpoolLayout& layout, int method, std::uint32_t seriesLength);
+  /// Takes the settings of the camera that is current, as far as it answers.
+  void Gather(int method, std::uint32_t seriesLength);
+  /// Describes the run that begins. Returns false when anything but a setting of the camera is missing or the file
+  /// could not be written.
+  bool Begin(const std::string& directory, const TSpoolLayout& layout);
   /// Completes the description. Returns false when that failed; the file is then as it was.
   bool End(const TOutcome& outcome);
 
 private:
+  int method_ = 0;
+  std::uint32_t seriesLength_ = 0;
   std::string directory_;
   TAcquisitionMetadata metadata_;
 };

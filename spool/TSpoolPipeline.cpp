@@ -9,7 +9,6 @@
 #include "spool/TQueuedSpooler.h"
 #include "spool/TSpoolFile.h"
 #include "spool/TSpoolImageSpooler.h"
-#include "spool/TSpoolSettings.h"
 #include "spool/TThreadedSpooler.h"
 #include "utility/TQuorinFilePath.h"
 #include "utility/TQuorinLibDebugOutput.h"
@@ -47,25 +46,39 @@ struct TFree
 
 TSpoolPipeline::TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t imageSizeBytes,
                                std::uint32_t seriesLength)
-    : seriesLength_(seriesLength), index_(&fault_), fileSpooler_(&fault_)
+    : settings_(settings),
+      imageSizeBytes_(imageSizeBytes),
+      seriesLength_(seriesLength),
+      index_(&fault_),
+      fileSpooler_(&fault_)
 {
-  if (!PrepareDirectory(settings.path)) return;
+  if (PrepareDirectory(settings.path)) description_.Gather(settings.method, seriesLength);
+}
+
+void TSpoolPipeline::Begin()
+{
+  if (!fault_.IsRaised()) Try([this] { ReplaceEarlierRun(); });
+}
+
+void TSpoolPipeline::ReplaceEarlierRun()
+{
   fileSpooler_.SetDirectory(directory_);
   fileSpooler_.SetStem(kStem);
   RemoveEarlierRun();
   if (fault_.IsRaised()) return;
 
+  // Not before: the earlier run may have filled the disk.
   const TSpoolVolume volume = TSpoolVolume::Probe(directory_);
   fileSpooler_.SetVolume(volume);
-  layout_ = TSpoolLayout::Choose(settings.method, imageSizeBytes, seriesLength, volume);
-  described_ = description_.Begin(directory_, layout_, settings.method, seriesLength);
+  layout_ = TSpoolLayout::Choose(settings_.method, imageSizeBytes_, seriesLength_, volume);
+  described_ = description_.Begin(directory_, layout_);
   if (!described_) {
     fault_.Raise("cannot describe the run in", directory_, EIO);
     return;
   }
   if (!index_.Create(directory_)) return;
   ReserveRoom();
-  MakeAlgorithm(settings);
+  MakeAlgorithm();
 }
 
 TSpoolPipeline::~TSpoolPipeline()
@@ -136,9 +149,9 @@ int TSpoolPipeline::BoundedThreadCount(int threadCount) const
   return static_cast<int>(std::min(std::int64_t{threadCount}, static_cast<std::int64_t>(most)));
 }
 
-void TSpoolPipeline::MakeAlgorithm(const TSpoolSettings& settings)
+void TSpoolPipeline::MakeAlgorithm()
 {
-  const int threads = BoundedThreadCount(settings.threadCount);
+  const int threads = BoundedThreadCount(settings_.threadCount);
   imageSpooler_ = std::make_unique<TSpoolImageSpooler>(&fileSpooler_, layout_, &index_, &fault_);
   switch (layout_.way) {
   case TSpoolLayout::kThreaded:
@@ -149,16 +162,17 @@ void TSpoolPipeline::MakeAlgorithm(const TSpoolSettings& settings)
                                                  layout_.imagesPerPlace, threads);
     break;
   case TSpoolLayout::kQueued:
-    auto queued = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threads, settings.slots);
-    queued_ = queued.get();
+    auto queued = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threads, settings_.slots);
+    TQueuedSpooler* const made = queued.get();
     algorithm_ = std::move(queued);
+    queued_ = made;
     break;
   }
 }
 
 bool TSpoolPipeline::Spool(int index, unsigned char* buffer)
 {
-  if (fault_.IsRaised() || finished_) return false;
+  if (fault_.IsRaised() || finished_ || !algorithm_) return false;
   if (!firstFrameTimeNs_) firstFrameTimeNs_ = HostTimeNs();
   const bool accepted = algorithm_->Spool(index, buffer, static_cast<int>(layout_.imageSizeBytes)) == 1;
   if (accepted)
@@ -170,9 +184,10 @@ bool TSpoolPipeline::Spool(int index, unsigned char* buffer)
 
 void TSpoolPipeline::Abort()
 {
-  if (!queued_) return; // what the others have accepted is copied already, and will be written
+  TQueuedSpooler* const queued = queued_;
+  if (!queued) return; // what the others have accepted is copied already, and will be written
   aborted_ = true;
-  queued_->Abort();
+  queued->Abort();
 }
 
 // Large files are on the disk already, and only their names are not, for which some file systems know no way. Many
@@ -226,8 +241,8 @@ void TSpoolPipeline::Finish()
 
 void TSpoolPipeline::EndAlgorithm()
 {
-  if (queued_)
-    queued_->Finish();
+  if (TQueuedSpooler* const queued = queued_)
+    queued->Finish();
   else
     algorithm_.reset();
 }

@@ -8,6 +8,7 @@
 #include "spool/TSpoolFileSpooler.h"
 #include "spool/TSpoolIndex.h"
 #include "spool/TSpoolLayout.h"
+#include "spool/TSpoolSettings.h"
 
 #include <atomic>
 #include <cstdint>
@@ -18,20 +19,24 @@
 class ISpoolAlgorithm;
 class TQueuedSpooler;
 class TSpoolImageSpooler;
-struct TSpoolSettings;
 
 /// Everything that writes one run: its directory and description, the spoolers and the algorithm that feeds them.
 /// Made by the spool dispatch queue for each run. What fails, from the constructor on, is kept as the run's fault
 /// and makes every later Spool() fail; only a lack of memory in the constructor throws. Spool(),
-/// SetFirstFrameTick() and Finish() belong to the acquisition thread, the others are thread-safe.
+/// SetFirstFrameTick() and Finish() belong to the acquisition thread, and Begin() comes before them; the others are
+/// thread-safe.
 class TSpoolPipeline final
 {
 public:
-  /// Makes the directory describe this run instead of an earlier one, whose files are removed.
+  /// Makes the directory and locks it; an earlier run in it stays as it is.
   TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t imageSizeBytes, std::uint32_t seriesLength);
   ~TSpoolPipeline();
   TSpoolPipeline(const TSpoolPipeline&) = delete;
   TSpoolPipeline& operator=(const TSpoolPipeline&) = delete;
+
+  /// Makes the directory describe this run instead of an earlier one, whose files are removed. Once, before the
+  /// first image. A pipeline that never begins leaves the directory as it was. Does not throw.
+  void Begin();
 
   /// Takes over an image of the size of the run's images. Blocks while the disk is behind. Returns false when the
   /// run cannot go on.
@@ -52,8 +57,9 @@ public:
 
 private:
   bool PrepareDirectory(const std::string& path);
+  void ReplaceEarlierRun();
   void RemoveEarlierRun();
-  void MakeAlgorithm(const TSpoolSettings& settings);
+  void MakeAlgorithm();
   int BoundedThreadCount(int threadCount) const;
   void ReserveRoom();
   void SyncDirectory();
@@ -64,6 +70,8 @@ private:
   void LetGoOfDirectory();
 
   TSpoolFault fault_;
+  const TSpoolSettings settings_;
+  const std::uint64_t imageSizeBytes_;
   std::string directory_;
   TFileDescriptor directoryLock_;
   TFileDescriptor room_; // on the disk, for the description of a run that fills it up
@@ -74,7 +82,7 @@ private:
   TSpoolFileSpooler fileSpooler_;
   std::unique_ptr<TSpoolImageSpooler> imageSpooler_;
   std::unique_ptr<ISpoolAlgorithm> algorithm_;
-  TQueuedSpooler* queued_ = nullptr; // the algorithm, if it is this one
+  std::atomic<TQueuedSpooler*> queued_{nullptr}; // the algorithm, if it is this one
   std::optional<std::int64_t> firstFrameTimeNs_;
   std::optional<std::int64_t> firstFrameTick_;
   std::uint64_t accepted_ = 0;       // images

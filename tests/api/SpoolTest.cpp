@@ -407,15 +407,19 @@ TEST_P(SpoolMethods, ADirectoryThatCannotBeUsedEndsTheRunWithItsStatus)
   EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), 10u);
 }
 
-TEST_P(SpoolMethods, ACameraThatDoesNotStartLeavesARunWithoutImages)
+TEST_P(SpoolMethods, ACameraThatDoesNotStartLeavesTheEarlierRunAsItIs)
 {
   Open();
   ExpectCleanRun();
   const int threads = ThreadCount();
   SpoolTo(run_.Path(), GetParam());
-  AddFault("call VX_Command feature AcquisitionStart at 1 rc 37");
+  StartSeries(10);
+  Push(10);
+  ASSERT_TRUE(HasEnded());
+  AddFault("call VX_Command feature AcquisitionStart from 1 rc 37");
   EXPECT_EQ(StartAcquisition(), RC_FRAME_UNAVAILABLE);
-  EXPECT_EQ(run_.Text("run", "State"), "aborted");
+  EXPECT_EQ(run_.Text("run", "State"), "complete");
+  EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), 10u);
   EXPECT_TRUE(IsDirectoryFree());
   EXPECT_TRUE(Eventually([threads] { return ThreadCount() == threads; }));
 }

@@ -43,6 +43,7 @@ protected:
     allocationsLeft = allocations;
     try {
       TSpoolPipeline pipeline({run_.Path(), GetParam().method, 2}, GetParam().imageBytes, kImages);
+      pipeline.Begin();
       const bool isSpooled = Spool(pipeline);
       pipeline.Finish();
       failed_ = pipeline.HasFailed() || !isSpooled;

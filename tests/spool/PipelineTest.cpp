@@ -57,6 +57,7 @@ protected:
   {
     TSpoolPipeline pipeline({run_.Path(), GetParam().method, threads}, GetParam().imageBytes,
                             static_cast<std::uint32_t>(GetParam().images));
+    pipeline.Begin();
     for (int i = 0; i < GetParam().images; ++i)
       if (!pipeline.Spool(i, images_[static_cast<std::size_t>(i)].data())) break;
     pipeline.Finish();
@@ -187,6 +188,7 @@ protected:
     const std::string log = LoggedBy([&] {
       TSpoolPipeline pipeline({path, TSpoolLayout::kImagesTogether, 2}, image.size(),
                               static_cast<std::uint32_t>(images));
+      pipeline.Begin();
       for (int i = 0; i < images; ++i)
         if (!pipeline.Spool(i, image.data())) break;
       pipeline.Finish();
@@ -234,6 +236,7 @@ TEST_F(SpoolDirectories, ProgressShowsWithEachPieceOfAnImageAndOfAFile)
   constexpr std::size_t kPieces = 10;
   Image image(kPieces << 23);
   TSpoolPipeline pipeline({scratch_.Directory() + "/run", TSpoolLayout::kImagesTogether, 1}, image.size(), 1);
+  pipeline.Begin();
   std::vector<std::uint64_t> seen;
   disk_.beforeWrite = [&] { seen.push_back(pipeline.Progress()); };
   ASSERT_TRUE(pipeline.Spool(0, image.data()));

@@ -36,6 +36,7 @@ TEST_F(SpooledRun, PixelsAreNotTakenForATimestamp)
   TDispatchQueue_Spool queue(&ring);
   queue.SetRun({run_.Path(), TSpoolLayout::kImagesTogether}, 1);
   queue.Initialise(kBytes);
+  queue.Begin();
   unsigned char* const frame = ring.GetBuffer(1);
   std::memset(frame, 0, kBytes);
   std::memcpy(frame + kBytes - sizeof kIdentifierAndLength, kIdentifierAndLength.data(),

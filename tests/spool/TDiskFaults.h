@@ -30,6 +30,8 @@ public:
   /// Has @p call fail with @p error on files whose path ends with @p nameEnd, after as many calls as @p successes.
   void Fail(Call call, const std::string& nameEnd, int error, int successes = 0);
   void FailNothing();
+  /// Whether there is anything to ask ErrorOf() for, which takes memory.
+  bool FailsSometimes();
   /// The error that a call on an open file, or on the file of this path, is to fail with; 0 for none.
   int ErrorOf(Call call, int file);
   int ErrorOf(Call call, const std::string& path);
