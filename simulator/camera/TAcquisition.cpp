@@ -139,7 +139,8 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
     if (closed_) return VX_ERR_INVALID_HANDLE;
     if (!status_.plugged && !status_.IsPresent()) return VX_ERR_COMMUNICATION;
     if (!IsPaced() && MakeInstantFrame(*buffer, *sizeBytes)) return VX_SUCCESS;
-    if (!IsPaced() && MakeFrame(lock)) continue;
+    const bool madeFrame = !IsPaced() && MakeFrame(lock);
+    if (madeFrame && HasAnswer()) continue;
     if (timeoutMs == 0 || HasRunEnded(run)) return VX_ERR_TIMED_OUT;
 
     const TClock::time_point now = TClock::now();
@@ -150,6 +151,10 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
       deadline = now + limit;
     }
     if (now >= *deadline) return VX_ERR_TIMED_OUT;
+    if (madeFrame) { // and lost it to a fault rule
+      LetOthersIn(lock);
+      continue;
+    }
     const bool stalled = stalledUntil_ > now;
     ++waiters_;
     ++blockedWaits_;
@@ -570,6 +575,23 @@ void TAcquisition::WaitUntilPainted(TDeviceLock& lock)
   --holds_;
   work_.notify_all();
   changed_.notify_all();
+}
+
+/// Whether a wait has something to return at once.
+bool TAcquisition::HasAnswer()
+{
+  return overflow_ || !ready_.IsEmpty() || closed_ || !status_.IsPresent();
+}
+
+/// Gives callers that wait for the lock a turn.
+void TAcquisition::LetOthersIn(TDeviceLock& lock)
+{
+  ++waiters_;
+  lock.unlock();
+  std::this_thread::yield();
+  lock.lock();
+  --waiters_;
+  if (closed_) changed_.notify_all();
 }
 
 void TAcquisition::DiscardBuffers()

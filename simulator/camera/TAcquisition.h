@@ -106,6 +106,8 @@ private:
   /// Whether a run that was under way is over; false for kNoRun.
   bool HasRunEnded(uint32_t run) const { return run != kNoRun && (!state_.acquiring || runNumber_ != run); }
   void WaitUntilPainted(TDeviceLock& lock);
+  bool HasAnswer();
+  void LetOthersIn(TDeviceLock& lock);
   void DiscardBuffers();
   void Wake();
 

@@ -5,14 +5,19 @@
 #include "simulator/camera/TCameraModel.h"
 #include "simulator/config/TConfigurationText.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstdint>
-#include <fstream>
-#include <sstream>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace vxsim {
 
 namespace {
+
+constexpr off_t kMaxFileBytes = 16 * 1024 * 1024;
 
 /// One key of a camera section: its name, and how its text becomes a setting. False: the text is no good.
 struct TKey
@@ -244,6 +249,34 @@ bool ReadCameraCount(const std::vector<TConfigurationEntry>& entries, TSimulator
   return true;
 }
 
+/// Reads a regular file. Anything else is refused before it is read: a FIFO may block, a device may have no end.
+bool ReadWholeFile(const std::string& path, std::string& text, std::string& error)
+{
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+  if (descriptor < 0) {
+    error = "cannot be opened: " + std::generic_category().message(errno);
+    return false;
+  }
+  struct stat status
+  {
+  };
+  if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+    error = "is not a regular file";
+  else if (status.st_size > kMaxFileBytes)
+    error = "is larger than " + std::to_string(kMaxFileBytes) + " bytes";
+  else {
+    text.resize(static_cast<size_t>(status.st_size));
+    size_t length = 0;
+    ssize_t got = 0;
+    while (length < text.size() && (got = read(descriptor, text.data() + length, text.size() - length)) > 0)
+      length += static_cast<size_t>(got);
+    text.resize(length);
+    if (got < 0) error = "cannot be read: " + std::generic_category().message(errno);
+  }
+  close(descriptor);
+  return error.empty();
+}
+
 } // namespace
 
 TSimulatorConfiguration TSimulatorConfiguration::BuiltIn()
@@ -276,13 +309,8 @@ bool TSimulatorConfiguration::Parse(const std::string& text, TSimulatorConfigura
 bool TSimulatorConfiguration::Load(const std::string& path, TSimulatorConfiguration& configuration,
                                    std::string& error)
 {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (!file || !(text << file.rdbuf())) {
-    error = path + ": cannot be read, or is empty";
-    return false;
-  }
-  if (Parse(text.str(), configuration, error)) return true;
+  std::string text;
+  if (ReadWholeFile(path, text, error) && Parse(text, configuration, error)) return true;
   error = path + ": " + error;
   return false;
 }

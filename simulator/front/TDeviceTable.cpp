@@ -146,7 +146,8 @@ int TDeviceTable::LoadBackends(std::string& error)
 {
   if (simulated_) return VX_SUCCESS;
   TSimulatorConfiguration configuration = TSimulatorConfiguration::BuiltIn();
-  const char* path = std::getenv(kConfigurationVariable); // NOLINT(concurrency-mt-unsafe): nothing here sets it
+  // A privileged process reads no file of its caller's choice: error messages repeat what is in it.
+  const char* path = secure_getenv(kConfigurationVariable); // NOLINT(concurrency-mt-unsafe): nothing here sets it
   if (configurationText_) {
     if (!TSimulatorConfiguration::Parse(*configurationText_, configuration, error)) return VX_ERR_CONFIGURATION;
   } else if (path && *path) {

@@ -93,6 +93,19 @@ TEST_F(SimulatorAcquisition, TimestampsFollowFrameRateAndBurstRate)
   EXPECT_GE(camera.Int(L"TimestampClock"), ticks.back());
 }
 
+TEST_F(SimulatorAcquisition, TimestampsAreExactAfterAThousandSecondsAndMore)
+{
+  Configure(kFree);
+  OpenCamera camera;
+  EXPECT_EQ(camera.Command(L"TimestampClockReset"), VX_SUCCESS);
+  long long expected = 0;
+  for (const double seconds : {0.25, 1000.0, 1e6}) {
+    EXPECT_EQ(VXSIM_AdvanceTime(0, seconds), VX_SUCCESS);
+    expected += static_cast<long long>(seconds * 100e6);
+    EXPECT_EQ(camera.Int(L"TimestampClock"), expected);
+  }
+}
+
 TEST_F(SimulatorAcquisition, SoftwareTriggersMakeOneFrameEach)
 {
   Configure(kFree);
@@ -233,6 +246,23 @@ TEST_F(SimulatorAcquisition, RealCameraOverflowsWhenNobodyQueuesBuffers)
   camera.Start();
   EXPECT_EQ(camera.Wait(10000), VX_ERR_HARDWARE_OVERFLOW);
   EXPECT_GE(camera.Statistics().framesOverflowed, 1U);
+}
+
+TEST_F(SimulatorAcquisition, FramesInMemoryAfterTheLastExposureGoIntoBuffersThatAreQueuedLater)
+{
+  Configure(kReal);
+  OpenCamera camera;
+  camera.SetArea(32, 1);
+  camera.Set(L"ExposureTime", 0.0001);
+  camera.Set(L"FrameCount", 3LL);
+  camera.Start();
+  ASSERT_TRUE(Eventually([&] { return camera.Statistics().framesProduced == 3; }));
+  for (uint64_t number = 1; number <= 3; ++number) {
+    EXPECT_EQ(camera.Wait(10), VX_ERR_TIMED_OUT); // the camera has nothing to do but to wait for a buffer
+    camera.QueueBuffers(1);
+    ASSERT_EQ(camera.Wait(10000), VX_SUCCESS);
+    EXPECT_EQ(camera.FrameNumber(), number);
+  }
 }
 
 TEST_F(SimulatorAcquisition, FixedCycleWithFramesInMemoryEndsOnlyWhenTheyAreDelivered)

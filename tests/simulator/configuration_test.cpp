@@ -3,8 +3,22 @@
 #include "tests/simulator/SimulatedCameraTest.h"
 #include "tests/support/TScratchDirectory.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cwchar>
+#include <filesystem>
+
+namespace {
+
+std::atomic<bool> isPrivileged{false};
+
+} // namespace
+
+/// Takes the C library's place, so that a test can be a process that is privileged.
+__attribute__((visibility("default"))) char* secure_getenv(const char* name) noexcept
+{
+  return isPrivileged ? nullptr : std::getenv(name); // NOLINT(concurrency-mt-unsafe)
+}
 
 namespace {
 
@@ -119,10 +133,24 @@ TEST_F(SimulatorConfiguration, BadFileMakesInitialisationFail)
     EXPECT_NE(testing::internal::GetCapturedStderr().find("[Camera0] Clock"), std::string::npos);
     EXPECT_EQ(VXSIM_GetInitialiseCount(), 0);
   }
-  setenv("VXCORE_CONFIG", "/nowhere/at/all.ini", 1);
-  EXPECT_EQ(VX_InitialiseLibrary(), VX_ERR_CONFIGURATION);
+  const TScratchDirectory directory;
+  const std::string large = directory.File("");
+  std::filesystem::resize_file(large, 16 * 1024 * 1024 + 1);
+  const std::pair<std::string, const char*> places[] = {{directory.Missing(), "cannot be opened"},
+                                                        {directory.Fifo(), "is not a regular file"},
+                                                        {directory.Directory(), "is not a regular file"},
+                                                        {"/dev/zero", "is not a regular file"},
+                                                        {large, "is larger than"}};
+  for (const auto& [path, message] : places) {
+    setenv("VXCORE_CONFIG", path.c_str(), 1);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(VX_InitialiseLibrary(), VX_ERR_CONFIGURATION);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(path + ": " + message), std::string::npos) << message;
+  }
+  isPrivileged = true;
+  EXPECT_EQ(VX_InitialiseLibrary(), VX_SUCCESS); // looked at no file
+  isPrivileged = false;
   unsetenv("VXCORE_CONFIG");
-  EXPECT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
 }
 
 TEST_F(SimulatorConfiguration, NoCameraMayBeAttached)

@@ -118,7 +118,7 @@ TEST_F(SimulatorFaults, FramesAreDroppedShortenedAndLengthened)
   AddFault("frame 4 oversize 64");
   std::vector<std::pair<uint64_t, size_t>> seen;
   for (int i = 0; i < 4; ++i) {
-    ASSERT_EQ(camera->Wait(), VX_SUCCESS);
+    ASSERT_EQ(camera->Wait(10000), VX_SUCCESS);
     vxsim::TFrameStamp stamp;
     std::memcpy(&stamp, camera->frame.data(), sizeof stamp);
     seen.emplace_back(stamp.frameNumber, camera->frame.size());
@@ -126,6 +126,23 @@ TEST_F(SimulatorFaults, FramesAreDroppedShortenedAndLengthened)
   EXPECT_EQ(seen, (std::vector<std::pair<uint64_t, size_t>>{{1, 64}, {3, 16}, {4, 128}, {5, 64}}));
   EXPECT_EQ(camera->Statistics().framesDropped, 1U);
   EXPECT_EQ(VXSIM_GetFaultsFired(), 3U);
+}
+
+TEST_F(SimulatorFaults, WaitEndsInTimeWhenEveryFrameIsDroppedAndLetsOthersIn)
+{
+  StartCamera();
+  AddFault("frame any drop");
+  EXPECT_EQ(camera->Wait(), VX_ERR_TIMED_OUT);
+  EXPECT_EQ(camera->Statistics().framesDropped, 1U);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(camera->Wait(30), VX_ERR_TIMED_OUT);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
+
+  const uint64_t before = camera->Statistics().framesDropped;
+  std::thread waiter([this] { EXPECT_EQ(camera->Wait(VX_INFINITE), VX_SUCCESS); });
+  EXPECT_TRUE(Eventually([&] { return camera->Statistics().framesDropped > before + 100; }));
+  VXSIM_ClearFaults();
+  waiter.join();
 }
 
 TEST_F(SimulatorFaults, BuffersAreSwappedNullForeignAndRepeated)
