@@ -54,7 +54,7 @@ WritingCost writeThroughParts(const std::string& directory, const TSpoolLayout& 
   double longest = 0;
   TSpoolFault fault;
   TSpoolIndex index(&fault);
-  TSpoolFileSpooler files(&fault);
+  TSpoolFileSpooler files(&fault, &index);
   files.SetDirectory(directory);
   files.SetStem(L"spool");
   files.SetVolume(volume);

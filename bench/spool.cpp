@@ -121,12 +121,11 @@ void methods(benchmark::State& state)
   runRounds(state, contest);
 }
 
-/// A way of putting the library's parts together. Not mapped is from staging memory.
+/// A way of putting the library's parts together.
 struct Variant
 {
   const char* name;
   TSpoolLayout::Way way;
-  bool mapped;
   bool direct;
   bool filePerImage = false;
   std::uint32_t blockBytes = 0; // 0: as the library chooses
@@ -142,7 +141,7 @@ void variants(benchmark::State& state, Geometry geometry, const std::vector<Vari
     TSpoolVolume volume = able;
     volume.writesDirectly = able.writesDirectly && variant.direct;
     TSpoolLayout layout = TSpoolLayout::Choose(variant.filePerImage ? kImagePerFile : kImagesTogether,
-                                               geometry.frameBytes(), static_cast<std::uint32_t>(count), volume);
+                                               geometry.frameBytes(), static_cast<std::uint32_t>(count));
     if (layout.way == TSpoolLayout::kBlocks && variant.way != TSpoolLayout::kBlocks) {
       layout.placesPerFile *= layout.imagesPerPlace;
       layout.imagesPerPlace = 1;
@@ -153,7 +152,6 @@ void variants(benchmark::State& state, Geometry geometry, const std::vector<Vari
       layout.placesPerFile /= layout.imagesPerPlace;
     }
     layout.way = variant.way;
-    layout.mapped = variant.mapped;
     contest.add(variant.name, [&frames, layout, volume, count](const std::string& path) {
       return writeThroughParts(path, layout, volume, frames, count);
     });
@@ -237,20 +235,17 @@ void registerRounds(const std::string& name, int rounds, const std::function<voi
 }
 
 const std::vector<Variant> kLargeVariants{
-    {"threaded_direct", TSpoolLayout::kThreaded, false, true},
-    {"threaded_buffered", TSpoolLayout::kThreaded, false, false},
-    {"threaded_mapped", TSpoolLayout::kThreaded, true, false},
-    {"queued_direct", TSpoolLayout::kQueued, false, true},
-    {"threaded_direct_file_each", TSpoolLayout::kThreaded, false, true, true},
-    {"queued_direct_file_each", TSpoolLayout::kQueued, false, true, true},
+    {"threaded_direct", TSpoolLayout::kThreaded, true},
+    {"threaded_buffered", TSpoolLayout::kThreaded, false},
+    {"queued_direct", TSpoolLayout::kQueued, true},
+    {"threaded_direct_file_each", TSpoolLayout::kThreaded, true, true},
+    {"queued_direct_file_each", TSpoolLayout::kQueued, true, true},
 };
 const std::vector<Variant> kSmallVariants{
-    {"blocks_direct", TSpoolLayout::kBlocks, false, true},
-    {"blocks_mapped", TSpoolLayout::kBlocks, true, false},
-    {"blocks_buffered", TSpoolLayout::kBlocks, false, false},
-    {"blocks_direct_1_MiB", TSpoolLayout::kBlocks, false, true, false, 1 << 20},
-    {"threaded_mapped", TSpoolLayout::kThreaded, true, false},
-    {"threaded_direct", TSpoolLayout::kThreaded, false, true},
+    {"blocks_direct", TSpoolLayout::kBlocks, true},
+    {"blocks_buffered", TSpoolLayout::kBlocks, false},
+    {"blocks_direct_1_MiB", TSpoolLayout::kBlocks, true, false, 1 << 20},
+    {"threaded_direct", TSpoolLayout::kThreaded, true},
 };
 
 } // namespace

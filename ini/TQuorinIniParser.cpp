@@ -84,10 +84,17 @@ unsigned int TQuorinIniParser::SaveIni(const char* fileName) const
 {
   if (document_->ini.IsEmpty()) return INI_NOT_LOADED;
   if (!fileName) return INI_NULL_FILE_NAME;
+  std::string text; // whole before the file is touched
+  const unsigned int result = SaveText(text);
+  if (result != INI_OK) return result;
+  return WriteFile(fileName, text) ? INI_OK : INI_FAILED;
+}
+
+unsigned int TQuorinIniParser::SaveText(std::string& text) const
+{
+  if (document_->ini.IsEmpty()) return INI_NOT_LOADED;
   try {
-    std::string text; // whole before the file is touched
-    if (document_->ini.Save(text, kWithSignature) < 0) return INI_FAILED;
-    return WriteFile(fileName, text) ? INI_OK : INI_FAILED;
+    return document_->ini.Save(text, kWithSignature) < 0 ? INI_FAILED : INI_OK;
   } catch (const std::exception&) { // no memory
     return INI_FAILED;
   }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 namespace QuorinUtility {
 
@@ -37,6 +38,8 @@ public:
   unsigned int LoadIni(const char* fileName);
   /// Writes the document with a UTF-8 byte-order mark in front. On INI_FAILED the file may be incomplete.
   unsigned int SaveIni(const char* fileName) const;
+  /// The text that SaveIni() writes.
+  unsigned int SaveText(std::string& text) const;
   /// Empties a loaded document.
   unsigned int ResetIni();
 

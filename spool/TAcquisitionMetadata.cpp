@@ -3,11 +3,13 @@
 #include "spool/TAcquisitionMetadata.h"
 
 #include "ini/text_double.h"
+#include "spool/file_writing.h"
 #include "spool/TFileDescriptor.h"
 #include "utility/TQuorinFilePath.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -37,11 +39,34 @@ struct TEntry
 constexpr TEntry kImagesPerFile{"multiimage", "ImagesPerFile"};
 constexpr TEntry kImageSize{"data", "ImageSize"};
 
-/// Makes what was written to a file or directory outlast a power failure.
-bool Sync(const std::string& name)
+/// Makes what was written to a directory outlast a power failure, where the file system knows a way. 0 or an errno
+/// value.
+int SyncDirectory(const std::string& name)
 {
-  const TFileDescriptor file(::open(name.c_str(), O_RDONLY | O_CLOEXEC));
-  return file.IsOpen() && ::fsync(file.Get()) == 0;
+  const TFileDescriptor directory(::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!directory.IsOpen()) return errno;
+  return ::fsync(directory.Get()) == 0 || IsUnsupported(errno) ? 0 : errno;
+}
+
+/// Makes @p text the content of an open file and brings it to the disk. 0 or an errno value.
+int Fill(int file, const std::string& text)
+{
+  if (const int error = WriteAll(file, text.data(), text.size(), 0)) return error;
+  return ::ftruncate(file, static_cast<off_t>(text.size())) == 0 && ::fsync(file) == 0 ? 0 : errno;
+}
+
+/// Gives a file without a name one.
+int Link(int file, const std::string& name)
+{
+  const std::string open = "/proc/self/fd/" + std::to_string(file);
+  return ::linkat(AT_FDCWD, open.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
+}
+
+/// Makes a file of that content. 0 or an errno value.
+int Make(const std::string& name, const std::string& text)
+{
+  const TFileDescriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  return file.IsOpen() ? Fill(file.Get(), text) : errno;
 }
 
 /// The directory's path with a slash at its end.
@@ -128,6 +153,11 @@ int TAcquisitionMetadata::SetImageSizeBytes(unsigned int imageSizeBytes)
 
 int TAcquisitionMetadata::SaveFile(const char* directory) const
 {
+  return SaveFile(directory, -1);
+}
+
+int TAcquisitionMetadata::SaveFile(const char* directory, int reserved) const
+{
   if (!directory) {
     TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
                                   "TAcquisitionMetadata: SaveFile - _sz_filePath cannot be NULL\n");
@@ -135,17 +165,27 @@ int TAcquisitionMetadata::SaveFile(const char* directory) const
   }
   const std::string folder = WithDelimiter(directory);
   const std::string fileName = folder + mpsz_iniFilename;
-  const std::string temporary = fileName + kTemporarySuffix;
-  ::unlink(temporary.c_str()); // whatever it is, a link to another file for one
-  if (parser_.SaveIni(temporary.c_str()) == TQuorinIniParser::INI_OK && Sync(temporary) &&
-      std::rename(temporary.c_str(), fileName.c_str()) == 0) {
-    Sync(folder); // not every file system can; the file is whole in any case
-    return kOk;
-  }
-  ::unlink(temporary.c_str());
+  const int error = Replace(folder, fileName, reserved);
+  if (error == 0) return kOk;
   TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
                                 "TAcquisitionMetadata: SaveFile - Failed to save file %s\n", fileName.c_str());
+  errno = error;
   return kFailed;
+}
+
+int TAcquisitionMetadata::Replace(const std::string& folder, const std::string& fileName, int reserved) const
+{
+  std::string text;
+  if (parser_.SaveText(text) != TQuorinIniParser::INI_OK) return ENOMEM;
+  const std::string temporary = fileName + kTemporarySuffix;
+  ::unlink(temporary.c_str()); // whatever it is, a link to another file for one
+  int error = reserved < 0 ? ENOENT : Fill(reserved, text);
+  if (error == 0) error = Link(reserved, temporary);
+  if (error != 0) error = Make(temporary, text); // there may be no /proc
+  if (error == 0 && std::rename(temporary.c_str(), fileName.c_str()) != 0) error = errno;
+  if (error == 0) return SyncDirectory(folder);
+  ::unlink(temporary.c_str());
+  return error;
 }
 
 int TAcquisitionMetadata::LoadFile(const char* directory)

@@ -22,8 +22,12 @@ public:
   int SetImageSizeBytes(unsigned int imageSizeBytes);
 
   /// Replaces the file in @p directory: whoever looks, even after a power failure, finds the file of before or the
-  /// whole new one. Waits for the disk. Fails while nothing has been set.
+  /// whole new one. Waits for the disk. Fails while nothing has been set. On failure errno says why; the file is
+  /// then as it was, except that a directory that cannot be synced may have the new one.
   int SaveFile(const char* directory) const;
+  /// As SaveFile(), but in place of making a file uses @p reserved, a file without a name in @p directory, open for
+  /// writing, whose blocks have been set aside: that needs no more room on the disk. -1 for none.
+  int SaveFile(const char* directory, int reserved) const;
   /// Reads the file into an empty object; one that holds something stays as it is, which counts as success.
   int LoadFile(const char* directory);
 
@@ -43,6 +47,7 @@ public:
   int GetBoolean(const char* section, const char* key, bool& value) const;
 
 private:
+  int Replace(const std::string& folder, const std::string& fileName, int reserved) const;
   std::string constructFilename(const char* directory) const;
   bool ReadCount(const char* section, const char* key, unsigned int& count) const;
 

@@ -7,7 +7,6 @@
 #include "spool/TSpoolQueue.h"
 #include "vxcore.h"
 
-#include <cerrno>
 #include <string>
 
 using QuorinUtility::TQuorinWorkThread;
@@ -37,7 +36,7 @@ void TSlotReturnTask::Run()
   const TSpoolFileData end;
   for (TSpoolFileData data = reuseQueue_->Retrieve(); !(data == end); data = reuseQueue_->Retrieve()) {
     if (data.error != 0) {
-      if (!fault_->IsRaised()) fault_->Raise("cannot write image", std::to_string(data.index + 1), EIO);
+      if (!fault_->IsRaised()) fault_->Raise("cannot write image", std::to_string(data.index + 1), 0);
       inputQueue_->Abort();
     }
     VX_QueueBuffer(CurrentCoreHandle(), data.buffer, data.sizeBytes);

@@ -12,6 +12,8 @@
 #include "utility/library_version.h"
 #include "vxcore.h"
 
+#include <cerrno>
+
 namespace {
 
 constexpr int kFormat = 1;
@@ -115,7 +117,10 @@ void TSpoolDescription::Gather(int method, std::uint32_t seriesLength)
 bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& layout)
 {
   directory_ = directory;
-  if (CheckFileSizeLimit(kMostBytes) != 0) return false;
+  if (const int error = CheckFileSizeLimit(kMostBytes)) {
+    errno = error;
+    return false;
+  }
   int failed = metadata_.SetImagesPerFile(layout.ImagesPerFile());
   failed |= metadata_.SetImageSizeBytes(static_cast<unsigned int>(layout.imageSizeBytes));
   failed |= metadata_.SetInteger(Section::kRun, "Format", kFormat);
@@ -126,10 +131,11 @@ bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& 
   failed |= metadata_.SetInteger(Section::kRun, "Method", method_);
   failed |= metadata_.SetText(Section::kRun, "Library", LibraryVersion::kText);
   failed |= metadata_.SetText(Section::kRun, "StartTime", UtcText(HostTimeNs()));
+  errno = EINVAL; // if a key was refused
   return !failed && metadata_.SaveFile(directory_.c_str()) == 0;
 }
 
-bool TSpoolDescription::End(const TOutcome& outcome)
+bool TSpoolDescription::End(const TOutcome& outcome, int reserved)
 {
   int failed = metadata_.SetText(Section::kRun, "State", StateText(outcome));
   failed |= metadata_.SetBoolean(Section::kRun, "Completed", outcome.completed);
@@ -139,5 +145,6 @@ bool TSpoolDescription::End(const TOutcome& outcome)
     failed |= metadata_.SetText(Section::kRun, "FirstFrameTime", UtcText(*outcome.firstFrameTimeNs));
   if (outcome.firstFrameTick)
     failed |= metadata_.SetInteger(Section::kRun, "FirstFrameTick", *outcome.firstFrameTick);
-  return !failed && metadata_.SaveFile(directory_.c_str()) == 0;
+  errno = EINVAL;
+  return !failed && metadata_.SaveFile(directory_.c_str(), reserved) == 0;
 }

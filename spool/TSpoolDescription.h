@@ -30,11 +30,12 @@ public:
 
   /// Takes the settings of the camera that is current, as far as it answers.
   void Gather(int method, std::uint32_t seriesLength);
-  /// Describes the run that begins. Returns false when anything but a setting of the camera is missing or the file
-  /// could not be written.
+  /// Describes the run that begins. Returns false, with the reason in errno, when anything but a setting of the camera
+  /// is missing or the file could not be written.
   bool Begin(const std::string& directory, const TSpoolLayout& layout);
-  /// Completes the description. Returns false when that failed; the file is then as it was.
-  bool End(const TOutcome& outcome);
+  /// Completes the description, in the file @p reserved as TAcquisitionMetadata::SaveFile() has it. Returns false,
+  /// with the reason in errno, when that failed.
+  bool End(const TOutcome& outcome, int reserved);
 
 private:
   int method_ = 0;

@@ -15,7 +15,8 @@ void TSpoolFault::Raise(const char* what, const std::string& name, int error) no
   const std::lock_guard lock(mutex_); // who sees the failure waits for its text
   const bool isFirst = !raised_.exchange(true, std::memory_order_acq_rel);
   try {
-    std::string text = std::string(what) + " " + name + ": " + std::generic_category().message(error);
+    std::string text = std::string(what) + " " + name;
+    if (error != 0) text += ": " + std::generic_category().message(error);
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s", text.c_str());
     if (isFirst) text_ = std::move(text);
   } catch (const std::exception&) {

@@ -11,7 +11,8 @@
 class TSpoolFault final
 {
 public:
-  /// Keeps "<what> <name>: <text of errno value>" unless there is a failure already, and logs every one.
+  /// Keeps "<what> <name>: <text of errno value>" unless there is a failure already, and logs every one. Without the
+  /// last part where there is no errno value, 0.
   /// Where there is no memory for that, the failure counts all the same.
   void Raise(const char* what, const std::string& name, int error) noexcept;
 

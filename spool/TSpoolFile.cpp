@@ -7,12 +7,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
 
 constexpr std::size_t kAlignment = TSpoolVolume::kAlignment;
+
+// Smaller files are synced at once after they are written, which costs the same again for an unbuffered write.
+constexpr std::uint64_t kDirectFileBytes = std::uint64_t{256} << 10;
 
 std::size_t BytesToAlignment(std::uint64_t offset)
 {
@@ -26,15 +30,10 @@ bool IsAlignedAlike(const unsigned char* data, std::uint64_t offset)
 
 } // namespace
 
-TSpoolFile::TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes,
+TSpoolFile::TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes, std::uint64_t usedBytes,
                        std::atomic<std::uint64_t>* progress)
-    : path_(std::move(path)), number_(number), sizeBytes_(sizeBytes), progress_(progress)
+    : path_(std::move(path)), number_(number), sizeBytes_(sizeBytes), usedBytes_(usedBytes), progress_(progress)
 {
-}
-
-TSpoolFile::~TSpoolFile()
-{
-  if (memory_) munmap(memory_, sizeBytes_);
 }
 
 int TSpoolFile::Create(const TSpoolVolume& volume)
@@ -47,25 +46,23 @@ int TSpoolFile::Create(const TSpoolVolume& volume)
     unlink(path_.c_str());
     return error;
   }
-  if (volume.writesDirectly) direct_ = TFileDescriptor(open(path_.c_str(), O_WRONLY | O_DIRECT | O_CLOEXEC));
+  if (volume.writesDirectly && sizeBytes_ >= kDirectFileBytes)
+    direct_ = TFileDescriptor(open(path_.c_str(), O_WRONLY | O_DIRECT | O_CLOEXEC));
   return 0;
 }
 
-// Where blocks cannot be set aside the file only gets its size; nobody maps such a file.
+// The end of the last file may be a hole: a series that fits on the disk must not be refused for what it never writes.
 int TSpoolFile::Preallocate(const TSpoolVolume& volume)
 {
-  const auto size = static_cast<off_t>(sizeBytes_);
-  if (!volume.preallocates) return ftruncate(file_.Get(), size) == 0 ? 0 : errno;
-  while (fallocate(file_.Get(), 0, 0, size) != 0)
+  if (ftruncate(file_.Get(), static_cast<off_t>(sizeBytes_)) != 0) return errno;
+  while (volume.preallocates && fallocate(file_.Get(), 0, 0, static_cast<off_t>(usedBytes_)) != 0)
     if (errno != EINTR) return errno;
   return 0;
 }
 
 int TSpoolFile::Close()
 {
-  int error = 0;
-  if (memory_) munmap(std::exchange(memory_, nullptr), sizeBytes_);
-  if (sizeBytes_ >= kLargeFileBytes) error = Sync();
+  int error = Sync();
   // Nobody is about to read the file, and pages in the cache count as memory that is missing for the next ring.
   if (error == 0) posix_fadvise(file_.Get(), 0, 0, POSIX_FADV_DONTNEED);
   direct_.Close();
@@ -73,12 +70,22 @@ int TSpoolFile::Close()
   return error;
 }
 
-// In pieces, so that a slow disk is seen to make progress. Each call reports an error once only.
 int TSpoolFile::Sync()
 {
+  const std::lock_guard lock(syncMutex_);
+  const std::uint32_t images = writtenImages_;
+  if (syncError_ != 0 || images == syncedImages_) return syncError_;
+  syncError_ = SyncPieces();
+  if (syncError_ == 0) syncedImages_ = images;
+  return syncError_;
+}
+
+// In pieces, so that a slow disk is seen to make progress. Each call reports an error once only.
+int TSpoolFile::SyncPieces()
+{
   int error = 0;
-  for (std::uint64_t offset = 0; offset < sizeBytes_; offset += kPieceBytes) {
-    const auto size = static_cast<off_t>(std::min(kPieceBytes, sizeBytes_ - offset));
+  for (std::uint64_t offset = 0; offset < usedBytes_; offset += kPieceBytes) {
+    const auto size = static_cast<off_t>(std::min(kPieceBytes, usedBytes_ - offset));
     constexpr unsigned int kWait =
         SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
     if (sync_file_range(file_.Get(), static_cast<off_t>(offset), size, kWait) != 0 && error == 0) error = errno;
@@ -89,16 +96,16 @@ int TSpoolFile::Sync()
   return error;
 }
 
-int TSpoolFile::Lock(unsigned char*& destination)
+bool TSpoolFile::IsAsMade() const
 {
-  const std::lock_guard lock(mutex_);
-  if (!memory_) {
-    void* const memory = mmap(nullptr, sizeBytes_, PROT_READ | PROT_WRITE, MAP_SHARED, file_.Get(), 0);
-    if (memory == MAP_FAILED) return errno;
-    memory_ = static_cast<unsigned char*>(memory);
-  }
-  destination = memory_;
-  return 0;
+  struct stat status = {};
+  return fstat(file_.Get(), &status) == 0 && status.st_nlink > 0 &&
+         static_cast<std::uint64_t>(status.st_size) == sizeBytes_;
+}
+
+int TSpoolFile::Lock(unsigned char*& /*destination*/)
+{
+  return ENOTSUP;
 }
 
 int TSpoolFile::WritePieces(int file, const unsigned char* data, std::size_t size, std::uint64_t offset)
@@ -129,10 +136,11 @@ int TSpoolFile::Write(const unsigned char* data, std::size_t size, std::uint64_t
   return error;
 }
 
-// What could not be begun early is done by Close(), which also reports what fails.
-void TSpoolFile::PartDone(std::uint64_t offset, std::uint64_t size)
+// The number comes last: it decides what a sync may count as being on the disk.
+void TSpoolFile::ImagesWritten(std::uint32_t images, std::uint64_t offset, std::uint64_t size)
 {
-  if (!direct_.IsOpen())
+  writtenBytes_ += size;
+  if (!direct_.IsOpen() && !IsFull()) // what could not be begun early is done by Sync(), which reports failures
     sync_file_range(file_.Get(), static_cast<off_t>(offset), static_cast<off_t>(size), SYNC_FILE_RANGE_WRITE);
-  doneBytes_ += size;
+  writtenImages_ += images;
 }

@@ -2,23 +2,28 @@
 // Makes, hands out and closes the files of a spooled run.
 #include "spool/TSpoolFileSpooler.h"
 
-#include "spool/TFileDescriptor.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
-#include "spool/TSpoolFileCloser.h"
+#include "spool/TSpoolIndex.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <dirent.h>
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
 
+using QuorinUtility::TQuorinWorkThread;
+
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kSyncPeriod{1};
 constexpr std::size_t kNumberDigits = 10;
 constexpr const char* kExtension = ".dat";
 
@@ -49,12 +54,15 @@ struct TCloseDirectory
 
 } // namespace
 
-TSpoolFileSpooler::TSpoolFileSpooler(TSpoolFault* fault)
-    : fault_(fault), closer_(std::make_unique<TSpoolFileCloser>(fault))
+TSpoolFileSpooler::TSpoolFileSpooler(TSpoolFault* fault, TSpoolIndex* index)
+    : fault_(fault), index_(index), thread_(this, TQuorinWorkThread::eNormalPriority, "vxmcd-sync")
 {
 }
 
-TSpoolFileSpooler::~TSpoolFileSpooler() = default;
+TSpoolFileSpooler::~TSpoolFileSpooler()
+{
+  Finish();
+}
 
 int TSpoolFileSpooler::SetImageSizeBytes(std::uint64_t sizeBytes)
 {
@@ -82,49 +90,143 @@ int TSpoolFileSpooler::OpenImage(unsigned int index, int /*mode*/, IImage*& imag
     image = open->second.get();
     return 0;
   }
-  auto file = std::make_unique<TSpoolFile>(PathOf(index), index, fileBytes_, &progress_);
+  const std::uint64_t begin = fileBytes_ * index;
+  const std::uint64_t used = runBytes_ > begin ? std::min(fileBytes_, runBytes_ - begin) : fileBytes_;
+  auto file = std::make_unique<TSpoolFile>(PathOf(index), index, fileBytes_, used, &progress_);
+  if (syncedImages_.size() <= index) syncedImages_.resize(std::size_t{index} + 1);
+  const auto entry = files_.emplace(index, nullptr).first; // before the file is there: nothing can fail then
   if (const int error = file->Create(volume_)) {
+    files_.erase(entry);
     fault_->Raise("cannot create", file->Path(), error);
     return error;
   }
   ++progress_;
   image = file.get();
-  files_.emplace(index, std::move(file));
-  made_ = std::max(made_, index + 1);
+  entry->second = std::move(file);
   return 0;
 }
 
 int TSpoolFileSpooler::CloseImage(IImage* image)
 {
-  std::unique_ptr<TSpoolFile> file;
+  std::unique_lock lock(mutex_);
+  const auto open = std::find_if(files_.begin(), files_.end(),
+                                 [image](const auto& entry) { return entry.second.get() == image; });
+  if (open == files_.end()) return EINVAL;
+  if (!open->second->IsFull()) return 0;
+  changed_.wait(lock, [this] { return !full_; }); // other entries may come and go meanwhile
+  full_ = std::move(open->second);
+  files_.erase(open);
+  if (thread_.IsCreated()) {
+    changed_.notify_all();
+    return 0;
+  }
+  const std::unique_ptr<TSpoolFile> file = std::move(full_);
+  lock.unlock();
+  Close(*file);
+  return 0;
+}
+
+// Takes no memory: an exception would end the thread, and whoever closes the next file would wait without end.
+void TSpoolFileSpooler::Run()
+{
+  auto nextSync = Clock::now() + kSyncPeriod;
+  std::unique_lock lock(mutex_);
+  while (full_ || !finishing_) {
+    changed_.wait_until(lock, nextSync, [this] { return full_ || finishing_; });
+    TSpoolFile* const full = full_.get();
+    const bool isTime = Clock::now() >= nextSync;
+    lock.unlock();
+    if (full) Close(*full);
+    if (isTime) SyncOpenFiles();
+    if (isTime || (full && full->IsLarge())) {
+      SyncIndex();
+      nextSync = Clock::now() + kSyncPeriod;
+    }
+    lock.lock();
+    if (full) full_.reset();
+    changed_.notify_all();
+  }
+}
+
+// They cannot go meanwhile: they are closed on this thread, or after it has ended.
+void TSpoolFileSpooler::SyncOpenFiles()
+{
+  for (unsigned int next = 0;;) {
+    TSpoolFile* file = nullptr;
+    {
+      const std::lock_guard lock(mutex_);
+      const auto entry = files_.lower_bound(next);
+      if (entry == files_.end()) return;
+      file = entry->second.get();
+    }
+    if (const int error = file->Sync()) fault_->Raise("cannot write", file->Path(), error);
+    CountImages(*file);
+    next = file->Number() + 1;
+  }
+}
+
+// What counts as being on the disk has its record in the index before.
+void TSpoolFileSpooler::SyncIndex()
+{
+  std::uint64_t images = 0;
   {
     const std::lock_guard lock(mutex_);
-    const auto open = std::find_if(files_.begin(), files_.end(),
-                                   [image](const auto& entry) { return entry.second.get() == image; });
-    if (open == files_.end()) return EINVAL;
-    if (!open->second->IsFull()) return 0;
-    file = std::move(open->second);
-    files_.erase(open);
+    images = imagesInSyncedFiles_;
   }
-  closer_->Close(std::move(file));
-  return 0;
+  if (!index_->Sync()) return;
+  const std::lock_guard lock(mutex_);
+  imagesOnDisk_ = images;
+}
+
+void TSpoolFileSpooler::Close(TSpoolFile& file)
+{
+  if (!file.IsAsMade()) fault_->Raise("somebody has removed or truncated", file.Path(), 0);
+  if (const int error = file.Close()) fault_->Raise("cannot write", file.Path(), error);
+  CountImages(file);
+}
+
+void TSpoolFileSpooler::CountImages(const TSpoolFile& file)
+{
+  const std::lock_guard lock(mutex_);
+  const std::uint32_t images = file.SyncedImages();
+  imagesInSyncedFiles_ += images - std::exchange(syncedImages_[file.Number()], images);
 }
 
 void TSpoolFileSpooler::Finish()
 {
-  const std::lock_guard lock(mutex_);
-  for (auto& [number, file] : files_) closer_->Close(std::move(file));
+  {
+    const std::lock_guard lock(mutex_);
+    if (finishing_) return;
+    finishing_ = true;
+  }
+  changed_.notify_all();
+  thread_.WaitForCompletion();
+  for (const auto& [number, file] : files_) Close(*file);
   files_.clear();
-  closer_.reset();
+  SyncIndex();
+  CheckFiles();
 }
 
-void TSpoolFileSpooler::LeavePageCache()
+// Files may have gone since they were closed.
+void TSpoolFileSpooler::CheckFiles()
 {
   const std::lock_guard lock(mutex_);
-  for (unsigned int number = 0; number < made_; ++number) {
-    const TFileDescriptor file(open(PathOf(number).c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.IsOpen()) posix_fadvise(file.Get(), 0, 0, POSIX_FADV_DONTNEED);
+  for (unsigned int number = 0; number < syncedImages_.size(); ++number) {
+    struct stat status = {};
+    if (syncedImages_[number] == 0) continue;
+    const std::string path = PathOf(number);
+    if (lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+        static_cast<std::uint64_t>(status.st_size) == fileBytes_)
+      continue;
+    fault_->Raise("somebody has removed or truncated", path, 0);
+    imagesOnDisk_ -= std::min<std::uint64_t>(imagesOnDisk_, syncedImages_[number]);
   }
+}
+
+std::uint64_t TSpoolFileSpooler::ImagesOnDisk()
+{
+  const std::lock_guard lock(mutex_);
+  return imagesOnDisk_;
 }
 
 // Not with std::filesystem, whose iterator ends the program when it finds no memory.

@@ -1,36 +1,45 @@
 // SPDX-License-Identifier: MIT
-// Makes, hands out and closes the files of a spooled run.
+// Makes, hands out, syncs and closes the files of a spooled run.
 #pragma once
 
 #include "spool/ISpooler.h"
 #include "spool/TSpoolVolume.h"
+#include "utility/TQuorinWorkThread.h"
+#include "utility/TQuorinWorkThreadRoutine.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 class TSpoolFault;
 class TSpoolFile;
-class TSpoolFileCloser;
+class TSpoolIndex;
 
 /// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after
-/// CloseImage() until it is full, or until Finish(), since the next image of it may come at any time. Owned by the
-/// run's pipeline; borrows the fault. Thread-safe, but for the settings, which are made before the first file. The
-/// image size is that of a file.
-class TSpoolFileSpooler final : public ISpooler
+/// CloseImage() until it is full, or until Finish(), since the next image of it may come at any time. Full files are
+/// synced and closed one after another on a thread of its own: that may take as long as the disk needs for a whole
+/// file, in which the next one can be opened and filled. About once a second that thread also syncs the files that are
+/// open, and behind the files always the index, so that a power failure costs the images of a second or two. Owned by
+/// the run's pipeline; borrows fault and index. Thread-safe. Operations return errno values; what fails is also raised
+/// as the fault.
+class TSpoolFileSpooler final : public ISpooler, private QuorinUtility::TQuorinWorkThreadRoutine
 {
 public:
-  explicit TSpoolFileSpooler(TSpoolFault* fault);
-  ~TSpoolFileSpooler();
+  TSpoolFileSpooler(TSpoolFault* fault, TSpoolIndex* index);
+  ~TSpoolFileSpooler() override;
 
   /// @p mode is not used: files are read and written.
   int OpenImage(unsigned int index, int mode, IImage*& image) override;
+  /// The size of a file.
   int SetImageSizeBytes(std::uint64_t sizeBytes) override;
   int SetPath(const wchar_t* path) override;
   int SetStem(const wchar_t* stem) override;
+  /// Waits while an earlier full file is being closed.
   int CloseImage(IImage* image) override;
   /// Removes the files of an earlier run, of any length, from the directory.
   int Remove() override;
@@ -38,27 +47,41 @@ public:
   /// The path as the operating system has it, which need not be text.
   void SetDirectory(const std::string& directory) { directory_ = directory; }
   void SetVolume(const TSpoolVolume& volume) { volume_ = volume; }
+  /// How many bytes of images the run has, in all files together; unlimited if never called.
+  void SetRunBytes(std::uint64_t bytes) { runBytes_ = bytes; }
   /// Rises with each piece of a file, of TSpoolFile::kPieceBytes at most, that is written or synced, and with each
   /// file made.
   std::uint64_t Progress() const { return progress_; }
-  /// Brings all files to the disk and closes them. What fails is raised as the fault.
+  /// Syncs and closes all files and the index, and looks whether the files are still in the directory.
   void Finish();
-  /// Has the page cache give up what is on the disk of all files made. A hint: files where it fails stay there. Only
-  /// a lack of memory makes it throw.
-  void LeavePageCache();
+  /// Images that are known to be on the disk, with their records in the index.
+  std::uint64_t ImagesOnDisk();
 
 private:
+  void Run() override;
+  void SyncOpenFiles();
+  void SyncIndex();
+  void Close(TSpoolFile& file);
+  void CountImages(const TSpoolFile& file);
+  void CheckFiles();
   std::string PathOf(unsigned int number) const;
   bool IsOwnFile(const std::string& name) const;
 
-  TSpoolFault* fault_;
+  TSpoolFault* const fault_;
+  TSpoolIndex* const index_;
   std::string directory_;
   std::string stem_;
   TSpoolVolume volume_;
   std::uint64_t fileBytes_ = 0;
+  std::uint64_t runBytes_ = UINT64_MAX;
   std::atomic<std::uint64_t> progress_{0};
-  std::unique_ptr<TSpoolFileCloser> closer_;
   std::mutex mutex_;
+  std::condition_variable changed_;
   std::map<unsigned int, std::unique_ptr<TSpoolFile>> files_; // open ones; guarded by mutex_
-  unsigned int made_ = 0; // one more than the highest number; guarded by mutex_
+  std::unique_ptr<TSpoolFile> full_;                          // to be closed, or being closed; guarded by mutex_
+  std::vector<std::uint32_t> syncedImages_;                   // of each file made, by number; guarded by mutex_
+  std::uint64_t imagesInSyncedFiles_ = 0;                     // their sum; guarded by mutex_
+  std::uint64_t imagesOnDisk_ = 0;                            // of these, with records synced; guarded by mutex_
+  bool finishing_ = false;                                    // guarded by mutex_
+  QuorinUtility::TQuorinWorkThread thread_;                   // last: it uses all the others
 };

@@ -2,15 +2,12 @@
 // Hands out the places of a run's images in its files.
 #include "spool/TSpoolImageSpooler.h"
 
-#include "spool/TOffsetMultiImage.h"
 #include "spool/TSpooledImage.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
-#include "spool/TStagedImage.h"
 
 #include <cerrno>
 #include <memory>
-#include <utility>
 
 TSpoolImageSpooler::TSpoolImageSpooler(ISpooler* fileSpooler, const TSpoolLayout& layout, TSpoolIndex* index,
                                        TSpoolFault* fault)
@@ -18,7 +15,7 @@ TSpoolImageSpooler::TSpoolImageSpooler(ISpooler* fileSpooler, const TSpoolLayout
       layout_(layout),
       index_(index),
       fault_(fault),
-      staging_(TStagedImage::PieceBytes(layout.PlaceBytes()))
+      staging_(TSpooledImage::PieceBytes(layout.PlaceBytes()))
 {
   SetImageSizeBytes(layout.PlaceBytes());
 }
@@ -42,9 +39,5 @@ IImage* TSpoolImageSpooler::CreateOffsetMultiImage(IImage* file, std::uint64_t i
   const std::uint64_t firstImage = std::uint64_t{spoolFile->Number()} * layout_.ImagesPerFile() +
                                    std::uint64_t{position} * layout_.imagesPerPlace;
   const TSpooledImage::TPlace place{firstImage, offset, layout_.imageSizeBytes, layout_.imagesPerPlace};
-  const auto image = [&](auto view) {
-    return std::make_unique<TSpooledImage>(std::move(view), place, spoolFile, index_, fault_).release();
-  };
-  if (layout_.mapped) return image(std::make_unique<TOffsetMultiImage>(file, imageSizeBytes, position));
-  return image(std::make_unique<TStagedImage>(spoolFile, &staging_, imageSizeBytes, offset));
+  return std::make_unique<TSpooledImage>(place, spoolFile, &staging_, index_, fault_).release();
 }

@@ -9,11 +9,9 @@
 class TSpoolFault;
 class TSpoolIndex;
 
-/// The spooler of a run: its images are the places of the layout, each of one or more of the run's images, and
-/// they keep account of what reaches the disk (TSpooledImage). Below a place there is either the mapped memory of
-/// its file (TOffsetMultiImage) or staging memory that is written as a whole (TStagedImage), as the layout says.
-/// The file spooler must be one whose images are TSpoolFile. Owned by the run's pipeline, which also owns what
-/// this borrows.
+/// The spooler of a run: its images are the places of the layout, each of one or more of the run's images, filled in
+/// staging memory and written as a whole (TSpooledImage). The file spooler must be one whose images are TSpoolFile.
+/// Owned by the run's pipeline, which also owns what this borrows.
 class TSpoolImageSpooler final : public TRandomAccessMultiImageSpooler
 {
 public:

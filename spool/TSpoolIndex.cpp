@@ -9,7 +9,9 @@
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -50,6 +52,7 @@ bool TSpoolIndex::Append(std::span<const TImage> images)
 
   const std::lock_guard lock(mutex_);
   const std::uint64_t offset = count_ * sizeof(TRecord);
+  if (!CheckUnchanged()) return false;
   int error = CheckFileSizeLimit(offset + size);
   if (error == 0) error = WriteAll(file_.Get(), records.data(), size, offset);
   if (error != 0) {
@@ -59,6 +62,7 @@ bool TSpoolIndex::Append(std::span<const TImage> images)
     return false;
   }
   count_ += images.size();
+  isSynced_ = false;
   return true;
 }
 
@@ -68,12 +72,36 @@ std::uint64_t TSpoolIndex::Count()
   return count_;
 }
 
+// What is appended behind the end that somebody has cut off would leave a gap.
+bool TSpoolIndex::CheckUnchanged()
+{
+  struct stat status = {};
+  if (fstat(file_.Get(), &status) == 0 && status.st_nlink > 0 &&
+      static_cast<std::uint64_t>(status.st_size) == count_ * sizeof(TRecord))
+    return true;
+  fault_->Raise("somebody has removed or truncated", path_, 0);
+  return false;
+}
+
+bool TSpoolIndex::Sync()
+{
+  {
+    const std::lock_guard lock(mutex_);
+    if (!file_.IsOpen() || syncFailed_ || !CheckUnchanged()) return false;
+    if (std::exchange(isSynced_, true)) return true;
+  }
+  if (fdatasync(file_.Get()) == 0) return true;
+  fault_->Raise("cannot write", path_, errno);
+  syncFailed_ = true; // the system reports an error once only
+  return false;
+}
+
 bool TSpoolIndex::Close()
 {
-  const std::lock_guard lock(mutex_);
   if (!file_.IsOpen()) return true;
-  int error = fdatasync(file_.Get()) == 0 ? 0 : errno;
-  if (file_.Close() != 0 && error == 0) error = errno;
-  if (error != 0) fault_->Raise("cannot write", path_, error);
-  return error == 0;
+  const bool synced = Sync();
+  const std::lock_guard lock(mutex_);
+  if (file_.Close() == 0) return synced;
+  fault_->Raise("cannot write", path_, errno);
+  return false;
 }

@@ -4,6 +4,7 @@
 
 #include "spool/TFileDescriptor.h"
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <span>
@@ -12,7 +13,8 @@
 class TSpoolFault;
 
 /// "spool_index.dat": one record of 32 bytes for each image whose bytes have been handed to the operating system,
-/// in the order in which that happened. Owned by the run's pipeline, borrows its fault. Append() is thread-safe.
+/// in the order in which that happened. Owned by the run's pipeline, borrows its fault. Append() and Sync() are
+/// thread-safe.
 class TSpoolIndex final
 {
 public:
@@ -30,17 +32,25 @@ public:
 
   /// Makes an empty index in @p directory. Returns false, with the fault raised, when that fails.
   bool Create(const std::string& directory);
-  /// Returns false, with the fault raised, when the records could not be written.
+  /// Returns false, with the fault raised, when the records could not be written, or somebody has removed or truncated
+  /// the file.
   bool Append(std::span<const TImage> images);
+  /// Brings the records to the disk, without delaying Append() for that. Returns false, with the fault raised, on
+  /// failure. Not while Close() is called.
+  bool Sync();
   /// Number of images recorded.
   std::uint64_t Count();
-  /// Brings all records to the disk and closes the file. Returns false, with the fault raised, on failure.
+  /// Syncs and closes the file. Returns false, with the fault raised, on failure.
   bool Close();
 
 private:
+  bool CheckUnchanged();
+
   TSpoolFault* fault_;
   std::string path_;
   std::mutex mutex_;
   TFileDescriptor file_;    // guarded by mutex_
   std::uint64_t count_ = 0; // guarded by mutex_
+  std::atomic<bool> syncFailed_{false};
+  bool isSynced_ = true; // nothing was appended since the last sync began; guarded by mutex_
 };

@@ -2,16 +2,13 @@
 // How a run's images are spread over files.
 #include "spool/TSpoolLayout.h"
 
-#include "spool/TSpoolVolume.h"
-
 #include <algorithm>
 
 namespace {
 
 constexpr std::uint64_t kFileBytes = std::uint64_t{256} << 20;
 
-// Images up to this size go in blocks: handing each to another thread would take longer than copying it. A file
-// for each of them is mapped: writing it unbuffered would wait for the disk at every image.
+// Images up to this size go in blocks: handing each to another thread would take longer than copying it.
 constexpr std::uint64_t kSmallImageBytes = std::uint64_t{256} << 10;
 
 // From here on staging memory lies in huge pages, which saves about a fifth of the time to the disk.
@@ -25,13 +22,11 @@ std::uint32_t HowMany(std::uint64_t room, std::uint64_t size, std::uint64_t most
 
 } // namespace
 
-TSpoolLayout TSpoolLayout::Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength,
-                                  const TSpoolVolume& volume)
+TSpoolLayout TSpoolLayout::Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength)
 {
   const bool small = imageSizeBytes <= kSmallImageBytes;
   TSpoolLayout layout;
   layout.imageSizeBytes = imageSizeBytes;
-  layout.mapped = volume.keepsPromises && ((small && method == kImagePerFile) || !volume.writesDirectly);
   if (method == kImagePerFile) {
     layout.way = kQueued;
     return layout;

@@ -4,8 +4,6 @@
 
 #include <cstdint>
 
-struct TSpoolVolume;
-
 /// How a run's images are spread over files, and on which way they get there. A plain value.
 struct TSpoolLayout
 {
@@ -28,11 +26,9 @@ struct TSpoolLayout
   std::uint32_t imagesPerPlace = 1; ///< images that are opened, written and closed together
   std::uint32_t placesPerFile = 1;
   Way way = kThreaded;
-  bool mapped = false; ///< images are copied into mapped files, and not written from staging memory
 
   std::uint32_t ImagesPerFile() const { return imagesPerPlace * placesPerFile; }
   std::uint64_t PlaceBytes() const { return imageSizeBytes * imagesPerPlace; }
 
-  static TSpoolLayout Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength,
-                             const TSpoolVolume& volume);
+  static TSpoolLayout Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength);
 };

@@ -7,7 +7,6 @@
 #include "spool/TBlockSpooler.h"
 #include "spool/TDirectoryTree.h"
 #include "spool/TQueuedSpooler.h"
-#include "spool/TSpoolFile.h"
 #include "spool/TSpoolImageSpooler.h"
 #include "spool/TThreadedSpooler.h"
 #include "utility/TQuorinFilePath.h"
@@ -31,12 +30,6 @@ constexpr std::uint64_t kStagingBytes = std::uint64_t{512} << 20;
 
 constexpr const wchar_t* kStem = L"spool";
 
-/// Whether the file system has no such operation, rather than failing in it.
-bool IsUnsupported(int error)
-{
-  return error == EINVAL || error == ENOTSUP || error == ENOSYS;
-}
-
 struct TFree
 {
   void operator()(char* text) const { std::free(text); }
@@ -50,7 +43,7 @@ TSpoolPipeline::TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t ima
       imageSizeBytes_(imageSizeBytes),
       seriesLength_(seriesLength),
       index_(&fault_),
-      fileSpooler_(&fault_)
+      fileSpooler_(&fault_, &index_)
 {
   if (PrepareDirectory(settings.path)) description_.Gather(settings.method, seriesLength);
 }
@@ -70,10 +63,11 @@ void TSpoolPipeline::ReplaceEarlierRun()
   // Not before: the earlier run may have filled the disk.
   const TSpoolVolume volume = TSpoolVolume::Probe(directory_);
   fileSpooler_.SetVolume(volume);
-  layout_ = TSpoolLayout::Choose(settings_.method, imageSizeBytes_, seriesLength_, volume);
+  fileSpooler_.SetRunBytes(imageSizeBytes_ * seriesLength_);
+  layout_ = TSpoolLayout::Choose(settings_.method, imageSizeBytes_, seriesLength_);
   described_ = description_.Begin(directory_, layout_);
   if (!described_) {
-    fault_.Raise("cannot describe the run in", directory_, EIO);
+    fault_.Raise("cannot describe the run in", directory_, errno);
     return;
   }
   if (!index_.Create(directory_)) return;
@@ -135,16 +129,15 @@ void TSpoolPipeline::RemoveEarlierRun()
 // leaves the description as it was at the start.
 void TSpoolPipeline::ReserveRoom()
 {
-  room_ = TFileDescriptor(open(directory_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  room_ = TFileDescriptor(open(directory_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
   if (!room_.IsOpen() || CheckFileSizeLimit(TSpoolDescription::kMostBytes) != 0) return;
-  if (fallocate(room_.Get(), 0, 0, TSpoolDescription::kMostBytes) != 0 && errno == ENOSPC)
-    fault_.Raise("no room for a run in", directory_, ENOSPC);
+  if (fallocate(room_.Get(), 0, 0, TSpoolDescription::kMostBytes) != 0 && (errno == ENOSPC || errno == EDQUOT))
+    fault_.Raise("no room for a run in", directory_, errno);
 }
 
 // Every thread may have an image in staging memory, and one more is being filled.
 int TSpoolPipeline::BoundedThreadCount(int threadCount) const
 {
-  if (layout_.mapped) return threadCount;
   const std::uint64_t most = std::max<std::uint64_t>(kStagingBytes / layout_.PlaceBytes(), 2) - 1;
   return static_cast<int>(std::min(std::int64_t{threadCount}, static_cast<std::int64_t>(most)));
 }
@@ -177,8 +170,8 @@ bool TSpoolPipeline::Spool(int index, unsigned char* buffer)
   const bool accepted = algorithm_->Spool(index, buffer, static_cast<int>(layout_.imageSizeBytes)) == 1;
   if (accepted)
     ++accepted_;
-  else
-    fault_.Raise("cannot write image", std::to_string(index + 1), EIO);
+  else if (!fault_.IsRaised())
+    fault_.Raise("cannot write image", std::to_string(index + 1), 0);
   return !fault_.IsRaised();
 }
 
@@ -190,18 +183,10 @@ void TSpoolPipeline::Abort()
   queued->Abort();
 }
 
-// Large files are on the disk already, and only their names are not, for which some file systems know no way. Many
-// small ones are brought there together, and can leave the page cache only then.
+// The files are on the disk already; their names may not be, for which some file systems know no way.
 void TSpoolPipeline::SyncDirectory()
 {
-  const bool largeFiles = layout_.PlaceBytes() * layout_.placesPerFile >= TSpoolFile::kLargeFileBytes;
-  if (largeFiles && fsync(directoryLock_.Get()) != 0 && !IsUnsupported(errno))
-    fault_.Raise("cannot write", directory_, errno);
-  if (largeFiles) return;
-  if (syncfs(directoryLock_.Get()) != 0)
-    fault_.Raise("cannot write", directory_, errno);
-  else
-    fileSpooler_.LeavePageCache();
+  if (fsync(directoryLock_.Get()) != 0 && !IsUnsupported(errno)) fault_.Raise("cannot write", directory_, errno);
 }
 
 // A process that was forked meanwhile has the descriptor too, so that closing it here would not open the lock.
@@ -249,14 +234,15 @@ void TSpoolPipeline::EndAlgorithm()
 
 void TSpoolPipeline::CompleteDescription()
 {
-  if (!aborted_ && index_.Count() != accepted_) fault_.Raise("images are missing in", directory_, EIO);
+  if (!aborted_ && !fault_.IsRaised() && index_.Count() != accepted_)
+    fault_.Raise("images are missing in", directory_, 0);
 
   TSpoolDescription::TOutcome outcome;
-  outcome.imagesWritten = index_.Count();
+  outcome.imagesWritten = fileSpooler_.ImagesOnDisk();
   outcome.completed = !fault_.IsRaised() && outcome.imagesWritten == seriesLength_;
   outcome.failure = fault_.Text();
   outcome.firstFrameTimeNs = firstFrameTimeNs_;
   outcome.firstFrameTick = firstFrameTick_;
+  if (!description_.End(outcome, room_.Get())) fault_.Raise("cannot describe the run in", directory_, errno);
   room_.Close();
-  if (!description_.End(outcome)) fault_.Raise("cannot describe the run in", directory_, EIO);
 }

@@ -74,7 +74,7 @@ private:
   const std::uint64_t imageSizeBytes_;
   std::string directory_;
   TFileDescriptor directoryLock_;
-  TFileDescriptor room_; // on the disk, for the description of a run that fills it up
+  TFileDescriptor room_; // without a name, for the description at the end of a run that fills the disk
   TSpoolLayout layout_;
   std::uint32_t seriesLength_;
   TSpoolDescription description_;

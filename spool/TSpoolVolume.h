@@ -13,7 +13,6 @@ struct TSpoolVolume
 
   bool writesDirectly = false; ///< takes unbuffered writes
   bool preallocates = false;   ///< takes calls that set blocks aside for a file before they are written
-  bool keepsPromises = false;  ///< and is known to have those blocks when they are written
 
   /// Tries them on a file without a name in @p directory. Where that is not possible either, the answer is no.
   static TSpoolVolume Probe(const std::string& directory);

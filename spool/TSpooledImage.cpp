@@ -1,81 +1,91 @@
 // SPDX-License-Identifier: MIT
-// The place of one or more images of a run, with the account of what became of them.
+// The place of one or more images of a run in a spool file.
 #include "spool/TSpooledImage.h"
 
 #include "spool/checksum.h"
 #include "spool/host_time.h"
-#include "spool/TOffsetMultiImage.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
-#include "spool/TStagedImage.h"
+#include "spool/TStagingPool.h"
 
 #include <cerrno>
-#include <cstring>
-#include <utility>
 #include <vector>
 
 namespace {
 
 using Clock = std::chrono::steady_clock; // nobody sets it back
 
-constexpr std::chrono::seconds kRecordingPace{1};
+constexpr std::chrono::seconds kRecordingPeriod{1};
 
 } // namespace
 
-TSpooledImage::TSpooledImage(std::unique_ptr<TStagedImage> view, const TPlace& place, TSpoolFile* file,
-                             TSpoolIndex* index, TSpoolFault* fault)
-    : staged_(view.get()), view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault)
+std::size_t TSpooledImage::PieceBytes(std::size_t sizeBytes)
+{
+  return sizeBytes + TSpoolVolume::kAlignment;
+}
+
+TSpooledImage::TSpooledImage(const TPlace& place, TSpoolFile* file, TStagingPool* pool, TSpoolIndex* index,
+                             TSpoolFault* fault)
+    : place_(place), file_(file), pool_(pool), index_(index), fault_(fault)
 {
 }
 
-TSpooledImage::TSpooledImage(std::unique_ptr<TOffsetMultiImage> view, const TPlace& place, TSpoolFile* file,
-                             TSpoolIndex* index, TSpoolFault* fault)
-    : staged_(nullptr), view_(std::move(view)), place_(place), file_(file), index_(index), fault_(fault)
+TSpooledImage::~TSpooledImage()
 {
+  if (piece_) pool_->Release(piece_);
 }
-
-TSpooledImage::~TSpooledImage() = default;
 
 int TSpooledImage::Lock(unsigned char*& destination)
 {
-  const int error = view_->Lock(destination);
-  if (error != 0) {
-    fault_->Raise("no memory for an image of", file_->Path(), error);
-    return error;
+  if (!piece_) piece_ = pool_->Acquire();
+  if (!piece_) {
+    fault_->Raise("no memory for an image of", file_->Path(), ENOMEM);
+    return ENOMEM;
   }
   lockedAtNs_ = HostTimeNs();
   recordedAt_ = Clock::now();
   takenAtNs_.reserve(place_.images);
-  memory_ = destination; // last: a place that could not be locked has nothing to write
+  memory_ =
+      piece_ + place_.offset % TSpoolVolume::kAlignment; // last: a place that is not locked has nothing to write
+  destination = memory_;
   return 0;
 }
 
 void TSpooledImage::Take()
 {
   takenAtNs_.push_back(HostTimeNs());
-  if (Clock::now() - recordedAt_ < kRecordingPace) return;
-  const std::uint64_t begin = place_.imageSizeBytes * recorded_;
-  const std::uint64_t end = place_.imageSizeBytes * takenAtNs_.size();
-  if (!staged_ || Written(staged_->WritePart(begin, end))) Record();
+  if (Clock::now() - recordedAt_ >= kRecordingPeriod) WriteNewImages();
 }
 
+// What lies behind the images of a block that is not full was never filled, and may be of other images.
 int TSpooledImage::Unlock()
 {
   if (!memory_) return 0;
   if (takenAtNs_.empty()) takenAtNs_.assign(place_.images, lockedAtNs_);
-  const std::uint64_t size = place_.imageSizeBytes * place_.images;
-  const std::uint64_t filled = place_.imageSizeBytes * takenAtNs_.size();
-  // Memory that is used again still has earlier images in it.
-  std::memset(memory_ + filled, 0, size - filled);
-  if (!Written(view_->Unlock()) || !Record()) return EIO;
-  file_->PartDone(place_.offset, size);
-  return 0;
+  if (!WriteNewImages()) return EIO;
+  if (file_->IsLarge() || !file_->IsFull()) return 0;
+  const int error = file_->Sync();
+  if (error != 0) fault_->Raise("cannot write", file_->Path(), error);
+  return error;
 }
 
-bool TSpooledImage::Written(int error)
+bool TSpooledImage::WriteNewImages()
 {
-  if (error != 0) fault_->Raise("cannot write", file_->Path(), error);
-  return error == 0;
+  const std::uint64_t begin = place_.imageSizeBytes * recorded_;
+  const std::uint64_t size = place_.imageSizeBytes * (takenAtNs_.size() - recorded_);
+  if (size == 0) return true;
+  if (!file_->IsAsMade()) {
+    fault_->Raise("somebody has removed or truncated", file_->Path(), 0);
+    return false;
+  }
+  if (const int error = file_->Write(memory_ + begin, size, place_.offset + begin)) {
+    fault_->Raise("cannot write", file_->Path(), error);
+    return false;
+  }
+  const auto images = static_cast<std::uint32_t>(takenAtNs_.size() - recorded_);
+  if (!Record()) return false;
+  file_->ImagesWritten(images, place_.offset + begin, size);
+  return true;
 }
 
 bool TSpooledImage::Record()

@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: MIT
-// The place of one or more images of a run, with the account of what became of them.
+// The place of one or more images of a run in a spool file.
 #pragma once
 
 #include "spool/IImage.h"
 #include "spool/TSpoolIndex.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
-class TOffsetMultiImage;
 class TSpoolFault;
 class TSpoolFile;
-class TStagedImage;
+class TStagingPool;
 
-/// The place of one or more images of a run in a spool file. When it is unlocked, its images are on their way to
-/// the disk and get their records in the index; what fails is raised as the run's fault. Borrows file, index and
-/// fault; owns the view of the place that holds the memory. One thread at a time.
+/// The place of one or more images of a run in a spool file. They are filled in a piece of staging memory, which lies
+/// with regard to alignment as the place does in the file, so that it can be written unbuffered. When the place is
+/// unlocked, its images are written and get their records in the index; what fails is raised as the run's fault.
+/// Borrows everything it is made with. One thread at a time.
 class TSpooledImage final : public IImage
 {
 public:
@@ -31,13 +31,13 @@ public:
     std::uint32_t images;
   };
 
-  /// In staging memory.
-  TSpooledImage(std::unique_ptr<TStagedImage> view, const TPlace& place, TSpoolFile* file, TSpoolIndex* index,
-                TSpoolFault* fault);
-  /// In mapped memory, which is in the operating system's hands from the start.
-  TSpooledImage(std::unique_ptr<TOffsetMultiImage> view, const TPlace& place, TSpoolFile* file, TSpoolIndex* index,
-                TSpoolFault* fault);
+  /// Memory that a pool's pieces need for places of @p sizeBytes.
+  static std::size_t PieceBytes(std::size_t sizeBytes);
+
+  TSpooledImage(const TPlace& place, TSpoolFile* file, TStagingPool* pool, TSpoolIndex* index, TSpoolFault* fault);
   ~TSpooledImage() override;
+  TSpooledImage(const TSpooledImage&) = delete;
+  TSpooledImage& operator=(const TSpooledImage&) = delete;
 
   int Lock(unsigned char*& destination) override;
   /// Returns 0, or an errno value: of what failed first in the run, the fault tells more.
@@ -48,16 +48,16 @@ public:
   void Take();
 
 private:
-  bool Written(int error);
+  bool WriteNewImages();
   bool Record();
 
-  TStagedImage* const staged_; // the view if it is one of staging memory, else null
-  const std::unique_ptr<IImage> view_;
   const TPlace place_;
   TSpoolFile* const file_;
+  TStagingPool* const pool_;
   TSpoolIndex* const index_;
   TSpoolFault* const fault_;
-  unsigned char* memory_ = nullptr;
+  unsigned char* piece_ = nullptr;
+  unsigned char* memory_ = nullptr; // of the place, in the piece
   std::int64_t lockedAtNs_ = 0;
   std::vector<std::int64_t> takenAtNs_; // of the images filled
   std::size_t recorded_ = 0;            // of these

@@ -21,6 +21,11 @@ int WriteAll(int descriptor, const void* data, std::size_t size, std::uint64_t o
   return 0;
 }
 
+bool IsUnsupported(int error)
+{
+  return error == EINVAL || error == ENOTSUP || error == ENOSYS;
+}
+
 int CheckFileSizeLimit(std::uint64_t size)
 {
   rlimit limit{};

@@ -9,6 +9,9 @@
 /// that failed.
 int WriteAll(int descriptor, const void* data, std::size_t size, std::uint64_t offset);
 
+/// Whether an errno value says that the file system has no such operation, rather than that it failed.
+bool IsUnsupported(int error);
+
 /// EFBIG when a file of @p size bytes is beyond the process's limit for the size of files, else 0. Asked
 /// beforehand, since going beyond it may end the process by a signal.
 int CheckFileSizeLimit(std::uint64_t size);

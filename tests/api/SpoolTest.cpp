@@ -629,7 +629,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, SpoolFullDisk,
 // records.
 TEST_F(Spool, AnIndexThatFillsTheDiskHasAsManyRecordsAsTheRunSays)
 {
-  for (const char* room : {"12800k", "12900k", "13000k"}) {
+  for (const char* room : {"8600k", "8700k", "8800k"}) {
     const int result = OnSmallDisk(scratch_.Directory(), room, [this] {
       VXSIM_Configure(kFreeCounterCamera);
       Open();

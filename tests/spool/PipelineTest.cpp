@@ -18,14 +18,17 @@
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <ostream>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
 using Image = std::vector<unsigned char>;
+using testing::EndsWith;
 using testing::HasSubstr;
 using Call = TDiskFaults::Call;
 
@@ -53,15 +56,28 @@ protected:
   }
 
   /// Writes all images, as far as the pipeline takes them. Returns whether it took and brought all to the disk.
-  bool Write(int threads = 2)
+  /// @p event happens when half of them are written.
+  bool Write(int threads = 2, const std::function<void()>& event = {})
   {
     TSpoolPipeline pipeline({run_.Path(), GetParam().method, threads}, GetParam().imageBytes,
                             static_cast<std::uint32_t>(GetParam().images));
     pipeline.Begin();
-    for (int i = 0; i < GetParam().images; ++i)
+    for (int i = 0; i < GetParam().images; ++i) {
+      if (event && i == GetParam().images / 2) {
+        EXPECT_TRUE(system_calls::Eventually([this] { return HasRecord(); }));
+        event();
+      }
       if (!pipeline.Spool(i, images_[static_cast<std::size_t>(i)].data())) break;
+    }
     pipeline.Finish();
     return !pipeline.HasFailed();
+  }
+
+  bool HasRecord() const
+  {
+    std::error_code none;
+    const auto size = fs::file_size(run_.Path() + "/spool_index.dat", none);
+    return !none && size > 0;
   }
 
   /// What the index names is what was given. Returns how many images there are.
@@ -125,31 +141,55 @@ TEST_P(SpoolPipeline, KeepsTheImagesBeforeAWriteThatFailed)
   }
 }
 
-TEST_P(SpoolPipeline, TellsOfWhatCouldNotBeBroughtToTheDiskInTheEnd)
+// Each of the calls that bring a run to the disk fails alone.
+TEST_P(SpoolPipeline, CountsOnlyWhatIsKnownToBeOnTheDisk)
 {
-  disk_.Fail(Call::kSyncRange, ".dat", EIO);
-  disk_.Fail(Call::kSyncData, ".dat", EIO);
-  EXPECT_FALSE(Write());
-  ExpectFailed();
+  const std::pair<Call, const char*> failures[] = {{Call::kSyncRange, "spool_0000000000.dat"},
+                                                   {Call::kSyncData, "spool_0000000000.dat"},
+                                                   {Call::kSyncData, "spool_index.dat"}};
+  for (const auto& [call, file] : failures) {
+    disk_.FailNothing();
+    disk_.Fail(call, file, EREMOTEIO);
+    EXPECT_FALSE(Write()) << file;
+    const std::uint64_t recorded = ExpectImages();
+    EXPECT_LT(run_.Number("run", "ImagesWritten"), static_cast<long>(recorded)) << file;
+    EXPECT_EQ(run_.Text("run", "State"), "failed") << file;
+    EXPECT_THAT(run_.Text("run", "Failure"), EndsWith("Remote I/O error")) << file;
+  }
 }
 
-TEST_P(SpoolPipeline, FailsWhereFilesCannotBeMapped)
+TEST_P(SpoolPipeline, FailsWhenItsDescriptionDoesNotReachTheDisk)
 {
-  disk_.noDirectWrites = true;
-  disk_.noMapping = true;
-  EXPECT_FALSE(Write());
-  ExpectFailed();
-  EXPECT_EQ(ExpectImages(), 0u);
-}
-
-// Where a full disk would show as a signal, files are not mapped.
-TEST_P(SpoolPipeline, MapsFilesOnlyWhereTheirBlocksAreKnownToBeThere)
-{
-  disk_.noDirectWrites = true;
-  disk_.noMapping = true;
-  disk_.fileSystem = 0x2FC12FC1; // ZFS, where setting blocks aside makes a file with a hole
+  for (const char* file : {"acquisitionmetadata.ini.tmp", "/run"}) {
+    disk_.FailNothing();
+    disk_.Fail(Call::kSync, file, EREMOTEIO);
+    EXPECT_THAT(LoggedBy([this] { EXPECT_FALSE(Write()); }), HasSubstr("Remote I/O error"));
+    EXPECT_EQ(ExpectImages(), 0u) << "it is seen before the first image";
+  }
+  disk_.FailNothing();
+  disk_.Fail(Call::kSync, "(deleted)",
+             EREMOTEIO); // the room for the description of the end, which must do without
   EXPECT_TRUE(Write());
   ExpectComplete();
+  disk_.Fail(Call::kSync, "acquisitionmetadata.ini.tmp", EREMOTEIO, 1);
+  EXPECT_FALSE(Write());
+  EXPECT_EQ(run_.Text("run", "State"), "recording");
+}
+
+// Somebody cleans up while a run is written.
+TEST_P(SpoolPipeline, FailsWhenItsFilesAreRemovedOrTruncated)
+{
+  const auto remove = [](const fs::path& file) { fs::remove(file); };
+  const auto truncate = [](const fs::path& file) { fs::resize_file(file, 0); };
+  for (const auto& [harm, file] :
+       {std::pair<std::function<void(const fs::path&)>, const char*>{remove, "0000000000"},
+        {truncate, "0000000000"},
+        {remove, "index"},
+        {truncate, "index"}}) {
+    Write(2, [&, harm = harm, file = file] { harm(run_.Path() + "/spool_" + file + ".dat"); });
+    EXPECT_EQ(run_.Text("run", "State"), "failed") << file;
+    EXPECT_THAT(run_.Text("run", "Failure"), HasSubstr("removed or truncated")) << file;
+  }
 }
 
 TEST_P(SpoolPipeline, WaitsForASlowDisk)
@@ -252,11 +292,11 @@ TEST_F(SpoolDirectories, ImagesLeftOpenGoWithTheirSpooler)
   TSpoolFault fault;
   TSpoolIndex index(&fault);
   ASSERT_TRUE(index.Create(scratch_.Directory()));
-  TSpoolFileSpooler files(&fault);
+  TSpoolFileSpooler files(&fault, &index);
   files.SetDirectory(scratch_.Directory());
   files.SetStem(L"spool");
   {
-    TSpoolImageSpooler images(&files, TSpoolLayout::Choose(TSpoolLayout::kImagesTogether, 8 << 20, 10, {}), &index,
+    TSpoolImageSpooler images(&files, TSpoolLayout::Choose(TSpoolLayout::kImagesTogether, 8 << 20, 10), &index,
                               &fault);
     for (unsigned int i = 0; i < 2; ++i) {
       IImage* image = nullptr;

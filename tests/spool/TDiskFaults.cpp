@@ -7,9 +7,7 @@
 #include <cstdarg>
 #include <fcntl.h>
 #include <filesystem>
-#include <sys/mman.h>
 #include <sys/types.h>
-#include <sys/vfs.h>
 #include <thread>
 
 namespace {
@@ -90,12 +88,8 @@ int __real_sync_file_range(int file, off_t offset, off_t size, unsigned int flag
 int __wrap_sync_file_range(int file, off_t offset, off_t size, unsigned int flags);
 int __real_fsync(int file);
 int __wrap_fsync(int file);
-int __real_fstatfs(int file, struct statfs* system);
-int __wrap_fstatfs(int file, struct statfs* system);
 int __real_fallocate(int file, int mode, off_t offset, off_t size);
 int __wrap_fallocate(int file, int mode, off_t offset, off_t size);
-void* __real_mmap(void* address, std::size_t size, int protection, int flags, int file, off_t offset);
-void* __wrap_mmap(void* address, std::size_t size, int protection, int flags, int file, off_t offset);
 int __real_open(const char* path, int flags, ...);
 int __wrap_open(const char* path, int flags, ...);
 
@@ -131,13 +125,6 @@ int __wrap_fsync(int file)
   return Fails(Call::kSync, file) ? -1 : __real_fsync(file);
 }
 
-int __wrap_fstatfs(int file, struct statfs* system)
-{
-  const int result = __real_fstatfs(file, system);
-  if (TDiskFaults* const disk = faults) system->f_type = disk->fileSystem;
-  return result;
-}
-
 int __wrap_fallocate(int file, int mode, off_t offset, off_t size)
 {
   if (Fails(Call::kAllocate, file)) return -1;
@@ -145,15 +132,6 @@ int __wrap_fallocate(int file, int mode, off_t offset, off_t size)
   if (!disk || !disk->noPreallocation) return __real_fallocate(file, mode, offset, size);
   errno = EOPNOTSUPP;
   return -1;
-}
-
-void* __wrap_mmap(void* address, std::size_t size, int protection, int flags, int file, off_t offset)
-{
-  TDiskFaults* const disk = faults;
-  if (!disk || !disk->noMapping || (flags & MAP_SHARED) == 0)
-    return __real_mmap(address, size, protection, flags, file, offset);
-  errno = ENOMEM;
-  return MAP_FAILED;
 }
 
 int __wrap_open(const char* path, int flags, ...)

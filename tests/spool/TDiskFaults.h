@@ -41,10 +41,8 @@ public:
   std::atomic<int> writeDelayMs{0};      ///< before each large write
   std::atomic<bool> writesAreCut{false}; ///< a large write takes only a part, as when a signal comes
   std::atomic<bool> noSync{false};       ///< nothing is brought to the disk, which saves the time
-  std::atomic<long> fileSystem{0xEF53};  ///< what every file system calls itself: ext4
   std::atomic<bool> noPreallocation{false};
   std::atomic<bool> noDirectWrites{false};
-  std::atomic<bool> noMapping{false};
 
 private:
   struct TRule
