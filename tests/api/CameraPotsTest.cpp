@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <functional>
-#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -132,70 +131,6 @@ TEST_F(CameraPotsApi, ValuesReachTheDevicesAndTheirPowerOnRegisters)
   EXPECT_EQ(vxsys_CameraPotsCommitValuesFromFile(), RC_SUCCESS);
   EXPECT_EQ((std::vector{Value(0, 0), Value(0, 1), Value(0, 2), Value(1, 0), Value(1, 1)}),
             (std::vector{150, 64, 128, 200, 40}));
-}
-
-TEST_F(CameraPotsApi, TransfersThatFailAreNoErrors)
-{
-  OpenWithFile();
-  for (const char* const fault :
-       {"call VX_SetInt feature InternalI2CAddress rc 6", "call VX_SetInt feature InternalI2CByteCount rc 6",
-        "call VX_SetInt feature InternalI2CByte rc 53", "call VX_Command feature InternalI2CWrite rc 53"}) {
-    ASSERT_EQ(VXSIM_AddFault(fault), VX_SUCCESS) << VXSIM_GetLastError();
-    EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 7), 0u) << fault;
-    EXPECT_EQ(Rail(0, 0), 0) << fault;
-    ASSERT_EQ(VXSIM_ClearFaults(), VX_SUCCESS);
-    EXPECT_EQ(Value(0, 0), 0x80) << fault;
-  }
-  ASSERT_EQ(VXSIM_AddFault("call VX_Command feature InternalI2CRead rc 53"), VX_SUCCESS);
-  EXPECT_EQ(Value(0, 0), 0);
-  EXPECT_EQ(Rail(0, 0), 0);
-}
-
-TEST_F(CameraPotsApi, ObserversMayDoAnythingButCloseTheCamera)
-{
-  OpenWithFile();
-  int told = 0;
-  Observe([&] {
-    switch (++told) {
-    case 1: // sets again and is told of it from inside
-      EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 1, 31), 0u);
-      EXPECT_EQ(told, 2);
-      break;
-    case 3: // replaces the description of what is being set
-      EXPECT_EQ(vxsys_CameraPotsLoadFile("missing.ini"), RC_FILE_LOAD_ERROR);
-      break;
-    case 5:
-      EXPECT_EQ(vxsys_CameraPotsUnregisterObserver(this), RC_SUCCESS);
-      break;
-    default:
-      break;
-    }
-  });
-  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 30), 0u);
-  EXPECT_EQ(told, 2);
-  EXPECT_EQ(Value(0, 1), 31);
-  EXPECT_EQ(vxsys_CameraPotsCommitValuesFromFile(), RC_SUCCESS);
-  EXPECT_EQ(told, 4) << "once for the first potentiometer, once for the load";
-  int groups = -1;
-  EXPECT_EQ(vxsys_CameraPotsGetNumberGroups(&groups), 0u);
-  EXPECT_EQ(groups, 0);
-  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
-  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
-  EXPECT_EQ(told, 5);
-
-  EXPECT_EQ(vxsys_CameraPotsRegisterObserver(nullptr, this), RC_SUCCESS);
-  EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
-}
-
-TEST_F(CameraPotsApi, WhatAnObserverThrowsLeavesTheCameraUsable)
-{
-  OpenWithFile();
-  Observe([] { throw std::runtime_error("enough"); });
-  EXPECT_THROW(vxsys_CameraPotsSetPotValue(0, 0, 30), std::runtime_error);
-  EXPECT_THROW(vxsys_CameraPotsLoadFile(kExampleFile), std::runtime_error);
-  std::thread([] { EXPECT_EQ(Value(0, 0), 30); }).join(); // nothing is held back
-  EXPECT_EQ(vxsys_CameraPotsUnregisterObserver(this), RC_SUCCESS);
-  EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 31), 0u);
 }
 
 TEST_F(CameraPotsApi, ClosingTheCameraForgetsFileAndObservers)

@@ -136,25 +136,6 @@ TEST_F(Fault, FrameLargerThanTheRingStillHasItsSlotInASeries)
   ExpectCleanRun();
 }
 
-TEST_F(Fault, UnusableFrameRatesAndCountsDoNotKeepARunFromStarting)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  for (const char* rule :
-       {"value FrameRate set 0", "value FrameRate set nan", "value FrameRate set -1", "value FrameRate set 1e-300",
-        "call VX_GetFloat feature FrameRate rc 53", "value AccumulateCount set 0", "value AccumulateCount set -5",
-        "value AccumulateCount set 1099511627776", "call VX_GetInt feature AccumulateCount rc 53",
-        "call VX_GetEnumerated feature TriggerMode rc 53", "call VX_GetEnumeratedString feature TriggerMode rc 53",
-        "call VX_GetEnumeratedString feature TriggerMode unterminated"}) {
-    SCOPED_TRACE(rule);
-    AddFault(rule);
-    StartSeries(3);
-    Push(3);
-    ASSERT_TRUE(HasImages(3));
-    ExpectImages({1, 2, 3});
-    VXSIM_ClearFaults();
-  }
-}
-
 TEST_F(Fault, WithoutATriggerModeThereIsNoTimeLimit)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
@@ -554,22 +535,4 @@ TEST_F(GeometryFault, ImagesOfAnotherGeometryAreNotReadBeyondTheirEnd)
     VXSIM_ClearFaults();
   }
   ExpectImages(FramesFrom1(5));
-}
-
-TEST_F(GeometryFault, UnreadableEncodingsAreRefused)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  StartSeries(1);
-  Push(1);
-  ASSERT_TRUE(HasImages(1));
-  for (const char* rule :
-       {"call VX_GetEnumerated feature PixelEncoding rc 53",
-        "call VX_GetEnumeratedString feature PixelEncoding rc 3",
-        "call VX_GetEnumeratedString feature PixelEncoding unterminated", "value PixelEncoding set Mono13"}) {
-    SCOPED_TRACE(rule);
-    AddFault(rule);
-    TCounterImage image{};
-    EXPECT_EQ(GetOldestImage16(image.data(), image.size()), RC_NOT_SUPPORTED);
-    VXSIM_ClearFaults();
-  }
 }

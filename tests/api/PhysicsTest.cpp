@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the cameras are configured to be is measured again from their images: gain, read noise, dark current, the
-// sums of binning and accumulation, and where things are in the picture.
+// What the cameras are configured to be is measured again from their images: gain, read noise, dark current, and the
+// sums of binning and accumulation.
 #include "vxcore_simulator.h"
 #include "vxmcd.h"
 
@@ -11,7 +11,6 @@
 #include <cmath>
 #include <numeric>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -19,28 +18,13 @@ namespace {
 using TImage = std::vector<int>;
 
 constexpr int kBaseline = 100;
-enum
-{
-  kModeSingle = 1,
-  kModeAccumulate = 2,
-  kModeSeries = 3
-};
-enum
-{
-  kReadTracks = 2,
-  kReadImage = 4
-};
+constexpr int kModeSeries = 3;
+constexpr int kReadImage = 4;
 
 /// A camera without wall time.
-std::string CameraText(const std::string& model, const std::string& keys, int sensorSide = 0)
+std::string CameraText(const std::string& model, const std::string& keys)
 {
-  std::string text = "[Simulator]\nCameras=1\n[Camera0]\nModel=" + model + "\nClock=free\n" + keys;
-  if (sensorSide > 0) {
-    for (const char* side : {"Width", "Height"}) {
-      text += std::string("[Camera0.Sensor") + side + "]\nValue=" + std::to_string(sensorSide) + "\n";
-    }
-  }
-  return text;
+  return "[Simulator]\nCameras=1\n[Camera0]\nModel=" + model + "\nClock=free\n" + keys;
 }
 
 /// Begins with no camera, opens one configured afresh, and closes it.
@@ -256,102 +240,6 @@ TEST_F(Physics, BinningAddsSignalAndNoiseOnce)
   const double mean = Mean(Take(256 * 256)) - kBaseline;
   ASSERT_EQ(SetImage(4, 4, 1, 256, 1, 256), RC_SUCCESS); // this camera bins in squares only
   EXPECT_NEAR((Mean(Take(64 * 64)) - kBaseline) / mean, 16.0, 0.2);
-}
-
-/// A picture of the whole sensor, to compare others with: sums of its pixels without their baseline.
-class WholePicture final
-{
-public:
-  WholePicture(TImage image, int side) : image_(std::move(image)), side_(side) {}
-
-  /// The light in a rectangle of the sensor that begins at pixel (left, top), counted from 1.
-  int Light(int left, int top, int columns, int rows) const
-  {
-    int light = 0;
-    for (int y = top - 1; y < top - 1 + rows; ++y) {
-      for (int x = left - 1; x < left - 1 + columns; ++x)
-        light += image_[static_cast<size_t>(y * side_ + x)] - kBaseline;
-    }
-    return light;
-  }
-  int PeakX() const { return Peak() % side_ + 1; }
-  int PeakY() const { return Peak() / side_ + 1; }
-
-private:
-  int Peak() const { return static_cast<int>(std::ranges::max_element(image_) - image_.begin()); }
-
-  TImage image_;
-  int side_;
-};
-
-TEST_F(Physics, AreaBinningAndTracksShowTheSameStarWhereItIs)
-{
-  constexpr int kSide = 512;
-  Open(CameraText("TRELLIS CMOS", "Scene=star field\nObjects=1\nMotion=0\nBackground=50\nNoise=off\nSeed=7\n",
-                  kSide));
-  ASSERT_EQ(SetExposureTime(0.01f), RC_SUCCESS);
-  int width = 0;
-  int height = 0;
-  ASSERT_EQ(GetDetector(&width, &height), RC_SUCCESS);
-  ASSERT_EQ(width, kSide);
-  ASSERT_EQ(height, kSide);
-  const WholePicture whole(Take(kSide * kSide).front(), kSide);
-  const int starX = whole.PeakX();
-  const int starY = whole.PeakY();
-  ASSERT_GT(whole.Light(starX, starY, 1, 1), 500);
-  ASSERT_LT(whole.Light(starX, starY, 1, 1), 5000) << "four by four of these must fit into 16 bits";
-  ASSERT_TRUE(starX > 30 && starX < kSide - 34 && starY > 30 && starY < kSide - 34) << starX << " " << starY;
-
-  // An area of 64 by 48 pixels around it, at odd places, in the same session. Counts are rounded once a pixel.
-  const int left = starX - 29;
-  const int top = starY - 21;
-  const auto expectArea = [&](const TImage& part, int horizontalBin, int verticalBin) {
-    const int columns = 64 / horizontalBin;
-    const int peak = static_cast<int>(std::ranges::max_element(part) - part.begin());
-    EXPECT_NEAR(peak % columns, (starX - left) / horizontalBin, 1); // the star may lie between two pixels
-    EXPECT_NEAR(peak / columns, (starY - top) / verticalBin, 1);
-    for (int i = 0; i < static_cast<int>(part.size()); ++i) {
-      const int light = whole.Light(left + i % columns * horizontalBin, top + i / columns * verticalBin,
-                                    horizontalBin, verticalBin);
-      ASSERT_NEAR(part[static_cast<size_t>(i)] - kBaseline, light, 1.0 + horizontalBin * verticalBin / 2.0) << i;
-    }
-  };
-  for (const auto& [horizontalBin, verticalBin] : {std::pair{1, 1}, {2, 2}, {4, 1}, {1, 8}, {4, 4}}) {
-    ASSERT_EQ(SetImage(horizontalBin, verticalBin, left, left + 63, top, top + 47), RC_SUCCESS);
-    const int pixels = 64 / horizontalBin * (48 / verticalBin);
-    expectArea(Take(static_cast<size_t>(pixels)).front(), horizontalBin, verticalBin);
-  }
-
-  // Tracks count rows from the far edge, and the last pair is the first track.
-  int rows[] = {1, 10, kSide + 1 - (starY + 10), kSide + 1 - (starY - 10)};
-  ASSERT_EQ(SetRandomTracks(2, rows), RC_SUCCESS);
-  ASSERT_EQ(SetReadMode(kReadTracks), RC_SUCCESS);
-  const TImage tracks = Take(2 * kSide).front();
-  EXPECT_NEAR(static_cast<int>(std::ranges::max_element(tracks) - tracks.begin()), starX - 1, 1);
-  for (int x = 1; x <= kSide; ++x) {
-    ASSERT_NEAR(tracks[static_cast<size_t>(x - 1)] - kBaseline, whole.Light(x, starY - 10, 1, 21), 11.5) << x;
-    ASSERT_NEAR(tracks[static_cast<size_t>(kSide + x - 1)] - kBaseline, whole.Light(x, kSide - 9, 1, 10), 6.0)
-        << x;
-  }
-
-  ASSERT_EQ(SetReadMode(kReadImage), RC_SUCCESS); // the area of before
-  expectArea(Take(16 * 12).front(), 4, 4);
-}
-
-TEST_F(Physics, TheMemoryFillsToAPercentage)
-{
-  Open("[Simulator]\nCameras=1\n[Camera0]\nModel=TRELLIS CMOS\nSource=manual\nScene=stamp\nMemoryFrames=8\n");
-  int handle = -1;
-  ASSERT_EQ(GetSDK3Handle(&handle), RC_SUCCESS);
-  ASSERT_EQ(VX_SetInt(handle, L"FrameCount", 100), VX_SUCCESS);
-  ASSERT_EQ(VX_Command(handle, L"AcquisitionStart"), VX_SUCCESS); // without a ring, so that frames stay
-  for (const int expected : {0, 12, 25, 37, 50, 62, 75, 87, 100}) {
-    int percent = -1;
-    EXPECT_EQ(GetFIFOUsage(&percent), RC_SUCCESS);
-    EXPECT_EQ(percent, expected);
-    VXSIM_PushFrames(0, 1);
-  }
-  ASSERT_EQ(VX_Command(handle, L"AcquisitionStop"), VX_SUCCESS);
 }
 
 } // namespace

@@ -39,40 +39,86 @@ TEST_F(Readout, WithoutACameraTheADChannelSucceedsAndSomeOutputsAreWritten)
   EXPECT_EQ(speed, 0.0F);
 }
 
-TEST_F(Readout, ChannelsAndAmplifiersFollowEachOther)
+// What the indices do to the camera is tried with the objects behind these functions.
+TEST_F(Readout, IndicesThatDoNotExistHaveTheirCodes)
+{
+  OpenCamera(101);
+  int value = 77;
+  float number = 77.0F;
+  char text[16] = {};
+  for (const int wrong : {2, -1}) {
+    EXPECT_EQ(SetADChannel(wrong), RC_P1_INVALID);
+    EXPECT_EQ(GetBitDepth(wrong, nullptr), RC_P2_INVALID);
+    EXPECT_EQ(GetBitDepth(wrong, &value), RC_P1_INVALID);
+    EXPECT_EQ(SetOutputAmplifier(wrong), RC_P1_INVALID);
+    EXPECT_EQ(IsAmplifierAvailable(wrong), RC_INVALID_AMPLIFIER);
+    EXPECT_EQ(GetAmpDesc(wrong, text, sizeof text), RC_P1_INVALID);
+    EXPECT_EQ(GetAmpMaxSpeed(wrong, &number), RC_P1_INVALID);
+    EXPECT_EQ(SetHSSpeed(wrong, 9), RC_P1_INVALID);
+  }
+  EXPECT_EQ(SetHSSpeed(0, 9), RC_P2_INVALID);
+  EXPECT_EQ(value, 77);
+  EXPECT_EQ(number, 77.0F);
+  EXPECT_EQ(GetNumberHSSpeeds(2, 2, &value), RC_P1_INVALID);
+  EXPECT_EQ(GetNumberHSSpeeds(0, 2, &value), RC_P2_INVALID);
+  EXPECT_EQ(value, 0);
+  EXPECT_EQ(GetHSSpeed(2, 2, 9, &number), RC_P1_INVALID);
+  EXPECT_EQ(GetHSSpeed(0, 2, 9, &number), RC_P2_INVALID);
+  EXPECT_EQ(GetHSSpeed(0, 0, 9, &number), RC_P3_INVALID);
+  EXPECT_EQ(number, 1.0F);
+  EXPECT_EQ(SetPreAmpGain(9), RC_SUCCESS) << "this camera's gains are not checked";
+  EXPECT_EQ(GetPreAmpGain(9, &number), RC_P1_INVALID);
+  EXPECT_EQ(number, 0.0F);
+
+  OpenCamera(102);
+  EXPECT_EQ(SetADChannel(1), RC_P1_INVALID) << "this camera cannot read both";
+  EXPECT_EQ(SetPreAmpGain(4), RC_P1_INVALID);
+  value = 77;
+  EXPECT_EQ(IsPreAmpGainAvailable(1, 2, 4, 4, &value), RC_P1_INVALID);
+  EXPECT_EQ(IsPreAmpGainAvailable(0, 2, 4, 4, &value), RC_P2_INVALID);
+  EXPECT_EQ(IsPreAmpGainAvailable(0, 0, 4, 4, &value), RC_P4_INVALID);
+  EXPECT_EQ(IsPreAmpGainAvailable(0, 0, 4, 0, &value), RC_P3_INVALID);
+  EXPECT_EQ(value, 77);
+}
+
+TEST_F(Readout, IndicesThatExistAreSetAndReported)
 {
   OpenCamera(101);
   int value = 0;
+  float number = 0.0F;
+  char text[16] = {};
   EXPECT_EQ(GetNumberADChannels(&value), RC_SUCCESS);
   EXPECT_EQ(value, 2);
-  EXPECT_EQ(SetADChannel(0), RC_SUCCESS);
-  EXPECT_EQ(GetText(L"PreAmpGainChannel"), L"Low");
-  EXPECT_EQ(SetOutputAmplifier(1), RC_SUCCESS);
-  EXPECT_EQ(GetText(L"PreAmpGainChannel"), L"High");
   EXPECT_EQ(SetADChannel(1), RC_SUCCESS);
-  EXPECT_EQ(GetText(L"PreAmpGainChannel"), L"Both");
-  char text[16] = {};
   EXPECT_EQ(GetAmpDesc(0, text, sizeof text), RC_SUCCESS);
   EXPECT_STREQ(text, "Dual Gain");
-  EXPECT_EQ(SetOutputAmplifier(0), RC_SUCCESS);
-  EXPECT_EQ(GetText(L"PreAmpGainChannel"), L"Both");
-
   EXPECT_EQ(GetBitDepth(1, &value), RC_SUCCESS);
   EXPECT_EQ(value, 16);
-  EXPECT_EQ(GetBitDepth(2, nullptr), RC_P2_INVALID);
-  EXPECT_EQ(GetBitDepth(2, &value), RC_P1_INVALID);
-  EXPECT_EQ(value, 16);
-  EXPECT_EQ(GetNumberAmp(&value), RC_SUCCESS);
-  EXPECT_EQ(value, 2);
+  EXPECT_EQ(SetADChannel(0), RC_SUCCESS);
+  EXPECT_EQ(SetHSSpeed(1, 0), RC_SUCCESS);
+  EXPECT_EQ(GetText(L"PixelReadoutRate"), L"100 MHz");
+  EXPECT_EQ(GetText(L"PreAmpGainChannel"), L"High");
+  EXPECT_EQ(SetOutputAmplifier(0), RC_SUCCESS);
+  EXPECT_EQ(GetText(L"PreAmpGainChannel"), L"Low");
   EXPECT_EQ(IsAmplifierAvailable(1), RC_SUCCESS);
-  for (const int wrong : {2, -1}) {
-    EXPECT_EQ(IsAmplifierAvailable(wrong), RC_INVALID_AMPLIFIER);
-    EXPECT_EQ(SetOutputAmplifier(wrong), RC_P1_INVALID);
-    EXPECT_EQ(SetADChannel(wrong), RC_P1_INVALID);
-    EXPECT_EQ(GetAmpDesc(wrong, text, sizeof text), RC_P1_INVALID);
-  }
+  EXPECT_EQ(GetAmpMaxSpeed(1, &number), RC_SUCCESS);
+  EXPECT_EQ(number, 280.0F);
+  EXPECT_EQ(GetNumberHSSpeeds(0, 1, &value), RC_SUCCESS);
+  EXPECT_EQ(value, 3);
+  EXPECT_EQ(GetHSSpeed(0, 0, 1, &number), RC_SUCCESS);
+  EXPECT_EQ(number, 200.0F);
+  EXPECT_EQ(GetNumberPreAmpGains(&value), RC_SUCCESS);
+  EXPECT_EQ(value, 3);
+  EXPECT_EQ(IsPreAmpGainAvailable(0, 1, 0, 1, &value), RC_SUCCESS);
+  EXPECT_EQ(value, 1);
+
   OpenCamera(102);
-  EXPECT_EQ(SetADChannel(1), RC_P1_INVALID) << "this camera cannot read both";
+  EXPECT_EQ(GetPreAmpGain(0, &number), RC_SUCCESS);
+  EXPECT_EQ(number, 1.5F);
+  EXPECT_EQ(SetPreAmpGain(2), RC_SUCCESS);
+  EXPECT_EQ(GetText(L"PreAmpGain"), L"10 (high)");
+  EXPECT_EQ(IsPreAmpGainAvailable(0, 0, 3, 2, &value), RC_SUCCESS);
+  EXPECT_EQ(value, 0);
 }
 
 TEST_F(Readout, TextsStayWithinTheirBuffers)
@@ -113,76 +159,6 @@ TEST_F(Readout, GainTextsLoseTheirBrackets)
   char text[256] = {};
   EXPECT_EQ(GetPreAmpGainText(0, text, sizeof text), RC_SUCCESS);
   EXPECT_EQ(std::strlen(text), 99u);
-}
-
-TEST_F(Readout, SpeedsAreTheRatesInMegahertz)
-{
-  OpenCamera(101);
-  float speed = 0.0F;
-  int count = 0;
-  EXPECT_EQ(GetAmpMaxSpeed(0, &speed), RC_SUCCESS);
-  EXPECT_EQ(speed, 280.0F);
-  EXPECT_EQ(GetAmpMaxSpeed(2, &speed), RC_P1_INVALID);
-  EXPECT_EQ(GetNumberHSSpeeds(0, 1, &count), RC_SUCCESS);
-  EXPECT_EQ(count, 3);
-  EXPECT_EQ(GetNumberHSSpeeds(0, 2, &count), RC_P2_INVALID);
-  EXPECT_EQ(count, 0);
-  EXPECT_EQ(GetNumberHSSpeeds(2, 2, &count), RC_P1_INVALID);
-  EXPECT_EQ(GetHSSpeed(0, 0, 1, &speed), RC_SUCCESS);
-  EXPECT_EQ(speed, 200.0F);
-  EXPECT_EQ(GetHSSpeed(0, 0, 3, &speed), RC_P3_INVALID);
-  EXPECT_EQ(speed, 1.0F);
-  EXPECT_EQ(GetHSSpeed(2, 2, 3, &speed), RC_P1_INVALID);
-  EXPECT_EQ(GetHSSpeed(0, 2, 3, &speed), RC_P2_INVALID);
-
-  EXPECT_EQ(SetHSSpeed(2, 3), RC_P1_INVALID);
-  EXPECT_EQ(SetHSSpeed(1, 3), RC_P2_INVALID);
-  SetADChannel(0);
-  VXSIM_StartCallLog(1);
-  EXPECT_EQ(SetHSSpeed(1, 0), RC_SUCCESS);
-  std::vector<std::string> writes;
-  for (const std::string& call : LoggedCalls())
-    if (call.rfind("VX_Set", 0) == 0) writes.push_back(call);
-  EXPECT_EQ(writes, (std::vector<std::string>{"VX_SetEnumIndex PixelReadoutRate 0 -> 0",
-                                              "VX_SetEnumString PreAmpGainChannel High -> 0"}));
-}
-
-TEST_F(Readout, GainModelIsTheCameras)
-{
-  OpenCamera(101);
-  int value = 0;
-  float factor = 77.0F;
-  EXPECT_EQ(GetNumberPreAmpGains(&value), RC_SUCCESS);
-  EXPECT_EQ(value, 3);
-  EXPECT_EQ(GetPreAmpGain(1, &factor), RC_SUCCESS);
-  EXPECT_EQ(factor, 2.0F);
-  EXPECT_EQ(GetPreAmpGain(3, &factor), RC_P1_INVALID);
-  EXPECT_EQ(factor, 0.0F);
-  EXPECT_EQ(SetPreAmpGain(0), RC_SUCCESS);
-  EXPECT_EQ(GetText(L"SimplePreAmpGainControl"), L"Gain 1 (11-bit)");
-  EXPECT_EQ(SetPreAmpGain(9), RC_SUCCESS);
-  EXPECT_EQ(GetText(L"SimplePreAmpGainControl"), L"Gain 1 (11-bit)");
-  EXPECT_EQ(IsPreAmpGainAvailable(0, 1, 0, 1, &value), RC_SUCCESS);
-  EXPECT_EQ(value, 1);
-  EXPECT_EQ(IsPreAmpGainAvailable(0, 0, 4, 3, &value), RC_P3_INVALID);
-
-  OpenCamera(102);
-  EXPECT_EQ(GetPreAmpGain(0, &factor), RC_SUCCESS);
-  EXPECT_EQ(factor, 1.5F);
-  EXPECT_EQ(SetPreAmpGain(2), RC_SUCCESS);
-  EXPECT_EQ(GetText(L"PreAmpGain"), L"10 (high)");
-  EXPECT_EQ(GetText(L"PreAmpGainSelector"), L"High");
-  EXPECT_EQ(SetPreAmpGain(4), RC_P1_INVALID);
-  EXPECT_EQ(IsPreAmpGainAvailable(1, 2, 4, 4, &value), RC_P1_INVALID);
-  EXPECT_EQ(IsPreAmpGainAvailable(0, 2, 4, 4, &value), RC_P2_INVALID);
-  EXPECT_EQ(IsPreAmpGainAvailable(0, 0, 4, 4, &value), RC_P4_INVALID);
-  EXPECT_EQ(value, 1) << "untouched";
-  EXPECT_EQ(IsPreAmpGainAvailable(0, 0, 3, 2, &value), RC_SUCCESS);
-  EXPECT_EQ(value, 0);
-  value = 77;
-  VXSIM_AddFault("call VX_GetEnumCount feature PreAmpGain any rc 53");
-  EXPECT_EQ(GetNumberPreAmpGains(&value), RC_SUCCESS);
-  EXPECT_EQ(value, 77);
 }
 
 TEST_F(Readout, GainModelOfACameraThatCannotBeAskedIsTheDirectOne)

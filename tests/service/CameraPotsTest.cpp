@@ -289,30 +289,6 @@ TEST_F(CameraPots, CountsThatMakeNoSenseAreNoPotentiometers)
   EXPECT_EQ(Info<unsigned int>(4, 4095, 8), 255u);
 }
 
-TEST_F(CameraPots, SomeHundredOfThemLoadInSeconds)
-{
-  std::string text;
-  for (int group = 0; group < 10; ++group) {
-    text += "[Group" + std::to_string(group) + "]\nNoPots=35\n";
-    for (int pot = 0; pot < 35; ++pot) {
-      const std::string key = "Pot" + std::to_string(pot) + "_";
-      for (const char* const line :
-           {"Name=VRST_High", "I2CAddress=2C", "I2CInternalAddress=3", "Max=3.3", "Min=0.1",
-            "MaxAllowedValue=0xF0", "MinAllowedValue=0x01", "RailI2CAddressHex=48", "RailI2CInternalAddressHex=02",
-            "RailVoltageMax=5.0", "RailVoltageMin=0.0"})
-        text += key + line + "\n";
-      text += key + "Default=" + std::to_string(group * 35 + pot) + "\n";
-    }
-  }
-  const double begin = ProcessorSeconds();
-  ASSERT_EQ(Load(text + "[End]\n"), 0u);
-  if (!kHasSanitizer) {
-    EXPECT_LT(ProcessorSeconds() - begin, 5.0);
-  }
-  EXPECT_EQ(PotsIn(9), 35);
-  EXPECT_EQ(Info<unsigned int>(9, 34, 8), 0xF0u);
-}
-
 TEST_F(CameraPots, NullNamesAndOutputsAreTaken)
 {
   EXPECT_EQ(pots_.LoadFile(nullptr), 1u);
