@@ -2,7 +2,7 @@
 // Questions about features, and writes that look first.
 #include "features/feature_access.h"
 
-#include "TScriptedVx.h"
+#include "tests/support/TStagedVx.h"
 #include "vxcore.h"
 #include "vxmcd_result_codes.h"
 
@@ -15,20 +15,23 @@ namespace {
 class FeatureAccess : public ::testing::Test
 {
 protected:
-  FeatureAccess() { vx_ = TScriptedVx{}; }
+  FeatureAccess() { vx_ = TStagedVx{}; }
 
-  long Calls(const char* function) const { return std::count(vx_.calls.begin(), vx_.calls.end(), function); }
+  long Calls(const char* function) const
+  {
+    return std::ranges::count_if(vx_.calls, [=](const std::string& call) { return call.starts_with(function); });
+  }
 
-  TScriptedVx& vx_ = TScriptedVx::Instance();
+  TStagedVx& vx_ = TStagedVx::Instance();
 };
 
 TEST_F(FeatureAccess, OnlyASuccessfulAnswerOfOneMeansImplemented)
 {
   for (const int flag : {-1, 0, 1, 2}) {
-    vx_.flag = flag;
-    vx_.code = VX_SUCCESS;
+    vx_.flags["Any"] = flag;
+    vx_.codes.clear();
     EXPECT_EQ(isImplemented(7, L"Any"), flag == 1) << flag;
-    vx_.code = VX_ERR_COMMUNICATION;
+    vx_.codes = {{"", VX_ERR_COMMUNICATION}};
     EXPECT_FALSE(isImplemented(7, L"Any"));
   }
 }
@@ -44,23 +47,23 @@ TEST_F(FeatureAccess, FindsATextExactly)
 TEST_F(FeatureAccess, SearchEndsAtTheFirstTextThatCannotBeRead)
 {
   vx_.texts = {L"Internal", L"External", L"Software"};
-  vx_.failsFromIndex = 1;
+  vx_.codes = {{"GetEnumeratedString Any 1", VX_ERR_NOT_READABLE}};
   EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", L"Internal"), 0);
   EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", L"Software"), -1);
-  EXPECT_EQ(Calls("VX_GetEnumeratedString"), 3);
+  EXPECT_EQ(Calls("GetEnumeratedString"), 3);
 
-  vx_ = TScriptedVx{};
+  vx_ = TStagedVx{};
   for (const int count : {0, -7}) {
     vx_.count = count;
     EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", L"Internal"), -1);
   }
-  EXPECT_EQ(Calls("VX_GetEnumeratedString"), 0);
+  EXPECT_EQ(Calls("GetEnumeratedString"), 0);
 }
 
 TEST_F(FeatureAccess, TextsWithoutAnEndAreCutAndDoNotMatch)
 {
   vx_.texts = {L"x"};
-  vx_.unterminated = true;
+  vx_.fillsTexts = true;
   EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", std::wstring(64, L'x').c_str()), -1);
   EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", std::wstring(63, L'x').c_str()), 0);
 }
@@ -68,18 +71,18 @@ TEST_F(FeatureAccess, TextsWithoutAnEndAreCutAndDoNotMatch)
 TEST_F(FeatureAccess, GuardedWriteNeedsTheTextToBeThereAndAvailable)
 {
   vx_.texts = {L"Internal"};
-  vx_.flag = 1;
+  vx_.codes = {{"SetEnumeratedString", VX_ERR_NOT_WRITABLE}};
   EXPECT_EQ(CheckSetEnumeratedIndex(L"Any", L"External", RC_INVALID_TRIGGER_MODE), RC_INVALID_TRIGGER_MODE);
   for (const int flag : {0, 2}) {
-    vx_.flag = flag;
+    vx_.flags["Any"] = flag;
     EXPECT_EQ(CheckSetEnumeratedIndex(L"Any", L"Internal", RC_INVALID_TRIGGER_MODE), RC_INVALID_TRIGGER_MODE);
   }
-  EXPECT_EQ(Calls("VX_SetEnumeratedString"), 0);
+  EXPECT_EQ(Calls("SetEnumeratedString"), 0);
 
-  vx_.flag = 1;
+  vx_.flags["Any"] = 1;
   EXPECT_EQ(CheckSetEnumeratedIndex(L"Any", L"Internal", RC_INVALID_TRIGGER_MODE), RC_SUCCESS)
       << "although the write itself is refused";
-  EXPECT_EQ(Calls("VX_SetEnumeratedString"), 1);
+  EXPECT_EQ(Calls("SetEnumeratedString"), 1);
 }
 
 } // namespace

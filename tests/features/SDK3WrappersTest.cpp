@@ -4,7 +4,7 @@
 #include "features/SDK3Enum.h"
 #include "features/SDK3Int.h"
 
-#include "TScriptedVx.h"
+#include "tests/support/TStagedVx.h"
 #include "utility/TObserver.h"
 #include "vxcore.h"
 
@@ -15,9 +15,9 @@ namespace {
 class SDK3Wrappers : public ::testing::Test
 {
 protected:
-  SDK3Wrappers() { vx_ = TScriptedVx{}; }
+  SDK3Wrappers() { vx_ = TStagedVx{}; }
 
-  TScriptedVx& vx_ = TScriptedVx::Instance();
+  TStagedVx& vx_ = TStagedVx::Instance();
   SDK3Enum enum_{3, L"Any"};
   SDK3Int int_{3, L"Any"};
   SDK3Bool bool_{3, L"Any"};
@@ -30,7 +30,7 @@ TEST_F(SDK3Wrappers, EachOperationIsOneCallWhoseCodeComesBack)
   bool flag = false;
   std::wstring text;
   for (const int code : {VX_SUCCESS, VX_ERR_OUT_OF_RANGE, VX_ERR_COMMUNICATION}) {
-    vx_.code = code;
+    if (code != VX_SUCCESS) vx_.codes = {{"", code}};
     vx_.calls.clear();
     EXPECT_EQ(enum_.SetIndex(1), code);
     EXPECT_EQ(enum_.SetString(L"a"), code);
@@ -43,20 +43,20 @@ TEST_F(SDK3Wrappers, EachOperationIsOneCallWhoseCodeComesBack)
     EXPECT_EQ(int_.GetInt(number), code);
     EXPECT_EQ(bool_.SetBool(true), code);
     EXPECT_EQ(bool_.GetBool(flag), code);
-    EXPECT_EQ(vx_.calls, (std::vector<std::string>{"VX_SetEnumIndex", "VX_SetEnumString", "VX_GetEnumIndex",
-                                                   "VX_GetEnumCount", "VX_IsEnumIndexAvailable",
-                                                   "VX_IsEnumIndexImplemented", "VX_GetEnumStringByIndex",
-                                                   "VX_SetInt", "VX_GetInt", "VX_SetBool", "VX_GetBool"}));
+    EXPECT_EQ(vx_.calls, (std::vector<std::string>{"SetEnumIndex Any 1", "SetEnumString Any a", "GetEnumIndex Any",
+                                                   "GetEnumCount Any", "IsEnumIndexAvailable Any",
+                                                   "IsEnumIndexImplemented Any", "GetEnumStringByIndex Any 0",
+                                                   "SetInt Any 5", "GetInt Any", "SetBool Any 1", "GetBool Any"}));
   }
 }
 
 TEST_F(SDK3Wrappers, AnyFlagButZeroMeansAvailable)
 {
   bool available = false;
-  vx_.flag = 2;
+  vx_.flags["Any"] = 2;
   enum_.IsIndexAvailable(0, available);
   EXPECT_TRUE(available);
-  vx_.flag = 0;
+  vx_.flags["Any"] = 0;
   enum_.IsIndexAvailable(0, available);
   EXPECT_FALSE(available);
 }
@@ -64,7 +64,7 @@ TEST_F(SDK3Wrappers, AnyFlagButZeroMeansAvailable)
 TEST_F(SDK3Wrappers, PresentTextIsThatOfThePresentIndex)
 {
   vx_.texts = {L"a", L"b"};
-  vx_.index = 1;
+  vx_.integers["Any"] = 1;
   std::wstring text;
   EXPECT_EQ(enum_.GetString(text), VX_SUCCESS);
   EXPECT_EQ(text, L"b");
@@ -73,12 +73,12 @@ TEST_F(SDK3Wrappers, PresentTextIsThatOfThePresentIndex)
 TEST_F(SDK3Wrappers, FailedReadGivesAnEmptyTextAndALongOneIsCut)
 {
   std::wstring text = L"before";
-  vx_.code = VX_ERR_NOT_READABLE;
+  vx_.codes = {{"", VX_ERR_NOT_READABLE}};
   enum_.GetStringByIndex(0, text);
   EXPECT_TRUE(text.empty());
 
-  vx_.code = VX_SUCCESS;
-  vx_.unterminated = true;
+  vx_.codes.clear();
+  vx_.fillsTexts = true;
   enum_.GetStringByIndex(0, text);
   EXPECT_EQ(text, std::wstring(99, L'x'));
 }
@@ -86,10 +86,10 @@ TEST_F(SDK3Wrappers, FailedReadGivesAnEmptyTextAndALongOneIsCut)
 TEST_F(SDK3Wrappers, IntegersAreNarrowedAndKeptOnFailure)
 {
   int value = 9;
-  vx_.integer = 0x1'0000'0007LL;
+  vx_.integers["Any"] = 0x1'0000'0007LL;
   int_.GetInt(value);
   EXPECT_EQ(value, 7);
-  vx_.code = VX_ERR_NOT_READABLE;
+  vx_.codes = {{"", VX_ERR_NOT_READABLE}};
   value = 9;
   int_.GetInt(value);
   EXPECT_EQ(value, 9);
@@ -105,7 +105,7 @@ TEST_F(SDK3Wrappers, ObserversHearOfSuccessfulWritesOnly)
   } counter;
   int_.RegisterObserver(&counter);
   int_.SetInt(5);
-  vx_.code = VX_ERR_NOT_WRITABLE;
+  vx_.codes = {{"", VX_ERR_NOT_WRITABLE}};
   int_.SetInt(6);
   EXPECT_EQ(counter.updates, 1u);
 }

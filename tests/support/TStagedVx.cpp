@@ -41,6 +41,22 @@ int Query(const char* name, const wchar_t* feature, int* flag)
   return code;
 }
 
+int ReadText(const char* name, const wchar_t* feature, int index, wchar_t* text, int length)
+{
+  TStagedVx& vx = TStagedVx::Instance();
+  const int code = vx.Call(name + Narrow(feature) + " " + std::to_string(index));
+  if (vx.fillsTexts)
+    std::wmemset(text, L'x', static_cast<std::size_t>(length));
+  else if (code == VX_SUCCESS)
+    std::wcsncpy(text, vx.texts.at(static_cast<std::size_t>(index)).c_str(), static_cast<std::size_t>(length));
+  return code;
+}
+
+int Count(const TStagedVx& vx)
+{
+  return vx.count.value_or(static_cast<int>(vx.texts.size()));
+}
+
 template <class T>
 int Get(const std::string& call, T value, T* output)
 {
@@ -129,7 +145,53 @@ int VX_GetEnumerated(int, const wchar_t* feature, int* index)
 
 int VX_GetEnumeratedCount(int, const wchar_t* feature, int* count)
 {
-  return Get("GetEnumeratedCount " + Narrow(feature), 3, count);
+  return Get("GetEnumeratedCount " + Narrow(feature), Count(TStagedVx::Instance()), count);
+}
+
+int VX_GetEnumeratedString(int, const wchar_t* feature, int index, wchar_t* text, int length)
+{
+  return ReadText("GetEnumeratedString ", feature, index, text, length);
+}
+
+int VX_IsEnumeratedIndexAvailable(int, const wchar_t* feature, int, int* flag)
+{
+  return Query("IsEnumeratedIndexAvailable ", feature, flag);
+}
+
+int VX_GetEnumIndex(int, const wchar_t* feature, int* index)
+{
+  return Get("GetEnumIndex " + Narrow(feature), static_cast<int>(TStagedVx::Instance().integers[Narrow(feature)]),
+             index);
+}
+
+int VX_GetEnumCount(int, const wchar_t* feature, int* count)
+{
+  return Get("GetEnumCount " + Narrow(feature), Count(TStagedVx::Instance()), count);
+}
+
+int VX_GetEnumStringByIndex(int, const wchar_t* feature, int index, wchar_t* text, int length)
+{
+  return ReadText("GetEnumStringByIndex ", feature, index, text, length);
+}
+
+int VX_SetEnumIndex(int, const wchar_t* feature, int index)
+{
+  return TStagedVx::Instance().Call("SetEnumIndex " + Narrow(feature) + " " + std::to_string(index));
+}
+
+int VX_SetEnumString(int, const wchar_t* feature, const wchar_t* text)
+{
+  return TStagedVx::Instance().Call("SetEnumString " + Narrow(feature) + " " + Narrow(text));
+}
+
+int VX_IsEnumIndexAvailable(int, const wchar_t* feature, int, int* flag)
+{
+  return Query("IsEnumIndexAvailable ", feature, flag);
+}
+
+int VX_IsEnumIndexImplemented(int, const wchar_t* feature, int, int* flag)
+{
+  return Query("IsEnumIndexImplemented ", feature, flag);
 }
 
 int VX_SetEnumeratedString(int, const wchar_t* feature, const wchar_t* text)

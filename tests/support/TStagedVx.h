@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// A device that exists only as answers: staged transfers, cooling, and whatever goes wrong with them.
+// A device that exists only as answers: features, staged transfers, cooling, and whatever goes wrong with them.
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,9 @@ struct TStagedVx
   std::map<std::string, int> codes; ///< by call, or by what a call begins with: the code it answers
   std::map<std::string, int> flags; ///< of the queries, 1 unless given here
   int maxLength = 64;               ///< of strings
+  std::vector<std::wstring> texts;  ///< of the values of every enumerated feature
+  std::optional<int> count;         ///< of the values, when it is not the true one
+  bool fillsTexts = false;          ///< the texts of values fill their buffer without an end
 
   std::vector<std::string> calls;
 
