@@ -152,49 +152,6 @@ TEST_F(Retrieval, CountersTellWhatTheRunHasBrought)
   EXPECT_EQ(untouched, 42);
 }
 
-TEST_F(Retrieval, OverwrittenImagesAreSkipped)
-{
-  SetArea(512, 512);
-  ASSERT_EQ(VX_SetEnumString(CoreHandle(), L"PixelEncoding", L"Mono16"), VX_SUCCESS);
-  ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
-  const long slots = 300000000 / GetInt(L"ImageSizeBytes");
-  PushFrames(static_cast<int>(slots) + 10, 0);
-  int first = 0;
-  int last = 0;
-  ASSERT_EQ(GetNumberAvailableImages(&first, &last), RC_SUCCESS);
-  EXPECT_EQ(first, 11);
-  EXPECT_EQ(last, slots + 10);
-
-  std::vector<unsigned short> image(512 * 512);
-  ASSERT_EQ(GetOldestImage16(image.data(), image.size()), RC_SUCCESS);
-  EXPECT_EQ(image[0], 10 * 0x0101) << "image 11 was pushed with value 10";
-  ASSERT_EQ(GetOldestImage16(image.data(), image.size()), RC_SUCCESS);
-  EXPECT_EQ(image[0], 11 * 0x0101);
-  long from = 0;
-  long to = 0;
-  ASSERT_EQ(GetImages16(9, 12, std::vector<unsigned short>(512UL * 512 * 4).data(), 512UL * 512, &from, &to),
-            RC_SUCCESS);
-  EXPECT_EQ(from, 11);
-  EXPECT_EQ(to, 12);
-}
-
-TEST_F(Retrieval, PaddingOfRowsDoesNotReachTheImage)
-{
-  VXSIM_Configure("[Simulator]\nCameras=1\n[Camera0]\nModel=RQ512_LX\nSource=manual\nStridePadding=24\n");
-  ShutDown();
-  Open(kWidth, kHeight);
-  SetAcquisitionMode(1);
-  Start();
-  const auto stride = static_cast<std::size_t>(GetInt(L"AOIStride"));
-  ASSERT_GT(stride, kWidth * 2u);
-  std::vector<unsigned char> frame(static_cast<std::size_t>(GetInt(L"ImageSizeBytes")), 0xEE);
-  for (std::size_t row = 0; row < kHeight; ++row) std::memset(frame.data() + row * stride, 0x11, kWidth * 2);
-  ASSERT_EQ(VXSIM_PushFrame(0, frame.data(), static_cast<int>(frame.size())), VX_SUCCESS);
-  ASSERT_EQ(WaitForAcquisitionTimeOut(20000), RC_SUCCESS);
-  ASSERT_EQ(GetOldestImage16(words_.data(), kSize), RC_SUCCESS);
-  for (std::size_t pixel = 0; pixel < kSize; ++pixel) ASSERT_EQ(words_[pixel], 0x1111) << pixel;
-}
-
 TEST_F(Retrieval, UnreadableOrUnknownEncodingIsNotSupported)
 {
   Start();

@@ -291,10 +291,6 @@ def test_errors_can_be_sent_to_other_processes(error):
     assert type(arrived) is type(error) and str(arrived) == str(error) and vars(arrived) == vars(error)
 
 
-def test_every_name_of_the_package_is_listed():
-    assert {*vxmcd.__all__} <= {*dir(vxmcd)}
-
-
 def test_threads_share_cameras(simulator, monkeypatch):
     simulator.configure(FREE)
     call = raw.GetDetector

@@ -43,16 +43,6 @@ def assert_same(run, tool):
         assert run.host_times().astype(np.int64).tolist() == times
 
 
-@pytest.mark.parametrize("encoding", ENCODINGS)
-@pytest.mark.parametrize("width, height, padding, images_per_file, metadata", [
-    (1, 1, 0, 1, True), (7, 3, 0, 2, True), (64, 5, 13, 3, False), (33, 2, 2, 16, True)])
-def test_every_encoding(tmp_path, encoding, width, height, padding, images_per_file, metadata):
-    run = tmp_path / "run"
-    run.mkdir()
-    writer = SpoolWriter(run, 5, width, height, encoding, padding, images_per_file, metadata)
-    assert_same(SpoolRun(writer.write()), converted(run, tmp_path / "run.raw", "--verify"))
-
-
 @pytest.mark.parametrize("seed", range(12))
 def test_runs_with_damage(tmp_path, seed):
     """Killed runs with records in any order, a torn index or none, and bytes that changed on the way."""

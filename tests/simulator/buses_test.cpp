@@ -212,22 +212,4 @@ TEST_F(SimulatorI2c, BusesAreApartAndAnswerOnlyForTheirDevices)
   EXPECT_EQ(Staged(tarn).ByteAt(L"Internal", 0x2C, 0), 0x80);
 }
 
-TEST_F(SimulatorI2c, FaultsReachEveryStepOfATransfer)
-{
-  Configure(kTrellis);
-  const OpenCamera camera;
-  const Staged staged(camera);
-  ASSERT_EQ(VXSIM_AddFault("call VX_SetInt feature InternalI2CByte at 2 rc 53"), VX_SUCCESS);
-  EXPECT_EQ(staged.WriteBytes(L"Internal", 0x2C, {0, 5}), VX_ERR_COMMUNICATION);
-  ASSERT_EQ(VXSIM_AddFault("call VX_Command feature RegisterRead rc 53"), VX_SUCCESS);
-  Values values(1);
-  EXPECT_EQ(staged.ReadRegisters(0, values), VX_ERR_COMMUNICATION);
-  ASSERT_EQ(VXSIM_AddFault("value TemperatureStatus set 5"), VX_SUCCESS);
-  int index = -1;
-  EXPECT_EQ(VX_GetEnumIndex(camera.handle, L"TemperatureStatus", &index), VX_SUCCESS);
-  EXPECT_EQ(index, 5);
-  ASSERT_EQ(VXSIM_ClearFaults(), VX_SUCCESS);
-  EXPECT_EQ(staged.ByteAt(L"Internal", 0x2C, 0), 0x80); // the first write never came to its command
-}
-
 } // namespace

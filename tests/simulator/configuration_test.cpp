@@ -153,16 +153,6 @@ TEST_F(SimulatorConfiguration, BadFileMakesInitialisationFail)
   unsetenv("VXCORE_CONFIG");
 }
 
-TEST_F(SimulatorConfiguration, NoCameraMayBeAttached)
-{
-  Configure("[Simulator]\nCameras = 0\n");
-  long long count = -1;
-  EXPECT_EQ(VX_GetInt(VX_HANDLE_SYSTEM, L"DeviceCount", &count), VX_SUCCESS);
-  EXPECT_EQ(count, 0);
-  int handle = -1;
-  EXPECT_EQ(VX_Open(0, &handle), VX_ERR_NO_SUCH_DEVICE);
-}
-
 TEST_F(SimulatorConfiguration, WiderLimitsNeverLeadBeyondTheCamera)
 {
   std::string text = "[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = dark\n";

@@ -199,36 +199,6 @@ TEST_F(SimulatorFeatures, GainDecidesBitDepthAndEncodings)
   EXPECT_EQ(VX_SetEnumerated(camera.handle, L"CycleMode", 2), VX_ERR_INDEX_NOT_IMPLEMENTED);
 }
 
-TEST_F(SimulatorFeatures, EachGainChannelHasAGainOfItsOwn)
-{
-  Configure(std::string("[Camera0]\nModel = RQ512_LX\nClock = free\nScene = flat\nNoise = off\n") +
-            "PhotonsPerSecond = 100000\n[Camera0.SensorWidth]\nValue = 16\n[Camera0.SensorHeight]\nValue = 16\n");
-  OpenCamera camera;
-  camera.QueueBuffers(1);
-  const auto signal = [&camera] { // of 900 electrons
-    camera.Start();
-    EXPECT_EQ(camera.Wait(), VX_SUCCESS);
-    camera.Requeue();
-    uint16_t count = 0;
-    std::memcpy(&count, camera.frame.data(), sizeof count);
-    return count - 100;
-  };
-  EXPECT_EQ(signal(), 900 / 20);
-  EXPECT_EQ(camera.TrySet(L"PreAmpGain", L"10x"), VX_ERR_INDEX_NOT_AVAILABLE);
-  camera.Set(L"PreAmpGain", L"2x");
-  EXPECT_EQ(signal(), 900 / 10);
-  camera.Set(L"PreAmpGainSelector", L"High");
-  EXPECT_EQ(camera.Enum(L"PreAmpGain"), L"10x");
-  camera.Set(L"PreAmpGain", L"30x");
-  EXPECT_EQ(signal(), 900 / 10); // the other channel is read out
-  camera.Set(L"PreAmpGainChannel", L"High");
-  EXPECT_EQ(signal(), 900 * 30 / 20);
-  camera.Set(L"PreAmpGainSelector", L"Low");
-  EXPECT_EQ(camera.Enum(L"PreAmpGain"), L"2x");
-  camera.Set(L"BaselineLevel", 300LL);
-  EXPECT_EQ(signal(), 900 * 30 / 20 + 200);
-}
-
 TEST_F(SimulatorFeatures, LayoutsKeepTheirOwnColumnsAndPicturesFollowBetweenRuns)
 {
   // Brightness grows evenly from column to column.

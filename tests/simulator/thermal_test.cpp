@@ -158,26 +158,4 @@ TEST_F(SimulatorThermal, AnAdvanceDelaysARunAndLosesNothing)
   EXPECT_FALSE(camera.Bool(L"CameraAcquiring"));
 }
 
-TEST_F(SimulatorThermal, DarkCurrentFollowsTheSensor)
-{
-  // Without noise a dark frame shows its mean; at 0 degrees 1000 electrons a second, of half an electron a count.
-  Configure(std::string("[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = dark\nNoise = off\n") +
-            "DarkCurrent = 1000\nDarkDoubling = 5\n" + kSmallSensor);
-  OpenCamera camera;
-  camera.Set(L"SensorCooling", true);
-  camera.Set(L"ExposureTime", 0.5);
-  camera.Set(L"FrameCount", 3LL);
-  camera.QueueBuffers(3);
-  const double targets[] = {10.0, 5.0, -10.0};
-  camera.Start();
-  for (const double target : targets) {
-    camera.Set(L"TargetSensorTemperature", target); // also during a run
-    Advance(500.0);
-    ASSERT_EQ(camera.Wait(), VX_SUCCESS);
-    uint16_t count = 0;
-    std::memcpy(&count, camera.frame.data(), sizeof count); // the first pixel of this seed is an ordinary one
-    EXPECT_NEAR(count - 100, 500.0 * std::exp2(target / 5.0) / 0.5, 2.0) << target;
-  }
-}
-
 } // namespace

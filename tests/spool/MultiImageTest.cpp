@@ -195,44 +195,6 @@ TEST(MultiImage, CountsBytesIn64Bits)
   EXPECT_EQ(place - file.base, static_cast<std::ptrdiff_t>(5 * kGiB));
 }
 
-TEST(MultiImage, WritesFromManyThreadsAreAllInPlaceAndEveryFileIsClosed)
-{
-  constexpr unsigned int kThreads = 4;
-  constexpr unsigned int kImages = 1200;
-  constexpr unsigned int kPerFile = 5;
-  TMemorySpooler files;
-  files.beforeClose = [] { std::this_thread::yield(); }; // time for others to get in between
-  TRandomAccessMultiImageSpooler spooler(&files, kPerFile);
-  spooler.SetImageSizeBytes(sizeof(unsigned int));
-  std::vector<std::thread> threads;
-  for (unsigned int thread = 0; thread < kThreads; ++thread)
-    threads.emplace_back([&spooler, thread] {
-      for (unsigned int index = thread; index < kImages; index += kThreads) {
-        IImage* image = nullptr;
-        unsigned char* place = nullptr;
-        ASSERT_EQ(spooler.OpenImage(index, 6, image), 0);
-        ASSERT_EQ(image->Lock(place), 0);
-        std::copy_n(reinterpret_cast<const unsigned char*>(&index), sizeof index, place);
-        ASSERT_EQ(image->Unlock(), 0);
-        ASSERT_EQ(spooler.CloseImage(image), 0);
-      }
-    });
-  for (std::thread& thread : threads) thread.join();
-
-  EXPECT_EQ(files.overlaps, 0);
-  ASSERT_EQ(files.images.size(), kImages / kPerFile);
-  for (const auto& [number, file] : files.images) {
-    EXPECT_FALSE(file.isOpen);
-    EXPECT_EQ(file.opened, file.closed);
-    for (unsigned int i = 0; i < kPerFile; ++i) {
-      unsigned int written = 0;
-      std::copy_n(file.bytes.data() + i * sizeof written, sizeof written,
-                  reinterpret_cast<unsigned char*>(&written));
-      EXPECT_EQ(written, number * kPerFile + i);
-    }
-  }
-}
-
 TEST(SerialMultiImage, HandsOutOnePlaceAfterTheOtherAndUnlocksTheFileOnce)
 {
   TMemoryImage file;

@@ -38,17 +38,6 @@ TEST(SpoolQueue, GivesFramesBackInOrder)
   EXPECT_EQ(TQueuingSpoolAlgorithm(nullptr).Spool(0, frame, 4), 0);
 }
 
-TEST(SpoolQueue, ComparesWhatIsToBeWrittenOnly)
-{
-  const TSpoolFileData data(frame, 1, 2);
-  TSpoolFileData marked = data;
-  marked.error = 1;
-  EXPECT_EQ(marked, data);
-  EXPECT_FALSE(data == TSpoolFileData(frame + 1, 1, 2));
-  EXPECT_FALSE(data == TSpoolFileData(frame, 2, 2));
-  EXPECT_FALSE(data == TSpoolFileData(frame, 1, 3));
-}
-
 TEST(SpoolQueue, KeepsAReaderWaitingUntilThereIsAFrame)
 {
   TSpoolQueue queue;
@@ -77,33 +66,6 @@ TEST(SpoolQueue, IsAbortedForGoodWhateverItHolds)
   queue.Queue(TSpoolFileData(frame, 2, 4));
   EXPECT_TRUE(IsEndMarker(queue.Retrieve()));
   EXPECT_FALSE(queue.IsEmpty());
-}
-
-TEST(SpoolQueue, GivesEachFrameToOneOfSeveralReaders)
-{
-  constexpr int kFrames = 6000;
-  constexpr int kThreads = 3;
-  TSpoolQueue queue;
-  std::vector<std::atomic<int>> seen(kFrames + 1);
-  std::atomic<int> total{0};
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&] {
-      for (TSpoolFileData data = queue.Retrieve(); !IsEndMarker(data); data = queue.Retrieve()) {
-        ++seen[static_cast<std::size_t>(data.index)];
-        ++total;
-      }
-      EXPECT_TRUE(queue.IsAborted()) << "the end came out of an empty queue";
-    });
-    threads.emplace_back([&queue, thread] {
-      for (int index = 1 + thread; index <= kFrames; index += kThreads)
-        queue.Queue(TSpoolFileData(frame, index, 4));
-    });
-  }
-  EXPECT_TRUE(system_calls::Eventually([&] { return total == kFrames; }));
-  queue.Abort();
-  for (std::thread& thread : threads) thread.join();
-  for (int index = 1; index <= kFrames; ++index) EXPECT_EQ(seen[static_cast<std::size_t>(index)], 1) << index;
 }
 
 TEST(SpoolQueue, AnAbortWhileTheLastFrameIsTakenIsNotMissed)

@@ -76,37 +76,6 @@ TEST_F(ThreadedSpooler, HasCopiedTheFrameOnReturnAndClosesEveryImageBeforeItGoes
   ExpectWritten(2);
 }
 
-TEST_F(ThreadedSpooler, ClosesImagesItselfWithoutThreads)
-{
-  int index = 0;
-  for (const int count : {0, -1, INT_MIN}) {
-    TThreadedSpooler spooler(&images_, count);
-    EXPECT_EQ(spooler.Spool(index, Frame(index).data(), kSize), 1);
-    ++index;
-    EXPECT_EQ(spooler.Spool(index, Frame(index).data(), kSize), 1);
-    ++index;
-    EXPECT_EQ(images_.OpenImages(), 0);
-  }
-  {
-    system_calls::Directed system;
-    system.threadCreationError = EAGAIN;
-    TThreadedSpooler spooler(&images_, 1);
-    for (; index < 10; ++index) EXPECT_EQ(spooler.Spool(index, Frame(index).data(), kSize), 1);
-    EXPECT_EQ(images_.OpenImages(), 0);
-  }
-  ExpectWritten(10);
-}
-
-TEST_F(ThreadedSpooler, MakesABoundedNumberOfThreads)
-{
-  const auto threads = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
-  const auto before = threads();
-  const TThreadedSpooler spooler(&images_, INT_MAX);
-  const auto made = threads() - before;
-  EXPECT_GE(made, kMaxLaunchers);
-  EXPECT_LE(made, kMaxLaunchers + 1) << "a sanitizer makes one more with the first thread of a program";
-}
-
 TEST_F(ThreadedSpooler, AcceptsFramesWithoutASpoolerOrThatCannotBeClosed)
 {
   EXPECT_EQ(TThreadedSpooler(nullptr, 1).Spool(0, Frame(0).data(), kSize), 1);

@@ -100,30 +100,6 @@ TEST_F(WriteTask, WritesFramesInOrderAndHandsThemBack)
   EXPECT_EQ(closers.size(), 3u);
 }
 
-TEST_F(WriteTask, ClosesImagesItselfWithoutLaunchersThatRun)
-{
-  {
-    const auto task = MakeTask();
-    Queue(0);
-    reuse_.Retrieve();
-    EXPECT_EQ(images_.OpenImages(), 0);
-  }
-  ExpectWritten(0);
-  {
-    system_calls::Directed system;
-    system.threadCreationError = EAGAIN;
-    MakeLaunchers(1);
-  }
-  TSpoolQueue input;
-  TCreateAndWriteFileTask task(borrowed_.data(), &images_, 1, &input, &reuse_, nullptr);
-  for (int index = 1; index < 5; ++index) {
-    input.Queue(TSpoolFileData(frames_[static_cast<std::size_t>(index)].data(), index, kSize));
-    reuse_.Retrieve();
-  }
-  EXPECT_EQ(images_.OpenImages(), 0);
-  ExpectWritten(4);
-}
-
 TEST_F(WriteTask, EndsAtAnEndMarkerBehindTheLastFrame)
 {
   MakeLaunchers(1);

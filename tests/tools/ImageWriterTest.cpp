@@ -7,10 +7,8 @@
 #include "tools/TPngPreviewWriter.h"
 #include "tools/TTiffStackWriter.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <sys/resource.h>
 
 namespace vxtool {
 namespace {
@@ -58,25 +56,6 @@ std::string FitsVerify(const std::string& path)
   std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
   return result == 0 ? "" : "fitsverify: " + std::to_string(result) + " " + text;
 }
-
-// No file of this process can grow beyond a length, as on a full disk, for this object's lifetime.
-class FullDisk
-{
-public:
-  explicit FullDisk(rlim_t length)
-  {
-    std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit now = {length, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &now);
-  }
-  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-  rlimit before_ = {};
-};
 
 class ImageWriter : public ::testing::Test
 {
@@ -163,52 +142,6 @@ TEST_F(ImageWriter, TiffBecomesBigWhenItMayPassFourGigabytes)
   EXPECT_TRUE(file.isBigTiff);
   ASSERT_EQ(file.pages.size(), 1500u);
   EXPECT_EQ(file.pages.back(), TestImage(small, 1500));
-}
-
-TEST_F(ImageWriter, TiffOnFullDiskHoldsTheImagesThatFit)
-{
-  const TImageShape shape = Shape(64, 64, PixelDepth::Bits16);
-  const std::string path = directory_.Path("stack.tif");
-  TTiffStackWriter writer;
-  long taken = 0;
-  {
-    const FullDisk disk(4096 + 10 * 8192 + 100); // ten images, and no room for the directories behind them
-    ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20)));
-    taken = WriteImages(writer, shape, 12);
-    EXPECT_FALSE(writer.Close(Totals(12, 0)));
-  }
-  EXPECT_EQ(taken, 10);
-  EXPECT_NE(writer.Error().find("stack.tif: cannot be written: File too large"), std::string::npos)
-      << writer.Error();
-  const TTiffPages file = ReadTiff(path);
-  EXPECT_EQ(file.problem, "");
-  EXPECT_EQ(writer.ImagesWritten(), 9) << "the last one made room for the directories";
-  ASSERT_EQ(file.pages.size(), 9u);
-  EXPECT_EQ(file.pages.back(), TestImage(shape, 9));
-  EXPECT_NE(file.firstDescription.find("\nimages=9\n"), std::string::npos);
-}
-
-TEST_F(ImageWriter, FitsOnFullDiskHoldsTheImagesThatFit)
-{
-  const TImageShape shape = Shape(256, 256, PixelDepth::Bits16);
-  const std::string path = directory_.Path("cube.fits");
-  TFitsCubeWriter writer;
-  {
-    const FullDisk disk(1'000'000); // seven images of 131,072 bytes
-    ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20)));
-    WriteImages(writer, shape, 12);
-    EXPECT_FALSE(writer.Close(Totals(12, 3)));
-  }
-  EXPECT_NE(writer.Error().find("cube.fits: "), std::string::npos) << writer.Error();
-  EXPECT_EQ(writer.ImagesWritten(), 7);
-  EXPECT_EQ(FitsVerify(path), "");
-  const TFitsCube cube = ReadFits(path, PixelDepth::Bits16);
-  EXPECT_EQ(cube.status, 0);
-  ASSERT_EQ(cube.images, 7);
-  EXPECT_EQ(cube.numbers.size(), 7U) << "there is room for the table";
-  const std::vector<std::byte> last = TestImage(shape, cube.images);
-  EXPECT_TRUE(std::equal(last.begin(), last.end(), cube.pixels.end() - static_cast<std::ptrdiff_t>(last.size())));
-  EXPECT_EQ(cube.overwritten, 3);
 }
 
 TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)

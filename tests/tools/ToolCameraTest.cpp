@@ -201,15 +201,5 @@ TEST_F(ToolCamera, CoolingThatDoesNotWorkEndsBeforeTheFirstImage)
   EXPECT_NE(ErrorOf({"--fan", "low"}).find("--fan: SetFanMode: 20991"), std::string::npos);
 }
 
-TEST_F(ToolCamera, InterruptEndsTheWaitForTheTemperature)
-{
-  Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\n");
-  const TOutcome outcome = Interrupt(
-      LaunchUntil({"acquire", "--temperature", "-60", "--wait-stable", "--output", directory_.Path("x.tif")},
-                  [this] { return HasGrownTo(directory_.Path("err"), 1); })); // it shows that it is cooling
-  EXPECT_NE(outcome.errors.find("cooling: "), std::string::npos) << outcome.errors;
-  EXPECT_FALSE(std::filesystem::exists(directory_.Path("x.tif")));
-}
-
 } // namespace
 } // namespace vxtool

@@ -102,30 +102,6 @@ TEST_F(ToolProgram, SeriesIsWrittenCompletelyInBothFormats)
   EXPECT_GT(cube.ticks.at(2), cube.ticks.at(1));
 }
 
-TEST_F(ToolProgram, AccumulatedImageIsTheSumOfItsExposures)
-{
-  Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = flat\nNoise = off\nClock = free\n");
-  const auto meanOf = [&](const std::vector<std::string>& mode) {
-    std::vector<std::string> arguments = {"acquire",    "--overwrite", "--bits",   "32",
-                                          "--exposure", "0.001",       "--output", directory_.Path("sum.fits")};
-    arguments.insert(arguments.end(), mode.begin(), mode.end());
-    const TOutcome outcome = Run(arguments);
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-    const TFitsCube cube = ReadFits(directory_.Path("sum.fits"), PixelDepth::Bits32);
-    EXPECT_EQ(cube.images, 1);
-    double sum = 0.0;
-    for (std::size_t index = 0; index < cube.pixels.size(); index += 4) {
-      int value = 0;
-      std::memcpy(&value, cube.pixels.data() + index, sizeof value);
-      sum += value;
-    }
-    return sum / (static_cast<double>(cube.pixels.size()) / 4.0);
-  };
-  const double single = meanOf({"--mode", "single"});
-  EXPECT_GT(single, 1.0);
-  EXPECT_NEAR(meanOf({"--mode", "accumulate", "--accumulations", "8"}) / single, 8.0, 0.2);
-}
-
 TEST_F(ToolProgram, TriggersStartTheExposures)
 {
   Configure(std::string(kSteadyCamera) + "TriggerPeriod = 0.02\nTriggerWidth = 0.005\n");
