@@ -169,6 +169,7 @@ TEST_F(AcquisitionThread, MissingFrameEndsTheRunAfterTheTimeLimit)
   ring_.Reset();
   RunToTheEnd(1);
   EXPECT_FALSE(thread_.IsTimedOut()) << "a new run begins without the flags of the last";
+  EXPECT_EQ(ring_.WaitChange(0), 0) << "nor does a wait for it fail";
 }
 
 TEST_F(AcquisitionThread, OverflowAndDispatchFailureEndTheRunWithTheirFlag)

@@ -43,6 +43,17 @@ TEST_F(Concurrency, ClosingSendsEveryWaiterHome)
   }
 }
 
+TEST_F(Concurrency, OneOfTwoThreadsClosesACamera)
+{
+  Open();
+  ASSERT_EQ(VXSIM_AddFault("call VX_SetBool feature MetadataEnable any delay 100ms"), VX_SUCCESS);
+  std::atomic<int> closed{0};
+  const auto close = [&](int) { closed += ShutDown() == RC_SUCCESS ? 1 : 0; };
+  InParallel({close, close}, 1);
+  EXPECT_EQ(closed, 1);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
+}
+
 TEST_F(Concurrency, StartsAbortsAndReleasesFromManyThreads)
 {
   Open();

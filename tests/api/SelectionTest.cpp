@@ -101,6 +101,16 @@ TEST_F(Selection, OpenAndCloseAskTheCameraInAFixedOrder)
                                       "VX_Close -> 0", "VX_FinaliseLibrary -> 0"}));
 }
 
+// While one camera is open the feature library stays open too, and closes no handle that is left.
+TEST_F(Selection, DeviceWithoutAModelIsClosedAgain)
+{
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+  VXSIM_AddFault("call VX_IsImplemented feature CameraModel at 1 out 2");
+  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 1);
+}
+
 TEST(Version, IsReportedInEveryForm)
 {
   unsigned int v[6] = {9, 9, 9, 9, 9, 9};
