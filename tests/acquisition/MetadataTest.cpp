@@ -56,6 +56,10 @@ TEST(MetadataParser, FindsAChunkBehindPixelsAndInFrontOfAnother)
   EXPECT_EQ(Locate(frame, 1), 100);
   EXPECT_EQ(Locate(frame, 7), 116);
 
+  TBytes bare;
+  AppendChunk(bare, 1, {});
+  EXPECT_EQ(Locate(bare, 1), 0);
+
   const TMetadataParser parser;
   unsigned char* const end = frame.data() + frame.size();
   const auto size = static_cast<std::int64_t>(frame.size());

@@ -84,6 +84,9 @@ TEST_F(PseudoAcquisitionMode, CountsTakeEffectAtOnceInAnActiveMode)
   EXPECT_EQ(encoding_.present, L"Mono32");
   EXPECT_EQ(mode_.SetNumberAccumulations(1), 0);
   EXPECT_EQ(encoding_.present, L"Mono16");
+  encoding_.present = L"Mono12";
+  EXPECT_EQ(mode_.SetNumberKinetics(8), 0);
+  EXPECT_EQ(encoding_.present, L"Mono12") << "put back once";
 }
 
 TEST_F(PseudoAcquisitionMode, RejectsCountsThatNoRunCanHave)
