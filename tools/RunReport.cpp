@@ -47,8 +47,9 @@ std::string RunReportText(const TRunSummary& summary)
     text += ReportRow("      not written", t.notWritten);
     text += ReportRow("      written", t.written, summary.output);
   } else {
-    text += ReportRow("    not on disk", t.notWritten);
-    text += ReportRow("    on disk", t.written, summary.spoolDirectory);
+    const auto count = [&](long images) { return summary.isWrittenKnown ? std::to_string(images) : "unknown"; };
+    text += ReportRow("    not on disk", count(t.notWritten));
+    text += ReportRow("    on disk", count(t.written), summary.spoolDirectory);
     if (!summary.output.empty()) text += "made of them: " + summary.output + "\n";
   }
   if (t.withoutTimestamp > 0) text += ReportRow("delivered without a timestamp", t.withoutTimestamp);
@@ -66,8 +67,8 @@ std::string RunReportJson(const TRunSummary& summary)
                {"overwritten", t.overwritten},
                {"not_fetched", t.notFetched},
                {"fetched", t.fetched},
-               {"written", t.written},
-               {"not_written", t.notWritten},
+               {"written", summary.isWrittenKnown ? Json(t.written) : Json(nullptr)},
+               {"not_written", summary.isWrittenKnown ? Json(t.notWritten) : Json(nullptr)},
                {"without_timestamp", t.withoutTimestamp},
                {"output", summary.output}};
   json.update(FactsJson(summary.facts, summary.shape));

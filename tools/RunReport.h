@@ -16,6 +16,7 @@ struct TRunSummary
   std::string output;         ///< the file, "" for none
   std::string spoolDirectory; ///< where the library has written the frames, "" for nowhere
   TRunTotals totals;
+  bool isWrittenKnown = true; ///< whether the totals tell what is on disk
   TImageShape shape;
   TRunFacts facts;
   std::optional<double> celsiusAtEnd;

@@ -145,6 +145,7 @@ void TAcquireCommand::PrintReport(const TRunResult& result)
   TRunSummary summary;
   summary.totals = result.account.Totals();
   summary.outcome = end == RunEnd::Complete ? "complete" : end == RunEnd::Interrupted ? "interrupted" : "failed";
+  summary.isWrittenKnown = result.isWrittenKnown;
   summary.seconds = result.seconds;
   summary.spoolDirectory = options_.spool.directory;
   summary.output = result.hasOutput ? options_.output.file : "";

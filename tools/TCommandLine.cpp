@@ -266,6 +266,8 @@ std::string CompleteOrSayWhy(TConvertOptions& options)
 std::string WhyNotSpooled(const TAcquireOptions& options)
 {
   if (options.spool.directory.empty()) return "";
+  if (options.spool.directory.find('\\') != std::string::npos)
+    return "--spool: the library takes a backslash for a slash; give a name without one";
   if (options.mode == RunMode::Continuous)
     return "--spool: a run until it is stopped is never recorded to disk; give --mode series with --frames N, "
            "which "

@@ -35,7 +35,7 @@ bool TInputFile::Open(const std::string& path)
   path_ = path;
   descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor_ < 0) {
-    isMissing_ = errno == ENOENT;
+    isMissing_ = errno == ENOENT || errno == ENOTDIR;
     return Fail(isMissing_ ? "is missing" : "cannot be opened: " + std::generic_category().message(errno));
   }
   struct stat status = {};

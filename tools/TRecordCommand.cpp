@@ -15,17 +15,20 @@ namespace vxtool {
 
 namespace {
 
-constexpr std::chrono::seconds kLongestWriting{60}; // of what is left to write at the end of a run
+constexpr std::chrono::seconds kMaxWriting{60};   // of what is left to write at the end of a run
+constexpr std::chrono::seconds kMaxUnreadable{2}; // of a description that may be readable in a moment
 
 // The description of a run that is over. A failure is reported before everything is on the disk, and the
 // description is completed after that. @param earlierStart  of the run before: it will not change
 TSpoolRun FinalDescription(const std::string& directory, const std::string& earlierStart)
 {
-  const auto deadline = std::chrono::steady_clock::now() + kLongestWriting;
+  const auto start = std::chrono::steady_clock::now();
   for (;;) {
     TSpoolRun run;
-    if (!run.Read(directory) || run.Facts().startTime == earlierStart) return run;
-    if (run.Facts().state != SpoolState::Recording || std::chrono::steady_clock::now() > deadline) return run;
+    const bool isRead = run.Read(directory);
+    if (run.IsMissing() || (isRead && run.Facts().startTime == earlierStart)) return run;
+    if (isRead && run.Facts().state != SpoolState::Recording) return run;
+    if (std::chrono::steady_clock::now() > start + (isRead ? kMaxWriting : kMaxUnreadable)) return run;
     std::this_thread::sleep_for(std::chrono::milliseconds(10)); // nothing announces it
   }
 }
@@ -65,8 +68,14 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TLoopSettings& settings, c
   line.Finish();
   if (!loop.Message().empty()) Say(loop.Message());
 
-  loop.Finish(AskWritten(earlier.Facts().startTime));
+  const std::optional<long> written = AskWritten(earlier.Facts().startTime, end);
+  loop.Finish(written.value_or(0));
   TRunResult result{.end = end, .account = loop.Account(), .seconds = loop.Seconds()};
+  result.isWrittenKnown = written.has_value();
+  if (!written) {
+    result.isOutputFailed = true;
+    return result;
+  }
   const TRunTotals& totals = result.account.Totals();
   if (end != RunEnd::Complete || totals.notWritten > 0)
     Say(std::to_string(totals.written) + " of " + std::to_string(settings.wantedImages) + " images are in " +
@@ -76,11 +85,16 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TLoopSettings& settings, c
   return result;
 }
 
-// Images on the disk, by the directory, which also says why these are not more.
-long TRecordCommand::AskWritten(const std::string& earlierStart) const
+// Images on the disk, by the directory, which also says why these are not more; nothing when it cannot be told.
+std::optional<long> TRecordCommand::AskWritten(const std::string& earlierStart, RunEnd end) const
 {
   const TSpoolRun run = FinalDescription(options_.spool.directory, earlierStart);
-  if (!run.Error().empty() || run.Facts().startTime == earlierStart) return 0;
+  if (run.IsMissing() && end == RunEnd::OutputFailed) return 0; // the library could not even begin
+  if (!run.Error().empty()) {
+    Say(run.Error() + ": how many images are on the disk cannot be told");
+    return std::nullopt;
+  }
+  if (run.Facts().startTime == earlierStart) return 0;
   if (run.Facts().state == SpoolState::Recording)
     Say("the library is still writing images; what follows is how far it has come");
   if (!run.Facts().failure.empty()) Say(run.Facts().failure);

@@ -26,7 +26,7 @@ public:
                  TProgressLine& line) const;
 
 private:
-  long AskWritten(const std::string& earlierStart) const;
+  std::optional<long> AskWritten(const std::string& earlierStart, RunEnd end) const;
   void MakeOutput(const TRunFacts& facts, TRunResult& result) const;
 
   TAcquireOptions options_;

@@ -251,7 +251,10 @@ bool TSpoolRun::Read(const std::string& directory)
 bool TSpoolRun::ReadText(const std::string& path, std::string& text)
 {
   TInputFile file;
-  if (!file.Open(path)) return Fail(file.Error() + (file.IsMissing() ? ": not the directory of a run" : ""));
+  if (!file.Open(path)) {
+    isMissing_ = file.IsMissing();
+    return Fail(file.Error() + (isMissing_ ? ": not the directory of a run" : ""));
+  }
   if (file.Length() > kLargestDescription) return Fail(path + ": is too long to be the description of a run");
   text.resize(file.Length());
   return file.ReadAt(0, std::as_writable_bytes(std::span(text))) || Fail(file.Error());

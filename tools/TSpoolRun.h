@@ -72,6 +72,8 @@ public:
   const std::string& Directory() const { return directory_; }
   const TSpoolFacts& Facts() const { return facts_; }
   const std::string& Error() const { return error_; }
+  /// Whether Read() failed because there is no description.
+  bool IsMissing() const { return isMissing_; }
   /// What is odd about the description, a line each.
   const std::vector<std::string>& Notes() const { return notes_; }
 
@@ -91,6 +93,7 @@ private:
   std::string directory_;
   TSpoolFacts facts_;
   std::string error_;
+  bool isMissing_ = false;
   std::vector<std::string> notes_;
   std::optional<TFrameLayout> layout_;
   std::string layoutProblem_;

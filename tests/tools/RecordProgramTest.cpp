@@ -163,6 +163,22 @@ TEST_F(RecordProgram, InterruptKeepsWhatWasWrittenAndSaysHowMuch)
   ExpectWholeFrames(ReadFits(directory_.Path("a.fits"), PixelDepth::Bits16));
 }
 
+TEST_F(RecordProgram, DescriptionThatCannotBeReadIsNotTakenForAnEmptyDisk)
+{
+  Configure(kSteadyCounterCamera);
+  const pid_t child = RecordUntil(5, {"--frames", "100000"});
+  const std::string description = Directory() + "/" + kSpoolDescriptionName;
+  fs::remove(description);
+  fs::create_directory(description);
+  kill(child, SIGINT);
+  const TOutcome outcome = Finish(child);
+  EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("is not a regular file: how many images are on the disk cannot be told"),
+            std::string::npos)
+      << outcome.errors;
+  EXPECT_TRUE(nlohmann::json::parse(outcome.output)["written"].is_null()) << outcome.output;
+}
+
 TEST_F(RecordProgram, KilledProgramLeavesImagesThatCanBeSalvaged)
 {
   Configure(kSteadyCounterCamera);
@@ -232,6 +248,7 @@ TEST_F(RecordProgram, OptionsThatDoNotGoTogetherAreRefused)
   EXPECT_EQ(Run({"acquire", "--spool-threads", "2"}).exitCode, 1);
   EXPECT_EQ(Run({"acquire", "--spool-method", "multi"}).exitCode, 1);
   EXPECT_EQ(Run({"acquire", "--spool", Directory(), "--spool-threads", "0"}).exitCode, 1);
+  EXPECT_EQ(Run({"acquire", "--spool", Directory() + "\\a"}).exitCode, 1) << "another directory would be made";
   EXPECT_FALSE(fs::exists(Directory()));
   Configure(std::string(kSteadyCounterCamera));
   const TOutcome late = Run(Record({"--frames", "5", "--trigger", "external", "--timeout", "0.3"}));
