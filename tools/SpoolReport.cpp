@@ -153,6 +153,7 @@ std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& convers
   if (c.unchecked > 0) text += ReportRow("  without a checksum, taken", c.unchecked);
   text += ReportRow("  checksum wrong", c.wrong, wrong.empty() ? "" : "images " + wrong);
   text += ReportRow("  missing", c.unrecorded + c.unreadable, absent.empty() ? "" : "images " + absent);
+  if (c.unrecordedData > 0) text += ReportRow("    with data, without a record", c.unrecordedData);
   if (c.notReached > 0) text += ReportRow("  not looked at", c.notReached);
   if (output.empty() && c.written + c.notWritten == 0) return text;
   if (c.notWritten > 0) text += ReportRow("not written", c.notWritten);
@@ -170,6 +171,7 @@ std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& convers
                    {"unchecked", c.unchecked},
                    {"wrong", c.wrong},
                    {"unrecorded", c.unrecorded},
+                   {"unrecorded_data", c.unrecordedData},
                    {"unreadable", c.unreadable},
                    {"not_reached", c.notReached},
                    {"written", c.written},

@@ -126,7 +126,12 @@ void TConvertCommand::SayWhatIsMissing() const
   const auto say = [](long count, const std::string& what) {
     if (count > 0) Say(std::to_string(count) + (count == 1 ? " image " : " images ") + what);
   };
-  say(c.unrecorded, index_.IsMissing() ? "of zeros only, left out" : "without a record in the index, left out");
+  const bool isWithoutRecords = index_.Count() == 0;
+  say(c.unrecorded - c.unrecordedData,
+      isWithoutRecords ? "of zeros only, left out" : "without a record in the index, left out");
+  say(c.unrecordedData,
+      "with data and without a record in the index, left out: torn, or whole behind an index that a "
+      "power failure has cut short; --salvage --keep-damaged takes them unchecked");
   say(c.unreadable, "that cannot be read, left out");
   say(c.wrong, options_.keepsDamaged ? "with a wrong checksum, taken all the same"
                                      : "with a wrong checksum, left out; --keep-damaged takes them");

@@ -2,6 +2,7 @@
 // Positioned reads of regular files.
 #include "tools/TInputFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,6 +10,10 @@
 #include <unistd.h>
 
 namespace vxtool {
+
+namespace {
+constexpr std::uint64_t kWindowBytes = 65'536;
+} // namespace
 
 TInputFile::~TInputFile()
 {
@@ -21,6 +26,7 @@ void TInputFile::Close()
   descriptor_ = -1;
   length_ = 0;
   isMissing_ = false;
+  window_.clear();
 }
 
 bool TInputFile::Fail(const std::string& reason)
@@ -58,6 +64,32 @@ bool TInputFile::ReadAt(std::uint64_t offset, std::span<std::byte> bytes)
     bytes = bytes.subspan(static_cast<std::size_t>(done));
   }
   return true;
+}
+
+bool TInputFile::ReadWindow(std::uint64_t offset)
+{
+  const off_t data = lseek(descriptor_, static_cast<off_t>(offset), SEEK_DATA);
+  if (data < 0 && errno == ENXIO) return false;
+  windowStart_ = data < 0 ? offset : static_cast<std::uint64_t>(data); // not every file system knows its holes
+  window_.resize(std::min<std::uint64_t>(kWindowBytes, length_ - windowStart_));
+  if (ReadAt(windowStart_, window_)) return true;
+  window_.assign(1, std::byte{1}); // may be anything
+  return true;
+}
+
+std::uint64_t TInputFile::NextNonzero(std::uint64_t offset, std::uint64_t end)
+{
+  while (offset < end) {
+    if (offset < windowStart_ || offset >= windowStart_ + window_.size()) {
+      if (!ReadWindow(offset)) return end;
+      offset = windowStart_;
+    }
+    const auto found = std::find_if(window_.begin() + static_cast<std::ptrdiff_t>(offset - windowStart_),
+                                    window_.end(), [](std::byte byte) { return byte != std::byte{0}; });
+    offset = windowStart_ + static_cast<std::uint64_t>(found - window_.begin());
+    if (found != window_.end()) break;
+  }
+  return std::min(offset, end);
 }
 
 } // namespace vxtool

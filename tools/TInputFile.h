@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vxtool {
 
@@ -23,6 +24,9 @@ public:
   /// Opens a file, closing the one before.
   bool Open(const std::string& path);
   bool ReadAt(std::uint64_t offset, std::span<std::byte> bytes);
+  /// The first byte from @p offset on, and before @p end, that is not zero or cannot be read; @p end for none.
+  /// Holes take no time.
+  std::uint64_t NextNonzero(std::uint64_t offset, std::uint64_t end);
   /// The file's length in bytes when it was opened.
   std::uint64_t Length() const { return length_; }
   /// Whether the last Open() failed because nothing has that name.
@@ -33,11 +37,16 @@ private:
   bool Fail(const std::string& reason);
   void Close();
 
+  /// Reads from the next data on into the window; false when there is none.
+  bool ReadWindow(std::uint64_t offset);
+
   std::string path_;
   std::string error_;
   std::uint64_t length_ = 0;
   int descriptor_ = -1;
   bool isMissing_ = false;
+  std::vector<std::byte> window_; // what was looked at last
+  std::uint64_t windowStart_ = 0;
 };
 
 } // namespace vxtool

@@ -18,12 +18,12 @@ TNumberRanges::TNumberRanges(std::vector<TNumberRange> ranges)
   }
 }
 
-void TNumberRanges::Add(long number)
+void TNumberRanges::Add(long first, long last)
 {
-  if (!ranges_.empty() && ranges_.back().last + 1 == number)
-    ranges_.back().last = number;
+  if (!ranges_.empty() && ranges_.back().last + 1 == first)
+    ranges_.back().last = last;
   else
-    ranges_.push_back({number, number});
+    ranges_.push_back({first, last});
 }
 
 long TNumberRanges::Count() const

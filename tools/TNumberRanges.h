@@ -23,8 +23,8 @@ public:
   /// Sorts ranges and joins those that touch or overlap.
   explicit TNumberRanges(std::vector<TNumberRange> ranges);
 
-  /// Adds a number above all others.
-  void Add(long number);
+  /// Adds numbers above all others.
+  void Add(long first, long last);
   const std::vector<TNumberRange>& Ranges() const { return ranges_; }
   bool IsEmpty() const { return ranges_.empty(); }
   long Count() const;

@@ -6,7 +6,6 @@
 #include "tools/Options.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace vxtool {
@@ -14,12 +13,6 @@ namespace vxtool {
 namespace {
 
 constexpr std::size_t kMostProblems = 5;
-
-bool IsAllZeros(TPixelBytes bytes)
-{
-  return bytes.empty() ||
-         (bytes[0] == std::byte{0} && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
-}
 
 bool IsPacedRun(const TSpoolRun& run)
 {
@@ -33,7 +26,7 @@ bool TConversionCounts::AddsUp() const
 {
   const long taken = written + notWritten;
   return asked == right + unchecked + wrong + unrecorded + unreadable + notReached && written >= 0 &&
-         notWritten >= 0 && taken <= right + unchecked + wrong;
+         unrecordedData <= unrecorded && notWritten >= 0 && taken <= right + unchecked + wrong;
 }
 
 TSpoolConversion::TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& index,
@@ -47,6 +40,7 @@ TSpoolConversion::TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& inde
       isInterrupted_(std::move(isInterrupted)),
       onProgress_(std::move(onProgress)),
       files_(run.Directory(), run.Facts().imagesPerFile, run.Facts().imageBytes),
+      known_(static_cast<long>(std::max(index.End(), run.Facts().imagesWritten))),
       asked_(settings.images.IsEmpty() ? WholeRun() : settings.images),
       isPaced_(IsPacedRun(run)),
       clocks_(isPaced_)
@@ -56,42 +50,34 @@ TSpoolConversion::TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& inde
   isClockWhole_ = asked_.Ranges().size() == 1;
 }
 
-// What is looked for without an index ends at the last image that is not all zeros: image files have places for
-// images to come. A place that cannot be read may have held one.
-TNumberRanges TSpoolConversion::WholeRun()
+// Image files have places for images to come: Run() leaves out those behind the last image.
+TNumberRanges TSpoolConversion::WholeRun() const
 {
-  const std::int64_t known = std::max(index_.End(), run_.Facts().imagesWritten);
-  std::int64_t end = known;
-  if (settings_.isSalvage && TakesUnrecorded()) {
-    std::vector<std::byte> frame;
-    end = std::max(known, std::min(files_.End(), run_.ImageLimit()));
-    while (end > known && !isInterrupted_() && IsNeverWritten(end - 1, frame)) --end;
-  }
-  TNumberRanges all;
-  return end > 0 ? TNumberRanges({{1, static_cast<long>(end)}}) : all;
+  const long places = static_cast<long>(std::min(files_.End(), run_.ImageLimit()));
+  const long end = settings_.isSalvage ? std::max(known_, places) : known_;
+  return end > 0 ? TNumberRanges({{1, end}}) : TNumberRanges();
 }
 
-bool TSpoolConversion::IsNeverWritten(std::int64_t image, std::vector<std::byte>& frame)
-{
-  return files_.ReadImage(image, frame) && IsAllZeros(frame);
-}
-
-// An index says which images are there. Without one, an image may be whole all the same.
+// An index says which images are there. Without any record, an image may be whole all the same.
 bool TSpoolConversion::TakesUnrecorded() const
 {
-  return index_.IsMissing() && (settings_.isSalvage || run_.Facts().state == SpoolState::Complete);
+  if (settings_.isSalvage) return index_.Count() == 0 || settings_.keepsDamaged;
+  return index_.IsMissing() && run_.Facts().state == SpoolState::Complete;
 }
 
 RunEnd TSpoolConversion::Run()
 {
   start_ = Clock::now();
   RunEnd end = RunEnd::Complete;
-  for (const TNumberRange& range : asked_.Ranges()) {
-    for (long number = range.first; number <= range.last && end == RunEnd::Complete; ++number) {
-      if (isInterrupted_())
+  const std::vector<TNumberRange> ranges = asked_.Ranges();
+  for (const TNumberRange& range : ranges) {
+    for (long number = range.first; number <= range.last && end == RunEnd::Complete;) {
+      if (isInterrupted_()) {
         end = RunEnd::Interrupted;
-      else if (!TakeImage(number))
-        end = RunEnd::OutputFailed;
+        break;
+      }
+      number = SkipAbsent(number, range.last + 1);
+      if (number <= range.last && !TakeImage(number, range.last)) end = RunEnd::OutputFailed;
       Report();
     }
   }
@@ -100,24 +86,63 @@ RunEnd TSpoolConversion::Run()
   return end;
 }
 
-void TSpoolConversion::CountAbsent(long number, long& count)
+long TSpoolConversion::NextCandidate(long number, long end)
 {
-  ++count;
-  absent_.Add(number);
+  const std::int64_t image = number - 1;
+  std::int64_t next = index_.NextAt(image);
+  if (TakesUnrecorded())
+    next = settings_.isSalvage ? std::min(next, files_.NextUsed(image, index_.Count() == 0)) : image;
+  return static_cast<long>(std::min<std::int64_t>(next, end - 1)) + 1;
+}
+
+long TSpoolConversion::SkipAbsent(long number, long end)
+{
+  const long next = NextCandidate(number, end);
+  long newest = known_; // image that there is, as far as it is known
+  long withData = 0;
+  if (settings_.isSalvage && !TakesUnrecorded()) {
+    for (long n = number; (n = NextWithData(n, next)) < next; ++n) {
+      if (isInterrupted_()) return number;
+      newest = std::max(newest, n);
+      ++withData;
+    }
+  }
+  const bool isBehindAll = next == end && settings_.images.IsEmpty() && newest < end - 1;
+  if (isBehindAll) {
+    newest = std::max(newest, number - 1);
+    asked_ = newest > 0 ? TNumberRanges({{1, newest}}) : TNumberRanges();
+    counts_.asked = newest;
+  }
+  const long last = isBehindAll ? newest : next - 1;
+  if (last < number) return next;
+  CountAbsent(number, last, counts_.unrecorded);
+  counts_.unrecordedData += withData;
+  return next;
+}
+
+long TSpoolConversion::NextWithData(long number, long end)
+{
+  return static_cast<long>(std::min<std::int64_t>(files_.NextUsed(number - 1, false), end - 1)) + 1;
+}
+
+void TSpoolConversion::CountAbsent(long first, long last, long& count)
+{
+  count += last - first + 1;
+  absent_.Add(first, last);
   isClockWhole_ = false;
 }
 
 // False when the output has failed.
-bool TSpoolConversion::TakeImage(long number)
+bool TSpoolConversion::TakeImage(long& next, long last)
 {
+  const long number = next++;
   const std::int64_t image = number - 1;
   const TSpoolIndex::TRecord* const record = index_.Find(image);
-  if (!record && !TakesUnrecorded()) {
-    CountAbsent(number, counts_.unrecorded);
-    return true;
-  }
   if (!files_.ReadImage(image, frame_)) {
-    CountAbsent(number, counts_.unreadable);
+    // Without records nothing tells the images of a file apart that is not there.
+    const bool isAlone = index_.Count() > 0;
+    if (!isAlone) next = static_cast<long>(std::min<std::int64_t>(files_.UnreadableEnd(), last)) + 1;
+    CountAbsent(number, next - 1, counts_.unreadable);
     const bool isKnown = std::find(problems_.begin(), problems_.end(), files_.Error()) != problems_.end();
     if (!isKnown && problems_.size() < kMostProblems) problems_.push_back(files_.Error());
     return true;
@@ -128,13 +153,10 @@ bool TSpoolConversion::TakeImage(long number)
   if (record) {
     label.hostNanoseconds = record->hostNanoseconds;
     label.check = ImageChecksum(frame_) == record->checksum ? ImageCheck::Right : ImageCheck::Wrong;
-  } else if (settings_.isSalvage && IsAllZeros(frame_)) {
-    CountAbsent(number, counts_.unrecorded);
-    return true;
   }
   if (label.check == ImageCheck::Wrong) {
     ++counts_.wrong;
-    wrong_.Add(number);
+    wrong_.Add(number, number);
     isClockWhole_ = false;
     if (!settings_.keepsDamaged) return true;
   } else

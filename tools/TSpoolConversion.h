@@ -22,8 +22,9 @@ struct TConversionSettings
 {
   TNumberRanges images; ///< numbers from 1; empty: all that the run is known to have
   PixelDepth depth = PixelDepth::Bits16;
-  bool isSalvage = false;    ///< takes images that nothing vouches for, when they are not all zeros
-  bool keepsDamaged = false; ///< hands on images whose checksum is wrong
+  /// Looks for images that have no record, too: those that are not all zeros. Without any record they are taken.
+  bool isSalvage = false;
+  bool keepsDamaged = false; ///< hands on images whose checksum is wrong; with salvage also those without a record
   bool keepsLast = false;    ///< LastImage() is wanted
 };
 
@@ -31,12 +32,13 @@ struct TConversionSettings
 struct TConversionCounts
 {
   long asked = 0;
-  long right = 0;      ///< their checksum is right
-  long unchecked = 0;  ///< they have no checksum and were taken all the same
-  long wrong = 0;      ///< their checksum is wrong
-  long unrecorded = 0; ///< the index does not know them
-  long unreadable = 0; ///< their file is missing or too short, or cannot be read
-  long notReached = 0; ///< the conversion ended before
+  long right = 0;          ///< their checksum is right
+  long unchecked = 0;      ///< they have no checksum and were taken all the same
+  long wrong = 0;          ///< their checksum is wrong
+  long unrecorded = 0;     ///< the index does not know them
+  long unreadable = 0;     ///< their file is missing or too short, or cannot be read
+  long unrecordedData = 0; ///< of the unrecorded: not all zeros; looked for by salvage only
+  long notReached = 0;     ///< the conversion ended before
   long written = 0;
   long notWritten = 0; ///< taken, but not in the output
   long cut = 0;        ///< taken, but with pixels that the depth does not hold
@@ -78,13 +80,17 @@ public:
 private:
   using Clock = std::chrono::steady_clock;
 
-  /// Numbers of all images that the run is known to have; may read image files.
-  TNumberRanges WholeRun();
-  bool IsNeverWritten(std::int64_t image, std::vector<std::byte>& frame);
+  /// Numbers of all images that the run may have.
+  TNumberRanges WholeRun() const;
   bool TakesUnrecorded() const;
-  bool TakeImage(long number);
+  /// The next number below @p end that is worth a look, or that; those before are counted as unrecorded.
+  long SkipAbsent(long number, long end);
+  long NextCandidate(long number, long end);
+  long NextWithData(long number, long end);
+  /// Takes an image; @p number becomes that of the next one.
+  bool TakeImage(long& number, long last);
   bool HandOn(TImageLabel label);
-  void CountAbsent(long number, long& count);
+  void CountAbsent(long first, long last, long& count);
   void Report();
 
   const TSpoolRun& run_;
@@ -94,6 +100,7 @@ private:
   std::function<bool()> isInterrupted_;
   std::function<void(const TProgress&)> onProgress_;
   TSpoolFiles files_;
+  long known_; // images that index and description tell of
   TNumberRanges asked_;
   TNumberRanges wrong_;
   TNumberRanges absent_;

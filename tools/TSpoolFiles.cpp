@@ -19,29 +19,64 @@ TSpoolFiles::TSpoolFiles(const std::string& directory, std::int64_t imagesPerFil
     const auto number = SpoolFileNumber(entry->path().filename().string());
     // A file behind all images that a run can have is not one of a run.
     if (!number || *number > INT_MAX / imagesPerFile) continue;
-    ++count_;
-    end_ = std::max(end_, (*number + 1) * imagesPerFile);
+    numbers_.push_back(*number);
   }
+  std::sort(numbers_.begin(), numbers_.end());
+  if (!numbers_.empty()) end_ = (numbers_.back() + 1) * imagesPerFile;
+}
+
+bool TSpoolFiles::OpenFile(std::int64_t number)
+{
+  if (number == number_) return isOpen_;
+  number_ = number;
+  isOpen_ = file_.Open(directory_ + "/" + SpoolFileName(number));
+  if (!isOpen_) error_ = file_.Error();
+  return isOpen_;
+}
+
+std::int64_t TSpoolFiles::NextFileStart(std::int64_t number) const
+{
+  const auto next = std::upper_bound(numbers_.begin(), numbers_.end(), number);
+  return next == numbers_.end() ? kNoImage : *next * imagesPerFile_;
+}
+
+std::int64_t TSpoolFiles::NextUsed(std::int64_t image, bool takesUnreadable)
+{
+  while (image < end_) {
+    const std::int64_t file = image / imagesPerFile_;
+    const bool isOpen = OpenFile(file);
+    const std::int64_t places =
+        isOpen ? std::min(static_cast<std::int64_t>(file_.Length()) / imageBytes_, imagesPerFile_) : 0;
+    const std::int64_t place = image % imagesPerFile_;
+    if (place < places) {
+      const auto end = static_cast<std::uint64_t>(places * imageBytes_);
+      const std::uint64_t found = file_.NextNonzero(static_cast<std::uint64_t>(place * imageBytes_), end);
+      if (found < end) return file * imagesPerFile_ + static_cast<std::int64_t>(found) / imageBytes_;
+    }
+    if (takesUnreadable && places < imagesPerFile_) return file * imagesPerFile_ + std::max(place, places);
+    image = isOpen ? (file + 1) * imagesPerFile_ : NextFileStart(file);
+  }
+  return kNoImage;
 }
 
 bool TSpoolFiles::ReadImage(std::int64_t image, std::vector<std::byte>& bytes)
 {
   const std::int64_t number = image / imagesPerFile_;
   const std::string path = directory_ + "/" + SpoolFileName(number);
-  if (number != number_) {
-    number_ = number;
-    isOpen_ = file_.Open(path);
-    if (!isOpen_) error_ = file_.Error();
+  if (!OpenFile(number)) {
+    unreadableEnd_ = NextFileStart(number);
+    return false;
   }
-  if (!isOpen_) return false;
   const auto offset = static_cast<std::uint64_t>(image % imagesPerFile_ * imageBytes_);
   // Before any memory is asked for: the description may tell of images that no file could hold.
   if (file_.Length() < offset + static_cast<std::uint64_t>(imageBytes_)) {
     error_ = path + ": is too short";
+    unreadableEnd_ = (number + 1) * imagesPerFile_;
     return false;
   }
   bytes.resize(static_cast<std::size_t>(imageBytes_));
   if (file_.ReadAt(offset, bytes)) return true;
+  unreadableEnd_ = image + 1;
   error_ = file_.Error();
   return false;
 }

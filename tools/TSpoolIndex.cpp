@@ -79,11 +79,21 @@ bool TSpoolIndex::Read(const std::string& directory, std::int64_t imageLimit)
   return error_.empty();
 }
 
+std::vector<TSpoolIndex::TRecord>::const_iterator TSpoolIndex::At(std::int64_t image) const
+{
+  return std::lower_bound(records_.begin(), records_.end(), image,
+                          [](const TRecord& record, std::int64_t wanted) { return record.image < wanted; });
+}
+
+std::int64_t TSpoolIndex::NextAt(std::int64_t image) const
+{
+  const auto found = At(image);
+  return found != records_.end() ? found->image : INT64_MAX;
+}
+
 const TSpoolIndex::TRecord* TSpoolIndex::Find(std::int64_t image) const
 {
-  const auto found =
-      std::lower_bound(records_.begin(), records_.end(), image,
-                       [](const TRecord& record, std::int64_t wanted) { return record.image < wanted; });
+  const auto found = At(image);
   return found != records_.end() && found->image == image ? &*found : nullptr;
 }
 

@@ -27,6 +27,8 @@ public:
 
   /// The record of an image, or null.
   const TRecord* Find(std::int64_t image) const;
+  /// The first image from @p image on that has a record; INT64_MAX for none.
+  std::int64_t NextAt(std::int64_t image) const;
   std::int64_t Count() const { return static_cast<std::int64_t>(records_.size()); }
   /// The number behind the last image that has a record.
   std::int64_t End() const { return records_.empty() ? 0 : records_.back().image + 1; }
@@ -37,6 +39,8 @@ public:
   const std::string& Error() const { return error_; }
 
 private:
+  std::vector<TRecord>::const_iterator At(std::int64_t image) const;
+
   std::vector<TRecord> records_; // by image
   std::int64_t damaged_ = 0;
   bool isMissing_ = false;

@@ -148,6 +148,8 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         replaced. Method 1 writes a file for each image, 3 many images to a file. `threads` write, 1 or more; 2 without a
         value. Returns the run, opened. NoImageError when no image came for `timeout` s; a run that fails raises VxmcdError.
         In both cases, and after Ctrl-C, the directory holds what was written until then."""
+        if b"\\" in os.fsencode(path):
+            raise ValueError(f"{path!r}: the library takes a backslash for a slash")
         if method not in _SPOOL_METHODS:
             raise ValueError(f"method {method} is none of {_SPOOL_METHODS}")
         self._session.call("SetSpool", 1, method, os.fsencode(path))

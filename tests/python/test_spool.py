@@ -259,11 +259,20 @@ def test_a_killed_run(tmp_path):
     for size in range(0, len(index) + 1, 13):
         (tmp_path / "spool_index.dat").write_bytes(index[:size])
         run = SpoolRun(tmp_path, salvage=True)
-        assert run.state == "recording" and run.is_checked
-        assert run.numbers.tolist() == sorted(writer.order[:size // 32])
+        recorded = sorted(writer.order[:size // 32])
+        assert run.state == "recording" and run.is_checked == bool(recorded)
+        assert run.numbers.tolist() == (recorded or list(range(9)))
+        assert run.unrecorded.tolist() == (sorted(set(range(9)) - set(recorded)) if recorded else [])
         assert sorted([*run.missing, *run.numbers]) == list(range(20))
         for number in run.numbers:
             np.testing.assert_array_equal(run[number], expected[number])
+    (tmp_path / "spool_index.dat").write_bytes(index[:64])
+    run = SpoolRun(tmp_path, salvage=True, keep_unrecorded=True)
+    assert not run.is_checked and run.numbers.tolist() == list(range(9))
+    assert np.flatnonzero(~np.isnat(run.host_times())).tolist() == sorted(writer.order[:2])
+    assert run.verify(writer.order[1])
+    with pytest.raises(SpoolError, match="no record"):
+        run.verify(writer.order[2])
 
 
 def test_impossible_numbers_are_no_records(tmp_path):
@@ -297,7 +306,7 @@ def test_salvage_without_an_index(tmp_path):
     run = SpoolRun(tmp_path, salvage=True)
     assert not run.is_checked and run.numbers.tolist() == [0, 1, 3] and np.isnat(run.host_times()).all()
     np.testing.assert_array_equal(run[3], writer.array()[3])
-    with pytest.raises(SpoolError, match="no index"):
+    with pytest.raises(SpoolError, match="no record in the index"):
         run.verify(0)
 
 

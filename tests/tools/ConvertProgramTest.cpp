@@ -152,6 +152,11 @@ TEST_F(ConvertProgram, KilledRunIsConvertedWithANoteAndSalvagedOnRequest)
   EXPECT_EQ(Convert({"--verify", "--images", "6-9"}, 5)["missing_images"], "8-9");
   EXPECT_NE(ErrorOf({"--verify", "--images", "51"}, 1).find("has 50 images"), std::string::npos);
 
+  fs::resize_file(Directory() + "/" + kSpoolIndexName, 96); // a power failure took the rest
+  EXPECT_EQ(Convert({"--verify", "--salvage"}, 5)["unrecorded_data"], 4);
+  EXPECT_NE(outcome_.errors.find("4 images with data and without a record"), std::string::npos) << outcome_.errors;
+  EXPECT_EQ(Convert({"-o", directory_.Path("s.raw"), "--salvage", "--keep-damaged"}, 0)["unchecked"], 4);
+
   fs::remove(Directory() + "/" + kSpoolIndexName);
   EXPECT_NE(ErrorOf({"-o", directory_.Path("c.fits")}, 6).find("--salvage"), std::string::npos);
   const auto report = Convert({"-o", directory_.Path("c.fits"), "--salvage"}, 0);

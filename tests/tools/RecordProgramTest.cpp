@@ -186,7 +186,8 @@ TEST_F(RecordProgram, KilledProgramLeavesImagesThatCanBeSalvaged)
   kill(child, SIGKILL);
   Finish(child);
   const TOutcome salvaged = Run({"convert", Directory(), "--json", "--salvage", "-o", directory_.Path("a.fits")});
-  EXPECT_EQ(salvaged.exitCode, 0) << salvaged.output << salvaged.errors;
+  const bool isAllRecorded = Count(salvaged, "unrecorded") == 0; // an image may have been on its way
+  EXPECT_EQ(salvaged.exitCode, isAllRecorded ? 0 : 5) << salvaged.output << salvaged.errors;
   EXPECT_GE(Count(salvaged, "right"), 40);
   EXPECT_EQ(Count(salvaged, "wrong"), 0);
   ExpectWholeFrames(ReadFits(directory_.Path("a.fits"), PixelDepth::Bits16));

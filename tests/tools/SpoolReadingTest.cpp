@@ -189,6 +189,20 @@ TEST_F(SpoolReading, KilledRunGivesTheImagesThatItsIndexVouchesFor)
   salvage.isSalvage = true;
   Convert(salvage);
   EXPECT_EQ(NumbersWritten(), (Numbers{1, 2, 5, 9})) << "the others may be torn";
+  EXPECT_EQ(counts_.unrecordedData, 5);
+  PutFileBytes(path, index.substr(0, 64)); // as after a power failure
+  Convert(salvage);
+  EXPECT_EQ(NumbersWritten(), (Numbers{1, 2}));
+  EXPECT_EQ(absent_, "3-9") << "images behind the index are missing";
+  EXPECT_EQ(counts_.unrecordedData, 7);
+  salvage.keepsDamaged = true;
+  Convert(salvage);
+  EXPECT_EQ(counts_.right, 2);
+  EXPECT_EQ(counts_.unchecked, 7);
+  salvage.keepsDamaged = false;
+  PutFileBytes(path, "");
+  Convert(salvage);
+  EXPECT_EQ(counts_.unchecked, 9) << "an index without a record is as good as none";
 
   fs::remove(path);
   Convert(salvage);
@@ -259,6 +273,32 @@ TEST_F(SpoolReading, FilesAndIndexBeyondAllImagesAreNotFollowed)
   Convert();
   EXPECT_EQ(NumbersWritten(), (Numbers{1, 2, 3})) << "all images are in one file now";
   EXPECT_EQ(damagedRecords_, (INT64_C(1) << 31) - 7) << "most of them were not read";
+}
+
+TEST_F(SpoolReading, PlacesForBillionsOfImagesAreNotLookedAtOneByOne)
+{
+  TMadeRun run;
+  run.encoding = "Mono8";
+  run.width = run.height = 1;
+  run.hasMetadata = false;
+  run.state = "aborted";
+  run.images = run.imagesPerFile = 3;
+  run.extra = "[multiimage]\nImagesPerFile = 2147483647\n[run]\nImagesExpected = 2147483647\n";
+  run.Write(Directory());
+  fs::resize_file(Directory() + "/" + SpoolFileName(0), INT_MAX); // holds no data
+  TConversionSettings salvage;
+  salvage.isSalvage = true;
+  Convert(salvage);
+  EXPECT_EQ(counts_.right, 3);
+  EXPECT_EQ(counts_.asked, 3);
+  fs::remove(Directory() + "/" + kSpoolIndexName);
+  Convert(salvage);
+  EXPECT_EQ(NumbersWritten(), (Numbers{1, 2, 3}));
+  EXPECT_EQ(counts_.asked, 3);
+  run.extra += "ImagesWritten = 2147483647\n";
+  run.Write(Directory());
+  Convert();
+  EXPECT_EQ(absent_, "4-2147483647");
 }
 
 TEST_F(SpoolReading, CompleteRunThatHasLostItsIndexIsReadUnchecked)

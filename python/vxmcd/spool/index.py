@@ -24,6 +24,9 @@ class SpoolIndex(NamedTuple):
     rest: int  # bytes behind the last whole record
 
 
+NO_INDEX = SpoolIndex(np.empty(0, RECORD), 0, 0)
+
+
 def read_index(directory: Path, images_expected: int) -> SpoolIndex:
     """Reads the index of a run; SpoolFormatError when there is none."""
     whole = [np.empty(0, RECORD)]

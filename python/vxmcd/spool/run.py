@@ -14,7 +14,7 @@ from .description import RunDescription
 from .errors import DamagedImageError, MissingImageError, SpoolError, SpoolFormatError
 from .files import SpoolFiles
 from .index import FILE_NAME as INDEX_NAME
-from .index import read_index
+from .index import NO_INDEX, read_index
 from .number_gaps import NumberGaps
 from .xxh3 import xxh3_64
 
@@ -26,9 +26,10 @@ class SpoolRun:
 
     A run that has been written to its end (complete, aborted or failed), with an index in order, opens as it is.
     `salvage=True` takes what can be had of others: of a run that was killed or is still going on, with a damaged index or
-    damaged images. It adds no image that the index does not have, and leaves out those whose checksum does not fit. Only
-    when there is no index it takes the images that are not all zeros; nothing tells whether they are whole, and `is_checked`
-    is then False. `vxmcd convert --salvage` does the same.
+    damaged images. It leaves out images whose checksum does not fit, and lists in `unrecorded` those that are not all zeros
+    and have no record: they may be torn, or whole behind an index that a power failure has cut short. `keep_unrecorded=True`
+    takes them too; when the index is lost or has no record at all they are taken anyway. Nothing tells whether they are
+    whole, and `is_checked` is then False. `vxmcd convert --salvage` does the same.
 
     verify: compare every image with its checksum when opening, which reads all of them. Damaged images raise
     DamagedImageError, with salvage they are left out and listed in `damaged`. Without a value it is what `salvage` is.
@@ -36,25 +37,38 @@ class SpoolRun:
     Errors are SpoolError and its kinds. For one thread at a time.
     """
 
-    def __init__(self, path: Union[str, "os.PathLike[str]"], salvage: bool = False, verify: Optional[bool] = None):
+    def __init__(self, path: Union[str, "os.PathLike[str]"], salvage: bool = False, verify: Optional[bool] = None,
+                 keep_unrecorded: bool = False):
+        if keep_unrecorded and not salvage:
+            raise ValueError("keep_unrecorded needs salvage=True")
         self.path = Path(path)
         self.description = RunDescription.read(self.path)
         self._files = SpoolFiles(self.path, self.description.images_per_file, self.description.image_size)
-        self.is_checked = True
         self.damaged: List[int] = []
+        self.unrecorded = np.empty(0, np.int64)
         if self.state == "recording" and not salvage:
             raise SpoolError(f"{self.path}: the run was killed or is still going on; salvage=True gives what is there")
         if salvage and not (self.path / INDEX_NAME).is_file():
-            self.is_checked = False
-            self.numbers = self._nonzero_images()
-            return
-        index = read_index(self.path, self.description.images_expected)
+            index = NO_INDEX
+        else:
+            index = read_index(self.path, self.description.images_expected)
         self._records = index.records
         self.numbers = index.records["number"].astype(np.int64)
         if not salvage:
             self._check_index(index)
         if salvage if verify is None else verify:
             self._leave_out_damaged(salvage)
+        if salvage:
+            found = np.setdiff1d(self._nonzero_images(), index.records["number"].astype(np.int64))
+            if keep_unrecorded or not index.records.size:
+                self.numbers = np.union1d(self.numbers, found)
+            else:
+                self.unrecorded = found
+
+    @property
+    def is_checked(self) -> bool:
+        """Whether every image of `numbers` has a record with its checksum."""
+        return self._records.size == self.numbers.size
 
     @property
     def state(self) -> str:
@@ -119,19 +133,20 @@ class SpoolRun:
         return np.array([-1 if tick is None else tick for tick in found], np.int64)
 
     def host_times(self) -> np.ndarray:
-        """When each image of `numbers` was taken over for writing (UTC, ns), by the host's clock; not-a-time for all
-        when there is no index."""
-        if not self.is_checked:
-            return np.full(self.numbers.size, "NaT", "datetime64[ns]")
-        return self._records["time"].astype("datetime64[ns]")
+        """When each image of `numbers` was taken over for writing (UTC, ns), by the host's clock; not-a-time for
+        one without a record."""
+        times = np.full(self.numbers.size, "NaT", "datetime64[ns]")
+        times[np.searchsorted(self.numbers, self._records["number"].astype(np.int64))] = self._records["time"]
+        return times
 
     def verify(self, number: int) -> bool:
-        """Whether the bytes of an image fit its checksum; SpoolError without an index."""
+        """Whether the bytes of an image fit its checksum; SpoolError without a record."""
         number = self._number(number)
-        if not self.is_checked:
-            raise SpoolError(f"{self.path}: there is no index, and so no checksum")
-        record = self._records[np.searchsorted(self.numbers, number)]
-        return xxh3_64(self._frame(number)) == int(record["checksum"])
+        frame = self._frame(number)
+        place = np.searchsorted(self._records["number"], np.uint64(number))
+        if place == self._records.size or self._records["number"][place] != number:
+            raise SpoolError(f"{self.path}: image {number} has no record in the index, and so no checksum")
+        return xxh3_64(frame) == int(self._records["checksum"][place])
 
     def close(self) -> None:
         """Lets go of the files; they are opened again when needed. Arrays that were handed out stay valid."""
