@@ -192,20 +192,6 @@ TEST_F(Acquisition, MemoryIsFreedAtOnceOrAtTheEndOfTheRun)
   EXPECT_EQ(GetMostRecentImage16(image.data(), image.size()), RC_FRAME_UNAVAILABLE);
 }
 
-TEST_F(Acquisition, CountSetDuringARunHoldsForTheNextOne)
-{
-  Open();
-  SetAcquisitionMode(3);
-  SetNumberKinetics(2);
-  ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
-  ASSERT_EQ(SetNumberKinetics(4), RC_SUCCESS);
-  EXPECT_EQ(GetInt(L"FrameCount"), 2) << "not writable during the run";
-  ASSERT_EQ(StartAcquisition(), RC_SUCCESS) << "without an abort in between";
-  EXPECT_EQ(GetInt(L"FrameCount"), 4);
-  PushFrames(4);
-  EXPECT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
-}
-
 TEST_F(Acquisition, AbortAnswersWhatTheCameraAnswers)
 {
   Open();

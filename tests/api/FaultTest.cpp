@@ -204,19 +204,6 @@ TEST_F(Fault, StallBeyondTheLimitEndsTheRunAndStopsTheCamera)
   ExpectCleanRun();
 }
 
-TEST_F(Fault, SlowWaitsDelayAnAbortButDoNotBreakIt)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  StartUntilAborted();
-  AddFault("call VX_WaitBuffer from 1 delay 1500ms");
-  ASSERT_TRUE(Eventually([] { return VXSIM_GetFaultsFired() > 0; }));
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(AbortAcquisition(), RC_SUCCESS);
-  EXPECT_LT(SecondsSince(start), 10.0);
-  VXSIM_ClearFaults();
-  ExpectCleanRun();
-}
-
 TEST_F(Fault, ThreadThatHangsInTheCameraKeepsItsMemoryAndRefusesANewRun)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
@@ -229,18 +216,6 @@ TEST_F(Fault, ThreadThatHangsInTheCameraKeepsItsMemoryAndRefusesANewRun)
   ExpectImages({1, 2, 3});
   ASSERT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
   ExpectCleanRun();
-}
-
-TEST_F(Fault, DroppedFramesShowAsAGapInTheFramesAndInNothingElse)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  AddFault("frame 3 drop");
-  AddFault("frame 7 drop");
-  StartUntilAborted();
-  Push(10);
-  ASSERT_TRUE(HasImages(8));
-  ExpectImages({1, 2, 4, 5, 6, 8, 9, 10});
-  EXPECT_EQ(Statistics().framesDropped, 2U);
 }
 
 TEST_F(Fault, WrongReportedSizesDoNotMoveOtherImages)

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Frames of the simulated cameras: names of scenes, test patterns and metadata.
+// Frames of the simulated cameras: names of scenes and test patterns.
 #include "simulator/imaging/TCounterPattern.h"
-#include "simulator/imaging/TMetadataWriter.h"
 #include "tests/simulator/rendered_frames.h"
 
 #include <algorithm>
-#include <cstring>
 #include <gmock/gmock.h>
 
 using namespace vxsim;
@@ -113,63 +111,4 @@ TEST(CounterPattern, RendererStampsThePixelAreaAndNothingBehind)
     EXPECT_TRUE(TCounterPattern::Verify(std::span(buffer).first(64), {1, 0, 77, 0}));
     EXPECT_EQ(TBytes(buffer.begin() + 64, buffer.end()), TBytes(16, 0xEE));
   }
-}
-
-namespace {
-
-struct TChunk
-{
-  std::uint32_t cid;
-  TBytes data;
-};
-
-/// Walks the tail from the end downwards, as a reader does.
-std::vector<TChunk> WalkChunks(const TBytes& frame)
-{
-  std::vector<TChunk> chunks;
-  std::size_t end = frame.size();
-  while (end >= 8) {
-    std::uint32_t fields[2];
-    std::memcpy(fields, frame.data() + end - 8, sizeof fields);
-    const auto [cid, length] = fields;
-    if (length < 4 || length + 4u > end) {
-      ADD_FAILURE() << "chunk of length " << length;
-      break;
-    }
-    const auto dataEnd = frame.begin() + static_cast<std::ptrdiff_t>(end - 8);
-    chunks.push_back({cid, TBytes(dataEnd - (length - 4), dataEnd)});
-    if (cid == TMetadataWriter::kEndCid) break;
-    end -= length + 4u;
-  }
-  return chunks;
-}
-
-} // namespace
-
-TEST(MetadataWriter, TailIsWalkedFromTimestampToTerminator)
-{
-  TBytes frame(300, 0xFF);
-  ASSERT_TRUE(TMetadataWriter::Write(frame, {-123456789012345, 2048, 1024, 4100, 3}));
-  EXPECT_EQ(TBytes(frame.begin(), frame.end() - TMetadataWriter::TailBytes()),
-            TBytes(300 - TMetadataWriter::TailBytes(), 0xFF));
-  const auto chunks = WalkChunks(frame);
-  ASSERT_EQ(chunks.size(), 3u);
-  EXPECT_EQ(chunks[0].cid, TMetadataWriter::kTimestampCid);
-  ASSERT_EQ(chunks[0].data.size(), 8u);
-  std::int64_t ticks;
-  std::memcpy(&ticks, chunks[0].data.data(), sizeof ticks);
-  EXPECT_EQ(ticks, -123456789012345);
-  EXPECT_EQ(chunks[1].cid, TMetadataWriter::kFrameInfoCid);
-  ASSERT_EQ(chunks[1].data.size(), 16u);
-  std::uint32_t info[4];
-  std::memcpy(info, chunks[1].data.data(), sizeof info);
-  EXPECT_THAT(info, testing::ElementsAre(2048, 1024, 4100, 3));
-  EXPECT_EQ(chunks[2].cid, TMetadataWriter::kEndCid);
-
-  TBytes tooShort(TMetadataWriter::TailBytes() - 1, 0xFF);
-  EXPECT_FALSE(TMetadataWriter::Write(tooShort, {}));
-  EXPECT_EQ(tooShort, TBytes(tooShort.size(), 0xFF));
-  TBytes tailOnly(TMetadataWriter::TailBytes());
-  EXPECT_TRUE(TMetadataWriter::Write(tailOnly, {}));
-  EXPECT_EQ(WalkChunks(tailOnly).size(), 3u);
 }
