@@ -20,6 +20,13 @@ constexpr int kFailed = 4;
 // Copies are made by a few application threads at most; more than this many at once only cost an allocation.
 constexpr std::size_t kUsualHolds = 16;
 
+// How many slots in front of an image's must still have their images: one would do as long as no slot gets lost and no
+// frame is shorter than its slot; the second one covers either. Rings too small for that make do with one.
+constexpr int kSlotsAhead = 2;
+constexpr std::uint64_t kSmallRing = 4;
+// How far back to look for them where frames lack the clock value.
+constexpr std::uint64_t kFarthestBack = 16;
+
 } // namespace
 
 TCircularBuffer::TCircularBuffer() : changeEvent_(false, false)
@@ -91,11 +98,19 @@ void TCircularBuffer::Reset()
     imageCounter_.store(0, std::memory_order_release);
     lowestKept_ = 0;
     staleUpTo_ = 0;
+    if (slab_) slab_->PrepareRun();
   }
   const std::lock_guard lock(newsMutex_);
   cancelled_ = false;
   failed_ = false;
   changeEvent_.Reset();
+}
+
+void TCircularBuffer::SetKindOfRun(bool slotsAreReused, bool framesHaveClock)
+{
+  const std::lock_guard lock(slabMutex_);
+  slotsAreReused_ = slotsAreReused;
+  framesHaveClock_ = framesHaveClock;
 }
 
 unsigned char* TCircularBuffer::GetBuffer(std::uint64_t slot) const
@@ -113,23 +128,30 @@ std::uint64_t TCircularBuffer::GetBufferCount() const
 
 std::uint64_t TCircularBuffer::GetMinImageIndex() const
 {
-  const std::uint64_t newest = GetMaxImageIndex();
-  const std::uint64_t count = GetBufferCount();
-  if (newest < count || newest == 0) return newest == 0 ? 0 : std::max<std::uint64_t>(1, lowestKept_);
-  return std::max<std::uint64_t>(newest + 1 - count, lowestKept_);
+  const std::lock_guard lock(slabMutex_);
+  return OldestImage(GetMaxImageIndex(), slab_ ? slab_->Count() : 0);
+}
+
+std::uint64_t TCircularBuffer::OldestImage(std::uint64_t newest, std::uint64_t count) const
+{
+  if (newest == 0) return 0;
+  return std::max<std::uint64_t>(newest < count ? 1 : newest + 1 - count, lowestKept_);
 }
 
 unsigned char* TCircularBuffer::GetBufferForImage(std::uint64_t image) const
 {
-  if (image < 1 || image > GetMaxImageIndex() || image < GetMinImageIndex()) return nullptr;
   const std::lock_guard lock(slabMutex_);
   return FindImage(image);
 }
 
+// Everything is looked at under one lock: another run may have begun since the caller has learnt the number.
 unsigned char* TCircularBuffer::FindImage(std::uint64_t image) const
 {
-  if (!slab_ || slab_->Count() == 0 || image <= staleUpTo_) return nullptr;
-  return slab_->Slot((image - 1) % slab_->Count());
+  if (!slab_ || slab_->Count() == 0 || image < 1 || image <= staleUpTo_ || image > GetMaxImageIndex())
+    return nullptr;
+  unsigned char* const slot = slab_->Slot((image - 1) % slab_->Count());
+  // PlaceNext() gives up images before it moves their slots, so the bounds are those of after the look at the table.
+  return image < OldestImage(GetMaxImageIndex(), slab_->Count()) ? nullptr : slot;
 }
 
 void TCircularBuffer::Increment()
@@ -179,37 +201,47 @@ bool TCircularBuffer::IsSlot(const unsigned char* buffer) const
   return slab_ && slab_->IsSlot(buffer);
 }
 
-bool TCircularBuffer::PlaceNext(const unsigned char* buffer)
+bool TCircularBuffer::PlaceNext(const unsigned char* buffer, const unsigned char* clock)
 {
   TFrameSlab* const slab = slab_.get();
   if (!slab || slab->Count() == 0) return false;
   const std::uint64_t counter = imageCounter_.load(std::memory_order_relaxed);
   const std::uint64_t expected = counter % slab->Count();
-  if (slab->Slot(expected) == buffer) return true;
-
-  const std::uint64_t actual = slab->IndexOf(buffer, expected);
-  if (actual == slab->Count()) return false;
-  // Whatever image the slot held before is gone now, and what is gone stays gone.
-  if (counter > actual) {
-    const std::uint64_t lost = counter - (counter - 1 - actual) % slab->Count();
-    lowestKept_ = std::max<std::uint64_t>(lowestKept_, lost + 1);
-  }
-  slab->SwapSlots(expected, actual);
+  if (slab->Slot(expected) != buffer && !MoveSlot(*slab, buffer, expected)) return false;
+  slab->Clocks().Set(expected, counter + 1, buffer, clock);
   return true;
 }
 
-unsigned char* TCircularBuffer::HoldBufferForImage(std::uint64_t image)
+bool TCircularBuffer::MoveSlot(TFrameSlab& slab, const unsigned char* buffer, std::uint64_t expected)
 {
-  if (image < 1 || image > GetMaxImageIndex() || image < GetMinImageIndex()) return nullptr;
+  const std::uint64_t actual = slab.IndexOf(buffer, expected);
+  if (actual == slab.Count()) return false;
+  // Whatever images the two slots had before are gone now, and what is gone stays gone.
+  const std::uint64_t counter = imageCounter_.load(std::memory_order_relaxed);
+  const auto giveUpImageIn = [&](std::uint64_t index) {
+    if (counter <= index) return;
+    const std::uint64_t image = counter - (counter - 1 - index) % slab.Count();
+    lowestKept_ = std::max<std::uint64_t>(lowestKept_, image + 1);
+  };
+  giveUpImageIn(expected);
+  giveUpImageIn(actual);
+  slab.Clocks().Clear(expected);
+  slab.Clocks().Clear(actual);
+  slab.SwapSlots(expected, actual);
+  return true;
+}
+
+TFrameMemory TCircularBuffer::HoldBufferForImage(std::uint64_t image)
+{
   const std::lock_guard lock(slabMutex_);
   unsigned char* const buffer = FindImage(image);
-  if (!buffer) return nullptr;
+  if (!buffer) return {};
   try {
     holds_.emplace_back(buffer, slab_);
   } catch (const std::bad_alloc&) {
-    return nullptr;
+    return {};
   }
-  return buffer;
+  return {buffer, static_cast<std::int64_t>(slab_->FrameSizeBytes())};
 }
 
 void TCircularBuffer::ReleaseBuffer(const unsigned char* buffer)
@@ -223,12 +255,51 @@ void TCircularBuffer::ReleaseBuffer(const unsigned char* buffer)
   holds_.erase(hold);
 }
 
-bool TCircularBuffer::IsImageIntact(std::uint64_t image) const
+bool TCircularBuffer::IsImageIntact(std::uint64_t image, const unsigned char* buffer) const
 {
-  // What the caller has read of the image comes before the look at the counter.
+  // What the caller has read of the image comes before the look at anything else.
   std::atomic_thread_fence(std::memory_order_acquire);
-  const std::uint64_t newest = GetMaxImageIndex();
-  if (image < 1 || image > newest) return false;
-  if (newest < GetBufferCount()) return image >= GetMinImageIndex();
-  return image > GetMinImageIndex();
+  const std::lock_guard lock(slabMutex_);
+  if (!buffer || FindImage(image) != buffer) return false;
+  if (!slotsAreReused_) return true;
+  if (framesHaveClock_) return HasCameraNotReached(image, buffer);
+  return GetMaxImageIndex() - image < slab_->Count() / 2;
+}
+
+// The camera fills slots in the order of the images in them. While a slot carries the clock value of its image, its
+// next frame is not complete, and nothing of the slots after it is touched.
+bool TCircularBuffer::HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const
+{
+  const auto own = FindClock(image);
+  if (!own || (own->clock && !own->clock->IsIn(buffer))) return false;
+
+  const std::uint64_t count = slab_->Count();
+  const std::uint64_t farthest = std::min({image, count - 1, kFarthestBack});
+  int wanted = count < kSmallRing ? 1 : kSlotsAhead;
+  for (std::uint64_t back = 1; back <= farthest; ++back) {
+    const std::uint64_t ahead = image - back;
+    // In front of image 1 comes the slot that is filled last before the ring goes round.
+    if (ahead == 0) return slab_->IsLastSlotUnused();
+    const auto found = FindClock(ahead);
+    if (!found) return false;
+    // A clock that stands still tells nothing.
+    if (!found->clock || (own->clock && own->clock->ticks == found->clock->ticks)) continue;
+    if (!found->clock->IsIn(slab_->Slot((ahead - 1) % count))) return false;
+    if (--wanted == 0) return true;
+  }
+  return false;
+}
+
+std::optional<TSlotClocks::TImage> TCircularBuffer::FindClock(std::uint64_t image) const
+{
+  return slab_->Clocks().Find((image - 1) % slab_->Count(), image);
+}
+
+std::optional<std::int64_t> TCircularBuffer::GetTicks(std::uint64_t image) const
+{
+  const std::lock_guard lock(slabMutex_);
+  if (!FindImage(image)) return std::nullopt;
+  const auto found = FindClock(image);
+  if (!found || !found->clock) return std::nullopt;
+  return found->clock->ticks;
 }

@@ -2,6 +2,7 @@
 // The ring of frame slots of one camera, and the event that tells waiters of news.
 #pragma once
 
+#include "acquisition/TFrameMemory.h"
 #include "acquisition/TFrameSlab.h"
 #include "utility/TQuorinEvent.h"
 
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -43,6 +45,10 @@ public:
   /// run before, whose numbers still stand, are not there.
   void Reset();
 
+  /// Whether the camera gets slots back after their frames have been counted, and whether frames carry its clock
+  /// value, in the run that begins.
+  void SetKindOfRun(bool slotsAreReused, bool framesHaveClock);
+
   /// The memory of slot @p slot, counted from 1; null above the count.
   unsigned char* GetBuffer(std::uint64_t slot) const;
   std::uint64_t GetBufferCount() const;
@@ -70,21 +76,31 @@ public:
   bool IsSlot(const unsigned char* buffer) const;
   /// Makes @p buffer the slot of the next image. Frames normally arrive in slot order and nothing changes; after a
   /// lost slot the table follows what the camera does, so that image n is always the n-th frame delivered. Returns
-  /// false for memory that is not a slot of this ring. Acquisition thread only.
-  bool PlaceNext(const unsigned char* buffer);
+  /// false for memory that is not a slot of this ring. @p clock is where in the slot the camera has put its clock
+  /// value; null for nowhere. Acquisition thread only.
+  bool PlaceNext(const unsigned char* buffer, const unsigned char* clock = nullptr);
   /// As GetBufferForImage(); the memory stays until ReleaseBuffer().
-  unsigned char* HoldBufferForImage(std::uint64_t image);
+  TFrameMemory HoldBufferForImage(std::uint64_t image);
   void ReleaseBuffer(const unsigned char* buffer);
-  /// Whether the camera cannot have begun to write over this image, as far as the frames counted so far tell: the
-  /// next frame may be on its way into the oldest image's slot, those after it are not.
-  bool IsImageIntact(std::uint64_t image) const;
+  /// Whether what the caller has read of @p buffer, which HoldBufferForImage() gave for this image, is of this image
+  /// alone: the camera has not begun to write over it. It may be ahead of the frames counted so far by as many as
+  /// there are slots. Where frames carry a clock value, the slots that the camera fills before this one tell how far
+  /// it is; where they do not, an image of the newer half of the ring is taken for intact.
+  bool IsImageIntact(std::uint64_t image, const unsigned char* buffer) const;
+  /// The camera's clock value in this image, as it was when the image was counted.
+  std::optional<std::int64_t> GetTicks(std::uint64_t image) const;
 
 private:
   bool IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const;
   void TellBadNews(std::atomic<bool>& flag);
+  bool MoveSlot(TFrameSlab& slab, const unsigned char* buffer, std::uint64_t expected);
   unsigned char* FindImage(std::uint64_t image) const;
+  std::uint64_t OldestImage(std::uint64_t newest, std::uint64_t count) const;
+  std::optional<TSlotClocks::TImage> FindClock(std::uint64_t image) const;
+  bool HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const;
 
-  /// Guards slab_ against replacement, kept_, holds_ and staleUpTo_; the slab's own tables need no lock.
+  /// Guards slab_ against replacement, kept_, holds_, staleUpTo_ and the kind of run; the slab's own tables need no
+  /// lock.
   mutable std::mutex slabMutex_;
   std::shared_ptr<TFrameSlab> slab_;
   std::vector<std::shared_ptr<TFrameSlab>> kept_;
@@ -99,5 +115,7 @@ private:
   /// Images below this one have lost their slot to a frame that arrived out of order.
   std::atomic<std::uint64_t> lowestKept_{0};
   std::uint64_t staleUpTo_ = 0; // images up to this one belong to memory that was replaced
+  bool slotsAreReused_ = true;
+  bool framesHaveClock_ = false;
   std::vector<std::pair<const unsigned char*, std::shared_ptr<TFrameSlab>>> holds_;
 };

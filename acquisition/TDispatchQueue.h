@@ -2,7 +2,10 @@
 // Where a run's frames go, and where retrieval takes them from.
 #pragma once
 
+#include "acquisition/TFrameMemory.h"
+
 #include <cstdint>
+#include <optional>
 
 class IDispatchRoutine;
 
@@ -39,9 +42,20 @@ public:
   /// The camera has started the run; no frame has been dispatched yet. Until here nothing of an earlier run may have
   /// been given up that cannot be had again.
   virtual void Begin() {}
-  /// Whether the camera cannot have begun to write over the frame with this number, as far as the frames counted
-  /// so far tell.
-  virtual bool IsImageIntact(int image) = 0;
+  /// As GetImage8(), for frames of any number. The size is that of the memory, whatever run has begun meanwhile.
+  virtual TFrameMemory AcquireImage(std::int64_t image) = 0;
+  /// Whether @p frame, which AcquireImage() gave for this number, has been that image and nothing else up to now:
+  /// what was read of it before is of one frame, the one with this number. False whenever that is not certain.
+  virtual bool IsImageIntact(std::int64_t image, const unsigned char* frame) = 0;
+  /// The camera's clock value in the image with this number; nothing when the frame had none.
+  virtual std::optional<std::int64_t> GetImageTicks(std::int64_t image) = 0;
+
+  /// The frames of the run that begins carry the camera's clock. Called after Initialise().
+  virtual void ExpectClock() {}
+  /// Where in the frame that is dispatched next the camera has put its clock value; null for nowhere. Acquisition
+  /// thread only.
+  virtual void SetClockOfNextFrame(const unsigned char* /*clock*/) {}
+
   /// Whether @p buffer is the start of a frame slot of this run. Acquisition thread only.
   virtual bool IsSlot(const unsigned char* buffer) = 0;
   /// Whether the run's frames have not all got where they should. Asked while no frame comes, and once more at the

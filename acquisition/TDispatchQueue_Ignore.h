@@ -12,6 +12,7 @@ public:
   explicit TDispatchQueue_Ignore(TCircularBuffer* circularBuffer) : TRingDispatchQueue(circularBuffer) {}
 
   int Dispatch(unsigned char* buffer, int sizeBytes) override;
-  /// No slot is used twice.
-  bool IsImageIntact(int image) override { return GetImage(image) != nullptr; }
+
+private:
+  bool ReusesSlots() const override { return false; }
 };

@@ -2,6 +2,7 @@
 // The memory of a ring of frames.
 #include "acquisition/TFrameSlab.h"
 
+#include <cstring>
 #include <limits>
 #include <new>
 #include <sys/mman.h>
@@ -12,6 +13,8 @@ constexpr std::uint64_t kCacheLineBytes = 64;
 constexpr std::uint64_t kPageBytes = 4096;
 // Room behind each frame, so that code which reads a frame in words of 8 bytes stays inside the slot.
 constexpr std::uint64_t kSpareBytes = 8;
+// A frame with metadata ends with the length of its last chunk, which is never 0, and the length ends these bytes.
+constexpr std::uint64_t kMarkBytes = 8;
 
 std::uint64_t RoundUp(std::uint64_t value, std::uint64_t multiple)
 {
@@ -49,7 +52,8 @@ TFrameSlab::TFrameSlab(std::uint64_t frameSizeBytes, std::uint64_t count)
       slotStrideBytes_(SlotStride(frameSizeBytes)),
       sizeBytes_(Product(slotStrideBytes_, count)),
       memory_(nullptr),
-      slots_(std::make_unique<std::atomic<unsigned char*>[]>(count))
+      slots_(std::make_unique<std::atomic<unsigned char*>[]>(count)),
+      clocks_(count)
 {
   memory_ = Map(sizeBytes_);
   ResetSlots();
@@ -86,4 +90,26 @@ void TFrameSlab::ResetSlots()
 {
   for (std::uint64_t index = 0; index < count_; ++index)
     slots_[index].store(memory_ + index * slotStrideBytes_, std::memory_order_release);
+}
+
+// Memory that is fresh from the system has the mark already: reading it takes no page.
+void TFrameSlab::PrepareRun()
+{
+  clocks_.ClearAll();
+  if (unsigned char* const end = LastFrameEnd(); end && !IsLastSlotUnused())
+    std::memset(end - kMarkBytes, 0, kMarkBytes);
+}
+
+bool TFrameSlab::IsLastSlotUnused() const
+{
+  constexpr unsigned char kMark[kMarkBytes] = {};
+  const unsigned char* const end = LastFrameEnd();
+  return end && std::memcmp(end - kMarkBytes, kMark, kMarkBytes) == 0;
+}
+
+// Null where there is no room for the mark.
+unsigned char* TFrameSlab::LastFrameEnd() const
+{
+  if (count_ == 0 || frameSizeBytes_ < kMarkBytes) return nullptr;
+  return memory_ + (count_ - 1) * slotStrideBytes_ + frameSizeBytes_;
 }

@@ -2,6 +2,8 @@
 // The memory of a ring of frames.
 #pragma once
 
+#include "acquisition/TSlotClocks.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -36,11 +38,21 @@ public:
   /// Puts the table back into the order of the memory.
   void ResetSlots();
 
+  TSlotClocks& Clocks() { return clocks_; }
+  const TSlotClocks& Clocks() const { return clocks_; }
+  /// Before a run: no slot has an image, and the last slot is marked as unused.
+  void PrepareRun();
+  /// Whether no whole frame with metadata has been put into the last slot's memory since PrepareRun().
+  bool IsLastSlotUnused() const;
+
 private:
+  unsigned char* LastFrameEnd() const;
+
   std::uint64_t frameSizeBytes_;
   std::uint64_t count_;
   std::uint64_t slotStrideBytes_;
   std::uint64_t sizeBytes_;
   unsigned char* memory_;
   std::unique_ptr<std::atomic<unsigned char*>[]> slots_;
+  TSlotClocks clocks_;
 };

@@ -6,7 +6,7 @@
 #include "acquisition/TTimestampRepository.h"
 
 #include <algorithm>
-#include <optional>
+#include <cstring>
 
 TMetadataXerox::TMetadataXerox(TDispatchQueue* wrapped, TTimestampRepository* repository)
     : wrapped_(wrapped), repository_(repository)
@@ -24,13 +24,18 @@ void TMetadataXerox::StoreTimestamp(unsigned char* buffer, int sizeBytes)
 {
   // A frame cannot be longer than the slot it came in, whatever size was reported.
   const std::int64_t size = std::min<std::int64_t>(sizeBytes, wrapped_->GetImageSizeBytes());
-  if (const std::optional<std::int64_t> ticks = FrameTimestamp(parser_, buffer, size))
-    repository_->AddTimestamp(*ticks);
+  const unsigned char* const clock = FindFrameTimestamp(parser_, buffer, size);
+  wrapped_->SetClockOfNextFrame(clock);
+  if (!clock) return;
+  std::int64_t ticks = 0;
+  std::memcpy(&ticks, clock, sizeof ticks);
+  repository_->AddTimestamp(ticks);
 }
 
 void TMetadataXerox::Initialise(std::int64_t imageSizeBytes)
 {
   wrapped_->Initialise(imageSizeBytes);
+  wrapped_->ExpectClock();
 }
 
 void TMetadataXerox::Begin()
@@ -88,9 +93,19 @@ void TMetadataXerox::SetDispatchRoutine(IDispatchRoutine* routine)
   wrapped_->SetDispatchRoutine(routine);
 }
 
-bool TMetadataXerox::IsImageIntact(int image)
+TFrameMemory TMetadataXerox::AcquireImage(std::int64_t image)
 {
-  return wrapped_->IsImageIntact(image);
+  return wrapped_->AcquireImage(image);
+}
+
+bool TMetadataXerox::IsImageIntact(std::int64_t image, const unsigned char* frame)
+{
+  return wrapped_->IsImageIntact(image, frame);
+}
+
+std::optional<std::int64_t> TMetadataXerox::GetImageTicks(std::int64_t image)
+{
+  return wrapped_->GetImageTicks(image);
 }
 
 bool TMetadataXerox::IsSlot(const unsigned char* buffer)

@@ -28,7 +28,9 @@ public:
   std::int64_t GetMaximumImageAvailable() override;
   std::int64_t GetImageSizeBytes() override;
   void SetDispatchRoutine(IDispatchRoutine* routine) override;
-  bool IsImageIntact(int image) override;
+  TFrameMemory AcquireImage(std::int64_t image) override;
+  bool IsImageIntact(std::int64_t image, const unsigned char* frame) override;
+  std::optional<std::int64_t> GetImageTicks(std::int64_t image) override;
   bool IsSlot(const unsigned char* buffer) override;
   bool HasFailed() override;
   std::uint64_t Progress() override;

@@ -9,11 +9,12 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
 // Image numbers begin at 1; anything below is no image.
-std::uint64_t ImageNumber(int image)
+std::uint64_t ImageNumber(std::int64_t image)
 {
   return image < 1 ? 0 : static_cast<std::uint64_t>(image);
 }
@@ -23,6 +24,13 @@ std::uint64_t ImageNumber(int image)
 void TRingDispatchQueue::Initialise(std::int64_t imageSizeBytes)
 {
   imageSizeBytes_ = imageSizeBytes;
+  clockOfNextFrame_ = nullptr;
+  circularBuffer_->SetKindOfRun(ReusesSlots(), false);
+}
+
+void TRingDispatchQueue::ExpectClock()
+{
+  circularBuffer_->SetKindOfRun(ReusesSlots(), true);
 }
 
 unsigned char* TRingDispatchQueue::GetLatestImage()
@@ -31,6 +39,11 @@ unsigned char* TRingDispatchQueue::GetLatestImage()
 }
 
 unsigned char* TRingDispatchQueue::GetImage8(int image)
+{
+  return AcquireImage(image).bytes;
+}
+
+TFrameMemory TRingDispatchQueue::AcquireImage(std::int64_t image)
 {
   return circularBuffer_->HoldBufferForImage(ImageNumber(image));
 }
@@ -65,9 +78,14 @@ void TRingDispatchQueue::SetDispatchRoutine(IDispatchRoutine* routine)
   dispatchRoutine_ = routine;
 }
 
-bool TRingDispatchQueue::IsImageIntact(int image)
+bool TRingDispatchQueue::IsImageIntact(std::int64_t image, const unsigned char* frame)
 {
-  return circularBuffer_->IsImageIntact(ImageNumber(image));
+  return circularBuffer_->IsImageIntact(ImageNumber(image), frame);
+}
+
+std::optional<std::int64_t> TRingDispatchQueue::GetImageTicks(std::int64_t image)
+{
+  return circularBuffer_->GetTicks(ImageNumber(image));
 }
 
 bool TRingDispatchQueue::IsSlot(const unsigned char* buffer)
@@ -77,7 +95,8 @@ bool TRingDispatchQueue::IsSlot(const unsigned char* buffer)
 
 bool TRingDispatchQueue::CountFrame(unsigned char* buffer)
 {
-  if (!buffer || !circularBuffer_->PlaceNext(buffer)) return false;
+  const unsigned char* const clock = std::exchange(clockOfNextFrame_, nullptr);
+  if (!buffer || !circularBuffer_->PlaceNext(buffer, clock)) return false;
   circularBuffer_->Increment();
   if (dispatchRoutine_) dispatchRoutine_->Signal();
   return true;

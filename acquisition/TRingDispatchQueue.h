@@ -24,7 +24,11 @@ public:
   std::int64_t GetMaximumImageAvailable() override;
   std::int64_t GetImageSizeBytes() override;
   void SetDispatchRoutine(IDispatchRoutine* routine) override;
-  bool IsImageIntact(int image) override;
+  TFrameMemory AcquireImage(std::int64_t image) override;
+  bool IsImageIntact(std::int64_t image, const unsigned char* frame) override;
+  std::optional<std::int64_t> GetImageTicks(std::int64_t image) override;
+  void ExpectClock() override;
+  void SetClockOfNextFrame(const unsigned char* clock) override { clockOfNextFrame_ = clock; }
   bool IsSlot(const unsigned char* buffer) override;
 
 protected:
@@ -40,7 +44,11 @@ protected:
   TCircularBuffer& CircularBuffer() { return *circularBuffer_; }
 
 private:
+  /// Whether the camera gets a slot back after its frame has been counted.
+  virtual bool ReusesSlots() const { return true; }
+
   TCircularBuffer* circularBuffer_;
   std::atomic<std::int64_t> imageSizeBytes_{0};
   IDispatchRoutine* dispatchRoutine_ = nullptr;
+  const unsigned char* clockOfNextFrame_ = nullptr;
 };

@@ -21,16 +21,21 @@ bool IsMetadataEnabled(int coreHandle)
   return VX_GetBool(coreHandle, Feature::kMetadataEnable, &enabled) == VX_SUCCESS && enabled != 0;
 }
 
-std::optional<std::int64_t> FrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)
+const unsigned char* FindFrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)
 {
-  if (size < kTickBytes + kTrailerBytes) return std::nullopt;
+  if (size < kTickBytes + kTrailerBytes) return nullptr;
 
   unsigned char* const end = frame + size;
   const unsigned char* const data = parser.GetMetadataLocation(end, size, TMetadataParser::kTimestampCid);
-  if (!data) return std::nullopt;
+  if (!data) return nullptr;
   const unsigned char* const dataEnd = parser.GetCIDLocation(end, size, TMetadataParser::kTimestampCid);
-  if (dataEnd - data < kTickBytes) return std::nullopt;
+  return dataEnd - data < kTickBytes ? nullptr : data;
+}
 
+std::optional<std::int64_t> FrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)
+{
+  const unsigned char* const data = FindFrameTimestamp(parser, frame, size);
+  if (!data) return std::nullopt;
   std::int64_t ticks = 0;
   std::memcpy(&ticks, data, sizeof ticks);
   return ticks;

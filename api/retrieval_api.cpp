@@ -9,6 +9,8 @@
 #include "retrieval/TUnpackedFetchImage.h"
 #include "vxcore.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <type_traits>
@@ -90,6 +92,21 @@ unsigned int Images(long first, long last, Dst* array, unsigned long size, long*
       camera, [=](auto& fetcher) { return fetcher.GetImages(first, last, array, size, validFirst, validLast); });
 }
 
+template <class Dst>
+unsigned int IntactImage(long image, Dst* array, unsigned long size, long long* ticks)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (ticks) *ticks = 0;
+  return Fetch<Dst>(camera, [=](auto& fetcher) { return fetcher.GetIntactImage(image, array, size, ticks); });
+}
+
+// What can be told of more images than the type counts is that there are so many at least.
+int ImageNumber(std::int64_t number)
+{
+  return static_cast<int>(std::min<std::int64_t>(number, std::numeric_limits<int>::max()));
+}
+
 } // namespace
 
 unsigned int GetAcquiredData8(unsigned char* array, unsigned long size)
@@ -166,6 +183,21 @@ unsigned int GetImages(long first, long last, int* array, unsigned long size, lo
 }
 VXMCD_PLAIN_NAME(GetImages, _Z9GetImagesllPimPlS0_);
 
+unsigned int vxmcd_GetIntactImage8(long image, unsigned char* array, unsigned long size, long long* ticks)
+{
+  return IntactImage(image, array, size, ticks);
+}
+
+unsigned int vxmcd_GetIntactImage16(long image, unsigned short* array, unsigned long size, long long* ticks)
+{
+  return IntactImage(image, array, size, ticks);
+}
+
+unsigned int vxmcd_GetIntactImage(long image, int* array, unsigned long size, long long* ticks)
+{
+  return IntactImage(image, array, size, ticks);
+}
+
 unsigned int GetNumberAvailableImages(int* first, int* last)
 {
   const TCameraUse camera;
@@ -176,8 +208,8 @@ unsigned int GetNumberAvailableImages(int* first, int* last)
   *last = 0;
   const auto queue = camera.Manager().HoldDispatchQueue();
   if (!queue || queue->GetMaximumImageAvailable() < 1) return RC_NO_NEW_DATA;
-  *last = static_cast<int>(queue->GetMaximumImageAvailable());
-  *first = static_cast<int>(queue->GetMinimumImageAvailable());
+  *last = ImageNumber(queue->GetMaximumImageAvailable());
+  *first = ImageNumber(queue->GetMinimumImageAvailable());
   return RC_SUCCESS;
 }
 VXMCD_PLAIN_NAME(GetNumberAvailableImages, _Z24GetNumberAvailableImagesPiS_);

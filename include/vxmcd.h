@@ -896,8 +896,8 @@ VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* ma
 
 /** @defgroup acquisition Acquisition
  *  A run fills a ring of frame buffers of about 300,000,000 bytes. A finite run keeps all its images; a run until
- * abort overwrites the oldest, and hands out intact images as long as fewer new ones have arrived than the ring
- * has buffers.
+ * abort overwrites the oldest. vxmcd_GetIntactImage16() and its forms tell whether an image was overwritten while
+ * it was copied; the other functions give what is there.
  *  @{ */
 /**
  * Starts a run with the present settings, stopping an earlier one first. Images of the earlier run are gone.
@@ -1024,6 +1024,9 @@ VXMCD_API unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, lo
  *  the very moment, every function when the image area was changed after the run, and both after
  *  FreeInternalMemory().
  *
+ *  After 2,147,483,647 images of one run, GetOldestImage*() answers #RC_NO_NEW_DATA and GetNumberAvailableImages()
+ *  reports that number; all other functions go on with the true numbers.
+ *
  *  Codes common to all: #RC_NOT_INITIALIZED; #RC_NOT_SUPPORTED when the encoding cannot be read or converted.
  *  @{ */
 /**
@@ -1087,6 +1090,31 @@ VXMCD_DECORATED unsigned int GetImages16(long first, long last, unsigned short* 
 /** @copydoc GetImages8 */
 VXMCD_DECORATED unsigned int GetImages(long first, long last, int* array, unsigned long size, long* validFirst,
                                        long* validLast);
+/**
+ * Copies image number @p image, and says #RC_SUCCESS only if all of the copy is of that image. While a run goes on,
+ * the camera fills the memory of old images anew, and it may be ahead of the images that have been counted by as many
+ * as the ring has buffers: after a copy with any other function, nothing tells whether it was overtaken.
+ *
+ * Images of a finite run that is not written to disk are never overwritten. In other runs with metadata (see
+ * SetMetaData()) the camera's clock values in the buffers that are filled before this image's one show after the copy
+ * that the camera has not reached it. Without metadata, only images of the newer half of the ring are given; that
+ * holds as long as the library is behind the camera by less than half a ring. A ring of one buffer never gives one.
+ * @param image  number of the image, 1 or more
+ * @param array  room for @p size pixels. It is left as it is, except that after #RC_NO_NEW_DATA it may hold anything
+ * @param size   pixels of one image
+ * @param ticks  written with the camera's clock at this image, in ticks as from vxsys_GetRawMetaDataInfo(); 0 when
+ *               the image has none and after every other code than #RC_SUCCESS
+ * @return #RC_SUCCESS; #RC_P1_INVALID when @p image is below 1; #RC_P2_INVALID for a null array; #RC_P3_INVALID for
+ *         another size; #RC_NO_NEW_DATA when the image is not there yet, is there no more, may have been overwritten,
+ *         or is of another image area
+ */
+VXMCD_API unsigned int vxmcd_GetIntactImage8(long image, unsigned char* array, unsigned long size,
+                                             long long* ticks);
+/** @copydoc vxmcd_GetIntactImage8 */
+VXMCD_API unsigned int vxmcd_GetIntactImage16(long image, unsigned short* array, unsigned long size,
+                                              long long* ticks);
+/** @copydoc vxmcd_GetIntactImage8 */
+VXMCD_API unsigned int vxmcd_GetIntactImage(long image, int* array, unsigned long size, long long* ticks);
 /**
  * Reports which images are there. After FreeInternalMemory() none is, though numbers are still reported.
  * @param first  written with the number of the oldest, 0 for none

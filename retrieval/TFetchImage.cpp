@@ -11,8 +11,8 @@
 
 namespace {
 
-// Frames are taken by an int; what lies above cannot be asked for and counts as not there.
-constexpr std::int64_t kHighestNumber = std::numeric_limits<int>::max();
+// The cursor of GetNextOldestImage() is an int; what lies above it cannot be asked for there and counts as not there.
+constexpr std::int64_t kHighestCursor = std::numeric_limits<int>::max();
 constexpr std::int64_t kMaxPixels = std::numeric_limits<int>::max();
 constexpr std::int64_t kMaxRowBytes = std::numeric_limits<unsigned int>::max();
 constexpr int kMostRecentTries = 3;
@@ -71,10 +71,7 @@ bool TFetchImage<Src, Dst>::fitsStoredFrame() const
   if (pixelsPerFrame() > kMaxPixels) return false;
   if (std::int64_t{width_} * static_cast<std::int64_t>(sizeof(Dst)) > kMaxRowBytes) return false;
   const std::int64_t lastRowStart = std::int64_t{height_ - 1} * stride_;
-  // Another thread may start a run with other frames at any moment. A frame that is held now belongs to the run of
-  // before or of now, and fits if it would in both.
-  const std::int64_t imageSizeBytes = std::min(imageSizeBytes_, dispatchQueue_->GetImageSizeBytes());
-  return lastRowStart + sourceRowBytes(width_) <= imageSizeBytes;
+  return lastRowStart + sourceRowBytes(width_) <= imageSizeBytes_;
 }
 
 // Whether the frame reads the same when it is taken as one long row: there is no padding, and packed rows do not
@@ -113,11 +110,21 @@ unsigned int TFetchImage<Src, Dst>::copyImageByLine(Dst* destination, unsigned c
   return refused ? RC_COPY_REFUSED : RC_SUCCESS;
 }
 
-// A refused copy changes nothing for the callers of the operations below.
+// Another thread may start a run with other frames at any moment: what counts is the frame that is at hand.
 template <class Src, class Dst>
-void TFetchImage<Src, Dst>::copyToPosition(Dst* destination, std::int64_t position, unsigned char* frame)
+unsigned int TFetchImage<Src, Dst>::copyHeldImage(Dst* destination, const THeldImage& image)
 {
-  if (fitsStoredFrame()) copyImageByLine(destination + position * pixelsPerFrame(), frame);
+  imageSizeBytes_ = image.Memory().sizeBytes;
+  return copyImageByLine(destination, image.Memory().bytes);
+}
+
+// A refused copy changes nothing for the callers of the operations below. A position is computed for a frame that
+// fits only: others may have any number of pixels.
+template <class Src, class Dst>
+void TFetchImage<Src, Dst>::copyToPosition(Dst* destination, std::int64_t position, const THeldImage& image)
+{
+  imageSizeBytes_ = image.Memory().sizeBytes;
+  if (fitsStoredFrame()) copyHeldImage(destination + position * pixelsPerFrame(), image);
 }
 
 template <class Src, class Dst>
@@ -125,13 +132,13 @@ unsigned int TFetchImage<Src, Dst>::GetNextOldestImage(Dst* destination, unsigne
 {
   if (!destination) return RC_P1_INVALID;
   if (!isFrameSize(size)) return RC_P2_INVALID;
-  if (lastIndex >= std::min(newestImage(), kHighestNumber)) return RC_NO_NEW_DATA;
+  if (lastIndex >= std::min(newestImage(), kHighestCursor)) return RC_NO_NEW_DATA;
 
   const std::int64_t next = std::max(std::int64_t{lastIndex} + 1, oldestImage());
-  lastIndex = static_cast<int>(std::min(next, kHighestNumber));
-  if (next > kHighestNumber) return RC_SUCCESS;
+  lastIndex = static_cast<int>(std::min(next, kHighestCursor));
+  if (next > kHighestCursor) return RC_SUCCESS;
   const THeldImage image(*dispatchQueue_, lastIndex);
-  if (image.get()) copyImageByLine(destination, image.get());
+  if (image) copyHeldImage(destination, image);
   return RC_SUCCESS;
 }
 
@@ -144,10 +151,9 @@ unsigned int TFetchImage<Src, Dst>::GetAcquiredData(Dst* destination, unsigned l
 
   // Frames that are gone keep their place in the output. The newest is asked for again each time, so that frames
   // that arrive meanwhile are included.
-  for (std::int64_t number = std::max<std::int64_t>(oldestImage(), 1);
-       number <= std::min(newestImage(), kHighestNumber); ++number) {
-    const THeldImage image(*dispatchQueue_, static_cast<int>(number));
-    if (image.get()) copyToPosition(destination, number - 1, image.get());
+  for (std::int64_t number = std::max<std::int64_t>(oldestImage(), 1); number <= newestImage(); ++number) {
+    const THeldImage image(*dispatchQueue_, number);
+    if (image) copyToPosition(destination, number - 1, image);
   }
   return RC_SUCCESS;
 }
@@ -161,20 +167,32 @@ unsigned int TFetchImage<Src, Dst>::GetMostRecentImage(Dst* destination, unsigne
 
   bool copied = false;
   for (int attempt = 0; attempt < kMostRecentTries; ++attempt) {
-    const std::int64_t newest = newestImage();
-    if (newest > kHighestNumber) {
-      // Such a frame has no number to hold it by.
-      unsigned char* latest = dispatchQueue_->GetLatestImage();
-      if (latest) copyImageByLine(destination, latest);
-      return latest ? RC_SUCCESS : RC_FRAME_UNAVAILABLE;
-    }
-    const THeldImage image(*dispatchQueue_, static_cast<int>(newest));
-    if (!image.get()) continue;
-    const bool refused = copyImageByLine(destination, image.get()) != RC_SUCCESS;
+    const THeldImage image(*dispatchQueue_, newestImage());
+    if (!image) continue;
+    const bool refused = copyHeldImage(destination, image) != RC_SUCCESS;
     copied = true;
-    if (refused || dispatchQueue_->IsImageIntact(static_cast<int>(newest))) break;
+    if (refused || image.IsIntact()) break;
   }
   return copied ? RC_SUCCESS : RC_FRAME_UNAVAILABLE;
+}
+
+template <class Src, class Dst>
+unsigned int TFetchImage<Src, Dst>::GetIntactImage(long number, Dst* destination, unsigned long size,
+                                                   long long* ticks)
+{
+  if (ticks) *ticks = 0;
+  if (number < 1) return RC_P1_INVALID;
+  if (!destination) return RC_P2_INVALID;
+  if (!isFrameSize(size)) return RC_P3_INVALID;
+  if (!dispatchQueue_) return RC_NO_NEW_DATA;
+
+  const THeldImage image(*dispatchQueue_, number);
+  // One that is lost already need not be copied.
+  if (!image || !image.IsIntact()) return RC_NO_NEW_DATA;
+  const std::optional<std::int64_t> clock = dispatchQueue_->GetImageTicks(number);
+  if (copyHeldImage(destination, image) != RC_SUCCESS || !image.IsIntact()) return RC_NO_NEW_DATA;
+  if (ticks) *ticks = clock.value_or(0);
+  return RC_SUCCESS;
 }
 
 template <class Src, class Dst>
@@ -189,14 +207,14 @@ unsigned int TFetchImage<Src, Dst>::GetImages(long first, long last, Dst* destin
   if (first > last) return RC_P2_INVALID;
 
   long firstFound = 0;
-  const std::int64_t end = std::min({std::int64_t{last}, newestImage(), kHighestNumber});
+  const std::int64_t end = std::min(std::int64_t{last}, newestImage());
   for (std::int64_t number = std::max(std::int64_t{first}, oldestImage()); number <= end; ++number) {
-    const THeldImage image(*dispatchQueue_, static_cast<int>(number));
-    if (!image.get()) continue;
+    const THeldImage image(*dispatchQueue_, number);
+    if (!image) continue;
     if (firstFound == 0) {
       firstFound = static_cast<long>(number);
       if (validFirst) *validFirst = firstFound;
-      copyToPosition(destination, number - first, image.get());
+      copyToPosition(destination, number - first, image);
     }
     if (validLast) *validLast = static_cast<long>(number);
   }

@@ -8,6 +8,7 @@
 #include <optional>
 
 class TDispatchQueue;
+class THeldImage;
 
 /// Copies frames whose pixels are stored as @p Src into arrays of @p Dst. The retrieval entry points build one on
 /// their stack with the geometry of now, use it for one call and drop it; it borrows the queue, and a null queue
@@ -41,6 +42,11 @@ public:
   /// instead, so that the caller does not get parts of two frames; this is given up after a few tries.
   unsigned int GetMostRecentImage(Dst* destination, unsigned long size);
 
+  /// Copies frame @p number if the queue can tell afterwards that the copy is of this frame alone; otherwise
+  /// RC_NO_NEW_DATA, with anything in @p destination. @p ticks, if not null, receives the camera's clock value in it;
+  /// 0 when it has none, and after every code but RC_SUCCESS.
+  unsigned int GetIntactImage(long number, Dst* destination, unsigned long size, long long* ticks);
+
   /// Copies the first frame there is of the numbers @p first to @p last, to the place its number has in the range,
   /// and tells the first and last number found (0 when none; null pointers are skipped). @p size is that of one
   /// frame. Callers rely on the later frames not being copied.
@@ -61,7 +67,8 @@ private:
   std::int64_t pixelsPerFrame() const;
   bool fitsStoredFrame() const;
   bool rowsAreAdjacent() const;
-  void copyToPosition(Dst* destination, std::int64_t position, unsigned char* frame);
+  unsigned int copyHeldImage(Dst* destination, const THeldImage& image);
+  void copyToPosition(Dst* destination, std::int64_t position, const THeldImage& image);
 
   TDispatchQueue* dispatchQueue_;
   int width_;
@@ -70,7 +77,7 @@ private:
   // Both exist only during a copy.
   std::optional<TLineParser> sourceLines_;
   std::optional<TLineParser> destinationLines_;
-  std::int64_t imageSizeBytes_; // of the queue's frames, when this object was made
+  std::int64_t imageSizeBytes_; // of the frame at hand; before the first, of the queue's frames
 };
 
 extern template class TFetchImage<unsigned char, unsigned char>;

@@ -1,26 +1,32 @@
 // SPDX-License-Identifier: MIT
-// A frame of a dispatch queue, held for as long as this object lives.
+// A frame of a dispatch queue, whose memory stays for as long as this object lives.
 #pragma once
 
 #include "acquisition/TDispatchQueue.h"
 
-/// Takes a frame with GetImage8() and gives it back. Used by TFetchImage during a copy; borrows the queue.
-/// Reentrant.
+/// Acquires a frame and releases it. Used by TFetchImage during a copy; borrows the queue. Reentrant.
 class THeldImage final
 {
 public:
-  THeldImage(TDispatchQueue& queue, int image) : queue_(queue), bytes_(queue.GetImage8(image)) {}
+  THeldImage(TDispatchQueue& queue, std::int64_t image)
+      : queue_(queue), image_(image), memory_(queue.AcquireImage(image))
+  {
+  }
   ~THeldImage()
   {
-    if (bytes_) queue_.ReleaseImage8(bytes_);
+    if (memory_.bytes) queue_.ReleaseImage8(memory_.bytes);
   }
   THeldImage(const THeldImage&) = delete;
   THeldImage& operator=(const THeldImage&) = delete;
 
-  /// The frame, or null when the queue does not have it.
-  unsigned char* get() const { return bytes_; }
+  /// False when the queue does not have the frame.
+  explicit operator bool() const { return memory_.bytes != nullptr; }
+  const TFrameMemory& Memory() const { return memory_; }
+  /// Whether what was read of it up to now is of this frame alone.
+  bool IsIntact() const { return queue_.IsImageIntact(image_, memory_.bytes); }
 
 private:
   TDispatchQueue& queue_;
-  unsigned char* const bytes_;
+  const std::int64_t image_;
+  const TFrameMemory memory_;
 };

@@ -108,7 +108,7 @@ TEST(CircularBuffer, HeldImageOutlivesTheRing)
   ASSERT_EQ(ring.Allocate(100000, 4), 0);
   ring.Reset();
   DeliverInOrder(ring, 2);
-  unsigned char* const held = ring.HoldBufferForImage(2);
+  unsigned char* const held = ring.HoldBufferForImage(2).bytes;
   ASSERT_NE(held, nullptr);
   std::memset(held, 42, 100000);
 
@@ -186,7 +186,7 @@ TEST(CircularBuffer, ImagesOfTheRunBeforeAreGoneOnceTheRingIsReplaced)
   ASSERT_EQ(ring.Allocate(32, 4), 0);
   EXPECT_EQ(ring.GetMaxImageIndex(), 3u) << "numbers stand until the next run begins";
   EXPECT_EQ(ring.GetBufferForImage(2), nullptr);
-  EXPECT_EQ(ring.HoldBufferForImage(2), nullptr);
+  EXPECT_EQ(ring.HoldBufferForImage(2).bytes, nullptr);
   ring.Reset();
   DeliverInOrder(ring, 2);
   EXPECT_NE(ring.GetBufferForImage(2), nullptr);
@@ -207,17 +207,174 @@ TEST(CircularBuffer, RefusesMemoryThatIsNoSlot)
   EXPECT_TRUE(ring.IsSlot(ring.GetBuffer(4)));
 }
 
-TEST(CircularBuffer, KnowsWhichImagesTheCameraMayBeWritingOver)
+/// A ring and the camera that fills its slots in order, as far ahead of the count as the test has it.
+class ARunningRing : public ::testing::Test
 {
-  TCircularBuffer ring;
-  ASSERT_EQ(ring.Allocate(64, 4), 0);
-  ring.Reset();
-  DeliverInOrder(ring, 3);
-  EXPECT_TRUE(ring.IsImageIntact(1));
-  DeliverInOrder(ring, 1);
-  EXPECT_FALSE(ring.IsImageIntact(1)) << "the next frame goes into its slot";
-  EXPECT_TRUE(ring.IsImageIntact(2));
-  EXPECT_FALSE(ring.IsImageIntact(5));
+protected:
+  static constexpr std::uint64_t kFrameBytes = 64;
+  static constexpr std::uint64_t kClockAt = kFrameBytes - 16;
+
+  void Begin(std::uint64_t slots, bool slotsAreReused = true, bool framesHaveClock = true)
+  {
+    ASSERT_EQ(ring_.Allocate(kFrameBytes, slots), 0);
+    ring_.SetKindOfRun(slotsAreReused, framesHaveClock);
+    ring_.Reset();
+    filled_ = 0;
+  }
+
+  unsigned char* NextSlot() { return ring_.GetBuffer(filled_ % ring_.GetBufferCount() + 1); }
+
+  /// The camera fills slots; the clock goes up by 10 with each frame, or by @p step.
+  void Fill(std::uint64_t frames, std::int64_t step = 10)
+  {
+    for (; frames > 0; --frames, ++filled_) {
+      ticks_ += step;
+      std::memset(NextSlot(), 7, kFrameBytes);
+      std::memcpy(NextSlot() + kClockAt, &ticks_, sizeof ticks_);
+    }
+  }
+
+  /// The library counts frames that the camera has filled.
+  void Count(std::uint64_t frames, bool hasClock = true)
+  {
+    for (; frames > 0; --frames) {
+      unsigned char* const slot = ring_.GetBuffer(ring_.GetMaxImageIndex() % ring_.GetBufferCount() + 1);
+      ASSERT_TRUE(ring_.PlaceNext(slot, hasClock ? slot + kClockAt : nullptr));
+      ring_.Increment();
+    }
+  }
+
+  void FillAndCount(std::uint64_t frames)
+  {
+    for (; frames > 0; --frames) {
+      Fill(1);
+      Count(1);
+    }
+  }
+
+  std::vector<std::uint64_t> IntactImages()
+  {
+    std::vector<std::uint64_t> images;
+    for (std::uint64_t image = 1; image <= ring_.GetMaxImageIndex(); ++image)
+      if (ring_.IsImageIntact(image, ring_.GetBufferForImage(image))) images.push_back(image);
+    return images;
+  }
+
+  using TImages = std::vector<std::uint64_t>;
+  TCircularBuffer ring_;
+  std::uint64_t filled_ = 0;
+  std::int64_t ticks_ = 1000;
+};
+
+TEST_F(ARunningRing, VouchesForImagesThatTheCameraHasNotReached)
+{
+  Begin(6);
+  FillAndCount(4);
+  EXPECT_EQ(IntactImages(), (TImages{1, 2, 3, 4}));
+  EXPECT_EQ(ring_.GetTicks(4), 1040);
+  Fill(1);
+  EXPECT_EQ(IntactImages(), (TImages{1, 2, 3, 4})) << "a slot is left";
+  Fill(1);
+  EXPECT_EQ(IntactImages(), (TImages{3, 4})) << "image 1 is next, though four are counted";
+  Fill(2);
+  EXPECT_EQ(IntactImages(), TImages{}) << "images 1 and 2 are overwritten, and 3 is next";
+  Count(4);
+  EXPECT_EQ(IntactImages(), (TImages{5, 6, 7, 8}));
+  Fill(6);
+  EXPECT_EQ(IntactImages(), TImages{}) << "the camera is a whole ring ahead";
+
+  // The next run gets the same memory, where everything is still in place.
+  ticks_ = 1000;
+  Begin(6);
+  FillAndCount(3);
+  EXPECT_EQ(IntactImages(), (TImages{1, 2, 3}));
+  Fill(3);
+  EXPECT_EQ(IntactImages(), (TImages{3}));
+}
+
+TEST_F(ARunningRing, VouchesInSmallRingsForAsMuchAsItCan)
+{
+  const struct
+  {
+    std::uint64_t slots;
+    TImages afterFour;
+    TImages whileTheNextIsComplete;
+  } kCases[] = {{1, {}, {}}, {2, {4}, {}}, {3, {3, 4}, {4}}, {4, {3, 4}, {4}}};
+  for (const auto& c : kCases) {
+    Begin(c.slots);
+    FillAndCount(4);
+    EXPECT_EQ(IntactImages(), c.afterFour) << c.slots;
+    Fill(1);
+    EXPECT_EQ(IntactImages(), c.whileTheNextIsComplete) << c.slots;
+  }
+}
+
+TEST_F(ARunningRing, VouchesAcrossFramesWithoutAClockValue)
+{
+  Begin(8);
+  FillAndCount(2);
+  Fill(2);
+  Count(2, false);
+  FillAndCount(2);
+  EXPECT_EQ(IntactImages(), (TImages{1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(ring_.GetTicks(3), std::nullopt);
+  Fill(3);
+  EXPECT_EQ(IntactImages(), TImages{6}) << "image 1 is overwritten, and images 3 and 4 cannot stand in for it";
+
+  Begin(8);
+  Fill(8, 0);
+  Count(8);
+  EXPECT_EQ(IntactImages(), TImages{}) << "a clock that stands still tells nothing";
+}
+
+TEST_F(ARunningRing, ASlotThatIsLostOrFilledInPartDoesNotHideTheCamera)
+{
+  Begin(6);
+  FillAndCount(6);
+  ++filled_; // image 1: nothing is put into its slot
+  Fill(1);   // image 2 is overwritten
+  EXPECT_EQ(IntactImages(), (TImages{5, 6})) << "image 3 may be next";
+
+  // Whose slot changes places vouches for nobody any more.
+  Begin(6);
+  FillAndCount(6);
+  ASSERT_TRUE(ring_.PlaceNext(ring_.GetBuffer(3), ring_.GetBuffer(3) + kClockAt));
+  ring_.Increment();
+  EXPECT_EQ(IntactImages(), (TImages{6, 7}));
+}
+
+TEST_F(ARunningRing, WithoutClockValuesOnlyTheNewerHalfIsVouchedFor)
+{
+  Begin(6, true, false);
+  FillAndCount(2);
+  EXPECT_EQ(IntactImages(), (TImages{1, 2}));
+  FillAndCount(6);
+  EXPECT_EQ(IntactImages(), (TImages{6, 7, 8}));
+  Begin(1, true, false);
+  FillAndCount(3);
+  EXPECT_EQ(IntactImages(), TImages{});
+}
+
+TEST_F(ARunningRing, ImagesWhoseSlotsAreNotUsedAgainStayIntact)
+{
+  for (const bool framesHaveClock : {true, false}) {
+    Begin(3, false, framesHaveClock);
+    FillAndCount(3);
+    EXPECT_EQ(IntactImages(), (TImages{1, 2, 3}));
+  }
+}
+
+TEST_F(ARunningRing, AnImageOfTheRunBeforeIsNotIntactInTheNext)
+{
+  Begin(4, false);
+  FillAndCount(2);
+  const TFrameMemory held = ring_.HoldBufferForImage(2);
+  EXPECT_EQ(held.sizeBytes, static_cast<std::int64_t>(kFrameBytes));
+  EXPECT_TRUE(ring_.IsImageIntact(2, held.bytes));
+  Begin(4, false);
+  FillAndCount(2);
+  EXPECT_FALSE(ring_.IsImageIntact(2, held.bytes));
+  ring_.ReleaseBuffer(held.bytes);
 }
 
 TEST(CircularBuffer, WaitTellsFrameFailureAndCancelInThatOrderOfWeight)

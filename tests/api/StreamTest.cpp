@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Long runs: every frame once, in order and whole, or counted as lost.
 #include "tests/support/CounterCameraTest.h"
+#include "tests/support/Sanitizers.h"
 
 #include <atomic>
 #include <thread>
@@ -78,6 +79,46 @@ TEST_F(Stream, WhatIsOverwrittenIsCountedExactly)
   EXPECT_EQ(taken_ + skipped_, made);
   EXPECT_EQ(skipped_, made / kBurst * (kBurst - kSlots));
   EXPECT_EQ(Statistics().framesDelivered, made);
+}
+
+// Frames arrive while the thread that counts them is held up, so that the camera is ahead of the count by nearly a
+// ring, and the program reads images that the camera has reached, is about to reach, or has not reached.
+TEST_F(Stream, AnImageThatIsVouchedForIsTheOneWithItsNumber)
+{
+  if (kHasThreadSanitizer)
+    GTEST_SKIP() << "the camera writes over images while they are copied: that is what is tested";
+  AddFault("call VX_WaitBuffer every 150 delay 10ms");
+  std::atomic<bool> isOver{false};
+  std::thread camera([&] {
+    constexpr std::uint64_t kBurst = 100;
+    for (std::uint64_t made = 0; made < kFrames; made += kBurst) {
+      if (!Eventually([&] { return made + kBurst < static_cast<std::uint64_t>(ImageCount()) + kSlots; })) break;
+      VXSIM_PushFrames(0, static_cast<int>(kBurst));
+    }
+    isOver = true;
+  });
+  std::uint64_t vouchedFor = 0;
+  std::uint64_t refused = 0;
+  std::uint64_t others = 0;
+  while (!isOver) {
+    int first = 0;
+    int last = 0;
+    if (GetNumberAvailableImages(&first, &last) != RC_SUCCESS) continue;
+    for (long number = first; number <= last; number += 20) {
+      long long ticks = 0;
+      const unsigned int code = vxmcd_GetIntactImage16(number, image_.data(), image_.size(), &ticks);
+      ++(code == RC_SUCCESS ? vouchedFor : refused);
+      if (code != RC_SUCCESS) continue;
+      long long recorded = -1;
+      vxsys_GetRawMetaDataInfo(nullptr, &recorded, static_cast<unsigned int>(number - 1));
+      if (FrameNumberOf(image_) != static_cast<std::uint64_t>(number) || ticks != recorded) ++others;
+    }
+  }
+  camera.join();
+  EXPECT_EQ(others, 0u) << "of " << vouchedFor;
+  EXPECT_GT(vouchedFor, 100u);
+  EXPECT_GT(refused, 0u) << "the reader was never overtaken, so this has tested nothing";
+  EXPECT_EQ(Status(), static_cast<int>(RC_ACQUIRING));
 }
 
 } // namespace

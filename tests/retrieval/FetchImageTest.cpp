@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copying frames out of a queue: geometry, cursor, ranges, and what happens when the camera is faster.
+#include "acquisition/TCircularBuffer.h"
+#include "acquisition/TDispatchQueue_Ignore.h"
 #include "retrieval/TPackedFetchImage.h"
 #include "retrieval/TUnpackedFetchImage.h"
 #include "ScriptedQueue.h"
@@ -234,7 +236,7 @@ TEST_F(TenFrames, CursorStopsAtTheHighestNumberItCanHold)
 
 TEST_F(TenFrames, AcquiredDataKeepsThePlacesOfLostFramesAndIncludesNewOnes)
 {
-  queue_.onGetImage = [this](int image) {
+  queue_.onGetImage = [this](std::int64_t image) {
     if (image == 10 && queue_.maximum == 10) queue_.Push({11, 111});
   };
   EXPECT_EQ(fetch_.GetAcquiredData(output_.data(), 2), RC_SUCCESS);
@@ -245,7 +247,7 @@ TEST_F(TenFrames, AcquiredDataKeepsThePlacesOfLostFramesAndIncludesNewOnes)
 
 TEST_F(TenFrames, MostRecentIsCopiedAgainWhenTheCameraMayHaveReachedIt)
 {
-  queue_.isIntact = [this](int image) {
+  queue_.isIntact = [this](std::int64_t image) {
     if (image == 10) queue_.Push({11, 111});
     return image == 11;
   };
@@ -256,7 +258,7 @@ TEST_F(TenFrames, MostRecentIsCopiedAgainWhenTheCameraMayHaveReachedIt)
 
 TEST_F(TenFrames, MostRecentGivesUpAfterThreeCopies)
 {
-  queue_.isIntact = [](int) { return false; };
+  queue_.isIntact = [](std::int64_t) { return false; };
   EXPECT_EQ(fetch_.GetMostRecentImage(output_.data(), 2), RC_SUCCESS);
   EXPECT_EQ(output_[0], 10);
   EXPECT_EQ(queue_.holdsTaken, 3);
@@ -269,13 +271,66 @@ TEST_F(TenFrames, MostRecentWithoutItsMemoryIsUnavailable)
   EXPECT_THAT(output_, Each(0xEE));
 }
 
-TEST_F(TenFrames, MostRecentIsFoundBeyondTheHighestNumber)
+TEST_F(TenFrames, FramesBeyondTheHighestNumberOfTheCursorAreAcquiredAsAllOthers)
 {
-  queue_.maximum = std::int64_t{1} << 31;
-  EXPECT_EQ(fetch_.GetMostRecentImage(output_.data(), 2), RC_FRAME_UNAVAILABLE);
-  queue_.latest = {33, 44};
+  constexpr std::int64_t kNumber = std::int64_t{1} << 31;
+  queue_.maximum = kNumber - 1;
+  queue_.Push({33, 44});
   EXPECT_EQ(fetch_.GetMostRecentImage(output_.data(), 2), RC_SUCCESS);
   EXPECT_EQ(output_[0], 33);
+  EXPECT_EQ(fetch_.GetImages(kNumber, kNumber, output_.data() + 2, 2, &validFirst_, &validLast_), RC_SUCCESS);
+  EXPECT_EQ(validFirst_, kNumber);
+  EXPECT_EQ(output_[2], 33);
+  EXPECT_EQ(queue_.holdsTaken, 2);
+}
+
+TEST_F(TenFrames, IntactImageIsOneThatTheQueueVouchesForAfterTheCopy)
+{
+  queue_.ticks[6] = 606;
+  long long ticks = -1;
+  EXPECT_EQ(fetch_.GetIntactImage(6, output_.data(), 2, &ticks), RC_SUCCESS);
+  EXPECT_EQ(ticks, 606);
+  EXPECT_THAT(Bytes(output_.begin(), output_.begin() + 3), ElementsAre(6, 106, 0xEE));
+  EXPECT_EQ(fetch_.GetIntactImage(7, output_.data(), 2, &ticks), RC_SUCCESS);
+  EXPECT_EQ(ticks, 0) << "a frame without a clock value";
+  EXPECT_EQ(fetch_.GetIntactImage(8, output_.data(), 2, nullptr), RC_SUCCESS);
+
+  for (const int intactLooks : {0, 1}) {
+    ticks = -1;
+    queue_.isIntact = [looks = 0, intactLooks](std::int64_t) mutable { return looks++ < intactLooks; };
+    EXPECT_EQ(fetch_.GetIntactImage(6, output_.data(), 2, &ticks), RC_NO_NEW_DATA) << intactLooks;
+    EXPECT_EQ(ticks, 0);
+  }
+  queue_.isIntact = [](std::int64_t) { return true; };
+  for (const long gone : {4L, 11L, std::numeric_limits<long>::max()})
+    EXPECT_EQ(fetch_.GetIntactImage(gone, output_.data(), 2, &ticks), RC_NO_NEW_DATA);
+  EXPECT_EQ(fetch_.GetIntactImage(0, nullptr, 3, &ticks), RC_P1_INVALID);
+  EXPECT_EQ(fetch_.GetIntactImage(6, nullptr, 3, &ticks), RC_P2_INVALID);
+  EXPECT_EQ(fetch_.GetIntactImage(6, output_.data(), 3, &ticks), RC_P3_INVALID);
+  ByteFetch larger(&queue_, 3, 1, 3);
+  EXPECT_EQ(larger.GetIntactImage(6, output_.data(), 3, &ticks), RC_NO_NEW_DATA) << "not of this image area";
+  EXPECT_EQ(ByteFetch(nullptr, 2, 1, 2).GetIntactImage(1, output_.data(), 2, &ticks), RC_NO_NEW_DATA);
+}
+
+// Every queue of a camera has the same ring, and only that of the new run learns the new size.
+TEST(FetchImage, NothingIsReadBeyondAFrameOfARunThatHasBegunMeanwhile)
+{
+  TCircularBuffer ring;
+  TDispatchQueue_Ignore queue(&ring);
+  ASSERT_EQ(ring.Allocate(4000, 2), 0);
+  queue.Initialise(4000);
+  ByteFetch fetch(&queue, 1000, 4, 1000);
+
+  ASSERT_EQ(ring.Allocate(8, 1), 0);
+  ring.Reset();
+  ASSERT_EQ(queue.Dispatch(ring.GetBuffer(1), 8), 0);
+  Bytes output(4000, 0xEE);
+  int cursor = 0;
+  EXPECT_EQ(fetch.GetNextOldestImage(output.data(), 4000, cursor), RC_SUCCESS);
+  EXPECT_EQ(fetch.GetAcquiredData(output.data(), 4000), RC_SUCCESS);
+  EXPECT_EQ(fetch.GetMostRecentImage(output.data(), 4000), RC_SUCCESS);
+  EXPECT_EQ(fetch.GetImages(1, 1, output.data(), 4000, nullptr, nullptr), RC_SUCCESS);
+  EXPECT_THAT(output, Each(0xEE));
 }
 
 TEST_F(TenFrames, ImagesCopiesTheFirstFrameOfTheRangeToItsPlace)
@@ -305,7 +360,7 @@ TEST_F(TenFrames, ImagesOutsideWhatIsHeldAreNoNewData)
 TEST_F(TenFrames, ImagesLooksOnlyAtTheNumbersTheQueueHas)
 {
   int asked = 0;
-  queue_.onGetImage = [&asked](int) { ++asked; };
+  queue_.onGetImage = [&asked](std::int64_t) { ++asked; };
   EXPECT_EQ(fetch_.GetImages(5, std::numeric_limits<long>::max(), output_.data(), 2, nullptr, nullptr),
             RC_SUCCESS);
   EXPECT_EQ(asked, 6);

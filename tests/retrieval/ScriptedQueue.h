@@ -12,37 +12,37 @@
 class ScriptedQueue final : public TDispatchQueue
 {
 public:
-  std::map<int, std::vector<unsigned char>> frames;
-  std::vector<unsigned char> latest;
+  std::map<std::int64_t, std::vector<unsigned char>> frames;
+  std::map<std::int64_t, std::int64_t> ticks;
   std::int64_t minimum = 0;
   std::int64_t maximum = 0;
   std::int64_t imageSizeBytes = 0;
   int holds = 0;
   int holdsTaken = 0;
-  std::function<bool(int)> isIntact = [](int) { return true; };
-  std::function<void(int)> onGetImage = [](int) {};
+  std::function<bool(std::int64_t)> isIntact = [](std::int64_t) { return true; };
+  std::function<void(std::int64_t)> onGetImage = [](std::int64_t) {};
 
   /// Adds the next frame of the run.
   void Push(std::vector<unsigned char> frame)
   {
     imageSizeBytes = static_cast<std::int64_t>(frame.size());
     if (minimum == 0) minimum = 1;
-    frames[static_cast<int>(++maximum)] = std::move(frame);
+    frames[++maximum] = std::move(frame);
   }
 
   /// Forgets the oldest frame, as if the camera had written over it.
-  void DropOldest() { frames.erase(static_cast<int>(minimum++)); }
+  void DropOldest() { frames.erase(minimum++); }
 
-  unsigned char* GetLatestImage() override { return latest.empty() ? nullptr : latest.data(); }
-  unsigned char* GetImage8(int image) override
+  unsigned char* GetLatestImage() override { return nullptr; }
+  unsigned char* GetImage8(int image) override { return AcquireImage(image).bytes; }
+  TFrameMemory AcquireImage(std::int64_t image) override
   {
     onGetImage(image);
-    unsigned char* frame = GetImage(image);
-    if (frame) {
-      ++holds;
-      ++holdsTaken;
-    }
-    return frame;
+    const auto found = frames.find(image);
+    if (found == frames.end()) return {};
+    ++holds;
+    ++holdsTaken;
+    return {found->second.data(), static_cast<std::int64_t>(found->second.size())};
   }
   void ReleaseImage8(unsigned char*) override { --holds; }
   unsigned char* GetImage(int image) override
@@ -53,7 +53,12 @@ public:
   std::int64_t GetMinimumImageAvailable() override { return minimum; }
   std::int64_t GetMaximumImageAvailable() override { return maximum; }
   std::int64_t GetImageSizeBytes() override { return imageSizeBytes; }
-  bool IsImageIntact(int image) override { return isIntact(image); }
+  bool IsImageIntact(std::int64_t image, const unsigned char*) override { return isIntact(image); }
+  std::optional<std::int64_t> GetImageTicks(std::int64_t image) override
+  {
+    const auto found = ticks.find(image);
+    return found == ticks.end() ? std::nullopt : std::optional(found->second);
+  }
   bool IsSlot(const unsigned char*) override { return true; }
 
   void Initialise(std::int64_t) override {}

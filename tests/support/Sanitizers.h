@@ -17,6 +17,12 @@
 #define VXMCD_TEST_ADDRESS_SANITIZER 1
 #endif
 
+#if defined(VXMCD_TEST_THREAD_SANITIZER)
+inline constexpr bool kHasThreadSanitizer = true;
+#else
+inline constexpr bool kHasThreadSanitizer = false;
+#endif
+
 #if defined(VXMCD_TEST_THREAD_SANITIZER) || defined(VXMCD_TEST_ADDRESS_SANITIZER)
 inline constexpr bool kHasSanitizer = true;
 #else
