@@ -14,9 +14,7 @@
 #include "spool/TThreadedSpooler.h"
 
 #include <algorithm>
-#include <fcntl.h>
 #include <memory>
-#include <unistd.h>
 
 namespace {
 
@@ -36,13 +34,6 @@ std::unique_ptr<ISpoolAlgorithm> makeAlgorithm(const TSpoolLayout& layout, TSpoo
     break;
   }
   return std::make_unique<TThreadedSpooler>(&images, kThreads);
-}
-
-void syncFileSystemOf(const std::string& directory)
-{
-  const int file = open(directory.c_str(), O_RDONLY | O_DIRECTORY);
-  require(file >= 0 && syncfs(file) == 0, "syncfs");
-  close(file);
 }
 
 } // namespace
@@ -73,7 +64,6 @@ WritingCost writeThroughParts(const std::string& directory, const TSpoolLayout& 
   files.Finish();
   require(index.Close() && !fault.IsRaised() && index.Count() == static_cast<std::uint64_t>(count),
           "every frame is written");
-  syncFileSystemOf(directory);
   WritingCost cost = clock.onDisk();
   cost.longestMs = longest * 1e3;
   return cost;

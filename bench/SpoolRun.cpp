@@ -11,8 +11,10 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <fcntl.h>
 #include <filesystem>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -53,15 +55,19 @@ long imagesWritten(const std::string& directory)
   return images;
 }
 
-/// Removes all but the newest files of images.
-void removeOldFiles(const std::string& directory)
+/// Takes the blocks of all but the newest files of images, which keep their names and lengths.
+void emptyOldFiles(const std::string& directory)
 {
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(directory))
     if (entry.path().extension() == ".dat" && entry.path().filename() != TSpoolIndex::kFileName)
       files.push_back(entry.path());
   std::sort(files.begin(), files.end());
-  for (std::size_t i = 0; i + kFilesKept < files.size(); ++i) fs::remove(files[i]);
+  for (std::size_t i = 0; i + kFilesKept < files.size(); ++i) {
+    const int file = open(files[i].c_str(), O_WRONLY);
+    fallocate(file, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(fs::file_size(files[i])));
+    close(file);
+  }
 }
 
 /// Does something again and again on a thread of its own while it lives.
@@ -116,7 +122,7 @@ PacedResult spoolAtRate(const BenchmarkCamera& camera, const std::string& direct
   VXSIM_GetStatistics(0, &before);
   require(StartAcquisition() == RC_SUCCESS, "StartAcquisition");
   {
-    const Repeater cleaning(std::chrono::milliseconds(200), [&] { removeOldFiles(directory); });
+    const Repeater cleaning(std::chrono::milliseconds(200), [&] { emptyOldFiles(directory); });
     const auto begin = std::chrono::steady_clock::now();
     for (; result.frames < count && isRunning(); ++result.frames) {
       const std::chrono::duration<double> due(static_cast<double>(result.frames) / framesPerSecond);

@@ -24,6 +24,6 @@ struct PacedResult
 };
 
 /// A run of @p count frames at @p framesPerSecond; the camera must be one whose frames are pushed. Finished files are
-/// removed all the time, so that a run may be longer than the disk is large.
+/// emptied all the time, so that a run may be longer than the disk is large.
 PacedResult spoolAtRate(const BenchmarkCamera& camera, const std::string& directory, long count,
                         double framesPerSecond);

@@ -4,7 +4,9 @@
 
 #include "utility/TQuorinLibDebugOutput.h"
 
+#include <cerrno>
 #include <exception>
+#include <sys/stat.h>
 #include <system_error>
 #include <utility>
 
@@ -22,6 +24,18 @@ void TSpoolFault::Raise(const char* what, const std::string& name, int error) no
   } catch (const std::exception&) {
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "%s %s: error %d", what, name.c_str(), error);
   }
+}
+
+bool TSpoolFault::CheckFile(int descriptor, std::uint64_t size, const std::string& name) noexcept
+{
+  struct stat status = {};
+  if (fstat(descriptor, &status) != 0) {
+    Raise("cannot look at", name, errno);
+    return false;
+  }
+  if (status.st_nlink > 0 && static_cast<std::uint64_t>(status.st_size) == size) return true;
+  Raise("somebody has removed or truncated", name, 0);
+  return false;
 }
 
 std::string TSpoolFault::Text() const

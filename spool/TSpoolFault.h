@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <mutex>
 #include <string>
 
@@ -15,6 +16,10 @@ public:
   /// last part where there is no errno value, 0.
   /// Where there is no memory for that, the failure counts all the same.
   void Raise(const char* what, const std::string& name, int error) noexcept;
+
+  /// Whether the open file @p descriptor, of this name, still has a name and @p size bytes. If not, somebody has removed
+  /// or truncated it, and that is raised, or why nothing can be said.
+  bool CheckFile(int descriptor, std::uint64_t size, const std::string& name) noexcept;
 
   bool IsRaised() const { return raised_.load(std::memory_order_acquire); }
   /// What the first failure was, "out of memory" when that could not be kept; empty while there is none.

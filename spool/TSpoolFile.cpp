@@ -3,11 +3,11 @@
 #include "spool/TSpoolFile.h"
 
 #include "spool/file_writing.h"
+#include "spool/TSpoolFault.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -96,11 +96,9 @@ int TSpoolFile::SyncPieces()
   return error;
 }
 
-bool TSpoolFile::IsAsMade() const
+bool TSpoolFile::IsAsMade(TSpoolFault* fault) const
 {
-  struct stat status = {};
-  return fstat(file_.Get(), &status) == 0 && status.st_nlink > 0 &&
-         static_cast<std::uint64_t>(status.st_size) == sizeBytes_;
+  return fault->CheckFile(file_.Get(), sizeBytes_, path_);
 }
 
 int TSpoolFile::Lock(unsigned char*& /*destination*/)

@@ -12,6 +12,8 @@
 #include <mutex>
 #include <string>
 
+class TSpoolFault;
+
 /// One file of a spooled run, full size from the beginning. Its blocks are set aside when it is made, so that a
 /// full disk shows there. Images are written, never mapped: a disk that fails, or somebody who truncates the file,
 /// must not end the program by a signal. Large ones do not go through the page cache where the file system allows
@@ -51,8 +53,8 @@ public:
   /// Whether all of the run's images that belong into this file are there.
   bool IsFull() const { return writtenBytes_ >= usedBytes_; }
   bool IsLarge() const { return sizeBytes_ >= kLargeFileBytes; }
-  /// Whether the file still has its name and its length. False when somebody has removed or truncated it.
-  bool IsAsMade() const;
+  /// Whether the file still has its name and its length. If not, the fault is raised.
+  bool IsAsMade(TSpoolFault* fault) const;
   /// Images that are known to be on the disk.
   std::uint32_t SyncedImages() const { return syncedImages_; }
 

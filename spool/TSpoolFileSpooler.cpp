@@ -180,7 +180,7 @@ void TSpoolFileSpooler::SyncIndex()
 
 void TSpoolFileSpooler::Close(TSpoolFile& file)
 {
-  if (!file.IsAsMade()) fault_->Raise("somebody has removed or truncated", file.Path(), 0);
+  file.IsAsMade(fault_);
   if (const int error = file.Close()) fault_->Raise("cannot write", file.Path(), error);
   CountImages(file);
 }
@@ -212,13 +212,13 @@ void TSpoolFileSpooler::CheckFiles()
 {
   const std::lock_guard lock(mutex_);
   for (unsigned int number = 0; number < syncedImages_.size(); ++number) {
-    struct stat status = {};
     if (syncedImages_[number] == 0) continue;
     const std::string path = PathOf(number);
-    if (lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-        static_cast<std::uint64_t>(status.st_size) == fileBytes_)
+    struct stat status = {};
+    const int error = lstat(path.c_str(), &status) == 0 ? 0 : errno;
+    if (error == 0 && S_ISREG(status.st_mode) && static_cast<std::uint64_t>(status.st_size) == fileBytes_)
       continue;
-    fault_->Raise("somebody has removed or truncated", path, 0);
+    fault_->Raise("somebody has removed or truncated", path, error);
     imagesOnDisk_ -= std::min<std::uint64_t>(imagesOnDisk_, syncedImages_[number]);
   }
 }

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -75,12 +74,7 @@ std::uint64_t TSpoolIndex::Count()
 // What is appended behind the end that somebody has cut off would leave a gap.
 bool TSpoolIndex::CheckUnchanged()
 {
-  struct stat status = {};
-  if (fstat(file_.Get(), &status) == 0 && status.st_nlink > 0 &&
-      static_cast<std::uint64_t>(status.st_size) == count_ * sizeof(TRecord))
-    return true;
-  fault_->Raise("somebody has removed or truncated", path_, 0);
-  return false;
+  return fault_->CheckFile(file_.Get(), count_ * sizeof(TRecord), path_);
 }
 
 bool TSpoolIndex::Sync()

@@ -74,10 +74,7 @@ bool TSpooledImage::WriteNewImages()
   const std::uint64_t begin = place_.imageSizeBytes * recorded_;
   const std::uint64_t size = place_.imageSizeBytes * (takenAtNs_.size() - recorded_);
   if (size == 0) return true;
-  if (!file_->IsAsMade()) {
-    fault_->Raise("somebody has removed or truncated", file_->Path(), 0);
-    return false;
-  }
+  if (!file_->IsAsMade(fault_)) return false;
   if (const int error = file_->Write(memory_ + begin, size, place_.offset + begin)) {
     fault_->Raise("cannot write", file_->Path(), error);
     return false;

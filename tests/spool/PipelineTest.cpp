@@ -17,10 +17,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <ostream>
 #include <random>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -268,6 +272,69 @@ TEST_F(SpoolDirectories, ThatCannotBeUsedAreNamedWithTheReason)
   EXPECT_THAT(Write(link), HasSubstr("has a backslash: " + real));
   EXPECT_TRUE(fs::is_empty(real));
   EXPECT_FALSE(fs::exists(scratch_.Directory() + "/a"));
+}
+
+TEST_F(SpoolDirectories, AreFreeAfterTheRunThoughAChildHasTheirDescriptor)
+{
+  const std::string path = scratch_.Directory() + "/run";
+  TSpoolPipeline pipeline({path, TSpoolLayout::kImagesTogether, 1}, 4096, 1);
+  pipeline.Begin();
+  const pid_t child = fork();
+  if (child == 0)
+    for (;;) pause();
+  pipeline.Finish();
+  EXPECT_EQ(Write(path), "") << "another run";
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+}
+
+TEST_F(SpoolDirectories, KeepNoFileWhoseBlocksCannotBeHad)
+{
+  const std::string path = scratch_.Directory() + "/run";
+  disk_.Fail(Call::kAllocate, "spool_0000000000.dat", ENOSPC);
+  EXPECT_THAT(Write(path, 1),
+              HasSubstr("cannot create " + path + "/spool_0000000000.dat: No space left on device"));
+  EXPECT_FALSE(fs::exists(path + "/spool_0000000000.dat"));
+  disk_.FailNothing();
+  disk_.Fail(Call::kAllocate, "(deleted)", EDQUOT, 1); // behind the file that tries the file system
+  EXPECT_THAT(Write(path), HasSubstr("no room for a run in " + path + ": Disk quota exceeded"));
+}
+
+// A series that fits must not be refused for places that it never fills.
+TEST_F(SpoolDirectories, HoldBlocksForTheImagesOfTheRunOnly)
+{
+  constexpr std::uint64_t kMiB = 1 << 20;
+  TSpoolFault fault;
+  TSpoolIndex index(&fault);
+  TSpoolFileSpooler files(&fault, &index);
+  files.SetDirectory(scratch_.Directory());
+  files.SetStem(L"spool");
+  files.SetVolume(TSpoolVolume::Probe(scratch_.Directory()));
+  files.SetImageSizeBytes(64 * kMiB);
+  files.SetRunBytes(65 * kMiB);
+  IImage* file = nullptr;
+  ASSERT_EQ(files.OpenImage(1, ISpooler::kReadWrite, file), 0);
+  struct stat status = {};
+  ASSERT_EQ(stat((scratch_.Directory() + "/spool_0000000001.dat").c_str(), &status), 0);
+  EXPECT_EQ(static_cast<std::uint64_t>(status.st_size), 64 * kMiB);
+  EXPECT_NEAR(static_cast<double>(status.st_blocks) * 512, kMiB, kMiB / 4.0);
+}
+
+// The memory of a block has had other images in it.
+TEST_F(SpoolDirectories, HoldZerosWhereABlockWasNotFilled)
+{
+  constexpr std::size_t kBytes = 3001;
+  constexpr int kImages = 9000;
+  disk_.noSync = true;
+  Image image(kBytes, 0xFF);
+  {
+    TSpoolPipeline pipeline({scratch_.Directory() + "/run", TSpoolLayout::kImagesTogether, 1}, kBytes, 10000);
+    pipeline.Begin();
+    for (int i = 0; i < kImages; ++i) ASSERT_TRUE(pipeline.Spool(i, image.data()));
+  }
+  const std::string bytes = TextOf(scratch_.Directory() + "/run/spool_0000000000.dat");
+  ASSERT_GT(bytes.size(), kBytes * kImages);
+  EXPECT_EQ(bytes.find_first_not_of('\0', kBytes * kImages), std::string::npos);
 }
 
 // Who waits for the end of a run sees that the disk is not standing still.

@@ -74,6 +74,27 @@ protected:
   TVxmcdAcquisitionManager manager_{&cameraLock_, 20};
 };
 
+TEST_F(SpooledRunOfACamera, KeepsAllBitsOfTheFirstTick)
+{
+  constexpr std::size_t kBytes = 4096;
+  constexpr std::int64_t kTick = 0x123456789ABCDE;
+  constexpr std::array<std::uint32_t, 2> kIdentifierAndLength{1, 12};
+  ASSERT_EQ(VX_SetBool(camera_, L"MetadataEnable", 1), VX_SUCCESS);
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(kBytes, 2), 0);
+  ring.Reset();
+  TDispatchQueue_Spool queue(&ring);
+  queue.SetRun({run_.Path(), TSpoolLayout::kImagesTogether}, 1);
+  queue.Initialise(kBytes);
+  queue.Begin();
+  unsigned char* const frame = ring.GetBuffer(1);
+  std::memcpy(frame + kBytes - 16, &kTick, 8);
+  std::memcpy(frame + kBytes - 8, kIdentifierAndLength.data(), 8);
+  EXPECT_EQ(queue.Dispatch(frame, kBytes), 0);
+  queue.Finalise();
+  EXPECT_EQ(run_.Number("run", "FirstFrameTick"), kTick);
+}
+
 TEST_F(SpooledRunOfACamera, TellsOfItsDiskAlsoBehindAStartThatWasRefused)
 {
   disk_.writeDelayMs = 1000;
