@@ -8,16 +8,17 @@
 #include <string>
 
 /// Thrown by the metadata parser and the spool file classes for faults that have no status of their own. Its type
-/// is exported, so that an application can catch it.
+/// information is exported, so that an application can catch it; its functions are not.
 class VXMCD_API TSDK3Exception : public std::exception
 {
 public:
-  explicit TSDK3Exception(std::string message);
+  [[gnu::visibility("hidden")]] explicit TSDK3Exception(std::string message);
   /// Formats like printf; at most 511 characters are kept.
-  explicit TSDK3Exception(const char* format, ...) __attribute__((format(printf, 2, 3)));
-  ~TSDK3Exception() override;
+  [[gnu::visibility("hidden")]] explicit TSDK3Exception(const char* format, ...)
+      __attribute__((format(printf, 2, 3)));
+  [[gnu::visibility("hidden")]] ~TSDK3Exception() override;
 
-  const char* what() const noexcept override;
+  [[gnu::visibility("hidden")]] const char* what() const noexcept override;
 
 private:
   std::string message_;
