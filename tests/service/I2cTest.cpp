@@ -111,6 +111,13 @@ TEST_F(I2c, SenselessCountEndsSoon)
   vx_.codes = {{"SetInt InternalI2CByteSelector", VX_ERR_OUT_OF_RANGE}};
   EXPECT_EQ(bus_.Read(0x20, data_, UINT_MAX), 2);
   EXPECT_LT(vx_.calls.size(), 3000u);
+
+  // More failures than that, and never so many in a row: of every number that begins with 1.
+  vx_.codes = {{"SetInt InternalI2CByteSelector 1", VX_ERR_OUT_OF_RANGE}};
+  std::vector<unsigned char> many(2500);
+  vx_.bytes.resize(many.size(), 5);
+  EXPECT_EQ(bus_.Read(0x20, many.data(), 2500), 2);
+  EXPECT_EQ(many.back(), 5);
 }
 
 TEST_F(I2c, BurstsMapTheStatusToACode)
