@@ -16,6 +16,7 @@ using TDeviceLock = std::unique_lock<std::mutex>;
 /// A feature of one device: typed reads and writes of which a kind implements its own and refuses the others.
 /// Owned by its device. Every operation is called with the device's lock held; Execute() may release it while it
 /// waits. Operations answer `VX_` codes and write outputs only on success.
+/// A text that is read belongs to the feature and is valid while the lock is kept.
 class IFeature
 {
 public:
@@ -41,12 +42,12 @@ public:
   virtual int SetText(std::wstring_view) { return VX_ERR_WRONG_KIND; }
   virtual int GetIndex(int&) const { return VX_ERR_WRONG_KIND; }
   virtual int GetCount(int&) const { return VX_ERR_WRONG_KIND; }
-  virtual int GetTextByIndex(int, std::wstring&) const { return VX_ERR_WRONG_KIND; }
+  virtual int GetTextByIndex(int, std::wstring_view&) const { return VX_ERR_WRONG_KIND; }
   virtual int IsIndexAvailable(int, bool&) const { return VX_ERR_WRONG_KIND; }
   virtual int IsIndexImplemented(int, bool&) const { return VX_ERR_WRONG_KIND; }
 
   virtual int SetString(std::wstring_view) { return VX_ERR_WRONG_KIND; }
-  virtual int GetString(std::wstring&) const { return VX_ERR_WRONG_KIND; }
+  virtual int GetString(std::wstring_view&) const { return VX_ERR_WRONG_KIND; }
   virtual int GetStringMaxLength(int&) const { return VX_ERR_WRONG_KIND; }
 
   virtual int Execute(TDeviceLock&) { return VX_ERR_WRONG_KIND; }

@@ -113,9 +113,10 @@ int TAcquisition::Queue(TDeviceLock& lock, unsigned char* buffer, int sizeBytes)
   if (!memory_.empty() && state_.configuration.source == ESource::Manual) {
     WaitUntilPainted(lock);
     if (stalledUntil_ <= TClock::now()) TransferStored(lock);
-  } else if (IsPaced())
+  } else if (!IsPaced())
+    Wake(); // whoever waits can make a frame now
+  else if (!memory_.empty())
     work_.notify_one();
-  if (waiters_ > 0) changed_.notify_all();
   return VX_SUCCESS;
 }
 
@@ -138,7 +139,7 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
     }
     if (closed_) return VX_ERR_INVALID_HANDLE;
     if (!status_.plugged && !status_.IsPresent()) return VX_ERR_COMMUNICATION;
-    if (!IsPaced() && MakeInstantFrame(*buffer, *sizeBytes)) return VX_SUCCESS;
+    if (!IsPaced() && MakeStampedFrame(lock, *buffer, *sizeBytes)) return VX_SUCCESS;
     const bool madeFrame = !IsPaced() && MakeFrame(lock);
     if (madeFrame && HasAnswer()) continue;
     if (timeoutMs == 0 || HasRunEnded(run)) return VX_ERR_TIMED_OUT;
@@ -352,21 +353,24 @@ bool TAcquisition::MakeFrame(TDeviceLock& lock)
   return true;
 }
 
-/// The shortest way of a frame, for measuring everything but the camera: straight to the caller that waits.
-bool TAcquisition::MakeInstantFrame(unsigned char*& bytes, int& sizeBytes)
+/// The shortest path of a frame, for measuring everything but the camera: straight to the caller that waits. Releases
+/// the lock when it succeeds.
+bool TAcquisition::MakeStampedFrame(TDeviceLock& lock, unsigned char*& bytes, int& sizeBytes)
 {
-  if (!painter_.IsInstant() || !TFaultPlan::IsEmpty() || !state_.acquiring || queued_.IsEmpty()) return false;
+  if (!painter_.IsStamped() || !TFaultPlan::IsEmpty() || !state_.acquiring || queued_.IsEmpty()) return false;
   if (!memory_.empty() || painting_ || stalledUntil_ != TClock::time_point{}) return false;
   if (state_.configuration.source == ESource::Manual || NextEndNs() == TFrameSchedule::kNever) return false;
 
-  const TFramePainter::TFrame content = Expose();
-  const TBuffer buffer = queued_.Pop();
-  painter_.Paint(content, buffer.bytes);
-  bytes = buffer.bytes;
+  const TFramePainter::TStampedFrame frame = painter_.Stamped(Expose());
+  bytes = queued_.Pop().bytes;
   sizeBytes = static_cast<int>(imageSizeBytes_);
   lastDelivered_ = {bytes, sizeBytes, VX_SUCCESS, true};
   ++status_.statistics.framesDelivered;
   EndIfComplete();
+  stampWriters_.fetch_add(1, std::memory_order_relaxed);
+  lock.unlock();
+  frame.Write(bytes);
+  if (stampWriters_.fetch_sub(1, std::memory_order_release) == 1) stampWriters_.notify_all();
   return true;
 }
 
@@ -509,10 +513,9 @@ void TAcquisition::ChangeDelivered(const TFaultRule& rule, int wholeBytes, TRead
   }
 }
 
-/// Puts a frame's bytes into a buffer, with the lock released unless that takes no time.
+/// Puts a frame's bytes into a buffer, with the lock released.
 void TAcquisition::Fill(TDeviceLock& lock, const TExposedFrame& frame, unsigned char* bytes, int sizeBytes)
 {
-  if (!frame.pushed && painter_.IsInstant()) return painter_.Paint(frame.content, bytes);
   painting_ = true;
   lock.unlock();
   if (!frame.pushed)
@@ -567,14 +570,17 @@ void TAcquisition::EndRun()
 /// Waits until no buffer is being written. Keeps anybody from beginning meanwhile.
 void TAcquisition::WaitUntilPainted(TDeviceLock& lock)
 {
-  if (!painting_) return;
-  ++holds_;
-  ++waiters_;
-  while (painting_) changed_.wait(lock);
-  --waiters_;
-  --holds_;
-  work_.notify_all();
-  changed_.notify_all();
+  if (painting_) {
+    ++holds_;
+    ++waiters_;
+    while (painting_) changed_.wait(lock);
+    --waiters_;
+    --holds_;
+    work_.notify_all();
+    changed_.notify_all();
+  }
+  // Stamps are written without the lock, so it can be kept meanwhile.
+  while (const int writers = stampWriters_.load(std::memory_order_acquire)) stampWriters_.wait(writers);
 }
 
 /// Whether a wait has something to return at once.

@@ -10,6 +10,7 @@
 #include "simulator/camera/TRing.h"
 #include "simulator/faults/TFaultRule.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -23,7 +24,8 @@ namespace vxsim {
 /// borrows. Every operation is called with the device's lock held. With the real clock a thread of this object,
 /// started with the first run and joined by the destructor, makes the frames; otherwise frames are made by the
 /// callers that wait for or push them. Pixels are painted with the lock released; `painting_` then keeps the
-/// buffer and the painter from everybody else, and Stop(), Flush() and Close() wait for its end.
+/// buffer and the painter from everybody else, and Stop(), Flush() and Close() wait for its end. Without the wall clock
+/// a wait writes a frame of stamps after it has released the lock for good; they wait for that too (`stampWriters_`).
 class TAcquisition final
 {
 public:
@@ -90,7 +92,7 @@ private:
 
   void Run();
   bool MakeFrame(TDeviceLock& lock);
-  bool MakeInstantFrame(unsigned char*& bytes, int& sizeBytes);
+  bool MakeStampedFrame(TDeviceLock& lock, unsigned char*& bytes, int& sizeBytes);
   TFramePainter::TFrame Expose();
   bool TakeFaults(TExposedFrame& frame);
   int Store(TDeviceLock& lock, TExposedFrame frame);
@@ -131,9 +133,10 @@ private:
   std::vector<unsigned char> foreignBuffer_;
   bool overflow_ = false; ///< the next wait has to tell
   bool painting_ = false;
-  int holds_ = 0;             ///< callers waiting for the painting to end: none may begin meanwhile
-  int waiters_ = 0;           ///< callers waiting on `changed_`
-  uint64_t blockedWaits_ = 0; ///< those of them that wait for a frame
+  std::atomic<int> stampWriters_{0}; ///< grows under the lock, shrinks without it
+  int holds_ = 0;                    ///< callers waiting for the painting to end: none may begin meanwhile
+  int waiters_ = 0;                  ///< callers waiting on `changed_`
+  uint64_t blockedWaits_ = 0;        ///< those of them that wait for a frame
   bool closed_ = false;
   uint32_t runNumber_ = kNoRun;
   uint64_t frameNumber_ = 0;

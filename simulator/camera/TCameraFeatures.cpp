@@ -482,7 +482,7 @@ std::string FindChangeFault(const TFeatureSet& features, const std::wstring& nam
   if (!feature) return "the model has no such feature";
   long long integer = 0;
   double number = 0.0;
-  std::wstring text;
+  std::wstring_view text;
   int count = 0;
   const bool isInt = feature->GetInt(integer) != VX_ERR_WRONG_KIND;
   const bool isFloat = feature->GetFloat(number) != VX_ERR_WRONG_KIND;

@@ -2,7 +2,6 @@
 // The present settings of a simulated camera, and what follows from them.
 #include "simulator/camera/TCameraState.h"
 
-#include "simulator/config/TConfigurationText.h"
 #include "simulator/imaging/TMetadataWriter.h"
 
 #include <algorithm>
@@ -146,9 +145,13 @@ long long TCameraState::OutputRows() const
 
 EPixelEncoding TCameraState::Encoding() const
 {
-  EPixelEncoding encoding = EPixelEncoding::Mono16;
-  EncodingFromName(Narrow(Choice(L"PixelEncoding").Text()), encoding); // a made-up text is stored as 16 bits
-  return encoding;
+  const std::wstring_view text = Choice(L"PixelEncoding").Text();
+  for (const EPixelEncoding encoding :
+       {EPixelEncoding::Mono8, EPixelEncoding::Mono12, EPixelEncoding::Mono12Packed, EPixelEncoding::Mono16,
+        EPixelEncoding::Mono32}) {
+    if (std::ranges::equal(text, std::string_view(EncodingName(encoding)))) return encoding;
+  }
+  return EPixelEncoding::Mono16; // a made-up text
 }
 
 long long TCameraState::StrideBytes() const

@@ -8,6 +8,7 @@
 #include "simulator/camera/TThermalModel.h"
 #include "simulator/config/TCameraConfiguration.h"
 #include "simulator/features/TChoice.h"
+#include "simulator/features/TNameHash.h"
 #include "simulator/imaging/TFrameSettings.h"
 
 #include <cstdint>
@@ -48,7 +49,7 @@ struct TCameraState
 
   long long sensorWidth;
   long long sensorHeight;
-  std::map<std::wstring, TChoice, std::less<>> choices;
+  TByName<TChoice> choices;
 
   // Area of interest: left and top count sensor pixels from 1, width and height count binned pixels. Each layout
   // has its own, so that setting up one leaves the other alone.

@@ -3,7 +3,9 @@
 #pragma once
 
 #include "simulator/camera/TCameraState.h"
+#include "simulator/imaging/TCounterPattern.h"
 #include "simulator/imaging/TFrameRenderer.h"
+#include "simulator/imaging/TMetadataWriter.h"
 
 #include <cstdint>
 #include <span>
@@ -29,14 +31,29 @@ public:
   /// Takes over the settings. What is wrong with them, in words; empty when frames can be made.
   std::string Prepare(const TCameraState& state);
 
-  /// So little work that it is done under the lock: only stamps, no pixels.
-  bool IsInstant() const { return settings_.scene.kind == ESceneKind::Stamp; }
+  /// A frame of stamps alone: what it takes to write it, whatever the settings become meanwhile. A plain value.
+  struct TStampedFrame
+  {
+    size_t pixelAreaBytes = 0;
+    size_t imageSizeBytes = 0;
+    TCounterPattern::TKey key;
+    bool hasMetadata = false;
+    TFrameMetadata metadata;
+
+    void Write(unsigned char* buffer) const;
+  };
+
+  /// Frames are stamps alone, no pixels.
+  bool IsStamped() const { return settings_.scene.kind == ESceneKind::Stamp; }
+  TStampedFrame Stamped(const TFrame& frame) const;
   int64_t ImageSizeBytes() const { return imageSizeBytes_; }
 
   /// @p buffer holds at least ImageSizeBytes().
   void Paint(const TFrame& frame, unsigned char* buffer);
 
 private:
+  TFrameMetadata Metadata(const TFrame& frame) const;
+
   TFrameSettings settings_;
   TFrameRenderer renderer_;
   size_t pixelAreaBytes_ = 0;

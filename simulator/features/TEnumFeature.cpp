@@ -46,7 +46,7 @@ int TEnumFeature::GetCount(int& count) const
   return VX_SUCCESS;
 }
 
-int TEnumFeature::GetTextByIndex(int index, std::wstring& text) const
+int TEnumFeature::GetTextByIndex(int index, std::wstring_view& text) const
 {
   if (!choice_.Has(index)) return VX_ERR_INDEX_NOT_IMPLEMENTED;
   text = choice_.texts[static_cast<size_t>(index)];

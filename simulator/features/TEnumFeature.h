@@ -23,7 +23,7 @@ public:
   int SetText(std::wstring_view text) override;
   int GetIndex(int& index) const override;
   int GetCount(int& count) const override;
-  int GetTextByIndex(int index, std::wstring& text) const override;
+  int GetTextByIndex(int index, std::wstring_view& text) const override;
   int IsIndexAvailable(int index, bool& available) const override;
   int IsIndexImplemented(int index, bool& implemented) const override;
 

@@ -3,9 +3,8 @@
 #pragma once
 
 #include "simulator/backend/IFeature.h"
+#include "simulator/features/TNameHash.h"
 
-#include <functional>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -24,7 +23,7 @@ public:
   }
 
 private:
-  std::map<std::wstring, std::unique_ptr<IFeature>, std::less<>> features_;
+  TByName<std::unique_ptr<IFeature>> features_;
 };
 
 } // namespace vxsim

@@ -20,7 +20,7 @@ int TStringFeature::SetString(std::wstring_view value)
   return VX_SUCCESS;
 }
 
-int TStringFeature::GetString(std::wstring& value) const
+int TStringFeature::GetString(std::wstring_view& value) const
 {
   if (const int code = CheckRead(); code != VX_SUCCESS) return code;
   value = value_;

@@ -16,7 +16,7 @@ public:
   TStringFeature(TFeatureAccess access, uint64_t& revision, std::wstring value);
 
   int SetString(std::wstring_view value) override;
-  int GetString(std::wstring& value) const override;
+  int GetString(std::wstring_view& value) const override;
   int GetStringMaxLength(int& length) const override;
 
 private:

@@ -14,7 +14,18 @@ namespace vxsim {
 namespace {
 
 constexpr const char* kConfigurationVariable = "VXCORE_CONFIG";
+constexpr int kLockAttempts = 100;
 constexpr int kMaxGeneration = INT_MAX / TDeviceTable::kMaxDevices - 1;
+
+/// Leaves the core to its other thread for some tens of cycles.
+void Pause()
+{
+#if defined(__x86_64__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  asm volatile("yield");
+#endif
+}
 
 } // namespace
 
@@ -30,6 +41,16 @@ TDeviceTable& TDeviceTable::Instance()
 {
   static auto& table = *new TDeviceTable;
   return table;
+}
+
+/// Most calls keep the lock for less time than it takes to sleep and to be woken, so this tries for a moment first.
+void TDeviceTable::LockBusyDevice(TDeviceLock& lock)
+{
+  for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
+    Pause();
+    if (lock.try_lock()) return;
+  }
+  lock.lock();
 }
 
 int TDeviceTable::Initialise()

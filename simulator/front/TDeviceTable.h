@@ -51,7 +51,7 @@ public:
   int WithHandle(int handle, Body&& body)
   {
     TSlot& slot = slots_[static_cast<unsigned>(handle) % kMaxDevices];
-    TDeviceLock lock(slot.mutex);
+    TDeviceLock lock = LockDevice(slot.mutex);
     if (slot.handle != handle || handle <= VX_HANDLE_SYSTEM) [[unlikely]] {
       return NoSuchHandle();
     }
@@ -83,6 +83,15 @@ private:
   };
 
   TDeviceTable() = default;
+  static TDeviceLock LockDevice(std::mutex& mutex)
+  {
+    TDeviceLock lock(mutex, std::try_to_lock);
+    if (!lock) [[unlikely]] {
+      LockBusyDevice(lock);
+    }
+    return lock;
+  }
+  static void LockBusyDevice(TDeviceLock& lock);
   int NoSuchHandle() const;
   int LoadBackends(std::string& error);
   int FindSimulated(int index, std::shared_ptr<TSimulatedBackend>& backend);

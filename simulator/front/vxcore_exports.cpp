@@ -65,10 +65,11 @@ int AskFlag(const TCallInfo& info, int* flag, Body&& body) noexcept
   });
 }
 
-int CopyText(const std::wstring& text, wchar_t* destination, int length)
+int CopyText(std::wstring_view text, wchar_t* destination, int length)
 {
   if (length < 1 || text.size() >= static_cast<size_t>(length)) return VX_ERR_TEXT_TOO_LONG;
-  std::wmemcpy(destination, text.c_str(), text.size() + 1);
+  std::wmemcpy(destination, text.data(), text.size());
+  destination[text.size()] = L'\0';
   return VX_SUCCESS;
 }
 
@@ -139,7 +140,7 @@ int GetTextByIndex(TCallInfo info, int index, wchar_t* text, int length) noexcep
   info.isRead = true;
   return OnFeature(info, [index, text, length](const IFeature& feature, TDeviceLock&) {
     if (!text) return VX_ERR_NULL_ARGUMENT;
-    std::wstring value;
+    std::wstring_view value;
     const int code = feature.GetTextByIndex(index, value);
     return code == VX_SUCCESS ? CopyText(value, text, length) : code;
   });
@@ -368,7 +369,7 @@ int VX_GetString(int handle, const wchar_t* feature, wchar_t* value, int length)
   info.outLength = length;
   return OnFeature(info, [value, length](const IFeature& f, TDeviceLock&) {
     if (!value) return VX_ERR_NULL_ARGUMENT;
-    std::wstring text;
+    std::wstring_view text;
     const int code = f.GetString(text);
     return code == VX_SUCCESS ? CopyText(text, value, length) : code;
   });
