@@ -18,7 +18,6 @@
 #include <functional>
 #include <stdexcept>
 #include <sys/time.h>
-#include <thread>
 #include <time.h>
 #include <utility>
 

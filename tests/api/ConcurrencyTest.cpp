@@ -3,7 +3,6 @@
 #include "tests/support/CounterCameraTest.h"
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <thread>
 

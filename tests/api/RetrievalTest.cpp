@@ -2,8 +2,6 @@
 // Taking images: which encoding gives which pixels, which image is given, and the codes on the way.
 #include "tests/support/SimulatedCameraTest.h"
 
-#include <cstring>
-
 namespace {
 
 constexpr int kWidth = 16;

@@ -150,34 +150,6 @@ TEST_F(SimulatorRegisters, TheFifoShowsTheFillOfTheMemory)
   EXPECT_EQ(fill("RQ512_LX", nullptr, nullptr), (Values{0, 43674624, 131023872, 174698496}));
 }
 
-TEST_F(SimulatorI2c, PotentiometersHaveWorkingAndPowerOnRegisters)
-{
-  Configure(kTrellis);
-  {
-    const OpenCamera camera;
-    const Staged staged(camera);
-    EXPECT_EQ(staged.ByteAt(L"Internal", 0x2C, 3), 0x80);
-    EXPECT_EQ(staged.WriteBytes(L"Internal", 0x2C, {3, 200}), VX_SUCCESS);
-    EXPECT_EQ(staged.WriteBytes(L"Internal", 0x2C, {4 + 32, 90, 91}), VX_SUCCESS);
-    EXPECT_EQ(staged.WriteBytes(L"Internal", 0x2C, {3}), VX_SUCCESS);
-    Values bytes(3);
-    EXPECT_EQ(staged.ReadBytes(L"Internal", 0x2C, bytes), VX_SUCCESS);
-    EXPECT_EQ(bytes, (Values{200, 0x80, 0x80})); // the power-on registers wait for the next power-on
-    EXPECT_EQ(staged.ByteAt(L"Internal", 0x2C, 3 + 32), 0x80);
-    EXPECT_EQ(staged.ByteAt(L"Internal", 0x2D, 3), 0x80);
-    EXPECT_EQ(staged.ByteAt(L"Internal", 0x48, 3), 64 + 200 / 2); // the rail that the wiper sets
-
-    bytes.assign(2, -1);
-    EXPECT_EQ(staged.WriteBytes(L"Internal", 0x4A, {0}), VX_SUCCESS);
-    EXPECT_EQ(staged.ReadBytes(L"Internal", 0x4A, bytes), VX_SUCCESS);
-    EXPECT_EQ(bytes, (Values{25, 0})); // the heat sink
-  }
-  const OpenCamera again;
-  EXPECT_EQ(Staged(again).ByteAt(L"Internal", 0x2C, 3), 0x80);
-  EXPECT_EQ(Staged(again).ByteAt(L"Internal", 0x2C, 4), 90);
-  EXPECT_EQ(Staged(again).ByteAt(L"Internal", 0x2C, 5), 91);
-}
-
 TEST_F(SimulatorI2c, BusesAreApartAndAnswerOnlyForTheirDevices)
 {
   Configure("[Simulator]\nCameras = 2\n[Camera0]\nModel = TRELLIS CMOS\nMissingI2C = Internal 0x2D, Controller "

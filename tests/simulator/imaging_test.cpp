@@ -6,9 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <gmock/gmock.h>
-#include <numeric>
 #include <thread>
 
 using namespace vxsim;

@@ -3,7 +3,6 @@
 #include "tests/simulator/SimulatedCameraTest.h"
 
 #include <cmath>
-#include <numeric>
 
 namespace {
 

@@ -7,14 +7,11 @@
 #include "tests/spool/TMemorySpooler.h"
 
 #include <algorithm>
-#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <numeric>
-#include <set>
 #include <sys/mman.h>
-#include <thread>
 
 namespace {
 

@@ -11,8 +11,6 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <climits>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
 

@@ -179,20 +179,6 @@ TEST_F(RecordProgram, DescriptionThatCannotBeReadIsNotTakenForAnEmptyDisk)
   EXPECT_TRUE(nlohmann::json::parse(outcome.output)["written"].is_null()) << outcome.output;
 }
 
-TEST_F(RecordProgram, KilledProgramLeavesImagesThatCanBeSalvaged)
-{
-  Configure(kSteadyCounterCamera);
-  const pid_t child = RecordUntil(40, {"--frames", "100000"});
-  kill(child, SIGKILL);
-  Finish(child);
-  const TOutcome salvaged = Run({"convert", Directory(), "--json", "--salvage", "-o", directory_.Path("a.fits")});
-  const bool isAllRecorded = Count(salvaged, "unrecorded") == 0; // an image may have been on its way
-  EXPECT_EQ(salvaged.exitCode, isAllRecorded ? 0 : 5) << salvaged.output << salvaged.errors;
-  EXPECT_GE(Count(salvaged, "right"), 40);
-  EXPECT_EQ(Count(salvaged, "wrong"), 0);
-  ExpectWholeFrames(ReadFits(directory_.Path("a.fits"), PixelDepth::Bits16));
-}
-
 TEST_F(RecordProgram, FullDiskIsExplainedAndTheImagesBeforeAreThere)
 {
   Configure(kCounterCamera);

@@ -3,7 +3,6 @@
 #include "tests/tools/SpoolFixture.h"
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #define XXH_INLINE_ALL

@@ -116,14 +116,6 @@ TEST(QuorinEvent, WaitFailsAtOnceForADeadlineOfExactlyOneSecondOfNanoseconds)
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
 }
 
-TEST(QuorinEvent, TimedWaitLastsItsTime)
-{
-  TQuorinEvent event(true, false);
-  const auto begin = std::chrono::system_clock::now();
-  EXPECT_FALSE(event.Wait(30));
-  EXPECT_GE(std::chrono::system_clock::now() - begin, std::chrono::milliseconds(30));
-}
-
 TEST(QuorinEvent, SetAtTheEdgeOfTheTimeoutIsUsedUpByAnAutoResetEventOnly)
 {
   for (const bool manual : {false, true}) {
@@ -134,28 +126,6 @@ TEST(QuorinEvent, SetAtTheEdgeOfTheTimeoutIsUsedUpByAnAutoResetEventOnly)
     directed.atTheEdgeOfTimeout = nullptr;
     EXPECT_EQ(event.Wait(0), manual);
   }
-}
-
-TEST(QuorinEvent, NoSignalIsLostBetweenTwoThreads)
-{
-  constexpr int kTurns = 20000;
-  TQuorinEvent ping(false, false);
-  TQuorinEvent pong(false, false);
-  int turns = 0; // handed back and forth by the events
-  std::thread other([&] {
-    for (int i = 0; i < kTurns; ++i) {
-      ping.Wait(TQuorinEvent::Infinite);
-      ++turns;
-      pong.Set();
-    }
-  });
-  for (int i = 0; i < kTurns; ++i) {
-    ping.Set();
-    if (!pong.Wait(kHalfMinuteMs)) ADD_FAILURE() << "lost in turn " << i;
-    ++turns;
-  }
-  other.join();
-  EXPECT_EQ(turns, 2 * kTurns);
 }
 
 TEST(QuorinEvent, ReleasedThreadMayDestroyTheEvent)
