@@ -21,10 +21,12 @@ public:
   virtual unsigned int Status(int& status) = 0;
   virtual unsigned int AvailableImages(int& first, int& last) = 0;
   virtual unsigned int TotalImages(long& count) = 0;
-  /// Copies the image with this number; #RC_NO_NEW_DATA when it is gone.
-  virtual unsigned int FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels) = 0;
-  /// The clock at an image, from 1, and how many timestamps there are.
-  virtual unsigned int Timestamp(long number, unsigned int& count, long long& ticks) = 0;
+  /// Copies the image with this number and its clock, 0 for none; #RC_NO_NEW_DATA when it is gone or may have been
+  /// overwritten while it was copied.
+  virtual unsigned int FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels,
+                                  long long& ticks) = 0;
+  /// The clock with this number, from 1, of those that came with images. One that is missing moves all later ones.
+  virtual unsigned int Timestamp(long number, long long& ticks) = 0;
   virtual unsigned int SendTrigger() = 0;
 };
 

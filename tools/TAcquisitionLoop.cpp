@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The acquisition loop and its test for images that may have been overwritten.
+// The acquisition loop.
 #include "tools/TAcquisitionLoop.h"
 
 #include "tools/ResultText.h"
@@ -13,7 +13,7 @@ namespace vxtool {
 namespace {
 
 constexpr std::chrono::milliseconds kDrainAfterInterrupt{300};
-constexpr long kMostRingSlots = 5000;
+constexpr long kMaxRingSlots = 5000;
 constexpr long kSkipPart =
     8; // after falling behind, go on this part of the ring ahead of the camera, and a bit more
 
@@ -31,9 +31,6 @@ TAcquisitionLoop::TAcquisitionLoop(ICamera& camera, IImageWriter* writer, const 
       watch_(camera, settings),
       fetched_(settings.shape.Bytes())
 {
-  // The camera's own frame size is not known here: 4 bytes a pixel and a quarter for padding is more than any has.
-  const long mostFrameBytes = static_cast<long>(settings.shape.Pixels()) * 5 + 65536;
-  ringSlots_ = std::clamp(settings.ringBytes / mostFrameBytes, 1L, kMostRingSlots);
 }
 
 RunEnd TAcquisitionLoop::Run()
@@ -138,20 +135,24 @@ void TAcquisitionLoop::SkipOverwritten(int first, int last)
 
 bool TAcquisitionLoop::TakeImage(long number)
 {
-  const unsigned int code = camera_.FetchImage(number, settings_.shape.depth, fetched_);
+  TImageLabel label;
+  label.number = number;
+  long long ticks = 0;
+  const unsigned int code = camera_.FetchImage(number, settings_.shape.depth, fetched_, ticks);
   if (code != RC_SUCCESS && code != RC_NO_NEW_DATA) {
-    Fail(ResultText("GetImages", code));
-    if (code == RC_P4_INVALID)
+    Fail(ResultText("vxmcd_GetIntactImage", code));
+    if (code == RC_P3_INVALID)
       message_ = "the images are not " + std::to_string(settings_.shape.width) + "x" +
                  std::to_string(settings_.shape.height) + " pixels: the camera did not take the image area (" +
                  message_ + ")";
     return false;
   }
-  if (code == RC_NO_NEW_DATA || !IsIntact(number)) {
+  if (code == RC_NO_NEW_DATA) {
     account_.EnterOverwritten(1);
     return true;
   }
-  const TImageLabel label = Label(number);
+  if (ticks != 0 || (number == 1 && StartsAtZero())) label.ticks = ticks;
+  watch_.ReadTimestamps(account_, number);
   const bool isWritten = writer_ && writer_->Write(fetched_, label);
   account_.EnterFetched(isWritten);
   lastImage_.resize(fetched_.size());
@@ -163,28 +164,11 @@ bool TAcquisitionLoop::TakeImage(long number)
   return false;
 }
 
-bool TAcquisitionLoop::IsIntact(long number) const
+// Whether the clock value 0 of the first image is one: it stands for none, too.
+bool TAcquisitionLoop::StartsAtZero() const
 {
-  if (!settings_.isEndless) return true;
-  int first = 0;
-  int last = 0;
-  if (camera_.AvailableImages(first, last) != RC_SUCCESS) return false;
-  // Image `first` shares its buffer with the image that the camera is filling now, once the ring is full.
-  return first > 1 ? number > first : number > 1 || last < ringSlots_;
-}
-
-TImageLabel TAcquisitionLoop::Label(long number)
-{
-  TImageLabel label;
-  label.number = number;
-  unsigned int count = 0;
-  long long ticks = 0;
-  watch_.ReadTimestamps(account_, number - 1);
-  if (camera_.Timestamp(number, count, ticks) != RC_SUCCESS) return label;
-  if (account_.TimestampsRead() == number - 1) account_.Timestamp(ticks);
-  // Timestamps are numbered among themselves: one that is missing moves all later ones to the image before.
-  if (static_cast<long>(count) >= newest_) label.ticks = ticks;
-  return label;
+  long long ticks = -1;
+  return camera_.Timestamp(1, ticks) == RC_SUCCESS && ticks == 0;
 }
 
 void TAcquisitionLoop::Report()
@@ -200,7 +184,7 @@ void TAcquisitionLoop::Report()
   const double slots = isRingFull_
                            ? static_cast<double>(ringSlots_)
                            : static_cast<double>(settings_.ringBytes) / static_cast<double>(progress.imageBytes);
-  progress.ringFill = std::clamp(waiting / std::clamp(slots, 1.0, static_cast<double>(kMostRingSlots)), 0.0, 1.0);
+  progress.ringFill = std::clamp(waiting / std::clamp(slots, 1.0, static_cast<double>(kMaxRingSlots)), 0.0, 1.0);
   onProgress_(progress);
 }
 

@@ -16,8 +16,8 @@
 namespace vxtool {
 
 /// One acquisition from start to end, on the caller's thread. Borrows camera, writer and callbacks until Run()
-/// returns. Images are asked for by number, so that a skipped one is known, and looked at again after copying: an
-/// image whose buffer may have been filled anew meanwhile counts as overwritten and is not written.
+/// returns. Images are asked for by number, so that a skipped one is known. An image whose buffer may have
+/// been filled anew while it was copied counts as overwritten and is not written.
 class TAcquisitionLoop final
 {
 public:
@@ -49,9 +49,8 @@ private:
   /// Copies what is there; false when output or camera failed (end_ says which).
   bool Drain(Clock::time_point deadline);
   bool TakeImage(long number);
-  bool IsIntact(long number) const;
   void SkipOverwritten(int first, int last);
-  TImageLabel Label(long number);
+  bool StartsAtZero() const;
   void Report();
 
   ICamera& camera_;
@@ -69,7 +68,7 @@ private:
   int endStatus_ = 0;     // of the library, when it ended the run
   int newest_ = 0;        // newest image number seen
   int arrivedInTurn_ = 0; // images that came during the last turn of copying
-  long ringSlots_ = 0;    // images that the ring is sure to hold; exact once it has overwritten one
+  long ringSlots_ = 0;    // images that the ring holds, known once it has overwritten one
   bool isRingFull_ = false;
   double seconds_ = 0.0;
 };

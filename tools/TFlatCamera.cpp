@@ -67,23 +67,22 @@ unsigned int TFlatCamera::SendTrigger()
   return SendSoftwareTrigger();
 }
 
-unsigned int TFlatCamera::FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels)
+unsigned int TFlatCamera::FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels, long long& ticks)
 {
   const unsigned long size = pixels.size() / (static_cast<std::size_t>(depth) / 8);
-  long first = 0;
-  long last = 0;
   void* target = pixels.data();
   if (depth == PixelDepth::Bits8)
-    return GetImages8(number, number, static_cast<unsigned char*>(target), size, &first, &last);
+    return vxmcd_GetIntactImage8(number, static_cast<unsigned char*>(target), size, &ticks);
   if (depth == PixelDepth::Bits16)
-    return GetImages16(number, number, static_cast<unsigned short*>(target), size, &first, &last);
-  return GetImages(number, number, static_cast<int*>(target), size, &first, &last);
+    return vxmcd_GetIntactImage16(number, static_cast<unsigned short*>(target), size, &ticks);
+  return vxmcd_GetIntactImage(number, static_cast<int*>(target), size, &ticks);
 }
 
-unsigned int TFlatCamera::Timestamp(long number, unsigned int& count, long long& ticks)
+unsigned int TFlatCamera::Timestamp(long number, long long& ticks)
 {
   const long index = (number - 1) * exposuresPerImage_;
   if (index > static_cast<long>(UINT_MAX)) return RC_FEATURE_ERROR;
+  unsigned int count = 0;
   return vxsys_GetRawMetaDataInfo(&count, &ticks, static_cast<unsigned int>(index));
 }
 

@@ -30,8 +30,8 @@ public:
   unsigned int Status(int& status) override;
   unsigned int AvailableImages(int& first, int& last) override;
   unsigned int TotalImages(long& count) override;
-  unsigned int FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels) override;
-  unsigned int Timestamp(long number, unsigned int& count, long long& ticks) override;
+  unsigned int FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels, long long& ticks) override;
+  unsigned int Timestamp(long number, long long& ticks) override;
   unsigned int SendTrigger() override;
 
 private:

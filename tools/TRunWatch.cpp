@@ -59,9 +59,8 @@ bool TRunWatch::Stop()
 void TRunWatch::ReadTimestamps(TRunAccount& account, long last)
 {
   for (long next = account.TimestampsRead() + 1; next <= last; ++next) {
-    unsigned int count = 0;
     long long ticks = 0;
-    if (camera_.Timestamp(next, count, ticks) != RC_SUCCESS) return;
+    if (camera_.Timestamp(next, ticks) != RC_SUCCESS) return;
     account.Timestamp(ticks);
   }
 }

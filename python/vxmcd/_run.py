@@ -15,7 +15,8 @@ from .errors import CameraStateError, NoImageError, VxmcdError
 SINGLE, ACCUMULATE, SERIES, UNTIL_ABORT = 1, 2, 3, 5
 
 _SLICE_MS = 50  # a wait returns to Python after this time, so that signals are handled
-_FETCH = {1: ("GetImages8", ctypes.c_ubyte), 2: ("GetImages16", ctypes.c_ushort), 4: ("GetImages", ctypes.c_int)}
+_FETCH = {1: ("vxmcd_GetIntactImage8", ctypes.c_ubyte), 2: ("vxmcd_GetIntactImage16", ctypes.c_ushort),
+          4: ("vxmcd_GetIntactImage", ctypes.c_int)}
 
 
 class Run:
@@ -25,11 +26,9 @@ class Run:
     that brought no image is sent again; triggers are then sent by wait_for().
     """
 
-    def __init__(self, session: Session, mode: int, images: Optional[int], exposures: int,
-                 triggers_every: Optional[float] = None):
+    def __init__(self, session: Session, mode: int, images: Optional[int], triggers_every: Optional[float] = None):
         self._session = session
         self._images = images
-        self._exposures = exposures
         self._triggers_every = triggers_every
         self._triggered_after = -1  # images that were there at the last trigger
         self._trigger_again = 0.0
@@ -104,24 +103,22 @@ class Run:
                 raise VxmcdError("the run", status)
             time.sleep(0.005)
 
-    def fetch(self, number: int, image: np.ndarray) -> bool:
-        """Copies an image that has come to a contiguous array of its shape; False when it is gone."""
+    def fetch(self, number: int, image: np.ndarray) -> Tuple[bool, Optional[int]]:
+        """Copies an image that has come to a contiguous array of its shape. Whether the array holds it: it may be gone, or
+        may have been overwritten while it was copied. Then the camera's clock at it, None when that is not known."""
         name, kind = _FETCH[image.itemsize]
-        first, last = ctypes.c_long(), ctypes.c_long()
+        ticks = ctypes.c_longlong()
         pointer = image.ctypes.data_as(ctypes.POINTER(kind))
-        code = self._session.call(name, number, number, pointer, image.size, ctypes.byref(first), ctypes.byref(last),
-                                  also=(raw.RC_NO_NEW_DATA,))
-        return code == raw.RC_SUCCESS and first.value == number
+        code = self._session.call(name, number, pointer, image.size, ctypes.byref(ticks), also=(raw.RC_NO_NEW_DATA,))
+        is_known = ticks.value != 0 or (number == 1 and self._starts_at_zero())
+        return code == raw.RC_SUCCESS, ticks.value if is_known else None
 
-    def ticks(self, number: int) -> Optional[int]:
-        """The camera's clock at an image; None when it is not known."""
-        index = (number - 1) * self._exposures
-        count, ticks = ctypes.c_uint(), ctypes.c_longlong()
-        newest = self.total()
+    def _starts_at_zero(self):
+        """Whether the clock value 0 of the first image is one: it stands for none, too."""
+        count, ticks = ctypes.c_uint(), ctypes.c_longlong(-1)
         unknown = (raw.RC_NOT_SUPPORTED, raw.RC_NOT_AVAILABLE, raw.RC_FEATURE_ERROR)
-        code = self._session.call("vxsys_GetRawMetaDataInfo", ctypes.byref(count), ctypes.byref(ticks), index, also=unknown)
-        # Timestamps are numbered among themselves: one that is missing moves all later ones to the image before.
-        return ticks.value if code == raw.RC_SUCCESS and count.value >= newest else None
+        code = self._session.call("vxsys_GetRawMetaDataInfo", ctypes.byref(count), ctypes.byref(ticks), 0, also=unknown)
+        return code == raw.RC_SUCCESS and ticks.value == 0
 
     def _check_not_stopped(self):
         if self._is_stopped:

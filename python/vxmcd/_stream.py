@@ -11,7 +11,6 @@ from ._pace import TickGaps
 from ._run import Run
 from .errors import FramesLostError, FramesLostWarning, NoImageError
 
-_MOST_SLOTS = 5000
 _SKIP_PART = 8  # after falling behind, go on this part of the ring ahead of the camera
 
 
@@ -37,16 +36,13 @@ class Stream:
     """
 
     def __init__(self, run: Run, camera, images: Optional[int], timeout: Optional[float], allow_loss: bool,
-                 ring_bytes: int, is_paced: bool):
+                 is_paced: bool):
         self._run = run
         self._camera = camera
         self._images = images
         self._timeout = timeout
         self._allow_loss = allow_loss
         self._shape, self._dtype = camera.shape, camera.dtype
-        # The size of the camera's own frame is not known: 4 bytes a pixel and a quarter for padding is more than any has.
-        pixels = self._shape[0] * self._shape[1]
-        self._slots = min(max(ring_bytes // (5 * pixels + 65536), 1), _MOST_SLOTS)
         self._gaps = TickGaps() if is_paced else None
         self._has_ticks = False
         self._last = 0  # number of the last image that was fetched or given up
@@ -108,18 +104,17 @@ class Stream:
     def _next_frame(self):
         image = np.empty(self._shape, self._dtype)
         while True:
-            self._run.wait_for(self._last + 1, self._timeout)
-            self._skip_overwritten()
             number = self._last + 1
             if number > self.delivered:
-                continue
-            if self._run.fetch(number, image) and self._is_intact(number):
+                self._run.wait_for(number, self._timeout)
+                _, self.delivered = self._run.available()
+            is_there, ticks = self._run.fetch(number, image)
+            if is_there:
                 break
-            self._give_up(1)
+            self._skip_overwritten()
         lost_before = number - self._given - 1
         self._last = self._given = number
         self.fetched += 1
-        ticks = self._run.ticks(number)
         if ticks is not None and self._gaps:
             self._has_ticks = True
             self._gaps.add(number, ticks)
@@ -128,22 +123,12 @@ class Stream:
     def _skip_overwritten(self):
         first, last = self._run.available()
         arrived, self.delivered = last - self.delivered, last
-        if first <= 1:
-            return
-        self._slots = last + 1 - first
-        if self._last + 1 > first:
-            return
+        if self._last + 1 > first:  # it went, or may have gone, while it was copied
+            return self._give_up(1)
         # The oldest image is the one whose memory the camera fills now; directly behind it the next copy would be
         # overtaken.
-        ahead = self._slots // _SKIP_PART + 2 * arrived if self._allow_loss else 0
+        ahead = (last + 1 - first) // _SKIP_PART + 2 * arrived if self._allow_loss else 0
         self._give_up(min(first + ahead, last) - self._last)
-
-    def _is_intact(self, number):
-        """Whether the memory of an image was still its own at the end of the copy."""
-        first, last = self._run.available()
-        if first > 1:
-            return number > first
-        return number > 1 or last < self._slots
 
     def _give_up(self, count):
         self.overwritten += count

@@ -131,10 +131,9 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
             _check_length(images)
         if self.accumulations != 1:
             raise ValueError("a stream takes single exposures: set accumulations to 1")
-        ring_bytes = self._session.read("GetSizeOfCircularBuffer", ctypes.c_long)
-        run = Run(self._session, _run.UNTIL_ABORT, None, 1)
+        run = Run(self._session, _run.UNTIL_ABORT, None)
         is_paced = self.trigger_mode in (TriggerMode.INTERNAL, TriggerMode.EXTERNAL_START)
-        stream = Stream(run, self, images, timeout, allow_loss, ring_bytes, is_paced)
+        stream = Stream(run, self, images, timeout, allow_loss, is_paced)
         self._stream = weakref.ref(stream)
         return stream
 
@@ -167,14 +166,15 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         if self.trigger_mode is TriggerMode.SOFTWARE:
             # A busy sensor ignores a trigger: after this time it is sent again.
             triggers_every = 1.5 * max(self.cycle_time, self.exposure + self.accumulation_cycle_time) + 0.2
-        return Run(self._session, mode, images, self.accumulations, triggers_every)
+        return Run(self._session, mode, images, triggers_every)
 
     def _take(self, mode, stack, timeout):
         with self._start(mode, len(stack)) as run:
             for number, image in enumerate(stack, 1):
                 run.wait_for(number, timeout)
-                if not run.fetch(number, image):
-                    raise VxmcdError("GetImages", raw.RC_NO_NEW_DATA, f"image {number} is gone")
+                is_there, _ = run.fetch(number, image)
+                if not is_there:
+                    raise VxmcdError("vxmcd_GetIntactImage", raw.RC_NO_NEW_DATA, f"image {number} is gone")
 
     def _pace_changes(self):
         stream = self._stream()

@@ -64,24 +64,27 @@ public:
     count = newest_;
     return RC_SUCCESS;
   }
-  unsigned int FetchImage(long number, PixelDepth, std::span<std::byte> pixels) override
+  unsigned int FetchImage(long number, PixelDepth, std::span<std::byte> pixels, long long& ticks) override
   {
     if (fetchCode != RC_SUCCESS) return fetchCode;
     if (isEndless && number < newest_ + 1 - slots) return RC_NO_NEW_DATA;
+    if (number > newest_) return RC_NO_NEW_DATA;
     const std::vector<std::byte> image = TestImage(kScriptedShape, number);
     std::copy(image.begin(), image.end(), pixels.begin());
     if (!isAborted_) Arrive(imagesPerFetch);
     // As in the ring: the image that arrives next goes into the buffer of image newest + 1 - slots.
-    if (isEndless && number <= newest_ + 1 - slots) std::fill(pixels.begin(), pixels.end(), std::byte{0xEE});
+    if (isEndless && number <= newest_ + 1 - slots) {
+      std::fill(pixels.begin(), pixels.end(), std::byte{0xEE});
+      return RC_NO_NEW_DATA;
+    }
+    ticks = number == imageWithoutTicks ? 0 : TicksOf(number);
     return RC_SUCCESS;
   }
-  unsigned int Timestamp(long number, unsigned int& count, long long& ticks) override
+  unsigned int Timestamp(long number, long long& ticks) override
   {
     const bool isMissing = imageWithoutTicks > 0 && newest_ >= imageWithoutTicks;
-    count = static_cast<unsigned int>(newest_ - isMissing);
-    if (number < 1 || number > static_cast<long>(count)) return RC_FEATURE_ERROR;
-    const long image = isMissing && number >= imageWithoutTicks ? number + 1 : number;
-    ticks = 1000 * (image + (frameDropped > 0 && image >= frameDropped ? 2 : 0));
+    if (number < 1 || number > newest_ - isMissing) return RC_FEATURE_ERROR;
+    ticks = TicksOf(isMissing && number >= imageWithoutTicks ? number + 1 : number);
     return RC_SUCCESS;
   }
   unsigned int SendTrigger() override
@@ -93,6 +96,10 @@ public:
   bool IsAborted() const { return isAborted_; }
 
 private:
+  long long TicksOf(long image) const
+  {
+    return 1000 * (image - 1 + (frameDropped > 0 && image >= frameDropped ? 2 : 0));
+  }
   void Arrive(int count) { newest_ = std::min<long>(newest_ + count, imagesInRun); }
 
   long newest_ = 0;

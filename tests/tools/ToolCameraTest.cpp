@@ -142,7 +142,7 @@ TEST_F(ToolCamera, BinningIsInForceOrRefused)
   Configure(std::string(kSquareBinning) + "[Faults]\nRule = call VX_SetInt feature AOIWidth rc 5\n");
   const TOutcome refused = Run({"acquire", "--area", "1,1,100x1024"});
   EXPECT_EQ(refused.exitCode, 3);
-  EXPECT_NE(refused.errors.find("did not take the image area (GetImages: 20069"), std::string::npos)
+  EXPECT_NE(refused.errors.find("did not take the image area (vxmcd_GetIntactImage: 20068"), std::string::npos)
       << refused.errors;
 }
 
