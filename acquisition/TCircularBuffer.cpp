@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The ring of frame slots of one camera, and the event that tells waiters of news.
+// The ring of frame slots of one camera, and the waits for them.
 #include "acquisition/TCircularBuffer.h"
 
 #include "utility/TQuorinMemoryStatistics.h"
@@ -11,11 +11,6 @@ namespace {
 
 constexpr int kAllocated = 0;
 constexpr int kNotAllocated = 1;
-
-constexpr int kNewFrame = 0;
-constexpr int kTimedOut = 2;
-constexpr int kCancelled = 3;
-constexpr int kFailed = 4;
 
 // Copies are made by a few application threads at most; more than this many at once only cost an allocation.
 constexpr std::size_t kUsualHolds = 16;
@@ -29,7 +24,7 @@ constexpr std::uint64_t kFarthestBack = 16;
 
 } // namespace
 
-TCircularBuffer::TCircularBuffer() : changeEvent_(false, false)
+TCircularBuffer::TCircularBuffer()
 {
   holds_.reserve(kUsualHolds);
 }
@@ -100,10 +95,7 @@ void TCircularBuffer::Reset()
     staleUpTo_ = 0;
     if (slab_) slab_->PrepareRun();
   }
-  const std::lock_guard lock(newsMutex_);
-  cancelled_ = false;
-  failed_ = false;
-  changeEvent_.Reset();
+  waits_.BeginRun();
 }
 
 void TCircularBuffer::SetKindOfRun(bool slotsAreReused, bool framesHaveClock)
@@ -158,41 +150,7 @@ void TCircularBuffer::Increment()
 {
   // One writer: the acquisition thread.
   imageCounter_.store(imageCounter_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
-  changeEvent_.Set();
-}
-
-void TCircularBuffer::AcquisitionError()
-{
-  TellBadNews(failed_);
-}
-
-void TCircularBuffer::CancelWait()
-{
-  TellBadNews(cancelled_);
-}
-
-void TCircularBuffer::CloseWaits()
-{
-  TellBadNews(closed_);
-}
-
-void TCircularBuffer::TellBadNews(std::atomic<bool>& flag)
-{
-  const std::lock_guard lock(newsMutex_);
-  flag = true;
-  changeEvent_.Set();
-}
-
-int TCircularBuffer::WaitChange(int timeoutMs)
-{
-  const bool isNews = changeEvent_.Wait(timeoutMs);
-  const std::lock_guard lock(newsMutex_);
-  const bool isCancelled = cancelled_ || closed_;
-  // The event wakes one waiter, and one that runs out of time may use it up: whoever leaves wakes the next.
-  if (isCancelled || failed_) changeEvent_.Set();
-  if (!isNews) return kTimedOut;
-  if (isCancelled) return kCancelled;
-  return failed_ ? kFailed : kNewFrame;
+  waits_.SignalFrame();
 }
 
 // The slab is not replaced while a run is in progress, so the acquisition thread needs no lock for it.

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The ring of frame slots of one camera, and the event that tells waiters of news.
+// The ring of frame slots of one camera, and the waits for them.
 #pragma once
 
+#include "acquisition/TChangeWaits.h"
 #include "acquisition/TFrameMemory.h"
 #include "acquisition/TFrameSlab.h"
-#include "utility/TQuorinEvent.h"
 
 #include <atomic>
 #include <cstdint>
@@ -15,8 +15,8 @@
 #include <vector>
 
 /// Fixed ring of frame slots between the acquisition thread (the one that counts frames) and application threads
-/// (which read them and wait for news). Owned by the acquisition manager. Thread-safe, with one condition:
-/// Allocate(), Delete() and Reset() are for when no run is in progress. Nothing throws.
+/// (which read them and wait for them). Owned by the acquisition manager. Thread-safe, with one condition:
+/// Allocate(), Delete() and Reset() are for when no run is in progress. Nothing throws, except that Reset() passes a lack of memory on.
 ///
 /// Image n (from 1) lives in slot (n - 1) mod count; the last `count` images are there, unless slots got lost, and
 /// older ones are overwritten without a check. Memory that is being read is kept until it is released, whatever
@@ -41,7 +41,7 @@ public:
   void LetGoOfMemory();
   /// Everything that a camera may still be writing into, for whoever closes the camera.
   std::vector<std::shared_ptr<TFrameSlab>> HoldMemory() const;
-  /// Begins the numbering of a run: no images, no flags, no news. Between Allocate() and here the images of the
+  /// Begins the numbering of a run: no images, no failure, no cancellation. Between Allocate() and here the images of the
   /// run before, whose numbers still stand, are not there.
   void Reset();
 
@@ -61,16 +61,17 @@ public:
 
   /// Counts one more image and wakes a waiter. Acquisition thread only.
   void Increment();
-  /// Tells waiters that the run has failed.
-  void AcquisitionError();
-  /// Sends every waiter, and every later one until Reset(), home.
-  void CancelWait();
+  /// The run has failed: wakes every waiter, and every later one until Reset().
+  void AcquisitionError() { waits_.Fail(); }
+  /// Wakes every waiter, and every later one until Reset().
+  void CancelWait() { waits_.Cancel(); }
   /// As CancelWait(), for good: the camera is being closed.
-  void CloseWaits();
-  /// Waits for news. Returns 0 for a frame, 2 when the time ran out, 3 when waits are cancelled, 4 when the run
-  /// has failed; 3 comes before 4 and both before a frame. News that came while nobody waited ends the next wait
-  /// at once.
-  int WaitChange(int timeoutMs);
+  void CloseWaits() { waits_.Close(); }
+  /// Waits for a frame. Returns 0 for one, 2 when the time ran out, 3 when waits are cancelled, 4 when the run has
+  /// failed; 3 comes before 4 and both before a frame. A frame that came while nobody waited ends the next wait at
+  /// once. A wait that was under way when waits were cancelled, or the run failed, returns that, even if the next run
+  /// begins before it has woken up.
+  int WaitChange(int timeoutMs) { return waits_.Wait(timeoutMs); }
 
   /// Whether @p buffer is the start of a slot. Acquisition thread only.
   bool IsSlot(const unsigned char* buffer) const;
@@ -92,7 +93,6 @@ public:
 
 private:
   bool IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const;
-  void TellBadNews(std::atomic<bool>& flag);
   bool MoveSlot(TFrameSlab& slab, const unsigned char* buffer, std::uint64_t expected);
   unsigned char* FindImage(std::uint64_t image) const;
   std::uint64_t OldestImage(std::uint64_t newest, std::uint64_t count) const;
@@ -105,13 +105,7 @@ private:
   std::shared_ptr<TFrameSlab> slab_;
   std::vector<std::shared_ptr<TFrameSlab>> kept_;
   std::atomic<std::uint64_t> imageCounter_{0};
-  QuorinUtility::TQuorinEvent changeEvent_;
-  /// Orders changes of the flags with the event that announces them, so that a new run begins without old news.
-  /// Not needed for frames.
-  std::mutex newsMutex_;
-  std::atomic<bool> cancelled_{false};
-  std::atomic<bool> failed_{false};
-  std::atomic<bool> closed_{false};
+  TChangeWaits waits_;
   /// Images below this one have lost their slot to a frame that arrived out of order.
   std::atomic<std::uint64_t> lowestKept_{0};
   std::uint64_t staleUpTo_ = 0; // images up to this one belong to memory that was replaced

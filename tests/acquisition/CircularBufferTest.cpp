@@ -6,12 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <cstring>
 #include <limits>
 #include <random>
 #include <sys/mman.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -397,21 +399,57 @@ TEST(CircularBuffer, WaitTellsFrameFailureAndCancelInThatOrderOfWeight)
   EXPECT_EQ(ring.WaitChange(0), 2);
 }
 
-TEST(CircularBuffer, CancelSendsEveryWaiterHome)
+// The next run begins, with its frame, before any waiter has had time to look.
+TEST(CircularBuffer, EveryWaitUnderWayIsEndedThoughTheNextRunBeginsAtOnce)
 {
-  TCircularBuffer ring;
-  ring.Reset();
-  std::vector<std::thread> waiters;
-  std::atomic<int> cancelled{0};
-  for (int waiter = 0; waiter < 16; ++waiter)
-    waiters.emplace_back([&] { cancelled += ring.WaitChange(QuorinUtility::TQuorinEvent::Infinite) == 3; });
-  ring.CancelWait();
-  for (std::thread& waiter : waiters) waiter.join();
-  EXPECT_EQ(cancelled, 16);
-  EXPECT_EQ(ring.WaitChange(kLongMs), 3);
+  constexpr int kWaiters = 8;
+  for (int round = 0; round < 20; ++round)
+    for (const int expected : {3, 4}) {
+      TCircularBuffer ring;
+      ASSERT_EQ(ring.Allocate(64, 4), 0);
+      ring.Reset();
+      std::vector<std::thread> waiters;
+      std::array<std::atomic<pid_t>, kWaiters> ids{};
+      std::atomic<int> ended{0};
+      for (std::atomic<pid_t>& id : ids)
+        waiters.emplace_back([&] {
+          id = gettid();
+          ended += ring.WaitChange(kLongMs) == expected;
+        });
+      for (const std::atomic<pid_t>& id : ids) {
+        ASSERT_TRUE(system_calls::Eventually([&] { return id != 0; }));
+        ASSERT_TRUE(system_calls::EventuallyAsleep(id));
+      }
+      expected == 3 ? ring.CancelWait() : ring.AcquisitionError();
+      ring.Reset();
+      DeliverInOrder(ring, 1);
+      EXPECT_EQ(ring.WaitChange(kLongMs), 0) << "the frame is for the waits of its run";
+      for (std::thread& waiter : waiters) waiter.join();
+      ASSERT_EQ(ended, kWaiters) << "round " << round;
+      EXPECT_EQ(ring.WaitChange(0), 2);
+    }
 }
 
-TEST(CircularBuffer, BadNewsAtTheEdgeOfATimeOutAreNotLost)
+TEST(CircularBuffer, AWaitGoesOnIntoTheNextRunWhenNothingHasEndedIt)
+{
+  TCircularBuffer ring;
+  ASSERT_EQ(ring.Allocate(64, 4), 0);
+  ring.Reset();
+  std::atomic<pid_t> id{0};
+  std::atomic<int> result{-1};
+  std::thread waiter([&] {
+    id = gettid();
+    result = ring.WaitChange(kLongMs);
+  });
+  ASSERT_TRUE(system_calls::Eventually([&] { return id != 0; }));
+  EXPECT_TRUE(system_calls::EventuallyAsleep(id));
+  ring.Reset();
+  DeliverInOrder(ring, 1);
+  waiter.join();
+  EXPECT_EQ(result, 0);
+}
+
+TEST(CircularBuffer, FailuresAtTheEdgeOfATimeOutAreNotLost)
 {
   for (const int expected : {3, 4}) {
     TCircularBuffer ring;
@@ -429,7 +467,7 @@ TEST(CircularBuffer, ClosedWaitsStayClosedInANewRun)
   TCircularBuffer ring;
   ring.CloseWaits();
   ring.Reset();
-  EXPECT_EQ(ring.WaitChange(0), 2) << "no news";
+  EXPECT_EQ(ring.WaitChange(0), 3);
   EXPECT_EQ(ring.WaitChange(QuorinUtility::TQuorinEvent::Infinite), 3);
 }
 

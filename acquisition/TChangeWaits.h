@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// Waits for frames, for the failure of a run, and for their cancellation.
+#pragma once
+
+#include "utility/TQuorinEvent.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+/// What application threads wait on while a run goes on. Used by the circular buffer, which owns it. Thread-safe, with
+/// one condition: BeginRun() is for when no run is in progress. Nothing throws, except that a lack of memory does in
+/// the constructor and in BeginRun().
+///
+/// A cancellation or a failure ends the waits that are under way when it comes, and those that begin before the next
+/// run, whatever happens before they have noticed: such waits and those of the next run share nothing.
+class TChangeWaits final
+{
+public:
+  // What Wait() answers.
+  static constexpr int kNewFrame = 0;
+  static constexpr int kTimedOut = 2;
+  static constexpr int kCancelled = 3;
+  static constexpr int kFailed = 4;
+
+  TChangeWaits();
+
+  /// No frame, no failure, no cancellation. Waits that none of the latter has ended go on.
+  void BeginRun();
+  /// A frame has been counted: ends one wait, or the next one. Acquisition thread only.
+  void SignalFrame() { current_.load(std::memory_order_acquire)->event.Set(); }
+  /// The run has failed.
+  void Fail();
+  void Cancel();
+  /// As Cancel(), for good.
+  void Close();
+  /// Waits for at most @p timeoutMs. A cancellation comes before a failure and both before a frame; a frame, failure or
+  /// cancellation from before the wait ends it at once.
+  int Wait(int timeoutMs);
+
+private:
+  /// Shared by the waits of one run, or of several up to one that was cancelled or failed.
+  struct TState
+  {
+    QuorinUtility::TQuorinEvent event{false, false};
+    bool isCancelled = false; // guarded by mutex_
+    bool hasFailed = false;   // guarded by mutex_
+  };
+
+  void End(bool TState::*reason);
+
+  std::mutex mutex_;              // not taken for frames
+  std::shared_ptr<TState> state_; // guarded by mutex_
+  std::atomic<TState*> current_;  // state_, for the acquisition thread: it changes only while that thread is idle
+  bool isClosed_ = false;         // guarded by mutex_
+};
