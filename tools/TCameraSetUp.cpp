@@ -20,6 +20,15 @@ unsigned int WriteArea(const TSensorArea& area)
                   area.top + area.height - 1);
 }
 
+// Rounded to single precision, the maximum may be above the camera's, which refuses it.
+float ExposureArgument(double seconds)
+{
+  const auto rounded = static_cast<float>(seconds);
+  float maximum = 0.0F;
+  const bool isMaximum = GetMaximumExposure(&maximum) == RC_SUCCESS && rounded == maximum;
+  return isMaximum ? std::nextafter(rounded, 0.0F) : rounded;
+}
+
 std::string SizeText(int width, int height)
 {
   return std::to_string(width) + "x" + std::to_string(height);
@@ -204,7 +213,7 @@ bool TCameraSetUp::SetCounts(const TAcquireOptions& options)
 bool TCameraSetUp::SetTimes(const TAcquireOptions& options)
 {
   if (options.exposureSeconds &&
-      !Check("--exposure", "SetExposureTime", SetExposureTime(static_cast<float>(*options.exposureSeconds))))
+      !Check("--exposure", "SetExposureTime", SetExposureTime(ExposureArgument(*options.exposureSeconds))))
     return false;
   const bool isBurst = options.mode == RunMode::Accumulate;
   if (options.cycleSeconds) {

@@ -7,6 +7,8 @@ import enum
 import math
 from typing import Optional, Union
 
+import numpy as np
+
 from . import raw
 
 
@@ -57,7 +59,11 @@ class TimingSettings:
 
     @exposure.setter
     def exposure(self, seconds: float) -> None:
-        self._session.call("SetExposureTime", _seconds("the exposure", seconds))
+        seconds = ctypes.c_float(_seconds("the exposure", seconds)).value
+        if seconds == self._session.read("GetMaximumExposure", ctypes.c_float, also=(raw.RC_P1_INVALID,)):
+            # Rounded to single precision, the maximum may be above the camera's, which refuses it.
+            seconds = float(np.nextafter(np.float32(seconds), np.float32(0)))
+        self._session.call("SetExposureTime", seconds)
         self._pace_changes()
 
     @property

@@ -1,18 +1,20 @@
 # SPDX-License-Identifier: MIT
 """Runs that the library writes to disk, read back."""
+import ctypes
 import os
 import signal
 import subprocess
 import sys
 import time
+from types import SimpleNamespace
 
 import numpy as np
 import pytest
 
 import vxmcd
-from conftest import REAL, environment_for_programs, frame_number
+from conftest import MANUAL, REAL, environment_for_programs, frame_number
 from test_convert import assert_same, converted
-from vxmcd import NoImageError, VxmcdError, raw
+from vxmcd import NoImageError, VxmcdError, _run, raw
 from vxmcd.spool import SpoolRun
 
 # A picture that is the same in every frame: what the library hands out and what it spools can be compared.
@@ -102,10 +104,29 @@ def test_a_run_without_images_ends_in_time_and_order(simulator, tmp_path):
         assert camera.record(tmp_path, 3).state == "complete"
 
 
+def test_the_time_limit_counts_from_the_newest_image(simulator, tmp_path, monkeypatch):
+    simulator.configure(MANUAL)
+    with vxmcd.Camera() as camera:
+        clock = SimpleNamespace(now=0.0, pushed=0, monotonic=lambda: clock.now, sleep=time.sleep)
+        monkeypatch.setattr(_run, "time", clock)
+
+        def wait(_):
+            clock.now += 0.9
+            clock.pushed += 1
+            simulator.push(1)
+            while camera._session.read("GetTotalNumberImagesAcquired", ctypes.c_long) < clock.pushed:
+                time.sleep(0.001)
+
+        monkeypatch.setattr(camera._session, "wait", wait)
+        assert len(camera.record(tmp_path, 3, timeout=1)) == 3  # after 2.7 s
+
+
 def test_what_cannot_be_written_is_an_error(simulator, tmp_path):
     simulator.configure(REAL)
     (tmp_path / "file").write_text("in the way")
     with vxmcd.Camera() as camera:
+        with pytest.raises(ValueError, match="backslash"):
+            camera.record(tmp_path / "a\\b", 3)
         with pytest.raises(VxmcdError):
             camera.record(tmp_path / "file" / "run", 3)
         for arguments in ((0,), (3, 2)):

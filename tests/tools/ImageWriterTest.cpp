@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <unistd.h>
 
 namespace vxtool {
 namespace {
@@ -218,6 +219,17 @@ TEST_F(ImageWriter, RefusesWhatItCannotOrShouldNotWrite)
     SCOPED_TRACE("png");
     ExpectGoodMannersWithFiles<TPngPreviewWriter>(directory_);
   }
+}
+
+TEST_F(ImageWriter, FailureToCloseIsReported)
+{
+  const int next = dup(STDIN_FILENO); // the number of the descriptor that comes next
+  close(next);
+  TOutputFile file;
+  ASSERT_TRUE(file.Create(directory_.Path("file"), false));
+  ASSERT_EQ(close(next), 0); // as a file system does that finds out too late that nothing fits
+  EXPECT_FALSE(file.Close());
+  EXPECT_NE(file.Error().find("cannot be closed"), std::string::npos) << file.Error();
 }
 
 TEST_F(ImageWriter, PreviewShowsFaintAndBrightThings)

@@ -146,6 +146,13 @@ TEST_F(ToolCamera, BinningIsInForceOrRefused)
       << refused.errors;
 }
 
+TEST_F(ToolCamera, MaximumExposureIsTaken)
+{
+  Configure(std::string(kStill) + "[Camera0.ExposureTime]\nMax = 0.1\n"); // in single precision that is more
+  EXPECT_EQ(Run({"acquire", "--exposure", "0.1"}).exitCode, 0);
+  EXPECT_EQ(Run({"acquire", "--exposure", "0.11"}).exitCode, 3);
+}
+
 TEST_F(ToolCamera, GainBringsItsChannelAndAmplifier)
 {
   Configure(kStill);
