@@ -7,6 +7,7 @@
 #include "Rounds.h"
 #include "spool/TSpoolVolume.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -20,16 +21,23 @@
 namespace {
 
 constexpr std::size_t kPage = 4096;
+constexpr std::size_t kChunkBytes = std::size_t{256} << 10;
 
-WritingCost writeFile(const std::string& directory, int flags, std::size_t bytesEach, const FrameSource& frames,
-                      long count)
+/// Each frame in pieces of at most @p chunkBytes.
+WritingCost writeFile(const std::string& directory, int flags, std::size_t bytesEach, std::size_t chunkBytes,
+                      const FrameSource& frames, long count)
 {
   WritingClock clock;
   const int file = open((directory + "/frames").c_str(), O_WRONLY | O_CREAT | O_EXCL | flags, 0666);
   require(file >= 0, "opening a file");
   for (long i = 0; i < count; ++i) {
-    const auto offset = static_cast<off_t>(static_cast<std::size_t>(i) * bytesEach);
-    require(pwrite(file, frames.frame(i), bytesEach, offset) == static_cast<ssize_t>(bytesEach), "pwrite");
+    const std::size_t start = static_cast<std::size_t>(i) * bytesEach;
+    for (std::size_t done = 0; done < bytesEach; done += chunkBytes) {
+      const std::size_t piece = std::min(chunkBytes, bytesEach - done);
+      require(pwrite(file, frames.frame(i) + done, piece, static_cast<off_t>(start + done)) ==
+                  static_cast<ssize_t>(piece),
+              "pwrite");
+    }
   }
   clock.handedOver();
   require(fdatasync(file) == 0, "fdatasync");
@@ -127,12 +135,18 @@ WritingCost WritingClock::onDisk() const
 
 WritingCost writeBuffered(const std::string& directory, const FrameSource& frames, long count)
 {
-  return writeFile(directory, 0, frames.frameBytes(), frames, count);
+  return writeFile(directory, 0, frames.frameBytes(), frames.frameBytes(), frames, count);
+}
+
+WritingCost writeInChunks(const std::string& directory, const FrameSource& frames, long count)
+{
+  return writeFile(directory, 0, frames.frameBytes(), kChunkBytes, frames, count);
 }
 
 WritingCost writeDirectly(const std::string& directory, const FrameSource& frames, long count)
 {
-  return writeFile(directory, O_DIRECT, (frames.frameBytes() + kPage - 1) / kPage * kPage, frames, count);
+  const std::size_t wholePages = (frames.frameBytes() + kPage - 1) / kPage * kPage;
+  return writeFile(directory, O_DIRECT, wholePages, wholePages, frames, count);
 }
 
 bool canWriteDirectly(const std::string& directory)

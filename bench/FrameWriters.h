@@ -56,7 +56,9 @@ struct FrameWriter
 
 /// One file, a pwrite() for each frame, fdatasync() at the end.
 WritingCost writeBuffered(const std::string& directory, const FrameSource& frames, long count);
-/// The same past the page cache. A frame that is no multiple of a page takes the rest of the page with it.
+/// The same with frames in pieces of 256 KiB, which is the fastest plain way through the page cache.
+WritingCost writeInChunks(const std::string& directory, const FrameSource& frames, long count);
+/// One pwrite() for each frame, past the page cache. A frame that is no multiple of a page takes the rest of the page with it.
 WritingCost writeDirectly(const std::string& directory, const FrameSource& frames, long count);
 /// Whether the directory's file system can do that.
 bool canWriteDirectly(const std::string& directory);

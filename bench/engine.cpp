@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a frame costs on its road through the library, against a bare VX_WaitBuffer / VX_QueueBuffer loop on the
-// same camera with the same slots; and tiny frames from the camera to the application.
+// same camera with the same slots; and tiny and small frames from the camera to the application.
 //
 // The road is measured through the exported interface: a run until abort, whose frames are counted over a stretch
 // of time. The camera makes a frame inside VX_WaitBuffer, so both loops pay for it on their own thread. `cpu_*` is
@@ -17,13 +17,21 @@
 #include <functional>
 #include <memory>
 #include <pthread.h>
+#include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
 
-constexpr int kWidth = 8;
-constexpr int kHeight = 4;
+struct Geometry
+{
+  int width;
+  int height;
+  unsigned long pixels() const { return static_cast<unsigned long>(width) * static_cast<unsigned long>(height); }
+};
+constexpr Geometry kTiny{8, 4};
+constexpr Geometry kSmall{128, 128};
 constexpr int kRounds = 41;
 constexpr int kSeries = 3;
 constexpr auto kStretch = std::chrono::milliseconds(40);
@@ -113,7 +121,7 @@ Cost roadCost(BenchmarkCamera& camera, bool withWaiter, double& wakesPerFrame)
 
 void road(benchmark::State& state, bool withMetadata, bool withWaiter)
 {
-  BenchmarkCamera camera(kWidth, kHeight);
+  BenchmarkCamera camera(kTiny.width, kTiny.height);
   require(SetMetaData(withMetadata ? 1 : 0) == RC_SUCCESS, "SetMetaData");
   BareCamera bare(camera);
   Rounds cpu;
@@ -165,15 +173,15 @@ double bareFrameRate(BenchmarkCamera& camera, BareCamera& bare, long frames)
 }
 
 /// A series whose every image the application takes: frames a second from the start to the last one.
-double seriesFrameRate(int frames)
+double seriesFrameRate(unsigned long size, int frames)
 {
-  unsigned short pixels[kWidth * kHeight];
+  std::vector<unsigned short> pixels(size);
   require(SetAcquisitionMode(kSeries) == RC_SUCCESS, "SetAcquisitionMode");
   require(SetNumberKinetics(frames) == RC_SUCCESS, "SetNumberKinetics");
   require(StartAcquisition() == RC_SUCCESS, "StartAcquisition");
   const double begin = secondsOfClock(CLOCK_MONOTONIC);
   for (int taken = 0; taken < frames;) {
-    if (GetOldestImage16(pixels, kWidth * kHeight) == RC_SUCCESS)
+    if (GetOldestImage16(pixels.data(), size) == RC_SUCCESS)
       ++taken;
     else
       require(WaitForAcquisitionTimeOut(kWaitMs) == RC_SUCCESS, "every frame of a series arrives");
@@ -182,29 +190,31 @@ double seriesFrameRate(int frames)
 }
 
 /// Frames a second of an application that waits for each and takes the oldest there is, while the camera runs.
-double continuousFrameRate(BenchmarkCamera& camera, int frames)
+double continuousFrameRate(BenchmarkCamera& camera, unsigned long size, int frames)
 {
-  unsigned short pixels[kWidth * kHeight];
+  std::vector<unsigned short> pixels(size);
   camera.startUntilAborted();
   const double begin = secondsOfClock(CLOCK_MONOTONIC);
   for (int taken = 0; taken < frames; ++taken) {
     require(WaitForAcquisitionTimeOut(kWaitMs) == RC_SUCCESS, "WaitForAcquisition");
-    require(GetOldestImage16(pixels, kWidth * kHeight) == RC_SUCCESS, "GetOldestImage16");
+    require(GetOldestImage16(pixels.data(), size) == RC_SUCCESS, "GetOldestImage16");
   }
   const double seconds = secondsOfClock(CLOCK_MONOTONIC) - begin;
   require(AbortAcquisition() == RC_SUCCESS, "AbortAcquisition");
   return frames / seconds;
 }
 
-void endToEnd(benchmark::State& state, bool series)
+void endToEnd(benchmark::State& state, Geometry geometry, bool series)
 {
-  constexpr int kFrames = 20'000;
-  BenchmarkCamera camera(kWidth, kHeight);
+  // A series keeps all its frames: those of the larger geometry take 160 MB.
+  const int frames = geometry.width == kTiny.width ? 20'000 : 5'000;
+  const unsigned long size = geometry.pixels();
+  BenchmarkCamera camera(geometry.width, geometry.height);
   BareCamera bare(camera);
   Rounds rates;
   for (auto _ : state) {
-    rates.run([&] { return bareFrameRate(camera, bare, kFrames); },
-              [&] { return series ? seriesFrameRate(kFrames) : continuousFrameRate(camera, kFrames); });
+    rates.run([&] { return bareFrameRate(camera, bare, frames); },
+              [&] { return series ? seriesFrameRate(size, frames) : continuousFrameRate(camera, size, frames); });
     state.SetIterationTime(1 / rates.lastMeasured());
   }
   state.counters["bare_per_s"] = rates.baseline();
@@ -212,9 +222,12 @@ void endToEnd(benchmark::State& state, bool series)
   state.counters["ratio"] = rates.ratio();
 }
 
-void registerRounds(const char* name, const std::function<void(benchmark::State&)>& body)
+void registerRounds(const std::string& name, const std::function<void(benchmark::State&)>& body)
 {
-  benchmark::RegisterBenchmark(name, body)->UseManualTime()->Iterations(kRounds)->Unit(benchmark::kNanosecond);
+  benchmark::RegisterBenchmark(name.c_str(), body)
+      ->UseManualTime()
+      ->Iterations(kRounds)
+      ->Unit(benchmark::kNanosecond);
 }
 
 } // namespace
@@ -223,13 +236,16 @@ int main(int argc, char** argv)
 {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  printBenchmarkSetting("8x4 pixels of 16 bits with a stamp, 5000 slots");
+  printBenchmarkSetting("8x4 and 128x128 pixels of 16 bits with a stamp, 5000 slots");
   registerRounds("road/no_waiter", [](auto& state) { road(state, false, false); });
   registerRounds("road/metadata/no_waiter", [](auto& state) { road(state, true, false); });
   registerRounds("road/one_waiter", [](auto& state) { road(state, false, true); });
   registerRounds("road/metadata/one_waiter", [](auto& state) { road(state, true, true); });
-  registerRounds("end_to_end/series", [](auto& state) { endToEnd(state, true); });
-  registerRounds("end_to_end/until_aborted", [](auto& state) { endToEnd(state, false); });
+  for (const auto& [name, geometry] : {std::pair{"8x4", kTiny}, std::pair{"128x128", kSmall}}) {
+    registerRounds(std::string("end_to_end/series/") + name, [=, g = geometry](auto& s) { endToEnd(s, g, true); });
+    registerRounds(std::string("end_to_end/until_aborted/") + name,
+                   [=, g = geometry](auto& s) { endToEnd(s, g, false); });
+  }
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

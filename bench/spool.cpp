@@ -40,6 +40,7 @@ constexpr int kImagePerFile = TSpoolLayout::kImagePerFile;
 constexpr int kImagesTogether = TSpoolLayout::kImagesTogether;
 constexpr std::size_t kSourceBytes = 300'000'000; // as the ring
 constexpr std::size_t kMostSourceFrames = 5000;
+constexpr std::size_t kChunkedAbove = std::size_t{256} << 10; // smaller frames are written in one piece anyway
 
 struct Geometry
 {
@@ -94,6 +95,7 @@ void againstOthers(benchmark::State& state, Geometry geometry, bool withMetadata
   const std::string& directory = BenchmarkDirectory::get().path();
 
   std::vector<FrameWriter> others{{"pwrite", writeBuffered}};
+  if (frameBytes > kChunkedAbove) others.push_back({"chunks", writeInChunks});
   if (geometry.width == kLarge.width) { // small slots do not begin at pages
     if (canWriteDirectly(directory)) others.push_back({"direct", writeDirectly});
     if (!withMetadata)
