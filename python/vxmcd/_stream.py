@@ -9,7 +9,7 @@ import numpy as np
 
 from ._pace import TickGaps
 from ._run import Run
-from .errors import FramesLostError, FramesLostWarning, NoImageError
+from .errors import FramesLostError, FramesLostWarning, NoImageError, VxmcdError
 
 _SKIP_PART = 8  # after falling behind, go on this part of the ring ahead of the camera
 
@@ -70,7 +70,10 @@ class Stream:
         except NoImageError:  # there may be one later
             raise
         except BaseException:
-            self.close()
+            try:
+                self.close()
+            except VxmcdError:  # follows from the first
+                pass
             raise
         self.close()
         raise StopIteration

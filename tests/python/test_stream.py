@@ -152,6 +152,18 @@ def test_a_run_that_fails_ends_the_stream(simulator):
         assert camera.snap().shape == (8, 16)
 
 
+def test_the_first_error_is_told(simulator):
+    simulator.configure(MANUAL)
+    with vxmcd.Camera() as camera:
+        stream = camera.stream()
+        arrive(simulator, stream, 2, 2)
+        next(stream)
+        simulator.unplug()
+        with pytest.raises(VxmcdError) as caught:
+            next(stream)
+        assert caught.value.function != "AbortAcquisition"
+
+
 def test_a_camera_that_is_unplugged(simulator):
     simulator.configure(REAL)
     with vxmcd.Camera() as camera:
@@ -161,7 +173,8 @@ def test_a_camera_that_is_unplugged(simulator):
         with pytest.raises(VxmcdError) as caught:
             while True:
                 next(stream)
-        assert caught.value.name == "RC_STATUS_TIMED_OUT"
+        # The latter of an image that had come before and cannot be fetched any more.
+        assert caught.value.name in ("RC_STATUS_TIMED_OUT", "RC_NOT_SUPPORTED")
         with pytest.raises(VxmcdError):
             camera.snap()
     assert not camera.is_open and simulator.open_cameras() == 0
