@@ -240,6 +240,7 @@ const std::vector<Variant> kLargeVariants{
     {"threaded_direct", TSpoolLayout::kThreaded, true},
     {"threaded_buffered", TSpoolLayout::kThreaded, false},
     {"queued_direct", TSpoolLayout::kQueued, true},
+    {"blocks_of_one_direct", TSpoolLayout::kBlocks, true, false, 8 << 20},
     {"threaded_direct_file_each", TSpoolLayout::kThreaded, true, true},
     {"queued_direct_file_each", TSpoolLayout::kQueued, true, true},
 };

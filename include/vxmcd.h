@@ -963,15 +963,18 @@ VXMCD_API unsigned int createAcquisitionEvents(void);
  *  written.
  *
  *  When the disk is slower than the camera, frames wait in the ring and then in the camera, and when both are full
- *  the run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, directory gone, limit
- *  of the process for the size of files) it ends with #RC_STATUS_SPOOL_ISSUE. Frames that were written before stay
- *  in either case, and the directory tells how many. A failure shows in GetStatus() at once, while the directory is
+ *  the run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, files or directory removed
+ *  by somebody, limit of the process for the size of files) it ends with #RC_STATUS_SPOOL_ISSUE. Frames that were
+ *  written before stay in either case, and the directory tells how many are known to be on the disk. A power failure
+ *  costs the images of about the last two seconds. A failure shows in GetStatus() at once, while the directory is
  *  complete only when its "State" is no longer "recording".
  *  @{ */
 /**
  * Switches writing on or off, from the next start on. The directory is made by StartAcquisition(), with its parents;
- * it holds one run, so a new one replaces the spool files of the one before. What is wrong with the directory shows
- * in GetStatus() after 100 ms, even if no frame comes, or after the first frame. Does not block.
+ * it holds one run, so a new one replaces the spool files of the one before, once the camera has started it: a start
+ * that is refused leaves them as they are. Removing takes some 0.1 ms for each file, while the camera already runs. What
+ * is wrong with the directory shows in GetStatus() after 100 ms, even if no frame comes, or after the first frame. Does
+ * not block.
  * @param active  1 on; any other value off
  * @param method  1 one image in each file; AbortAcquisition() gives up images that are not written yet. 3 many
  *                images in each file of up to about 256 MiB; an abort keeps every image delivered
