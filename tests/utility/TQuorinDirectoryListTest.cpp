@@ -1,15 +1,35 @@
 // SPDX-License-Identifier: MIT
-// The names in a directory, and the working directory.
+// The names in directories that grow, shrink and vanish.
 #include "utility/TQuorinDirectoryList.h"
 
 #include "tests/support/TScratchWorkingDirectory.h"
 
 #include <gtest/gtest.h>
 
+#include <dirent.h>
+#include <functional>
 #include <set>
 #include <string>
 
 using QuorinUtility::TQuorinDirectoryList;
+
+namespace {
+
+// Called before a directory is opened.
+std::function<void()> beforeOpening;
+
+} // namespace
+
+extern "C" {
+DIR* __real_opendir(const char* name);
+DIR* __wrap_opendir(const char* name);
+
+DIR* __wrap_opendir(const char* name)
+{
+  if (beforeOpening) beforeOpening();
+  return __real_opendir(name);
+}
+}
 
 namespace {
 
@@ -28,6 +48,8 @@ protected:
     return names;
   }
 
+  void TearDown() override { beforeOpening = nullptr; }
+
   TScratchWorkingDirectory here_;
 };
 
@@ -37,6 +59,24 @@ TEST_F(DirectoryList, ListsNamesThatContainTheText)
   EXPECT_EQ(Names(list), (std::multiset<std::string>{"a.so", "c.so.3"}));
   EXPECT_EQ(list.GetItem(2), nullptr);
   EXPECT_EQ(list.GetItem(-1), nullptr);
+}
+
+// The names are counted first and read then.
+TEST_F(DirectoryList, HasRoomForWhatWasCounted)
+{
+  int opened = 0;
+  beforeOpening = [this, &opened] {
+    if (++opened == 2)
+      for (const char* const name : {"d.so", "e.so", "f.so"}) here_.WriteFile(name, "");
+  };
+  TQuorinDirectoryList list(".", ".so", TQuorinDirectoryList::Anywhere);
+  EXPECT_EQ(list.GetNumberItems(), 2);
+  EXPECT_EQ(list.GetItem(2), nullptr);
+  beforeOpening = [this, &opened] {
+    if (++opened == 4) here_.RemoveAll();
+  };
+  list.Reenumerate();
+  for (int index = 0; index < 5; ++index) EXPECT_EQ(list.GetItem(index), nullptr) << index;
 }
 
 TEST_F(DirectoryList, TellsTheWorkingDirectoryUntilItIsGone)
