@@ -11,7 +11,9 @@
 
 /// One mapping that holds the slots of a ring, and the table that says which slot's memory is where. Shared by the
 /// ring and by every copy that is being made out of it, so that memory stays until the last of them lets go. Slots
-/// start at multiples of a cache line, or of a page when they are that large, and are not zeroed. The table may be
+/// start at multiples of a cache line, or of a page when they are that large, and are not zeroed. Large rings are in
+/// huge pages where the system has them: a new page costs the camera's first pass through the ring more than the frame.
+/// The table may be
 /// read by any thread; only the acquisition thread swaps entries.
 class TFrameSlab final
 {
@@ -53,6 +55,7 @@ private:
   std::uint64_t slotStrideBytes_;
   std::uint64_t sizeBytes_;
   unsigned char* memory_;
+  bool isFresh_ = true; // nothing but zeros in the memory, as far as it is up to this class
   std::unique_ptr<std::atomic<unsigned char*>[]> slots_;
   TSlotClocks clocks_;
 };

@@ -9,6 +9,7 @@
 #include "features/TSDK3Exception.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinLibDebugOutput.h"
+#include "utility/TQuorinMemoryStatistics.h"
 #include "vxcore.h"
 
 #include <algorithm>
@@ -24,6 +25,10 @@ namespace {
 
 constexpr int kFrameBudgetBytes = 300000000;
 constexpr int kMostSlots = 5000;
+// A ring whose slots are used again: with one slot, the camera would write over every image while it is copied. The
+// third one leaves the program the time of a frame.
+constexpr std::int64_t kUsefulSlots = 3;
+constexpr std::int64_t kFewestSlots = 2;
 constexpr int kStartTimeoutMs = 1000;
 constexpr int kFinishTimeoutMs = 1000;
 // The queue can hold no more filled buffers than slots; a few more looks cost nothing.
@@ -180,7 +185,7 @@ bool TVxmcdAcquisitionManager::PrepareRun(std::int64_t frameSizeBytes, std::int6
 
 bool TVxmcdAcquisitionManager::PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount)
 {
-  if (!AllocateAndQueue(frameSizeBytes, slotCount)) return false;
+  if (!AllocateRing(frameSizeBytes, slotCount) || !QueueSlots(frameSizeBytes)) return false;
   thread_->SetContinuousMode(true);
   SetCurrentQueue(requeueQueue_);
   return true;
@@ -190,7 +195,7 @@ bool TVxmcdAcquisitionManager::PrepareUntilAborted(std::int64_t frameSizeBytes, 
 bool TVxmcdAcquisitionManager::PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount,
                                               const TSpoolSettings& settings)
 {
-  if (!AllocateAndQueue(frameSizeBytes, slotCount)) return false;
+  if (!AllocateRing(frameSizeBytes, slotCount) || !QueueSlots(frameSizeBytes)) return false;
   thread_->SetContinuousMode(false);
   spoolingRun_ = true;
   spoolQueue_->SetRun(settings, loopCount);
@@ -202,20 +207,33 @@ bool TVxmcdAcquisitionManager::PrepareSpooled(std::int64_t frameSizeBytes, std::
 bool TVxmcdAcquisitionManager::PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount,
                                              std::int64_t loopCount)
 {
-  if (!AllocateAndQueue(frameSizeBytes, loopCount + slotCount)) return false;
+  if (!Allocate(frameSizeBytes, loopCount + slotCount) || !QueueSlots(frameSizeBytes)) return false;
   thread_->SetContinuousMode(false);
   SetCurrentQueue(ignoreQueue_);
   return true;
 }
 
-bool TVxmcdAcquisitionManager::AllocateAndQueue(std::int64_t frameSizeBytes, std::int64_t slots)
+// Frames so large that the budget holds fewer slots than a ring needs get them if the machine has the memory.
+bool TVxmcdAcquisitionManager::AllocateRing(std::int64_t frameSizeBytes, std::int64_t slotCount)
 {
-  const auto count = static_cast<std::uint64_t>(slots);
-  if (circularBuffer_.Allocate(static_cast<std::uint64_t>(frameSizeBytes), count) != 0) {
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "no memory for %lld frames of %lld bytes",
-                                  static_cast<long long>(slots), static_cast<long long>(frameSizeBytes));
-    return false;
-  }
+  if (Allocate(frameSizeBytes, std::max(slotCount, kUsefulSlots))) return true;
+  return slotCount < kUsefulSlots && Allocate(frameSizeBytes, kFewestSlots);
+}
+
+bool TVxmcdAcquisitionManager::Allocate(std::int64_t frameSizeBytes, std::int64_t slots)
+{
+  if (circularBuffer_.Allocate(static_cast<std::uint64_t>(frameSizeBytes), static_cast<std::uint64_t>(slots)) == 0)
+    return true;
+  TQuorinLibDebugOutput::Output(
+      __FILE__, __LINE__, __func__, "no memory for %lld frames of %lld bytes: %llu bytes are available",
+      static_cast<long long>(slots), static_cast<long long>(frameSizeBytes),
+      static_cast<unsigned long long>(QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable()));
+  return false;
+}
+
+bool TVxmcdAcquisitionManager::QueueSlots(std::int64_t frameSizeBytes)
+{
+  const std::uint64_t count = circularBuffer_.GetBufferCount();
   for (std::uint64_t slot = 1; slot <= count; ++slot) {
     const int code =
         VX_QueueBuffer(CurrentCoreHandle(), circularBuffer_.GetBuffer(slot), static_cast<int>(frameSizeBytes));

@@ -123,7 +123,9 @@ private:
   bool PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount,
                       const TSpoolSettings& settings);
   std::optional<TSpoolSettings> SpoolSettings() const;
-  bool AllocateAndQueue(std::int64_t frameSizeBytes, std::int64_t slots);
+  bool AllocateRing(std::int64_t frameSizeBytes, std::int64_t slotCount);
+  bool Allocate(std::int64_t frameSizeBytes, std::int64_t slots);
+  bool QueueSlots(std::int64_t frameSizeBytes);
   bool StartCamera();
   void Flush(int coreHandle);
   void DropFrames() { DropFrames(CurrentCoreHandle()); }

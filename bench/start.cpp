@@ -7,7 +7,8 @@
 // acquisition thread has begun the run, so each includes the time the system takes to wake that thread; how long a
 // bare hand-over to a sleeping thread and back takes is measured beside it (`hand_over_us`).
 //
-// In a pass the camera fills every slot once with a counter pattern, at the speed of the memory.
+// In a pass the camera fills every slot once with a counter pattern, at the speed of the memory. `huge_pages` compares
+// rings of the same run with and without huge pages, which the system may be told not to give to the process.
 #include "BenchmarkCamera.h"
 #include "BenchmarkSetting.h"
 #include "Rounds.h"
@@ -20,6 +21,7 @@
 #include <mutex>
 #include <sched.h>
 #include <string>
+#include <sys/prctl.h>
 #include <thread>
 #include <vector>
 
@@ -164,6 +166,46 @@ void firstPass(benchmark::State& state, Geometry geometry, bool kept)
   state.counters["ratio"] = passes.ratio();
 }
 
+/// Whether the process may get huge pages.
+void allowHugePages(bool allowed)
+{
+  require(prctl(PR_SET_THP_DISABLE, allowed ? 0 : 1, 0, 0, 0) == 0, "prctl");
+}
+
+/// The first pass through a new ring in huge pages, against one in pages of 4 KiB.
+void hugePages(benchmark::State& state, Geometry geometry)
+{
+  BenchmarkCamera camera(geometry.width, geometry.height, kQuietCamera);
+  Rounds passes;
+  Rounds frees;
+  const auto run = [&](bool huge, double& pass, double& free) {
+    allowHugePages(huge);
+    require(StartAcquisition() == RC_SUCCESS, "StartAcquisition");
+    pass = passSeconds(camera);
+    require(AbortAcquisition() == RC_SUCCESS, "AbortAcquisition");
+    free = secondsOf([] { FreeInternalMemory(); });
+    allowHugePages(true);
+  };
+  double smallPass = 0;
+  double smallFree = 0;
+  double hugePass = 0;
+  double hugeFree = 0;
+  for (auto _ : state) {
+    run(false, smallPass, smallFree);
+    run(true, hugePass, hugeFree);
+    passes.add(smallPass, hugePass);
+    frees.add(smallFree, hugeFree);
+    state.SetIterationTime(hugePass);
+  }
+  const double ringBytes = static_cast<double>(camera.ringSlots() * camera.frameBytes());
+  state.counters["ring_MB"] = ringBytes * 1e-6;
+  state.counters["huge_GBps"] = ringBytes * 1e-9 / passes.measured();
+  state.counters["small_GBps"] = ringBytes * 1e-9 / passes.baseline();
+  state.counters["ratio"] = passes.ratio();
+  state.counters["free_huge_ms"] = frees.measured() * 1e3;
+  state.counters["free_small_ms"] = frees.baseline() * 1e3;
+}
+
 void registerRounds(const std::string& name, int rounds, const std::function<void(benchmark::State&)>& body)
 {
   benchmark::RegisterBenchmark(name.c_str(), body)
@@ -191,6 +233,9 @@ int main(int argc, char** argv)
                      [=](auto& state) { firstPass(state, geometry, kept); });
     }
   }
+  for (const Geometry& geometry : {kLarge, kSmall})
+    registerRounds(std::string("huge_pages/") + geometry.name, kPassRounds,
+                   [=](auto& state) { hugePages(state, geometry); });
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

@@ -903,8 +903,9 @@ VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* ma
  * Starts a run with the present settings, stopping an earlier one first. Images of the earlier run are gone.
  * Blocks until the run has begun (usually well under 1 ms; up to 10 s when an earlier run has to be stopped
  * first).
- * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when memory or camera refuse; #RC_START_REFUSED after an internal
- *         failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
+ * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when the camera refuses or memory is short: it must do for all images of a
+ *         finite run that is not written to disk, and for two images of other runs; #RC_START_REFUSED after an
+ *         internal failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
  */
 VXMCD_API unsigned int StartAcquisition(void);
 /**
@@ -945,7 +946,11 @@ VXMCD_API unsigned int GetStatus(int* status);
  * @return #RC_SUCCESS
  */
 VXMCD_DECORATED unsigned int GetAcquisitionProgress(long* accumulations, long* series);
-/** Writes the memory budget of the ring, 300,000,000 bytes; it is not a number of images. Returns #RC_SUCCESS. */
+/**
+ * Writes the memory budget of the ring, 300,000,000 bytes; it is not a number of images. Frames above 100,000,000 bytes
+ * get a ring of three, or where memory is short of two, whatever the budget.
+ * @return #RC_SUCCESS
+ */
 VXMCD_DECORATED unsigned int GetSizeOfCircularBuffer(long* size);
 /**
  * Frees the ring and every image in it; during a run, as soon as the run has ended.
