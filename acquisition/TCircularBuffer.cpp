@@ -15,6 +15,9 @@ constexpr int kNotAllocated = 1;
 // Copies are made by a few application threads at most; more than this many at once only cost an allocation.
 constexpr std::size_t kUsualHolds = 16;
 
+// Rings of runs without a frame, which cost address space but hardly memory.
+constexpr std::size_t kMaxFormerSlabs = 4;
+
 // How many slots in front of an image's must still have their images: one would do as long as no slot gets lost and no
 // frame is shorter than its slot; the second one covers either. Rings too small for that make do with one.
 constexpr int kSlotsAhead = 2;
@@ -39,16 +42,25 @@ int TCircularBuffer::Allocate(std::uint64_t frameSizeBytes, std::uint64_t count)
     slab_->ResetSlots();
     return kAllocated;
   }
-  slab_.reset();
+  if (slab_) former_.push_back(std::move(slab_));
+  if (former_.size() > kMaxFormerSlabs) former_.erase(former_.begin());
+  if (MakeSlab(frameSizeBytes, count)) return kAllocated;
+  if (former_.empty()) return kNotAllocated;
+  former_.clear(); // without memory for both, the camera's word that it has flushed must do
+  return MakeSlab(frameSizeBytes, count) ? kAllocated : kNotAllocated;
+}
+
+bool TCircularBuffer::MakeSlab(std::uint64_t frameSizeBytes, std::uint64_t count)
+{
   std::uint64_t sizeBytes = 0;
-  if (__builtin_mul_overflow(frameSizeBytes, count, &sizeBytes)) return kNotAllocated;
-  if (QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable() < sizeBytes) return kNotAllocated;
+  if (__builtin_mul_overflow(frameSizeBytes, count, &sizeBytes)) return false;
+  if (QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable() < sizeBytes) return false;
   try {
     slab_ = std::make_shared<TFrameSlab>(frameSizeBytes, count);
   } catch (const std::bad_alloc&) {
-    return kNotAllocated;
+    return false;
   }
-  return kAllocated;
+  return true;
 }
 
 // Whether the present memory has the shape that is asked for and nobody reads in it.
@@ -64,6 +76,7 @@ void TCircularBuffer::Delete()
 {
   const std::lock_guard lock(slabMutex_);
   slab_.reset();
+  former_.clear();
 }
 
 void TCircularBuffer::KeepMemory()
@@ -82,6 +95,7 @@ std::vector<std::shared_ptr<TFrameSlab>> TCircularBuffer::HoldMemory() const
 {
   const std::lock_guard lock(slabMutex_);
   std::vector<std::shared_ptr<TFrameSlab>> memory = kept_;
+  memory.insert(memory.end(), former_.begin(), former_.end());
   memory.push_back(slab_);
   return memory;
 }
@@ -149,8 +163,19 @@ unsigned char* TCircularBuffer::FindImage(std::uint64_t image) const
 void TCircularBuffer::Increment()
 {
   // One writer: the acquisition thread.
-  imageCounter_.store(imageCounter_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
+  const std::uint64_t image = imageCounter_.load(std::memory_order_relaxed) + 1;
+  imageCounter_.store(image, std::memory_order_release);
   waits_.SignalFrame();
+  if (image == 1) ReleaseFormerSlabs();
+}
+
+// The camera fills buffers in the order in which it got them, so with a frame in the new ring it has none of the
+// former ones, whatever its flush has answered.
+void TCircularBuffer::ReleaseFormerSlabs()
+{
+  std::vector<std::shared_ptr<TFrameSlab>> last; // frees the memory after the lock
+  const std::lock_guard lock(slabMutex_);
+  last.swap(former_);
 }
 
 // The slab is not replaced while a run is in progress, so the acquisition thread needs no lock for it.

@@ -31,7 +31,8 @@ public:
 
   /// Replaces the ring by @p count slots for frames of @p frameSizeBytes bytes. Returns 0; 1 when there is not
   /// enough free memory, with no slots left. A ring of the same shape keeps its memory, whose pages are then
-  /// mapped already.
+  /// mapped already. The memory of the ring before stays until the first frame of the new one, if there is enough for
+  /// both: a camera that has not flushed what it says would write into it.
   int Allocate(std::uint64_t frameSizeBytes, std::uint64_t count);
   /// Frees the slots. Counter, flags and event stay as they are.
   void Delete();
@@ -92,6 +93,8 @@ public:
   std::optional<std::int64_t> GetTicks(std::uint64_t image) const;
 
 private:
+  void ReleaseFormerSlabs();
+  bool MakeSlab(std::uint64_t frameSizeBytes, std::uint64_t count);
   bool IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const;
   bool MoveSlot(TFrameSlab& slab, const unsigned char* buffer, std::uint64_t expected);
   unsigned char* FindImage(std::uint64_t image) const;
@@ -99,11 +102,12 @@ private:
   std::optional<TSlotClocks::TImage> FindClock(std::uint64_t image) const;
   bool HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const;
 
-  /// Guards slab_ against replacement, kept_, holds_, staleUpTo_ and the kind of run; the slab's own tables need no
+  /// Guards slab_ against replacement, kept_, former_, holds_, staleUpTo_ and the kind of run; the slab's own tables need no
   /// lock.
   mutable std::mutex slabMutex_;
   std::shared_ptr<TFrameSlab> slab_;
   std::vector<std::shared_ptr<TFrameSlab>> kept_;
+  std::vector<std::shared_ptr<TFrameSlab>> former_; // replaced since the last frame
   std::atomic<std::uint64_t> imageCounter_{0};
   TChangeWaits waits_;
   /// Images below this one have lost their slot to a frame that arrived out of order.
