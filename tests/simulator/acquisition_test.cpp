@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <deque>
 #include <functional>
 
 namespace {
@@ -65,12 +66,21 @@ TEST_F(SimulatorAcquisition, BuffersAreFilledInTheOrderInWhichTheyWereQueued)
   OpenCamera camera;
   camera.SetArea(32, 1);
   camera.Set(L"CycleMode", L"Continuous");
-  camera.QueueBuffers(40);
+  std::deque<const unsigned char*> expected;
+  const auto queue = [&](int count) {
+    camera.QueueBuffers(count);
+    for (auto buffer = camera.buffers.end() - count; buffer != camera.buffers.end(); ++buffer)
+      expected.push_back((*buffer)->data());
+  };
+  queue(12);
   camera.Start();
   for (size_t i = 0; i < 200; ++i) {
     ASSERT_EQ(camera.Wait(), VX_SUCCESS);
-    ASSERT_EQ(camera.frame.data(), camera.buffers[i % 40]->data());
+    ASSERT_EQ(camera.frame.data(), expected.front());
     camera.Requeue();
+    expected.push_back(expected.front());
+    expected.pop_front();
+    if (i == 5) queue(28); // more than there ever were, and not from the beginning
   }
   EXPECT_TRUE(camera.Bool(L"CameraAcquiring"));
 }
@@ -225,6 +235,33 @@ TEST_F(SimulatorAcquisition, FullMemoryLosesFramesAndTheNextWaitSaysSoOnce)
   }
   EXPECT_EQ(camera.Wait(), VX_ERR_TIMED_OUT);
   EXPECT_EQ(camera.Statistics().framesProduced, 6U);
+
+  // A flush and a new run forget it.
+  EXPECT_EQ(VXSIM_PushFrames(0, 4), VX_ERR_HARDWARE_OVERFLOW);
+  EXPECT_EQ(VX_Flush(camera.handle), VX_SUCCESS);
+  EXPECT_EQ(camera.Wait(), VX_ERR_TIMED_OUT);
+  EXPECT_EQ(VXSIM_PushFrames(0, 1), VX_ERR_HARDWARE_OVERFLOW);
+  camera.Stop();
+  camera.Start();
+  EXPECT_EQ(camera.Wait(), VX_ERR_TIMED_OUT);
+}
+
+TEST_F(SimulatorAcquisition, QueueingABufferWakesWhoeverCanMakeTheFrame)
+{
+  Configure(kFree);
+  OpenCamera camera;
+  camera.SetArea(32, 1);
+  camera.Start();
+  std::atomic<bool> ended{false};
+  std::thread waiter([&] {
+    EXPECT_EQ(camera.Wait(VX_INFINITE), VX_SUCCESS);
+    ended = true;
+  });
+  EXPECT_TRUE(Eventually([&] { return camera.Statistics().waitsBlocked == 1; }));
+  camera.QueueBuffers(1);
+  EXPECT_TRUE(Eventually([&] { return ended.load(); }));
+  if (!ended) VX_Close(camera.handle); // for the join
+  waiter.join();
 }
 
 TEST_F(SimulatorAcquisition, FramesInMemoryAfterTheLastExposureGoIntoBuffersThatAreQueuedLater)

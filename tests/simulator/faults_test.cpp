@@ -183,6 +183,25 @@ TEST_F(SimulatorFaults, LateFramesAndStallsHoldUpTheRun)
     EXPECT_EQ(camera->FrameNumber(), number);
   }
   EXPECT_EQ(camera->Wait(0), VX_SUCCESS);
+
+  AddFault("camera any stall 1000s");
+  EXPECT_EQ(camera->Wait(0), VX_ERR_TIMED_OUT);
+  VXSIM_ClearFaults();
+  camera->Stop();
+  camera->QueueBuffers(1);
+  camera->Start(); // not in the next run
+  EXPECT_EQ(camera->Wait(0), VX_SUCCESS);
+}
+
+TEST_F(SimulatorFaults, FlushLeavesNoFrameToRepeat)
+{
+  StartCamera();
+  EXPECT_EQ(camera->Wait(), VX_SUCCESS);
+  EXPECT_EQ(VX_Flush(camera->handle), VX_SUCCESS);
+  camera->QueueBuffers(1);
+  AddFault("frame 1 repeat");
+  EXPECT_EQ(camera->Wait(), VX_SUCCESS);
+  EXPECT_EQ(camera->frame.data(), nullptr);
 }
 
 TEST_F(SimulatorFaults, MetadataIsDamagedAsPlanned)
@@ -243,6 +262,16 @@ TEST_F(SimulatorFaults, ReplugBringsTheCameraBackByItself)
   EXPECT_EQ(camera->Wait(), VX_ERR_COMMUNICATION);
   long long value = 0;
   EXPECT_TRUE(Eventually([&] { return VX_GetInt(camera->handle, L"AOIWidth", &value) == VX_SUCCESS; }));
+
+  // Not when it is unplugged by hand meanwhile.
+  camera->Start();
+  VXSIM_ClearFaults();
+  AddFault("camera at 1 replug 1ms");
+  EXPECT_EQ(camera->Wait(), VX_ERR_COMMUNICATION);
+  EXPECT_EQ(VXSIM_SetPlugged(0, 0), VX_SUCCESS);
+  const auto later = std::chrono::steady_clock::now() + std::chrono::milliseconds(5);
+  EXPECT_TRUE(Eventually([&] { return std::chrono::steady_clock::now() > later; }));
+  EXPECT_EQ(VX_GetInt(camera->handle, L"AOIWidth", &value), VX_ERR_COMMUNICATION);
 }
 
 TEST_F(SimulatorFaults, RulesOfOneDeviceLeaveTheOthersAlone)

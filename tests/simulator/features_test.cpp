@@ -116,6 +116,8 @@ TEST_F(SimulatorFeatures, AreaStaysOnTheSensorWhateverTheOrderOfWrites)
   EXPECT_EQ(camera.IntMax(L"AOILeft"), 2048 - 100 + 1);
   camera.Set(L"AOILeft", 1949LL);
   EXPECT_EQ(camera.TrySet(L"AOILeft", 1950LL), VX_ERR_OUT_OF_RANGE);
+  camera.Set(L"AOIHBin", 1LL);
+  EXPECT_EQ(camera.Int(L"AOILeft"), 1949); // an area at the edge stays there
   EXPECT_EQ(camera.TrySet(L"AOILeft", 0LL), VX_ERR_OUT_OF_RANGE);
   camera.Set(L"AOIWidth", 2048LL); // the area moves to the left to fit
   EXPECT_EQ(camera.Int(L"AOILeft"), 1);
