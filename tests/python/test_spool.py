@@ -12,6 +12,7 @@ import pytest
 
 from spool_writer import FIRST_TIME, SpoolWriter, checksum, chunk
 from vxmcd.spool import DamagedImageError, MissingImageError, SpoolError, SpoolFormatError, SpoolRun
+from vxmcd.spool import chunks
 from vxmcd.spool.number_gaps import NumberGaps
 from vxmcd.spool.xxh3 import xxh3_64, xxh3_64_of_triples
 
@@ -292,7 +293,7 @@ def test_damaged_images(tmp_path):
         SpoolRun(tmp_path, verify=True)
     assert caught.value.numbers == [3]
     run = SpoolRun(tmp_path, salvage=True)
-    assert run.damaged == [3] and run.missing.tolist() == [3] and run.numbers.tolist() == [0, 1, 2, 4]
+    assert run.damaged == [3] and run.unrecorded.size == 0 and run.missing.tolist() == [3] and run.numbers.tolist() == [0, 1, 2, 4]
     assert run.host_times().astype(np.int64).tolist() == [FIRST_TIME + 1000 * n for n in (0, 1, 2, 4)]
     assert run.verify(4)
 
@@ -336,6 +337,10 @@ def test_frames_without_a_timestamp(tmp_path, tail):
     writer.keys["data/ImageSize"] = writer.image_size
     run = SpoolRun(writer.write())
     assert run.tick(0) is None and run.ticks().tolist() == [-1]
+
+
+def test_an_empty_chunk_does_not_hide_the_timestamp():
+    assert chunks.timestamp(np.frombuffer(chunk(1, b"\x05" + bytes(7)) + bytes(4), np.uint8)) == 5
 
 
 def test_checksums_of_every_length():

@@ -2,7 +2,7 @@
 // Images and facts that the tests of the tool share.
 #pragma once
 
-#include "tools/ImageData.h"
+#include "tools/IImageWriter.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -34,5 +34,32 @@ inline TRunFacts TestFacts(long plannedImages)
   facts.plannedImages = plannedImages;
   return facts;
 }
+
+/// Keeps what it is given.
+class KeepingWriter : public IImageWriter
+{
+public:
+  long room = 1 << 30; ///< images; then it fails
+  std::vector<std::vector<std::byte>> images;
+  std::vector<TImageLabel> labels;
+
+  bool Open(const std::string&, bool, const TImageShape&, const TRunFacts&) override { return true; }
+  bool Write(TPixelBytes pixels, const TImageLabel& label) override
+  {
+    if (ImagesWritten() >= room) {
+      error_ = "disk full";
+      return false;
+    }
+    images.emplace_back(pixels.begin(), pixels.end());
+    labels.push_back(label);
+    return true;
+  }
+  bool Close(const TRunTotals&) override { return error_.empty(); }
+  long ImagesWritten() const override { return static_cast<long>(images.size()); }
+  const std::string& Error() const override { return error_; }
+
+private:
+  std::string error_;
+};
 
 } // namespace vxtool

@@ -94,7 +94,7 @@ TEST_P(ImageWriterOfDepth, TiffStackReadsBackWithTrueCountAndWithoutGaps)
 
 TEST_P(ImageWriterOfDepth, FitsCubeReadsBackAndIsCleanAfterAbort)
 {
-  const TImageShape shape = Shape(37, 11, GetParam());
+  const TImageShape shape = Shape(401, 331, GetParam()); // larger than one piece
   const std::string path = directory_.Path("cube.fits");
   TFitsCubeWriter writer;
   ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20))) << writer.Error();
@@ -106,6 +106,7 @@ TEST_P(ImageWriterOfDepth, FitsCubeReadsBackAndIsCleanAfterAbort)
     if (number == 2) label.ticks.reset();
     ASSERT_TRUE(writer.Write(image, label)) << writer.Error();
   }
+  EXPECT_EQ(ReadFits(path, GetParam()).images, 3) << "also when the program is killed now";
   ASSERT_TRUE(writer.Close(Totals(5, 2))) << writer.Error();
 
   EXPECT_EQ(FitsVerify(path), "");

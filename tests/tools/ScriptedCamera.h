@@ -31,7 +31,7 @@ public:
   unsigned int startCode = RC_SUCCESS;
   unsigned int fetchCode = RC_SUCCESS;
   int triggers = 0;
-  bool isTriggered = false; // images come only after SendTrigger()
+  bool isTriggered = false; // images come only after SendTrigger(), in the third wait
 
   unsigned int Start() override { return startCode; }
   unsigned int Abort() override
@@ -42,7 +42,7 @@ public:
   unsigned int Wait(int) override
   {
     const long before = newest_;
-    if (!isTriggered || triggers > newest_) Arrive(imagesPerWait);
+    if (!isTriggered || (triggers > newest_ && ++waits_ % 3 == 0)) Arrive(imagesPerWait);
     if (newest_ == before)
       std::this_thread::sleep_for(std::chrono::milliseconds(1)); // a wait that times out takes time
     return newest_ > before ? RC_SUCCESS : RC_NO_NEW_DATA;
@@ -103,6 +103,7 @@ private:
   void Arrive(int count) { newest_ = std::min<long>(newest_ + count, imagesInRun); }
 
   long newest_ = 0;
+  int waits_ = 0; // for an image that was triggered
   bool isAborted_ = false;
 };
 

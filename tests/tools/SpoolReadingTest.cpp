@@ -13,26 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Keeps what it is given.
-class KeepingWriter : public IImageWriter
-{
-public:
-  bool Open(const std::string&, bool, const TImageShape&, const TRunFacts&) override { return true; }
-  bool Write(TPixelBytes pixels, const TImageLabel& label) override
-  {
-    images.emplace_back(pixels.begin(), pixels.end());
-    labels.push_back(label);
-    return true;
-  }
-  bool Close(const TRunTotals&) override { return true; }
-  long ImagesWritten() const override { return static_cast<long>(images.size()); }
-  const std::string& Error() const override { return error; }
-
-  std::vector<std::vector<std::byte>> images;
-  std::vector<TImageLabel> labels;
-  std::string error;
-};
-
 class SpoolReading : public ::testing::Test
 {
 protected:
@@ -179,7 +159,7 @@ TEST_F(SpoolReading, KilledRunGivesTheImagesThatItsIndexVouchesFor)
   run.Write(Directory(), {2, 1, 4, 9, 9, 5, 6});
   const std::string path = Directory() + "/" + kSpoolIndexName;
   std::string index = TextOf(path);
-  index[32 * 2 + 3] ^= 1;                                // the record of image 4
+  index[32 * 2 + 9] ^= 1;                                // the record of image 4
   PutFileBytes(path, index.substr(0, index.size() - 5)); // that of image 6 is torn
   Convert();
   EXPECT_EQ(NumbersWritten(), (Numbers{1, 2, 5, 9}));
@@ -199,6 +179,13 @@ TEST_F(SpoolReading, KilledRunGivesTheImagesThatItsIndexVouchesFor)
   Convert(salvage);
   EXPECT_EQ(counts_.right, 2);
   EXPECT_EQ(counts_.unchecked, 7);
+  salvage.isSalvage = false;
+  Convert(salvage);
+  EXPECT_EQ(counts_.asked, 2);
+  PutFileBytes(path, index.substr(32, 96)); // images 1 and 9
+  Convert(salvage);
+  EXPECT_EQ(absent_, "2-8");
+  salvage.isSalvage = true;
   salvage.keepsDamaged = false;
   PutFileBytes(path, "");
   Convert(salvage);
@@ -219,8 +206,8 @@ TEST_F(SpoolReading, SalvageWithoutIndexLeavesOutPlacesThatWereNeverWritten)
 {
   TMadeRun run;
   run.state = "recording";
-  run.images = 4;
-  run.imagesPerFile = 5;
+  run.images = 5;
+  run.imagesPerFile = 2; // 1 2 | 3 4 | 5 and a place
   run.imagesExpected = 1000;
   run.hasMetadata = false;
   run.Write(Directory());
@@ -233,11 +220,11 @@ TEST_F(SpoolReading, SalvageWithoutIndexLeavesOutPlacesThatWereNeverWritten)
   TConversionSettings salvage;
   salvage.isSalvage = true;
   Convert(salvage);
-  EXPECT_EQ(NumbersWritten(), (Numbers{1, 3, 4}));
-  EXPECT_EQ(absent_, "2") << "a gap, while 5 is a place that was never reached";
-  PutFileBytes(file, bytes.substr(0, bytes.size() - 1));
+  EXPECT_EQ(NumbersWritten(), (Numbers{1, 3, 4, 5}));
+  EXPECT_EQ(absent_, "2") << "a gap, while 6 is a place that was never reached";
+  fs::resize_file(Directory() + "/" + SpoolFileName(2), 2 * size - 1);
   Convert(salvage);
-  EXPECT_EQ(absent_, "2,5") << "what cannot be read may have been an image";
+  EXPECT_EQ(absent_, "2,6") << "what cannot be read may have been an image";
 }
 
 TEST_F(SpoolReading, IndexDecidesWhichImagesAnEndedRunHas)
@@ -467,6 +454,9 @@ TEST(FrameTicks, ComeFromWellFormedChunksOnly)
   EXPECT_EQ(ticksWith(1, 0xFF), std::nullopt) << "longer than the frame";
   EXPECT_EQ(ticksWith(4, 3), std::nullopt) << "shorter than its identifier";
   EXPECT_EQ(ticksWith(4, 8), std::nullopt) << "no room for 64 bits";
+  std::vector<unsigned char> longer = frame;
+  longer.resize(frame.size() + 4); // a chunk of length 0
+  EXPECT_EQ(FrameTicks(std::as_bytes(std::span(longer))), run.Ticks(3));
   for (std::size_t size = 0; size < 16; ++size)
     EXPECT_EQ(FrameTicks(std::as_bytes(std::span(frame)).last(size)), std::nullopt) << size;
 }

