@@ -138,7 +138,7 @@ int TSpoolFile::Write(const unsigned char* data, std::size_t size, std::uint64_t
 void TSpoolFile::ImagesWritten(std::uint32_t images, std::uint64_t offset, std::uint64_t size)
 {
   writtenBytes_ += size;
-  if (!direct_.IsOpen() && !IsFull()) // what could not be begun early is done by Sync(), which reports failures
+  if (!direct_.IsOpen()) // what could not be begun early is done by Sync(), which reports failures
     sync_file_range(file_.Get(), static_cast<off_t>(offset), static_cast<off_t>(size), SYNC_FILE_RANGE_WRITE);
   writtenImages_ += images;
 }

@@ -24,7 +24,7 @@ class TSpoolFile final : public IImage
 public:
   /// What is written or synced at once.
   static constexpr std::uint64_t kPieceBytes = std::uint64_t{8} << 20;
-  /// Smaller files are synced by whoever fills them, on several threads; larger ones by the file spooler's thread.
+  /// Smaller files are synced and closed many at a time: the first of them makes most of the work for all.
   static constexpr std::uint64_t kLargeFileBytes = std::uint64_t{64} << 20;
 
   /// Numbers from 0. @p sizeBytes is the length of the file, and of these @p usedBytes are what the run will fill.

@@ -24,6 +24,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kSyncPeriod{1};
+// Each keeps one or two descriptors; twice as many may be open.
+constexpr std::size_t kMaxFullFiles = 64;
 constexpr std::size_t kNumberDigits = 10;
 constexpr const char* kExtension = ".dat";
 
@@ -54,8 +56,19 @@ struct TCloseDirectory
 
 } // namespace
 
+std::vector<std::unique_ptr<TSpoolFile>> TSpoolFileSpooler::WithRoom()
+{
+  std::vector<std::unique_ptr<TSpoolFile>> files;
+  files.reserve(kMaxFullFiles);
+  return files;
+}
+
 TSpoolFileSpooler::TSpoolFileSpooler(TSpoolFault* fault, TSpoolIndex* index)
-    : fault_(fault), index_(index), thread_(this, TQuorinWorkThread::eNormalPriority, "vxmcd-sync")
+    : fault_(fault),
+      index_(index),
+      full_(WithRoom()),
+      closing_(WithRoom()),
+      thread_(this, TQuorinWorkThread::eNormalPriority, "vxmcd-sync")
 {
 }
 
@@ -113,14 +126,17 @@ int TSpoolFileSpooler::CloseImage(IImage* image)
                                  [image](const auto& entry) { return entry.second.get() == image; });
   if (open == files_.end()) return EINVAL;
   if (!open->second->IsFull()) return 0;
-  changed_.wait(lock, [this] { return !full_; }); // other entries may come and go meanwhile
-  full_ = std::move(open->second);
+  const bool isLarge = open->second->IsLarge();
+  changed_.wait(lock, [&] { return isLarge ? full_.empty() && !isClosing_ : full_.size() < kMaxFullFiles; });
+  full_.push_back(std::move(open->second)); // other entries may have come and gone meanwhile, but not this one
   files_.erase(open);
+  closeNow_ = closeNow_ || isLarge || full_.size() >= kMaxFullFiles / 2;
   if (thread_.IsCreated()) {
     changed_.notify_all();
     return 0;
   }
-  const std::unique_ptr<TSpoolFile> file = std::move(full_);
+  const std::unique_ptr<TSpoolFile> file = std::move(full_.back());
+  full_.pop_back();
   lock.unlock();
   Close(*file);
   return 0;
@@ -131,21 +147,34 @@ void TSpoolFileSpooler::Run()
 {
   auto nextSync = Clock::now() + kSyncPeriod;
   std::unique_lock lock(mutex_);
-  while (full_ || !finishing_) {
-    changed_.wait_until(lock, nextSync, [this] { return full_ || finishing_; });
-    TSpoolFile* const full = full_.get();
+  while (!full_.empty() || !finishing_) {
+    changed_.wait_until(lock, nextSync, [this] { return closeNow_ || finishing_; });
     const bool isTime = Clock::now() >= nextSync;
+    closing_.swap(full_);
+    closeNow_ = false;
+    isClosing_ = !closing_.empty();
     lock.unlock();
-    if (full) Close(*full);
-    if (isTime) SyncOpenFiles();
-    if (isTime || (full && full->IsLarge())) {
+    changed_.notify_all();
+    if (CloseFiles() || isTime) {
+      if (isTime) SyncOpenFiles();
       SyncIndex();
       nextSync = Clock::now() + kSyncPeriod;
     }
     lock.lock();
-    if (full) full_.reset();
+    isClosing_ = false;
     changed_.notify_all();
   }
+}
+
+bool TSpoolFileSpooler::CloseFiles()
+{
+  bool isLarge = false;
+  for (const auto& file : closing_) {
+    Close(*file);
+    isLarge = isLarge || file->IsLarge();
+  }
+  closing_.clear();
+  return isLarge;
 }
 
 // They cannot go meanwhile: they are closed on this thread, or after it has ended.

@@ -22,8 +22,8 @@ class TSpoolIndex;
 
 /// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after
 /// CloseImage() until it is full, or until Finish(), since the next image of it may come at any time. Full files are
-/// synced and closed one after another on a thread of its own: that may take as long as the disk needs for a whole
-/// file, in which the next one can be opened and filled. About once a second that thread also syncs the files that are
+/// synced and closed on a thread of its own, large ones one after another, small ones many at a time: that may take as
+/// long as the disk needs for a whole file, in which the next one can be opened and filled. About once a second that thread also syncs the files that are
 /// open, and behind the files always the index, so that a power failure costs the images of a second or two. Owned by
 /// the run's pipeline; borrows fault and index. Thread-safe. Operations return errno values; what fails is also raised
 /// as the fault.
@@ -39,7 +39,7 @@ public:
   int SetImageSizeBytes(std::uint64_t sizeBytes) override;
   int SetPath(const wchar_t* path) override;
   int SetStem(const wchar_t* stem) override;
-  /// Waits while an earlier full file is being closed.
+  /// Waits while earlier full files are being closed, if they are large or too many.
   int CloseImage(IImage* image) override;
   /// Removes the files of an earlier run, of any length, from the directory.
   int Remove() override;
@@ -58,7 +58,10 @@ public:
   std::uint64_t ImagesOnDisk();
 
 private:
+  static std::vector<std::unique_ptr<TSpoolFile>> WithRoom();
   void Run() override;
+  /// Whether one of them was large.
+  bool CloseFiles();
   void SyncOpenFiles();
   void SyncIndex();
   void Close(TSpoolFile& file);
@@ -78,7 +81,10 @@ private:
   std::mutex mutex_;
   std::condition_variable changed_;
   std::map<unsigned int, std::unique_ptr<TSpoolFile>> files_; // open ones; guarded by mutex_
-  std::unique_ptr<TSpoolFile> full_;                          // to be closed, or being closed; guarded by mutex_
+  std::vector<std::unique_ptr<TSpoolFile>> full_;             // to be closed; guarded by mutex_
+  std::vector<std::unique_ptr<TSpoolFile>> closing_;          // being closed; the thread's
+  bool isClosing_ = false;                                    // there are some; guarded by mutex_
+  bool closeNow_ = false;                                     // and not at the next second; guarded by mutex_
   std::vector<std::uint32_t> syncedImages_;                   // of each file made, by number; guarded by mutex_
   std::uint64_t imagesInSyncedFiles_ = 0;                     // their sum; guarded by mutex_
   std::uint64_t imagesOnDisk_ = 0;                            // of these, with records synced; guarded by mutex_

@@ -62,11 +62,7 @@ int TSpooledImage::Unlock()
 {
   if (!memory_) return 0;
   if (takenAtNs_.empty()) takenAtNs_.assign(place_.images, lockedAtNs_);
-  if (!WriteNewImages()) return EIO;
-  if (file_->IsLarge() || !file_->IsFull()) return 0;
-  const int error = file_->Sync();
-  if (error != 0) fault_->Raise("cannot write", file_->Path(), error);
-  return error;
+  return WriteNewImages() ? 0 : EIO;
 }
 
 bool TSpooledImage::WriteNewImages()
