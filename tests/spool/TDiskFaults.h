@@ -39,7 +39,7 @@ public:
   std::function<void()> beforeWrite;     ///< called before each large write, on its thread
   std::atomic<int> writesUntilError{-1}; ///< large writes that succeed before one fails with EIO; below 0 all do
   std::atomic<int> writeDelayMs{0};      ///< before each large write
-  std::atomic<bool> writesAreCut{false}; ///< a large write takes only a part, as when a signal comes
+  std::atomic<bool> writesAreCut{false}; ///< a large write takes nothing and then a part, as when signals come
   std::atomic<bool> noSync{false};       ///< nothing is brought to the disk, which saves the time
   std::atomic<bool> noPreallocation{false};
   std::atomic<bool> noDirectWrites{false};
