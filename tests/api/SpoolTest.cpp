@@ -220,12 +220,14 @@ TEST_F(Spool, ANewRunReplacesTheFilesOfTheOneBeforeAndNothingElse)
   Push(50);
   ASSERT_TRUE(HasEnded());
   std::ofstream(run_.Path() + "/notes.txt") << "mine";
-  std::ofstream(run_.Path() + "/spool_1.dat") << "mine, too";
+  for (const char* const name : {"/spool_1.dat", "/spool_000000001x.dat"})
+    std::ofstream(run_.Path() + name) << "mine, too";
   StartSeries(2);
   Push(2);
   ASSERT_TRUE(HasEnded());
-  const std::vector<std::string> expected = {"acquisitionmetadata.ini", "notes.txt",   "spool_0000000000.dat",
-                                             "spool_0000000001.dat",    "spool_1.dat", "spool_index.dat"};
+  const std::vector<std::string> expected = {
+      "acquisitionmetadata.ini", "notes.txt",   "spool_0000000000.dat", "spool_0000000001.dat",
+      "spool_000000001x.dat",    "spool_1.dat", "spool_index.dat"};
   EXPECT_EQ(run_.Files(), expected);
   EXPECT_EQ(run_.Number("run", "ImagesWritten"), 2);
 }
