@@ -94,6 +94,11 @@ TEST(MetadataParser, StaysInsideTheFrameWhateverTheLengthsSay)
     EXPECT_EQ(TMetadataParser().GetMetadataLocation(frame.data() + size, static_cast<std::int64_t>(size), 1),
               nullptr);
   }
+  TBytes inner(20, 0xFF);
+  Append(inner, 1);
+  Append(inner, 30);
+  AppendChunk(inner, 7, TBytes(40, 5));
+  EXPECT_EQ(Locate(inner, 1), -1) << "longer than what lies before it, and shorter than the frame";
 }
 
 TEST(MetadataParser, SurvivesRandomFrames)
