@@ -91,6 +91,7 @@ int TQuorinEvent::Reset()
 
 bool TQuorinEvent::Wait(int timeoutMs)
 {
+  if (timeoutMs <= 0 && timeoutMs != Infinite) return Look();
   timespec deadline{};
   const bool limited = timeoutMs != Infinite;
   if (limited) deadline = ConvertTimeout(timeoutMs);
@@ -104,6 +105,15 @@ bool TQuorinEvent::Wait(int timeoutMs)
   }
   if (!manualReset_) signalled_ = false;
   return found;
+}
+
+// "Not signalled" needs no lock. "Signalled" does: the caller may destroy the event next, and the Set() it owes the
+// answer to must have left the mutex by then.
+bool TQuorinEvent::Look()
+{
+  if (!signalled_) return false;
+  const TWaiterScope scope(*this);
+  return manualReset_ ? signalled_.load() : signalled_.exchange(false);
 }
 
 int TQuorinEvent::WaitOnce(const timespec* deadline)

@@ -28,8 +28,8 @@ public:
   int Set();
   int Reset();
 
-  /// Waits until the event is signalled, for at most @p timeoutMs; 0 only looks, and a negative time-out other
-  /// than Infinite is one that has run out already. Returns whether the event was found signalled: false after a
+  /// Waits until the event is signalled, for at most @p timeoutMs. 0 only looks: no system call, no sleep. A
+  /// negative time-out other than Infinite has run out already and is the same. Returns whether the event was found signalled: false after a
   /// time-out or any failure of the wait. The deadline is measured on the real-time clock, so stepping that clock
   /// shortens or lengthens the wait. With automatic reset a Set() between the running out of the time and the
   /// return of the wait is used up although the answer is false; callers that cannot miss it look at their own
@@ -44,11 +44,12 @@ public:
 
 private:
   class TWaiterScope;
+  bool Look();
   int WaitOnce(const timespec* deadline);
 
   pthread_mutex_t mutex_;
   pthread_cond_t condition_;
-  bool signalled_; // guarded by mutex_
+  std::atomic<bool> signalled_; // written under mutex_
   const bool manualReset_;
   int waiters_ = 0; // guarded by mutex_: threads that a Set() has to wake
   /// Calls of Set() that have given up the mutex but have still to wake the waiters. Raised under mutex_, so that

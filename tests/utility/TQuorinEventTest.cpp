@@ -47,19 +47,23 @@ private:
 
 } // namespace
 
-TEST(QuorinEvent, LookingUsesUpOnlyAnAutoResetEvent)
+TEST(QuorinEvent, LookingNeverSleepsAndUsesUpOnlyAnAutoResetEvent)
 {
+  int sleeps = 0;
+  Directed directed;
+  directed.atTheEdgeOfTimeout = [&sleeps] { ++sleeps; };
   for (const bool manual : {false, true}) {
     TQuorinEvent event(manual, false);
-    EXPECT_FALSE(event.Wait(0));
+    for (const int timeoutMs : {0, -2, -700, -2500}) EXPECT_FALSE(event.Wait(timeoutMs));
     EXPECT_EQ(event.Set(), 0);
     EXPECT_TRUE(event.Wait(0));
-    EXPECT_EQ(event.Wait(TQuorinEvent::Infinite * 2), manual); // a deadline in the past
+    EXPECT_EQ(event.Wait(TQuorinEvent::Infinite * 2), manual) << "a deadline in the past";
     EXPECT_EQ(event.Set(), 0);
     EXPECT_EQ(event.Reset(), 0);
     EXPECT_FALSE(event.Wait(0));
     EXPECT_TRUE(TQuorinEvent(manual, true).Wait(TQuorinEvent::Infinite));
   }
+  EXPECT_EQ(sleeps, 0);
 }
 
 TEST(QuorinEvent, OneSetReleasesExactlyOneWaiterOfAnAutoResetEvent)
