@@ -38,7 +38,10 @@ unsigned char* TMetadataParser::GetMetadataLocation(unsigned char* end, std::int
 {
   unsigned char* const chunkEnd = searchForChunkStartLocation(end, size, cid);
   if (!chunkEnd) return nullptr;
-  return chunkEnd - kFieldBytes - ReadField(chunkEnd - kFieldBytes);
+  const std::int64_t length = ReadField(chunkEnd - kFieldBytes);
+  const std::int64_t available = size - (end - chunkEnd) - kFieldBytes;
+  if (length < kFieldBytes || length > available) return nullptr;
+  return chunkEnd - kFieldBytes - length;
 }
 
 unsigned char* TMetadataParser::GetLengthLocation(unsigned char* end, std::int64_t size, std::uint32_t cid) const
@@ -51,8 +54,8 @@ unsigned char* TMetadataParser::GetCIDLocation(unsigned char* end, std::int64_t 
   return Before(searchForChunkStartLocation(end, size, cid), kTrailerBytes);
 }
 
-// Positions are counted in bytes from the frame's start, in 64 bits, so that no length a frame may hold leads out
-// of it.
+// Lengths are not judged: what is walked over may be anything. Positions are counted in bytes from the frame's start,
+// in 64 bits, so every step leads down, and none out of the frame.
 unsigned char* TMetadataParser::searchForChunkStartLocation(unsigned char* end, std::int64_t size,
                                                             std::uint32_t cid) const
 {
@@ -62,7 +65,6 @@ unsigned char* TMetadataParser::searchForChunkStartLocation(unsigned char* end, 
     unsigned char* const chunkEnd = end - (size - position);
     const std::int64_t chunkBytes = std::int64_t{ReadField(chunkEnd - kFieldBytes)} + kFieldBytes;
     const std::uint32_t chunkCid = ReadField(chunkEnd - kTrailerBytes);
-    if (chunkBytes < kTrailerBytes || chunkBytes > position) return nullptr;
     if (chunkCid == cid) return chunkEnd;
     if (chunkCid == 0) return nullptr;
     position -= chunkBytes;

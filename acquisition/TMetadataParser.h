@@ -7,14 +7,15 @@
 /// Walks the chunks at the end of a frame buffer. From lower to higher addresses a chunk is its data, its
 /// identifier (CID) and its length, both unsigned 32-bit; the length counts data and CID. The chunks lie back to
 /// back, the last one ending with the buffer, and CID 0 ends the search. `end` is the first byte behind the frame
-/// and `size` its bytes; a null `end` throws TSDK3Exception. A chunk that does not lie inside the frame is not
-/// found. Reentrant, without state.
+/// and `size` its bytes; a null `end` throws TSDK3Exception. Only the end of the frame's memory ends the search
+/// otherwise: the lengths of the chunks passed over are not judged. Reentrant, without state.
 class TMetadataParser final
 {
 public:
   static constexpr std::uint32_t kTimestampCid = 1;
 
-  /// Start of the data of the chunk with this identifier, or null.
+  /// Start of the data of the chunk with this identifier; null without one, or when its length does not cover the
+  /// identifier or reaches beyond the frame.
   unsigned char* GetMetadataLocation(unsigned char* end, std::int64_t size, std::uint32_t cid) const;
   /// Where that chunk's length is, or null.
   unsigned char* GetLengthLocation(unsigned char* end, std::int64_t size, std::uint32_t cid) const;

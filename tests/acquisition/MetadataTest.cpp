@@ -67,12 +67,21 @@ TEST(MetadataParser, FindsAChunkBehindPixelsAndInFrontOfAnother)
   EXPECT_EQ(parser.GetLengthLocation(end, size, 1) - frame.data(), 112);
 }
 
-TEST(MetadataParser, StopsAtTheEndMark)
+TEST(MetadataParser, OnlyTheEndMarkAndTheEndOfTheFrameEndTheSearch)
 {
-  TBytes frame(100, 9);
-  AppendChunk(frame, 1, TickBytes(123));
-  AppendChunk(frame, 0, TBytes(4, 0));
-  EXPECT_EQ(Locate(frame, 1), -1);
+  TBytes marked(100, 9);
+  AppendChunk(marked, 1, TickBytes(123));
+  AppendChunk(marked, 0, TBytes(4, 0));
+  EXPECT_EQ(Locate(marked, 1), -1);
+
+  // A length that does not even cover the identifier leads into the chunk's own fields.
+  for (std::uint32_t length = 0; length < 4; ++length) {
+    TBytes frame(100, 9);
+    AppendChunk(frame, 1, TickBytes(123));
+    frame.insert(frame.end(), length, 5);
+    Append(frame, length);
+    EXPECT_EQ(Locate(frame, 1), 100) << "behind a length of " << length;
+  }
 }
 
 TEST(MetadataParser, StaysInsideTheFrameWhateverTheLengthsSay)
