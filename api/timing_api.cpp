@@ -7,6 +7,8 @@
 #include "features/feature_names.h"
 #include "vxcore.h"
 
+#include <optional>
+
 namespace {
 
 // Shown for times that the camera cannot tell.
@@ -16,6 +18,29 @@ constexpr float kDefaultCycleSeconds = 0.03F;
 void Write(float* output, double value)
 {
   if (output) *output = static_cast<float>(value);
+}
+
+/// Limits of a rate in Hz, as far as the camera tells them.
+struct TRange
+{
+  std::optional<double> maximum;
+  std::optional<double> minimum;
+};
+
+std::optional<double> ReadLimit(int (*read)(int, const wchar_t*, double*), int coreHandle, const wchar_t* feature)
+{
+  double limit = 0.0;
+  if (read(coreHandle, feature, &limit) != VX_SUCCESS) return std::nullopt;
+  return limit;
+}
+
+// The rate for a cycle time: the request, unless it lies beyond a limit that is known.
+double RateFor(float seconds, const TRange& range)
+{
+  const double cycleSeconds = static_cast<double>(seconds);
+  if (range.minimum && cycleSeconds > 1.0 / *range.minimum) return *range.minimum;
+  if (range.maximum && 1.0 / *range.maximum > cycleSeconds) return *range.maximum;
+  return 1.0 / cycleSeconds;
 }
 
 } // namespace
@@ -49,11 +74,8 @@ unsigned int SetAccumulationCycleTime(float seconds)
   if (camera.AcquisitionMode().GetNumberAccumulations() < 2) return RC_NOT_SUPPORTED;
   if (!isImplemented(camera.CoreHandle(), Feature::kBurstRate)) return RC_SUCCESS;
 
-  double maximum = 0.0;
-  VX_GetFloatMax(camera.CoreHandle(), Feature::kBurstRate, &maximum);
-  const double cycleSeconds = static_cast<double>(seconds);
-  const double rate = 1.0 / maximum > cycleSeconds ? maximum : 1.0 / cycleSeconds;
-  const int code = VX_SetFloat(camera.CoreHandle(), Feature::kBurstRate, rate);
+  const TRange range{ReadLimit(VX_GetFloatMax, camera.CoreHandle(), Feature::kBurstRate), std::nullopt};
+  const int code = VX_SetFloat(camera.CoreHandle(), Feature::kBurstRate, RateFor(seconds, range));
   return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
 }
 
@@ -63,17 +85,9 @@ unsigned int SetKineticCycleTime(float seconds)
   if (!camera) return RC_NOT_INITIALIZED;
   if (!isImplemented(camera.CoreHandle(), Feature::kFrameRate)) return RC_NOT_SUPPORTED;
 
-  double maximum = 0.0;
-  double minimum = 0.0;
-  VX_GetFloatMax(camera.CoreHandle(), Feature::kFrameRate, &maximum);
-  VX_GetFloatMin(camera.CoreHandle(), Feature::kFrameRate, &minimum);
-  const double cycleSeconds = static_cast<double>(seconds);
-  double rate = 1.0 / cycleSeconds;
-  if (cycleSeconds > 1.0 / minimum)
-    rate = minimum;
-  else if (1.0 / maximum > cycleSeconds)
-    rate = maximum;
-  const int code = VX_SetFloat(camera.CoreHandle(), Feature::kFrameRate, rate);
+  const TRange range{ReadLimit(VX_GetFloatMax, camera.CoreHandle(), Feature::kFrameRate),
+                     ReadLimit(VX_GetFloatMin, camera.CoreHandle(), Feature::kFrameRate)};
+  const int code = VX_SetFloat(camera.CoreHandle(), Feature::kFrameRate, RateFor(seconds, range));
   return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
 }
 

@@ -87,6 +87,13 @@ TEST_F(Settings, KineticCycleBecomesARateWithinTheLimits)
   EXPECT_EQ(SetKineticCycleTime(0.0F), RC_SUCCESS);
   EXPECT_NEAR(GetFloat(L"FrameRate"), maximum, maximum * 1e-3);
   EXPECT_EQ(CodeFor("VX_SetFloat", 6, [] { return SetKineticCycleTime(0.5F); }), RC_P1_INVALID);
+
+  // A limit that cannot be read is none.
+  for (const char* read : {"VX_GetFloatMin", "VX_GetFloatMax"}) {
+    SetKineticCycleTime(0.5F);
+    EXPECT_EQ(CodeFor(read, 3, [] { return SetKineticCycleTime(0.25F); }), RC_SUCCESS) << read;
+    EXPECT_NEAR(GetFloat(L"FrameRate"), 4.0, 0.01) << read;
+  }
 }
 
 TEST_F(Settings, AccumulationCycleNeedsAccumulations)
@@ -104,6 +111,8 @@ TEST_F(Settings, AccumulationCycleNeedsAccumulations)
   VX_GetFloatMax(CoreHandle(), L"BurstRate", &maximum);
   EXPECT_EQ(SetAccumulationCycleTime(0.0F), RC_SUCCESS);
   EXPECT_NEAR(GetFloat(L"BurstRate"), maximum, maximum * 1e-3);
+  EXPECT_EQ(CodeFor("VX_GetFloatMax", 3, [] { return SetAccumulationCycleTime(0.1F); }), RC_SUCCESS);
+  EXPECT_NEAR(GetFloat(L"BurstRate"), 10.0, 0.01) << "the limit is not known";
 }
 
 TEST_F(Settings, FeaturesThatTheCameraLacksAreNotSupported)
