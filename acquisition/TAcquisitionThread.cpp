@@ -12,6 +12,7 @@
 #include "utility/TQuorinLibDebugOutput.h"
 #include "vxcore.h"
 
+#include <bit>
 #include <chrono>
 #include <ctime>
 #include <cxxabi.h>
@@ -118,6 +119,21 @@ void TAcquisitionThread::Stop()
     const std::lock_guard lock(runMutex_);
     stoppedRun_ = requestedRun_;
     stopRequested_ = true;
+    stopIsTried_ = false;
+  }
+  runChanged_.notify_all();
+}
+
+void TAcquisitionThread::BeginStopAttempt()
+{
+  stopIsTried_ = true;
+}
+
+void TAcquisitionThread::EndStopAttempt()
+{
+  {
+    const std::lock_guard lock(runMutex_);
+    stopIsTried_ = false;
   }
   runChanged_.notify_all();
 }
@@ -199,6 +215,7 @@ void TAcquisitionThread::TakeFrames()
 {
   const bool continuous = continuous_;
   int remaining = loopCount_;
+  strayBuffers_ = 0;
   long frameNumber = 0;
   while (!IsEnding() && (continuous || remaining > 0)) {
     unsigned char* buffer = nullptr;
@@ -242,7 +259,9 @@ int TAcquisitionThread::Fetch(unsigned char*& buffer, int& sizeBytes)
   TQuorinTime start = RecentNow();
   TQuorinTime last = start;
   for (;;) {
-    const int result = fetchQueue_->Fetch(buffer, sizeBytes, kFetchSliceMs);
+    WaitWhileStopIsTried();
+    if (IsEnding()) return TFetchQueue::kNoFrame;
+    const int result = FetchOnce(buffer, sizeBytes);
     if (result != TFetchQueue::kNoFrame) return result;
 
     const TQuorinTime now = Now();
@@ -254,6 +273,29 @@ int TAcquisitionThread::Fetch(unsigned char*& buffer, int& sizeBytes)
     if ((now - last).Microseconds() < kFastFailureUs) PauseUnlessEnding(kPauseAfterFastFailure);
     last = Now();
   }
+}
+
+// A buffer that is no slot of this run, or none at all, is no frame, although the camera says so.
+int TAcquisitionThread::FetchOnce(unsigned char*& buffer, int& sizeBytes)
+{
+  buffer = nullptr;
+  const int result = fetchQueue_->Fetch(buffer, sizeBytes, kFetchSliceMs);
+  TDispatchQueue* const queue = dispatchQueue_;
+  if (result != TFetchQueue::kFrame || !queue || queue->IsSlot(buffer)) return result;
+  if (std::has_single_bit(++strayBuffers_)) // the first, and ever fewer
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__,
+                                  "the camera delivered %s that is no slot of this run (%llu so far): not counted",
+                                  buffer ? "a buffer" : "no buffer,",
+                                  static_cast<unsigned long long>(strayBuffers_));
+  return TFetchQueue::kNoFrame;
+}
+
+void TAcquisitionThread::WaitWhileStopIsTried()
+{
+  if (!stopIsTried_) return;
+  std::unique_lock lock(runMutex_);
+  runChanged_.wait_for(lock, std::chrono::milliseconds(kFetchSliceMs),
+                       [this] { return !stopIsTried_ || IsEnding(); });
 }
 
 void TAcquisitionThread::PauseUnlessEnding(std::chrono::milliseconds time)

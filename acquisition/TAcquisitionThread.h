@@ -52,8 +52,14 @@ public:
 
   /// Requests a run. Does not wait.
   void Start();
-  /// Asks the run in progress, or just requested, to end. Does not wait; it ends within one fetch slice of 100 ms.
+  /// Asks the run in progress, or just requested, to end. Does not wait; it ends when the present wait for a frame
+  /// does, within one fetch slice of 100 ms.
   void Stop();
+  /// Begins no new wait for a frame until EndStopAttempt() or Stop(), for one slice at most: the camera is being
+  /// told to stop, which ends the wait in progress, and a new one would last a slice for nothing.
+  void BeginStopAttempt();
+  /// The camera has not stopped, and the run goes on.
+  void EndStopAttempt();
 
   /// Whether a run is in progress.
   bool IsStarted();
@@ -86,6 +92,8 @@ private:
   bool BeginRun();
   void TakeFrames();
   int Fetch(unsigned char*& buffer, int& sizeBytes);
+  int FetchOnce(unsigned char*& buffer, int& sizeBytes);
+  void WaitWhileStopIsTried();
   bool Dispatch(unsigned char* buffer, int sizeBytes);
   void PauseUnlessEnding(std::chrono::milliseconds time);
   void FailRun(std::atomic<bool>& reason);
@@ -109,10 +117,12 @@ private:
   std::atomic<bool> terminate_{false};
   std::atomic<bool> hardwareOverflow_{false};
   std::atomic<bool> dispatchError_{false};
+  std::atomic<bool> stopIsTried_{false};
   QuorinUtility::TQuorinCriticalSection* cameraLock_;
   TCircularBuffer* circularBuffer_;
   IDispatchRoutine* dispatchRoutine_;
   TPerformanceLog performanceLog_;
+  std::uint64_t strayBuffers_ = 0; // of the run in progress; acquisition thread only
 
   // Guarded by runMutex_; runChanged_ tells of every change. Begun and ended are the numbers of the last run that
   // did so; the started and stopped events mirror them, but cannot tell one run from the next.

@@ -4,7 +4,6 @@
 
 #include "acquisition/frame_timestamp.h"
 #include "acquisition/TCircularBuffer.h"
-#include "features/current_core_handle.h"
 #include "spool/TSpoolPipeline.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
@@ -25,7 +24,8 @@ void TDispatchQueue_Spool::SetRun(const TSpoolSettings& settings, int images)
 void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
 {
   TRingDispatchQueue::Initialise(imageSizeBytes);
-  withMetadata_ = IsMetadataEnabled(CurrentCoreHandle());
+  withMetadata_ = IsMetadataEnabled(CoreHandle());
+  settings_.coreHandle = CoreHandle();
   settings_.slots = CircularBuffer().GetBufferCount();
   std::shared_ptr<TSpoolPipeline> earlier;
   {

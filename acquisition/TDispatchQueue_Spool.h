@@ -4,6 +4,7 @@
 
 #include "acquisition/TMetadataParser.h"
 #include "acquisition/TRingDispatchQueue.h"
+#include "features/current_core_handle.h"
 #include "spool/TSpoolSettings.h"
 
 #include <cstdint>
@@ -18,7 +19,10 @@ class TSpoolPipeline;
 class TDispatchQueue_Spool final : public TRingDispatchQueue
 {
 public:
-  explicit TDispatchQueue_Spool(TCircularBuffer* circularBuffer) : TRingDispatchQueue(circularBuffer) {}
+  explicit TDispatchQueue_Spool(TCircularBuffer* circularBuffer, int coreHandle = kNoCoreHandle)
+      : TRingDispatchQueue(circularBuffer, coreHandle)
+  {
+  }
 
   /// What holds for the run to come, and its number of images. No run may be in progress.
   void SetRun(const TSpoolSettings& settings, int images);

@@ -4,7 +4,6 @@
 
 #include "acquisition/IDispatchRoutine.h"
 #include "acquisition/TCircularBuffer.h"
-#include "features/current_core_handle.h"
 #include "vxcore.h"
 
 #include <algorithm>
@@ -105,6 +104,6 @@ bool TRingDispatchQueue::CountFrame(unsigned char* buffer)
 void TRingDispatchQueue::GiveBack(unsigned char* buffer, int sizeBytes)
 {
   const std::int64_t slotBytes = GetImageSizeBytes() > 0 ? GetImageSizeBytes() : sizeBytes;
-  VX_QueueBuffer(CurrentCoreHandle(), buffer,
+  VX_QueueBuffer(coreHandle_, buffer,
                  static_cast<int>(std::min<std::int64_t>(slotBytes, std::numeric_limits<int>::max())));
 }

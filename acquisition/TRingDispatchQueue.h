@@ -32,14 +32,21 @@ public:
   bool IsSlot(const unsigned char* buffer) override;
 
 protected:
-  explicit TRingDispatchQueue(TCircularBuffer* circularBuffer) : circularBuffer_(circularBuffer) {}
+  /// @p coreHandle is the camera that the slots are queued with.
+  TRingDispatchQueue(TCircularBuffer* circularBuffer, int coreHandle)
+      : circularBuffer_(circularBuffer), coreHandle_(coreHandle)
+  {
+  }
 
   /// Counts a frame and tells the dispatch routine. Returns false, with nothing counted, for memory that is no
   /// slot of the ring.
   bool CountFrame(unsigned char* buffer);
 
-  /// Gives a slot back to the camera, whole, whatever size the frame in it was reported to have.
+  /// Gives a slot back to the camera that it came from, whichever is the current one, and whole, whatever size the
+  /// frame in it was reported to have.
   void GiveBack(unsigned char* buffer, int sizeBytes);
+
+  int CoreHandle() const { return coreHandle_; }
 
   TCircularBuffer& CircularBuffer() { return *circularBuffer_; }
 
@@ -48,6 +55,7 @@ private:
   virtual bool ReusesSlots() const { return true; }
 
   TCircularBuffer* circularBuffer_;
+  const int coreHandle_;
   std::atomic<std::int64_t> imageSizeBytes_{0};
   IDispatchRoutine* dispatchRoutine_ = nullptr;
   const unsigned char* clockOfNextFrame_ = nullptr;

@@ -4,7 +4,6 @@
 
 #include "acquisition/frame_timeout.h"
 #include "acquisition/frame_timestamp.h"
-#include "features/current_core_handle.h"
 #include "features/feature_names.h"
 #include "features/TSDK3Exception.h"
 #include "utility/TAutoQuorinCriticalSection.h"
@@ -13,6 +12,7 @@
 #include "vxcore.h"
 
 #include <algorithm>
+#include <chrono>
 #include <limits>
 #include <new>
 #include <string>
@@ -31,13 +31,14 @@ constexpr std::int64_t kUsefulSlots = 3;
 constexpr std::int64_t kFewestSlots = 2;
 constexpr int kStartTimeoutMs = 1000;
 constexpr int kFinishTimeoutMs = 1000;
+constexpr int kProgressPollMs = 50;
 // The queue can hold no more filled buffers than slots; a few more looks cost nothing.
 constexpr std::uint64_t kDrainMargin = 16;
 
-std::int64_t ReadFrameSize()
+std::int64_t ReadFrameSize(int coreHandle)
 {
   long long frameSizeBytes = 0;
-  VX_GetInt(CurrentCoreHandle(), Feature::kImageSizeBytes, &frameSizeBytes);
+  VX_GetInt(coreHandle, Feature::kImageSizeBytes, &frameSizeBytes);
   return frameSizeBytes;
 }
 
@@ -50,10 +51,11 @@ bool IsUsableFrameSize(std::int64_t frameSizeBytes)
 } // namespace
 
 TVxmcdAcquisitionManager::TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock,
-                                                   int stopTimeoutMs)
-    : ignoreQueue_(std::make_shared<TDispatchQueue_Ignore>(&circularBuffer_)),
-      requeueQueue_(std::make_shared<TDispatchQueue_Requeue>(&circularBuffer_)),
-      spoolQueue_(std::make_shared<TDispatchQueue_Spool>(&circularBuffer_)),
+                                                   int coreHandle, int stopTimeoutMs)
+    : coreHandle_(coreHandle),
+      ignoreQueue_(std::make_shared<TDispatchQueue_Ignore>(&circularBuffer_, coreHandle)),
+      requeueQueue_(std::make_shared<TDispatchQueue_Requeue>(&circularBuffer_, coreHandle)),
+      spoolQueue_(std::make_shared<TDispatchQueue_Spool>(&circularBuffer_, coreHandle)),
       cameraLock_(cameraLock),
       stopTimeoutMs_(stopTimeoutMs)
 {
@@ -126,9 +128,9 @@ int TVxmcdAcquisitionManager::StartRun()
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "there is no acquisition thread");
     return kStartFailed;
   }
-  const std::int64_t frameSizeBytes = ReadFrameSize();
-  const int timeoutMs = FrameTimeoutMs();
-  if (!StopEarlierRun()) return kStartFailed;
+  const std::int64_t frameSizeBytes = ReadFrameSize(coreHandle_);
+  const int timeoutMs = FrameTimeoutMs(coreHandle_);
+  if (!EndEarlierRun()) return kStartFailed;
   spoolingRun_ = false; // not before: a run that goes on must still be able to tell how it ends
   if (!IsUsableFrameSize(frameSizeBytes)) {
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the camera reports frames of %lld bytes",
@@ -136,14 +138,14 @@ int TVxmcdAcquisitionManager::StartRun()
     return kStartFailed;
   }
 
-  const int loopCount = runMode_ == kSeries ? std::max(0, imageCount_.load()) : 1;
+  const TRunPlan plan = Plan();
   destroyMetadataObjects();
   int slotCount = static_cast<int>(kFrameBudgetBytes / frameSizeBytes);
   limitCircularBufferLengthToMaxOf5000(slotCount);
 
-  if (!PrepareRun(frameSizeBytes, slotCount, loopCount)) return kStartFailed;
+  if (!PrepareRun(plan, frameSizeBytes, slotCount)) return kStartFailed;
   SetUpRun(frameSizeBytes);
-  thread_->SetLoopCount(loopCount);
+  thread_->SetLoopCount(plan.loopCount);
   thread_->SetTimeout(timeoutMs);
 
   if (!StartCamera()) {
@@ -157,30 +159,68 @@ int TVxmcdAcquisitionManager::StartRun()
   return kDone;
 }
 
-// A thread that does not stop still uses ring and queues, so nothing of them may be touched then.
-bool TVxmcdAcquisitionManager::StopEarlierRun()
+TVxmcdAcquisitionManager::TRunPlan TVxmcdAcquisitionManager::Plan() const
 {
-  thread_->Stop();
-  if (thread_->WaitForStop(stopTimeoutMs_)) {
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the earlier run has not stopped after %d ms",
-                                  stopTimeoutMs_);
+  const int runMode = runMode_;
+  return {runMode, runMode == kSeries ? std::max(0, imageCount_.load()) : 1};
+}
+
+// A thread that does not stop still uses ring and queues, so nothing of them may be touched then.
+bool TVxmcdAcquisitionManager::EndEarlierRun()
+{
+  if (!thread_->IsFinishing()) {
+    thread_->Stop();
+    if (thread_->IsStarted()) StopCamera(); // which ends the thread's wait for a frame
+  }
+  if (!WaitForEndOfRun()) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__,
+                                  "the earlier run has not ended, and made no progress for %d ms", stopTimeoutMs_);
     return false;
   }
-  {
-    const TAutoQuorinCriticalSection lock(cameraLock_);
-    VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
-  }
-  Flush(CurrentCoreHandle());
+  StopCamera();
+  Flush();
   return true;
 }
 
-// A run that goes on until it is aborted is never written.
-bool TVxmcdAcquisitionManager::PrepareRun(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount)
+// A run that brings its frames to a slow disk may take long to end.
+bool TVxmcdAcquisitionManager::WaitForEndOfRun()
 {
-  if (runMode_ == kUntilAborted) return PrepareUntilAborted(frameSizeBytes, slotCount);
+  using TClock = std::chrono::steady_clock;
+  const auto queue = HoldDispatchQueue();
+  const auto progress = [&queue] { return queue ? queue->Progress() : 0; };
+  std::uint64_t lastSeen = progress();
+  TClock::time_point lastMoved = TClock::now();
+  while (thread_->WaitForStop(std::min(kProgressPollMs, stopTimeoutMs_))) {
+    const TClock::time_point now = TClock::now();
+    if (const std::uint64_t present = progress(); present != lastSeen) {
+      lastSeen = present;
+      lastMoved = now;
+    } else if (now - lastMoved >= std::chrono::milliseconds(stopTimeoutMs_)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void TVxmcdAcquisitionManager::FinishDeliveredRun()
+{
+  if (thread_->IsFinishing()) WaitForEndOfRun();
+}
+
+int TVxmcdAcquisitionManager::StopCamera()
+{
+  const TAutoQuorinCriticalSection lock(cameraLock_);
+  return VX_Command(coreHandle_, Feature::kAcquisitionStop);
+}
+
+// A run that goes on until it is aborted is never written.
+bool TVxmcdAcquisitionManager::PrepareRun(const TRunPlan& plan, std::int64_t frameSizeBytes,
+                                          std::int64_t slotCount)
+{
+  if (plan.runMode == kUntilAborted) return PrepareUntilAborted(frameSizeBytes, slotCount);
   if (const auto settings = SpoolSettings())
-    return PrepareSpooled(frameSizeBytes, slotCount, loopCount, *settings);
-  return PrepareFinite(frameSizeBytes, slotCount, loopCount);
+    return PrepareSpooled(frameSizeBytes, slotCount, plan.loopCount, *settings);
+  return PrepareFinite(frameSizeBytes, slotCount, plan.loopCount);
 }
 
 bool TVxmcdAcquisitionManager::PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount)
@@ -236,7 +276,7 @@ bool TVxmcdAcquisitionManager::QueueSlots(std::int64_t frameSizeBytes)
   const std::uint64_t count = circularBuffer_.GetBufferCount();
   for (std::uint64_t slot = 1; slot <= count; ++slot) {
     const int code =
-        VX_QueueBuffer(CurrentCoreHandle(), circularBuffer_.GetBuffer(slot), static_cast<int>(frameSizeBytes));
+        VX_QueueBuffer(coreHandle_, circularBuffer_.GetBuffer(slot), static_cast<int>(frameSizeBytes));
     if (code == VX_SUCCESS) continue;
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the camera refused slot %llu: code %d",
                                   static_cast<unsigned long long>(slot), code);
@@ -257,7 +297,7 @@ void TVxmcdAcquisitionManager::SetUpRun(std::int64_t frameSizeBytes)
 bool TVxmcdAcquisitionManager::StartCamera()
 {
   const TAutoQuorinCriticalSection lock(cameraLock_);
-  const int code = VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStart);
+  const int code = VX_Command(coreHandle_, Feature::kAcquisitionStart);
   if (code != VX_SUCCESS)
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "AcquisitionStart answered %d", code);
   if (code != VX_ERR_START_REFUSED) return true;
@@ -266,37 +306,35 @@ bool TVxmcdAcquisitionManager::StartCamera()
 }
 
 // Takes every slot back from the camera. One that does not answer may go on writing into them.
-void TVxmcdAcquisitionManager::Flush(int coreHandle)
+void TVxmcdAcquisitionManager::Flush()
 {
-  if (VX_Flush(coreHandle) == VX_SUCCESS)
+  if (VX_Flush(coreHandle_) == VX_SUCCESS)
     circularBuffer_.LetGoOfMemory();
   else
     circularBuffer_.KeepMemory();
 }
 
-void TVxmcdAcquisitionManager::DropFrames(int coreHandle)
+void TVxmcdAcquisitionManager::DropFrames()
 {
-  Flush(coreHandle);
+  Flush();
   circularBuffer_.Delete();
 }
 
+// Asked before the lock, so that nobody waits here for a start that waits for the disk.
 int TVxmcdAcquisitionManager::Stop()
 {
-  const std::lock_guard lock(controlMutex_);
   int acquiring = 0;
   int readCode = VX_SUCCESS;
   {
     const TAutoQuorinCriticalSection cameraLock(cameraLock_);
-    readCode = VX_GetBool(CurrentCoreHandle(), Feature::kCameraAcquiring, &acquiring);
+    readCode = VX_GetBool(coreHandle_, Feature::kCameraAcquiring, &acquiring);
   }
   if (readCode == VX_SUCCESS && !acquiring) return kNotAcquiring;
 
-  int stopCode = VX_SUCCESS;
-  {
-    const TAutoQuorinCriticalSection cameraLock(cameraLock_);
-    stopCode = VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
-  }
-  if (stopCode != VX_SUCCESS) {
+  const std::lock_guard lock(controlMutex_);
+  thread_->BeginStopAttempt();
+  if (StopCamera() != VX_SUCCESS) {
+    thread_->EndStopAttempt();
     // A camera that answers nothing at all will not end the run by itself.
     if (readCode != VX_SUCCESS) thread_->Stop();
     return kCommandFailed;
@@ -304,7 +342,7 @@ int TVxmcdAcquisitionManager::Stop()
 
   thread_->Stop();
   thread_->WaitForStop(stopTimeoutMs_);
-  Flush(CurrentCoreHandle());
+  Flush();
   Drain();
   return kDone;
 }
@@ -315,7 +353,7 @@ void TVxmcdAcquisitionManager::Drain()
   int sizeBytes = 0;
   const std::uint64_t most = circularBuffer_.GetBufferCount() + kDrainMargin;
   for (std::uint64_t look = 0; look < most; ++look)
-    if (VX_WaitBuffer(CurrentCoreHandle(), &buffer, &sizeBytes, 0) != VX_SUCCESS) return;
+    if (VX_WaitBuffer(coreHandle_, &buffer, &sizeBytes, 0) != VX_SUCCESS) return;
 }
 
 int TVxmcdAcquisitionManager::Wait(int timeoutMs)
@@ -341,10 +379,8 @@ int TVxmcdAcquisitionManager::CancelWait()
 void TVxmcdAcquisitionManager::FreeInternalMemory()
 {
   const std::lock_guard lock(controlMutex_);
-  // At the end of the run another camera may be the current one, but it is this one that holds the slots.
-  const int coreHandle = CurrentCoreHandle();
-  if (thread_->AtEndOfRun([this, coreHandle] { DropFrames(coreHandle); })) return;
-  if (circularBuffer_.GetBufferCount() > 0) DropFrames(coreHandle);
+  if (thread_->AtEndOfRun([this] { DropFrames(); })) return;
+  if (circularBuffer_.GetBufferCount() > 0) DropFrames();
 }
 
 void TVxmcdAcquisitionManager::Close()
@@ -390,7 +426,7 @@ bool TVxmcdAcquisitionManager::isMetadataEnabled(int coreHandle) const
 
 void TVxmcdAcquisitionManager::createMetadataObjects()
 {
-  if (isMetadataEnabled(CurrentCoreHandle())) {
+  if (isMetadataEnabled(coreHandle_)) {
     auto repository = std::make_shared<TTimestampRepository>();
     auto xerox = std::make_shared<TMetadataXerox>(GetDispatchQueue(), repository.get());
     {
@@ -399,7 +435,7 @@ void TVxmcdAcquisitionManager::createMetadataObjects()
       metadataXerox_ = xerox;
       dispatchQueue_ = std::move(xerox);
     }
-    VX_Command(CurrentCoreHandle(), Feature::kTimestampClockReset);
+    VX_Command(coreHandle_, Feature::kTimestampClockReset);
   }
   thread_->SetDispatchQueue(GetDispatchQueue());
 }

@@ -11,7 +11,6 @@
 #include "acquisition/TMetadataXerox.h"
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVXFetchQueue.h"
-#include "features/current_core_handle.h"
 #include "spool/TSpoolSettings.h"
 #include "utility/TUseCounter.h"
 
@@ -27,7 +26,8 @@ class TQuorinCriticalSection;
 }
 
 /// Starts and stops the acquisitions of one camera and knows where their frames are. Owned by the camera's record;
-/// borrows the camera lock. All feature reads and commands go to the camera that is current at the moment.
+/// borrows the camera lock. Its starts and stops address its own camera, which is the current one when a program calls
+/// them; its thread addresses the camera that is current at the moment.
 /// Thread-safe: starts, stops and releases of memory exclude each other, and the rest may be called meanwhile.
 /// Callers that stay inside for long, in a wait or a copy, count themselves in Uses(); Close() sends waiters
 /// home and waits for all of them.
@@ -58,9 +58,9 @@ public:
 
   static constexpr int kStopTimeoutMs = 10000;
 
-  /// @p stopTimeoutMs limits how long Start() and Stop() wait for the end of a run.
-  explicit TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock,
-                                    int stopTimeoutMs = kStopTimeoutMs);
+  /// @p coreHandle is the camera. @p stopTimeoutMs limits how long Start() and Stop() wait for the end of a run.
+  TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock, int coreHandle,
+                           int stopTimeoutMs = kStopTimeoutMs);
   /// Closes it and ends the run. The camera may still hold slots: see HoldMemory().
   ~TVxmcdAcquisitionManager();
   TVxmcdAcquisitionManager(const TVxmcdAcquisitionManager&) = delete;
@@ -77,10 +77,14 @@ public:
   int GetCircularBufferSize() const;
   void limitCircularBufferLengthToMaxOf5000(int& length) const;
 
-  /// Starts a run, stopping an earlier one first. Blocks until it has begun.
+  /// Starts a run. An earlier one that has delivered all its frames is finished first, any other one stopped. Blocks
+  /// until the new run has begun.
   int Start();
   /// Stops the run. Blocks until it has ended, for the time limit at most.
   int Stop();
+  /// Blocks while a finite run that has delivered all its frames brings them to the disk: for as long as that makes
+  /// progress, and the time limit beyond. Returns at once for any other run.
+  void FinishDeliveredRun();
   /// Waits for news of the run.
   int Wait(int timeoutMs);
   /// Sends all waiters home until the next start. Returns 0.
@@ -114,10 +118,20 @@ public:
   std::vector<std::shared_ptr<TFrameSlab>> HoldMemory() const { return circularBuffer_.HoldMemory(); }
 
 private:
+  /// What a run is to be. Read once in a start, since settings may change meanwhile.
+  struct TRunPlan
+  {
+    int runMode;
+    int loopCount;
+  };
+
   int StartRun();
-  bool StopEarlierRun();
+  TRunPlan Plan() const;
+  bool EndEarlierRun();
+  bool WaitForEndOfRun();
+  int StopCamera();
   void SetUpRun(std::int64_t frameSizeBytes);
-  bool PrepareRun(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount);
+  bool PrepareRun(const TRunPlan& plan, std::int64_t frameSizeBytes, std::int64_t slotCount);
   bool PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount);
   bool PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount, std::int64_t loopCount);
   bool PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount,
@@ -127,14 +141,14 @@ private:
   bool Allocate(std::int64_t frameSizeBytes, std::int64_t slots);
   bool QueueSlots(std::int64_t frameSizeBytes);
   bool StartCamera();
-  void Flush(int coreHandle);
-  void DropFrames() { DropFrames(CurrentCoreHandle()); }
-  void DropFrames(int coreHandle);
+  void Flush();
+  void DropFrames();
   void Drain();
   void SetCurrentQueue(std::shared_ptr<TDispatchQueue> queue);
   void createMetadataObjects();
   void destroyMetadataObjects();
 
+  const int coreHandle_;
   std::unique_ptr<TAcquisitionThread> thread_;
   TVXFetchQueue fetchQueue_;
   std::shared_ptr<TDispatchQueue_Ignore> ignoreQueue_;

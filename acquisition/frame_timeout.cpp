@@ -2,7 +2,6 @@
 // How long the acquisition thread waits for one frame.
 #include "acquisition/frame_timeout.h"
 
-#include "features/current_core_handle.h"
 #include "features/feature_names.h"
 #include "features/TValueText.h"
 #include "vxcore.h"
@@ -21,9 +20,8 @@ bool IsTriggeredInternally(int coreHandle)
 
 } // namespace
 
-int FrameTimeoutMs()
+int FrameTimeoutMs(int coreHandle)
 {
-  const int coreHandle = CurrentCoreHandle();
   if (!IsTriggeredInternally(coreHandle)) return kNoFrameTimeoutMs;
   double frameRate = 0.0;
   if (VX_GetFloat(coreHandle, Feature::kFrameRate, &frameRate) != VX_SUCCESS) return kNoFrameTimeoutMs;

@@ -72,7 +72,7 @@ TCamera AssembleCamera(int coreHandle)
   TCamera camera;
   camera.cameraHandle = static_cast<unsigned int>(coreHandle);
   camera.cameraLock = new QuorinUtility::TQuorinCriticalSection();
-  camera.acquisitionManager = new TVxmcdAcquisitionManager(camera.cameraLock);
+  camera.acquisitionManager = new TVxmcdAcquisitionManager(camera.cameraLock, coreHandle);
   camera.i2c = new TSDK3i2c(coreHandle, L"Internal");
   camera.cameraPots = new TCameraPotsFacade(camera.i2c);
   camera.observers = new TObserverList(camera.cameraPots);

@@ -4,7 +4,6 @@
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "api/exports.h"
-#include "features/current_core_handle.h"
 #include "utility/TQuorinCriticalSection.h"
 
 #include <atomic>
@@ -13,15 +12,13 @@
 #include <shared_mutex>
 #include <utility>
 
-long gblVxmcdCameraHandle = kFirstCameraHandle;
 TNeverDestroyed<std::map<long, TCamera>> HandleToCameraMap;
 constinit TCamera InvalidCamera{.cameraHandle = TCamera::kNoCamera};
 TNeverDestroyed<QuorinUtility::TQuorinCriticalSection> currentCameraShutdownMutex;
 
 namespace {
 
-// Guards the map, and the current handle together with the core handle that is published for it. A look-up by one
-// thread may meet the opening of another camera by a second one.
+// Guards the map. A look-up by one thread may meet the opening of another camera by a second one.
 TNeverDestroyed<std::shared_mutex> registryMutex;
 
 std::atomic<bool> hasOpenCameras{false};
@@ -32,7 +29,7 @@ void AfterForkInChild()
 {
   if (!hasOpenCameras) return;
   isForkedChild = true;
-  PublishCurrentCoreHandle(kNoCoreHandle);
+  ForgetCoreHandles();
 }
 
 [[maybe_unused]] const int forkHandler = pthread_atfork(nullptr, nullptr, AfterForkInChild);
@@ -42,12 +39,6 @@ TCamera* Find(long handle)
 {
   const auto entry = HandleToCameraMap.object.find(handle);
   return entry == HandleToCameraMap.object.end() ? &InvalidCamera : &entry->second;
-}
-
-void PublishCurrent()
-{
-  PublishCurrentCoreHandle(static_cast<int>(Find(CurrentCameraHandle())->cameraHandle));
-  hasOpenCameras = !HandleToCameraMap.object.empty();
 }
 
 } // namespace
@@ -65,36 +56,30 @@ TCamera* GetCurrentCamera()
   return getCameraFromHandle(CurrentCameraHandle());
 }
 
-long CurrentCameraHandle()
-{
-  return __atomic_load_n(&gblVxmcdCameraHandle, __ATOMIC_ACQUIRE);
-}
-
 void SelectCamera(long handle)
 {
-  if (IsForkedChild()) return;
-  const std::unique_lock lock(registryMutex.object);
-  __atomic_store_n(&gblVxmcdCameraHandle, handle, __ATOMIC_RELEASE);
-  PublishCurrent();
+  if (!IsForkedChild()) PublishCurrentCamera(handle);
 }
 
-bool IsCurrentCameraOpen()
+bool IsCameraOpen(long handle)
 {
-  return CurrentCoreHandle() != kNoCoreHandle;
+  return getCameraFromHandle(handle) != &InvalidCamera;
 }
 
-void RegisterCurrentCamera(const TCamera& camera)
+void RegisterCamera(long handle, const TCamera& camera)
 {
   const std::unique_lock lock(registryMutex.object);
-  HandleToCameraMap.object.insert_or_assign(CurrentCameraHandle(), camera);
-  PublishCurrent();
+  HandleToCameraMap.object.insert_or_assign(handle, camera);
+  hasOpenCameras = true;
+  PublishCoreHandle(handle, static_cast<int>(camera.cameraHandle));
 }
 
-void UnregisterCurrentCamera()
+void UnregisterCamera(long handle)
 {
   const std::unique_lock lock(registryMutex.object);
-  HandleToCameraMap.object.erase(CurrentCameraHandle());
-  PublishCurrent();
+  HandleToCameraMap.object.erase(handle);
+  hasOpenCameras = !HandleToCameraMap.object.empty();
+  PublishCoreHandle(handle, kNoCoreHandle);
 }
 
 TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager)

@@ -3,6 +3,8 @@
 #pragma once
 
 #include "api/TCamera.h"
+#include "features/current_core_handle.h"
+#include "utility/TNeverDestroyed.h"
 #include "vxmcd.h"
 
 #include <map>
@@ -12,22 +14,8 @@ namespace QuorinUtility {
 class TQuorinCriticalSection;
 }
 
-/// Storage for an object that outlives every thread of the process: constructed at load, never destroyed, so that
-/// a program may end in the middle of a run.
-template <class T>
-union TNeverDestroyed
-{
-  TNeverDestroyed() : object() {}
-  ~TNeverDestroyed() {}
-  T object;
-};
-
-/// Handle of the first camera of the device list.
-inline constexpr long kFirstCameraHandle = 101;
-
 // The exported objects. Their names and layouts are part of the interface; nothing but the functions below changes
-// them.
-extern VXMCD_API long gblVxmcdCameraHandle;
+// them. The current handle is one more: see features/current_core_handle.h.
 extern VXMCD_API TNeverDestroyed<std::map<long, TCamera>> HandleToCameraMap;
 extern VXMCD_API TCamera InvalidCamera;
 extern VXMCD_API TNeverDestroyed<QuorinUtility::TQuorinCriticalSection> currentCameraShutdownMutex;
@@ -35,16 +23,14 @@ extern VXMCD_API TNeverDestroyed<QuorinUtility::TQuorinCriticalSection> currentC
 /// The record under the current handle, or InvalidCamera; never null. Borrowed until ShutDown().
 TCamera* GetCurrentCamera();
 
-/// The current handle.
-long CurrentCameraHandle();
 /// Makes @p handle the current one.
 void SelectCamera(long handle);
-/// Whether a camera is open under the current handle.
-bool IsCurrentCameraOpen();
-/// Enters a record under the current handle.
-void RegisterCurrentCamera(const TCamera& camera);
-/// Erases the record under the current handle.
-void UnregisterCurrentCamera();
+/// Whether a camera is open under @p handle.
+bool IsCameraOpen(long handle);
+/// Enters a record under @p handle.
+void RegisterCamera(long handle, const TCamera& camera);
+/// Erases the record under @p handle.
+void UnregisterCamera(long handle);
 
 /// Counts the caller into the uses of the camera's acquisition manager, see TCameraUse, and writes where that is.
 /// Null when no camera is open under @p handle or it is being closed.

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Opening and closing a camera, loading and unloading the library.
+#include "acquisition/TVxmcdAcquisitionManager.h"
 #include "api/camera_assembly.h"
 #include "api/camera_registry.h"
+#include "api/TCameraUse.h"
 #include "api/TLibraryUse.h"
 #include "api/trigger_board_library.h"
 #include "features/feature_access.h"
@@ -40,21 +42,30 @@ bool LowerInitialiseCounter()
   return counter == 1;
 }
 
-// Opens the device of the current handle; VX_HANDLE_NONE when there is none or it is not a camera.
-int OpenCurrentDevice()
+// Opens the device of a camera; VX_HANDLE_NONE when there is none or it is not a camera.
+int OpenDevice(long handle)
 {
   int coreHandle = VX_HANDLE_NONE;
-  const int code = VX_Open(static_cast<int>(CurrentCameraHandle() - kFirstCameraHandle), &coreHandle);
+  const int code = VX_Open(static_cast<int>(handle - kFirstCameraHandle), &coreHandle);
   if (code != VX_SUCCESS || coreHandle == VX_HANDLE_NONE) {
     QuorinUtility::TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "camera %ld: VX_Open answered %d",
-                                                 CurrentCameraHandle(), code);
+                                                 handle, code);
     return VX_HANDLE_NONE;
   }
   if (isImplemented(coreHandle, Feature::kCameraModel)) return coreHandle;
   QuorinUtility::TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "camera %ld has no CameraModel",
-                                               CurrentCameraHandle());
+                                               handle);
   VX_Close(coreHandle);
   return VX_HANDLE_NONE;
+}
+
+// As AbortAcquisition() of that camera, except that a run whose frames have all come is brought to its end.
+void EndAcquisition(long handle)
+{
+  const TCameraUse camera(handle);
+  if (!camera) return;
+  camera.Manager().FinishDeliveredRun();
+  camera.Manager().Stop();
 }
 
 } // namespace
@@ -62,11 +73,13 @@ int OpenCurrentDevice()
 unsigned int Initialize(char* /*directory*/)
 {
   if (IsForkedChild()) return RC_NO_CAMERA;
-  if (IsCurrentCameraOpen()) return RC_SUCCESS;
+  // Kept, here and in ShutDown(): another thread may choose another camera meanwhile.
+  const long handle = CurrentCameraHandle();
+  if (IsCameraOpen(handle)) return RC_SUCCESS;
 
   TLibraryUse library;
   if (RaiseInitialiseCounter()) LoadTriggerBoardLibrary(gblInitialiseCounter);
-  const int coreHandle = OpenCurrentDevice();
+  const int coreHandle = OpenDevice(handle);
   if (coreHandle == VX_HANDLE_NONE) return RC_NO_CAMERA;
 
   // What has begun stays when a configuration library throws: the camera is open, and closing the library would
@@ -74,27 +87,29 @@ unsigned int Initialize(char* /*directory*/)
   const bool holdsLibrary = library.Release();
   TCamera camera = AssembleCamera(coreHandle);
   camera.holdsLibrary = holdsLibrary;
-  RegisterCurrentCamera(camera);
-  SetMetaData(1);
+  RegisterCamera(handle, camera);
+  VX_SetBool(coreHandle, Feature::kMetadataEnable, 1);
   createAcquisitionEvents();
   return RC_SUCCESS;
 }
 
 unsigned int ShutDown(void)
 {
+  const long handle = CurrentCameraHandle();
   if (LowerInitialiseCounter()) UnloadTriggerBoardLibrary(gblInitialiseCounter);
   if (IsForkedChild()) return RC_NOT_INITIALIZED;
 
   const QuorinUtility::TAutoQuorinCriticalSection lock(&currentCameraShutdownMutex.object);
-  TCamera* const camera = GetCurrentCamera();
+  TCamera* const camera = getCameraFromHandle(handle);
   if (camera->cameraHandle == TCamera::kNoCamera) return RC_NOT_INITIALIZED;
 
-  AbortAcquisition();
-  SetMetaData(0);
+  EndAcquisition(handle);
+  const int coreHandle = static_cast<int>(camera->cameraHandle);
+  VX_SetBool(coreHandle, Feature::kMetadataEnable, 0);
   const bool holdsLibrary = camera->holdsLibrary;
   const auto memory = DismantleCamera(*camera);
-  VX_Close(static_cast<int>(camera->cameraHandle));
-  UnregisterCurrentCamera();
+  VX_Close(coreHandle);
+  UnregisterCamera(handle);
   if (holdsLibrary) VX_FinaliseLibrary();
   return RC_SUCCESS;
 }

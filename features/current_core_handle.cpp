@@ -1,21 +1,86 @@
 // SPDX-License-Identifier: MIT
-// Which device of the feature library is the current camera.
+// Which camera is current, and which device of the feature library that is.
 #include "features/current_core_handle.h"
 
+#include "utility/TNeverDestroyed.h"
+
 #include <atomic>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <shared_mutex>
+
+long gblVxmcdCameraHandle = kFirstCameraHandle;
 
 namespace {
 
-std::atomic<int> currentCoreHandle{kNoCoreHandle};
+/// The current camera and its device, replaced as one. Handles are the feature library's int plus 101.
+struct TCurrent
+{
+  std::int32_t handle;
+  std::int32_t coreHandle;
+};
+static_assert(std::atomic<TCurrent>::is_always_lock_free);
+
+std::atomic<TCurrent> current{{kFirstCameraHandle, kNoCoreHandle}};
+std::atomic<bool> isForgotten{false};
+
+struct TOpenDevices
+{
+  std::shared_mutex mutex;
+  std::map<long, int> coreHandles; // by camera handle; guarded by mutex
+};
+TNeverDestroyed<TOpenDevices> openDevices;
+
+// Callers hold the mutex.
+int Find(long handle)
+{
+  const auto entry = openDevices.object.coreHandles.find(handle);
+  return entry == openDevices.object.coreHandles.end() ? kNoCoreHandle : entry->second;
+}
+
+void PublishPair()
+{
+  const long handle = CurrentCameraHandle();
+  const bool isInRange = handle == static_cast<std::int32_t>(handle);
+  current = isInRange ? TCurrent{static_cast<std::int32_t>(handle), Find(handle)} : TCurrent{0, kNoCoreHandle};
+}
 
 } // namespace
 
-int CurrentCoreHandle() noexcept
+long CurrentCameraHandle() noexcept
 {
-  return currentCoreHandle.load(std::memory_order_acquire);
+  return __atomic_load_n(&gblVxmcdCameraHandle, __ATOMIC_ACQUIRE);
 }
 
-void PublishCurrentCoreHandle(int coreHandle) noexcept
+int CurrentCoreHandle() noexcept
 {
-  currentCoreHandle.store(coreHandle, std::memory_order_release);
+  if (isForgotten) return kNoCoreHandle;
+  const long handle = CurrentCameraHandle();
+  const TCurrent pair = current;
+  if (pair.handle == handle) return pair.coreHandle;
+  const std::shared_lock lock(openDevices.object.mutex);
+  return Find(handle);
+}
+
+void PublishCurrentCamera(long handle)
+{
+  const std::unique_lock lock(openDevices.object.mutex);
+  __atomic_store_n(&gblVxmcdCameraHandle, handle, __ATOMIC_RELEASE);
+  PublishPair();
+}
+
+void PublishCoreHandle(long handle, int coreHandle)
+{
+  const std::unique_lock lock(openDevices.object.mutex);
+  if (coreHandle == kNoCoreHandle)
+    openDevices.object.coreHandles.erase(handle);
+  else
+    openDevices.object.coreHandles.insert_or_assign(handle, coreHandle);
+  PublishPair();
+}
+
+void ForgetCoreHandles() noexcept
+{
+  isForgotten = true;
 }

@@ -125,9 +125,9 @@ VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
  */
 VXMCD_API unsigned int Initialize(char* directory);
 /**
- * Closes the current camera, aborting an acquisition first; every wait returns. Blocks until nobody uses the camera
- * any more, usually for some 0.1 s; as long as the feature library keeps the acquisition thread or another caller
- * inside a call.
+ * Closes the current camera, aborting an acquisition first; every wait returns. A series that SetSpool() has written,
+ * all of whose images have been delivered, is not aborted but brought to its end. Blocks until nobody uses the camera
+ * any more: as long as the feature library keeps the acquisition thread or another caller inside a call.
  * @return #RC_SUCCESS; #RC_NOT_INITIALIZED when no camera is open
  */
 VXMCD_API unsigned int ShutDown(void);
@@ -189,7 +189,7 @@ VXMCD_API unsigned int SetExposureTime(float seconds);
 VXMCD_API unsigned int SetAccumulationCycleTime(float seconds);
 /**
  * Sets the time from one image of a series to the next, within the camera's limits.
- * @param seconds  cycle time in s
+ * @param seconds  cycle time in s; limits that cannot be read count as none
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a frame rate; #RC_P1_INVALID when the camera rejects it, as
  *         in the trigger modes that need a trigger for each image (1, 7 and 10)
  */
@@ -198,19 +198,20 @@ VXMCD_API unsigned int SetKineticCycleTime(float seconds);
  * Chooses what StartAcquisition() takes.
  * @param mode  1 single image, 2 one accumulated image, 3 series of SetNumberKinetics() images, 5 run until
  *              aborted
- * @return #RC_SUCCESS; #RC_P1_INVALID for any other mode
+ * @return #RC_SUCCESS; #RC_P1_INVALID for any other mode, and when the camera refuses a count that was set for this
+ *         one (the mode before stays)
  */
 VXMCD_API unsigned int SetAcquisitionMode(int mode);
 /**
  * Sets how many exposures are added up to one image (acquisition modes 2 and 3).
- * @param count  1 or more
+ * @param count  1 or more; outside these modes the camera is asked by SetAcquisitionMode()
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot accumulate; #RC_NOT_AVAILABLE when it cannot be
  *         changed now (it takes effect at the next start); #RC_P1_INVALID for a count it rejects
  */
 VXMCD_API unsigned int SetNumberAccumulations(int count);
 /**
  * Sets how many images a series has (acquisition mode 3).
- * @param count  1 or more
+ * @param count  1 or more; outside this mode the camera is asked by SetAcquisitionMode()
  * @return #RC_SUCCESS, also when it cannot be changed now and takes effect at the next start; #RC_NOT_SUPPORTED
  *         when the camera cannot count frames; #RC_P1_INVALID for a count it rejects
  */
@@ -900,11 +901,13 @@ VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* ma
  * it was copied; the other functions give what is there.
  *  @{ */
 /**
- * Starts a run with the present settings, stopping an earlier one first. Images of the earlier run are gone.
- * Blocks until the run has begun (usually well under 1 ms; up to 10 s when an earlier run has to be stopped
- * first).
- * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when the camera refuses or memory is short: it must do for all images of a
- *         finite run that is not written to disk, and for two images of other runs; #RC_START_REFUSED after an
+ * Starts a run with the present settings, stopping an earlier one first. Images of the earlier run are gone from
+ * memory. Blocks until the run has begun (usually well under 1 ms; up to 10 s when an earlier run has to be stopped
+ * first). An earlier series that SetSpool() has written is brought to its end when all its images have been
+ * delivered, which may take as long as the disk goes on writing.
+ * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when the camera refuses, the earlier run does not end, or memory is short:
+ *         it must do for all images of a finite run that is not written to disk, and for two images of other runs;
+ *         #RC_START_REFUSED when the camera refuses a mode or count that could not be written earlier, and after an
  *         internal failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
  */
 VXMCD_API unsigned int StartAcquisition(void);

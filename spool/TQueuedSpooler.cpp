@@ -17,11 +17,12 @@ constexpr std::chrono::milliseconds kWaitSlice{50};
 
 } // namespace
 
-TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots)
+TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots,
+                               int coreHandle)
     : fault_(fault), slots_(slots), queuing_(&input_), launchers_(MakeLaunchers(threadCount))
 {
   for (const auto& launcher : launchers_) launcherPointers_.push_back(launcher.get());
-  slotReturn_ = std::make_unique<TSlotReturnTask>(&input_, &reuse_, fault_);
+  slotReturn_ = std::make_unique<TSlotReturnTask>(&input_, &reuse_, fault_, coreHandle);
   writeTask_ = std::make_unique<TCreateAndWriteFileTask>(
       launcherPointers_.data(), spooler, static_cast<int>(launcherPointers_.size()), &input_, &reuse_, nullptr);
   if (!writeTask_->IsAlive() || !slotReturn_->IsAlive()) fault_->Raise("no thread for", "the images", EAGAIN);

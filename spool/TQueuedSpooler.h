@@ -28,7 +28,8 @@ class TQueuedSpooler final : public ISpoolAlgorithm
 public:
   /// With fewer than one thread, images are closed by the write task's thread.
   /// @p slots is how many the camera has been given, 0 when nobody knows.
-  TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots);
+  /// They go back to the camera @p coreHandle.
+  TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots, int coreHandle);
   /// Images that have not been copied yet are given up.
   ~TQueuedSpooler() override;
 

@@ -2,7 +2,6 @@
 // Gives frame slots back to the camera once their images are written.
 #include "spool/TSlotReturnTask.h"
 
-#include "features/current_core_handle.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolQueue.h"
 #include "vxcore.h"
@@ -11,10 +10,12 @@
 
 using QuorinUtility::TQuorinWorkThread;
 
-TSlotReturnTask::TSlotReturnTask(TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, TSpoolFault* fault)
+TSlotReturnTask::TSlotReturnTask(TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, TSpoolFault* fault,
+                                 int coreHandle)
     : inputQueue_(inputQueue),
       reuseQueue_(reuseQueue),
       fault_(fault),
+      coreHandle_(coreHandle),
       thread_(this, TQuorinWorkThread::eNormalPriority, "vxmcd-slots")
 {
 }
@@ -39,7 +40,7 @@ void TSlotReturnTask::Run()
       if (!fault_->IsRaised()) fault_->Raise("cannot write image", std::to_string(data.index + 1), 0);
       inputQueue_->Abort();
     }
-    VX_QueueBuffer(CurrentCoreHandle(), data.buffer, data.sizeBytes);
+    VX_QueueBuffer(coreHandle_, data.buffer, data.sizeBytes);
     {
       const std::lock_guard lock(mutex_);
       ++images_;

@@ -14,13 +14,13 @@ class TSpoolFault;
 class TSpoolQueue;
 
 /// Takes images that a write task has done with from its reuse queue, in order, and gives their slots back to the
-/// camera. On a thread of its own, since nobody else may come by: with all slots on their way to the disk there is
+/// camera of the run, whichever is the current one. On a thread of its own, since nobody else may come by: with all slots on their way to the disk there is
 /// no frame that would wake the acquisition thread. After an image that could not be written it aborts the write
 /// task's input queue, since no other can follow. Owned by the run's pipeline; borrows queues and fault.
 class TSlotReturnTask final : public QuorinUtility::TQuorinWorkThreadRoutine
 {
 public:
-  TSlotReturnTask(TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, TSpoolFault* fault);
+  TSlotReturnTask(TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, TSpoolFault* fault, int coreHandle);
   /// Aborts the reuse queue and waits for the thread.
   ~TSlotReturnTask() override;
   TSlotReturnTask(const TSlotReturnTask&) = delete;
@@ -39,6 +39,7 @@ private:
   TSpoolQueue* const inputQueue_;
   TSpoolQueue* const reuseQueue_;
   TSpoolFault* const fault_;
+  const int coreHandle_;
   std::mutex mutex_;
   std::condition_variable returned_;
   std::uint64_t images_ = 0; // guarded by mutex_

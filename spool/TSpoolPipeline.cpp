@@ -155,7 +155,8 @@ void TSpoolPipeline::MakeAlgorithm()
                                                  layout_.imagesPerPlace, threads);
     break;
   case TSpoolLayout::kQueued:
-    auto queued = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threads, settings_.slots);
+    auto queued = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threads, settings_.slots,
+                                                   settings_.coreHandle);
     TQueuedSpooler* const made = queued.get();
     algorithm_ = std::move(queued);
     queued_ = made;

@@ -2,6 +2,7 @@
 // What a caller sets about the writing of runs.
 #pragma once
 
+#include "features/current_core_handle.h"
 #include "spool/TSpoolLayout.h"
 
 #include <cstdint>
@@ -14,5 +15,6 @@ struct TSpoolSettings
   std::string path; ///< a directory, made with its parents
   int method = TSpoolLayout::kImagesTogether;
   int threadCount = 2;
-  std::uint64_t slots = 0; ///< of the ring that the images come from, 0 when nobody knows
+  std::uint64_t slots = 0;        ///< of the ring that the images come from, 0 when nobody knows
+  int coreHandle = kNoCoreHandle; ///< of the camera that the slots go back to
 };

@@ -5,6 +5,7 @@
 #include "acquisition/TCircularBuffer.h"
 #include "acquisition/TDispatchQueue_Ignore.h"
 #include "acquisition/TFetchQueue.h"
+#include "tests/spool/logged_by.h"
 #include "tests/utility/SystemCalls.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinMisc.h"
@@ -12,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -67,7 +69,7 @@ public:
 class TScriptedDispatch final : public TRingDispatchQueue
 {
 public:
-  explicit TScriptedDispatch(TCircularBuffer* ring) : TRingDispatchQueue(ring) {}
+  explicit TScriptedDispatch(TCircularBuffer* ring) : TRingDispatchQueue(ring, kNoCoreHandle) {}
   void Finalise() override
   {
     ++finalised;
@@ -81,6 +83,9 @@ public:
     return script();
   }
 
+  bool IsSlot(const unsigned char*) override { return !strays; }
+
+  std::atomic<bool> strays{false};
   std::function<int()> script = [] { return 0; };
   std::function<void()> atTheEnd = [] {};
   std::atomic<int> dispatched{0};
@@ -275,6 +280,58 @@ TEST_F(AcquisitionThread, CameraThatFailsAtOnceIsNotAskedInABusyLoop)
   RunToTheEnd(1);
   EXPECT_TRUE(thread_.IsTimedOut());
   EXPECT_LE(fetch_.calls, 80);
+}
+
+// Another camera's buffer, or none, is no frame although the fetch succeeded.
+TEST_F(AcquisitionThread, BuffersThatAreNoSlotsUseUpNoFrameButTheTimeLimit)
+{
+  FramesAtOnce();
+  thread_.SetTimeout(300);
+  dispatch_.strays = true;
+  const std::string log = LoggedBy([this] { RunToTheEnd(3); });
+  EXPECT_TRUE(thread_.IsTimedOut());
+  EXPECT_EQ(dispatch_.dispatched, 0);
+  EXPECT_LE(fetch_.calls, 80) << "not asked in a busy loop";
+  const auto lines = std::count(log.begin(), log.end(), '\n');
+  EXPECT_GE(lines, 1) << log;
+  EXPECT_LE(lines, 8) << log;
+
+  fetch_.calls = 0;
+  fetch_.script = [this](unsigned char*&, int&, int) {
+    dispatch_.strays = fetch_.calls % 2 == 1;
+    return TFetchQueue::kFrame;
+  };
+  thread_.SetTimeout(kLongMs);
+  RunToTheEnd(3);
+  EXPECT_EQ(dispatch_.dispatched, 3);
+  EXPECT_EQ(fetch_.calls, 6);
+}
+
+// A camera that is told to stop ends the wait in progress; the next one would last its whole slice.
+TEST_F(AcquisitionThread, NoWaitForAFrameBeginsWhileTheCameraIsToldToStop)
+{
+  std::atomic<bool> isStopped{false};
+  fetch_.script = [&](unsigned char*&, int&, int) {
+    while (!isStopped) std::this_thread::yield();
+    isStopped = false;
+    return TFetchQueue::kNoFrame;
+  };
+  thread_.SetTimeout(kLongMs);
+  thread_.SetContinuousMode(true);
+  thread_.Start();
+  ASSERT_TRUE(system_calls::Eventually([this] { return fetch_.calls == 1; }));
+  thread_.BeginStopAttempt();
+  isStopped = true;
+  ASSERT_TRUE(system_calls::Eventually([&] { return !isStopped; }));
+  thread_.EndStopAttempt();
+  ASSERT_TRUE(system_calls::Eventually([this] { return fetch_.calls == 2; })) << "the camera goes on";
+
+  thread_.BeginStopAttempt();
+  isStopped = true;
+  ASSERT_TRUE(system_calls::Eventually([&] { return !isStopped; }));
+  thread_.Stop();
+  ASSERT_FALSE(thread_.WaitForStop(kLongMs));
+  EXPECT_EQ(fetch_.calls, 2);
 }
 
 TEST_F(AcquisitionThread, ClockThatIsSetBackDoesNotEndTheRun)

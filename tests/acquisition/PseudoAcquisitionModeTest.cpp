@@ -37,7 +37,7 @@ protected:
   PseudoAcquisitionMode() { encoding_.present = L"Mono16"; }
 
   QuorinUtility::TQuorinCriticalSection cameraLock_;
-  TVxmcdAcquisitionManager manager_{&cameraLock_};
+  TVxmcdAcquisitionManager manager_{&cameraLock_, kNoCoreHandle};
   TFakeEnum encoding_{{L"Mono12", L"Mono16", L"Mono32"}};
   TFakeEnum cycle_{{L"Fixed", L"Continuous"}};
   TFakeInt accumulate_;

@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+extern long gblVxmcdCameraHandle;
+
 namespace {
 
 class Selection : public SimulatedCameraTest
@@ -72,6 +74,42 @@ TEST_F(Selection, TwoCamerasAreOpenAtOnceAndSwitchedBetween)
   EXPECT_EQ(GetDetector(&width, &height), RC_NOT_INITIALIZED);
   ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
   EXPECT_EQ(GetDetector(&width, &height), RC_SUCCESS) << "the other one is still open";
+}
+
+// Programs linked to the exported object may write it: then every function acts on that camera.
+TEST_F(Selection, TheCurrentHandleIsFollowedWhoeverWritesIt)
+{
+  long& current = gblVxmcdCameraHandle;
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  int first = 0;
+  GetSDK3Handle(&first);
+  ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+  EXPECT_EQ(current, 102);
+
+  const auto seen = [] {
+    int handle = 0;
+    int width = 0;
+    int height = 0;
+    int status = 0;
+    GetSDK3Handle(&handle);
+    const unsigned int codes[] = {GetDetector(&width, &height), GetStatus(&status), SetMetaData(1)};
+    for (const unsigned int code : codes) EXPECT_EQ(code, codes[0]);
+    return codes[0] == RC_SUCCESS ? handle : -1;
+  };
+  EXPECT_EQ(seen(), -1) << "not open";
+  current = 101;
+  EXPECT_EQ(seen(), first);
+  for (const long stranger : {100L, 102L, -1L, (1L << 32) + 101}) {
+    current = stranger;
+    EXPECT_EQ(seen(), -1) << stranger;
+  }
+  current = 102;
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  EXPECT_NE(seen(), -1);
+  ASSERT_EQ(ShutDown(), RC_SUCCESS);
+  EXPECT_EQ(seen(), -1);
+  current = 101;
+  EXPECT_EQ(seen(), first) << "the other one is still open";
 }
 
 TEST_F(Selection, OpeningTwiceAndClosingTwice)

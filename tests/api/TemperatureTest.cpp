@@ -24,9 +24,9 @@ protected:
                   {"TargetSensorTemperature", -70.0},
                   {"TargetSensorTemperature min", -99.9},
                   {"TargetSensorTemperature max", 20.5}};
-    PublishCurrentCoreHandle(7);
+    PublishCoreHandle(kFirstCameraHandle, 7);
   }
-  ~Temperature() override { PublishCurrentCoreHandle(kNoCoreHandle); }
+  ~Temperature() override { PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle); }
 
   /// The code of `call` when the camera answers `code` to calls that begin with `step`.
   template <class Call>
@@ -81,7 +81,7 @@ TEST_F(Temperature, WhatCannotBeToldHasItsCode)
 
 TEST_F(Temperature, ChecksComeInTheirOrderWithoutACamera)
 {
-  PublishCurrentCoreHandle(kNoCoreHandle);
+  PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle);
   int whole = 5;
   int other = 5;
   float a = 5.0F;

@@ -21,9 +21,9 @@ protected:
   {
     vx_ = TStagedVx{};
     vx_.bytes = {10, 11, 12, 13, 14, 15, 16, 17};
-    PublishCurrentCoreHandle(7);
+    PublishCoreHandle(kFirstCameraHandle, 7);
   }
-  ~I2c() override { PublishCurrentCoreHandle(kNoCoreHandle); }
+  ~I2c() override { PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle); }
 
   bool WasCalled(const std::string& call) const
   {
@@ -141,7 +141,7 @@ TEST_F(I2c, BurstsMapTheStatusToACode)
 
   vx_.codes = {{"SetInt ControllerI2CByteCount 4294967295", VX_ERR_OUT_OF_RANGE}};
   EXPECT_EQ(I2CBurstRead(0x40, -1, data_), RC_P2_INVALID) << "the count has 32 bits in the camera";
-  PublishCurrentCoreHandle(kNoCoreHandle);
+  PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle);
   EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), RC_NOT_INITIALIZED);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Images that wait in their slots for being written.
+#include "features/current_core_handle.h"
 #include "spool/TQueuedSpooler.h"
 #include "spool/TSpoolFault.h"
 #include "tests/spool/TMemorySpooler.h"
@@ -43,7 +44,7 @@ protected:
   std::shared_future<void> disk_{go_.get_future()};
   int openResult_ = 0;
   std::array<unsigned char, kSlots> frames_{};
-  TQueuedSpooler spooler_{&images_, &fault_, 1, kSlots};
+  TQueuedSpooler spooler_{&images_, &fault_, 1, kSlots, kNoCoreHandle};
 };
 
 } // namespace

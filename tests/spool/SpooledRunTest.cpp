@@ -15,6 +15,7 @@
 
 #include <array>
 #include <cstring>
+#include <optional>
 
 namespace {
 
@@ -57,13 +58,15 @@ protected:
               VX_SUCCESS);
     ASSERT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
     ASSERT_EQ(VX_Open(0, &camera_), VX_SUCCESS);
-    PublishCurrentCoreHandle(camera_);
+    PublishCoreHandle(kFirstCameraHandle, camera_);
+    manager_.emplace(&cameraLock_, camera_, 20);
   }
 
   void TearDown() override
   {
+    manager_.reset();
     VX_Close(camera_);
-    PublishCurrentCoreHandle(kNoCoreHandle);
+    PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle);
     VX_FinaliseLibrary();
     VXSIM_Configure(nullptr);
   }
@@ -71,7 +74,7 @@ protected:
   int camera_ = VX_HANDLE_NONE;
   QuorinUtility::TQuorinCriticalSection cameraLock_;
   TDiskFaults disk_;
-  TVxmcdAcquisitionManager manager_{&cameraLock_, 20};
+  std::optional<TVxmcdAcquisitionManager> manager_;
 };
 
 TEST_F(SpooledRunOfACamera, KeepsAllBitsOfTheFirstTick)
@@ -99,21 +102,21 @@ TEST_F(SpooledRunOfACamera, TellsOfItsDiskAlsoBehindAStartThatWasRefused)
 {
   disk_.writeDelayMs = 1000;
   disk_.writesUntilError = 0;
-  manager_.SetRunMode(TVxmcdAcquisitionManager::kSeries);
-  manager_.SetImageCount(5);
-  manager_.SetSpool(true, TSpoolLayout::kImagesTogether, run_.Path().c_str());
-  ASSERT_EQ(manager_.Start(), TVxmcdAcquisitionManager::kDone);
+  manager_->SetRunMode(TVxmcdAcquisitionManager::kSeries);
+  manager_->SetImageCount(5);
+  manager_->SetSpool(true, TSpoolLayout::kImagesTogether, run_.Path().c_str());
+  ASSERT_EQ(manager_->Start(), TVxmcdAcquisitionManager::kDone);
   ASSERT_TRUE(
-      system_calls::Eventually([this] { return manager_.GetDispatchQueue()->GetMaximumImageAvailable() > 0; }));
-  EXPECT_EQ(manager_.Start(), TVxmcdAcquisitionManager::kStartFailed) << "the first run waits for its disk";
-  ASSERT_TRUE(system_calls::Eventually([this] { return !manager_.IsRunning(); }));
-  EXPECT_TRUE(manager_.IsSpoolIssues());
+      system_calls::Eventually([this] { return manager_->GetDispatchQueue()->GetMaximumImageAvailable() > 0; }));
+  EXPECT_EQ(manager_->Start(), TVxmcdAcquisitionManager::kStartFailed) << "the first run waits for its disk";
+  ASSERT_TRUE(system_calls::Eventually([this] { return !manager_->IsRunning(); }));
+  EXPECT_TRUE(manager_->IsSpoolIssues());
 
   disk_.writeDelayMs = 0;
-  manager_.SetSpool(false, TSpoolLayout::kImagesTogether, nullptr);
-  ASSERT_EQ(manager_.Start(), TVxmcdAcquisitionManager::kDone);
-  ASSERT_TRUE(system_calls::Eventually([this] { return !manager_.IsRunning(); }));
-  EXPECT_FALSE(manager_.IsSpoolIssues());
+  manager_->SetSpool(false, TSpoolLayout::kImagesTogether, nullptr);
+  ASSERT_EQ(manager_->Start(), TVxmcdAcquisitionManager::kDone);
+  ASSERT_TRUE(system_calls::Eventually([this] { return !manager_->IsRunning(); }));
+  EXPECT_FALSE(manager_->IsSpoolIssues());
 }
 
 } // namespace
