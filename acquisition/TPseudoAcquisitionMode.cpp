@@ -6,11 +6,14 @@
 #include "features/feature_names.h"
 #include "features/IEnum.h"
 #include "features/IInt.h"
+#include "utility/TQuorinLibDebugOutput.h"
 #include "vxcore.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+
+using QuorinUtility::TQuorinLibDebugOutput;
 
 namespace {
 
@@ -55,6 +58,23 @@ int ToStatus(int code)
   }
 }
 
+bool IsImplemented(IInt& feature)
+{
+  int present = 0;
+  return feature.GetInt(present) != VX_ERR_NOT_IMPLEMENTED;
+}
+
+// A camera may lack a count that it can do without, and need not let one be written that it has already.
+int WriteCount(IInt& feature, int count, bool mayLack)
+{
+  const int status = ToStatus(feature.SetInt(count));
+  if (status == TPseudoAcquisitionMode::kNotSupported && mayLack) return TPseudoAcquisitionMode::kAccepted;
+  int present = 0;
+  const bool isThere = status == TPseudoAcquisitionMode::kNotAvailableNow &&
+                       feature.GetInt(present) == VX_SUCCESS && present == count;
+  return isThere ? TPseudoAcquisitionMode::kAccepted : status;
+}
+
 bool IsProductInRange(int left, int right)
 {
   return std::int64_t{left} * right <= std::numeric_limits<int>::max();
@@ -76,41 +96,42 @@ int TPseudoAcquisitionMode::SetMode(int mode)
 {
   if (!FindMode(mode)) return kRejected;
   const std::lock_guard lock(mutex_);
+  const int before = mode_;
   mode_ = mode;
-  Apply();
-  return kAccepted;
+  const int status = Settle(Apply(), mode_, before);
+  return status == kNotSupported ? kRejected : status;
 }
 
 int TPseudoAcquisitionMode::SetNumberAccumulations(int count)
 {
   const std::lock_guard lock(mutex_);
   if (count < 1 || !IsProductInRange(count, kinetics_)) return kRejected;
-  int present = 0;
-  if (count > 1 && accumulateCount_->GetInt(present) == VX_ERR_NOT_IMPLEMENTED) return kNotSupported;
+  if (count > 1 && !IsImplemented(*accumulateCount_)) return kNotSupported;
 
   const int before = accumulations_;
   accumulations_ = count;
   if (!FindMode(mode_)->accumulates) return kAccepted;
-  const int status = Apply();
-  if (status == kRejected) {
-    accumulations_ = before;
-    Apply();
-  }
-  return status;
+  return Settle(Apply(), accumulations_, before);
 }
 
 int TPseudoAcquisitionMode::SetNumberKinetics(int count)
 {
   const std::lock_guard lock(mutex_);
   if (count < 1 || !IsProductInRange(count, accumulations_)) return kRejected;
+  if (count > 1 && !IsImplemented(*frameCount_)) return kNotSupported;
+
   const int before = kinetics_;
   kinetics_ = count;
   if (!FindMode(mode_)->isSeries) return kAccepted;
-  const int status = Apply();
-  if (status == kRejected) {
-    kinetics_ = before;
-    Apply();
-  }
+  return Settle(Apply(), kinetics_, before);
+}
+
+// The camera keeps nothing of a setting that it refuses.
+int TPseudoAcquisitionMode::Settle(int status, int& setting, int before)
+{
+  if (status == kAccepted || status == kNotAvailableNow) return status;
+  setting = before;
+  Apply();
   return status;
 }
 
@@ -133,12 +154,24 @@ int TPseudoAcquisitionMode::GetSeriesLength() const
   return FindMode(mode_)->isSeries ? kinetics_ : 1;
 }
 
-void TPseudoAcquisitionMode::ApplyPending()
+int TPseudoAcquisitionMode::ApplyPending()
 {
+  {
+    const std::lock_guard lock(mutex_);
+    if (!pending_) return kAccepted;
+  }
+  manager_->FinishDeliveredRun(); // which may take long, and others ask for the settings meanwhile
   const std::lock_guard lock(mutex_);
-  if (!pending_) return;
+  if (!pending_) return kAccepted;
   manager_->Stop();
-  Apply();
+  const int status = Apply();
+  pending_ = pending_ || status != kAccepted;
+  if (status != kAccepted)
+    TQuorinLibDebugOutput::Output(
+        __FILE__, __LINE__, __func__,
+        "the camera does not take mode %d with %d accumulations and %d images: status %d", mode_, accumulations_,
+        kinetics_, status);
+  return status;
 }
 
 // Tells the manager and the camera; the first setting that the camera does not take decides the answer.
@@ -148,11 +181,21 @@ int TPseudoAcquisitionMode::Apply()
   manager_->SetRunMode(row.runMode);
   manager_->SetImageCount(row.isSeries ? kinetics_ : 1);
 
-  const int cycleStatus = ToStatus(cycleMode_->SetString(row.cycleMode));
+  const int cycleStatus = WriteCycleMode(row.cycleMode);
   const int countStatus = WriteCounts();
   WriteEncoding();
   pending_ = cycleStatus == kNotAvailableNow || countStatus == kNotAvailableNow;
-  return countStatus;
+  if (countStatus != kAccepted) return countStatus;
+  // Finite runs are ended by the acquisition thread, whatever the cycle.
+  return mode_ == kRunTillAbort ? cycleStatus : kAccepted;
+}
+
+int TPseudoAcquisitionMode::WriteCycleMode(const wchar_t* text)
+{
+  const int status = ToStatus(cycleMode_->SetString(text));
+  if (status == kAccepted || status == kNotSupported) return kAccepted;
+  std::wstring present;
+  return cycleMode_->GetString(present) == VX_SUCCESS && present == text ? kAccepted : status;
 }
 
 int TPseudoAcquisitionMode::ExposuresPerImage() const
@@ -160,17 +203,14 @@ int TPseudoAcquisitionMode::ExposuresPerImage() const
   return FindMode(mode_)->accumulates ? accumulations_ : 1;
 }
 
+// A camera without a count has a count of one.
 int TPseudoAcquisitionMode::WriteCounts()
 {
   const int exposures = ExposuresPerImage();
-  const int accumulateStatus = ToStatus(accumulateCount_->SetInt(exposures));
-  // A camera that cannot accumulate takes one exposure an image anyway.
-  const bool irrelevant = accumulateStatus == kNotSupported && exposures == 1;
-  if (accumulateStatus != kAccepted && !irrelevant) return accumulateStatus;
-  if (mode_ == kRunTillAbort) return kAccepted;
-
+  const int accumulateStatus = WriteCount(*accumulateCount_, exposures, exposures == 1);
+  if (accumulateStatus != kAccepted || mode_ == kRunTillAbort) return accumulateStatus;
   const int images = FindMode(mode_)->isSeries ? kinetics_ : 1;
-  return ToStatus(frameCount_->SetInt(images * exposures));
+  return WriteCount(*frameCount_, images * exposures, images == 1);
 }
 
 // Sums of exposures need more bits than one exposure has.

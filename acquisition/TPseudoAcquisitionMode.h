@@ -11,8 +11,9 @@ class TVxmcdAcquisitionManager;
 
 /// Turns mode number, number of accumulations and number of images of a series into the manager's run mode and
 /// image count and the camera's "CycleMode", "AccumulateCount", "FrameCount" and "PixelEncoding". Owned by the
-/// camera's record; /// borrows everything it is given. Thread-safe. Settings that the camera does not take
-/// at the moment are remembered and written at the next SetMode() or ApplyPending().
+/// camera's record; borrows everything it is given. Thread-safe. Settings that the camera does not take at the moment
+/// are remembered and written at the next SetMode() or ApplyPending(). Settings that it refuses are not kept: a count
+/// that was set before its mode is refused by SetMode().
 class TPseudoAcquisitionMode
 {
 public:
@@ -37,6 +38,7 @@ public:
                          IInt* accumulateCount, IInt* frameCount);
   virtual ~TPseudoAcquisitionMode() = default;
 
+  /// Also answers kRejected, with the earlier mode kept, when the camera does not take a count of this mode.
   virtual int SetMode(int mode);
   virtual int SetNumberAccumulations(int count);
   virtual int SetNumberKinetics(int count);
@@ -46,12 +48,15 @@ public:
   /// Number of images after which the present mode's run is complete; INT_MAX when it never is.
   virtual int GetSeriesLength() const;
 
-  /// Writes what an earlier setter could not write, ending a run that stands in the way. Called before each start.
-  void ApplyPending();
+  /// Writes what an earlier setter could not write, ending a run that stands in the way. Called before each start,
+  /// which may go on only if the answer is kAccepted: the run would be another one than asked for.
+  int ApplyPending();
 
 private:
   int Apply();
+  int Settle(int status, int& setting, int before);
   int ExposuresPerImage() const;
+  int WriteCycleMode(const wchar_t* text);
   int WriteCounts();
   void WriteEncoding();
   bool IsMono32Offered();
@@ -65,6 +70,6 @@ private:
   int mode_ = kSingleScan;
   int accumulations_ = 1;
   int kinetics_ = 1;
-  bool pending_ = false;
+  bool pending_ = false;        // what the camera has is not what was asked for
   std::wstring encodingBefore_; // what "PixelEncoding" was before accumulation; empty while it is not changed
 };

@@ -47,7 +47,7 @@ unsigned int StartAcquisition(void)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   const TCursorReset reset(camera);
-  camera.AcquisitionMode().ApplyPending();
+  if (camera.AcquisitionMode().ApplyPending() != TPseudoAcquisitionMode::kAccepted) return RC_START_REFUSED;
   switch (camera.Manager().Start()) {
   case TManager::kAlreadyAcquiring:
     return RC_ACQUIRING;

@@ -237,4 +237,19 @@ TEST_F(Settings, CountsAreAnsweredAsTheModeTakesThem)
   EXPECT_EQ(GetInt(L"FrameCount"), 27) << "what could not be written was written before the start";
 }
 
+// Neither order of the three calls begins a run with another count than was asked for.
+TEST_F(Settings, CountThatTheCameraRefusesIsRefusedByTheModeOrTheStart)
+{
+  OpenCamera(102);
+  ASSERT_EQ(SetNumberKinetics(12), RC_SUCCESS);
+  EXPECT_EQ(CodeFor("VX_SetInt", 6, [] { return SetAcquisitionMode(3); }), RC_P1_INVALID);
+  ASSERT_EQ(StartAcquisition(), RC_SUCCESS) << "with the mode before";
+  EXPECT_EQ(SetAcquisitionMode(3), RC_SUCCESS) << "written before the next start";
+  EXPECT_EQ(CodeFor("VX_SetInt", 6, [] { return StartAcquisition(); }), RC_START_REFUSED);
+  EXPECT_EQ(CodeFor("VX_SetInt", 5, [] { return StartAcquisition(); }), RC_START_REFUSED);
+  EXPECT_EQ(Status(), RC_IDLE);
+  ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
+  EXPECT_EQ(GetInt(L"FrameCount"), 12);
+}
+
 } // namespace
