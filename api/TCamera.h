@@ -75,4 +75,5 @@ struct TCamera
   bool holdsConfiguration = false; ///< whether the configuration, be it null, is still to be given back
   TVxmcdAcquisitionManager* closedManager = nullptr; ///< the acquisition manager while the camera is being closed
   QuorinUtility::TQuorinCriticalSection* serviceLock = nullptr; ///< one service call at a time, see TServiceUse
+  QuorinUtility::TQuorinCriticalSection* cursorLock = nullptr;  ///< guards retrievalCursor
 };

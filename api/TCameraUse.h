@@ -3,6 +3,7 @@
 #pragma once
 
 #include "api/camera_registry.h"
+#include "utility/TAutoQuorinCriticalSection.h"
 
 class TPseudoAcquisitionMode;
 class TVxmcdAcquisitionManager;
@@ -33,8 +34,14 @@ public:
   TPseudoBaselineClamp& BaselineClamp() const { return *camera_->baselineClamp; }
   TgetFIFOUsage& FIFOUsage() const { return *camera_->fifoUsage; }
 
-  int GetRetrievalCursor() const;
-  void SetRetrievalCursor(int image) const;
+  /// Calls @p move with the retrieval cursor, which it may change. Nobody else sees or changes the cursor meanwhile,
+  /// so it is for looking up a number and not for copying an image.
+  template <class Move>
+  auto WithRetrievalCursor(Move move) const
+  {
+    const QuorinUtility::TAutoQuorinCriticalSection lock(camera_->cursorLock);
+    return move(camera_->retrievalCursor);
+  }
 
 private:
   TVxmcdAcquisitionManager* manager_ = nullptr; // the record gives its pointer up when the camera is being closed

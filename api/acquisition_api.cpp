@@ -17,7 +17,10 @@ class TCursorReset
 {
 public:
   explicit TCursorReset(const TCameraUse& camera) : camera_(camera) {}
-  ~TCursorReset() { camera_.SetRetrievalCursor(0); }
+  ~TCursorReset()
+  {
+    camera_.WithRetrievalCursor([](int& cursor) { cursor = 0; });
+  }
   TCursorReset(const TCursorReset&) = delete;
   TCursorReset& operator=(const TCursorReset&) = delete;
 

@@ -102,6 +102,7 @@ TCamera AssembleCamera(int coreHandle)
   camera.baselineClamp = new TPseudoBaselineClamp(camera.baselineClampFeature);
   camera.preAmpGainModel = MakePreAmpGain(camera, coreHandle);
   camera.serviceLock = new QuorinUtility::TQuorinCriticalSection();
+  camera.cursorLock = new QuorinUtility::TQuorinCriticalSection();
   return camera;
 }
 
@@ -144,5 +145,6 @@ std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera)
   Destroy(camera.statusDispatchRoutine);
   Destroy(camera.eventDispatchRoutine);
   Destroy(camera.serviceLock);
+  Destroy(camera.cursorLock);
   return memory;
 }

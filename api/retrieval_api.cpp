@@ -68,9 +68,14 @@ unsigned int OldestImage(Dst* array, unsigned long size)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   return Fetch<Dst>(camera, [&](auto& fetcher) {
-    int cursor = camera.GetRetrievalCursor();
-    const unsigned int code = fetcher.GetNextOldestImage(array, size, cursor);
-    camera.SetRetrievalCursor(cursor);
+    // The cursor moves before the copy, which may take long: a start meanwhile, or a second reader, has the last word.
+    int image = 0;
+    const unsigned int code = camera.WithRetrievalCursor([&](int& cursor) {
+      const unsigned int result = fetcher.MoveToNextOldestImage(array, size, cursor);
+      image = cursor;
+      return result;
+    });
+    if (code == RC_SUCCESS) fetcher.CopyImage(array, image);
     return code;
   });
 }

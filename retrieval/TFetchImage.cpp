@@ -130,16 +130,29 @@ void TFetchImage<Src, Dst>::copyToPosition(Dst* destination, std::int64_t positi
 template <class Src, class Dst>
 unsigned int TFetchImage<Src, Dst>::GetNextOldestImage(Dst* destination, unsigned long size, int& lastIndex)
 {
+  const unsigned int code = MoveToNextOldestImage(destination, size, lastIndex);
+  if (code == RC_SUCCESS) CopyImage(destination, lastIndex);
+  return code;
+}
+
+template <class Src, class Dst>
+unsigned int TFetchImage<Src, Dst>::MoveToNextOldestImage(const Dst* destination, unsigned long size,
+                                                          int& lastIndex)
+{
   if (!destination) return RC_P1_INVALID;
   if (!isFrameSize(size)) return RC_P2_INVALID;
   if (lastIndex >= std::min(newestImage(), kHighestCursor)) return RC_NO_NEW_DATA;
 
   const std::int64_t next = std::max(std::int64_t{lastIndex} + 1, oldestImage());
   lastIndex = static_cast<int>(std::min(next, kHighestCursor));
-  if (next > kHighestCursor) return RC_SUCCESS;
-  const THeldImage image(*dispatchQueue_, lastIndex);
-  if (image) copyHeldImage(destination, image);
   return RC_SUCCESS;
+}
+
+template <class Src, class Dst>
+void TFetchImage<Src, Dst>::CopyImage(Dst* destination, int number)
+{
+  const THeldImage image(*dispatchQueue_, number);
+  if (image) copyHeldImage(destination, image);
 }
 
 template <class Src, class Dst>

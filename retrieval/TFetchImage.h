@@ -33,6 +33,9 @@ public:
   /// Copies the frame after @p lastIndex, or the oldest one left, and moves @p lastIndex on to it. A frame that is
   /// lost in between moves the cursor too and counts as success, without a copy.
   unsigned int GetNextOldestImage(Dst* destination, unsigned long size, int& lastIndex);
+  /// The same in two steps: everything but the copy, and the copy of image @p number, if it is there.
+  unsigned int MoveToNextOldestImage(const Dst* destination, unsigned long size, int& lastIndex);
+  void CopyImage(Dst* destination, int number);
 
   /// Copies all frames of the run back to back. @p size is checked against one frame; callers provide room for
   /// all.

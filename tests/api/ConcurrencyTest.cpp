@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Several threads on one camera, and two cameras: nothing may crash, hang or race, whoever comes first.
 #include "tests/support/CounterCameraTest.h"
+#include "tests/support/TScratchDirectory.h"
 
+#include <array>
 #include <atomic>
 #include <functional>
 #include <thread>
@@ -106,11 +108,137 @@ TEST_F(Concurrency, ImagesStayWholeWhileAnotherThreadStartsAnew)
   reader.join();
 }
 
+/// A camera of large images, which tell their run.
+class LargeImages : public SimulatedCameraTest
+{
+protected:
+  LargeImages() : SimulatedCameraTest(kTwoManualCameras) {}
+
+  static constexpr int kWidth = 1024;
+  static constexpr int kHeight = 1024;
+};
+
+TEST_F(LargeImages, ComeOnceEachAlthoughReadersMeetAStart)
+{
+  constexpr int kImages = 6;
+  Open(kWidth, kHeight);
+  SetAcquisitionMode(kModeUntilAborted);
+  for (int round = 0; round < 12; ++round) {
+    ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
+    PushFrames(kImages, 1);
+    std::array<std::atomic<int>, 256> seen{}; // by what the image holds
+    std::atomic<int> copies{0};
+    std::atomic<bool> isOver{false};
+    const auto read = [&] {
+      std::vector<int> image(kWidth * kHeight);
+      for (bool isLast = false; !isLast;) {
+        isLast = isOver;
+        image[0] = 0;
+        if (GetOldestImage(image.data(), image.size()) != RC_SUCCESS) continue;
+        ++seen[static_cast<std::size_t>(image[0]) % 256];
+        ++copies;
+        isLast = false;
+      }
+    };
+    std::thread one(read);
+    std::thread other(read);
+    EXPECT_TRUE(Eventually([&] { return copies >= 2; }));
+    const unsigned int code = StartAcquisition();
+    PushFrames(kImages, 101);
+    isOver = true;
+    one.join();
+    other.join();
+    ASSERT_EQ(code, RC_SUCCESS);
+    for (std::size_t image = 1; image <= kImages; ++image) {
+      ASSERT_LE(seen[image], 1) << "round " << round;
+      ASSERT_EQ(seen[100 + image], 1) << "image " << image << " of the new run, round " << round;
+    }
+  }
+}
+
 class TwoCameras : public SimulatedCameraTest
 {
 protected:
   TwoCameras() : SimulatedCameraTest(kTwoManualCameras) {}
+
+  void OpenBoth()
+  {
+    ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+    Open();
+    ASSERT_EQ(SetCurrentCamera(101), RC_SUCCESS);
+    Open();
+  }
+
+  static std::uint64_t BuffersGivenTo(int device)
+  {
+    VXSIM_Statistics statistics{};
+    EXPECT_EQ(VXSIM_GetStatistics(device, &statistics), VX_SUCCESS);
+    return statistics.buffersQueued;
+  }
 };
+
+// The program chooses another camera while frames are on their way: their slots go back to the camera they came from.
+TEST_F(TwoCameras, SlotsGoBackToTheirOwnCamera)
+{
+  const TScratchDirectory scratch;
+  for (const bool spooled : {false, true}) {
+    OpenBoth();
+    std::string path = scratch.Directory();
+    SetNumberKinetics(10000);
+    SetAcquisitionMode(spooled ? kModeSeries : kModeUntilAborted);
+    ASSERT_EQ(SetSpool(spooled ? 1 : 0, 1, path.data()), RC_SUCCESS);
+    ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
+    for (int round = 0; round < 30; ++round) {
+      ASSERT_EQ(SetCurrentCamera(101), RC_SUCCESS);
+      ASSERT_EQ(VXSIM_PushFrames(0, 20), VX_SUCCESS);
+      ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+      ASSERT_EQ(VXSIM_PushFrames(0, 1), VX_SUCCESS); // for a wait that is in progress
+    }
+    ASSERT_EQ(SetCurrentCamera(101), RC_SUCCESS);
+    ASSERT_TRUE(Eventually([] {
+      long images = 0;
+      GetTotalNumberImagesAcquired(&images);
+      return images == 30 * 21;
+    }));
+    EXPECT_EQ(BuffersGivenTo(1), 0u) << (spooled ? "spooled" : "until aborted");
+    ASSERT_EQ(ShutDown(), RC_SUCCESS);
+    ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+    ASSERT_EQ(ShutDown(), RC_SUCCESS);
+    ASSERT_EQ(SetCurrentCamera(101), RC_SUCCESS);
+  }
+}
+
+// Both calls are held up by the camera while another thread chooses the other one.
+TEST_F(TwoCameras, ACallKeepsTheCameraThatItBeganWith)
+{
+  OpenBoth();
+  ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
+  SetAcquisitionMode(kModeUntilAborted);
+  ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
+
+  const auto whileHeldUp = [](const char* held, unsigned int (*call)()) {
+    SetCurrentCamera(101);
+    VXSIM_StartCallLog(0);
+    EXPECT_EQ(VXSIM_AddFault((std::string("call ") + held + " at 1 delay 300ms").c_str()), VX_SUCCESS);
+    unsigned int code = 0;
+    std::thread caller([&] { code = call(); });
+    EXPECT_TRUE(Eventually([] { return VXSIM_GetCallCount() > 0; }));
+    SetCurrentCamera(102);
+    caller.join();
+    VXSIM_ClearFaults();
+    VXSIM_StopCallLog();
+    EXPECT_EQ(code, RC_SUCCESS) << held;
+    EXPECT_EQ(Status(), RC_ACQUIRING) << "the other camera goes on";
+  };
+  int status = 0;
+  whileHeldUp("VX_SetBool", [] { return ShutDown(); });
+  SetCurrentCamera(101);
+  EXPECT_EQ(GetStatus(&status), RC_NOT_INITIALIZED);
+  whileHeldUp("VX_IsImplemented", [] { return Initialize(nullptr); });
+  SetCurrentCamera(101);
+  EXPECT_EQ(GetStatus(&status), RC_SUCCESS);
+  EXPECT_EQ(status, RC_IDLE);
+}
 
 TEST_F(TwoCameras, AnotherCameraIsOpenedAndClosedWhileOneRuns)
 {

@@ -5,6 +5,7 @@ vxmcd_test(lifecycle_test
     ../support/CounterCameraTest.cpp
     ../support/ProcessFigures.cpp
     ../support/SimulatedCameraTest.cpp
+    ../support/TScratchDirectory.cpp
     ConcurrencyTest.cpp
     LifecycleTest.cpp
     StreamTest.cpp
