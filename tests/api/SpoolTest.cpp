@@ -362,6 +362,29 @@ TEST_P(SpoolMethods, FilesDoNotStayInThePageCache)
 
 // --- runs that end early ---------------------------------------------------------------------------------------
 
+// The last image has come, but most are still on their way to the disk.
+TEST_P(SpoolMethods, ASeriesThatWasDeliveredIsFinishedByTheNextStartAndByClosing)
+{
+  constexpr int kImages = 1100;
+  for (const bool closes : {false, true}) {
+    Open();
+    SpoolTo(run_.Path(), GetParam());
+    StartSeries(kImages);
+    Push(kImages);
+    ASSERT_TRUE(HasImages(kImages));
+    if (!closes) {
+      ASSERT_EQ(SetSpool(0, 1, nullptr), RC_SUCCESS);
+      ASSERT_EQ(SetAcquisitionMode(kModeUntilAborted), RC_SUCCESS); // not writable before the series has ended
+      ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
+      EXPECT_EQ(Status(), RC_ACQUIRING);
+    }
+    ASSERT_EQ(ShutDown(), RC_SUCCESS);
+    EXPECT_EQ(run_.Text("run", "State"), "complete") << (closes ? "closed" : "started");
+    EXPECT_EQ(run_.Number("run", "ImagesWritten"), kImages);
+    EXPECT_EQ(ExpectImagesOnDisk(run_, kCounterBytes), static_cast<std::uint64_t>(kImages));
+  }
+}
+
 TEST_P(SpoolMethods, AnAbortKeepsWhatWasWrittenAndSaysHowMuch)
 {
   Open();

@@ -14,8 +14,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <optional>
+#include <thread>
 
 namespace {
 
@@ -117,6 +119,32 @@ TEST_F(SpooledRunOfACamera, TellsOfItsDiskAlsoBehindAStartThatWasRefused)
   ASSERT_EQ(manager_->Start(), TVxmcdAcquisitionManager::kDone);
   ASSERT_TRUE(system_calls::Eventually([this] { return !manager_->IsRunning(); }));
   EXPECT_FALSE(manager_->IsSpoolIssues());
+}
+
+TEST_F(SpooledRunOfACamera, TakesLongerThanTheLimitToFinishIfTheDiskMakesProgress)
+{
+  constexpr int kImages = 40;
+  manager_.emplace(&cameraLock_, camera_, 1000);
+  ASSERT_EQ(VX_SetInt(camera_, L"FrameCount", kImages), VX_SUCCESS);
+  disk_.writeDelayMs = 100;
+  manager_->SetRunMode(TVxmcdAcquisitionManager::kSeries);
+  manager_->SetImageCount(kImages);
+  manager_->SetSpool(true, TSpoolLayout::kImagePerFile, run_.Path().c_str());
+  ASSERT_EQ(manager_->Start(), TVxmcdAcquisitionManager::kDone);
+  ASSERT_TRUE(system_calls::Eventually(
+      [this] { return manager_->GetDispatchQueue()->GetMaximumImageAvailable() == kImages; }));
+
+  manager_->SetSpool(false, TSpoolLayout::kImagePerFile, nullptr);
+  std::atomic<bool> isStarting{true};
+  std::thread starter([&] {
+    EXPECT_EQ(manager_->Start(), TVxmcdAcquisitionManager::kDone);
+    isStarting = false;
+  });
+  EXPECT_EQ(manager_->Stop(), TVxmcdAcquisitionManager::kNotAcquiring);
+  EXPECT_TRUE(isStarting) << "an abort does not wait for the disk";
+  starter.join();
+  EXPECT_EQ(run_.Text("run", "State"), "complete");
+  EXPECT_EQ(run_.Number("run", "ImagesWritten"), kImages);
 }
 
 } // namespace
