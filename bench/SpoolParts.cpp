@@ -29,7 +29,7 @@ std::unique_ptr<ISpoolAlgorithm> makeAlgorithm(const TSpoolLayout& layout, TSpoo
   case TSpoolLayout::kBlocks:
     return std::make_unique<TBlockSpooler>(&images, layout.imageSizeBytes, layout.imagesPerPlace, kThreads);
   case TSpoolLayout::kQueued:
-    return std::make_unique<TQueuedSpooler>(&images, &fault, kThreads, slots);
+    return std::make_unique<TQueuedSpooler>(&images, &fault, kThreads, slots, kNoCoreHandle);
   case TSpoolLayout::kThreaded:
     break;
   }
