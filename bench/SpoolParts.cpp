@@ -3,6 +3,7 @@
 #include "SpoolParts.h"
 
 #include "BenchmarkCamera.h"
+#include "features/current_core_handle.h"
 #include "Rounds.h"
 #include "spool/ISpoolAlgorithm.h"
 #include "spool/TBlockSpooler.h"

@@ -88,7 +88,7 @@ TEST_F(SpooledRunOfACamera, KeepsAllBitsOfTheFirstTick)
   TCircularBuffer ring;
   ASSERT_EQ(ring.Allocate(kBytes, 2), 0);
   ring.Reset();
-  TDispatchQueue_Spool queue(&ring);
+  TDispatchQueue_Spool queue(&ring, camera_);
   queue.SetRun({run_.Path(), TSpoolLayout::kImagesTogether}, 1);
   queue.Initialise(kBytes);
   queue.Begin();
