@@ -397,6 +397,9 @@ TEST(CircularBuffer, WaitTellsFrameFailureAndCancelInThatOrderOfWeight)
 
   ring.Reset();
   EXPECT_EQ(ring.WaitChange(0), 2);
+  DeliverInOrder(ring, 1);
+  ring.Reset();
+  EXPECT_EQ(ring.WaitChange(0), 2) << "a frame of the run before";
 }
 
 // The next run begins, with its frame, before any waiter has had time to look.
