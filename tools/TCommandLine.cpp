@@ -216,7 +216,8 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
   app.add_flag("--verify", options.isVerify, "Compare every image with its checksum; no output is needed");
   app.add_flag("--salvage", options.isSalvage,
                "Take what can be had of a run that was not finished, without a checksum too");
-  app.add_flag("--keep-damaged", options.keepsDamaged, "Take images whose checksum is wrong, with --salvage also those without one");
+  app.add_flag("--keep-damaged", options.keepsDamaged,
+               "Take images whose checksum is wrong, with --salvage also those without one");
   app.add_flag("--overwrite", options.output.overwrite, "Replace files that exist");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
 }
