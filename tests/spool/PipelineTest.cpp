@@ -387,3 +387,30 @@ TEST(SpoolFault, KeepsTheFirstFailure)
 }
 
 } // namespace
+
+// The system reports what it could not write once, and what is cut off is gone however many images come behind it.
+TEST(SpoolIndex, StaysUnsyncedAfterAFailureAndSeesThatItWasCutOff)
+{
+  const TScratchDirectory directory;
+  const TSpoolIndex::TImage image{};
+  {
+    TDiskFaults disk;
+    TSpoolFault fault;
+    TSpoolIndex index(&fault);
+    ASSERT_TRUE(index.Create(directory.Path("")) && index.Append({&image, 1}));
+    disk.Fail(TDiskFaults::Call::kSyncData, TSpoolIndex::kFileName, EIO);
+    EXPECT_FALSE(index.Sync());
+    disk.FailNothing();
+    EXPECT_TRUE(index.Append({&image, 1}));
+    EXPECT_FALSE(index.Sync());
+    EXPECT_FALSE(index.Close());
+  }
+  const std::string path = directory.Path(TSpoolIndex::kFileName);
+  fs::remove(path);
+  TSpoolFault fault;
+  TSpoolIndex index(&fault);
+  ASSERT_TRUE(index.Create(directory.Path("")) && index.Append({&image, 1}));
+  fs::resize_file(path, 0);
+  EXPECT_FALSE(index.Close());
+  EXPECT_TRUE(fault.IsRaised());
+}
