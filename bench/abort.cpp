@@ -14,6 +14,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <functional>
 #include <sched.h>
 #include <string>
@@ -62,17 +63,20 @@ Times timesOf(const std::function<void()>& start, const std::function<void()>& e
 Times bareCycle(const BenchmarkCamera& camera, BareCamera& bare)
 {
   std::thread waiter;
+  std::atomic<bool> ends{false};
   const Times times = timesOf(
       [&] {
         bare.queueAll();
         bare.start();
-        waiter = std::thread([&camera] {
+        // A wait that comes to its end by itself is followed by another.
+        waiter = std::thread([&] {
           unsigned char* buffer = nullptr;
           int sizeBytes = 0;
-          VX_WaitBuffer(camera.handle(), &buffer, &sizeBytes, kSliceMs);
+          while (!ends) VX_WaitBuffer(camera.handle(), &buffer, &sizeBytes, kSliceMs);
         });
       },
       [&] {
+        ends = true;
         VX_Command(camera.handle(), L"AcquisitionStop");
         waiter.join();
         VX_Flush(camera.handle());
