@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Counts what a frame's road must not do: allocate, work with files, log.
+// Counts what the path of a frame must not do: allocate, work with files, log.
 //
 // The C library's functions for memory and for opening files, and the feature library's functions that frames
 // need, are defined here in front of the real ones.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Counts what a frame's road must not do: allocate, work with files, log.
+// Counts what the path of a frame must not do: allocate, work with files, log.
 #pragma once
 
 /// How much of it has happened in the process so far.

@@ -75,11 +75,11 @@ template <class Action>
 class Repeater
 {
 public:
-  Repeater(std::chrono::milliseconds pace, Action action)
-      : thread_([this, pace, action] {
+  Repeater(std::chrono::milliseconds period, Action action)
+      : thread_([this, period, action] {
           while (!ends_) {
             action();
-            std::this_thread::sleep_for(pace);
+            std::this_thread::sleep_for(period);
           }
         })
   {

@@ -9,6 +9,7 @@
 // "CameraAcquiring".
 #include "BenchmarkCamera.h"
 #include "BenchmarkSetting.h"
+#include "RegisterRounds.h"
 #include "Rounds.h"
 #include "vxcore_simulator.h"
 
@@ -131,14 +132,6 @@ void askWithoutWaiting(benchmark::State& state, const std::function<void()>& ask
   state.counters["camera_ns"] = seconds.baseline() * 1e9;
   state.counters["library_ns"] = seconds.measured() * 1e9;
   state.counters["ratio"] = seconds.ratio();
-}
-
-void registerRounds(const std::string& name, int rounds, const std::function<void(benchmark::State&)>& body)
-{
-  benchmark::RegisterBenchmark(name.c_str(), body)
-      ->UseManualTime()
-      ->Iterations(rounds)
-      ->Unit(benchmark::kMicrosecond);
 }
 
 } // namespace

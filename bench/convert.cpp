@@ -7,6 +7,7 @@
 #include "BenchmarkDirectory.h"
 #include "BenchmarkSetting.h"
 #include "Contest.h"
+#include "RegisterRounds.h"
 #include "spool/TSpoolLayout.h"
 #include "SpoolRun.h"
 
@@ -84,10 +85,7 @@ int main(int argc, char** argv)
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   printBenchmarkSetting("16 bits, 2048x2048 (8 MiB)");
   BenchmarkDirectory::get();
-  benchmark::RegisterBenchmark("convert", convert)
-      ->UseManualTime()
-      ->Iterations(kRounds)
-      ->Unit(benchmark::kMillisecond);
+  registerRounds("convert", kRounds, convert, benchmark::kMillisecond);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What a frame costs on its road through the library, against a bare VX_WaitBuffer / VX_QueueBuffer loop on the
+// What a frame costs on its path through the library, against a bare VX_WaitBuffer / VX_QueueBuffer loop on the
 // same camera with the same slots; and tiny and small frames from the camera to the application.
 //
-// The road is measured through the exported interface: a run until abort, whose frames are counted over a stretch
+// The path is measured through the exported interface: a run until abort, whose frames are counted over a stretch
 // of time. The camera makes a frame inside VX_WaitBuffer, so both loops pay for it on their own thread. `cpu_*` is
 // processor time of the loop's thread, `wall_*` time on the clock; `ratio` and `added` are medians over rounds
 // that measure both in turns. On a loaded machine look at the processor time.
@@ -38,7 +38,7 @@ constexpr auto kStretch = std::chrono::milliseconds(40);
 constexpr long kBareFrames = 200'000;
 constexpr int kWaitMs = 1000;
 
-/// A thread that is blocked in WaitForAcquisition whenever no news is there, while the object lives.
+/// A thread that is blocked in WaitForAcquisition while no frame has come, as long as the object lives.
 class Waiter
 {
 public:
@@ -93,7 +93,7 @@ Cost bareCost(BareCamera& bare)
 }
 
 /// @p wakesPerFrame gets how often the waiter, if there is one, was woken.
-Cost roadCost(BenchmarkCamera& camera, bool withWaiter, double& wakesPerFrame)
+Cost pathCost(BenchmarkCamera& camera, bool withWaiter, double& wakesPerFrame)
 {
   camera.startUntilAborted();
   std::unique_ptr<Waiter> waiter;
@@ -119,7 +119,7 @@ Cost roadCost(BenchmarkCamera& camera, bool withWaiter, double& wakesPerFrame)
   return {cpuSpent * 1e9 / counted, wallSpent * 1e9 / counted};
 }
 
-void road(benchmark::State& state, bool withMetadata, bool withWaiter)
+void framePath(benchmark::State& state, bool withMetadata, bool withWaiter)
 {
   BenchmarkCamera camera(kTiny.width, kTiny.height);
   require(SetMetaData(withMetadata ? 1 : 0) == RC_SUCCESS, "SetMetaData");
@@ -129,7 +129,7 @@ void road(benchmark::State& state, bool withMetadata, bool withWaiter)
   std::vector<double> wakes;
   for (auto _ : state) {
     Cost bareOnce{};
-    Cost roadOnce{};
+    Cost pathOnce{};
     double wakesPerFrame = 0;
     cpu.run(
         [&] {
@@ -137,19 +137,19 @@ void road(benchmark::State& state, bool withMetadata, bool withWaiter)
           return bareOnce.cpuNs;
         },
         [&] {
-          roadOnce = roadCost(camera, withWaiter, wakesPerFrame);
-          return roadOnce.cpuNs;
+          pathOnce = pathCost(camera, withWaiter, wakesPerFrame);
+          return pathOnce.cpuNs;
         });
-    wall.add(bareOnce.wallNs, roadOnce.wallNs);
+    wall.add(bareOnce.wallNs, pathOnce.wallNs);
     wakes.push_back(wakesPerFrame);
-    state.SetIterationTime(roadOnce.wallNs * 1e-9);
+    state.SetIterationTime(pathOnce.wallNs * 1e-9);
   }
   state.counters["cpu_bare_ns"] = cpu.baseline();
-  state.counters["cpu_road_ns"] = cpu.measured();
+  state.counters["cpu_path_ns"] = cpu.measured();
   state.counters["cpu_added_ns"] = cpu.difference();
   state.counters["cpu_ratio"] = cpu.ratio();
   state.counters["wall_bare_ns"] = wall.baseline();
-  state.counters["wall_road_ns"] = wall.measured();
+  state.counters["wall_path_ns"] = wall.measured();
   state.counters["wall_added_ns"] = wall.difference();
   state.counters["wall_ratio"] = wall.ratio();
   if (withWaiter) state.counters["wakes_per_frame"] = median(wakes);
@@ -237,10 +237,10 @@ int main(int argc, char** argv)
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   printBenchmarkSetting("8x4 and 128x128 pixels of 16 bits with a stamp, 5000 slots");
-  registerRounds("road/no_waiter", [](auto& state) { road(state, false, false); });
-  registerRounds("road/metadata/no_waiter", [](auto& state) { road(state, true, false); });
-  registerRounds("road/one_waiter", [](auto& state) { road(state, false, true); });
-  registerRounds("road/metadata/one_waiter", [](auto& state) { road(state, true, true); });
+  registerRounds("path/no_waiter", [](auto& state) { framePath(state, false, false); });
+  registerRounds("path/metadata/no_waiter", [](auto& state) { framePath(state, true, false); });
+  registerRounds("path/one_waiter", [](auto& state) { framePath(state, false, true); });
+  registerRounds("path/metadata/one_waiter", [](auto& state) { framePath(state, true, true); });
   for (const auto& [name, geometry] : {std::pair{"8x4", kTiny}, std::pair{"128x128", kSmall}}) {
     registerRounds(std::string("end_to_end/series/") + name, [=, g = geometry](auto& s) { endToEnd(s, g, true); });
     registerRounds(std::string("end_to_end/until_aborted/") + name,

@@ -9,6 +9,7 @@
 // it out; the baseline is a thread that waits for the same camera's buffers and copies without the library.
 #include "BenchmarkCamera.h"
 #include "BenchmarkSetting.h"
+#include "RegisterRounds.h"
 #include "Rounds.h"
 #include "vxcore_simulator.h"
 
@@ -155,14 +156,6 @@ void latency(benchmark::State& state, int width)
   state.counters["library_us"] = rounds.measured() * 1e6;
   state.counters["added_us"] = rounds.difference() * 1e6;
   state.counters["ratio"] = rounds.ratio();
-}
-
-void registerRounds(const std::string& name, int rounds, const std::function<void(benchmark::State&)>& body)
-{
-  benchmark::RegisterBenchmark(name.c_str(), body)
-      ->UseManualTime()
-      ->Iterations(rounds)
-      ->Unit(benchmark::kMicrosecond);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 // benchmark of the library should be about the camera.
 #include "BenchmarkCamera.h"
 #include "BenchmarkSetting.h"
+#include "RegisterRounds.h"
 #include "Rounds.h"
 
 #include <benchmark/benchmark.h>
@@ -69,11 +70,9 @@ int main(int argc, char** argv)
       {"counter", "Scene=counter\n"}, {"stamp", "Scene=stamp\n"}, {"noise", "Scene=gradient\nNoise=on\n"}};
   for (const auto& scene : scenes)
     for (const int width : {128, 2048})
-      benchmark::RegisterBenchmark((std::string(scene.name) + "/" + std::to_string(width)).c_str(),
-                                   [=](auto& state) { makeFrames(state, width, scene.keys); })
-          ->UseManualTime()
-          ->Iterations(kRounds)
-          ->Unit(benchmark::kMillisecond);
+      registerRounds(
+          std::string(scene.name) + "/" + std::to_string(width), kRounds,
+          [=](auto& state) { makeFrames(state, width, scene.keys); }, benchmark::kMillisecond);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

@@ -11,6 +11,7 @@
 // rings of the same run with and without huge pages, which the system may be told not to give to the process.
 #include "BenchmarkCamera.h"
 #include "BenchmarkSetting.h"
+#include "RegisterRounds.h"
 #include "Rounds.h"
 #include "vxcore_simulator.h"
 
@@ -204,14 +205,6 @@ void hugePages(benchmark::State& state, Geometry geometry)
   state.counters["ratio"] = passes.ratio();
   state.counters["free_huge_ms"] = frees.measured() * 1e3;
   state.counters["free_small_ms"] = frees.baseline() * 1e3;
-}
-
-void registerRounds(const std::string& name, int rounds, const std::function<void(benchmark::State&)>& body)
-{
-  benchmark::RegisterBenchmark(name.c_str(), body)
-      ->UseManualTime()
-      ->Iterations(rounds)
-      ->Unit(benchmark::kMicrosecond);
 }
 
 } // namespace

@@ -90,8 +90,8 @@ int main(int argc, char** argv)
   printBenchmarkSetting("8x4 pixels of 16 bits with a stamp, 5000 slots");
   CountedCalls::begin();
   for (const bool withMetadata : {false, true}) {
-    const std::string road = withMetadata ? "road/metadata" : "road";
-    benchmark::RegisterBenchmark(road.c_str(), [=](auto& state) {
+    const std::string name = withMetadata ? "path/metadata" : "path";
+    benchmark::RegisterBenchmark(name.c_str(), [=](auto& state) {
       count(state, withMetadata, letRun);
     })->Iterations(1);
   }
