@@ -282,10 +282,10 @@ int TAcquisitionThread::FetchOnce(unsigned char*& buffer, int& sizeBytes)
   const int result = fetchQueue_->Fetch(buffer, sizeBytes, kFetchSliceMs);
   TDispatchQueue* const queue = dispatchQueue_;
   if (result != TFetchQueue::kFrame || !queue || queue->IsSlot(buffer)) return result;
-  if (std::has_single_bit(++strayBuffers_)) // the first, and ever fewer
+  if (std::has_single_bit(++strayBuffers_)) // the 1st, 2nd, 4th, 8th, ...
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__,
-                                  "the camera delivered %s that is no slot of this run (%llu so far): not counted",
-                                  buffer ? "a buffer" : "no buffer,",
+                                  "the camera delivered %s (%llu so far in this run): not counted as a frame",
+                                  buffer ? "a buffer that is no slot of this run" : "a frame without a buffer",
                                   static_cast<unsigned long long>(strayBuffers_));
   return TFetchQueue::kNoFrame;
 }

@@ -124,7 +124,7 @@ private:
   TPerformanceLog performanceLog_;
   std::uint64_t strayBuffers_ = 0; // of the run in progress; acquisition thread only
 
-  // Guarded by runMutex_; runChanged_ tells of every change. Begun and ended are the numbers of the last run that
+  // Guarded by runMutex_; runChanged_ is notified of every change. Begun and ended are the numbers of the last run that
   // did so; the started and stopped events mirror them, but cannot tell one run from the next.
   std::mutex runMutex_;
   std::condition_variable runChanged_;

@@ -25,7 +25,7 @@ public:
 
   TChangeWaits();
 
-  /// No frame, no failure, no cancellation. Waits that none of the latter has ended go on.
+  /// No frame, no failure, no cancellation. A wait in progress goes on, unless a failure or a cancellation ended it.
   void BeginRun();
   /// A frame has been counted: ends one wait, or the next one. Acquisition thread only.
   void SignalFrame() { current_.load(std::memory_order_acquire)->event.Set(); }

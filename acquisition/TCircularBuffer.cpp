@@ -199,7 +199,7 @@ bool TCircularBuffer::MoveSlot(TFrameSlab& slab, const unsigned char* buffer, st
 {
   const std::uint64_t actual = slab.IndexOf(buffer, expected);
   if (actual == slab.Count()) return false;
-  // Whatever images the two slots had before are gone now, and what is gone stays gone.
+  // Whatever images the two slots had before are lost, for good.
   const std::uint64_t counter = imageCounter_.load(std::memory_order_relaxed);
   const auto giveUpImageIn = [&](std::uint64_t index) {
     if (counter <= index) return;

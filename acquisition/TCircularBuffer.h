@@ -16,7 +16,8 @@
 
 /// Fixed ring of frame slots between the acquisition thread (the one that counts frames) and application threads
 /// (which read them and wait for them). Owned by the acquisition manager. Thread-safe, with one condition:
-/// Allocate(), Delete() and Reset() are for when no run is in progress. Nothing throws, except that Reset() passes a lack of memory on.
+/// Allocate(), Delete() and Reset() are for when no run is in progress. Nothing throws, except that Reset() passes a
+/// lack of memory on.
 ///
 /// Image n (from 1) lives in slot (n - 1) mod count; the last `count` images are there, unless slots got lost, and
 /// older ones are overwritten without a check. Memory that is being read is kept until it is released, whatever
@@ -32,7 +33,7 @@ public:
   /// Replaces the ring by @p count slots for frames of @p frameSizeBytes bytes. Returns 0; 1 when there is not
   /// enough free memory, with no slots left. A ring of the same shape keeps its memory, whose pages are then
   /// mapped already. The memory of the ring before stays until the first frame of the new one, if there is enough for
-  /// both: a camera that has not flushed what it says would write into it.
+  /// both: a camera that has not flushed, though it says so, would write into it.
   int Allocate(std::uint64_t frameSizeBytes, std::uint64_t count);
   /// Frees the slots. Counter, flags and event stay as they are.
   void Delete();
@@ -42,8 +43,8 @@ public:
   void LetGoOfMemory();
   /// Everything that a camera may still be writing into, for whoever closes the camera.
   std::vector<std::shared_ptr<TFrameSlab>> HoldMemory() const;
-  /// Begins the numbering of a run: no images, no failure, no cancellation. Between Allocate() and here the images of the
-  /// run before, whose numbers still stand, are not there.
+  /// Begins the numbering of a run: no images, no failure, no cancellation. Between Allocate() and here the images of
+  /// the run before, whose numbers still stand, are not there.
   void Reset();
 
   /// Whether the camera gets slots back after their frames have been counted, and whether frames carry its clock
@@ -102,12 +103,12 @@ private:
   std::optional<TSlotClocks::TImage> FindClock(std::uint64_t image) const;
   bool HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const;
 
-  /// Guards slab_ against replacement, kept_, former_, holds_, staleUpTo_ and the kind of run; the slab's own tables need no
-  /// lock.
+  /// Guards slab_ against replacement, kept_, former_, holds_, staleUpTo_ and the kind of run; the slab's own tables
+  /// need no lock.
   mutable std::mutex slabMutex_;
   std::shared_ptr<TFrameSlab> slab_;
   std::vector<std::shared_ptr<TFrameSlab>> kept_;
-  std::vector<std::shared_ptr<TFrameSlab>> former_; // replaced since the last frame
+  std::vector<std::shared_ptr<TFrameSlab>> former_; // replaced; kept until the camera fills slab_
   std::atomic<std::uint64_t> imageCounter_{0};
   TChangeWaits waits_;
   /// Images below this one have lost their slot to a frame that arrived out of order.

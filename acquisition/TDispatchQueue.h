@@ -12,8 +12,8 @@ class IDispatchRoutine;
 /// The way of a run's frames between the acquisition thread and the application. The acquisition thread calls
 /// Dispatch() for each frame and Finalise() at the end of the run; application threads read images by their
 /// 1-based number meanwhile. Owned by the acquisition manager; it lives as long as its camera's manager or, for a
-/// wrapper of one run, as long as somebody holds it. None of the operations throws, except that Dispatch() may
-/// pass on a TSDK3Exception.
+/// wrapper of one run, as long as somebody has a reference to it. None of the operations throws, except that
+/// Initialise() may pass on a lack of memory and Dispatch() a TSDK3Exception.
 class TDispatchQueue
 {
 public:
@@ -25,12 +25,12 @@ public:
   virtual void Abort() = 0;
   /// Takes one frame. Returns 0, or non-zero when the run cannot go on.
   virtual int Dispatch(unsigned char* buffer, int sizeBytes) = 0;
-  /// The newest frame, or null. It is not held: the camera may write into it at any time.
+  /// The newest frame, or null. Its memory may be freed, and the camera may write into it, at any time.
   virtual unsigned char* GetLatestImage() = 0;
-  /// The frame with this number, its memory held until ReleaseImage8(), or null when it is not there.
+  /// The frame with this number, whose memory stays until ReleaseImage8(), or null when it is not there.
   virtual unsigned char* GetImage8(int image) = 0;
   virtual void ReleaseImage8(unsigned char* buffer) = 0;
-  /// As GetImage8(), without the hold.
+  /// As GetImage8(), but the memory may be freed at any time.
   virtual unsigned char* GetImage(int image) = 0;
   /// Number of the oldest frame there, 0 when there is none.
   virtual std::int64_t GetMinimumImageAvailable() = 0;

@@ -4,6 +4,6 @@
 
 int TDispatchQueue_Requeue::Dispatch(unsigned char* buffer, int sizeBytes)
 {
-  if (CountFrame(buffer)) GiveBack(buffer, sizeBytes);
+  if (CountFrame(buffer)) RequeueSlot(buffer, sizeBytes);
   return 0;
 }

@@ -24,7 +24,7 @@ public:
   {
   }
 
-  /// What holds for the run to come, and its number of images. No run may be in progress.
+  /// Settings and number of images of the run to come. No run may be in progress.
   void SetRun(const TSpoolSettings& settings, int images);
 
   /// Makes the directory and locks it. What fails here or in Begin() shows at the first frame.

@@ -126,7 +126,7 @@ int TPseudoAcquisitionMode::SetNumberKinetics(int count)
   return Settle(Apply(), kinetics_, before);
 }
 
-// The camera keeps nothing of a setting that it refuses.
+// A setting that the camera refuses is replaced by the one before, in the camera too.
 int TPseudoAcquisitionMode::Settle(int status, int& setting, int before)
 {
   if (status == kAccepted || status == kNotAvailableNow) return status;

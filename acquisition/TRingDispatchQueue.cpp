@@ -101,7 +101,7 @@ bool TRingDispatchQueue::CountFrame(unsigned char* buffer)
   return true;
 }
 
-void TRingDispatchQueue::GiveBack(unsigned char* buffer, int sizeBytes)
+void TRingDispatchQueue::RequeueSlot(unsigned char* buffer, int sizeBytes)
 {
   const std::int64_t slotBytes = GetImageSizeBytes() > 0 ? GetImageSizeBytes() : sizeBytes;
   VX_QueueBuffer(coreHandle_, buffer,

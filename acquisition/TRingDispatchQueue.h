@@ -38,13 +38,13 @@ protected:
   {
   }
 
-  /// Counts a frame and tells the dispatch routine. Returns false, with nothing counted, for memory that is no
+  /// Counts a frame and notifies the dispatch routine. Returns false, with nothing counted, for memory that is no
   /// slot of the ring.
   bool CountFrame(unsigned char* buffer);
 
-  /// Gives a slot back to the camera that it came from, whichever is the current one, and whole, whatever size the
+  /// Requeues a slot with the camera that it came from, whichever is the current one, and whole, whatever size the
   /// frame in it was reported to have.
-  void GiveBack(unsigned char* buffer, int sizeBytes);
+  void RequeueSlot(unsigned char* buffer, int sizeBytes);
 
   int CoreHandle() const { return coreHandle_; }
 

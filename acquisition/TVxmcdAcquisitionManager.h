@@ -29,8 +29,8 @@ class TQuorinCriticalSection;
 /// borrows the camera lock. Its starts and stops address its own camera, which is the current one when a program calls
 /// them; its thread addresses the camera that is current at the moment.
 /// Thread-safe: starts, stops and releases of memory exclude each other, and the rest may be called meanwhile.
-/// Callers that stay inside for long, in a wait or a copy, count themselves in Uses(); Close() sends waiters
-/// home and waits for all of them.
+/// Callers that stay inside for long, in a wait or a copy, count themselves in Uses(); Close() ends the waits and
+/// blocks until all of them have left.
 class TVxmcdAcquisitionManager final
 {
 public:
@@ -61,7 +61,7 @@ public:
   /// @p coreHandle is the camera. @p stopTimeoutMs limits how long Start() and Stop() wait for the end of a run.
   TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock, int coreHandle,
                            int stopTimeoutMs = kStopTimeoutMs);
-  /// Closes it and ends the run. The camera may still hold slots: see HoldMemory().
+  /// Closes it and ends the run. The camera may still have slots: see HoldMemory().
   ~TVxmcdAcquisitionManager();
   TVxmcdAcquisitionManager(const TVxmcdAcquisitionManager&) = delete;
   TVxmcdAcquisitionManager& operator=(const TVxmcdAcquisitionManager&) = delete;
@@ -85,9 +85,9 @@ public:
   /// Blocks while a finite run that has delivered all its frames brings them to the disk: for as long as that makes
   /// progress, and the time limit beyond. Returns at once for any other run.
   void FinishDeliveredRun();
-  /// Waits for news of the run.
+  /// Waits for a frame, for at most @p timeoutMs; a cancellation or a failed run ends the wait too.
   int Wait(int timeoutMs);
-  /// Sends all waiters home until the next start. Returns 0.
+  /// Ends all waits, those in progress and those that begin before the next start. Returns 0.
   int CancelWait();
   /// Frees the ring, at the end of the run in progress if there is one.
   void FreeInternalMemory();

@@ -12,7 +12,7 @@ class TFrameSlab;
 /// through; what was created before it stays.
 TCamera AssembleCamera(int coreHandle);
 
-/// Destroys a camera's objects in reverse order of dependency, after sending waiters home and waiting for every use
-/// of the camera to end.
+/// Destroys a camera's objects in reverse order of dependency, after ending all waits and waiting for every use of
+/// the camera to end.
 /// @return the memory that the camera may still be writing into, to be kept until it is closed
 std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera);

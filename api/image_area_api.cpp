@@ -90,7 +90,7 @@ unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int 
   const bool isWidthWrong = IsOutOfRange(coreHandle, Feature::kAOIWidth, Extent(hstart, hend) / hbin);
   const bool isLeftWrong = IsOutOfRange(coreHandle, Feature::kAOILeft, hstart);
   int sensorHeight = 0;
-  ReadInt(coreHandle, Feature::kSensorHeight, &sensorHeight); // asked for as ever, though it is not needed
+  ReadInt(coreHandle, Feature::kSensorHeight, &sensorHeight); // not needed, but the camera sees these calls
   const bool isHeightWrong = IsOutOfRange(coreHandle, Feature::kAOIHeight, Extent(vstart, vend) / vbin);
   const bool isTopWrong = IsOutOfRange(coreHandle, Feature::kAOITop, vstart);
 

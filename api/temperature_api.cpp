@@ -167,7 +167,7 @@ unsigned int SetFanMode(int mode)
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
   if (!isImplemented(coreHandle, Feature::kFanSpeed)) return RC_NOT_SUPPORTED;
   int count = 0;
-  VX_GetEnumeratedCount(coreHandle, Feature::kFanSpeed, &count); // asked for as ever, though it is not needed
+  VX_GetEnumeratedCount(coreHandle, Feature::kFanSpeed, &count); // not needed, but the camera sees these calls
   const wchar_t* const text = FanText(mode);
   if (!text) return RC_P1_INVALID;
   const int code = VX_SetEnumeratedString(coreHandle, Feature::kFanSpeed, text);

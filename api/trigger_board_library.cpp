@@ -14,11 +14,11 @@ TLoadUSBi2cDll* gblp_LoadUSBi2cDll = nullptr;
 
 namespace {
 
-// Held shared by calls into the library, alone by who loads or unloads it.
+// Locked shared by calls into the library, alone by who loads or unloads it.
 TNeverDestroyed<std::shared_mutex> libraryMutex;
 
-// Taken before libraryMutex and let go at once by calls, kept by who loads or unloads: calls that overlap one
-// another without end would hold that off for ever.
+// Locked before libraryMutex; calls unlock it at once, who loads or unloads keeps it. Without it, calls that overlap
+// one another without a pause would keep who loads or unloads waiting without limit.
 TNeverDestroyed<std::mutex> turnMutex;
 
 // A plug-in may call these functions again; that must not wait for its turn.

@@ -21,8 +21,8 @@ namespace {
 
 constexpr int kThreads = 2;
 
-/// The ways' common face. What is spooled has been written when the object is gone; TQueuedSpooler wants a Finish()
-/// before that, else it gives up what waits.
+/// The algorithm for @p layout. What is spooled has been written when the object is destroyed; TQueuedSpooler needs a
+/// Finish() before that, else it gives up what is still queued.
 std::unique_ptr<ISpoolAlgorithm> makeAlgorithm(const TSpoolLayout& layout, TSpoolImageSpooler& images,
                                                TSpoolFault& fault, std::size_t slots)
 {

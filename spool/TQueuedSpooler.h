@@ -27,13 +27,12 @@ class TQueuedSpooler final : public ISpoolAlgorithm
 {
 public:
   /// With fewer than one thread, images are closed by the write task's thread.
-  /// @p slots is how many the camera has been given, 0 when nobody knows.
-  /// They go back to the camera @p coreHandle.
+  /// @p slots is how many slots the camera @p coreHandle has been given, 0 when nobody knows; they go back to it.
   TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots, int coreHandle);
   /// Images that have not been copied yet are given up.
   ~TQueuedSpooler() override;
 
-  /// @p buffer must stay as it is until its slot is given back. Blocks while the camera has no slot left.
+  /// @p buffer must stay as it is until its slot is requeued. Blocks while the camera has no slot left.
   int Spool(int index, unsigned char* buffer, int sizeBytes) override;
   /// Gives up the images that have not been copied yet.
   void Abort();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Gives frame slots back to the camera once their images are written.
+// Requeues frame slots with the camera once their images are copied or given up.
 #pragma once
 
 #include "utility/TQuorinWorkThread.h"
@@ -13,10 +13,10 @@
 class TSpoolFault;
 class TSpoolQueue;
 
-/// Takes images that a write task has done with from its reuse queue, in order, and gives their slots back to the
-/// camera of the run, whichever is the current one. On a thread of its own, since nobody else may come by: with all slots on their way to the disk there is
-/// no frame that would wake the acquisition thread. After an image that could not be written it aborts the write
-/// task's input queue, since no other can follow. Owned by the run's pipeline; borrows queues and fault.
+/// Takes images that a write task has finished from its reuse queue, in order, and requeues their slots with the camera
+/// of the run, whichever is the current one. It has its own thread: with all slots on their way to the disk there is no
+/// frame that would wake the acquisition thread. After an image that could not be written it aborts the write task's
+/// input queue, since no other can follow. Owned by the run's pipeline; borrows queues and fault.
 class TSlotReturnTask final : public QuorinUtility::TQuorinWorkThreadRoutine
 {
 public:

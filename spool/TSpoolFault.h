@@ -12,13 +12,12 @@
 class TSpoolFault final
 {
 public:
-  /// Keeps "<what> <name>: <text of errno value>" unless there is a failure already, and logs every one. Without the
-  /// last part where there is no errno value, 0.
-  /// Where there is no memory for that, the failure counts all the same.
+  /// Keeps "<what> <name>: <text of errno value>" unless there is a failure already, and logs every one. With 0 for the
+  /// errno value the text ends with the name. Where there is no memory for the text, the failure counts all the same.
   void Raise(const char* what, const std::string& name, int error) noexcept;
 
-  /// Whether the open file @p descriptor, of this name, still has a name and @p size bytes. If not, somebody has removed
-  /// or truncated it, and that is raised, or why nothing can be said.
+  /// Whether the open file @p descriptor still has a name and @p size bytes. If not, somebody has removed or truncated
+  /// it, which is raised with @p name; so is a failure to look.
   bool CheckFile(int descriptor, std::uint64_t size, const std::string& name) noexcept;
 
   bool IsRaised() const { return raised_.load(std::memory_order_acquire); }

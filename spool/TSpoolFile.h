@@ -45,7 +45,7 @@ public:
   /// TSpoolVolume::kAlignment.
   int Write(const unsigned char* data, std::size_t size, std::uint64_t offset);
   /// Some more of the run's images have been written. Begins to bring this part of the file to the disk, so that
-  /// little is left to do when the file is closed. Says with IsFull() when there is no more to come.
+  /// little is left to do when the file is closed. With the last of them IsFull() becomes true.
   void ImagesWritten(std::uint32_t images, std::uint64_t offset, std::uint64_t size);
   /// Brings to the disk what has been written since the last time. After a failure all others fail as well.
   int Sync();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Makes, hands out and closes the files of a spooled run.
+// Makes, syncs and closes the files of a spooled run.
 #include "spool/TSpoolFileSpooler.h"
 
 #include "spool/TSpoolFault.h"
@@ -128,7 +128,7 @@ int TSpoolFileSpooler::CloseImage(IImage* image)
   if (!open->second->IsFull()) return 0;
   const bool isLarge = open->second->IsLarge();
   changed_.wait(lock, [&] { return isLarge ? full_.empty() && !isClosing_ : full_.size() < kMaxFullFiles; });
-  full_.push_back(std::move(open->second)); // other entries may have come and gone meanwhile, but not this one
+  full_.push_back(std::move(open->second)); // the wait may have removed others, not this one
   files_.erase(open);
   closeNow_ = closeNow_ || isLarge || full_.size() >= kMaxFullFiles / 2;
   if (thread_.IsCreated()) {
@@ -177,7 +177,7 @@ bool TSpoolFileSpooler::CloseFiles()
   return isLarge;
 }
 
-// They cannot go meanwhile: they are closed on this thread, or after it has ended.
+// No file is destroyed during its sync: files are closed on this thread, or after it has ended.
 void TSpoolFileSpooler::SyncOpenFiles()
 {
   for (unsigned int next = 0;;) {
@@ -236,7 +236,7 @@ void TSpoolFileSpooler::Finish()
   CheckFiles();
 }
 
-// Files may have gone since they were closed.
+// Somebody may have removed files since they were closed.
 void TSpoolFileSpooler::CheckFiles()
 {
   const std::lock_guard lock(mutex_);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Makes, hands out, syncs and closes the files of a spooled run.
+// Makes, syncs and closes the files of a spooled run.
 #pragma once
 
 #include "spool/ISpooler.h"
@@ -22,11 +22,11 @@ class TSpoolIndex;
 
 /// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after
 /// CloseImage() until it is full, or until Finish(), since the next image of it may come at any time. Full files are
-/// synced and closed on a thread of its own, large ones one after another, small ones many at a time: that may take as
-/// long as the disk needs for a whole file, in which the next one can be opened and filled. About once a second that thread also syncs the files that are
-/// open, and behind the files always the index, so that a power failure costs the images of a second or two. Owned by
-/// the run's pipeline; borrows fault and index. Thread-safe. Operations return errno values; what fails is also raised
-/// as the fault.
+/// synced and closed on its own thread, large ones one after another, small ones many at a time: while that waits for
+/// the disk, the next file can be opened and filled. About once a second that thread also syncs the files that are
+/// open; after these, and after each large file, it syncs the index. So a power failure costs the images of a second
+/// or two. Owned by the run's pipeline; borrows fault and index. Thread-safe. Operations return errno values; what
+/// fails is also raised as the fault.
 class TSpoolFileSpooler final : public ISpooler, private QuorinUtility::TQuorinWorkThreadRoutine
 {
 public:

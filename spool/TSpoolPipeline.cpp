@@ -191,7 +191,7 @@ void TSpoolPipeline::SyncDirectory()
 }
 
 // A process that was forked meanwhile has the descriptor too, so that closing it here would not open the lock.
-void TSpoolPipeline::LetGoOfDirectory()
+void TSpoolPipeline::UnlockDirectory()
 {
   if (directoryLock_.IsOpen()) flock(directoryLock_.Get(), LOCK_UN);
   directoryLock_.Close();
@@ -222,7 +222,7 @@ void TSpoolPipeline::Finish()
     Try([this] { SyncDirectory(); });
     Try([this] { CompleteDescription(); });
   }
-  LetGoOfDirectory();
+  UnlockDirectory();
 }
 
 void TSpoolPipeline::EndAlgorithm()

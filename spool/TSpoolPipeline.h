@@ -38,7 +38,7 @@ public:
   /// first image. A pipeline that never begins leaves the directory as it was. Does not throw.
   void Begin();
 
-  /// Takes over an image of the size of the run's images. Blocks while the disk is behind. Returns false when the
+  /// Accepts an image of the size of the run's images. Blocks while the disk is behind. Returns false when the
   /// run cannot go on.
   bool Spool(int index, unsigned char* buffer);
   /// Whether the pipeline gives slots back to the camera, at a later time. If not, they are free when Spool()
@@ -46,7 +46,7 @@ public:
   bool ReturnsSlots() const { return queued_ != nullptr; }
   /// The run ends early: images that are still in their slots are given up.
   void Abort();
-  /// Waits until everything is on the disk, completes the description and lets go of the directory. Does not throw.
+  /// Waits until everything is on the disk, completes the description and unlocks the directory. Does not throw.
   void Finish();
   bool HasFailed() const { return fault_.IsRaised(); }
   /// Rises while images are getting to the disk: see TSpoolFileSpooler::Progress().
@@ -67,7 +67,7 @@ private:
   void CompleteDescription();
   template <class Step>
   void Try(Step step);
-  void LetGoOfDirectory();
+  void UnlockDirectory();
 
   TSpoolFault fault_;
   const TSpoolSettings settings_;

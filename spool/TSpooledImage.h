@@ -43,7 +43,7 @@ public:
   /// Returns 0, or an errno value: of what failed first in the run, the fault tells more.
   int Unlock() override;
 
-  /// The next of its images has been filled. A place that is never told so has all of its images from Lock() on.
+  /// The next of its images has been filled. Without a call all of its images count as filled from Lock() on.
   /// The images of a place that takes long to fill are written and recorded once a second.
   void Take();
 

@@ -15,7 +15,7 @@ struct TRunResult
   double seconds = 0.0;
   bool hasOutput = false; ///< there is a file of images
   bool isOutputFailed = false;
-  bool isWrittenKnown = true; ///< false: the account's images on disk are not those that are there
+  bool isWrittenKnown = true; ///< whether the account's number of images on disk is true
 };
 
 } // namespace vxtool

@@ -164,7 +164,7 @@ bool TAcquisitionLoop::TakeImage(long number)
   return false;
 }
 
-// Whether the clock value 0 of the first image is one: it stands for none, too.
+// Whether the 0 of the first image is its clock value, and does not stand for none.
 bool TAcquisitionLoop::StartsAtZero() const
 {
   long long ticks = -1;

@@ -104,8 +104,8 @@ class Run:
             time.sleep(0.005)
 
     def fetch(self, number: int, image: np.ndarray) -> Tuple[bool, Optional[int]]:
-        """Copies an image that has come to a contiguous array of its shape. Whether the array holds it: it may be gone, or
-        may have been overwritten while it was copied. Then the camera's clock at it, None when that is not known."""
+        """Copies an image that has come to a contiguous array of its shape. Returns whether the array has it, as it may have
+        been overwritten before or during the copy, and the camera's clock at it, None when that is not known."""
         name, kind = _FETCH[image.itemsize]
         ticks = ctypes.c_longlong()
         pointer = image.ctypes.data_as(ctypes.POINTER(kind))
@@ -114,7 +114,7 @@ class Run:
         return code == raw.RC_SUCCESS, ticks.value if is_known else None
 
     def _starts_at_zero(self):
-        """Whether the clock value 0 of the first image is one: it stands for none, too."""
+        """Whether the 0 of the first image is its clock value, and does not stand for none."""
         count, ticks = ctypes.c_uint(), ctypes.c_longlong(-1)
         unknown = (raw.RC_NOT_SUPPORTED, raw.RC_NOT_AVAILABLE, raw.RC_FEATURE_ERROR)
         code = self._session.call("vxsys_GetRawMetaDataInfo", ctypes.byref(count), ctypes.byref(ticks), 0, also=unknown)

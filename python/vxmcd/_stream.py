@@ -55,7 +55,7 @@ class Stream:
     @property
     def lost_in_camera(self) -> Optional[int]:
         """Frames that the camera made and never delivered; None when it cannot be told: without timestamps, or when
-        triggers set the pace."""
+        triggers set the rate."""
         return self._gaps.missing if self._gaps and self._has_ticks else None
 
     def __iter__(self) -> "Stream":

@@ -117,7 +117,7 @@ private:
   TDeviceStatus& status_;
   std::mutex& deviceMutex_;
   const int device_;
-  const bool paced_; ///< the camera's own thread makes the frames at the pace of the wall clock
+  const bool paced_; ///< the camera's own thread makes the frames in real time
 
   // All guarded by deviceMutex_.
   std::condition_variable changed_; ///< for waiting callers

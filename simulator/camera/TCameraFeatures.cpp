@@ -194,7 +194,7 @@ std::unique_ptr<IFeature> MakeFrameRate(const TBuild& b)
   TFeatureAccess access = b.Access();
   access.writable = [&s] {
     const TChoice& mode = s.Choice(L"TriggerMode");
-    return mode.Is(L"Internal") || mode.Is(L"External Start"); // otherwise triggers set the pace
+    return mode.Is(L"Internal") || mode.Is(L"External Start"); // otherwise triggers set the rate
   };
   const auto maximum = [&s] { return 1.0 / TFrameTiming::Of(s).fastestSeconds; };
   return b.Float(std::move(access),

@@ -16,7 +16,7 @@ namespace vxsim {
 /// Whose time a camera keeps.
 enum class EClock
 {
-  Real, ///< frames are paced by the wall clock, on a thread of the camera
+  Real, ///< frames are made in real time, on a thread of the camera
   Free, ///< frames are made when they are waited for; the camera's clock advances by what they would have taken
 };
 

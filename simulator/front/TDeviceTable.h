@@ -19,7 +19,7 @@ namespace vxsim {
 /// Initialisation count, backends and open devices. One for the whole library, see Instance(); never destroyed, so
 /// that calls from threads that outlive main() stay harmless. Thread-safe.
 ///
-/// Each device index has a slot that lives for ever and holds the device's lock. A call locks the slot, compares
+/// Each device index has a slot, never destroyed, with the device's lock. A call locks the slot, compares
 /// the handle and works on the device under the lock: one uncontended lock a call. The table's own lock serialises
 /// opening, closing and configuring, and is always taken before a slot's.
 class TDeviceTable final

@@ -337,7 +337,7 @@ TEST_F(ARunningRing, ASlotThatIsLostOrFilledInPartDoesNotHideTheCamera)
   Fill(1);   // image 2 is overwritten
   EXPECT_EQ(IntactImages(), (TImages{5, 6})) << "image 3 may be next";
 
-  // Whose slot changes places vouches for nobody any more.
+  // An image whose slot has changed places shows nothing any more.
   Begin(6);
   FillAndCount(6);
   ASSERT_TRUE(ring_.PlaceNext(ring_.GetBuffer(3), ring_.GetBuffer(3) + kClockAt));
