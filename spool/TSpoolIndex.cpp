@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -38,7 +39,7 @@ bool TSpoolIndex::Create(const std::string& directory)
   return file_.IsOpen();
 }
 
-bool TSpoolIndex::Append(std::span<const TImage> images)
+std::size_t TSpoolIndex::Append(std::span<const TImage> images)
 {
   std::vector<TRecord> records;
   records.reserve(images.size());
@@ -51,18 +52,27 @@ bool TSpoolIndex::Append(std::span<const TImage> images)
 
   const std::lock_guard lock(mutex_);
   const std::uint64_t offset = count_ * sizeof(TRecord);
-  if (!CheckUnchanged()) return false;
+  if (!CheckUnchanged()) return 0;
   int error = CheckFileSizeLimit(offset + size);
   if (error == 0) error = WriteAll(file_.Get(), records.data(), size, offset);
+  const std::size_t written = error == 0 ? images.size() : WholeRecordsBehind(offset);
   if (error != 0) {
-    // A part of the records may have fitted in; the count is to be what the file says.
-    if (ftruncate(file_.Get(), static_cast<off_t>(offset)) != 0) fault_->Raise("cannot shorten", path_, errno);
+    const std::uint64_t end = offset + written * sizeof(TRecord);
+    if (ftruncate(file_.Get(), static_cast<off_t>(end)) != 0) fault_->Raise("cannot shorten", path_, errno);
     fault_->Raise("cannot write", path_, error);
-    return false;
   }
-  count_ += images.size();
-  isSynced_ = false;
-  return true;
+  count_ += written;
+  isSynced_ = isSynced_ && written == 0;
+  return written;
+}
+
+// What a disk that filled up has taken.
+std::size_t TSpoolIndex::WholeRecordsBehind(std::uint64_t offset) const
+{
+  struct stat status = {};
+  if (fstat(file_.Get(), &status) != 0) return 0;
+  const auto end = static_cast<std::uint64_t>(status.st_size);
+  return end > offset ? (end - offset) / sizeof(TRecord) : 0;
 }
 
 std::uint64_t TSpoolIndex::Count()

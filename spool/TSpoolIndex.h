@@ -32,9 +32,9 @@ public:
 
   /// Makes an empty index in @p directory. Returns false, with the fault raised, when that fails.
   bool Create(const std::string& directory);
-  /// Returns false, with the fault raised, when the records could not be written, or somebody has removed or truncated
-  /// the file.
-  bool Append(std::span<const TImage> images);
+  /// Returns how many of the images are recorded: fewer than all, with the fault raised, when the disk has room for
+  /// fewer or fails, or when somebody has removed or truncated the file.
+  std::size_t Append(std::span<const TImage> images);
   /// Brings the records to the disk, without delaying Append() for that. Returns false, with the fault raised, on
   /// failure. Not while Close() is called.
   bool Sync();
@@ -45,6 +45,7 @@ public:
 
 private:
   bool CheckUnchanged();
+  std::size_t WholeRecordsBehind(std::uint64_t offset) const;
 
   TSpoolFault* fault_;
   std::string path_;

@@ -75,13 +75,15 @@ bool TSpooledImage::WriteNewImages()
     fault_->Raise("cannot write", file_->Path(), error);
     return false;
   }
-  const auto images = static_cast<std::uint32_t>(takenAtNs_.size() - recorded_);
-  if (!Record()) return false;
-  file_->ImagesWritten(images, place_.offset + begin, size);
-  return true;
+  const std::size_t images = takenAtNs_.size() - recorded_;
+  const std::size_t recorded = Record();
+  if (recorded > 0)
+    file_->ImagesWritten(static_cast<std::uint32_t>(recorded), place_.offset + begin,
+                         recorded * place_.imageSizeBytes);
+  return recorded == images;
 }
 
-bool TSpooledImage::Record()
+std::size_t TSpooledImage::Record()
 {
   std::vector<TSpoolIndex::TImage> images;
   images.reserve(takenAtNs_.size() - recorded_);

@@ -49,7 +49,7 @@ public:
 
 private:
   bool WriteNewImages();
-  bool Record();
+  std::size_t Record();
 
   const TPlace place_;
   TSpoolFile* const file_;

@@ -397,11 +397,11 @@ TEST(SpoolIndex, StaysUnsyncedAfterAFailureAndSeesThatItWasCutOff)
     TDiskFaults disk;
     TSpoolFault fault;
     TSpoolIndex index(&fault);
-    ASSERT_TRUE(index.Create(directory.Path("")) && index.Append({&image, 1}));
+    ASSERT_TRUE(index.Create(directory.Path("")) && index.Append({&image, 1}) == 1);
     disk.Fail(TDiskFaults::Call::kSyncData, TSpoolIndex::kFileName, EIO);
     EXPECT_FALSE(index.Sync());
     disk.FailNothing();
-    EXPECT_TRUE(index.Append({&image, 1}));
+    EXPECT_EQ(index.Append({&image, 1}), 1U);
     EXPECT_FALSE(index.Sync());
     EXPECT_FALSE(index.Close());
   }
@@ -409,7 +409,7 @@ TEST(SpoolIndex, StaysUnsyncedAfterAFailureAndSeesThatItWasCutOff)
   fs::remove(path);
   TSpoolFault fault;
   TSpoolIndex index(&fault);
-  ASSERT_TRUE(index.Create(directory.Path("")) && index.Append({&image, 1}));
+  ASSERT_TRUE(index.Create(directory.Path("")) && index.Append({&image, 1}) == 1);
   fs::resize_file(path, 0);
   EXPECT_FALSE(index.Close());
   EXPECT_TRUE(fault.IsRaised());
