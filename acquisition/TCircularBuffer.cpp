@@ -104,6 +104,7 @@ void TCircularBuffer::Reset()
 {
   {
     const std::lock_guard lock(slabMutex_);
+    ++runNumber_;
     imageCounter_.store(0, std::memory_order_release);
     lowestKept_ = 0;
     staleUpTo_ = 0;
@@ -164,6 +165,7 @@ void TCircularBuffer::Increment()
 {
   // One writer: the acquisition thread.
   const std::uint64_t image = imageCounter_.load(std::memory_order_relaxed) + 1;
+  if (image == 1) ++runNumber_;
   imageCounter_.store(image, std::memory_order_release);
   waits_.SignalFrame();
   if (image == 1) ReleaseFormerSlabs();
@@ -246,6 +248,11 @@ bool TCircularBuffer::IsImageIntact(std::uint64_t image, const unsigned char* bu
   if (!buffer || FindImage(image) != buffer) return false;
   if (!slotsAreReused_) return true;
   if (framesHaveClock_) return HasCameraNotReached(image, buffer);
+  return IsOfNewerHalf(image);
+}
+
+bool TCircularBuffer::IsOfNewerHalf(std::uint64_t image) const
+{
   return GetMaxImageIndex() - image < slab_->Count() / 2;
 }
 
@@ -257,20 +264,28 @@ bool TCircularBuffer::HasCameraNotReached(std::uint64_t image, const unsigned ch
   if (!own || (own->clock && !own->clock->IsIn(buffer))) return false;
 
   const std::uint64_t count = slab_->Count();
+  const std::uint64_t newest = GetMaxImageIndex();
   const std::uint64_t farthest = std::min({image, count - 1, kFarthestBack});
   int wanted = count < kSmallRing ? 1 : kSlotsAhead;
+  bool isClockSeen = own->clock.has_value();
   for (std::uint64_t back = 1; back <= farthest; ++back) {
     const std::uint64_t ahead = image - back;
     // In front of image 1 comes the slot that is filled last before the ring goes round.
-    if (ahead == 0) return slab_->IsLastSlotUnused();
+    if (ahead == 0) {
+      if (slab_->IsLastSlotUnused()) return true;
+      break;
+    }
+    if (ahead + count <= newest) break; // its slot has a later image
     const auto found = FindClock(ahead);
     if (!found) return false;
+    isClockSeen = isClockSeen || found->clock;
     // A clock that stands still tells nothing.
     if (!found->clock || (own->clock && own->clock->ticks == found->clock->ticks)) continue;
     if (!found->clock->IsIn(slab_->Slot((ahead - 1) % count))) return false;
     if (--wanted == 0) return true;
   }
-  return false;
+  // A camera may have metadata and no clock in it.
+  return !isClockSeen && IsOfNewerHalf(image);
 }
 
 std::optional<TSlotClocks::TImage> TCircularBuffer::FindClock(std::uint64_t image) const

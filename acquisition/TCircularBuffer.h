@@ -56,6 +56,9 @@ public:
   std::uint64_t GetBufferCount() const;
   /// Number of the newest image, which is also the number of images since Reset().
   std::uint64_t GetMaxImageIndex() const { return imageCounter_.load(std::memory_order_acquire); }
+  /// Another number after each Reset(), and after the first image behind it: whoever has read it before a look at the
+  /// images knows afterwards whether they were of one run.
+  std::uint64_t GetRunNumber() const { return runNumber_.load(std::memory_order_acquire); }
   /// Number of the oldest image that is there, 0 before the first.
   std::uint64_t GetMinImageIndex() const;
   /// The memory of an image, or null when it is not there.
@@ -88,7 +91,7 @@ public:
   /// Whether what the caller has read of @p buffer, which HoldBufferForImage() gave for this image, is of this image
   /// alone: the camera has not begun to write over it. It may be ahead of the frames counted so far by as many as
   /// there are slots. Where frames carry a clock value, the slots that the camera fills before this one tell how far
-  /// it is; where they do not, an image of the newer half of the ring is taken for intact.
+  /// it is; where none of them does, an image of the newer half of the ring is taken for intact.
   bool IsImageIntact(std::uint64_t image, const unsigned char* buffer) const;
   /// The camera's clock value in this image, as it was when the image was counted.
   std::optional<std::int64_t> GetTicks(std::uint64_t image) const;
@@ -101,6 +104,7 @@ private:
   unsigned char* FindImage(std::uint64_t image) const;
   std::uint64_t OldestImage(std::uint64_t newest, std::uint64_t count) const;
   std::optional<TSlotClocks::TImage> FindClock(std::uint64_t image) const;
+  bool IsOfNewerHalf(std::uint64_t image) const;
   bool HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const;
 
   /// Guards slab_ against replacement, kept_, former_, holds_, staleUpTo_ and the kind of run; the slab's own tables
@@ -110,6 +114,7 @@ private:
   std::vector<std::shared_ptr<TFrameSlab>> kept_;
   std::vector<std::shared_ptr<TFrameSlab>> former_; // replaced; kept until the camera fills slab_
   std::atomic<std::uint64_t> imageCounter_{0};
+  std::atomic<std::uint64_t> runNumber_{0}; // changes before the counter does
   TChangeWaits waits_;
   /// Images below this one have lost their slot to a frame that arrived out of order.
   std::atomic<std::uint64_t> lowestKept_{0};

@@ -50,6 +50,9 @@ public:
   /// The camera's clock value in the image with this number; nothing when the frame had none.
   virtual std::optional<std::int64_t> GetImageTicks(std::int64_t image) = 0;
 
+  /// Another number as soon as images of another run may be there: from its start on, and again with its first image.
+  virtual std::uint64_t RunNumber() { return 0; }
+
   /// The frames of the run that begins carry the camera's clock. Called after Initialise().
   virtual void ExpectClock() {}
   /// Where in the frame that is dispatched next the camera has put its clock value; null for nowhere. Acquisition

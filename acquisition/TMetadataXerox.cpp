@@ -108,6 +108,11 @@ std::optional<std::int64_t> TMetadataXerox::GetImageTicks(std::int64_t image)
   return wrapped_->GetImageTicks(image);
 }
 
+std::uint64_t TMetadataXerox::RunNumber()
+{
+  return wrapped_->RunNumber();
+}
+
 bool TMetadataXerox::IsSlot(const unsigned char* buffer)
 {
   return wrapped_->IsSlot(buffer);

@@ -31,6 +31,7 @@ public:
   TFrameMemory AcquireImage(std::int64_t image) override;
   bool IsImageIntact(std::int64_t image, const unsigned char* frame) override;
   std::optional<std::int64_t> GetImageTicks(std::int64_t image) override;
+  std::uint64_t RunNumber() override;
   bool IsSlot(const unsigned char* buffer) override;
   bool HasFailed() override;
   std::uint64_t Progress() override;

@@ -87,6 +87,11 @@ std::optional<std::int64_t> TRingDispatchQueue::GetImageTicks(std::int64_t image
   return circularBuffer_->GetTicks(ImageNumber(image));
 }
 
+std::uint64_t TRingDispatchQueue::RunNumber()
+{
+  return circularBuffer_->GetRunNumber();
+}
+
 bool TRingDispatchQueue::IsSlot(const unsigned char* buffer)
 {
   return circularBuffer_->IsSlot(buffer);

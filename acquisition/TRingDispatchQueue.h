@@ -27,6 +27,7 @@ public:
   TFrameMemory AcquireImage(std::int64_t image) override;
   bool IsImageIntact(std::int64_t image, const unsigned char* frame) override;
   std::optional<std::int64_t> GetImageTicks(std::int64_t image) override;
+  std::uint64_t RunNumber() override;
   void ExpectClock() override;
   void SetClockOfNextFrame(const unsigned char* clock) override { clockOfNextFrame_ = clock; }
   bool IsSlot(const unsigned char* buffer) override;

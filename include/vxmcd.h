@@ -1046,8 +1046,9 @@ VXMCD_API unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, lo
  * 1 s when the last image has just arrived and the run is about to end.
  * @param array  room for @p size pixels times GetTotalNumberImagesAcquired()
  * @param size   pixels of one image
- * @return #RC_SUCCESS; #RC_ACQUIRING while the run goes on; #RC_P1_INVALID for a null array; #RC_P2_INVALID for
- *         another size; #RC_NO_NEW_DATA when there is no image
+ * @return #RC_SUCCESS; #RC_ACQUIRING while the run goes on, or when another thread has started the next one before
+ *         all images were copied; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another size; #RC_NO_NEW_DATA
+ *         when there is no image
  */
 VXMCD_DECORATED unsigned int GetAcquiredData8(unsigned char* array, unsigned long size);
 /** @copydoc GetAcquiredData8 */
@@ -1108,8 +1109,9 @@ VXMCD_DECORATED unsigned int GetImages(long first, long last, int* array, unsign
  *
  * Images of a finite run that is not written to disk are never overwritten. In other runs with metadata (see
  * SetMetaData()) the camera's clock values in the buffers that are filled before this image's one show after the copy
- * that the camera has not reached it. Without metadata, only images of the newer half of the ring are given; that
- * holds as long as the library is behind the camera by less than half a ring. A ring of one buffer never gives one.
+ * that the camera has not reached it. Without metadata, or when the camera puts no clock values there, only images of
+ * the newer half of the ring are given; that holds as long as the library is behind the camera by less than half a
+ * ring. A ring of one buffer never gives one.
  * @param image  number of the image, 1 or more
  * @param array  room for @p size pixels. It is left as it is, except that after #RC_NO_NEW_DATA it may hold anything
  * @param size   pixels of one image

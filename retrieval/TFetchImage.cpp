@@ -25,6 +25,7 @@ TFetchImage<Src, Dst>::TFetchImage(TDispatchQueue* queue, int width, int height,
       width_(width),
       height_(height),
       stride_(strideBytes),
+      runNumber_(runNumber()),
       imageSizeBytes_(queue ? queue->GetImageSizeBytes() : 0)
 {
 }
@@ -36,6 +37,12 @@ template <class Src, class Dst>
 std::int64_t TFetchImage<Src, Dst>::sourceRowBytes(std::int64_t pixelCount) const
 {
   return pixelCount * static_cast<std::int64_t>(sizeof(Src));
+}
+
+template <class Src, class Dst>
+std::uint64_t TFetchImage<Src, Dst>::runNumber() const
+{
+  return dispatchQueue_ ? dispatchQueue_->RunNumber() : 0;
 }
 
 template <class Src, class Dst>
@@ -163,8 +170,9 @@ unsigned int TFetchImage<Src, Dst>::GetAcquiredData(Dst* destination, unsigned l
   if (newestImage() < 1) return RC_NO_NEW_DATA;
 
   // Frames that are gone keep their place in the output. The newest is asked for again each time, so that frames
-  // that arrive meanwhile are included.
+  // that arrive meanwhile are included; but not those of another run, whose number is there before they are.
   for (std::int64_t number = std::max<std::int64_t>(oldestImage(), 1); number <= newestImage(); ++number) {
+    if (runNumber() != runNumber_) return RC_ACQUIRING;
     const THeldImage image(*dispatchQueue_, number);
     if (image) copyToPosition(destination, number - 1, image);
   }

@@ -38,7 +38,8 @@ public:
   void CopyImage(Dst* destination, int number);
 
   /// Copies all frames of the run back to back. @p size is checked against one frame; callers provide room for
-  /// all.
+  /// all. RC_ACQUIRING, with the frames up to then copied, when another run has begun since the object was made: there
+  /// is no room for the frames of that one.
   unsigned int GetAcquiredData(Dst* destination, unsigned long size);
 
   /// Copies the newest frame. When the camera may have reached it during the copy, the then newest is copied
@@ -64,6 +65,7 @@ private:
   /// Bytes that @p pixelCount pixels of one row take in the stored frame.
   virtual std::int64_t sourceRowBytes(std::int64_t pixelCount) const;
 
+  std::uint64_t runNumber() const;
   std::int64_t newestImage() const;
   std::int64_t oldestImage() const;
   bool isFrameSize(unsigned long size) const;
@@ -80,6 +82,7 @@ private:
   // Both exist only during a copy.
   std::optional<TLineParser> sourceLines_;
   std::optional<TLineParser> destinationLines_;
+  std::uint64_t runNumber_;     // when the object was made
   std::int64_t imageSizeBytes_; // of the frame at hand; before the first, of the queue's frames
 };
 

@@ -246,11 +246,11 @@ protected:
     }
   }
 
-  void FillAndCount(std::uint64_t frames)
+  void FillAndCount(std::uint64_t frames, bool hasClock = true)
   {
     for (; frames > 0; --frames) {
       Fill(1);
-      Count(1);
+      Count(1, hasClock);
     }
   }
 
@@ -347,14 +347,16 @@ TEST_F(ARunningRing, ASlotThatIsLostOrFilledInPartDoesNotHideTheCamera)
 
 TEST_F(ARunningRing, WithoutClockValuesOnlyTheNewerHalfIsVouchedFor)
 {
-  Begin(6, true, false);
-  FillAndCount(2);
-  EXPECT_EQ(IntactImages(), (TImages{1, 2}));
-  FillAndCount(6);
-  EXPECT_EQ(IntactImages(), (TImages{6, 7, 8}));
-  Begin(1, true, false);
-  FillAndCount(3);
-  EXPECT_EQ(IntactImages(), TImages{});
+  for (const bool hasMetadata : {true, false}) {
+    Begin(6, true, hasMetadata);
+    FillAndCount(2, false);
+    EXPECT_EQ(IntactImages(), (TImages{1, 2}));
+    FillAndCount(6, false);
+    EXPECT_EQ(IntactImages(), (TImages{6, 7, 8})) << hasMetadata;
+    Begin(1, true, hasMetadata);
+    FillAndCount(3, false);
+    EXPECT_EQ(IntactImages(), TImages{});
+  }
 }
 
 TEST_F(ARunningRing, ImagesWhoseSlotsAreNotUsedAgainStayIntact)
