@@ -70,7 +70,7 @@ void emptyOldFiles(const std::string& directory)
   }
 }
 
-/// Does something again and again on a thread of its own while it lives.
+/// Repeats an action on its own thread, once per period, as long as the object lives.
 template <class Action>
 class Repeater
 {

@@ -103,7 +103,7 @@ void call(benchmark::State& state, int width, const wchar_t* encoding, TCall tak
   state.counters["ratio"] = 1 / rounds.ratio();
 }
 
-/// Runs @p take, which blocks until it has copied one frame, on a thread of its own for each frame that is pushed.
+/// Runs @p take, which blocks until it has copied one frame, on its own thread, and pushes that frame.
 /// Returns the seconds from the push to the end of the copy.
 double latencyOf(const std::function<void()>& take)
 {

@@ -25,7 +25,7 @@ std::vector<std::unique_ptr<TQuorinTaskLauncher>> MakeLaunchers(int count)
 
 void LaunchOrExecute(TQuorinTaskLauncher* launcher, IQuorinTask* task, void* argument)
 {
-  // A launcher without a thread would keep the first task for ever, and the caller at the second.
+  // A launcher without a thread would never run the first task, and block the caller at the second.
   if (launcher && launcher->IsAlive())
     launcher->Launch(task, argument);
   else

@@ -21,11 +21,11 @@ public:
   virtual unsigned int Status(int& status) = 0;
   virtual unsigned int AvailableImages(int& first, int& last) = 0;
   virtual unsigned int TotalImages(long& count) = 0;
-  /// Copies the image with this number and its clock, 0 for none; #RC_NO_NEW_DATA when it is gone or may have been
-  /// overwritten while it was copied.
+  /// Copies the image with this number and its clock value, 0 for none; #RC_NO_NEW_DATA when it is no longer there or
+  /// may have been overwritten while it was copied.
   virtual unsigned int FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels,
                                   long long& ticks) = 0;
-  /// The clock with this number, from 1, of those that came with images. One that is missing moves all later ones.
+  /// The clock value with this number, from 1. Images without one are not counted.
   virtual unsigned int Timestamp(long number, long long& ticks) = 0;
   virtual unsigned int SendTrigger() = 0;
 };

@@ -27,7 +27,8 @@ private:
   bool Fail(const std::string& message);
   bool WritePixels(std::uint64_t offset, TPixelBytes pixels);
   bool WriteImageCount();
-  /// Fills the last block behind the images, for which the newest ones go on a full disk, and cuts what follows.
+  /// Fills the last block after the images with zeros and cuts what follows. On a full disk the newest images are
+  /// dropped to make room.
   bool EndImages();
   std::uint64_t ImagesEnd() const { return imagesStart_ + labels_.size() * shape_.Bytes(); }
 

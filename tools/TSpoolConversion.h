@@ -83,7 +83,8 @@ private:
   /// Numbers of all images that the run may have.
   TNumberRanges WholeRun() const;
   bool TakesUnrecorded() const;
-  /// The next number below @p end that is worth a look, or that; those before are counted as unrecorded.
+  /// Counts images without a record, from @p number on, as unrecorded. Returns the next number below @p end that may
+  /// be taken, or @p end.
   long SkipAbsent(long number, long end);
   long NextCandidate(long number, long end);
   long NextWithData(long number, long end);

@@ -34,8 +34,8 @@ bool TSimulatedCamera::Build(std::string& error)
   actions.timestampTicks = [this] { return acquisition_.TimestampTicks(); };
   actions.resetTimestamp = [this] { acquisition_.ResetTimestamp(); };
   actions.thermal = [this]() -> TThermalModel& { return acquisition_.Thermal(); };
-  FurnishRegisters();
-  if (!FurnishBuses(error)) return false;
+  PopulateRegisters();
+  if (!PopulateBuses(error)) return false;
   return BuildCameraFeatures(state_, actions, features_, error);
 }
 
@@ -54,7 +54,7 @@ int TSimulatedCamera::WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int*
   return acquisition_.Wait(lock, buffer, sizeBytes, timeoutMs);
 }
 
-void TSimulatedCamera::FurnishRegisters()
+void TSimulatedCamera::PopulateRegisters()
 {
   TRegisterFile& registers = state_.registers;
   registers.AddReading(Register::kSensorWidth, [this] { return static_cast<uint32_t>(state_.sensorWidth); });
@@ -72,7 +72,7 @@ void TSimulatedCamera::FurnishRegisters()
 }
 
 /// Puts the model's devices on their buses, less those that the configuration takes off.
-bool TSimulatedCamera::FurnishBuses(std::string& error)
+bool TSimulatedCamera::PopulateBuses(std::string& error)
 {
   std::vector<TMissingI2cDevice> missing = state_.configuration.missingI2cDevices;
   for (const TModelI2cDevice& device : state_.model.i2cDevices) {

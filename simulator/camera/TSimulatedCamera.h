@@ -34,8 +34,8 @@ public:
   void FireTrigger();
 
 private:
-  bool FurnishBuses(std::string& error);
-  void FurnishRegisters();
+  bool PopulateBuses(std::string& error);
+  void PopulateRegisters();
   std::unique_ptr<II2cDevice> MakeI2cDevice(const TModelI2cDevice& device);
 
   TDeviceStatus& status_;

@@ -345,7 +345,7 @@ TEST_F(ARunningRing, ASlotThatIsLostOrFilledInPartDoesNotHideTheCamera)
   EXPECT_EQ(IntactImages(), (TImages{6, 7}));
 }
 
-TEST_F(ARunningRing, WithoutClockValuesOnlyTheNewerHalfIsVouchedFor)
+TEST_F(ARunningRing, WithoutClockValuesOnlyTheNewerHalfCountsAsIntact)
 {
   for (const bool hasMetadata : {true, false}) {
     Begin(6, true, hasMetadata);

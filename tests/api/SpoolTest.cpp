@@ -494,7 +494,7 @@ TEST_F(Spool, ADirectoryThatVanishesEndsTheRunWithItsStatus)
 TEST_F(Spool, AFailureShowsThoughNoMoreFramesCome)
 {
   Open();
-  ASSERT_EQ(SetTriggerMode(1), RC_SUCCESS) << "frames may take for ever";
+  ASSERT_EQ(SetTriggerMode(1), RC_SUCCESS) << "frames have no time limit";
   SpoolTo(run_.Path(), kImagePerFile);
   StartSeries(100);
   Push(1);

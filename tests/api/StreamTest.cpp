@@ -83,7 +83,7 @@ TEST_F(Stream, WhatIsOverwrittenIsCountedExactly)
 
 // Frames arrive while the thread that counts them is held up, so that the camera is ahead of the count by nearly a
 // ring, and the program reads images that the camera has reached, is about to reach, or has not reached.
-TEST_F(Stream, AnImageThatIsVouchedForIsTheOneWithItsNumber)
+TEST_F(Stream, AnImageThatIsIntactIsTheOneWithItsNumber)
 {
   if (kHasThreadSanitizer)
     GTEST_SKIP() << "the camera writes over images while they are copied: that is what is tested";
@@ -97,7 +97,7 @@ TEST_F(Stream, AnImageThatIsVouchedForIsTheOneWithItsNumber)
     }
     isOver = true;
   });
-  std::uint64_t vouchedFor = 0;
+  std::uint64_t intact = 0;
   std::uint64_t refused = 0;
   std::uint64_t others = 0;
   while (!isOver) {
@@ -107,7 +107,7 @@ TEST_F(Stream, AnImageThatIsVouchedForIsTheOneWithItsNumber)
     for (long number = first; number <= last; number += 20) {
       long long ticks = 0;
       const unsigned int code = vxmcd_GetIntactImage16(number, image_.data(), image_.size(), &ticks);
-      ++(code == RC_SUCCESS ? vouchedFor : refused);
+      ++(code == RC_SUCCESS ? intact : refused);
       if (code != RC_SUCCESS) continue;
       long long recorded = -1;
       vxsys_GetRawMetaDataInfo(nullptr, &recorded, static_cast<unsigned int>(number - 1));
@@ -115,8 +115,8 @@ TEST_F(Stream, AnImageThatIsVouchedForIsTheOneWithItsNumber)
     }
   }
   camera.join();
-  EXPECT_EQ(others, 0u) << "of " << vouchedFor;
-  EXPECT_GT(vouchedFor, 100u);
+  EXPECT_EQ(others, 0u) << "of " << intact;
+  EXPECT_GT(intact, 100u);
   EXPECT_GT(refused, 0u) << "the reader was never overtaken, so this has tested nothing";
   EXPECT_EQ(Status(), static_cast<int>(RC_ACQUIRING));
 }
