@@ -23,7 +23,7 @@ constexpr std::size_t kMaxFormerSlabs = 4;
 constexpr int kSlotsAhead = 2;
 constexpr std::uint64_t kSmallRing = 4;
 // How far back to look for them where frames lack the clock value.
-constexpr std::uint64_t kFarthestBack = 16;
+constexpr std::uint64_t kMaxSlotsBack = 16;
 
 } // namespace
 
@@ -265,7 +265,7 @@ bool TCircularBuffer::HasCameraNotReached(std::uint64_t image, const unsigned ch
 
   const std::uint64_t count = slab_->Count();
   const std::uint64_t newest = GetMaxImageIndex();
-  const std::uint64_t farthest = std::min({image, count - 1, kFarthestBack});
+  const std::uint64_t farthest = std::min({image, count - 1, kMaxSlotsBack});
   int wanted = count < kSmallRing ? 1 : kSlotsAhead;
   bool isClockSeen = own->clock.has_value();
   for (std::uint64_t back = 1; back <= farthest; ++back) {

@@ -14,7 +14,7 @@ constexpr std::uint64_t kCacheLineBytes = 64;
 constexpr std::uint64_t kPageBytes = 4096;
 constexpr std::uint64_t kHugePageBytes = 2 * 1024 * 1024;
 // Below, the rounding up to huge pages would show in the memory that a short run takes.
-constexpr std::uint64_t kLeastForHugePages = 16 * kHugePageBytes;
+constexpr std::uint64_t kMinHugePageRingBytes = 16 * kHugePageBytes;
 // Room behind each frame, so that code which reads a frame in words of 8 bytes stays inside the slot.
 constexpr std::uint64_t kSpareBytes = 8;
 // A frame with metadata ends with the length of its last chunk, which is never 0, and the length ends these bytes.
@@ -47,7 +47,7 @@ unsigned char* Map(std::uint64_t sizeBytes)
   if (memory == MAP_FAILED) throw std::bad_alloc();
   // Pages are still made one by one when they are first written. A system without huge pages refuses, which changes
   // nothing.
-  if (sizeBytes >= kLeastForHugePages) madvise(memory, sizeBytes, MADV_HUGEPAGE);
+  if (sizeBytes >= kMinHugePageRingBytes) madvise(memory, sizeBytes, MADV_HUGEPAGE);
   return static_cast<unsigned char*>(memory);
 }
 

@@ -24,11 +24,11 @@ using QuorinUtility::TQuorinLibDebugOutput;
 namespace {
 
 constexpr int kFrameBudgetBytes = 300000000;
-constexpr int kMostSlots = 5000;
+constexpr int kMaxSlots = 5000;
 // A ring whose slots are used again: with one slot, the camera would write over every image while it is copied. The
 // third one leaves the program the time of a frame.
 constexpr std::int64_t kUsefulSlots = 3;
-constexpr std::int64_t kFewestSlots = 2;
+constexpr std::int64_t kMinSlots = 2;
 constexpr int kStartTimeoutMs = 1000;
 constexpr int kFinishTimeoutMs = 1000;
 constexpr int kProgressPollMs = 50;
@@ -80,7 +80,7 @@ int TVxmcdAcquisitionManager::GetCircularBufferSize() const
 
 void TVxmcdAcquisitionManager::limitCircularBufferLengthToMaxOf5000(int& length) const
 {
-  length = std::min(length, kMostSlots);
+  length = std::min(length, kMaxSlots);
 }
 
 void TVxmcdAcquisitionManager::SetSpool(bool enable, int method, const char* path)
@@ -257,7 +257,7 @@ bool TVxmcdAcquisitionManager::PrepareFinite(std::int64_t frameSizeBytes, std::i
 bool TVxmcdAcquisitionManager::AllocateRing(std::int64_t frameSizeBytes, std::int64_t slotCount)
 {
   if (Allocate(frameSizeBytes, std::max(slotCount, kUsefulSlots))) return true;
-  return slotCount < kUsefulSlots && Allocate(frameSizeBytes, kFewestSlots);
+  return slotCount < kUsefulSlots && Allocate(frameSizeBytes, kMinSlots);
 }
 
 bool TVxmcdAcquisitionManager::Allocate(std::int64_t frameSizeBytes, std::int64_t slots)
@@ -359,11 +359,11 @@ void TVxmcdAcquisitionManager::Drain()
 int TVxmcdAcquisitionManager::Wait(int timeoutMs)
 {
   switch (circularBuffer_.WaitChange(timeoutMs)) {
-  case 2:
+  case TChangeWaits::kTimedOut:
     return kWaitTimedOut;
-  case 3:
+  case TChangeWaits::kCancelled:
     return kWaitCancelled;
-  case 4:
+  case TChangeWaits::kFailed:
     return kAcquisitionFailed;
   default:
     return kDone;

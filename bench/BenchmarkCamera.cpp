@@ -13,7 +13,7 @@
 namespace {
 
 constexpr std::size_t kRingBytes = 300'000'000;
-constexpr std::size_t kMostSlots = 5000;
+constexpr std::size_t kMaxSlots = 5000;
 constexpr int kUntilAborted = 5;
 
 std::size_t roundUp(std::size_t value, std::size_t multiple)
@@ -69,7 +69,7 @@ std::size_t BenchmarkCamera::frameBytes() const
 
 std::size_t BenchmarkCamera::ringSlots() const
 {
-  return std::min(kRingBytes / frameBytes(), kMostSlots);
+  return std::min(kRingBytes / frameBytes(), kMaxSlots);
 }
 
 long BenchmarkCamera::framesSoFar() const

@@ -39,7 +39,7 @@ constexpr int kRounds = 9;
 constexpr int kImagePerFile = TSpoolLayout::kImagePerFile;
 constexpr int kImagesTogether = TSpoolLayout::kImagesTogether;
 constexpr std::size_t kSourceBytes = 300'000'000; // as the ring
-constexpr std::size_t kMostSourceFrames = 5000;
+constexpr std::size_t kMaxSourceFrames = 5000;
 constexpr std::size_t kChunkedAbove = std::size_t{256} << 10; // smaller frames are written in one piece anyway
 
 struct Geometry
@@ -75,7 +75,7 @@ double bytesOf(long count, std::size_t frameBytes)
 
 FrameSource makeSource(std::size_t frameBytes)
 {
-  return FrameSource(frameBytes, std::min(kSourceBytes / frameBytes, kMostSourceFrames));
+  return FrameSource(frameBytes, std::min(kSourceBytes / frameBytes, kMaxSourceFrames));
 }
 
 void runRounds(benchmark::State& state, Contest& contest)

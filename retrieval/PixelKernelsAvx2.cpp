@@ -139,8 +139,8 @@ VXMCD_AVX2 void convert(Dst* destination, const unsigned char* source, std::size
 VXMCD_AVX2 void copyBytes(unsigned char* destination, const unsigned char* source, std::size_t byteCount)
 {
   constexpr std::size_t kVector = 32;
-  constexpr std::size_t kLongestRow = 8192;
-  if (byteCount < kVector || byteCount > kLongestRow) {
+  constexpr std::size_t kMaxRowBytes = 8192;
+  if (byteCount < kVector || byteCount > kMaxRowBytes) {
     std::memcpy(destination, source, byteCount);
     return;
   }

@@ -12,7 +12,7 @@
 namespace {
 
 // The cursor of GetNextOldestImage() is an int; what lies above it cannot be asked for there and counts as not there.
-constexpr std::int64_t kHighestCursor = std::numeric_limits<int>::max();
+constexpr std::int64_t kMaxCursor = std::numeric_limits<int>::max();
 constexpr std::int64_t kMaxPixels = std::numeric_limits<int>::max();
 constexpr std::int64_t kMaxRowBytes = std::numeric_limits<unsigned int>::max();
 constexpr int kMostRecentTries = 3;
@@ -148,10 +148,10 @@ unsigned int TFetchImage<Src, Dst>::MoveToNextOldestImage(const Dst* destination
 {
   if (!destination) return RC_P1_INVALID;
   if (!isFrameSize(size)) return RC_P2_INVALID;
-  if (lastIndex >= std::min(newestImage(), kHighestCursor)) return RC_NO_NEW_DATA;
+  if (lastIndex >= std::min(newestImage(), kMaxCursor)) return RC_NO_NEW_DATA;
 
   const std::int64_t next = std::max(std::int64_t{lastIndex} + 1, oldestImage());
-  lastIndex = static_cast<int>(std::min(next, kHighestCursor));
+  lastIndex = static_cast<int>(std::min(next, kMaxCursor));
   return RC_SUCCESS;
 }
 

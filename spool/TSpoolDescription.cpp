@@ -117,7 +117,7 @@ void TSpoolDescription::Gather(int method, std::uint32_t seriesLength)
 bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& layout)
 {
   directory_ = directory;
-  if (const int error = CheckFileSizeLimit(kMostBytes)) {
+  if (const int error = CheckFileSizeLimit(kMaxBytes)) {
     errno = error;
     return false;
   }

@@ -16,7 +16,7 @@ class TSpoolDescription final
 {
 public:
   /// More than the file ever takes, and than it takes from the directory.
-  static constexpr std::uint64_t kMostBytes = 16384;
+  static constexpr std::uint64_t kMaxBytes = 16384;
 
   /// How a run has ended.
   struct TOutcome

@@ -130,8 +130,8 @@ void TSpoolPipeline::RemoveEarlierRun()
 void TSpoolPipeline::ReserveRoom()
 {
   room_ = TFileDescriptor(open(directory_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
-  if (!room_.IsOpen() || CheckFileSizeLimit(TSpoolDescription::kMostBytes) != 0) return;
-  if (fallocate(room_.Get(), 0, 0, TSpoolDescription::kMostBytes) != 0 && (errno == ENOSPC || errno == EDQUOT))
+  if (!room_.IsOpen() || CheckFileSizeLimit(TSpoolDescription::kMaxBytes) != 0) return;
+  if (fallocate(room_.Get(), 0, 0, TSpoolDescription::kMaxBytes) != 0 && (errno == ENOSPC || errno == EDQUOT))
     fault_.Raise("no room for a run in", directory_, errno);
 }
 

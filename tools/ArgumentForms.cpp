@@ -8,9 +8,9 @@ namespace vxtool {
 
 namespace {
 
-constexpr int kLargestSide = 65536;
-constexpr int kMostImages = 1'000'000'000;
-constexpr double kLongestSeconds = 1.0e6;
+constexpr int kMaxSide = 65536;
+constexpr int kMaxImages = 1'000'000'000;
+constexpr double kMaxSeconds = 1.0e6;
 
 /// Takes numbers and the signs between them off the front of a text.
 class TFormReader
@@ -18,7 +18,7 @@ class TFormReader
 public:
   explicit TFormReader(const std::string& text) : next_(text.data()), end_(text.data() + text.size()) {}
 
-  bool Number(int& number, int largest = kLargestSide)
+  bool Number(int& number, int largest = kMaxSide)
   {
     const auto [rest, error] = std::from_chars(next_, end_, number);
     next_ = rest;
@@ -90,10 +90,10 @@ bool ParseImageNumbers(const std::string& text, TNumberRanges& numbers)
   do {
     TNumberRange range;
     int number = 0;
-    if (!reader.Number(number, kMostImages)) return false;
+    if (!reader.Number(number, kMaxImages)) return false;
     range.first = range.last = number;
     if (reader.Sign('-')) {
-      if (!reader.Number(number, kMostImages) || number < range.first) return false;
+      if (!reader.Number(number, kMaxImages) || number < range.first) return false;
       range.last = number;
     }
     read.push_back(range);
@@ -108,7 +108,7 @@ bool ParseSeconds(const std::string& text, double& seconds)
   double value = 0.0;
   const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   const bool isNumber = error == std::errc{} && rest == text.data() + text.size();
-  if (!isNumber || !(value > 0.0 && value <= kLongestSeconds)) return false;
+  if (!isNumber || !(value > 0.0 && value <= kMaxSeconds)) return false;
   seconds = value;
   return true;
 }

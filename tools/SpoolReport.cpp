@@ -12,7 +12,7 @@ namespace vxtool {
 
 namespace {
 
-constexpr std::size_t kMostRangesShown = 20;
+constexpr std::size_t kMaxRangesShown = 20;
 
 std::string Line(const char* what, const std::string& value)
 {
@@ -146,9 +146,9 @@ std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& convers
             run.Facts().encoding +
             (output.empty() ? "" : " as " + std::to_string(static_cast<int>(depth)) + " bits") + ", ";
   text += "run " + run.Facts().stateText + "\n";
-  const std::string wrong = conversion.Wrong().Text(kMostRangesShown);
-  const std::string absent = conversion.Absent().Text(kMostRangesShown);
-  text += ReportRow("images asked for", c.asked, conversion.Asked().Text(kMostRangesShown));
+  const std::string wrong = conversion.Wrong().Text(kMaxRangesShown);
+  const std::string absent = conversion.Absent().Text(kMaxRangesShown);
+  text += ReportRow("images asked for", c.asked, conversion.Asked().Text(kMaxRangesShown));
   text += ReportRow("  checksum right", c.right);
   if (c.unchecked > 0) text += ReportRow("  without a checksum, taken", c.unchecked);
   text += ReportRow("  checksum wrong", c.wrong, wrong.empty() ? "" : "images " + wrong);

@@ -15,9 +15,9 @@ namespace vxtool {
 
 namespace {
 
-constexpr int kLargestSide = 65536;
-constexpr int kLargestIndex = 1000;
-constexpr int kMostSpoolThreads = 64;
+constexpr int kMaxSide = 65536;
+constexpr int kMaxIndex = 1000;
+constexpr int kMaxSpoolThreads = 64;
 
 const std::map<std::string, RunMode> kModes = {{"single", RunMode::Single},
                                                {"accumulate", RunMode::Accumulate},
@@ -103,7 +103,7 @@ void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
   tracks->group(group)->excludes(whole);
   const auto side = [&](const char* name, std::optional<int>& target, const char* help) {
     app.add_option(name, target, help)
-        ->check(CLI::Range(1, kLargestSide).description(""))
+        ->check(CLI::Range(1, kMaxSide).description(""))
         ->type_name("N")
         ->group(group)
         ->excludes(whole)
@@ -125,7 +125,7 @@ void AddReadoutOptions(CLI::App& app, TReadoutOptions& readout)
   const char* const group = "Readout, by the numbers that info lists";
   const auto index = [&](const char* name, std::optional<int>& target, const char* help) {
     app.add_option(name, target, help)
-        ->check(CLI::Range(0, kLargestIndex).description(""))
+        ->check(CLI::Range(0, kMaxIndex).description(""))
         ->type_name("N")
         ->group(group);
   };
@@ -234,7 +234,7 @@ void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolM
           "One image in each file, or as many as fit into 256 MiB; default: multi")
       ->group(group);
   app.add_option("--spool-threads", options.threads, "Threads that write")
-      ->check(CLI::Range(1, kMostSpoolThreads).description(""))
+      ->check(CLI::Range(1, kMaxSpoolThreads).description(""))
       ->type_name("N")
       ->group(group);
 }

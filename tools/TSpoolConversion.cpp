@@ -12,7 +12,7 @@ namespace vxtool {
 
 namespace {
 
-constexpr std::size_t kMostProblems = 5;
+constexpr std::size_t kMaxProblems = 5;
 
 bool IsPacedRun(const TSpoolRun& run)
 {
@@ -144,7 +144,7 @@ bool TSpoolConversion::TakeImage(long& next, long last)
     if (!isAlone) next = static_cast<long>(std::min<std::int64_t>(files_.UnreadableEnd(), last)) + 1;
     CountAbsent(number, next - 1, counts_.unreadable);
     const bool isKnown = std::find(problems_.begin(), problems_.end(), files_.Error()) != problems_.end();
-    if (!isKnown && problems_.size() < kMostProblems) problems_.push_back(files_.Error());
+    if (!isKnown && problems_.size() < kMaxProblems) problems_.push_back(files_.Error());
     return true;
   }
   TImageLabel label;

@@ -22,10 +22,10 @@ namespace vxtool {
 namespace {
 
 constexpr std::int64_t kFormat = 1;
-constexpr std::int64_t kMostImages = INT_MAX; // the library counts them in an int
-constexpr std::int64_t kLargestImage = INT_MAX;
-constexpr std::int64_t kLargestSide = 1 << 20;
-constexpr std::uint64_t kLargestDescription = 1 << 20;
+constexpr std::int64_t kMaxImages = INT_MAX; // the library counts them in an int
+constexpr std::int64_t kMaxImageBytes = INT_MAX;
+constexpr std::int64_t kMaxSide = 1 << 20;
+constexpr std::uint64_t kMaxDescriptionBytes = 1 << 20;
 constexpr int kFileDigits = 10;
 constexpr const char* kFilePrefix = "spool_";
 constexpr const char* kFileSuffix = ".dat";
@@ -141,9 +141,9 @@ void TakeRun(TSpoolKeys& keys, TSpoolFacts& f)
 {
   f.stateText = keys.Text("run", "State");
   f.state = StateOf(f.stateText).value_or(SpoolState::Recording);
-  f.imagesExpected = keys.Number("run", "ImagesExpected", 1, kMostImages);
-  f.imagesWritten = keys.Number("run", "ImagesWritten", 0, f.imagesExpected.value_or(kMostImages)).value_or(0);
-  f.method = keys.Number("run", "Method", 0, kMostImages);
+  f.imagesExpected = keys.Number("run", "ImagesExpected", 1, kMaxImages);
+  f.imagesWritten = keys.Number("run", "ImagesWritten", 0, f.imagesExpected.value_or(kMaxImages)).value_or(0);
+  f.method = keys.Number("run", "Method", 0, kMaxImages);
   f.library = keys.Text("run", "Library");
   f.startTime = keys.Text("run", "StartTime");
   f.firstFrameTime = keys.Text("run", "FirstFrameTime");
@@ -154,16 +154,16 @@ void TakeRun(TSpoolKeys& keys, TSpoolFacts& f)
 
 void TakeImage(TSpoolKeys& keys, TSpoolFacts& f)
 {
-  f.width = keys.Number("image", "Width", 1, kLargestSide);
-  f.height = keys.Number("image", "Height", 1, kLargestSide);
-  f.stride = keys.Number("image", "Stride", 1, kLargestImage);
+  f.width = keys.Number("image", "Width", 1, kMaxSide);
+  f.height = keys.Number("image", "Height", 1, kMaxSide);
+  f.stride = keys.Number("image", "Stride", 1, kMaxImageBytes);
   f.encoding = keys.Text("image", "PixelEncoding");
   f.hasMetadata = SwitchOf(keys.Text("image", "Metadata")).value_or(false);
   f.layout = keys.Text("image", "Layout");
-  f.left = keys.Number("image", "Left", 1, kLargestSide);
-  f.top = keys.Number("image", "Top", 1, kLargestSide);
-  f.horizontalBinning = keys.Number("image", "HBin", 1, kLargestSide);
-  f.verticalBinning = keys.Number("image", "VBin", 1, kLargestSide);
+  f.left = keys.Number("image", "Left", 1, kMaxSide);
+  f.top = keys.Number("image", "Top", 1, kMaxSide);
+  f.horizontalBinning = keys.Number("image", "HBin", 1, kMaxSide);
+  f.verticalBinning = keys.Number("image", "VBin", 1, kMaxSide);
   if (!f.horizontalBinning && !f.verticalBinning) TakeBinning(keys.Text("image", "Binning"), f);
 }
 
@@ -171,7 +171,7 @@ void TakeAcquisition(TSpoolKeys& keys, TSpoolFacts& f)
 {
   f.exposureSeconds = keys.Real("acquisition", "ExposureTime");
   f.frameRate = keys.Real("acquisition", "FrameRate");
-  f.accumulations = keys.Number("acquisition", "AccumulateCount", 1, kMostImages);
+  f.accumulations = keys.Number("acquisition", "AccumulateCount", 1, kMaxImages);
   f.trigger = keys.Text("acquisition", "TriggerMode");
   f.model = keys.Text("camera", "Model");
   f.serial = keys.Text("camera", "SerialNumber");
@@ -229,11 +229,11 @@ bool TSpoolRun::Read(const std::string& directory)
   if (document.LoadData(text) < 0) return Fail(path + ": cannot be understood");
 
   TSpoolKeys keys(document, notes_);
-  const auto format = keys.Number("run", "Format", 1, kMostImages);
+  const auto format = keys.Number("run", "Format", 1, kMaxImages);
   if (format.value_or(kFormat) > kFormat)
     return Fail(path + ": layout " + std::to_string(*format) + " is newer than this program");
-  const auto imagesPerFile = keys.Number("multiimage", "ImagesPerFile", 1, kMostImages);
-  const auto imageBytes = keys.Number("data", "ImageSize", 1, kLargestImage);
+  const auto imagesPerFile = keys.Number("multiimage", "ImagesPerFile", 1, kMaxImages);
+  const auto imageBytes = keys.Number("data", "ImageSize", 1, kMaxImageBytes);
   if (!imagesPerFile || !imageBytes)
     return Fail(path + ": says nothing sensible about " + (imagesPerFile ? "ImageSize" : "ImagesPerFile"));
   facts_.imagesPerFile = *imagesPerFile;
@@ -255,7 +255,7 @@ bool TSpoolRun::ReadText(const std::string& path, std::string& text)
     isMissing_ = file.IsMissing();
     return Fail(file.Error() + (isMissing_ ? ": not the directory of a run" : ""));
   }
-  if (file.Length() > kLargestDescription) return Fail(path + ": is too long to be the description of a run");
+  if (file.Length() > kMaxDescriptionBytes) return Fail(path + ": is too long to be the description of a run");
   text.resize(file.Length());
   return file.ReadAt(0, std::as_writable_bytes(std::span(text))) || Fail(file.Error());
 }
@@ -279,7 +279,7 @@ void TSpoolRun::FindLayout()
 
 std::int64_t TSpoolRun::ImageLimit() const
 {
-  return facts_.imagesExpected.value_or(kMostImages);
+  return facts_.imagesExpected.value_or(kMaxImages);
 }
 
 TRunFacts TSpoolRun::RunFacts() const

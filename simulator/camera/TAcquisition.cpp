@@ -17,7 +17,7 @@ namespace vxsim {
 namespace {
 
 constexpr int64_t kNsPerSecond = 1'000'000'000;
-constexpr double kLongestAdvanceSeconds = 1e6;
+constexpr double kMaxAdvanceSeconds = 1e6;
 constexpr int64_t kLatestNs = int64_t{4} * 1000 * 1000 * 1000 * kNsPerSecond; ///< more than a century
 constexpr int kTruncatedBytes = 6; ///< cuts through the last chunk's identifier
 
@@ -259,7 +259,7 @@ TThermalModel& TAcquisition::Thermal()
 
 int TAcquisition::AdvanceTime(double seconds)
 {
-  if (!(seconds >= 0.0 && seconds <= kLongestAdvanceSeconds)) return VX_ERR_OUT_OF_RANGE;
+  if (!(seconds >= 0.0 && seconds <= kMaxAdvanceSeconds)) return VX_ERR_OUT_OF_RANGE;
   const auto nanoseconds = static_cast<int64_t>(seconds * static_cast<double>(kNsPerSecond));
   if (IsPaced()) {
     Thermal().Skip(nanoseconds);

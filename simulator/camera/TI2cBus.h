@@ -19,7 +19,7 @@ class TI2cBus final
 public:
   // 7-bit addresses that are not reserved.
   static constexpr long long kLowestAddress = 0x08;
-  static constexpr long long kHighestAddress = 0x77;
+  static constexpr long long kMaxAddress = 0x77;
   static constexpr long long kMaximumCount = 64;
 
   void Add(uint8_t address, std::unique_ptr<II2cDevice> device) { devices_[address] = {std::move(device), 0}; }

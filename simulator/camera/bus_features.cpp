@@ -55,7 +55,7 @@ std::unique_ptr<IFeature> MakeI2cAddress(const TBuild& b, TI2cBus& bus)
   return b.Int(b.Access(), {.get = [&bus] { return bus.Address(); },
                             .set = [&bus](long long v) { bus.SetAddress(v); },
                             .minimum = [] { return TI2cBus::kLowestAddress; },
-                            .maximum = [] { return TI2cBus::kHighestAddress; }});
+                            .maximum = [] { return TI2cBus::kMaxAddress; }});
 }
 
 std::unique_ptr<IFeature> MakeI2cByteCount(const TBuild& b, TI2cBus& bus)

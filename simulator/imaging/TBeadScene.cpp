@@ -12,7 +12,7 @@ namespace vxsim {
 namespace {
 
 constexpr double kPixelsPerBead = 9000.0;
-constexpr int kLeastBeads = 12;
+constexpr int kMinBeads = 12;
 constexpr double kPeakPhotonsPerSecond = 6e5; // in the middle of the brightest bead in focus
 constexpr double kCellPhotonsPerSecond = 9e3; // in the middle of one of a cell's glows
 constexpr double kHazePhotonsPerSecond = 1500.0;
@@ -33,7 +33,7 @@ TBeadScene::TBeadScene(const TSensorSettings& sensor, const TSceneSettings& scen
       backgroundPhotonsPerSecond_(scene.backgroundPhotonsPerSecond),
       motionScale_(scene.motionScale)
 {
-  const int suited = std::max(kLeastBeads, static_cast<int>(widthPixels_ * heightPixels_ / kPixelsPerBead));
+  const int suited = std::max(kMinBeads, static_cast<int>(widthPixels_ * heightPixels_ / kPixelsPerBead));
   AddBeads(sensor, scene.objectCount > 0 ? scene.objectCount : suited);
   AddCells(sensor);
 }

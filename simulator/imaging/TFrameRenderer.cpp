@@ -16,9 +16,9 @@
 namespace vxsim {
 namespace {
 
-constexpr float kLargestCount = 2147483520.0f; // the largest float below 2^31
-constexpr double kCeilingSigmas = 4.0;         // of read noise above a full well
-constexpr float kHidingReadVariance = 0.25f;   // from here on single electrons cannot be told apart
+constexpr float kMaxCount = 2147483520.0f;   // the largest float below 2^31
+constexpr double kCeilingSigmas = 4.0;       // of read noise above a full well
+constexpr float kHidingReadVariance = 0.25f; // from here on single electrons cannot be told apart
 constexpr std::size_t kBlock = TNoiseTable::kBlockPixels;
 
 bool IsTestPattern(ESceneKind kind)
@@ -81,7 +81,7 @@ TRowReadout MakeRowReadout(const TFrameSettings& settings, int pixelsSummed)
   row.ceilingElectrons = static_cast<float>(fullWell + kCeilingSigmas * std::sqrt(readVariance));
   row.countsPerElectron = static_cast<float>(1.0 / readout.gainElectronsPerCount);
   row.baselineCounts = static_cast<float>(baseline * exposure.accumulations + 0.5);
-  row.maximumCounts = std::min(kLargestCount, static_cast<float>(std::min(largest, encoded)));
+  row.maximumCounts = std::min(kMaxCount, static_cast<float>(std::min(largest, encoded)));
   return row;
 }
 

@@ -98,7 +98,7 @@ double TNoiseTable::LevelMean(std::size_t level)
 std::size_t TNoiseTable::LevelBelow(float mean)
 {
   if (mean < kSmallestMean) return 0;
-  if (!(mean < kLargestMean)) return kLevels - 1; // also what overflowed to no number
+  if (!(mean < kMaxMean)) return kLevels - 1; // also what overflowed to no number
   const auto steps = std::bit_cast<std::uint32_t>(mean) - std::bit_cast<std::uint32_t>(kSmallestMean);
   return 1 + (steps >> (23 - kLevelsPerOctaveLog2));
 }

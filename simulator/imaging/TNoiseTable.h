@@ -32,7 +32,7 @@ public:
   /// Poisson tables: one with mean 0, then sixteen to an octave from the smallest to the largest mean inclusive.
   static constexpr int kLevelsPerOctaveLog2 = 4;
   static constexpr float kSmallestMean = 0x1.0p-8f;
-  static constexpr float kLargestMean = 8.0f;
+  static constexpr float kMaxMean = 8.0f;
   static constexpr std::size_t kLevels = (11 << kLevelsPerOctaveLog2) + 2;
   static constexpr std::size_t kPoissonEntries = 16384;
   static constexpr std::size_t kPoissonStride = kPoissonEntries + kBlockPixels;

@@ -79,11 +79,11 @@ using EShotNoise = TPixelKernel::EShotNoise;
   std::int32_t large = 0;
   for (std::size_t i = 0; i < pixels; ++i) {
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
-    large += mean < TNoiseTable::kLargestMean ? 0 : 1;
+    large += mean < TNoiseTable::kMaxMean ? 0 : 1;
     const std::int32_t chance = ((draw.index[i] >> kPoissonLog2) << (kFractionBits - kSpareBits)) +
                                 ((draw.normal[i] & kLowNormalMask) << (kFractionBits - kSpareBits - 8));
     const std::int32_t level =
-        ((PlaceOfMean(mean < TNoiseTable::kLargestMean ? mean : 0.0f) + chance) >> kFractionBits);
+        ((PlaceOfMean(mean < TNoiseTable::kMaxMean ? mean : 0.0f) + chance) >> kFractionBits);
     places[i] = level * static_cast<std::int32_t>(TNoiseTable::kPoissonStride) + (draw.index[i] & kEntryMask);
   }
   // These reads do not vectorise, so they have a loop of their own.
@@ -107,7 +107,7 @@ using EShotNoise = TPixelKernel::EShotNoise;
   for (std::size_t i = 0; i < pixels; ++i) {
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
     const float held = mean < readout.fullWellElectrons ? mean : readout.fullWellElectrons;
-    const float isLarge = mean < TNoiseTable::kLargestMean ? 0.0f : 1.0f;
+    const float isLarge = mean < TNoiseTable::kMaxMean ? 0.0f : 1.0f;
     const float hasShotNoise = mean < readout.fullWellElectrons ? isLarge : 0.0f;
     const float level = held * isLarge + static_cast<float>(electrons[i]); // one of them is 0
     float shotVariance = mean * hasShotNoise;

@@ -33,7 +33,7 @@ public:
     None,    ///< no noise at all, shot or read-out
     Blended, ///< Poisson up to the least mean of the block, normal for the light above it; means and variances are
              ///< exact, and where read noise hides single electrons nothing can be told from Exact
-    Exact,   ///< Poisson for every mean below TNoiseTable::kLargestMean, normal for the others; slower
+    Exact,   ///< Poisson for every mean below TNoiseTable::kMaxMean, normal for the others; slower
   };
 
   /// One block of at most TNoiseTable::kBlockPixels, by the fastest path this processor has.

@@ -14,7 +14,7 @@ constexpr int kStarSpokes = 36;
 constexpr double kFrameLine = 0.004;
 constexpr double kFrameInset = 0.03;
 constexpr int kWedgeSteps = 11;
-constexpr double kLargestBar = 0.0115;
+constexpr double kMaxBar = 0.0115;
 constexpr int kElementsPerColumn = 9;
 constexpr int kBarColumns = 3;
 constexpr double kFullInk = 0.96;
@@ -75,7 +75,7 @@ void TResolutionChartScene::AddBars(double left, double top, double bar, double 
 /// Columns of ever finer bars.
 void TResolutionChartScene::AddBarGroup(double left, double ink)
 {
-  double bar = kLargestBar;
+  double bar = kMaxBar;
   for (int column = 0; column < kBarColumns; ++column) {
     double top = 0.13;
     const double widest = bar;

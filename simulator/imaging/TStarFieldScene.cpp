@@ -15,7 +15,7 @@ constexpr double kMarginPixels = 64.0; // around the sensor, so that nothing app
 constexpr double kDriftXPixelsPerSecond = 6.0;
 constexpr double kDriftYPixelsPerSecond = 1.5;
 constexpr double kPixelsPerStar = 2200.0;
-constexpr int kLeastStars = 24;
+constexpr int kMinStars = 24;
 constexpr double kFaintestPhotonsPerSecond = 3e4;
 constexpr double kBrightestPhotonsPerSecond = 6e7;
 constexpr double kMagnitudeSlope = 0.85; // the number of stars brighter than f goes as f^-slope
@@ -42,7 +42,7 @@ TStarFieldScene::TStarFieldScene(const TSensorSettings& sensor, const TSceneSett
       skyPhotonsPerSecond_(scene.backgroundPhotonsPerSecond),
       driftScale_(scene.motionScale)
 {
-  const int suited = std::max(kLeastStars, static_cast<int>(widthPixels_ * heightPixels_ / kPixelsPerStar));
+  const int suited = std::max(kMinStars, static_cast<int>(widthPixels_ * heightPixels_ / kPixelsPerStar));
   AddStars(sensor.seed, scene.objectCount > 0 ? scene.objectCount : suited);
   AddGalaxies(sensor.seed);
 }

@@ -20,13 +20,13 @@ namespace {
 
 constexpr int kSeriesImages = 3;
 constexpr int kCleanImages = 5;
-constexpr std::size_t kMostImages = 16;
+constexpr std::size_t kMaxImages = 16;
 constexpr int kLongWaitMs = 20000;
 // A frame that a fault has lost costs this long; a frame that is only late is then not looked at.
 constexpr int kShortWaitMs = 25;
 // Starting, stopping and closing may wait for a run to stop; nothing else takes noticeable time.
-constexpr std::chrono::seconds kLongestControlCall{12};
-constexpr std::chrono::seconds kLongestCall{3};
+constexpr std::chrono::seconds kMaxControlCall{12};
+constexpr std::chrono::seconds kMaxCall{3};
 
 constexpr unsigned char kThermometer = 0x4B; // on the controller bus
 
@@ -91,7 +91,7 @@ private:
     const unsigned int code = call();
     const auto time = std::chrono::steady_clock::now() - start;
     EXPECT_TRUE(IsDocumented(name, code)) << name << " answered " << code;
-    const auto longest = isControl ? kLongestControlCall : kLongestCall;
+    const auto longest = isControl ? kMaxControlCall : kMaxCall;
     EXPECT_LT(time, longest + std::chrono::milliseconds(waitMs_)) << name;
     if (code != RC_SUCCESS) refused_ += std::string(name) + " ";
     return code;
@@ -236,8 +236,8 @@ private:
   float float_ = 0;
   long long ticks_ = 0;
   std::array<char, 4096> text_{};
-  std::array<unsigned short, kCounterPixels * kMostImages> data16_{};
-  std::array<int, kCounterPixels * kMostImages> data32_{};
+  std::array<unsigned short, kCounterPixels * kMaxImages> data16_{};
+  std::array<int, kCounterPixels * kMaxImages> data32_{};
 };
 
 /// A call of the session: the n-th of its function on its feature.
