@@ -98,7 +98,7 @@ struct TImageLabel
   long number = 0;                ///< image number in the run, from 1
   std::optional<long long> ticks; ///< the camera's clock, when it is known for this image
   std::optional<long long>
-      hostNanoseconds;             ///< host's clock when it was taken over for writing, since 1970-01-01 UTC
+      hostNanoseconds;             ///< host's clock when it was accepted for writing, since 1970-01-01 UTC
   std::optional<ImageCheck> check; ///< of images that come from disk
 };
 

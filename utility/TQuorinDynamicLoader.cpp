@@ -27,7 +27,7 @@ bool IsPrivileged()
   return ::getauxval(AT_SECURE) != 0;
 }
 
-/// Such a thing would make the loader wait, perhaps for ever, for somebody to write into it. A directory it
+/// Such a thing would make the loader wait, perhaps without limit, for somebody to write into it. A directory it
 /// refuses by itself. A bare name is no path: the system looks for it elsewhere.
 bool IsPipeOrDevice(const char* path)
 {

@@ -53,7 +53,7 @@ class SpoolFiles:
         return data[start:start + count * self._image_size]
 
     def close(self) -> None:
-        """Lets go of every file. Arrays that were handed out keep theirs."""
+        """Drops its references to all files. Arrays that were returned keep theirs."""
         self._open.clear()
 
     def _path(self, file):

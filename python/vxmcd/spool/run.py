@@ -133,7 +133,7 @@ class SpoolRun:
         return np.array([-1 if tick is None else tick for tick in found], np.int64)
 
     def host_times(self) -> np.ndarray:
-        """When each image of `numbers` was taken over for writing (UTC, ns), by the host's clock; not-a-time for
+        """When each image of `numbers` was accepted for writing (UTC, ns), by the host's clock; not-a-time for
         one without a record."""
         times = np.full(self.numbers.size, "NaT", "datetime64[ns]")
         times[np.searchsorted(self.numbers, self._records["number"].astype(np.int64))] = self._records["time"]
@@ -149,7 +149,7 @@ class SpoolRun:
         return xxh3_64(frame) == int(self._records["checksum"][place])
 
     def close(self) -> None:
-        """Lets go of the files; they are opened again when needed. Arrays that were handed out stay valid."""
+        """Closes the files; they are opened again when needed. Arrays that were returned stay valid."""
         self._files.close()
 
     def __enter__(self) -> "SpoolRun":
