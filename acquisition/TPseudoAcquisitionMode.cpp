@@ -160,7 +160,8 @@ int TPseudoAcquisitionMode::ApplyPending()
     const std::lock_guard lock(mutex_);
     if (!pending_) return kAccepted;
   }
-  manager_->FinishDeliveredRun(); // which may take long, and others ask for the settings meanwhile
+  // Without the lock: it may take long, and others ask for the settings meanwhile.
+  if (!manager_->FinishDeliveredRun()) return kNotAvailableNow;
   const std::lock_guard lock(mutex_);
   if (!pending_) return kAccepted;
   manager_->Stop();

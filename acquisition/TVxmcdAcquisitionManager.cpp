@@ -174,7 +174,8 @@ bool TVxmcdAcquisitionManager::EndEarlierRun()
   }
   if (!WaitForEndOfRun()) {
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__,
-                                  "the earlier run has not ended, and made no progress for %d ms", stopTimeoutMs_);
+                                  "the earlier run has not ended: no progress for %d ms, or an abort meanwhile",
+                                  stopTimeoutMs_);
     return false;
   }
   StopCamera();
@@ -186,11 +187,13 @@ bool TVxmcdAcquisitionManager::EndEarlierRun()
 bool TVxmcdAcquisitionManager::WaitForEndOfRun()
 {
   using TClock = std::chrono::steady_clock;
+  const std::uint64_t stopsBefore = stops_;
   const auto queue = HoldDispatchQueue();
   const auto progress = [&queue] { return queue ? queue->Progress() : 0; };
   std::uint64_t lastSeen = progress();
   TClock::time_point lastMoved = TClock::now();
   while (thread_->WaitForStop(std::min(kProgressPollMs, stopTimeoutMs_))) {
+    if (stops_ != stopsBefore) return false;
     const TClock::time_point now = TClock::now();
     if (const std::uint64_t present = progress(); present != lastSeen) {
       lastSeen = present;
@@ -202,9 +205,9 @@ bool TVxmcdAcquisitionManager::WaitForEndOfRun()
   return true;
 }
 
-void TVxmcdAcquisitionManager::FinishDeliveredRun()
+bool TVxmcdAcquisitionManager::FinishDeliveredRun()
 {
-  if (thread_->IsFinishing()) WaitForEndOfRun();
+  return !thread_->IsFinishing() || WaitForEndOfRun();
 }
 
 int TVxmcdAcquisitionManager::StopCamera()
@@ -323,6 +326,7 @@ void TVxmcdAcquisitionManager::DropFrames()
 // Asked before the lock, so that nobody waits here for a start that waits for the disk.
 int TVxmcdAcquisitionManager::Stop()
 {
+  ++stops_;
   int acquiring = 0;
   int readCode = VX_SUCCESS;
   {

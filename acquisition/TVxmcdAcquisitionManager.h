@@ -78,13 +78,14 @@ public:
   void limitCircularBufferLengthToMaxOf5000(int& length) const;
 
   /// Starts a run. An earlier one that has delivered all its frames is finished first, any other one stopped. Blocks
-  /// until the new run has begun.
+  /// until the new run has begun. A Stop() meanwhile ends the wait for the earlier run, and the start fails.
   int Start();
   /// Stops the run. Blocks until it has ended, for the time limit at most.
   int Stop();
   /// Blocks while a finite run that has delivered all its frames brings them to the disk: for as long as that makes
-  /// progress, and the time limit beyond. Returns at once for any other run.
-  void FinishDeliveredRun();
+  /// progress, and the time limit beyond. Returns at once for any other run. False when that run has not ended: it makes
+  /// no progress, or a Stop() has ended the wait.
+  bool FinishDeliveredRun();
   /// Waits for a frame, for at most @p timeoutMs; a cancellation or a failed run ends the wait too.
   int Wait(int timeoutMs);
   /// Ends all waits, those in progress and those that begin before the next start. Returns 0.
@@ -167,6 +168,7 @@ private:
   TSpoolSettings spoolSettings_; // guarded by spoolMutex_
   std::atomic<bool> spoolingRun_{false};
   std::atomic<bool> closed_{false};
+  std::atomic<std::uint64_t> stops_{0}; // calls of Stop(), each of which ends the waits for an earlier run
 
   std::mutex controlMutex_; // one start, stop or release at a time
   mutable std::mutex runObjectsMutex_;

@@ -904,11 +904,12 @@ VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* ma
  * Starts a run with the present settings, stopping an earlier one first. Images of the earlier run are gone from
  * memory. Blocks until the run has begun (usually well under 1 ms; up to 10 s when an earlier run has to be stopped
  * first). An earlier series that SetSpool() has written is brought to its end when all its images have been
- * delivered, which may take as long as the disk goes on writing.
+ * delivered, which may take as long as the disk goes on writing; AbortAcquisition() from another thread ends the start
+ * then, and the series goes on to its end.
  * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when the camera refuses, the earlier run does not end, or memory is short:
  *         it must do for all images of a finite run that is not written to disk, and for two images of other runs;
- *         #RC_START_REFUSED when the camera refuses a mode or count that could not be written earlier, and after an
- *         internal failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
+ *         #RC_START_REFUSED when the camera refuses a mode or count that could not be written earlier, or the earlier
+ *         run has not ended so that it could be, and after an internal failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
  */
 VXMCD_API unsigned int StartAcquisition(void);
 /**

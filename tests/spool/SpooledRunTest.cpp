@@ -14,10 +14,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
+#include <chrono>
 #include <cstring>
+#include <future>
 #include <optional>
-#include <thread>
 
 namespace {
 
@@ -135,14 +135,14 @@ TEST_F(SpooledRunOfACamera, TakesLongerThanTheLimitToFinishIfTheDiskMakesProgres
       [this] { return manager_->GetDispatchQueue()->GetMaximumImageAvailable() == kImages; }));
 
   manager_->SetSpool(false, TSpoolLayout::kImagePerFile, nullptr);
-  std::atomic<bool> isStarting{true};
-  std::thread starter([&] {
-    EXPECT_EQ(manager_->Start(), TVxmcdAcquisitionManager::kDone);
-    isStarting = false;
-  });
-  EXPECT_EQ(manager_->Stop(), TVxmcdAcquisitionManager::kNotAcquiring);
-  EXPECT_TRUE(isStarting) << "an abort does not wait for the disk";
-  starter.join();
+  auto start = std::async(std::launch::async, [this] { return manager_->Start(); });
+  EXPECT_TRUE(system_calls::Eventually([&] {
+    EXPECT_EQ(manager_->Stop(), TVxmcdAcquisitionManager::kNotAcquiring);
+    return start.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+  }));
+  EXPECT_EQ(start.get(), TVxmcdAcquisitionManager::kStartFailed) << "an abort ends its wait";
+  EXPECT_TRUE(manager_->IsRunning()) << "nobody has waited for the disk";
+  EXPECT_EQ(manager_->Start(), TVxmcdAcquisitionManager::kDone);
   EXPECT_EQ(run_.Text("run", "State"), "complete");
   EXPECT_EQ(run_.Number("run", "ImagesWritten"), kImages);
 }
