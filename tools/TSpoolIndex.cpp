@@ -53,6 +53,13 @@ bool TSpoolIndex::Read(const std::string& directory, std::int64_t imageLimit)
       error_ = path + ": reading was interrupted";
       break;
     }
+    const std::uint64_t used = file.NextNonzero(offset, end) / kRecordBytes * kRecordBytes; // behind a hole
+    if (used >= end) {
+      damaged_ += PiecesIn(end - offset);
+      break;
+    }
+    damaged_ += PiecesIn(used - offset);
+    offset = used;
     block.resize(std::min<std::uint64_t>(kReadBytes, end - offset));
     if (!file.ReadAt(offset, block)) {
       error_ = file.Error();
