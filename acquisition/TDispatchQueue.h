@@ -39,8 +39,9 @@ public:
   virtual std::int64_t GetImageSizeBytes() = 0;
   virtual void SetDispatchRoutine(IDispatchRoutine* routine) = 0;
 
-  /// The camera has started the run; no frame has been dispatched yet. Until here nothing of an earlier run may have
-  /// been given up that cannot be had again.
+  /// The camera has started the run; no frame has been dispatched yet. Not called when the camera's answer leaves open
+  /// whether it has: the first frame tells it then. Until one or the other nothing of an earlier run may have been
+  /// given up that cannot be had again.
   virtual void Begin() {}
   /// As GetImage8(), for frames of any number. The size is that of the memory, whatever run has begun meanwhile.
   virtual TFrameMemory AcquireImage(std::int64_t image) = 0;

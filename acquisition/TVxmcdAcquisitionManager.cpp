@@ -148,12 +148,13 @@ int TVxmcdAcquisitionManager::StartRun()
   thread_->SetLoopCount(plan.loopCount);
   thread_->SetTimeout(timeoutMs);
 
-  if (!StartCamera()) {
+  const int code = StartCamera();
+  if (code == VX_ERR_START_REFUSED) {
     GetDispatchQueue()->Abort();
     GetDispatchQueue()->Finalise();
     return kStartFailed;
   }
-  GetDispatchQueue()->Begin();
+  if (code == VX_SUCCESS) GetDispatchQueue()->Begin();
   thread_->Start();
   thread_->WaitForBegin(kStartTimeoutMs);
   return kDone;
@@ -297,15 +298,15 @@ void TVxmcdAcquisitionManager::SetUpRun(std::int64_t frameSizeBytes)
   circularBuffer_.Reset();
 }
 
-bool TVxmcdAcquisitionManager::StartCamera()
+// Any answer but a refusal is accepted: the camera may run all the same.
+int TVxmcdAcquisitionManager::StartCamera()
 {
   const TAutoQuorinCriticalSection lock(cameraLock_);
   const int code = VX_Command(coreHandle_, Feature::kAcquisitionStart);
   if (code != VX_SUCCESS)
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "AcquisitionStart answered %d", code);
-  if (code != VX_ERR_START_REFUSED) return true;
-  DropFrames();
-  return false;
+  if (code == VX_ERR_START_REFUSED) DropFrames();
+  return code;
 }
 
 // Takes every slot back from the camera. One that does not answer may go on writing into them.

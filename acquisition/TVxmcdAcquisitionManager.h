@@ -141,7 +141,7 @@ private:
   bool AllocateRing(std::int64_t frameSizeBytes, std::int64_t slotCount);
   bool Allocate(std::int64_t frameSizeBytes, std::int64_t slots);
   bool QueueSlots(std::int64_t frameSizeBytes);
-  bool StartCamera();
+  int StartCamera();
   void Flush();
   void DropFrames();
   void Drain();

@@ -50,7 +50,7 @@ TSpoolPipeline::TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t ima
 
 void TSpoolPipeline::Begin()
 {
-  if (!fault_.IsRaised()) Try([this] { ReplaceEarlierRun(); });
+  if (!std::exchange(begun_, true) && !fault_.IsRaised()) Try([this] { ReplaceEarlierRun(); });
 }
 
 void TSpoolPipeline::ReplaceEarlierRun()
@@ -166,7 +166,9 @@ void TSpoolPipeline::MakeAlgorithm()
 
 bool TSpoolPipeline::Spool(int index, unsigned char* buffer)
 {
-  if (fault_.IsRaised() || finished_ || !algorithm_) return false;
+  if (finished_) return false;
+  Begin();
+  if (fault_.IsRaised() || !algorithm_) return false;
   if (!firstFrameTimeNs_) firstFrameTimeNs_ = HostTimeNs();
   const bool accepted = algorithm_->Spool(index, buffer, static_cast<int>(layout_.imageSizeBytes)) == 1;
   if (accepted)

@@ -23,7 +23,7 @@ class TSpoolImageSpooler;
 /// Everything that writes one run: its directory and description, the spoolers and the algorithm that feeds them.
 /// Made by the spool dispatch queue for each run. What fails, from the constructor on, is kept as the run's fault
 /// and makes every later Spool() fail; only a lack of memory in the constructor throws. Spool(),
-/// SetFirstFrameTick() and Finish() belong to the acquisition thread, and Begin() comes before them; the others are
+/// SetFirstFrameTick() and Finish() belong to the acquisition thread, and a Begin() comes before them; the others are
 /// thread-safe.
 class TSpoolPipeline final
 {
@@ -34,12 +34,12 @@ public:
   TSpoolPipeline(const TSpoolPipeline&) = delete;
   TSpoolPipeline& operator=(const TSpoolPipeline&) = delete;
 
-  /// Makes the directory describe this run instead of an earlier one, whose files are removed. Once, before the
-  /// first image. A pipeline that never begins leaves the directory as it was. Does not throw.
+  /// Makes the directory describe this run instead of an earlier one, whose files are removed. A pipeline that never
+  /// begins leaves the directory as it was. Does not throw.
   void Begin();
 
-  /// Accepts an image of the size of the run's images. Blocks while the disk is behind. Returns false when the
-  /// run cannot go on.
+  /// Accepts an image of the size of the run's images; begins first, if that has not been done. Blocks while the disk
+  /// is behind. Returns false when the run cannot go on.
   bool Spool(int index, unsigned char* buffer);
   /// Whether the pipeline gives slots back to the camera, at a later time. If not, they are free when Spool()
   /// returns.
@@ -87,6 +87,7 @@ private:
   std::optional<std::int64_t> firstFrameTick_;
   std::uint64_t accepted_ = 0;       // images
   std::atomic<bool> aborted_{false}; // images may be given up
+  bool begun_ = false;
   bool described_ = false;
   bool finished_ = false;
 };
