@@ -88,7 +88,9 @@ int TSpoolFile::SyncPieces()
     const auto size = static_cast<off_t>(std::min(kPieceBytes, usedBytes_ - offset));
     constexpr unsigned int kWait =
         SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
-    if (sync_file_range(file_.Get(), static_cast<off_t>(offset), size, kWait) != 0 && error == 0) error = errno;
+    // Where there is no such call, the one below does it all.
+    const bool failed = sync_file_range(file_.Get(), static_cast<off_t>(offset), size, kWait) != 0;
+    if (failed && error == 0 && !IsUnsupported(errno)) error = errno;
     ++*progress_;
   }
   if (fdatasync(file_.Get()) != 0 && error == 0) error = errno;

@@ -265,7 +265,7 @@ bool ReadWholeFile(const std::string& path, std::string& text, std::string& erro
   else if (status.st_size > kMaxFileBytes)
     error = "is larger than " + std::to_string(kMaxFileBytes) + " bytes";
   else {
-    text.resize(static_cast<size_t>(status.st_size));
+    text.resize(static_cast<size_t>(status.st_size) + 1); // one more: an empty file is read, too, and may refuse
     size_t length = 0;
     ssize_t got = 0;
     while (length < text.size() && (got = read(descriptor, text.data() + length, text.size() - length)) > 0)

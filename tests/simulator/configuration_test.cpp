@@ -140,6 +140,7 @@ TEST_F(SimulatorConfiguration, BadFileMakesInitialisationFail)
                                                         {directory.Fifo(), "is not a regular file"},
                                                         {directory.Directory(), "is not a regular file"},
                                                         {"/dev/zero", "is not a regular file"},
+                                                        {"/proc/self/mem", "cannot be read"},
                                                         {large, "is larger than"}};
   for (const auto& [path, message] : places) {
     setenv("VXCORE_CONFIG", path.c_str(), 1);

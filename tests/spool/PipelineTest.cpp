@@ -196,9 +196,10 @@ TEST_P(SpoolPipeline, FailsWhenItsFilesAreRemovedOrTruncated)
   }
 }
 
-TEST_P(SpoolPipeline, WaitsForASlowDisk)
+TEST_P(SpoolPipeline, WaitsForASlowDiskThatLacksCalls)
 {
   disk_.noPreallocation = true;
+  disk_.Fail(Call::kSyncRange, ".dat", ENOSYS);
   disk_.writeDelayMs = 10;
   EXPECT_TRUE(Write());
   ExpectComplete();
