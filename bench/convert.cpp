@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What making a file of a recorded run takes, by the command `vxmcd convert`, against `cp` of the run's bytes. The run is
-// in the page cache; both end when the copy is there too, on the disk or not (`cp` does not wait for that either).
+// What making a file of a recorded run takes, by the command `vxmcd convert`, against `cp` of the run's bytes. "warm" has
+// the run in the page cache, "cold" on the disk only, as it is some time after it was recorded. Both end when the copy is
+// in the page cache, on the disk or not (`cp` does not wait for that either).
 //
 // Environment: VXMCD_BENCHMARK_DIRECTORY and VXMCD_BENCHMARK_MIB (512) as of spool_benchmark.
 #include "BenchmarkCamera.h"
@@ -14,10 +15,13 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <spawn.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -51,7 +55,17 @@ WritingCost runProgram(const std::vector<std::string>& command)
   return {seconds, seconds, childrenCpuSeconds() - cpu, 0};
 }
 
-void convert(benchmark::State& state)
+/// Has the page cache give up the files of a directory, which are on the disk.
+void forget(const std::string& directory)
+{
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+    const int file = open(entry.path().c_str(), O_RDONLY);
+    require(file >= 0 && posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED) == 0, "posix_fadvise");
+    close(file);
+  }
+}
+
+void convert(benchmark::State& state, bool isCold)
 {
   const BenchmarkDirectory& directory = BenchmarkDirectory::get();
   // Beside the directory that is emptied in each round.
@@ -65,13 +79,19 @@ void convert(benchmark::State& state)
     bytes = static_cast<double>(count) * static_cast<double>(camera.frameBytes());
     spoolSeries(camera, run, TSpoolLayout::kImagesTogether, count);
   }
-  runProgram({"sh", "-c", "cat " + run + "/* > /dev/null"});
+  const auto timed = [&run, isCold](const std::vector<std::string>& command) {
+    if (isCold)
+      forget(run);
+    else
+      runProgram({"sh", "-c", "cat " + run + "/* > /dev/null"});
+    return runProgram(command);
+  };
   Contest contest(bytes);
   for (const char* const kind : {"fits", "tif", "raw"})
-    contest.add(kind, [&run, kind](const std::string& path) {
-      return runProgram({VXMCD_TOOL, "convert", run, "--output", path + "/images." + kind});
+    contest.add(kind, [&run, &timed, kind](const std::string& path) {
+      return timed({VXMCD_TOOL, "convert", run, "--output", path + "/images." + kind});
     });
-  contest.add("cp", [&run](const std::string& path) { return runProgram({"cp", "-r", run, path}); });
+  contest.add("cp", [&run, &timed](const std::string& path) { return timed({"cp", "-r", run, path}); });
   for (auto _ : state) state.SetIterationTime(contest.round());
   contest.report(state);
   runProgram({"rm", "-r", run});
@@ -85,7 +105,10 @@ int main(int argc, char** argv)
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   printBenchmarkSetting("16 bits, 2048x2048 (8 MiB)");
   BenchmarkDirectory::get();
-  registerRounds("convert", kRounds, convert, benchmark::kMillisecond);
+  registerRounds(
+      "convert/warm", kRounds, [](auto& state) { convert(state, false); }, benchmark::kMillisecond);
+  registerRounds(
+      "convert/cold", kRounds, [](auto& state) { convert(state, true); }, benchmark::kMillisecond);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

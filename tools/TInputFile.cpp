@@ -13,6 +13,7 @@ namespace vxtool {
 
 namespace {
 constexpr std::uint64_t kWindowBytes = 65'536;
+constexpr std::size_t kLargeReadBytes = std::size_t{1} << 20;
 } // namespace
 
 TInputFile::~TInputFile()
@@ -53,8 +54,11 @@ bool TInputFile::Open(const std::string& path)
   return true;
 }
 
+// Who reads an image is likely to want the next one: the disk brings it while this one is worked on.
 bool TInputFile::ReadAt(std::uint64_t offset, std::span<std::byte> bytes)
 {
+  if (const std::size_t size = bytes.size(); size >= kLargeReadBytes)
+    posix_fadvise(descriptor_, static_cast<off_t>(offset + size), static_cast<off_t>(size), POSIX_FADV_WILLNEED);
   while (!bytes.empty()) {
     const ssize_t done = pread(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
     if (done < 0 && errno == EINTR) continue;
