@@ -13,6 +13,7 @@ import pytest
 from spool_writer import FIRST_TIME, SpoolWriter, checksum, chunk
 from vxmcd.spool import DamagedImageError, MissingImageError, SpoolError, SpoolFormatError, SpoolRun
 from vxmcd.spool import chunks
+from vxmcd.spool.index import read_index
 from vxmcd.spool.number_gaps import NumberGaps
 from vxmcd.spool.xxh3 import xxh3_64, xxh3_64_of_triples
 
@@ -145,6 +146,7 @@ def test_files_of_any_length_are_read_as_far_as_they_can_be_right(tmp_path):
     with pytest.raises(SpoolFormatError, match="records that are damaged or repeated"):
         SpoolRun(tmp_path)
     assert SpoolRun(tmp_path, salvage=True).numbers.tolist() == [0, 1, 2, 3, 4]
+    assert read_index(tmp_path, 2 ** 31 - 1).rejected > 2 ** 31, "holes are passed over: this would take a minute"
     os.truncate(tmp_path / "acquisitionmetadata.ini", 10 ** 12)
     with pytest.raises(SpoolFormatError, match="acquisitionmetadata.ini: has more than 1048576 bytes"):
         SpoolRun(tmp_path)

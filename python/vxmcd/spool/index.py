@@ -2,6 +2,8 @@
 """Which images are on disk: spool_index.dat."""
 from __future__ import annotations
 
+import errno
+import os
 from pathlib import Path
 from typing import NamedTuple
 
@@ -31,18 +33,37 @@ def read_index(directory: Path, images_expected: int) -> SpoolIndex:
     """Reads the index of a run; SpoolFormatError when there is none."""
     whole = [np.empty(0, RECORD)]
     count = rest = 0
+    block_bytes = _BLOCK * RECORD.itemsize
     with open_regular(directory / FILE_NAME) as file:
-        for _ in range((images_expected + _SPARE) // _BLOCK + 1):
-            data = file.read(_BLOCK * RECORD.itemsize)
+        blocks_left = (images_expected + _SPARE) // _BLOCK + 1
+        position = 0
+        while blocks_left > 0:
+            hole = min((_next_data(file.fileno(), position) - position) // block_bytes, blocks_left)
+            if hole > 0:  # zeros are no records
+                count += hole * _BLOCK
+                blocks_left -= hole
+                position += hole * block_bytes
+                continue
+            data = os.pread(file.fileno(), block_bytes, position)
             records = np.frombuffer(data, RECORD, len(data) // RECORD.itemsize)
             whole.append(_whole_records(records, images_expected))
             count += len(records)
             rest = len(data) % RECORD.itemsize
             if len(records) < _BLOCK:
                 break
+            blocks_left -= 1
+            position += block_bytes
     good = np.concatenate(whole)
     _, firsts = np.unique(good["number"], return_index=True)
     return SpoolIndex(good[firsts], count - len(firsts), rest)
+
+
+def _next_data(file, position):
+    """Where the hole of a file that begins at a position ends; the position where there is none."""
+    try:
+        return os.lseek(file, position, os.SEEK_DATA)
+    except OSError as error:  # behind the last data, or a file system that does not know its holes
+        return max(position, os.fstat(file).st_size) if error.errno == errno.ENXIO else position
 
 
 def _whole_records(records, images_expected):
