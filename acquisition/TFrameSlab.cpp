@@ -2,6 +2,8 @@
 // The memory of a ring of frames.
 #include "acquisition/TFrameSlab.h"
 
+#include "acquisition/device_memory.h"
+
 #include <cstring>
 #include <limits>
 #include <new>
@@ -112,7 +114,7 @@ bool TFrameSlab::IsLastSlotUnused() const
 {
   constexpr unsigned char kMark[kMarkBytes] = {};
   const unsigned char* const end = LastFrameEnd();
-  return end && std::memcmp(end - kMarkBytes, kMark, kMarkBytes) == 0;
+  return end && DeviceMemoryEquals(end - kMarkBytes, kMark, kMarkBytes);
 }
 
 // Null where there is no room for the mark.

@@ -2,6 +2,8 @@
 // Which image each slot of a ring has, and the camera's clock value in it.
 #include "acquisition/TSlotClocks.h"
 
+#include "acquisition/device_memory.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -25,7 +27,7 @@ void Store(T& value, T to, std::memory_order order)
 
 bool TSlotClocks::TClock::IsIn(const unsigned char* slot) const
 {
-  return std::memcmp(slot + offset, &ticks, sizeof ticks) == 0;
+  return DeviceMemoryEquals(slot + offset, &ticks, sizeof ticks);
 }
 
 TSlotClocks::TSlotClocks(std::uint64_t count)
