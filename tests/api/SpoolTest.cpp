@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Series on disk: every frame, whatever happens to the disk or to the program.
-#include "simulator/imaging/TCounterPattern.h"
 #include "tests/support/CounterCameraTest.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/Sanitizers.h"
 #include "tests/support/TScratchDirectory.h"
 #include "tests/support/TSpoolDirectory.h"
+#include "vxcore/simulated/imaging/TCounterPattern.h"
 
 #include <array>
 #include <chrono>

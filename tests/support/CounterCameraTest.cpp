@@ -2,7 +2,7 @@
 // Tests with a camera whose frames tell their numbers.
 #include "tests/support/CounterCameraTest.h"
 
-#include "simulator/imaging/TCounterPattern.h"
+#include "vxcore/simulated/imaging/TCounterPattern.h"
 
 #include <numeric>
 #include <span>

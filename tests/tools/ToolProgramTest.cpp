@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The program as a whole: exit codes, files and counts, with simulated cameras configured by each test.
-#include "simulator/imaging/TCounterPattern.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
+#include "vxcore/simulated/imaging/TCounterPattern.h"
 
 #include <fstream>
 

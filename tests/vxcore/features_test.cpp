@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: MIT
+// The features of the simulated cameras: kinds, limits, and what depends on what.
+#include "tests/vxcore/SimulatedCameraTest.h"
+
+#include <cmath>
+
+namespace {
+
+constexpr const char* kTrellis = "[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = stamp\n";
+constexpr const char* kTarn = "[Camera0]\nModel = TARN 1M\nClock = free\nScene = stamp\n";
+
+using SimulatorFeatures = SimulatedCameraTest;
+
+TEST_F(SimulatorFeatures, TwoDifferentCamerasAreAttachedWithoutConfiguration)
+{
+  ASSERT_EQ(VXSIM_Configure(nullptr), VX_SUCCESS);
+  ASSERT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
+  long long count = 0;
+  ASSERT_EQ(VX_GetInt(VX_HANDLE_SYSTEM, L"DeviceCount", &count), VX_SUCCESS);
+  ASSERT_EQ(count, 2);
+  EXPECT_EQ(OpenCamera(0).String(L"CameraModel"), L"TRELLIS CMOS");
+  EXPECT_EQ(OpenCamera(1).String(L"CameraModel"), L"RQ512_LX");
+  int handle = -5;
+  EXPECT_EQ(VX_Open(2, &handle), VX_ERR_NO_SUCH_DEVICE);
+  EXPECT_EQ(VX_Open(-1, &handle), VX_ERR_NO_SUCH_DEVICE);
+  EXPECT_EQ(handle, -5);
+}
+
+TEST_F(SimulatorFeatures, EachModelHasItsOwnWaysOfGainAndBinningAndTriggers)
+{
+  const auto has = [](const OpenCamera& camera, const wchar_t* name) {
+    int flag = -1;
+    EXPECT_EQ(VX_IsImplemented(camera.handle, name, &flag), VX_SUCCESS);
+    return flag == 1;
+  };
+  Configure("[Simulator]\nCameras = 3\n[Camera0]\nModel=TRELLIS "
+            "CMOS\n[Camera1]\nModel=RQ512_LX\n[Camera2]\nModel=TARN 1M\n");
+  const OpenCamera trellis(0);
+  const OpenCamera rq(1);
+  const OpenCamera tarn(2);
+  EXPECT_TRUE(has(trellis, L"SimplePreAmpGainControl") && !has(trellis, L"PreAmpGain") &&
+              has(trellis, L"AOIHBin"));
+  EXPECT_TRUE(!has(rq, L"SimplePreAmpGainControl") && has(rq, L"PreAmpGain") && has(rq, L"PreAmpGainSelector"));
+  EXPECT_TRUE(!has(rq, L"AOILayout") && has(rq, L"AOIHBin"));
+  EXPECT_TRUE(has(tarn, L"AOIBinning") && !has(tarn, L"AOIHBin") && !has(tarn, L"BurstRate"));
+  EXPECT_TRUE(has(tarn, L"TriggerConfiguration") && !has(trellis, L"TriggerConfiguration"));
+  EXPECT_EQ(tarn.String(L"HardwareType"), L"KESTRA");
+  EXPECT_EQ(trellis.TrySet(L"TriggerMode", L"External"), VX_SUCCESS);
+  EXPECT_EQ(tarn.TrySet(L"TriggerMode", L"External"), VX_ERR_STRING_NOT_AVAILABLE);
+  EXPECT_EQ(tarn.TrySet(L"TriggerMode", L"External Level Transition"), VX_SUCCESS);
+}
+
+TEST_F(SimulatorFeatures, CallsWithoutACameraOrWithBadArgumentsAreRefused)
+{
+  ASSERT_EQ(VXSIM_Reset(), VX_SUCCESS);
+  int handle = -1;
+  long long value = 0;
+  EXPECT_EQ(VX_Open(0, &handle), VX_ERR_NOT_INITIALISED);
+  EXPECT_EQ(VX_GetInt(VX_HANDLE_SYSTEM, L"DeviceCount", &value), VX_ERR_NOT_INITIALISED);
+  EXPECT_EQ(VX_GetInt(64, L"AOIWidth", &value), VX_ERR_NOT_INITIALISED);
+  EXPECT_EQ(VX_FinaliseLibrary(), VX_ERR_NOT_INITIALISED);
+
+  Configure(kTrellis);
+  EXPECT_EQ(VX_Open(0, nullptr), VX_ERR_NULL_ARGUMENT);
+  ASSERT_EQ(VX_Open(0, &handle), VX_SUCCESS);
+  int second = -1;
+  EXPECT_EQ(VX_Open(0, &second), VX_ERR_DEVICE_IN_USE);
+  EXPECT_EQ(VX_GetInt(handle, nullptr, &value), VX_ERR_NULL_ARGUMENT);
+  EXPECT_EQ(VX_GetInt(handle, L"AOIWidth", nullptr), VX_ERR_NULL_ARGUMENT);
+  EXPECT_EQ(VX_GetInt(handle, L"aoiwidth", &value), VX_ERR_NOT_IMPLEMENTED);
+  EXPECT_EQ(VX_SetEnumString(handle, L"TriggerMode", nullptr), VX_ERR_NULL_ARGUMENT);
+  EXPECT_EQ(VX_SetBool(handle, L"Overlap", 2), VX_ERR_OUT_OF_RANGE);
+  ASSERT_EQ(VX_Close(handle), VX_SUCCESS);
+  ASSERT_EQ(VX_Open(0, &second), VX_SUCCESS);
+  EXPECT_NE(handle, second);
+  EXPECT_EQ(VX_GetInt(handle, L"AOIWidth", &value), VX_ERR_INVALID_HANDLE);
+  EXPECT_EQ(VX_Close(handle), VX_ERR_INVALID_HANDLE);
+  for (const int bad : {-1, 0, 1, INT32_MIN, INT32_MAX}) EXPECT_EQ(VX_Flush(bad), VX_ERR_INVALID_HANDLE) << bad;
+}
+
+TEST_F(SimulatorFeatures, InitialisationsAreCountedAndTheLastEndClosesEverything)
+{
+  Configure(kTrellis);
+  ASSERT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
+  int handle = -1;
+  ASSERT_EQ(VX_Open(0, &handle), VX_SUCCESS);
+  EXPECT_EQ(VX_FinaliseLibrary(), VX_SUCCESS);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 1);
+  EXPECT_EQ(VXSIM_GetInitialiseCount(), 1);
+  EXPECT_EQ(VX_FinaliseLibrary(), VX_SUCCESS);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
+  EXPECT_EQ(VX_Flush(handle), VX_ERR_NOT_INITIALISED);
+}
+
+TEST_F(SimulatorFeatures, TextsFitTheirBufferOrAreRefused)
+{
+  Configure(std::string(kTrellis) + "[Camera0.SerialNumber]\nValue = VSC-77\n");
+  const OpenCamera camera;
+  wchar_t text[7] = L"??????";
+  EXPECT_EQ(VX_GetString(camera.handle, L"SerialNumber", text, 6), VX_ERR_TEXT_TOO_LONG);
+  EXPECT_EQ(std::wstring(text), L"??????");
+  EXPECT_EQ(VX_GetString(camera.handle, L"SerialNumber", text, 7), VX_SUCCESS);
+  EXPECT_EQ(std::wstring(text), L"VSC-77");
+  EXPECT_EQ(VX_GetEnumeratedString(camera.handle, L"AOILayout", 0, text, 5), VX_ERR_TEXT_TOO_LONG);
+  EXPECT_EQ(VX_GetEnumeratedString(camera.handle, L"AOILayout", 0, text, 0), VX_ERR_TEXT_TOO_LONG);
+  EXPECT_EQ(VX_GetEnumStringByIndex(camera.handle, L"AOILayout", 0, text, 6), VX_SUCCESS);
+  EXPECT_EQ(std::wstring(text), L"Image");
+  EXPECT_EQ(VX_GetEnumStringByIndex(camera.handle, L"AOILayout", 2, text, 7), VX_ERR_INDEX_NOT_IMPLEMENTED);
+}
+
+TEST_F(SimulatorFeatures, AreaStaysOnTheSensorWhateverTheOrderOfWrites)
+{
+  Configure(kTrellis);
+  const OpenCamera camera;
+  camera.Set(L"AOIWidth", 100LL);
+  EXPECT_EQ(camera.IntMax(L"AOILeft"), 2048 - 100 + 1);
+  camera.Set(L"AOILeft", 1949LL);
+  EXPECT_EQ(camera.TrySet(L"AOILeft", 1950LL), VX_ERR_OUT_OF_RANGE);
+  camera.Set(L"AOIHBin", 1LL);
+  EXPECT_EQ(camera.Int(L"AOILeft"), 1949); // an area at the edge stays there
+  EXPECT_EQ(camera.TrySet(L"AOILeft", 0LL), VX_ERR_OUT_OF_RANGE);
+  camera.Set(L"AOIWidth", 2048LL); // the area moves to the left to fit
+  EXPECT_EQ(camera.Int(L"AOILeft"), 1);
+  camera.Set(L"AOIHBin", 2LL);
+  EXPECT_EQ(camera.Int(L"AOIWidth"), 1024);
+  EXPECT_EQ(camera.TrySet(L"AOIWidth", 1025LL), VX_ERR_OUT_OF_RANGE);
+  camera.Set(L"AOIWidth", 512LL);
+  EXPECT_EQ(camera.IntMax(L"AOILeft"), 1025);
+  EXPECT_EQ(camera.TrySet(L"AOIHBin", 65LL), VX_ERR_OUT_OF_RANGE);
+  EXPECT_EQ(camera.IntMax(L"AOIHBinInternal"), 64);
+  camera.Set(L"AOIVBin", 4LL);
+  camera.SetArea(512, 512);
+  EXPECT_EQ(camera.Int(L"ImageSizeBytes"), 512 * 512 * 2);
+  camera.Set(L"MetadataEnable", true);
+  EXPECT_EQ(camera.Int(L"ImageSizeBytes"),
+            512 * 512 * 2 + static_cast<long long>(vxsim::TMetadataWriter::TailBytes()));
+}
+
+TEST_F(SimulatorFeatures, CombinedBinningSetsBothFactorsAndRowsArePadded)
+{
+  Configure(kTarn);
+  const OpenCamera camera;
+  EXPECT_EQ(camera.Int(L"AOIStride"), 1280 * 2 + 16);
+  camera.Set(L"AOIBinning", L"4x4");
+  EXPECT_EQ(camera.Int(L"AOIWidth"), 320);
+  EXPECT_EQ(camera.Int(L"AOIHeight"), 256);
+  EXPECT_EQ(camera.TrySet(L"AOIBinning", L"5x5"), VX_ERR_STRING_NOT_AVAILABLE);
+  camera.Set(L"PixelEncoding", L"Mono12Packed");
+  camera.Set(L"AOIWidth", 31LL);
+  EXPECT_EQ(camera.Int(L"AOIStride"), 31 / 2 * 3 + 2 + 16);
+  camera.Set(L"AOIHeight", 3LL);
+  EXPECT_EQ(camera.Int(L"ImageSizeBytes") % 8, 0);
+  EXPECT_GE(camera.Int(L"ImageSizeBytes"), 3 * camera.Int(L"AOIStride"));
+}
+
+TEST_F(SimulatorFeatures, TracksAreStripsOfOneBinnedRowEach)
+{
+  Configure(kTrellis);
+  const OpenCamera camera;
+  EXPECT_EQ(camera.TrySet(L"AOICount", 2LL), VX_ERR_NOT_AVAILABLE);
+  camera.Set(L"AOILayout", L"Track");
+  camera.Set(L"AOICount", 2LL);
+  EXPECT_EQ(camera.TrySet(L"AOISelector", 3LL), VX_ERR_OUT_OF_RANGE);
+  camera.Set(L"AOISelector", 1LL);
+  camera.Set(L"AOITop", 71LL);
+  camera.Set(L"AOIVBin", 11LL);
+  camera.Set(L"AOISelector", 2LL);
+  camera.Set(L"AOITop", 2040LL);
+  EXPECT_EQ(camera.TrySet(L"AOIVBin", 10LL), VX_ERR_OUT_OF_RANGE);
+  camera.Set(L"AOIVBin", 9LL);
+  EXPECT_EQ(camera.Int(L"AOIHeight"), 2);
+  EXPECT_EQ(camera.TrySet(L"AOIHeight", 5LL), VX_ERR_NOT_WRITABLE);
+  EXPECT_EQ(camera.Int(L"ImageSizeBytes"), 2 * 2048 * 2);
+  camera.Set(L"AOISelector", 1LL);
+  EXPECT_EQ(camera.Int(L"AOITop"), 71);
+  camera.Set(L"AOILayout", L"Image"); // the image's own area is untouched
+  EXPECT_EQ(camera.Int(L"AOITop"), 1);
+  EXPECT_EQ(camera.Int(L"AOIHeight"), 2048);
+}
+
+TEST_F(SimulatorFeatures, GainDecidesBitDepthAndEncodings)
+{
+  Configure(kTrellis);
+  const OpenCamera camera;
+  EXPECT_EQ(camera.Enum(L"BitDepth"), L"16 Bit");
+  int flag = -1;
+  EXPECT_EQ(VX_IsEnumeratedIndexAvailable(camera.handle, L"PixelEncoding", 0, &flag), VX_SUCCESS);
+  EXPECT_EQ(flag, 0);
+  EXPECT_EQ(VX_IsEnumIndexImplemented(camera.handle, L"PixelEncoding", 0, &flag), VX_SUCCESS);
+  EXPECT_EQ(flag, 1);
+  EXPECT_EQ(camera.TrySet(L"PixelEncoding", L"Mono12"), VX_ERR_INDEX_NOT_AVAILABLE);
+  camera.Set(L"PreAmpGainChannel", L"High");
+  EXPECT_EQ(camera.Enum(L"SimplePreAmpGainControl"), L"Gain 2 (11-bit)");
+  EXPECT_EQ(camera.Enum(L"BitDepth"), L"11 Bit");
+  camera.Set(L"PixelEncoding", L"Mono12Packed");
+  EXPECT_EQ(VX_SetEnumIndex(camera.handle, L"SimplePreAmpGainControl", 2), VX_SUCCESS);
+  EXPECT_EQ(camera.Enum(L"PreAmpGainChannel"), L"Both");
+  EXPECT_EQ(camera.Enum(L"PixelEncoding"), L"Mono16");
+  EXPECT_EQ(VX_SetEnumerated(camera.handle, L"BitDepth", 0), VX_ERR_NOT_WRITABLE);
+  EXPECT_EQ(VX_SetEnumerated(camera.handle, L"CycleMode", 2), VX_ERR_INDEX_NOT_IMPLEMENTED);
+}
+
+TEST_F(SimulatorFeatures, LayoutsKeepTheirOwnColumnsAndPicturesFollowBetweenRuns)
+{
+  // Brightness grows evenly from column to column.
+  Configure(std::string("[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = gradient\nNoise = off\n") +
+            "[Camera0.SensorWidth]\nValue = 64\n[Camera0.SensorHeight]\nValue = 64\n");
+  OpenCamera camera;
+  camera.Set(L"ExposureTime", 0.02);
+  const auto picture = [&camera] {
+    EXPECT_EQ(VX_Flush(camera.handle), VX_SUCCESS);
+    camera.QueueBuffers(1);
+    camera.Start();
+    EXPECT_EQ(camera.Wait(), VX_SUCCESS);
+    std::vector<uint16_t> counts(camera.frame.size() / 2);
+    std::memcpy(counts.data(), camera.frame.data(), camera.frame.size());
+    return counts;
+  };
+  const std::vector<uint16_t> whole = picture();
+  ASSERT_EQ(whole.size(), 64U * 64U);
+  const auto sum = [&whole](size_t left, size_t top, size_t columns, size_t rows) { // less the baseline
+    int total = 0;
+    for (size_t y = top; y < top + rows; ++y) {
+      for (size_t x = left; x < left + columns; ++x) total += whole[y * 64 + x] - 100;
+    }
+    return total;
+  };
+
+  camera.Set(L"AOIHBin", 4LL);
+  camera.Set(L"AOIVBin", 2LL);
+  camera.SetArea(5, 4);
+  EXPECT_EQ(camera.IntMax(L"AOILeft"), 64 - 5 * 4 + 1);
+  camera.Set(L"AOILeft", 11LL);
+  camera.Set(L"AOITop", 21LL);
+  std::vector<uint16_t> part = picture();
+  ASSERT_EQ(part.size(), 20U);
+  EXPECT_NEAR(part[0] - 100, sum(10, 20, 4, 2), 8);
+  EXPECT_NEAR(part[19] - 100, sum(26, 26, 4, 2), 8);
+  EXPECT_GT(part[1], part[0]);
+
+  camera.Set(L"AOILayout", L"Track");
+  camera.Set(L"AOICount", 2LL);
+  EXPECT_EQ(camera.Int(L"AOIWidth"), 64);
+  EXPECT_EQ(camera.Int(L"AOIHBin"), 1);
+  for (const long long track : {1LL, 2LL}) {
+    camera.Set(L"AOISelector", track);
+    camera.Set(L"AOITop", track == 1 ? 41LL : 3LL);
+    camera.Set(L"AOIVBin", 5 * track);
+  }
+  part = picture();
+  ASSERT_EQ(part.size(), 128U);
+  EXPECT_NEAR(part[30] - 100, sum(30, 40, 1, 5), 8);
+  EXPECT_NEAR(part[64 + 30] - 100, sum(30, 2, 1, 10), 8);
+  EXPECT_GT(part[64 + 30] - 100, 2 * (part[30] - 100) - 20);
+
+  camera.Set(L"AOILayout", L"Image");
+  EXPECT_EQ(camera.Int(L"AOIHBin"), 4);
+  EXPECT_EQ(camera.Int(L"AOILeft"), 11);
+  ASSERT_EQ(picture().size(), 20U);
+  EXPECT_EQ(camera.IntMax(L"AOIHBin"), 64);
+  camera.Set(L"AOIHBin", 64LL);
+  EXPECT_EQ(camera.Int(L"AOIWidth"), 1);
+  EXPECT_EQ(camera.Int(L"AOILeft"), 1);
+}
+
+TEST_F(SimulatorFeatures, GlobalShutterCannotUseTheHighestRate)
+{
+  Configure(kTrellis);
+  const OpenCamera camera;
+  EXPECT_EQ(camera.Enum(L"PixelReadoutRate"), L"280 MHz");
+  const double fastReadout = camera.Float(L"ReadoutTime");
+  camera.Set(L"ElectronicShutteringMode", L"Global");
+  EXPECT_EQ(camera.Enum(L"PixelReadoutRate"), L"200 MHz");
+  EXPECT_NEAR(camera.Float(L"ReadoutTime"), fastReadout * 280.0 / 200.0, 1e-9);
+  EXPECT_EQ(camera.TrySet(L"PixelReadoutRate", L"280 MHz"), VX_ERR_INDEX_NOT_AVAILABLE);
+}
+
+TEST_F(SimulatorFeatures, FrameRateFollowsFromExposureReadoutAndOverlap)
+{
+  Configure(kTrellis);
+  const OpenCamera camera;
+  const double readout = camera.Float(L"ReadoutTime");
+  EXPECT_NEAR(readout, 1024 * 2592.0 / 280e6, 1e-9);
+  camera.Set(L"ExposureTime", 0.005);
+  EXPECT_NEAR(camera.FloatMax(L"FrameRate"), 1.0 / (0.005 + readout), 1e-6);
+  camera.Set(L"Overlap", true);
+  EXPECT_NEAR(camera.FloatMax(L"FrameRate"), 1.0 / readout, 1e-6);
+  camera.Set(L"AOIHeight", 1024LL); // read out in less than the exposure
+  EXPECT_NEAR(camera.FloatMax(L"FrameRate"), 1.0 / 0.005, 1e-6);
+  camera.Set(L"FrameRate", 50.0);
+  EXPECT_DOUBLE_EQ(camera.Float(L"FrameRate"), 50.0);
+  camera.Set(L"ExposureTime", 0.1); // the wanted rate waits until it is possible again
+  EXPECT_NEAR(camera.Float(L"FrameRate"), 10.0, 1e-9);
+  camera.Set(L"ExposureTime", 0.005);
+  EXPECT_DOUBLE_EQ(camera.Float(L"FrameRate"), 50.0);
+  for (const double bad : {0.0, -1.0, 1e9, std::nan(""), static_cast<double>(INFINITY)}) {
+    EXPECT_EQ(camera.TrySet(L"FrameRate", bad), VX_ERR_OUT_OF_RANGE) << bad;
+  }
+}
+
+TEST_F(SimulatorFeatures, SettingsAreLockedWhileAcquiring)
+{
+  Configure(std::string("[Simulator]\nCameras = 2\n") + kTrellis + "[Camera1]\nModel = TARN 1M\nClock = free\n");
+  OpenCamera trellis(0);
+  OpenCamera tarn(1);
+  trellis.Start();
+  tarn.Start();
+  EXPECT_TRUE(trellis.Bool(L"CameraAcquiring"));
+  EXPECT_EQ(trellis.TrySet(L"AOIWidth", 100LL), VX_ERR_NOT_WRITABLE);
+  EXPECT_EQ(trellis.TrySet(L"TriggerMode", L"Software"), VX_ERR_NOT_WRITABLE);
+  EXPECT_EQ(trellis.TrySet(L"MetadataEnable", true), VX_ERR_NOT_WRITABLE);
+  EXPECT_FALSE(trellis.IsWritable(L"FrameCount"));
+  EXPECT_TRUE(trellis.IsWritable(L"ExposureTime"));
+  EXPECT_EQ(trellis.TrySet(L"ExposureTime", 0.02), VX_SUCCESS);
+  EXPECT_EQ(tarn.TrySet(L"ExposureTime", 0.02), VX_ERR_NOT_WRITABLE);
+  EXPECT_EQ(trellis.Command(L"AcquisitionStart"), VX_ERR_START_REFUSED);
+  trellis.Stop();
+  EXPECT_EQ(trellis.TrySet(L"AOIWidth", 100LL), VX_SUCCESS);
+  EXPECT_EQ(trellis.Command(L"AcquisitionStop"), VX_SUCCESS); // nothing to stop is no error
+}
+
+TEST_F(SimulatorFeatures, TriggerModeDecidesWhatCanBeWritten)
+{
+  Configure(kTrellis);
+  const OpenCamera camera;
+  EXPECT_EQ(camera.Command(L"SoftwareTrigger"), VX_ERR_NOT_AVAILABLE);
+  camera.Set(L"TriggerMode", L"Software");
+  EXPECT_EQ(camera.Command(L"SoftwareTrigger"), VX_SUCCESS);
+  EXPECT_EQ(camera.TrySet(L"FrameRate", 1.0), VX_ERR_NOT_WRITABLE);
+  camera.Set(L"TriggerMode", L"External Exposure");
+  EXPECT_EQ(camera.TrySet(L"ExposureTime", 0.1), VX_ERR_NOT_WRITABLE);
+  EXPECT_EQ(camera.Command(L"CameraModel"), VX_ERR_WRONG_KIND);
+}
+
+} // namespace

@@ -1,0 +1,387 @@
+// SPDX-License-Identifier: MIT
+// Frames of the simulated cameras: physics, geometry and encodings.
+#include "tests/vxcore/rendered_frames.h"
+#include "vxcore/simulated/imaging/TPixelEncoder.h"
+#include "vxcore/simulated/imaging/TPixelKernel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gmock/gmock.h>
+#include <thread>
+
+using namespace vxsim;
+
+namespace {
+
+TCounts SumBins(const TCounts& full, int side, int horizontalBin, int verticalBin)
+{
+  const int width = side / horizontalBin;
+  TCounts sums(static_cast<std::size_t>(width * (side / verticalBin)), 0);
+  for (int y = 0; y < side; ++y)
+    for (int x = 0; x < side; ++x)
+      sums[static_cast<std::size_t>(y / verticalBin * width + x / horizontalBin)] +=
+          full[static_cast<std::size_t>(y * side + x)];
+  return sums;
+}
+
+} // namespace
+
+TEST(FrameNoise, SmallMeansArePoissonDistributed)
+{
+  TFrameSettings settings = PlainSettings(512);
+  settings.readout.gainElectronsPerCount = 1.0;
+  settings.readout.readNoiseElectrons = 0.0;
+  settings.readout.baselineCounts = 10.0;
+  for (const double mean : {0.002, 0.11, 1.37, 6.3}) {
+    settings.scene.flatPhotonsPerSecond = mean;
+    const TCounts counts = RenderCounts(settings);
+    double probability = std::exp(-mean);
+    for (int electrons = 0; electrons < 20; probability *= mean / ++electrons) {
+      const auto seen = std::count(counts.begin(), counts.end(), 10 + electrons);
+      const double expected = probability * static_cast<double>(counts.size());
+      EXPECT_NEAR(static_cast<double>(seen), expected, 5.0 * std::sqrt(expected) + 0.02 * expected + 70.0)
+          << mean << " electrons on average, " << electrons << " seen";
+    }
+  }
+}
+
+TEST(FrameNoise, StaysSkewedUnderReadNoise)
+{
+  TFrameSettings settings = PlainSettings(512);
+  settings.readout.gainElectronsPerCount = 1.0;
+  settings.readout.readNoiseElectrons = 0.8;
+  for (const double electrons : {0.4, 1.37, 5.9}) {
+    settings.scene.flatPhotonsPerSecond = electrons;
+    const TCounts counts = RenderCounts(settings);
+    const double mean = Mean(counts);
+    double cubes = 0.0;
+    for (const std::int32_t count : counts) cubes += std::pow(count - mean, 3);
+    const double thirdMoment = cubes / static_cast<double>(counts.size()); // of a Poisson distribution its mean
+    EXPECT_NEAR(thirdMoment, electrons, 0.1 * electrons + 0.03 * std::pow(electrons, 1.5));
+  }
+}
+
+TEST(FrameNoise, PixelsAndFramesAreIndependent)
+{
+  TFrameSettings settings = PlainSettings(512);
+  settings.scene.flatPhotonsPerSecond = 400.0;
+  TFrameRenderer renderer;
+  const TCounts first = RenderCounts(renderer, settings);
+  settings.exposure.frameNumber = 1;
+  const TCounts next = RenderCounts(renderer, settings);
+  const double mean = Mean(first);
+  const auto correlation = [&](const TCounts& a, const TCounts& b, std::size_t shift) {
+    double product = 0.0;
+    double square = 0.0;
+    for (std::size_t i = 0; i + shift < a.size(); ++i) {
+      product += (a[i] - mean) * (b[i + shift] - mean);
+      square += (a[i] - mean) * (a[i] - mean);
+    }
+    return product / square;
+  };
+  EXPECT_NEAR(correlation(first, first, 1), 0.0, 0.01);
+  EXPECT_NEAR(correlation(first, first, 512), 0.0, 0.01); // the row below
+  EXPECT_NEAR(correlation(first, next, 0), 0.0, 0.01);
+}
+
+TEST(DarkCurrent, HotPixelsStayWhereTheyAreWhateverIsReadOut)
+{
+  TFrameSettings settings = PlainSettings(256);
+  settings.scene.kind = ESceneKind::Dark;
+  settings.scene.noise = false;
+  settings.sensor.darkElectronsPerSecond = 1.0;
+  settings.sensor.hotPixelFraction = 0.01;
+  TFrameRenderer renderer;
+  const TCounts full = RenderCounts(renderer, settings);
+  const auto hot = std::count_if(full.begin(), full.end(), [](auto count) { return count > 100 + 2 * 45; });
+  EXPECT_NEAR(static_cast<double>(hot), 655.0, 10.0);
+
+  settings.geometry.leftPixels = 31;
+  settings.geometry.topPixels = 77;
+  settings.geometry.widthPixels = 101;
+  settings.geometry.heightPixels = 50;
+  const TCounts part = RenderCounts(renderer, settings);
+  for (std::size_t y = 0; y < 50; ++y)
+    for (std::size_t x = 0; x < 101; ++x)
+      ASSERT_EQ(part[y * 101 + x], full[(y + 77) * 256 + x + 31]) << x << "," << y;
+}
+
+TEST(Saturation, StopsAtFullWellAndAtTheConverter)
+{
+  TFrameSettings settings = PlainSettings(64);
+  settings.scene.flatPhotonsPerSecond = 1e7;
+  settings.readout.readNoiseElectrons = 2.0;
+  settings.readout.gainElectronsPerCount = 1.0;
+  settings.sensor.fullWellElectrons = 20000.0;
+  TCounts counts = RenderCounts(settings); // the well is full below the converter's end: read noise remains
+  EXPECT_NEAR(Mean(counts), 20100.0, 1.0);
+  EXPECT_LE(*std::max_element(counts.begin(), counts.end()), 20100 + 9);
+  EXPECT_GT(*std::max_element(counts.begin(), counts.end()), *std::min_element(counts.begin(), counts.end()));
+
+  settings.readout.gainElectronsPerCount = 0.5;
+  settings.readout.bitDepth = 12;
+  counts = RenderCounts(settings);
+  EXPECT_EQ(counts, TCounts(counts.size(), 4095));
+
+  settings.exposure.accumulations = 3; // every exposure saturates by itself
+  settings.geometry.encoding = EPixelEncoding::Mono32;
+  counts = RenderCounts(settings);
+  EXPECT_EQ(counts, TCounts(counts.size(), 3 * 4095));
+}
+
+TEST(Saturation, HoldsAtTheLimitsOfEverySetting)
+{
+  TFrameSettings settings = PlainSettings(64);
+  settings.sensor.darkElectronsPerSecond = 1e9;
+  settings.sensor.darkDoublingCelsius = 0.1;
+  settings.sensor.hotPixelFraction = 0.1;
+  settings.exposure.sensorCelsius = 1000.0;
+  settings.scene.brightness = 1e9;
+  settings.scene.flatPhotonsPerSecond = 1e12;
+  settings.exposure.exposureSeconds = 1e6;
+  for (const double readNoise : {0.0, 1.0}) {
+    settings.readout.readNoiseElectrons = readNoise;
+    for (const auto kind : {ESceneKind::Flat, ESceneKind::StarField, ESceneKind::Dark}) {
+      settings.scene.kind = kind;
+      const TCounts counts = RenderCounts(settings);
+      EXPECT_NEAR(Mean(counts), 60100.0, 1.0) << SceneName(kind); // a full well at half an electron a count
+    }
+  }
+}
+
+TEST(Saturation, CountsNeverFallBelowZero)
+{
+  TFrameSettings settings = PlainSettings(64);
+  settings.scene.kind = ESceneKind::Dark;
+  settings.readout.baselineCounts = 1.0;
+  settings.readout.readNoiseElectrons = 20.0;
+  for (const auto encoding : {EPixelEncoding::Mono16, EPixelEncoding::Mono32}) {
+    settings.geometry.encoding = encoding;
+    const TCounts counts = RenderCounts(settings);
+    EXPECT_EQ(*std::min_element(counts.begin(), counts.end()), 0);
+    EXPECT_LT(*std::max_element(counts.begin(), counts.end()), 400);
+  }
+}
+
+TEST(Baseline, WandersOnlyUnclamped)
+{
+  TFrameSettings settings = PlainSettings(16);
+  settings.scene.kind = ESceneKind::Dark;
+  settings.scene.noise = false;
+  settings.readout.gainElectronsPerCount = 0.01;
+  const auto spread = [&settings] {
+    TFrameRenderer renderer;
+    std::int32_t low = 65535;
+    std::int32_t high = 0;
+    for (int i = 0; i < 40; ++i) {
+      settings.exposure.sceneSeconds = i;
+      const std::int32_t level = RenderCounts(renderer, settings).front();
+      low = std::min(low, level);
+      high = std::max(high, level);
+    }
+    return high - low;
+  };
+  EXPECT_EQ(spread(), 0);
+  settings.readout.baselineClamp = false;
+  EXPECT_GE(spread(), 2);
+  EXPECT_LE(spread(), 6);
+}
+
+TEST(Geometry, CropIsThePartOfTheWholePicture)
+{
+  TFrameRenderer renderer;
+  for (const auto kind :
+       {ESceneKind::StarField, ESceneKind::Beads, ESceneKind::ResolutionChart, ESceneKind::Gradient}) {
+    TFrameSettings settings = PlainSettings(300);
+    settings.scene.kind = kind;
+    settings.scene.noise = false;
+    settings.exposure.exposureSeconds = 0.02;
+    settings.exposure.sceneSeconds = 3.7;
+    const TCounts full = RenderCounts(renderer, settings);
+    EXPECT_GT(*std::max_element(full.begin(), full.end()), 300) << SceneName(kind);
+    settings.geometry.leftPixels = 45;
+    settings.geometry.topPixels = 130;
+    settings.geometry.widthPixels = 211;
+    settings.geometry.heightPixels = 170;
+    const TCounts part = RenderCounts(renderer, settings);
+    std::size_t different = 0;
+    for (std::size_t y = 0; y < 170; ++y)
+      for (std::size_t x = 0; x < 211; ++x) different += part[y * 211 + x] != full[(y + 130) * 300 + x + 45];
+    EXPECT_EQ(different, 0u) << SceneName(kind);
+  }
+}
+
+TEST(Geometry, BinsAndTracksSumTheSignal)
+{
+  TFrameSettings settings = PlainSettings(240);
+  settings.scene.kind = ESceneKind::Beads;
+  settings.scene.noise = false;
+  settings.geometry.encoding = EPixelEncoding::Mono32;
+  settings.readout.baselineCounts = 0.0;
+  settings.readout.gainElectronsPerCount = 0.01; // fine counts, so that their rounding does not hide a wrong sum
+  settings.exposure.exposureSeconds = 0.001;
+  TFrameRenderer renderer;
+  const TCounts full = RenderCounts(renderer, settings);
+  const auto expectSums = [](const TCounts& got, const TCounts& sums, int pixelsSummed) {
+    ASSERT_EQ(got.size(), sums.size());
+    for (std::size_t i = 0; i < got.size(); ++i)
+      ASSERT_NEAR(got[i], sums[i], 0.5 * pixelsSummed + 1.0 + 1e-5 * sums[i]) << i;
+  };
+
+  settings.geometry.horizontalBin = 3;
+  settings.geometry.verticalBin = 4;
+  settings.geometry.widthPixels = 80;
+  settings.geometry.heightPixels = 60;
+  expectSums(RenderCounts(renderer, settings), SumBins(full, 240, 3, 4), 12);
+
+  settings.geometry.horizontalBin = 1;
+  settings.geometry.widthPixels = 240;
+  settings.geometry.heightPixels = 3;
+  settings.geometry.tracks = {{150, 20}, {0, 1}, {160, 80}}; // not in order, and overlapping
+  TCounts sums(3 * 240, 0);
+  for (std::size_t track = 0; track < 3; ++track)
+    for (int row = 0; row < settings.geometry.tracks[track].rowCount; ++row)
+      for (std::size_t x = 0; x < 240; ++x)
+        sums[track * 240 + x] +=
+            full[static_cast<std::size_t>(settings.geometry.tracks[track].topRow + row) * 240 + x];
+  expectSums(RenderCounts(renderer, settings), sums, 80);
+}
+
+TEST(FrameRenderer, SameSettingsGiveSameBytesInAnyOrderOnAnyThread)
+{
+  for (const auto kind : {ESceneKind::StarField, ESceneKind::Beads, ESceneKind::Dark}) {
+    TFrameSettings settings = PlainSettings(200);
+    settings.sensor.darkElectronsPerSecond = 0.5;
+    settings.sensor.hotPixelFraction = 0.001;
+    settings.scene.kind = kind;
+    settings.exposure.exposureSeconds = 0.01;
+    constexpr std::size_t kFrames = 6;
+    const auto at = [settings](std::size_t frame) {
+      TFrameSettings result = settings;
+      result.exposure.frameNumber = frame;
+      result.exposure.sceneSeconds = 0.9 * static_cast<double>(frame);
+      result.exposure.sensorCelsius = -0.5 * static_cast<double>(frame);
+      return result;
+    };
+    std::vector<TBytes> forward(kFrames);
+    std::vector<TBytes> backward(kFrames);
+    std::thread other([&] {
+      TFrameRenderer renderer;
+      for (std::size_t frame = kFrames; frame-- > 0;) backward[frame] = RenderBytes(renderer, at(frame));
+    });
+    for (std::size_t frame = 0; frame < kFrames; ++frame) {
+      TFrameRenderer fresh;
+      forward[frame] = RenderBytes(fresh, at(frame));
+    }
+    other.join();
+    EXPECT_EQ(forward, backward) << SceneName(kind);
+    EXPECT_NE(forward[0], forward[1]);
+
+    TFrameSettings changed = at(0);
+    changed.exposure.runNumber = 1;
+    TFrameRenderer renderer;
+    EXPECT_NE(RenderBytes(renderer, changed), forward[0]);
+    changed = at(0);
+    changed.sensor.seed = 99;
+    EXPECT_NE(RenderBytes(renderer, changed), forward[0]);
+  }
+}
+
+TEST(FrameRenderer, RefusesWhatMakesNoFrameAndWritesNothing)
+{
+  const TFrameSettings good = PlainSettings(64);
+  std::vector<TFrameSettings> bad(10, good);
+  bad[0].geometry.widthPixels = 65;
+  bad[1].geometry.topPixels = 1;
+  bad[2].geometry.verticalBin = 0;
+  bad[3].geometry.strideBytes = 127;
+  bad[4].geometry.tracks = {{60, 5}};
+  bad[4].geometry.heightPixels = 1;
+  bad[5].readout.gainElectronsPerCount = 0.0;
+  bad[6].exposure.exposureSeconds = std::nan("");
+  bad[7].exposure.accumulations = 0;
+  bad[8].geometry.leftPixels = 2147483647;
+  bad[9].geometry.tracks.assign(8000, {0, 64});
+  bad[9].geometry.heightPixels = 8000;
+  TFrameRenderer renderer;
+  TBytes buffer(64 * 64 * 2, 0x5A);
+  for (std::size_t i = 0; i < bad.size(); ++i) {
+    EXPECT_FALSE(renderer.Render(bad[i], buffer)) << i;
+    EXPECT_FALSE(renderer.LastError().empty()) << i;
+  }
+  EXPECT_FALSE(renderer.Render(good, std::span(buffer).first(buffer.size() - 1)));
+  EXPECT_EQ(buffer, TBytes(buffer.size(), 0x5A));
+  EXPECT_TRUE(renderer.Render(good, buffer));
+  EXPECT_EQ(renderer.LastError(), "");
+}
+
+TEST(PixelKernel, PortableAndFastPathAgreeBitForBit)
+{
+  std::vector<float> rates(TNoiseTable::kBlockPixels - 3);
+  for (std::size_t i = 0; i < rates.size(); ++i)
+    rates[i] = static_cast<float>(std::pow(1.04, static_cast<double>(i))) * 1e-4f; // from nothing to saturation
+  TRowReadout readout;
+  readout.exposureSeconds = 1.3f;
+  readout.darkElectrons = 0.001f;
+  readout.readVariance = 1.7f;
+  readout.fullWellElectrons = 20000.0f;
+  readout.ceilingElectrons = 20006.0f;
+  readout.countsPerElectron = 1.9f;
+  readout.baselineCounts = 100.5f;
+  using EShotNoise = TPixelKernel::EShotNoise;
+  for (const auto noise : {EShotNoise::None, EShotNoise::Blended, EShotNoise::Exact})
+    for (const std::size_t first : {std::size_t{0}, rates.size() / 4}) {
+      TCounts fast(rates.size(), -1);
+      TCounts portable(rates.size(), -1);
+      const auto block = std::span<const float>(rates).subspan(0, rates.size() - first);
+      for (std::uint64_t frame = 0; frame < 50; ++frame) {
+        const TNoiseDraw draw = TNoiseTable::Shared().Draw(TNoiseTable::FrameKey(7, 1, frame), frame, 0.0011f);
+        TPixelKernel::Run(readout, noise, draw, block, fast.data());
+        TPixelKernel::RunPortable(readout, noise, draw, block, portable.data());
+        ASSERT_EQ(fast, portable) << static_cast<int>(noise);
+      }
+    }
+}
+
+TEST(PixelEncoder, PackedPixelsLieHighBytesOutsideLowNibblesInside)
+{
+  const TCounts pixels = {0x124, 0x563, 0x78A};
+  TBytes row(5, 0xFF);
+  TPixelEncoder::Encode(EPixelEncoding::Mono12Packed, pixels, row.data(), 0);
+  EXPECT_EQ(row, (TBytes{0x12, 0x34, 0x56, 0x78, 0x0A}));
+  EXPECT_EQ(RowBytes(EPixelEncoding::Mono12Packed, 3), 5u);
+}
+
+TEST(PixelEncoder, EveryEncodingRoundTripsAndRowsArePaddedWithZeros)
+{
+  for (const auto encoding : {EPixelEncoding::Mono8, EPixelEncoding::Mono12, EPixelEncoding::Mono12Packed,
+                              EPixelEncoding::Mono16, EPixelEncoding::Mono32}) {
+    EPixelEncoding named{};
+    ASSERT_TRUE(EncodingFromName(EncodingName(encoding), named));
+    EXPECT_EQ(named, encoding);
+    TCounts pixels(77);
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+      pixels[i] = static_cast<std::int32_t>((i * 123457u + 5u) &
+                                            static_cast<unsigned>(TPixelEncoder::MaximumCount(encoding)));
+    pixels[3] = TPixelEncoder::MaximumCount(encoding);
+    TBytes row(RowBytes(encoding, 77));
+    TPixelEncoder::Encode(encoding, std::span(pixels).first(40), row.data(), 0);
+    TPixelEncoder::Encode(encoding, std::span(pixels).subspan(40), row.data(), 40);
+    TCounts back(pixels.size());
+    TPixelEncoder::Decode(encoding, row.data(), back);
+    EXPECT_EQ(back, pixels) << EncodingName(encoding);
+
+    TFrameSettings settings = PlainSettings(77);
+    settings.scene.flatPhotonsPerSecond = 500.0;
+    settings.geometry.encoding = encoding;
+    settings.readout.bitDepth = 12;
+    const TCounts tight = RenderCounts(settings);
+    settings.geometry.strideBytes = RowBytes(encoding, 77) + 11;
+    TFrameRenderer renderer;
+    const TBytes padded = RenderBytes(renderer, settings);
+    for (std::size_t y = 0; y < 77; ++y)
+      for (std::size_t i = 0; i < 11; ++i) ASSERT_EQ(padded[(y + 1) * settings.geometry.strideBytes - 11 + i], 0);
+    EXPECT_EQ(RenderCounts(renderer, settings), tight);
+    EXPECT_NEAR(Mean(tight), encoding == EPixelEncoding::Mono8 ? 1100.0 / 16.0 - 0.47 : 1100.0, 3.0);
+  }
+}

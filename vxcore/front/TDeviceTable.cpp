@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: MIT
+// The library's state: initialisations, backends, open devices and their handles.
+#include "vxcore/front/TDeviceTable.h"
+
+#include "vxcore/front/TCallLog.h"
+#include "vxcore/front/TFaultPlan.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+
+namespace vxsim {
+
+namespace {
+
+constexpr const char* kConfigurationVariable = "VXCORE_CONFIG";
+constexpr int kLockAttempts = 100;
+constexpr int kMaxGeneration = INT_MAX / TDeviceTable::kMaxDevices - 1;
+
+/// Leaves the core to its other thread for some tens of cycles.
+void Pause()
+{
+#if defined(__x86_64__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  asm volatile("yield");
+#endif
+}
+
+} // namespace
+
+static_assert(kMaxCameras <= TDeviceTable::kMaxDevices);
+
+std::string& LastErrorText()
+{
+  thread_local std::string text;
+  return text;
+}
+
+TDeviceTable& TDeviceTable::Instance()
+{
+  static auto& table = *new TDeviceTable;
+  return table;
+}
+
+/// Most calls keep the lock for less time than it takes to sleep and to be woken, so this tries for a moment first.
+void TDeviceTable::LockBusyDevice(TDeviceLock& lock)
+{
+  for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
+    Pause();
+    if (lock.try_lock()) return;
+  }
+  lock.lock();
+}
+
+int TDeviceTable::Initialise()
+{
+  const std::lock_guard lock(mutex_);
+  std::string error;
+  if (const int code = LoadBackends(error); code != VX_SUCCESS) {
+    LastErrorText() = error;
+    std::fprintf(stderr, "libvxcore: %s\n", error.c_str());
+    return code;
+  }
+  if (initialiseCount_ == INT_MAX) return VX_ERR_OUT_OF_RANGE;
+  ++initialiseCount_;
+  return VX_SUCCESS;
+}
+
+int TDeviceTable::Finalise()
+{
+  const std::lock_guard lock(mutex_);
+  if (initialiseCount_ == 0) return VX_ERR_NOT_INITIALISED;
+  if (--initialiseCount_ == 0) CloseAll();
+  return VX_SUCCESS;
+}
+
+int TDeviceTable::InitialiseCount()
+{
+  return initialiseCount_;
+}
+
+int TDeviceTable::OpenCount()
+{
+  int count = 0;
+  for (TSlot& slot : slots_) {
+    const std::lock_guard lock(slot.mutex);
+    if (slot.device) ++count;
+  }
+  return count;
+}
+
+int TDeviceTable::DeviceCount(int& count)
+{
+  const std::lock_guard lock(mutex_);
+  if (initialiseCount_ == 0) return VX_ERR_NOT_INITIALISED;
+  count = 0;
+  for (const auto& backend : backends_) count += backend->Enumerate();
+  return VX_SUCCESS;
+}
+
+int TDeviceTable::Open(int index, int& handle)
+{
+  const std::lock_guard lock(mutex_);
+  if (initialiseCount_ == 0) return VX_ERR_NOT_INITIALISED;
+  if (index < 0 || index >= kMaxDevices) return VX_ERR_NO_SUCH_DEVICE;
+  int local = index;
+  for (const auto& backend : backends_) {
+    const int count = backend->Enumerate();
+    if (local >= count) {
+      local -= count;
+      continue;
+    }
+    TSlot& slot = slots_[static_cast<size_t>(index)];
+    const std::lock_guard slotLock(slot.mutex);
+    if (slot.device) return VX_ERR_DEVICE_IN_USE;
+    if (const int code = backend->Open(local, slot.mutex, slot.device); code != VX_SUCCESS) return code;
+    generation_ = generation_ >= kMaxGeneration ? 1 : generation_ + 1;
+    slot.handle = generation_ * kMaxDevices + index; // a handle of an earlier opening never fits again
+    handle = slot.handle;
+    return VX_SUCCESS;
+  }
+  return VX_ERR_NO_SUCH_DEVICE;
+}
+
+int TDeviceTable::Close(int handle)
+{
+  const std::lock_guard lock(mutex_);
+  const int index = DeviceOfHandle(handle);
+  return index < 0 ? NoSuchHandle() : CloseSlot(index, handle);
+}
+
+int TDeviceTable::Flush(int handle)
+{
+  TSlot& slot = slots_[static_cast<unsigned>(handle) % kMaxDevices];
+  TDeviceLock lock(slot.mutex);
+  if (slot.handle != handle || handle <= VX_HANDLE_SYSTEM) return NoSuchHandle();
+  slot.device->Flush(lock);
+  return slot.device->CheckPresent();
+}
+
+void TDeviceTable::Reset(std::optional<std::string> text)
+{
+  const std::lock_guard lock(mutex_);
+  CloseAll();
+  initialiseCount_ = 0;
+  backends_.clear();
+  simulated_.reset();
+  configurationText_ = std::move(text);
+  TFaultPlan::Instance().Clear();
+  TCallLog::Instance().Stop();
+  TCallLog::Instance().Clear();
+}
+
+int TDeviceTable::DeviceOfHandle(int handle)
+{
+  return handle < kMaxDevices ? -1 : handle % kMaxDevices;
+}
+
+int TDeviceTable::NoSuchHandle() const
+{
+  return initialiseCount_ == 0 ? VX_ERR_NOT_INITIALISED : VX_ERR_INVALID_HANDLE;
+}
+
+/// Reads the configuration and builds the backends, unless that was done. Called with the lock held.
+int TDeviceTable::LoadBackends(std::string& error)
+{
+  if (simulated_) return VX_SUCCESS;
+  TSimulatorConfiguration configuration = TSimulatorConfiguration::BuiltIn();
+  // A privileged process reads no file of its caller's choice: error messages repeat what is in it.
+  const char* path = secure_getenv(kConfigurationVariable); // NOLINT(concurrency-mt-unsafe): nothing here sets it
+  if (configurationText_) {
+    if (!TSimulatorConfiguration::Parse(*configurationText_, configuration, error)) return VX_ERR_CONFIGURATION;
+  } else if (path && *path) {
+    if (!TSimulatorConfiguration::Load(path, configuration, error)) return VX_ERR_CONFIGURATION;
+  }
+  const std::vector<std::string> rules = configuration.faultRules;
+  auto simulated = std::make_shared<TSimulatedBackend>(std::move(configuration));
+  if (!simulated->Check(error)) return VX_ERR_CONFIGURATION;
+  for (const std::string& rule : rules) {
+    if (TFaultPlan::Instance().Add(rule, error)) continue;
+    TFaultPlan::Instance().Clear();
+    return VX_ERR_CONFIGURATION;
+  }
+  simulated_ = std::move(simulated);
+  backends_.push_back(simulated_); // device numbers begin with the simulator's, as WithSimulated() relies on
+  return VX_SUCCESS;
+}
+
+int TDeviceTable::FindSimulated(int index, std::shared_ptr<TSimulatedBackend>& backend)
+{
+  const std::lock_guard lock(mutex_);
+  std::string error;
+  if (const int code = LoadBackends(error); code != VX_SUCCESS) {
+    LastErrorText() = error;
+    return code;
+  }
+  if (index < 0 || index >= simulated_->Enumerate()) return VX_ERR_NO_SUCH_DEVICE;
+  backend = simulated_;
+  return VX_SUCCESS;
+}
+
+/// Closes one device. Called with the table's lock held.
+int TDeviceTable::CloseSlot(int index, int handle)
+{
+  TSlot& slot = slots_[static_cast<size_t>(index)];
+  std::unique_ptr<IDevice> device;
+  int code = VX_SUCCESS;
+  {
+    TDeviceLock lock(slot.mutex);
+    if (slot.handle != handle) return NoSuchHandle();
+    slot.handle = VX_HANDLE_NONE; // calls that come now find nothing
+    slot.device->Close(lock);
+    code = slot.device->CheckPresent();
+    device = std::move(slot.device);
+  }
+  device.reset(); // may join the device's thread, which needs the lock
+  return code;
+}
+
+void TDeviceTable::CloseAll()
+{
+  for (int index = 0; index < kMaxDevices; ++index) {
+    int handle = VX_HANDLE_NONE;
+    {
+      TSlot& slot = slots_[static_cast<size_t>(index)];
+      const std::lock_guard lock(slot.mutex);
+      handle = slot.handle;
+    }
+    if (handle != VX_HANDLE_NONE) CloseSlot(index, handle);
+  }
+}
+
+} // namespace vxsim
