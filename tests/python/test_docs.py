@@ -32,3 +32,16 @@ def test_the_example_runs(tmp_path):
     assert np.load(tmp_path / "images.npy").shape == (3, 512, 512) and "image 3: 512x512" in result.stdout
     failed = run(tmp_path, *example, "--camera", "7", "none.npy")
     assert failed.returncode == 1 and failed.stderr.startswith("snap: SetCurrentCamera: 20066 RC_P1_INVALID")
+
+
+def test_every_path_and_class_that_the_pages_name_exists():
+    headers = [path for path in ROOT.glob("[!.b]*/**/*.h") if "tests" not in path.parts]
+    known = {path.stem for path in headers}.union(
+        *(re.findall(r"^(?:class|struct) (\w+)", path.read_text(), re.M) for path in headers))
+    for page in ("CONTRIBUTING.md", "docs/architecture.md", "docs/design.md"):
+        quoted = " ".join(re.findall(r"`([^`\n]+)`", (ROOT / page).read_text()))
+        paths = {path for path in re.findall(r"[\w-][\w.-]*/[\w./-]*", quoted) if not path.startswith("build/")}
+        names = set(re.findall(r"\b[TI][A-Z]+[a-z]\w+", quoted))
+        assert paths and names
+        assert sorted(path for path in paths if not (ROOT / path).exists()) == [], page
+        assert sorted(names - known) == [], page
