@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Holds a critical section for the length of a scope.
+// Owns a critical section to the end of a scope.
 #include "utility/TAutoQuorinCriticalSection.h"
-
-#include "utility/TQuorinCriticalSection.h"
 
 namespace QuorinUtility {
 

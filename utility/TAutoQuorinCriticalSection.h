@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
-// Holds a critical section for the length of a scope.
+// Owns a critical section to the end of a scope.
 #pragma once
+
+#include "utility/TQuorinCriticalSection.h"
 
 namespace QuorinUtility {
 
-class TQuorinCriticalSection;
-
 /// Enters a critical section when it is made and exits it when it goes. Borrows the section, which must outlive
 /// it; used by the one thread that made it.
-class TAutoQuorinCriticalSection
+class SCOPED_LOCK_CLASS TAutoQuorinCriticalSection
 {
 public:
-  explicit TAutoQuorinCriticalSection(TQuorinCriticalSection* section);
-  virtual ~TAutoQuorinCriticalSection();
+  explicit TAutoQuorinCriticalSection(TQuorinCriticalSection* section) ACQUIRE(section);
+  virtual ~TAutoQuorinCriticalSection() RELEASE();
   TAutoQuorinCriticalSection(const TAutoQuorinCriticalSection&) = delete;
   TAutoQuorinCriticalSection& operator=(const TAutoQuorinCriticalSection&) = delete;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A lock that the thread holding it may take again.
+// A lock that the thread owning it may acquire again.
 #include "utility/TQuorinCriticalSection.h"
 
 namespace QuorinUtility {

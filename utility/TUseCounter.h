@@ -2,8 +2,7 @@
 // Counts who is using an object, so that its owner can wait for them before it goes.
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include "utility/TMutex.h"
 
 /// Users call Enter() and Leave() around their use; the owner calls WaitUntilUnused() after making sure that
 /// nobody new can come. Thread-safe.
@@ -12,26 +11,26 @@ class TUseCounter final
 public:
   void Enter()
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     ++users_;
   }
 
   void Leave()
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     // Under the lock: the owner may destroy this object as soon as it sees no users.
-    if (--users_ == 0) unused_.notify_all();
+    if (--users_ == 0) unused_.NotifyAll();
   }
 
   /// Blocks until there are no users.
   void WaitUntilUnused()
   {
-    std::unique_lock lock(mutex_);
-    unused_.wait(lock, [this] { return users_ == 0; });
+    const TLock lock(mutex_);
+    while (users_ != 0) unused_.Wait(mutex_);
   }
 
 private:
-  std::mutex mutex_;
-  std::condition_variable unused_;
-  int users_ = 0; // guarded by mutex_
+  TMutex mutex_;
+  TCondition unused_;
+  int users_ GUARDED_BY(mutex_) = 0;
 };
