@@ -2,7 +2,7 @@
 // What an application's acquisition events would hang on.
 #pragma once
 
-#include "acquisition/IDispatchRoutine.h"
+#include "utility/IDispatchRoutine.h"
 
 /// Receives the per-frame notification of a TEventDispatchRoutine. None is installed by default.
 class TAcquisitionEventHandler : public IDispatchRoutine

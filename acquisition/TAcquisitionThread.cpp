@@ -2,12 +2,12 @@
 // The thread that moves frames from the camera to the application.
 #include "acquisition/TAcquisitionThread.h"
 
-#include "acquisition/IDispatchRoutine.h"
 #include "acquisition/TCircularBuffer.h"
 #include "acquisition/TDispatchQueue.h"
 #include "acquisition/TFetchQueue.h"
 #include "features/current_core_handle.h"
 #include "features/feature_names.h"
+#include "utility/IDispatchRoutine.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinLibDebugOutput.h"
 #include "vxcore.h"

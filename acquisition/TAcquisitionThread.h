@@ -2,7 +2,7 @@
 // The thread that moves frames from the camera to the application.
 #pragma once
 
-#include "acquisition/TPerformanceLog.h"
+#include "utility/TPerformanceLog.h"
 #include "utility/TQuorinEvent.h"
 #include "utility/TQuorinTime.h"
 #include "utility/TQuorinWorkThread.h"

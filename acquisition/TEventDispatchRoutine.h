@@ -2,7 +2,7 @@
 // The per-frame notification of a camera.
 #pragma once
 
-#include "acquisition/IDispatchRoutine.h"
+#include "utility/IDispatchRoutine.h"
 
 #include <atomic>
 #include <cstdint>

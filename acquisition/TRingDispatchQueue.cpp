@@ -2,8 +2,8 @@
 // What the dispatch queues over a circular buffer have in common.
 #include "acquisition/TRingDispatchQueue.h"
 
-#include "acquisition/IDispatchRoutine.h"
 #include "acquisition/TCircularBuffer.h"
+#include "utility/IDispatchRoutine.h"
 #include "vxcore.h"
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 // Starting, stopping, waiting for and asking about an acquisition.
 #include "acquisition/TPseudoAcquisitionMode.h"
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "api/exports.h"
 #include "api/TCameraUse.h"
+#include "utility/exports.h"
 #include "utility/TQuorinEvent.h"
 
 #include <cstdint>

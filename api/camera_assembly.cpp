@@ -2,7 +2,6 @@
 // Makes and unmakes everything that belongs to an open camera.
 #include "api/camera_assembly.h"
 
-#include "acquisition/IDispatchRoutine.h"
 #include "acquisition/TAcquisitionEventHandler.h"
 #include "acquisition/TDispatchQueue.h"
 #include "acquisition/TPseudoAcquisitionMode.h"
@@ -26,6 +25,7 @@
 #include "service/TConfigurationLoader.h"
 #include "service/TObserverList.h"
 #include "service/TSDK3i2c.h"
+#include "utility/IDispatchRoutine.h"
 #include "utility/TQuorinCriticalSection.h"
 
 #include <utility>

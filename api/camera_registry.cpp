@@ -3,7 +3,7 @@
 #include "api/camera_registry.h"
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "api/exports.h"
+#include "utility/exports.h"
 #include "utility/TQuorinCriticalSection.h"
 
 #include <atomic>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Choosing a camera.
 #include "api/camera_registry.h"
-#include "api/exports.h"
 #include "api/TLibraryUse.h"
 #include "features/current_core_handle.h"
 #include "features/feature_names.h"
+#include "utility/exports.h"
 #include "vxcore.h"
 
 namespace {

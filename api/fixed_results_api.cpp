@@ -4,7 +4,7 @@
 // Nothing is known of the arguments that programs pass to most of them, so they take any. The caller removes its
 // arguments itself on every platform we build for; arguments that are ignored cost nothing.
 #undef VXMCD_WITHOUT_FIXED_RESULTS
-#include "api/exports.h"
+#include "utility/exports.h"
 #include "vxmcd.h"
 
 #include <cstring>

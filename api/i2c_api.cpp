@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Devices on the camera's I2C buses.
-#include "api/exports.h"
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "service/TSDK3i2c.h"
+#include "utility/exports.h"
 #include "vxmcd.h"
 
 namespace {

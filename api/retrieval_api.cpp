@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Taking images out of the present or last run.
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "api/exports.h"
 #include "api/TCameraUse.h"
 #include "features/feature_names.h"
 #include "features/TValueText.h"
 #include "retrieval/TPackedFetchImage.h"
 #include "retrieval/TUnpackedFetchImage.h"
+#include "utility/exports.h"
 #include "vxcore.h"
 
 #include <algorithm>

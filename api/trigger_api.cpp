@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Trigger modes and the software trigger.
-#include "api/exports.h"
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+#include "utility/exports.h"
 #include "vxcore.h"
 #include "vxmcd.h"
 

@@ -5,7 +5,7 @@
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/IEnum.h"
-#include "service/TRegisterAccess.h" // needs the feature library only
+#include "features/TRegisterAccess.h"
 #include "vxcore.h"
 
 #include <string>

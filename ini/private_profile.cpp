@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The classic entry points for profile files.
-#include "api/exports.h"
 #include "ini/profile_search.h"
 #include "ini/regular_file.h"
 #include "ini/TProfileNameList.h"
+#include "utility/exports.h"
 #include "utility/TQuorinMisc.h"
 #include "vxmcd.h"
 

@@ -2,11 +2,11 @@
 // Writes queued frames on a thread of its own.
 #include "spool/TCreateAndWriteFileTask.h"
 
-#include "acquisition/IDispatchRoutine.h"
 #include "spool/image_writing.h"
 #include "spool/launching.h"
 #include "spool/TFlushAndCloseFileTask.h"
 #include "spool/TSpoolQueue.h"
+#include "utility/IDispatchRoutine.h"
 #include "utility/TQuorinLibDebugOutput.h"
 #include "utility/TQuorinTaskLauncher.h"
 #include "utility/TQuorinWorkThread.h"

@@ -2,8 +2,8 @@
 // Writes queued frames on a thread of its own.
 #pragma once
 
-#include "acquisition/TPerformanceLog.h"
 #include "spool/TSpoolFileData.h"
+#include "utility/TPerformanceLog.h"
 #include "utility/TQuorinWorkThreadRoutine.h"
 
 #include <atomic>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Runs of the acquisition thread with scripted frames: how they begin, end and fail, and that no stop is lost.
-#include "acquisition/IDispatchRoutine.h"
 #include "acquisition/TAcquisitionThread.h"
 #include "acquisition/TCircularBuffer.h"
 #include "acquisition/TDispatchQueue_Ignore.h"
 #include "acquisition/TFetchQueue.h"
 #include "tests/spool/logged_by.h"
 #include "tests/utility/SystemCalls.h"
+#include "utility/IDispatchRoutine.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinMisc.h"
 #include "vxcore_simulator.h"

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Queued frames written by a task of their own.
-#include "acquisition/IDispatchRoutine.h"
 #include "spool/TCreateAndWriteFileTask.h"
 #include "spool/TSpoolQueue.h"
 #include "tests/spool/logged_by.h"
 #include "tests/spool/TMemorySpooler.h"
 #include "tests/spool/WriteFailures.h"
 #include "tests/utility/SystemCalls.h"
+#include "utility/IDispatchRoutine.h"
 #include "utility/TQuorinTaskLauncher.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Blocks of registers, step by step.
-#include "service/TRegisterAccess.h"
+#include "features/TRegisterAccess.h"
 
 #include "tests/support/TStagedVx.h"
 #include "vxcore.h"

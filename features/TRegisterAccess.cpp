@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The registers of a camera.
-#include "service/TRegisterAccess.h"
+#include "features/TRegisterAccess.h"
 
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"

@@ -2,7 +2,14 @@
 // The registers of a camera.
 #pragma once
 
-#include "service/IRegisterMap.h"
+/// Blocks of 32-bit registers by address. Both operations return 0, or 1 on any failure.
+class IRegisterMap
+{
+public:
+  virtual ~IRegisterMap() = default;
+  virtual int Read(unsigned int address, unsigned int count, unsigned int* values) = 0;
+  virtual int Write(unsigned int address, unsigned int count, unsigned int* values) = 0;
+};
 
 /// IRegisterMap over the register features of an open device: a block is staged register by register in the camera
 /// and then transferred by a command. Made for one use. Not synchronised: two threads that use one camera's

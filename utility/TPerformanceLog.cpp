@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A thread's performance log.
-#include "acquisition/TPerformanceLog.h"
+#include "utility/TPerformanceLog.h"
 
 #include "utility/TQuorinMisc.h"
 #include "utility/TQuorinTime.h"
