@@ -3,8 +3,8 @@
 #include "SpoolRun.h"
 
 #include "Rounds.h"
+#include "runs/run_format.h"
 #include "spool/TAcquisitionMetadata.h"
-#include "spool/TSpoolIndex.h"
 #include "spool/TSpoolLayout.h"
 #include "vxcore_simulator.h"
 
@@ -60,7 +60,7 @@ void emptyOldFiles(const std::string& directory)
 {
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(directory))
-    if (entry.path().extension() == ".dat" && entry.path().filename() != TSpoolIndex::kFileName)
+    if (entry.path().extension() == ".dat" && entry.path().filename() != RunFormat::kIndexName)
       files.push_back(entry.path());
   std::sort(files.begin(), files.end());
   for (std::size_t i = 0; i + kFilesKept < files.size(); ++i) {

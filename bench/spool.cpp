@@ -18,7 +18,7 @@
 #include "FilledSlots.h"
 #include "FrameWriters.h"
 #include "Rounds.h"
-#include "spool/checksum.h"
+#include "runs/checksum.h"
 #include "SpoolParts.h"
 #include "SpoolRun.h"
 

@@ -3,6 +3,7 @@
 #include "spool/TAcquisitionMetadata.h"
 
 #include "ini/text_double.h"
+#include "runs/run_format.h"
 #include "spool/file_writing.h"
 #include "spool/TFileDescriptor.h"
 #include "utility/TQuorinFilePath.h"
@@ -30,14 +31,6 @@ constexpr const char* kTemporarySuffix = ".tmp";
 constexpr int kSignificantDigits = 17;
 constexpr std::size_t kNumberSize = 64;
 constexpr std::size_t kFirstTextSize = 256;
-
-struct TEntry
-{
-  const char* section;
-  const char* key;
-};
-constexpr TEntry kImagesPerFile{"multiimage", "ImagesPerFile"};
-constexpr TEntry kImageSize{"data", "ImageSize"};
 
 /// Makes what was written to a directory outlast a power failure, where the file system knows a way. 0 or an errno
 /// value.
@@ -94,11 +87,11 @@ std::string OneLine(std::string text)
 
 } // namespace
 
-const char* const TAcquisitionMetadata::mpsz_iniFilename = "acquisitionmetadata.ini";
+const char* const TAcquisitionMetadata::mpsz_iniFilename = RunFormat::kDescriptionName;
 
 int TAcquisitionMetadata::GetImagesPerFile(unsigned int& imagesPerFile) const
 {
-  if (ReadCount(kImagesPerFile.section, kImagesPerFile.key, imagesPerFile)) return kOk;
+  if (ReadCount(RunFormat::kImagesPerFile.section, RunFormat::kImagesPerFile.name, imagesPerFile)) return kOk;
   TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
                                 "TAcquisitionMetadata: GetImagesPerFile - Failed to read images per file\n");
   return kFailed;
@@ -106,7 +99,7 @@ int TAcquisitionMetadata::GetImagesPerFile(unsigned int& imagesPerFile) const
 
 int TAcquisitionMetadata::GetImageSizeBytes(unsigned int& imageSizeBytes) const
 {
-  if (ReadCount(kImageSize.section, kImageSize.key, imageSizeBytes)) return kOk;
+  if (ReadCount(RunFormat::kImageSize.section, RunFormat::kImageSize.name, imageSizeBytes)) return kOk;
   TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
                                 "TAcquisitionMetadata: GetImageSizeBytes - Failed to read image size bytes\n");
   return kFailed;
@@ -128,7 +121,8 @@ int TAcquisitionMetadata::SetImagesPerFile(unsigned int imagesPerFile)
                                   "TAcquisitionMetadata: SetImagesPerFile - _ui_imagesPerFile cannot be 0\n");
     return kFailed;
   }
-  if (parser_.WriteLong(kImagesPerFile.section, kImagesPerFile.key, imagesPerFile) == TQuorinIniParser::INI_OK)
+  if (parser_.WriteLong(RunFormat::kImagesPerFile.section, RunFormat::kImagesPerFile.name, imagesPerFile) ==
+      TQuorinIniParser::INI_OK)
     return kOk;
   TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
                                 "TAcquisitionMetadata: SetImagesPerFile - Failed to set images per file %d\n",
@@ -143,7 +137,8 @@ int TAcquisitionMetadata::SetImageSizeBytes(unsigned int imageSizeBytes)
                                   "TAcquisitionMetadata: SetImageSizeBytes - _ui_imageSizeBytes cannot be 0\n");
     return kFailed;
   }
-  if (parser_.WriteLong(kImageSize.section, kImageSize.key, imageSizeBytes) == TQuorinIniParser::INI_OK)
+  if (parser_.WriteLong(RunFormat::kImageSize.section, RunFormat::kImageSize.name, imageSizeBytes) ==
+      TQuorinIniParser::INI_OK)
     return kOk;
   TQuorinLibDebugOutput::Output(kSource, __LINE__, __func__,
                                 "TAcquisitionMetadata: SetImageSizeBytes - Failed to set image size bytes %d\n",
@@ -235,7 +230,7 @@ int TAcquisitionMetadata::SetReal(const char* section, const char* key, double v
 
 int TAcquisitionMetadata::SetBoolean(const char* section, const char* key, bool value)
 {
-  return SetText(section, key, value ? "true" : "false");
+  return SetText(section, key, value ? RunFormat::kTrueText : RunFormat::kFalseText);
 }
 
 int TAcquisitionMetadata::GetText(const char* section, const char* key, std::string& value) const
@@ -280,7 +275,7 @@ int TAcquisitionMetadata::GetBoolean(const char* section, const char* key, bool&
 {
   std::string text;
   if (GetText(section, key, text) != kOk) return kFailed;
-  if (text != "true" && text != "false") return kFailed;
-  value = text == "true";
+  if (text != RunFormat::kTrueText && text != RunFormat::kFalseText) return kFailed;
+  value = text == RunFormat::kTrueText;
   return kOk;
 }

@@ -6,8 +6,9 @@
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/SDK3Enum.h"
+#include "runs/host_time.h"
+#include "runs/run_format.h"
 #include "spool/file_writing.h"
-#include "spool/host_time.h"
 #include "spool/TSpoolLayout.h"
 #include "utility/library_version.h"
 #include "vxcore.h"
@@ -16,53 +17,34 @@
 
 namespace {
 
-constexpr int kFormat = 1;
 constexpr int kMaxText = 128;
-
-namespace Section {
-constexpr const char* kRun = "run";
-constexpr const char* kImage = "image";
-constexpr const char* kAcquisition = "acquisition";
-constexpr const char* kCamera = "camera";
-} // namespace Section
-
-enum class Kind
-{
-  kInteger,
-  kReal,
-  kSwitch,
-  kChoice,
-  kText
-};
 
 struct TSetting
 {
-  const char* section;
-  const char* key;
+  RunFormat::TKey key;
   const wchar_t* feature;
-  Kind kind;
 };
 
 /// Settings of the camera that go into the description, where the camera has them.
 constexpr TSetting kSettings[] = {
-    {Section::kImage, "Width", Feature::kAOIWidth, Kind::kInteger},
-    {Section::kImage, "Height", Feature::kAOIHeight, Kind::kInteger},
-    {Section::kImage, "Stride", Feature::kAOIStride, Kind::kInteger},
-    {Section::kImage, "PixelEncoding", Feature::kPixelEncoding, Kind::kChoice},
-    {Section::kImage, "Metadata", Feature::kMetadataEnable, Kind::kSwitch},
-    {Section::kImage, "Layout", Feature::kAOILayout, Kind::kChoice},
-    {Section::kImage, "Left", Feature::kAOILeft, Kind::kInteger},
-    {Section::kImage, "Top", Feature::kAOITop, Kind::kInteger},
-    {Section::kImage, "HBin", Feature::kAOIHBin, Kind::kInteger},
-    {Section::kImage, "VBin", Feature::kAOIVBin, Kind::kInteger},
-    {Section::kImage, "Binning", Feature::kAOIBinning, Kind::kChoice},
-    {Section::kAcquisition, "ExposureTime", Feature::kExposureTime, Kind::kReal},
-    {Section::kAcquisition, "FrameRate", Feature::kFrameRate, Kind::kReal},
-    {Section::kAcquisition, "AccumulateCount", Feature::kAccumulateCount, Kind::kInteger},
-    {Section::kAcquisition, "TriggerMode", Feature::kTriggerMode, Kind::kChoice},
-    {Section::kRun, "TimestampFrequency", Feature::kTimestampClockFrequency, Kind::kInteger},
-    {Section::kCamera, "Model", Feature::kCameraModel, Kind::kText},
-    {Section::kCamera, "SerialNumber", Feature::kSerialNumber, Kind::kText},
+    {RunFormat::kWidth, Feature::kAOIWidth},
+    {RunFormat::kHeight, Feature::kAOIHeight},
+    {RunFormat::kStride, Feature::kAOIStride},
+    {RunFormat::kPixelEncoding, Feature::kPixelEncoding},
+    {RunFormat::kMetadata, Feature::kMetadataEnable},
+    {RunFormat::kLayout, Feature::kAOILayout},
+    {RunFormat::kLeft, Feature::kAOILeft},
+    {RunFormat::kTop, Feature::kAOITop},
+    {RunFormat::kHBin, Feature::kAOIHBin},
+    {RunFormat::kVBin, Feature::kAOIVBin},
+    {RunFormat::kBinning, Feature::kAOIBinning},
+    {RunFormat::kExposureTime, Feature::kExposureTime},
+    {RunFormat::kFrameRate, Feature::kFrameRate},
+    {RunFormat::kAccumulateCount, Feature::kAccumulateCount},
+    {RunFormat::kTriggerMode, Feature::kTriggerMode},
+    {RunFormat::kTimestampFrequency, Feature::kTimestampClockFrequency},
+    {RunFormat::kModel, Feature::kCameraModel},
+    {RunFormat::kSerialNumber, Feature::kSerialNumber},
 };
 
 // Texts of cameras are names in plain letters; anything else is kept readable.
@@ -73,36 +55,57 @@ std::string Narrow(const std::wstring& text)
   return narrow;
 }
 
+int Set(TAcquisitionMetadata& metadata, const RunFormat::TKey& key, const std::string& value)
+{
+  return metadata.SetText(key.section, key.name, value);
+}
+
+int Set(TAcquisitionMetadata& metadata, const RunFormat::TKey& key, std::int64_t value)
+{
+  return metadata.SetInteger(key.section, key.name, value);
+}
+
+int Set(TAcquisitionMetadata& metadata, const RunFormat::TKey& key, bool value)
+{
+  return metadata.SetBoolean(key.section, key.name, value);
+}
+
 void Describe(TAcquisitionMetadata& metadata, int camera, const TSetting& setting)
 {
-  const auto& [section, key, feature, kind] = setting;
+  using RunFormat::Kind;
+  const auto& [key, feature] = setting;
   long long integer = 0;
   double real = 0;
   int on = 0;
   std::wstring text;
-  switch (kind) {
+  switch (key.kind) {
   case Kind::kInteger:
-    if (VX_GetInt(camera, feature, &integer) == VX_SUCCESS) metadata.SetInteger(section, key, integer);
+    if (VX_GetInt(camera, feature, &integer) == VX_SUCCESS) Set(metadata, key, std::int64_t{integer});
     break;
   case Kind::kReal:
-    if (VX_GetFloat(camera, feature, &real) == VX_SUCCESS) metadata.SetReal(section, key, real);
+    if (VX_GetFloat(camera, feature, &real) == VX_SUCCESS) metadata.SetReal(key.section, key.name, real);
     break;
   case Kind::kSwitch:
-    if (VX_GetBool(camera, feature, &on) == VX_SUCCESS) metadata.SetBoolean(section, key, on != 0);
+    if (VX_GetBool(camera, feature, &on) == VX_SUCCESS) Set(metadata, key, on != 0);
     break;
-  case Kind::kChoice:
-    if (SDK3Enum(camera, feature).GetString(text) == VX_SUCCESS) metadata.SetText(section, key, Narrow(text));
+  case Kind::kWord:
+    if (SDK3Enum(camera, feature).GetString(text) == VX_SUCCESS) Set(metadata, key, Narrow(text));
     break;
   case Kind::kText:
-    if (ReadString(camera, feature, kMaxText, text) == VX_SUCCESS) metadata.SetText(section, key, Narrow(text));
+    if (ReadString(camera, feature, kMaxText, text) == VX_SUCCESS) Set(metadata, key, Narrow(text));
     break;
   }
 }
 
-const char* StateText(const TSpoolDescription::TOutcome& outcome)
+RunFormat::State StateOf(const TSpoolDescription::TOutcome& outcome)
 {
-  if (!outcome.failure.empty()) return "failed";
-  return outcome.completed ? "complete" : "aborted";
+  if (!outcome.failure.empty()) return RunFormat::State::kFailed;
+  return outcome.completed ? RunFormat::State::kComplete : RunFormat::State::kAborted;
+}
+
+std::string StateText(RunFormat::State state)
+{
+  return RunFormat::kStateTexts[static_cast<std::size_t>(state)];
 }
 
 } // namespace
@@ -123,28 +126,27 @@ bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& 
   }
   int failed = metadata_.SetImagesPerFile(layout.ImagesPerFile());
   failed |= metadata_.SetImageSizeBytes(static_cast<unsigned int>(layout.imageSizeBytes));
-  failed |= metadata_.SetInteger(Section::kRun, "Format", kFormat);
-  failed |= metadata_.SetText(Section::kRun, "State", "recording");
-  failed |= metadata_.SetBoolean(Section::kRun, "Completed", false);
-  failed |= metadata_.SetInteger(Section::kRun, "ImagesExpected", seriesLength_);
-  failed |= metadata_.SetInteger(Section::kRun, "ImagesWritten", 0);
-  failed |= metadata_.SetInteger(Section::kRun, "Method", method_);
-  failed |= metadata_.SetText(Section::kRun, "Library", LibraryVersion::kText);
-  failed |= metadata_.SetText(Section::kRun, "StartTime", UtcText(HostTimeNs()));
+  failed |= Set(metadata_, RunFormat::kFormat, std::int64_t{RunFormat::kVersion});
+  failed |= Set(metadata_, RunFormat::kState, StateText(RunFormat::State::kRecording));
+  failed |= Set(metadata_, RunFormat::kCompleted, false);
+  failed |= Set(metadata_, RunFormat::kImagesExpected, std::int64_t{seriesLength_});
+  failed |= Set(metadata_, RunFormat::kImagesWritten, std::int64_t{0});
+  failed |= Set(metadata_, RunFormat::kMethod, std::int64_t{method_});
+  failed |= Set(metadata_, RunFormat::kLibrary, std::string(LibraryVersion::kText));
+  failed |= Set(metadata_, RunFormat::kStartTime, UtcText(HostTimeNs()));
   errno = EINVAL; // if a key was refused
   return !failed && metadata_.SaveFile(directory_.c_str()) == 0;
 }
 
 bool TSpoolDescription::End(const TOutcome& outcome, int reserved)
 {
-  int failed = metadata_.SetText(Section::kRun, "State", StateText(outcome));
-  failed |= metadata_.SetBoolean(Section::kRun, "Completed", outcome.completed);
-  failed |= metadata_.SetInteger(Section::kRun, "ImagesWritten", static_cast<std::int64_t>(outcome.imagesWritten));
-  if (!outcome.failure.empty()) failed |= metadata_.SetText(Section::kRun, "Failure", outcome.failure);
+  int failed = Set(metadata_, RunFormat::kState, StateText(StateOf(outcome)));
+  failed |= Set(metadata_, RunFormat::kCompleted, outcome.completed);
+  failed |= Set(metadata_, RunFormat::kImagesWritten, static_cast<std::int64_t>(outcome.imagesWritten));
+  if (!outcome.failure.empty()) failed |= Set(metadata_, RunFormat::kFailure, outcome.failure);
   if (outcome.firstFrameTimeNs)
-    failed |= metadata_.SetText(Section::kRun, "FirstFrameTime", UtcText(*outcome.firstFrameTimeNs));
-  if (outcome.firstFrameTick)
-    failed |= metadata_.SetInteger(Section::kRun, "FirstFrameTick", *outcome.firstFrameTick);
+    failed |= Set(metadata_, RunFormat::kFirstFrameTime, UtcText(*outcome.firstFrameTimeNs));
+  if (outcome.firstFrameTick) failed |= Set(metadata_, RunFormat::kFirstFrameTick, *outcome.firstFrameTick);
   errno = EINVAL;
   return !failed && metadata_.SaveFile(directory_.c_str(), reserved) == 0;
 }

@@ -2,6 +2,7 @@
 // Makes, syncs and closes the files of a spooled run.
 #include "spool/TSpoolFileSpooler.h"
 
+#include "runs/run_format.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
 #include "spool/TSpoolIndex.h"
@@ -10,7 +11,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -26,8 +26,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kSyncPeriod{1};
 // Each keeps one or two descriptors; twice as many may be open.
 constexpr std::size_t kMaxFullFiles = 64;
-constexpr std::size_t kNumberDigits = 10;
-constexpr const char* kExtension = ".dat";
 
 void AppendUtf8(std::string& text, std::uint32_t c)
 {
@@ -276,17 +274,10 @@ int TSpoolFileSpooler::Remove()
 
 std::string TSpoolFileSpooler::PathOf(unsigned int number) const
 {
-  std::array<char, kNumberDigits + 1> digits{};
-  std::snprintf(digits.data(), digits.size(), "%0*u", static_cast<int>(kNumberDigits), number);
-  return directory_ + "/" + stem_ + "_" + digits.data() + kExtension;
+  return directory_ + "/" + RunFormat::ImageFileName(number, stem_);
 }
 
 bool TSpoolFileSpooler::IsOwnFile(const std::string& name) const
 {
-  const std::string front = stem_ + "_";
-  if (name.size() != front.size() + kNumberDigits + std::char_traits<char>::length(kExtension)) return false;
-  return name.starts_with(front) && name.ends_with(kExtension) &&
-         std::all_of(name.begin() + static_cast<std::ptrdiff_t>(front.size()),
-                     name.begin() + static_cast<std::ptrdiff_t>(front.size() + kNumberDigits),
-                     [](char c) { return c >= '0' && c <= '9'; });
+  return RunFormat::ImageFileNumber(name, stem_).has_value();
 }

@@ -2,52 +2,31 @@
 // The file that says which images are on disk.
 #include "spool/TSpoolIndex.h"
 
-#include "spool/checksum.h"
+#include "runs/checksum.h"
 #include "spool/file_writing.h"
 #include "spool/TSpoolFault.h"
 
 #include <cerrno>
-#include <cstddef>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
 
-namespace {
-
-/// A record as it stands in the file, little-endian.
-struct TRecord
-{
-  std::uint64_t number;
-  std::uint64_t checksum;
-  std::int64_t takenAtNs;
-  std::uint64_t recordChecksum; // of what stands before it
-};
-static_assert(sizeof(TRecord) == 32 && offsetof(TRecord, recordChecksum) == 24);
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
-
-} // namespace
-
 bool TSpoolIndex::Create(const std::string& directory)
 {
   const std::lock_guard lock(mutex_);
-  path_ = directory + "/" + kFileName;
+  path_ = directory + "/" + RunFormat::kIndexName;
   count_ = 0;
   file_ = TFileDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file_.IsOpen()) fault_->Raise("cannot create", path_, errno);
   return file_.IsOpen();
 }
 
-std::size_t TSpoolIndex::Append(std::span<const TImage> images)
+std::size_t TSpoolIndex::Append(std::span<const TRecord> images)
 {
-  std::vector<TRecord> records;
-  records.reserve(images.size());
-  for (const TImage& image : images) {
-    TRecord record{image.number, image.checksum, image.takenAtNs, 0};
-    record.recordChecksum = Checksum(&record, offsetof(TRecord, recordChecksum));
-    records.push_back(record);
-  }
+  std::vector<TRecord> records(images.begin(), images.end());
+  for (TRecord& record : records) record.recordChecksum = Checksum(&record, RunFormat::kCheckedRecordBytes);
   const std::size_t size = records.size() * sizeof(TRecord);
 
   const std::lock_guard lock(mutex_);

@@ -2,6 +2,7 @@
 // The file that says which images are on disk.
 #pragma once
 
+#include "runs/run_format.h"
 #include "spool/TFileDescriptor.h"
 
 #include <atomic>
@@ -12,29 +13,21 @@
 
 class TSpoolFault;
 
-/// "spool_index.dat": one record of 32 bytes for each image whose bytes have been handed to the operating system,
+/// Writes the index of a run: one record for each image whose bytes have been handed to the operating system,
 /// in the order in which that happened. Owned by the run's pipeline, borrows its fault. Append() and Sync() are
 /// thread-safe.
 class TSpoolIndex final
 {
 public:
-  static constexpr const char* kFileName = "spool_index.dat";
-
-  /// What a record says of an image.
-  struct TImage
-  {
-    std::uint64_t number;   ///< from 0
-    std::uint64_t checksum; ///< XXH3 64 bits, of the whole image
-    std::int64_t takenAtNs; ///< host time since 1970-01-01 UTC
-  };
+  using TRecord = RunFormat::TIndexRecord;
 
   explicit TSpoolIndex(TSpoolFault* fault) : fault_(fault) {}
 
   /// Makes an empty index in @p directory. Returns false, with the fault raised, when that fails.
   bool Create(const std::string& directory);
-  /// Returns how many of the images are recorded: fewer than all, with the fault raised, when the disk has room for
+  /// Fills in each record's own checksum. Returns how many of the images are recorded: fewer than all, with the fault raised, when the disk has room for
   /// fewer or fails, or when somebody has removed or truncated the file.
-  std::size_t Append(std::span<const TImage> images);
+  std::size_t Append(std::span<const TRecord> images);
   /// Brings the records to the disk, without delaying Append() for that. Returns false, with the fault raised, on
   /// failure. Not while Close() is called.
   bool Sync();

@@ -2,8 +2,9 @@
 // The way of one run's frames to the disk.
 #include "spool/TSpoolPipeline.h"
 
+#include "runs/host_time.h"
+#include "runs/run_format.h"
 #include "spool/file_writing.h"
-#include "spool/host_time.h"
 #include "spool/TBlockSpooler.h"
 #include "spool/TDirectoryTree.h"
 #include "spool/TQueuedSpooler.h"
@@ -27,8 +28,6 @@ using QuorinUtility::TQuorinLibDebugOutput;
 namespace {
 
 constexpr std::uint64_t kStagingBytes = std::uint64_t{512} << 20;
-
-constexpr const wchar_t* kStem = L"spool";
 
 struct TFree
 {
@@ -56,7 +55,8 @@ void TSpoolPipeline::Begin()
 void TSpoolPipeline::ReplaceEarlierRun()
 {
   fileSpooler_.SetDirectory(directory_);
-  fileSpooler_.SetStem(kStem);
+  const std::string stem = RunFormat::kImageFileStem;
+  fileSpooler_.SetStem(std::wstring(stem.begin(), stem.end()).c_str());
   RemoveEarlierRun();
   if (fault_.IsRaised()) return;
 
@@ -122,7 +122,7 @@ void TSpoolPipeline::RemoveEarlierRun()
   };
   remove(TAcquisitionMetadata::mpsz_iniFilename);
   if (!fault_.IsRaised()) fileSpooler_.Remove();
-  remove(TSpoolIndex::kFileName);
+  remove(RunFormat::kIndexName);
 }
 
 // A file without a name goes with the process, however that ends. Where there can be none, a disk that fills up

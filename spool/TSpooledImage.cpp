@@ -2,8 +2,8 @@
 // The place of one or more images of a run in a spool file.
 #include "spool/TSpooledImage.h"
 
-#include "spool/checksum.h"
-#include "spool/host_time.h"
+#include "runs/checksum.h"
+#include "runs/host_time.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFile.h"
 #include "spool/TStagingPool.h"
@@ -85,7 +85,7 @@ bool TSpooledImage::WriteNewImages()
 
 std::size_t TSpooledImage::Record()
 {
-  std::vector<TSpoolIndex::TImage> images;
+  std::vector<RunFormat::TIndexRecord> images;
   images.reserve(takenAtNs_.size() - recorded_);
   for (std::size_t i = recorded_; i < takenAtNs_.size(); ++i) {
     const unsigned char* const image = memory_ + i * place_.imageSizeBytes;

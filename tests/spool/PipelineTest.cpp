@@ -393,20 +393,20 @@ TEST(SpoolFault, KeepsTheFirstFailure)
 TEST(SpoolIndex, StaysUnsyncedAfterAFailureAndSeesThatItWasCutOff)
 {
   const TScratchDirectory directory;
-  const TSpoolIndex::TImage image{};
+  const RunFormat::TIndexRecord image{};
   {
     TDiskFaults disk;
     TSpoolFault fault;
     TSpoolIndex index(&fault);
     ASSERT_TRUE(index.Create(directory.Path("")) && index.Append({&image, 1}) == 1);
-    disk.Fail(TDiskFaults::Call::kSyncData, TSpoolIndex::kFileName, EIO);
+    disk.Fail(TDiskFaults::Call::kSyncData, RunFormat::kIndexName, EIO);
     EXPECT_FALSE(index.Sync());
     disk.FailNothing();
     EXPECT_EQ(index.Append({&image, 1}), 1U);
     EXPECT_FALSE(index.Sync());
     EXPECT_FALSE(index.Close());
   }
-  const std::string path = directory.Path(TSpoolIndex::kFileName);
+  const std::string path = directory.Path(RunFormat::kIndexName);
   fs::remove(path);
   TSpoolFault fault;
   TSpoolIndex index(&fault);

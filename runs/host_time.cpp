@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The host's time of day.
-#include "spool/host_time.h"
+#include "runs/host_time.h"
 
 #include <array>
 #include <chrono>

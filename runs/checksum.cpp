@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The checksum of spooled images.
-#include "spool/checksum.h"
+#include "runs/checksum.h"
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
