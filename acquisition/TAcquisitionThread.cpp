@@ -93,11 +93,11 @@ TAcquisitionThread::TAcquisitionThread(TFetchQueue* fetchQueue, TDispatchQueue* 
 TAcquisitionThread::~TAcquisitionThread()
 {
   {
-    const std::lock_guard lock(runMutex_);
+    const TLock lock(runMutex_);
     stopRequested_ = true;
     terminate_ = true;
   }
-  runChanged_.notify_all();
+  runChanged_.NotifyAll();
   startEvent_.Set();
   workThread_->WaitForCompletion();
 }
@@ -106,7 +106,7 @@ void TAcquisitionThread::Start()
 {
   if (!IsAlive()) return;
   {
-    const std::lock_guard lock(runMutex_);
+    const TLock lock(runMutex_);
     ++requestedRun_;
   }
   startEvent_.Set();
@@ -116,12 +116,12 @@ void TAcquisitionThread::Stop()
 {
   if (TDispatchQueue* const queue = dispatchQueue_) queue->Abort();
   {
-    const std::lock_guard lock(runMutex_);
+    const TLock lock(runMutex_);
     stoppedRun_ = requestedRun_;
     stopRequested_ = true;
     stopIsTried_ = false;
   }
-  runChanged_.notify_all();
+  runChanged_.NotifyAll();
 }
 
 void TAcquisitionThread::BeginStopAttempt()
@@ -132,10 +132,10 @@ void TAcquisitionThread::BeginStopAttempt()
 void TAcquisitionThread::EndStopAttempt()
 {
   {
-    const std::lock_guard lock(runMutex_);
+    const TLock lock(runMutex_);
     stopIsTried_ = false;
   }
-  runChanged_.notify_all();
+  runChanged_.NotifyAll();
 }
 
 bool TAcquisitionThread::IsStarted()
@@ -150,18 +150,18 @@ bool TAcquisitionThread::WaitForStart(int timeoutMs)
 
 bool TAcquisitionThread::WaitForBegin(int timeoutMs)
 {
-  std::unique_lock lock(runMutex_);
-  return !runChanged_.wait_for(lock, std::chrono::milliseconds(timeoutMs),
-                               [this] { return begunRun_ == requestedRun_; });
+  const TLock lock(runMutex_);
+  return !runChanged_.WaitFor(runMutex_, std::chrono::milliseconds(timeoutMs),
+                              [this]() REQUIRES(runMutex_) { return begunRun_ == requestedRun_; });
 }
 
 bool TAcquisitionThread::WaitForStop(int timeoutMs)
 {
-  std::unique_lock lock(runMutex_);
-  const auto hasEnded = [this] { return endedRun_ == requestedRun_; };
+  const TLock lock(runMutex_);
+  const auto hasEnded = [this]() REQUIRES(runMutex_) { return endedRun_ == requestedRun_; };
   if (timeoutMs != TQuorinEvent::Infinite)
-    return !runChanged_.wait_for(lock, std::chrono::milliseconds(timeoutMs), hasEnded);
-  runChanged_.wait(lock, hasEnded);
+    return !runChanged_.WaitFor(runMutex_, std::chrono::milliseconds(timeoutMs), hasEnded);
+  runChanged_.Wait(runMutex_, hasEnded);
   return false;
 }
 
@@ -175,7 +175,7 @@ bool TAcquisitionThread::IsFinishing()
 
 bool TAcquisitionThread::AtEndOfRun(std::function<void()> action)
 {
-  const std::lock_guard lock(runMutex_);
+  const TLock lock(runMutex_);
   if (endedRun_ == requestedRun_) return false;
   endOfRunAction_ = std::move(action);
   return true;
@@ -197,7 +197,7 @@ void TAcquisitionThread::Run()
 bool TAcquisitionThread::BeginRun()
 {
   {
-    const std::lock_guard lock(runMutex_);
+    const TLock lock(runMutex_);
     if (begunRun_ == requestedRun_) return false;
     stoppedEvent_.Reset();
     begunRun_ = requestedRun_;
@@ -207,7 +207,7 @@ bool TAcquisitionThread::BeginRun()
     dispatchError_ = false;
     startedEvent_.Set();
   }
-  runChanged_.notify_all();
+  runChanged_.NotifyAll();
   return true;
 }
 
@@ -293,15 +293,15 @@ int TAcquisitionThread::FetchOnce(unsigned char*& buffer, int& sizeBytes)
 void TAcquisitionThread::WaitWhileStopIsTried()
 {
   if (!stopIsTried_) return;
-  std::unique_lock lock(runMutex_);
-  runChanged_.wait_for(lock, std::chrono::milliseconds(kFetchSliceMs),
-                       [this] { return !stopIsTried_ || IsEnding(); });
+  const TLock lock(runMutex_);
+  runChanged_.WaitFor(runMutex_, std::chrono::milliseconds(kFetchSliceMs),
+                      [this] { return !stopIsTried_ || IsEnding(); });
 }
 
 void TAcquisitionThread::PauseUnlessEnding(std::chrono::milliseconds time)
 {
-  std::unique_lock lock(runMutex_);
-  runChanged_.wait_for(lock, time, [this] { return IsEnding(); });
+  const TLock lock(runMutex_);
+  runChanged_.WaitFor(runMutex_, time, [this] { return IsEnding(); });
 }
 
 bool TAcquisitionThread::Dispatch(unsigned char* buffer, int sizeBytes)
@@ -314,7 +314,7 @@ bool TAcquisitionThread::Dispatch(unsigned char* buffer, int sizeBytes)
 void TAcquisitionThread::FailRun(std::atomic<bool>& reason)
 {
   {
-    const std::lock_guard lock(runMutex_);
+    const TLock lock(runMutex_);
     stopRequested_ = true;
     reason = true;
   }
@@ -345,16 +345,16 @@ void TAcquisitionThread::EndRun()
     VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
   }
   {
-    std::unique_lock lock(runMutex_);
+    TLock lock(runMutex_);
     // Another action may be asked for while one is carried out.
     while (const std::function<void()> action = std::exchange(endOfRunAction_, nullptr)) {
-      lock.unlock();
+      lock.Unlock();
       action();
-      lock.lock();
+      lock.Relock();
     }
     startedEvent_.Reset();
     stoppedEvent_.Set();
     endedRun_ = begunRun_;
   }
-  runChanged_.notify_all();
+  runChanged_.NotifyAll();
 }

@@ -2,6 +2,7 @@
 // The thread that moves frames from the camera to the application.
 #pragma once
 
+#include "utility/TMutex.h"
 #include "utility/TPerformanceLog.h"
 #include "utility/TQuorinEvent.h"
 #include "utility/TQuorinTime.h"
@@ -10,11 +11,9 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 class IDispatchRoutine;
 class TCircularBuffer;
@@ -124,13 +123,13 @@ private:
   TPerformanceLog performanceLog_;
   std::uint64_t strayBuffers_ = 0; // of the run in progress; acquisition thread only
 
-  // Guarded by runMutex_; runChanged_ is notified of every change. Begun and ended are the numbers of the last run that
-  // did so; the started and stopped events mirror them, but cannot tell one run from the next.
-  std::mutex runMutex_;
-  std::condition_variable runChanged_;
-  std::uint64_t requestedRun_ = 0;
-  std::uint64_t begunRun_ = 0;
-  std::uint64_t endedRun_ = 0;
-  std::uint64_t stoppedRun_ = 0; // Stop() was asked for this run and those before it
-  std::function<void()> endOfRunAction_;
+  // runChanged_ is notified of every change. Begun and ended are the numbers of the last run that did so; the started and
+  // stopped events mirror them, but cannot tell one run from the next.
+  TMutex runMutex_;
+  TCondition runChanged_;
+  std::uint64_t requestedRun_ GUARDED_BY(runMutex_) = 0;
+  std::uint64_t begunRun_ GUARDED_BY(runMutex_) = 0;
+  std::uint64_t endedRun_ GUARDED_BY(runMutex_) = 0;
+  std::uint64_t stoppedRun_ GUARDED_BY(runMutex_) = 0; // Stop() was asked for this run and those before it
+  std::function<void()> endOfRunAction_ GUARDED_BY(runMutex_);
 };

@@ -9,7 +9,7 @@ TChangeWaits::TChangeWaits() : state_(std::make_shared<TState>()), current_(stat
 void TChangeWaits::BeginRun()
 {
   std::shared_ptr<TState> ended; // goes after the lock, unless somebody still waits with it
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   if (isClosed_) return;
   if (state_->isCancelled || state_->hasFailed) {
     ended = std::exchange(state_, std::make_shared<TState>());
@@ -31,7 +31,7 @@ void TChangeWaits::Cancel()
 void TChangeWaits::Close()
 {
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     isClosed_ = true;
   }
   Cancel();
@@ -39,7 +39,7 @@ void TChangeWaits::Close()
 
 void TChangeWaits::End(bool TState::*reason)
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   (*state_).*reason = true;
   state_->event.Set();
 }
@@ -48,11 +48,11 @@ int TChangeWaits::Wait(int timeoutMs)
 {
   std::shared_ptr<TState> state;
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     state = state_;
   }
   const bool isSignalled = state->event.Wait(timeoutMs);
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   // The event wakes one waiter, and one that runs out of time may use it up: whoever leaves wakes the next.
   if (state->isCancelled || state->hasFailed) state->event.Set();
   if (!isSignalled) return kTimedOut;

@@ -2,11 +2,11 @@
 // Waits for frames, for the failure of a run, and for their cancellation.
 #pragma once
 
+#include "utility/TMutex.h"
 #include "utility/TQuorinEvent.h"
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 
 /// What application threads wait on while a run goes on. Used by the circular buffer, which owns it. Thread-safe, with
 /// one condition: BeginRun() is for when no run is in progress. Nothing throws, except that a lack of memory does in
@@ -39,18 +39,19 @@ public:
   int Wait(int timeoutMs);
 
 private:
-  /// Shared by the waits of one run, or of several up to one that was cancelled or failed.
+  /// Shared by the waits of one run, or of several up to one that was cancelled or failed. The flags are guarded by
+  /// mutex_, which an annotation cannot name in here.
   struct TState
   {
     QuorinUtility::TQuorinEvent event{false, false};
-    bool isCancelled = false; // guarded by mutex_
-    bool hasFailed = false;   // guarded by mutex_
+    bool isCancelled = false;
+    bool hasFailed = false;
   };
 
   void End(bool TState::*reason);
 
-  std::mutex mutex_;              // not taken for frames
-  std::shared_ptr<TState> state_; // guarded by mutex_
-  std::atomic<TState*> current_;  // state_, for the acquisition thread: it changes only while that thread is idle
-  bool isClosed_ = false;         // guarded by mutex_
+  TMutex mutex_; // not acquired for frames
+  std::shared_ptr<TState> state_ GUARDED_BY(mutex_);
+  std::atomic<TState*> current_; // state_, for the acquisition thread: it changes only while that thread is idle
+  bool isClosed_ GUARDED_BY(mutex_) = false;
 };

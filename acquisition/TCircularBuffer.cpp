@@ -36,7 +36,7 @@ TCircularBuffer::~TCircularBuffer() = default;
 
 int TCircularBuffer::Allocate(std::uint64_t frameSizeBytes, std::uint64_t count)
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   staleUpTo_ = GetMaxImageIndex();
   if (IsSpareSlab(frameSizeBytes, count)) {
     slab_->ResetSlots();
@@ -74,26 +74,26 @@ bool TCircularBuffer::IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t co
 
 void TCircularBuffer::Delete()
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   slab_.reset();
   former_.clear();
 }
 
 void TCircularBuffer::KeepMemory()
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   if (slab_ && (kept_.empty() || kept_.back() != slab_)) kept_.push_back(slab_);
 }
 
 void TCircularBuffer::LetGoOfMemory()
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   kept_.clear();
 }
 
 std::vector<std::shared_ptr<TFrameSlab>> TCircularBuffer::HoldMemory() const
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   std::vector<std::shared_ptr<TFrameSlab>> memory = kept_;
   memory.insert(memory.end(), former_.begin(), former_.end());
   memory.push_back(slab_);
@@ -103,7 +103,7 @@ std::vector<std::shared_ptr<TFrameSlab>> TCircularBuffer::HoldMemory() const
 void TCircularBuffer::Reset()
 {
   {
-    const std::lock_guard lock(slabMutex_);
+    const TLock lock(slabMutex_);
     ++runNumber_;
     imageCounter_.store(0, std::memory_order_release);
     lowestKept_ = 0;
@@ -115,27 +115,27 @@ void TCircularBuffer::Reset()
 
 void TCircularBuffer::SetKindOfRun(bool slotsAreReused, bool framesHaveClock)
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   slotsAreReused_ = slotsAreReused;
   framesHaveClock_ = framesHaveClock;
 }
 
 unsigned char* TCircularBuffer::GetBuffer(std::uint64_t slot) const
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   if (!slab_ || slot < 1 || slot > slab_->Count()) return nullptr;
   return slab_->Slot(slot - 1);
 }
 
 std::uint64_t TCircularBuffer::GetBufferCount() const
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   return slab_ ? slab_->Count() : 0;
 }
 
 std::uint64_t TCircularBuffer::GetMinImageIndex() const
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   return OldestImage(GetMaxImageIndex(), slab_ ? slab_->Count() : 0);
 }
 
@@ -147,7 +147,7 @@ std::uint64_t TCircularBuffer::OldestImage(std::uint64_t newest, std::uint64_t c
 
 unsigned char* TCircularBuffer::GetBufferForImage(std::uint64_t image) const
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   return FindImage(image);
 }
 
@@ -176,19 +176,19 @@ void TCircularBuffer::Increment()
 void TCircularBuffer::ReleaseFormerSlabs()
 {
   std::vector<std::shared_ptr<TFrameSlab>> last; // frees the memory after the lock
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   last.swap(former_);
 }
 
-// The slab is not replaced while a run is in progress, so the acquisition thread needs no lock for it.
 bool TCircularBuffer::IsSlot(const unsigned char* buffer) const
 {
-  return slab_ && slab_->IsSlot(buffer);
+  const TFrameSlab* const slab = SlabOfRun();
+  return slab && slab->IsSlot(buffer);
 }
 
 bool TCircularBuffer::PlaceNext(const unsigned char* buffer, const unsigned char* clock)
 {
-  TFrameSlab* const slab = slab_.get();
+  TFrameSlab* const slab = SlabOfRun();
   if (!slab || slab->Count() == 0) return false;
   const std::uint64_t counter = imageCounter_.load(std::memory_order_relaxed);
   const std::uint64_t expected = counter % slab->Count();
@@ -218,7 +218,7 @@ bool TCircularBuffer::MoveSlot(TFrameSlab& slab, const unsigned char* buffer, st
 
 TFrameMemory TCircularBuffer::HoldBufferForImage(std::uint64_t image)
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   unsigned char* const buffer = FindImage(image);
   if (!buffer) return {};
   try {
@@ -232,7 +232,7 @@ TFrameMemory TCircularBuffer::HoldBufferForImage(std::uint64_t image)
 void TCircularBuffer::ReleaseBuffer(const unsigned char* buffer)
 {
   std::shared_ptr<TFrameSlab> last; // may free the memory: after the lock
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   const auto hold =
       std::find_if(holds_.begin(), holds_.end(), [buffer](const auto& entry) { return entry.first == buffer; });
   if (hold == holds_.end()) return;
@@ -244,7 +244,7 @@ bool TCircularBuffer::IsImageIntact(std::uint64_t image, const unsigned char* bu
 {
   // What the caller has read of the image comes before the look at anything else.
   std::atomic_thread_fence(std::memory_order_acquire);
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   if (!buffer || FindImage(image) != buffer) return false;
   if (!slotsAreReused_) return true;
   if (framesHaveClock_) return HasCameraNotReached(image, buffer);
@@ -295,7 +295,7 @@ std::optional<TSlotClocks::TImage> TCircularBuffer::FindClock(std::uint64_t imag
 
 std::optional<std::int64_t> TCircularBuffer::GetTicks(std::uint64_t image) const
 {
-  const std::lock_guard lock(slabMutex_);
+  const TLock lock(slabMutex_);
   if (!FindImage(image)) return std::nullopt;
   const auto found = FindClock(image);
   if (!found || !found->clock) return std::nullopt;

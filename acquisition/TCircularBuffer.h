@@ -5,11 +5,11 @@
 #include "acquisition/TChangeWaits.h"
 #include "acquisition/TFrameMemory.h"
 #include "acquisition/TFrameSlab.h"
+#include "utility/TMutex.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -97,29 +97,32 @@ public:
   std::optional<std::int64_t> GetTicks(std::uint64_t image) const;
 
 private:
-  void ReleaseFormerSlabs();
-  bool MakeSlab(std::uint64_t frameSizeBytes, std::uint64_t count);
-  bool IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const;
-  bool MoveSlot(TFrameSlab& slab, const unsigned char* buffer, std::uint64_t expected);
-  unsigned char* FindImage(std::uint64_t image) const;
-  std::uint64_t OldestImage(std::uint64_t newest, std::uint64_t count) const;
-  std::optional<TSlotClocks::TImage> FindClock(std::uint64_t image) const;
-  bool IsOfNewerHalf(std::uint64_t image) const;
-  bool HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const;
+  /// The slab, without the lock: it is not replaced while a run is in progress. Acquisition thread only.
+  TFrameSlab* SlabOfRun() const NO_THREAD_SAFETY_ANALYSIS { return slab_.get(); }
 
-  /// Guards slab_ against replacement, kept_, former_, holds_, staleUpTo_ and the kind of run; the slab's own tables
-  /// need no lock.
-  mutable std::mutex slabMutex_;
-  std::shared_ptr<TFrameSlab> slab_;
-  std::vector<std::shared_ptr<TFrameSlab>> kept_;
-  std::vector<std::shared_ptr<TFrameSlab>> former_; // replaced; kept until the camera fills slab_
+  void ReleaseFormerSlabs() EXCLUDES(slabMutex_);
+  bool MakeSlab(std::uint64_t frameSizeBytes, std::uint64_t count) REQUIRES(slabMutex_);
+  bool IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const REQUIRES(slabMutex_);
+  bool MoveSlot(TFrameSlab& slab, const unsigned char* buffer, std::uint64_t expected);
+  unsigned char* FindImage(std::uint64_t image) const REQUIRES(slabMutex_);
+  std::uint64_t OldestImage(std::uint64_t newest, std::uint64_t count) const;
+  std::optional<TSlotClocks::TImage> FindClock(std::uint64_t image) const REQUIRES(slabMutex_);
+  bool IsOfNewerHalf(std::uint64_t image) const REQUIRES(slabMutex_);
+  bool HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const REQUIRES(slabMutex_);
+
+  mutable TMutex slabMutex_;
+  std::shared_ptr<TFrameSlab> slab_ GUARDED_BY(slabMutex_); // its tables need no lock
+  std::vector<std::shared_ptr<TFrameSlab>> kept_ GUARDED_BY(slabMutex_);
+  std::vector<std::shared_ptr<TFrameSlab>>
+      former_ GUARDED_BY(slabMutex_); // replaced; kept until the camera fills slab_
   std::atomic<std::uint64_t> imageCounter_{0};
   std::atomic<std::uint64_t> runNumber_{0}; // changes before the counter does
   TChangeWaits waits_;
   /// Images below this one have lost their slot to a frame that arrived out of order.
   std::atomic<std::uint64_t> lowestKept_{0};
-  std::uint64_t staleUpTo_ = 0; // images up to this one belong to memory that was replaced
-  bool slotsAreReused_ = true;
-  bool framesHaveClock_ = false;
-  std::vector<std::pair<const unsigned char*, std::shared_ptr<TFrameSlab>>> holds_;
+  /// Images up to this one belong to memory that was replaced.
+  std::uint64_t staleUpTo_ GUARDED_BY(slabMutex_) = 0;
+  bool slotsAreReused_ GUARDED_BY(slabMutex_) = true;
+  bool framesHaveClock_ GUARDED_BY(slabMutex_) = false;
+  std::vector<std::pair<const unsigned char*, std::shared_ptr<TFrameSlab>>> holds_ GUARDED_BY(slabMutex_);
 };

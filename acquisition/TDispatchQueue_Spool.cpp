@@ -29,13 +29,13 @@ void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
   settings_.slots = CircularBuffer().GetBufferCount();
   std::shared_ptr<TSpoolPipeline> earlier;
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     earlier = std::move(pipeline_);
   }
   earlier.reset();
   auto pipeline =
       std::make_shared<TSpoolPipeline>(settings_, static_cast<std::uint64_t>(imageSizeBytes), seriesLength_);
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   pipeline_ = std::move(pipeline);
 }
 
@@ -100,6 +100,6 @@ std::uint64_t TDispatchQueue_Spool::Progress()
 
 std::shared_ptr<TSpoolPipeline> TDispatchQueue_Spool::Pipeline()
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   return pipeline_;
 }

@@ -6,10 +6,10 @@
 #include "acquisition/TRingDispatchQueue.h"
 #include "features/current_core_handle.h"
 #include "spool/TSpoolSettings.h"
+#include "utility/TMutex.h"
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 class TSpoolPipeline;
 
@@ -51,6 +51,6 @@ private:
   TSpoolSettings settings_;
   std::uint32_t seriesLength_ = 1;
   bool withMetadata_ = false;
-  std::mutex mutex_;
-  std::shared_ptr<TSpoolPipeline> pipeline_; // of the present or last run; guarded by mutex_
+  TMutex mutex_;
+  std::shared_ptr<TSpoolPipeline> pipeline_ GUARDED_BY(mutex_); // of the present or last run
 };

@@ -95,7 +95,7 @@ TPseudoAcquisitionMode::TPseudoAcquisitionMode(TVxmcdAcquisitionManager* manager
 int TPseudoAcquisitionMode::SetMode(int mode)
 {
   if (!FindMode(mode)) return kRejected;
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   const int before = mode_;
   mode_ = mode;
   const int status = Settle(Apply(), mode_, before);
@@ -104,7 +104,7 @@ int TPseudoAcquisitionMode::SetMode(int mode)
 
 int TPseudoAcquisitionMode::SetNumberAccumulations(int count)
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   if (count < 1 || !IsProductInRange(count, kinetics_)) return kRejected;
   if (count > 1 && !IsImplemented(*accumulateCount_)) return kNotSupported;
 
@@ -116,7 +116,7 @@ int TPseudoAcquisitionMode::SetNumberAccumulations(int count)
 
 int TPseudoAcquisitionMode::SetNumberKinetics(int count)
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   if (count < 1 || !IsProductInRange(count, accumulations_)) return kRejected;
   if (count > 1 && !IsImplemented(*frameCount_)) return kNotSupported;
 
@@ -137,19 +137,19 @@ int TPseudoAcquisitionMode::Settle(int status, int& setting, int before)
 
 int TPseudoAcquisitionMode::GetMode() const
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   return mode_;
 }
 
 int TPseudoAcquisitionMode::GetNumberAccumulations() const
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   return accumulations_;
 }
 
 int TPseudoAcquisitionMode::GetSeriesLength() const
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   if (mode_ == kRunTillAbort) return std::numeric_limits<int>::max();
   return FindMode(mode_)->isSeries ? kinetics_ : 1;
 }
@@ -157,12 +157,12 @@ int TPseudoAcquisitionMode::GetSeriesLength() const
 int TPseudoAcquisitionMode::ApplyPending()
 {
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     if (!pending_) return kAccepted;
   }
   // Without the lock: it may take long, and others ask for the settings meanwhile.
   if (!manager_->FinishDeliveredRun()) return kNotAvailableNow;
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   if (!pending_) return kAccepted;
   manager_->Stop();
   const int status = Apply();

@@ -2,7 +2,8 @@
 // The acquisition mode as programs know it, kept in step with manager and camera.
 #pragma once
 
-#include <mutex>
+#include "utility/TMutex.h"
+
 #include <string>
 
 class IEnum;
@@ -53,12 +54,12 @@ public:
   int ApplyPending();
 
 private:
-  int Apply();
-  int Settle(int status, int& setting, int before);
-  int ExposuresPerImage() const;
+  int Apply() REQUIRES(mutex_);
+  int Settle(int status, int& setting, int before) REQUIRES(mutex_);
+  int ExposuresPerImage() const REQUIRES(mutex_);
   int WriteCycleMode(const wchar_t* text);
-  int WriteCounts();
-  void WriteEncoding();
+  int WriteCounts() REQUIRES(mutex_);
+  void WriteEncoding() REQUIRES(mutex_);
   bool IsMono32Offered();
 
   TVxmcdAcquisitionManager* manager_;
@@ -66,10 +67,11 @@ private:
   IEnum* cycleMode_;
   IInt* accumulateCount_;
   IInt* frameCount_;
-  mutable std::mutex mutex_; // guards what follows
-  int mode_ = kSingleScan;
-  int accumulations_ = 1;
-  int kinetics_ = 1;
-  bool pending_ = false;        // what the camera has is not what was asked for
-  std::wstring encodingBefore_; // what "PixelEncoding" was before accumulation; empty while it is not changed
+  mutable TMutex mutex_;
+  int mode_ GUARDED_BY(mutex_) = kSingleScan;
+  int accumulations_ GUARDED_BY(mutex_) = 1;
+  int kinetics_ GUARDED_BY(mutex_) = 1;
+  bool pending_ GUARDED_BY(mutex_) = false; // what the camera has is not what was asked for
+  /// What "PixelEncoding" was before accumulation; empty while it is not changed.
+  std::wstring encodingBefore_ GUARDED_BY(mutex_);
 };

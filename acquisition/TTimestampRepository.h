@@ -32,10 +32,10 @@ public:
   std::uint64_t CurrentSize() const;
 
 private:
-  TVXSystemTime firstTimeOfDay_;
-  std::int64_t firstTimestamp_ = 0;
   mutable QuorinUtility::TQuorinCriticalSection lock_;
-  std::vector<std::int64_t> timestamps_;
+  TVXSystemTime firstTimeOfDay_ GUARDED_BY(lock_);
+  std::int64_t firstTimestamp_ GUARDED_BY(lock_) = 0;
+  std::vector<std::int64_t> timestamps_ GUARDED_BY(lock_);
   const std::uint64_t capacity_;
-  std::uint64_t count_ = 0;
+  std::uint64_t count_ GUARDED_BY(lock_) = 0;
 };

@@ -86,7 +86,7 @@ void TVxmcdAcquisitionManager::limitCircularBufferLengthToMaxOf5000(int& length)
 void TVxmcdAcquisitionManager::SetSpool(bool enable, int method, const char* path)
 {
   std::string text = path ? path : "";
-  const std::lock_guard lock(spoolMutex_);
+  const TLock lock(spoolMutex_);
   spoolEnabled_ = enable;
   spoolSettings_.path = std::move(text);
   spoolSettings_.method = method;
@@ -94,20 +94,20 @@ void TVxmcdAcquisitionManager::SetSpool(bool enable, int method, const char* pat
 
 void TVxmcdAcquisitionManager::SetSpoolThreadCount(int threadCount)
 {
-  const std::lock_guard lock(spoolMutex_);
+  const TLock lock(spoolMutex_);
   spoolSettings_.threadCount = threadCount;
 }
 
 std::optional<TSpoolSettings> TVxmcdAcquisitionManager::SpoolSettings() const
 {
-  const std::lock_guard lock(spoolMutex_);
+  const TLock lock(spoolMutex_);
   if (!spoolEnabled_) return std::nullopt;
   return spoolSettings_;
 }
 
 int TVxmcdAcquisitionManager::Start()
 {
-  const std::lock_guard lock(controlMutex_);
+  const TLock lock(controlMutex_);
   try {
     return StartRun();
   } catch (const TSDK3Exception& exception) {
@@ -336,7 +336,7 @@ int TVxmcdAcquisitionManager::Stop()
   }
   if (readCode == VX_SUCCESS && !acquiring) return kNotAcquiring;
 
-  const std::lock_guard lock(controlMutex_);
+  const TLock lock(controlMutex_);
   thread_->BeginStopAttempt();
   if (StopCamera() != VX_SUCCESS) {
     thread_->EndStopAttempt();
@@ -383,7 +383,7 @@ int TVxmcdAcquisitionManager::CancelWait()
 
 void TVxmcdAcquisitionManager::FreeInternalMemory()
 {
-  const std::lock_guard lock(controlMutex_);
+  const TLock lock(controlMutex_);
   if (thread_->AtEndOfRun([this] { DropFrames(); })) return;
   if (circularBuffer_.GetBufferCount() > 0) DropFrames();
 }
@@ -408,19 +408,19 @@ TDispatchQueue* TVxmcdAcquisitionManager::GetDispatchQueue() const
 
 std::shared_ptr<TDispatchQueue> TVxmcdAcquisitionManager::HoldDispatchQueue() const
 {
-  const std::lock_guard lock(runObjectsMutex_);
+  const TLock lock(runObjectsMutex_);
   return dispatchQueue_;
 }
 
 std::shared_ptr<TTimestampRepository> TVxmcdAcquisitionManager::GetTimestampRepository() const
 {
-  const std::lock_guard lock(runObjectsMutex_);
+  const TLock lock(runObjectsMutex_);
   return timestampRepository_;
 }
 
 void TVxmcdAcquisitionManager::SetCurrentQueue(std::shared_ptr<TDispatchQueue> queue)
 {
-  const std::lock_guard lock(runObjectsMutex_);
+  const TLock lock(runObjectsMutex_);
   dispatchQueue_ = std::move(queue);
 }
 
@@ -435,7 +435,7 @@ void TVxmcdAcquisitionManager::createMetadataObjects()
     auto repository = std::make_shared<TTimestampRepository>();
     auto xerox = std::make_shared<TMetadataXerox>(GetDispatchQueue(), repository.get());
     {
-      const std::lock_guard lock(runObjectsMutex_);
+      const TLock lock(runObjectsMutex_);
       timestampRepository_ = std::move(repository);
       metadataXerox_ = xerox;
       dispatchQueue_ = std::move(xerox);
@@ -448,7 +448,7 @@ void TVxmcdAcquisitionManager::createMetadataObjects()
 void TVxmcdAcquisitionManager::destroyMetadataObjects()
 {
   thread_->SetDispatchQueue(nullptr);
-  const std::lock_guard lock(runObjectsMutex_);
+  const TLock lock(runObjectsMutex_);
   if (!metadataXerox_ || !timestampRepository_) return;
   metadataXerox_.reset();
   timestampRepository_.reset();

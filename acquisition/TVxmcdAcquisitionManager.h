@@ -12,12 +12,12 @@
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVXFetchQueue.h"
 #include "spool/TSpoolSettings.h"
+#include "utility/TMutex.h"
 #include "utility/TUseCounter.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -126,28 +126,30 @@ private:
     int loopCount;
   };
 
-  int StartRun();
+  int StartRun() REQUIRES(controlMutex_);
   TRunPlan Plan() const;
-  bool EndEarlierRun();
-  bool WaitForEndOfRun();
-  int StopCamera();
-  void SetUpRun(std::int64_t frameSizeBytes);
-  bool PrepareRun(const TRunPlan& plan, std::int64_t frameSizeBytes, std::int64_t slotCount);
-  bool PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount);
-  bool PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount, std::int64_t loopCount);
+  bool EndEarlierRun() REQUIRES(controlMutex_);
+  bool WaitForEndOfRun() EXCLUDES(cameraLock_);
+  int StopCamera() EXCLUDES(cameraLock_);
+  void SetUpRun(std::int64_t frameSizeBytes) REQUIRES(controlMutex_);
+  bool PrepareRun(const TRunPlan& plan, std::int64_t frameSizeBytes, std::int64_t slotCount)
+      REQUIRES(controlMutex_);
+  bool PrepareUntilAborted(std::int64_t frameSizeBytes, std::int64_t slotCount) REQUIRES(controlMutex_);
+  bool PrepareFinite(std::int64_t frameSizeBytes, std::int64_t slotCount, std::int64_t loopCount)
+      REQUIRES(controlMutex_);
   bool PrepareSpooled(std::int64_t frameSizeBytes, std::int64_t slotCount, int loopCount,
-                      const TSpoolSettings& settings);
+                      const TSpoolSettings& settings) REQUIRES(controlMutex_);
   std::optional<TSpoolSettings> SpoolSettings() const;
-  bool AllocateRing(std::int64_t frameSizeBytes, std::int64_t slotCount);
-  bool Allocate(std::int64_t frameSizeBytes, std::int64_t slots);
-  bool QueueSlots(std::int64_t frameSizeBytes);
-  int StartCamera();
+  bool AllocateRing(std::int64_t frameSizeBytes, std::int64_t slotCount) REQUIRES(controlMutex_);
+  bool Allocate(std::int64_t frameSizeBytes, std::int64_t slots) REQUIRES(controlMutex_);
+  bool QueueSlots(std::int64_t frameSizeBytes) REQUIRES(controlMutex_);
+  int StartCamera() REQUIRES(controlMutex_) EXCLUDES(cameraLock_);
   void Flush();
   void DropFrames();
-  void Drain();
-  void SetCurrentQueue(std::shared_ptr<TDispatchQueue> queue);
-  void createMetadataObjects();
-  void destroyMetadataObjects();
+  void Drain() REQUIRES(controlMutex_);
+  void SetCurrentQueue(std::shared_ptr<TDispatchQueue> queue) REQUIRES(controlMutex_);
+  void createMetadataObjects() REQUIRES(controlMutex_);
+  void destroyMetadataObjects() REQUIRES(controlMutex_);
 
   const int coreHandle_;
   std::unique_ptr<TAcquisitionThread> thread_;
@@ -155,23 +157,23 @@ private:
   std::shared_ptr<TDispatchQueue_Ignore> ignoreQueue_;
   std::shared_ptr<TDispatchQueue_Requeue> requeueQueue_;
   std::shared_ptr<TDispatchQueue_Spool> spoolQueue_;
-  std::shared_ptr<TDispatchQueue> dispatchQueue_; // guarded by runObjectsMutex_
+  std::shared_ptr<TDispatchQueue> dispatchQueue_ GUARDED_BY(runObjectsMutex_);
   TCircularBuffer circularBuffer_;
-  std::shared_ptr<TTimestampRepository> timestampRepository_; // guarded by runObjectsMutex_
-  std::shared_ptr<TMetadataXerox> metadataXerox_;             // guarded by runObjectsMutex_
+  std::shared_ptr<TTimestampRepository> timestampRepository_ GUARDED_BY(runObjectsMutex_);
+  std::shared_ptr<TMetadataXerox> metadataXerox_ GUARDED_BY(runObjectsMutex_);
   TEventDispatchRoutine eventDispatchRoutine_;
   std::atomic<int> imageCount_{1};
   std::atomic<int> runMode_{kSingleImage};
   QuorinUtility::TQuorinCriticalSection* cameraLock_;
   const int stopTimeoutMs_;
-  bool spoolEnabled_ = false;    // guarded by spoolMutex_
-  TSpoolSettings spoolSettings_; // guarded by spoolMutex_
+  bool spoolEnabled_ GUARDED_BY(spoolMutex_) = false;
+  TSpoolSettings spoolSettings_ GUARDED_BY(spoolMutex_);
   std::atomic<bool> spoolingRun_{false};
   std::atomic<bool> closed_{false};
   std::atomic<std::uint64_t> stops_{0}; // calls of Stop(), each of which ends the waits for an earlier run
 
-  std::mutex controlMutex_; // one start, stop or release at a time
-  mutable std::mutex runObjectsMutex_;
-  mutable std::mutex spoolMutex_;
+  TMutex controlMutex_; // one start, stop or release at a time
+  mutable TMutex runObjectsMutex_;
+  mutable TMutex spoolMutex_;
   TUseCounter uses_;
 };

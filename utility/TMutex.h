@@ -85,26 +85,31 @@ private:
   TSharedMutex& mutex_;
 };
 
-/// A condition variable for a TMutex. Callers wait in a loop that looks at the guarded state: a wait may end without a
-/// notification. (The analysis does not follow a predicate given as a lambda.) Thread-safe.
+/// A condition variable for a TMutex. What is waited for is a function of the guarded state, called with the mutex owned
+/// and best declared REQUIRES it; a wait ends when it answers true. Thread-safe.
 class TCondition final
 {
 public:
-  /// Releases @p mutex, waits without limit and acquires it again.
-  void Wait(TMutex& mutex) REQUIRES(mutex)
+  // Not analysed: the lock that the predicate requires is this mutex under its owner's name for it.
+
+  /// Releases @p mutex while it waits, without limit.
+  template <class TPredicate>
+  void Wait(TMutex& mutex, TPredicate isReached) REQUIRES(mutex) NO_THREAD_SAFETY_ANALYSIS
   {
     std::unique_lock lock(mutex.mutex_, std::adopt_lock);
-    condition_.wait(lock);
+    condition_.wait(lock, isReached);
     lock.release();
   }
 
-  /// The same, up to @p deadline at most; whether it has not passed yet.
-  bool WaitUntil(TMutex& mutex, std::chrono::steady_clock::time_point deadline) REQUIRES(mutex)
+  /// The same for at most @p time on the steady clock. Returns what the predicate answered last.
+  template <class TPredicate>
+  bool WaitFor(TMutex& mutex, std::chrono::steady_clock::duration time, TPredicate isReached)
+      REQUIRES(mutex) NO_THREAD_SAFETY_ANALYSIS
   {
     std::unique_lock lock(mutex.mutex_, std::adopt_lock);
-    const bool isInTime = condition_.wait_until(lock, deadline) == std::cv_status::no_timeout;
+    const bool reached = condition_.wait_for(lock, time, isReached);
     lock.release();
-    return isInTime;
+    return reached;
   }
 
   void NotifyOne() { condition_.notify_one(); }

@@ -47,6 +47,8 @@ private:
   bool Look();
   int WaitOnce(const timespec* deadline);
 
+  // POSIX types, which the compiler's analysis does not know: a waiting thread may be cancelled, and a standard
+  // condition variable ends the program then.
   pthread_mutex_t mutex_;
   pthread_cond_t condition_;
   std::atomic<bool> signalled_; // written under mutex_

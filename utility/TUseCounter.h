@@ -26,7 +26,7 @@ public:
   void WaitUntilUnused()
   {
     const TLock lock(mutex_);
-    while (users_ != 0) unused_.Wait(mutex_);
+    unused_.Wait(mutex_, [this]() REQUIRES(mutex_) { return users_ == 0; });
   }
 
 private:
