@@ -6,11 +6,11 @@
 #include "acquisition/TDispatchQueue.h"
 #include "acquisition/TFetchQueue.h"
 #include "features/current_core_handle.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "utility/IDispatchRoutine.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinLibDebugOutput.h"
-#include "vxcore.h"
 
 #include <bit>
 #include <chrono>
@@ -342,7 +342,7 @@ void TAcquisitionThread::EndRun()
   Finalise();
   {
     const TAutoQuorinCriticalSection lock(cameraLock_);
-    VX_Command(CurrentCoreHandle(), Feature::kAcquisitionStop);
+    SendCommand(CurrentCoreHandle(), Feature::kAcquisitionStop);
   }
   {
     TLock lock(runMutex_);

@@ -3,11 +3,10 @@
 #include "acquisition/TPseudoAcquisitionMode.h"
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
+#include "features/feature_access.h"
+#include "features/feature_interfaces.h"
 #include "features/feature_names.h"
-#include "features/IEnum.h"
-#include "features/IInt.h"
 #include "utility/TQuorinLibDebugOutput.h"
-#include "vxcore.h"
 
 #include <algorithm>
 #include <cstdint>

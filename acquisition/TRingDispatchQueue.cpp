@@ -3,8 +3,8 @@
 #include "acquisition/TRingDispatchQueue.h"
 
 #include "acquisition/TCircularBuffer.h"
+#include "features/device_access.h"
 #include "utility/IDispatchRoutine.h"
-#include "vxcore.h"
 
 #include <algorithm>
 #include <limits>
@@ -109,6 +109,6 @@ bool TRingDispatchQueue::CountFrame(unsigned char* buffer)
 void TRingDispatchQueue::RequeueSlot(unsigned char* buffer, int sizeBytes)
 {
   const std::int64_t slotBytes = GetImageSizeBytes() > 0 ? GetImageSizeBytes() : sizeBytes;
-  VX_QueueBuffer(coreHandle_, buffer,
-                 static_cast<int>(std::min<std::int64_t>(slotBytes, std::numeric_limits<int>::max())));
+  QueueBuffer(coreHandle_, buffer,
+              static_cast<int>(std::min<std::int64_t>(slotBytes, std::numeric_limits<int>::max())));
 }

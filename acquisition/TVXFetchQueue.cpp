@@ -3,11 +3,11 @@
 #include "acquisition/TVXFetchQueue.h"
 
 #include "features/current_core_handle.h"
-#include "vxcore.h"
+#include "features/device_access.h"
 
 int TVXFetchQueue::Fetch(unsigned char*& buffer, int& sizeBytes, int timeoutMs)
 {
-  switch (VX_WaitBuffer(CurrentCoreHandle(), &buffer, &sizeBytes, static_cast<unsigned int>(timeoutMs))) {
+  switch (WaitBuffer(CurrentCoreHandle(), buffer, sizeBytes, static_cast<unsigned int>(timeoutMs))) {
   case VX_SUCCESS:
     return kFrame;
   case VX_ERR_HARDWARE_OVERFLOW:

@@ -4,12 +4,13 @@
 
 #include "acquisition/frame_timeout.h"
 #include "acquisition/frame_timestamp.h"
+#include "features/device_access.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/TSDK3Exception.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinLibDebugOutput.h"
 #include "utility/TQuorinMemoryStatistics.h"
-#include "vxcore.h"
 
 #include <algorithm>
 #include <chrono>
@@ -38,7 +39,7 @@ constexpr std::uint64_t kDrainMargin = 16;
 std::int64_t ReadFrameSize(int coreHandle)
 {
   long long frameSizeBytes = 0;
-  VX_GetInt(coreHandle, Feature::kImageSizeBytes, &frameSizeBytes);
+  ReadInt(coreHandle, Feature::kImageSizeBytes, frameSizeBytes);
   return frameSizeBytes;
 }
 
@@ -214,7 +215,7 @@ bool TVxmcdAcquisitionManager::FinishDeliveredRun()
 int TVxmcdAcquisitionManager::StopCamera()
 {
   const TAutoQuorinCriticalSection lock(cameraLock_);
-  return VX_Command(coreHandle_, Feature::kAcquisitionStop);
+  return SendCommand(coreHandle_, Feature::kAcquisitionStop);
 }
 
 // A run that goes on until it is aborted is never written.
@@ -279,8 +280,7 @@ bool TVxmcdAcquisitionManager::QueueSlots(std::int64_t frameSizeBytes)
 {
   const std::uint64_t count = circularBuffer_.GetBufferCount();
   for (std::uint64_t slot = 1; slot <= count; ++slot) {
-    const int code =
-        VX_QueueBuffer(coreHandle_, circularBuffer_.GetBuffer(slot), static_cast<int>(frameSizeBytes));
+    const int code = QueueBuffer(coreHandle_, circularBuffer_.GetBuffer(slot), static_cast<int>(frameSizeBytes));
     if (code == VX_SUCCESS) continue;
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the camera refused slot %llu: code %d",
                                   static_cast<unsigned long long>(slot), code);
@@ -302,7 +302,7 @@ void TVxmcdAcquisitionManager::SetUpRun(std::int64_t frameSizeBytes)
 int TVxmcdAcquisitionManager::StartCamera()
 {
   const TAutoQuorinCriticalSection lock(cameraLock_);
-  const int code = VX_Command(coreHandle_, Feature::kAcquisitionStart);
+  const int code = SendCommand(coreHandle_, Feature::kAcquisitionStart);
   if (code != VX_SUCCESS)
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "AcquisitionStart answered %d", code);
   if (code == VX_ERR_START_REFUSED) DropFrames();
@@ -312,7 +312,7 @@ int TVxmcdAcquisitionManager::StartCamera()
 // Takes every slot back from the camera. One that does not answer may go on writing into them.
 void TVxmcdAcquisitionManager::Flush()
 {
-  if (VX_Flush(coreHandle_) == VX_SUCCESS)
+  if (FlushBuffers(coreHandle_) == VX_SUCCESS)
     circularBuffer_.LetGoOfMemory();
   else
     circularBuffer_.KeepMemory();
@@ -332,7 +332,7 @@ int TVxmcdAcquisitionManager::Stop()
   int readCode = VX_SUCCESS;
   {
     const TAutoQuorinCriticalSection cameraLock(cameraLock_);
-    readCode = VX_GetBool(coreHandle_, Feature::kCameraAcquiring, &acquiring);
+    readCode = ReadBool(coreHandle_, Feature::kCameraAcquiring, acquiring);
   }
   if (readCode == VX_SUCCESS && !acquiring) return kNotAcquiring;
 
@@ -358,7 +358,7 @@ void TVxmcdAcquisitionManager::Drain()
   int sizeBytes = 0;
   const std::uint64_t most = circularBuffer_.GetBufferCount() + kDrainMargin;
   for (std::uint64_t look = 0; look < most; ++look)
-    if (VX_WaitBuffer(coreHandle_, &buffer, &sizeBytes, 0) != VX_SUCCESS) return;
+    if (WaitBuffer(coreHandle_, buffer, sizeBytes, 0) != VX_SUCCESS) return;
 }
 
 int TVxmcdAcquisitionManager::Wait(int timeoutMs)
@@ -440,7 +440,7 @@ void TVxmcdAcquisitionManager::createMetadataObjects()
       metadataXerox_ = xerox;
       dispatchQueue_ = std::move(xerox);
     }
-    VX_Command(coreHandle_, Feature::kTimestampClockReset);
+    SendCommand(coreHandle_, Feature::kTimestampClockReset);
   }
   thread_->SetDispatchQueue(GetDispatchQueue());
 }

@@ -2,9 +2,9 @@
 // How long the acquisition thread waits for one frame.
 #include "acquisition/frame_timeout.h"
 
+#include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/TValueText.h"
-#include "vxcore.h"
 
 #include <cmath>
 
@@ -24,9 +24,9 @@ int FrameTimeoutMs(int coreHandle)
 {
   if (!IsTriggeredInternally(coreHandle)) return kNoFrameTimeoutMs;
   double frameRate = 0.0;
-  if (VX_GetFloat(coreHandle, Feature::kFrameRate, &frameRate) != VX_SUCCESS) return kNoFrameTimeoutMs;
+  if (ReadFloat(coreHandle, Feature::kFrameRate, frameRate) != VX_SUCCESS) return kNoFrameTimeoutMs;
   long long accumulateCount = 1;
-  if (VX_GetInt(coreHandle, Feature::kAccumulateCount, &accumulateCount) != VX_SUCCESS) accumulateCount = 1;
+  if (ReadInt(coreHandle, Feature::kAccumulateCount, accumulateCount) != VX_SUCCESS) accumulateCount = 1;
   return FrameTimeoutMs(frameRate, accumulateCount);
 }
 

@@ -3,8 +3,8 @@
 #include "acquisition/frame_timestamp.h"
 
 #include "acquisition/TMetadataParser.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "vxcore.h"
 
 #include <cstring>
 
@@ -18,7 +18,7 @@ constexpr std::int64_t kTrailerBytes = 8; // behind the data: CID and length
 bool IsMetadataEnabled(int coreHandle)
 {
   int enabled = 0;
-  return VX_GetBool(coreHandle, Feature::kMetadataEnable, &enabled) == VX_SUCCESS && enabled != 0;
+  return ReadBool(coreHandle, Feature::kMetadataEnable, enabled) == VX_SUCCESS && enabled != 0;
 }
 
 const unsigned char* FindFrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)

@@ -3,9 +3,9 @@
 #include "api/binning.h"
 
 #include "features/current_core_handle.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "utility/TQuorinMisc.h"
-#include "vxcore.h"
 #include "vxmcd_result_codes.h"
 
 namespace {
@@ -21,19 +21,19 @@ int OutOfRangeAs(int code, int resultCode)
 
 int setHorizontalBinning(int bin)
 {
-  return OutOfRangeAs(VX_SetInt(CurrentCoreHandle(), Feature::kAOIHBin, bin), RC_P1_INVALID);
+  return OutOfRangeAs(WriteInt(CurrentCoreHandle(), Feature::kAOIHBin, bin), RC_P1_INVALID);
 }
 
 int setVerticalBinning(int bin)
 {
-  return OutOfRangeAs(VX_SetInt(CurrentCoreHandle(), Feature::kAOIVBin, bin), RC_P2_INVALID);
+  return OutOfRangeAs(WriteInt(CurrentCoreHandle(), Feature::kAOIVBin, bin), RC_P2_INVALID);
 }
 
 int setCombinedBinning(int bin)
 {
   wchar_t text[kTextLength] = {};
   QuorinUtility::TQuorinMisc::snwprintf(text, kTextLength, L"%dx%d", bin, bin);
-  return OutOfRangeAs(VX_SetEnumeratedString(CurrentCoreHandle(), Feature::kAOIBinning, text), RC_P1_INVALID);
+  return OutOfRangeAs(WriteText(CurrentCoreHandle(), Feature::kAOIBinning, text), RC_P1_INVALID);
 }
 
 int setBinningOptions(int hbin, int vbin)

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Choosing a camera.
 #include "api/camera_registry.h"
-#include "api/TLibraryUse.h"
 #include "features/current_core_handle.h"
-#include "features/feature_names.h"
+#include "features/device_access.h"
+#include "features/TLibraryUse.h"
 #include "utility/exports.h"
-#include "vxcore.h"
 
 namespace {
 
@@ -21,7 +20,7 @@ unsigned int GetAvailableCameras(long* count)
   if (IsForkedChild()) return RC_NOT_SUPPORTED; // the feature library's locks may be held by threads of the parent
   const TLibraryUse library;
   long long deviceCount = 0;
-  if (VX_GetInt(VX_HANDLE_SYSTEM, Feature::kDeviceCount, &deviceCount) != VX_SUCCESS) return RC_NOT_SUPPORTED;
+  if (ReadDeviceCount(deviceCount) != VX_SUCCESS) return RC_NOT_SUPPORTED;
   if (count) *count = static_cast<long>(deviceCount);
   return RC_SUCCESS;
 }

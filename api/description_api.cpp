@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 // What kind of camera is open.
 #include "features/current_core_handle.h"
-#include "features/enum_texts.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "features/text_numbers.h"
 #include "features/TValueText.h"
+#include "features/value_texts.h"
 #include "utility/TQuorinMisc.h"
-#include "vxcore.h"
 #include "vxmcd.h"
 
 #include <cwchar>
@@ -35,7 +33,7 @@ template <class Visit>
 void VisitValues(int coreHandle, const wchar_t* feature, Visit visit)
 {
   int count = 0;
-  if (VX_GetEnumeratedCount(coreHandle, feature, &count) != VX_SUCCESS) return;
+  if (ReadValueCount(coreHandle, feature, count) != VX_SUCCESS) return;
   const auto read = [=](int index, std::wstring& value) {
     TValueText text;
     const int code = text.Read(coreHandle, feature, index);
@@ -51,12 +49,6 @@ std::wstring ReadShortString(int coreHandle, const wchar_t* feature)
   std::wstring text;
   ReadString(coreHandle, feature, kModelTextLength, text);
   return text;
-}
-
-bool IsWritable(int coreHandle, const wchar_t* feature)
-{
-  int flag = 0;
-  return VX_IsWritable(coreHandle, feature, &flag) == VX_SUCCESS && flag == 1;
 }
 
 unsigned int AcquisitionModes(int coreHandle)
@@ -200,7 +192,7 @@ unsigned int ToDate(const TFirmwareVersion& version)
 bool ReadWholeString(int coreHandle, const wchar_t* feature, std::wstring& text)
 {
   int length = 0;
-  return VX_GetStringMaxLength(coreHandle, feature, &length) == VX_SUCCESS &&
+  return ReadStringLength(coreHandle, feature, length) == VX_SUCCESS &&
          ReadString(coreHandle, feature, length, text) == VX_SUCCESS;
 }
 
@@ -270,7 +262,7 @@ unsigned int GetHeadModel(char* name)
   if (!name) return RC_P1_INVALID;
   name[0] = '\0';
   int length = 0;
-  if (VX_GetStringMaxLength(coreHandle, Feature::kCameraModel, &length) != VX_SUCCESS) return RC_SUCCESS;
+  if (ReadStringLength(coreHandle, Feature::kCameraModel, length) != VX_SUCCESS) return RC_SUCCESS;
   std::wstring text;
   if (ReadString(coreHandle, Feature::kCameraModel, kHeadModelLength, text) == VX_SUCCESS)
     QuorinUtility::TQuorinMisc::snprintf(name, kHeadModelLength, "%ls", text.c_str());
@@ -286,8 +278,8 @@ unsigned int GetPixelSize(float* width, float* height)
   if (!isImplemented(coreHandle, Feature::kPixelWidth)) return RC_NOT_SUPPORTED;
   double widthMicrometres = 0.0;
   double heightMicrometres = 0.0;
-  if (VX_GetFloat(coreHandle, Feature::kPixelWidth, &widthMicrometres) != VX_SUCCESS) return RC_P1_INVALID;
-  if (VX_GetFloat(coreHandle, Feature::kPixelHeight, &heightMicrometres) != VX_SUCCESS) return RC_P2_INVALID;
+  if (ReadFloat(coreHandle, Feature::kPixelWidth, widthMicrometres) != VX_SUCCESS) return RC_P1_INVALID;
+  if (ReadFloat(coreHandle, Feature::kPixelHeight, heightMicrometres) != VX_SUCCESS) return RC_P2_INVALID;
   if (width) *width = static_cast<float>(widthMicrometres);
   if (height) *height = static_cast<float>(heightMicrometres);
   return RC_SUCCESS;

@@ -4,7 +4,6 @@
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "vxcore.h"
 #include "vxmcd.h"
 
 #include <cstdint>
@@ -12,22 +11,22 @@
 namespace {
 
 // Leaves the output as it is when the read fails.
-bool ReadInt(int coreHandle, const wchar_t* feature, int* output)
+bool Read(int coreHandle, const wchar_t* feature, int* output)
 {
   long long value = 0;
-  if (VX_GetInt(coreHandle, feature, &value) != VX_SUCCESS) return false;
+  if (ReadInt(coreHandle, feature, value) != VX_SUCCESS) return false;
   if (output) *output = static_cast<int>(value);
   return true;
 }
 
-bool WriteInt(int coreHandle, const wchar_t* feature, std::int64_t value)
+bool Write(int coreHandle, const wchar_t* feature, std::int64_t value)
 {
-  return VX_SetInt(coreHandle, feature, value) == VX_SUCCESS;
+  return WriteInt(coreHandle, feature, value) == VX_SUCCESS;
 }
 
 bool IsOutOfRange(int coreHandle, const wchar_t* feature, std::int64_t value)
 {
-  return VX_SetInt(coreHandle, feature, value) == VX_ERR_OUT_OF_RANGE;
+  return WriteInt(coreHandle, feature, value) == VX_ERR_OUT_OF_RANGE;
 }
 
 // From the first to the last pixel, both included.
@@ -42,12 +41,12 @@ class TLayoutSwitch
 public:
   TLayoutSwitch(int coreHandle, const wchar_t* layout) : coreHandle_(coreHandle)
   {
-    isKnown_ = VX_GetEnumerated(coreHandle, Feature::kAOILayout, &index_) == VX_SUCCESS;
-    VX_SetEnumeratedString(coreHandle, Feature::kAOILayout, layout);
+    isKnown_ = ReadIndex(coreHandle, Feature::kAOILayout, index_) == VX_SUCCESS;
+    WriteText(coreHandle, Feature::kAOILayout, layout);
   }
   ~TLayoutSwitch()
   {
-    if (isKnown_) VX_SetEnumerated(coreHandle_, Feature::kAOILayout, index_);
+    if (isKnown_) WriteIndex(coreHandle_, Feature::kAOILayout, index_);
   }
   TLayoutSwitch(const TLayoutSwitch&) = delete;
   TLayoutSwitch& operator=(const TLayoutSwitch&) = delete;
@@ -61,8 +60,8 @@ private:
 // Rows count from the sensor's far edge. Each track is read out as one binned row.
 bool WriteTrack(int coreHandle, int sensorHeight, int firstRow, int lastRow)
 {
-  return WriteInt(coreHandle, Feature::kAOITop, std::int64_t{sensorHeight} + 1 - lastRow) &&
-         WriteInt(coreHandle, Feature::kAOIVBin, Extent(firstRow, lastRow));
+  return Write(coreHandle, Feature::kAOITop, std::int64_t{sensorHeight} + 1 - lastRow) &&
+         Write(coreHandle, Feature::kAOIVBin, Extent(firstRow, lastRow));
 }
 
 } // namespace
@@ -71,8 +70,8 @@ unsigned int GetDetector(int* xpixels, int* ypixels)
 {
   const int coreHandle = CurrentCoreHandle();
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  const bool hasHeight = ReadInt(coreHandle, Feature::kSensorHeight, ypixels);
-  const bool hasWidth = ReadInt(coreHandle, Feature::kSensorWidth, xpixels);
+  const bool hasHeight = Read(coreHandle, Feature::kSensorHeight, ypixels);
+  const bool hasWidth = Read(coreHandle, Feature::kSensorWidth, xpixels);
   if (!hasWidth) return RC_P1_INVALID;
   if (!hasHeight) return RC_P2_INVALID;
   return RC_SUCCESS;
@@ -90,7 +89,7 @@ unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int 
   const bool isWidthWrong = IsOutOfRange(coreHandle, Feature::kAOIWidth, Extent(hstart, hend) / hbin);
   const bool isLeftWrong = IsOutOfRange(coreHandle, Feature::kAOILeft, hstart);
   int sensorHeight = 0;
-  ReadInt(coreHandle, Feature::kSensorHeight, &sensorHeight); // not needed, but the camera sees these calls
+  Read(coreHandle, Feature::kSensorHeight, &sensorHeight); // not needed, but the camera sees these calls
   const bool isHeightWrong = IsOutOfRange(coreHandle, Feature::kAOIHeight, Extent(vstart, vend) / vbin);
   const bool isTopWrong = IsOutOfRange(coreHandle, Feature::kAOITop, vstart);
 
@@ -109,13 +108,13 @@ unsigned int SetRandomTracks(int numTracks, int* areas)
   if (!areas && numTracks > 0) return RC_P2_INVALID;
 
   const TLayoutSwitch layout(coreHandle, FeatureText::kTrack);
-  if (!WriteInt(coreHandle, Feature::kAOICount, numTracks)) return RC_P1_INVALID;
+  if (!Write(coreHandle, Feature::kAOICount, numTracks)) return RC_P1_INVALID;
   int sensorHeight = 0;
-  ReadInt(coreHandle, Feature::kSensorHeight, &sensorHeight);
+  Read(coreHandle, Feature::kSensorHeight, &sensorHeight);
   bool isGood = true;
   for (int track = 1; track <= numTracks; ++track) {
-    WriteInt(coreHandle, Feature::kAOISelector, track);
-    WriteInt(coreHandle, Feature::kAOIHBin, 1);
+    Write(coreHandle, Feature::kAOISelector, track);
+    Write(coreHandle, Feature::kAOIHBin, 1);
     // The far edge comes first in the camera: the last pair belongs to its first track.
     const int* const pair = areas + 2 * std::int64_t{numTracks - track};
     if (isGood) isGood = WriteTrack(coreHandle, sensorHeight, pair[0], pair[1]);
@@ -134,7 +133,7 @@ unsigned int GetMaximumBinning(int /*readMode*/, int horzVert, int* maxBinning)
   const wchar_t* const feature = horzVert == 0 ? Feature::kAOIHBinInternal : Feature::kAOIVBinInternal;
   if (!isImplemented(coreHandle, feature)) return kDone;
   long long maximum = 0;
-  if (VX_GetIntMax(coreHandle, feature, &maximum) != VX_SUCCESS) return RC_BINNING_QUERY_FAILED;
+  if (ReadIntMax(coreHandle, feature, maximum) != VX_SUCCESS) return RC_BINNING_QUERY_FAILED;
   *maxBinning = static_cast<int>(maximum);
   return kDone;
 }

@@ -4,14 +4,14 @@
 #include "api/camera_assembly.h"
 #include "api/camera_registry.h"
 #include "api/TCameraUse.h"
-#include "api/TLibraryUse.h"
 #include "api/trigger_board_library.h"
+#include "features/device_access.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+#include "features/TLibraryUse.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinLibDebugOutput.h"
-#include "vxcore.h"
 
 #include <atomic>
 #include <limits>
@@ -43,10 +43,10 @@ bool LowerInitialiseCounter()
 }
 
 // Opens the device of a camera; VX_HANDLE_NONE when there is none or it is not a camera.
-int OpenDevice(long handle)
+int OpenCameraDevice(long handle)
 {
   int coreHandle = VX_HANDLE_NONE;
-  const int code = VX_Open(static_cast<int>(handle - kFirstCameraHandle), &coreHandle);
+  const int code = OpenDevice(static_cast<int>(handle - kFirstCameraHandle), coreHandle);
   if (code != VX_SUCCESS || coreHandle == VX_HANDLE_NONE) {
     QuorinUtility::TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "camera %ld: VX_Open answered %d",
                                                  handle, code);
@@ -55,7 +55,7 @@ int OpenDevice(long handle)
   if (isImplemented(coreHandle, Feature::kCameraModel)) return coreHandle;
   QuorinUtility::TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "camera %ld has no CameraModel",
                                                handle);
-  VX_Close(coreHandle);
+  CloseDevice(coreHandle);
   return VX_HANDLE_NONE;
 }
 
@@ -79,7 +79,7 @@ unsigned int Initialize(char* /*directory*/)
 
   TLibraryUse library;
   if (RaiseInitialiseCounter()) LoadTriggerBoardLibrary(gblInitialiseCounter);
-  const int coreHandle = OpenDevice(handle);
+  const int coreHandle = OpenCameraDevice(handle);
   if (coreHandle == VX_HANDLE_NONE) return RC_NO_CAMERA;
 
   // What has begun stays when a configuration library throws: the camera is open, and closing the library would
@@ -88,7 +88,7 @@ unsigned int Initialize(char* /*directory*/)
   TCamera camera = AssembleCamera(coreHandle);
   camera.holdsLibrary = holdsLibrary;
   RegisterCamera(handle, camera);
-  VX_SetBool(coreHandle, Feature::kMetadataEnable, 1);
+  WriteBool(coreHandle, Feature::kMetadataEnable, 1);
   createAcquisitionEvents();
   return RC_SUCCESS;
 }
@@ -105,12 +105,12 @@ unsigned int ShutDown(void)
 
   EndAcquisition(handle);
   const int coreHandle = static_cast<int>(camera->cameraHandle);
-  VX_SetBool(coreHandle, Feature::kMetadataEnable, 0);
+  WriteBool(coreHandle, Feature::kMetadataEnable, 0);
   const bool holdsLibrary = camera->holdsLibrary;
   const auto memory = DismantleCamera(*camera);
-  VX_Close(coreHandle);
+  CloseDevice(coreHandle);
   UnregisterCamera(handle);
-  if (holdsLibrary) VX_FinaliseLibrary();
+  if (holdsLibrary) TLibraryUse::Finalise();
   return RC_SUCCESS;
 }
 

@@ -6,7 +6,6 @@
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "vxcore.h"
 
 unsigned int SetMetaData(int enable)
 {
@@ -22,7 +21,7 @@ unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, long long* t
   if (!repository) return RC_NOT_AVAILABLE;
 
   long long accumulateCount = 0;
-  if (VX_GetInt(camera.CoreHandle(), Feature::kAccumulateCount, &accumulateCount) != VX_SUCCESS)
+  if (ReadInt(camera.CoreHandle(), Feature::kAccumulateCount, accumulateCount) != VX_SUCCESS)
     return RC_FEATURE_ERROR;
   if (accumulateCount < 1) return RC_FEATURE_ERROR;
 

@@ -4,8 +4,8 @@
 #include "api/switch_setting.h"
 #include "api/TCameraUse.h"
 #include "features/current_core_handle.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "vxcore.h"
 
 unsigned int SetAcquisitionMode(int mode)
 {
@@ -51,10 +51,10 @@ unsigned int SetReadMode(int mode)
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
   switch (mode) {
   case 2:
-    VX_SetEnumeratedString(coreHandle, Feature::kAOILayout, FeatureText::kTrack);
+    WriteText(coreHandle, Feature::kAOILayout, FeatureText::kTrack);
     return RC_SUCCESS;
   case 4:
-    VX_SetEnumeratedString(coreHandle, Feature::kAOILayout, FeatureText::kImage);
+    WriteText(coreHandle, Feature::kAOILayout, FeatureText::kImage);
     return RC_SUCCESS;
   default:
     return RC_P1_INVALID;

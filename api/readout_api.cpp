@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The readout channel: AD channels, amplifiers, speeds and gains by index, baseline clamp, fill of the memory.
 #include "api/TCameraUse.h"
-#include "features/IPreAmpGain.h"
+#include "features/feature_access.h"
+#include "features/readout_interfaces.h"
 #include "features/TgetFIFOUsage.h"
 #include "features/TPseudoADChannel.h"
 #include "features/TPseudoAmplifier.h"
@@ -10,7 +11,6 @@
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinMisc.h"
-#include "vxcore.h"
 
 #include <cstring>
 

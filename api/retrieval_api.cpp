@@ -2,12 +2,12 @@
 // Taking images out of the present or last run.
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "api/TCameraUse.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/TValueText.h"
 #include "retrieval/TPackedFetchImage.h"
 #include "retrieval/TUnpackedFetchImage.h"
 #include "utility/exports.h"
-#include "vxcore.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -21,7 +21,7 @@ namespace {
 int ReadGeometry(int coreHandle, const wchar_t* feature)
 {
   long long value = 0;
-  VX_GetInt(coreHandle, feature, &value);
+  ReadInt(coreHandle, feature, value);
   return value < 0 || value > std::numeric_limits<int>::max() ? 0 : static_cast<int>(value);
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What maintenance tools ask for. All but the first answer the same for every camera, and without one.
 #include "features/current_core_handle.h"
+#include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "vxcore.h"
 #include "vxmcd.h"
 
 namespace {
@@ -25,7 +25,7 @@ unsigned int vxsys_GetBaselineLevel(int* level)
   const int coreHandle = CurrentCoreHandle();
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
   long long value = 0;
-  if (VX_GetInt(coreHandle, Feature::kBaselineLevel, &value) != VX_SUCCESS) return RC_P1_INVALID;
+  if (ReadInt(coreHandle, Feature::kBaselineLevel, value) != VX_SUCCESS) return RC_P1_INVALID;
   Write(level, static_cast<int>(value));
   return RC_SUCCESS;
 }

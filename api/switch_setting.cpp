@@ -3,14 +3,14 @@
 #include "api/switch_setting.h"
 
 #include "features/current_core_handle.h"
-#include "vxcore.h"
+#include "features/feature_access.h"
 #include "vxmcd_result_codes.h"
 
 unsigned int WriteSwitch(const wchar_t* feature, int on)
 {
   const int coreHandle = CurrentCoreHandle();
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  switch (VX_SetBool(coreHandle, feature, on)) {
+  switch (WriteBool(coreHandle, feature, on)) {
   case VX_ERR_NOT_IMPLEMENTED:
     return RC_NOT_SUPPORTED;
   case VX_ERR_NOT_READABLE:

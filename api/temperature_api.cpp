@@ -3,7 +3,6 @@
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "vxcore.h"
 #include "vxmcd.h"
 
 #include <limits>
@@ -63,7 +62,7 @@ unsigned int SwitchCooler(bool isOn)
 {
   const int coreHandle = CurrentCoreHandle();
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  VX_SetBool(coreHandle, Feature::kSensorCooling, isOn ? 1 : 0); // callers rely on success whatever it answers
+  WriteBool(coreHandle, Feature::kSensorCooling, isOn ? 1 : 0); // callers rely on success whatever it answers
   return RC_SUCCESS;
 }
 
@@ -72,7 +71,7 @@ void ReadDegrees(int coreHandle, const wchar_t* feature, float* output)
 {
   double degrees = 0.0;
   if (!isImplemented(coreHandle, feature)) return;
-  if (VX_GetFloat(coreHandle, feature, &degrees) == VX_SUCCESS) Write(output, static_cast<float>(degrees));
+  if (ReadFloat(coreHandle, feature, degrees) == VX_SUCCESS) Write(output, static_cast<float>(degrees));
 }
 
 } // namespace
@@ -82,7 +81,7 @@ unsigned int SetTemperature(int degrees)
   const int coreHandle = CurrentCoreHandle();
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
   if (!isImplemented(coreHandle, Feature::kTargetSensorTemperature)) return RC_NOT_SUPPORTED;
-  switch (VX_SetFloat(coreHandle, Feature::kTargetSensorTemperature, static_cast<double>(degrees))) {
+  switch (WriteFloat(coreHandle, Feature::kTargetSensorTemperature, static_cast<double>(degrees))) {
   case VX_SUCCESS:
     return RC_SUCCESS;
   case VX_ERR_NOT_READABLE:
@@ -108,7 +107,7 @@ unsigned int IsCoolerOn(int* on)
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
   if (!isImplemented(coreHandle, Feature::kSensorCooling)) return RC_NOT_SUPPORTED;
   if (!on) return RC_P1_INVALID;
-  VX_GetBool(coreHandle, Feature::kSensorCooling, on);
+  ReadBool(coreHandle, Feature::kSensorCooling, *on);
   return RC_SUCCESS;
 }
 
@@ -119,10 +118,10 @@ unsigned int GetTemperatureF(float* degrees)
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
   if (!isImplemented(coreHandle, Feature::kSensorTemperature)) return RC_NOT_SUPPORTED;
   double value = 0.0;
-  if (VX_GetFloat(coreHandle, Feature::kSensorTemperature, &value) != VX_SUCCESS) return RC_FEATURE_ERROR;
+  if (ReadFloat(coreHandle, Feature::kSensorTemperature, value) != VX_SUCCESS) return RC_FEATURE_ERROR;
   *degrees = static_cast<float>(value);
   int status = 0;
-  if (VX_GetEnumerated(coreHandle, Feature::kTemperatureStatus, &status) != VX_SUCCESS) return RC_SUCCESS;
+  if (ReadIndex(coreHandle, Feature::kTemperatureStatus, status) != VX_SUCCESS) return RC_SUCCESS;
   return ToResultCode(status);
 }
 
@@ -144,8 +143,8 @@ unsigned int GetTemperatureRange(int* minimum, int* maximum)
   if (!isImplemented(coreHandle, Feature::kTargetSensorTemperature)) return RC_NOT_SUPPORTED;
   double highest = 0.0;
   double lowest = 0.0;
-  VX_GetFloatMax(coreHandle, Feature::kTargetSensorTemperature, &highest);
-  VX_GetFloatMin(coreHandle, Feature::kTargetSensorTemperature, &lowest);
+  ReadFloatMax(coreHandle, Feature::kTargetSensorTemperature, highest);
+  ReadFloatMin(coreHandle, Feature::kTargetSensorTemperature, lowest);
   Write(maximum, Truncate(highest));
   Write(minimum, Truncate(lowest));
   return RC_SUCCESS;
@@ -167,9 +166,9 @@ unsigned int SetFanMode(int mode)
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
   if (!isImplemented(coreHandle, Feature::kFanSpeed)) return RC_NOT_SUPPORTED;
   int count = 0;
-  VX_GetEnumeratedCount(coreHandle, Feature::kFanSpeed, &count); // not needed, but the camera sees these calls
+  ReadValueCount(coreHandle, Feature::kFanSpeed, count); // not needed, but the camera sees these calls
   const wchar_t* const text = FanText(mode);
   if (!text) return RC_P1_INVALID;
-  const int code = VX_SetEnumeratedString(coreHandle, Feature::kFanSpeed, text);
+  const int code = WriteText(coreHandle, Feature::kFanSpeed, text);
   return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
 }

@@ -5,7 +5,6 @@
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "vxcore.h"
 
 #include <optional>
 
@@ -27,10 +26,10 @@ struct TRange
   std::optional<double> minimum;
 };
 
-std::optional<double> ReadLimit(int (*read)(int, const wchar_t*, double*), int coreHandle, const wchar_t* feature)
+std::optional<double> ReadLimit(int (*read)(int, const wchar_t*, double&), int coreHandle, const wchar_t* feature)
 {
   double limit = 0.0;
-  if (read(coreHandle, feature, &limit) != VX_SUCCESS) return std::nullopt;
+  if (read(coreHandle, feature, limit) != VX_SUCCESS) return std::nullopt;
   return limit;
 }
 
@@ -53,10 +52,10 @@ unsigned int SetExposureTime(float seconds)
 
   double exposureSeconds = static_cast<double>(seconds);
   double minimum = 0.0;
-  VX_GetFloatMin(camera.CoreHandle(), Feature::kExposureTime, &minimum);
+  ReadFloatMin(camera.CoreHandle(), Feature::kExposureTime, minimum);
   if (minimum > exposureSeconds) exposureSeconds = minimum;
 
-  switch (VX_SetFloat(camera.CoreHandle(), Feature::kExposureTime, exposureSeconds)) {
+  switch (WriteFloat(camera.CoreHandle(), Feature::kExposureTime, exposureSeconds)) {
   case VX_SUCCESS:
     return RC_SUCCESS;
   case VX_ERR_NOT_WRITABLE:
@@ -74,8 +73,8 @@ unsigned int SetAccumulationCycleTime(float seconds)
   if (camera.AcquisitionMode().GetNumberAccumulations() < 2) return RC_NOT_SUPPORTED;
   if (!isImplemented(camera.CoreHandle(), Feature::kBurstRate)) return RC_SUCCESS;
 
-  const TRange range{ReadLimit(VX_GetFloatMax, camera.CoreHandle(), Feature::kBurstRate), std::nullopt};
-  const int code = VX_SetFloat(camera.CoreHandle(), Feature::kBurstRate, RateFor(seconds, range));
+  const TRange range{ReadLimit(ReadFloatMax, camera.CoreHandle(), Feature::kBurstRate), std::nullopt};
+  const int code = WriteFloat(camera.CoreHandle(), Feature::kBurstRate, RateFor(seconds, range));
   return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
 }
 
@@ -85,9 +84,9 @@ unsigned int SetKineticCycleTime(float seconds)
   if (!camera) return RC_NOT_INITIALIZED;
   if (!isImplemented(camera.CoreHandle(), Feature::kFrameRate)) return RC_NOT_SUPPORTED;
 
-  const TRange range{ReadLimit(VX_GetFloatMax, camera.CoreHandle(), Feature::kFrameRate),
-                     ReadLimit(VX_GetFloatMin, camera.CoreHandle(), Feature::kFrameRate)};
-  const int code = VX_SetFloat(camera.CoreHandle(), Feature::kFrameRate, RateFor(seconds, range));
+  const TRange range{ReadLimit(ReadFloatMax, camera.CoreHandle(), Feature::kFrameRate),
+                     ReadLimit(ReadFloatMin, camera.CoreHandle(), Feature::kFrameRate)};
+  const int code = WriteFloat(camera.CoreHandle(), Feature::kFrameRate, RateFor(seconds, range));
   return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
 }
 
@@ -98,11 +97,11 @@ unsigned int GetAcquisitionTimings(float* exposure, float* accumulate, float* ki
 
   double exposureSeconds = static_cast<double>(kDefaultExposureSeconds);
   double value = 0.0;
-  if (VX_GetFloat(camera.CoreHandle(), Feature::kExposureTime, &value) == VX_SUCCESS) exposureSeconds = value;
+  if (ReadFloat(camera.CoreHandle(), Feature::kExposureTime, value) == VX_SUCCESS) exposureSeconds = value;
   double kineticSeconds = static_cast<double>(kDefaultCycleSeconds);
-  if (VX_GetFloat(camera.CoreHandle(), Feature::kFrameRate, &value) == VX_SUCCESS) kineticSeconds = 1.0 / value;
+  if (ReadFloat(camera.CoreHandle(), Feature::kFrameRate, value) == VX_SUCCESS) kineticSeconds = 1.0 / value;
   double accumulateSeconds = static_cast<double>(kDefaultCycleSeconds);
-  switch (VX_GetFloat(camera.CoreHandle(), Feature::kBurstRate, &value)) {
+  switch (ReadFloat(camera.CoreHandle(), Feature::kBurstRate, value)) {
   case VX_SUCCESS:
     accumulateSeconds = 1.0 / value;
     break;
@@ -128,7 +127,7 @@ unsigned int GetReadOutTime(float* seconds)
   if (!isImplemented(camera.CoreHandle(), Feature::kReadoutTime)) return RC_NOT_SUPPORTED;
 
   double value = 0.0;
-  switch (VX_GetFloat(camera.CoreHandle(), Feature::kReadoutTime, &value)) {
+  switch (ReadFloat(camera.CoreHandle(), Feature::kReadoutTime, value)) {
   case VX_SUCCESS:
     Write(seconds, value);
     return RC_SUCCESS;
@@ -144,7 +143,7 @@ unsigned int GetMaximumExposure(float* seconds)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   double maximum = 0.0;
-  const int code = VX_GetFloatMax(camera.CoreHandle(), Feature::kExposureTime, &maximum);
+  const int code = ReadFloatMax(camera.CoreHandle(), Feature::kExposureTime, maximum);
   Write(seconds, maximum);
   return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
 }

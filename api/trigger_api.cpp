@@ -4,7 +4,6 @@
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "utility/exports.h"
-#include "vxcore.h"
 #include "vxmcd.h"
 
 namespace {
@@ -46,7 +45,7 @@ unsigned int TriggerModeFeatureFinder(std::wstring& value)
   if (coreHandle == kNoCoreHandle) return RC_SUCCESS;
   value = FeatureText::kExternal;
   int implemented = 0;
-  if (VX_IsImplemented(coreHandle, Feature::kTriggerConfiguration, &implemented) != VX_SUCCESS)
+  if (ReadImplemented(coreHandle, Feature::kTriggerConfiguration, implemented) != VX_SUCCESS)
     return RC_FEATURE_ERROR;
   if (implemented == 1) value = FeatureText::kExternalLevelTransition;
   return RC_SUCCESS;
@@ -59,6 +58,6 @@ unsigned int SendSoftwareTrigger(void)
   const int coreHandle = CurrentCoreHandle();
   if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
   if (!isImplemented(coreHandle, Feature::kSoftwareTrigger)) return RC_NOT_SUPPORTED;
-  VX_Command(coreHandle, Feature::kSoftwareTrigger);
+  SendCommand(coreHandle, Feature::kSoftwareTrigger);
   return RC_SUCCESS;
 }

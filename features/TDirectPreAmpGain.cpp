@@ -2,11 +2,9 @@
 // The gains of a camera that offers each of them by itself.
 #include "features/TDirectPreAmpGain.h"
 
-#include "features/enum_texts.h"
 #include "features/feature_names.h"
-#include "features/IADChannel.h"
-#include "features/IAmplifier.h"
-#include "features/text_numbers.h"
+#include "features/readout_interfaces.h"
+#include "features/value_texts.h"
 
 namespace {
 

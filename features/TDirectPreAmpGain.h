@@ -2,7 +2,7 @@
 // The gains of a camera that offers each of them by itself.
 #pragma once
 
-#include "features/IPreAmpGain.h"
+#include "features/readout_interfaces.h"
 
 class IADChannel;
 class IAmplifier;

@@ -2,9 +2,9 @@
 // The gain channel, as AD channels.
 #include "features/TPseudoADChannel.h"
 
-#include "features/enum_texts.h"
 #include "features/feature_names.h"
-#include "features/IAmplifier.h"
+#include "features/readout_interfaces.h"
+#include "features/value_texts.h"
 #include "utility/TQuorinMisc.h"
 
 #include <cstdlib>

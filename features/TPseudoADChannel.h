@@ -2,7 +2,7 @@
 // The gain channel, as AD channels.
 #pragma once
 
-#include "features/IADChannel.h"
+#include "features/readout_interfaces.h"
 
 class IAmplifier;
 class IEnum;

@@ -2,9 +2,8 @@
 // The two outputs of the gain channel, as amplifiers.
 #include "features/TPseudoAmplifier.h"
 
-#include "features/enum_texts.h"
 #include "features/feature_names.h"
-#include "features/text_numbers.h"
+#include "features/value_texts.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 // The two outputs of the gain channel, as amplifiers.
 #pragma once
 
-#include "features/IAmplifier.h"
+#include "features/readout_interfaces.h"
 
 #include <atomic>
 

@@ -2,7 +2,7 @@
 // The baseline clamp as programs know it.
 #include "features/TPseudoBaselineClamp.h"
 
-#include "features/IBool.h"
+#include "features/feature_interfaces.h"
 #include "vxcore.h"
 
 namespace {

@@ -2,10 +2,8 @@
 // The pixel readout rates, as horizontal shift speeds.
 #include "features/TPseudoHSSpeed.h"
 
-#include "features/enum_texts.h"
-#include "features/IADChannel.h"
-#include "features/IAmplifier.h"
-#include "features/text_numbers.h"
+#include "features/readout_interfaces.h"
+#include "features/value_texts.h"
 
 TPseudoHSSpeed::TPseudoHSSpeed(IEnum* readoutRate, IADChannel* channel, IAmplifier* amplifier)
     : readoutRate_(readoutRate), channel_(channel), amplifier_(amplifier)

@@ -2,7 +2,7 @@
 // The pixel readout rates, as horizontal shift speeds.
 #pragma once
 
-#include "features/IHSSpeed.h"
+#include "features/readout_interfaces.h"
 
 class IADChannel;
 class IAmplifier;

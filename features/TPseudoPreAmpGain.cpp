@@ -2,7 +2,7 @@
 // The gains of a camera with one simple gain control.
 #include "features/TPseudoPreAmpGain.h"
 
-#include "features/IEnum.h"
+#include "features/feature_interfaces.h"
 #include "vxcore.h"
 
 namespace {

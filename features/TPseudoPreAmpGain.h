@@ -2,7 +2,7 @@
 // The gains of a camera with one simple gain control.
 #pragma once
 
-#include "features/IPreAmpGain.h"
+#include "features/readout_interfaces.h"
 
 class IEnum;
 

@@ -3,8 +3,8 @@
 #include "features/TgetFIFOUsage.h"
 
 #include "features/feature_access.h"
+#include "features/feature_interfaces.h"
 #include "features/feature_names.h"
-#include "features/IEnum.h"
 #include "features/TRegisterAccess.h"
 #include "vxcore.h"
 

@@ -2,7 +2,7 @@
 // How full the camera's memory is.
 #pragma once
 
-#include "features/IInt.h"
+#include "features/feature_interfaces.h"
 
 #include <atomic>
 

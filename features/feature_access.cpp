@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Questions and guarded writes that many entry points share.
+// Reading and writing features of an open device.
 #include "features/feature_access.h"
 
 #include "features/current_core_handle.h"
 #include "features/TValueText.h"
-#include "vxcore.h"
 #include "vxmcd_result_codes.h"
 
 #include <algorithm>
@@ -25,13 +24,19 @@ bool IsEnumeratedIndexAvailable(const wchar_t* feature, int index)
 bool isImplemented(int coreHandle, const wchar_t* feature)
 {
   int flag = 0;
-  return VX_IsImplemented(coreHandle, feature, &flag) == VX_SUCCESS && flag == 1;
+  return ReadImplemented(coreHandle, feature, flag) == VX_SUCCESS && flag == 1;
+}
+
+bool IsWritable(int coreHandle, const wchar_t* feature)
+{
+  int flag = 0;
+  return VX_IsWritable(coreHandle, feature, &flag) == VX_SUCCESS && flag == 1;
 }
 
 int GetEnumeratedIndexFromString(const wchar_t* feature, const wchar_t* value)
 {
   int count = -1;
-  if (VX_GetEnumeratedCount(CurrentCoreHandle(), feature, &count) != VX_SUCCESS) return -1;
+  if (ReadValueCount(CurrentCoreHandle(), feature, count) != VX_SUCCESS) return -1;
 
   for (int index = 0; index < count; ++index) {
     TValueText text;
@@ -46,7 +51,7 @@ unsigned int CheckSetEnumeratedIndex(const wchar_t* feature, const wchar_t* valu
   const int index = GetEnumeratedIndexFromString(feature, value);
   if (index < 0) return failCode;
   if (!IsEnumeratedIndexAvailable(feature, index)) return failCode;
-  VX_SetEnumeratedString(CurrentCoreHandle(), feature, value);
+  WriteText(CurrentCoreHandle(), feature, value);
   return RC_SUCCESS;
 }
 

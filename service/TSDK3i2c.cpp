@@ -4,7 +4,6 @@
 
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
-#include "vxcore.h"
 
 #include <utility>
 
@@ -66,19 +65,19 @@ bool TSDK3i2c::Has(const wchar_t* suffix) const
 
 bool TSDK3i2c::SetInt(const wchar_t* suffix, long long value) const
 {
-  return VX_SetInt(coreHandle_, (prefix_ + suffix).c_str(), value) == VX_SUCCESS;
+  return WriteInt(coreHandle_, (prefix_ + suffix).c_str(), value) == VX_SUCCESS;
 }
 
 bool TSDK3i2c::Command(const wchar_t* suffix) const
 {
-  return VX_Command(coreHandle_, (prefix_ + suffix).c_str()) == VX_SUCCESS;
+  return SendCommand(coreHandle_, (prefix_ + suffix).c_str()) == VX_SUCCESS;
 }
 
 bool TSDK3i2c::FetchByte(unsigned int index, unsigned char& value) const
 {
   long long byte = 0;
   if (!SetInt(kByteSelector, index)) return false;
-  if (VX_GetInt(coreHandle_, (prefix_ + kByte).c_str(), &byte) != VX_SUCCESS) return false;
+  if (ReadInt(coreHandle_, (prefix_ + kByte).c_str(), byte) != VX_SUCCESS) return false;
   value = static_cast<unsigned char>(byte & 0xFF);
   return true;
 }

@@ -2,9 +2,9 @@
 // Gives frame slots back to the camera once their images are written.
 #include "spool/TSlotReturnTask.h"
 
+#include "features/device_access.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolQueue.h"
-#include "vxcore.h"
 
 #include <string>
 
@@ -40,7 +40,7 @@ void TSlotReturnTask::Run()
       if (!fault_->IsRaised()) fault_->Raise("cannot write image", std::to_string(data.index + 1), 0);
       inputQueue_->Abort();
     }
-    VX_QueueBuffer(coreHandle_, data.buffer, data.sizeBytes);
+    QueueBuffer(coreHandle_, data.buffer, data.sizeBytes);
     {
       const std::lock_guard lock(mutex_);
       ++images_;

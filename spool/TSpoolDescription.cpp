@@ -5,13 +5,12 @@
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "features/SDK3Enum.h"
+#include "features/SDK3Features.h"
 #include "runs/host_time.h"
 #include "runs/run_format.h"
 #include "spool/file_writing.h"
 #include "spool/TSpoolLayout.h"
 #include "utility/library_version.h"
-#include "vxcore.h"
 
 #include <cerrno>
 
@@ -80,13 +79,13 @@ void Describe(TAcquisitionMetadata& metadata, int camera, const TSetting& settin
   std::wstring text;
   switch (key.kind) {
   case Kind::kInteger:
-    if (VX_GetInt(camera, feature, &integer) == VX_SUCCESS) Set(metadata, key, std::int64_t{integer});
+    if (ReadInt(camera, feature, integer) == VX_SUCCESS) Set(metadata, key, std::int64_t{integer});
     break;
   case Kind::kReal:
-    if (VX_GetFloat(camera, feature, &real) == VX_SUCCESS) metadata.SetReal(key.section, key.name, real);
+    if (ReadFloat(camera, feature, real) == VX_SUCCESS) metadata.SetReal(key.section, key.name, real);
     break;
   case Kind::kSwitch:
-    if (VX_GetBool(camera, feature, &on) == VX_SUCCESS) Set(metadata, key, on != 0);
+    if (ReadBool(camera, feature, on) == VX_SUCCESS) Set(metadata, key, on != 0);
     break;
   case Kind::kWord:
     if (SDK3Enum(camera, feature).GetString(text) == VX_SUCCESS) Set(metadata, key, Narrow(text));

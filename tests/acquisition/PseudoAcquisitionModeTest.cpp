@@ -2,7 +2,7 @@
 // Mode numbers and counts, as the camera and the manager get to know them.
 #include "acquisition/TPseudoAcquisitionMode.h"
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "features/IInt.h"
+#include "features/feature_interfaces.h"
 #include "tests/support/TFakeEnum.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "vxcore.h"

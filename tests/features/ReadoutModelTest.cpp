@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Channels, amplifiers, speeds and gains by index, and what becomes of them in the camera.
-#include "features/IBool.h"
+#include "features/feature_interfaces.h"
 #include "features/TDirectPreAmpGain.h"
-#include "features/text_numbers.h"
 #include "features/TPseudoADChannel.h"
 #include "features/TPseudoAmplifier.h"
 #include "features/TPseudoBaselineClamp.h"
 #include "features/TPseudoHSSpeed.h"
 #include "features/TPseudoPreAmpGain.h"
+#include "features/value_texts.h"
 #include "tests/support/TFakeEnum.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The objects that stand for one feature each.
-#include "features/SDK3Bool.h"
-#include "features/SDK3Enum.h"
-#include "features/SDK3Int.h"
+#include "features/SDK3Features.h"
 
 #include "tests/support/TStagedVx.h"
 #include "utility/TObserver.h"

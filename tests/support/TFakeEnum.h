@@ -2,7 +2,7 @@
 // An enumerated feature without a camera.
 #pragma once
 
-#include "features/IEnum.h"
+#include "features/feature_interfaces.h"
 #include "vxcore.h"
 
 #include <algorithm>

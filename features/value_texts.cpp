@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Numbers at the start of texts, as a wide string stream reads them.
-#include "features/text_numbers.h"
+// Numbers at the start of texts.
+#include "features/value_texts.h"
 
 #include <locale>
 #include <sstream>

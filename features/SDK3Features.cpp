@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// An enumerated feature of an open device.
-#include "features/SDK3Enum.h"
+// One feature of an open device, by its kind.
+#include "features/SDK3Features.h"
 
 #include "vxcore.h"
 
@@ -9,6 +9,34 @@ namespace {
 constexpr int kTextLength = 100;
 
 } // namespace
+
+int SDK3Bool::SetBool(bool value)
+{
+  return VX_SetBool(coreHandle_, feature_, value ? 1 : 0);
+}
+
+int SDK3Bool::GetBool(bool& value)
+{
+  int flag = value ? 1 : 0;
+  const int code = VX_GetBool(coreHandle_, feature_, &flag);
+  value = flag != 0;
+  return code;
+}
+
+int SDK3Int::SetInt(int value)
+{
+  const int code = VX_SetInt(coreHandle_, feature_, value);
+  if (code == VX_SUCCESS) NotifyObservers();
+  return code;
+}
+
+int SDK3Int::GetInt(int& value)
+{
+  long long wide = value;
+  const int code = VX_GetInt(coreHandle_, feature_, &wide);
+  value = static_cast<int>(wide);
+  return code;
+}
 
 int SDK3Enum::SetIndex(int index)
 {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Looking through the values of an enumerated feature.
+// The texts of enumerated values, and the numbers that they begin with.
 #pragma once
 
-#include "features/IEnum.h"
+#include "features/feature_interfaces.h"
 #include "vxcore.h"
 
 #include <string>
@@ -49,3 +49,10 @@ void VisitTexts(IEnum& feature, Visit visit)
   const auto read = [&](int index, std::wstring& text) { return feature.GetStringByIndex(index, text); };
   VisitTexts(CountOf(feature), read, visit);
 }
+
+/// The number that @p text begins with ("100 MHz" gives 100), 0 when it begins with none. The decimal point is a
+/// point, whatever language the program speaks.
+float LeadingFloat(const std::wstring& text);
+
+/// As LeadingFloat(), for a whole decimal number; one that does not fit becomes the nearest that does.
+int LeadingInt(const std::wstring& text);

@@ -11,17 +11,19 @@
 class TLibraryUse final
 {
 public:
-  TLibraryUse() : isHeld_(VX_InitialiseLibrary() == VX_SUCCESS) {}
+  TLibraryUse() : isInitialised_(VX_InitialiseLibrary() == VX_SUCCESS) {}
   ~TLibraryUse()
   {
-    if (isHeld_) VX_FinaliseLibrary();
+    if (isInitialised_) Finalise();
   }
   TLibraryUse(const TLibraryUse&) = delete;
   TLibraryUse& operator=(const TLibraryUse&) = delete;
 
-  /// Leaves the finalising to the caller, if there is anything to finalise.
-  bool Release() { return std::exchange(isHeld_, false); }
+  /// Leaves Finalise() to the caller when it is true.
+  bool Release() { return std::exchange(isInitialised_, false); }
+
+  static void Finalise() { VX_FinaliseLibrary(); }
 
 private:
-  bool isHeld_;
+  bool isInitialised_;
 };
