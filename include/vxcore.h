@@ -13,7 +13,7 @@
  *    itself and offers the integer feature "DeviceCount".
  * 3. Features are addressed by name, a NUL-terminated wide string, compared exactly. Which features a camera has,
  *    their kinds and their limits, depends on its model and on its other settings.
- * 4. Text comes back in a caller's buffer of `length` wide characters, terminator included.
+ * 4. Texts are written into a caller's buffer of `length` wide characters, terminator included.
  * 5. Every function may be called from any thread. Only VX_WaitBuffer() blocks.
  * 6. Each operation on enumerated features exists under two names, `...Enumerated...` and `...Enum...`, with the
  *    same meaning.
@@ -36,11 +36,11 @@
 extern "C" {
 #endif
 
-/** Handle of the library itself: the home of "DeviceCount". */
+/** Handle of the library itself, for the feature "DeviceCount". */
 #define VX_HANDLE_SYSTEM 1
 /** A handle that is never valid. */
 #define VX_HANDLE_NONE (-1)
-/** Time-out of VX_WaitBuffer() that never runs out. */
+/** Time-out of VX_WaitBuffer() for a wait without limit. */
 #define VX_INFINITE 0xFFFFFFFFu
 /** Frame buffers must start at a multiple of this many bytes. */
 #define VX_BUFFER_ALIGNMENT 8
@@ -55,7 +55,7 @@ extern "C" {
 #define VX_ERR_OUT_OF_RANGE 6    /**< the value is outside the feature's present limits */
 #define VX_ERR_START_REFUSED                                                                                      \
   37                              /**< "AcquisitionStart" refused: acquiring already, a queued buffer is too small,
-                                            or the settings make no frame */
+                                            or the settings allow no frame */
 #define VX_ERR_NOT_INITIALISED 40 /**< the library is not initialised */
 #define VX_ERR_INVALID_HANDLE 41  /**< no open device has this handle */
 #define VX_ERR_NO_SUCH_DEVICE 42  /**< no device has this index */
@@ -77,20 +77,20 @@ extern "C" {
 /** @} */
 
 /** @name Library and devices
- *  Initialise and finalise are counted: the last VX_FinaliseLibrary() closes every device still open. An error in the
- *  configuration makes VX_InitialiseLibrary() answer #VX_ERR_CONFIGURATION and say on the standard error what is wrong.
+ *  Calls are counted: the last VX_FinaliseLibrary() closes every device still open. When the configuration has an error,
+ *  VX_InitialiseLibrary() answers #VX_ERR_CONFIGURATION and prints on standard error what is wrong.
  *  @{ */
 VXCORE_API int VX_InitialiseLibrary(void);
 VXCORE_API int VX_FinaliseLibrary(void);
 /** Opens the device at @p deviceIndex (0 to "DeviceCount" - 1) and writes its handle. */
 VXCORE_API int VX_Open(int deviceIndex, int* handle);
 /** Stops an acquisition, drops every queued buffer and closes the device. No buffer is touched afterwards. A device
- *  that does not answer is closed all the same, with #VX_ERR_COMMUNICATION. */
+ *  that does not answer is closed nevertheless, with #VX_ERR_COMMUNICATION. */
 VXCORE_API int VX_Close(int handle);
 /** @} */
 
 /** @name Any feature
- *  @p flag becomes 1 or 0. A feature the camera lacks is not implemented, which is not an error here.
+ *  @p flag becomes 1 or 0. For a feature that the camera does not have it becomes 0, which is not an error here.
  *  @{ */
 VXCORE_API int VX_IsImplemented(int handle, const wchar_t* feature, int* flag);
 VXCORE_API int VX_IsReadable(int handle, const wchar_t* feature, int* flag);
@@ -139,7 +139,7 @@ VXCORE_API int VX_IsEnumIndexImplemented(int handle, const wchar_t* feature, int
 /** @} */
 
 /** @name String features
- *  VX_GetStringMaxLength() writes the length in wide characters, terminator included, that always suffices.
+ *  VX_GetStringMaxLength() writes a length in wide characters, terminator included, that suffices for every value.
  *  @{ */
 VXCORE_API int VX_SetString(int handle, const wchar_t* feature, const wchar_t* value);
 VXCORE_API int VX_GetString(int handle, const wchar_t* feature, wchar_t* value, int length);
@@ -154,23 +154,23 @@ VXCORE_API int VX_Command(int handle, const wchar_t* feature);
 /**
  * Gives a buffer to the device to put a frame into; buffers are filled in the order in which they were queued.
  * @param buffer     start, a multiple of #VX_BUFFER_ALIGNMENT; it belongs to the library until VX_WaitBuffer()
- *                   hands it out, or VX_Flush() or VX_Close() returns
+ *                   delivers it, or VX_Flush() or VX_Close() returns
  * @param sizeBytes  at least the present "ImageSizeBytes"
  */
 VXCORE_API int VX_QueueBuffer(int handle, unsigned char* buffer, int sizeBytes);
 /**
- * Waits for the next filled buffer and hands it out. A wait that begins while the device acquires ends with
+ * Waits for the next filled buffer and delivers it. A wait that begins while the device acquires ends with
  * #VX_ERR_TIMED_OUT as soon as that acquisition has stopped (by "AcquisitionStop", or by its last frame) and no frame
  * is left. A wait that begins while the device does not acquire takes its whole time-out when no frame comes.
  * @param buffer     written with the buffer's start
  * @param sizeBytes  written with the number of bytes of the frame, "ImageSizeBytes" when the run started
- * @param timeoutMs  longest wait in ms; 0 only looks, #VX_INFINITE waits without limit
+ * @param timeoutMs  longest wait in ms; 0 does not wait, #VX_INFINITE waits without limit
  * @return #VX_ERR_TIMED_OUT without a frame; #VX_ERR_COMMUNICATION or #VX_ERR_INVALID_HANDLE when the device was
  *         unplugged or closed meanwhile; #VX_ERR_HARDWARE_OVERFLOW once after frames were lost in the camera
  */
 VXCORE_API int VX_WaitBuffer(int handle, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs);
-/** Takes back every queued and every filled buffer. No buffer is touched after it returns. From a device that does not
- *  answer the buffers are taken back all the same, with #VX_ERR_COMMUNICATION. */
+/** Takes back every queued and every filled buffer. No buffer is touched after it returns. The buffers of a device
+ *  that does not answer are taken back nevertheless, with #VX_ERR_COMMUNICATION. */
 VXCORE_API int VX_Flush(int handle);
 /** @} */
 

@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-/* Control of the simulated cameras behind vxcore.h: configuration, frames by hand, faults, and what was called. */
+/* Control of the simulated cameras behind vxcore.h: configuration, frames on request, faults, and a log of calls. */
 
 /**
  * @file vxcore_simulator.h
@@ -24,29 +24,29 @@ extern "C" {
 typedef struct VXSIM_Statistics
 {
   uint64_t framesProduced;   /**< frames exposed by the sensor in all runs */
-  uint64_t framesDelivered;  /**< frames handed out by VX_WaitBuffer() */
+  uint64_t framesDelivered;  /**< frames delivered by VX_WaitBuffer() */
   uint64_t framesOverflowed; /**< frames lost because the camera's memory was full */
   uint64_t framesDropped;    /**< frames lost on purpose, by a fault rule */
   uint64_t
-      framesDiscarded;    /**< frames taken back by VX_Flush(), a stop or VX_Close() before they were handed out */
+      framesDiscarded;    /**< frames taken back by VX_Flush(), a stop or VX_Close() before they were delivered */
   uint64_t buffersQueued; /**< successful VX_QueueBuffer() calls */
-  uint64_t buffersHeld;   /**< buffers the library holds now, empty or filled */
+  uint64_t buffersHeld;   /**< buffers that belong to the library now, empty or filled */
   uint64_t runsStarted;   /**< successful "AcquisitionStart" commands */
-  uint64_t triggersIgnored; /**< triggers that found the sensor busy */
+  uint64_t triggersIgnored; /**< triggers that came while the sensor was busy */
   uint64_t waitsBlocked;    /**< calls of VX_WaitBuffer() that are waiting for a frame now */
 } VXSIM_Statistics;
 
 /**
- * Closes every device, ends every initialisation, forgets faults, call log and the text given to VXSIM_Configure(), and
- * reads the configuration anew at the next VX_InitialiseLibrary() (from the file that `VXCORE_CONFIG` names, else the
+ * Closes every device, ends every initialisation, and clears faults, call log and the text given to VXSIM_Configure().
+ * The next VX_InitialiseLibrary() reads the configuration again (from the file that `VXCORE_CONFIG` names, else the
  * built-in one).
  */
 VXCORE_API int VXSIM_Reset(void);
 
 /**
- * Takes the configuration from a text in the form of the configuration file (docs/simulator.md); null goes back to
+ * Takes the configuration from a text in the form of the configuration file (docs/simulator.md); null returns to
  * `VXCORE_CONFIG`. Includes VXSIM_Reset().
- * @return #VX_ERR_OUT_OF_RANGE when the text has an error; VXSIM_GetLastError() then says which and where
+ * @return #VX_ERR_OUT_OF_RANGE when the text has an error; VXSIM_GetLastError() then describes it
  */
 VXCORE_API int VXSIM_Configure(const char* text);
 
@@ -55,15 +55,15 @@ VXCORE_API int VXSIM_Configure(const char* text);
  *  VX_InitialiseLibrary(). */
 VXCORE_API const char* VXSIM_GetLastError(void);
 
-/** How many times VX_InitialiseLibrary() is ahead of VX_FinaliseLibrary(). */
+/** The number of successful VX_InitialiseLibrary() calls that no VX_FinaliseLibrary() has matched yet. */
 VXCORE_API int VXSIM_GetInitialiseCount(void);
 /** How many devices are open. */
 VXCORE_API int VXSIM_GetOpenCount(void);
 /** Counters of a device. */
 VXCORE_API int VXSIM_GetStatistics(int device, VXSIM_Statistics* statistics);
 
-/** @name Frames by hand
- *  A device configured with `Source = manual` makes no frame of its own while it acquires.
+/** @name Frames on request
+ *  A device configured with `Source = manual` makes no frames by itself while it acquires.
  *  @{ */
 /**
  * Fills the next queued buffer with @p sizeBytes bytes from @p bytes and makes it ready for VX_WaitBuffer(), which
@@ -75,15 +75,15 @@ VXCORE_API int VXSIM_GetStatistics(int device, VXSIM_Statistics* statistics);
  */
 VXCORE_API int VXSIM_PushFrame(int device, const void* bytes, int sizeBytes);
 /** Makes @p count frames of the configured scene, one after the other, without waiting for buffers. Ends early when the
- *  run has had all its frames; the code is that of the first frame that did not succeed. */
+ *  run has all its frames; the code is that of the first frame that did not succeed. */
 VXCORE_API int VXSIM_PushFrames(int device, int count);
 /** Makes VX_WaitBuffer() answer @p code once, after the frames that are ready now. */
 VXCORE_API int VXSIM_PushWaitCode(int device, int code);
 /** Gives one pulse on the external trigger input, now. With the real clock a sensor that is busy ignores it. */
 VXCORE_API int VXSIM_FireTrigger(int device);
 /**
- * Lets @p seconds (0 to 1e6) of the camera's time pass at once, while a run stands still: the way to a cold sensor in a
- * test. With the real clock only the camera's temperatures notice. Times `TimeScale` for them, as always.
+ * Lets @p seconds (0 to 1e6) of the camera's time pass at once, while a run pauses; a test cools a sensor in this way.
+ * With the real clock only the camera's temperatures change. `TimeScale` applies to temperatures here, too.
  * @return #VX_ERR_NOT_AVAILABLE when the device is not open; #VX_ERR_OUT_OF_RANGE
  */
 VXCORE_API int VXSIM_AdvanceTime(int device, double seconds);
@@ -100,7 +100,7 @@ VXCORE_API int VXSIM_ClearFaults(void);
 /** How many times a rule has acted since VXSIM_ClearFaults(). */
 VXCORE_API uint64_t VXSIM_GetFaultsFired(void);
 /** Unplugs a device: a run ends, and every call on the device answers #VX_ERR_COMMUNICATION until it is plugged in
- *  again. VX_Flush() and VX_Close() take the buffers back all the same. */
+ *  again. VX_Flush() and VX_Close() take the buffers back nevertheless. */
 VXCORE_API int VXSIM_SetPlugged(int device, int plugged);
 /** @} */
 

@@ -16,9 +16,8 @@
  * 4. Output pointers are written only as each function says. A null output pointer is skipped where no code is
  *    stated for it.
  * 5. Functions may be called from any thread, but one camera's functions are meant for one thread at a time: do
- *    not open, close or switch cameras while other threads use them. Waiting (WaitForAcquisition() and its forms)
- *    in one thread while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function is
- *    fine.
+ *    not open, close or switch cameras while other threads use them. One thread may wait (WaitForAcquisition() and
+ *    its forms) while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function.
  * 6. Only the functions that say so block; the others return after a few calls into the feature library.
  * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do
  *    not call SetCurrentCamera() until the run has ended.
@@ -48,7 +47,7 @@
 #define VXMCD_DECORATED VXMCD_API
 #endif
 
-/* The arguments of functions that ignore what they are given. Compilers knew C23 before it had its number. */
+/* The arguments of functions that ignore them. Compilers supported C23 before its version number was fixed. */
 #if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
 #define VXMCD_ANY_ARGUMENTS ...
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L && defined(__clang__) && __clang_major__ >= 15
@@ -63,7 +62,7 @@
 extern "C" {
 #endif
 
-/** What the library keeps for an open camera; opaque to callers. */
+/** The library's record of an open camera; opaque to callers. */
 struct TCamera;
 
 /** @defgroup results Result codes
@@ -80,12 +79,12 @@ VXMCD_API const char* vxmcd_GetResultAdvice(unsigned int code);
 
 /** @defgroup selection Choosing a camera
  *  Cameras have handles: the camera at index i of the device list has handle 101 + i. None of these functions
- * needs an open camera.
+ *  needs an open camera.
  *  @{ */
 /**
  * Counts the attached cameras.
  * @param count  written with the number of cameras; untouched on failure
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the feature library cannot say
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the feature library does not report it
  */
 VXMCD_DECORATED unsigned int GetAvailableCameras(long* count);
 /**
@@ -125,9 +124,9 @@ VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
  */
 VXMCD_API unsigned int Initialize(char* directory);
 /**
- * Closes the current camera, aborting an acquisition first; every wait returns. A series that SetSpool() has written,
- * all of whose images have been delivered, is not aborted but brought to its end. Blocks until nobody uses the camera
- * any more: as long as the feature library keeps the acquisition thread or another caller inside a call.
+ * Closes the current camera, aborting an acquisition first; every wait returns. A series that is written to disk (see
+ * SetSpool()) and whose images have all been delivered is not aborted but finished. Blocks until nobody uses the
+ * camera any more: as long as the acquisition thread or another caller is inside a call into the feature library.
  * @return #RC_SUCCESS; #RC_NOT_INITIALIZED when no camera is open
  */
 VXMCD_API unsigned int ShutDown(void);
@@ -168,13 +167,14 @@ VXMCD_API unsigned int GetVersionInfo(int id, char* buffer, unsigned int size);
 /** @} */
 
 /** @defgroup settings Acquisition settings
- *  They are written to the camera at once. What it refuses, for example during a run, is answered as each function
- *  says; only acquisition mode and counts are remembered then and written at the next StartAcquisition().
+ *  They are written to the camera at once. When the camera refuses one, for example during a run, the function returns
+ *  the code that it states; only acquisition mode and counts are remembered then and written at the next
+ *  StartAcquisition().
  *  @{ */
 /**
  * Sets the exposure time.
- * @param seconds  exposure in s; a shorter one than the camera's minimum becomes the minimum. A longer one than the
- *                 maximum is not shortened: the camera refuses it and keeps the exposure it has
+ * @param seconds  exposure in s; a value below the camera's minimum becomes the minimum. A value above the
+ *                 maximum is not shortened: the camera refuses it and keeps its present exposure
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without the feature; #RC_ACQUIRING when it cannot be changed while the
  *         acquisition runs; #RC_NOT_AVAILABLE when it cannot be changed now; #RC_P1_INVALID when the camera
  *         rejects it
@@ -182,7 +182,7 @@ VXMCD_API unsigned int GetVersionInfo(int id, char* buffer, unsigned int size);
 VXMCD_API unsigned int SetExposureTime(float seconds);
 /**
  * Sets the time from one exposure of an accumulated image to the next.
- * @param seconds  cycle time in s; a shorter one than the camera allows becomes the shortest
+ * @param seconds  cycle time in s; a value below the camera's shortest becomes the shortest
  * @return #RC_SUCCESS, also when the camera has no burst rate to set; #RC_NOT_SUPPORTED when the camera cannot
  *         accumulate or fewer than two accumulations are set; #RC_P1_INVALID when the camera rejects it
  */
@@ -199,19 +199,19 @@ VXMCD_API unsigned int SetKineticCycleTime(float seconds);
  * @param mode  1 single image, 2 one accumulated image, 3 series of SetNumberKinetics() images, 5 run until
  *              aborted
  * @return #RC_SUCCESS; #RC_P1_INVALID for any other mode, and when the camera refuses a count that was set for this
- *         one (the mode before stays)
+ *         mode (the mode before stays)
  */
 VXMCD_API unsigned int SetAcquisitionMode(int mode);
 /**
  * Sets how many exposures are added up to one image (acquisition modes 2 and 3).
- * @param count  1 or more; outside these modes the camera is asked by SetAcquisitionMode()
+ * @param count  1 or more; outside these modes SetAcquisitionMode() writes it to the camera
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot accumulate; #RC_NOT_AVAILABLE when it cannot be
  *         changed now (it takes effect at the next start); #RC_P1_INVALID for a count it rejects
  */
 VXMCD_API unsigned int SetNumberAccumulations(int count);
 /**
  * Sets how many images a series has (acquisition mode 3).
- * @param count  1 or more; outside this mode the camera is asked by SetAcquisitionMode()
+ * @param count  1 or more; outside this mode SetAcquisitionMode() writes it to the camera
  * @return #RC_SUCCESS, also when it cannot be changed now and takes effect at the next start; #RC_NOT_SUPPORTED
  *         when the camera cannot count frames; #RC_P1_INVALID for a count it rejects
  */
@@ -225,15 +225,15 @@ VXMCD_API unsigned int SetReadMode(int mode);
 /**
  * Chooses what starts an exposure.
  * @param mode  0 internal, 1 external, 6 external start, 7 external exposure, 10 software
- * @return #RC_SUCCESS when the camera offers the mode, whatever it answers to the change itself;
+ * @return #RC_SUCCESS when the camera offers the mode, even if it refuses the change itself;
  *         #RC_INVALID_TRIGGER_MODE when the camera does not offer it now; #RC_P1_INVALID for any other mode;
- *         #RC_FEATURE_ERROR when the camera cannot be asked for its external mode
+ *         #RC_FEATURE_ERROR when the camera's name for the external mode cannot be read
  */
 VXMCD_API unsigned int SetTriggerMode(int mode);
 /**
  * Sends the command that triggers one exposure in trigger mode 10.
- * @return #RC_SUCCESS when the command was sent, whatever the camera made of it: an image or a wait tells whether it
- *         exposed; #RC_NOT_SUPPORTED when the camera has no software trigger
+ * @return #RC_SUCCESS when the command was sent, even if the camera did not expose: only an image, or a wait that it
+ *         ends, shows that it did; #RC_NOT_SUPPORTED when the camera has no software trigger
  */
 VXMCD_API unsigned int SendSoftwareTrigger(void);
 /**
@@ -247,7 +247,7 @@ VXMCD_API unsigned int SetOverlapMode(int on);
 /** The same as SetOverlapMode(), result codes included. */
 VXMCD_API unsigned int SetFrameTransferMode(int on);
 /**
- * Reports the times in force, in s. Values that the camera cannot tell are 0.01, 0.03 and 0.03; without a burst
+ * Reports the times in force, in s. Values that the camera does not report are 0.01, 0.03 and 0.03; without a burst
  * rate the accumulate cycle equals the kinetic cycle.
  * @param exposure    written with the exposure time
  * @param accumulate  written with the accumulation cycle time
@@ -257,16 +257,16 @@ VXMCD_API unsigned int SetFrameTransferMode(int on);
 VXMCD_API unsigned int GetAcquisitionTimings(float* exposure, float* accumulate, float* kinetic);
 /**
  * Reports the time the sensor takes to be read out.
- * @param seconds  written with the time in s, or 0 when it cannot be told
+ * @param seconds  written with the time in s, or 0 when it cannot be read
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer or a failed read; #RC_NOT_SUPPORTED without the feature;
- *         #RC_NOT_AVAILABLE when it cannot be told now
+ *         #RC_NOT_AVAILABLE when it cannot be read now
  */
 VXMCD_API unsigned int GetReadOutTime(float* seconds);
 /**
  * Reports the longest exposure, rounded to `float`. Where that rounds up, SetExposureTime() refuses the value: the
  * next smaller `float` is the longest exposure that it takes.
  * @param seconds  written with the time in s, 0 when the read failed
- * @return #RC_SUCCESS; #RC_P1_INVALID when the camera cannot tell
+ * @return #RC_SUCCESS; #RC_P1_INVALID when it cannot be read
  */
 VXMCD_API unsigned int GetMaximumExposure(float* seconds);
 /** @} */
@@ -275,9 +275,9 @@ VXMCD_API unsigned int GetMaximumExposure(float* seconds);
  *  @{ */
 /**
  * Reports the size of the sensor, which is the size of an image until an image area is set.
- * @param xpixels  written with the width in pixels; keeps its value when the camera cannot tell
- * @param ypixels  written with the height in pixels; keeps its value when the camera cannot tell
- * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID when width or height cannot be told
+ * @param xpixels  written with the width in pixels; keeps its value when it cannot be read
+ * @param ypixels  written with the height in pixels; keeps its value when it cannot be read
+ * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID when width or height cannot be read
  */
 VXMCD_API unsigned int GetDetector(int* xpixels, int* ypixels);
 /**
@@ -300,19 +300,19 @@ VXMCD_API unsigned int GetDetector(int* xpixels, int* ypixels);
 VXMCD_API unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int vend);
 /**
  * Sets the tracks of the track layout (see SetReadMode()): strips of rows over the whole width, each read out as
- * one row. Rows count from 1 at the far edge of the sensor. The layout stays as it is.
+ * one row. Rows count from 1 at the end of the sensor where an image has its last row. The layout stays as it is.
  * @param numTracks  number of tracks, 1 or more
  * @param areas      2 x @p numTracks rows: first and last row of each track, both included
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera has no tracks; #RC_P1_INVALID when it rejects the number;
- *         #RC_P2_INVALID for a null pointer, or when it rejects a track, with those written that came before it,
- *         in reverse order of @p areas
+ *         #RC_P2_INVALID for a null pointer, or when it rejects a track; tracks are written from the last one of
+ *         @p areas to the first, and those before the rejected one stay written
  */
 VXMCD_API unsigned int SetRandomTracks(int numTracks, int* areas);
 /**
  * Reports the largest binning factor.
  * @param readMode    not used
  * @param horzVert    0 horizontal, 1 vertical
- * @param maxBinning  written with the factor; 1 when the camera cannot tell
+ * @param maxBinning  written with the factor; 1 when it cannot be read
  * @return 0 for success, unlike every other function; #RC_P2_INVALID for another @p horzVert; #RC_P3_INVALID for a
  *         null pointer; #RC_BINNING_QUERY_FAILED when the read fails
  */
@@ -321,11 +321,11 @@ VXMCD_API unsigned int GetMaximumBinning(int readMode, int horzVert, int* maxBin
 
 /** @defgroup readout Readout channel
  *  How the sensor is read out, by index: AD channel (0 one amplifier, 1 both combined), amplifier (0 low gain, 1
- * high gain), horizontal shift speed and pre-amplifier gain. A write that the camera refuses leaves its setting as
- * it is and is not reported, unless a function says so.
+ *  high gain), horizontal shift speed and pre-amplifier gain. A write that the camera refuses leaves its setting as
+ *  it is and is not reported, unless a function says so.
  *
- * For the functions here every camera has two amplifiers. They do not tell whether the second exists, and choosing it
- * on a camera without it changes nothing in the camera.
+ *  These functions treat every camera as one with two amplifiers. They do not report whether the second exists, and
+ *  choosing it on a camera without it changes nothing in the camera.
  *  @{ */
 /**
  * Chooses the AD channel.
@@ -339,13 +339,13 @@ VXMCD_API unsigned int GetNumberADChannels(int* count);
 /**
  * Reports the bits per pixel of an AD channel.
  * @param channel  0 to GetNumberADChannels() - 1
- * @param depth    written with the number of bits; 0 when the camera cannot tell
+ * @param depth    written with the number of bits; 0 when it cannot be read
  * @return #RC_SUCCESS, also with no open camera, which writes nothing; #RC_P2_INVALID for a null pointer;
  *         #RC_P1_INVALID when there is no such channel
  */
 VXMCD_API unsigned int GetBitDepth(int channel, int* depth);
 /**
- * Chooses the amplifier. While both are read (AD channel 1) the choice is kept for later.
+ * Chooses the amplifier. While both are read (AD channel 1) the choice is stored and used later.
  * @param amplifier  0 or 1
  * @return #RC_SUCCESS, also when the camera has no such amplifier; #RC_P1_INVALID for any other value
  */
@@ -402,7 +402,7 @@ VXMCD_API unsigned int GetHSSpeed(int channel, int amplifier, int speed, float* 
  *         not report
  */
 VXMCD_API unsigned int SetPreAmpGain(int gain);
-/** Writes the number of pre-amplifier gains; nothing when the camera cannot tell. Returns #RC_SUCCESS. */
+/** Writes the number of pre-amplifier gains; nothing when it cannot be read. Returns #RC_SUCCESS. */
 VXMCD_API unsigned int GetNumberPreAmpGains(int* count);
 /**
  * Reports the factor of a pre-amplifier gain.
@@ -424,7 +424,7 @@ VXMCD_API unsigned int GetPreAmpGain(int gain, float* value);
  */
 VXMCD_API unsigned int IsPreAmpGainAvailable(int channel, int amplifier, int speed, int gain, int* status);
 /**
- * Copies the name of a pre-amplifier gain, without what stands in brackets behind it.
+ * Copies the name of a pre-amplifier gain, without the part in brackets at its end.
  * @param gain    0 to GetNumberPreAmpGains() - 1
  * @param text    at least @p length bytes; always terminated; empty when the name has characters that the
  *                program's locale does not have
@@ -434,7 +434,7 @@ VXMCD_API unsigned int IsPreAmpGainAvailable(int channel, int amplifier, int spe
  */
 VXMCD_API unsigned int GetPreAmpGainText(int gain, char* text, int length);
 /**
- * Switches the baseline clamp, which holds the level of dark pixels.
+ * Switches the baseline clamp, which keeps the level of dark pixels constant.
  * @param state  0 off, 1 on
  * @return #RC_SUCCESS; #RC_P1_INVALID for any other state or when the camera rejects it; #RC_NOT_SUPPORTED without
  *         a clamp; #RC_NOT_AVAILABLE when it cannot be switched now
@@ -443,16 +443,16 @@ VXMCD_API unsigned int SetBaselineClamp(int state);
 /**
  * Reports the baseline clamp.
  * @param state  written with 0 or 1; untouched on failure
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a clamp; #RC_NOT_AVAILABLE when it cannot be told now;
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a clamp; #RC_NOT_AVAILABLE when it cannot be read now;
  *         #RC_P1_INVALID when the read fails
  */
 VXMCD_API unsigned int GetBaselineClamp(int* state);
 /**
  * Reports how full the camera's own memory is. Blocks while another thread is in ShutDown().
  * @param percent  written with the fill in per cent of the memory, which may exceed 100. It **keeps its value, with
- *                 success,** when gain, shutter mode or the fill itself cannot be read: set it to a value of your own
- *                 before, such as -1
- * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer; #RC_NOT_SUPPORTED when the kind of memory cannot be told
+ *                 success,** when gain, shutter mode or the fill itself cannot be read: set it to a value such as -1
+ *                 before the call
+ * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer; #RC_NOT_SUPPORTED when the kind of memory cannot be read
  */
 VXMCD_API unsigned int GetFIFOUsage(int* percent);
 /** @} */
@@ -461,15 +461,15 @@ VXMCD_API unsigned int GetFIFOUsage(int* percent);
  *  Temperatures are degrees Celsius (C).
  *  @{ */
 /**
- * Sets the temperature that the cooler aims at. Does not switch the cooler on.
+ * Sets the target temperature of the cooler. Does not switch the cooler on.
  * @param degrees  target in C, within GetTemperatureRange()
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable temperature; #RC_NOT_AVAILABLE when the camera says
- *         that the feature is not readable; #RC_P1_INVALID when it rejects the value in any other way
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable temperature; #RC_NOT_AVAILABLE when the camera
+ *         answers that the feature is not readable; #RC_P1_INVALID when it rejects the value in any other way
  */
 VXMCD_API unsigned int SetTemperature(int degrees);
-/** Switches the cooler on. Returns #RC_SUCCESS, whatever the camera answers; ask IsCoolerOn(). */
+/** Switches the cooler on. Returns #RC_SUCCESS, even if the camera refuses; ask IsCoolerOn(). */
 VXMCD_API unsigned int CoolerON(void);
-/** Switches the cooler off. Returns #RC_SUCCESS, whatever the camera answers; ask IsCoolerOn(). */
+/** Switches the cooler off. Returns #RC_SUCCESS, even if the camera refuses; ask IsCoolerOn(). */
 VXMCD_API unsigned int CoolerOFF(void);
 /**
  * Reports whether the cooler is switched on.
@@ -478,8 +478,8 @@ VXMCD_API unsigned int CoolerOFF(void);
  */
 VXMCD_API unsigned int IsCoolerOn(int* on);
 /**
- * Reports the temperature of the sensor. What the call returns is the state of the cooling.
- * @param degrees  written with the temperature in C; untouched when it cannot be told
+ * Reports the temperature of the sensor, and by the result code the state of the cooling.
+ * @param degrees  written with the temperature in C; untouched when it cannot be read
  * @return #RC_TEMP_OFF, #RC_TEMP_STABILIZED, #RC_TEMP_NOT_REACHED, #RC_TEMP_DRIFT or #RC_TEMP_NOT_STABILIZED;
  *         #RC_SUCCESS when the temperature is known but not the state; #RC_P1_INVALID for a null pointer, also
  *         with no open camera; #RC_NOT_SUPPORTED without a thermometer; #RC_FEATURE_ERROR when it cannot be read
@@ -487,18 +487,18 @@ VXMCD_API unsigned int IsCoolerOn(int* on);
 VXMCD_API unsigned int GetTemperatureF(float* degrees);
 /**
  * As GetTemperatureF(), in whole degrees: the fraction is dropped, so -69.7 gives -69.
- * @param degrees  written with the temperature in C, -999 when it cannot be told
+ * @param degrees  written with the temperature in C, -999 when it cannot be read
  */
 VXMCD_API unsigned int GetTemperature(int* degrees);
 /**
- * Reports what SetTemperature() takes, in whole degrees: fractions are dropped.
- * @param minimum  written with the lowest target in C; 0 when it cannot be told
- * @param maximum  written with the highest target in C; 0 when it cannot be told
+ * Reports the range of SetTemperature(), in whole degrees: fractions are dropped.
+ * @param minimum  written with the lowest target in C; 0 when it cannot be read
+ * @param maximum  written with the highest target in C; 0 when it cannot be read
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable temperature
  */
 VXMCD_API unsigned int GetTemperatureRange(int* minimum, int* maximum);
 /**
- * Reports temperature and target at once. Values that the camera cannot tell are 0.
+ * Reports temperature and target at once. Values that cannot be read are 0.
  * @param sensor  written with the sensor's temperature in C
  * @param target  written with the target in C
  * @param third   written with 0
@@ -510,7 +510,7 @@ VXMCD_API unsigned int GetTemperatureStatus(float* sensor, float* target, float*
  * Sets the fan.
  * @param mode  0 full, 1 low, 2 off
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a settable fan; #RC_P1_INVALID for any other mode or when the
- *         camera does not take it
+ *         camera does not offer it
  */
 VXMCD_API unsigned int SetFanMode(int mode);
 /** @} */
@@ -565,8 +565,8 @@ VXMCD_API unsigned int SetFanMode(int mode);
 #define VXMCD_FEATURE_FAN 128u                        /**< SetFanMode() ("FanSpeed") */
 #define VXMCD_FEATURE_FAN_LOW 0x100u                  /**< SetFanMode() 1 ("FanSpeed" has "Low") */
 #define VXMCD_FEATURE_METADATA 0x8000u                /**< SetMetaData() ("MetadataEnable") */
-#define VXMCD_FEATURE_EXPOSURE_START_EVENT 0x2000000u /**< the camera tells when an exposure starts */
-#define VXMCD_FEATURE_EXPOSURE_END_EVENT 0x4000000u   /**< the camera tells when an exposure ends */
+#define VXMCD_FEATURE_EXPOSURE_START_EVENT 0x2000000u /**< the camera signals the start of an exposure */
+#define VXMCD_FEATURE_EXPOSURE_END_EVENT 0x4000000u   /**< the camera signals the end of an exposure */
 /** @} */
 /** What a camera can do: twelve 32-bit words. */
 typedef struct vxmcd_Capabilities
@@ -592,7 +592,7 @@ typedef struct vxmcd_Capabilities
 VXMCD_API unsigned int GetCapabilities(vxmcd_Capabilities* capabilities);
 /**
  * Reports the camera's firmware from its version text, "year.month.day.build"; all values are 0 when the text cannot
- * be read. Numbers that are missing in it count as 0, so a text without numbers gives the date 20000000 and build 0.
+ * be read. A number that is missing counts as 0, so a text without numbers gives the date 20000000 and build 0.
  * @param out1           written with 0
  * @param out2           written with 0
  * @param out3           written with 0
@@ -617,13 +617,13 @@ VXMCD_API void extractNumberFromString(wchar_t* text, int* number);
 #endif
 /**
  * Reports the number in the camera's serial number: "VSC-00512" gives 512.
- * @param number  written with the number; 0 when there is none or it cannot be told
+ * @param number  written with the number; 0 when there is none or it cannot be read
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer
  */
 VXMCD_API unsigned int GetCameraSerialNumber(int* number);
 /**
  * Copies the camera's model.
- * @param name  room for 4096 bytes; written with the model in the program's locale, empty when it cannot be told
+ * @param name  room for 4096 bytes; written with the model in the program's locale, empty when it cannot be read
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer
  */
 VXMCD_API unsigned int GetHeadModel(char* name);
@@ -631,8 +631,8 @@ VXMCD_API unsigned int GetHeadModel(char* name);
  * Reports the size of a pixel of the sensor.
  * @param width   written with the width in micrometres; 10 on failure
  * @param height  written with the height in micrometres; 10 on failure
- * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera does not know; #RC_P1_INVALID, #RC_P2_INVALID when width
- *         or height cannot be read
+ * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera does not have it; #RC_P1_INVALID, #RC_P2_INVALID when
+ *         width or height cannot be read
  */
 VXMCD_API unsigned int GetPixelSize(float* width, float* height);
 /** Writes an empty text: there is no controller card. Returns #RC_SUCCESS, with or without an open camera. */
@@ -640,24 +640,24 @@ VXMCD_API unsigned int GetControllerCardModel(char* name);
 /** @} */
 
 /** @defgroup i2c I2C
- *  Devices on the camera's controller bus. Both transfers block until the camera has made them. One thread at a
- * time: the camera keeps the transfer that is being prepared.
+ *  Devices on the camera's controller bus. Both functions block until the camera has made the transfer. Use them from
+ *  one thread at a time: a transfer is prepared in the camera in several steps.
  *
- * Addresses are in 7-bit form, 0x08 to 0x77, without the bit that tells a read from a write: a device whose data sheet
- * says 0xA0 and 0xA1 has address 0x50. Of `count` the low 32 bits are used.
+ *  Addresses are in 7-bit form, 0x08 to 0x77, without the bit that distinguishes a read from a write: a device whose
+ *  data sheet says 0xA0 and 0xA1 has address 0x50. Only the low 32 bits of `count` are used.
  *  @{ */
 /**
- * Fetches bytes from a device.
+ * Reads bytes from a device.
  * @param address  the device's address in 7-bit form
  * @param count    number of bytes; the camera has a limit
- * @param data     room for @p count bytes; bytes that could not be fetched keep their value
+ * @param data     room for @p count bytes; bytes that could not be read keep their value
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED when the camera cannot read from the bus; #RC_P1_INVALID when it refuses
  *         the address, #RC_P2_INVALID when it refuses the count; #RC_I2C_ERROR when the transfer failed, a byte
- *         could not be fetched or @p data is null
+ *         could not be read or @p data is null
  */
 VXMCD_DECORATED unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data);
 /**
- * Sends bytes to a device. Nothing is sent unless all of them could be handed to the camera.
+ * Writes bytes to a device. Nothing is sent unless the camera has accepted all of them.
  * @param address  the device's address in 7-bit form
  * @param count    number of bytes; the camera has a limit
  * @param data     @p count bytes
@@ -673,29 +673,28 @@ VXMCD_DECORATED unsigned int I2CBurstWrite(unsigned char address, long count, un
  *  in named groups (docs/file-formats.md); groups, and potentiometers in a group, are numbered from 0. The description
  *  belongs to the open camera: it is empty after Initialize() and gone after ShutDown().
  *
- *  The functions that ask for or set one thing return a status of their own instead of a result code: **0 for success,
- *  1 for a group or potentiometer that does not exist** (nothing is read, written or sent then), besides
- *  #RC_NOT_INITIALIZED. Transfers that the camera refuses are no error: they are in the diagnostic log only, and a
- *  value that cannot be read is 0.
+ *  The functions that read or set one value return a status instead of a result code: **0 for success, 1 for a group or
+ *  potentiometer that does not exist** (nothing is read, written or sent then), besides #RC_NOT_INITIALIZED. A transfer
+ *  that the camera refuses is not an error: it is only in the diagnostic log, and a value that cannot be read is 0.
  *
  *  Calls from several threads wait for one another. Observers are called on the thread that made the change, before
- *  its call returns, and may call any function of this section for the same camera; ShutDown() waits for the call
- *  that they are part of and so must not be called there, nor may GetFIFOUsage(), which waits for ShutDown(), or what
+ *  its call returns, and may call any function of this section for the same camera. They must not call ShutDown(),
+ *  which waits for the call that they are part of, nor GetFIFOUsage(), which waits for ShutDown(), nor a function that
  *  changes another camera's potentiometers. What an observer throws reaches the caller of the function.
  *  @{ */
 /**
- * Loads a potentiometer file in place of the one before and tells the observers, also when it fails, which leaves no
- * groups. **The last section of the file is not a group**: a file with one section cannot be loaded. Current values
- * are unknown (-1) afterwards. Refused are more than 4096 potentiometers in a group, and files that would take too
- * long to read: some 350 potentiometers with all their keys are the most. Blocks while the file is read, up to about
- * a second, and as long as the observers take.
+ * Loads a potentiometer file in place of the one before and notifies the observers. A failure leaves no groups; the
+ * observers are notified then, too. **The last section of the file is not a group**: a file with one section cannot be
+ * loaded. Current values are unknown (-1) afterwards. A file is refused when a group has more than 4096
+ * potentiometers, or when reading it would take too long: about 350 potentiometers with all their keys are the most.
+ * Blocks while the file is read, up to about a second, and as long as the observers take.
  * @param fileName  the file's name, at best with its path
  * @return #RC_SUCCESS; #RC_FILE_LOAD_ERROR when the file does not exist, has no group, or is refused
  */
 VXMCD_API unsigned int vxsys_CameraPotsLoadFile(const char* fileName);
 /**
  * Writes the names of the groups into a file and reads the value of every potentiometer from the camera. **The file
- * does not hold the potentiometers, and an existing file is replaced**: do not give it the name of a file that was
+ * does not contain the potentiometers, and an existing file is replaced**: do not give it the name of a file that was
  * loaded. Blocks, as I2CBurstRead() does, until the camera has made a transfer for each potentiometer.
  * @param fileName  the file's name
  * @return #RC_SUCCESS, also when the file cannot be written, which is logged
@@ -746,7 +745,7 @@ VXMCD_API unsigned int vxsys_CameraPotsGetNumberPotsInGroup(int group, int* coun
  */
 VXMCD_API unsigned int vxsys_CameraPotsGetPotInfo(int group, int pot, int infoType, void* out);
 /**
- * Reads the value of a potentiometer from the camera and keeps it as the current one. Blocks, as I2CBurstRead() does,
+ * Reads the value of a potentiometer from the camera and stores it as the current one. Blocks, as I2CBurstRead() does,
  * until the camera has made the transfer.
  * @param group  0 to the number of groups - 1
  * @param pot    0 to the number of potentiometers in the group - 1
@@ -755,12 +754,12 @@ VXMCD_API unsigned int vxsys_CameraPotsGetPotInfo(int group, int pot, int infoTy
  */
 VXMCD_API unsigned int vxsys_CameraPotsGetPotValue(int group, int pot, int* value);
 /**
- * Sets a potentiometer and, unless that is switched off, also its power-on value, and tells the observers. Blocks
- * for 50 ms, in which the device settles, and as long as the observers take. The current value stays as it is until
+ * Sets a potentiometer and, unless that is switched off, also its power-on value, and notifies the observers. Blocks
+ * for 50 ms, in which the device settles, and as long as the observers take. The current value is not changed until
  * it is read.
  * @param group  0 to the number of groups - 1
  * @param pot    0 to the number of potentiometers in the group - 1
- * @param value  the low 8 bits are sent; the allowed values are for the caller to keep to
+ * @param value  the low 8 bits are sent; the caller has to respect the allowed values
  * @return 0; 1 when there is no such potentiometer; #RC_NOT_INITIALIZED
  */
 VXMCD_API unsigned int vxsys_CameraPotsSetPotValue(int group, int pot, int value);
@@ -782,32 +781,32 @@ VXMCD_API unsigned int vxsys_CameraPotsGetRailValue(int group, int pot, int* val
 VXMCD_API unsigned int vxsys_CameraPotsSetPotDefaultEnable(int enable);
 /** Writes 1 when values that are set become power-on values too, 0 otherwise. Returns 0, or #RC_NOT_INITIALIZED. */
 VXMCD_API unsigned int vxsys_CameraPotsGetPotDefaultEnable(int* enable);
-/** A function that hears of changes, with the context it was registered with. What it returns is not looked at. */
+/** A function that is called after a change, with the context that it was registered with. Its result is ignored. */
 typedef unsigned int (*vxmcd_PotsObserver)(void* context);
 /**
  * Registers a function that is called at the end of every load and every setting of a potentiometer. The first 64
- * registrations are called, in their order; later ones wait for nothing and are never called. A context may be
- * registered more than once. ShutDown() forgets all of them.
+ * registrations are called, in their order; later ones are never called. A context may be registered more
+ * than once. ShutDown() removes all registrations.
  * @param callback  the function; null for none
- * @param context   handed to it; belongs to the caller
+ * @param context   passed to it; belongs to the caller
  * @return #RC_SUCCESS
  */
 VXMCD_API unsigned int vxsys_CameraPotsRegisterObserver(vxmcd_PotsObserver callback, void* context);
 /**
- * Forgets every function that was registered with this context. None of them is called any more afterwards.
+ * Removes every registration with this context. None of its functions is called any more afterwards.
  * @return #RC_SUCCESS, also when there was none
  */
 VXMCD_API unsigned int vxsys_CameraPotsUnregisterObserver(void* context);
 /** @} */
 
 /** @defgroup eeprom EEPROM
- *  The contents of the camera's EEPROM are kept by a *configuration library*, libvxconf_regcam.so, which Initialize()
- *  loads from the working directory or the system's library path (vxmcd_plugins.h). It decides what the contents and
- *  the files are, and how long a call blocks. The contents are read from the camera once, by the first function here
- *  that needs them. Calls from several threads wait for one another.
+ *  A *configuration library*, libvxconf_regcam.so, reads, stores and interprets the contents of the camera's EEPROM.
+ *  Initialize() loads it from the working directory or the system's library path (vxmcd_plugins.h). It decides what the
+ *  contents and the files are, and how long a call blocks. The contents are read from the camera once, by the first of
+ *  these functions that needs them. Calls from several threads wait for one another.
  *  @{ */
 /**
- * Reads the contents from the camera, again if need be.
+ * Reads the contents from the camera, also when they have been read before.
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a configuration library; #RC_FEATURE_ERROR when it fails
  */
 VXMCD_API unsigned int vxsys_EEPUP(void);
@@ -826,19 +825,19 @@ VXMCD_API unsigned int vxsys_EEPVR(int* first, int* version);
 VXMCD_API unsigned int vxsys_EEPFL(void);
 /**
  * Takes the contents from a file. The camera keeps its own until vxsys_EEPFL().
- * @param fileName  handed to the configuration library as it is
+ * @param fileName  passed to the configuration library unchanged
  * @return #RC_SUCCESS; #RC_FEATURE_ERROR without a configuration library or when it fails
  */
 VXMCD_API unsigned int vxsys_EEPLD(const char* fileName);
 /**
  * Writes the contents to a file.
- * @param fileName  handed to the configuration library as it is
+ * @param fileName  passed to the configuration library unchanged
  * @return #RC_SUCCESS; #RC_FEATURE_ERROR without a configuration library or when it fails
  */
 VXMCD_API unsigned int vxsys_EEPSV(const char* fileName);
 /**
  * Takes the contents from a file and stores them in the camera, without reading those first.
- * @param fileName  handed to the configuration library as it is
+ * @param fileName  passed to the configuration library unchanged
  * @return #RC_SUCCESS; #RC_NOT_SUPPORTED without a configuration library; #RC_FEATURE_ERROR when either fails
  */
 VXMCD_API unsigned int LoadEEPROM(const char* fileName);
@@ -849,13 +848,13 @@ VXMCD_API unsigned int LoadEEPROM(const char* fileName);
  *  loads and the ShutDown() of the last camera unloads (vxmcd_plugins.h). One board serves all cameras; no function
  *  here needs an open one.
  *
- *  Except for TriggerBoard_I2CWrite(), these functions return **the library's own status**, whatever that means there;
- *  **1 when there is no such library**; and #RC_SUCCESS, doing nothing, before the first Initialize(). How long they
- *  block is up to the library. They may be called from any thread.
+ *  Except for TriggerBoard_I2CWrite(), these functions return **the status of that library**, whose meaning the library
+ *  defines; **1 when there is no such library**; and #RC_SUCCESS, doing nothing, before the first Initialize(). The
+ *  library decides how long they block. They may be called from any thread.
  *  @{ */
 /** Gets the board ready. */
 VXMCD_API unsigned int TriggerBoard_Initialize(void);
-/** Lets go of the board. */
+/** Releases the board. */
 VXMCD_API unsigned int TriggerBoard_ShutDown(void);
 /** Writes the number of triggers, if the library does. */
 VXMCD_API unsigned int TriggerBoard_GetAvailableTriggers(int* count);
@@ -863,18 +862,18 @@ VXMCD_API unsigned int TriggerBoard_GetAvailableTriggers(int* count);
 VXMCD_API unsigned int TriggerBoard_GetTriggerHandle(int index, int* handle);
 /** Chooses a trigger by its index. */
 VXMCD_API unsigned int TriggerBoard_SetCurrentTrigger(int index);
-/** Sends the low byte of each argument to the board. Returns #RC_SUCCESS, whatever comes of it. */
+/** Sends the low byte of each argument to the board. Returns #RC_SUCCESS, even if that fails. */
 VXMCD_API unsigned int TriggerBoard_I2CWrite(int first, int second, int third);
 /** @} */
 
 /** @defgroup service Service
- *  What maintenance tools ask for. All but vxsys_GetBaselineLevel() answer the same for every camera, and without
- *  one. Callable from any thread.
+ *  Values for maintenance tools. All functions but vxsys_GetBaselineLevel() answer the same for every camera, and need
+ *  no open one. Callable from any thread.
  *  @{ */
 /**
  * Reads the level of a pixel without signal.
  * @param level  written with the level in counts; untouched on failure
- * @return #RC_SUCCESS; #RC_P1_INVALID when the camera cannot tell
+ * @return #RC_SUCCESS; #RC_P1_INVALID when it cannot be read
  */
 VXMCD_API unsigned int vxsys_GetBaselineLevel(int* level);
 /** Writes 0.001 (s). Returns #RC_SUCCESS. */
@@ -896,26 +895,28 @@ VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* ma
 /** @} */
 
 /** @defgroup acquisition Acquisition
- *  A run fills a ring of frame buffers of about 300,000,000 bytes. A finite run keeps all its images; a run until
- * abort overwrites the oldest. vxmcd_GetIntactImage16() and its forms tell whether an image was overwritten while
- * it was copied; the other functions give what is there.
+ *  A run fills a ring of frame buffers. In a finite run the ring has a buffer for every image; in other runs it has at
+ *  most 300,000,000 bytes (see GetSizeOfCircularBuffer()), and a run until abort overwrites the oldest images.
+ *  vxmcd_GetIntactImage16() and its forms check whether an image was overwritten while it was copied; the other
+ *  functions copy what is there.
  *  @{ */
 /**
- * Starts a run with the present settings, stopping an earlier one first. Images of the earlier run are gone from
+ * Starts a run with the present settings, and stops an earlier one first. Images of the earlier run are gone from
  * memory. Blocks until the run has begun (usually well under 1 ms; up to 10 s when an earlier run has to be stopped
- * first). An earlier series that SetSpool() has written is brought to its end when all its images have been
- * delivered, which may take as long as the disk goes on writing; AbortAcquisition() from another thread ends the start
- * then, and the series goes on to its end.
- * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when the camera refuses, the earlier run does not end, or memory is short:
- *         it must do for all images of a finite run that is not written to disk, and for two images of other runs;
- *         #RC_START_REFUSED when the camera refuses a mode or count that could not be written earlier, or the earlier
- *         run has not ended so that it could be, and after an internal failure; #RC_FEATURE_ERROR, #RC_ACQUIRING are reserved
+ * first). An earlier series that is written to disk (see SetSpool()) and whose images have all been delivered is
+ * finished instead, for as long as the disk makes progress; AbortAcquisition() from another thread then ends the start,
+ * and the series continues to its end.
+ * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when the camera refuses, the earlier run does not end, or there is not
+ *         enough memory: for all images of a finite run that is not written to disk, and for two images in other runs;
+ *         #RC_START_REFUSED when the camera refuses a mode or count that could not be written earlier, or it still
+ *         cannot be written because the earlier run has not ended, and after an internal failure; #RC_FEATURE_ERROR,
+ *         #RC_ACQUIRING are reserved
  */
 VXMCD_API unsigned int StartAcquisition(void);
 /**
- * Stops the run; images so far stay available. Blocks until the run has ended (10 s at most). No wait is woken by
- * it: call CancelWait() for that. In a run that SetSpool() has written with method 1, images that still wait for
- * being written are given up, though they were delivered and counted; with method 3 all of them are written.
+ * Stops the run; images so far stay available. Blocks until the run has ended (10 s at most). It does not end waits:
+ * call CancelWait() for that. In a run that is written to disk with method 1 (see SetSpool()), images that are not
+ * written yet are dropped, though they were delivered and counted; with method 3 all of them are written.
  * @return #RC_SUCCESS; #RC_IDLE when the camera is not acquiring; #RC_FEATURE_ERROR when the camera refuses to
  *         stop
  */
@@ -923,7 +924,7 @@ VXMCD_API unsigned int AbortAcquisition(void);
 /**
  * Waits without limit for the next image since the last wait. Blocks. An image, a failure of the run or
  * CancelWait() ends the wait; each image ends one wait, and images that arrive while nobody waits end the next
- * wait at once. After the last image of a run nothing more wakes a wait: prefer the forms with a time-out, and ask
+ * wait at once. After the last image of a run nothing ends a wait: prefer the forms with a time-out, and ask
  * GetStatus().
  * @return #RC_SUCCESS; #RC_NO_NEW_DATA when the wait ended without an image
  */
@@ -952,7 +953,7 @@ VXMCD_API unsigned int GetStatus(int* status);
 VXMCD_DECORATED unsigned int GetAcquisitionProgress(long* accumulations, long* series);
 /**
  * Writes the memory budget of the ring, 300,000,000 bytes; it is not a number of images. Frames above 100,000,000 bytes
- * get a ring of three, or where memory is short of two, whatever the budget.
+ * get a ring of three buffers, or of two where memory is short, whatever the budget.
  * @return #RC_SUCCESS
  */
 VXMCD_DECORATED unsigned int GetSizeOfCircularBuffer(long* size);
@@ -967,26 +968,25 @@ VXMCD_API unsigned int createAcquisitionEvents(void);
 
 /** @defgroup spooling Writing to disk
  *  Finite runs can be written to a directory frame by frame, as the camera delivers them, while they go on; the format
- *  is that of docs/file-formats.md. Series may be longer than the ring: a frame's buffer is used again as soon as its
- *  content is on its way to the disk, and until then the image can also be retrieved. Runs until abort are not
- *  written.
+ *  is that of docs/file-formats.md. A series may be longer than the ring: the buffer of a frame is used again once the
+ *  frame has been copied from it, and until then the image can also be retrieved. Runs until abort are not written.
  *
  *  When the disk is slower than the camera, frames wait in the ring and then in the camera, and when both are full
  *  the run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, files or directory removed
- *  by somebody, limit of the process for the size of files) it ends with #RC_STATUS_SPOOL_ISSUE. Frames that were
- *  written before stay in either case, and the directory tells how many are known to be on the disk. A power failure
- *  costs the images of about the last two seconds. A failure shows in GetStatus() at once, while the directory is
- *  complete only when its "State" is no longer "recording".
+ *  by somebody, limit of the process for the size of files) it ends with #RC_STATUS_SPOOL_ISSUE. In either case the
+ *  frames written before stay, and the description in the directory counts those that are known to be on the disk. A
+ *  power failure costs the images of about the last two seconds. GetStatus() reports a failure at once, while the
+ *  directory is complete only when the "State" in its description is no longer "recording".
  *  @{ */
 /**
- * Switches writing on or off, from the next start on. The directory is made by StartAcquisition(), with its parents;
- * it holds one run, so a new one replaces the spool files of the one before, once the camera has started it: a start
- * that is refused leaves them as they are. Removing takes some 0.1 ms for each file, while the camera already runs. What
- * is wrong with the directory shows in GetStatus() after 100 ms, even if no frame comes, or after the first frame. Does
- * not block.
+ * Switches writing on or off, from the next start on. StartAcquisition() makes the directory, with its parents. A
+ * directory has one run: a new run replaces the files of the one before as soon as the camera has started it, and a
+ * start that is refused leaves them as they are. Removing takes about 0.1 ms for each file, while the camera already
+ * runs. GetStatus() reports a problem with the directory after the first frame, or after 100 ms without one. Does not
+ * block.
  * @param active  1 on; any other value off
- * @param method  1 one image in each file; AbortAcquisition() gives up images that are not written yet. 3 many
- *                images in each file of up to about 256 MiB; an abort keeps every image delivered
+ * @param method  1 one image in each file; AbortAcquisition() drops images that are not written yet. 3 many images
+ *                in each file of up to about 256 MiB; an abort writes every delivered image
  * @param path    the directory, absolute or relative to the working directory at the next start; copied. Null is
  *                allowed unless @p active is 1
  * @return #RC_SUCCESS; #RC_P2_INVALID for another method; #RC_P3_INVALID for a null path with @p active 1;
@@ -994,8 +994,8 @@ VXMCD_API unsigned int createAcquisitionEvents(void);
  */
 VXMCD_API unsigned int SetSpool(int active, int method, char* path);
 /**
- * Sets how many threads write images, from the next start on; 2 if never called. More help where a disk takes several
- * writes at once. Does not block.
+ * Sets how many threads write images, from the next start on; the default is 2. More threads help where a disk takes
+ * several writes at once. Does not block.
  * @param count  1 or more; 256 at most are used
  * @return #RC_SUCCESS; #RC_P1_INVALID for a count below 1, also with no camera; #RC_NOT_INITIALIZED
  */
@@ -1013,7 +1013,7 @@ VXMCD_API unsigned int SetSpoolThreadCount(int count);
  */
 VXMCD_API unsigned int SetMetaData(int enable);
 /**
- * Reads the camera's clock at an image of the present or last run. The newest 1,000,000 are kept.
+ * Reads the camera's clock value of an image of the present or last run. The newest 1,000,000 values are stored.
  * @param timestampCount  written with the number of timestamps of the run
  * @param ticks           written with the camera's tick count; it restarts at 0 with each run
  * @param index           image index from 0, counted in exposures: it is divided by the number of accumulations
@@ -1025,25 +1025,24 @@ VXMCD_API unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, lo
 /** @} */
 
 /** @defgroup retrieval Taking images
- *  Image arrays are dense: row r starts at pixel r x width, width and height being those of the image area. `size`
- *  counts pixels and must equal width x height of one image. The functions ending in 8 give 8-bit pixels and need
- *  the camera's encoding "Mono8"; those ending in 16 give 16-bit pixels (of a 32-bit encoding the low 16 bits);
- *  those without a suffix give 32-bit pixels. All of them copy and convert on the calling thread and do not wait for
+ *  Image arrays are dense: row r starts at pixel r x width, where width and height are those of the image area. `size`
+ *  counts pixels and must equal width x height of one image. The functions ending in 8 deliver 8-bit pixels and need
+ *  the camera's encoding "Mono8"; those ending in 16 deliver 16-bit pixels (of a 32-bit encoding the low 16 bits);
+ *  those without a suffix deliver 32-bit pixels. All of them copy and convert on the calling thread and do not wait for
  *  an image.
  *
  *  An image that is gone, or whose run had another image area than now, is not copied. Where a function has no code
- *  for that, it answers #RC_SUCCESS and leaves the array as it is: GetOldestImage*() when an image was overwritten in
- *  the very moment, every function when the image area was changed after the run, and both after
- *  FreeInternalMemory().
+ *  for that, it answers #RC_SUCCESS and leaves the array as it is: GetOldestImage*() when the image is overwritten
+ *  during the call, every function when the image area was changed after the run, and both after FreeInternalMemory().
  *
  *  After 2,147,483,647 images of one run, GetOldestImage*() answers #RC_NO_NEW_DATA and GetNumberAvailableImages()
- *  reports that number; all other functions go on with the true numbers.
+ *  reports that number; all other functions continue with the true numbers.
  *
  *  Codes common to all: #RC_NOT_INITIALIZED; #RC_NOT_SUPPORTED when the encoding cannot be read or converted.
  *  @{ */
 /**
  * Copies every image of the finished run: image n to place n - 1. Places of images that a run until abort has
- * overwritten are left as they are; after such a run GetOldestImage() or GetImages() suit better. Blocks for up to
+ * overwritten are left as they are; after such a run use GetOldestImage() or GetImages(). Blocks for up to
  * 1 s when the last image has just arrived and the run is about to end.
  * @param array  room for @p size pixels times GetTotalNumberImagesAcquired()
  * @param size   pixels of one image
@@ -1057,13 +1056,13 @@ VXMCD_DECORATED unsigned int GetAcquiredData16(unsigned short* array, unsigned l
 /** @copydoc GetAcquiredData8 */
 VXMCD_DECORATED unsigned int GetAcquiredData(int* array, unsigned long size);
 /**
- * Copies the image after the one that the last call of this family gave; images that were overwritten meanwhile
- * are skipped, which GetTotalNumberImagesAcquired() and a count of one's own calls reveal. A start begins again at
- * image 1.
+ * Copies the image after the one that the last call of these functions copied. Images that were overwritten meanwhile
+ * are skipped; compare GetTotalNumberImagesAcquired() with the number of your calls to find out. A start begins again
+ * at image 1.
  * @param array  room for @p size pixels
  * @param size   pixels of one image
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null array; #RC_P2_INVALID for another size; #RC_NO_NEW_DATA when
- *         every image has been given
+ *         every image has been copied
  */
 VXMCD_DECORATED unsigned int GetOldestImage8(unsigned char* array, unsigned long size);
 /** @copydoc GetOldestImage8 */
@@ -1104,23 +1103,23 @@ VXMCD_DECORATED unsigned int GetImages16(long first, long last, unsigned short* 
 VXMCD_DECORATED unsigned int GetImages(long first, long last, int* array, unsigned long size, long* validFirst,
                                        long* validLast);
 /**
- * Copies image number @p image, and says #RC_SUCCESS only if all of the copy is of that image. While a run goes on,
- * the camera fills the memory of old images anew, and it may be ahead of the images that have been counted by as many
- * as the ring has buffers: after a copy with any other function, nothing tells whether it was overtaken.
+ * Copies image number @p image, and answers #RC_SUCCESS only if all of the copy is of that image. While a run goes on,
+ * the camera writes over the memory of old images, and it may be ahead of the counted images by as many as the ring has
+ * buffers: after a copy with any other function, you cannot know whether the camera has written over it meanwhile.
  *
  * Images of a finite run that is not written to disk are never overwritten. In other runs with metadata (see
- * SetMetaData()) the camera's clock values in the buffers that are filled before this image's one show after the copy
+ * SetMetaData()), the clock values in the buffers that the camera fills before this image's buffer show after the copy
  * that the camera has not reached it. Without metadata, or when the camera puts no clock values there, only images of
- * the newer half of the ring are given; that holds as long as the library is behind the camera by less than half a
- * ring. A ring of one buffer never gives one.
+ * the newer half of the ring are copied; the answer is then right as long as the library is behind the camera by less
+ * than half a ring. From a ring of one buffer no image is copied.
  * @param image  number of the image, 1 or more
- * @param array  room for @p size pixels. It is left as it is, except that after #RC_NO_NEW_DATA it may hold anything
+ * @param array  room for @p size pixels. It stays as it is, but after #RC_NO_NEW_DATA its contents are undefined
  * @param size   pixels of one image
- * @param ticks  written with the camera's clock at this image, in ticks as from vxsys_GetRawMetaDataInfo(); 0 when
- *               the image has none and after every other code than #RC_SUCCESS
+ * @param ticks  written with the image's clock value, in ticks as from vxsys_GetRawMetaDataInfo(); 0 when the
+ *               image has none and after every code but #RC_SUCCESS
  * @return #RC_SUCCESS; #RC_P1_INVALID when @p image is below 1; #RC_P2_INVALID for a null array; #RC_P3_INVALID for
- *         another size; #RC_NO_NEW_DATA when the image is not there yet, is there no more, may have been overwritten,
- *         or is of another image area
+ *         another size; #RC_NO_NEW_DATA when the image is not there yet, is gone, may have been overwritten, or is of
+ *         another image area
  */
 VXMCD_API unsigned int vxmcd_GetIntactImage8(long image, unsigned char* array, unsigned long size,
                                              long long* ticks);
@@ -1130,26 +1129,26 @@ VXMCD_API unsigned int vxmcd_GetIntactImage16(long image, unsigned short* array,
 /** @copydoc vxmcd_GetIntactImage8 */
 VXMCD_API unsigned int vxmcd_GetIntactImage(long image, int* array, unsigned long size, long long* ticks);
 /**
- * Reports which images are there. After FreeInternalMemory() none is, though numbers are still reported.
+ * Reports which images are available. After FreeInternalMemory() none is, though numbers are still reported.
  * @param first  written with the number of the oldest, 0 for none
  * @param last   written with the number of the newest, 0 for none
  * @return #RC_SUCCESS; #RC_P1_INVALID, #RC_P2_INVALID for a null pointer; #RC_NO_NEW_DATA when there is none
  */
 VXMCD_DECORATED unsigned int GetNumberAvailableImages(int* first, int* last);
-/** Writes how many images the present or last run has brought so far. Returns #RC_SUCCESS. */
+/** Writes how many images the present or last run has delivered so far. Returns #RC_SUCCESS. */
 VXMCD_DECORATED unsigned int GetTotalNumberImagesAcquired(long* count);
 /** @} */
 
 /** @defgroup profiles Profile files
- *  Reading of INI-style text files: sections in brackets, lines `key = value`, comments behind `;`. No camera is
- * needed, and what these functions return is no result code. Names are compared without regard to case; spaces in
- * the file's names and spaces and quotes in its values count for nothing, so `[ My Section ]` is called
- * `MySection`. Names and values have 255 characters at most. The last line of a file must end in a line break: a
- * value that the end of the file cuts off is taken as missing. Only regular files are read; anything else is taken
- * as a file that is not there. Callable at any time from any thread.
+ *  These functions read INI-style text files: sections in brackets, lines `key = value`, comments behind `;`. They need
+ *  no camera and do not return result codes. Names are compared without regard to case; spaces in the file's names, and
+ *  spaces and quotes in its values, are ignored, so `[ My Section ]` is called `MySection`. Names and values have 255
+ *  characters at most. The last line of a file must end in a line break: a value that ends with the file counts as
+ *  missing. Only regular files are read; anything else counts as a file that does not exist. Callable at any time from
+ *  any thread.
  *  @{ */
 /**
- * Reads a whole number: decimal, hexadecimal behind `0x` or octal behind `0`; 0 for a text that is no number.
+ * Reads a whole number: decimal, hexadecimal behind `0x` or octal behind `0`; 0 for a text that is not a number.
  * @param section       name of the section
  * @param key           name of the key
  * @param defaultValue  what to return when file, section, key or value is missing
@@ -1159,16 +1158,16 @@ VXMCD_DECORATED unsigned int GetTotalNumberImagesAcquired(long* count);
 VXMCD_DECORATED unsigned int GetPrivateProfileInt(const char* section, const char* key, int defaultValue,
                                                   const char* fileName);
 /**
- * Reads a value, or lists the keys of a section (null @p key) or the sections (null @p section). A list is the
- * names with a zero byte behind each and one more behind the last.
+ * Reads a value, or lists the keys of a section (null @p key) or the sections (null @p section). A list has the names
+ * one after the other, a zero byte behind each and one more behind the last.
  * @param section       name of the section, null to list them all
  * @param key           name of the key, null to list those of the section
  * @param defaultValue  copied to @p buffer, *whatever its length*, when file, section, key or value is missing
- * @param buffer        receives the text; untouched when a parameter is refused
- * @param size          bytes in @p buffer, 2 or more; what does not fit is cut and terminated
+ * @param buffer        receives the text; untouched when an argument is refused
+ * @param size          bytes in @p buffer, 2 or more; a longer text is cut and terminated
  * @param fileName      the file
- * @return of a value its length in @p buffer, of a list one less than the bytes before its last zero byte (all
- *         bits set for an empty one, @p size - 2 for one that was cut); 0 when the default was copied, and for a
+ * @return for a value its length in @p buffer; for a list one less than the number of bytes before its last zero byte
+ *         (all bits set for an empty list, @p size - 2 for one that was cut); 0 when the default was copied, and for a
  *         null default, buffer or file name or a @p size below 2
  */
 VXMCD_DECORATED unsigned int GetPrivateProfileString(const char* section, const char* key,
@@ -1191,10 +1190,10 @@ VXMCD_DECORATED unsigned int WritePrivateProfileString(const char* section, cons
 #include <string>
 
 /**
- * Finds the text of the camera's "TriggerMode" that stands for an external trigger: "External Level Transition" on a
+ * Finds the text of the camera's "TriggerMode" that means an external trigger: "External Level Transition" on a
  * camera with a trigger configuration, else "External". For C++ only.
  * @param value  written with the text; left as it is when no camera is open, which is success
- * @return #RC_SUCCESS; #RC_FEATURE_ERROR when the camera cannot be asked
+ * @return #RC_SUCCESS; #RC_FEATURE_ERROR when it cannot be read
  * @ingroup settings
  */
 VXMCD_API unsigned int TriggerModeFeatureFinder(std::wstring& value);

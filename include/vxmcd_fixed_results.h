@@ -4,12 +4,12 @@
 
 /**
  * @file vxmcd_fixed_results.h
- * Functions that are kept by name, so that old programs link and run. They do nothing but return the code that
- * stands with them, with or without an open camera, from any thread, without blocking; some write a fixed value
- * first, as stated with them.
+ * Functions that are kept by name, so that old programs link and run. They do nothing but return the code that is
+ * stated with them, with or without an open camera, from any thread, without blocking; some write a fixed value first,
+ * as stated with them.
  *
- * Where the arguments of a function are not known, any can be passed. A program that has functions of these names
- * itself defines VXMCD_WITHOUT_FIXED_RESULTS before it includes vxmcd.h.
+ * Where the arguments of a function are not known, any can be passed. A program whose own functions have these names
+ * defines VXMCD_WITHOUT_FIXED_RESULTS before it includes vxmcd.h.
  */
 #ifndef VXMCD_FIXED_RESULTS_H
 #define VXMCD_FIXED_RESULTS_H
@@ -311,7 +311,7 @@ VXMCD_API unsigned int vxsys_SetMetaData(VXMCD_ANY_ARGUMENTS);
 /* RC_NOT_AVAILABLE: times are those of GetAcquisitionTimings() and vxsys_GetRawMetaDataInfo(). */
 VXMCD_API unsigned int GetStartUpTime(VXMCD_ANY_ARGUMENTS);
 
-/* RC_NOT_SUPPORTED: images are handed out as the camera took them. */
+/* RC_NOT_SUPPORTED: images are delivered as the camera took them. */
 VXMCD_API unsigned int Filter_GetAveragingFactor(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int Filter_GetAveragingFrameCount(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int Filter_GetDataAveragingMode(VXMCD_ANY_ARGUMENTS);
@@ -335,7 +335,7 @@ VXMCD_API unsigned int vxsys_SetDefectCorrection(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int vxsys_SetFrameCount(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int vxsys_SetNoiseThreshold(VXMCD_ANY_ARGUMENTS);
 
-/* RC_SUCCESS: images are handed out as the camera took them. */
+/* RC_SUCCESS: images are delivered as the camera took them. */
 VXMCD_DECORATED unsigned int GetBackground(int*, unsigned long);
 VXMCD_API unsigned int GetCountConvertWavelengthRange(VXMCD_ANY_ARGUMENTS);
 VXMCD_API unsigned int GetFilterMode(VXMCD_ANY_ARGUMENTS);

@@ -1,25 +1,25 @@
 /* SPDX-License-Identifier: MIT */
-/* What optional companions of a camera are: shared libraries that libvxmcd loads at run time. For their authors. */
+/* Optional plug-ins: shared libraries that libvxmcd loads at run time. For their authors. */
 
 /**
  * @file vxmcd_plugins.h
  * Two kinds of plug-in libraries, both optional. examples/plugins/ has one of each.
  *
- * - The *configuration library*, libvxconf_regcam.so, keeps the contents of a camera's EEPROM. Initialize() loads it
- *   from the working directory, or else from where the system looks for libraries, and asks it for a configuration;
- *   ShutDown() gives that back. It exports, with C names,
+ * - The *configuration library*, libvxconf_regcam.so, reads, stores and interprets the contents of a camera's EEPROM.
+ *   Initialize() loads it from the working directory, or else from where the system looks for libraries, and gets a
+ *   configuration from it; ShutDown() returns that to it. It exports, with C names,
  *
  *       IConfiguration* GetConfiguration(int coreHandle);                   null when there is none for this camera
- *       int DestroyConfiguration(IConfiguration* configuration);            null if that is what was made; its result
- *                                                                           is not looked at
+ *       int DestroyConfiguration(IConfiguration* configuration);            null if GetConfiguration returned null; the
+ *                                                                           result is ignored
  *
- *   The configuration is used through its table of virtual functions, by their positions: #IConfiguration in C++ with
- *   the Itanium ABI, which is that of g++ and clang.
+ *   libvxmcd calls the configuration through its table of virtual functions, by their positions: #IConfiguration in C++
+ *   with the Itanium ABI, which is that of g++ and clang.
  *
- * - The *trigger-board library*, a shared object of the name usbi2c.dll in the working directory, drives a trigger
+ * - The *trigger-board library*, a shared object with the name usbi2c.dll in the working directory, drives a trigger
  *   board. The first Initialize() loads it, the last ShutDown() unloads it; it is used if it exports all of the
- *   functions below, with C names. Their statuses reach the application unchanged. libvxmcd exports functions of the
- *   same names: a plug-in that calls its own by name must be linked with -Bsymbolic.
+ *   functions below, with C names. Their statuses reach the application unchanged. libvxmcd exports functions with the
+ *   same names: a plug-in that calls its own functions by name must be linked with -Bsymbolic.
  *
  *       TriggerBoard_GetAvailableTriggers   VxmcdTriggerBoardGetAvailableTriggers
  *       TriggerBoard_GetTriggerHandle       VxmcdTriggerBoardGetTriggerHandle
@@ -34,11 +34,11 @@
  * Plug-ins should not throw: what GetConfiguration throws leaves Initialize(), which cannot open that camera any more.
  *
  * Functions run on the thread of the application that makes the call: those of a configuration library one call at a
- * time for one camera, those of a trigger-board library whenever they are called, several at a time. Names that a
- * plug-in leaves to others are looked up at their first call; one that nobody has ends the process then. Plug-ins must
- * not call Initialize() or ShutDown(), and a trigger-board library none of the functions vxsys_CameraPots...(): their
- * observers may be waiting for it. TriggerBoard functions of libvxmcd that a trigger-board library calls while it is
- * loaded or unloaded, from a constructor say, answer 1.
+ * time for one camera, those of a trigger-board library several at a time. Undefined symbols of a plug-in are looked up
+ * at their first call; a symbol that nothing defines ends the process then. Plug-ins must not call Initialize() or
+ * ShutDown(), and a trigger-board library must not call vxsys_CameraPots...(), whose observers may be waiting for it.
+ * TriggerBoard functions of libvxmcd that a trigger-board library calls while it is loaded or unloaded, from a
+ * constructor for example, answer 1.
  */
 #ifndef VXMCD_PLUGINS_H
 #define VXMCD_PLUGINS_H
@@ -47,17 +47,17 @@
 
 /**
  * The contents of a camera's EEPROM, made by a configuration library. libvxmcd calls the operations with a name here;
- * those that are reserved belong to the plug-in. The destructor has the positions 1 and 2.
+ * those that are reserved are the plug-in's own. The destructor has the positions 1 and 2.
  */
 class IConfiguration
 {
 public:
   virtual ~IConfiguration() {}
-  /** Position 3: fetches the contents from the camera. 0 is success, here and below. */
+  /** Position 3: reads the contents from the camera. 0 is success, here and below. */
   virtual int ReadFromEEPROM() = 0;
   /** Position 4: stores the contents in the camera. */
   virtual int WriteToEEPROM() = 0;
-  /** Position 5: takes the contents from a file. The argument is the application's, unchanged. */
+  /** Position 5: loads the contents from a file. The argument is the application's, unchanged. */
   virtual int LoadFromFile(const char* fileName) = 0;
   /** Position 6: writes the contents to a file. The argument is the application's, unchanged. */
   virtual int SaveToFile(const char* fileName) = 0;
@@ -92,7 +92,7 @@ typedef int (*VxmcdTriggerBoardInitialize)(void);
 /** Sends three bytes, each of them 0 to 255. */
 typedef int (*VxmcdTriggerBoardI2CWrite)(unsigned int first, unsigned int second, unsigned int third);
 typedef int (*VxmcdTriggerBoardShutDown)(void);
-/** Sets a pulse up; libvxmcd offers applications no function for it yet. */
+/** Sets up a pulse; libvxmcd has no function for applications that calls it yet. */
 typedef int (*VxmcdTriggerBoardExternalTrigger)(int trigger, unsigned long first, unsigned long second);
 
 #ifdef __cplusplus

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The reference page, docs/api.md, made of the header's comments."""
+"""The reference page, docs/api.md, generated from the header's comments."""
 import re
 import textwrap
 import xml.etree.ElementTree as ET
@@ -137,16 +137,16 @@ def fixed_result_functions():
     return [
         f"## {FIXED_RESULTS_TITLE}",
         wrap("These names are kept so that programs for older cameras link and run. The functions do nothing but return the "
-             "code that stands with them, with or without an open camera, from any thread. "
-             "Where their arguments are not known, C and C++ programs may pass any. A program that has functions of these "
-             "names itself defines `VXMCD_WITHOUT_FIXED_RESULTS` before it includes `vxmcd.h`."),
+             "code that is stated with them, with or without an open camera, from any thread. "
+             "Where their arguments are not known, C and C++ programs may pass any. A program whose own functions have "
+             "these names defines `VXMCD_WITHOUT_FIXED_RESULTS` before it includes `vxmcd.h`."),
         table(("What takes their place, or what is missing", "Code", "Functions"), cells),
-        wrap("Some write a fixed value besides, unless the pointer is null. Programs must pass that pointer, also where the "
-             "arguments in front of it are not known; floating-point numbers do not count there, so that the third argument "
-             "is the fourth of a call with one such number in front:"),
+        wrap("Some also write a fixed value, unless the pointer is null. Programs must pass that pointer, even where the "
+             "arguments before it are not known. Where floating-point numbers are not counted, the third argument of the "
+             "table is the fourth of a call with one such number in front:"),
         table(("Function", "Writes", "Code"), values),
-        "Three names have two functions. C programs call the one above; C++ programs of old call another one:",
-        table(("In programs of old", "Its name for C and C++", "Code"), twins)]
+        "Three names stand for two functions each. C programs call the one above; old C++ programs call another one:",
+        table(("In old C++ programs", "Its name now, for C and C++", "Code"), twins)]
 
 
 def contents(groups):

@@ -11,12 +11,12 @@ BEGIN = """\
 
 /**
  * @file vxmcd_fixed_results.h
- * Functions that are kept by name, so that old programs link and run. They do nothing but return the code that
- * stands with them, with or without an open camera, from any thread, without blocking; some write a fixed value
- * first, as stated with them.
+ * Functions that are kept by name, so that old programs link and run. They do nothing but return the code that is
+ * stated with them, with or without an open camera, from any thread, without blocking; some write a fixed value first,
+ * as stated with them.
  *
- * Where the arguments of a function are not known, any can be passed. A program that has functions of these names
- * itself defines VXMCD_WITHOUT_FIXED_RESULTS before it includes vxmcd.h.
+ * Where the arguments of a function are not known, any can be passed. A program whose own functions have these names
+ * defines VXMCD_WITHOUT_FIXED_RESULTS before it includes vxmcd.h.
  */
 #ifndef VXMCD_FIXED_RESULTS_H
 #define VXMCD_FIXED_RESULTS_H
