@@ -18,8 +18,6 @@ std::optional<std::int64_t> RunFormat::ImageFileNumber(const std::string& name, 
   const std::size_t start = stem.size() + 1;
   std::int64_t number = 0;
   if (name.size() < start + kImageFileDigits) return std::nullopt;
-  const char* const digits = name.data() + start;
-  const auto [rest, error] = std::from_chars(digits, digits + kImageFileDigits, number);
-  if (error != std::errc{} || rest != digits + kImageFileDigits || number < 0) return std::nullopt;
-  return name == ImageFileName(number, stem) ? std::optional(number) : std::nullopt;
+  std::from_chars(name.data() + start, name.data() + start + kImageFileDigits, number);
+  return number >= 0 && name == ImageFileName(number, stem) ? std::optional(number) : std::nullopt;
 }
