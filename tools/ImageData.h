@@ -2,21 +2,14 @@
 // What the parts of the tool tell each other about images: their shape, the run they belong to, their numbers.
 #pragma once
 
+#include "runs/frame_decoding.h"
+
 #include <cstddef>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
 namespace vxtool {
-
-/// How many bits a pixel has in memory and in a file; 32-bit pixels are signed.
-enum class PixelDepth
-{
-  Bits8 = 8,
-  Bits16 = 16,
-  Bits32 = 32,
-};
 
 /// The shape of every image of a run.
 struct TImageShape
@@ -120,7 +113,5 @@ struct TRunTotals
   /// Frames that are missing between the first and the last one written.
   long Lost() const { return lostInCamera.value_or(0) + overwritten; }
 };
-
-using TPixelBytes = std::span<const std::byte>;
 
 } // namespace vxtool

@@ -4,6 +4,7 @@
 
 #include "tools/FactsJson.h"
 #include "tools/ReportText.h"
+#include "tools/RunFacts.h"
 
 #include <cmath>
 #include <cstdio>
@@ -40,16 +41,16 @@ std::string LineIfKnown(const char* what, const std::string& value)
   return value.empty() ? "" : Line(what, value);
 }
 
-std::string ImagesLine(const TSpoolRun& run)
+std::string ImagesLine(const TRunDescription& run)
 {
-  const TSpoolFacts& f = run.Facts();
+  const TRunValues& f = run.Values();
   if (!run.Layout()) return Line("images", run.LayoutProblem());
   return Line("images", std::to_string(*f.width) + "x" + std::to_string(*f.height) + " pixels, " + f.encoding +
                             ", " + std::to_string(*f.stride) + " bytes a row, " + std::to_string(f.imageBytes) +
                             " bytes an image" + (f.hasMetadata ? ", with metadata" : ""));
 }
 
-std::string IndexLine(const TSpoolIndex& index)
+std::string IndexLine(const TRunIndex& index)
 {
   if (index.IsMissing()) return Line("index", "is missing");
   const std::string damage =
@@ -57,9 +58,9 @@ std::string IndexLine(const TSpoolIndex& index)
   return Line("images in the index", std::to_string(index.Count()) + damage);
 }
 
-Json SpoolFactsJson(const TSpoolRun& run)
+Json SpoolFactsJson(const TRunDescription& run)
 {
-  const TSpoolFacts& f = run.Facts();
+  const TRunValues& f = run.Values();
   return {{"directory", run.Directory()},
           {"state", JsonTextOrNull(f.stateText)},
           {"failure", JsonTextOrNull(f.failure)},
@@ -69,29 +70,29 @@ Json SpoolFactsJson(const TSpoolRun& run)
 
 } // namespace
 
-std::string SpoolStateText(const TSpoolFacts& facts)
+std::string SpoolStateText(const TRunValues& facts)
 {
   switch (facts.state) {
-  case SpoolState::Complete:
+  case RunFormat::State::kComplete:
     return "complete";
-  case SpoolState::Aborted:
+  case RunFormat::State::kAborted:
     return "aborted by the program that took it";
-  case SpoolState::Failed:
+  case RunFormat::State::kFailed:
     return "failed" + (facts.failure.empty() ? "" : ": " + facts.failure);
-  case SpoolState::Recording:
+  case RunFormat::State::kRecording:
     return "being recorded, or the program that took it was killed";
   }
   return "";
 }
 
-std::string SpoolRunText(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files)
+std::string SpoolRunText(const TRunDescription& run, const TRunIndex& index, const TRunImages& files)
 {
-  const TSpoolFacts& f = run.Facts();
-  const TRunFacts facts = run.RunFacts();
+  const TRunValues& f = run.Values();
+  const TRunFacts facts = FactsOf(run);
   std::string text = Line("run", run.Directory());
   text += Line("state", SpoolStateText(f));
   text += LineIfKnown("images expected", f.imagesExpected, "");
-  if (f.state != SpoolState::Recording) text += Line("images written", std::to_string(f.imagesWritten));
+  if (f.state != RunFormat::State::kRecording) text += Line("images written", std::to_string(f.imagesWritten));
   text += IndexLine(index);
   text += Line("image files", std::to_string(files.Count()) + ", " + std::to_string(f.imagesPerFile) +
                                   (f.imagesPerFile == 1 ? " image each" : " images each"));
@@ -107,9 +108,9 @@ std::string SpoolRunText(const TSpoolRun& run, const TSpoolIndex& index, const T
   return text;
 }
 
-std::string SpoolRunJson(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files)
+std::string SpoolRunJson(const TRunDescription& run, const TRunIndex& index, const TRunImages& files)
 {
-  const TSpoolFacts& f = run.Facts();
+  const TRunValues& f = run.Values();
   Json json = SpoolFactsJson(run);
   json["images_in_index"] = index.IsMissing() ? Json(nullptr) : Json(index.Count());
   json["damaged_records"] = index.Damaged();
@@ -123,7 +124,7 @@ std::string SpoolRunJson(const TSpoolRun& run, const TSpoolIndex& index, const T
   const std::optional<TFrameLayout> layout = run.Layout();
   TImageShape shape;
   if (layout) shape = {layout->width, layout->height, WholeDepth(layout->encoding)};
-  json.update(FactsJson(run.RunFacts(), shape));
+  json.update(FactsJson(FactsOf(run), shape));
   json["serial_text"] = JsonTextOrNull(f.serial);
   json["frame_rate_hz"] = JsonOfSingle(f.frameRate);
   json["first_image_utc"] = JsonTextOrNull(f.firstFrameTime);
@@ -134,18 +135,18 @@ std::string SpoolRunJson(const TSpoolRun& run, const TSpoolIndex& index, const T
   return JsonLine(json);
 }
 
-std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
-                           const std::string& output, PixelDepth depth)
+std::string ConversionText(const TRunDescription& run, const TSpoolConversion& conversion,
+                           const std::string& outcome, const std::string& output, PixelDepth depth)
 {
   const TConversionCounts& c = conversion.Counts();
   std::string text = ReportHeadline(outcome, conversion.Seconds(), c.asked - c.notReached);
-  const std::string camera = CameraText(run.RunFacts());
+  const std::string camera = CameraText(FactsOf(run));
   if (!camera.empty()) text += camera + ", ";
   if (run.Layout())
     text += std::to_string(run.Layout()->width) + "x" + std::to_string(run.Layout()->height) + " pixels, " +
-            run.Facts().encoding +
+            run.Values().encoding +
             (output.empty() ? "" : " as " + std::to_string(static_cast<int>(depth)) + " bits") + ", ";
-  text += "run " + run.Facts().stateText + "\n";
+  text += "run " + run.Values().stateText + "\n";
   const std::string wrong = conversion.Wrong().Text(kMaxRangesShown);
   const std::string absent = conversion.Absent().Text(kMaxRangesShown);
   text += ReportRow("images asked for", c.asked, conversion.Asked().Text(kMaxRangesShown));
@@ -160,8 +161,8 @@ std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& convers
   return text + ReportRow("written", c.written, output);
 }
 
-std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
-                           const std::string& output, PixelDepth depth)
+std::string ConversionJson(const TRunDescription& run, const TSpoolConversion& conversion,
+                           const std::string& outcome, const std::string& output, PixelDepth depth)
 {
   const TConversionCounts& c = conversion.Counts();
   Json json = {{"outcome", outcome}, {"seconds", std::round(conversion.Seconds() * 1.0e6) / 1.0e6}};
@@ -183,7 +184,7 @@ std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& convers
                    {"output", output}});
   TImageShape shape;
   if (run.Layout()) shape = {run.Layout()->width, run.Layout()->height, depth};
-  json.update(FactsJson(run.RunFacts(), shape));
+  json.update(FactsJson(FactsOf(run), shape));
   return JsonLine(json);
 }
 

@@ -9,18 +9,18 @@
 namespace vxtool {
 
 /// Says in one line how a run ended.
-std::string SpoolStateText(const TSpoolFacts& facts);
+std::string SpoolStateText(const TRunValues& facts);
 
 /// What is in the directory of a run: lines for a person, or one line of JSON.
-std::string SpoolRunText(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files);
-std::string SpoolRunJson(const TSpoolRun& run, const TSpoolIndex& index, const TSpoolFiles& files);
+std::string SpoolRunText(const TRunDescription& run, const TRunIndex& index, const TRunImages& files);
+std::string SpoolRunJson(const TRunDescription& run, const TRunIndex& index, const TRunImages& files);
 
 /// What became of the images: lines for a person, or one line of JSON.
 /// @param outcome  complete, interrupted, failed
 /// @param output   the file, "" for none
-std::string ConversionText(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
-                           const std::string& output, PixelDepth depth);
-std::string ConversionJson(const TSpoolRun& run, const TSpoolConversion& conversion, const std::string& outcome,
-                           const std::string& output, PixelDepth depth);
+std::string ConversionText(const TRunDescription& run, const TSpoolConversion& conversion,
+                           const std::string& outcome, const std::string& output, PixelDepth depth);
+std::string ConversionJson(const TRunDescription& run, const TSpoolConversion& conversion,
+                           const std::string& outcome, const std::string& output, PixelDepth depth);
 
 } // namespace vxtool

@@ -2,6 +2,7 @@
 // From the directory of a run to a file of its images.
 #include "tools/TConvertCommand.h"
 
+#include "tools/RunFacts.h"
 #include "tools/SpoolReport.h"
 #include "tools/TInterrupt.h"
 #include "tools/ToolText.h"
@@ -52,20 +53,20 @@ ExitCode TConvertCommand::Convert()
 std::optional<ExitCode> TConvertCommand::ReadRun()
 {
   if (!run_.Read(options_.directory)) return Fail(ExitCode::InputError, run_.Error());
-  for (const std::string& note : run_.Notes()) Say(std::string(kSpoolDescriptionName) + ": " + note);
-  const SpoolState state = run_.Facts().state;
-  if (!index_.Read(options_.directory, run_.ImageLimit())) {
+  for (const std::string& note : run_.Notes()) Say(std::string(RunFormat::kDescriptionName) + ": " + note);
+  const RunFormat::State state = run_.Values().state;
+  if (!index_.Read(options_.directory, run_.ImageLimit(), TInterrupt::Happened)) {
     if (TInterrupt::Happened()) return Fail(ExitCode::Interrupted, index_.Error());
-    if (index_.IsMissing() && state != SpoolState::Complete && !options_.isSalvage)
+    if (index_.IsMissing() && state != RunFormat::State::kComplete && !options_.isSalvage)
       return Fail(ExitCode::InputError, index_.Error() + ": nothing tells which images are whole; --salvage takes "
                                                          "those that are not all zeros");
     Say(index_.Error() + ": there are no checksums to compare with");
   }
   if (index_.Damaged() > 0)
-    Say(std::string(kSpoolIndexName) + ": " + std::to_string(index_.Damaged()) +
+    Say(std::string(RunFormat::kIndexName) + ": " + std::to_string(index_.Damaged()) +
         " records are damaged and do not count");
-  if (state != SpoolState::Complete && !options_.isQuiet)
-    Say("the run is not complete: " + SpoolStateText(run_.Facts()));
+  if (state != RunFormat::State::kComplete && !options_.isQuiet)
+    Say("the run is not complete: " + SpoolStateText(run_.Values()));
   return std::nullopt;
 }
 
@@ -78,11 +79,11 @@ std::optional<ExitCode> TConvertCommand::CheckOptions()
   for (const std::string& path : {options_.output.file, options_.output.preview})
     if (IsFileOfRun(path)) return Fail(ExitCode::OutputError, path + ": is a file of the run itself");
   if (!run_.Layout()) return std::nullopt;
-  const FrameEncoding encoding = run_.Layout()->encoding;
+  const RunFormat::Encoding encoding = run_.Layout()->encoding;
   depth_ = options_.depth.value_or(WholeDepth(encoding));
-  const bool isLowHalf = encoding == FrameEncoding::Mono32 && depth_ == PixelDepth::Bits16;
+  const bool isLowHalf = encoding == RunFormat::Encoding::kMono32 && depth_ == PixelDepth::Bits16;
   if (depth_ < WholeDepth(encoding) && !isLowHalf)
-    return Fail(ExitCode::Usage, "--bits: pixels of " + run_.Facts().encoding + " do not fit into " +
+    return Fail(ExitCode::Usage, "--bits: pixels of " + run_.Values().encoding + " do not fit into " +
                                      std::to_string(static_cast<int>(depth_)));
   return std::nullopt;
 }
@@ -95,7 +96,8 @@ bool TConvertCommand::IsFileOfRun(const std::string& path) const
   const std::filesystem::path file = std::filesystem::weakly_canonical(path, error);
   if (error) return false;
   const std::string name = file.filename().string();
-  const bool isName = name == kSpoolDescriptionName || name == kSpoolIndexName || SpoolFileNumber(name);
+  const bool isName =
+      name == RunFormat::kDescriptionName || name == RunFormat::kIndexName || RunFormat::ImageFileNumber(name);
   return isName && std::filesystem::equivalent(file.parent_path(), options_.directory, error);
 }
 
@@ -103,7 +105,7 @@ bool TConvertCommand::OpenOutput()
 {
   const TImageShape shape =
       run_.Layout() ? TImageShape{run_.Layout()->width, run_.Layout()->height, depth_} : TImageShape{};
-  TRunFacts facts = facts_.value_or(run_.RunFacts());
+  TRunFacts facts = facts_.value_or(FactsOf(run_));
   facts.plannedImages = conversion_->Counts().asked;
   return outputs_.Open(shape, facts);
 }
@@ -145,9 +147,9 @@ ExitCode TConvertCommand::Judge() const
   if (!c.AddsUp()) return Fail(ExitCode::OutputError, "internal error: the counts do not add up");
   if (isOutputFailed_) return ExitCode::OutputError;
   if (end_ == RunEnd::Interrupted) return ExitCode::Interrupted;
-  const SpoolState state = run_.Facts().state;
-  const bool isCutShort = (state == SpoolState::Recording || state == SpoolState::Failed) && !options_.isSalvage &&
-                          options_.images.IsEmpty();
+  const RunFormat::State state = run_.Values().state;
+  const bool isCutShort = (state == RunFormat::State::kRecording || state == RunFormat::State::kFailed) &&
+                          !options_.isSalvage && options_.images.IsEmpty();
   const bool isUnproved = options_.isVerify && c.unchecked > 0;
   const bool isAllThere = c.asked > 0 && c.Missing() == 0;
   return isAllThere && !isCutShort && !isUnproved ? ExitCode::Success : ExitCode::FramesLost;
@@ -167,12 +169,12 @@ void TConvertCommand::PrintReport() const
 
 ExitCode ShowSpoolRun(const TOptions& options)
 {
-  TSpoolRun run;
+  TRunDescription run;
   if (!run.Read(options.directory)) return Fail(ExitCode::InputError, run.Error());
-  for (const std::string& note : run.Notes()) Say(std::string(kSpoolDescriptionName) + ": " + note);
-  TSpoolIndex index;
+  for (const std::string& note : run.Notes()) Say(std::string(RunFormat::kDescriptionName) + ": " + note);
+  TRunIndex index;
   if (!index.Read(options.directory, run.ImageLimit())) Say(index.Error());
-  const TSpoolFiles files(options.directory, run.Facts().imagesPerFile, run.Facts().imageBytes);
+  const TRunImages files(options.directory, run.Values().imagesPerFile, run.Values().imageBytes);
   const std::string text = options.isJson ? SpoolRunJson(run, index, files) : SpoolRunText(run, index, files);
   return Print(text) ? ExitCode::Success : ExitCode::OutputError;
 }

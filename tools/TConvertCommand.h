@@ -43,8 +43,8 @@ private:
   TConvertOptions options_;
   bool isJson_;
   std::optional<TRunFacts> facts_;
-  TSpoolRun run_;
-  TSpoolIndex index_;
+  TRunDescription run_;
+  TRunIndex index_;
   PixelDepth depth_ = PixelDepth::Bits16;
   TOutputs outputs_;
   std::unique_ptr<TSpoolConversion> conversion_;

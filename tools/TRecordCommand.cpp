@@ -20,14 +20,14 @@ constexpr std::chrono::seconds kMaxUnreadable{2}; // of a description that may b
 
 // The description of a run that is over. A failure is reported before everything is on the disk, and the
 // description is completed after that. @param earlierStart  of the run before: it will not change
-TSpoolRun FinalDescription(const std::string& directory, const std::string& earlierStart)
+TRunDescription FinalDescription(const std::string& directory, const std::string& earlierStart)
 {
   const auto start = std::chrono::steady_clock::now();
   for (;;) {
-    TSpoolRun run;
+    TRunDescription run;
     const bool isRead = run.Read(directory);
-    if (run.IsMissing() || (isRead && run.Facts().startTime == earlierStart)) return run;
-    if (isRead && run.Facts().state != SpoolState::Recording) return run;
+    if (run.IsMissing() || (isRead && run.Values().startTime == earlierStart)) return run;
+    if (isRead && run.Values().state != RunFormat::State::kRecording) return run;
     if (std::chrono::steady_clock::now() > start + (isRead ? kMaxWriting : kMaxUnreadable)) return run;
     std::this_thread::sleep_for(std::chrono::milliseconds(10)); // nothing announces it
   }
@@ -40,7 +40,7 @@ bool TRecordCommand::CheckFiles() const
   const TOutputOptions& output = options_.output;
   std::string message;
   for (const std::string& path :
-       {options_.spool.directory + "/" + kSpoolDescriptionName, output.file, output.preview}) {
+       {options_.spool.directory + "/" + RunFormat::kDescriptionName, output.file, output.preview}) {
     if (path.empty() || !IsProtectedFile(path, output.overwrite, message)) continue;
     Say(message);
     return false;
@@ -52,14 +52,14 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TLoopSettings& settings, c
                                TProgressLine& line) const
 {
   const std::string& directory = options_.spool.directory;
-  TSpoolRun earlier; // one that is to be replaced, and stays if that does not succeed
+  TRunDescription earlier; // one that is to be replaced, and stays if that does not succeed
   earlier.Read(directory);
   std::size_t imageBytes = 0;
   TSpoolLoop loop(
       camera, settings, [] { return TInterrupt::Happened(); },
       [&](const TProgress& progress) {
-        TSpoolRun run; // says how large an image is
-        if (imageBytes == 0 && run.Read(directory)) imageBytes = static_cast<std::size_t>(run.Facts().imageBytes);
+        TRunDescription run; // says how large an image is
+        if (imageBytes == 0 && run.Read(directory)) imageBytes = static_cast<std::size_t>(run.Values().imageBytes);
         TProgress shown = progress;
         if (imageBytes > 0) shown.imageBytes = imageBytes;
         if (!options_.isQuiet) line.Show(shown);
@@ -68,7 +68,7 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TLoopSettings& settings, c
   line.Finish();
   if (!loop.Message().empty()) Say(loop.Message());
 
-  const std::optional<long> written = AskWritten(earlier.Facts().startTime, end);
+  const std::optional<long> written = AskWritten(earlier.Values().startTime, end);
   loop.Finish(written.value_or(0));
   TRunResult result{.end = end, .account = loop.Account(), .seconds = loop.Seconds()};
   result.isWrittenKnown = written.has_value();
@@ -88,17 +88,17 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TLoopSettings& settings, c
 // Images on the disk, by the directory, which also says why these are not more; nothing when it cannot be told.
 std::optional<long> TRecordCommand::AskWritten(const std::string& earlierStart, RunEnd end) const
 {
-  const TSpoolRun run = FinalDescription(options_.spool.directory, earlierStart);
+  const TRunDescription run = FinalDescription(options_.spool.directory, earlierStart);
   if (run.IsMissing() && end == RunEnd::OutputFailed) return 0; // the library could not even begin
   if (!run.Error().empty()) {
     Say(run.Error() + ": how many images are on the disk cannot be told");
     return std::nullopt;
   }
-  if (run.Facts().startTime == earlierStart) return 0;
-  if (run.Facts().state == SpoolState::Recording)
+  if (run.Values().startTime == earlierStart) return 0;
+  if (run.Values().state == RunFormat::State::kRecording)
     Say("the library is still writing images; what follows is how far it has come");
-  if (!run.Facts().failure.empty()) Say(run.Facts().failure);
-  return static_cast<long>(run.Facts().imagesWritten);
+  if (!run.Values().failure.empty()) Say(run.Values().failure);
+  return static_cast<long>(run.Values().imagesWritten);
 }
 
 void TRecordCommand::MakeOutput(const TRunFacts& facts, TRunResult& result) const

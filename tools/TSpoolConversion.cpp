@@ -2,8 +2,9 @@
 // Image by image: record, bytes, checksum, pixels, output.
 #include "tools/TSpoolConversion.h"
 
-#include "tools/ImageChecksum.h"
+#include "runs/checksum.h"
 #include "tools/Options.h"
+#include "tools/RunFacts.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,9 +15,9 @@ namespace {
 
 constexpr std::size_t kMaxProblems = 5;
 
-bool IsPacedRun(const TSpoolRun& run)
+bool IsPacedRun(const TRunDescription& run)
 {
-  const std::optional<Trigger> trigger = TriggerOf(run.RunFacts().trigger);
+  const std::optional<Trigger> trigger = TriggerOf(FactsOf(run).trigger);
   return trigger && IsPaced(*trigger);
 }
 
@@ -29,7 +30,7 @@ bool TConversionCounts::AddsUp() const
          unrecordedData <= unrecorded && notWritten >= 0 && taken <= right + unchecked + wrong;
 }
 
-TSpoolConversion::TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& index,
+TSpoolConversion::TSpoolConversion(const TRunDescription& run, const TRunIndex& index,
                                    const TConversionSettings& settings, IImageWriter* writer,
                                    std::function<bool()> isInterrupted,
                                    std::function<void(const TProgress&)> onProgress)
@@ -39,8 +40,8 @@ TSpoolConversion::TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& inde
       writer_(writer),
       isInterrupted_(std::move(isInterrupted)),
       onProgress_(std::move(onProgress)),
-      files_(run.Directory(), run.Facts().imagesPerFile, run.Facts().imageBytes),
-      known_(static_cast<long>(std::max(index.End(), run.Facts().imagesWritten))),
+      files_(run.Directory(), run.Values().imagesPerFile, run.Values().imageBytes),
+      known_(static_cast<long>(std::max(index.End(), run.Values().imagesWritten))),
       asked_(settings.images.IsEmpty() ? WholeRun() : settings.images),
       isPaced_(IsPacedRun(run)),
       clocks_(isPaced_)
@@ -62,7 +63,7 @@ TNumberRanges TSpoolConversion::WholeRun() const
 bool TSpoolConversion::TakesUnrecorded() const
 {
   if (settings_.isSalvage) return index_.Count() == 0 || settings_.keepsDamaged;
-  return index_.IsMissing() && run_.Facts().state == SpoolState::Complete;
+  return index_.IsMissing() && run_.Values().state == RunFormat::State::kComplete;
 }
 
 RunEnd TSpoolConversion::Run()
@@ -137,7 +138,7 @@ bool TSpoolConversion::TakeImage(long& next, long last)
 {
   const long number = next++;
   const std::int64_t image = number - 1;
-  const TSpoolIndex::TRecord* const record = index_.Find(image);
+  const RunFormat::TIndexRecord* const record = index_.Find(image);
   if (!files_.ReadImage(image, frame_)) {
     // Without records nothing tells the images of a file apart that is not there.
     const bool isAlone = index_.Count() > 0;
@@ -151,8 +152,9 @@ bool TSpoolConversion::TakeImage(long& next, long last)
   label.number = number;
   label.check = ImageCheck::Unchecked;
   if (record) {
-    label.hostNanoseconds = record->hostNanoseconds;
-    label.check = ImageChecksum(frame_) == record->checksum ? ImageCheck::Right : ImageCheck::Wrong;
+    label.hostNanoseconds = record->hostTimeNs;
+    label.check =
+        Checksum(frame_.data(), frame_.size()) == record->checksum ? ImageCheck::Right : ImageCheck::Wrong;
   }
   if (label.check == ImageCheck::Wrong) {
     ++counts_.wrong;
@@ -166,7 +168,7 @@ bool TSpoolConversion::TakeImage(long& next, long last)
 
 bool TSpoolConversion::HandOn(TImageLabel label)
 {
-  if (run_.Facts().hasMetadata) label.ticks = FrameTicks(frame_);
+  if (run_.Values().hasMetadata) label.ticks = FrameTicks(frame_);
   isClockWhole_ = isClockWhole_ && label.ticks;
   if (label.ticks) clocks_.Timestamp(*label.ticks);
   if (!run_.Layout() || (!writer_ && !settings_.keepsLast)) return true;
@@ -191,7 +193,7 @@ void TSpoolConversion::TakeBackWritten(long count)
 TRunTotals TSpoolConversion::Totals() const
 {
   TRunTotals totals;
-  totals.delivered = static_cast<long>(std::max(index_.Count(), run_.Facts().imagesWritten));
+  totals.delivered = static_cast<long>(std::max(index_.Count(), run_.Values().imagesWritten));
   if (isClockWhole_ && isPaced_ && counts_.notReached == 0) totals.lostInCamera = clocks_.LostInCameraSoFar();
   return totals;
 }
@@ -203,7 +205,7 @@ void TSpoolConversion::Report()
   progress.fetched = counts_.right + counts_.unchecked + counts_.Missing();
   progress.wanted = counts_.asked;
   progress.lost = counts_.Missing();
-  progress.imageBytes = static_cast<std::size_t>(run_.Facts().imageBytes);
+  progress.imageBytes = static_cast<std::size_t>(run_.Values().imageBytes);
   onProgress_(progress);
 }
 

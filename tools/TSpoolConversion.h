@@ -2,13 +2,13 @@
 // Takes the images of a spooled run from disk, checks each and hands it on.
 #pragma once
 
+#include "runs/TRunDescription.h"
+#include "runs/TRunImages.h"
+#include "runs/TRunIndex.h"
 #include "tools/IImageWriter.h"
 #include "tools/RunProgress.h"
 #include "tools/TNumberRanges.h"
 #include "tools/TRunAccount.h"
-#include "tools/TSpoolFiles.h"
-#include "tools/TSpoolIndex.h"
-#include "tools/TSpoolRun.h"
 
 #include <chrono>
 #include <functional>
@@ -54,7 +54,7 @@ class TSpoolConversion final
 {
 public:
   /// @param writer  takes the images; null to look at them only. Needs a run with a layout
-  TSpoolConversion(const TSpoolRun& run, const TSpoolIndex& index, const TConversionSettings& settings,
+  TSpoolConversion(const TRunDescription& run, const TRunIndex& index, const TConversionSettings& settings,
                    IImageWriter* writer, std::function<bool()> isInterrupted,
                    std::function<void(const TProgress&)> onProgress);
 
@@ -94,13 +94,13 @@ private:
   void CountAbsent(long first, long last, long& count);
   void Report();
 
-  const TSpoolRun& run_;
-  const TSpoolIndex& index_;
+  const TRunDescription& run_;
+  const TRunIndex& index_;
   TConversionSettings settings_;
   IImageWriter* writer_;
   std::function<bool()> isInterrupted_;
   std::function<void(const TProgress&)> onProgress_;
-  TSpoolFiles files_;
+  TRunImages files_;
   long known_; // images that index and description tell of
   TNumberRanges asked_;
   TNumberRanges wrong_;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The program on directories of recorded runs: files of every format, exit codes, salvage, full disks, Ctrl-C.
+#include "runs/TRunDescription.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
 #include "tests/tools/SpoolFixture.h"
-#include "tools/TSpoolRun.h"
 
 #include <nlohmann/json.hpp>
 
@@ -106,18 +106,19 @@ TEST_F(ConvertProgram, VerifySaysWhatIsRightWrongAndMissing)
   EXPECT_EQ(report["right"], 7);
   EXPECT_EQ(report["state"], "complete");
 
-  const std::string first = Directory() + "/" + SpoolFileName(0);
+  const std::string first = Directory() + "/" + RunFormat::ImageFileName(0);
   std::string bytes = TextOf(first);
   bytes[5] ^= 4;
   PutFileBytes(first, bytes);
-  fs::remove(Directory() + "/" + SpoolFileName(2));
+  fs::remove(Directory() + "/" + RunFormat::ImageFileName(2));
   report = Convert({"--verify"}, 5);
   EXPECT_EQ(report["right"], 5);
   EXPECT_EQ(report["wrong"], 1);
   EXPECT_EQ(report["wrong_images"], "1");
   EXPECT_EQ(report["unreadable"], 1);
   EXPECT_EQ(report["missing_images"], "7");
-  EXPECT_NE(outcome_.errors.find(SpoolFileName(2) + ": is missing"), std::string::npos) << outcome_.errors;
+  EXPECT_NE(outcome_.errors.find(RunFormat::ImageFileName(2) + ": is missing"), std::string::npos)
+      << outcome_.errors;
 
   report = Convert({"-o", directory_.Path("a.tif")}, 5);
   EXPECT_EQ(report["written"], 5);
@@ -142,12 +143,12 @@ TEST_F(ConvertProgram, KilledRunIsConvertedWithANoteAndSalvagedOnRequest)
   EXPECT_EQ(Convert({"--verify", "--images", "6-9"}, 5)["missing_images"], "8-9");
   EXPECT_NE(ErrorOf({"--verify", "--images", "51"}, 1).find("has 50 images"), std::string::npos);
 
-  fs::resize_file(Directory() + "/" + kSpoolIndexName, 96); // a power failure took the rest
+  fs::resize_file(Directory() + "/" + RunFormat::kIndexName, 96); // a power failure took the rest
   EXPECT_EQ(Convert({"--verify", "--salvage"}, 5)["unrecorded_data"], 4);
   EXPECT_NE(outcome_.errors.find("4 images with data and without a record"), std::string::npos) << outcome_.errors;
   EXPECT_EQ(Convert({"-o", directory_.Path("s.raw"), "--salvage", "--keep-damaged"}, 0)["unchecked"], 4);
 
-  fs::remove(Directory() + "/" + kSpoolIndexName);
+  fs::remove(Directory() + "/" + RunFormat::kIndexName);
   EXPECT_NE(ErrorOf({"-o", directory_.Path("c.fits")}, 6).find("--salvage"), std::string::npos);
   EXPECT_EQ(Convert({"--verify", "--salvage"}, 5)["unchecked"], 7) << "nothing was verified";
   const auto report = Convert({"-o", directory_.Path("c.fits"), "--salvage"}, 0);
@@ -189,7 +190,7 @@ TEST_F(ConvertProgram, WhatCannotBeDoneIsRefusedBeforeAnythingIsTouched)
 {
   TMadeRun run;
   run.Write(Directory());
-  const std::string index = Directory() + "/" + kSpoolIndexName;
+  const std::string index = Directory() + "/" + RunFormat::kIndexName;
   const std::string before = TextOf(index);
   EXPECT_NE(ErrorOf({}, 1).find("--output"), std::string::npos);
   EXPECT_NE(ErrorOf({"-o", "a.jpg"}, 1).find(".png"), std::string::npos);
@@ -198,7 +199,7 @@ TEST_F(ConvertProgram, WhatCannotBeDoneIsRefusedBeforeAnythingIsTouched)
   EXPECT_NE(ErrorOf({"-o", directory_.Path("a.tif"), "--bits", "8"}, 1).find("Mono16"), std::string::npos);
   EXPECT_NE(ErrorOf({"-o", index, "--format", "raw", "--overwrite"}, 4).find("file of the run"),
             std::string::npos);
-  fs::create_symlink(Directory() + "/" + SpoolFileName(0), directory_.Path("link.tif"));
+  fs::create_symlink(Directory() + "/" + RunFormat::ImageFileName(0), directory_.Path("link.tif"));
   EXPECT_NE(ErrorOf({"-o", directory_.Path("link.tif"), "--overwrite"}, 4).find("file of the run"),
             std::string::npos);
   EXPECT_EQ(TextOf(index), before);
@@ -264,9 +265,10 @@ TEST_P(ConvertProgramFormats, InterruptLeavesAFileWithTheImagesUpToThere)
   // A long run at little cost: the same two files under many names, and an index that repeats their checksums.
   fs::create_directory(directory_.Path("long"));
   const std::string longRun = directory_.Path("long");
-  fs::copy_file(Directory() + "/" + kSpoolDescriptionName, longRun + "/" + kSpoolDescriptionName);
+  fs::copy_file(Directory() + "/" + RunFormat::kDescriptionName, longRun + "/" + RunFormat::kDescriptionName);
   for (int file = 0; file < 4000; ++file)
-    fs::create_hard_link(Directory() + "/" + SpoolFileName(file % 2), longRun + "/" + SpoolFileName(file));
+    fs::create_hard_link(Directory() + "/" + RunFormat::ImageFileName(file % 2),
+                         longRun + "/" + RunFormat::ImageFileName(file));
   const std::string path = directory_.Path(GetParam());
   const TOutcome outcome = Interrupt(LaunchUntil({"convert", longRun, "--json", "--salvage", "-o", path},
                                                  [&] { return HasGrownTo(path, 8'000'000); }));

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Runs that the library records to disk, from the camera to the converted file: every image bit for bit, and what is
 // left when the run, the program or the disk comes to an end too early.
+#include "runs/TRunDescription.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
 #include "tests/tools/SpoolFixture.h"
-#include "tools/TSpoolRun.h"
 #include "vxcore/simulated/imaging/TCounterPattern.h"
 
 #include <csignal>
@@ -49,7 +49,7 @@ protected:
   pid_t RecordUntil(std::uintmax_t records, const std::vector<std::string>& options)
   {
     return LaunchUntil(Record(options),
-                       [&] { return HasGrownTo(Directory() + "/" + kSpoolIndexName, 32 * records); });
+                       [&] { return HasGrownTo(Directory() + "/" + RunFormat::kIndexName, 32 * records); });
   }
 };
 
@@ -68,7 +68,7 @@ TEST_P(RecordProgramMethods, SeriesLongerThanTheRingIsOnDiskFrameByFrame)
   ExpectCountsAddUp(outcome);
   EXPECT_EQ(Count(outcome, "written"), frames);
   EXPECT_EQ(Count(outcome, "lost_in_camera"), 0);
-  EXPECT_EQ(fs::exists(Directory() + "/" + SpoolFileName(frames - 1)), isSingle);
+  EXPECT_EQ(fs::exists(Directory() + "/" + RunFormat::ImageFileName(frames - 1)), isSingle);
 
   const TOutcome converted = Run({"convert", Directory(), "--json", "-o", directory_.Path("a.fits")});
   EXPECT_EQ(converted.exitCode, 0) << converted.errors;
@@ -136,7 +136,7 @@ TEST_F(RecordProgram, DescriptionThatCannotBeReadIsNotTakenForAnEmptyDisk)
 {
   Configure(kSteadyCounterCamera);
   const pid_t child = RecordUntil(5, {"--frames", "100000"});
-  const std::string description = Directory() + "/" + kSpoolDescriptionName;
+  const std::string description = Directory() + "/" + RunFormat::kDescriptionName;
   fs::remove(description);
   fs::create_directory(description);
   kill(child, SIGINT);
@@ -178,7 +178,7 @@ TEST_F(RecordProgram, WhatIsThereAlreadyIsNotReplacedUnasked)
 {
   Configure(kCounterCamera);
   ASSERT_EQ(Run(Record({"--frames", "3"})).exitCode, 0);
-  const std::string description = TextOf(Directory() + "/" + kSpoolDescriptionName);
+  const std::string description = TextOf(Directory() + "/" + RunFormat::kDescriptionName);
   const TOutcome refused = Run(Record({"--frames", "4"}));
   EXPECT_EQ(refused.exitCode, 4);
   EXPECT_NE(refused.errors.find("--overwrite"), std::string::npos) << refused.errors;
@@ -188,7 +188,7 @@ TEST_F(RecordProgram, WhatIsThereAlreadyIsNotReplacedUnasked)
                 .exitCode,
             4);
   EXPECT_FALSE(fs::exists(directory_.Path("new"))) << "said before the first image";
-  EXPECT_EQ(TextOf(Directory() + "/" + kSpoolDescriptionName), description);
+  EXPECT_EQ(TextOf(Directory() + "/" + RunFormat::kDescriptionName), description);
   Configure(std::string(kCounterCamera) + "[Faults]\nRule = call VX_Command feature AcquisitionStart rc 54\n");
   EXPECT_EQ(Count(Run(Record({"--frames", "4", "--overwrite"})), "written"), 0)
       << "the three are of the earlier run";

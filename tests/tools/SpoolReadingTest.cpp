@@ -3,6 +3,7 @@
 #include "tests/support/TScratchDirectory.h"
 #include "tests/tools/ImageFixtures.h"
 #include "tests/tools/SpoolFixture.h"
+#include "tools/RunFacts.h"
 #include "tools/TSpoolConversion.h"
 
 #include <filesystem>
@@ -21,10 +22,10 @@ protected:
   // Converts the run in the directory.
   void Convert(TConversionSettings settings = {})
   {
-    TSpoolRun run;
+    TRunDescription run;
     ASSERT_TRUE(run.Read(Directory())) << run.Error();
     ASSERT_TRUE(run.Layout()) << run.LayoutProblem();
-    TSpoolIndex index;
+    TRunIndex index;
     index.Read(Directory(), run.ImageLimit());
     damagedRecords_ = index.Damaged();
     written_ = KeepingWriter();
@@ -126,12 +127,12 @@ TEST_F(SpoolReading, FlippedBitAndMissingFileAreFoundAndLeftOut)
   TMadeRun run;
   run.imagesPerFile = 2; // 1 2 | 3 4 | 5 6 | 7
   run.Write(Directory());
-  const std::string first = Directory() + "/" + SpoolFileName(0);
+  const std::string first = Directory() + "/" + RunFormat::ImageFileName(0);
   std::string bytes = TextOf(first);
   bytes[run.Frame(1).size() + 11] ^= 0x10; // image 2
   PutFileBytes(first, bytes);
-  fs::remove(Directory() + "/" + SpoolFileName(1));
-  const std::string last = Directory() + "/" + SpoolFileName(3);
+  fs::remove(Directory() + "/" + RunFormat::ImageFileName(1));
+  const std::string last = Directory() + "/" + RunFormat::ImageFileName(3);
   PutFileBytes(last, TextOf(last).substr(0, run.Frame(7).size() - 1));
   Convert();
   EXPECT_EQ(NumbersWritten(), (Numbers{1, 5, 6}));
@@ -157,7 +158,7 @@ TEST_F(SpoolReading, KilledRunGivesTheImagesThatItsIndexVouchesFor)
   run.images = 9;
   run.imagesExpected = 20;
   run.Write(Directory(), {2, 1, 4, 9, 9, 5, 6});
-  const std::string path = Directory() + "/" + kSpoolIndexName;
+  const std::string path = Directory() + "/" + RunFormat::kIndexName;
   std::string index = TextOf(path);
   index[32 * 2 + 9] ^= 1;                                // the record of image 4
   PutFileBytes(path, index.substr(0, index.size() - 5)); // that of image 6 is torn
@@ -211,8 +212,8 @@ TEST_F(SpoolReading, SalvageWithoutIndexLeavesOutPlacesThatWereNeverWritten)
   run.imagesExpected = 1000;
   run.hasMetadata = false;
   run.Write(Directory());
-  fs::remove(Directory() + "/" + kSpoolIndexName);
-  const std::string file = Directory() + "/" + SpoolFileName(0);
+  fs::remove(Directory() + "/" + RunFormat::kIndexName);
+  const std::string file = Directory() + "/" + RunFormat::ImageFileName(0);
   std::string bytes = TextOf(file);
   const std::size_t size = run.Frame(1).size();
   bytes.replace(size, size, size, '\0'); // image 2
@@ -222,7 +223,7 @@ TEST_F(SpoolReading, SalvageWithoutIndexLeavesOutPlacesThatWereNeverWritten)
   Convert(salvage);
   EXPECT_EQ(NumbersWritten(), (Numbers{1, 3, 4, 5}));
   EXPECT_EQ(absent_, "2") << "a gap, while 6 is a place that was never reached";
-  fs::resize_file(Directory() + "/" + SpoolFileName(2), 2 * size - 1);
+  fs::resize_file(Directory() + "/" + RunFormat::ImageFileName(2), 2 * size - 1);
   Convert(salvage);
   EXPECT_EQ(absent_, "2,6") << "what cannot be read may have been an image";
 }
@@ -250,8 +251,8 @@ TEST_F(SpoolReading, FilesBeyondAllImagesAreNotFollowed)
   run.state = "recording";
   run.extra = "[multiimage]\nImagesPerFile = 2147483647\n";
   run.Write(Directory());
-  PutFileBytes(Directory() + "/" + SpoolFileName(9'999'999'999), "?");
-  const TSpoolFiles files(Directory(), INT_MAX, static_cast<std::int64_t>(run.Frame(1).size()));
+  PutFileBytes(Directory() + "/" + RunFormat::ImageFileName(9'999'999'999), "?");
+  const TRunImages files(Directory(), INT_MAX, static_cast<std::int64_t>(run.Frame(1).size()));
   EXPECT_EQ(files.Count(), 2) << "without those that would begin behind the last number";
   EXPECT_EQ(files.End(), INT64_C(2) * INT_MAX);
 }
@@ -266,8 +267,8 @@ TEST_F(SpoolReading, PlacesForBillionsOfImagesAreNotLookedAtOneByOne)
   run.images = run.imagesPerFile = 3;
   run.extra = "[multiimage]\nImagesPerFile = 2147483647\n[run]\nImagesExpected = 2147483647\n";
   run.Write(Directory());
-  fs::resize_file(Directory() + "/" + SpoolFileName(0), INT_MAX); // holds no data
-  const std::string index = Directory() + "/" + kSpoolIndexName;
+  fs::resize_file(Directory() + "/" + RunFormat::ImageFileName(0), INT_MAX); // holds no data
+  const std::string index = Directory() + "/" + RunFormat::kIndexName;
   fs::resize_file(index, INT64_C(1) << 36); // neither
   TConversionSettings salvage;
   salvage.isSalvage = true;
@@ -289,7 +290,7 @@ TEST_F(SpoolReading, CompleteRunThatHasLostItsIndexIsReadUnchecked)
 {
   TMadeRun run;
   run.Write(Directory());
-  fs::remove(Directory() + "/" + kSpoolIndexName);
+  fs::remove(Directory() + "/" + RunFormat::kIndexName);
   Convert();
   EXPECT_EQ(counts_.unchecked, 7);
   EXPECT_EQ(counts_.Missing(), 0);
@@ -312,10 +313,10 @@ TEST_F(SpoolReading, DescriptionIsReadIntoFactsForTheFiles)
 {
   TMadeRun made;
   made.Write(Directory());
-  TSpoolRun run;
+  TRunDescription run;
   ASSERT_TRUE(run.Read(Directory()));
   EXPECT_TRUE(run.Notes().empty());
-  const TRunFacts facts = run.RunFacts();
+  const TRunFacts facts = FactsOf(run);
   EXPECT_EQ(facts.camera, "TRELLIS CMOS");
   EXPECT_EQ(facts.serial, 101);
   EXPECT_EQ(facts.startUtc, "2026-01-31T12:34:56.789012345");
@@ -349,13 +350,13 @@ TEST_P(SpoolLies, AreSeenThrough)
   TMadeRun made;
   made.extra = GetParam().line;
   made.Write(Directory());
-  TSpoolRun run;
+  TRunDescription run;
   EXPECT_EQ(run.Read(Directory()), GetParam().isReadable) << run.Error();
   EXPECT_EQ(run.Error().empty(), GetParam().isReadable);
   if (!GetParam().isReadable) return;
   EXPECT_EQ(run.Layout().has_value(), GetParam().isDecodable) << run.LayoutProblem();
   EXPECT_EQ(run.LayoutProblem().empty(), GetParam().isDecodable);
-  TSpoolIndex index;
+  TRunIndex index;
   EXPECT_TRUE(index.Read(Directory(), run.ImageLimit())) << index.Error();
   TSpoolConversion conversion(
       run, index, {}, nullptr, [] { return false; }, [](const TProgress&) {});
@@ -387,9 +388,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(SpoolReading, ThingsThatAreNoRunAreNamedAndNothingWaits)
 {
-  const std::string description = Directory() + "/" + kSpoolDescriptionName;
+  const std::string description = Directory() + "/" + RunFormat::kDescriptionName;
   const auto errorOf = [this] {
-    TSpoolRun run;
+    TRunDescription run;
     EXPECT_FALSE(run.Read(Directory()));
     return run.Error();
   };
@@ -416,10 +417,10 @@ TEST_F(SpoolReading, ThingsThatAreNoRunAreNamedAndNothingWaits)
   fs::remove_all(Directory());
   fs::create_directory(Directory());
   for (const std::string& name :
-       {std::string(kSpoolDescriptionName), std::string(kSpoolIndexName), SpoolFileName(0)})
+       {std::string(RunFormat::kDescriptionName), std::string(RunFormat::kIndexName), RunFormat::ImageFileName(0)})
     fs::create_symlink(directory_.Path("elsewhere") + "/" + name, Directory() + "/" + name);
-  ASSERT_EQ(mkfifo((Directory() + "/" + SpoolFileName(1)).c_str(), 0600), 0);
-  fs::create_directory(Directory() + "/" + SpoolFileName(2));
+  ASSERT_EQ(mkfifo((Directory() + "/" + RunFormat::ImageFileName(1)).c_str(), 0600), 0);
+  fs::create_directory(Directory() + "/" + RunFormat::ImageFileName(2));
   Convert();
   EXPECT_EQ(NumbersWritten(), (Numbers{1, 2, 3}));
   EXPECT_EQ(absent_, "4-7");
@@ -427,12 +428,12 @@ TEST_F(SpoolReading, ThingsThatAreNoRunAreNamedAndNothingWaits)
 
 TEST(SpoolFileNames, AreTenDigitsAndNothingElse)
 {
-  EXPECT_EQ(SpoolFileName(7), "spool_0000000007.dat");
-  EXPECT_EQ(SpoolFileNumber("spool_0000000007.dat"), 7);
-  EXPECT_EQ(SpoolFileNumber("spool_9999999999.dat"), 9999999999);
+  EXPECT_EQ(RunFormat::ImageFileName(7), "spool_0000000007.dat");
+  EXPECT_EQ(RunFormat::ImageFileNumber("spool_0000000007.dat"), 7);
+  EXPECT_EQ(RunFormat::ImageFileNumber("spool_9999999999.dat"), 9999999999);
   for (const char* other : {"spool_index.dat", "spool_007.dat", "spool_00000000070.dat", "spool_-000000007.dat",
                             "spool_0000000007.DAT", "spool_0000000007.dat.bak", "xspool_0000000007.dat", ""})
-    EXPECT_EQ(SpoolFileNumber(other), std::nullopt) << other;
+    EXPECT_EQ(RunFormat::ImageFileNumber(other), std::nullopt) << other;
 }
 
 TEST(FrameTicks, ComeFromWellFormedChunksOnly)

@@ -1,22 +1,20 @@
 // SPDX-License-Identifier: MIT
 // From the number of an image to its bytes.
-#include "tools/TSpoolFiles.h"
+#include "runs/TRunImages.h"
 
-#include "tools/TSpoolRun.h"
+#include "runs/run_format.h"
 
 #include <algorithm>
 #include <climits>
 #include <filesystem>
 
-namespace vxtool {
-
-TSpoolFiles::TSpoolFiles(const std::string& directory, std::int64_t imagesPerFile, std::int64_t imageBytes)
+TRunImages::TRunImages(const std::string& directory, std::int64_t imagesPerFile, std::int64_t imageBytes)
     : directory_(directory), imagesPerFile_(imagesPerFile), imageBytes_(imageBytes)
 {
   std::error_code error;
   std::filesystem::directory_iterator entry(directory, error);
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    const auto number = SpoolFileNumber(entry->path().filename().string());
+    const auto number = RunFormat::ImageFileNumber(entry->path().filename().string());
     // A file behind all images that a run can have is not one of a run.
     if (!number || *number > INT_MAX / imagesPerFile) continue;
     numbers_.push_back(*number);
@@ -25,22 +23,22 @@ TSpoolFiles::TSpoolFiles(const std::string& directory, std::int64_t imagesPerFil
   if (!numbers_.empty()) end_ = (numbers_.back() + 1) * imagesPerFile;
 }
 
-bool TSpoolFiles::OpenFile(std::int64_t number)
+bool TRunImages::OpenFile(std::int64_t number)
 {
   if (number == number_) return isOpen_;
   number_ = number;
-  isOpen_ = file_.Open(directory_ + "/" + SpoolFileName(number));
+  isOpen_ = file_.Open(directory_ + "/" + RunFormat::ImageFileName(number));
   if (!isOpen_) error_ = file_.Error();
   return isOpen_;
 }
 
-std::int64_t TSpoolFiles::NextFileStart(std::int64_t number) const
+std::int64_t TRunImages::NextFileStart(std::int64_t number) const
 {
   const auto next = std::upper_bound(numbers_.begin(), numbers_.end(), number);
   return next == numbers_.end() ? kNoImage : *next * imagesPerFile_;
 }
 
-std::int64_t TSpoolFiles::NextUsed(std::int64_t image, bool takesUnreadable)
+std::int64_t TRunImages::NextUsed(std::int64_t image, bool takesUnreadable)
 {
   while (image < end_) {
     const std::int64_t file = image / imagesPerFile_;
@@ -59,10 +57,10 @@ std::int64_t TSpoolFiles::NextUsed(std::int64_t image, bool takesUnreadable)
   return kNoImage;
 }
 
-bool TSpoolFiles::ReadImage(std::int64_t image, std::vector<std::byte>& bytes)
+bool TRunImages::ReadImage(std::int64_t image, std::vector<std::byte>& bytes)
 {
   const std::int64_t number = image / imagesPerFile_;
-  const std::string path = directory_ + "/" + SpoolFileName(number);
+  const std::string path = directory_ + "/" + RunFormat::ImageFileName(number);
   if (!OpenFile(number)) {
     unreadableEnd_ = NextFileStart(number);
     return false;
@@ -80,5 +78,3 @@ bool TSpoolFiles::ReadImage(std::int64_t image, std::vector<std::byte>& bytes)
   error_ = file_.Error();
   return false;
 }
-
-} // namespace vxtool

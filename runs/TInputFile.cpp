@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Positioned reads of regular files.
-#include "tools/TInputFile.h"
+#include "runs/TInputFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -8,8 +8,6 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
-
-namespace vxtool {
 
 namespace {
 constexpr std::uint64_t kWindowBytes = 65'536;
@@ -95,5 +93,3 @@ std::uint64_t TInputFile::NextNonzero(std::uint64_t offset, std::uint64_t end)
   }
   return std::min(offset, end);
 }
-
-} // namespace vxtool

@@ -1,38 +1,18 @@
 // SPDX-License-Identifier: MIT
 // Pixel encodings row by row, and the chunks behind the pixels.
-#include "tools/FrameDecoding.h"
+#include "runs/frame_decoding.h"
 
-#include <array>
 #include <cstring>
-
-namespace vxtool {
 
 namespace {
 
 // Frames and files are little-endian, and so is every machine that the library runs on.
-constexpr std::int64_t kFieldBytes = 4;
+constexpr std::int64_t kFieldBytes = RunFormat::kChunkFieldBytes;
 constexpr std::int64_t kTrailerBytes = 2 * kFieldBytes; // identifier and length of a chunk
-constexpr std::uint32_t kEndChunk = 0;
-constexpr std::uint32_t kTimestampChunk = 1;
 
-struct TEncodingRow
+const RunFormat::TEncoding& RowOf(RunFormat::Encoding encoding)
 {
-  const char* name;
-  FrameEncoding encoding;
-  int bytesPerPixel; // 0: packed
-  PixelDepth depth;
-};
-
-constexpr std::array<TEncodingRow, 5> kEncodings = {
-    {{"Mono8", FrameEncoding::Mono8, 1, PixelDepth::Bits8},
-     {"Mono12", FrameEncoding::Mono12, 2, PixelDepth::Bits16},
-     {"Mono12Packed", FrameEncoding::Mono12Packed, 0, PixelDepth::Bits16},
-     {"Mono16", FrameEncoding::Mono16, 2, PixelDepth::Bits16},
-     {"Mono32", FrameEncoding::Mono32, 4, PixelDepth::Bits32}}};
-
-const TEncodingRow& RowOf(FrameEncoding encoding)
-{
-  return kEncodings[static_cast<std::size_t>(encoding)];
+  return RunFormat::kEncodings[static_cast<std::size_t>(encoding)];
 }
 
 template <typename Pixel>
@@ -95,42 +75,42 @@ std::uint32_t FieldBefore(TPixelBytes frame, std::int64_t end)
 
 } // namespace
 
-std::optional<FrameEncoding> FrameEncodingOf(const std::string& text)
+std::optional<RunFormat::Encoding> EncodingOf(const std::string& name)
 {
-  for (const TEncodingRow& row : kEncodings)
-    if (text == row.name) return row.encoding;
+  for (std::size_t index = 0; index < RunFormat::kEncodings.size(); ++index)
+    if (name == RunFormat::kEncodings[index].name) return static_cast<RunFormat::Encoding>(index);
   return std::nullopt;
 }
 
-std::int64_t FrameRowBytes(FrameEncoding encoding, int width)
+std::int64_t RowBytes(RunFormat::Encoding encoding, int width)
 {
   const std::int64_t pixels = width;
   const int bytes = RowOf(encoding).bytesPerPixel;
   return bytes > 0 ? pixels * bytes : pixels / 2 * 3 + pixels % 2 * 2;
 }
 
-PixelDepth WholeDepth(FrameEncoding encoding)
+PixelDepth WholeDepth(RunFormat::Encoding encoding)
 {
-  return RowOf(encoding).depth;
+  return static_cast<PixelDepth>(RowOf(encoding).bits);
 }
 
 bool IsPlainFrame(const TFrameLayout& layout, PixelDepth depth)
 {
   return RowOf(layout.encoding).bytesPerPixel * 8 == static_cast<int>(depth) &&
-         FrameRowBytes(layout.encoding, layout.width) == layout.stride;
+         RowBytes(layout.encoding, layout.width) == layout.stride;
 }
 
 bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth, std::span<std::byte> pixels)
 {
   switch (layout.encoding) {
-  case FrameEncoding::Mono8:
+  case RunFormat::Encoding::kMono8:
     return DecodeTo<TPlainPixels<std::uint8_t>>(frame.data(), layout, depth, pixels.data());
-  case FrameEncoding::Mono12:
-  case FrameEncoding::Mono16:
+  case RunFormat::Encoding::kMono12:
+  case RunFormat::Encoding::kMono16:
     return DecodeTo<TPlainPixels<std::uint16_t>>(frame.data(), layout, depth, pixels.data());
-  case FrameEncoding::Mono12Packed:
+  case RunFormat::Encoding::kMono12Packed:
     return DecodeTo<TPackedPixels>(frame.data(), layout, depth, pixels.data());
-  case FrameEncoding::Mono32:
+  case RunFormat::Encoding::kMono32:
     return DecodeTo<TPlainPixels<std::uint32_t>>(frame.data(), layout, depth, pixels.data());
   }
   return false;
@@ -142,9 +122,10 @@ std::optional<long long> FrameTicks(TPixelBytes frame)
   while (end >= kTrailerBytes) {
     const std::int64_t chunkBytes = kFieldBytes + std::int64_t{FieldBefore(frame, end)};
     const std::uint32_t identifier = FieldBefore(frame, end - kFieldBytes);
-    if (chunkBytes > end || identifier == kEndChunk) return std::nullopt; // other lengths are not judged
+    if (chunkBytes > end || identifier == RunFormat::kEndChunk)
+      return std::nullopt; // other lengths are not judged
     long long ticks = 0;
-    if (identifier == kTimestampChunk) {
+    if (identifier == RunFormat::kTimestampChunk) {
       if (chunkBytes - kTrailerBytes < static_cast<std::int64_t>(sizeof ticks)) return std::nullopt;
       std::memcpy(&ticks, frame.data() + end - chunkBytes, sizeof ticks);
       return ticks;
@@ -153,5 +134,3 @@ std::optional<long long> FrameTicks(TPixelBytes frame)
   }
   return std::nullopt;
 }
-
-} // namespace vxtool

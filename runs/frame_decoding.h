@@ -2,32 +2,35 @@
 // From the bytes of a frame, as a camera delivers it, to pixels and the camera's clock.
 #pragma once
 
-#include "tools/ImageData.h"
+#include "runs/run_format.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
 
-namespace vxtool {
-
-enum class FrameEncoding
+/// How many bits a pixel has in memory and in a file; 32-bit pixels are signed.
+enum class PixelDepth
 {
-  Mono8,
-  Mono12,
-  Mono12Packed,
-  Mono16,
-  Mono32,
+  Bits8 = 8,
+  Bits16 = 16,
+  Bits32 = 32,
 };
 
-/// The encoding with the name that "PixelEncoding" gives it; nothing for another text.
-std::optional<FrameEncoding> FrameEncodingOf(const std::string& text);
+using TPixelBytes = std::span<const std::byte>;
+
+/// The encoding with this name; nothing for another text.
+std::optional<RunFormat::Encoding> EncodingOf(const std::string& name);
 /// Bytes that the pixels of one row take, without padding.
-std::int64_t FrameRowBytes(FrameEncoding encoding, int width);
+std::int64_t RowBytes(RunFormat::Encoding encoding, int width);
 /// The smallest depth that holds every pixel of the encoding.
-PixelDepth WholeDepth(FrameEncoding encoding);
+PixelDepth WholeDepth(RunFormat::Encoding encoding);
 
 /// Where the pixels of a frame are.
 struct TFrameLayout
 {
-  FrameEncoding encoding = FrameEncoding::Mono16;
+  RunFormat::Encoding encoding = RunFormat::Encoding::kMono16;
   int width = 0;
   int height = 0;
   std::int64_t stride = 0; ///< bytes from row to row, at least those of a row's pixels
@@ -44,5 +47,3 @@ bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth
 
 /// The clock of the camera from the metadata chunks at the end of a frame; nothing when there is none.
 std::optional<long long> FrameTicks(TPixelBytes frame);
-
-} // namespace vxtool

@@ -1,22 +1,19 @@
 // SPDX-License-Identifier: MIT
-// The image files of a spooled run.
+// The image files of a recorded run.
 #pragma once
 
-#include "tools/ImageData.h"
-#include "tools/TInputFile.h"
+#include "runs/TInputFile.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-namespace vxtool {
-
 /// Reads images by number, one file open at a time, so that a run may have any number of files. One thread at a
 /// time.
-class TSpoolFiles final
+class TRunImages final
 {
 public:
-  TSpoolFiles(const std::string& directory, std::int64_t imagesPerFile, std::int64_t imageBytes);
+  TRunImages(const std::string& directory, std::int64_t imagesPerFile, std::int64_t imageBytes);
 
   /// Reads image @p image, from 0. False with Error() set when its file is missing, too short, or cannot be read.
   bool ReadImage(std::int64_t image, std::vector<std::byte>& bytes);
@@ -48,5 +45,3 @@ private:
   std::int64_t number_ = -1; // of the file that is open or could not be opened
   bool isOpen_ = false;
 };
-
-} // namespace vxtool

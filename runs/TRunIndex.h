@@ -1,29 +1,27 @@
 // SPDX-License-Identifier: MIT
-// The index of a spooled run: which images are on disk, and what they must look like.
+// The index of a recorded run: which images are on disk, and what they must look like.
 #pragma once
 
+#include "runs/run_format.h"
+
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
-namespace vxtool {
-
 /// The records of spool_index.dat. Each carries a checksum of itself: what does not fit is not a record, and
 /// neither is one for an image that the run cannot have or that has a record already. One thread at a time.
-class TSpoolIndex final
+class TRunIndex final
 {
 public:
-  struct TRecord
-  {
-    std::int64_t image = 0; ///< from 0
-    std::uint64_t checksum = 0;
-    std::int64_t hostNanoseconds = 0; ///< since 1970-01-01 UTC
-  };
+  using TRecord = RunFormat::TIndexRecord;
 
   /// Reads the index in a directory, not much more of it than the records of all images that can be. False with Error()
-  /// set when it is missing or cannot be read, and after Ctrl-C; the records before a failure are there.
-  /// @param imageLimit  numbers of images are below this
-  bool Read(const std::string& directory, std::int64_t imageLimit);
+  /// set when it is missing or cannot be read, or was interrupted; the records before a failure are there.
+  /// @param imageLimit     numbers of images are below this
+  /// @param isInterrupted  asked now and then
+  bool Read(const std::string& directory, std::int64_t imageLimit,
+            const std::function<bool()>& isInterrupted = {});
 
   /// The record of an image, or null.
   const TRecord* Find(std::int64_t image) const;
@@ -31,7 +29,7 @@ public:
   std::int64_t NextAt(std::int64_t image) const;
   std::int64_t Count() const { return static_cast<std::int64_t>(records_.size()); }
   /// The number behind the last image that has a record.
-  std::int64_t End() const { return records_.empty() ? 0 : records_.back().image + 1; }
+  std::int64_t End() const { return records_.empty() ? 0 : static_cast<std::int64_t>(records_.back().number) + 1; }
   /// Pieces of the file that are not records, a short one at its end included.
   std::int64_t Damaged() const { return damaged_; }
   /// Whether there is no index, or something else has its name.
@@ -41,10 +39,8 @@ public:
 private:
   std::vector<TRecord>::const_iterator At(std::int64_t image) const;
 
-  std::vector<TRecord> records_; // by image
+  std::vector<TRecord> records_; // by number
   std::int64_t damaged_ = 0;
   bool isMissing_ = false;
   std::string error_;
 };
-
-} // namespace vxtool

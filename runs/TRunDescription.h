@@ -1,38 +1,21 @@
 // SPDX-License-Identifier: MIT
-// What the directory of a spooled run says about the run.
+// What the directory of a recorded run says about the run.
 #pragma once
 
-#include "tools/FrameDecoding.h"
-#include "tools/ImageData.h"
+#include "runs/frame_decoding.h"
+#include "runs/run_format.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace vxtool {
-
-inline constexpr const char* kSpoolDescriptionName = "acquisitionmetadata.ini";
-inline constexpr const char* kSpoolIndexName = "spool_index.dat";
-/// The name of an image file: "spool_0000000007.dat".
-std::string SpoolFileName(std::int64_t file);
-/// The number in such a name; nothing when it is the name of something else.
-std::optional<std::int64_t> SpoolFileNumber(const std::string& name);
-
-enum class SpoolState
-{
-  Recording, ///< also of a run that was killed
-  Complete,
-  Aborted,
-  Failed,
-};
-
-/// The keys of acquisitionmetadata.ini. What the file does not say is empty or nothing.
-struct TSpoolFacts
+/// The values of the description's keys. What the file does not say is empty or nothing.
+struct TRunValues
 {
   std::int64_t imagesPerFile = 0;
   std::int64_t imageBytes = 0;
-  SpoolState state = SpoolState::Recording;
+  RunFormat::State state = RunFormat::State::kRecording;
   std::string stateText;
   std::optional<std::int64_t> imagesExpected;
   std::int64_t imagesWritten = 0;
@@ -56,21 +39,21 @@ struct TSpoolFacts
   std::optional<double> exposureSeconds;
   std::optional<double> frameRate;
   std::optional<std::int64_t> accumulations;
-  std::string trigger;
+  std::string trigger; ///< the camera's word for it
   std::string model;
   std::string serial;
 };
 
-/// Reads the description of a run and judges it. Numbers that cannot be true are treated as missing, with a note.
+/// Reads the description of a run and checks it. Numbers that cannot be true are treated as missing, with a note.
 /// One thread at a time.
-class TSpoolRun final
+class TRunDescription final
 {
 public:
   /// False with Error() set when there is no description, or one without what is needed to find an image.
   bool Read(const std::string& directory);
 
   const std::string& Directory() const { return directory_; }
-  const TSpoolFacts& Facts() const { return facts_; }
+  const TRunValues& Values() const { return values_; }
   const std::string& Error() const { return error_; }
   /// Whether Read() failed because there is no description.
   bool IsMissing() const { return isMissing_; }
@@ -82,8 +65,6 @@ public:
   const std::string& LayoutProblem() const { return layoutProblem_; }
   /// The numbers of images, from 0, are below this.
   std::int64_t ImageLimit() const;
-  /// What the writers of image files want to know, but for the number of images that a file may get.
-  TRunFacts RunFacts() const;
 
 private:
   bool Fail(const std::string& message);
@@ -91,12 +72,10 @@ private:
   void FindLayout();
 
   std::string directory_;
-  TSpoolFacts facts_;
+  TRunValues values_;
   std::string error_;
   bool isMissing_ = false;
   std::vector<std::string> notes_;
   std::optional<TFrameLayout> layout_;
   std::string layoutProblem_;
 };
-
-} // namespace vxtool

@@ -8,8 +8,6 @@
 #include <string>
 #include <vector>
 
-namespace vxtool {
-
 /// Owns one descriptor of a regular file; symbolic links to one are followed. Anything else (a directory, a pipe,
 /// a device) is refused, so that no read waits or has no end. One thread at a time. Operations answer false on
 /// failure; Error() then names file and reason.
@@ -48,5 +46,3 @@ private:
   std::vector<std::byte> window_; // what was looked at last
   std::uint64_t windowStart_ = 0;
 };
-
-} // namespace vxtool

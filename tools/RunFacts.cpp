@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// From the keys of a description to the facts of a file.
+#include "tools/RunFacts.h"
+
+#include "tools/Options.h"
+#include "tools/ToolText.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <climits>
+
+namespace vxtool {
+
+namespace {
+
+constexpr std::size_t kUtcLength = 19; // up to the seconds
+
+// "External Start" becomes "external-start", the word of the command line.
+std::string TriggerWord(std::string text)
+{
+  for (char& c : text) c = c == ' ' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
+}
+
+std::optional<int> FirstNumberIn(const std::string& text)
+{
+  const std::size_t digit = text.find_first_of("0123456789");
+  if (digit == std::string::npos) return std::nullopt;
+  int number = 0;
+  const auto [rest, error] = std::from_chars(text.data() + digit, text.data() + text.size(), number);
+  return error == std::errc{} ? std::optional<int>(number) : std::nullopt;
+}
+
+// "2026-01-31T12:34:56.789012345Z" without the Z, which the files say in another way; "" for anything else.
+std::string PlainUtc(const std::string& text)
+{
+  const std::string pattern = "dddd-dd-ddTdd:dd:dd";
+  if (text.size() <= kUtcLength || text.back() != 'Z') return "";
+  for (std::size_t index = 0; index + 1 < text.size(); ++index) {
+    const bool isDigit = std::isdigit(static_cast<unsigned char>(text[index])) != 0;
+    const char wanted = index < kUtcLength ? pattern[index] : index == kUtcLength ? '.' : 'd';
+    if (wanted == 'd' ? !isDigit : text[index] != wanted) return "";
+  }
+  return text.substr(0, text.size() - 1);
+}
+
+TSensorArea AreaOf(const TRunValues& values)
+{
+  TSensorArea area; // of width 0: not known
+  if (!values.layout.empty() && values.layout != "Image") return area;
+  if (!values.left || !values.top || !values.horizontalBinning || !values.verticalBinning) return area;
+  if (!values.width || !values.height) return area;
+  area.left = static_cast<int>(*values.left);
+  area.top = static_cast<int>(*values.top);
+  area.width = static_cast<int>(std::min<std::int64_t>(*values.width * *values.horizontalBinning, INT_MAX));
+  area.height = static_cast<int>(std::min<std::int64_t>(*values.height * *values.verticalBinning, INT_MAX));
+  area.horizontalBinning = static_cast<int>(*values.horizontalBinning);
+  area.verticalBinning = static_cast<int>(*values.verticalBinning);
+  return area;
+}
+
+} // namespace
+
+TRunFacts FactsOf(const TRunDescription& run)
+{
+  const TRunValues& values = run.Values();
+  TRunFacts facts;
+  facts.software = std::string("vxmcd tool ") + VXTOOL_VERSION;
+  facts.camera = PrintableAscii(values.model);
+  facts.serial = FirstNumberIn(values.serial);
+  facts.startUtc = PlainUtc(values.startTime);
+  facts.trigger = PrintableAscii(TriggerWord(values.trigger));
+  facts.exposureSeconds = values.exposureSeconds.value_or(0.0);
+  facts.accumulations = static_cast<int>(values.accumulations.value_or(1));
+  if (facts.trigger == TriggerName(Trigger::Internal) && values.frameRate)
+    facts.cycleSeconds = facts.accumulations / *values.frameRate;
+  facts.area = AreaOf(values);
+  return facts;
+}
+
+} // namespace vxtool
