@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Starting, stopping, waiting for and asking about an acquisition.
-#include "acquisition/TPseudoAcquisitionMode.h"
-#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/outputs.h"
+#include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "utility/exports.h"
 #include "utility/TQuorinEvent.h"
@@ -9,8 +9,6 @@
 #include <cstdint>
 
 namespace {
-
-using TManager = TVxmcdAcquisitionManager;
 
 // Resets the cursor however the start ends.
 class TCursorReset
@@ -29,18 +27,13 @@ private:
 };
 
 // A run that fails meanwhile sets its flag before it ends, so the flags are read last.
-int StatusOf(TManager& manager)
+int StatusOf(TVxmcdAcquisitionManager& manager)
 {
   const bool isRunning = manager.IsRunning();
   if (manager.IsTimedOut()) return RC_STATUS_TIMED_OUT;
   if (manager.IsHardwareOverflow()) return RC_STATUS_HARDWARE_OVERFLOW;
   if (manager.IsSpoolIssues()) return RC_STATUS_SPOOL_ISSUE;
   return isRunning ? RC_ACQUIRING : RC_IDLE;
-}
-
-void Write(long* output, std::int64_t value)
-{
-  if (output) *output = static_cast<long>(value);
 }
 
 } // namespace
@@ -51,32 +44,14 @@ unsigned int StartAcquisition(void)
   if (!camera) return RC_NOT_INITIALIZED;
   const TCursorReset reset(camera);
   if (camera.AcquisitionMode().ApplyPending() != TPseudoAcquisitionMode::kAccepted) return RC_START_REFUSED;
-  switch (camera.Manager().Start()) {
-  case TManager::kAlreadyAcquiring:
-    return RC_ACQUIRING;
-  case TManager::kCommandFailed:
-    return RC_FEATURE_ERROR;
-  case TManager::kStartFailed:
-    return RC_FRAME_UNAVAILABLE;
-  case TManager::kStartThrew:
-    return RC_START_REFUSED;
-  default:
-    return RC_SUCCESS;
-  }
+  return ToResultCode(camera.Manager().Start(), ResultMap::kStart);
 }
 
 unsigned int AbortAcquisition(void)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  switch (camera.Manager().Stop()) {
-  case TManager::kNotAcquiring:
-    return RC_IDLE;
-  case TManager::kCommandFailed:
-    return RC_FEATURE_ERROR;
-  default:
-    return RC_SUCCESS;
-  }
+  return ToResultCode(camera.Manager().Stop(), ResultMap::kAbort);
 }
 
 unsigned int WaitForAcquisition(void)
@@ -100,7 +75,7 @@ unsigned int WaitForAcquisitionByHandleTimeOut(long handle, int timeoutMs)
   if (handle == -1) return RC_NOT_INITIALIZED;
   const TCameraUse camera(handle);
   if (!camera) return RC_NOT_INITIALIZED;
-  return camera.Manager().Wait(timeoutMs) == TManager::kDone ? RC_SUCCESS : RC_NO_NEW_DATA;
+  return ToResultCode(camera.Manager().Wait(timeoutMs), RC_NO_NEW_DATA);
 }
 VXMCD_PLAIN_NAME(WaitForAcquisitionByHandleTimeOut, _Z33WaitForAcquisitionByHandleTimeOutli);
 
@@ -116,14 +91,14 @@ unsigned int GetStatus(int* status)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  if (status) *status = StatusOf(camera.Manager());
+  WriteOutput(status, StatusOf(camera.Manager()));
   return RC_SUCCESS;
 }
 
 unsigned int GetAcquisitionProgress(long* accumulations, long* series)
 {
-  Write(accumulations, 0);
-  Write(series, 0);
+  WriteOutput(accumulations, 0);
+  WriteOutput(series, 0);
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
 
@@ -131,7 +106,7 @@ unsigned int GetAcquisitionProgress(long* accumulations, long* series)
   const auto queue = camera.Manager().HoldDispatchQueue();
   const std::int64_t newest = queue ? queue->GetMaximumImageAvailable() : 0;
   const bool isComplete = status == RC_ACQUIRING && newest == camera.AcquisitionMode().GetSeriesLength();
-  if (status != RC_IDLE && !isComplete) Write(series, newest);
+  if (status != RC_IDLE && !isComplete) WriteOutput(series, newest);
   return RC_SUCCESS;
 }
 VXMCD_PLAIN_NAME(GetAcquisitionProgress, _Z22GetAcquisitionProgressPlS_);
@@ -140,7 +115,7 @@ unsigned int GetSizeOfCircularBuffer(long* size)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  Write(size, camera.Manager().GetCircularBufferSize());
+  WriteOutput(size, camera.Manager().GetCircularBufferSize());
   return RC_SUCCESS;
 }
 VXMCD_PLAIN_NAME(GetSizeOfCircularBuffer, _Z23GetSizeOfCircularBufferPl);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The potentiometers of the camera. Several of these functions answer the facade's own status, 0 or 1, which callers
 // rely on.
+#include "api/outputs.h"
+#include "api/result_maps.h"
 #include "api/TServiceUse.h"
 #include "service/TCameraPotsFacade.h"
 #include "service/TObserverList.h"
@@ -10,21 +12,21 @@ unsigned int vxsys_CameraPotsLoadFile(const char* fileName)
 {
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  return camera.Pots().LoadFile(fileName) == TCameraPotsFacade::kDone ? RC_SUCCESS : RC_FILE_LOAD_ERROR;
+  return ToResultCode(camera.Pots().LoadFile(fileName), RC_FILE_LOAD_ERROR);
 }
 
 unsigned int vxsys_CameraPotsSaveFile(const char* fileName)
 {
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  return camera.Pots().SaveFile(fileName) == TCameraPotsFacade::kDone ? RC_SUCCESS : RC_FILE_SAVE_ERROR;
+  return ToResultCode(camera.Pots().SaveFile(fileName), RC_FILE_SAVE_ERROR);
 }
 
 unsigned int vxsys_CameraPotsCommitValuesFromFile(void)
 {
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  return camera.Pots().CommitValuesFromFile() == TCameraPotsFacade::kDone ? RC_SUCCESS : RC_FILE_LOAD_ERROR;
+  return ToResultCode(camera.Pots().CommitValuesFromFile(), RC_FILE_LOAD_ERROR);
 }
 
 unsigned int vxsys_CameraPotsGetNumberGroups(int* count)
@@ -89,7 +91,7 @@ unsigned int vxsys_CameraPotsGetPotDefaultEnable(int* enable)
   if (!camera) return RC_NOT_INITIALIZED;
   bool isEnabled = false;
   const unsigned int status = camera.Pots().GetPotDefaultEnable(isEnabled);
-  if (enable) *enable = isEnabled ? 1 : 0;
+  WriteOutput(enable, isEnabled ? 1 : 0);
   return status;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Choosing a camera.
 #include "api/camera_registry.h"
+#include "api/outputs.h"
 #include "features/current_core_handle.h"
 #include "features/device_access.h"
 #include "features/TLibraryUse.h"
@@ -21,7 +22,7 @@ unsigned int GetAvailableCameras(long* count)
   const TLibraryUse library;
   long long deviceCount = 0;
   if (ReadDeviceCount(deviceCount) != VX_SUCCESS) return RC_NOT_SUPPORTED;
-  if (count) *count = static_cast<long>(deviceCount);
+  WriteOutput(count, deviceCount);
   return RC_SUCCESS;
 }
 VXMCD_PLAIN_NAME(GetAvailableCameras, _Z19GetAvailableCamerasPl);
@@ -31,7 +32,7 @@ unsigned int GetCameraHandle(long cameraIndex, long* handle)
   long count = 0;
   if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return code;
   if (cameraIndex < 0 || cameraIndex >= count) return RC_P1_INVALID;
-  if (handle) *handle = kFirstCameraHandle + cameraIndex;
+  WriteOutput(handle, kFirstCameraHandle + cameraIndex);
   return RC_SUCCESS;
 }
 VXMCD_PLAIN_NAME(GetCameraHandle, _Z15GetCameraHandlelPl);
@@ -48,7 +49,7 @@ VXMCD_PLAIN_NAME(SetCurrentCamera, _Z16SetCurrentCameral);
 
 unsigned int GetCurrentCamera(long* handle)
 {
-  if (handle) *handle = CurrentCameraHandle();
+  WriteOutput(handle, CurrentCameraHandle());
   return RC_SUCCESS;
 }
 VXMCD_PLAIN_NAME(GetCurrentCamera, _Z16GetCurrentCameraPl);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What kind of camera is open.
-#include "features/current_core_handle.h"
+#include "api/outputs.h"
+#include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/TValueText.h"
@@ -201,13 +202,13 @@ bool ReadWholeString(int coreHandle, const wchar_t* feature, std::wstring& text)
 unsigned int GetCapabilities(vxmcd_Capabilities* capabilities)
 {
   if (!capabilities) return RC_P1_INVALID;
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   unsigned int end = sizeof(unsigned int); // of the words so far, the caller's size among them
   for (const TCapabilityWord& row : kCapabilityWords) {
     end += sizeof(unsigned int);
     if (capabilities->size < end) return RC_SUCCESS;
-    capabilities->*row.word = row.make(coreHandle);
+    capabilities->*row.word = row.make(camera.CoreHandle());
   }
   return RC_SUCCESS;
 }
@@ -215,8 +216,8 @@ unsigned int GetCapabilities(vxmcd_Capabilities* capabilities)
 unsigned int GetHardwareVersion(unsigned int* out1, unsigned int* out2, unsigned int* out3, unsigned int* out4,
                                 unsigned int* firmwareDate, unsigned int* firmwareBuild)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   if (!out1) return RC_P1_INVALID;
   if (!out2) return RC_P2_INVALID;
   if (!out3) return RC_P3_INVALID;
@@ -226,7 +227,7 @@ unsigned int GetHardwareVersion(unsigned int* out1, unsigned int* out2, unsigned
   for (unsigned int* const output : {out1, out2, out3, out4, firmwareDate, firmwareBuild}) *output = 0;
 
   std::wstring text;
-  if (!ReadWholeString(coreHandle, Feature::kFirmwareVersion, text)) return RC_SUCCESS;
+  if (!ReadWholeString(camera.CoreHandle(), Feature::kFirmwareVersion, text)) return RC_SUCCESS;
   const TFirmwareVersion version = ParseFirmwareVersion(text);
   *firmwareDate = ToDate(version);
   *firmwareBuild = static_cast<unsigned int>(version.numbers[3]);
@@ -246,47 +247,47 @@ void PlainExtractNumberFromString(wchar_t* text, int* number)
 
 unsigned int GetCameraSerialNumber(int* number)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   if (!number) return RC_P1_INVALID;
   *number = 0;
   std::wstring text;
-  if (ReadWholeString(coreHandle, Feature::kSerialNumber, text)) extractNumberFromString(text.data(), *number);
+  if (ReadWholeString(camera.CoreHandle(), Feature::kSerialNumber, text))
+    extractNumberFromString(text.data(), *number);
   return RC_SUCCESS;
 }
 
 unsigned int GetHeadModel(char* name)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   if (!name) return RC_P1_INVALID;
   name[0] = '\0';
   int length = 0;
-  if (ReadStringLength(coreHandle, Feature::kCameraModel, length) != VX_SUCCESS) return RC_SUCCESS;
+  if (ReadStringLength(camera.CoreHandle(), Feature::kCameraModel, length) != VX_SUCCESS) return RC_SUCCESS;
   std::wstring text;
-  if (ReadString(coreHandle, Feature::kCameraModel, kHeadModelLength, text) == VX_SUCCESS)
+  if (ReadString(camera.CoreHandle(), Feature::kCameraModel, kHeadModelLength, text) == VX_SUCCESS)
     QuorinUtility::TQuorinMisc::snprintf(name, kHeadModelLength, "%ls", text.c_str());
   return RC_SUCCESS;
 }
 
 unsigned int GetPixelSize(float* width, float* height)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  if (width) *width = kDefaultPixelMicrometres;
-  if (height) *height = kDefaultPixelMicrometres;
-  if (!isImplemented(coreHandle, Feature::kPixelWidth)) return RC_NOT_SUPPORTED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  for (float* const output : {width, height}) WriteOutput(output, kDefaultPixelMicrometres);
+  if (!isImplemented(camera.CoreHandle(), Feature::kPixelWidth)) return RC_NOT_SUPPORTED;
   double widthMicrometres = 0.0;
   double heightMicrometres = 0.0;
-  if (ReadFloat(coreHandle, Feature::kPixelWidth, widthMicrometres) != VX_SUCCESS) return RC_P1_INVALID;
-  if (ReadFloat(coreHandle, Feature::kPixelHeight, heightMicrometres) != VX_SUCCESS) return RC_P2_INVALID;
-  if (width) *width = static_cast<float>(widthMicrometres);
-  if (height) *height = static_cast<float>(heightMicrometres);
+  if (ReadFloat(camera.CoreHandle(), Feature::kPixelWidth, widthMicrometres) != VX_SUCCESS) return RC_P1_INVALID;
+  if (ReadFloat(camera.CoreHandle(), Feature::kPixelHeight, heightMicrometres) != VX_SUCCESS) return RC_P2_INVALID;
+  WriteOutput(width, widthMicrometres);
+  WriteOutput(height, heightMicrometres);
   return RC_SUCCESS;
 }
 
 unsigned int GetControllerCardModel(char* name)
 {
-  if (name) name[0] = '\0';
+  WriteOutput(name, '\0');
   return RC_SUCCESS;
 }

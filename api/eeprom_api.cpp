@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The contents of the camera's EEPROM, through the configuration that the configuration library made.
+#include "api/outputs.h"
+#include "api/result_maps.h"
 #include "api/TServiceUse.h"
 #include "vxmcd.h"
 #include "vxmcd_plugins.h"
@@ -20,11 +22,6 @@ bool loadFromEEPROM(const TServiceUse& camera)
   return camera.IsEepromRead() || ReadEeprom(camera);
 }
 
-unsigned int ToResultCode(int status)
-{
-  return status == 0 ? RC_SUCCESS : RC_FEATURE_ERROR;
-}
-
 } // namespace
 
 unsigned int vxsys_EEPUP(void)
@@ -42,8 +39,8 @@ unsigned int vxsys_EEPVR(int* first, int* version)
   if (!camera.Configuration()) return RC_NOT_SUPPORTED;
   if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
   const unsigned int number = camera.Configuration()->GetVersion();
-  if (version) *version = static_cast<int>(number);
-  if (first) *first = 0;
+  WriteOutput(version, number);
+  WriteOutput(first, 0);
   return RC_SUCCESS;
 }
 
@@ -52,7 +49,7 @@ unsigned int vxsys_EEPFL(void)
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
-  return ToResultCode(camera.Configuration()->WriteToEEPROM());
+  return ToResultCode(camera.Configuration()->WriteToEEPROM(), RC_FEATURE_ERROR);
 }
 
 unsigned int vxsys_EEPLD(const char* fileName)
@@ -60,7 +57,7 @@ unsigned int vxsys_EEPLD(const char* fileName)
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
-  return ToResultCode(camera.Configuration()->LoadFromFile(fileName));
+  return ToResultCode(camera.Configuration()->LoadFromFile(fileName), RC_FEATURE_ERROR);
 }
 
 unsigned int vxsys_EEPSV(const char* fileName)
@@ -68,7 +65,7 @@ unsigned int vxsys_EEPSV(const char* fileName)
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
-  return ToResultCode(camera.Configuration()->SaveToFile(fileName));
+  return ToResultCode(camera.Configuration()->SaveToFile(fileName), RC_FEATURE_ERROR);
 }
 
 unsigned int LoadEEPROM(const char* fileName)
@@ -77,5 +74,5 @@ unsigned int LoadEEPROM(const char* fileName)
   if (!camera) return RC_NOT_INITIALIZED;
   if (!camera.Configuration()) return RC_NOT_SUPPORTED;
   if (camera.Configuration()->LoadFromFile(fileName) != 0) return RC_FEATURE_ERROR;
-  return ToResultCode(camera.Configuration()->WriteToEEPROM());
+  return ToResultCode(camera.Configuration()->WriteToEEPROM(), RC_FEATURE_ERROR);
 }

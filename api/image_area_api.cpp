@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The sensor and the image area on it.
-#include "api/binning.h"
-#include "features/current_core_handle.h"
+#include "api/outputs.h"
+#include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+#include "utility/TQuorinMisc.h"
 #include "vxmcd.h"
 
 #include <cstdint>
+#include <iterator>
 
 namespace {
 
@@ -15,7 +17,7 @@ bool Read(int coreHandle, const wchar_t* feature, int* output)
 {
   long long value = 0;
   if (ReadInt(coreHandle, feature, value) != VX_SUCCESS) return false;
-  if (output) *output = static_cast<int>(value);
+  WriteOutput(output, value);
   return true;
 }
 
@@ -57,6 +59,39 @@ private:
   bool isKnown_ = false;
 };
 
+// Binning factors. Each function answers the feature library's code, but for a factor out of range the result code of
+// its argument.
+constexpr int OutOfRangeAs(int code, int resultCode)
+{
+  return code == VX_ERR_OUT_OF_RANGE ? resultCode : code;
+}
+
+int setHorizontalBinning(int coreHandle, int bin)
+{
+  return OutOfRangeAs(WriteInt(coreHandle, Feature::kAOIHBin, bin), RC_P1_INVALID);
+}
+
+int setVerticalBinning(int coreHandle, int bin)
+{
+  return OutOfRangeAs(WriteInt(coreHandle, Feature::kAOIVBin, bin), RC_P2_INVALID);
+}
+
+// Square binning by its text, "2x2".
+int setCombinedBinning(int coreHandle, int bin)
+{
+  wchar_t text[256] = {};
+  QuorinUtility::TQuorinMisc::snwprintf(text, std::size(text), L"%dx%d", bin, bin);
+  return OutOfRangeAs(WriteText(coreHandle, Feature::kAOIBinning, text), RC_P1_INVALID);
+}
+
+// A camera that does not set each factor by itself has square binning by the horizontal one.
+int setBinningOptions(int coreHandle, int hbin, int vbin)
+{
+  if (setHorizontalBinning(coreHandle, hbin) == VX_ERR_NOT_IMPLEMENTED)
+    return setCombinedBinning(coreHandle, hbin);
+  return setVerticalBinning(coreHandle, vbin);
+}
+
 // Rows count from the sensor's far edge. Each track is read out as one binned row.
 bool WriteTrack(int coreHandle, int sensorHeight, int firstRow, int lastRow)
 {
@@ -68,10 +103,10 @@ bool WriteTrack(int coreHandle, int sensorHeight, int firstRow, int lastRow)
 
 unsigned int GetDetector(int* xpixels, int* ypixels)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  const bool hasHeight = Read(coreHandle, Feature::kSensorHeight, ypixels);
-  const bool hasWidth = Read(coreHandle, Feature::kSensorWidth, xpixels);
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  const bool hasHeight = Read(camera.CoreHandle(), Feature::kSensorHeight, ypixels);
+  const bool hasWidth = Read(camera.CoreHandle(), Feature::kSensorWidth, xpixels);
   if (!hasWidth) return RC_P1_INVALID;
   if (!hasHeight) return RC_P2_INVALID;
   return RC_SUCCESS;
@@ -79,19 +114,19 @@ unsigned int GetDetector(int* xpixels, int* ypixels)
 
 unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int vend)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   if (hbin < 1) return RC_P1_INVALID;
   if (vbin < 1) return RC_P2_INVALID;
 
-  const TLayoutSwitch layout(coreHandle, FeatureText::kImage);
-  setBinningOptions(hbin, vbin); // what it answers does not count: width and height tell
-  const bool isWidthWrong = IsOutOfRange(coreHandle, Feature::kAOIWidth, Extent(hstart, hend) / hbin);
-  const bool isLeftWrong = IsOutOfRange(coreHandle, Feature::kAOILeft, hstart);
+  const TLayoutSwitch layout(camera.CoreHandle(), FeatureText::kImage);
+  setBinningOptions(camera.CoreHandle(), hbin, vbin); // what it answers does not count: width and height tell
+  const bool isWidthWrong = IsOutOfRange(camera.CoreHandle(), Feature::kAOIWidth, Extent(hstart, hend) / hbin);
+  const bool isLeftWrong = IsOutOfRange(camera.CoreHandle(), Feature::kAOILeft, hstart);
   int sensorHeight = 0;
-  Read(coreHandle, Feature::kSensorHeight, &sensorHeight); // not needed, but the camera sees these calls
-  const bool isHeightWrong = IsOutOfRange(coreHandle, Feature::kAOIHeight, Extent(vstart, vend) / vbin);
-  const bool isTopWrong = IsOutOfRange(coreHandle, Feature::kAOITop, vstart);
+  Read(camera.CoreHandle(), Feature::kSensorHeight, &sensorHeight); // not needed, but the camera sees these calls
+  const bool isHeightWrong = IsOutOfRange(camera.CoreHandle(), Feature::kAOIHeight, Extent(vstart, vend) / vbin);
+  const bool isTopWrong = IsOutOfRange(camera.CoreHandle(), Feature::kAOITop, vstart);
 
   if (isTopWrong) return RC_P6_INVALID;
   if (isHeightWrong) return RC_P5_INVALID;
@@ -102,22 +137,22 @@ unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int 
 
 unsigned int SetRandomTracks(int numTracks, int* areas)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  if (!isImplemented(coreHandle, Feature::kAOILayout)) return RC_NOT_SUPPORTED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kAOILayout)) return RC_NOT_SUPPORTED;
   if (!areas && numTracks > 0) return RC_P2_INVALID;
 
-  const TLayoutSwitch layout(coreHandle, FeatureText::kTrack);
-  if (!Write(coreHandle, Feature::kAOICount, numTracks)) return RC_P1_INVALID;
+  const TLayoutSwitch layout(camera.CoreHandle(), FeatureText::kTrack);
+  if (!Write(camera.CoreHandle(), Feature::kAOICount, numTracks)) return RC_P1_INVALID;
   int sensorHeight = 0;
-  Read(coreHandle, Feature::kSensorHeight, &sensorHeight);
+  Read(camera.CoreHandle(), Feature::kSensorHeight, &sensorHeight);
   bool isGood = true;
   for (int track = 1; track <= numTracks; ++track) {
-    Write(coreHandle, Feature::kAOISelector, track);
-    Write(coreHandle, Feature::kAOIHBin, 1);
+    Write(camera.CoreHandle(), Feature::kAOISelector, track);
+    Write(camera.CoreHandle(), Feature::kAOIHBin, 1);
     // The far edge comes first in the camera: the last pair belongs to its first track.
     const int* const pair = areas + 2 * std::int64_t{numTracks - track};
-    if (isGood) isGood = WriteTrack(coreHandle, sensorHeight, pair[0], pair[1]);
+    if (isGood) isGood = WriteTrack(camera.CoreHandle(), sensorHeight, pair[0], pair[1]);
   }
   return isGood ? RC_SUCCESS : RC_P2_INVALID;
 }
@@ -125,15 +160,15 @@ unsigned int SetRandomTracks(int numTracks, int* areas)
 unsigned int GetMaximumBinning(int /*readMode*/, int horzVert, int* maxBinning)
 {
   constexpr unsigned int kDone = 0; // not RC_SUCCESS: callers rely on it
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   if (horzVert != 0 && horzVert != 1) return RC_P2_INVALID;
   if (!maxBinning) return RC_P3_INVALID;
   *maxBinning = 1;
   const wchar_t* const feature = horzVert == 0 ? Feature::kAOIHBinInternal : Feature::kAOIVBinInternal;
-  if (!isImplemented(coreHandle, feature)) return kDone;
+  if (!isImplemented(camera.CoreHandle(), feature)) return kDone;
   long long maximum = 0;
-  if (ReadIntMax(coreHandle, feature, maximum) != VX_SUCCESS) return RC_BINNING_QUERY_FAILED;
+  if (ReadIntMax(camera.CoreHandle(), feature, maximum) != VX_SUCCESS) return RC_BINNING_QUERY_FAILED;
   *maxBinning = static_cast<int>(maximum);
   return kDone;
 }

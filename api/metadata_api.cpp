@@ -2,14 +2,17 @@
 // Metadata of frames.
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "api/switch_setting.h"
+#include "api/outputs.h"
+#include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 
 unsigned int SetMetaData(int enable)
 {
-  return WriteSwitch(Feature::kMetadataEnable, enable);
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  return ToResultCode(WriteBool(camera.CoreHandle(), Feature::kMetadataEnable, enable), ResultMap::kSwitch);
 }
 
 unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, long long* ticks, unsigned int index)
@@ -28,7 +31,7 @@ unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, long long* t
   std::int64_t timestamp = 0;
   if (repository->GetTimestamp(index / static_cast<std::uint64_t>(accumulateCount), timestamp) != 0)
     return RC_FEATURE_ERROR;
-  if (ticks) *ticks = timestamp;
-  if (timestampCount) *timestampCount = static_cast<unsigned int>(repository->Throughput());
+  WriteOutput(ticks, timestamp);
+  WriteOutput(timestampCount, repository->Throughput());
   return RC_SUCCESS;
 }

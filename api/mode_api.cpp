@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Acquisition and read modes, counts and overlap.
-#include "acquisition/TPseudoAcquisitionMode.h"
-#include "api/switch_setting.h"
+#include "api/result_maps.h"
 #include "api/TCameraUse.h"
-#include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 
@@ -11,50 +9,33 @@ unsigned int SetAcquisitionMode(int mode)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  return camera.AcquisitionMode().SetMode(mode) == TPseudoAcquisitionMode::kRejected ? RC_P1_INVALID : RC_SUCCESS;
+  return ToResultCode(camera.AcquisitionMode().SetMode(mode), ResultMap::kAcquisitionMode);
 }
 
 unsigned int SetNumberAccumulations(int count)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  switch (camera.AcquisitionMode().SetNumberAccumulations(count)) {
-  case TPseudoAcquisitionMode::kAccepted:
-    return RC_SUCCESS;
-  case TPseudoAcquisitionMode::kNotSupported:
-    return RC_NOT_SUPPORTED;
-  case TPseudoAcquisitionMode::kNotAvailableNow:
-    return RC_NOT_AVAILABLE;
-  default:
-    return RC_P1_INVALID;
-  }
+  return ToResultCode(camera.AcquisitionMode().SetNumberAccumulations(count), ResultMap::kAccumulations);
 }
 
 unsigned int SetNumberKinetics(int count)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  switch (camera.AcquisitionMode().SetNumberKinetics(count)) {
-  case TPseudoAcquisitionMode::kAccepted:
-  case TPseudoAcquisitionMode::kNotAvailableNow:
-    return RC_SUCCESS;
-  case TPseudoAcquisitionMode::kNotSupported:
-    return RC_NOT_SUPPORTED;
-  default:
-    return RC_P1_INVALID;
-  }
+  return ToResultCode(camera.AcquisitionMode().SetNumberKinetics(count), ResultMap::kSeriesLength);
 }
 
 unsigned int SetReadMode(int mode)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   switch (mode) {
   case 2:
-    WriteText(coreHandle, Feature::kAOILayout, FeatureText::kTrack);
+    WriteText(camera.CoreHandle(), Feature::kAOILayout, FeatureText::kTrack);
     return RC_SUCCESS;
   case 4:
-    WriteText(coreHandle, Feature::kAOILayout, FeatureText::kImage);
+    WriteText(camera.CoreHandle(), Feature::kAOILayout, FeatureText::kImage);
     return RC_SUCCESS;
   default:
     return RC_P1_INVALID;
@@ -63,7 +44,9 @@ unsigned int SetReadMode(int mode)
 
 unsigned int SetOverlapMode(int on)
 {
-  return WriteSwitch(Feature::kOverlap, on);
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  return ToResultCode(WriteBool(camera.CoreHandle(), Feature::kOverlap, on), ResultMap::kSwitch);
 }
 
 unsigned int SetFrameTransferMode(int on)

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The readout channel: AD channels, amplifiers, speeds and gains by index, baseline clamp, fill of the memory.
+#include "api/outputs.h"
+#include "api/result_maps.h"
 #include "api/TCameraUse.h"
-#include "features/feature_access.h"
-#include "features/readout_interfaces.h"
 #include "features/TgetFIFOUsage.h"
 #include "features/TPseudoADChannel.h"
 #include "features/TPseudoAmplifier.h"
-#include "features/TPseudoBaselineClamp.h"
 #include "features/TPseudoHSSpeed.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinCriticalSection.h"
@@ -15,12 +14,6 @@
 #include <cstring>
 
 namespace {
-
-template <class T>
-void Write(T* output, T value)
-{
-  if (output) *output = value;
-}
 
 // Ends the text in front of its first bracket, together with the character before that, usually a space.
 void CutAtBracket(char* text)
@@ -37,7 +30,7 @@ unsigned int SetADChannel(int channel)
 {
   const TCameraUse camera;
   if (!camera) return RC_SUCCESS;
-  return camera.ADChannel().Set(channel) == IADChannel::kNoSuchChannel ? RC_P1_INVALID : RC_SUCCESS;
+  return ToResultCode(camera.ADChannel().Set(channel), ResultMap::kChannel);
 }
 
 unsigned int GetNumberADChannels(int* count)
@@ -46,7 +39,7 @@ unsigned int GetNumberADChannels(int* count)
   if (!camera) return RC_SUCCESS;
   int channels = 0;
   camera.ADChannel().Count(channels);
-  Write(count, channels);
+  WriteOutput(count, channels);
   return RC_SUCCESS;
 }
 
@@ -55,14 +48,14 @@ unsigned int GetBitDepth(int channel, int* depth)
   const TCameraUse camera;
   if (!camera) return RC_SUCCESS;
   if (!depth) return RC_P2_INVALID;
-  return camera.ADChannel().BitDepth(channel, *depth) == IADChannel::kNoSuchChannel ? RC_P1_INVALID : RC_SUCCESS;
+  return ToResultCode(camera.ADChannel().BitDepth(channel, *depth), ResultMap::kChannel);
 }
 
 unsigned int SetOutputAmplifier(int amplifier)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  return camera.Amplifier().Set(amplifier) == IAmplifier::kNoSuchAmplifier ? RC_P1_INVALID : RC_SUCCESS;
+  return ToResultCode(camera.Amplifier().Set(amplifier), ResultMap::kAmplifier);
 }
 
 unsigned int GetNumberAmp(int* count)
@@ -71,7 +64,7 @@ unsigned int GetNumberAmp(int* count)
   if (!camera) return RC_NOT_INITIALIZED;
   int amplifiers = 0;
   camera.Amplifier().Count(amplifiers);
-  Write(count, amplifiers);
+  WriteOutput(count, amplifiers);
   return RC_SUCCESS;
 }
 
@@ -87,7 +80,8 @@ unsigned int GetAmpDesc(int amplifier, char* text, int length)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   std::string description;
-  if (camera.Amplifier().Description(amplifier, description) == IAmplifier::kNoSuchAmplifier) return RC_P1_INVALID;
+  const int status = camera.Amplifier().Description(amplifier, description);
+  if (status != IAmplifier::kDone) return ToResultCode(status, ResultMap::kAmplifier);
   // The byte at length - 1 stays the caller's, so a text that is cut ends there only if the caller cleared it.
   if (text && length > 0) std::strncpy(text, description.c_str(), static_cast<std::size_t>(length) - 1);
   return RC_SUCCESS;
@@ -98,66 +92,46 @@ unsigned int GetAmpMaxSpeed(int amplifier, float* megahertz)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   float speed = 0.0F;
-  if (camera.Amplifier().GetMaxSpeed(amplifier, speed) == IAmplifier::kNoSuchAmplifier) return RC_P1_INVALID;
-  Write(megahertz, speed);
-  return RC_SUCCESS;
+  const unsigned int code = ToResultCode(camera.Amplifier().GetMaxSpeed(amplifier, speed), ResultMap::kAmplifier);
+  if (code == RC_SUCCESS) WriteOutput(megahertz, speed);
+  return code;
 }
 
 unsigned int SetHSSpeed(int amplifier, int speed)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  switch (camera.HSSpeed().Set(amplifier, speed)) {
-  case IHSSpeed::kNoSuchAmplifier:
-    return RC_P1_INVALID;
-  case IHSSpeed::kNoSuchSpeed:
-    return RC_P2_INVALID;
-  default:
-    return RC_SUCCESS;
-  }
+  return ToResultCode(camera.HSSpeed().Set(amplifier, speed), ResultMap::kSetSpeed);
 }
 
 unsigned int GetNumberHSSpeeds(int channel, int amplifier, int* count)
 {
-  Write(count, 0);
+  WriteOutput(count, 0);
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   int speeds = 0;
-  switch (camera.HSSpeed().Count(channel, amplifier, speeds)) {
-  case IHSSpeed::kNoSuchChannel:
-    return RC_P1_INVALID;
-  case IHSSpeed::kNoSuchAmplifier:
-    return RC_P2_INVALID;
-  default:
-    Write(count, speeds);
-    return RC_SUCCESS;
-  }
+  const unsigned int code = ToResultCode(camera.HSSpeed().Count(channel, amplifier, speeds), ResultMap::kGetSpeed);
+  if (code == RC_SUCCESS) WriteOutput(count, speeds);
+  return code;
 }
 
 unsigned int GetHSSpeed(int channel, int amplifier, int speed, float* megahertz)
 {
-  Write(megahertz, 1.0F);
+  WriteOutput(megahertz, 1.0F);
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   float value = 1.0F;
-  switch (camera.HSSpeed().GetVal(channel, amplifier, speed, value)) {
-  case IHSSpeed::kNoSuchChannel:
-    return RC_P1_INVALID;
-  case IHSSpeed::kNoSuchAmplifier:
-    return RC_P2_INVALID;
-  case IHSSpeed::kNoSuchSpeed:
-    return RC_P3_INVALID;
-  default:
-    Write(megahertz, value);
-    return RC_SUCCESS;
-  }
+  const unsigned int code =
+      ToResultCode(camera.HSSpeed().GetVal(channel, amplifier, speed, value), ResultMap::kGetSpeed);
+  if (code == RC_SUCCESS) WriteOutput(megahertz, value);
+  return code;
 }
 
 unsigned int SetPreAmpGain(int gain)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  return camera.PreAmpGain().Set(gain) == IPreAmpGain::kNoSuchGain ? RC_P1_INVALID : RC_SUCCESS;
+  return ToResultCode(camera.PreAmpGain().Set(gain), ResultMap::kGain);
 }
 
 unsigned int GetNumberPreAmpGains(int* count)
@@ -170,13 +144,13 @@ unsigned int GetNumberPreAmpGains(int* count)
 
 unsigned int GetPreAmpGain(int gain, float* value)
 {
-  Write(value, 0.0F);
+  WriteOutput(value, 0.0F);
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   float factor = 0.0F;
-  if (camera.PreAmpGain().GetValue(gain, factor) == IPreAmpGain::kNoSuchGain) return RC_P1_INVALID;
-  Write(value, factor);
-  return RC_SUCCESS;
+  const unsigned int code = ToResultCode(camera.PreAmpGain().GetValue(gain, factor), ResultMap::kGain);
+  if (code == RC_SUCCESS) WriteOutput(value, factor);
+  return code;
 }
 
 unsigned int IsPreAmpGainAvailable(int channel, int amplifier, int speed, int gain, int* status)
@@ -184,19 +158,10 @@ unsigned int IsPreAmpGainAvailable(int channel, int amplifier, int speed, int ga
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   bool available = false;
-  switch (camera.PreAmpGain().IsAvailable(channel, amplifier, speed, gain, available)) {
-  case IPreAmpGain::kNoSuchChannel:
-    return RC_P1_INVALID;
-  case IPreAmpGain::kNoSuchAmplifier:
-    return RC_P2_INVALID;
-  case IPreAmpGain::kNoSuchSpeed:
-    return RC_P3_INVALID;
-  case IPreAmpGain::kNoSuchGain:
-    return RC_P4_INVALID;
-  default:
-    Write(status, available ? 1 : 0);
-    return RC_SUCCESS;
-  }
+  const unsigned int code = ToResultCode(
+      camera.PreAmpGain().IsAvailable(channel, amplifier, speed, gain, available), ResultMap::kGainAvailable);
+  if (code == RC_SUCCESS) WriteOutput(status, available ? 1 : 0);
+  return code;
 }
 
 unsigned int GetPreAmpGainText(int gain, char* text, int length)
@@ -204,7 +169,8 @@ unsigned int GetPreAmpGainText(int gain, char* text, int length)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   std::wstring name;
-  if (camera.PreAmpGain().GetStringByIndex(gain, name) == IPreAmpGain::kNoSuchGain) return RC_P1_INVALID;
+  const int status = camera.PreAmpGain().GetStringByIndex(gain, name);
+  if (status != IPreAmpGain::kDone) return ToResultCode(status, ResultMap::kGain);
   if (!text) return RC_P2_INVALID;
   if (length <= 0) return RC_SUCCESS;
   QuorinUtility::TQuorinMisc::snprintf(text, static_cast<std::size_t>(length), "%ls", name.c_str());
@@ -217,16 +183,7 @@ unsigned int SetBaselineClamp(int state)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   if (state != 0 && state != 1) return RC_P1_INVALID;
-  switch (camera.BaselineClamp().Set(state == 1)) {
-  case TPseudoBaselineClamp::kDone:
-    return RC_SUCCESS;
-  case TPseudoBaselineClamp::kNotAvailableNow:
-    return RC_NOT_AVAILABLE;
-  case TPseudoBaselineClamp::kNotImplemented:
-    return RC_NOT_SUPPORTED;
-  default:
-    return RC_P1_INVALID;
-  }
+  return ToResultCode(camera.BaselineClamp().Set(state == 1), ResultMap::kBaselineClamp);
 }
 
 unsigned int GetBaselineClamp(int* state)
@@ -234,17 +191,9 @@ unsigned int GetBaselineClamp(int* state)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   bool isOn = false;
-  switch (camera.BaselineClamp().Get(isOn)) {
-  case TPseudoBaselineClamp::kDone:
-    Write(state, isOn ? 1 : 0);
-    return RC_SUCCESS;
-  case TPseudoBaselineClamp::kNotAvailableNow:
-    return RC_NOT_AVAILABLE;
-  case TPseudoBaselineClamp::kNotImplemented:
-    return RC_NOT_SUPPORTED;
-  default:
-    return RC_P1_INVALID;
-  }
+  const unsigned int code = ToResultCode(camera.BaselineClamp().Get(isOn), ResultMap::kBaselineClamp);
+  if (code == RC_SUCCESS) WriteOutput(state, isOn ? 1 : 0);
+  return code;
 }
 
 unsigned int GetFIFOUsage(int* percent)
@@ -255,5 +204,5 @@ unsigned int GetFIFOUsage(int* percent)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   if (!percent) return RC_P1_INVALID;
-  return camera.FIFOUsage().GetInt(*percent) == VX_SUCCESS ? RC_SUCCESS : RC_NOT_SUPPORTED;
+  return ToResultCode(camera.FIFOUsage().GetInt(*percent), RC_NOT_SUPPORTED);
 }

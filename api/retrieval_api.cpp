@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Taking images out of the present or last run.
 #include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/outputs.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
@@ -102,7 +103,7 @@ unsigned int IntactImage(long image, Dst* array, unsigned long size, long long* 
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  if (ticks) *ticks = 0;
+  WriteOutput(ticks, 0);
   return Fetch<Dst>(camera, [=](auto& fetcher) { return fetcher.GetIntactImage(image, array, size, ticks); });
 }
 
@@ -224,7 +225,7 @@ unsigned int GetTotalNumberImagesAcquired(long* count)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   const auto queue = camera.Manager().HoldDispatchQueue();
-  if (count) *count = queue ? static_cast<long>(queue->GetMaximumImageAvailable()) : 0;
+  WriteOutput(count, queue ? queue->GetMaximumImageAvailable() : 0);
   return RC_SUCCESS;
 }
 VXMCD_PLAIN_NAME(GetTotalNumberImagesAcquired, _Z28GetTotalNumberImagesAcquiredPl);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What maintenance tools ask for. All but the first answer the same for every camera, and without one.
-#include "features/current_core_handle.h"
+#include "api/outputs.h"
+#include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "vxmcd.h"
@@ -12,57 +13,51 @@ constexpr float kTemperatureToleranceCelsius = 2.5F;
 constexpr float kSpeedLimit = 1000.0F;
 constexpr double kGatePulseFrequency = 1.0;
 
-template <class T>
-void Write(T* output, T value)
-{
-  if (output) *output = value;
-}
-
 } // namespace
 
 unsigned int vxsys_GetBaselineLevel(int* level)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   long long value = 0;
-  if (ReadInt(coreHandle, Feature::kBaselineLevel, value) != VX_SUCCESS) return RC_P1_INVALID;
-  Write(level, static_cast<int>(value));
+  if (ReadInt(camera.CoreHandle(), Feature::kBaselineLevel, value) != VX_SUCCESS) return RC_P1_INVALID;
+  WriteOutput(level, value);
   return RC_SUCCESS;
 }
 
 unsigned int vxsys_GetKeepCleanTime(float* seconds)
 {
-  Write(seconds, kKeepCleanTimeSeconds);
+  WriteOutput(seconds, kKeepCleanTimeSeconds);
   return RC_SUCCESS;
 }
 
 unsigned int vxsys_GetTemperatureTolerance(float* celsius)
 {
-  Write(celsius, kTemperatureToleranceCelsius);
+  WriteOutput(celsius, kTemperatureToleranceCelsius);
   return RC_SUCCESS;
 }
 
 unsigned int vxsys_GetHSSpeedLimits(float* first, float* second, float* third)
 {
-  for (float* const limit : {first, second, third}) Write(limit, kSpeedLimit);
+  for (float* const limit : {first, second, third}) WriteOutput(limit, kSpeedLimit);
   return RC_SUCCESS;
 }
 
 unsigned int vxsys_GetDummyPixels(int* first, int* second, int* third, int* fourth)
 {
-  for (int* const pixels : {first, second, third, fourth}) Write(pixels, 0);
+  for (int* const pixels : {first, second, third, fourth}) WriteOutput(pixels, 0);
   return RC_SUCCESS;
 }
 
 unsigned int vxsys_GetMinimumNumberInSeries(int* number)
 {
-  Write(number, 1);
+  WriteOutput(number, 1);
   return RC_SUCCESS;
 }
 
 unsigned int vxsys_IsVacuumCooling(int* isVacuum)
 {
-  Write(isVacuum, 1);
+  WriteOutput(isVacuum, 1);
   return RC_SUCCESS;
 }
 
@@ -75,6 +70,6 @@ unsigned int vxsys_IsTemperatureAvailableDuringAcquisition(int* isAvailable)
 
 unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* maximum)
 {
-  for (double* const frequency : {minimum, maximum}) Write(frequency, kGatePulseFrequency);
+  for (double* const frequency : {minimum, maximum}) WriteOutput(frequency, kGatePulseFrequency);
   return RC_NOT_SUPPORTED;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Cooling and temperature.
-#include "features/current_core_handle.h"
+#include "api/outputs.h"
+#include "api/result_maps.h"
+#include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "vxmcd.h"
@@ -20,29 +22,6 @@ int Truncate(double value)
   return value == value ? static_cast<int>(value) : 0;
 }
 
-template <class T>
-void Write(T* output, T value)
-{
-  if (output) *output = value;
-}
-
-// The index of "TemperatureStatus" as a result code.
-unsigned int ToResultCode(int status)
-{
-  switch (status) {
-  case 0:
-    return RC_TEMP_OFF;
-  case 1:
-    return RC_TEMP_STABILIZED;
-  case 3:
-    return RC_TEMP_DRIFT;
-  case 4:
-    return RC_TEMP_NOT_STABILIZED;
-  default:
-    return RC_TEMP_NOT_REACHED;
-  }
-}
-
 // The "FanSpeed" text of a fan mode, or null.
 const wchar_t* FanText(int mode)
 {
@@ -60,9 +39,10 @@ const wchar_t* FanText(int mode)
 
 unsigned int SwitchCooler(bool isOn)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  WriteBool(coreHandle, Feature::kSensorCooling, isOn ? 1 : 0); // callers rely on success whatever it answers
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  // Callers rely on success whatever the camera answers.
+  WriteBool(camera.CoreHandle(), Feature::kSensorCooling, isOn ? 1 : 0);
   return RC_SUCCESS;
 }
 
@@ -71,24 +51,19 @@ void ReadDegrees(int coreHandle, const wchar_t* feature, float* output)
 {
   double degrees = 0.0;
   if (!isImplemented(coreHandle, feature)) return;
-  if (ReadFloat(coreHandle, feature, degrees) == VX_SUCCESS) Write(output, static_cast<float>(degrees));
+  if (ReadFloat(coreHandle, feature, degrees) == VX_SUCCESS) WriteOutput(output, degrees);
 }
 
 } // namespace
 
 unsigned int SetTemperature(int degrees)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  if (!isImplemented(coreHandle, Feature::kTargetSensorTemperature)) return RC_NOT_SUPPORTED;
-  switch (WriteFloat(coreHandle, Feature::kTargetSensorTemperature, static_cast<double>(degrees))) {
-  case VX_SUCCESS:
-    return RC_SUCCESS;
-  case VX_ERR_NOT_READABLE:
-    return RC_NOT_AVAILABLE;
-  default:
-    return RC_P1_INVALID;
-  }
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kTargetSensorTemperature)) return RC_NOT_SUPPORTED;
+  return ToResultCode(
+      WriteFloat(camera.CoreHandle(), Feature::kTargetSensorTemperature, static_cast<double>(degrees)),
+      ResultMap::kTargetTemperature);
 }
 
 unsigned int CoolerON(void)
@@ -103,26 +78,26 @@ unsigned int CoolerOFF(void)
 
 unsigned int IsCoolerOn(int* on)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  if (!isImplemented(coreHandle, Feature::kSensorCooling)) return RC_NOT_SUPPORTED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kSensorCooling)) return RC_NOT_SUPPORTED;
   if (!on) return RC_P1_INVALID;
-  ReadBool(coreHandle, Feature::kSensorCooling, *on);
+  ReadBool(camera.CoreHandle(), Feature::kSensorCooling, *on);
   return RC_SUCCESS;
 }
 
 unsigned int GetTemperatureF(float* degrees)
 {
   if (!degrees) return RC_P1_INVALID;
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  if (!isImplemented(coreHandle, Feature::kSensorTemperature)) return RC_NOT_SUPPORTED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kSensorTemperature)) return RC_NOT_SUPPORTED;
   double value = 0.0;
-  if (ReadFloat(coreHandle, Feature::kSensorTemperature, value) != VX_SUCCESS) return RC_FEATURE_ERROR;
+  if (ReadFloat(camera.CoreHandle(), Feature::kSensorTemperature, value) != VX_SUCCESS) return RC_FEATURE_ERROR;
   *degrees = static_cast<float>(value);
   int status = 0;
-  if (ReadIndex(coreHandle, Feature::kTemperatureStatus, status) != VX_SUCCESS) return RC_SUCCESS;
-  return ToResultCode(status);
+  if (ReadIndex(camera.CoreHandle(), Feature::kTemperatureStatus, status) != VX_SUCCESS) return RC_SUCCESS;
+  return ToResultCode(status, ResultMap::kCoolingState);
 }
 
 unsigned int GetTemperature(int* degrees)
@@ -136,39 +111,38 @@ unsigned int GetTemperature(int* degrees)
 
 unsigned int GetTemperatureRange(int* minimum, int* maximum)
 {
-  Write(minimum, 0);
-  Write(maximum, 0);
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  if (!isImplemented(coreHandle, Feature::kTargetSensorTemperature)) return RC_NOT_SUPPORTED;
+  WriteOutput(minimum, 0);
+  WriteOutput(maximum, 0);
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kTargetSensorTemperature)) return RC_NOT_SUPPORTED;
   double highest = 0.0;
   double lowest = 0.0;
-  ReadFloatMax(coreHandle, Feature::kTargetSensorTemperature, highest);
-  ReadFloatMin(coreHandle, Feature::kTargetSensorTemperature, lowest);
-  Write(maximum, Truncate(highest));
-  Write(minimum, Truncate(lowest));
+  ReadFloatMax(camera.CoreHandle(), Feature::kTargetSensorTemperature, highest);
+  ReadFloatMin(camera.CoreHandle(), Feature::kTargetSensorTemperature, lowest);
+  WriteOutput(maximum, Truncate(highest));
+  WriteOutput(minimum, Truncate(lowest));
   return RC_SUCCESS;
 }
 
 unsigned int GetTemperatureStatus(float* sensor, float* target, float* third, float* fourth)
 {
-  for (float* const output : {sensor, target, third, fourth}) Write(output, 0.0F);
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  ReadDegrees(coreHandle, Feature::kTargetSensorTemperature, target);
-  ReadDegrees(coreHandle, Feature::kSensorTemperature, sensor);
+  for (float* const output : {sensor, target, third, fourth}) WriteOutput(output, 0.0F);
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  ReadDegrees(camera.CoreHandle(), Feature::kTargetSensorTemperature, target);
+  ReadDegrees(camera.CoreHandle(), Feature::kSensorTemperature, sensor);
   return RC_SUCCESS;
 }
 
 unsigned int SetFanMode(int mode)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  if (!isImplemented(coreHandle, Feature::kFanSpeed)) return RC_NOT_SUPPORTED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kFanSpeed)) return RC_NOT_SUPPORTED;
   int count = 0;
-  ReadValueCount(coreHandle, Feature::kFanSpeed, count); // not needed, but the camera sees these calls
+  ReadValueCount(camera.CoreHandle(), Feature::kFanSpeed, count); // not needed, but the camera sees these calls
   const wchar_t* const text = FanText(mode);
   if (!text) return RC_P1_INVALID;
-  const int code = WriteText(coreHandle, Feature::kFanSpeed, text);
-  return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
+  return ToResultCode(WriteText(camera.CoreHandle(), Feature::kFanSpeed, text), RC_P1_INVALID);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Exposure and cycle times.
-#include "acquisition/TPseudoAcquisitionMode.h"
-#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/outputs.h"
+#include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
@@ -13,11 +13,6 @@ namespace {
 // Shown for times that the camera cannot tell.
 constexpr float kDefaultExposureSeconds = 0.01F;
 constexpr float kDefaultCycleSeconds = 0.03F;
-
-void Write(float* output, double value)
-{
-  if (output) *output = static_cast<float>(value);
-}
 
 /// Limits of a rate in Hz, as far as the camera tells them.
 struct TRange
@@ -55,14 +50,9 @@ unsigned int SetExposureTime(float seconds)
   ReadFloatMin(camera.CoreHandle(), Feature::kExposureTime, minimum);
   if (minimum > exposureSeconds) exposureSeconds = minimum;
 
-  switch (WriteFloat(camera.CoreHandle(), Feature::kExposureTime, exposureSeconds)) {
-  case VX_SUCCESS:
-    return RC_SUCCESS;
-  case VX_ERR_NOT_WRITABLE:
-    return camera.Manager().IsRunning() ? RC_ACQUIRING : RC_NOT_AVAILABLE;
-  default:
-    return RC_P1_INVALID;
-  }
+  const int code = WriteFloat(camera.CoreHandle(), Feature::kExposureTime, exposureSeconds);
+  if (code == VX_ERR_NOT_WRITABLE && camera.Manager().IsRunning()) return RC_ACQUIRING;
+  return ToResultCode(code, ResultMap::kExposureTime);
 }
 
 unsigned int SetAccumulationCycleTime(float seconds)
@@ -74,8 +64,8 @@ unsigned int SetAccumulationCycleTime(float seconds)
   if (!isImplemented(camera.CoreHandle(), Feature::kBurstRate)) return RC_SUCCESS;
 
   const TRange range{ReadLimit(ReadFloatMax, camera.CoreHandle(), Feature::kBurstRate), std::nullopt};
-  const int code = WriteFloat(camera.CoreHandle(), Feature::kBurstRate, RateFor(seconds, range));
-  return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
+  return ToResultCode(WriteFloat(camera.CoreHandle(), Feature::kBurstRate, RateFor(seconds, range)),
+                      RC_P1_INVALID);
 }
 
 unsigned int SetKineticCycleTime(float seconds)
@@ -86,8 +76,8 @@ unsigned int SetKineticCycleTime(float seconds)
 
   const TRange range{ReadLimit(ReadFloatMax, camera.CoreHandle(), Feature::kFrameRate),
                      ReadLimit(ReadFloatMin, camera.CoreHandle(), Feature::kFrameRate)};
-  const int code = WriteFloat(camera.CoreHandle(), Feature::kFrameRate, RateFor(seconds, range));
-  return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
+  return ToResultCode(WriteFloat(camera.CoreHandle(), Feature::kFrameRate, RateFor(seconds, range)),
+                      RC_P1_INVALID);
 }
 
 unsigned int GetAcquisitionTimings(float* exposure, float* accumulate, float* kinetic)
@@ -112,9 +102,9 @@ unsigned int GetAcquisitionTimings(float* exposure, float* accumulate, float* ki
     break;
   }
 
-  Write(exposure, exposureSeconds);
-  Write(accumulate, accumulateSeconds);
-  Write(kinetic, kineticSeconds);
+  WriteOutput(exposure, exposureSeconds);
+  WriteOutput(accumulate, accumulateSeconds);
+  WriteOutput(kinetic, kineticSeconds);
   return RC_SUCCESS;
 }
 
@@ -127,15 +117,9 @@ unsigned int GetReadOutTime(float* seconds)
   if (!isImplemented(camera.CoreHandle(), Feature::kReadoutTime)) return RC_NOT_SUPPORTED;
 
   double value = 0.0;
-  switch (ReadFloat(camera.CoreHandle(), Feature::kReadoutTime, value)) {
-  case VX_SUCCESS:
-    Write(seconds, value);
-    return RC_SUCCESS;
-  case VX_ERR_NOT_AVAILABLE:
-    return RC_NOT_AVAILABLE;
-  default:
-    return RC_P1_INVALID;
-  }
+  const int code = ReadFloat(camera.CoreHandle(), Feature::kReadoutTime, value);
+  if (code == VX_SUCCESS) WriteOutput(seconds, value);
+  return ToResultCode(code, ResultMap::kReadoutTime);
 }
 
 unsigned int GetMaximumExposure(float* seconds)
@@ -144,6 +128,6 @@ unsigned int GetMaximumExposure(float* seconds)
   if (!camera) return RC_NOT_INITIALIZED;
   double maximum = 0.0;
   const int code = ReadFloatMax(camera.CoreHandle(), Feature::kExposureTime, maximum);
-  Write(seconds, maximum);
-  return code == VX_SUCCESS ? RC_SUCCESS : RC_P1_INVALID;
+  WriteOutput(seconds, maximum);
+  return ToResultCode(code, RC_P1_INVALID);
 }

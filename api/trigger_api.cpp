@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Trigger modes and the software trigger.
-#include "features/current_core_handle.h"
+#include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "utility/exports.h"
@@ -31,7 +31,8 @@ const wchar_t* TriggerModeText(int mode, const std::wstring& external)
 
 unsigned int SetTriggerMode(int mode)
 {
-  if (CurrentCoreHandle() == kNoCoreHandle) return RC_NOT_INITIALIZED;
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
   std::wstring external;
   if (const unsigned int code = TriggerModeFeatureFinder(external); code != RC_SUCCESS) return code;
   const wchar_t* const text = TriggerModeText(mode, external);
@@ -41,11 +42,11 @@ unsigned int SetTriggerMode(int mode)
 
 unsigned int TriggerModeFeatureFinder(std::wstring& value)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_SUCCESS;
+  const TCameraUse camera;
+  if (!camera) return RC_SUCCESS;
   value = FeatureText::kExternal;
   int implemented = 0;
-  if (ReadImplemented(coreHandle, Feature::kTriggerConfiguration, implemented) != VX_SUCCESS)
+  if (ReadImplemented(camera.CoreHandle(), Feature::kTriggerConfiguration, implemented) != VX_SUCCESS)
     return RC_FEATURE_ERROR;
   if (implemented == 1) value = FeatureText::kExternalLevelTransition;
   return RC_SUCCESS;
@@ -55,9 +56,9 @@ VXMCD_PLAIN_NAME(TriggerModeFeatureFinder,
 
 unsigned int SendSoftwareTrigger(void)
 {
-  const int coreHandle = CurrentCoreHandle();
-  if (coreHandle == kNoCoreHandle) return RC_NOT_INITIALIZED;
-  if (!isImplemented(coreHandle, Feature::kSoftwareTrigger)) return RC_NOT_SUPPORTED;
-  SendCommand(coreHandle, Feature::kSoftwareTrigger);
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  if (!isImplemented(camera.CoreHandle(), Feature::kSoftwareTrigger)) return RC_NOT_SUPPORTED;
+  SendCommand(camera.CoreHandle(), Feature::kSoftwareTrigger);
   return RC_SUCCESS;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The library's version.
+#include "api/outputs.h"
 #include "utility/library_version.h"
 #include "vxmcd.h"
 
@@ -16,11 +17,6 @@ namespace {
 
 constexpr const char* kUnknownText = "Unknown";
 
-void Write(unsigned int* output, unsigned int value)
-{
-  if (output) *output = value;
-}
-
 // A text that fills the buffer is not terminated, and the rest of a longer one is cleared.
 void CopyBounded(char* buffer, unsigned int size, const char* text)
 {
@@ -34,10 +30,10 @@ void CopyBounded(char* buffer, unsigned int size, const char* text)
 unsigned int PlainGetSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build,
                                 unsigned int* revision)
 {
-  Write(major, LibraryVersion::kMajor);
-  Write(minor, LibraryVersion::kMinor);
-  Write(build, LibraryVersion::kBuild);
-  Write(revision, LibraryVersion::kRevision);
+  WriteOutput(major, LibraryVersion::kMajor);
+  WriteOutput(minor, LibraryVersion::kMinor);
+  WriteOutput(build, LibraryVersion::kBuild);
+  WriteOutput(revision, LibraryVersion::kRevision);
   return RC_SUCCESS;
 }
 
@@ -49,12 +45,12 @@ unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, unsigned in
 unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cofFile, unsigned int* vxdRevision,
                                 unsigned int* vxdVersion, unsigned int* dllRevision, unsigned int* dllVersion)
 {
-  Write(eprom, 0);
-  Write(cofFile, 0);
-  Write(vxdRevision, 0);
-  Write(vxdVersion, 0);
-  Write(dllRevision, LibraryVersion::kMinor);
-  Write(dllVersion, LibraryVersion::kMajor);
+  WriteOutput(eprom, 0);
+  WriteOutput(cofFile, 0);
+  WriteOutput(vxdRevision, 0);
+  WriteOutput(vxdVersion, 0);
+  WriteOutput(dllRevision, LibraryVersion::kMinor);
+  WriteOutput(dllVersion, LibraryVersion::kMajor);
   return RC_SUCCESS;
 }
 

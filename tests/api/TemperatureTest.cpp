@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Cooling and temperature, with answers that the test sets.
-#include "features/current_core_handle.h"
+#include "tests/support/TStagedCamera.h"
 #include "tests/support/TStagedVx.h"
 #include "vxcore.h"
 #include "vxmcd.h"
@@ -24,9 +24,7 @@ protected:
                   {"TargetSensorTemperature", -70.0},
                   {"TargetSensorTemperature min", -99.9},
                   {"TargetSensorTemperature max", 20.5}};
-    PublishCoreHandle(kFirstCameraHandle, 7);
   }
-  ~Temperature() override { PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle); }
 
   /// The code of `call` when the camera answers `code` to calls that begin with `step`.
   template <class Call>
@@ -39,6 +37,7 @@ protected:
   }
 
   TStagedVx& vx_ = TStagedVx::Instance();
+  const TStagedCamera camera_;
 };
 
 TEST_F(Temperature, StateOfTheCoolingIsTheCode)
@@ -81,7 +80,7 @@ TEST_F(Temperature, WhatCannotBeToldHasItsCode)
 
 TEST_F(Temperature, ChecksComeInTheirOrderWithoutACamera)
 {
-  PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle);
+  UnregisterCamera(kFirstCameraHandle);
   int whole = 5;
   int other = 5;
   float a = 5.0F;

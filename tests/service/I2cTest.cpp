@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // I2C transfers, step by step.
-#include "features/current_core_handle.h"
 #include "service/TSDK3i2c.h"
+#include "tests/support/TStagedCamera.h"
 #include "tests/support/TStagedVx.h"
 #include "vxcore.h"
 #include "vxmcd.h"
@@ -21,9 +21,7 @@ protected:
   {
     vx_ = TStagedVx{};
     vx_.bytes = {10, 11, 12, 13, 14, 15, 16, 17};
-    PublishCoreHandle(kFirstCameraHandle, 7);
   }
-  ~I2c() override { PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle); }
 
   bool WasCalled(const std::string& call) const
   {
@@ -122,6 +120,7 @@ TEST_F(I2c, SenselessCountEndsSoon)
 
 TEST_F(I2c, BurstsMapTheStatusToACode)
 {
+  const TStagedCamera camera;
   EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), RC_SUCCESS);
   EXPECT_EQ(vx_.calls.back(), "Command ControllerI2CWrite");
   EXPECT_EQ(I2CBurstRead(0x40, 1, data_), RC_SUCCESS);
@@ -141,7 +140,7 @@ TEST_F(I2c, BurstsMapTheStatusToACode)
 
   vx_.codes = {{"SetInt ControllerI2CByteCount 4294967295", VX_ERR_OUT_OF_RANGE}};
   EXPECT_EQ(I2CBurstRead(0x40, -1, data_), RC_P2_INVALID) << "the count has 32 bits in the camera";
-  PublishCoreHandle(kFirstCameraHandle, kNoCoreHandle);
+  UnregisterCamera(kFirstCameraHandle);
   EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), RC_NOT_INITIALIZED);
 }
 
