@@ -7,9 +7,9 @@ from typing import Optional
 
 import numpy as np
 
-TIMESTAMP = 1
-_FIELD = 4
-_TRAILER = 2 * _FIELD
+from ._format import CHUNK_FIELD_BYTES, END_CHUNK, TIMESTAMP_CHUNK
+
+_TRAILER = 2 * CHUNK_FIELD_BYTES
 
 
 def find_chunk(frame: np.ndarray, identifier: int) -> Optional[bytes]:
@@ -18,12 +18,12 @@ def find_chunk(frame: np.ndarray, identifier: int) -> Optional[bytes]:
     end = frame.size
     while end >= _TRAILER:
         cid, length = struct.unpack("<II", frame[end - _TRAILER:end].tobytes())
-        start = end - _FIELD - length
+        start = end - CHUNK_FIELD_BYTES - length
         if start < 0:  # other lengths are not judged
             return None
         if cid == identifier:
             return frame[start:end - _TRAILER].tobytes()
-        if cid == 0:
+        if cid == END_CHUNK:
             return None
         end = start
     return None
@@ -31,5 +31,5 @@ def find_chunk(frame: np.ndarray, identifier: int) -> Optional[bytes]:
 
 def timestamp(frame: np.ndarray) -> Optional[int]:
     """The camera's clock in ticks at the start of the exposure, None without a timestamp."""
-    data = find_chunk(frame, TIMESTAMP)
+    data = find_chunk(frame, TIMESTAMP_CHUNK)
     return struct.unpack("<q", data[:8])[0] if data is not None and len(data) >= 8 else None

@@ -10,19 +10,17 @@ from typing import Optional
 
 import numpy as np
 
+from . import _format
 from .errors import SpoolFormatError
 from .pixels import row_bytes
 from .regular_file import open_regular
 
-FILE_NAME = "acquisitionmetadata.ini"
-FORMAT = 1
-STATES = ("recording", "complete", "aborted", "failed")
-MOST_IMAGES = 2**31 - 1
-_MOST_BYTES = 2**20
+MAX_IMAGES = 2**31 - 1
+_MAX_BYTES = 2**20
 
 
 def _switch(text):
-    return {"true": True, "false": False}[text]
+    return _format.SWITCHES[text]
 
 
 def _time(text):
@@ -38,25 +36,25 @@ def _positive(text):
 
 def _count(text):
     value = int(text)
-    if not 0 <= value <= MOST_IMAGES:
-        raise ValueError(f"must be 0 to {MOST_IMAGES}")
+    if not 0 <= value <= MAX_IMAGES:
+        raise ValueError(f"must be 0 to {MAX_IMAGES}")
     return value
 
 
 def _state(text):
-    if text not in STATES:
-        raise ValueError(f"must be one of {', '.join(STATES)}")
+    if text not in _format.STATES:
+        raise ValueError(f"must be one of {', '.join(_format.STATES)}")
     return text
 
 
-def _key(section, key, convert=str):
+def _key(key, convert=str):
     """A field that must be there."""
-    return dataclasses.field(metadata={"key": (section, key, convert)})
+    return dataclasses.field(metadata={"key": (key, convert)})
 
 
-def _maybe(section, key, convert=str):
+def _maybe(key, convert=str):
     """A field that is None when the file does not have it."""
-    return dataclasses.field(default=None, metadata={"key": (section, key, convert)})
+    return dataclasses.field(default=None, metadata={"key": (key, convert)})
 
 
 @dataclasses.dataclass(frozen=True)
@@ -64,40 +62,40 @@ class RunDescription:
     """How a run was taken. Times are seconds, rates Hz, `image_size` and `stride` bytes; columns and rows of the sensor
     count from 1. What the camera could not tell is None."""
 
-    images_per_file: int = _key("multiimage", "ImagesPerFile", _positive)
-    image_size: int = _key("data", "ImageSize", _positive)
-    format: int = _key("run", "Format", int)
-    state: str = _key("run", "State", _state)
-    images_expected: int = _key("run", "ImagesExpected", _count)
-    images_written: int = _key("run", "ImagesWritten", _count)
-    width: int = _key("image", "Width", _positive)
-    height: int = _key("image", "Height", _positive)
-    stride: int = _key("image", "Stride", _positive)
-    pixel_encoding: str = _key("image", "PixelEncoding")
-    completed: Optional[bool] = _maybe("run", "Completed", _switch)
-    method: Optional[int] = _maybe("run", "Method", int)
-    library: Optional[str] = _maybe("run", "Library")
-    start_time: Optional[np.datetime64] = _maybe("run", "StartTime", _time)
-    first_frame_time: Optional[np.datetime64] = _maybe("run", "FirstFrameTime", _time)
-    first_frame_tick: Optional[int] = _maybe("run", "FirstFrameTick", int)
-    timestamp_frequency: Optional[int] = _maybe("run", "TimestampFrequency", int)
-    failure: Optional[str] = _maybe("run", "Failure")
-    metadata: Optional[bool] = _maybe("image", "Metadata", _switch)
-    left: Optional[int] = _maybe("image", "Left", int)
-    top: Optional[int] = _maybe("image", "Top", int)
-    hbin: Optional[int] = _maybe("image", "HBin", int)
-    vbin: Optional[int] = _maybe("image", "VBin", int)
-    exposure_time: Optional[float] = _maybe("acquisition", "ExposureTime", float)
-    frame_rate: Optional[float] = _maybe("acquisition", "FrameRate", float)
-    accumulate_count: Optional[int] = _maybe("acquisition", "AccumulateCount", int)
-    trigger_mode: Optional[str] = _maybe("acquisition", "TriggerMode")
-    model: Optional[str] = _maybe("camera", "Model")
-    serial_number: Optional[str] = _maybe("camera", "SerialNumber")
+    images_per_file: int = _key("ImagesPerFile", _positive)
+    image_size: int = _key("ImageSize", _positive)
+    format: int = _key("Format", int)
+    state: str = _key("State", _state)
+    images_expected: int = _key("ImagesExpected", _count)
+    images_written: int = _key("ImagesWritten", _count)
+    width: int = _key("Width", _positive)
+    height: int = _key("Height", _positive)
+    stride: int = _key("Stride", _positive)
+    pixel_encoding: str = _key("PixelEncoding")
+    completed: Optional[bool] = _maybe("Completed", _switch)
+    method: Optional[int] = _maybe("Method", int)
+    library: Optional[str] = _maybe("Library")
+    start_time: Optional[np.datetime64] = _maybe("StartTime", _time)
+    first_frame_time: Optional[np.datetime64] = _maybe("FirstFrameTime", _time)
+    first_frame_tick: Optional[int] = _maybe("FirstFrameTick", int)
+    timestamp_frequency: Optional[int] = _maybe("TimestampFrequency", int)
+    failure: Optional[str] = _maybe("Failure")
+    metadata: Optional[bool] = _maybe("Metadata", _switch)
+    left: Optional[int] = _maybe("Left", int)
+    top: Optional[int] = _maybe("Top", int)
+    hbin: Optional[int] = _maybe("HBin", int)
+    vbin: Optional[int] = _maybe("VBin", int)
+    exposure_time: Optional[float] = _maybe("ExposureTime", float)
+    frame_rate: Optional[float] = _maybe("FrameRate", float)
+    accumulate_count: Optional[int] = _maybe("AccumulateCount", int)
+    trigger_mode: Optional[str] = _maybe("TriggerMode")
+    model: Optional[str] = _maybe("Model")
+    serial_number: Optional[str] = _maybe("SerialNumber")
 
     @classmethod
     def read(cls, directory: Path) -> "RunDescription":
         """Reads the description of the run in a directory; SpoolFormatError names what is missing or wrong."""
-        path = directory / FILE_NAME
+        path = directory / _format.DESCRIPTION_NAME
         parser = configparser.ConfigParser(interpolation=None, strict=False, delimiters=("=",))
         try:
             parser.read_file(_text(path))
@@ -108,8 +106,8 @@ class RunDescription:
         return description
 
     def _check(self, path):
-        if self.format != FORMAT:
-            raise SpoolFormatError(path, f"[run] Format is {self.format}, this package reads {FORMAT}")
+        if self.format != _format.VERSION:
+            raise SpoolFormatError(path, f"[run] Format is {self.format}, this package reads {_format.VERSION}")
         try:
             row = row_bytes(self.pixel_encoding, self.width)
         except ValueError as error:
@@ -122,14 +120,15 @@ class RunDescription:
 
 def _text(path):
     with open_regular(path) as file:
-        data = file.read(_MOST_BYTES + 1)
-    if len(data) > _MOST_BYTES:
-        raise SpoolFormatError(path, f"has more than {_MOST_BYTES} bytes")
+        data = file.read(_MAX_BYTES + 1)
+    if len(data) > _MAX_BYTES:
+        raise SpoolFormatError(path, f"has more than {_MAX_BYTES} bytes")
     return io.TextIOWrapper(io.BytesIO(data), "utf-8-sig", errors="replace")
 
 
 def _value(path, parser, field):
-    section, key, convert = field.metadata["key"]
+    key, convert = field.metadata["key"]
+    section = _format.SECTIONS[key]
     text = parser.get(section, key, fallback=None)
     if text is None:
         if field.default is dataclasses.MISSING:

@@ -5,7 +5,7 @@ from __future__ import annotations
 from pathlib import Path
 
 
-_MOST_LISTED = 1000
+_MAX_LISTED = 1000
 
 
 class SpoolError(Exception):
@@ -32,7 +32,7 @@ class MissingImageError(SpoolError, LookupError):
     """Images that were asked for are not there. `numbers` lists the first thousand of them, counted from 0."""
 
     def __init__(self, numbers, where: Path):
-        self.numbers = [int(number) for number in numbers[:_MOST_LISTED]]
+        self.numbers = [int(number) for number in numbers[:_MAX_LISTED]]
         self._where = where
         super().__init__(f"{where}: not there: image {_listed(self.numbers)}")
 

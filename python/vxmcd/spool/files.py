@@ -10,11 +10,12 @@ from typing import List
 
 import numpy as np
 
+from . import _format
 from .errors import SpoolFormatError
 from .regular_file import open_regular
 
-_MOST_OPEN = 8
-_NAME = re.compile(r"spool_(\d{10})\.dat")
+_MAX_OPEN = 8
+_NAME = re.compile(_format.IMAGE_FILE_PATTERN)
 
 
 class SpoolFiles:
@@ -39,7 +40,7 @@ class SpoolFiles:
         return min(self._map(file).size // self._image_size, self._images_per_file)
 
     def frame(self, number: int) -> np.ndarray:
-        """The bytes of an image, read-only, mapped as long as somebody holds them."""
+        """The bytes of an image, read-only, mapped as long as somebody refers to them."""
         return self.frames(number, 1)
 
     def frames(self, first: int, count: int) -> np.ndarray:
@@ -57,7 +58,7 @@ class SpoolFiles:
         self._open.clear()
 
     def _path(self, file):
-        return self._directory / f"spool_{file:010d}.dat"
+        return self._directory / _format.IMAGE_FILE_NAME.format(file)
 
     def _map(self, file):
         if file in self._open:
@@ -67,7 +68,7 @@ class SpoolFiles:
         with open_regular(path) as opened:
             is_empty = os.fstat(opened.fileno()).st_size == 0
             data = np.zeros(0, np.uint8) if is_empty else np.asarray(np.memmap(opened, np.uint8, "r"))
-        while len(self._open) >= _MOST_OPEN:
+        while len(self._open) >= _MAX_OPEN:
             self._open.popitem(last=False)
         self._open[file] = data
         return data

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Which images are on disk: spool_index.dat."""
+"""Which images are on disk: the index of a run."""
 from __future__ import annotations
 
 import errno
@@ -9,11 +9,11 @@ from typing import NamedTuple
 
 import numpy as np
 
+from . import _format
 from .regular_file import open_regular
 from .xxh3 import xxh3_64_of_triples
 
-FILE_NAME = "spool_index.dat"
-RECORD = np.dtype([("number", "<u8"), ("checksum", "<u8"), ("time", "<i8"), ("check", "<u8")])
+RECORD = np.dtype(_format.INDEX_RECORD)
 _BLOCK = 2**15  # records that are read at once
 _SPARE = 2**15  # records that a run may have above those that it expects; what lies behind them is not read
 
@@ -34,7 +34,7 @@ def read_index(directory: Path, images_expected: int) -> SpoolIndex:
     whole = [np.empty(0, RECORD)]
     count = rest = 0
     block_bytes = _BLOCK * RECORD.itemsize
-    with open_regular(directory / FILE_NAME) as file:
+    with open_regular(directory / _format.INDEX_NAME) as file:
         blocks_left = (images_expected + _SPARE) // _BLOCK + 1
         position = 0
         while blocks_left > 0:
@@ -70,4 +70,4 @@ def _whole_records(records, images_expected):
     words = records.view("<u8").reshape(-1, 4)
     if not words.any():  # of a file that is mostly a hole
         return np.empty(0, RECORD)
-    return records[(xxh3_64_of_triples(words[:, :3]) == records["check"]) & (records["number"] < images_expected)]
+    return records[(xxh3_64_of_triples(words[:, :3]) == records["record_checksum"]) & (records["number"] < images_expected)]

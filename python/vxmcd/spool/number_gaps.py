@@ -9,7 +9,7 @@ from typing import Iterator, List
 
 import numpy as np
 
-_MOST_SHOWN = 5
+_MAX_SHOWN = 5
 
 
 class NumberGaps(Sequence):
@@ -59,8 +59,8 @@ class NumberGaps(Sequence):
 
     def __repr__(self) -> str:
         texts = [str(gap[0]) if len(gap) == 1 else f"{gap[0]}-{gap[-1]}"
-                 for gap in itertools.islice(self._gaps(), _MOST_SHOWN)]
-        texts += ["..."] if self._starts.size > _MOST_SHOWN else []
+                 for gap in itertools.islice(self._gaps(), _MAX_SHOWN)]
+        texts += ["..."] if self._starts.size > _MAX_SHOWN else []
         return f"<{self.size} missing{': ' if texts else ''}{', '.join(texts)}>"
 
     def _gaps(self):

@@ -4,21 +4,20 @@ from __future__ import annotations
 
 import numpy as np
 
-PACKED = "Mono12Packed"  # two pixels in three bytes
-_WHOLE = {"Mono8": "u1", "Mono12": "<u2", "Mono16": "<u2", "Mono32": "<i4"}
+from ._format import PACKED, PIXEL_TYPES
 
 
 def pixel_type(encoding: str) -> np.dtype:
     """What a pixel of this encoding becomes."""
-    return np.dtype("<u2" if encoding == PACKED else _WHOLE[encoding])
+    return np.dtype(PIXEL_TYPES[encoding])
 
 
 def row_bytes(encoding: str, width: int) -> int:
     """Bytes from the first to the last pixel of a row; ValueError for an unknown encoding."""
-    if encoding == PACKED:
+    if encoding == PACKED:  # two pixels in three bytes
         return width // 2 * 3 + width % 2 * 2
-    if encoding not in _WHOLE:
-        raise ValueError(f"'{encoding}' is not known: none of {', '.join([*_WHOLE, PACKED])}")
+    if encoding not in PIXEL_TYPES:
+        raise ValueError(f"'{encoding}' is not known: none of {', '.join(PIXEL_TYPES)}")
     return width * pixel_type(encoding).itemsize
 
 

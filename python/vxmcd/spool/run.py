@@ -10,15 +10,15 @@ from typing import Iterator, List, Optional, Tuple, Union
 import numpy as np
 
 from . import chunks, pixels
+from ._format import INDEX_NAME
 from .description import RunDescription
 from .errors import DamagedImageError, MissingImageError, SpoolError, SpoolFormatError
 from .files import SpoolFiles
-from .index import FILE_NAME as INDEX_NAME
 from .index import NO_INDEX, read_index
 from .number_gaps import NumberGaps
 from .xxh3 import xxh3_64
 
-_LOOK_BYTES = 2**22  # looked at together when nothing tells which images are there
+_SCAN_BYTES = 2**22  # looked at together when nothing tells which images are there
 
 
 class SpoolRun:
@@ -136,7 +136,7 @@ class SpoolRun:
         """When each image of `numbers` was accepted for writing (UTC, ns), by the host's clock; not-a-time for
         one without a record."""
         times = np.full(self.numbers.size, "NaT", "datetime64[ns]")
-        times[np.searchsorted(self.numbers, self._records["number"].astype(np.int64))] = self._records["time"]
+        times[np.searchsorted(self.numbers, self._records["number"].astype(np.int64))] = self._records["host_time"]
         return times
 
     def verify(self, number: int) -> bool:
@@ -222,7 +222,7 @@ class SpoolRun:
 
     def _nonzero_images(self):
         found = [np.empty(0, np.int64)]
-        step = max(_LOOK_BYTES // self.description.image_size, 1)
+        step = max(_SCAN_BYTES // self.description.image_size, 1)
         for file in self._files.numbers_on_disk():
             first = file * self.description.images_per_file
             try:

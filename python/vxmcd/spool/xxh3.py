@@ -22,7 +22,7 @@ _STRIPE = 64  # bytes that go into the eight accumulators at once
 _STRIPES_PER_BLOCK = 16
 _BLOCK = _STRIPE * _STRIPES_PER_BLOCK
 _BLOCKS_AT_ONCE = 256  # so many fit into a processor's cache
-_LONGEST_MIDDLE = 240
+_MAX_MIDDLE_BYTES = 240
 
 
 def _lanes(offset):
@@ -131,7 +131,7 @@ def _hash_long(data):
 def xxh3_64(data) -> int:
     """The checksum of bytes, or of anything that offers its bytes as a contiguous buffer."""
     data = memoryview(data).cast("B")
-    if len(data) > _LONGEST_MIDDLE:
+    if len(data) > _MAX_MIDDLE_BYTES:
         return _hash_long(data)
     return _hash_to_240(bytes(data)) if len(data) > 16 else _hash_to_16(bytes(data))
 
