@@ -21,6 +21,22 @@ protected:
     EXPECT_EQ(GetPreAmpGainText(gain, text, sizeof text), RC_SUCCESS);
     return text;
   }
+
+  /// Whether a gain is available: for each amplifier of each channel.
+  static std::string Availability(int gain)
+  {
+    int channels = 0;
+    GetNumberADChannels(&channels);
+    std::string availability;
+    for (int channel = 0; channel < channels; ++channel) {
+      for (const int amplifier : {0, 1}) {
+        int status = 77;
+        EXPECT_EQ(IsPreAmpGainAvailable(channel, amplifier, 3, gain, &status), RC_SUCCESS);
+        availability += std::to_string(status);
+      }
+    }
+    return availability;
+  }
 };
 
 TEST_F(Readout, WithoutACameraTheADChannelSucceedsAndSomeOutputsAreWritten)
@@ -39,7 +55,6 @@ TEST_F(Readout, WithoutACameraTheADChannelSucceedsAndSomeOutputsAreWritten)
   EXPECT_EQ(speed, 0.0F);
 }
 
-// What the indices do to the camera is tried with the objects behind these functions.
 TEST_F(Readout, IndicesThatDoNotExistHaveTheirCodes)
 {
   OpenCamera(101);
@@ -56,7 +71,7 @@ TEST_F(Readout, IndicesThatDoNotExistHaveTheirCodes)
     EXPECT_EQ(GetAmpMaxSpeed(wrong, &number), RC_P1_INVALID);
     EXPECT_EQ(SetHSSpeed(wrong, 9), RC_P1_INVALID);
   }
-  EXPECT_EQ(SetHSSpeed(0, 9), RC_P2_INVALID);
+  for (const int wrong : {9, -1}) EXPECT_EQ(SetHSSpeed(0, wrong), RC_P2_INVALID);
   EXPECT_EQ(value, 77);
   EXPECT_EQ(number, 77.0F);
   EXPECT_EQ(GetNumberHSSpeeds(2, 2, &value), RC_P1_INVALID);
@@ -109,16 +124,39 @@ TEST_F(Readout, IndicesThatExistAreSetAndReported)
   EXPECT_EQ(number, 200.0F);
   EXPECT_EQ(GetNumberPreAmpGains(&value), RC_SUCCESS);
   EXPECT_EQ(value, 3);
-  EXPECT_EQ(IsPreAmpGainAvailable(0, 1, 0, 1, &value), RC_SUCCESS);
-  EXPECT_EQ(value, 1);
+  for (int gain = 0; gain < 3; ++gain)
+    EXPECT_EQ(Availability(gain), gain == 0 ? "1000" : gain == 1 ? "0100" : "0011") << gain;
 
   OpenCamera(102);
   EXPECT_EQ(GetPreAmpGain(0, &number), RC_SUCCESS);
   EXPECT_EQ(number, 1.5F);
-  EXPECT_EQ(SetPreAmpGain(2), RC_SUCCESS);
-  EXPECT_EQ(GetText(L"PreAmpGain"), L"10 (high)");
-  EXPECT_EQ(IsPreAmpGainAvailable(0, 0, 3, 2, &value), RC_SUCCESS);
-  EXPECT_EQ(value, 0);
+  const wchar_t* const texts[] = {L"1.5 low", L"2", L"10 (high)", L"30"};
+  for (int gain = 0; gain < 4; ++gain) {
+    EXPECT_EQ(SetPreAmpGain(gain), RC_SUCCESS);
+    EXPECT_EQ(GetText(L"PreAmpGain"), texts[gain]);
+    EXPECT_EQ(GetText(L"PreAmpGainSelector"), gain < 2 ? L"Low" : L"High");
+    EXPECT_EQ(Availability(gain), gain < 2 ? "10" : "01") << gain;
+  }
+}
+
+TEST_F(Readout, RefusedWritesCountAsDoneAndUnreadableTextsAsZero)
+{
+  OpenCamera(101);
+  ASSERT_EQ(SetADChannel(0), RC_SUCCESS);
+  ASSERT_EQ(SetOutputAmplifier(1), RC_SUCCESS);
+  VXSIM_AddFault("call VX_SetEnumString any rc 5");
+  EXPECT_EQ(SetOutputAmplifier(0), RC_SUCCESS);
+  EXPECT_EQ(GetText(L"PreAmpGainChannel"), L"High");
+  float number = 77.0F;
+  VXSIM_AddFault("call VX_GetEnumStringByIndex any rc 53");
+  EXPECT_EQ(GetHSSpeed(0, 0, 1, &number), RC_SUCCESS);
+  EXPECT_EQ(number, 0.0F);
+  char text[16] = {};
+  EXPECT_EQ(GetPreAmpGainText(0, text, sizeof text), RC_P1_INVALID);
+  VXSIM_AddFault("call VX_GetEnumCount any rc 53");
+  EXPECT_EQ(SetHSSpeed(1, 0), RC_P2_INVALID) << "nothing is valid when the count cannot be read";
+  EXPECT_EQ(GetAmpMaxSpeed(0, &number), RC_SUCCESS);
+  EXPECT_EQ(number, 0.0F);
 }
 
 TEST_F(Readout, TextsStayWithinTheirBuffers)
@@ -181,11 +219,9 @@ TEST_F(Readout, BaselineClampTellsWhatTheCameraAnswers)
   EXPECT_EQ(state, 1);
   EXPECT_EQ(GetBaselineClamp(nullptr), RC_SUCCESS);
   for (const int wrong : {2, -1}) EXPECT_EQ(SetBaselineClamp(wrong), RC_P1_INVALID);
-  const std::pair<int, unsigned int> answers[] = {{2, RC_NOT_SUPPORTED},
-                                                  {4, RC_NOT_AVAILABLE},
-                                                  {5, RC_NOT_AVAILABLE},
-                                                  {6, RC_P1_INVALID},
-                                                  {53, RC_P1_INVALID}};
+  const std::pair<int, unsigned int> answers[] = {{2, RC_NOT_SUPPORTED}, {3, RC_NOT_AVAILABLE},
+                                                  {4, RC_NOT_AVAILABLE}, {5, RC_NOT_AVAILABLE},
+                                                  {6, RC_P1_INVALID},    {53, RC_P1_INVALID}};
   for (const auto& [answer, code] : answers) {
     VXSIM_ClearFaults();
     for (const char* const function : {"VX_SetBool", "VX_GetBool"}) {

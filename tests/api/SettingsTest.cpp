@@ -252,4 +252,25 @@ TEST_F(Settings, CountThatTheCameraRefusesIsRefusedByTheModeOrTheStart)
   EXPECT_EQ(GetInt(L"FrameCount"), 12);
 }
 
+TEST_F(Settings, BurstsOnTheControllerBusHaveTheirCodes)
+{
+  OpenCamera(101);
+  unsigned char data[] = {0, 0};
+  constexpr unsigned char kThermometer = 0x4B;
+  EXPECT_EQ(I2CBurstWrite(kThermometer, 1, data), RC_SUCCESS);
+  EXPECT_EQ(I2CBurstRead(kThermometer, 2, data), RC_SUCCESS);
+  EXPECT_EQ(I2CBurstRead(kThermometer, 1, nullptr), RC_I2C_ERROR);
+  EXPECT_EQ(I2CBurstRead(kThermometer, -1, data), RC_P2_INVALID) << "the count has 32 bits in the camera";
+  const std::pair<const char*, unsigned int> steps[] = {
+      {"VX_IsImplemented", RC_NOT_SUPPORTED},
+      {"VX_SetInt feature ControllerI2CAddress", RC_P1_INVALID},
+      {"VX_SetInt feature ControllerI2CByteCount", RC_P2_INVALID},
+      {"VX_SetInt feature ControllerI2CByteSelector", RC_I2C_ERROR},
+      {"VX_Command", RC_I2C_ERROR}};
+  for (const auto& [step, code] : steps) {
+    EXPECT_EQ(CodeFor(step, 6, [&] { return I2CBurstWrite(kThermometer, 1, data); }), code) << step;
+    EXPECT_EQ(CodeFor(step, 6, [&] { return I2CBurstRead(kThermometer, 1, data); }), code) << step;
+  }
+}
+
 } // namespace

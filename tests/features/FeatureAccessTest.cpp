@@ -4,7 +4,6 @@
 
 #include "tests/support/TStagedVx.h"
 #include "vxcore.h"
-#include "vxmcd_result_codes.h"
 
 #include <gtest/gtest.h>
 
@@ -36,14 +35,6 @@ TEST_F(FeatureAccess, OnlyASuccessfulAnswerOfOneMeansImplemented)
   }
 }
 
-TEST_F(FeatureAccess, FindsATextExactly)
-{
-  vx_.texts = {L"Internal", L"External", L"Software"};
-  EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", L"Software"), 2);
-  EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", L"software"), -1);
-  EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", L"Soft"), -1);
-}
-
 TEST_F(FeatureAccess, SearchEndsAtTheFirstTextThatCannotBeRead)
 {
   vx_.texts = {L"Internal", L"External", L"Software"};
@@ -66,23 +57,6 @@ TEST_F(FeatureAccess, TextsWithoutAnEndAreCutAndDoNotMatch)
   vx_.fillsTexts = true;
   EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", std::wstring(64, L'x').c_str()), -1);
   EXPECT_EQ(GetEnumeratedIndexFromString(L"Any", std::wstring(63, L'x').c_str()), 0);
-}
-
-TEST_F(FeatureAccess, GuardedWriteNeedsTheTextToBeThereAndAvailable)
-{
-  vx_.texts = {L"Internal"};
-  vx_.codes = {{"SetEnumeratedString", VX_ERR_NOT_WRITABLE}};
-  EXPECT_EQ(CheckSetEnumeratedIndex(L"Any", L"External", RC_INVALID_TRIGGER_MODE), RC_INVALID_TRIGGER_MODE);
-  for (const int flag : {0, 2}) {
-    vx_.flags["Any"] = flag;
-    EXPECT_EQ(CheckSetEnumeratedIndex(L"Any", L"Internal", RC_INVALID_TRIGGER_MODE), RC_INVALID_TRIGGER_MODE);
-  }
-  EXPECT_EQ(Calls("SetEnumeratedString"), 0);
-
-  vx_.flags["Any"] = 1;
-  EXPECT_EQ(CheckSetEnumeratedIndex(L"Any", L"Internal", RC_INVALID_TRIGGER_MODE), RC_SUCCESS)
-      << "although the write itself is refused";
-  EXPECT_EQ(Calls("SetEnumeratedString"), 1);
 }
 
 } // namespace

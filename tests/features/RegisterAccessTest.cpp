@@ -74,13 +74,4 @@ TEST_F(RegisterAccess, EveryFailedStepEndsTheTransfer)
   EXPECT_TRUE(vx_.calls.empty());
 }
 
-TEST_F(RegisterAccess, IsThereWhenTheAddressIs)
-{
-  EXPECT_TRUE(access_.IsImplemented());
-  vx_.flags["RegisterAddress"] = 0;
-  EXPECT_FALSE(access_.IsImplemented());
-  vx_.codes = {{"IsImplemented RegisterAddress", VX_ERR_COMMUNICATION}};
-  EXPECT_FALSE(access_.IsImplemented());
-}
-
 } // namespace

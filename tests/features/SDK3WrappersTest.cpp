@@ -21,33 +21,6 @@ protected:
   SDK3Bool bool_{3, L"Any"};
 };
 
-TEST_F(SDK3Wrappers, EachOperationIsOneCallWhoseCodeComesBack)
-{
-  vx_.texts = {L"a", L"b"};
-  int number = 0;
-  bool flag = false;
-  std::wstring text;
-  for (const int code : {VX_SUCCESS, VX_ERR_OUT_OF_RANGE, VX_ERR_COMMUNICATION}) {
-    if (code != VX_SUCCESS) vx_.codes = {{"", code}};
-    vx_.calls.clear();
-    EXPECT_EQ(enum_.SetIndex(1), code);
-    EXPECT_EQ(enum_.SetString(L"a"), code);
-    EXPECT_EQ(enum_.GetIndex(number), code);
-    EXPECT_EQ(enum_.GetCount(number), code);
-    EXPECT_EQ(enum_.IsIndexAvailable(0, flag), code);
-    EXPECT_EQ(enum_.IsIndexImplemented(0, flag), code);
-    EXPECT_EQ(enum_.GetStringByIndex(0, text), code);
-    EXPECT_EQ(int_.SetInt(5), code);
-    EXPECT_EQ(int_.GetInt(number), code);
-    EXPECT_EQ(bool_.SetBool(true), code);
-    EXPECT_EQ(bool_.GetBool(flag), code);
-    EXPECT_EQ(vx_.calls, (std::vector<std::string>{"SetEnumIndex Any 1", "SetEnumString Any a", "GetEnumIndex Any",
-                                                   "GetEnumCount Any", "IsEnumIndexAvailable Any",
-                                                   "IsEnumIndexImplemented Any", "GetEnumStringByIndex Any 0",
-                                                   "SetInt Any 5", "GetInt Any", "SetBool Any 1", "GetBool Any"}));
-  }
-}
-
 TEST_F(SDK3Wrappers, AnyFlagButZeroMeansAvailable)
 {
   bool available = false;
@@ -57,15 +30,6 @@ TEST_F(SDK3Wrappers, AnyFlagButZeroMeansAvailable)
   vx_.flags["Any"] = 0;
   enum_.IsIndexAvailable(0, available);
   EXPECT_FALSE(available);
-}
-
-TEST_F(SDK3Wrappers, PresentTextIsThatOfThePresentIndex)
-{
-  vx_.texts = {L"a", L"b"};
-  vx_.integers["Any"] = 1;
-  std::wstring text;
-  EXPECT_EQ(enum_.GetString(text), VX_SUCCESS);
-  EXPECT_EQ(text, L"b");
 }
 
 TEST_F(SDK3Wrappers, FailedReadGivesAnEmptyTextAndALongOneIsCut)

@@ -1,18 +1,14 @@
 // SPDX-License-Identifier: MIT
 // I2C transfers, step by step.
 #include "service/TSDK3i2c.h"
-#include "tests/support/TStagedCamera.h"
 #include "tests/support/TStagedVx.h"
 #include "vxcore.h"
-#include "vxmcd.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
 
 namespace {
-
-using TCalls = std::vector<std::string>;
 
 class I2c : public ::testing::Test
 {
@@ -32,31 +28,6 @@ protected:
   TSDK3i2c bus_{7, L"Internal"};
   unsigned char data_[8] = {1, 2, 3, 4, 5, 6, 7, 8};
 };
-
-TEST_F(I2c, WriteStagesEveryByteAndThenSends)
-{
-  EXPECT_EQ(bus_.Write(0xF0, data_, 2), 0);
-  EXPECT_EQ(vx_.calls, (TCalls{"IsImplemented InternalI2CWrite", "SetInt InternalI2CAddress 240",
-                               "SetInt InternalI2CByteCount 2", "SetInt InternalI2CByteSelector 0",
-                               "SetInt InternalI2CByte 1", "SetInt InternalI2CByteSelector 1",
-                               "SetInt InternalI2CByte 2", "Command InternalI2CWrite"}));
-  vx_.calls.clear();
-  EXPECT_EQ(bus_.Write(0x20, nullptr, 0), 0);
-  EXPECT_EQ(vx_.calls.size(), 4u) << "address, count and command also without bytes";
-}
-
-TEST_F(I2c, ReadFetchesAfterTheCommand)
-{
-  EXPECT_EQ(bus_.Read(0x20, data_, 2), 0);
-  EXPECT_EQ(vx_.calls,
-            (TCalls{"IsImplemented InternalI2CRead", "SetInt InternalI2CAddress 32",
-                    "SetInt InternalI2CByteCount 2", "Command InternalI2CRead", "SetInt InternalI2CByteSelector 0",
-                    "GetInt InternalI2CByte 0", "SetInt InternalI2CByteSelector 1", "GetInt InternalI2CByte 1"}));
-  EXPECT_EQ(std::vector<unsigned char>(data_, data_ + 3), (std::vector<unsigned char>{10, 11, 3}));
-  vx_.calls.clear();
-  EXPECT_EQ(bus_.Read(0x20, nullptr, 0), 0);
-  EXPECT_EQ(vx_.calls.back(), "Command InternalI2CRead");
-}
 
 TEST_F(I2c, ReadGoesOnBehindAByteThatFails)
 {
@@ -116,32 +87,6 @@ TEST_F(I2c, SenselessCountEndsSoon)
   vx_.bytes.resize(many.size(), 5);
   EXPECT_EQ(bus_.Read(0x20, many.data(), 2500), 2);
   EXPECT_EQ(many.back(), 5);
-}
-
-TEST_F(I2c, BurstsMapTheStatusToACode)
-{
-  const TStagedCamera camera;
-  EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), RC_SUCCESS);
-  EXPECT_EQ(vx_.calls.back(), "Command ControllerI2CWrite");
-  EXPECT_EQ(I2CBurstRead(0x40, 1, data_), RC_SUCCESS);
-  EXPECT_EQ(data_[0], 10);
-  EXPECT_EQ(I2CBurstRead(0x40, 1, nullptr), RC_I2C_ERROR);
-
-  const std::pair<const char*, unsigned int> steps[] = {{"IsImplemented", RC_NOT_SUPPORTED},
-                                                        {"SetInt ControllerI2CAddress", RC_P1_INVALID},
-                                                        {"SetInt ControllerI2CByteCount", RC_P2_INVALID},
-                                                        {"SetInt ControllerI2CByteSelector", RC_I2C_ERROR},
-                                                        {"Command", RC_I2C_ERROR}};
-  for (const auto& [step, code] : steps) {
-    vx_.codes = {{step, VX_ERR_OUT_OF_RANGE}};
-    EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), code) << step;
-    EXPECT_EQ(I2CBurstRead(0x40, 1, data_), code) << step;
-  }
-
-  vx_.codes = {{"SetInt ControllerI2CByteCount 4294967295", VX_ERR_OUT_OF_RANGE}};
-  EXPECT_EQ(I2CBurstRead(0x40, -1, data_), RC_P2_INVALID) << "the count has 32 bits in the camera";
-  UnregisterCamera(kFirstCameraHandle);
-  EXPECT_EQ(I2CBurstWrite(0x40, 1, data_), RC_NOT_INITIALIZED);
 }
 
 } // namespace

@@ -103,29 +103,6 @@ int VX_Command(int, const wchar_t* feature)
   return TStagedVx::Instance().Call("Command " + Narrow(feature));
 }
 
-int VX_SetFloat(int, const wchar_t* feature, double value)
-{
-  TStagedVx& vx = TStagedVx::Instance();
-  const int code = vx.Call("SetFloat " + Narrow(feature));
-  if (code == VX_SUCCESS) vx.floats[Narrow(feature)] = value;
-  return code;
-}
-
-int VX_GetFloat(int, const wchar_t* feature, double* value)
-{
-  return Get("GetFloat " + Narrow(feature), TStagedVx::Instance().floats[Narrow(feature)], value);
-}
-
-int VX_GetFloatMin(int, const wchar_t* feature, double* value)
-{
-  return Get("GetFloatMin " + Narrow(feature), TStagedVx::Instance().floats[Narrow(feature) + " min"], value);
-}
-
-int VX_GetFloatMax(int, const wchar_t* feature, double* value)
-{
-  return Get("GetFloatMax " + Narrow(feature), TStagedVx::Instance().floats[Narrow(feature) + " max"], value);
-}
-
 int VX_SetBool(int, const wchar_t* feature, int value)
 {
   return TStagedVx::Instance().Call("SetBool " + Narrow(feature) + " " + std::to_string(value));
@@ -135,12 +112,6 @@ int VX_GetBool(int, const wchar_t* feature, int* value)
 {
   return Get("GetBool " + Narrow(feature), static_cast<int>(TStagedVx::Instance().integers[Narrow(feature)]),
              value);
-}
-
-int VX_GetEnumerated(int, const wchar_t* feature, int* index)
-{
-  return Get("GetEnumerated " + Narrow(feature), static_cast<int>(TStagedVx::Instance().integers[Narrow(feature)]),
-             index);
 }
 
 int VX_GetEnumeratedCount(int, const wchar_t* feature, int* count)

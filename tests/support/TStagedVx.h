@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A device that exists only as answers: features, staged transfers, cooling, and whatever goes wrong with them.
+// A device that exists only as answers: features, staged transfers, and whatever goes wrong with them.
 #pragma once
 
 #include <map>
@@ -15,7 +15,6 @@
 struct TStagedVx
 {
   std::map<std::string, long long> integers;
-  std::map<std::string, double> floats;
   std::map<std::string, std::string> strings;
   std::vector<unsigned char> bytes; ///< of the I2C device
   std::map<long long, long long> registers;

@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <gtest/gtest.h>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,28 +26,6 @@ private:
 };
 
 } // namespace
-
-TEST(Subject, ObserversMayChangeTheListWhileTheyAreTold)
-{
-  TSubject subject;
-  std::string told;
-  Observer late([&] { told += 'l'; });
-  auto doomed = std::make_unique<Observer>([&] { told += 'd'; });
-  Observer last([&] { told += 'z'; });
-  Observer* self = nullptr;
-  Observer changer([&] {
-    told += 'c';
-    subject.RemoveObserver(doomed.get());
-    doomed.reset();
-    subject.RegisterObserver(&late);
-    subject.RemoveObserver(self);
-    subject.NotifyObservers();
-  });
-  self = &changer;
-  for (Observer* observer : {&changer, doomed.get(), &last}) subject.RegisterObserver(observer);
-  subject.NotifyObservers();
-  EXPECT_EQ(told, "czlz");
-}
 
 // An observer that is gone leaves its address to the next one.
 TEST(Subject, ANewObserverInThePlaceOfAnOldOneIsToldFromTheNextTimeOn)
