@@ -68,7 +68,7 @@ int TDispatchQueue_Spool::Dispatch(unsigned char* buffer, int sizeBytes)
   if (!pipeline) return 1;
   if (image == 1 && withMetadata_) KeepFirstTick(*pipeline, buffer, sizeBytes);
   if (!pipeline->Spool(static_cast<int>(image - 1), buffer)) return 1;
-  if (!pipeline->ReturnsSlots()) RequeueSlot(buffer, sizeBytes);
+  if (!pipeline->RequeuesSlots()) RequeueSlot(buffer, sizeBytes);
   return 0;
 }
 

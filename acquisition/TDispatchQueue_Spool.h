@@ -5,7 +5,7 @@
 #include "acquisition/TMetadataParser.h"
 #include "acquisition/TRingDispatchQueue.h"
 #include "features/current_core_handle.h"
-#include "spool/TSpoolSettings.h"
+#include "spool/TSpoolLayout.h"
 #include "utility/TMutex.h"
 
 #include <cstdint>

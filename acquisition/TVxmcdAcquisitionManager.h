@@ -11,7 +11,7 @@
 #include "acquisition/TMetadataXerox.h"
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVXFetchQueue.h"
-#include "spool/TSpoolSettings.h"
+#include "spool/TSpoolLayout.h"
 #include "utility/TMutex.h"
 #include "utility/TUseCounter.h"
 

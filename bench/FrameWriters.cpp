@@ -5,7 +5,7 @@
 #include "BenchmarkCamera.h"
 #include "FilledSlots.h"
 #include "Rounds.h"
-#include "spool/TSpoolVolume.h"
+#include "spool/TSpoolFile.h"
 
 #include <algorithm>
 #include <fcntl.h>

@@ -6,7 +6,6 @@
 #include "features/current_core_handle.h"
 #include "Rounds.h"
 #include "spool/ISpoolAlgorithm.h"
-#include "spool/TBlockSpooler.h"
 #include "spool/TQueuedSpooler.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFileSpooler.h"
@@ -21,20 +20,11 @@ namespace {
 
 constexpr int kThreads = 2;
 
-/// The algorithm for @p layout. What is spooled has been written when the object is destroyed; TQueuedSpooler needs a
-/// Finish() before that, else it gives up what is still queued.
 std::unique_ptr<ISpoolAlgorithm> makeAlgorithm(const TSpoolLayout& layout, TSpoolImageSpooler& images,
                                                TSpoolFault& fault, std::size_t slots)
 {
-  switch (layout.way) {
-  case TSpoolLayout::kBlocks:
-    return std::make_unique<TBlockSpooler>(&images, layout.imageSizeBytes, layout.imagesPerPlace, kThreads);
-  case TSpoolLayout::kQueued:
-    return std::make_unique<TQueuedSpooler>(&images, &fault, kThreads, slots, kNoCoreHandle);
-  case TSpoolLayout::kThreaded:
-    break;
-  }
-  return std::make_unique<TThreadedSpooler>(&images, kThreads);
+  if (layout.isQueued) return std::make_unique<TQueuedSpooler>(&images, &fault, kThreads, slots, kNoCoreHandle);
+  return std::make_unique<TThreadedSpooler>(&images, kThreads, static_cast<int>(layout.imagesPerPlace));
 }
 
 } // namespace
@@ -60,8 +50,7 @@ WritingCost writeThroughParts(const std::string& directory, const TSpoolLayout& 
     longest = std::max(longest, secondsOfClock(CLOCK_MONOTONIC) - begin);
   }
   clock.handedOver();
-  if (layout.way == TSpoolLayout::kQueued) static_cast<TQueuedSpooler&>(*algorithm).Finish();
-  algorithm.reset();
+  algorithm->Finish();
   files.Finish();
   require(index.Close() && !fault.IsRaised() && index.Count() == static_cast<std::uint64_t>(count),
           "every frame is written");

@@ -4,7 +4,7 @@
 
 #include "FrameWriters.h"
 #include "spool/TSpoolLayout.h"
-#include "spool/TSpoolVolume.h"
+#include "spool/TSpoolFile.h"
 
 #include <string>
 

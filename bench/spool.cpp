@@ -127,10 +127,10 @@ void methods(benchmark::State& state)
 struct Variant
 {
   const char* name;
-  TSpoolLayout::Way way;
+  bool queued;
   bool direct;
   bool filePerImage = false;
-  std::uint32_t blockBytes = 0; // 0: as the library chooses
+  std::uint32_t placeBytes = 0; // 0: as the library chooses
 };
 
 void variants(benchmark::State& state, Geometry geometry, const std::vector<Variant>& all)
@@ -144,16 +144,12 @@ void variants(benchmark::State& state, Geometry geometry, const std::vector<Vari
     volume.writesDirectly = able.writesDirectly && variant.direct;
     TSpoolLayout layout = TSpoolLayout::Choose(variant.filePerImage ? kImagePerFile : kImagesTogether,
                                                geometry.frameBytes(), static_cast<std::uint32_t>(count));
-    if (layout.way == TSpoolLayout::kBlocks && variant.way != TSpoolLayout::kBlocks) {
-      layout.placesPerFile *= layout.imagesPerPlace;
-      layout.imagesPerPlace = 1;
-    }
-    if (variant.blockBytes > 0) {
+    if (variant.placeBytes > 0) {
       layout.placesPerFile = layout.ImagesPerFile();
-      layout.imagesPerPlace = variant.blockBytes / static_cast<std::uint32_t>(geometry.frameBytes());
+      layout.imagesPerPlace = variant.placeBytes / static_cast<std::uint32_t>(geometry.frameBytes());
       layout.placesPerFile /= layout.imagesPerPlace;
     }
-    layout.way = variant.way;
+    layout.isQueued = variant.queued;
     contest.add(variant.name, [&frames, layout, volume, count](const std::string& path) {
       return writeThroughParts(path, layout, volume, frames, count);
     });
@@ -237,18 +233,17 @@ void registerRounds(const std::string& name, int rounds, const std::function<voi
 }
 
 const std::vector<Variant> kLargeVariants{
-    {"threaded_direct", TSpoolLayout::kThreaded, true},
-    {"threaded_buffered", TSpoolLayout::kThreaded, false},
-    {"queued_direct", TSpoolLayout::kQueued, true},
-    {"blocks_of_one_direct", TSpoolLayout::kBlocks, true, false, 8 << 20},
-    {"threaded_direct_file_each", TSpoolLayout::kThreaded, true, true},
-    {"queued_direct_file_each", TSpoolLayout::kQueued, true, true},
+    {"threaded_direct", false, true},
+    {"threaded_buffered", false, false},
+    {"queued_direct", true, true},
+    {"threaded_direct_file_each", false, true, true},
+    {"queued_direct_file_each", true, true, true},
 };
 const std::vector<Variant> kSmallVariants{
-    {"blocks_direct", TSpoolLayout::kBlocks, true},
-    {"blocks_buffered", TSpoolLayout::kBlocks, false},
-    {"blocks_direct_1_MiB", TSpoolLayout::kBlocks, true, false, 1 << 20},
-    {"threaded_direct", TSpoolLayout::kThreaded, true},
+    {"threaded_direct", false, true},
+    {"threaded_buffered", false, false},
+    {"threaded_direct_1_MiB", false, true, false, 1 << 20},
+    {"threaded_direct_one_by_one", false, true, false, 32 << 10},
 };
 
 } // namespace

@@ -1,20 +1,41 @@
 // SPDX-License-Identifier: MIT
-// Where spooled images go.
+// Where spooled images go: a spooler, and the images that it opens.
 #pragma once
 
 #include <cstdint>
 
-class IImage;
+/// A place in a spool file, or a whole one, for one or more frames. Owned by the spooler that opened it, until
+/// ISpooler::CloseImage(). One thread at a time; several images of one file may be locked at once. Operations return 0
+/// for success.
+class IImage
+{
+public:
+  /// On success @p destination is where a frame's bytes go, valid until Unlock(). An image for several frames gives the
+  /// place of the next one each time.
+  virtual int Lock(unsigned char*& destination) = 0;
+  /// The frame is there. What an image for several frames has, it need not write before the last of them, or before an
+  /// Unlock() without a Lock().
+  virtual int Unlock() = 0;
+  virtual ~IImage() = default;
+};
 
-/// Opens and closes the places that spooled images are written to. Operations return 0 for success. The order of
-/// the operations is kept; nobody destroys a spooler through this interface.
+/// An image that consists of several places.
+class IMultiImage : public IImage
+{
+public:
+  /// Unlocks whatever is still locked. Returns 0 for success.
+  virtual int ForceUnlock() = 0;
+};
+
+/// Opens and closes the images that frames are written to. Operations return 0 for success. The order of the operations
+/// is kept; nobody destroys a spooler through this interface.
 class ISpooler
 {
 public:
   /// The mode that images are opened in: created if need be, for reading and writing.
   static constexpr int kReadWrite = 6;
 
-  /// On success @p image is the image of that number, from 0, and the caller gives it back with CloseImage().
+  /// On success @p image is the image of that number, from 0, which the caller closes with CloseImage().
   virtual int OpenImage(unsigned int index, int mode, IImage*& image) = 0;
   /// Once, before the first image is opened.
   virtual int SetImageSizeBytes(std::uint64_t sizeBytes) = 0;

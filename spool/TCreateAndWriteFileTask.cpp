@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Writes queued frames on a thread of its own.
+// Writes queued frames: opening and copying on one thread, closing on others.
 #include "spool/TCreateAndWriteFileTask.h"
 
 #include "spool/image_writing.h"
-#include "spool/launching.h"
-#include "spool/TFlushAndCloseFileTask.h"
-#include "spool/TSpoolQueue.h"
 #include "utility/IDispatchRoutine.h"
 #include "utility/TQuorinLibDebugOutput.h"
 #include "utility/TQuorinTaskLauncher.h"
@@ -21,7 +18,7 @@ namespace {
 
 constexpr long kNoFrame = -1;
 
-/// A flush-and-close task that goes when it has run: launchers own no tasks, and may outlive who launched them.
+/// Deletes itself when it has run: launchers own no tasks, and may outlive who launched them.
 class TSelfDeletingTask final : public QuorinUtility::IQuorinTask
 {
 public:
@@ -38,6 +35,11 @@ private:
 };
 
 } // namespace
+
+void TFlushAndCloseFileTask::Execute(void* image)
+{
+  if (spooler_) FinishImage(*spooler_, static_cast<IImage*>(image));
+}
 
 TCreateAndWriteFileTask::TCreateAndWriteFileTask(QuorinUtility::TQuorinTaskLauncher** launchers, ISpooler* spooler,
                                                  int launcherCount, TSpoolQueue* inputQueue,
@@ -95,8 +97,8 @@ void TCreateAndWriteFileTask::Process(TSpoolFileData& data)
 
 void TCreateAndWriteFileTask::createAndWriteFile(TSpoolFileData& data)
 {
-  data.image = WriteImage(spooler_, data.index, data.buffer, data.sizeBytes);
-  data.error = data.image ? 0 : 1;
+  data.image = nullptr;
+  data.error = WriteFrame(spooler_, data.index, data.buffer, data.sizeBytes, data.image) ? 0 : 1;
 }
 
 void TCreateAndWriteFileTask::delegateToFlushAndCloseTask(IImage* image)

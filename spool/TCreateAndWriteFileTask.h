@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Writes queued frames on a thread of its own.
+// Writes queued frames: opening and copying on one thread, closing on others.
 #pragma once
 
-#include "spool/TSpoolFileData.h"
+#include "spool/TSpoolQueue.h"
+#include "utility/IQuorinTask.h"
 #include "utility/TPerformanceLog.h"
 #include "utility/TQuorinWorkThreadRoutine.h"
 
@@ -11,14 +12,27 @@
 
 class IDispatchRoutine;
 class ISpooler;
-class TSpoolQueue;
 
 namespace QuorinUtility {
 class TQuorinTaskLauncher;
 class TQuorinWorkThread;
 } // namespace QuorinUtility
 
-/// Takes frames from one queue, writes them, and hands them on to another, in order, with a mark on those that
+/// Unlocks and closes the image that it is launched with. Borrows the spooler, which must be thread-safe. Has no state,
+/// so that one task may run on several launchers at once.
+class TFlushAndCloseFileTask final : public QuorinUtility::IQuorinTask
+{
+public:
+  explicit TFlushAndCloseFileTask(ISpooler* spooler) : spooler_(spooler) {}
+
+  /// @p image points to an IImage, open and locked. Failures are logged.
+  void Execute(void* image) override;
+
+private:
+  ISpooler* spooler_;
+};
+
+/// Takes frames from one queue, writes them, and passes them on to another, in order, with a mark on those that
 /// failed; has the images closed by launchers in turn. Borrows everything that it is made with: the queues and the
 /// dispatch routine until it is destroyed, the spooler until the launchers have run every task as well. Its work
 /// runs on its own thread from the constructor on; GetLastSavedImageIndex() is thread-safe.
@@ -26,7 +40,7 @@ class TCreateAndWriteFileTask final : public QuorinUtility::TQuorinWorkThreadRou
 {
 public:
   /// Without launchers images are closed on the task's thread. @p dispatchRoutine may be null. The performance log
-  /// "tcreateandwritefiletask.csv" in the working directory is for measurements; nothing in the library wants it.
+  /// "tcreateandwritefiletask.csv" in the working directory is for measurements; nothing in the library switches it on.
   TCreateAndWriteFileTask(QuorinUtility::TQuorinTaskLauncher** launchers, ISpooler* spooler, int launcherCount,
                           TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, IDispatchRoutine* dispatchRoutine,
                           bool withPerformanceLog = false);

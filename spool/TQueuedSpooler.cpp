@@ -1,21 +1,88 @@
 // SPDX-License-Identifier: MIT
-// Spools images without holding up the acquisition thread.
+// Spools images while the acquisition thread goes on.
 #include "spool/TQueuedSpooler.h"
 
-#include "spool/launching.h"
+#include "features/device_access.h"
+#include "spool/image_writing.h"
 #include "spool/TCreateAndWriteFileTask.h"
-#include "spool/TSlotReturnTask.h"
 #include "spool/TSpoolFault.h"
+#include "utility/TMutex.h"
 #include "utility/TQuorinTaskLauncher.h"
+#include "utility/TQuorinWorkThread.h"
+#include "utility/TQuorinWorkThreadRoutine.h"
 
 #include <cerrno>
 #include <chrono>
+#include <string>
+
+using QuorinUtility::TQuorinWorkThread;
 
 namespace {
 
 constexpr std::chrono::milliseconds kWaitSlice{50};
 
 } // namespace
+
+/// Takes images that a write task has finished from its reuse queue, in order, and requeues their slots. It has its own
+/// thread: with all slots on their way to the disk there is no frame that would wake the acquisition thread. After an
+/// image that could not be written it aborts the write task's input queue. Borrows queues and fault.
+class TQueuedSpooler::TSlotReturnTask final : public QuorinUtility::TQuorinWorkThreadRoutine
+{
+public:
+  TSlotReturnTask(TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, TSpoolFault* fault, int coreHandle)
+      : inputQueue_(inputQueue),
+        reuseQueue_(reuseQueue),
+        fault_(fault),
+        coreHandle_(coreHandle),
+        thread_(this, TQuorinWorkThread::eNormalPriority, "vxmcd-slots")
+  {
+  }
+
+  /// Aborts the reuse queue and waits for the thread.
+  ~TSlotReturnTask() override
+  {
+    reuseQueue_->Abort();
+    thread_.WaitForCompletion();
+  }
+
+  /// Whether there is a thread. False when it could not be made.
+  bool IsAlive() const { return thread_.IsCreated(); }
+
+  /// Blocks until this many images have come back, or a slice of time is over. Returns whether they have.
+  bool WaitForImages(std::uint64_t count) EXCLUDES(mutex_)
+  {
+    const TLock lock(mutex_);
+    return returned_.WaitFor(mutex_, kWaitSlice, [&]() REQUIRES(mutex_) { return images_ >= count; });
+  }
+
+  /// The thread's work.
+  void Run() override EXCLUDES(mutex_)
+  {
+    const TSpoolFileData end;
+    for (TSpoolFileData data = reuseQueue_->Retrieve(); !(data == end); data = reuseQueue_->Retrieve()) {
+      if (data.error != 0) {
+        if (!fault_->IsRaised()) fault_->Raise("cannot write image", std::to_string(data.index + 1), 0);
+        inputQueue_->Abort();
+      }
+      QueueBuffer(coreHandle_, data.buffer, data.sizeBytes);
+      {
+        const TLock lock(mutex_);
+        ++images_;
+      }
+      returned_.NotifyAll();
+    }
+  }
+
+private:
+  TSpoolQueue* const inputQueue_;
+  TSpoolQueue* const reuseQueue_;
+  TSpoolFault* const fault_;
+  const int coreHandle_;
+  TMutex mutex_;
+  TCondition returned_;
+  std::uint64_t images_ GUARDED_BY(mutex_) = 0;
+  TQuorinWorkThread thread_; // last: it uses all the others
+};
 
 TQueuedSpooler::TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots,
                                int coreHandle)
@@ -42,12 +109,11 @@ int TQueuedSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
   return result;
 }
 
-// A camera without a slot brings no frame, and it is not the camera that is late then: whoever waited for a frame
-// would take it for that.
+// A camera without a slot delivers no frame, and whoever waits for one would take the camera for late.
 void TQueuedSpooler::WaitForSlot()
 {
   if (slots_ == 0 || queued_ < slots_) return;
-  while (!aborted_ && !fault_->IsRaised() && !slotReturn_->WaitForImages(queued_ - slots_ + 1, kWaitSlice)) {
+  while (!aborted_ && !fault_->IsRaised() && !slotReturn_->WaitForImages(queued_ - slots_ + 1)) {
   }
 }
 
@@ -57,11 +123,11 @@ void TQueuedSpooler::Abort()
   input_.Abort();
 }
 
-// The write task ends with its queue, so it may only be told when it has taken the last image. After a failure
-// nothing more can be written.
+// The write task ends with its queue, so it may only be ended when it has taken the last image. After a failure nothing
+// more can be written.
 void TQueuedSpooler::Finish()
 {
-  while (!aborted_ && !fault_->IsRaised() && !slotReturn_->WaitForImages(queued_, kWaitSlice))
+  while (!aborted_ && !fault_->IsRaised() && !slotReturn_->WaitForImages(queued_))
     if (static_cast<std::uint64_t>(writeTask_->GetLastSavedImageIndex()) >= queued_) break;
   writeTask_.reset();
   slotReturn_.reset();

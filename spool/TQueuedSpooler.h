@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Spools images without holding up the acquisition thread.
+// Spools images while the acquisition thread goes on.
 #pragma once
 
 #include "spool/ISpoolAlgorithm.h"
-#include "spool/TQueuingSpoolAlgorithm.h"
 #include "spool/TSpoolQueue.h"
 
 #include <atomic>
@@ -13,7 +12,6 @@
 
 class ISpooler;
 class TCreateAndWriteFileTask;
-class TSlotReturnTask;
 class TSpoolFault;
 
 namespace QuorinUtility {
@@ -21,25 +19,26 @@ class TQuorinTaskLauncher;
 }
 
 /// Queues images for a write task, which makes their files and copies them, has them closed by launchers, and
-/// gives the slots back to the camera. Owned by the run's pipeline; borrows spooler and fault. Spool() and
-/// Finish() belong to one thread; Abort() is thread-safe.
+/// requeues the slots with the camera of the run, whichever is the current one. Owned by the run's pipeline; borrows
+/// spooler and fault. After an image that could not be written no other is begun.
 class TQueuedSpooler final : public ISpoolAlgorithm
 {
 public:
   /// With fewer than one thread, images are closed by the write task's thread.
-  /// @p slots is how many slots the camera @p coreHandle has been given, 0 when nobody knows; they go back to it.
+  /// @p slots is how many slots the camera @p coreHandle has been given, 0 when that is not known.
   TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots, int coreHandle);
   /// Images that have not been copied yet are given up.
   ~TQueuedSpooler() override;
 
   /// @p buffer must stay as it is until its slot is requeued. Blocks while the camera has no slot left.
   int Spool(int index, unsigned char* buffer, int sizeBytes) override;
-  /// Gives up the images that have not been copied yet.
-  void Abort();
-  /// Waits until all images that were not given up are written.
-  void Finish();
+  bool RequeuesSlots() const override { return true; }
+  void Abort() override;
+  void Finish() override;
 
 private:
+  class TSlotReturnTask;
+
   void WaitForSlot();
 
   TSpoolFault* const fault_;

@@ -2,8 +2,7 @@
 // Several images in each file, opened and closed in any order.
 #include "spool/TRandomAccessMultiImageSpooler.h"
 
-#include "spool/spool_error.h"
-#include "spool/TOffsetMultiImage.h"
+#include "spool/multi_image.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinLibDebugOutput.h"
 #include "utility/TQuorinMisc.h"

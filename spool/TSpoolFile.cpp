@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-// One file of a spooled run.
+// One file of a spooled run, and what its file system can do.
 #include "spool/TSpoolFile.h"
 
 #include "spool/file_writing.h"
 #include "spool/TSpoolFault.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -29,6 +30,21 @@ bool IsAlignedAlike(const unsigned char* data, std::uint64_t offset)
 }
 
 } // namespace
+
+TSpoolVolume TSpoolVolume::Probe(const std::string& directory)
+{
+  TSpoolVolume volume;
+  if (CheckFileSizeLimit(kAlignment) != 0) return volume;
+
+  const TFileDescriptor buffered(open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  volume.preallocates = buffered.IsOpen() && fallocate(buffered.Get(), 0, 0, kAlignment) == 0;
+
+  const TFileDescriptor direct(open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC | O_DIRECT, 0600));
+  alignas(kAlignment) static const std::array<char, kAlignment> block{};
+  volume.writesDirectly =
+      direct.IsOpen() && pwrite(direct.Get(), block.data(), block.size(), 0) == static_cast<ssize_t>(block.size());
+  return volume;
+}
 
 TSpoolFile::TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes, std::uint64_t usedBytes,
                        std::atomic<std::uint64_t>* progress)

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-// One file of a spooled run.
+// One file of a spooled run, and what its file system can do.
 #pragma once
 
-#include "spool/IImage.h"
+#include "spool/ISpooler.h"
 #include "spool/TFileDescriptor.h"
-#include "spool/TSpoolVolume.h"
 
 #include <atomic>
 #include <cstddef>
@@ -13,6 +12,19 @@
 #include <string>
 
 class TSpoolFault;
+
+/// What the file system under a spool directory can do. A plain value.
+struct TSpoolVolume
+{
+  /// Memory and file offsets of unbuffered writes are multiples of this.
+  static constexpr std::size_t kAlignment = 4096;
+
+  bool writesDirectly = false; ///< takes unbuffered writes
+  bool preallocates = false;   ///< takes calls that set blocks aside for a file before they are written
+
+  /// Tries them on a file without a name in @p directory. Where that is not possible either, the answer is no.
+  static TSpoolVolume Probe(const std::string& directory);
+};
 
 /// One file of a spooled run, full size from the beginning. Its blocks are set aside when it is made, so that a
 /// full disk shows there. Images are written, never mapped: a disk that fails, or somebody who truncates the file,
@@ -37,7 +49,7 @@ public:
   /// Syncs and closes the file.
   int Close();
 
-  /// Not supported: there is no memory of a whole file.
+  /// Not supported: the file is not memory.
   int Lock(unsigned char*& destination) override;
   int Unlock() override { return 0; }
 

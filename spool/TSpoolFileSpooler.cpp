@@ -4,7 +4,6 @@
 
 #include "runs/run_format.h"
 #include "spool/TSpoolFault.h"
-#include "spool/TSpoolFile.h"
 #include "spool/TSpoolIndex.h"
 
 #include <algorithm>
@@ -12,6 +11,7 @@
 #include <cerrno>
 #include <chrono>
 #include <dirent.h>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -117,11 +117,24 @@ int TSpoolFileSpooler::OpenImage(unsigned int index, int /*mode*/, IImage*& imag
   return 0;
 }
 
+TSpoolFileSpooler::TOpenFiles::iterator TSpoolFileSpooler::Find(const IImage* image)
+{
+  return std::find_if(files_.begin(), files_.end(),
+                      [image](const auto& entry) { return entry.second.get() == image; });
+}
+
+TSpoolFile& TSpoolFileSpooler::FileOf(const IImage* image)
+{
+  const std::lock_guard lock(mutex_);
+  const auto open = Find(image);
+  if (open == files_.end()) throw std::invalid_argument("a file that is not open");
+  return *open->second;
+}
+
 int TSpoolFileSpooler::CloseImage(IImage* image)
 {
   std::unique_lock lock(mutex_);
-  const auto open = std::find_if(files_.begin(), files_.end(),
-                                 [image](const auto& entry) { return entry.second.get() == image; });
+  const auto open = Find(image);
   if (open == files_.end()) return EINVAL;
   if (!open->second->IsFull()) return 0;
   const bool isLarge = open->second->IsLarge();

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "spool/ISpooler.h"
-#include "spool/TSpoolVolume.h"
+#include "spool/TSpoolFile.h"
 #include "utility/TQuorinWorkThread.h"
 #include "utility/TQuorinWorkThreadRoutine.h"
 
@@ -17,7 +17,6 @@
 #include <vector>
 
 class TSpoolFault;
-class TSpoolFile;
 class TSpoolIndex;
 
 /// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after
@@ -44,6 +43,9 @@ public:
   /// Removes the files of an earlier run, of any length, from the directory.
   int Remove() override;
 
+  /// The open file that OpenImage() gave as @p image.
+  TSpoolFile& FileOf(const IImage* image);
+
   /// The path as the operating system has it, which need not be text.
   void SetDirectory(const std::string& directory) { directory_ = directory; }
   void SetVolume(const TSpoolVolume& volume) { volume_ = volume; }
@@ -58,6 +60,8 @@ public:
   std::uint64_t ImagesOnDisk();
 
 private:
+  using TOpenFiles = std::map<unsigned int, std::unique_ptr<TSpoolFile>>; // by number
+
   static std::vector<std::unique_ptr<TSpoolFile>> WithRoom();
   void Run() override;
   /// Whether one of them was large.
@@ -68,6 +72,7 @@ private:
   void CountImages(const TSpoolFile& file);
   void CheckFiles();
   std::string PathOf(unsigned int number) const;
+  TOpenFiles::iterator Find(const IImage* image);
   bool IsOwnFile(const std::string& name) const;
 
   TSpoolFault* const fault_;
@@ -80,14 +85,14 @@ private:
   std::atomic<std::uint64_t> progress_{0};
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::map<unsigned int, std::unique_ptr<TSpoolFile>> files_; // open ones; guarded by mutex_
-  std::vector<std::unique_ptr<TSpoolFile>> full_;             // to be closed; guarded by mutex_
-  std::vector<std::unique_ptr<TSpoolFile>> closing_;          // being closed; the thread's
-  bool isClosing_ = false;                                    // there are some; guarded by mutex_
-  bool closeNow_ = false;                                     // and not at the next second; guarded by mutex_
-  std::vector<std::uint32_t> syncedImages_;                   // of each file made, by number; guarded by mutex_
-  std::uint64_t imagesInSyncedFiles_ = 0;                     // their sum; guarded by mutex_
-  std::uint64_t imagesOnDisk_ = 0;                            // of these, with records synced; guarded by mutex_
-  bool finishing_ = false;                                    // guarded by mutex_
-  QuorinUtility::TQuorinWorkThread thread_;                   // last: it uses all the others
+  TOpenFiles files_;                                 // guarded by mutex_
+  std::vector<std::unique_ptr<TSpoolFile>> full_;    // to be closed; guarded by mutex_
+  std::vector<std::unique_ptr<TSpoolFile>> closing_; // being closed; the thread's
+  bool isClosing_ = false;                           // there are some; guarded by mutex_
+  bool closeNow_ = false;                            // and not at the next second; guarded by mutex_
+  std::vector<std::uint32_t> syncedImages_;          // of each file made, by number; guarded by mutex_
+  std::uint64_t imagesInSyncedFiles_ = 0;            // their sum; guarded by mutex_
+  std::uint64_t imagesOnDisk_ = 0;                   // of these, with records synced; guarded by mutex_
+  bool finishing_ = false;                           // guarded by mutex_
+  QuorinUtility::TQuorinWorkThread thread_;          // last: it uses all the others
 };

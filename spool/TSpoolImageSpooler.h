@@ -1,21 +1,24 @@
 // SPDX-License-Identifier: MIT
-// Hands out the places of a run's images in its files.
+// Opens the places of a run's images in its files.
 #pragma once
 
 #include "spool/TRandomAccessMultiImageSpooler.h"
 #include "spool/TSpoolLayout.h"
-#include "spool/TStagingPool.h"
+
+#include <memory>
 
 class TSpoolFault;
+class TSpoolFileSpooler;
 class TSpoolIndex;
 
-/// The spooler of a run: its images are the places of the layout, each of one or more of the run's images, filled in
-/// staging memory and written as a whole (TSpooledImage). The file spooler must be one whose images are TSpoolFile.
-/// Owned by the run's pipeline, which also owns what this borrows.
+/// The spooler of a run: its images are the places of the layout, each for one or more of the run's images. They are
+/// filled in staging memory and written as a whole when they are full, or when they are unlocked once more; those of a
+/// place that takes long to fill once a second. What is written gets its records in the index; what fails is raised as
+/// the run's fault. Owned by the run's pipeline, which also owns what this borrows.
 class TSpoolImageSpooler final : public TRandomAccessMultiImageSpooler
 {
 public:
-  TSpoolImageSpooler(ISpooler* fileSpooler, const TSpoolLayout& layout, TSpoolIndex* index, TSpoolFault* fault);
+  TSpoolImageSpooler(TSpoolFileSpooler* files, const TSpoolLayout& layout, TSpoolIndex* index, TSpoolFault* fault);
   /// Closes what is open still, while there is the staging memory.
   ~TSpoolImageSpooler() override;
 
@@ -24,8 +27,12 @@ public:
   IImage* CreateOffsetMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int position) override;
 
 private:
+  class TPlace;
+  class TStagingPool;
+
+  TSpoolFileSpooler* const files_;
   const TSpoolLayout layout_;
   TSpoolIndex* const index_;
   TSpoolFault* const fault_;
-  TStagingPool staging_;
+  const std::unique_ptr<TStagingPool> staging_;
 };

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The way of one run's frames to the disk.
+// Writes the frames of one run to the disk.
 #include "spool/TSpoolPipeline.h"
 
 #include "runs/host_time.h"
 #include "runs/run_format.h"
 #include "spool/file_writing.h"
-#include "spool/TBlockSpooler.h"
 #include "spool/TDirectoryTree.h"
 #include "spool/TQueuedSpooler.h"
 #include "spool/TSpoolImageSpooler.h"
@@ -146,22 +145,13 @@ void TSpoolPipeline::MakeAlgorithm()
 {
   const int threads = BoundedThreadCount(settings_.threadCount);
   imageSpooler_ = std::make_unique<TSpoolImageSpooler>(&fileSpooler_, layout_, &index_, &fault_);
-  switch (layout_.way) {
-  case TSpoolLayout::kThreaded:
-    algorithm_ = std::make_unique<TThreadedSpooler>(imageSpooler_.get(), threads);
-    break;
-  case TSpoolLayout::kBlocks:
-    algorithm_ = std::make_unique<TBlockSpooler>(imageSpooler_.get(), layout_.imageSizeBytes,
-                                                 layout_.imagesPerPlace, threads);
-    break;
-  case TSpoolLayout::kQueued:
-    auto queued = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threads, settings_.slots,
-                                                   settings_.coreHandle);
-    TQueuedSpooler* const made = queued.get();
-    algorithm_ = std::move(queued);
-    queued_ = made;
-    break;
-  }
+  if (layout_.isQueued)
+    algorithm_ = std::make_unique<TQueuedSpooler>(imageSpooler_.get(), &fault_, threads, settings_.slots,
+                                                  settings_.coreHandle);
+  else
+    algorithm_ =
+        std::make_unique<TThreadedSpooler>(imageSpooler_.get(), threads, static_cast<int>(layout_.imagesPerPlace));
+  startedAlgorithm_ = algorithm_.get();
 }
 
 bool TSpoolPipeline::Spool(int index, unsigned char* buffer)
@@ -178,12 +168,18 @@ bool TSpoolPipeline::Spool(int index, unsigned char* buffer)
   return !fault_.IsRaised();
 }
 
+bool TSpoolPipeline::RequeuesSlots() const
+{
+  const ISpoolAlgorithm* const algorithm = startedAlgorithm_;
+  return algorithm && algorithm->RequeuesSlots();
+}
+
+// What is copied out of its slot is written all the same.
 void TSpoolPipeline::Abort()
 {
-  TQueuedSpooler* const queued = queued_;
-  if (!queued) return; // what the others have accepted is copied already, and will be written
+  if (!RequeuesSlots()) return;
   aborted_ = true;
-  queued->Abort();
+  startedAlgorithm_.load()->Abort();
 }
 
 // The files are on the disk already; their names may not be, for which some file systems know no way.
@@ -211,12 +207,13 @@ void TSpoolPipeline::Try(Step step)
   }
 }
 
-// A queued algorithm stays, since another thread may call Abort() at any time.
 void TSpoolPipeline::Finish()
 {
   if (finished_) return;
   finished_ = true;
-  Try([this] { EndAlgorithm(); });
+  Try([this] {
+    if (algorithm_) algorithm_->Finish();
+  });
   imageSpooler_.reset(); // with its memory, which may be large
   Try([this] { fileSpooler_.Finish(); });
   index_.Close();
@@ -225,14 +222,6 @@ void TSpoolPipeline::Finish()
     Try([this] { CompleteDescription(); });
   }
   UnlockDirectory();
-}
-
-void TSpoolPipeline::EndAlgorithm()
-{
-  if (TQueuedSpooler* const queued = queued_)
-    queued->Finish();
-  else
-    algorithm_.reset();
 }
 
 void TSpoolPipeline::CompleteDescription()

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The way of one run's frames to the disk.
+// Writes the frames of one run to the disk.
 #pragma once
 
 #include "spool/TFileDescriptor.h"
@@ -8,7 +8,6 @@
 #include "spool/TSpoolFileSpooler.h"
 #include "spool/TSpoolIndex.h"
 #include "spool/TSpoolLayout.h"
-#include "spool/TSpoolSettings.h"
 
 #include <atomic>
 #include <cstdint>
@@ -17,7 +16,6 @@
 #include <string>
 
 class ISpoolAlgorithm;
-class TQueuedSpooler;
 class TSpoolImageSpooler;
 
 /// Everything that writes one run: its directory and description, the spoolers and the algorithm that feeds them.
@@ -41,9 +39,9 @@ public:
   /// Accepts an image of the size of the run's images; begins first, if that has not been done. Blocks while the disk
   /// is behind. Returns false when the run cannot go on.
   bool Spool(int index, unsigned char* buffer);
-  /// Whether the pipeline gives slots back to the camera, at a later time. If not, they are free when Spool()
+  /// Whether the pipeline requeues slots with the camera, at a later time. If not, they are free when Spool()
   /// returns.
-  bool ReturnsSlots() const { return queued_ != nullptr; }
+  bool RequeuesSlots() const;
   /// The run ends early: images that are still in their slots are given up.
   void Abort();
   /// Waits until everything is on the disk, completes the description and unlocks the directory. Does not throw.
@@ -63,7 +61,6 @@ private:
   int BoundedThreadCount(int threadCount) const;
   void ReserveRoom();
   void SyncDirectory();
-  void EndAlgorithm();
   void CompleteDescription();
   template <class Step>
   void Try(Step step);
@@ -81,8 +78,9 @@ private:
   TSpoolIndex index_;
   TSpoolFileSpooler fileSpooler_;
   std::unique_ptr<TSpoolImageSpooler> imageSpooler_;
-  std::unique_ptr<ISpoolAlgorithm> algorithm_;
-  std::atomic<TQueuedSpooler*> queued_{nullptr}; // the algorithm, if it is this one
+  std::unique_ptr<ISpoolAlgorithm> algorithm_; // stays, since Abort() may come at any time
+  std::atomic<ISpoolAlgorithm*> startedAlgorithm_{
+      nullptr}; // the same, for threads that do not know whether it is made
   std::optional<std::int64_t> firstFrameTimeNs_;
   std::optional<std::int64_t> firstFrameTick_;
   std::uint64_t accepted_ = 0;       // images

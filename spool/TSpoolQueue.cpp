@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
-// Frames that wait for being written, or for being used again.
+// Frames that wait to be written, or for their slots to be used again.
 #include "spool/TSpoolQueue.h"
 
 #include "utility/TAutoQuorinCriticalSection.h"
+#include "utility/TQuorinLibDebugOutput.h"
+
+#include <exception>
 
 using QuorinUtility::TAutoQuorinCriticalSection;
 using QuorinUtility::TQuorinEvent;
+using QuorinUtility::TQuorinLibDebugOutput;
 
 TSpoolQueue::TSpoolQueue() : available_(true, false) {}
 
@@ -59,4 +63,19 @@ bool TSpoolQueue::IsAborted()
 {
   const TAutoQuorinCriticalSection lock(&abortedLock_);
   return aborted_;
+}
+
+int TQueuingSpoolAlgorithm::Spool(int index, unsigned char* buffer, int sizeBytes)
+{
+  if (!queue_) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "image %d: no queue", index);
+    return 0;
+  }
+  try {
+    queue_->Queue(TSpoolFileData(buffer, index, sizeBytes));
+    return 1;
+  } catch (const std::exception& error) {
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "image %d not queued: %s", index, error.what());
+    return 0;
+  }
 }

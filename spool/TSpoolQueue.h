@@ -1,12 +1,36 @@
 // SPDX-License-Identifier: MIT
-// Frames that wait for being written, or for being used again.
+// Frames that wait to be written, or for their slots to be used again.
 #pragma once
 
-#include "spool/TSpoolFileData.h"
+#include "spool/ISpoolAlgorithm.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinEvent.h"
 
 #include <deque>
+
+class IImage;
+
+/// One frame on its way to disk. A plain value that owns nothing; the default one marks the end of a stream.
+struct TSpoolFileData
+{
+  TSpoolFileData() = default;
+  TSpoolFileData(unsigned char* frame, int imageIndex, int frameBytes)
+      : buffer(frame), index(imageIndex), sizeBytes(frameBytes)
+  {
+  }
+
+  /// Compares what is to be written, not how far that has come.
+  friend bool operator==(const TSpoolFileData& left, const TSpoolFileData& right)
+  {
+    return left.buffer == right.buffer && left.index == right.index && left.sizeBytes == right.sizeBytes;
+  }
+
+  unsigned char* buffer = nullptr; ///< the frame's slot in the ring
+  int index = 0;                   ///< image number from 0
+  int sizeBytes = 0;
+  IImage* image = nullptr; ///< the image it was written to, which may be closed already
+  int error = 0;           ///< 1 when it could not be written
+};
 
 /// First in, first out. Thread-safe, for any number of writers and readers. No reader may be waiting when it is
 /// destroyed. Only Queue() throws, when memory is short; the queue is then as it was.
@@ -31,4 +55,18 @@ private:
   bool aborted_ = false;
   QuorinUtility::TQuorinCriticalSection abortedLock_; // guards aborted_; taken behind queueLock_ or alone
   QuorinUtility::TQuorinEvent available_;             // stays set while there are elements, and once aborted
+};
+
+/// Queues frames for a TCreateAndWriteFileTask. Borrows the queue. Thread-safe.
+class TQueuingSpoolAlgorithm final : public ISpoolAlgorithm
+{
+public:
+  explicit TQueuingSpoolAlgorithm(TSpoolQueue* queue) : queue_(queue) {}
+
+  /// Never blocks and copies nothing: @p buffer must stay as it is until it comes back on the write task's reuse
+  /// queue. Returns 1; whether the frame could be written shows there. 0 only without a queue or memory.
+  int Spool(int index, unsigned char* buffer, int sizeBytes) override;
+
+private:
+  TSpoolQueue* queue_;
 };

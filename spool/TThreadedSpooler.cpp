@@ -3,26 +3,46 @@
 #include "spool/TThreadedSpooler.h"
 
 #include "spool/image_writing.h"
-#include "spool/launching.h"
 #include "utility/TQuorinTaskLauncher.h"
 
-TThreadedSpooler::TThreadedSpooler(ISpooler* spooler, int threadCount)
-    : spooler_(spooler), launchers_(MakeLaunchers(threadCount))
+#include <utility>
+
+TThreadedSpooler::TThreadedSpooler(ISpooler* spooler, int threadCount, int framesPerImage)
+    : spooler_(spooler), framesPerImage_(framesPerImage), launchers_(MakeLaunchers(threadCount))
 {
 }
 
-TThreadedSpooler::~TThreadedSpooler() = default;
+TThreadedSpooler::~TThreadedSpooler()
+{
+  Finish();
+}
 
 int TThreadedSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
 {
   if (!spooler_) return 1;
-  IImage* const image = WriteImage(spooler_, index, buffer, sizeBytes);
-  if (!image) return 0;
-  LaunchInTurn(launchers_, next_, this, image);
+  const int image = index < 0 ? index : index / framesPerImage_;
+  if (!WriteFrame(spooler_, image, buffer, sizeBytes, image_)) return 0;
+  if (++framesInImage_ < framesPerImage_) return UnlockImage(*image_) ? 1 : 0;
+  CloseImage();
   return 1;
+}
+
+// Unlocked on the other thread, which is when the image is written.
+void TThreadedSpooler::CloseImage()
+{
+  framesInImage_ = 0;
+  LaunchOrExecute(launchers_.empty() ? nullptr : launchers_[static_cast<std::size_t>(next_)].get(), this,
+                  std::exchange(image_, nullptr));
+  next_ = NextInTurn(next_, static_cast<int>(launchers_.size()));
 }
 
 void TThreadedSpooler::Execute(void* image)
 {
   if (spooler_) FinishImage(*spooler_, static_cast<IImage*>(image));
+}
+
+void TThreadedSpooler::Finish()
+{
+  if (image_) CloseImage();
+  launchers_.clear();
 }

@@ -1,19 +1,23 @@
 // SPDX-License-Identifier: MIT
-// The two halves of writing an image through a spooler.
+// What the algorithms that write images share: opening and filling them, and having them closed on other threads.
 #include "spool/image_writing.h"
 
-#include "spool/IImage.h"
 #include "spool/ISpooler.h"
+#include "utility/IQuorinTask.h"
 #include "utility/TQuorinLibDebugOutput.h"
+#include "utility/TQuorinTaskLauncher.h"
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 
+using QuorinUtility::IQuorinTask;
 using QuorinUtility::TQuorinLibDebugOutput;
+using QuorinUtility::TQuorinTaskLauncher;
 
 namespace {
 
-constexpr int kFailed = 1; // the result of an operation that threw, or said success and gave nothing
+constexpr int kFailed = 1; // the result of an operation that threw, or reported success without a result
 
 int Open(ISpooler& spooler, unsigned int index, IImage*& image)
 {
@@ -52,23 +56,50 @@ bool IsWritable(const ISpooler* spooler, int index, const unsigned char* buffer,
 
 } // namespace
 
-IImage* WriteImage(ISpooler* spooler, int index, const unsigned char* buffer, int sizeBytes)
+bool WriteFrame(ISpooler* spooler, int index, const unsigned char* buffer, int sizeBytes, IImage*& image)
 {
-  if (!IsWritable(spooler, index, buffer, sizeBytes)) return nullptr;
-  IImage* image = nullptr;
-  if (Logged("open", [&] { return Open(*spooler, static_cast<unsigned int>(index), image); }) != 0) return nullptr;
+  if (!IsWritable(spooler, index, buffer, sizeBytes)) return false;
+  IImage* target = image;
+  if (!target && Logged("open", [&] { return Open(*spooler, static_cast<unsigned int>(index), target); }) != 0)
+    return false;
   unsigned char* destination = nullptr;
-  if (Logged("lock", [&] { return Lock(*image, destination); }) != 0) {
-    Logged("close", [&] { return spooler->CloseImage(image); });
-    return nullptr;
+  if (Logged("lock", [&] { return Lock(*target, destination); }) != 0) {
+    if (!image) Logged("close", [&] { return spooler->CloseImage(target); });
+    return false;
   }
   if (sizeBytes > 0) std::memcpy(destination, buffer, static_cast<std::size_t>(sizeBytes));
-  return image;
+  image = target;
+  return true;
+}
+
+bool UnlockImage(IImage& image)
+{
+  return Logged("unlock", [&] { return image.Unlock(); }) == 0;
 }
 
 void FinishImage(ISpooler& spooler, IImage* image)
 {
   if (!image) return;
-  Logged("unlock", [&] { return image->Unlock(); });
+  UnlockImage(*image);
   Logged("close", [&] { return spooler.CloseImage(image); });
+}
+
+std::vector<std::unique_ptr<TQuorinTaskLauncher>> MakeLaunchers(int count)
+{
+  if (count > kMaxLaunchers)
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
+                                  "%d spool threads are too many, there will be %d", count, kMaxLaunchers);
+  std::vector<std::unique_ptr<TQuorinTaskLauncher>> launchers(
+      static_cast<std::size_t>(std::clamp(count, 0, kMaxLaunchers)));
+  for (auto& launcher : launchers) launcher = std::make_unique<TQuorinTaskLauncher>();
+  return launchers;
+}
+
+void LaunchOrExecute(TQuorinTaskLauncher* launcher, IQuorinTask* task, void* argument)
+{
+  // A launcher without a thread would never run the first task, and block the caller at the second.
+  if (launcher && launcher->IsAlive())
+    launcher->Launch(task, argument);
+  else
+    task->Execute(argument);
 }

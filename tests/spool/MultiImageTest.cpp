@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Several images in one file: where they are, when the file is open, and what wrong use is told.
 #include "features/TSDK3Exception.h"
-#include "spool/TOffsetMultiImage.h"
+#include "spool/multi_image.h"
 #include "spool/TRandomAccessMultiImageSpooler.h"
-#include "spool/TSerialMultiImage.h"
 #include "tests/spool/TMemorySpooler.h"
 
 #include <algorithm>

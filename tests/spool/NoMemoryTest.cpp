@@ -2,7 +2,7 @@
 // Runs that find no memory at one point or another.
 #include "spool/TSpoolPipeline.h"
 
-#include "spool/TSpoolSettings.h"
+#include "spool/TSpoolLayout.h"
 #include "tests/spool/RefusedAllocations.h"
 #include "tests/spool/TDiskFaults.h"
 #include "tests/support/TScratchDirectory.h"

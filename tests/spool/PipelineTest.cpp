@@ -2,9 +2,9 @@
 // Runs on disks that lack something, are slow, or fail.
 #include "spool/TSpoolPipeline.h"
 
-#include "spool/IImage.h"
+#include "spool/ISpooler.h"
 #include "spool/TSpoolImageSpooler.h"
-#include "spool/TSpoolSettings.h"
+#include "spool/TSpoolLayout.h"
 #include "tests/spool/logged_by.h"
 #include "tests/spool/TDiskFaults.h"
 #include "tests/support/TScratchDirectory.h"

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The queue of frames: order, waiting, several readers, and aborts at any moment.
-#include "spool/TQueuingSpoolAlgorithm.h"
 #include "spool/TSpoolQueue.h"
 #include "tests/utility/SystemCalls.h"
 #include "utility/TQuorinMisc.h"

@@ -3,7 +3,7 @@
 #include "acquisition/TCircularBuffer.h"
 #include "acquisition/TDispatchQueue_Spool.h"
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "spool/TSpoolSettings.h"
+#include "spool/TSpoolLayout.h"
 #include "tests/spool/TDiskFaults.h"
 #include "tests/support/TScratchDirectory.h"
 #include "tests/support/TSpoolDirectory.h"

@@ -2,7 +2,6 @@
 // A spooler whose images are memory, with failures on request.
 #pragma once
 
-#include "spool/IImage.h"
 #include "spool/ISpooler.h"
 
 #include <atomic>

@@ -2,7 +2,7 @@
 // Frames copied on the caller's thread, images closed on others.
 #include "spool/TThreadedSpooler.h"
 
-#include "spool/launching.h"
+#include "spool/image_writing.h"
 #include "tests/spool/TMemorySpooler.h"
 #include "tests/spool/WriteFailures.h"
 #include "tests/utility/SystemCalls.h"

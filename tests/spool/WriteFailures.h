@@ -2,7 +2,7 @@
 // The ways in which a frame cannot be written.
 #pragma once
 
-#include "spool/TSpoolFileData.h"
+#include "spool/TSpoolQueue.h"
 #include "tests/spool/TMemorySpooler.h"
 
 #include <functional>

@@ -1,11 +1,49 @@
 // SPDX-License-Identifier: MIT
-// The places of a spool file, one after another.
-#include "spool/TSerialMultiImage.h"
+// The two views of one place in a spool file that is memory while it is locked.
+#include "spool/multi_image.h"
 
-#include "spool/spool_error.h"
+#include "features/TSDK3Exception.h"
 #include "utility/TAutoQuorinCriticalSection.h"
+#include "utility/TQuorinLibDebugOutput.h"
+
+#include <string>
 
 using QuorinUtility::TAutoQuorinCriticalSection;
+using QuorinUtility::TQuorinLibDebugOutput;
+
+void LogAndThrow(const char* file, int line, const char* function, const char* text)
+{
+  LogAndThrow(file, line, function, text, text);
+}
+
+void LogAndThrow(const char* file, int line, const char* function, const char* logged, const char* thrown)
+{
+  TQuorinLibDebugOutput::OutputText(file, line, function, TQuorinLibDebugOutput::Error, logged);
+  throw TSDK3Exception(std::string(thrown));
+}
+
+TOffsetMultiImage::TOffsetMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int position)
+    : file_(file), imageSizeBytes_(imageSizeBytes), position_(position)
+{
+  if (!file)
+    LogAndThrow(__FILE__, __LINE__, __func__, "TNthMultiImage: Error - IImage* cannot be NULL in constructor\n");
+  if (imageSizeBytes == 0)
+    LogAndThrow(__FILE__, __LINE__, __func__, "TNthMultiImage: Error - Image size cannot be zero.\n",
+                "TNthMultiImage: Error - Image size cannot be zero\n");
+}
+
+int TOffsetMultiImage::Lock(unsigned char*& destination)
+{
+  unsigned char* base = nullptr;
+  const int result = file_->Lock(base);
+  if (result == 0) destination = base + position_ * imageSizeBytes_;
+  return result;
+}
+
+int TOffsetMultiImage::Unlock()
+{
+  return file_->Unlock();
+}
 
 TSerialMultiImage::TSerialMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int imagesPerFile)
     : file_(file), imageSizeBytes_(imageSizeBytes), imagesPerFile_(imagesPerFile)
