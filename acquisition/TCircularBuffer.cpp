@@ -38,6 +38,7 @@ int TCircularBuffer::Allocate(std::uint64_t frameSizeBytes, std::uint64_t count)
 {
   const TLock lock(slabMutex_);
   staleUpTo_ = GetMaxImageIndex();
+  nextSlot_ = count > 0 ? GetMaxImageIndex() % count : 0;
   if (IsSpareSlab(frameSizeBytes, count)) {
     slab_->ResetSlots();
     return kAllocated;
@@ -106,6 +107,7 @@ void TCircularBuffer::Reset()
     const TLock lock(slabMutex_);
     ++runNumber_;
     imageCounter_.store(0, std::memory_order_release);
+    nextSlot_ = 0;
     lowestKept_ = 0;
     staleUpTo_ = 0;
     if (slab_) slab_->PrepareRun();
@@ -167,6 +169,7 @@ void TCircularBuffer::Increment()
   const std::uint64_t image = imageCounter_.load(std::memory_order_relaxed) + 1;
   if (image == 1) ++runNumber_;
   imageCounter_.store(image, std::memory_order_release);
+  if (const TFrameSlab* const slab = SlabOfRun(); slab && ++nextSlot_ >= slab->Count()) nextSlot_ = 0;
   waits_.SignalFrame();
   if (image == 1) ReleaseFormerSlabs();
 }
@@ -183,22 +186,25 @@ void TCircularBuffer::ReleaseFormerSlabs()
 bool TCircularBuffer::IsSlot(const unsigned char* buffer) const
 {
   const TFrameSlab* const slab = SlabOfRun();
-  return slab && slab->IsSlot(buffer);
+  if (!slab || slab->Count() == 0) return false;
+  return slab->Slot(nextSlot_) == buffer || slab->IsSlot(buffer); // nearly always the first
 }
 
-bool TCircularBuffer::PlaceNext(const unsigned char* buffer, const unsigned char* clock)
+bool TCircularBuffer::PlaceNext(const unsigned char* buffer, TFrameTimestamp timestamp)
 {
   TFrameSlab* const slab = SlabOfRun();
   if (!slab || slab->Count() == 0) return false;
-  const std::uint64_t counter = imageCounter_.load(std::memory_order_relaxed);
-  const std::uint64_t expected = counter % slab->Count();
-  if (slab->Slot(expected) != buffer && !MoveSlot(*slab, buffer, expected)) return false;
-  slab->Clocks().Set(expected, counter + 1, buffer, clock);
+  if (slab->Slot(nextSlot_) != buffer && !MoveSlot(*slab, buffer)) return false;
+  const std::uint64_t image = imageCounter_.load(std::memory_order_relaxed) + 1;
+  slab->Clocks().Set(
+      nextSlot_, image,
+      {timestamp.ticks, timestamp.location ? timestamp.location - buffer : TSlotClocks::TClock::kNowhere});
   return true;
 }
 
-bool TCircularBuffer::MoveSlot(TFrameSlab& slab, const unsigned char* buffer, std::uint64_t expected)
+bool TCircularBuffer::MoveSlot(TFrameSlab& slab, const unsigned char* buffer)
 {
+  const std::uint64_t expected = nextSlot_;
   const std::uint64_t actual = slab.IndexOf(buffer, expected);
   if (actual == slab.Count()) return false;
   // Whatever images the two slots had before are lost, for good.
@@ -261,13 +267,13 @@ bool TCircularBuffer::IsOfNewerHalf(std::uint64_t image) const
 bool TCircularBuffer::HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const
 {
   const auto own = FindClock(image);
-  if (!own || (own->clock && !own->clock->IsIn(buffer))) return false;
+  if (!own || (own->IsKnown() && !own->IsIn(buffer))) return false;
 
   const std::uint64_t count = slab_->Count();
   const std::uint64_t newest = GetMaxImageIndex();
   const std::uint64_t farthest = std::min({image, count - 1, kMaxSlotsBack});
   int wanted = count < kSmallRing ? 1 : kSlotsAhead;
-  bool isClockSeen = own->clock.has_value();
+  bool isClockSeen = own->IsKnown();
   for (std::uint64_t back = 1; back <= farthest; ++back) {
     const std::uint64_t ahead = image - back;
     // In front of image 1 comes the slot that is filled last before the ring goes round.
@@ -278,17 +284,17 @@ bool TCircularBuffer::HasCameraNotReached(std::uint64_t image, const unsigned ch
     if (ahead + count <= newest) break; // its slot has a later image
     const auto found = FindClock(ahead);
     if (!found) return false;
-    isClockSeen = isClockSeen || found->clock;
+    isClockSeen = isClockSeen || found->IsKnown();
     // A clock that stands still tells nothing.
-    if (!found->clock || (own->clock && own->clock->ticks == found->clock->ticks)) continue;
-    if (!found->clock->IsIn(slab_->Slot((ahead - 1) % count))) return false;
+    if (!found->IsKnown() || (own->IsKnown() && own->ticks == found->ticks)) continue;
+    if (!found->IsIn(slab_->Slot((ahead - 1) % count))) return false;
     if (--wanted == 0) return true;
   }
   // A camera may have metadata and no clock in it.
   return !isClockSeen && IsOfNewerHalf(image);
 }
 
-std::optional<TSlotClocks::TImage> TCircularBuffer::FindClock(std::uint64_t image) const
+std::optional<TSlotClocks::TClock> TCircularBuffer::FindClock(std::uint64_t image) const
 {
   return slab_->Clocks().Find((image - 1) % slab_->Count(), image);
 }
@@ -298,6 +304,6 @@ std::optional<std::int64_t> TCircularBuffer::GetTicks(std::uint64_t image) const
   const TLock lock(slabMutex_);
   if (!FindImage(image)) return std::nullopt;
   const auto found = FindClock(image);
-  if (!found || !found->clock) return std::nullopt;
-  return found->clock->ticks;
+  if (!found || !found->IsKnown()) return std::nullopt;
+  return found->ticks;
 }

@@ -2,6 +2,7 @@
 // The ring of frame slots of one camera, and the waits for them.
 #pragma once
 
+#include "acquisition/frame_timestamp.h"
 #include "acquisition/TChangeWaits.h"
 #include "acquisition/TFrameMemory.h"
 #include "acquisition/TFrameSlab.h"
@@ -82,9 +83,9 @@ public:
   bool IsSlot(const unsigned char* buffer) const;
   /// Makes @p buffer the slot of the next image. Frames normally arrive in slot order and nothing changes; after a
   /// lost slot the table follows what the camera does, so that image n is always the n-th frame delivered. Returns
-  /// false for memory that is not a slot of this ring. @p clock is where in the slot the camera has put its clock
-  /// value; null for nowhere. Acquisition thread only.
-  bool PlaceNext(const unsigned char* buffer, const unsigned char* clock = nullptr);
+  /// false for memory that is not a slot of this ring. @p timestamp is the camera's clock value in it. Acquisition thread
+  /// only.
+  bool PlaceNext(const unsigned char* buffer, TFrameTimestamp timestamp = {});
   /// As GetBufferForImage(); the memory stays until ReleaseBuffer().
   TFrameMemory HoldBufferForImage(std::uint64_t image);
   void ReleaseBuffer(const unsigned char* buffer);
@@ -103,10 +104,10 @@ private:
   void ReleaseFormerSlabs() EXCLUDES(slabMutex_);
   bool MakeSlab(std::uint64_t frameSizeBytes, std::uint64_t count) REQUIRES(slabMutex_);
   bool IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const REQUIRES(slabMutex_);
-  bool MoveSlot(TFrameSlab& slab, const unsigned char* buffer, std::uint64_t expected);
+  bool MoveSlot(TFrameSlab& slab, const unsigned char* buffer);
   unsigned char* FindImage(std::uint64_t image) const REQUIRES(slabMutex_);
   std::uint64_t OldestImage(std::uint64_t newest, std::uint64_t count) const;
-  std::optional<TSlotClocks::TImage> FindClock(std::uint64_t image) const REQUIRES(slabMutex_);
+  std::optional<TSlotClocks::TClock> FindClock(std::uint64_t image) const REQUIRES(slabMutex_);
   bool IsOfNewerHalf(std::uint64_t image) const REQUIRES(slabMutex_);
   bool HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const REQUIRES(slabMutex_);
 
@@ -116,6 +117,8 @@ private:
   std::vector<std::shared_ptr<TFrameSlab>>
       former_ GUARDED_BY(slabMutex_); // replaced; kept until the camera fills slab_
   std::atomic<std::uint64_t> imageCounter_{0};
+  std::uint64_t nextSlot_ =
+      0; // imageCounter_ mod count; written by the counter's writer, or while no run is in progress
   std::atomic<std::uint64_t> runNumber_{0}; // changes before the counter does
   TChangeWaits waits_;
   /// Images below this one have lost their slot to a frame that arrived out of order.

@@ -2,6 +2,7 @@
 // Where a run's frames go, and where retrieval takes them from.
 #pragma once
 
+#include "acquisition/frame_timestamp.h"
 #include "acquisition/TFrameMemory.h"
 
 #include <cstdint>
@@ -23,7 +24,8 @@ public:
   virtual void Finalise() = 0;
   /// The run is to end early. Called by application threads while Dispatch() may be running; only asks.
   virtual void Abort() = 0;
-  /// Takes one frame. Returns 0, or non-zero when the run cannot go on.
+  /// Takes one frame, which is in a slot of this run (see IsSlot()); null is none. Returns 0, or non-zero when the run
+  /// cannot go on.
   virtual int Dispatch(unsigned char* buffer, int sizeBytes) = 0;
   /// The newest frame, or null. Its memory may be freed, and the camera may write into it, at any time.
   virtual unsigned char* GetLatestImage() = 0;
@@ -56,11 +58,11 @@ public:
 
   /// The frames of the run that begins carry the camera's clock. Called after Initialise().
   virtual void ExpectClock() {}
-  /// Where in the frame that is dispatched next the camera has put its clock value; null for nowhere. Acquisition
-  /// thread only.
-  virtual void SetClockOfNextFrame(const unsigned char* /*clock*/) {}
+  /// The camera's clock value in the frame that is dispatched next. Acquisition thread only.
+  virtual void SetTimestampOfNextFrame(TFrameTimestamp /*timestamp*/) {}
 
-  /// Whether @p buffer is the start of a frame slot of this run. Acquisition thread only.
+  /// Whether @p buffer is the start of a frame slot of this run. Asked once for each frame, before Dispatch().
+  /// Acquisition thread only.
   virtual bool IsSlot(const unsigned char* buffer) = 0;
   /// Whether the run's frames have not all got where they should. Asked while no frame comes, and once more at the
   /// end of the run: no Dispatch() can tell it then. Acquisition thread only.

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <optional>
 #include <utility>
 
 using QuorinUtility::TQuorinLibDebugOutput;
@@ -56,7 +55,7 @@ void TDispatchQueue_Spool::Abort()
 
 int TDispatchQueue_Spool::Dispatch(unsigned char* buffer, int sizeBytes)
 {
-  if (buffer && IsSlot(buffer)) ClearTail(buffer, sizeBytes); // before anybody may look at it
+  if (buffer) ClearTail(buffer, sizeBytes); // before anybody may look at it
   if (!CountFrame(buffer)) return 0;
   const std::int64_t image = GetMaximumImageAvailable();
   if (sizeBytes != GetImageSizeBytes())
@@ -82,8 +81,8 @@ void TDispatchQueue_Spool::ClearTail(unsigned char* buffer, int sizeBytes)
 void TDispatchQueue_Spool::KeepFirstTick(TSpoolPipeline& pipeline, unsigned char* buffer, int sizeBytes)
 {
   const std::int64_t size = std::min<std::int64_t>(sizeBytes, GetImageSizeBytes());
-  if (const std::optional<std::int64_t> tick = FrameTimestamp(parser_, buffer, size))
-    pipeline.SetFirstFrameTick(*tick);
+  if (const TFrameTimestamp first = FindFrameTimestamp(parser_, buffer, size); first.location)
+    pipeline.SetFirstFrameTick(first.ticks);
 }
 
 bool TDispatchQueue_Spool::HasFailed()

@@ -34,14 +34,19 @@ unsigned char* Before(unsigned char* location, std::int64_t bytes)
 
 } // namespace
 
-unsigned char* TMetadataParser::GetMetadataLocation(unsigned char* end, std::int64_t size, std::uint32_t cid) const
+TMetadataParser::TChunk TMetadataParser::FindChunk(unsigned char* end, std::int64_t size, std::uint32_t cid) const
 {
   unsigned char* const chunkEnd = searchForChunkStartLocation(end, size, cid);
-  if (!chunkEnd) return nullptr;
+  if (!chunkEnd) return {};
   const std::int64_t length = ReadField(chunkEnd - kFieldBytes);
   const std::int64_t available = size - (end - chunkEnd) - kFieldBytes;
-  if (length < kFieldBytes || length > available) return nullptr;
-  return chunkEnd - kFieldBytes - length;
+  if (length < kFieldBytes || length > available) return {};
+  return {chunkEnd - kFieldBytes - length, length - kFieldBytes};
+}
+
+unsigned char* TMetadataParser::GetMetadataLocation(unsigned char* end, std::int64_t size, std::uint32_t cid) const
+{
+  return FindChunk(end, size, cid).data;
 }
 
 unsigned char* TMetadataParser::GetLengthLocation(unsigned char* end, std::int64_t size, std::uint32_t cid) const

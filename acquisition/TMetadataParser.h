@@ -14,8 +14,17 @@ class TMetadataParser final
 public:
   static constexpr std::uint32_t kTimestampCid = 1;
 
-  /// Start of the data of the chunk with this identifier; null without one, or when its length does not cover the
-  /// identifier or reaches beyond the frame.
+  /// The data of a chunk; null without one, or when its length does not cover the identifier or reaches beyond the
+  /// frame.
+  struct TChunk
+  {
+    unsigned char* data = nullptr;
+    std::int64_t dataBytes = 0;
+  };
+
+  TChunk FindChunk(unsigned char* end, std::int64_t size, std::uint32_t cid) const;
+
+  /// Where the data of FindChunk() is, or null.
   unsigned char* GetMetadataLocation(unsigned char* end, std::int64_t size, std::uint32_t cid) const;
   /// Where that chunk's length is, or null.
   unsigned char* GetLengthLocation(unsigned char* end, std::int64_t size, std::uint32_t cid) const;

@@ -2,11 +2,9 @@
 // Copies each frame's timestamp aside on the frame's way to another dispatch queue.
 #include "acquisition/TMetadataXerox.h"
 
-#include "acquisition/frame_timestamp.h"
 #include "acquisition/TTimestampRepository.h"
 
 #include <algorithm>
-#include <cstring>
 
 TMetadataXerox::TMetadataXerox(TDispatchQueue* wrapped, TTimestampRepository* repository)
     : wrapped_(wrapped), repository_(repository)
@@ -15,8 +13,7 @@ TMetadataXerox::TMetadataXerox(TDispatchQueue* wrapped, TTimestampRepository* re
 
 int TMetadataXerox::Dispatch(unsigned char* buffer, int sizeBytes)
 {
-  // Memory that is no slot of the run is no frame of it either, and may be shorter than one.
-  if (buffer && wrapped_->IsSlot(buffer)) StoreTimestamp(buffer, sizeBytes);
+  if (buffer) StoreTimestamp(buffer, sizeBytes);
   return wrapped_->Dispatch(buffer, sizeBytes);
 }
 
@@ -24,12 +21,9 @@ void TMetadataXerox::StoreTimestamp(unsigned char* buffer, int sizeBytes)
 {
   // A frame cannot be longer than the slot it came in, whatever size was reported.
   const std::int64_t size = std::min<std::int64_t>(sizeBytes, wrapped_->GetImageSizeBytes());
-  const unsigned char* const clock = FindFrameTimestamp(parser_, buffer, size);
-  wrapped_->SetClockOfNextFrame(clock);
-  if (!clock) return;
-  std::int64_t ticks = 0;
-  std::memcpy(&ticks, clock, sizeof ticks);
-  repository_->AddTimestamp(ticks);
+  const TFrameTimestamp timestamp = FindFrameTimestamp(parser_, buffer, size);
+  wrapped_->SetTimestampOfNextFrame(timestamp);
+  if (timestamp.location) repository_->AddTimestamp(timestamp.ticks);
 }
 
 void TMetadataXerox::Initialise(std::int64_t imageSizeBytes)

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 namespace {
 
@@ -23,7 +22,7 @@ std::uint64_t ImageNumber(std::int64_t image)
 void TRingDispatchQueue::Initialise(std::int64_t imageSizeBytes)
 {
   imageSizeBytes_ = imageSizeBytes;
-  clockOfNextFrame_ = nullptr;
+  timestampOfNextFrame_ = {};
   circularBuffer_->SetKindOfRun(ReusesSlots(), false);
 }
 
@@ -99,8 +98,9 @@ bool TRingDispatchQueue::IsSlot(const unsigned char* buffer)
 
 bool TRingDispatchQueue::CountFrame(unsigned char* buffer)
 {
-  const unsigned char* const clock = std::exchange(clockOfNextFrame_, nullptr);
-  if (!buffer || !circularBuffer_->PlaceNext(buffer, clock)) return false;
+  const bool isPlaced = buffer && circularBuffer_->PlaceNext(buffer, timestampOfNextFrame_);
+  timestampOfNextFrame_ = {};
+  if (!isPlaced) return false;
   circularBuffer_->Increment();
   if (dispatchRoutine_) dispatchRoutine_->Signal();
   return true;

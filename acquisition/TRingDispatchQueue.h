@@ -29,7 +29,7 @@ public:
   std::optional<std::int64_t> GetImageTicks(std::int64_t image) override;
   std::uint64_t RunNumber() override;
   void ExpectClock() override;
-  void SetClockOfNextFrame(const unsigned char* clock) override { clockOfNextFrame_ = clock; }
+  void SetTimestampOfNextFrame(TFrameTimestamp timestamp) override { timestampOfNextFrame_ = timestamp; }
   bool IsSlot(const unsigned char* buffer) override;
 
 protected:
@@ -59,5 +59,5 @@ private:
   const int coreHandle_;
   std::atomic<std::int64_t> imageSizeBytes_{0};
   IDispatchRoutine* dispatchRoutine_ = nullptr;
-  const unsigned char* clockOfNextFrame_ = nullptr;
+  TFrameTimestamp timestampOfNextFrame_;
 };

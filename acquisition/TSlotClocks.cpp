@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <new>
 
 namespace {
@@ -37,17 +36,14 @@ TSlotClocks::TSlotClocks(std::uint64_t count)
 }
 
 // The number is 0 while the rest changes, so that no reader takes one image's value for another's.
-void TSlotClocks::Set(std::uint64_t index, std::uint64_t image, const unsigned char* slot,
-                      const unsigned char* clock)
+void TSlotClocks::Set(std::uint64_t index, std::uint64_t image, TClock clock)
 {
   TEntry& entry = entries_[index];
   used_ = std::max(used_, index + 1);
-  std::int64_t ticks = 0;
-  if (clock) std::memcpy(&ticks, clock, sizeof ticks);
   Store(entry.image, std::uint64_t{0}, std::memory_order_relaxed);
   std::atomic_thread_fence(std::memory_order_release);
-  Store(entry.ticks, ticks, std::memory_order_relaxed);
-  Store(entry.place, clock ? static_cast<std::uint64_t>(clock - slot) + 1 : 0, std::memory_order_relaxed);
+  Store(entry.clock.ticks, clock.ticks, std::memory_order_relaxed);
+  Store(entry.clock.offset, clock.offset, std::memory_order_relaxed);
   Store(entry.image, image, std::memory_order_release);
 }
 
@@ -62,15 +58,13 @@ void TSlotClocks::ClearAll()
   used_ = 0;
 }
 
-std::optional<TSlotClocks::TImage> TSlotClocks::Find(std::uint64_t index, std::uint64_t image) const
+std::optional<TSlotClocks::TClock> TSlotClocks::Find(std::uint64_t index, std::uint64_t image) const
 {
   TEntry& entry = entries_[index];
   if (Load(entry.image, std::memory_order_acquire) != image) return std::nullopt;
-  const std::int64_t ticks = Load(entry.ticks, std::memory_order_relaxed);
-  const std::uint64_t place = Load(entry.place, std::memory_order_relaxed);
+  const TClock clock{Load(entry.clock.ticks, std::memory_order_relaxed),
+                     Load(entry.clock.offset, std::memory_order_relaxed)};
   std::atomic_thread_fence(std::memory_order_acquire);
   if (Load(entry.image, std::memory_order_relaxed) != image) return std::nullopt;
-  TImage found;
-  if (place > 0) found.clock = TClock{ticks, place - 1};
-  return found;
+  return clock;
 }

@@ -13,42 +13,38 @@
 class TSlotClocks final
 {
 public:
-  /// A clock value, and where it is, in bytes from the start of the slot.
+  /// The clock value of an image.
   struct TClock
   {
+    static constexpr std::int64_t kNowhere = -1;
+
     std::int64_t ticks;
-    std::uint64_t offset;
+    std::int64_t offset; ///< in bytes from the start of the slot; kNowhere for a frame without a clock value
 
-    /// Whether @p slot carries this value now. A value that the camera is replacing compares equal only as long as
-    /// none of the bytes that change has changed.
+    bool IsKnown() const { return offset != kNowhere; }
+    /// Whether @p slot carries this value, which is known, now. A value that the camera is replacing compares equal only
+    /// as long as none of the bytes that change has changed.
     bool IsIn(const unsigned char* slot) const;
-  };
-
-  /// What is known of an image.
-  struct TImage
-  {
-    std::optional<TClock> clock; ///< nothing for a frame without a clock value
   };
 
   /// Throws std::bad_alloc.
   explicit TSlotClocks(std::uint64_t count);
 
-  /// Slot @p index, which starts at @p slot, has image @p image now, with its clock value at @p clock; null for none.
-  void Set(std::uint64_t index, std::uint64_t image, const unsigned char* slot, const unsigned char* clock);
+  /// Slot @p index has image @p image now.
+  void Set(std::uint64_t index, std::uint64_t image, TClock clock);
   /// Slot @p index has no image that is known.
   void Clear(std::uint64_t index);
   /// No slot has an image. No run may be in progress.
   void ClearAll();
-  /// What is known of image @p image; nothing when slot @p index has another.
-  std::optional<TImage> Find(std::uint64_t index, std::uint64_t image) const;
+  /// The clock value of image @p image; nothing when slot @p index has another image.
+  std::optional<TClock> Find(std::uint64_t index, std::uint64_t image) const;
 
 private:
   // Zero bytes are an entry without an image, so that fresh memory needs no write.
   struct TEntry
   {
     std::uint64_t image;
-    std::int64_t ticks;
-    std::uint64_t place; // offset + 1; 0 without a clock value
+    TClock clock;
   };
 
   struct TFree

@@ -21,22 +21,13 @@ bool IsMetadataEnabled(int coreHandle)
   return ReadBool(coreHandle, Feature::kMetadataEnable, enabled) == VX_SUCCESS && enabled != 0;
 }
 
-const unsigned char* FindFrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)
+TFrameTimestamp FindFrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)
 {
-  if (size < kTickBytes + kTrailerBytes) return nullptr;
+  if (size < kTickBytes + kTrailerBytes) return {};
 
-  unsigned char* const end = frame + size;
-  const unsigned char* const data = parser.GetMetadataLocation(end, size, TMetadataParser::kTimestampCid);
-  if (!data) return nullptr;
-  const unsigned char* const dataEnd = parser.GetCIDLocation(end, size, TMetadataParser::kTimestampCid);
-  return dataEnd - data < kTickBytes ? nullptr : data;
-}
-
-std::optional<std::int64_t> FrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size)
-{
-  const unsigned char* const data = FindFrameTimestamp(parser, frame, size);
-  if (!data) return std::nullopt;
-  std::int64_t ticks = 0;
-  std::memcpy(&ticks, data, sizeof ticks);
-  return ticks;
+  const TMetadataParser::TChunk chunk = parser.FindChunk(frame + size, size, TMetadataParser::kTimestampCid);
+  if (!chunk.data || chunk.dataBytes < kTickBytes) return {};
+  TFrameTimestamp found{chunk.data};
+  std::memcpy(&found.ticks, chunk.data, sizeof found.ticks);
+  return found;
 }

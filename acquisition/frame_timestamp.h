@@ -3,16 +3,19 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 class TMetadataParser;
 
 /// Whether that camera adds metadata to its frames. One that does not know of it has none.
 bool IsMetadataEnabled(int coreHandle);
 
-/// Where the ticks of the timestamp chunk of a frame of @p size bytes are, as 8 bytes of any alignment; null for a
-/// frame without one. A frame that makes no sense has none.
-const unsigned char* FindFrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size);
+/// The camera's clock value in a frame, and where it is, as 8 bytes of any alignment. A plain value, passed as such: that
+/// takes two registers, while reading it back from memory just after it was written stalls.
+struct TFrameTimestamp
+{
+  const unsigned char* location = nullptr; ///< null for a frame without one
+  std::int64_t ticks = 0;
+};
 
-/// The ticks of the timestamp chunk of a frame of @p size bytes, or nothing for a frame without one.
-std::optional<std::int64_t> FrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size);
+/// The timestamp chunk of a frame of @p size bytes. A frame that makes no sense has none.
+TFrameTimestamp FindFrameTimestamp(const TMetadataParser& parser, unsigned char* frame, std::int64_t size);

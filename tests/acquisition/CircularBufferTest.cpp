@@ -236,12 +236,19 @@ protected:
     }
   }
 
+  static TFrameTimestamp Timestamp(const unsigned char* slot)
+  {
+    TFrameTimestamp timestamp{slot + kClockAt};
+    std::memcpy(&timestamp.ticks, timestamp.location, sizeof timestamp.ticks);
+    return timestamp;
+  }
+
   /// The library counts frames that the camera has filled.
   void Count(std::uint64_t frames, bool hasClock = true)
   {
     for (; frames > 0; --frames) {
       unsigned char* const slot = ring_.GetBuffer(ring_.GetMaxImageIndex() % ring_.GetBufferCount() + 1);
-      ASSERT_TRUE(ring_.PlaceNext(slot, hasClock ? slot + kClockAt : nullptr));
+      ASSERT_TRUE(ring_.PlaceNext(slot, hasClock ? Timestamp(slot) : TFrameTimestamp{}));
       ring_.Increment();
     }
   }
@@ -340,7 +347,7 @@ TEST_F(ARunningRing, ASlotThatIsLostOrFilledInPartDoesNotHideTheCamera)
   // An image whose slot has changed places shows nothing any more.
   Begin(6);
   FillAndCount(6);
-  ASSERT_TRUE(ring_.PlaceNext(ring_.GetBuffer(3), ring_.GetBuffer(3) + kClockAt));
+  ASSERT_TRUE(ring_.PlaceNext(ring_.GetBuffer(3), Timestamp(ring_.GetBuffer(3))));
   ring_.Increment();
   EXPECT_EQ(IntactImages(), (TImages{6, 7}));
 }
