@@ -25,7 +25,7 @@ class Area(NamedTuple):
 
 
 class AreaSettings:
-    """The part of Camera that is about its images' size. Uses its session; see Camera."""
+    """The settings of Camera for the size of its images. Uses its session; see Camera."""
 
     def _set_up_area(self):
         self._session.change("SetReadMode", _READ_MODE_IMAGE)
@@ -66,8 +66,8 @@ class AreaSettings:
 
     @property
     def bits(self) -> int:
-        """Bits of an image's pixels: 8 (for cameras set to 8 bits), 16 or 32, which are signed. None sets what suits: 32
-        with accumulations, whose sums may exceed 65535, else 16. With 16, larger values lose their upper bits."""
+        """Bits of an image's pixels: 8 (for cameras that are set to 8 bits), 16, or 32, which are signed. None chooses 32 with
+        accumulations, whose sums may exceed 65535, and otherwise 16. With 16, larger values lose their upper bits."""
         return self._bits or (32 if self.accumulations > 1 else 16)
 
     @bits.setter
@@ -96,14 +96,14 @@ class AreaSettings:
             if binning != self._binning and binning != (1, 1) and not self._is_binning_in_force(width, height, binning):
                 raise ValueError(f"the camera does not bin by {binning[0]}x{binning[1]}")
             self._session.change("SetImage", *self._image_arguments(area, binning))
-        except BaseException:  # a refused area may leave parts of itself behind
+        except BaseException:  # parts of a refused area may be in the camera
             self._session.change("SetImage", *self._image_arguments(self._area, self._binning))
             raise
         self._area, self._binning = area, binning
 
     def _is_binning_in_force(self, width, height, binning):
-        """A binning that the camera does not have is not reported, and nothing tells the binning in force. So it is found
-        out: the whole sensor fits, and one binned pixel more does not."""
+        """The library does not report a binning that the camera refuses, nor the binning in force. This finds it out: the
+        whole sensor is accepted, and an area that is one binned pixel larger is not."""
         def answer(more_columns, more_rows):
             area = Area(1, 1, width + more_columns, height + more_rows)
             return self._session.change("SetImage", *self._image_arguments(area, binning),

@@ -14,7 +14,7 @@ _FAN_MODES = {"full": 0, "low": 1, "off": 2}
 
 
 class CoolingSettings:
-    """The part of Camera that is about temperature, in degrees Celsius. Uses its session; see Camera."""
+    """The settings of Camera for temperature, in degrees Celsius. Uses its session; see Camera."""
 
     def _temperature_and_code(self):
         degrees = ctypes.c_float()
@@ -28,13 +28,13 @@ class CoolingSettings:
 
     @property
     def temperature_status(self) -> str:
-        """How far the cooling is: "off", "not reached", "not stable" (reached, but not for long enough), "stable", "drift"
+        """The state of the cooling: "off", "not reached", "not stable" (reached, but not for long enough), "stable", "drift"
         (was stable, and has left the target), or "unknown"."""
         return _STATES[self._temperature_and_code()[1]]
 
     @property
     def target_temperature(self) -> float:
-        """What the cooler aims at, in degrees Celsius. Setting it takes whole degrees and does not switch the cooler on."""
+        """The target of the cooler in degrees Celsius. Setting it takes whole degrees and does not switch the cooler on."""
         outputs = [ctypes.c_float] * 4
         return self._session.read("GetTemperatureStatus", *outputs)[1]
 
@@ -58,7 +58,7 @@ class CoolingSettings:
     @cooler.setter
     def cooler(self, on: bool) -> None:
         self._session.call("CoolerON" if on else "CoolerOFF")
-        if self.cooler != bool(on):  # the switch succeeds whatever the camera answers
+        if self.cooler != bool(on):  # the call succeeds even if the camera refuses
             raise VxmcdError("CoolerON" if on else "CoolerOFF", raw.RC_NOT_AVAILABLE, "the cooler does not switch")
 
     def set_fan(self, mode: str) -> None:

@@ -15,8 +15,8 @@ VARIABLE = "VXMCD_LIBRARY"
 
 
 def candidates() -> List[str]:
-    """Where the library is looked for: the file that VXMCD_LIBRARY names and nowhere else; without it the library
-    directories of the prefix that this package is installed below, then what the dynamic loader finds."""
+    """The files to try: only the one that VXMCD_LIBRARY names, if it is set; otherwise those in the library directories of
+    the prefix that this package is installed below, then what the dynamic loader finds."""
     named = os.environ.get(VARIABLE)
     if named:
         return [named]
@@ -29,7 +29,7 @@ def candidates() -> List[str]:
 
 @functools.lru_cache(maxsize=None)
 def load() -> ctypes.CDLL:
-    """The library, loaded at the first call; OSError tells what was tried."""
+    """The library, loaded at the first call. Raises OSError with the files that were tried."""
     problems = []
     for candidate in candidates():
         try:

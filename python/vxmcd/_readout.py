@@ -19,10 +19,10 @@ class Gain(NamedTuple):
 
 
 class ReadoutSettings:
-    """The part of Camera that is about how the sensor is read out. Uses its session; see Camera.
+    """The settings of Camera for the read-out of the sensor. Uses its session; see Camera.
 
-    Settings are indices into the lists here. The camera cannot be asked which one is in force: what is read here is what was
-    set here, None before. A choice that the camera does not take is not reported.
+    Settings are indices into the lists here. The library does not report which one is in force, so reading a setting returns
+    the value that was set here, None before. It does not report either that the camera refuses a choice.
     """
 
     def _set_up_readout(self):
@@ -46,7 +46,7 @@ class ReadoutSettings:
 
     @property
     def amplifiers(self) -> List[str]:
-        """What the amplifiers are."""
+        """The descriptions of the amplifiers."""
         count = self._session.read("GetNumberAmp", ctypes.c_int)
         return [self._session.text("GetAmpDesc", _TEXT_BYTES, amplifier) for amplifier in range(count)]
 
@@ -102,7 +102,7 @@ class ReadoutSettings:
 
     @property
     def baseline_clamp(self) -> bool:
-        """Whether the level of dark pixels is held."""
+        """Whether the camera keeps the level of dark pixels constant."""
         return bool(self._session.read("GetBaselineClamp", ctypes.c_int))
 
     @baseline_clamp.setter

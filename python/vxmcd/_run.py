@@ -20,17 +20,17 @@ _FETCH = {1: ("vxmcd_GetIntactImage8", ctypes.c_ubyte), 2: ("vxmcd_GetIntactImag
 
 
 class Run:
-    """A run that has been started. stop() ends it; as a context manager it stops at the end of the block.
+    """A run that has been started. stop() ends it, and so does the end of its `with` block.
 
-    images: how many it takes, None for a run until stop. triggers_every: None, or the time in s after which a trigger
-    that brought no image is sent again; triggers are then sent by wait_for().
+    images: the number of images, None for a run until stop(). triggers_every: None, or the time in s after which a trigger
+    without an image is sent again; wait_for() sends the triggers then.
     """
 
     def __init__(self, session: Session, mode: int, images: Optional[int], triggers_every: Optional[float] = None):
         self._session = session
         self._images = images
         self._triggers_every = triggers_every
-        self._triggered_after = -1  # images that were there at the last trigger
+        self._triggered_after = -1  # number of images at the last trigger
         self._trigger_again = 0.0
         self._is_stopped = True
         session.begin_run()
@@ -51,7 +51,7 @@ class Run:
         self.stop()
 
     def stop(self) -> None:
-        """Ends the run; images stay until the next start. Does nothing the second time."""
+        """Ends the run; images stay until the next start. Does nothing when called again."""
         if self._is_stopped:
             return
         self._is_stopped = True
@@ -65,22 +65,22 @@ class Run:
         return self._session.read("GetStatus", ctypes.c_int)
 
     def total(self) -> int:
-        """How many images have come."""
+        """The number of images so far."""
         return self._session.read("GetTotalNumberImagesAcquired", ctypes.c_long)
 
     def available(self) -> Tuple[int, int]:
-        """The first and last image that are there, (0, 0) for none."""
+        """The numbers of the first and last available image, (0, 0) for none."""
         return self._session.read("GetNumberAvailableImages", ctypes.c_int, ctypes.c_int, also=(raw.RC_NO_NEW_DATA,))
 
     def wait_for(self, number: int, timeout: Optional[float] = None) -> None:
-        """Waits until image `number` has come. NoImageError when no image came for `timeout` s, VxmcdError when the run
-        ended before."""
+        """Waits until image `number` is there. Raises NoImageError when no image came for `timeout` s, VxmcdError when the
+        run ended before."""
         self._check_not_stopped()
         newest = self.total()
         deadline = self._deadline(timeout)
         while newest < number:
             self._trigger_when_due(newest)
-            # The status is read before the images: when it says that the run is over, no image can follow.
+            # The status is read before the number of images: when the run is over, that number is final.
             status = self.status()
             total = self.total()
             if total > newest:
@@ -93,7 +93,7 @@ class Run:
             self._session.wait(_SLICE_MS)
 
     def wait_for_end(self, timeout: Optional[float] = None) -> None:
-        """Waits until all images have come and the run is over. As wait_for()."""
+        """Waits until all images are there and the run is over. Raises what wait_for() does."""
         self.wait_for(self._images, timeout)
         while True:
             status = self.status()
@@ -104,8 +104,8 @@ class Run:
             time.sleep(0.005)
 
     def fetch(self, number: int, image: np.ndarray) -> Tuple[bool, Optional[int]]:
-        """Copies an image that has come to a contiguous array of its shape. Returns whether the array has it, as it may have
-        been overwritten before or during the copy, and the camera's clock at it, None when that is not known."""
+        """Copies an image to a contiguous array of its shape. Returns whether the array has the image, which may have been
+        overwritten before or during the copy, and its clock value, None when that is not known."""
         name, kind = _FETCH[image.itemsize]
         ticks = ctypes.c_longlong()
         pointer = image.ctypes.data_as(ctypes.POINTER(kind))
@@ -114,7 +114,7 @@ class Run:
         return code == raw.RC_SUCCESS, ticks.value if is_known else None
 
     def _starts_at_zero(self):
-        """Whether the 0 of the first image is its clock value, and does not stand for none."""
+        """Whether the 0 of the first image is its clock value and does not mean that it has none."""
         count, ticks = ctypes.c_uint(), ctypes.c_longlong(-1)
         unknown = (raw.RC_NOT_SUPPORTED, raw.RC_NOT_AVAILABLE, raw.RC_FEATURE_ERROR)
         code = self._session.call("vxsys_GetRawMetaDataInfo", ctypes.byref(count), ctypes.byref(ticks), 0, also=unknown)

@@ -14,12 +14,12 @@ from .errors import CameraStateError, VxmcdError
 FIRST_HANDLE = 101
 
 _lock = threading.RLock()
-_acquiring = None  # the session whose run goes on: the current camera must stay
+_acquiring = None  # the session whose run is under way: the current camera must stay
 _is_calling = False  # the thread with the lock has chosen its camera for a call: the current camera must stay too
 
 
 def camera_count() -> int:
-    """How many cameras are attached."""
+    """The number of attached cameras."""
     count = ctypes.c_long()
     with _lock:
         code = raw.GetAvailableCameras(ctypes.byref(count))
@@ -46,34 +46,34 @@ class Session:
             self._open[self.handle] = self
 
     def call(self, name: str, *arguments, also=()) -> int:
-        """Calls a function with this camera as the current one. Its code, which is success or one of `also`."""
+        """Calls a function with this camera as the current one. Returns its code, which is success or one of `also`."""
         with _lock:
             if not self.is_open:
                 raise CameraStateError(f"{name}: camera {self.index} is closed")
             return self._call_as_current(name, *arguments, also=also)
 
     def change(self, name: str, *arguments, also=()) -> int:
-        """As call(), for settings that a camera keeps during a run, often without saying so."""
+        """As call(), for settings that a camera refuses during a run, often without an error. CameraStateError then."""
         with _lock:
             self.check_idle()
             return self.call(name, *arguments, also=also)
 
     def read(self, name: str, *kinds, given=(), also=()):
-        """Calls a function with the given arguments and pointers to outputs of these kinds; the output's value, or a
-        tuple of them."""
+        """Calls a function with the given arguments and pointers to outputs of these kinds. Returns the value of the output,
+        or a tuple of them."""
         outputs = [kind() for kind in kinds]
         self.call(name, *given, *map(ctypes.byref, outputs), also=also)
         return outputs[0].value if len(outputs) == 1 else tuple(output.value for output in outputs)
 
     def text(self, name: str, size: int, *given, has_size: bool = True) -> str:
-        """Calls a function that writes a text to a buffer; one with a size never leaves it unterminated here."""
+        """Calls a function that writes a text to a buffer. The buffer has one byte more, so the text is always terminated."""
         buffer = ctypes.create_string_buffer(size + 1)
         self.call(name, *given, buffer, *([size] if has_size else []))
         return buffer.value.decode(errors="replace")
 
     def wait(self, timeout_ms: int) -> None:
-        """Waits for an image of this camera's run, or until the time is over. Without the lock: others may ask this
-        camera meanwhile, and no other camera can become the current one during a run."""
+        """Waits for an image of this camera's run, or until the time is over. Does not take the lock, so that other threads
+        can use this camera meanwhile; no other camera can become the current one during a run."""
         code = raw.WaitForAcquisitionByHandleTimeOut(self.handle, timeout_ms)
         self._check("WaitForAcquisitionByHandleTimeOut", code, (raw.RC_NO_NEW_DATA,))
 
@@ -88,7 +88,7 @@ class Session:
             _acquiring = self
 
     def check_idle(self) -> None:
-        """CameraStateError during a run of this camera."""
+        """Raises CameraStateError during a run of this camera."""
         if _acquiring is self:
             raise CameraStateError(f"camera {self.index} is acquiring: close its stream first")
 
@@ -101,8 +101,8 @@ class Session:
             self._shut_down_closed()
 
     def close(self) -> None:
-        """Closes the camera, which ends its run. While another camera acquires it is closed to callers at once, and in the
-        library when that run ends. The collector of garbage may close a forgotten camera in the middle of a call for
+        """Closes the camera, which ends its run. While another camera acquires, this one is closed to callers at once, and in
+        the library when that run ends. The garbage collector may close a forgotten camera in the middle of a call for
         another one: then it is closed in the library at the end of that call."""
         with _lock:
             if not self.is_open:
@@ -119,7 +119,7 @@ class Session:
                 return
             try:
                 cls._closing.remove(free[0])
-            except ValueError:  # the collector closed another one in between, and this one with it
+            except ValueError:  # the garbage collector has closed another one meanwhile, and this one with it
                 continue
             free[0]._shut_down()
 
@@ -133,9 +133,9 @@ class Session:
 
     def _call_as_current(self, name, *arguments, also=()):
         global _is_calling
-        # ctypes takes integers of Python only.
+        # ctypes accepts only Python integers.
         arguments = [int(argument) if isinstance(argument, np.integer) else argument for argument in arguments]
-        is_inner = _is_calling  # as in a signal's handler
+        is_inner = _is_calling  # in a signal handler, for example
         try:
             _is_calling = True
             self._make_current()

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Images one by one while the camera goes on."""
+"""Images one by one during a run."""
 from __future__ import annotations
 
 import warnings
@@ -7,54 +7,54 @@ from typing import NamedTuple, Optional
 
 import numpy as np
 
-from ._pace import TickGaps
 from ._run import Run
+from ._tick_gaps import TickGaps
 from .errors import FramesLostError, FramesLostWarning, NoImageError, VxmcdError
 
-_SKIP_PART = 8  # after falling behind, go on this part of the ring ahead of the camera
+_SKIP_PART = 8  # after falling behind, continue this part of the ring ahead of the camera
 
 
 class Frame(NamedTuple):
     """An image of a stream."""
 
-    image: np.ndarray  # rows x columns, an array of its own
+    image: np.ndarray  # rows x columns, a copy
     number: int  # from 1 over the whole run
     ticks: Optional[int]  # the camera's clock at the start of the exposure; None when it is not known
     lost_before: int  # images directly before this one that were overwritten before they were fetched
 
 
 class Stream:
-    """An iterator of Frame over a run that goes on until `images` frames are fetched, close(), or the end of the block that
-    it is used in as a context manager. Made by Camera.stream().
+    """An iterator of Frame over a run. The run ends when `images` frames are fetched, with close(), or at the end of the
+    stream's `with` block. Made by Camera.stream().
 
     The library keeps the newest images in a ring. When images are overwritten before they are fetched, the stream ends with
-    FramesLostError, or goes on and counts them with allow_loss. delivered, fetched, overwritten and lost_in_camera say where
-    every frame went; a camera that lost frames gives a FramesLostWarning at the end.
+    FramesLostError; with allow_loss it continues and counts them. delivered, fetched, overwritten and lost_in_camera say
+    where every frame went; if the camera lost frames, there is a FramesLostWarning at the end.
 
-    When no image comes within the time limit, NoImageError is raised and the stream goes on; every other error ends it. For
-    one thread.
+    When no image comes within the time limit, NoImageError is raised and the stream continues; every other error ends it.
+    Use a stream from one thread only.
     """
 
     def __init__(self, run: Run, camera, images: Optional[int], timeout: Optional[float], allow_loss: bool,
-                 is_paced: bool):
+                 has_even_period: bool):
         self._run = run
         self._camera = camera
         self._images = images
         self._timeout = timeout
         self._allow_loss = allow_loss
         self._shape, self._dtype = camera.shape, camera.dtype
-        self._gaps = TickGaps() if is_paced else None
+        self._gaps = TickGaps() if has_even_period else None
         self._has_ticks = False
-        self._last = 0  # number of the last image that was fetched or given up
-        self._given = 0  # number of the last image that was given
+        self._last = 0  # number of the last image that was fetched or skipped
+        self._given = 0  # number of the last image that was returned
         self._is_closed = False
         self.delivered = 0  # images that the library has received
-        self.fetched = 0  # images that the stream has given
+        self.fetched = 0  # images that the stream has returned
         self.overwritten = 0  # images that were overwritten before they were fetched
 
     @property
     def lost_in_camera(self) -> Optional[int]:
-        """Frames that the camera made and never delivered; None when it cannot be told: without timestamps, or when
+        """Frames that the camera made and never delivered; None when that is not known: without timestamps, or when
         triggers set the rate."""
         return self._gaps.missing if self._gaps and self._has_ticks else None
 
@@ -89,7 +89,7 @@ class Stream:
             self.close()
 
     def close(self) -> None:
-        """Ends the run. Frames that were not fetched are not waited for."""
+        """Ends the run, without waiting for frames that were not fetched."""
         if self._is_closed:
             return
         self._is_closed = True
@@ -99,8 +99,8 @@ class Stream:
         if self.lost_in_camera:
             warnings.warn(f"the camera lost {self.lost_in_camera} frames", FramesLostWarning, stacklevel=3)
 
-    def pace_changes(self) -> None:
-        """The time from frame to frame is set anew."""
+    def frame_period_changes(self) -> None:
+        """The camera has got another frame period."""
         if self._gaps:
             self._gaps.restart()
 
@@ -126,14 +126,13 @@ class Stream:
     def _skip_overwritten(self):
         first, last = self._run.available()
         arrived, self.delivered = last - self.delivered, last
-        if self._last + 1 > first:  # it went, or may have gone, while it was copied
-            return self._give_up(1)
-        # The oldest image is the one whose memory the camera fills now; directly behind it the next copy would be
-        # overtaken.
+        if self._last + 1 > first:  # it was overwritten, or may have been, during the copy
+            return self._skip(1)
+        # The camera writes to the memory of the oldest image now, and would soon overtake a copy of the one after it.
         ahead = (last + 1 - first) // _SKIP_PART + 2 * arrived if self._allow_loss else 0
-        self._give_up(min(first + ahead, last) - self._last)
+        self._skip(min(first + ahead, last) - self._last)
 
-    def _give_up(self, count):
+    def _skip(self, count):
         self.overwritten += count
         self._last += count
         if not self._allow_loss:

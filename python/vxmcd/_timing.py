@@ -13,7 +13,7 @@ from . import raw
 
 
 class TriggerMode(enum.Enum):
-    """What starts an exposure. Texts like "external-start" are taken for members too."""
+    """What starts an exposure. Settings also take names like "external-start"."""
 
     INTERNAL = 0
     EXTERNAL = 1
@@ -54,7 +54,7 @@ class TimingSettings:
 
     @property
     def exposure(self) -> float:
-        """Exposure time in s, as it is in force. The camera may take the nearest to what was set."""
+        """Exposure time in s, as it is in force. The camera may choose the nearest value to the one that was set."""
         return self._timings()[0]
 
     @exposure.setter
@@ -64,7 +64,7 @@ class TimingSettings:
             # Rounded to single precision, the maximum may be above the camera's, which refuses it.
             seconds = float(np.nextafter(np.float32(seconds), np.float32(0)))
         self._session.call("SetExposureTime", seconds)
-        self._pace_changes()
+        self._frame_period_changes()
 
     @property
     def maximum_exposure(self) -> float:
@@ -73,7 +73,7 @@ class TimingSettings:
 
     @property
     def readout_time(self) -> float:
-        """Time in s that the sensor takes to be read out."""
+        """Time in s that the read-out of the sensor takes."""
         return self._session.read("GetReadOutTime", ctypes.c_float)
 
     @property
@@ -84,7 +84,7 @@ class TimingSettings:
     @cycle_time.setter
     def cycle_time(self, seconds: float) -> None:
         self._session.call("SetKineticCycleTime", _seconds("the cycle time", seconds))
-        self._pace_changes()
+        self._frame_period_changes()
 
     @property
     def frame_rate(self) -> float:
@@ -106,7 +106,7 @@ class TimingSettings:
 
     @property
     def accumulations(self) -> int:
-        """Exposures that are added up to one image, of snap(), grab() and record(). As it was set here."""
+        """Exposures that are added up to one image by snap(), grab() and record(). The value that was set here."""
         return self._accumulations
 
     @accumulations.setter
@@ -116,7 +116,7 @@ class TimingSettings:
 
     @property
     def trigger_mode(self) -> TriggerMode:
-        """What starts an exposure: a TriggerMode, or its name in small letters ("external-start") when it is set."""
+        """What starts an exposure: a TriggerMode. You can also set its name in small letters ("external-start")."""
         return self._trigger_mode
 
     @trigger_mode.setter
@@ -127,7 +127,7 @@ class TimingSettings:
 
     @property
     def overlap(self) -> Optional[bool]:
-        """Whether the next exposure overlaps the read-out of the one before. As it was set here, None before."""
+        """Whether the next exposure overlaps the read-out of the one before. The value that was set here, None before."""
         return self._overlaps
 
     @overlap.setter
@@ -137,7 +137,7 @@ class TimingSettings:
 
     @property
     def metadata(self) -> bool:
-        """Whether frames carry the camera's clock, from the next run on. On at first."""
+        """Whether frames have the camera's clock value, from the next run on. On at first."""
         return self._has_metadata
 
     @metadata.setter

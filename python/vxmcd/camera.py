@@ -36,18 +36,18 @@ def _check_length(images):
 
 
 class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
-    """An open camera; as a context manager it closes at the end of the block, whatever happens in it.
+    """An open camera. In a `with` statement it closes at the end of the block, also after an exception.
 
     It opens with the whole sensor, without binning or accumulation, internally triggered, with metadata. Times are seconds,
-    rates Hz, temperatures degrees Celsius. What the library refuses raises VxmcdError with its result code; values that
-    cannot be raise ValueError.
+    rates Hz, temperatures degrees Celsius. When the library refuses a call, VxmcdError has its result code; impossible
+    values raise ValueError.
 
-    Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile every call
-    for another one raises CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
+    Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile calls for
+    another one raise CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
     """
 
     def __init__(self, number: int = 0):
-        self._stream = lambda: None  # the stream that goes on
+        self._stream = lambda: None  # the stream under way
         self._session = Session(number)
         self._finalizer = weakref.finalize(self, self._session.close)
         try:
@@ -69,7 +69,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         return f"<Camera {self.number}: {self._model if self.is_open else 'closed'}>"
 
     def close(self) -> None:
-        """Closes the camera; a run ends. Every later call raises CameraStateError."""
+        """Closes the camera and ends its run. Every later call raises CameraStateError."""
         stream = self._stream()
         try:
             if stream is not None:
@@ -83,7 +83,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
 
     @property
     def number(self) -> int:
-        """The camera's place in the list of attached cameras."""
+        """The camera's index in the list of attached cameras."""
         return self._session.index
 
     @property
@@ -102,38 +102,39 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
 
     @property
     def capabilities(self) -> raw.vxmcd_Capabilities:
-        """What the camera can do: the record vxmcd_Capabilities, with bits as raw.VXMCD_... names them."""
+        """What the camera can do: the record vxmcd_Capabilities. raw.VXMCD_... has names for its bits."""
         record = raw.vxmcd_Capabilities()
         record.size = ctypes.sizeof(record)
         self._session.call("GetCapabilities", ctypes.byref(record))
         return record
 
     def snap(self, timeout: Optional[float] = None) -> np.ndarray:
-        """Takes one image, rows x columns. With the software trigger it triggers too. NoImageError when none has come after
-        `timeout` s."""
+        """Takes one image, rows x columns. In the software trigger mode it also sends the trigger. Raises NoImageError when
+        there is no image after `timeout` s."""
         mode = _run.ACCUMULATE if self.accumulations > 1 else _run.SINGLE
         image = np.empty(self.shape, self.dtype)
         self._take(mode, image[np.newaxis], timeout)
         return image
 
     def grab(self, images: int, timeout: Optional[float] = None) -> np.ndarray:
-        """Takes a series, (images, rows, columns). The library keeps all of it in memory besides the array: see stream()
-        and record() for more. NoImageError when no image came for `timeout` s; a run that ends before all images are there
-        raises VxmcdError."""
+        """Takes a series, (images, rows, columns). The library has all of it in memory, in addition to the array; for longer
+        series see stream() and record(). Raises NoImageError when no image came for `timeout` s, and VxmcdError when the
+        run ends before all images are there."""
         stack = np.empty((images, *self.shape), self.dtype)
         self._take(_run.SERIES, stack, timeout)
         return stack
 
     def stream(self, images: Optional[int] = None, timeout: Optional[float] = None, allow_loss: bool = False) -> Stream:
-        """Starts a run and gives its frames one by one: `images` of them, or as long as they are asked for. See Stream for
-        losses. A stream takes single exposures, so `accumulations` must be 1; with the software trigger call trigger()."""
+        """Starts a run and returns a Stream, which delivers its frames one by one: `images` of them, or without end. See
+        Stream for losses. A stream takes single exposures, so `accumulations` must be 1. In the software trigger mode, call
+        trigger() for each frame."""
         if images is not None:
             _check_length(images)
         if self.accumulations != 1:
             raise ValueError("a stream takes single exposures: set accumulations to 1")
         run = Run(self._session, _run.UNTIL_ABORT, None)
-        is_paced = self.trigger_mode in (TriggerMode.INTERNAL, TriggerMode.EXTERNAL_START)
-        stream = Stream(run, self, images, timeout, allow_loss, is_paced)
+        has_even_period = self.trigger_mode in (TriggerMode.INTERNAL, TriggerMode.EXTERNAL_START)
+        stream = Stream(run, self, images, timeout, allow_loss, has_even_period)
         self._stream = weakref.ref(stream)
         return stream
 
@@ -143,12 +144,12 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
 
     def record(self, path: Union[str, "os.PathLike[str]"], images: int, method: int = 3, threads: Optional[int] = None,
                timeout: Optional[float] = None) -> SpoolRun:
-        """Takes a series straight to disk, to a directory that is made where it is missing; an earlier run in it is
-        replaced. Method 1 writes a file for each image, 3 many images to a file. `threads` write, 1 or more; 2 without a
-        value. Returns the run, opened. NoImageError when no image came for `timeout` s; a run that fails raises VxmcdError.
-        In both cases, and after Ctrl-C, the directory holds what was written until then."""
+        """Records a series to disk, into a directory that is made if need be; an earlier run in it is replaced. Method 1
+        writes a file for each image, 3 many images into each file. `threads` is the number of threads that write, 2 by
+        default. Returns the recorded run. Raises NoImageError when no image came for `timeout` s, and VxmcdError when the
+        run fails. In both cases, and after Ctrl-C, the directory has what was written until then."""
         if b"\\" in os.fsencode(path):
-            raise ValueError(f"{path!r}: the library takes a backslash for a slash")
+            raise ValueError(f"{path!r}: the library reads a backslash as a slash")
         if method not in _SPOOL_METHODS:
             raise ValueError(f"method {method} is none of {_SPOOL_METHODS}")
         self._session.call("SetSpool", 1, method, os.fsencode(path))
@@ -164,7 +165,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         _check_length(images)
         triggers_every = None
         if self.trigger_mode is TriggerMode.SOFTWARE:
-            # A busy sensor ignores a trigger: after this time it is sent again.
+            # A busy sensor ignores a trigger, so it is sent again after this time.
             triggers_every = 1.5 * max(self.cycle_time, self.exposure + self.accumulation_cycle_time) + 0.2
         return Run(self._session, mode, images, triggers_every)
 
@@ -176,7 +177,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
                 if not is_there:
                     raise VxmcdError("vxmcd_GetIntactImage", raw.RC_NO_NEW_DATA, f"image {number} is gone")
 
-    def _pace_changes(self):
+    def _frame_period_changes(self):
         stream = self._stream()
         if stream is not None:
-            stream.pace_changes()
+            stream.frame_period_changes()

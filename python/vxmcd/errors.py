@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What can go wrong with cameras."""
+"""Errors of cameras."""
 from __future__ import annotations
 
 from ._signatures import RESULT_CODES
@@ -10,8 +10,8 @@ _UNKNOWN = ("unknown result code", "", "")
 class VxmcdError(RuntimeError):
     """A function of the camera library, or a run, did not succeed.
 
-    function: the function that reported it. code, name, meaning, advice: the result code, and what the library says about
-    it. detail: what else is known. Texts may be empty.
+    function: the function that reported it. code, name, meaning, advice: the result code, and the library's texts for it.
+    detail: what else is known. Texts may be empty.
     """
 
     def __init__(self, function: str, code: int, detail: str = ""):
@@ -28,7 +28,7 @@ class VxmcdError(RuntimeError):
 
 
 class CameraStateError(RuntimeError):
-    """A call that does not fit the moment: the camera is closed, or a run is going on."""
+    """A call that is not possible now: the camera is closed, or a run is under way."""
 
 
 class NoImageError(TimeoutError):
@@ -36,7 +36,7 @@ class NoImageError(TimeoutError):
 
 
 class FramesLostError(RuntimeError):
-    """Images of a stream were overwritten before they were fetched. `count` of them, before image number `number`."""
+    """`count` images of a stream, before image number `number`, were overwritten before they were fetched."""
 
     def __init__(self, count: int, number: int):
         self.count = count

@@ -1,10 +1,9 @@
 # SPDX-License-Identifier: MIT
-"""Every function of the camera library by its name, with argument and result types of the header; its constants
-(VXMCD_...), result codes (RC_...), records and callback types too. The library is loaded when the first function is asked
-for.
+"""Every function of the camera library by its name, with the argument and result types of the header; also its constants
+(VXMCD_...), result codes (RC_...), records and callback types. The library is loaded when the first function is used.
 
-Functions return result codes and raise nothing: raw.GetDetector(byref(width), byref(height)). docs/api.md describes them.
-They take what ctypes takes; numbers that do not fit are cut to the argument's type, as ctypes does.
+Functions return result codes and raise no exceptions: raw.GetDetector(byref(width), byref(height)). docs/api.md describes
+them. Arguments are those of ctypes, which cuts numbers that do not fit into the argument's type.
 """
 from __future__ import annotations
 

@@ -9,7 +9,7 @@ import pytest
 import vxmcd
 from conftest import MANUAL, REAL, frame_number
 from vxmcd import FramesLostError, FramesLostWarning, NoImageError, VxmcdError
-from vxmcd._pace import TickGaps
+from vxmcd._tick_gaps import TickGaps
 
 # Frames are reported so large that the ring has five slots.
 FIVE_SLOTS = "value ImageSizeBytes set 60000000"
@@ -125,7 +125,7 @@ def test_an_image_without_ticks(simulator):
         assert ticks[2] is None and ticks[4] - ticks[3] == ticks[1] - ticks[0] > 0
 
 
-def test_a_changed_pace_is_no_loss(simulator):
+def test_a_changed_frame_period_is_no_loss(simulator):
     simulator.configure(MANUAL)
     with vxmcd.Camera() as camera, warnings.catch_warnings():
         warnings.simplefilter("error")
@@ -152,7 +152,7 @@ def test_a_run_that_fails_ends_the_stream(simulator):
         assert camera.snap().shape == (8, 16)
 
 
-def test_the_first_error_is_told(simulator):
+def test_the_first_error_is_raised(simulator):
     simulator.configure(MANUAL)
     with vxmcd.Camera() as camera:
         stream = camera.stream()
@@ -199,7 +199,7 @@ def test_gaps_in_ticks():
         number, tick = number + 1, tick + step
         gaps.add(number, tick)
     assert gaps.missing == 3
-    gaps.add(number + 5, tick + 700)  # four were given up by the reader, two more are missing
+    gaps.add(number + 5, tick + 700)  # the reader skipped four, two more are missing
     assert gaps.missing == 5
     gaps.add(number + 6, 0)  # the clock began again
     gaps.restart()
