@@ -8,7 +8,7 @@
 #define IMAGES 5
 #define WAIT_MS 200
 
-/* Prints what failed and answers 0, so that calls can be chained with &&. */
+/* Prints what failed and returns 0, so that calls can be chained with &&. */
 static int Check(const char* function, unsigned int code)
 {
   if (code == RC_SUCCESS) return 1;
@@ -31,8 +31,8 @@ static double Mean(const unsigned short* pixels, unsigned long count)
   return sum / (double)count;
 }
 
-/* Takes every image as it comes. A wait without a limit could outlast the run, so each wait is short, and the
-   status tells when nothing more will come. */
+/* Takes every image as it comes. A wait without a limit could last longer than the run, so each wait is short, and the
+   status says when no more images will come. */
 static int TakeImages(unsigned short* pixels, unsigned long size)
 {
   int taken = 0;

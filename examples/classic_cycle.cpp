@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The classic cycle in C++11: a continuous run, watched by its newest image, until enough images have come.
+// The classic cycle in C++11: takes the newest image of a continuous run again and again, until there were enough.
 #include "vxmcd.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ void Check(const char* function, unsigned int code)
                            vxmcd_GetResultMeaning(code));
 }
 
-// An open camera; closing it also ends a run.
+// An open camera. Closing it also ends a run.
 class Camera
 {
 public:

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT */
-/* A service technician's session: sets the camera's potentiometers from a file and reads them back, backs its EEPROM
-   up, and looks for a trigger board. service_demo [POTENTIOMETER FILE [EEPROM BACKUP]]. Run it where the plug-in
-   libraries are, if there are any. */
+/* A service technician's session: sets the camera's potentiometers from a file and reads them back, makes a backup of
+   its EEPROM, and looks for a trigger board. service_demo [POTENTIOMETER FILE [EEPROM BACKUP]]. Run it in the directory
+   of the plug-in libraries, if there are any. */
 #include "vxmcd.h"
 
 #include <stdio.h>
@@ -9,14 +9,14 @@
 
 enum
 {
-  STATUS_DONE = 0,      /* of the functions that answer a status of their own */
+  STATUS_DONE = 0,      /* of the functions that return a status instead of a result code */
   NO_TRIGGER_BOARD = 1, /* of the trigger-board functions */
   INFO_NAME = 0,
   INFO_HAS_RAIL = 11,
   NAME_SIZE = 256
 };
 
-/* Prints what failed and answers 0, so that calls can be chained with &&. */
+/* Prints what failed and returns 0, so that calls can be chained with &&. */
 static int Check(const char* function, unsigned int code)
 {
   if (code == RC_SUCCESS) return 1;
@@ -77,7 +77,7 @@ static int SetPotentiometers(const char* fileName)
   return isDone;
 }
 
-/* A camera may do without a configuration library. */
+/* A camera need not have a configuration library. */
 static int BackUpEeprom(const char* fileName)
 {
   int unused = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A configuration library: keeps a camera's EEPROM of 256 bytes. The EEPROM itself is the file that the environment
-// variable VXCONF_EEPROM names, or memory of the process without it. The first four bytes are the version of the
-// contents, least significant byte first. Files that are loaded and saved hold the 256 bytes and nothing else.
+// A configuration library for an EEPROM of 256 bytes. The EEPROM itself is the file that the environment variable
+// VXCONF_EEPROM names, or memory of the process without it. The first four bytes are the version of the contents, least
+// significant byte first. Files that are loaded and saved have the 256 bytes and nothing else.
 #include "vxmcd_plugins.h"
 
 #include <array>
@@ -21,7 +21,7 @@ enum EStatus
   kFileFailed = 1,
 };
 
-/// As the factory leaves it: version 1, the rest erased.
+/// The contents of a new camera: version 1, the rest erased.
 TImage NewEeprom()
 {
   TImage image;
@@ -37,7 +37,7 @@ struct TFileCloser
 };
 using TFile = std::unique_ptr<std::FILE, TFileCloser>;
 
-/// Takes the image from a file of exactly its size, or leaves it alone.
+/// Reads the image from a file of exactly its size; otherwise the image stays as it is.
 bool ReadImage(const char* fileName, TImage& image)
 {
   const TFile file(fileName ? std::fopen(fileName, "rb") : nullptr);
@@ -90,7 +90,7 @@ public:
 private:
   static const char* EepromFile() { return std::getenv("VXCONF_EEPROM"); }
 
-  TImage eeprom_ = NewEeprom(); // without a file
+  TImage eeprom_ = NewEeprom(); // used without a file
   TImage contents_ = NewEeprom();
 };
 

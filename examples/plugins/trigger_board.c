@@ -29,7 +29,7 @@ enum
   DEVICE_ADDRESS = 0x50
 };
 
-/* Programs may call from several threads at a time. */
+/* Programs may call these functions from several threads at a time. */
 static atomic_int isInitialized;
 static atomic_uchar registers[REGISTERS];
 
@@ -40,7 +40,7 @@ EXPORTED int TriggerBoard_GetTriggerHandle(int index, int* handle);
 EXPORTED int TriggerBoard_SetCurrentTrigger(int index);
 EXPORTED int TriggerBoard_I2CWrite(unsigned int address, unsigned int reg, unsigned int value);
 EXPORTED int TriggerBoard_ExternalTrigger(int trigger, unsigned long delayUs, unsigned long widthUs);
-/* Not part of the interface: what a register holds, for those who look at this example. */
+/* Not part of the interface: reads a register back, to try this example. */
 EXPORTED int TriggerBoard_ReadRegister(unsigned int reg);
 
 int TriggerBoard_Initialize(void)

@@ -1,3 +1,3 @@
 # SPDX-License-Identifier: MIT
-"""What is made of the public header and of runs/run_format.h, a file a module: each has the PATH of its file and makes its
-text()."""
+"""The files that are generated from the public header and from runs/run_format.h, one module for each: PATH is the file,
+text() makes its contents."""

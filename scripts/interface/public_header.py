@@ -38,7 +38,7 @@ def line_of(member):
 
 @cache
 def read():
-    """Has doxygen read the header. Returns its XML documents by name, and the groups in the order of the header."""
+    """Runs doxygen on the header. Returns its XML documents by name, and the groups in the order of the header."""
     with tempfile.TemporaryDirectory() as name:
         directory = Path(name)
         doxyfile = DOXYFILE.format(include=ROOT / "include", header=HEADER, output=directory)
@@ -86,8 +86,8 @@ def library_version():
 
 
 def symbols():
-    """What the functions of the header, those without effect included, are called in the library, as the C++ compiler
-    makes it of their declarations; decorated names beside the plain ones."""
+    """The symbols of the header's functions in the library, those without effect included, as the C++ compiler makes them
+    from the declarations: the plain names and the decorated ones."""
     compiler = shlex.split(os.environ.get("CXX", "c++"))
     building = [*compiler, "-x", "c++", "-std=c++20", "-DVXMCD_BUILDING", f"-I{ROOT}/include"]
     include = f'#include "{HEADER}"\n'
