@@ -55,7 +55,7 @@ void TDispatchQueue_Spool::Abort()
 
 int TDispatchQueue_Spool::Dispatch(unsigned char* buffer, int sizeBytes)
 {
-  if (buffer) ClearTail(buffer, sizeBytes); // before anybody may look at it
+  if (buffer) ClearTail(buffer, sizeBytes); // before it may be read
   if (!CountFrame(buffer)) return 0;
   const std::int64_t image = GetMaximumImageAvailable();
   if (sizeBytes != GetImageSizeBytes())

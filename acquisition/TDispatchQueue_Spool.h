@@ -13,7 +13,7 @@
 
 class TSpoolPipeline;
 
-/// Counts each frame, has it written to the disk, and gives its slot back to the camera once its content is no
+/// Counts each frame, has it written to the disk, and requeues its slot with the camera once its content is no
 /// longer needed there, so that a run may be longer than the ring. Until the slot is used again, the image can be
 /// retrieved as from the other queues. Owned by the acquisition manager.
 class TDispatchQueue_Spool final : public TRingDispatchQueue
@@ -33,13 +33,13 @@ public:
   void Begin() override;
   /// Blocks until every frame is on the disk.
   void Finalise() override;
-  /// Frames that nobody has begun to write are given up.
+  /// Frames whose writing has not begun are dropped.
   void Abort() override;
-  /// Blocks while the disk is behind. Non-zero when the frame, or one before it, could not be written. What a short
+  /// Blocks while the disk is too slow. Non-zero when the frame, or one before it, could not be written. What a short
   /// frame leaves of its slot is cleared, so that nothing of an earlier frame is written for it.
   int Dispatch(unsigned char* buffer, int sizeBytes) override;
   bool HasFailed() override;
-  /// Rises with each piece of at most 8 MiB that is written or synced.
+  /// Increases with each piece of at most 8 MiB that is written or synced.
   std::uint64_t Progress() override;
 
 private:

@@ -9,13 +9,13 @@ class ISpoolAlgorithm
 public:
   virtual ~ISpoolAlgorithm() = default;
   /// Accepts @p sizeBytes bytes as the frame of that number, from 0. Returns 1 when they are accepted, 0 when not. How
-  /// long @p buffer must stay as it is, the algorithm says.
+  /// long @p buffer must stay unchanged depends on the algorithm.
   virtual int Spool(int index, unsigned char* buffer, int sizeBytes) = 0;
 
   /// Whether frames stay in their slots after Spool(), and the algorithm requeues these later. Constant.
   virtual bool RequeuesSlots() const { return false; }
-  /// Gives up the frames that are still in their slots.
+  /// Drops the frames that are still in their slots.
   virtual void Abort() {}
-  /// Blocks until everything that was accepted and not given up is written; nothing is accepted any more.
+  /// Blocks until everything that was accepted and not dropped is written; nothing is accepted any more.
   virtual void Finish() {}
 };

@@ -10,7 +10,7 @@
 class IImage
 {
 public:
-  /// On success @p destination is where a frame's bytes go, valid until Unlock(). An image for several frames gives the
+  /// On success @p destination is where to copy a frame, valid until Unlock(). An image for several frames gives the
   /// place of the next one each time.
   virtual int Lock(unsigned char*& destination) = 0;
   /// The frame is there. What an image for several frames has, it need not write before the last of them, or before an
@@ -28,7 +28,7 @@ public:
 };
 
 /// Opens and closes the images that frames are written to. Operations return 0 for success. The order of the operations
-/// is kept; nobody destroys a spooler through this interface.
+/// is fixed; a spooler is not destroyed through this interface.
 class ISpooler
 {
 public:

@@ -4,8 +4,7 @@
 
 #include "ini/text_double.h"
 #include "runs/run_format.h"
-#include "spool/file_writing.h"
-#include "spool/TFileDescriptor.h"
+#include "utility/file_access.h"
 #include "utility/TQuorinFilePath.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
@@ -32,8 +31,7 @@ constexpr int kSignificantDigits = 17;
 constexpr std::size_t kNumberSize = 64;
 constexpr std::size_t kFirstTextSize = 256;
 
-/// Makes what was written to a directory outlast a power failure, where the file system knows a way. 0 or an errno
-/// value.
+/// Syncs a directory, where the file system supports that. 0 or an errno value.
 int SyncDirectory(const std::string& name)
 {
   const TFileDescriptor directory(::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -41,14 +39,14 @@ int SyncDirectory(const std::string& name)
   return ::fsync(directory.Get()) == 0 || IsUnsupported(errno) ? 0 : errno;
 }
 
-/// Makes @p text the content of an open file and brings it to the disk. 0 or an errno value.
+/// Makes @p text the content of an open file and syncs it. 0 or an errno value.
 int Fill(int file, const std::string& text)
 {
   if (const int error = WriteAll(file, text.data(), text.size(), 0)) return error;
   return ::ftruncate(file, static_cast<off_t>(text.size())) == 0 && ::fsync(file) == 0 ? 0 : errno;
 }
 
-/// Gives a file without a name one.
+/// Gives a name to a file that has none.
 int Link(int file, const std::string& name)
 {
   const std::string open = "/proc/self/fd/" + std::to_string(file);
@@ -75,7 +73,7 @@ bool IsControl(char character)
   return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
 }
 
-/// What an INI line can hold of a text.
+/// The text as one line of an INI file.
 std::string OneLine(std::string text)
 {
   for (char& character : text)

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string>
 
-/// The contents of "acquisitionmetadata.ini", which lies beside a run's spool files and says what they hold. Made
-/// by whoever writes a run (TSpoolDescription) or reads one. Reentrant. Operations return 0 for success and 1 for
+/// The contents of "acquisitionmetadata.ini", which lies beside a run's spool files and describes their content. Made
+/// by what writes a run (TSpoolDescription) or reads one. Reentrant. Operations return 0 for success and 1 for
 /// a failure, which is logged; output parameters then keep their values. Only a lack of memory makes them throw.
 class TAcquisitionMetadata final
 {
@@ -21,14 +21,14 @@ public:
   int SetImagesPerFile(unsigned int imagesPerFile);
   int SetImageSizeBytes(unsigned int imageSizeBytes);
 
-  /// Replaces the file in @p directory: whoever looks, even after a power failure, finds the file of before or the
-  /// whole new one. Waits for the disk. Fails while nothing has been set. On failure errno says why; the file is
-  /// then as it was, except that a directory that cannot be synced may have the new one.
+  /// Replaces the file in @p directory: a reader, even after a power failure, finds the old file or the whole new
+  /// one. Waits for the disk. Fails while nothing has been set. On failure errno has the reason; the file is
+  /// then unchanged, except that a directory that cannot be synced may have the new one.
   int SaveFile(const char* directory) const;
   /// As SaveFile(), but in place of making a file uses @p reserved, a file without a name in @p directory, open for
   /// writing, whose blocks have been set aside: that needs no more room on the disk. -1 for none.
   int SaveFile(const char* directory, int reserved) const;
-  /// Reads the file into an empty object; one that holds something stays as it is, which counts as success.
+  /// Reads the file into an empty object; one that is not empty stays unchanged, which counts as success.
   int LoadFile(const char* directory);
 
   /// A text of one line: control characters become spaces, and spaces at either end go.
@@ -39,7 +39,7 @@ public:
   int SetReal(const char* section, const char* key, double value);
   int SetBoolean(const char* section, const char* key, bool value);
 
-  /// Fail quietly for a key that is missing or does not hold such a value from its start to its end.
+  /// Fail quietly for a key that is missing or is not entirely a value of this kind.
   int GetText(const char* section, const char* key, std::string& value) const;
   int GetInteger(const char* section, const char* key, std::int64_t& value) const;
   int GetReal(const char* section, const char* key, double& value) const;

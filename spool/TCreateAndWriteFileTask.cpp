@@ -18,7 +18,7 @@ namespace {
 
 constexpr long kNoFrame = -1;
 
-/// Deletes itself when it has run: launchers own no tasks, and may outlive who launched them.
+/// Deletes itself when it has run: launchers own no tasks, and may outlive the write task.
 class TSelfDeletingTask final : public QuorinUtility::IQuorinTask
 {
 public:

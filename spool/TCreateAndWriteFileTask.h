@@ -45,7 +45,7 @@ public:
                           TSpoolQueue* inputQueue, TSpoolQueue* reuseQueue, IDispatchRoutine* dispatchRoutine,
                           bool withPerformanceLog = false);
   /// Aborts the input queue and waits for the frame that is being written. To have every frame written, queue an
-  /// end marker behind the last one and wait for that on the reuse queue first.
+  /// end marker after the last one and wait for that on the reuse queue first.
   ~TCreateAndWriteFileTask() override;
   TCreateAndWriteFileTask(const TCreateAndWriteFileTask&) = delete;
   TCreateAndWriteFileTask& operator=(const TCreateAndWriteFileTask&) = delete;
@@ -53,11 +53,11 @@ public:
   /// Whether there is a thread to write frames. False when it could not be made.
   bool IsAlive() const;
 
-  /// The number, counted from 1, of the image that was taken from the queue last; 0 before the first. It counts
+  /// The number, counted from 1, of the latest image that was taken from the queue; 0 before the first. It counts
   /// images that could not be written too.
   int GetLastSavedImageIndex() const { return lastSavedImageIndex_; }
 
-  /// The thread's work: until the input queue is aborted or brings an end marker.
+  /// The thread's work: until the input queue is aborted or has an end marker next.
   void Run() override;
 
 private:

@@ -64,7 +64,7 @@ bool TDirectoryTree::Make(const TQuorinFilePath& path)
     return true;
   }
   const int error = errno;
-  // Somebody else may have been faster, and "a/.." is there as soon as "a" is.
+  // Another process may have been faster, and "a/.." exists as soon as "a" does.
   if (error == EEXIST && DirectoryError(path) == 0) return true;
   return Fail(path, error);
 }

@@ -15,7 +15,7 @@ public:
   TDirectoryTree(const TDirectoryTree&) = delete;
   TDirectoryTree& operator=(const TDirectoryTree&) = delete;
 
-  /// Whether the directory is there. When it cannot be made, what was made on the way to it is removed again.
+  /// Returns whether the directory exists now. When it cannot be made, the ancestors that were made are removed again.
   bool CreateDirectoryTree();
   /// Removes the directories that it made, deepest first. False when one could not be removed, because it is not
   /// empty for instance; the others are removed all the same.

@@ -24,7 +24,7 @@ constexpr std::chrono::milliseconds kWaitSlice{50};
 } // namespace
 
 /// Takes images that a write task has finished from its reuse queue, in order, and requeues their slots. It has its own
-/// thread: with all slots on their way to the disk there is no frame that would wake the acquisition thread. After an
+/// thread: while all slots wait for the disk, no frame arrives that would wake the acquisition thread. After an
 /// image that could not be written it aborts the write task's input queue. Borrows queues and fault.
 class TQueuedSpooler::TSlotReturnTask final : public QuorinUtility::TQuorinWorkThreadRoutine
 {
@@ -109,7 +109,7 @@ int TQueuedSpooler::Spool(int index, unsigned char* buffer, int sizeBytes)
   return result;
 }
 
-// A camera without a slot delivers no frame, and whoever waits for one would take the camera for late.
+// A camera without a slot delivers no frame, and a wait for one would end as if the camera were late.
 void TQueuedSpooler::WaitForSlot()
 {
   if (slots_ == 0 || queued_ < slots_) return;

@@ -20,17 +20,17 @@ class TQuorinTaskLauncher;
 
 /// Queues images for a write task, which makes their files and copies them, has them closed by launchers, and
 /// requeues the slots with the camera of the run, whichever is the current one. Owned by the run's pipeline; borrows
-/// spooler and fault. After an image that could not be written no other is begun.
+/// spooler and fault. After an image that could not be written, no other is begun.
 class TQueuedSpooler final : public ISpoolAlgorithm
 {
 public:
   /// With fewer than one thread, images are closed by the write task's thread.
-  /// @p slots is how many slots the camera @p coreHandle has been given, 0 when that is not known.
+  /// @p slots is how many slots are queued with the camera @p coreHandle, 0 when that is not known.
   TQueuedSpooler(ISpooler* spooler, TSpoolFault* fault, int threadCount, std::uint64_t slots, int coreHandle);
-  /// Images that have not been copied yet are given up.
+  /// Images that have not been copied yet are dropped.
   ~TQueuedSpooler() override;
 
-  /// @p buffer must stay as it is until its slot is requeued. Blocks while the camera has no slot left.
+  /// @p buffer must stay unchanged until its slot is requeued. Blocks while the camera has no slot left.
   int Spool(int index, unsigned char* buffer, int sizeBytes) override;
   bool RequeuesSlots() const override { return true; }
   void Abort() override;

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
-// Several images in each file, opened and closed in any order.
+// Several images in each file, opened and closed in any order, and the views of their places.
 #include "spool/TRandomAccessMultiImageSpooler.h"
 
-#include "spool/multi_image.h"
+#include "features/TSDK3Exception.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinLibDebugOutput.h"
 #include "utility/TQuorinMisc.h"
 
 #include <array>
 #include <memory>
+#include <string>
 
 using QuorinUtility::TAutoQuorinCriticalSection;
 using QuorinUtility::TQuorinLibDebugOutput;
@@ -18,21 +19,98 @@ namespace {
 
 constexpr int kFailed = 1;
 
+/// Logs one text and throws the other as a TSDK3Exception. The two differ a little here and there; kept for programs
+/// that search for them.
+[[noreturn]] void LogAndThrow(int line, const char* function, const char* logged, const char* thrown)
+{
+  TQuorinLibDebugOutput::OutputText(__FILE__, line, function, TQuorinLibDebugOutput::Error, logged);
+  throw TSDK3Exception(std::string(thrown));
+}
+
+[[noreturn]] void LogAndThrow(int line, const char* function, const char* text)
+{
+  LogAndThrow(line, function, text, text);
+}
+
 } // namespace
+
+TOffsetMultiImage::TOffsetMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int position)
+    : file_(file), imageSizeBytes_(imageSizeBytes), position_(position)
+{
+  if (!file) LogAndThrow(__LINE__, __func__, "TNthMultiImage: Error - IImage* cannot be NULL in constructor\n");
+  if (imageSizeBytes == 0)
+    LogAndThrow(__LINE__, __func__, "TNthMultiImage: Error - Image size cannot be zero.\n",
+                "TNthMultiImage: Error - Image size cannot be zero\n");
+}
+
+int TOffsetMultiImage::Lock(unsigned char*& destination)
+{
+  unsigned char* base = nullptr;
+  const int result = file_->Lock(base);
+  if (result == 0) destination = base + position_ * imageSizeBytes_;
+  return result;
+}
+
+int TOffsetMultiImage::Unlock()
+{
+  return file_->Unlock();
+}
+
+TSerialMultiImage::TSerialMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int imagesPerFile)
+    : file_(file), imageSizeBytes_(imageSizeBytes), imagesPerFile_(imagesPerFile)
+{
+  if (!file) LogAndThrow(__LINE__, __func__, "TMultiImage: Error - IImage* cannot be NULL in constructor\n");
+  if (imagesPerFile == 0)
+    LogAndThrow(__LINE__, __func__, "TMultiImage: Error - Number of imagse per file cannot be zero.\n",
+                "TMultiImage: Error - Number of images per file cannot be zero\n");
+  if (imageSizeBytes == 0)
+    LogAndThrow(__LINE__, __func__, "TMultiImage: Error - Image size cannot be zero.\n",
+                "TMultiImage: Error - Image size cannot be zero\n");
+}
+
+int TSerialMultiImage::Lock(unsigned char*& destination)
+{
+  const TAutoQuorinCriticalSection lock(&lock_);
+  if (lockCount_ == imagesPerFile_)
+    LogAndThrow(__LINE__, __func__,
+                "TMultiImage: Error - Lock called more times than there are images per file.\n");
+  if (lockCount_ == 0) {
+    const int result = file_->Lock(nextDestination_);
+    if (result != 0) return result;
+  }
+  destination = nextDestination_;
+  ++lockCount_;
+  nextDestination_ += imageSizeBytes_;
+  return 0;
+}
+
+int TSerialMultiImage::Unlock()
+{
+  const TAutoQuorinCriticalSection lock(&lock_);
+  if (unlockCount_ == imagesPerFile_)
+    LogAndThrow(__LINE__, __func__,
+                "TMultiImage: Error - Unlock called more times than there are images per file.\n");
+  ++unlockCount_;
+  return unlockCount_ == imagesPerFile_ ? file_->Unlock() : 0;
+}
+
+int TSerialMultiImage::ForceUnlock()
+{
+  return file_->Unlock();
+}
 
 TRandomAccessMultiImageSpooler::TRandomAccessMultiImageSpooler(ISpooler* fileSpooler, unsigned int imagesPerFile)
     : fileSpooler_(fileSpooler), imagesPerFile_(imagesPerFile)
 {
   if (!fileSpooler)
-    LogAndThrow(__FILE__, __LINE__, __func__,
-                "TMultiImageSpooler: Error - ISpooler* cannot be NULL in constructor\n");
+    LogAndThrow(__LINE__, __func__, "TMultiImageSpooler: Error - ISpooler* cannot be NULL in constructor\n");
   if (imagesPerFile == 0) {
     std::array<char, 128> text;
     TQuorinMisc::snprintf(
         text.data(), text.size(),
         "TMultiImageSpooler: Error - Number of imagse per file cannot be zero. Images Per File[ %i ]\n",
         static_cast<int>(imagesPerFile));
-    LogAndThrow(__FILE__, __LINE__, __func__, text.data(),
+    LogAndThrow(__LINE__, __func__, text.data(),
                 "TMultiImageSpooler: Error - Number of images per file cannot be zero\n");
   }
 }

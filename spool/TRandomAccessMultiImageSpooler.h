@@ -1,11 +1,52 @@
 // SPDX-License-Identifier: MIT
-// Several images in each file, opened and closed in any order.
+// Several images in each file, opened and closed in any order, and the views of their places.
 #pragma once
 
 #include "spool/ISpooler.h"
 #include "utility/TQuorinCriticalSection.h"
 
 #include <map>
+
+/// One place of a file, at a fixed position. Borrows the file image, which must allow a Lock() for each of its
+/// places at once. Its state never changes, so it is as thread-safe as the file image. The constructor throws
+/// TSDK3Exception; the operations return what the file image returns.
+class TOffsetMultiImage final : public IImage
+{
+public:
+  /// @p position counts images of that size from the start of the file.
+  TOffsetMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int position);
+
+  int Lock(unsigned char*& destination) override;
+  int Unlock() override;
+
+private:
+  IImage* const file_;
+  const std::uint64_t imageSizeBytes_;
+  const unsigned int position_;
+};
+
+/// The places of one file one after another, one for each Lock(). The file is locked by the first and unlocked by the
+/// last of imagesPerFile unlocks. Borrows the file image. Thread-safe. Constructor, Lock() and Unlock() throw
+/// TSDK3Exception for wrong use; otherwise they return what the file image returns.
+class TSerialMultiImage final : public IMultiImage
+{
+public:
+  TSerialMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int imagesPerFile);
+
+  int Lock(unsigned char*& destination) override;
+  int Unlock() override;
+  /// Unlocks the file whatever has been counted.
+  int ForceUnlock() override;
+
+private:
+  IImage* const file_;
+  const std::uint64_t imageSizeBytes_;
+  const unsigned int imagesPerFile_;
+  unsigned int lockCount_ = 0; // guarded by lock_, as are the next two
+  unsigned int unlockCount_ = 0;
+  unsigned char* nextDestination_ = nullptr;
+  QuorinUtility::TQuorinCriticalSection lock_;
+};
 
 /// Puts a fixed number of images into each file of a file spooler, whose "images" are whole files: image n, from
 /// 0, is in file n / imagesPerFile. A file is open exactly while one of its images is. Borrows the file spooler,
@@ -30,16 +71,16 @@ public:
   /// Makes the image at that place of a file.
   virtual IImage* CreateOffsetMultiImage(IImage* file, std::uint64_t imageSizeBytes, unsigned int position);
 
-  /// Closes what is open still.
+  /// Closes what is still open.
   virtual ~TRandomAccessMultiImageSpooler();
 
 protected:
-  /// Closes what is open still. For destructors of classes whose images need what goes before the base does.
+  /// Closes what is still open. For destructors of classes whose images use members of theirs.
   void CloseAll();
 
 private:
   int OpenFile(int file, int mode);
-  /// Gives up one image, or none, and closes the file when that leaves none.
+  /// Counts @p images fewer as open in a file, and closes it when none is left.
   int ReleaseFile(int file, int images);
 
   ISpooler* const fileSpooler_;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a spooled run's directory says of the run.
+// Describes a spooled run in its directory.
 #include "spool/TSpoolDescription.h"
 
 #include "features/current_core_handle.h"
@@ -8,8 +8,8 @@
 #include "features/SDK3Features.h"
 #include "runs/host_time.h"
 #include "runs/run_format.h"
-#include "spool/file_writing.h"
 #include "spool/TSpoolLayout.h"
+#include "utility/file_access.h"
 #include "utility/library_version.h"
 
 #include <cerrno>

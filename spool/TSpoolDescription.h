@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a spooled run's directory says of the run.
+// Describes a spooled run in its directory.
 #pragma once
 
 #include "spool/TAcquisitionMetadata.h"
@@ -15,7 +15,7 @@ struct TSpoolLayout;
 class TSpoolDescription final
 {
 public:
-  /// More than the file ever takes, and than it takes from the directory.
+  /// At least the size of the file.
   static constexpr std::uint64_t kMaxBytes = 16384;
 
   /// How a run has ended.
@@ -28,7 +28,7 @@ public:
     std::optional<std::int64_t> firstFrameTick;
   };
 
-  /// Takes the settings of the camera that is current, as far as it answers.
+  /// Reads the settings of the current camera, those that it has.
   void Gather(int method, std::uint32_t seriesLength);
   /// Describes the run that begins. Returns false, with the reason in errno, when anything but a setting of the camera
   /// is missing or the file could not be written.

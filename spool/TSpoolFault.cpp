@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The first thing that went wrong while a run was written to disk.
+// The first failure of a run that is written to disk.
 #include "spool/TSpoolFault.h"
 
 #include "utility/TQuorinLibDebugOutput.h"
@@ -14,7 +14,7 @@ using QuorinUtility::TQuorinLibDebugOutput;
 
 void TSpoolFault::Raise(const char* what, const std::string& name, int error) noexcept
 {
-  const std::lock_guard lock(mutex_); // who sees the failure waits for its text
+  const std::lock_guard lock(mutex_); // a thread that sees the failure waits for its text
   const bool isFirst = !raised_.exchange(true, std::memory_order_acq_rel);
   try {
     std::string text = std::string(what) + " " + name;

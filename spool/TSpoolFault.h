@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The first thing that went wrong while a run was written to disk.
+// The first failure of a run that is written to disk.
 #pragma once
 
 #include <atomic>
@@ -7,8 +7,8 @@
 #include <mutex>
 #include <string>
 
-/// Keeps the first failure of a spooled run, so that whoever comes next, on whatever thread, sees that the run
-/// cannot go on. Owned by the run's pipeline, borrowed by everything below it. Thread-safe.
+/// Keeps the first failure of a spooled run, so that all threads that write it see that it cannot go on. Owned by the
+/// run's pipeline, borrowed by everything below it. Thread-safe.
 class TSpoolFault final
 {
 public:
@@ -16,8 +16,8 @@ public:
   /// errno value the text ends with the name. Where there is no memory for the text, the failure counts all the same.
   void Raise(const char* what, const std::string& name, int error) noexcept;
 
-  /// Whether the open file @p descriptor still has a name and @p size bytes. If not, somebody has removed or truncated
-  /// it, which is raised with @p name; so is a failure to look.
+  /// Whether the open file @p descriptor still has a name and @p size bytes. If not, it has been removed or truncated,
+  /// which is raised with @p name; so is a failure of the check.
   bool CheckFile(int descriptor, std::uint64_t size, const std::string& name) noexcept;
 
   bool IsRaised() const { return raised_.load(std::memory_order_acquire); }

@@ -2,8 +2,8 @@
 // One file of a spooled run, and what its file system can do.
 #include "spool/TSpoolFile.h"
 
-#include "spool/file_writing.h"
 #include "spool/TSpoolFault.h"
+#include "utility/file_access.h"
 
 #include <algorithm>
 #include <array>
@@ -79,7 +79,7 @@ int TSpoolFile::Preallocate(const TSpoolVolume& volume)
 int TSpoolFile::Close()
 {
   int error = Sync();
-  // Nobody is about to read the file, and pages in the cache count as memory that is missing for the next ring.
+  // The file is not about to be read, and pages in the cache reduce the memory that the next ring finds free.
   if (error == 0) posix_fadvise(file_.Get(), 0, 0, POSIX_FADV_DONTNEED);
   direct_.Close();
   if (file_.Close() != 0 && error == 0) error = errno;
@@ -104,7 +104,7 @@ int TSpoolFile::SyncPieces()
     const auto size = static_cast<off_t>(std::min(kPieceBytes, usedBytes_ - offset));
     constexpr unsigned int kWait =
         SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
-    // Where there is no such call, the one below does it all.
+    // Where this call is not supported, fdatasync() does all the work.
     const bool failed = sync_file_range(file_.Get(), static_cast<off_t>(offset), size, kWait) != 0;
     if (failed && error == 0 && !IsUnsupported(errno)) error = errno;
     ++*progress_;

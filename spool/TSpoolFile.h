@@ -3,7 +3,7 @@
 #pragma once
 
 #include "spool/ISpooler.h"
-#include "spool/TFileDescriptor.h"
+#include "utility/file_access.h"
 
 #include <atomic>
 #include <cstddef>
@@ -19,32 +19,32 @@ struct TSpoolVolume
   /// Memory and file offsets of unbuffered writes are multiples of this.
   static constexpr std::size_t kAlignment = 4096;
 
-  bool writesDirectly = false; ///< takes unbuffered writes
-  bool preallocates = false;   ///< takes calls that set blocks aside for a file before they are written
+  bool writesDirectly = false; ///< supports unbuffered writes
+  bool preallocates = false;   ///< can reserve a file's blocks before they are written
 
   /// Tries them on a file without a name in @p directory. Where that is not possible either, the answer is no.
   static TSpoolVolume Probe(const std::string& directory);
 };
 
-/// One file of a spooled run, full size from the beginning. Its blocks are set aside when it is made, so that a
-/// full disk shows there. Images are written, never mapped: a disk that fails, or somebody who truncates the file,
-/// must not end the program by a signal. Large ones do not go through the page cache where the file system allows
+/// One file of a spooled run, full size from the beginning. Its blocks are reserved when it is made, so that a full
+/// disk shows there. Images are written, never mapped: a disk that fails, or a file that is truncated meanwhile, must
+/// not end the program by a signal. Large ones do not go through the page cache where the file system allows
 /// that. Owned by the file spooler. All operations but Create() and Close() are thread-safe, for different parts of
 /// the file. Errors are errno values, 0 is success.
 class TSpoolFile final : public IImage
 {
 public:
-  /// What is written or synced at once.
+  /// Written or synced by one call.
   static constexpr std::uint64_t kPieceBytes = std::uint64_t{8} << 20;
-  /// Smaller files are synced and closed many at a time: the first of them makes most of the work for all.
+  /// Smaller files are synced and closed many at a time: the sync of the first does most of the work for all.
   static constexpr std::uint64_t kLargeFileBytes = std::uint64_t{64} << 20;
 
   /// Numbers from 0. @p sizeBytes is the length of the file, and of these @p usedBytes are what the run will fill.
-  /// @p progress, which is borrowed, is counted up with each piece that is written or synced.
+  /// @p progress, which is borrowed, is incremented with each piece that is written or synced.
   TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes, std::uint64_t usedBytes,
              std::atomic<std::uint64_t>* progress);
 
-  /// Makes the file, which must not exist. On failure nothing is left of it.
+  /// Makes the file, which must not exist. Removes it again on failure.
   int Create(const TSpoolVolume& volume);
   /// Syncs and closes the file.
   int Close();
@@ -53,16 +53,16 @@ public:
   int Lock(unsigned char*& destination) override;
   int Unlock() override { return 0; }
 
-  /// Writes @p size bytes at @p offset. Unbuffered where @p data and @p offset lie alike with regard to
+  /// Writes @p size bytes at @p offset. Unbuffered where @p data and @p offset are equally far from a multiple of
   /// TSpoolVolume::kAlignment.
   int Write(const unsigned char* data, std::size_t size, std::uint64_t offset);
-  /// Some more of the run's images have been written. Begins to bring this part of the file to the disk, so that
-  /// little is left to do when the file is closed. With the last of them IsFull() becomes true.
+  /// Counts more of the run's images as written. Starts the write-back of this part of the file, so that little is
+  /// left to do when the file is closed. With the last of them IsFull() becomes true.
   void ImagesWritten(std::uint32_t images, std::uint64_t offset, std::uint64_t size);
-  /// Brings to the disk what has been written since the last time. After a failure all others fail as well.
+  /// Syncs what has been written since the last call. After a failure, all later calls fail as well.
   int Sync();
 
-  /// Whether all of the run's images that belong into this file are there.
+  /// Whether all of the run's images that belong in this file are written.
   bool IsFull() const { return writtenBytes_ >= usedBytes_; }
   bool IsLarge() const { return sizeBytes_ >= kLargeFileBytes; }
   /// Whether the file still has its name and its length. If not, the fault is raised.

@@ -5,12 +5,12 @@
 #include "runs/run_format.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolIndex.h"
+#include "utility/file_access.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <dirent.h>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -46,11 +46,6 @@ std::string ToUtf8(const wchar_t* text)
   for (; text && *text; ++text) AppendUtf8(utf8, static_cast<std::uint32_t>(*text));
   return utf8;
 }
-
-struct TCloseDirectory
-{
-  void operator()(DIR* directory) const { closedir(directory); }
-};
 
 } // namespace
 
@@ -153,7 +148,7 @@ int TSpoolFileSpooler::CloseImage(IImage* image)
   return 0;
 }
 
-// Takes no memory: an exception would end the thread, and whoever closes the next file would wait without end.
+// Allocates nothing: an exception would end the thread, and the next CloseImage() would wait without limit.
 void TSpoolFileSpooler::Run()
 {
   auto nextSync = Clock::now() + kSyncPeriod;
@@ -247,7 +242,7 @@ void TSpoolFileSpooler::Finish()
   CheckFiles();
 }
 
-// Somebody may have removed files since they were closed.
+// Files may have been removed since they were closed.
 void TSpoolFileSpooler::CheckFiles()
 {
   const std::lock_guard lock(mutex_);
@@ -273,7 +268,7 @@ std::uint64_t TSpoolFileSpooler::ImagesOnDisk()
 int TSpoolFileSpooler::Remove()
 {
   std::vector<std::string> own;
-  const std::unique_ptr<DIR, TCloseDirectory> directory(opendir(directory_.c_str()));
+  const TOpenDirectory directory(opendir(directory_.c_str()));
   errno = directory ? 0 : errno;
   while (const dirent* const entry = directory ? readdir(directory.get()) : nullptr) {
     if (IsOwnFile(entry->d_name)) own.push_back(directory_ + "/" + entry->d_name);

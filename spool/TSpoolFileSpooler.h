@@ -19,13 +19,13 @@
 class TSpoolFault;
 class TSpoolIndex;
 
-/// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after
-/// CloseImage() until it is full, or until Finish(), since the next image of it may come at any time. Full files are
-/// synced and closed on its own thread, large ones one after another, small ones many at a time: while that waits for
-/// the disk, the next file can be opened and filled. About once a second that thread also syncs the files that are
-/// open; after these, and after each large file, it syncs the index. So a power failure costs the images of a second
-/// or two. Owned by the run's pipeline; borrows fault and index. Thread-safe. Operations return errno values; what
-/// fails is also raised as the fault.
+/// The spooler whose images are whole files: "<path>/<stem>_<ten digits>.dat". A file stays open after CloseImage()
+/// until it is full, or until Finish(), since the next image of it may come at any time. Full files are synced and
+/// closed on its own thread, large ones one after another, small ones many at a time: while that waits for the disk,
+/// the next file can be opened and filled. About once a second that thread also syncs the files that are open; after
+/// these, and after each large file, it syncs the index. A power failure loses the images of the last second or two.
+/// Owned by the run's pipeline; borrows fault and index. Thread-safe. Operations return errno values; what fails is
+/// also raised as the fault.
 class TSpoolFileSpooler final : public ISpooler, private QuorinUtility::TQuorinWorkThreadRoutine
 {
 public:
@@ -43,18 +43,18 @@ public:
   /// Removes the files of an earlier run, of any length, from the directory.
   int Remove() override;
 
-  /// The open file that OpenImage() gave as @p image.
+  /// The open file that OpenImage() returned as @p image. Throws std::invalid_argument when there is none.
   TSpoolFile& FileOf(const IImage* image);
 
-  /// The path as the operating system has it, which need not be text.
+  /// The path in the bytes of the operating system, which need not be text.
   void SetDirectory(const std::string& directory) { directory_ = directory; }
   void SetVolume(const TSpoolVolume& volume) { volume_ = volume; }
   /// How many bytes of images the run has, in all files together; unlimited if never called.
   void SetRunBytes(std::uint64_t bytes) { runBytes_ = bytes; }
-  /// Rises with each piece of a file, of TSpoolFile::kPieceBytes at most, that is written or synced, and with each
+  /// Increases with each piece of a file, of TSpoolFile::kPieceBytes at most, that is written or synced, and with each
   /// file made.
   std::uint64_t Progress() const { return progress_; }
-  /// Syncs and closes all files and the index, and looks whether the files are still in the directory.
+  /// Syncs and closes all files and the index, and checks that the files are still in the directory.
   void Finish();
   /// Images that are known to be on the disk, with their records in the index.
   std::uint64_t ImagesOnDisk();

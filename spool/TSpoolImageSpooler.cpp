@@ -18,7 +18,7 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock; // nobody sets it back
+using Clock = std::chrono::steady_clock; // is never set back
 
 constexpr std::chrono::seconds kRecordingPeriod{1};
 constexpr std::size_t kAlignment = TSpoolVolume::kAlignment;
@@ -107,7 +107,7 @@ public:
   TPlace& operator=(const TPlace&) = delete;
 
   int Lock(unsigned char*& destination) override;
-  /// Returns 0, or an errno value: of what failed first in the run, the fault tells more.
+  /// Returns 0, or an errno value. The run's fault has the details of its first failure.
   int Unlock() override;
 
 private:
@@ -149,7 +149,7 @@ int TSpoolImageSpooler::TPlace::Lock(unsigned char*& destination)
   return 0;
 }
 
-// What lies behind the images of a place that is not full was never filled, and may be of other images.
+// Of a place that is not full only the images are written: the memory after them may have parts of other images.
 int TSpoolImageSpooler::TPlace::Unlock()
 {
   const bool isOneMore = takenAtNs_.size() > filled_;

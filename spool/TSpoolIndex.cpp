@@ -3,8 +3,8 @@
 #include "spool/TSpoolIndex.h"
 
 #include "runs/checksum.h"
-#include "spool/file_writing.h"
 #include "spool/TSpoolFault.h"
+#include "utility/file_access.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -45,7 +45,7 @@ std::size_t TSpoolIndex::Append(std::span<const TRecord> images)
   return written;
 }
 
-// What a disk that filled up has taken.
+// What was written before the disk was full.
 std::size_t TSpoolIndex::WholeRecordsBehind(std::uint64_t offset) const
 {
   struct stat status = {};
@@ -60,7 +60,7 @@ std::uint64_t TSpoolIndex::Count()
   return count_;
 }
 
-// What is appended behind the end that somebody has cut off would leave a gap.
+// To append to a truncated file would leave a gap.
 bool TSpoolIndex::CheckUnchanged()
 {
   return fault_->CheckFile(file_.Get(), count_ * sizeof(TRecord), path_);

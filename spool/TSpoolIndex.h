@@ -3,7 +3,7 @@
 #pragma once
 
 #include "runs/run_format.h"
-#include "spool/TFileDescriptor.h"
+#include "utility/file_access.h"
 
 #include <atomic>
 #include <cstdint>
@@ -13,8 +13,8 @@
 
 class TSpoolFault;
 
-/// Writes the index of a run: one record for each image whose bytes have been handed to the operating system,
-/// in the order in which that happened. Owned by the run's pipeline, borrows its fault. Append() and Sync() are
+/// Writes the index of a run: one record for each image that has been written to its file, in the order of these
+/// writes. Owned by the run's pipeline, borrows its fault. Append() and Sync() are
 /// thread-safe.
 class TSpoolIndex final
 {
@@ -25,11 +25,11 @@ public:
 
   /// Makes an empty index in @p directory. Returns false, with the fault raised, when that fails.
   bool Create(const std::string& directory);
-  /// Fills in each record's own checksum. Returns how many of the images are recorded: fewer than all, with the fault raised, when the disk has room for
-  /// fewer or fails, or when somebody has removed or truncated the file.
+  /// Fills in each record's own checksum. Returns how many of the images are recorded: fewer than all, with the fault
+  /// raised, when the disk has room for fewer or fails, or when the file has been removed or truncated.
   std::size_t Append(std::span<const TRecord> images);
-  /// Brings the records to the disk, without delaying Append() for that. Returns false, with the fault raised, on
-  /// failure. Not while Close() is called.
+  /// Syncs the records, without delaying Append(). Returns false, with the fault raised, on failure. Not during
+  /// Close().
   bool Sync();
   /// Number of images recorded.
   std::uint64_t Count();

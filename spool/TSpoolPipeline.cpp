@@ -4,11 +4,11 @@
 
 #include "runs/host_time.h"
 #include "runs/run_format.h"
-#include "spool/file_writing.h"
 #include "spool/TDirectoryTree.h"
 #include "spool/TQueuedSpooler.h"
 #include "spool/TSpoolImageSpooler.h"
 #include "spool/TThreadedSpooler.h"
+#include "utility/file_access.h"
 #include "utility/TQuorinFilePath.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
@@ -80,9 +80,8 @@ TSpoolPipeline::~TSpoolPipeline()
   Finish();
 }
 
-// The full path is kept, since the working directory may change. A backslash in it would be taken for a slash by
-// the description, which would then lie elsewhere. Two runs in one directory would take each other's files away, so
-// a run locks it.
+// The full path is kept, since the working directory may change. The description would take a backslash in it for a
+// slash, and then lie elsewhere. Two runs in one directory would remove each other's files, so a run locks it.
 bool TSpoolPipeline::PrepareDirectory(const std::string& path)
 {
   TQuorinFilePath root(path.c_str());
@@ -102,7 +101,7 @@ bool TSpoolPipeline::PrepareDirectory(const std::string& path)
     fault_.Raise("cannot open the directory", path, errno);
     return false;
   }
-  // File systems that know no locks do without.
+  // Where the file system has no locks, the run goes on without.
   if (flock(directoryLock_.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     fault_.Raise("another run is writing into", directory_, EBUSY);
     return false;
@@ -110,8 +109,8 @@ bool TSpoolPipeline::PrepareDirectory(const std::string& path)
   return true;
 }
 
-// The description goes first and the new one comes last, so that it never stands beside another run's files; what
-// cannot be removed keeps all that comes after it.
+// The description is removed first and the new one written last, so that it never lies beside another run's files.
+// After a file that cannot be removed, nothing else is.
 void TSpoolPipeline::RemoveEarlierRun()
 {
   const auto remove = [this](const char* name) {
@@ -124,8 +123,8 @@ void TSpoolPipeline::RemoveEarlierRun()
   remove(RunFormat::kIndexName);
 }
 
-// A file without a name goes with the process, however that ends. Where there can be none, a disk that fills up
-// leaves the description as it was at the start.
+// A file without a name vanishes with the process, however that ends. Where there can be none and the disk is full at
+// the end, the description stays as it was at the start.
 void TSpoolPipeline::ReserveRoom()
 {
   room_ = TFileDescriptor(open(directory_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
@@ -182,7 +181,7 @@ void TSpoolPipeline::Abort()
   startedAlgorithm_.load()->Abort();
 }
 
-// The files are on the disk already; their names may not be, for which some file systems know no way.
+// The files are synced already, but perhaps not their names, which some file systems cannot sync.
 void TSpoolPipeline::SyncDirectory()
 {
   if (fsync(directoryLock_.Get()) != 0 && !IsUnsupported(errno)) fault_.Raise("cannot write", directory_, errno);
@@ -195,7 +194,7 @@ void TSpoolPipeline::UnlockDirectory()
   directoryLock_.Close();
 }
 
-// The steps at the end of a run are all taken, whatever becomes of one.
+// Every step at the end of a run is taken, also after one that failed.
 template <class Step>
 void TSpoolPipeline::Try(Step step)
 {

@@ -2,12 +2,12 @@
 // Writes the frames of one run to the disk.
 #pragma once
 
-#include "spool/TFileDescriptor.h"
 #include "spool/TSpoolDescription.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolFileSpooler.h"
 #include "spool/TSpoolIndex.h"
 #include "spool/TSpoolLayout.h"
+#include "utility/file_access.h"
 
 #include <atomic>
 #include <cstdint>
@@ -26,28 +26,28 @@ class TSpoolImageSpooler;
 class TSpoolPipeline final
 {
 public:
-  /// Makes the directory and locks it; an earlier run in it stays as it is.
+  /// Makes the directory and locks it; an earlier run in it stays unchanged.
   TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t imageSizeBytes, std::uint32_t seriesLength);
   ~TSpoolPipeline();
   TSpoolPipeline(const TSpoolPipeline&) = delete;
   TSpoolPipeline& operator=(const TSpoolPipeline&) = delete;
 
   /// Makes the directory describe this run instead of an earlier one, whose files are removed. A pipeline that never
-  /// begins leaves the directory as it was. Does not throw.
+  /// begins leaves the directory unchanged. Does not throw.
   void Begin();
 
   /// Accepts an image of the size of the run's images; begins first, if that has not been done. Blocks while the disk
-  /// is behind. Returns false when the run cannot go on.
+  /// is too slow. Returns false when the run cannot go on.
   bool Spool(int index, unsigned char* buffer);
   /// Whether the pipeline requeues slots with the camera, at a later time. If not, they are free when Spool()
   /// returns.
   bool RequeuesSlots() const;
-  /// The run ends early: images that are still in their slots are given up.
+  /// The run ends early: images that are still in their slots are dropped.
   void Abort();
   /// Waits until everything is on the disk, completes the description and unlocks the directory. Does not throw.
   void Finish();
   bool HasFailed() const { return fault_.IsRaised(); }
-  /// Rises while images are getting to the disk: see TSpoolFileSpooler::Progress().
+  /// Increases while images are written to the disk: see TSpoolFileSpooler::Progress().
   std::uint64_t Progress() const { return fileSpooler_.Progress(); }
 
   /// The camera's clock at the first frame.
@@ -84,7 +84,7 @@ private:
   std::optional<std::int64_t> firstFrameTimeNs_;
   std::optional<std::int64_t> firstFrameTick_;
   std::uint64_t accepted_ = 0;       // images
-  std::atomic<bool> aborted_{false}; // images may be given up
+  std::atomic<bool> aborted_{false}; // images may have been dropped
   bool begun_ = false;
   bool described_ = false;
   bool finished_ = false;

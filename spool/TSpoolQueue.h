@@ -53,7 +53,7 @@ private:
   std::deque<TSpoolFileData> queue_;
   QuorinUtility::TQuorinCriticalSection queueLock_; // guards queue_
   bool aborted_ = false;
-  QuorinUtility::TQuorinCriticalSection abortedLock_; // guards aborted_; taken behind queueLock_ or alone
+  QuorinUtility::TQuorinCriticalSection abortedLock_; // guards aborted_; acquired after queueLock_ or alone
   QuorinUtility::TQuorinEvent available_;             // stays set while there are elements, and once aborted
 };
 
@@ -63,7 +63,7 @@ class TQueuingSpoolAlgorithm final : public ISpoolAlgorithm
 public:
   explicit TQueuingSpoolAlgorithm(TSpoolQueue* queue) : queue_(queue) {}
 
-  /// Never blocks and copies nothing: @p buffer must stay as it is until it comes back on the write task's reuse
+  /// Never blocks and copies nothing: @p buffer must stay unchanged until it arrives in the write task's reuse
   /// queue. Returns 1; whether the frame could be written shows there. 0 only without a queue or memory.
   int Spool(int index, unsigned char* buffer, int sizeBytes) override;
 

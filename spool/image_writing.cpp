@@ -31,7 +31,7 @@ int Lock(IImage& image, unsigned char*& destination)
   return result == 0 && !destination ? kFailed : result;
 }
 
-/// The result of @p operation, logged unless it is success. @p what tells the log which operation it was.
+/// The result of @p operation, logged unless it is success. @p what names the operation in the log.
 template <class Operation>
 int Logged(const char* what, Operation operation)
 {

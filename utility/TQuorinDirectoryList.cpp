@@ -2,12 +2,12 @@
 // The names in a directory.
 #include "utility/TQuorinDirectoryList.h"
 
-#include <dirent.h>
-#include <unistd.h>
+#include "utility/file_access.h"
 
 #include <array>
 #include <cstring>
 #include <limits>
+#include <unistd.h>
 #include <utility>
 
 namespace QuorinUtility {
@@ -15,12 +15,6 @@ namespace QuorinUtility {
 namespace {
 
 constexpr std::size_t kMaxPath = 4096;
-
-struct TDirectoryCloser
-{
-  void operator()(DIR* directory) const { ::closedir(directory); }
-};
-using TOpenDirectory = std::unique_ptr<DIR, TDirectoryCloser>;
 
 std::unique_ptr<char[]> Copy(const char* text)
 {

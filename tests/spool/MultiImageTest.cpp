@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Several images in one file: where they are, when the file is open, and what wrong use is told.
 #include "features/TSDK3Exception.h"
-#include "spool/multi_image.h"
 #include "spool/TRandomAccessMultiImageSpooler.h"
 #include "tests/spool/TMemorySpooler.h"
 

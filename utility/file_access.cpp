@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Writing to files without surprises.
-#include "spool/file_writing.h"
+// Files and directories by the system's own calls: who closes them, and writing without surprises.
+#include "utility/file_access.h"
 
 #include <cerrno>
 #include <sys/resource.h>
