@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Every exported function in every state of a camera's life: none crashes, and each answers as it is documented.
+// Every exported function without a camera, with one, and during a run: none crashes, and each answers as documented.
 #include "tests/support/CounterCameraTest.h"
 #include "tests/support/DocumentedCodes.h"
 
 #include <array>
 #include <climits>
 #include <functional>
-#include <ostream>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -70,37 +69,10 @@ const TFunction kFunctions[] = {
 
 enum class State
 {
-  NoCamera, ///< never opened
+  NoCamera,
   Open,
-  Running,
-  Failed, ///< the run ended because the camera's memory overflowed
-  Closed  ///< after a run
+  Running
 };
-
-std::string NameOf(State state)
-{
-  constexpr const char* kNames[] = {"NoCamera", "Open", "Running", "Failed", "Closed"};
-  return kNames[static_cast<int>(state)];
-}
-
-void PrintTo(State state, std::ostream* out)
-{
-  *out << NameOf(state);
-}
-
-constexpr int kNoStatus = 0;
-
-bool IsOpen(State state)
-{
-  return state == State::Open || state == State::Running || state == State::Failed;
-}
-
-int StatusIn(State state)
-{
-  if (!IsOpen(state)) return kNoStatus;
-  if (state == State::Running) return RC_ACQUIRING;
-  return state == State::Failed ? RC_STATUS_HARDWARE_OVERFLOW : RC_IDLE;
-}
 
 } // namespace
 
@@ -110,36 +82,34 @@ class AllFunctions : public CounterCameraTest, public ::testing::WithParamInterf
 {
 protected:
   static State TheState() { return std::get<State>(GetParam()); }
+  static bool IsOpen() { return TheState() != State::NoCamera; }
 
   /// Brings the camera into the state, unless it still is in it.
   void Enter()
   {
     int handle = -1;
+    int status = 0;
     GetSDK3Handle(&handle);
-    int status = kNoStatus;
     GetStatus(&status);
-    if ((handle != -1) == IsOpen(TheState()) && status == StatusIn(TheState())) return;
+    if ((handle != -1) == IsOpen() && (status == RC_ACQUIRING) == (TheState() == State::Running)) return;
 
     ShutDown();
     std::string configuration = kCounterCamera;
     configuration.replace(configuration.find(kCounterModel), kCounterModel.size(),
                           std::get<std::string>(GetParam()));
     ASSERT_EQ(VXSIM_Configure(configuration.c_str()), VX_SUCCESS) << VXSIM_GetLastError();
-    if (TheState() == State::NoCamera) return;
+    if (!IsOpen()) return;
     OpenCamera(101);
     if (TheState() == State::Open) return;
     StartUntilAborted();
     Push(kImages);
     ASSERT_TRUE(HasImages(kImages));
-    if (TheState() == State::Closed) ShutDown();
-    if (TheState() != State::Failed) return;
-    ASSERT_EQ(VXSIM_PushWaitCode(0, VX_ERR_HARDWARE_OVERFLOW), VX_SUCCESS);
-    ASSERT_TRUE(Eventually([] { return Status() == RC_STATUS_HARDWARE_OVERFLOW; }));
   }
 
   /// Calls the function; where it waits for an image, the wait is over at once.
-  static unsigned int CallAndExpectDocumented(const TFunction& function, int number, TRoom* room)
+  unsigned int CallAndExpectDocumented(const TFunction& function, int number, TRoom* room)
   {
+    Enter();
     CancelWait();
     const unsigned int code = function.call(number, room);
     EXPECT_TRUE(!function.hasCode || IsDocumented(function.name, code))
@@ -148,34 +118,20 @@ protected:
   }
 };
 
-TEST_P(AllFunctions, AnswerAsDocumented)
+TEST_P(AllFunctions, AnswerAsDocumentedWhateverTheyAreGiven)
 {
   for (const TFunction& function : kFunctions) {
     SCOPED_TRACE(function.name);
-    ASSERT_NO_FATAL_FAILURE(Enter());
     TRoom room;
     const unsigned int code = CallAndExpectDocumented(function, 1, &room);
-    EXPECT_EQ(code == RC_NOT_INITIALIZED, function.hasCode && NeedsCamera(function.name) && !IsOpen(TheState()));
-  }
-}
-
-TEST_P(AllFunctions, SurviveNullPointersAndSenselessNumbers)
-{
-  for (const TFunction& function : kFunctions) {
-    for (const int number : {0, 1, 2, -1, INT_MAX, INT_MIN}) {
-      SCOPED_TRACE(testing::Message() << function.name << " with " << number);
-      ASSERT_NO_FATAL_FAILURE(Enter());
-      CallAndExpectDocumented(function, number, nullptr);
-    }
+    EXPECT_EQ(code == RC_NOT_INITIALIZED, function.hasCode && NeedsCamera(function.name) && !IsOpen());
+    for (const int number : {0, 1, 2, -1, INT_MAX, INT_MIN}) CallAndExpectDocumented(function, number, nullptr);
+    ASSERT_FALSE(HasFatalFailure());
   }
 }
 
 // Cameras with the direct and with the simple gain control.
-INSTANTIATE_TEST_SUITE_P(In, AllFunctions,
-                         ::testing::Combine(::testing::Values(State::NoCamera, State::Open, State::Running,
-                                                              State::Failed, State::Closed),
+INSTANTIATE_TEST_SUITE_P(, AllFunctions,
+                         ::testing::Combine(::testing::Values(State::NoCamera, State::Open, State::Running),
                                             ::testing::Values("RQ512_LX", "TRELLIS CMOS")),
-                         [](const auto& row) {
-                           const std::string& model = std::get<std::string>(row.param);
-                           return NameOf(std::get<State>(row.param)) + model.substr(0, model.find_first_of("_ "));
-                         });
+                         [](const auto& row) { return "Case" + std::to_string(row.index); });

@@ -98,19 +98,6 @@ TEST_F(Fault, FailedInitialisationWhileACameraIsOpenDoesNotCloseIt)
   ExpectCleanRun();
 }
 
-TEST_F(Fault, DeviceThatDoesNotOpenIsNoCamera)
-{
-  for (const char* rule :
-       {"call VX_Open rc 53", "call VX_Open out -1", "call VX_IsImplemented feature CameraModel rc 53",
-        "call VX_IsImplemented feature CameraModel out 0", "call VX_IsImplemented feature CameraModel out 2"}) {
-    SCOPED_TRACE(rule);
-    AddFault(rule);
-    ExpectNoCamera();
-    EXPECT_EQ(VXSIM_GetInitialiseCount(), 0);
-  }
-  ExpectOpensAndRuns();
-}
-
 TEST_F(Fault, ImpossibleFrameSizesRefuseTheStart)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
@@ -182,17 +169,6 @@ TEST_F(Fault, FrameLargerThanTheRingHasTwoSlotsOrIsRefusedWhenMemoryIsShort)
     EXPECT_EQ(AbortAcquisition(), RC_SUCCESS);
   }
   ExpectCleanRun();
-}
-
-TEST_F(Fault, WithoutATriggerModeThereIsNoTimeLimit)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  AddFault("call VX_GetEnumerated feature TriggerMode rc 53");
-  StartUntilAborted();
-  EXPECT_EQ(WaitForAcquisitionTimeOut(1300), RC_NO_NEW_DATA); // the limit would be 1000 ms and three frames
-  EXPECT_EQ(Status(), RC_ACQUIRING);
-  Push(1);
-  EXPECT_TRUE(HasImages(1));
 }
 
 TEST_F(Fault, RefusedSlotOrStartCommandRefusesTheStartAndFreesTheRing)
@@ -321,20 +297,6 @@ TEST_F(Fault, BuffersThatAreMissingForeignSwappedOrRepeatedKeepImageNumbersTrue)
   ExpectCleanRun();
 }
 
-TEST_F(Fault, OverflowIsReportedAsOneAndEndsTheRun)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  for (const int frames : {0, 1, 25}) {
-    StartUntilAborted();
-    if (frames > 0) Push(frames);
-    ASSERT_TRUE(HasImages(frames));
-    ASSERT_EQ(VXSIM_PushWaitCode(0, VX_ERR_HARDWARE_OVERFLOW), VX_SUCCESS);
-    ExpectRunFails(RC_STATUS_HARDWARE_OVERFLOW);
-    if (frames > 0) ExpectImages(FramesFrom1(static_cast<std::size_t>(frames)));
-  }
-  ExpectCleanRun();
-}
-
 TEST_F(Fault, SlotsThatDoNotGoBackShrinkTheRingButKeepTheOrder)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
@@ -384,32 +346,6 @@ TEST_F(Fault, UnpluggedCameraEndsABlockedWaitAndCostsNoProcessorTime)
   ExpectCleanRun();
 }
 
-TEST_F(Fault, UnpluggedCameraRefusesTheAbortButBecomesIdle)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  StartUntilAborted();
-  VXSIM_SetPlugged(0, 0);
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(AbortAcquisition(), RC_FEATURE_ERROR);
-  EXPECT_TRUE(Eventually([] { return Status() == RC_IDLE; }));
-  EXPECT_LT(SecondsSince(start), 0.9); // well before the limit of the run
-  VXSIM_SetPlugged(0, 1);
-  ExpectCleanRun();
-}
-
-TEST_F(Fault, UnpluggedCameraCanBeClosedAndOpenedAgain)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  StartUntilAborted();
-  Push(3);
-  VXSIM_SetPlugged(0, 0);
-  EXPECT_EQ(ShutDown(), RC_SUCCESS);
-  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
-  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
-  VXSIM_SetPlugged(0, 1);
-  ExpectOpensAndRuns();
-}
-
 TEST_F(Fault, CameraThatDeniesAcquiringIsClosedAllTheSame)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
@@ -417,18 +353,6 @@ TEST_F(Fault, CameraThatDeniesAcquiringIsClosedAllTheSame)
   AddFault("value CameraAcquiring set 0");
   EXPECT_EQ(AbortAcquisition(), RC_IDLE);
   EXPECT_EQ(Status(), RC_ACQUIRING);
-  EXPECT_EQ(ShutDown(), RC_SUCCESS);
-  VXSIM_ClearFaults();
-  ExpectOpensAndRuns();
-}
-
-TEST_F(Fault, AbortGoesOnWhenTheCameraCannotBeAsked)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  StartUntilAborted();
-  AddFault("call VX_GetBool feature CameraAcquiring rc 53");
-  EXPECT_EQ(AbortAcquisition(), RC_SUCCESS);
-  EXPECT_EQ(Status(), RC_IDLE);
   EXPECT_EQ(ShutDown(), RC_SUCCESS);
   VXSIM_ClearFaults();
   ExpectOpensAndRuns();
@@ -474,13 +398,8 @@ TEST_F(Fault, BuffersThatTheCameraKeepsAreNotFreedUnderIt)
 TEST_F(Fault, DamagedMetadataCostsATimestampAndNoFrame)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  std::vector<std::string> damages = {"truncated"};
-  for (const char* length :
-       {"0", "3", "4", "11", "12", "255", "256", "2147483647", "4294967280", "4294967292", "4294967295"})
-    damages.push_back(std::string("len ") + length);
-  for (const char* cid : {"0", "1", "7", "4294967295"}) damages.push_back(std::string("cid ") + cid);
+  std::vector<std::string> damages = {"truncated", "len 0", "len 4294967295", "cid 7"};
   for (int seed = 1; seed <= 40; ++seed) damages.push_back("random " + std::to_string(seed));
-
   for (const std::string& damage : damages) {
     SCOPED_TRACE(damage);
     AddFault(("chunk 2 " + damage).c_str());

@@ -203,21 +203,4 @@ TEST(FixedResults, SomeCodesOfTheirOwn)
   EXPECT_EQ(SetShutter(1, 0, 10, 10), 20002U);
 }
 
-// Old programs link to names that encode argument types. These two are functions of their own: they take references.
-TEST(DecoratedNames, ThatTakeReferencesDoTheSame)
-{
-  const auto getVersion =
-      reinterpret_cast<unsigned int (*)(unsigned int&, unsigned int&, unsigned int&, unsigned int&)>(
-          Find("_Z13getSDKVersionRjS_S_S_"));
-  const auto extractNumber = reinterpret_cast<void (*)(wchar_t*, int&)>(Find("_Z23extractNumberFromStringPwRi"));
-  ASSERT_TRUE(getVersion && extractNumber);
-  std::array<unsigned int, 4> version{};
-  EXPECT_EQ(getVersion(version[0], version[1], version[2], version[3]), 20002U);
-  EXPECT_EQ(version, (std::array{2U, 94U, 32007U, 0U}));
-  wchar_t serial[] = L"SN-01234X";
-  int number = 0;
-  extractNumber(serial, number);
-  EXPECT_EQ(number, 1234);
-}
-
 } // namespace

@@ -11,13 +11,6 @@ namespace {
 
 using Lifecycle = CounterCameraTest;
 
-TEST_F(Lifecycle, NoCameraIsAttached)
-{
-  ASSERT_EQ(VXSIM_Configure("[Simulator]\nCameras=0\n"), VX_SUCCESS);
-  for (int attempt = 0; attempt < 3; ++attempt) EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
-  EXPECT_EQ(StartAcquisition(), RC_NOT_INITIALIZED);
-}
-
 TEST_F(Lifecycle, ClosesInTheMiddleOfARun)
 {
   for (int round = 0; round < 20; ++round) {

@@ -140,13 +140,21 @@ TEST_F(Selection, OpenAndCloseAskTheCameraInAFixedOrder)
 }
 
 // While one camera is open the feature library stays open too, and closes no handle that is left.
-TEST_F(Selection, DeviceWithoutAModelIsClosedAgain)
+TEST_F(Selection, DeviceThatDoesNotOpenOrHasNoModelIsNoCamera)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
   ASSERT_EQ(SetCurrentCamera(102), RC_SUCCESS);
-  VXSIM_AddFault("call VX_IsImplemented feature CameraModel at 1 out 2");
-  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
-  EXPECT_EQ(VXSIM_GetOpenCount(), 1);
+  for (const char* rule :
+       {"call VX_Open rc 53", "call VX_Open out -1", "call VX_IsImplemented feature CameraModel rc 53",
+        "call VX_IsImplemented feature CameraModel out 0", "call VX_IsImplemented feature CameraModel out 2"}) {
+    ASSERT_EQ(VXSIM_AddFault(rule), VX_SUCCESS);
+    EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA) << rule;
+    EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED) << rule;
+    EXPECT_EQ(VXSIM_GetOpenCount(), 1) << rule;
+    EXPECT_EQ(VXSIM_GetInitialiseCount(), 1) << rule;
+    VXSIM_ClearFaults();
+  }
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
 }
 
 TEST(Version, IsReportedInEveryForm)

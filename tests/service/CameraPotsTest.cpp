@@ -7,7 +7,6 @@
 #include "service/TObserverList.h"
 #include "tests/support/Sanitizers.h"
 #include "tests/support/TScratchWorkingDirectory.h"
-#include "utility/TQuorinLibDebugOutput.h"
 
 #include <gtest/gtest.h>
 
@@ -18,14 +17,11 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
-
-using QuorinUtility::TQuorinLibDebugOutput;
 
 namespace {
 
@@ -190,89 +186,38 @@ TEST_F(CameraPots, LoadEveryGroupButTheLast)
   EXPECT_EQ(told_, 2);
 }
 
-struct TLie
+TEST_F(CameraPots, FilesThatLieAreNotLoadedAndCostNoTime)
 {
-  std::string name;
-  std::function<std::string(const TScratchWorkingDirectory&)> make; ///< the file's name
-};
-
-void PrintTo(const TLie& lie, std::ostream* stream)
-{
-  *stream << lie.name;
-}
-
-TLie File(const std::string& name, std::function<std::string()> text)
-{
-  return {name, [text](const TScratchWorkingDirectory& here) {
-            here.WriteFile("lie.ini", text());
-            return std::string("lie.ini");
-          }};
-}
-
-TLie Text(const std::string& name, const std::string& text)
-{
-  return File(name, [text] { return text; });
-}
-
-std::string ManySections()
-{
-  std::string text;
-  for (int section = 0; section < 1'000'000; ++section) text += "[" + std::to_string(section) + "]\nNoPots=3\n";
-  return text;
-}
-
-/// Each group has fewer than one group may have.
-std::string ManyGroups()
-{
-  std::string text;
-  for (int section = 0; section < 20; ++section) text += "[" + std::to_string(section) + "]\nNoPots=4096\n";
-  return text;
-}
-
-TLie Hole(const std::string& name, std::uintmax_t size)
-{
-  return {name, [size](const TScratchWorkingDirectory& here) {
-            here.WriteFile("hole.ini", "[A]\nNoPots=1\n[B]\n");
-            std::filesystem::resize_file(here.Path() + "/hole.ini", size);
-            return std::string("hole.ini");
-          }};
-}
-
-class LyingPotentiometerFile : public CameraPots, public ::testing::WithParamInterface<TLie>
-{
-};
-
-TEST_P(LyingPotentiometerFile, IsNotLoadedAndCostsNoTime)
-{
-  ASSERT_EQ(Load(), 0u);
-  const std::string file = GetParam().make(here_);
-  const double begin = ProcessorSeconds();
-  EXPECT_EQ(pots_.LoadFile(file.c_str()), 1u);
-  if (!kHasSanitizer) {
-    EXPECT_LT(ProcessorSeconds() - begin, 2.0);
+  std::string manySections;
+  for (int section = 0; section < 1'000'000; ++section)
+    manySections += "[" + std::to_string(section) + "]\nNoPots=3\n";
+  std::string manyGroups; // each with fewer than one group may have
+  for (int section = 0; section < 20; ++section) manyGroups += "[" + std::to_string(section) + "]\nNoPots=4096\n";
+  const std::pair<const char*, std::string> texts[] = {{"empty", ""},
+                                                       {"no section", "NoPots=2\n"},
+                                                       {"one section", "[Bias]\nNoPots=1\n"},
+                                                       {"one too many", "[A]\nNoPots=4097\n[B]\n"},
+                                                       {"many sections", manySections},
+                                                       {"many groups", manyGroups}};
+  for (const auto& [name, text] : texts) here_.WriteFile(name, text);
+  for (const auto& [name, size] : {std::pair{"hole", 1'000'000'000'000}, {"listed for seconds", 400'000'000}}) {
+    here_.WriteFile(name, "[A]\nNoPots=1\n[B]\n");
+    std::filesystem::resize_file(here_.Path() + "/" + name, static_cast<std::uintmax_t>(size));
   }
-  EXPECT_EQ(Groups(), 0);
-  EXPECT_EQ(told_, 2);
+  here_.MakePipe("pipe");
+  for (const char* const name : {"empty", "no section", "one section", "one too many", "many sections",
+                                 "many groups", "hole", "listed for seconds", "pipe", "."}) {
+    ASSERT_EQ(Load(), 0u);
+    told_ = 0;
+    const double begin = ProcessorSeconds();
+    EXPECT_EQ(pots_.LoadFile(name), 1u) << name;
+    if (!kHasSanitizer) {
+      EXPECT_LT(ProcessorSeconds() - begin, 2.0) << name;
+    }
+    EXPECT_EQ(Groups(), 0) << name;
+    EXPECT_EQ(told_, 1) << name;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , LyingPotentiometerFile,
-    ::testing::Values(Text("Empty", ""), Text("NoSection", "NoPots=2\n"), Text("OneSection", "[Bias]\nNoPots=1\n"),
-                      Text("OpenBracket", "[A]\nNoPots=1\n[B"), Text("OneTooMany", "[A]\nNoPots=4097\n[B]\n"),
-                      Text("AllThereCanBe", "[A]\nNoPots=2147483647\n[B]\n"), Text("ManySections", ManySections()),
-                      Text("ManyGroups", ManyGroups()),
-                      File("OneLine", [] { return std::string(10'000'000, 'x'); }),
-                      Text("Zeros", std::string(1000, '\0')), Text("Bytes255", std::string(1000, '\xFF')),
-                      TLie{"Directory", [](const TScratchWorkingDirectory&) { return std::string("."); }},
-                      TLie{"NoName", [](const TScratchWorkingDirectory&) { return std::string(); }},
-                      TLie{"Device", [](const TScratchWorkingDirectory&) { return std::string("/dev/zero"); }},
-                      TLie{"Pipe",
-                           [](const TScratchWorkingDirectory& here) {
-                             here.MakePipe("pipe");
-                             return std::string("pipe");
-                           }},
-                      Hole("Hole", 1'000'000'000'000), Hole("ListedForSeconds", 400'000'000)),
-    [](const auto& lie) { return lie.param.name; });
 
 TEST_F(CameraPots, CountsThatMakeNoSenseAreNoPotentiometers)
 {
@@ -376,25 +321,6 @@ TEST_F(CameraPots, RailsAreZeroWhenEitherStepFails)
   EXPECT_EQ(bus_.Take(), (TTexts{"W 48: 10"})) << "nothing is read then";
 }
 
-TEST_F(CameraPots, WhatNoStatusTellsIsInTheLog)
-{
-  ASSERT_EQ(Load(), 0u);
-  ASSERT_TRUE(TQuorinLibDebugOutput::Configure("warning:log.txt"));
-  bus_.refused = {{"W 2C: 8 1", true}, {"R 2C", true}, {"W 48: 10", true}};
-  pots_.SetPotValue(0, 0, 1);
-  Value(0, 0);
-  Rail(0, 0);
-  pots_.SaveFile("no/such/directory/file.ini");
-  pots_.LoadFile("missing.ini");
-  TQuorinLibDebugOutput::Configure(nullptr);
-  const std::string log = here_.ReadFile("log.txt");
-  for (const char* const text :
-       {"device 0x2C does not take 2 bytes for register 8", "device 0x2C cannot be read",
-        "device 0x48 does not take 1 bytes for register 10",
-        "file no/such/directory/file.ini is not written: No such", "file missing.ini is not loaded"})
-    EXPECT_NE(log.find(text), std::string::npos) << text << "\n" << log;
-}
-
 TEST_F(CameraPots, CommittingSetsEveryDefaultInOrder)
 {
   EXPECT_EQ(pots_.CommitValuesFromFile(), 0u);
@@ -404,29 +330,6 @@ TEST_F(CameraPots, CommittingSetsEveryDefaultInOrder)
   EXPECT_EQ(bus_.Take(),
             (TTexts{"W 2C: 8 150", "W 2C: 40 150", "W 2C: 240 1", "W 2C: 16 1", "W 2D: 0 7", "W 2D: 32 7"}));
   EXPECT_EQ(told_, 4);
-}
-
-TEST_F(CameraPots, EnablingPowerOnValuesSetsTheKnownOnes)
-{
-  bool isEnabled = false;
-  EXPECT_EQ(pots_.GetPotDefaultEnable(isEnabled), 0u);
-  EXPECT_TRUE(isEnabled);
-  EXPECT_EQ(pots_.SetPotDefaultEnable(true), 0u) << "without groups";
-  ASSERT_EQ(Load(), 0u);
-  EXPECT_EQ(pots_.SetPotDefaultEnable(true), 0u);
-  EXPECT_TRUE(bus_.Take().empty()) << "none is known";
-
-  bus_.registers[{0x2C, 8}] = 12;
-  bus_.registers[{0x2D, 0}] = 0;
-  Value(0, 0);
-  Value(1, 0);
-  bus_.Take();
-  EXPECT_EQ(pots_.SetPotDefaultEnable(false), 0u);
-  pots_.GetPotDefaultEnable(isEnabled);
-  EXPECT_FALSE(isEnabled);
-  EXPECT_TRUE(bus_.Take().empty());
-  EXPECT_EQ(pots_.SetPotDefaultEnable(true), 0u);
-  EXPECT_EQ(bus_.Take(), (TTexts{"W 2C: 8 12", "W 2C: 40 12", "W 2D: 0 0", "W 2D: 32 0"}));
 }
 
 TEST_F(CameraPots, SavingLeavesTheGroupsAndReadsEveryValue)
@@ -520,22 +423,6 @@ TEST_F(CameraPots, WhatAnObserverThrowsReachesTheCaller)
   whenTold_ = nullptr;
   EXPECT_EQ(bus_.Take(), (TTexts{"W 2C: 8 150", "W 2C: 40 150"}));
   EXPECT_EQ(pots_.CommitValuesFromFile(), 0u);
-}
-
-TEST_F(CameraPots, ObserversMayRegisterAndUnregisterWhileTheyAreTold)
-{
-  int late = 0;
-  const auto count = [](void* context) -> std::uint32_t { return ++*static_cast<int*>(context) > 0; };
-  whenTold_ = [&] {
-    if (told_ > 1) return;
-    observers_.Register(count, &late);
-    observers_.Unregister(this);
-  };
-  pots_.Update();
-  EXPECT_EQ(late, 0) << "from the next time on";
-  pots_.Update();
-  EXPECT_EQ(told_, 1);
-  EXPECT_EQ(late, 1);
 }
 
 TEST_F(CameraPots, TheFirst64ObserversAreToldAndAContextGoesAsAWhole)
