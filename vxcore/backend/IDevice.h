@@ -4,7 +4,7 @@
 
 #include "vxcore/backend/IFeature.h"
 
-namespace vxsim {
+namespace vxcore {
 
 /// An open device: its features and its frame buffers.
 /// Owned by the device table, which also owns the device's lock (given to IDeviceBackend::Open). Every operation
@@ -25,10 +25,13 @@ public:
   virtual int QueueBuffer(TDeviceLock& lock, unsigned char* buffer, int sizeBytes) = 0;
   /// Blocks up to the time-out, the lock released meanwhile.
   virtual int WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs) = 0;
-  /// Takes every buffer back. When it returns no buffer is touched any more.
+  /// Returns every buffer to the caller. When it returns no buffer is touched any more.
   virtual void Flush(TDeviceLock& lock) = 0;
-  /// Ends an acquisition, takes every buffer back and makes blocked WaitBuffer() calls return.
+  /// Ends an acquisition, returns every buffer to the caller and makes blocked WaitBuffer() calls return.
   virtual void Close(TDeviceLock& lock) = 0;
+
+  /// The device asks for the faults of its frames itself, when they are exposed (TDeviceContext::faults).
+  virtual bool AppliesFrameFaults() const { return false; }
 };
 
-} // namespace vxsim
+} // namespace vxcore

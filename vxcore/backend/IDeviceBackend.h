@@ -1,26 +1,33 @@
 // SPDX-License-Identifier: MIT
-// A source of devices: the simulator is the built-in one, others can stand beside it.
+// A family of devices that are found, opened and driven in one way.
 #pragma once
 
 #include "vxcore/backend/IDevice.h"
+#include "vxcore/backend/IFrameFaults.h"
 
 #include <memory>
 #include <mutex>
 
-namespace vxsim {
+namespace vxcore {
 
-/// A family of devices that are found, opened and driven in one way.
-/// Owned by the device table, which numbers the devices of all backends one after the other. Called with the
-/// table's lock held, so an implementation needs no lock of its own for these operations.
+/// What an open device uses of the library; it outlives the device.
+struct TDeviceContext
+{
+  std::mutex& mutex;    ///< the device's lock
+  IFrameFaults& faults; ///< for a device with AppliesFrameFaults()
+};
+
+/// Made by a row of the table in vxcore/backends.cpp from its sections of the configuration; owned by TBackendTable. Every
+/// operation is called with the device table's lock held, so an implementation needs no lock of its own for them.
 class IDeviceBackend
 {
 public:
   virtual ~IDeviceBackend() = default;
 
-  /// How many devices there are; called again at each first initialisation.
+  /// How many devices there are. Asked often: a search that takes time belongs into the making of the backend.
   virtual int Enumerate() = 0;
-  /// Opens device @p index (0 to Enumerate() - 1), which will be driven under @p deviceMutex.
-  virtual int Open(int index, std::mutex& deviceMutex, std::unique_ptr<IDevice>& device) = 0;
+  /// Opens device @p index (0 to Enumerate() - 1).
+  virtual int Open(int index, const TDeviceContext& context, std::unique_ptr<IDevice>& device) = 0;
 };
 
-} // namespace vxsim
+} // namespace vxcore

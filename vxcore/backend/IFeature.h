@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace vxsim {
+namespace vxcore {
 
 /// The lock of one device. It outlives the device; see IDevice.
 using TDeviceLock = std::unique_lock<std::mutex>;
@@ -53,4 +53,4 @@ public:
   virtual int Execute(TDeviceLock&) { return VX_ERR_WRONG_KIND; }
 };
 
-} // namespace vxsim
+} // namespace vxcore

@@ -2,7 +2,7 @@
 // The record of the calls that reached the library.
 #include "vxcore/front/TCallLog.h"
 
-namespace vxsim {
+namespace vxcore {
 
 TCallLog& TCallLog::Instance()
 {
@@ -43,4 +43,4 @@ bool TCallLog::Get(size_t index, std::string& line)
   return true;
 }
 
-} // namespace vxsim
+} // namespace vxcore

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace vxsim {
+namespace vxcore {
 
 /// Lines of the calls made while the log is on, in the order in which they ended. One for the whole library, see
 /// Instance(). Thread-safe. While it is off a check costs one relaxed atomic load (IsOn()).
@@ -36,4 +36,4 @@ private:
   std::vector<std::string> lines_;
 };
 
-} // namespace vxsim
+} // namespace vxcore

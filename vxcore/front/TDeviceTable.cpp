@@ -4,12 +4,14 @@
 
 #include "vxcore/front/TCallLog.h"
 #include "vxcore/front/TFaultPlan.h"
+#include "vxcore/front/TFaultyDevice.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 
-namespace vxsim {
+namespace vxcore {
 
 namespace {
 
@@ -27,9 +29,15 @@ void Pause()
 #endif
 }
 
-} // namespace
+bool LoadTable(const std::optional<std::string>& text, TBackendTable& table, std::string& error)
+{
+  if (!table.Load(text, error)) return false;
+  TFaultRule rule;
+  return std::ranges::all_of(table.FaultRules(),
+                             [&](const std::string& line) { return TFaultRule::Parse(line, rule, error); });
+}
 
-static_assert(kMaxCameras <= TDeviceTable::kMaxDevices);
+} // namespace
 
 std::string& LastErrorText()
 {
@@ -94,8 +102,7 @@ int TDeviceTable::DeviceCount(int& count)
 {
   const std::lock_guard lock(mutex_);
   if (initialiseCount_ == 0) return VX_ERR_NOT_INITIALISED;
-  count = 0;
-  for (const auto& backend : backends_) count += backend->Enumerate();
+  count = std::min(backends_->DeviceCount(), kMaxDevices);
   return VX_SUCCESS;
 }
 
@@ -103,24 +110,21 @@ int TDeviceTable::Open(int index, int& handle)
 {
   const std::lock_guard lock(mutex_);
   if (initialiseCount_ == 0) return VX_ERR_NOT_INITIALISED;
-  if (index < 0 || index >= kMaxDevices) return VX_ERR_NO_SUCH_DEVICE;
-  int local = index;
-  for (const auto& backend : backends_) {
-    const int count = backend->Enumerate();
-    if (local >= count) {
-      local -= count;
-      continue;
-    }
-    TSlot& slot = slots_[static_cast<size_t>(index)];
-    const std::lock_guard slotLock(slot.mutex);
-    if (slot.device) return VX_ERR_DEVICE_IN_USE;
-    if (const int code = backend->Open(local, slot.mutex, slot.device); code != VX_SUCCESS) return code;
-    generation_ = generation_ >= kMaxGeneration ? 1 : generation_ + 1;
-    slot.handle = generation_ * kMaxDevices + index; // a handle of an earlier opening never fits again
-    handle = slot.handle;
-    return VX_SUCCESS;
-  }
-  return VX_ERR_NO_SUCH_DEVICE;
+  TBackendTable::TPlace place;
+  if (index >= kMaxDevices || !backends_->Find(index, place)) return VX_ERR_NO_SUCH_DEVICE;
+  TSlot& slot = slots_[static_cast<size_t>(index)];
+  const std::lock_guard slotLock(slot.mutex);
+  if (slot.device) return VX_ERR_DEVICE_IN_USE;
+  slot.faults = std::make_unique<TDeviceFaults>(index);
+  std::unique_ptr<IDevice> device;
+  const int code = place.backend->Open(place.index, {slot.mutex, *slot.faults}, device);
+  if (code != VX_SUCCESS) return code;
+  slot.device = device->AppliesFrameFaults() ? std::move(device)
+                                             : std::make_unique<TFaultyDevice>(std::move(device), *slot.faults);
+  generation_ = generation_ >= kMaxGeneration ? 1 : generation_ + 1;
+  slot.handle = generation_ * kMaxDevices + index; // a handle of an earlier opening never fits again
+  handle = slot.handle;
+  return VX_SUCCESS;
 }
 
 int TDeviceTable::Close(int handle)
@@ -139,13 +143,25 @@ int TDeviceTable::Flush(int handle)
   return slot.device->CheckPresent();
 }
 
-void TDeviceTable::Reset(std::optional<std::string> text)
+void TDeviceTable::Reset()
+{
+  Forget(std::nullopt);
+}
+
+bool TDeviceTable::Configure(const std::string& text, std::string& error)
+{
+  TBackendTable trial;
+  if (!LoadTable(text, trial, error)) return false;
+  Forget(text);
+  return true;
+}
+
+void TDeviceTable::Forget(std::optional<std::string> text)
 {
   const std::lock_guard lock(mutex_);
   CloseAll();
   initialiseCount_ = 0;
-  backends_.clear();
-  simulated_.reset();
+  backends_.reset();
   configurationText_ = std::move(text);
   TFaultPlan::Instance().Clear();
   TCallLog::Instance().Stop();
@@ -162,32 +178,25 @@ int TDeviceTable::NoSuchHandle() const
   return initialiseCount_ == 0 ? VX_ERR_NOT_INITIALISED : VX_ERR_INVALID_HANDLE;
 }
 
-/// Reads the configuration and builds the backends, unless that was done. Called with the lock held.
+/// Reads the configuration and makes the backends, unless that was done. Called with the lock held.
 int TDeviceTable::LoadBackends(std::string& error)
 {
-  if (simulated_) return VX_SUCCESS;
-  TSimulatorConfiguration configuration = TSimulatorConfiguration::BuiltIn();
+  if (backends_) return VX_SUCCESS;
+  std::optional<std::string> text = configurationText_;
   // A privileged process reads no file of its caller's choice: error messages repeat what is in it.
   const char* path = secure_getenv(kConfigurationVariable); // NOLINT(concurrency-mt-unsafe): nothing here sets it
-  if (configurationText_) {
-    if (!TSimulatorConfiguration::Parse(*configurationText_, configuration, error)) return VX_ERR_CONFIGURATION;
-  } else if (path && *path) {
-    if (!TSimulatorConfiguration::Load(path, configuration, error)) return VX_ERR_CONFIGURATION;
-  }
-  const std::vector<std::string> rules = configuration.faultRules;
-  auto simulated = std::make_shared<TSimulatedBackend>(std::move(configuration));
-  if (!simulated->Check(error)) return VX_ERR_CONFIGURATION;
-  for (const std::string& rule : rules) {
-    if (TFaultPlan::Instance().Add(rule, error)) continue;
-    TFaultPlan::Instance().Clear();
+  const bool isFile = !text && path && *path;
+  auto backends = std::make_shared<TBackendTable>();
+  if ((isFile && !ReadConfigurationFile(path, text.emplace(), error)) || !LoadTable(text, *backends, error)) {
+    if (isFile) error = std::string(path) + ": " + error;
     return VX_ERR_CONFIGURATION;
   }
-  simulated_ = std::move(simulated);
-  backends_.push_back(simulated_); // device numbers begin with the simulator's, as WithSimulated() relies on
+  for (const std::string& rule : backends->FaultRules()) TFaultPlan::Instance().Add(rule, error);
+  backends_ = std::move(backends);
   return VX_SUCCESS;
 }
 
-int TDeviceTable::FindSimulated(int index, std::shared_ptr<TSimulatedBackend>& backend)
+int TDeviceTable::FindDevice(int device, std::shared_ptr<TBackendTable>& backends, TBackendTable::TPlace& place)
 {
   const std::lock_guard lock(mutex_);
   std::string error;
@@ -195,8 +204,8 @@ int TDeviceTable::FindSimulated(int index, std::shared_ptr<TSimulatedBackend>& b
     LastErrorText() = error;
     return code;
   }
-  if (index < 0 || index >= simulated_->Enumerate()) return VX_ERR_NO_SUCH_DEVICE;
-  backend = simulated_;
+  if (device >= kMaxDevices || !backends_->Find(device, place)) return VX_ERR_NO_SUCH_DEVICE;
+  backends = backends_;
   return VX_SUCCESS;
 }
 
@@ -231,4 +240,4 @@ void TDeviceTable::CloseAll()
   }
 }
 
-} // namespace vxsim
+} // namespace vxcore

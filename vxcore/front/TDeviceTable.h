@@ -3,8 +3,7 @@
 #pragma once
 
 #include "vxcore/backend/IDeviceBackend.h"
-#include "vxcore/simulated/camera/TSimulatedBackend.h"
-#include "vxcore/simulated/camera/TSimulatedCamera.h"
+#include "vxcore/backend/TBackendTable.h"
 
 #include <array>
 #include <atomic>
@@ -12,9 +11,8 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <vector>
 
-namespace vxsim {
+namespace vxcore {
 
 /// Initialisation count, backends and open devices. One for the whole library, see Instance(); never destroyed, so
 /// that calls from threads that outlive main() stay harmless. Thread-safe.
@@ -42,9 +40,10 @@ public:
   /// Takes the buffers back, also from a device that does not answer.
   int Flush(int handle);
 
-  /// Forgets everything: see VXSIM_Reset(). With @p text the configuration comes from it, else from the
-  /// environment.
-  void Reset(std::optional<std::string> text);
+  /// Forgets everything: see VXSIM_Reset(). The configuration then comes from the environment.
+  void Reset();
+  /// The same, and the configuration comes from @p text. False, with a message and nothing changed, when it has an error.
+  bool Configure(const std::string& text, std::string& error);
 
   /// Runs @p body(lock, device) on the device of a handle, under its lock.
   template <typename Body>
@@ -61,15 +60,16 @@ public:
     return body(lock, *slot.device);
   }
 
-  /// Runs @p body(lock, status, camera) on a simulated device, whether it is open (camera) or not (null).
+  /// Runs @p body(lock, place) for a device by its index, open or not, under its lock. Reads the configuration unless
+  /// that was done.
   template <typename Body>
-  int WithSimulated(int index, Body&& body)
+  int WithDevice(int device, Body&& body)
   {
-    std::shared_ptr<TSimulatedBackend> backend;
-    if (const int code = FindSimulated(index, backend); code != VX_SUCCESS) return code;
-    TSlot& slot = slots_[static_cast<size_t>(index)];
-    TDeviceLock lock(slot.mutex);
-    return body(lock, backend->Status(index), dynamic_cast<TSimulatedCamera*>(slot.device.get()));
+    TBackendTable::TPlace place;
+    std::shared_ptr<TBackendTable> backends; // a reset meanwhile leaves them alive
+    if (const int code = FindDevice(device, backends, place); code != VX_SUCCESS) return code;
+    TDeviceLock lock(slots_[static_cast<size_t>(device)].mutex);
+    return body(lock, place);
   }
 
   static int DeviceOfHandle(int handle);
@@ -79,6 +79,7 @@ private:
   {
     std::mutex mutex;
     int handle = VX_HANDLE_NONE;
+    std::unique_ptr<IFrameFaults> faults; ///< of the device, which uses it until it is destroyed
     std::unique_ptr<IDevice> device;
   };
 
@@ -94,7 +95,8 @@ private:
   static void LockBusyDevice(TDeviceLock& lock);
   int NoSuchHandle() const;
   int LoadBackends(std::string& error);
-  int FindSimulated(int index, std::shared_ptr<TSimulatedBackend>& backend);
+  int FindDevice(int device, std::shared_ptr<TBackendTable>& backends, TBackendTable::TPlace& place);
+  void Forget(std::optional<std::string> text);
   int CloseSlot(int index, int handle);
   void CloseAll();
 
@@ -103,12 +105,11 @@ private:
 
   std::mutex mutex_; // guards what follows
   std::optional<std::string> configurationText_;
-  std::vector<std::shared_ptr<IDeviceBackend>> backends_;
-  std::shared_ptr<TSimulatedBackend> simulated_; ///< the one of the backends that the control functions address
+  std::shared_ptr<TBackendTable> backends_; ///< null until the configuration is read
   int generation_ = 1;
 };
 
 /// The message of the last rejected configuration or rule on this thread.
 std::string& LastErrorText();
 
-} // namespace vxsim
+} // namespace vxcore

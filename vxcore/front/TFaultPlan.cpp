@@ -2,7 +2,7 @@
 // The faults that are planned: which rule acts at which call or frame.
 #include "vxcore/front/TFaultPlan.h"
 
-namespace vxsim {
+namespace vxcore {
 
 TFaultPlan& TFaultPlan::Instance()
 {
@@ -17,7 +17,7 @@ bool TFaultPlan::Add(const std::string& line, std::string& error)
   const std::lock_guard lock(mutex_);
   if (rule.subject == EFaultSubject::Seed) {
     random_ = true;
-    generator_.seed(static_cast<uint64_t>(rule.number));
+    generator_.seed(static_cast<uint64_t>(rule.fault.number));
     return true;
   }
   TEntry entry;
@@ -67,14 +67,14 @@ std::optional<TFaultRule> TFaultPlan::OnRead(std::wstring_view feature, int devi
   return found;
 }
 
-std::vector<TFaultRule> TFaultPlan::OnFrame(EFaultSubject subject, int device)
+std::vector<TPlannedFault> TFaultPlan::OnFrame(EFaultSubject subject, int device)
 {
   const std::lock_guard lock(mutex_);
-  std::vector<TFaultRule> found;
+  std::vector<TPlannedFault> found;
   for (TEntry& entry : entries_) {
     const TFaultRule& rule = entry.rule;
     if (rule.subject != subject || (rule.device >= 0 && rule.device != device)) continue;
-    if (Matches(entry)) found.push_back(rule);
+    if (Matches(entry)) found.push_back(rule.fault);
   }
   fired_.fetch_add(found.size(), std::memory_order_relaxed);
   return found;
@@ -90,4 +90,4 @@ bool TFaultPlan::Matches(TEntry& entry)
   return !entry.random || generator_() % 4 == 0;
 }
 
-} // namespace vxsim
+} // namespace vxcore

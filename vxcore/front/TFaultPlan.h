@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vxsim {
+namespace vxcore {
 
 /// The rules in force. One for the whole library, see Instance(). Thread-safe. With no rule a check costs one
 /// relaxed atomic load (IsEmpty()).
@@ -30,8 +30,8 @@ public:
   std::optional<TFaultRule> OnCall(std::string_view function, std::wstring_view feature, int device);
   /// The rule that replaces what this read of a feature gives.
   std::optional<TFaultRule> OnRead(std::wstring_view feature, int device);
-  /// The rules of one subject (frame, chunk or camera) that act on the frame a device is about to deliver.
-  std::vector<TFaultRule> OnFrame(EFaultSubject subject, int device);
+  /// What the rules of one subject (frame, chunk or camera) do to a device's next frame.
+  std::vector<TPlannedFault> OnFrame(EFaultSubject subject, int device);
 
 private:
   struct TEntry
@@ -44,6 +44,7 @@ private:
 
   TFaultPlan() = default;
   bool Matches(TEntry& entry);
+  friend class TDeviceFaults;
 
   inline static std::atomic<bool> active_{false};
   std::atomic<uint64_t> fired_{0};
@@ -54,4 +55,23 @@ private:
   std::mt19937_64 generator_;
 };
 
-} // namespace vxsim
+/// The plan as one device sees it.
+class TDeviceFaults final : public IFrameFaults
+{
+public:
+  explicit TDeviceFaults(int device) : IFrameFaults(TFaultPlan::active_), device_(device) {}
+
+  std::vector<TPlannedFault> OnCamera() override { return On(EFaultSubject::Camera); }
+  std::vector<TPlannedFault> OnFrame() override { return On(EFaultSubject::Frame); }
+  std::vector<TPlannedFault> OnMetadata() override { return On(EFaultSubject::Chunk); }
+
+private:
+  std::vector<TPlannedFault> On(EFaultSubject subject) const
+  {
+    return TFaultPlan::Instance().OnFrame(subject, device_);
+  }
+
+  const int device_;
+};
+
+} // namespace vxcore

@@ -2,13 +2,13 @@
 // The fault plan language, one line a rule.
 #include "vxcore/front/TFaultRule.h"
 
-#include "vxcore/simulated/config/TConfigurationText.h"
+#include "vxcore/backend/configuration_text.h"
 
 #include <climits>
 #include <sstream>
 #include <vector>
 
-namespace vxsim {
+namespace vxcore {
 
 namespace {
 
@@ -37,39 +37,42 @@ private:
   size_t next_ = 0;
 };
 
+enum class EArgument
+{
+  Nothing,
+  Number,
+  Time
+};
+
+/// A word of the language for something that a rule does.
+template <typename Kind>
 struct TActionWord
 {
   const char* word;
-  EFaultAction action;
-  enum
-  {
-    Nothing,
-    Number,
-    Time,
-    Text
-  } argument;
+  Kind kind;
+  EArgument argument;
 };
 
-const TActionWord kCallActions[] = {{"rc", EFaultAction::Code, TActionWord::Number},
-                                    {"delay", EFaultAction::Delay, TActionWord::Time},
-                                    {"out", EFaultAction::Output, TActionWord::Number},
-                                    {"unterminated", EFaultAction::Unterminated, TActionWord::Nothing}};
-const TActionWord kValueActions[] = {{"set", EFaultAction::SetValue, TActionWord::Text}};
-const TActionWord kFrameActions[] = {{"drop", EFaultAction::Drop, TActionWord::Nothing},
-                                     {"short", EFaultAction::Short, TActionWord::Number},
-                                     {"oversize", EFaultAction::Oversize, TActionWord::Number},
-                                     {"swap", EFaultAction::Swap, TActionWord::Number},
-                                     {"null", EFaultAction::Null, TActionWord::Nothing},
-                                     {"foreign", EFaultAction::Foreign, TActionWord::Nothing},
-                                     {"repeat", EFaultAction::Repeat, TActionWord::Nothing},
-                                     {"late", EFaultAction::Late, TActionWord::Time}};
-const TActionWord kChunkActions[] = {{"len", EFaultAction::ChunkLength, TActionWord::Number},
-                                     {"cid", EFaultAction::ChunkCid, TActionWord::Number},
-                                     {"truncated", EFaultAction::ChunkTruncated, TActionWord::Nothing},
-                                     {"random", EFaultAction::ChunkRandom, TActionWord::Number}};
-const TActionWord kCameraActions[] = {{"unplug", EFaultAction::Unplug, TActionWord::Nothing},
-                                      {"replug", EFaultAction::Replug, TActionWord::Time},
-                                      {"stall", EFaultAction::Stall, TActionWord::Time}};
+const TActionWord<ECallFault> kCallActions[] = {{"rc", ECallFault::Code, EArgument::Number},
+                                                {"delay", ECallFault::Delay, EArgument::Time},
+                                                {"out", ECallFault::Output, EArgument::Number},
+                                                {"unterminated", ECallFault::Unterminated, EArgument::Nothing}};
+const TActionWord<EPlannedFault> kFrameActions[] = {{"drop", EPlannedFault::Drop, EArgument::Nothing},
+                                                    {"short", EPlannedFault::Short, EArgument::Number},
+                                                    {"oversize", EPlannedFault::Oversize, EArgument::Number},
+                                                    {"swap", EPlannedFault::Swap, EArgument::Number},
+                                                    {"null", EPlannedFault::Null, EArgument::Nothing},
+                                                    {"foreign", EPlannedFault::Foreign, EArgument::Nothing},
+                                                    {"repeat", EPlannedFault::Repeat, EArgument::Nothing},
+                                                    {"late", EPlannedFault::Late, EArgument::Time}};
+const TActionWord<EPlannedFault> kChunkActions[] = {
+    {"len", EPlannedFault::ChunkLength, EArgument::Number},
+    {"cid", EPlannedFault::ChunkCid, EArgument::Number},
+    {"truncated", EPlannedFault::ChunkTruncated, EArgument::Nothing},
+    {"random", EPlannedFault::ChunkRandom, EArgument::Number}};
+const TActionWord<EPlannedFault> kCameraActions[] = {{"unplug", EPlannedFault::Unplug, EArgument::Nothing},
+                                                     {"replug", EPlannedFault::Replug, EArgument::Time},
+                                                     {"stall", EPlannedFault::Stall, EArgument::Time}};
 
 /// "250ms", "2s", "40us".
 bool ReadTime(const std::string& word, int64_t& nanoseconds)
@@ -113,32 +116,42 @@ bool ReadWhen(TWords& words, bool bareNumber, TFaultRule& rule, bool& given, std
   return given;
 }
 
-template <size_t N>
-bool ReadAction(TWords& words, const TActionWord (&actions)[N], TFaultRule& rule, std::string& error)
+template <typename Kind, size_t N>
+bool ReadAction(TWords& words, const TActionWord<Kind> (&actions)[N], Kind& kind, TPlannedFault& fault,
+                std::string& error)
 {
   const std::string word = words.Take();
-  for (const TActionWord& action : actions) {
+  for (const TActionWord<Kind>& action : actions) {
     if (word != action.word) continue;
-    rule.action = action.action;
+    kind = action.kind;
+    const std::string argument = action.argument == EArgument::Nothing ? std::string() : words.Take();
     bool good = true;
-    const std::string argument = action.argument == TActionWord::Nothing ? std::string() : words.Take();
-    if (action.argument == TActionWord::Number)
-      good = ReadInteger(argument, LLONG_MIN, LLONG_MAX, rule.number);
-    else if (action.argument == TActionWord::Time)
-      good = ReadTime(argument, rule.durationNs);
-    else if (action.argument == TActionWord::Text) {
-      good = !argument.empty();
-      rule.text = argument;
-      while (good && !words.AtEnd() && words.Peek() != "at" && words.Peek() != "from" && words.Peek() != "every") {
-        rule.text += ' ';
-        rule.text += words.Take();
-      }
-    }
+    if (action.argument == EArgument::Number)
+      good = ReadInteger(argument, LLONG_MIN, LLONG_MAX, fault.number);
+    else if (action.argument == EArgument::Time)
+      good = ReadTime(argument, fault.durationNs);
     if (!good) error = "'" + word + "' needs another argument than '" + argument + "'";
     return good;
   }
   error = word.empty() ? "the action is missing" : "unknown action '" + word + "'";
   return false;
+}
+
+/// "set" and what is read, which may have several words.
+bool ReadText(TWords& words, std::string& text, std::string& error)
+{
+  const std::string word = words.Take();
+  if (word != "set") {
+    error = word.empty() ? "the action is missing" : "unknown action '" + word + "'";
+    return false;
+  }
+  text = words.Take();
+  if (text.empty()) error = "'set' needs another argument than ''";
+  while (!words.AtEnd() && words.Peek() != "at" && words.Peek() != "from" && words.Peek() != "every") {
+    text += ' ';
+    text += words.Take();
+  }
+  return !text.empty();
 }
 
 bool ReadDevice(TWords& words, TFaultRule& rule, std::string& error)
@@ -159,9 +172,10 @@ bool ReadCall(TWords& words, TFaultRule& rule, std::string& error)
   bool given = false;
   if (!ReadDevice(words, rule, error) || !ReadWhen(words, false, rule, given, error)) return false;
   if (!given) rule.interval = 1;
-  if (!ReadAction(words, kCallActions, rule, error)) return false;
+  if (!ReadAction(words, kCallActions, rule.callFault, rule.fault, error)) return false;
   // "rc 13 delay 250ms": the code comes late.
-  if (rule.action == EFaultAction::Code && words.TakeIf("delay") && !ReadTime(words.Take(), rule.durationNs)) {
+  if (rule.callFault == ECallFault::Code && words.TakeIf("delay") &&
+      !ReadTime(words.Take(), rule.fault.durationNs)) {
     error = "'delay' needs a time such as 250ms";
     return false;
   }
@@ -172,14 +186,14 @@ bool ReadValue(TWords& words, TFaultRule& rule, std::string& error)
 {
   rule.feature = Widen(words.Take());
   bool given = false;
-  if (!ReadDevice(words, rule, error) || !ReadAction(words, kValueActions, rule, error)) return false;
+  if (!ReadDevice(words, rule, error) || !ReadText(words, rule.text, error)) return false;
   if (!ReadWhen(words, false, rule, given, error)) return false;
   if (!given) rule.interval = 1;
   return true;
 }
 
 template <size_t N>
-bool ReadEvent(TWords& words, const TActionWord (&actions)[N], TFaultRule& rule, std::string& error)
+bool ReadEvent(TWords& words, const TActionWord<EPlannedFault> (&actions)[N], TFaultRule& rule, std::string& error)
 {
   bool given = false;
   if (!ReadDevice(words, rule, error) || !ReadWhen(words, true, rule, given, error)) return false;
@@ -187,12 +201,12 @@ bool ReadEvent(TWords& words, const TActionWord (&actions)[N], TFaultRule& rule,
     error = "which one is missing: a number, 'any', 'at', 'from' or 'every'";
     return false;
   }
-  return ReadAction(words, actions, rule, error);
+  return ReadAction(words, actions, rule.fault.kind, rule.fault, error);
 }
 
 bool ReadSeed(TWords& words, TFaultRule& rule, std::string& error)
 {
-  if (ReadInteger(words.Take(), 0LL, LLONG_MAX, rule.number)) return true;
+  if (ReadInteger(words.Take(), 0LL, LLONG_MAX, rule.fault.number)) return true;
   error = "'seed' needs a number";
   return false;
 }
@@ -238,4 +252,4 @@ bool TFaultRule::Parse(const std::string& line, TFaultRule& rule, std::string& e
   return good;
 }
 
-} // namespace vxsim
+} // namespace vxcore

@@ -2,8 +2,8 @@
 // What surrounds every exported call: the fault plan and the call log.
 #include "vxcore/front/TInstrumentedCall.h"
 
+#include "vxcore/backend/configuration_text.h"
 #include "vxcore/front/TDeviceTable.h"
-#include "vxcore/simulated/config/TConfigurationText.h"
 
 #include <charconv>
 #include <chrono>
@@ -11,7 +11,7 @@
 #include <cstring>
 #include <thread>
 
-namespace vxsim {
+namespace vxcore {
 
 namespace {
 
@@ -63,21 +63,21 @@ void WriteText(const TCallInfo& info, const std::wstring& text)
 /// Acts on a call instead of its body. Gives the code.
 int ActOnCall(const TCallInfo& info, const TFaultRule& rule, const std::function<int()>& body)
 {
-  if (rule.durationNs > 0) std::this_thread::sleep_for(std::chrono::nanoseconds(rule.durationNs));
-  switch (rule.action) {
-  case EFaultAction::Delay:
+  if (rule.fault.durationNs > 0) std::this_thread::sleep_for(std::chrono::nanoseconds(rule.fault.durationNs));
+  switch (rule.callFault) {
+  case ECallFault::Delay:
     return body();
-  case EFaultAction::Output:
-    WriteNumber(info, rule.number, static_cast<double>(rule.number));
+  case ECallFault::Output:
+    WriteNumber(info, rule.fault.number, static_cast<double>(rule.fault.number));
     return VX_SUCCESS;
-  case EFaultAction::Unterminated:
+  case ECallFault::Unterminated:
     if (info.outText && info.outLength > 0) std::wmemset(info.outText, L'X', static_cast<size_t>(info.outLength));
     return VX_SUCCESS;
   default:
-    // Success with nothing done: a wait then hands out no buffer.
-    if (rule.number == VX_SUCCESS && info.outBuffer) *info.outBuffer = nullptr;
-    if (rule.number == VX_SUCCESS && info.outBuffer && info.outInt) *info.outInt = 0;
-    return static_cast<int>(rule.number);
+    // Success with nothing done: a wait then delivers no buffer.
+    if (rule.fault.number == VX_SUCCESS && info.outBuffer) *info.outBuffer = nullptr;
+    if (rule.fault.number == VX_SUCCESS && info.outBuffer && info.outInt) *info.outInt = 0;
+    return static_cast<int>(rule.fault.number);
   }
 }
 
@@ -87,7 +87,7 @@ int RunWithFaults(const TCallInfo& info, const std::function<int()>& body)
   if (TFaultPlan::IsEmpty()) return body();
   const int device = DeviceOf(info);
   const std::optional<TFaultRule> onCall = plan.OnCall(info.function, FeatureOf(info), device);
-  if (onCall && onCall->action != EFaultAction::Delay) return ActOnCall(info, *onCall, body);
+  if (onCall && onCall->callFault != ECallFault::Delay) return ActOnCall(info, *onCall, body);
   const int code = onCall ? ActOnCall(info, *onCall, body) : body();
   if (!info.isRead || !info.feature) return code;
 
@@ -109,4 +109,4 @@ int RunInstrumented(const TCallInfo& info, const std::function<int()>& body)
   return code;
 }
 
-} // namespace vxsim
+} // namespace vxcore

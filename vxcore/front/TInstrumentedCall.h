@@ -7,7 +7,7 @@
 
 #include <functional>
 
-namespace vxsim {
+namespace vxcore {
 
 /// What the fault plan and the call log need to know of a call. Filled on every call, so it only points.
 struct TCallInfo
@@ -72,4 +72,4 @@ int RunCall(const TCallInfo& info, Body&& body)
   return RunInstrumented(info, std::function<int()>(std::ref(body)));
 }
 
-} // namespace vxsim
+} // namespace vxcore

@@ -10,12 +10,12 @@
 #include <cwchar>
 #include <new>
 
-using vxsim::IDevice;
-using vxsim::IFeature;
-using vxsim::RunCall;
-using vxsim::TCallInfo;
-using vxsim::TDeviceLock;
-using vxsim::TDeviceTable;
+using vxcore::IDevice;
+using vxcore::IFeature;
+using vxcore::RunCall;
+using vxcore::TCallInfo;
+using vxcore::TDeviceLock;
+using vxcore::TDeviceTable;
 
 namespace {
 

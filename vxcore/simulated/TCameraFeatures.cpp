@@ -1,0 +1,569 @@
+// SPDX-License-Identifier: MIT
+// The table of features: what each reads, writes and depends on.
+#include "vxcore/simulated/TCameraFeatures.h"
+
+#include "vxcore/backend/configuration_text.h"
+#include "vxcore/simulated/bus_features.h"
+#include "vxcore/simulated/feature_rows.h"
+#include "vxcore/simulated/TEnumFeature.h"
+#include "vxcore/simulated/TFrameTiming.h"
+
+#include <algorithm>
+#include <climits>
+#include <cwchar>
+#include <iterator>
+#include <span>
+
+namespace vxsim {
+
+using namespace vxcore;
+
+namespace {
+
+constexpr long long kMaxBaselineCounts = 500;
+constexpr long long kMaxSensorPixels = 16384;
+constexpr long long kMaxAccumulations = 100000;
+
+// Configured limits may be anything; this holds beside them, so that nothing is divided by 0 or read beyond its
+// end.
+bool IsSizeOnSensor(long long size)
+{
+  return size >= 1 && size <= kMaxSensorPixels;
+}
+
+std::unique_ptr<IFeature> MakeAoiLeft(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  return b.Int(b.IdleOnly(),
+               {.get = [&s] { return s.Columns().left; },
+                .set = [&s](long long v) { s.Columns().left = v; },
+                .minimum = [] { return 1LL; },
+                .maximum = [&s] { return s.sensorWidth - s.Columns().width * s.Columns().bin + 1; }});
+}
+
+std::unique_ptr<IFeature> MakeAoiTop(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto set = [&s](long long v) {
+    if (!s.IsTracks())
+      s.top = v;
+    else
+      s.SelectedTrack() = {v, std::clamp(s.sensorHeight - v + 1, 1LL, s.SelectedTrack().rows)};
+  };
+  const auto maximum = [&s] {
+    return s.IsTracks() ? s.sensorHeight : s.sensorHeight - s.height * s.verticalBin + 1;
+  };
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().top : s.top; },
+                              .set = set,
+                              .minimum = [] { return 1LL; },
+                              .maximum = maximum,
+                              .accepts = IsSizeOnSensor});
+}
+
+/// The width may be as large as the sensor wherever the area begins: the area then moves to the left to fit.
+std::unique_ptr<IFeature> MakeAoiWidth(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto set = [&s](long long v) {
+    s.Columns().width = v;
+    s.FitArea();
+  };
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.Columns().width; },
+                              .set = set,
+                              .minimum = [] { return 1LL; },
+                              .maximum = [&s] { return s.sensorWidth / s.Columns().bin; }});
+}
+
+std::unique_ptr<IFeature> MakeAoiHeight(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.IdleOnly();
+  access.writable = [&s] { return !s.acquiring && !s.IsTracks(); }; // tracks are one binned row each
+  const auto set = [&s](long long v) {
+    s.height = v;
+    s.FitArea();
+  };
+  return b.Int(std::move(access), {.get = [&s] { return s.OutputRows(); },
+                                   .set = set,
+                                   .minimum = [] { return 1LL; },
+                                   .maximum = [&s] { return s.sensorHeight / s.verticalBin; }});
+}
+
+long long MaximumHBin(const TCameraState& state)
+{
+  return std::min<long long>(state.model.maximumBinning, state.sensorWidth);
+}
+
+long long MaximumVBin(const TCameraState& state)
+{
+  return std::min<long long>(state.model.maximumBinning, state.sensorHeight);
+}
+
+std::unique_ptr<IFeature> MakeAoiHBin(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto set = [&s](long long v) {
+    s.Columns().bin = v; // of all tracks: the rows of a frame are of one width
+    s.FitArea();
+  };
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.Columns().bin; },
+                              .set = set,
+                              .minimum = [] { return 1LL; },
+                              .maximum = [&s] { return MaximumHBin(s); },
+                              .accepts = IsSizeOnSensor});
+}
+
+std::unique_ptr<IFeature> MakeAoiVBin(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto set = [&s](long long v) {
+    if (s.IsTracks())
+      s.SelectedTrack().rows = v;
+    else
+      s.verticalBin = v;
+    s.FitArea();
+  };
+  const auto maximum = [&s]() -> long long {
+    return s.IsTracks() ? s.sensorHeight - s.SelectedTrack().top + 1 : MaximumVBin(s);
+  };
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().rows : s.verticalBin; },
+                              .set = set,
+                              .minimum = [] { return 1LL; },
+                              .maximum = maximum,
+                              .accepts = IsSizeOnSensor});
+}
+
+/// The binning of the sensor itself, whose maximum is what the camera can do.
+std::unique_ptr<IFeature> MakeBinInternal(const TBuild& b, std::function<long long()> bin,
+                                          std::function<long long()> maximum)
+{
+  return b.Int(b.Access(),
+               {.get = std::move(bin), .set = {}, .minimum = [] { return 1LL; }, .maximum = std::move(maximum)});
+}
+
+std::unique_ptr<IFeature> MakeAoiCount(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.IdleOnly();
+  access.available = [&s] { return s.IsTracks(); };
+  const auto set = [&s](long long v) {
+    s.tracks.resize(static_cast<size_t>(v));
+    s.selectedTrack = std::min(s.selectedTrack, v);
+  };
+  return b.Int(std::move(access), {.get = [&s] { return static_cast<long long>(s.tracks.size()); },
+                                   .set = set,
+                                   .minimum = [] { return 1LL; },
+                                   .maximum = [&s]() -> long long { return s.model.maximumTracks; },
+                                   .accepts = IsSizeOnSensor});
+}
+
+std::unique_ptr<IFeature> MakeAoiSelector(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.IdleOnly();
+  access.available = [&s] { return s.IsTracks(); };
+  return b.Int(std::move(access),
+               {.get = [&s] { return s.selectedTrack; },
+                .set = [&s](long long v) { s.selectedTrack = v; },
+                .minimum = [] { return 1LL; },
+                .maximum = [&s] { return static_cast<long long>(s.tracks.size()); },
+                .accepts = [&s](long long v) { return IsPlaceIn(v - 1, std::ssize(s.tracks)); }});
+}
+
+std::unique_ptr<IFeature> MakeExposureTime(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.Access();
+  access.writable = [&s] {
+    if (s.acquiring && !s.model.exposureWhileAcquiring) return false;
+    return !s.Choice(L"TriggerMode").Is(L"External Exposure"); // the pulse's width is the exposure
+  };
+  // A global shutter empties all rows at once and cannot expose for less than a row's time.
+  const auto minimum = [&s] {
+    const bool global = s.Choice(L"ElectronicShutteringMode").Is(L"Global");
+    return global ? std::max(s.model.minimumExposureSeconds, TFrameTiming::Of(s).rowSeconds)
+                  : s.model.minimumExposureSeconds;
+  };
+  return b.Float(std::move(access), {.get = [&s] { return TFrameTiming::Of(s).exposureSeconds; },
+                                     .set = [&s](double v) { s.exposureSeconds = v; },
+                                     .minimum = minimum,
+                                     .maximum = [&s] { return s.model.maximumExposureSeconds; }});
+}
+
+std::unique_ptr<IFeature> MakeFrameRate(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.Access();
+  access.writable = [&s] {
+    const TChoice& mode = s.Choice(L"TriggerMode");
+    return mode.Is(L"Internal") || mode.Is(L"External Start"); // otherwise triggers set the rate
+  };
+  const auto maximum = [&s] { return 1.0 / TFrameTiming::Of(s).fastestSeconds; };
+  return b.Float(std::move(access),
+                 {.get = [&s] { return TFrameTiming::Of(s).frameRate; },
+                  .set = [&s](double v) { s.requestedFrameRate = v; },
+                  .minimum = [&s, maximum] { return std::min(s.model.minimumFrameRate, maximum()); },
+                  .maximum = maximum});
+}
+
+std::unique_ptr<IFeature> MakeBurstRate(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  const auto maximum = [&s] { return 1.0 / TFrameTiming::Of(s).fastestSeconds; };
+  return b.Float(b.IdleOnly(), {.get = [&s] { return TFrameTiming::Of(s).burstRate; },
+                                .set = [&s](double v) { s.requestedBurstRate = v; },
+                                .minimum = [&s, maximum] { return std::min(s.model.minimumFrameRate, maximum()); },
+                                .maximum = maximum});
+}
+
+std::unique_ptr<IFeature> MakeCount(const TBuild& b, long long& count, long long limit)
+{
+  return b.Int(b.IdleOnly(), {.get = [&count] { return count; },
+                              .set = [&count](long long v) { count = v; },
+                              .minimum = [] { return 1LL; },
+                              .maximum = [limit] { return limit; },
+                              .accepts = [](long long v) { return v >= 1 && v <= INT_MAX; }});
+}
+
+TFeatureAccess ReadOnly()
+{
+  TFeatureAccess access;
+  access.readOnly = true;
+  return access;
+}
+
+std::unique_ptr<IFeature> MakeSoftwareTrigger(const TBuild& b)
+{
+  TFeatureAccess access = b.Access();
+  access.available = [&s = b.state] { return s.Choice(L"TriggerMode").Is(L"Software"); };
+  return b.Command(std::move(access), [trigger = b.actions.softwareTrigger](TDeviceLock&) { return trigger(); });
+}
+
+/// Numbers of the camera's events; which frame they belong to is in its metadata.
+std::unique_ptr<IFeature> MakeEvent(const TBuild& b, long long number)
+{
+  return b.Reading(std::function<long long()>([number] { return number; }));
+}
+
+std::unique_ptr<IFeature> MakeBaselineLevel(const TBuild& b)
+{
+  TCameraState& s = b.state;
+  return b.Int(b.IdleOnly(), {.get = [&s] { return s.baselineCounts; },
+                              .set = [&s](long long v) { s.baselineCounts = v; },
+                              .minimum = [] { return 0LL; },
+                              .maximum = [] { return kMaxBaselineCounts; }});
+}
+
+std::unique_ptr<IFeature> MakeSensorCooling(const TBuild& b)
+{
+  return std::make_unique<TBoolFeature>(
+      b.Access(), b.state.revision, [now = b.actions.thermal] { return now().IsCooling(); },
+      [now = b.actions.thermal](bool on) { now().SetCooling(on); });
+}
+
+std::unique_ptr<IFeature> MakeTargetTemperature(const TBuild& b)
+{
+  return b.Float(b.Access(), {.get = [now = b.actions.thermal] { return now().TargetCelsius(); },
+                              .set = [now = b.actions.thermal](double v) { now().SetTargetCelsius(v); },
+                              .minimum = [&m = b.state.model] { return m.thermal.targetMinimumCelsius; },
+                              .maximum = [&m = b.state.model] { return m.thermal.targetMaximumCelsius; }});
+}
+
+using TInteger = std::function<long long()>;
+using TReal = std::function<double()>;
+
+const TRow kRows[] = {
+    {L"CameraModel", [](const TBuild& b) { return b.String(b.state.model.cameraModel); }},
+    {L"HardwareType", [](const TBuild& b) { return b.String(b.state.model.hardwareType); }},
+    {L"SerialNumber", [](const TBuild& b) { return b.String(b.state.model.serialNumber); }},
+    {L"FirmwareVersion", [](const TBuild& b) { return b.String(b.state.model.firmwareVersion); }},
+    {L"DDR2Type", [](const TBuild& b) { return b.String(b.state.model.memoryType); }},
+    {L"SensorWidth",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.sensorWidth; })); }},
+    {L"SensorHeight",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.sensorHeight; })); }},
+    {L"PixelWidth",
+     [](const TBuild& b) { return b.Reading(TReal([&s = b.state] { return s.model.pixelMicrometres; })); }},
+    {L"PixelHeight",
+     [](const TBuild& b) { return b.Reading(TReal([&s = b.state] { return s.model.pixelMicrometres; })); }},
+    {L"AOIHBin", MakeAoiHBin, true},
+    {L"AOIVBin", MakeAoiVBin, true},
+    {L"AOIHBinInternal",
+     [](const TBuild& b) {
+       return MakeBinInternal(
+           b, [&s = b.state] { return s.Columns().bin; }, [&s = b.state] { return MaximumHBin(s); });
+     }},
+    {L"AOIVBinInternal",
+     [](const TBuild& b) {
+       return MakeBinInternal(
+           b, [&s = b.state] { return s.verticalBin; }, [&s = b.state] { return MaximumVBin(s); });
+     }},
+    {L"AOIWidth", MakeAoiWidth, true},
+    {L"AOIHeight", MakeAoiHeight, true},
+    {L"AOILeft", MakeAoiLeft, true},
+    {L"AOITop", MakeAoiTop, true},
+    {L"AOICount", MakeAoiCount, true},
+    {L"AOISelector", MakeAoiSelector, true},
+    {L"AOIStride",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.StrideBytes(); })); }},
+    {L"ImageSizeBytes",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.ImageSizeBytes(); })); }},
+    {L"ExposureTime", MakeExposureTime, true},
+    {L"FrameRate", MakeFrameRate, true},
+    {L"BurstRate", MakeBurstRate, true},
+    {L"ReadoutTime",
+     [](const TBuild& b) {
+       return b.Reading(TReal([&s = b.state] { return TFrameTiming::Of(s).readoutSeconds; }));
+     }},
+    {L"AccumulateCount", [](const TBuild& b) { return MakeCount(b, b.state.accumulateCount, kMaxAccumulations); },
+     true},
+    {L"FrameCount", [](const TBuild& b) { return MakeCount(b, b.state.frameCount, INT_MAX); }, true},
+    {L"SoftwareTrigger", MakeSoftwareTrigger},
+    {L"Overlap", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.overlap); }, true},
+    {L"MetadataEnable", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.metadata); }, true},
+    {L"TimestampClock", [](const TBuild& b) { return b.Reading(TInteger(b.actions.timestampTicks)); }},
+    {L"TimestampClockFrequency",
+     [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.model.timestampFrequency; })); }},
+    {L"TimestampClockReset",
+     [](const TBuild& b) {
+       return b.Command(b.Access(), [reset = b.actions.resetTimestamp](TDeviceLock&) {
+         reset();
+         return VX_SUCCESS;
+       });
+     }},
+    {L"AcquisitionStart", [](const TBuild& b) { return b.Command(b.Access(), b.actions.start); }},
+    {L"AcquisitionStop", [](const TBuild& b) { return b.Command(b.Access(), b.actions.stop); }},
+    {L"CameraAcquiring", [](const TBuild& b) { return b.Bool(ReadOnly(), b.state.acquiring); }},
+    {L"BaselineClamp", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.baselineClamp); }, true},
+    {L"BaselineLevel", MakeBaselineLevel, true},
+    {L"ExposureStartEvent", [](const TBuild& b) { return MakeEvent(b, 1); }},
+    {L"ExposureEndEvent", [](const TBuild& b) { return MakeEvent(b, 2); }},
+    {L"SensorCooling", MakeSensorCooling, true},
+    {L"SensorTemperature",
+     [](const TBuild& b) {
+       return b.Reading(TReal([now = b.actions.thermal] { return now().ReadingCelsius(); }));
+     }},
+    {L"TargetSensorTemperature", MakeTargetTemperature, true},
+};
+
+const TRow* FindRow(std::wstring_view name)
+{
+  const auto isNamed = [name](const TRow& row) { return name == row.name; };
+  if (const auto* row = std::ranges::find_if(kRows, isNamed); row != std::end(kRows)) return row;
+  const std::span<const TRow> busRows = BusFeatureRows();
+  const auto row = std::ranges::find_if(busRows, isNamed);
+  return row == busRows.end() ? nullptr : &*row;
+}
+
+/// Chooses index @p index of a setting as far as it has one.
+void ChooseIndex(TChoice* choice, int index)
+{
+  if (choice && choice->Has(index)) choice->index = index;
+}
+
+/// Settles what hangs on the gain: the two names of the gain channel, the bit depth, the encodings that can hold
+/// it.
+void SettleGain(TCameraState& state, bool bySimpleControl)
+{
+  TChoice* channel = state.FindChoice(L"PreAmpGainChannel");
+  TChoice* simple = state.FindChoice(L"SimplePreAmpGainControl");
+  if (channel && simple) {
+    ChooseIndex(bySimpleControl ? channel : simple, bySimpleControl ? simple->index : channel->index);
+  }
+  const bool both = state.Choice(L"PreAmpGainChannel").Is(L"Both");
+  ChooseIndex(state.FindChoice(L"BitDepth"), both ? 1 : 0);
+  TChoice* encoding = state.FindChoice(L"PixelEncoding");
+  if (encoding && both && encoding->Text().starts_with(L"Mono12")) encoding->Choose(L"Mono16");
+}
+
+/// A global shutter cannot be read out at the highest rate.
+bool IsRateAvailable(const TCameraState& state, std::wstring_view text)
+{
+  if (!state.Choice(L"ElectronicShutteringMode").Is(L"Global")) return true;
+  const TChoice& rates = state.Choice(L"PixelReadoutRate");
+  return rates.texts.size() < 3 || text != rates.texts.back();
+}
+
+void SettleShutter(TCameraState& state)
+{
+  TChoice* rate = state.FindChoice(L"PixelReadoutRate");
+  if (rate && !IsRateAvailable(state, rate->Text())) --rate->index;
+}
+
+/// "2x2" to both binning factors.
+void SettleBinning(TCameraState& state)
+{
+  const std::wstring text(state.Choice(L"AOIBinning").Text());
+  wchar_t* rest = nullptr;
+  const long horizontal = std::wcstol(text.c_str(), &rest, 10);
+  const long vertical = *rest == L'x' ? std::wcstol(rest + 1, nullptr, 10) : horizontal;
+  state.imageColumns.bin = std::clamp(horizontal, 1L, static_cast<long>(state.sensorWidth));
+  state.trackColumns.bin = state.imageColumns.bin;
+  state.verticalBin = std::clamp(vertical, 1L, static_cast<long>(state.sensorHeight));
+  state.FitArea();
+}
+
+std::unique_ptr<IFeature> MakeChoice(const TBuild& b, const std::wstring& name, TChoice& choice)
+{
+  TCameraState& s = b.state;
+  TFeatureAccess access = b.IdleOnly();
+  std::function<bool(std::wstring_view)> available;
+  std::function<void()> chosen;
+  std::function<void()> settle;
+  if (name == L"PixelEncoding") {
+    available = [&s](std::wstring_view text) {
+      return !text.starts_with(L"Mono12") || !s.Choice(L"PreAmpGainChannel").Is(L"Both");
+    };
+  } else if (name == L"PreAmpGainChannel")
+    chosen = [&s] { SettleGain(s, false); };
+  else if (name == L"SimplePreAmpGainControl")
+    chosen = [&s] { SettleGain(s, true); };
+  else if (name == L"PixelReadoutRate")
+    available = [&s](std::wstring_view text) { return IsRateAvailable(s, text); };
+  else if (name == L"ElectronicShutteringMode")
+    chosen = [&s] { SettleShutter(s); };
+  else if (name == L"AOIBinning")
+    chosen = [&s] { SettleBinning(s); };
+  else if (name == L"BitDepth")
+    access.readOnly = true; // follows from the gain
+  else if (name == L"PreAmpGain") {
+    available = [&s](std::wstring_view text) {
+      return s.HasPreAmpGain(s.Choice(L"PreAmpGainSelector").Text(), text);
+    };
+    chosen = [&s] { s.KeepPreAmpGain(); };
+  } else if (name == L"PreAmpGainSelector")
+    chosen = [&s] { s.ShowPreAmpGain(); };
+  else if (name == L"FanSpeed") {
+    access = b.Access();
+    chosen = [&choice, now = b.actions.thermal] { now().SetFan(choice.Text()); };
+  } else if (name == L"TemperatureStatus") {
+    access = ReadOnly();
+    settle = [&choice, now = b.actions.thermal] {
+      const int status = static_cast<int>(now().Status()); // the texts are told apart by their order
+      if (choice.Has(status)) choice.index = status;
+    };
+  }
+  return std::make_unique<TEnumFeature>(std::move(access), s.revision, choice, std::move(available),
+                                        std::move(chosen), std::move(settle));
+}
+
+/// Sets a configured value through a feature of whatever kind it is.
+bool SetConfigured(IFeature& feature, const std::wstring& value)
+{
+  const std::string text = Narrow(value);
+  long long integer = 0;
+  if (ReadInteger(text, LLONG_MIN, LLONG_MAX, integer) && feature.SetInt(integer) == VX_SUCCESS) return true;
+  double number = 0.0;
+  if (ReadNumber(text, -1e300, 1e300, number) && feature.SetFloat(number) == VX_SUCCESS) return true;
+  bool flag = false;
+  if (ReadSwitch(text, flag) && feature.SetBool(flag) == VX_SUCCESS) return true;
+  return feature.SetText(value) == VX_SUCCESS;
+}
+
+/// The sensor's size is part of many things, so it changes before anything is built.
+void ChangeSensor(TCameraState& state)
+{
+  const auto change = [&state](const wchar_t* name, long long& size) {
+    const auto found = state.configuration.features.find(name);
+    if (found == state.configuration.features.end() || !found->second.value) return;
+    long long wanted = 0;
+    if (ReadInteger(Narrow(*found->second.value), 1LL, kMaxSensorPixels, wanted)) size = wanted;
+  };
+  change(L"SensorWidth", state.sensorWidth);
+  change(L"SensorHeight", state.sensorHeight);
+  state.imageColumns.width = state.trackColumns.width = state.sensorWidth;
+  state.height = state.sensorHeight;
+}
+
+/// What is wrong with a configured change, in words; empty when it fits the feature. Values that are set through
+/// the feature are tried later.
+std::string FindChangeFault(const TFeatureSet& features, const std::wstring& name, const TFeatureOverride& change)
+{
+  if (change.remove) return "";
+  IFeature* feature = features.Find(name);
+  if (!feature) return "the model has no such feature";
+  long long integer = 0;
+  double number = 0.0;
+  std::wstring_view text;
+  int count = 0;
+  const bool isInt = feature->GetInt(integer) != VX_ERR_WRONG_KIND;
+  const bool isFloat = feature->GetFloat(number) != VX_ERR_WRONG_KIND;
+  if (change.texts && feature->GetCount(count) == VX_ERR_WRONG_KIND) return "only an enumerated feature has Texts";
+  if (change.texts && change.texts->empty()) return "Texts are missing";
+  if ((change.minimum || change.maximum) && !isInt && !isFloat) return "only a number has Min and Max";
+  const TRow* row = FindRow(name);
+  if (!change.value || !row || row->setsValue || feature->GetString(text) != VX_ERR_WRONG_KIND) return "";
+
+  const std::string value = Narrow(*change.value);
+  const bool isSize = name == L"SensorWidth" || name == L"SensorHeight";
+  const bool good =
+      isInt     ? ReadInteger(value, isSize ? 1LL : LLONG_MIN, isSize ? kMaxSensorPixels : LLONG_MAX, integer)
+      : isFloat ? ReadNumber(value, -1e300, 1e300, number)
+                : false;
+  return good ? "" : "it cannot be " + value;
+}
+
+} // namespace
+
+bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFeatureSet& features,
+                         std::string& error)
+{
+  static const auto& unchanged = *new TFeatureOverride;
+  const auto changeOf = [&state](const std::wstring& name) -> const TFeatureOverride& {
+    const auto found = state.configuration.features.find(name);
+    return found == state.configuration.features.end() ? unchanged : found->second;
+  };
+  ChangeSensor(state);
+
+  for (const wchar_t* name : state.model.features) {
+    const TFeatureOverride& change = changeOf(name);
+    if (change.remove) continue;
+    features.Add(name, FindRow(name)->make({state, actions, change}));
+  }
+  for (const TModelChoice& choice : state.model.choices) {
+    const TFeatureOverride& change = changeOf(choice.feature);
+    TChoice& mine = state.choices[choice.feature];
+    if (change.texts) {
+      const std::wstring present(mine.Text());
+      mine.texts = *change.texts;
+      mine.index = std::max(0, mine.Find(present));
+    }
+    if (!change.remove) features.Add(choice.feature, MakeChoice({state, actions, change}, choice.feature, mine));
+  }
+
+  state.ResetPreAmpGains();
+  state.ShowPreAmpGain();
+  state.thermal.SetFan(state.Choice(L"FanSpeed").Text());
+
+  for (const auto& [name, change] : state.configuration.features) {
+    const std::string fault = FindChangeFault(features, name, change);
+    if (fault.empty()) continue;
+    error = std::string("model ") + state.model.name + ": feature " + Narrow(name) + ": " + fault;
+    return false;
+  }
+
+  // Values last, and as often as it takes: what a feature may be depends on the others.
+  std::vector<std::wstring> waiting;
+  for (const auto& [name, change] : state.configuration.features) {
+    const TRow* row = FindRow(name);
+    if (features.Find(name) && change.value && (!row || row->setsValue)) waiting.push_back(name);
+  }
+  const auto set = [&](const std::wstring& name) {
+    const TFeatureOverride& change = changeOf(name);
+    TFeatureOverride writable = change; // a feature that is configured read-only still takes its configured value
+    writable.readOnly = false;
+    const TRow* row = FindRow(name);
+    const TBuild build{state, actions, writable};
+    const auto setter = row ? row->make(build) : MakeChoice(build, name, state.choices[name]);
+    return SetConfigured(*setter, *change.value);
+  };
+  while (!waiting.empty()) {
+    if (std::erase_if(waiting, set) > 0) continue;
+    error = std::string("model ") + state.model.name + ": feature " + Narrow(waiting.front()) + " cannot be " +
+            Narrow(*changeOf(waiting.front()).value);
+    return false;
+  }
+  return true;
+}
+
+} // namespace vxsim

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+// What a camera model is: its sensor, its speeds, and which features it has with which values.
+#pragma once
+
+#include "vxcore/simulated/TThermalModel.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace vxsim {
+
+/// The most cameras that can be attached.
+constexpr int kMaxCameras = 64;
+
+/// The texts of an enumerated feature and the one chosen when the camera is opened.
+struct TModelChoice
+{
+  const wchar_t* feature;
+  std::vector<const wchar_t*> texts;
+  int initial;
+};
+
+/// One gain channel of a model: what a read-out makes of electrons when "PreAmpGainChannel" has that text.
+struct TModelGain
+{
+  const wchar_t* channel;
+  double electronsPerCount;  ///< at a "PreAmpGain" of 1
+  double readNoiseElectrons; ///< at TCameraModel::readNoiseMegahertz
+  int bitDepth;
+  std::vector<const wchar_t*> preAmpGains; ///< the texts of "PreAmpGain" that are this channel's
+};
+
+enum class EI2cBus
+{
+  Internal,
+  Controller
+};
+
+enum class EI2cDevice
+{
+  Potentiometer,
+  RailMonitor, ///< its rails follow the wipers of the bus's first potentiometer
+  TemperatureProbe
+};
+
+/// A device on one of the camera's I2C buses.
+struct TModelI2cDevice
+{
+  EI2cBus bus;
+  uint8_t address;
+  EI2cDevice kind;
+};
+
+/// A camera model. Constant tables; docs/simulator.md describes them.
+struct TCameraModel
+{
+  const char* name; ///< what a configuration calls it, and what "CameraModel" reads
+  const wchar_t* cameraModel;
+  const wchar_t* hardwareType;
+  const wchar_t* serialNumber;
+  const wchar_t* firmwareVersion;
+  const wchar_t* memoryType;
+
+  int sensorWidth;
+  int sensorHeight;
+  double pixelMicrometres;
+  double fullWellElectrons;
+  double quantumEfficiency;
+  double darkElectronsPerSecond; ///< at 0 degrees Celsius
+  double darkDoublingCelsius;    ///< warming by this doubles it
+  double readNoiseMegahertz;     ///< pixel rate at which the read noise of the gains holds
+  double globalReadNoiseFactor;  ///< how much noisier than a rolling shutter a global one is
+  TModelThermal thermal;
+
+  int readoutPorts;    ///< halves of the sensor that are read out at the same time
+  double clocksPerRow; ///< pixel clocks for one row, overhead included
+  double minimumExposureSeconds;
+  double maximumExposureSeconds;
+  double minimumFrameRate;
+  int maximumBinning;
+  int maximumTracks;
+  long long memoryBytes;
+  int stridePadding;
+  long long timestampFrequency;
+  bool exposureWhileAcquiring; ///< "ExposureTime" may be written in a run
+
+  std::vector<TModelChoice> choices; ///< every enumerated feature of the model
+  std::vector<TModelGain> gains;
+  std::vector<TModelI2cDevice> i2cDevices;
+  std::vector<const wchar_t*> features; ///< every other feature of the model
+};
+
+/// The models there are.
+const std::vector<TCameraModel>& CameraModels();
+/// The model of that name, or null.
+const TCameraModel* FindCameraModel(std::string_view name);
+/// Whether any model has a feature of that name.
+bool IsKnownFeature(std::wstring_view name);
+
+} // namespace vxsim

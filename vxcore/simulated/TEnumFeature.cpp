@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// Enumerated feature of a simulated camera.
+#include "vxcore/simulated/TEnumFeature.h"
+
+namespace vxsim {
+
+TEnumFeature::TEnumFeature(TFeatureAccess access, uint64_t& revision, TChoice& choice,
+                           std::function<bool(std::wstring_view)> textAvailable, std::function<void()> chosen,
+                           std::function<void()> settle)
+    : TFeature(std::move(access), revision),
+      choice_(choice),
+      textAvailable_(std::move(textAvailable)),
+      chosen_(std::move(chosen)),
+      settle_(std::move(settle))
+{
+}
+
+int TEnumFeature::SetIndex(int index)
+{
+  if (!choice_.Has(index)) return VX_ERR_INDEX_NOT_IMPLEMENTED;
+  if (const int code = CheckWrite(); code != VX_SUCCESS) return code;
+  if (!CanChoose(index)) return VX_ERR_INDEX_NOT_AVAILABLE;
+  choice_.index = index;
+  if (chosen_) chosen_();
+  Changed();
+  return VX_SUCCESS;
+}
+
+int TEnumFeature::SetText(std::wstring_view text)
+{
+  const int index = choice_.Find(text);
+  return index < 0 ? VX_ERR_STRING_NOT_AVAILABLE : SetIndex(index);
+}
+
+int TEnumFeature::GetIndex(int& index) const
+{
+  if (const int code = CheckRead(); code != VX_SUCCESS) return code;
+  if (settle_) settle_();
+  index = choice_.index;
+  return VX_SUCCESS;
+}
+
+int TEnumFeature::GetCount(int& count) const
+{
+  count = static_cast<int>(choice_.texts.size());
+  return VX_SUCCESS;
+}
+
+int TEnumFeature::GetTextByIndex(int index, std::wstring_view& text) const
+{
+  if (!choice_.Has(index)) return VX_ERR_INDEX_NOT_IMPLEMENTED;
+  text = choice_.texts[static_cast<size_t>(index)];
+  return VX_SUCCESS;
+}
+
+int TEnumFeature::IsIndexAvailable(int index, bool& available) const
+{
+  available = choice_.Has(index) && CanChoose(index);
+  return VX_SUCCESS;
+}
+
+int TEnumFeature::IsIndexImplemented(int index, bool& implemented) const
+{
+  implemented = choice_.Has(index);
+  return VX_SUCCESS;
+}
+
+bool TEnumFeature::CanChoose(int index) const
+{
+  return !textAvailable_ || textAvailable_(choice_.texts[static_cast<size_t>(index)]);
+}
+
+} // namespace vxsim

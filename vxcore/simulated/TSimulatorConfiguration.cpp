@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: MIT
+// Reads the simulator's configuration: INI sections into plain values, every mistake named.
+#include "vxcore/simulated/TSimulatorConfiguration.h"
+
+#include "vxcore/simulated/TCameraModel.h"
+
+#include <climits>
+#include <cstdint>
+
+namespace vxsim {
+
+using namespace vxcore;
+
+namespace {
+
+/// One key of a camera section: its name, and how its text becomes a setting. False: the text is no good.
+struct TKey
+{
+  const char* name;
+  bool (*read)(const std::string& text, TCameraConfiguration& camera);
+};
+
+/// "Internal 0x2C, Controller 0x4B"
+bool ReadMissingI2c(const std::string& text, TCameraConfiguration& camera)
+{
+  camera.missingI2cDevices.clear();
+  for (const std::string& piece : Split(text, ',')) {
+    const size_t blank = piece.find(' ');
+    const std::string bus = piece.substr(0, blank);
+    TMissingI2cDevice missing;
+    missing.onController = bus == "Controller";
+    if (blank == std::string::npos || (bus != "Controller" && bus != "Internal")) return false;
+    if (!ReadInteger(Trim(std::string_view(piece).substr(blank)), 0, 127, missing.address)) return false;
+    camera.missingI2cDevices.push_back(missing);
+  }
+  return true;
+}
+
+const TKey kCameraKeys[] = {
+    {"Model",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       camera.model = text;
+       return FindCameraModel(text) != nullptr;
+     }},
+    {"Clock",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       camera.clock = text == "free" ? EClock::Free : EClock::Real;
+       return text == "free" || text == "real";
+     }},
+    {"Source",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       camera.source = text == "manual" ? ESource::Manual : ESource::Sensor;
+       return text == "manual" || text == "sensor";
+     }},
+    {"Scene",
+     [](const std::string& text, TCameraConfiguration& camera) { return SceneFromName(text, camera.scene.kind); }},
+    {"Pattern",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return (text == "counter" || text == "stamp") && SceneFromName(text, camera.scene.kind);
+     }},
+    {"Brightness",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e6, camera.scene.brightness);
+     }},
+    {"PhotonsPerSecond",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e12, camera.scene.flatPhotonsPerSecond);
+     }},
+    {"Background",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e12, camera.scene.backgroundPhotonsPerSecond);
+     }},
+    {"Objects",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadInteger(text, 0, 1000000, camera.scene.objectCount);
+     }},
+    {"Motion", [](const std::string& text,
+                  TCameraConfiguration& camera) { return ReadNumber(text, 0.0, 1e6, camera.scene.motionScale); }},
+    {"Noise",
+     [](const std::string& text, TCameraConfiguration& camera) { return ReadSwitch(text, camera.scene.noise); }},
+    {"Gain",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 1e-6, 1e6, camera.gainElectronsPerCount.emplace());
+     }},
+    {"ReadNoise",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e6, camera.readNoiseElectrons.emplace());
+     }},
+    {"FullWell",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 1.0, 1e9, camera.fullWellElectrons.emplace());
+     }},
+    {"DarkCurrent",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e6, camera.darkElectronsPerSecond.emplace());
+     }},
+    {"DarkDoubling",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 1.0, 100.0, camera.darkDoublingCelsius.emplace());
+     }},
+    {"Ambient", [](const std::string& text,
+                   TCameraConfiguration& camera) { return ReadNumber(text, -50.0, 60.0, camera.ambientCelsius); }},
+    {"TimeScale", [](const std::string& text,
+                     TCameraConfiguration& camera) { return ReadNumber(text, 0.0, 10000.0, camera.timeScale); }},
+    {"MissingI2C", ReadMissingI2c},
+    {"Seed", [](const std::string& text,
+                TCameraConfiguration& camera) { return ReadInteger(text, uint64_t{0}, UINT64_MAX, camera.seed); }},
+    {"MemoryBytes",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadInteger(text, 1LL, LLONG_MAX, camera.memoryBytes);
+     }},
+    {"MemoryFrames",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadInteger(text, 1LL, 100000000LL, camera.memoryFrames);
+     }},
+    {"StridePadding",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadInteger(text, 0, 65536, camera.stridePadding);
+     }},
+    {"TriggerPeriod",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e6, camera.trigger.periodSeconds);
+     }},
+    {"TriggerWidth",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 1e-9, 1e6, camera.trigger.widthSeconds);
+     }},
+    {"TriggerDelay",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e6, camera.trigger.delaySeconds);
+     }},
+};
+
+bool ReadRemovals(const std::string& text, TCameraConfiguration& camera)
+{
+  for (const std::string& name : Split(text, ',')) {
+    if (!IsKnownFeature(Widen(name))) return false;
+    camera.features[Widen(name)].remove = true;
+  }
+  return true;
+}
+
+bool ReadCameraKey(const TConfigurationEntry& entry, TCameraConfiguration& camera, std::string& error)
+{
+  if (entry.key == "Remove") {
+    if (ReadRemovals(entry.value, camera)) return true;
+    error = entry.Where() + ": names a feature that no model has";
+    return false;
+  }
+  for (const TKey& key : kCameraKeys) {
+    if (entry.key != key.name) continue;
+    if (key.read(entry.value, camera)) return true;
+    error = entry.Where() + ": '" + entry.value + "' is not a valid value";
+    return false;
+  }
+  error = entry.Where() + ": unknown key";
+  return false;
+}
+
+bool ReadFeatureKey(const TConfigurationEntry& entry, TFeatureOverride& change, std::string& error)
+{
+  bool good = true;
+  if (entry.key == "Value")
+    change.value = Widen(entry.value);
+  else if (entry.key == "Min")
+    good = ReadNumber(entry.value, -1e18, 1e18, change.minimum.emplace());
+  else if (entry.key == "Max")
+    good = ReadNumber(entry.value, -1e18, 1e18, change.maximum.emplace());
+  else if (entry.key == "Remove")
+    good = ReadSwitch(entry.value, change.remove);
+  else if (entry.key == "ReadOnly")
+    good = ReadSwitch(entry.value, change.readOnly);
+  else if (entry.key == "Texts") {
+    std::vector<std::wstring>& texts = change.texts.emplace();
+    for (const std::string& text : Split(entry.value, '|')) texts.push_back(Widen(text));
+  } else {
+    error = entry.Where() + ": unknown key";
+    return false;
+  }
+  if (!good) error = entry.Where() + ": '" + entry.value + "' is not a valid value";
+  return good;
+}
+
+/// Takes "Camera<n>" or "Camera<n>.<Feature>" apart.
+bool ReadSectionName(const TConfigurationEntry& entry, size_t cameraCount, size_t& camera, std::string& feature,
+                     std::string& error)
+{
+  const std::string kPrefix = "Camera";
+  const size_t dot = entry.section.find('.');
+  const std::string number = entry.section.substr(0, dot);
+  if (number.rfind(kPrefix, 0) != 0 ||
+      !ReadInteger(number.substr(kPrefix.size()), size_t{0}, size_t{9999}, camera)) {
+    error = entry.Where() + ": unknown section";
+    return false;
+  }
+  if (camera >= cameraCount) {
+    error = entry.Where() + ": there are only " + std::to_string(cameraCount) + " cameras, numbered from 0";
+    return false;
+  }
+  feature = dot == std::string::npos ? std::string() : entry.section.substr(dot + 1);
+  if (dot != std::string::npos && !IsKnownFeature(Widen(feature))) {
+    error = entry.Where() + ": no model has a feature of this name";
+    return false;
+  }
+  return true;
+}
+
+bool ReadEntry(const TConfigurationEntry& entry, TSimulatorConfiguration& configuration, std::string& error)
+{
+  if (entry.section == "Simulator") return true; // read before all others
+  size_t camera = 0;
+  std::string feature;
+  if (!ReadSectionName(entry, configuration.cameras.size(), camera, feature, error)) return false;
+  TCameraConfiguration& settings = configuration.cameras[camera];
+  if (feature.empty()) return ReadCameraKey(entry, settings, error);
+  return ReadFeatureKey(entry, settings.features[Widen(feature)], error);
+}
+
+bool ReadCameraCount(const std::vector<TConfigurationEntry>& entries, TSimulatorConfiguration& configuration,
+                     std::string& error)
+{
+  for (const TConfigurationEntry& entry : entries) {
+    if (entry.section != "Simulator") continue;
+    size_t count = 0;
+    if (entry.key != "Cameras") {
+      error = entry.Where() + ": unknown key";
+      return false;
+    }
+    if (!ReadInteger(entry.value, size_t{0}, size_t{kMaxCameras}, count)) {
+      error = entry.Where() + ": '" + entry.value + "' is not a number from 0 to " + std::to_string(kMaxCameras);
+      return false;
+    }
+    configuration.cameras.resize(count);
+  }
+  return true;
+}
+
+} // namespace
+
+TSimulatorConfiguration TSimulatorConfiguration::BuiltIn()
+{
+  TSimulatorConfiguration configuration;
+  configuration.cameras.resize(2);
+  configuration.cameras[0].model = "TRELLIS CMOS";
+  configuration.cameras[1].model = "RQ512_LX";
+  configuration.cameras[1].scene.kind = ESceneKind::Beads;
+  configuration.cameras[1].seed = 2;
+  return configuration;
+}
+
+bool TSimulatorConfiguration::Read(const std::vector<TConfigurationEntry>& entries,
+                                   TSimulatorConfiguration& configuration, std::string& error)
+{
+  TSimulatorConfiguration result;
+  result.cameras.resize(1);
+  if (!ReadCameraCount(entries, result, error)) return false;
+  for (const TConfigurationEntry& entry : entries) {
+    if (!ReadEntry(entry, result, error)) return false;
+  }
+  configuration = std::move(result);
+  return true;
+}
+
+} // namespace vxsim

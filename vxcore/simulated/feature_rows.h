@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// What the tables of a camera's features are made of.
+#pragma once
+
+#include "vxcore/simulated/TBoolFeature.h"
+#include "vxcore/simulated/TCameraFeatures.h"
+#include "vxcore/simulated/TCommandFeature.h"
+#include "vxcore/simulated/TFloatFeature.h"
+#include "vxcore/simulated/TIntFeature.h"
+#include "vxcore/simulated/TStringFeature.h"
+
+#include <cwchar>
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace vxsim {
+
+/// What a row of the table works with.
+struct TBuild
+{
+  TCameraState& state;
+  const TCameraActions& actions;
+  const TFeatureOverride& change;
+
+  TFeatureAccess Access() const
+  {
+    TFeatureAccess access;
+    access.readOnly = change.readOnly;
+    return access;
+  }
+  /// Writable, but not in a run.
+  TFeatureAccess IdleOnly() const
+  {
+    TFeatureAccess access = Access();
+    access.writable = [&s = state] { return !s.acquiring; };
+    return access;
+  }
+
+  std::unique_ptr<IFeature> Int(TFeatureAccess access, TNumberBinding<long long> binding) const
+  {
+    return std::make_unique<TIntFeature>(std::move(access), state.revision, std::move(binding), change);
+  }
+  std::unique_ptr<IFeature> Float(TFeatureAccess access, TNumberBinding<double> binding) const
+  {
+    return std::make_unique<TFloatFeature>(std::move(access), state.revision, std::move(binding), change);
+  }
+  std::unique_ptr<IFeature> Bool(TFeatureAccess access, bool& value) const
+  {
+    return std::make_unique<TBoolFeature>(
+        std::move(access), state.revision, [&value] { return value; }, [&value](bool v) { value = v; });
+  }
+  std::unique_ptr<IFeature> String(const wchar_t* text) const
+  {
+    TFeatureAccess access;
+    access.readOnly = true;
+    return std::make_unique<TStringFeature>(std::move(access), state.revision, change.value.value_or(text));
+  }
+  std::unique_ptr<IFeature> Command(TFeatureAccess access, std::function<int(TDeviceLock&)> run) const
+  {
+    return std::make_unique<TCommandFeature>(std::move(access), state.revision, std::move(run));
+  }
+  /// A number that the camera only tells. A configured value takes its place.
+  std::unique_ptr<IFeature> Reading(std::function<long long()> get) const
+  {
+    if (change.value) get = [fixed = std::wcstoll(change.value->c_str(), nullptr, 10)] { return fixed; };
+    return Int(Access(), {.get = std::move(get), .set = {}, .minimum = {}, .maximum = {}});
+  }
+  std::unique_ptr<IFeature> Reading(std::function<double()> get) const
+  {
+    if (change.value) get = [fixed = std::wcstod(change.value->c_str(), nullptr)] { return fixed; };
+    return Float(Access(), {.get = std::move(get), .set = {}, .minimum = {}, .maximum = {}});
+  }
+};
+
+/// One feature: its name, how it is made, and whether a configured value is set through it or baked in.
+struct TRow
+{
+  const wchar_t* name;
+  std::unique_ptr<IFeature> (*make)(const TBuild& build);
+  bool setsValue = false;
+};
+
+/// Whether an index is one of @p count places. Configured limits may be anything; this holds beside them, so that
+/// nothing is read beyond its end.
+inline bool IsPlaceIn(long long place, long long count)
+{
+  return place >= 0 && place < count;
+}
+
+} // namespace vxsim
