@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The table of features: what each reads, writes and depends on.
+// The table of features: what each reads, writes and depends on; which families of models have it.
 #include "vxcore/simulated/TCameraFeatures.h"
 
 #include "vxcore/backend/configuration_text.h"
@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <climits>
 #include <cwchar>
-#include <iterator>
 #include <span>
 
 namespace vxsim {
@@ -29,6 +28,11 @@ constexpr long long kMaxAccumulations = 100000;
 bool IsSizeOnSensor(long long size)
 {
   return size >= 1 && size <= kMaxSensorPixels;
+}
+
+bool IsTwelveBits(std::wstring_view encoding)
+{
+  return encoding.starts_with(L"Mono12");
 }
 
 std::unique_ptr<IFeature> MakeAoiLeft(const TBuild& b)
@@ -176,13 +180,13 @@ std::unique_ptr<IFeature> MakeExposureTime(const TBuild& b)
   TFeatureAccess access = b.Access();
   access.writable = [&s] {
     if (s.acquiring && !s.model.exposureWhileAcquiring) return false;
-    return !s.Choice(L"TriggerMode").Is(L"External Exposure"); // the pulse's width is the exposure
+    return s.Trigger() != ETrigger::ExternalExposure; // the pulse's width is the exposure
   };
   // A global shutter empties all rows at once and cannot expose for less than a row's time.
   const auto minimum = [&s] {
-    const bool global = s.Choice(L"ElectronicShutteringMode").Is(L"Global");
-    return global ? std::max(s.model.minimumExposureSeconds, TFrameTiming::Of(s).rowSeconds)
-                  : s.model.minimumExposureSeconds;
+    return s.Shutter() == EShutter::Global
+               ? std::max(s.model.minimumExposureSeconds, TFrameTiming::Of(s).rowSeconds)
+               : s.model.minimumExposureSeconds;
   };
   return b.Float(std::move(access), {.get = [&s] { return TFrameTiming::Of(s).exposureSeconds; },
                                      .set = [&s](double v) { s.exposureSeconds = v; },
@@ -195,8 +199,8 @@ std::unique_ptr<IFeature> MakeFrameRate(const TBuild& b)
   TCameraState& s = b.state;
   TFeatureAccess access = b.Access();
   access.writable = [&s] {
-    const TChoice& mode = s.Choice(L"TriggerMode");
-    return mode.Is(L"Internal") || mode.Is(L"External Start"); // otherwise triggers set the rate
+    return s.Trigger() == ETrigger::Internal ||
+           s.Trigger() == ETrigger::ExternalStart; // otherwise triggers set the rate
   };
   const auto maximum = [&s] { return 1.0 / TFrameTiming::Of(s).fastestSeconds; };
   return b.Float(std::move(access),
@@ -235,7 +239,7 @@ TFeatureAccess ReadOnly()
 std::unique_ptr<IFeature> MakeSoftwareTrigger(const TBuild& b)
 {
   TFeatureAccess access = b.Access();
-  access.available = [&s = b.state] { return s.Choice(L"TriggerMode").Is(L"Software"); };
+  access.available = [&s = b.state] { return s.Trigger() == ETrigger::Software; };
   return b.Command(std::move(access), [trigger = b.actions.softwareTrigger](TDeviceLock&) { return trigger(); });
 }
 
@@ -256,9 +260,8 @@ std::unique_ptr<IFeature> MakeBaselineLevel(const TBuild& b)
 
 std::unique_ptr<IFeature> MakeSensorCooling(const TBuild& b)
 {
-  return std::make_unique<TBoolFeature>(
-      b.Access(), b.state.revision, [now = b.actions.thermal] { return now().IsCooling(); },
-      [now = b.actions.thermal](bool on) { now().SetCooling(on); });
+  return b.Bool(b.Access(), {.get = [now = b.actions.thermal] { return now().IsCooling(); },
+                             .set = [now = b.actions.thermal](bool on) { now().SetCooling(on); }});
 }
 
 std::unique_ptr<IFeature> MakeTargetTemperature(const TBuild& b)
@@ -277,7 +280,7 @@ const TRow kRows[] = {
     {L"HardwareType", [](const TBuild& b) { return b.String(b.state.model.hardwareType); }},
     {L"SerialNumber", [](const TBuild& b) { return b.String(b.state.model.serialNumber); }},
     {L"FirmwareVersion", [](const TBuild& b) { return b.String(b.state.model.firmwareVersion); }},
-    {L"DDR2Type", [](const TBuild& b) { return b.String(b.state.model.memoryType); }},
+    {L"DDR2Type", [](const TBuild& b) { return b.String(b.state.model.memoryType); }, false, Family::kMemoryType},
     {L"SensorWidth",
      [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.sensorWidth; })); }},
     {L"SensorHeight",
@@ -286,37 +289,39 @@ const TRow kRows[] = {
      [](const TBuild& b) { return b.Reading(TReal([&s = b.state] { return s.model.pixelMicrometres; })); }},
     {L"PixelHeight",
      [](const TBuild& b) { return b.Reading(TReal([&s = b.state] { return s.model.pixelMicrometres; })); }},
-    {L"AOIHBin", MakeAoiHBin, true},
-    {L"AOIVBin", MakeAoiVBin, true},
+    {L"AOIHBin", MakeAoiHBin, true, Family::kFreeBinning},
+    {L"AOIVBin", MakeAoiVBin, true, Family::kFreeBinning},
     {L"AOIHBinInternal",
      [](const TBuild& b) {
        return MakeBinInternal(
            b, [&s = b.state] { return s.Columns().bin; }, [&s = b.state] { return MaximumHBin(s); });
-     }},
+     },
+     false, Family::kFreeBinning},
     {L"AOIVBinInternal",
      [](const TBuild& b) {
        return MakeBinInternal(
            b, [&s = b.state] { return s.verticalBin; }, [&s = b.state] { return MaximumVBin(s); });
-     }},
+     },
+     false, Family::kFreeBinning},
     {L"AOIWidth", MakeAoiWidth, true},
     {L"AOIHeight", MakeAoiHeight, true},
     {L"AOILeft", MakeAoiLeft, true},
     {L"AOITop", MakeAoiTop, true},
-    {L"AOICount", MakeAoiCount, true},
-    {L"AOISelector", MakeAoiSelector, true},
+    {L"AOICount", MakeAoiCount, true, Family::kTracks},
+    {L"AOISelector", MakeAoiSelector, true, Family::kTracks},
     {L"AOIStride",
      [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.StrideBytes(); })); }},
     {L"ImageSizeBytes",
      [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.ImageSizeBytes(); })); }},
     {L"ExposureTime", MakeExposureTime, true},
     {L"FrameRate", MakeFrameRate, true},
-    {L"BurstRate", MakeBurstRate, true},
+    {L"BurstRate", MakeBurstRate, true, Family::kAccumulation},
     {L"ReadoutTime",
      [](const TBuild& b) {
        return b.Reading(TReal([&s = b.state] { return TFrameTiming::Of(s).readoutSeconds; }));
      }},
     {L"AccumulateCount", [](const TBuild& b) { return MakeCount(b, b.state.accumulateCount, kMaxAccumulations); },
-     true},
+     true, Family::kAccumulation},
     {L"FrameCount", [](const TBuild& b) { return MakeCount(b, b.state.frameCount, INT_MAX); }, true},
     {L"SoftwareTrigger", MakeSoftwareTrigger},
     {L"Overlap", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.overlap); }, true},
@@ -336,8 +341,8 @@ const TRow kRows[] = {
     {L"CameraAcquiring", [](const TBuild& b) { return b.Bool(ReadOnly(), b.state.acquiring); }},
     {L"BaselineClamp", [](const TBuild& b) { return b.Bool(b.IdleOnly(), b.state.baselineClamp); }, true},
     {L"BaselineLevel", MakeBaselineLevel, true},
-    {L"ExposureStartEvent", [](const TBuild& b) { return MakeEvent(b, 1); }},
-    {L"ExposureEndEvent", [](const TBuild& b) { return MakeEvent(b, 2); }},
+    {L"ExposureStartEvent", [](const TBuild& b) { return MakeEvent(b, 1); }, false, Family::kEvents},
+    {L"ExposureEndEvent", [](const TBuild& b) { return MakeEvent(b, 2); }, false, Family::kEvents},
     {L"SensorCooling", MakeSensorCooling, true},
     {L"SensorTemperature",
      [](const TBuild& b) {
@@ -346,54 +351,55 @@ const TRow kRows[] = {
     {L"TargetSensorTemperature", MakeTargetTemperature, true},
 };
 
+template <typename Visit>
+void ForEachRow(Visit&& visit)
+{
+  for (const TRow& row : kRows) visit(row);
+  for (const TRow& row : BusFeatureRows()) visit(row);
+}
+
 const TRow* FindRow(std::wstring_view name)
 {
-  const auto isNamed = [name](const TRow& row) { return name == row.name; };
-  if (const auto* row = std::ranges::find_if(kRows, isNamed); row != std::end(kRows)) return row;
-  const std::span<const TRow> busRows = BusFeatureRows();
-  const auto row = std::ranges::find_if(busRows, isNamed);
-  return row == busRows.end() ? nullptr : &*row;
+  const TRow* found = nullptr;
+  ForEachRow([&](const TRow& row) {
+    if (name == row.name) found = &row;
+  });
+  return found;
 }
 
-/// Chooses index @p index of a setting as far as it has one.
-void ChooseIndex(TChoice* choice, int index)
-{
-  if (choice && choice->Has(index)) choice->index = index;
-}
-
-/// Settles what hangs on the gain: the two names of the gain channel, the bit depth, the encodings that can hold
-/// it.
+/// Settles what depends on the gain: the two names of the gain channel, the bit depth, the encodings that can have it.
 void SettleGain(TCameraState& state, bool bySimpleControl)
 {
-  TChoice* channel = state.FindChoice(L"PreAmpGainChannel");
-  TChoice* simple = state.FindChoice(L"SimplePreAmpGainControl");
-  if (channel && simple) {
-    ChooseIndex(bySimpleControl ? channel : simple, bySimpleControl ? simple->index : channel->index);
+  TChoice& channel = state.Choice(EChoice::PreAmpGainChannel);
+  TChoice& simple = state.Choice(EChoice::SimplePreAmpGainControl);
+  if (channel.Exists() && simple.Exists()) {
+    if (bySimpleControl)
+      channel.Choose(simple.Index());
+    else
+      simple.Choose(channel.Index());
   }
-  const bool both = state.Choice(L"PreAmpGainChannel").Is(L"Both");
-  ChooseIndex(state.FindChoice(L"BitDepth"), both ? 1 : 0);
-  TChoice* encoding = state.FindChoice(L"PixelEncoding");
-  if (encoding && both && encoding->Text().starts_with(L"Mono12")) encoding->Choose(L"Mono16");
+  state.Choice(EChoice::BitDepth).Choose(state.IsGainCombined() ? 1 : 0);
+  TChoice& encoding = state.Choice(EChoice::PixelEncoding);
+  if (state.IsGainCombined() && IsTwelveBits(encoding.Text())) encoding.Choose(L"Mono16");
 }
 
-/// A global shutter cannot be read out at the highest rate.
-bool IsRateAvailable(const TCameraState& state, std::wstring_view text)
+/// A global shutter cannot be read out at the highest of three rates or more.
+bool IsRateAvailable(const TCameraState& state, int index)
 {
-  if (!state.Choice(L"ElectronicShutteringMode").Is(L"Global")) return true;
-  const TChoice& rates = state.Choice(L"PixelReadoutRate");
-  return rates.texts.size() < 3 || text != rates.texts.back();
+  const int count = static_cast<int>(state.Choice(EChoice::PixelReadoutRate).Texts().size());
+  return state.Shutter() != EShutter::Global || count < 3 || index != count - 1;
 }
 
 void SettleShutter(TCameraState& state)
 {
-  TChoice* rate = state.FindChoice(L"PixelReadoutRate");
-  if (rate && !IsRateAvailable(state, rate->Text())) --rate->index;
+  TChoice& rate = state.Choice(EChoice::PixelReadoutRate);
+  if (!IsRateAvailable(state, rate.Index())) rate.Choose(rate.Index() - 1);
 }
 
 /// "2x2" to both binning factors.
 void SettleBinning(TCameraState& state)
 {
-  const std::wstring text(state.Choice(L"AOIBinning").Text());
+  const std::wstring text(state.Choice(EChoice::AoiBinning).Text());
   wchar_t* rest = nullptr;
   const long horizontal = std::wcstol(text.c_str(), &rest, 10);
   const long vertical = *rest == L'x' ? std::wcstol(rest + 1, nullptr, 10) : horizontal;
@@ -403,48 +409,71 @@ void SettleBinning(TCameraState& state)
   state.FitArea();
 }
 
-std::unique_ptr<IFeature> MakeChoice(const TBuild& b, const std::wstring& name, TChoice& choice)
+std::unique_ptr<IFeature> MakeChoice(const TBuild& b, EChoice which)
 {
   TCameraState& s = b.state;
+  TChoice& choice = s.Choice(which);
   TFeatureAccess access = b.IdleOnly();
-  std::function<bool(std::wstring_view)> available;
+  std::function<bool(int)> available;
   std::function<void()> chosen;
   std::function<void()> settle;
-  if (name == L"PixelEncoding") {
-    available = [&s](std::wstring_view text) {
-      return !text.starts_with(L"Mono12") || !s.Choice(L"PreAmpGainChannel").Is(L"Both");
-    };
-  } else if (name == L"PreAmpGainChannel")
+  switch (which) {
+  case EChoice::PixelEncoding:
+    available = [&s, &choice](int index) { return !IsTwelveBits(choice.TextAt(index)) || !s.IsGainCombined(); };
+    break;
+  case EChoice::PreAmpGainChannel:
     chosen = [&s] { SettleGain(s, false); };
-  else if (name == L"SimplePreAmpGainControl")
+    break;
+  case EChoice::SimplePreAmpGainControl:
     chosen = [&s] { SettleGain(s, true); };
-  else if (name == L"PixelReadoutRate")
-    available = [&s](std::wstring_view text) { return IsRateAvailable(s, text); };
-  else if (name == L"ElectronicShutteringMode")
+    break;
+  case EChoice::PixelReadoutRate:
+    available = [&s](int index) { return IsRateAvailable(s, index); };
+    break;
+  case EChoice::ShutteringMode:
     chosen = [&s] { SettleShutter(s); };
-  else if (name == L"AOIBinning")
+    break;
+  case EChoice::AoiBinning:
     chosen = [&s] { SettleBinning(s); };
-  else if (name == L"BitDepth")
+    break;
+  case EChoice::BitDepth:
     access.readOnly = true; // follows from the gain
-  else if (name == L"PreAmpGain") {
-    available = [&s](std::wstring_view text) {
-      return s.HasPreAmpGain(s.Choice(L"PreAmpGainSelector").Text(), text);
+    break;
+  case EChoice::PreAmpGain:
+    available = [&s, &choice](int index) {
+      return s.HasPreAmpGain(s.Choice(EChoice::PreAmpGainSelector).Text(), choice.TextAt(index));
     };
     chosen = [&s] { s.KeepPreAmpGain(); };
-  } else if (name == L"PreAmpGainSelector")
+    break;
+  case EChoice::PreAmpGainSelector:
     chosen = [&s] { s.ShowPreAmpGain(); };
-  else if (name == L"FanSpeed") {
+    break;
+  case EChoice::FanSpeed:
     access = b.Access();
-    chosen = [&choice, now = b.actions.thermal] { now().SetFan(choice.Text()); };
-  } else if (name == L"TemperatureStatus") {
+    chosen = [&s, now = b.actions.thermal] { now().SetFan(s.Fan()); };
+    break;
+  case EChoice::TemperatureStatus:
     access = ReadOnly();
     settle = [&choice, now = b.actions.thermal] {
-      const int status = static_cast<int>(now().Status()); // the texts are told apart by their order
-      if (choice.Has(status)) choice.index = status;
+      choice.Choose(static_cast<int>(now().Status())); // the texts are told apart by their order
     };
+    break;
+  case EChoice::AoiLayout:
+  case EChoice::CycleMode:
+  case EChoice::TriggerMode:
+  case EChoice::TriggerConfiguration:
+    break;
   }
   return std::make_unique<TEnumFeature>(std::move(access), s.revision, choice, std::move(available),
                                         std::move(chosen), std::move(settle));
+}
+
+/// The feature of a name that some model has.
+std::unique_ptr<IFeature> MakeFeature(const TBuild& b, const std::wstring& name)
+{
+  if (const std::optional<EChoice> choice = ChoiceOfName(name)) return MakeChoice(b, *choice);
+  const TRow* row = FindRow(name);
+  return row ? row->make(b) : nullptr;
 }
 
 /// Sets a configured value through a feature of whatever kind it is.
@@ -505,6 +534,11 @@ std::string FindChangeFault(const TFeatureSet& features, const std::wstring& nam
 
 } // namespace
 
+bool IsKnownFeature(std::wstring_view name)
+{
+  return FindRow(name) || ChoiceOfName(name);
+}
+
 bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFeatureSet& features,
                          std::string& error)
 {
@@ -515,25 +549,25 @@ bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFe
   };
   ChangeSensor(state);
 
-  for (const wchar_t* name : state.model.features) {
+  ForEachRow([&](const TRow& row) {
+    const TFeatureOverride& change = changeOf(row.name);
+    if (row.IsOf(state.model) && !change.remove) features.Add(row.name, row.make({state, actions, change}));
+  });
+  for (const TModelChoice& has : state.model.choices) {
+    const wchar_t* name = ChoiceName(has.choice);
     const TFeatureOverride& change = changeOf(name);
-    if (change.remove) continue;
-    features.Add(name, FindRow(name)->make({state, actions, change}));
-  }
-  for (const TModelChoice& choice : state.model.choices) {
-    const TFeatureOverride& change = changeOf(choice.feature);
-    TChoice& mine = state.choices[choice.feature];
     if (change.texts) {
-      const std::wstring present(mine.Text());
-      mine.texts = *change.texts;
-      mine.index = std::max(0, mine.Find(present));
+      TChoice& choice = state.Choice(has.choice);
+      const std::wstring present(choice.Text());
+      choice.SetTexts(has.choice, *change.texts);
+      choice.Choose(std::max(0, choice.Find(present)));
     }
-    if (!change.remove) features.Add(choice.feature, MakeChoice({state, actions, change}, choice.feature, mine));
+    if (!change.remove) features.Add(name, MakeChoice({state, actions, change}, has.choice));
   }
 
   state.ResetPreAmpGains();
   state.ShowPreAmpGain();
-  state.thermal.SetFan(state.Choice(L"FanSpeed").Text());
+  state.thermal.SetFan(state.Fan());
 
   for (const auto& [name, change] : state.configuration.features) {
     const std::string fault = FindChangeFault(features, name, change);
@@ -552,10 +586,7 @@ bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFe
     const TFeatureOverride& change = changeOf(name);
     TFeatureOverride writable = change; // a feature that is configured read-only still takes its configured value
     writable.readOnly = false;
-    const TRow* row = FindRow(name);
-    const TBuild build{state, actions, writable};
-    const auto setter = row ? row->make(build) : MakeChoice(build, name, state.choices[name]);
-    return SetConfigured(*setter, *change.value);
+    return SetConfigured(*MakeFeature({state, actions, writable}, name), *change.value);
   };
   while (!waiting.empty()) {
     if (std::erase_if(waiting, set) > 0) continue;

@@ -21,6 +21,9 @@ struct TCameraActions
   std::function<TThermalModel&()> thermal; ///< as it is now
 };
 
+/// Whether any model has a feature of that name.
+bool IsKnownFeature(std::wstring_view name);
+
 /// Fills @p features with what the model has and the configuration leaves, and brings the state to the configured
 /// values. False, with a message, when a configured value does not fit its feature.
 bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFeatureSet& features,

@@ -2,71 +2,15 @@
 // The tables of the camera models.
 #include "vxcore/simulated/TCameraModel.h"
 
-#include <algorithm>
-
 namespace vxsim {
 
 namespace {
 
 constexpr long long kGiB = 1LL << 30;
 
-/// What every model has besides its enumerated features.
-const std::vector<const wchar_t*> kCommonFeatures = {
-    L"CameraModel",
-    L"HardwareType",
-    L"SerialNumber",
-    L"FirmwareVersion",
-    L"SensorWidth",
-    L"SensorHeight",
-    L"PixelWidth",
-    L"PixelHeight",
-    L"AOIWidth",
-    L"AOIHeight",
-    L"AOILeft",
-    L"AOITop",
-    L"AOIStride",
-    L"ImageSizeBytes",
-    L"ExposureTime",
-    L"FrameRate",
-    L"ReadoutTime",
-    L"FrameCount",
-    L"SoftwareTrigger",
-    L"Overlap",
-    L"MetadataEnable",
-    L"TimestampClock",
-    L"TimestampClockFrequency",
-    L"TimestampClockReset",
-    L"AcquisitionStart",
-    L"AcquisitionStop",
-    L"CameraAcquiring",
-    L"BaselineClamp",
-    L"BaselineLevel",
-    L"SensorCooling",
-    L"SensorTemperature",
-    L"TargetSensorTemperature",
-    L"RegisterAddress",
-    L"RegisterCount",
-    L"RegisterIndex",
-    L"RegisterValue",
-    L"RegisterRead",
-    L"RegisterWrite",
-    L"InternalI2CAddress",
-    L"InternalI2CByteCount",
-    L"InternalI2CByteSelector",
-    L"InternalI2CByte",
-    L"InternalI2CRead",
-    L"InternalI2CWrite",
-};
-
 /// The order of ETemperatureStatus.
 const std::vector<const wchar_t*> kTemperatureStatuses = {L"Cooler Off", L"Stabilised", L"Not Reached", L"Drift",
                                                           L"Not Stabilised"};
-
-std::vector<const wchar_t*> WithCommon(std::vector<const wchar_t*> features)
-{
-  features.insert(features.end(), kCommonFeatures.begin(), kCommonFeatures.end());
-  return features;
-}
 
 /// Large sensor, two gain channels that can be combined, read out in two halves: 105 full frames a second.
 TCameraModel MakeTrellis()
@@ -101,19 +45,21 @@ TCameraModel MakeTrellis()
       .exposureWhileAcquiring = true,
       .choices =
           {
-              {L"AOILayout", {L"Image", L"Track"}, 0},
-              {L"PixelEncoding", {L"Mono12", L"Mono12Packed", L"Mono16", L"Mono32"}, 2},
-              {L"CycleMode", {L"Fixed", L"Continuous"}, 0},
-              {L"TriggerMode",
+              {EChoice::AoiLayout, {L"Image", L"Track"}, 0},
+              {EChoice::PixelEncoding, {L"Mono12", L"Mono12Packed", L"Mono16", L"Mono32"}, 2},
+              {EChoice::CycleMode, {L"Fixed", L"Continuous"}, 0},
+              {EChoice::TriggerMode,
                {L"Internal", L"Software", L"External", L"External Start", L"External Exposure"},
                0},
-              {L"ElectronicShutteringMode", {L"Rolling", L"Global"}, 0},
-              {L"PixelReadoutRate", {L"100 MHz", L"200 MHz", L"280 MHz"}, 2},
-              {L"PreAmpGainChannel", {L"Low", L"High", L"Both"}, 2},
-              {L"SimplePreAmpGainControl", {L"Gain 1 (11-bit)", L"Gain 2 (11-bit)", L"Gain 1+2 (16-bit)"}, 2},
-              {L"BitDepth", {L"11 Bit", L"16 Bit"}, 1},
-              {L"FanSpeed", {L"Off", L"Low", L"On"}, 2},
-              {L"TemperatureStatus", kTemperatureStatuses, 0},
+              {EChoice::ShutteringMode, {L"Rolling", L"Global"}, 0},
+              {EChoice::PixelReadoutRate, {L"100 MHz", L"200 MHz", L"280 MHz"}, 2},
+              {EChoice::PreAmpGainChannel, {L"Low", L"High", L"Both"}, 2},
+              {EChoice::SimplePreAmpGainControl,
+               {L"Gain 1 (11-bit)", L"Gain 2 (11-bit)", L"Gain 1+2 (16-bit)"},
+               2},
+              {EChoice::BitDepth, {L"11 Bit", L"16 Bit"}, 1},
+              {EChoice::FanSpeed, {L"Off", L"Low", L"On"}, 2},
+              {EChoice::TemperatureStatus, kTemperatureStatuses, 0},
           },
       .gains = {{L"Low", 15.0, 14.0, 11, {}}, {L"High", 0.6, 1.2, 11, {}}, {L"Both", 0.5, 1.3, 16, {}}},
       .i2cDevices = {{EI2cBus::Internal, 0x2C, EI2cDevice::Potentiometer},
@@ -122,11 +68,8 @@ TCameraModel MakeTrellis()
                      {EI2cBus::Internal, 0x4A, EI2cDevice::TemperatureProbe},
                      {EI2cBus::Controller, 0x2E, EI2cDevice::Potentiometer},
                      {EI2cBus::Controller, 0x4B, EI2cDevice::TemperatureProbe}},
-      .features =
-          WithCommon({L"DDR2Type", L"AOIHBin", L"AOIVBin", L"AOIHBinInternal", L"AOIVBinInternal", L"AOICount",
-                      L"AOISelector", L"AccumulateCount", L"BurstRate", L"ExposureStartEvent", L"ExposureEndEvent",
-                      L"ControllerI2CAddress", L"ControllerI2CByteCount", L"ControllerI2CByteSelector",
-                      L"ControllerI2CByte", L"ControllerI2CRead", L"ControllerI2CWrite"}),
+      .families = Family::kMemoryType | Family::kFreeBinning | Family::kTracks | Family::kAccumulation |
+                  Family::kEvents | Family::kControllerBus,
   };
 }
 
@@ -163,27 +106,24 @@ TCameraModel MakeRq512()
       .exposureWhileAcquiring = true,
       .choices =
           {
-              {L"PixelEncoding", {L"Mono8", L"Mono12", L"Mono12Packed", L"Mono16", L"Mono32"}, 3},
-              {L"CycleMode", {L"Fixed", L"Continuous"}, 0},
-              {L"TriggerMode", {L"Internal", L"Software", L"External", L"External Start"}, 0},
-              {L"ElectronicShutteringMode", {L"Global"}, 0},
-              {L"PixelReadoutRate", {L"100 MHz", L"200 MHz"}, 1},
-              {L"PreAmpGainChannel", {L"Low", L"High"}, 0},
-              {L"PreAmpGainSelector", {L"Low", L"High"}, 0},
-              {L"PreAmpGain", {L"1x", L"2x", L"10x", L"30x"}, 0},
-              {L"BitDepth", {L"12 Bit"}, 0},
-              {L"FanSpeed", {L"Off", L"Low", L"On"}, 2},
-              {L"TemperatureStatus", kTemperatureStatuses, 0},
+              {EChoice::PixelEncoding, {L"Mono8", L"Mono12", L"Mono12Packed", L"Mono16", L"Mono32"}, 3},
+              {EChoice::CycleMode, {L"Fixed", L"Continuous"}, 0},
+              {EChoice::TriggerMode, {L"Internal", L"Software", L"External", L"External Start"}, 0},
+              {EChoice::ShutteringMode, {L"Global"}, 0},
+              {EChoice::PixelReadoutRate, {L"100 MHz", L"200 MHz"}, 1},
+              {EChoice::PreAmpGainChannel, {L"Low", L"High"}, 0},
+              {EChoice::PreAmpGainSelector, {L"Low", L"High"}, 0},
+              {EChoice::PreAmpGain, {L"1x", L"2x", L"10x", L"30x"}, 0},
+              {EChoice::BitDepth, {L"12 Bit"}, 0},
+              {EChoice::FanSpeed, {L"Off", L"Low", L"On"}, 2},
+              {EChoice::TemperatureStatus, kTemperatureStatuses, 0},
           },
       .gains = {{L"Low", 20.0, 18.0, 12, {L"1x", L"2x"}}, {L"High", 20.0, 2.0, 12, {L"10x", L"30x"}}},
       .i2cDevices = {{EI2cBus::Internal, 0x2C, EI2cDevice::Potentiometer},
                      {EI2cBus::Internal, 0x48, EI2cDevice::RailMonitor},
                      {EI2cBus::Internal, 0x4A, EI2cDevice::TemperatureProbe},
                      {EI2cBus::Controller, 0x4B, EI2cDevice::TemperatureProbe}},
-      .features = WithCommon({L"DDR2Type", L"AOIHBin", L"AOIVBin", L"AOIHBinInternal", L"AOIVBinInternal",
-                              L"AccumulateCount", L"BurstRate", L"ControllerI2CAddress", L"ControllerI2CByteCount",
-                              L"ControllerI2CByteSelector", L"ControllerI2CByte", L"ControllerI2CRead",
-                              L"ControllerI2CWrite"}),
+      .families = Family::kMemoryType | Family::kFreeBinning | Family::kAccumulation | Family::kControllerBus,
   };
 }
 
@@ -220,27 +160,27 @@ TCameraModel MakeTarn()
       .exposureWhileAcquiring = false,
       .choices =
           {
-              {L"AOILayout", {L"Image", L"Track"}, 0},
-              {L"AOIBinning", {L"1x1", L"2x2", L"3x3", L"4x4", L"8x8"}, 0},
-              {L"PixelEncoding", {L"Mono8", L"Mono12", L"Mono12Packed", L"Mono16"}, 3},
-              {L"CycleMode", {L"Fixed", L"Continuous"}, 0},
-              {L"TriggerMode",
+              {EChoice::AoiLayout, {L"Image", L"Track"}, 0},
+              {EChoice::AoiBinning, {L"1x1", L"2x2", L"3x3", L"4x4", L"8x8"}, 0},
+              {EChoice::PixelEncoding, {L"Mono8", L"Mono12", L"Mono12Packed", L"Mono16"}, 3},
+              {EChoice::CycleMode, {L"Fixed", L"Continuous"}, 0},
+              {EChoice::TriggerMode,
                {L"Internal", L"Software", L"External Level Transition", L"External Start", L"External Exposure"},
                0},
-              {L"TriggerConfiguration", {L"Rising", L"Falling", L"Both"}, 0},
-              {L"ElectronicShutteringMode", {L"Rolling"}, 0},
-              {L"PixelReadoutRate", {L"50 MHz", L"100 MHz"}, 1},
-              {L"PreAmpGainChannel", {L"Low"}, 0},
-              {L"PreAmpGainSelector", {L"Low"}, 0},
-              {L"PreAmpGain", {L"1.0", L"4.0"}, 0},
-              {L"BitDepth", {L"12 Bit"}, 0},
-              {L"FanSpeed", {L"Off", L"On"}, 1},
-              {L"TemperatureStatus", kTemperatureStatuses, 0},
+              {EChoice::TriggerConfiguration, {L"Rising", L"Falling", L"Both"}, 0},
+              {EChoice::ShutteringMode, {L"Rolling"}, 0},
+              {EChoice::PixelReadoutRate, {L"50 MHz", L"100 MHz"}, 1},
+              {EChoice::PreAmpGainChannel, {L"Low"}, 0},
+              {EChoice::PreAmpGainSelector, {L"Low"}, 0},
+              {EChoice::PreAmpGain, {L"1.0", L"4.0"}, 0},
+              {EChoice::BitDepth, {L"12 Bit"}, 0},
+              {EChoice::FanSpeed, {L"Off", L"On"}, 1},
+              {EChoice::TemperatureStatus, kTemperatureStatuses, 0},
           },
       .gains = {{L"Low", 5.0, 4.5, 12, {L"1.0", L"4.0"}}},
       .i2cDevices = {{EI2cBus::Internal, 0x2C, EI2cDevice::Potentiometer},
                      {EI2cBus::Internal, 0x4A, EI2cDevice::TemperatureProbe}},
-      .features = WithCommon({L"AOICount", L"AOISelector"}),
+      .families = Family::kTracks,
   };
 }
 
@@ -258,15 +198,6 @@ const TCameraModel* FindCameraModel(std::string_view name)
     if (name == model.name) return &model;
   }
   return nullptr;
-}
-
-bool IsKnownFeature(std::wstring_view name)
-{
-  return std::ranges::any_of(CameraModels(), [name](const TCameraModel& model) {
-    return std::ranges::any_of(model.features, [name](const wchar_t* feature) { return name == feature; }) ||
-           std::ranges::any_of(model.choices,
-                               [name](const TModelChoice& choice) { return name == choice.feature; });
-  });
 }
 
 } // namespace vxsim

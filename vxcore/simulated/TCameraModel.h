@@ -2,6 +2,7 @@
 // What a camera model is: its sensor, its speeds, and which features it has with which values.
 #pragma once
 
+#include "vxcore/simulated/TChoice.h"
 #include "vxcore/simulated/TThermalModel.h"
 
 #include <cstdint>
@@ -16,7 +17,7 @@ constexpr int kMaxCameras = 64;
 /// The texts of an enumerated feature and the one chosen when the camera is opened.
 struct TModelChoice
 {
-  const wchar_t* feature;
+  EChoice choice;
   std::vector<const wchar_t*> texts;
   int initial;
 };
@@ -51,6 +52,17 @@ struct TModelI2cDevice
   uint8_t address;
   EI2cDevice kind;
 };
+
+/// Families of features that a model may have; the rows of the feature tables say which feature belongs to which.
+namespace Family {
+constexpr unsigned kCommon = 0; ///< every model has it
+constexpr unsigned kMemoryType = 1;
+constexpr unsigned kFreeBinning = 2; ///< factors of their own for rows and columns
+constexpr unsigned kTracks = 4;
+constexpr unsigned kAccumulation = 8;
+constexpr unsigned kEvents = 16;
+constexpr unsigned kControllerBus = 32;
+} // namespace Family
 
 /// A camera model. Constant tables; docs/simulator.md describes them.
 struct TCameraModel
@@ -88,14 +100,12 @@ struct TCameraModel
   std::vector<TModelChoice> choices; ///< every enumerated feature of the model
   std::vector<TModelGain> gains;
   std::vector<TModelI2cDevice> i2cDevices;
-  std::vector<const wchar_t*> features; ///< every other feature of the model
+  unsigned families; ///< the other features that it has beside those of every model
 };
 
 /// The models there are.
 const std::vector<TCameraModel>& CameraModels();
 /// The model of that name, or null.
 const TCameraModel* FindCameraModel(std::string_view name);
-/// Whether any model has a feature of that name.
-bool IsKnownFeature(std::wstring_view name);
 
 } // namespace vxsim

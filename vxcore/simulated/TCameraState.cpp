@@ -42,28 +42,15 @@ TCameraState::TCameraState(const TCameraModel& cameraModel, const TCameraConfigu
 {
   imageColumns.width = trackColumns.width = sensorWidth;
   for (const TModelChoice& choice : model.choices) {
-    TChoice& mine = choices[choice.feature];
-    mine.texts.assign(choice.texts.begin(), choice.texts.end());
-    mine.index = choice.initial;
+    TChoice& mine = Choice(choice.choice);
+    mine.SetTexts(choice.choice, {choice.texts.begin(), choice.texts.end()});
+    mine.Choose(choice.initial);
   }
-}
-
-const TChoice& TCameraState::Choice(std::wstring_view feature) const
-{
-  static const auto& none = *new TChoice;
-  const auto found = choices.find(feature);
-  return found == choices.end() ? none : found->second;
-}
-
-TChoice* TCameraState::FindChoice(std::wstring_view feature)
-{
-  const auto found = choices.find(feature);
-  return found == choices.end() ? nullptr : &found->second;
 }
 
 const TModelGain& TCameraState::Gain() const
 {
-  const std::wstring_view channel = Choice(L"PreAmpGainChannel").Text();
+  const std::wstring_view channel = Choice(EChoice::PreAmpGainChannel).Text();
   for (const TModelGain& gain : model.gains) {
     if (channel == gain.channel) return gain;
   }
@@ -73,17 +60,17 @@ const TModelGain& TCameraState::Gain() const
 double TCameraState::GainElectronsPerCount() const
 {
   if (configuration.gainElectronsPerCount) return *configuration.gainElectronsPerCount;
-  const TChoice& gains = Choice(L"PreAmpGain");
-  const auto kept = preAmpGains_.find(Choice(L"PreAmpGainChannel").Text());
+  const TChoice& gains = Choice(EChoice::PreAmpGain);
+  const auto kept = preAmpGains_.find(Choice(EChoice::PreAmpGainChannel).Text());
   const bool hasOwn = kept != preAmpGains_.end() && gains.Has(kept->second);
-  const std::wstring_view text = hasOwn ? gains.texts[static_cast<size_t>(kept->second)] : gains.Text();
+  const std::wstring_view text = hasOwn ? gains.TextAt(kept->second) : gains.Text();
   return Gain().electronsPerCount / GainFactor(text);
 }
 
 double TCameraState::ReadNoiseElectrons() const
 {
   if (configuration.readNoiseElectrons) return *configuration.readNoiseElectrons;
-  const bool global = Choice(L"ElectronicShutteringMode").Is(L"Global");
+  const bool global = Shutter() == EShutter::Global;
   const double speed = PixelRateHertz() / (model.readNoiseMegahertz * 1e6);
   return Gain().readNoiseElectrons * std::pow(speed, kReadNoiseExponent) *
          (global ? model.globalReadNoiseFactor : 1.0);
@@ -91,7 +78,7 @@ double TCameraState::ReadNoiseElectrons() const
 
 double TCameraState::PixelRateHertz() const
 {
-  const double megahertz = std::wcstod(std::wstring(Choice(L"PixelReadoutRate").Text()).c_str(), nullptr);
+  const double megahertz = std::wcstod(std::wstring(Choice(EChoice::PixelReadoutRate).Text()).c_str(), nullptr);
   return (megahertz > 0.0 ? megahertz : kDefaultMegahertz) * 1e6;
 }
 
@@ -108,24 +95,23 @@ bool TCameraState::HasPreAmpGain(std::wstring_view channel, std::wstring_view te
 
 void TCameraState::ResetPreAmpGains()
 {
-  const TChoice& gains = Choice(L"PreAmpGain");
+  const TChoice& gains = Choice(EChoice::PreAmpGain);
   for (const TModelGain& gain : model.gains) {
     const auto own = std::ranges::find_if(
-        gains.texts, [&](const std::wstring& text) { return HasPreAmpGain(gain.channel, text); });
-    if (own != gains.texts.end()) preAmpGains_[gain.channel] = static_cast<int>(own - gains.texts.begin());
+        gains.Texts(), [&](const std::wstring& text) { return HasPreAmpGain(gain.channel, text); });
+    if (own != gains.Texts().end()) preAmpGains_[gain.channel] = static_cast<int>(own - gains.Texts().begin());
   }
 }
 
 void TCameraState::KeepPreAmpGain()
 {
-  preAmpGains_[std::wstring(Choice(L"PreAmpGainSelector").Text())] = Choice(L"PreAmpGain").index;
+  preAmpGains_[std::wstring(Choice(EChoice::PreAmpGainSelector).Text())] = Choice(EChoice::PreAmpGain).Index();
 }
 
 void TCameraState::ShowPreAmpGain()
 {
-  TChoice* gains = FindChoice(L"PreAmpGain");
-  const auto kept = preAmpGains_.find(Choice(L"PreAmpGainSelector").Text());
-  if (gains && kept != preAmpGains_.end()) gains->index = kept->second;
+  const auto kept = preAmpGains_.find(Choice(EChoice::PreAmpGainSelector).Text());
+  if (kept != preAmpGains_.end()) Choice(EChoice::PreAmpGain).Choose(kept->second);
 }
 
 void TCameraState::FitArea()
@@ -141,17 +127,6 @@ void TCameraState::FitArea()
 long long TCameraState::OutputRows() const
 {
   return IsTracks() ? static_cast<long long>(tracks.size()) : height;
-}
-
-EPixelEncoding TCameraState::Encoding() const
-{
-  const std::wstring_view text = Choice(L"PixelEncoding").Text();
-  for (const EPixelEncoding encoding :
-       {EPixelEncoding::Mono8, EPixelEncoding::Mono12, EPixelEncoding::Mono12Packed, EPixelEncoding::Mono16,
-        EPixelEncoding::Mono32}) {
-    if (std::ranges::equal(text, std::string_view(EncodingName(encoding)))) return encoding;
-  }
-  return EPixelEncoding::Mono16; // a made-up text
 }
 
 long long TCameraState::StrideBytes() const
@@ -174,10 +149,9 @@ long long TCameraState::ImageSizeBytes() const
 long long TCameraState::FifoCapacity() const
 {
   const long long banks = model.memoryType == std::wstring_view(L"1GB") ? 1 : 4;
-  if (Choice(L"ElectronicShutteringMode").Text().find(L"Rolling") != std::wstring_view::npos)
-    return banks * kFifoRolling;
-  const bool is11Bit = Choice(L"SimplePreAmpGainControl").Text().find(L"11-bit") != std::wstring_view::npos;
-  return banks * (is11Bit ? kFifoGlobal11Bit : kFifoGlobal);
+  if (Shutter() == EShutter::Rolling) return banks * kFifoRolling;
+  const auto bits = Choice(EChoice::SimplePreAmpGainControl).Meaning<EFifoBits>();
+  return banks * (bits == EFifoBits::Eleven ? kFifoGlobal11Bit : kFifoGlobal);
 }
 
 TFrameSettings TCameraState::FrameSettings() const

@@ -7,7 +7,6 @@
 #include "vxcore/simulated/TCameraModel.h"
 #include "vxcore/simulated/TChoice.h"
 #include "vxcore/simulated/TI2cBus.h"
-#include "vxcore/simulated/TNameHash.h"
 #include "vxcore/simulated/TRegisterFile.h"
 #include "vxcore/simulated/TThermalModel.h"
 
@@ -49,7 +48,7 @@ struct TCameraState
 
   long long sensorWidth;
   long long sensorHeight;
-  TByName<TChoice> choices;
+  TChoices choices; ///< by EChoice
 
   // Area of interest: left and top count sensor pixels from 1, width and height count binned pixels. Each layout
   // has its own, so that setting up one leaves the other alone.
@@ -76,10 +75,18 @@ struct TCameraState
   TI2cBus internalBus;
   TI2cBus controllerBus;
 
-  /// The enumerated setting of that name; an empty one when the model lacks it.
-  const TChoice& Choice(std::wstring_view feature) const;
-  TChoice* FindChoice(std::wstring_view feature);
-  bool IsTracks() const { return Choice(L"AOILayout").Is(L"Track"); }
+  const TChoice& Choice(EChoice choice) const { return choices[static_cast<size_t>(choice)]; }
+  TChoice& Choice(EChoice choice) { return choices[static_cast<size_t>(choice)]; }
+  bool IsTracks() const { return Choice(EChoice::AoiLayout).Meaning<ELayout>() == ELayout::Track; }
+  ETrigger Trigger() const { return Choice(EChoice::TriggerMode).Meaning<ETrigger>(); }
+  EShutter Shutter() const { return Choice(EChoice::ShutteringMode).Meaning<EShutter>(); }
+  EFan Fan() const { return Choice(EChoice::FanSpeed).Meaning<EFan>(); }
+  EPixelEncoding Encoding() const { return Choice(EChoice::PixelEncoding).Meaning<EPixelEncoding>(); }
+  /// Both gain channels are combined.
+  bool IsGainCombined() const
+  {
+    return Choice(EChoice::PreAmpGainChannel).Meaning<EGainChannels>() == EGainChannels::Both;
+  }
   TColumns& Columns() { return IsTracks() ? trackColumns : imageColumns; }
   const TColumns& Columns() const { return IsTracks() ? trackColumns : imageColumns; }
   TTrackArea& SelectedTrack() { return tracks[static_cast<size_t>(selectedTrack - 1)]; }
@@ -94,7 +101,7 @@ struct TCameraState
   bool HasPreAmpGain(std::wstring_view channel, std::wstring_view text) const;
   /// Begins with the first gain of every channel.
   void ResetPreAmpGains();
-  /// Takes over what was chosen for the selected channel.
+  /// Stores what was chosen for the selected channel.
   void KeepPreAmpGain();
   /// Shows the gain of the selected channel.
   void ShowPreAmpGain();
@@ -104,7 +111,6 @@ struct TCameraState
 
   long long OutputRows() const;
   long long StrideBytes() const;
-  EPixelEncoding Encoding() const;
   /// Bytes of the rows, rounded up so that metadata behind them is aligned.
   long long PixelBytes() const;
   long long ImageSizeBytes() const;

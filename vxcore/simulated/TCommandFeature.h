@@ -11,10 +11,17 @@ namespace vxsim {
 class TCommandFeature final : public TFeature
 {
 public:
-  TCommandFeature(TFeatureAccess access, uint64_t& revision, std::function<int(TDeviceLock&)> run);
+  TCommandFeature(TFeatureAccess access, uint64_t& revision, std::function<int(TDeviceLock&)> run)
+      : TFeature(std::move(access), revision), run_(std::move(run))
+  {
+  }
 
   bool IsReadable() const override { return false; }
-  int Execute(TDeviceLock& lock) override;
+  int Execute(TDeviceLock& lock) override
+  {
+    const int code = CheckWrite();
+    return code == VX_SUCCESS ? run_(lock) : code;
+  }
 
 private:
   const std::function<int(TDeviceLock&)> run_;

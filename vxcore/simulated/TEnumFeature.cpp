@@ -5,11 +5,11 @@
 namespace vxsim {
 
 TEnumFeature::TEnumFeature(TFeatureAccess access, uint64_t& revision, TChoice& choice,
-                           std::function<bool(std::wstring_view)> textAvailable, std::function<void()> chosen,
+                           std::function<bool(int)> available, std::function<void()> chosen,
                            std::function<void()> settle)
     : TFeature(std::move(access), revision),
       choice_(choice),
-      textAvailable_(std::move(textAvailable)),
+      available_(std::move(available)),
       chosen_(std::move(chosen)),
       settle_(std::move(settle))
 {
@@ -20,7 +20,7 @@ int TEnumFeature::SetIndex(int index)
   if (!choice_.Has(index)) return VX_ERR_INDEX_NOT_IMPLEMENTED;
   if (const int code = CheckWrite(); code != VX_SUCCESS) return code;
   if (!CanChoose(index)) return VX_ERR_INDEX_NOT_AVAILABLE;
-  choice_.index = index;
+  choice_.Choose(index);
   if (chosen_) chosen_();
   Changed();
   return VX_SUCCESS;
@@ -36,20 +36,20 @@ int TEnumFeature::GetIndex(int& index) const
 {
   if (const int code = CheckRead(); code != VX_SUCCESS) return code;
   if (settle_) settle_();
-  index = choice_.index;
+  index = choice_.Index();
   return VX_SUCCESS;
 }
 
 int TEnumFeature::GetCount(int& count) const
 {
-  count = static_cast<int>(choice_.texts.size());
+  count = static_cast<int>(choice_.Texts().size());
   return VX_SUCCESS;
 }
 
 int TEnumFeature::GetTextByIndex(int index, std::wstring_view& text) const
 {
   if (!choice_.Has(index)) return VX_ERR_INDEX_NOT_IMPLEMENTED;
-  text = choice_.texts[static_cast<size_t>(index)];
+  text = choice_.TextAt(index);
   return VX_SUCCESS;
 }
 
@@ -67,7 +67,7 @@ int TEnumFeature::IsIndexImplemented(int index, bool& implemented) const
 
 bool TEnumFeature::CanChoose(int index) const
 {
-  return !textAvailable_ || textAvailable_(choice_.texts[static_cast<size_t>(index)]);
+  return !available_ || available_(index);
 }
 
 } // namespace vxsim

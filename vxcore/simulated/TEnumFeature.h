@@ -12,12 +12,11 @@ namespace vxsim {
 class TEnumFeature final : public TFeature
 {
 public:
-  /// @p textAvailable  says whether a value may be chosen now; empty: always
+  /// @p available  says whether an index may be chosen now; empty: always
   /// @p chosen         called after a value was chosen, to settle what depends on it; may be empty
   /// @p settle         called before the value is read, where the camera changes it by itself; may be empty
-  TEnumFeature(TFeatureAccess access, uint64_t& revision, TChoice& choice,
-               std::function<bool(std::wstring_view)> textAvailable, std::function<void()> chosen,
-               std::function<void()> settle = {});
+  TEnumFeature(TFeatureAccess access, uint64_t& revision, TChoice& choice, std::function<bool(int)> available,
+               std::function<void()> chosen, std::function<void()> settle = {});
 
   int SetIndex(int index) override;
   int SetText(std::wstring_view text) override;
@@ -31,7 +30,7 @@ private:
   bool CanChoose(int index) const;
 
   TChoice& choice_;
-  const std::function<bool(std::wstring_view)> textAvailable_;
+  const std::function<bool(int)> available_;
   const std::function<void()> chosen_;
   const std::function<void()> settle_;
 };

@@ -3,10 +3,13 @@
 #pragma once
 
 #include "vxcore/simulated/TFeature.h"
-#include "vxcore/simulated/TNameHash.h"
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 namespace vxsim {
 
@@ -23,7 +26,22 @@ public:
   }
 
 private:
-  TByName<std::unique_ptr<IFeature>> features_;
+  /// Hashes a name by its length and four of its characters, which tell nearly all names of a camera apart.
+  struct TNameHash
+  {
+    using is_transparent = void;
+    std::size_t operator()(std::wstring_view name) const noexcept
+    {
+      const std::size_t length = name.size();
+      std::size_t hash = length;
+      if (length == 0) return hash;
+      for (const std::size_t position : {std::size_t{0}, length / 3, length * 2 / 3, length - 1})
+        hash = hash * 37 + static_cast<std::size_t>(name[position]);
+      return hash;
+    }
+  };
+
+  std::unordered_map<std::wstring, std::unique_ptr<IFeature>, TNameHash, std::equal_to<>> features_;
 };
 
 } // namespace vxsim

@@ -19,27 +19,21 @@ void TFrameSchedule::Start(const TCameraState& state, int64_t nowNs)
 {
   *this = TFrameSchedule();
   Retime(state);
-  const TChoice& mode = state.Choice(L"TriggerMode");
-  const bool external = mode.Text().starts_with(L"External");
-  if (mode.Is(L"External Start"))
-    pace_ = EPace::TimerOnTrigger;
-  else if (mode.Is(L"Software") || external)
-    pace_ = EPace::Trigger;
+  const ETrigger trigger = state.Trigger();
+  if (trigger == ETrigger::ExternalStart)
+    cause_ = ECause::TimerAfterTrigger;
+  else if (trigger == ETrigger::Software || IsExternal(trigger))
+    cause_ = ECause::Trigger;
 
   const TTriggerSource& source = state.configuration.trigger;
-  pulses_ = external && source.periodSeconds > 0.0;
+  pulses_ = IsExternal(trigger) && source.periodSeconds > 0.0;
   pulsePeriodNs_ = std::max<int64_t>(1, Nanoseconds(source.periodSeconds));
   pulseWidthNs_ = std::min(Nanoseconds(source.widthSeconds), pulsePeriodNs_ - 1);
   firstPulseNs_ = nowNs + Nanoseconds(source.delaySeconds);
-  if (mode.Is(L"External Level Transition")) {
-    const TChoice& edges = state.Choice(L"TriggerConfiguration");
-    if (edges.Is(L"Falling"))
-      edges_ = EEdges::Falling;
-    else if (edges.Is(L"Both"))
-      edges_ = EEdges::Both;
-  }
+  if (trigger == ETrigger::ExternalLevelTransition)
+    edges_ = state.Choice(EChoice::TriggerConfiguration).Meaning<EEdges>();
 
-  limited_ = !state.Choice(L"CycleMode").Is(L"Continuous");
+  limited_ = state.Choice(EChoice::CycleMode).Meaning<ECycle>() == ECycle::Fixed;
   remaining_ = std::max(1LL, state.frameCount / state.accumulateCount);
   readyNs_ = nowNs;
   nextStartNs_ = nowNs;
@@ -47,7 +41,7 @@ void TFrameSchedule::Start(const TCameraState& state, int64_t nowNs)
 
 bool TFrameSchedule::Trigger(int64_t nowNs)
 {
-  if (pace_ == EPace::Timer) return false;
+  if (cause_ == ECause::Timer) return false;
   if (nowNs < readyNs_ || triggerNs_ != kNever) {
     ++triggersIgnored_;
     return false;
@@ -66,8 +60,8 @@ int64_t TFrameSchedule::NextEndNs()
 int64_t TFrameSchedule::Take()
 {
   const int64_t start = NextStartNs();
-  if (pace_ == EPace::TimerOnTrigger) pace_ = EPace::Timer;
-  if (pace_ == EPace::Trigger) {
+  if (cause_ == ECause::TimerAfterTrigger) cause_ = ECause::Timer;
+  if (cause_ == ECause::Trigger) {
     if (triggerNs_ != kNever)
       triggerNs_ = kNever;
     else if (waitingTriggers_ > 0)
@@ -94,7 +88,7 @@ void TFrameSchedule::Delay(int64_t nanoseconds)
 
 int64_t TFrameSchedule::NextStartNs()
 {
-  if (pace_ == EPace::Timer) return nextStartNs_;
+  if (cause_ == ECause::Timer) return nextStartNs_;
   if (triggerNs_ != kNever) return triggerNs_;
   if (waitingTriggers_ > 0) return readyNs_;
   return pulses_ ? NextPulseNs() : kNever;

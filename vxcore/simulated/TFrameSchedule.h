@@ -19,7 +19,7 @@ public:
 
   /// Begins a run at @p nowNs.
   void Start(const TCameraState& state, int64_t nowNs);
-  /// Takes over changed settings for the frames that have not begun.
+  /// Applies changed settings to the frames that have not begun.
   void Retime(const TCameraState& state) { timing_ = TFrameTiming::Of(state); }
 
   /// A trigger at @p nowNs. False: the sensor is busy and the trigger is ignored.
@@ -43,17 +43,12 @@ public:
   uint64_t TriggersIgnored() const { return triggersIgnored_; }
 
 private:
-  enum class EPace
+  /// What begins a frame.
+  enum class ECause
   {
-    Timer,          ///< the camera times itself
-    TimerOnTrigger, ///< the same, after a first trigger
-    Trigger,        ///< every frame needs a trigger
-  };
-  enum class EEdges
-  {
-    Rising,
-    Falling,
-    Both
+    Timer,             ///< the camera's own timer
+    TimerAfterTrigger, ///< the same, after a first trigger
+    Trigger,           ///< a trigger
   };
 
   int64_t NextStartNs();
@@ -61,7 +56,7 @@ private:
   int64_t PulseNs(int64_t index) const;
 
   TFrameTiming timing_;
-  EPace pace_ = EPace::Timer;
+  ECause cause_ = ECause::Timer;
   EEdges edges_ = EEdges::Rising;
   bool pulses_ = false;
   int64_t pulsePeriodNs_ = 0;

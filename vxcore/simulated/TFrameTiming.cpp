@@ -30,9 +30,8 @@ TFrameTiming TFrameTiming::Of(const TCameraState& state)
   const long long ports = state.model.readoutPorts;
   timing.rowSeconds = state.model.clocksPerRow / state.PixelRateHertz();
   timing.readoutSeconds = static_cast<double>((SensorRowsRead(state) + ports - 1) / ports) * timing.rowSeconds;
-  timing.exposureSeconds = state.Choice(L"TriggerMode").Is(L"External Exposure")
-                               ? state.configuration.trigger.widthSeconds
-                               : state.exposureSeconds;
+  timing.exposureSeconds = state.Trigger() == ETrigger::ExternalExposure ? state.configuration.trigger.widthSeconds
+                                                                         : state.exposureSeconds;
   timing.fastestSeconds = state.overlap ? std::max(timing.exposureSeconds, timing.readoutSeconds)
                                         : timing.exposureSeconds + timing.readoutSeconds;
 

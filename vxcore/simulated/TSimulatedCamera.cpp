@@ -120,7 +120,7 @@ std::unique_ptr<II2cDevice> TSimulatedCamera::MakeI2cDevice(const TModelI2cDevic
 
 void TSimulatedCamera::FireTrigger()
 {
-  if (state_.Choice(L"TriggerMode").Text().starts_with(L"External")) acquisition_.Trigger();
+  if (IsExternal(state_.Trigger())) acquisition_.Trigger();
 }
 
 } // namespace vxsim

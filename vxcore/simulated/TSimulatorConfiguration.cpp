@@ -2,6 +2,7 @@
 // Reads the simulator's configuration: INI sections into plain values, every mistake named.
 #include "vxcore/simulated/TSimulatorConfiguration.h"
 
+#include "vxcore/simulated/TCameraFeatures.h"
 #include "vxcore/simulated/TCameraModel.h"
 
 #include <climits>

@@ -62,9 +62,9 @@ void TThermalModel::SetTargetCelsius(double celsius)
   SettleStatus();
 }
 
-void TThermalModel::SetFan(std::wstring_view speed)
+void TThermalModel::SetFan(EFan speed)
 {
-  fan_ = speed == L"Off" ? kFanOff : speed == L"Low" ? kFanLow : kFanOn;
+  fan_ = speed == EFan::Off ? kFanOff : speed == EFan::Low ? kFanLow : kFanOn;
 }
 
 double TThermalModel::ReadingCelsius() const

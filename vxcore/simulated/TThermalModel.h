@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 namespace vxsim {
 
@@ -16,6 +15,13 @@ struct TModelThermal
   double coolingDepthCelsius; ///< what the cooler takes off at full power
   double timeConstantSeconds; ///< of the sensor's warming and cooling
   double readingStepCelsius;  ///< resolution of "SensorTemperature"
+};
+
+enum class EFan
+{
+  On,
+  Low,
+  Off
 };
 
 /// The order of "TemperatureStatus".
@@ -42,15 +48,14 @@ public:
   void Begin(int64_t nowNs) { originNs_ = nowNs; }
   /// Moves on to a time; earlier ones change nothing.
   void AdvanceTo(int64_t nowNs);
-  /// Lets time pass that the camera's clock does not see.
+  /// Adds time that the camera's clock does not see.
   void Skip(int64_t nanoseconds) { originNs_ -= nanoseconds; }
 
   void SetCooling(bool on);
   bool IsCooling() const { return cooling_; }
   void SetTargetCelsius(double celsius);
   double TargetCelsius() const { return targetCelsius_; }
-  /// "On", "Low" or "Off"; any other text is as good as "On".
-  void SetFan(std::wstring_view speed);
+  void SetFan(EFan speed);
 
   double SensorCelsius() const { return sensorCelsius_; }
   /// What the camera's own thermometer shows of it.

@@ -2,12 +2,10 @@
 // What the tables of a camera's features are made of.
 #pragma once
 
-#include "vxcore/simulated/TBoolFeature.h"
 #include "vxcore/simulated/TCameraFeatures.h"
 #include "vxcore/simulated/TCommandFeature.h"
-#include "vxcore/simulated/TFloatFeature.h"
-#include "vxcore/simulated/TIntFeature.h"
 #include "vxcore/simulated/TStringFeature.h"
+#include "vxcore/simulated/TValueFeature.h"
 
 #include <cwchar>
 #include <functional>
@@ -37,18 +35,22 @@ struct TBuild
     return access;
   }
 
-  std::unique_ptr<IFeature> Int(TFeatureAccess access, TNumberBinding<long long> binding) const
+  std::unique_ptr<IFeature> Int(TFeatureAccess access, TValueBinding<long long> binding) const
   {
-    return std::make_unique<TIntFeature>(std::move(access), state.revision, std::move(binding), change);
+    return std::make_unique<TValueFeature<long long>>(std::move(access), state.revision, std::move(binding),
+                                                      change);
   }
-  std::unique_ptr<IFeature> Float(TFeatureAccess access, TNumberBinding<double> binding) const
+  std::unique_ptr<IFeature> Float(TFeatureAccess access, TValueBinding<double> binding) const
   {
-    return std::make_unique<TFloatFeature>(std::move(access), state.revision, std::move(binding), change);
+    return std::make_unique<TValueFeature<double>>(std::move(access), state.revision, std::move(binding), change);
   }
   std::unique_ptr<IFeature> Bool(TFeatureAccess access, bool& value) const
   {
-    return std::make_unique<TBoolFeature>(
-        std::move(access), state.revision, [&value] { return value; }, [&value](bool v) { value = v; });
+    return Bool(std::move(access), {.get = [&value] { return value; }, .set = [&value](bool v) { value = v; }});
+  }
+  std::unique_ptr<IFeature> Bool(TFeatureAccess access, TValueBinding<bool> binding) const
+  {
+    return std::make_unique<TValueFeature<bool>>(std::move(access), state.revision, std::move(binding));
   }
   std::unique_ptr<IFeature> String(const wchar_t* text) const
   {
@@ -60,25 +62,29 @@ struct TBuild
   {
     return std::make_unique<TCommandFeature>(std::move(access), state.revision, std::move(run));
   }
-  /// A number that the camera only tells. A configured value takes its place.
+  /// A number that is only read. A configured value takes its place.
   std::unique_ptr<IFeature> Reading(std::function<long long()> get) const
   {
     if (change.value) get = [fixed = std::wcstoll(change.value->c_str(), nullptr, 10)] { return fixed; };
-    return Int(Access(), {.get = std::move(get), .set = {}, .minimum = {}, .maximum = {}});
+    return Int(Access(), {.get = std::move(get), .set = {}});
   }
   std::unique_ptr<IFeature> Reading(std::function<double()> get) const
   {
     if (change.value) get = [fixed = std::wcstod(change.value->c_str(), nullptr)] { return fixed; };
-    return Float(Access(), {.get = std::move(get), .set = {}, .minimum = {}, .maximum = {}});
+    return Float(Access(), {.get = std::move(get), .set = {}});
   }
 };
 
-/// One feature: its name, how it is made, and whether a configured value is set through it or baked in.
+/// One feature: its name, how it is made, whether a configured value is set through it or is part of what is made, and
+/// the family of models that have it. Models name families, never features, so that none can lack its row.
 struct TRow
 {
   const wchar_t* name;
   std::unique_ptr<IFeature> (*make)(const TBuild& build);
   bool setsValue = false;
+  unsigned family = Family::kCommon;
+
+  bool IsOf(const TCameraModel& model) const { return (model.families & family) == family; }
 };
 
 /// Whether an index is one of @p count places. Configured limits may be anything; this holds beside them, so that
