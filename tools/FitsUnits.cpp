@@ -139,11 +139,11 @@ void WriteFacts(fitsfile* file, const TRunFacts& facts, int* status)
   fits_write_date(file, status);
 }
 
-void WriteTotals(fitsfile* file, const TRunTotals& totals, int* status)
+void WriteTotals(fitsfile* file, const TFrameCounts& counts, int* status)
 {
-  fits_update_key_lng(file, "NDELIVER", totals.delivered, "images the camera delivered", status);
-  fits_update_key_lng(file, "NOVERWR", totals.overwritten, "of these overwritten before they were copied", status);
-  const long lost = totals.lostInCamera.value_or(-1);
+  fits_update_key_lng(file, "NDELIVER", counts.delivered, "images the camera delivered", status);
+  fits_update_key_lng(file, "NOVERWR", counts.overwritten, "of these overwritten before they were copied", status);
+  const long lost = counts.lostInCamera.value_or(-1);
   fits_update_key_lng(file, "NLOSTCAM", lost, "frames lost in the camera; -1: not known", status);
 }
 
@@ -188,7 +188,7 @@ void WriteFrameTable(fitsfile* file, const std::vector<TImageLabel>& labels, int
 
 } // namespace
 
-std::vector<std::byte> FitsHeader(const TImageShape& shape, const TRunFacts& facts, const TRunTotals& totals,
+std::vector<std::byte> FitsHeader(const TImageShape& shape, const TRunFacts& facts, const TFrameCounts& counts,
                                   long images, std::string& error)
 {
   int status = 0;
@@ -196,7 +196,7 @@ std::vector<std::byte> FitsHeader(const TImageShape& shape, const TRunFacts& fac
   long axes[] = {shape.width, shape.height, 0}; // no image yet: CFITSIO makes room for all that there are
   fits_create_img(fits.Get(), ImageType(shape.depth), 3, axes, &status);
   WriteFacts(fits.Get(), facts, &status);
-  WriteTotals(fits.Get(), totals, &status);
+  WriteTotals(fits.Get(), counts, &status);
   std::vector<std::byte> header = fits.LastUnit(error);
   if (!header.empty())
     std::memcpy(header.data() + kFitsImageCountOffset, FitsImageCountCard(images).data(), kFitsCardBytes);

@@ -15,7 +15,7 @@ inline constexpr std::size_t kFitsCardBytes = 80;
 
 /// The primary header of a cube with so many images, whole blocks. Its length depends on shape and facts only.
 /// Empty when CFITSIO has failed; @p error then says why.
-std::vector<std::byte> FitsHeader(const TImageShape& shape, const TRunFacts& facts, const TRunTotals& totals,
+std::vector<std::byte> FitsHeader(const TImageShape& shape, const TRunFacts& facts, const TFrameCounts& counts,
                                   long images, std::string& error);
 
 /// The card of the primary header that gives the number of images, and where it stands: the format fixes the place.

@@ -17,9 +17,9 @@ public:
   virtual bool Open(const std::string& path, bool overwrite, const TImageShape& shape, const TRunFacts& facts) = 0;
   /// Adds one image of exactly the shape's bytes.
   virtual bool Write(TPixelBytes pixels, const TImageLabel& label) = 0;
-  /// Completes the file. One without an image is removed: it would not be a valid file. @p totals as they stand
+  /// Completes the file. One without an image is removed: it would not be a valid file. @p counts as they stand
   /// before closing; ImagesWritten() says how many images the file holds in the end.
-  virtual bool Close(const TRunTotals& totals) = 0;
+  virtual bool Close(const TFrameCounts& counts) = 0;
   /// Images in the file. Close() may lower it when the disk is too full for the directory behind the images.
   virtual long ImagesWritten() const = 0;
   /// The first failure, "" when there was none.

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+class TRunDescription;
+
 namespace vxtool {
 
 /// The shape of every image of a run.
@@ -96,7 +98,7 @@ struct TImageLabel
 };
 
 /// Where the frames of a run have gone.
-struct TRunTotals
+struct TFrameCounts
 {
   std::optional<long>
       lostInCamera;          ///< frames the camera produced and never delivered; nothing when it cannot be told
@@ -113,5 +115,14 @@ struct TRunTotals
   /// Frames that are missing between the first and the last one written.
   long Lost() const { return lostInCamera.value_or(0) + overwritten; }
 };
+
+/// What the description of a recorded run tells, but for the number of images that a file may get.
+TRunFacts FactsOf(const TRunDescription& run);
+/// "TRELLIS CMOS 101"; "" when it is not known.
+std::string CameraText(const TRunFacts& facts);
+/// "11,21,320x240, binning 2x2".
+std::string AreaText(const TSensorArea& area);
+/// The text with a question mark in place of each other character.
+std::string PrintableAscii(std::string text);
 
 } // namespace vxtool

@@ -2,11 +2,11 @@
 // Listing and describing cameras.
 #include "tools/InfoCommands.h"
 
+#include "tools/ConversionReport.h"
 #include "tools/DescriptionReport.h"
-#include "tools/JsonText.h"
-#include "tools/ResultText.h"
+#include "tools/Json.h"
+#include "tools/Messages.h"
 #include "tools/TFlatCamera.h"
-#include "tools/ToolText.h"
 #include "vxmcd.h"
 
 #include <cstdio>
@@ -59,6 +59,19 @@ ExitCode ShowInfo(const TOptions& options)
   }
   const TCameraDescription description = DescribeOpenCamera(options.camera);
   return PrintOutput(options.isJson ? DescriptionJson(description) : DescriptionText(description));
+}
+
+ExitCode ShowRecordedRun(const TOptions& options)
+{
+  TRunDescription run;
+  if (!run.Read(options.directory)) return Fail(ExitCode::InputError, run.Error());
+  for (const std::string& note : run.Notes()) Say(std::string(RunFormat::kDescriptionName) + ": " + note);
+  TRunIndex index;
+  if (!index.Read(options.directory, run.ImageLimit())) Say(index.Error());
+  const TRunImages files(options.directory, run.Values().imagesPerFile, run.Values().imageBytes);
+  const std::string text =
+      options.isJson ? RecordedRunJson(run, index, files) : RecordedRunText(run, index, files);
+  return Print(text) ? ExitCode::Success : ExitCode::OutputError;
 }
 
 } // namespace vxtool

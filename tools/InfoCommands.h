@@ -2,7 +2,7 @@
 // The commands that only tell something.
 #pragma once
 
-#include "tools/ExitCode.h"
+#include "tools/Messages.h"
 #include "tools/Options.h"
 
 namespace vxtool {
@@ -11,5 +11,7 @@ namespace vxtool {
 ExitCode ListCameras(const TOptions& options);
 /// Opens a camera and prints what it is, what it is set to and what it can do.
 ExitCode ShowInfo(const TOptions& options);
+/// Prints what is in the directory of a recorded run.
+ExitCode ShowRecordedRun(const TOptions& options);
 
 } // namespace vxtool

@@ -158,8 +158,8 @@ const char* TriggerName(Trigger trigger);
 /// The trigger mode with this word; nothing for any other text.
 std::optional<Trigger> TriggerOf(const std::string& name);
 
-/// Whether the camera then makes frames at an even pace.
-constexpr bool IsPaced(Trigger trigger)
+/// Whether the camera then makes frames at a constant rate.
+constexpr bool HasSteadyRate(Trigger trigger)
 {
   return trigger == Trigger::Internal || trigger == Trigger::ExternalStart;
 }

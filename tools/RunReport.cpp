@@ -2,8 +2,7 @@
 // Formats the counts of a run.
 #include "tools/RunReport.h"
 
-#include "tools/FactsJson.h"
-#include "tools/ReportText.h"
+#include "tools/Json.h"
 
 #include <cmath>
 #include <cstdio>
@@ -32,9 +31,29 @@ std::string ImagesText(const TRunSummary& summary)
 
 } // namespace
 
+std::string ReportHeadline(const std::string& outcome, double seconds, long images)
+{
+  char text[120];
+  std::snprintf(text, sizeof text, "%s after %.2f s, %.1f images/s\n", outcome.c_str(), seconds,
+                seconds > 0.0 ? static_cast<double>(images) / seconds : 0.0);
+  return text;
+}
+
+std::string ReportRow(const char* what, const std::string& count, const std::string& remark)
+{
+  char text[80];
+  std::snprintf(text, sizeof text, "%-34s %10s", what, count.c_str());
+  return std::string(text) + (remark.empty() ? "" : "  " + remark) + "\n";
+}
+
+std::string ReportRow(const char* what, long count, const std::string& remark)
+{
+  return ReportRow(what, std::to_string(count), remark);
+}
+
 std::string RunReportText(const TRunSummary& summary)
 {
-  const TRunTotals& t = summary.totals;
+  const TFrameCounts& t = summary.counts;
   std::string text = ReportHeadline(summary.outcome, summary.seconds, t.fetched) + ImagesText(summary);
   text += ReportRow(t.lostInCamera ? "produced by the camera" : "produced by the camera, at least", t.Produced());
   text += ReportRow("  lost in the camera", t.lostInCamera ? std::to_string(*t.lostInCamera) : "unknown",
@@ -58,7 +77,7 @@ std::string RunReportText(const TRunSummary& summary)
 
 std::string RunReportJson(const TRunSummary& summary)
 {
-  const TRunTotals& t = summary.totals;
+  const TFrameCounts& t = summary.counts;
   Json json = {{"outcome", summary.outcome},
                {"seconds", std::round(summary.seconds * 1.0e6) / 1.0e6},
                {"produced", t.Produced()},

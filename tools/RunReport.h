@@ -15,8 +15,8 @@ struct TRunSummary
   double seconds = 0.0;
   std::string output;         ///< the file, "" for none
   std::string spoolDirectory; ///< where the library has written the frames, "" for nowhere
-  TRunTotals totals;
-  bool isWrittenKnown = true; ///< whether the totals tell what is on disk
+  TFrameCounts counts;
+  bool isWrittenKnown = true; ///< whether the counts tell what is on disk
   TImageShape shape;
   TRunFacts facts;
   std::optional<double> celsiusAtEnd;
@@ -26,5 +26,11 @@ struct TRunSummary
 std::string RunReportText(const TRunSummary& summary);
 /// One line of JSON with its line feed.
 std::string RunReportJson(const TRunSummary& summary);
+
+/// "complete after 1.20 s, 83.3 images/s", with its line feed. @param outcome  complete, interrupted, failed
+std::string ReportHeadline(const std::string& outcome, double seconds, long images);
+/// A line with a count behind what it counts, and a remark behind both.
+std::string ReportRow(const char* what, const std::string& count, const std::string& remark = "");
+std::string ReportRow(const char* what, long count, const std::string& remark = "");
 
 } // namespace vxtool

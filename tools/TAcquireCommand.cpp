@@ -3,14 +3,13 @@
 #include "tools/TAcquireCommand.h"
 
 #include "tools/CameraDescription.h"
-#include "tools/ResultText.h"
+#include "tools/Messages.h"
 #include "tools/RunReport.h"
-#include "tools/TAcquisitionLoop.h"
 #include "tools/TCoolingWait.h"
 #include "tools/TInterrupt.h"
-#include "tools/ToolText.h"
 #include "tools/TOutputs.h"
 #include "tools/TRecordCommand.h"
+#include "tools/TRunLoop.h"
 
 #include <chrono>
 #include <cstdio>
@@ -21,7 +20,7 @@ namespace vxtool {
 
 namespace {
 
-constexpr double kSlowPart = 0.6; // images at less than this part of the pace asked for are worth a note
+constexpr double kSlowPart = 0.6; // images at less than this part of the frame rate asked for are worth a note
 
 std::string UtcNow()
 {
@@ -79,7 +78,7 @@ ExitCode TAcquireCommand::Fetch(TProgressLine& line)
 {
   TOutputs outputs(options_.output);
   if (!outputs.Open(shape_, facts_)) return ExitCode::OutputError;
-  TAcquisitionLoop loop(
+  TRunLoop loop(
       camera_, outputs.Images(), Settings(), [] { return TInterrupt::Happened(); },
       [&](const TProgress& progress) {
         if (!options_.isQuiet) line.Show(progress);
@@ -90,10 +89,10 @@ ExitCode TAcquireCommand::Fetch(TProgressLine& line)
 
   if (outputs.HasPreview() && loop.LastImage().empty())
     Say(options_.output.preview + ": not written, there was no image");
-  TRunResult result{.end = end, .account = loop.Account(), .seconds = loop.Seconds()};
-  const bool isClosed = outputs.Close(loop.LastImage(), loop.LastLabel(), result.account.Totals());
-  result.account.TakeBackWritten(result.account.Written() - outputs.ImagesWritten());
-  result.hasOutput = result.account.Written() > 0;
+  TRunResult result{.end = end, .statistics = loop.Statistics(), .seconds = loop.Seconds()};
+  const bool isClosed = outputs.Close(loop.LastImage(), loop.LastLabel(), result.statistics.Counts());
+  result.statistics.MoveToNotWritten(result.statistics.Written() - outputs.ImagesWritten());
+  result.hasOutput = result.statistics.Written() > 0;
   result.isOutputFailed = end == RunEnd::OutputFailed || !isClosed;
   return Judge(result);
 }
@@ -125,14 +124,15 @@ TRunFacts TAcquireCommand::Facts() const
   return facts;
 }
 
-TLoopSettings TAcquireCommand::Settings() const
+TRunSettings TAcquireCommand::Settings() const
 {
-  TLoopSettings settings;
+  TRunSettings settings;
   settings.shape = shape_;
+  settings.isRecorded = !options_.spool.directory.empty();
   settings.isEndless = options_.mode == RunMode::Continuous;
   settings.wantedImages = options_.frames.value_or(settings.isEndless ? 0 : 1);
   settings.isSoftwareTriggered = options_.trigger == Trigger::Software;
-  settings.isPaced = IsPaced(options_.trigger);
+  settings.hasSteadyRate = HasSteadyRate(options_.trigger);
   settings.noImageSeconds = options_.noImageSeconds;
   settings.triggerSeconds = options_.cycleSeconds.value_or(0.0);
   settings.imageSeconds = setUp_.ExposureSeconds() + setUp_.ReadoutSeconds();
@@ -143,7 +143,7 @@ void TAcquireCommand::PrintReport(const TRunResult& result)
 {
   const RunEnd end = result.end;
   TRunSummary summary;
-  summary.totals = result.account.Totals();
+  summary.counts = result.statistics.Counts();
   summary.outcome = end == RunEnd::Complete ? "complete" : end == RunEnd::Interrupted ? "interrupted" : "failed";
   summary.isWrittenKnown = result.isWrittenKnown;
   summary.seconds = result.seconds;
@@ -162,20 +162,20 @@ void TAcquireCommand::PrintReport(const TRunResult& result)
 ExitCode TAcquireCommand::Judge(const TRunResult& result)
 {
   PrintReport(result);
-  const TRunTotals& totals = result.account.Totals();
-  if (totals.Lost() > 0)
-    Say(std::to_string(totals.Lost()) +
+  const TFrameCounts& counts = result.statistics.Counts();
+  if (counts.Lost() > 0)
+    Say(std::to_string(counts.Lost()) +
         " frames are missing between the images (lost in the camera or overwritten)");
   const double expected = result.seconds / (setUp_.CycleSeconds() * options_.accumulations);
   if (options_.trigger == Trigger::Internal && result.seconds > 1.0 && expected > 10.0 &&
-      static_cast<double>(totals.Produced()) < kSlowPart * expected)
+      static_cast<double>(counts.Produced()) < kSlowPart * expected)
     Say("the camera made far fewer frames than its frame rate promises");
-  if (!result.account.AddsUp()) return Fail(ExitCode::CameraError, "internal error: the counts do not add up");
+  if (!result.statistics.AddsUp()) return Fail(ExitCode::CameraError, "internal error: the counts do not add up");
 
   if (std::fflush(stdout) != 0 || result.isOutputFailed) return ExitCode::OutputError;
   if (result.end == RunEnd::CameraFailed) return ExitCode::CameraError;
   if (result.end == RunEnd::Interrupted) return ExitCode::Interrupted;
-  return totals.Lost() > 0 ? ExitCode::FramesLost : ExitCode::Success;
+  return counts.Lost() > 0 ? ExitCode::FramesLost : ExitCode::Success;
 }
 
 } // namespace vxtool

@@ -2,9 +2,9 @@
 // The command that takes images.
 #pragma once
 
-#include "tools/ExitCode.h"
+#include "tools/Messages.h"
 #include "tools/Options.h"
-#include "tools/RunResult.h"
+#include "tools/Run.h"
 #include "tools/TCameraSetUp.h"
 #include "tools/TFlatCamera.h"
 #include "tools/TProgressLine.h"
@@ -28,7 +28,7 @@ public:
 
 private:
   std::optional<ExitCode> WaitForTemperature(TProgressLine& line);
-  TLoopSettings Settings() const;
+  TRunSettings Settings() const;
   TRunFacts Facts() const;
   ExitCode Fetch(TProgressLine& line);
   void PrintReport(const TRunResult& result);

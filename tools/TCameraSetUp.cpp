@@ -3,7 +3,7 @@
 #include "tools/TCameraSetUp.h"
 
 #include "tools/CameraDescription.h"
-#include "tools/ResultText.h"
+#include "tools/Messages.h"
 
 #include <climits>
 #include <cmath>

@@ -3,7 +3,7 @@
 #include "tools/TCommandLine.h"
 
 #include "tools/ArgumentForms.h"
-#include "tools/ExitCode.h"
+#include "tools/Messages.h"
 
 #include <algorithm>
 #include <cctype>

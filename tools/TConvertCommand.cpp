@@ -2,10 +2,10 @@
 // From the directory of a run to a file of its images.
 #include "tools/TConvertCommand.h"
 
-#include "tools/RunFacts.h"
-#include "tools/SpoolReport.h"
+#include "tools/ConversionReport.h"
+#include "tools/ImageData.h"
+#include "tools/Messages.h"
 #include "tools/TInterrupt.h"
-#include "tools/ToolText.h"
 #include "tools/TProgressLine.h"
 
 #include <cstdio>
@@ -33,7 +33,7 @@ ExitCode TConvertCommand::Convert()
   settings.isSalvage = options_.isSalvage;
   settings.keepsDamaged = options_.keepsDamaged;
   settings.keepsLast = outputs_.HasPreview();
-  auto conversion = std::make_unique<TSpoolConversion>(
+  auto conversion = std::make_unique<TRunConversion>(
       run_, index_, settings, outputs_.Images(), [] { return TInterrupt::Happened(); },
       [&](const TProgress& progress) {
         if (!options_.isQuiet) line.Show(progress);
@@ -66,7 +66,7 @@ std::optional<ExitCode> TConvertCommand::ReadRun()
     Say(std::string(RunFormat::kIndexName) + ": " + std::to_string(index_.Damaged()) +
         " records are damaged and do not count");
   if (state != RunFormat::State::kComplete && !options_.isQuiet)
-    Say("the run is not complete: " + SpoolStateText(run_.Values()));
+    Say("the run is not complete: " + RunStateText(run_.Values()));
   return std::nullopt;
 }
 
@@ -114,10 +114,11 @@ void TConvertCommand::CloseOutput()
 {
   isOutputFailed_ = end_ == RunEnd::OutputFailed;
   if (isOutputFailed_) Say(outputs_.Images()->Error());
-  const bool isClosed = outputs_.Close(conversion_->LastImage(), conversion_->LastLabel(), conversion_->Totals());
+  const bool isClosed =
+      outputs_.Close(conversion_->LastImage(), conversion_->LastLabel(), conversion_->RunCounts());
   isOutputFailed_ = isOutputFailed_ || !isClosed;
   if (!outputs_.Images()) return;
-  conversion_->TakeBackWritten(conversion_->Counts().written - outputs_.ImagesWritten());
+  conversion_->MoveToNotWritten(conversion_->Counts().written - outputs_.ImagesWritten());
   if (outputs_.ImagesWritten() == 0) Say(options_.output.file + ": not written, there was no image");
 }
 
@@ -165,18 +166,6 @@ void TConvertCommand::PrintReport() const
     std::fputs(ConversionJson(run_, *conversion_, outcome, output, depth_).c_str(), stdout);
   else if (!options_.isQuiet)
     std::fputs(ConversionText(run_, *conversion_, outcome, output, depth_).c_str(), stdout);
-}
-
-ExitCode ShowSpoolRun(const TOptions& options)
-{
-  TRunDescription run;
-  if (!run.Read(options.directory)) return Fail(ExitCode::InputError, run.Error());
-  for (const std::string& note : run.Notes()) Say(std::string(RunFormat::kDescriptionName) + ": " + note);
-  TRunIndex index;
-  if (!index.Read(options.directory, run.ImageLimit())) Say(index.Error());
-  const TRunImages files(options.directory, run.Values().imagesPerFile, run.Values().imageBytes);
-  const std::string text = options.isJson ? SpoolRunJson(run, index, files) : SpoolRunText(run, index, files);
-  return Print(text) ? ExitCode::Success : ExitCode::OutputError;
 }
 
 } // namespace vxtool

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The commands for runs that were recorded to disk.
+// The command that makes a file of a recorded run.
 #pragma once
 
-#include "tools/ExitCode.h"
+#include "tools/Messages.h"
 #include "tools/Options.h"
 #include "tools/TOutputs.h"
-#include "tools/TSpoolConversion.h"
+#include "tools/TRunConversion.h"
 
 #include <memory>
 
@@ -47,12 +47,9 @@ private:
   TRunIndex index_;
   PixelDepth depth_ = PixelDepth::Bits16;
   TOutputs outputs_;
-  std::unique_ptr<TSpoolConversion> conversion_;
+  std::unique_ptr<TRunConversion> conversion_;
   RunEnd end_ = RunEnd::Complete;
   bool isOutputFailed_ = false;
 };
-
-/// Prints what is in the directory of a run.
-ExitCode ShowSpoolRun(const TOptions& options);
 
 } // namespace vxtool

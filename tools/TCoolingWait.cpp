@@ -2,7 +2,7 @@
 // The wait for a stable temperature.
 #include "tools/TCoolingWait.h"
 
-#include "tools/ResultText.h"
+#include "tools/Messages.h"
 
 #include <chrono>
 #include <cstdio>

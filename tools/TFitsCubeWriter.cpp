@@ -74,7 +74,7 @@ bool TFitsCubeWriter::Open(const std::string& path, bool overwrite, const TImage
   shape_ = shape;
   facts_ = facts;
   std::string reason;
-  const std::vector<std::byte> header = FitsHeader(shape, facts, TRunTotals{}, 0, reason);
+  const std::vector<std::byte> header = FitsHeader(shape, facts, TFrameCounts{}, 0, reason);
   if (header.empty()) return Fail(path + ": " + reason);
   if (!file_.Create(path, overwrite)) return Fail(file_.Error());
   imagesStart_ = header.size();
@@ -126,7 +126,7 @@ bool TFitsCubeWriter::EndImages()
   return false;
 }
 
-bool TFitsCubeWriter::Close(const TRunTotals& totals)
+bool TFitsCubeWriter::Close(const TFrameCounts& counts)
 {
   if (!file_.IsOpen()) return error_.empty();
   if (!EndImages()) {
@@ -134,7 +134,7 @@ bool TFitsCubeWriter::Close(const TRunTotals& totals)
     return error_.empty();
   }
   std::string reason;
-  const std::vector<std::byte> header = FitsHeader(shape_, facts_, totals, ImagesWritten(), reason);
+  const std::vector<std::byte> header = FitsHeader(shape_, facts_, counts, ImagesWritten(), reason);
   if (header.size() != imagesStart_)
     Fail(path_ + ": the header cannot be completed: " + reason);
   else if (!file_.WriteAt(0, header))

@@ -2,7 +2,7 @@
 // Calls of the library on behalf of the tool.
 #include "tools/TFlatCamera.h"
 
-#include "tools/ResultText.h"
+#include "tools/Messages.h"
 #include "vxmcd.h"
 
 #include <climits>

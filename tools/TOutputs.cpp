@@ -2,11 +2,33 @@
 // Opens and closes the files of a command.
 #include "tools/TOutputs.h"
 
-#include "tools/MakeImageWriter.h"
-#include "tools/ToolText.h"
+#include "tools/Messages.h"
+#include "tools/TFitsCubeWriter.h"
 #include "tools/TPngPreviewWriter.h"
+#include "tools/TPngSeriesWriter.h"
+#include "tools/TRawStackWriter.h"
+#include "tools/TTiffStackWriter.h"
 
 namespace vxtool {
+
+namespace {
+
+std::unique_ptr<IImageWriter> MakeImageWriter(FileFormat format)
+{
+  switch (format) {
+  case FileFormat::Tiff:
+    return std::make_unique<TTiffStackWriter>();
+  case FileFormat::Fits:
+    return std::make_unique<TFitsCubeWriter>();
+  case FileFormat::Raw:
+    return std::make_unique<TRawStackWriter>();
+  case FileFormat::Png:
+    return std::make_unique<TPngSeriesWriter>();
+  }
+  return nullptr;
+}
+
+} // namespace
 
 TOutputs::TOutputs(const TOutputOptions& options) : options_(options)
 {
@@ -22,32 +44,32 @@ bool TOutputs::Open(const TImageShape& shape, const TRunFacts& facts)
   }
   if (preview_ && !preview_->Open(options_.preview, options_.overwrite, shape, facts)) {
     Say(preview_->Error());
-    if (images_) images_->Close(TRunTotals{}); // leaves no file behind: it has no image
+    if (images_) images_->Close(TFrameCounts{}); // leaves no file behind: it has no image
     return false;
   }
   return true;
 }
 
-bool TOutputs::Close(TPixelBytes last, const TImageLabel& label, const TRunTotals& totals)
+bool TOutputs::Close(TPixelBytes last, const TImageLabel& label, const TFrameCounts& counts)
 {
-  const bool areImagesWhole = CloseImages(totals);
-  return ClosePreview(last, label, totals) && areImagesWhole;
+  const bool areImagesWhole = CloseImages(counts);
+  return ClosePreview(last, label, counts) && areImagesWhole;
 }
 
-bool TOutputs::CloseImages(const TRunTotals& totals)
+bool TOutputs::CloseImages(const TFrameCounts& counts)
 {
   if (!images_) return true;
   const bool wasFailed = !images_->Error().empty();
-  if (images_->Close(totals)) return true;
+  if (images_->Close(counts)) return true;
   if (!wasFailed) Say(images_->Error());
   return false;
 }
 
-bool TOutputs::ClosePreview(TPixelBytes last, const TImageLabel& label, const TRunTotals& totals)
+bool TOutputs::ClosePreview(TPixelBytes last, const TImageLabel& label, const TFrameCounts& counts)
 {
   if (!preview_) return true;
   if (!last.empty()) preview_->Write(last, label);
-  if (preview_->Close(totals) || last.empty()) return true;
+  if (preview_->Close(counts) || last.empty()) return true;
   Say(preview_->Error());
   return false;
 }

@@ -23,13 +23,13 @@ public:
   bool HasPreview() const { return preview_ != nullptr; }
   /// Completes the files. A write that has failed before is not said again.
   /// @param last  the newest image, empty when there was none
-  bool Close(TPixelBytes last, const TImageLabel& label, const TRunTotals& totals);
+  bool Close(TPixelBytes last, const TImageLabel& label, const TFrameCounts& counts);
   /// Images in the file; final after Close().
   long ImagesWritten() const { return images_ ? images_->ImagesWritten() : 0; }
 
 private:
-  bool CloseImages(const TRunTotals& totals);
-  bool ClosePreview(TPixelBytes last, const TImageLabel& label, const TRunTotals& totals);
+  bool CloseImages(const TFrameCounts& counts);
+  bool ClosePreview(TPixelBytes last, const TImageLabel& label, const TFrameCounts& counts);
 
   TOutputOptions options_;
   std::unique_ptr<IImageWriter> images_;

@@ -8,7 +8,7 @@
 
 namespace vxtool {
 
-/// An 8-bit grey PNG picture of one image, stretched by its own brightness (StretchImage.h). It holds one image: a
+/// An 8-bit grey PNG picture of one image, stretched by its own brightness. It holds one image: a
 /// second one is an error. Owns its file; one thread at a time; errors as IImageWriter says.
 class TPngPreviewWriter final : public IImageWriter
 {
@@ -20,7 +20,7 @@ public:
 
   bool Open(const std::string& path, bool overwrite, const TImageShape& shape, const TRunFacts& facts) override;
   bool Write(TPixelBytes pixels, const TImageLabel& label) override;
-  bool Close(const TRunTotals& totals) override;
+  bool Close(const TFrameCounts& counts) override;
   long ImagesWritten() const override { return imagesWritten_; }
   const std::string& Error() const override { return error_; }
 

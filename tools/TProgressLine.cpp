@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The progress line's rate, text and pace.
+// The progress line: its text, and how often it is written.
 #include "tools/TProgressLine.h"
 
 #include <cmath>
@@ -7,8 +7,8 @@
 namespace vxtool {
 
 namespace {
-constexpr double kTerminalPause = 0.2;
-constexpr double kPlainPause = 2.0;
+constexpr double kTerminalPeriod = 0.2;
+constexpr double kPlainPeriod = 2.0;
 } // namespace
 
 std::string ProgressText(const TProgress& progress, double imagesPerSecond)
@@ -34,7 +34,7 @@ std::string ProgressText(const TProgress& progress, double imagesPerSecond)
 
 bool TProgressLine::IsDue(double seconds) const
 {
-  return seconds - lastSeconds_ >= (isTerminal_ ? kTerminalPause : kPlainPause);
+  return seconds - lastSeconds_ >= (isTerminal_ ? kTerminalPeriod : kPlainPeriod);
 }
 
 void TProgressLine::Show(const TProgress& progress)

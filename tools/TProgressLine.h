@@ -2,7 +2,7 @@
 // Shows a person how a run goes.
 #pragma once
 
-#include "tools/RunProgress.h"
+#include "tools/Run.h"
 
 #include <cstdio>
 #include <string>

@@ -2,7 +2,7 @@
 // Pixels as they are, with a description in JSON.
 #include "tools/TRawStackWriter.h"
 
-#include "tools/FactsJson.h"
+#include "tools/Json.h"
 
 #include <bit>
 
@@ -42,7 +42,7 @@ bool TRawStackWriter::Write(TPixelBytes pixels, const TImageLabel& label)
   return true;
 }
 
-bool TRawStackWriter::Close(const TRunTotals& totals)
+bool TRawStackWriter::Close(const TFrameCounts& counts)
 {
   if (!file_.IsOpen()) return error_.empty();
   if (labels_.empty()) {
@@ -51,19 +51,19 @@ bool TRawStackWriter::Close(const TRunTotals& totals)
     return error_.empty();
   }
   if (!file_.Truncate(labels_.size() * shape_.Bytes()) || !file_.Close()) Fail(file_.Error());
-  const std::string text = Description(&totals);
+  const std::string text = Description(&counts);
   if (!description_.WriteAt(0, std::as_bytes(std::span(text))) || !description_.Truncate(text.size()) ||
       !description_.Close())
     Fail(description_.Error());
   return error_.empty();
 }
 
-std::string TRawStackWriter::Description(const TRunTotals* totals) const
+std::string TRawStackWriter::Description(const TFrameCounts* counts) const
 {
   const std::size_t slash = path_.rfind('/');
   Json json = {{"software", facts_.software},
                {"file", path_.substr(slash == std::string::npos ? 0 : slash + 1)},
-               {"complete", totals != nullptr},
+               {"complete", counts != nullptr},
                {"images", ImagesWritten()},
                {"image_bytes", shape_.Bytes()},
                {"pixel_type", shape_.depth == PixelDepth::Bits32  ? "int32"
@@ -71,10 +71,10 @@ std::string TRawStackWriter::Description(const TRunTotals* totals) const
                                                                   : "uint16"},
                {"byte_order", "little"}};
   json.update(FactsJson(facts_, shape_));
-  if (!totals) return JsonLine(json);
-  json["delivered"] = totals->delivered;
-  json["overwritten"] = totals->overwritten;
-  json["lost_in_camera"] = JsonOrNull(totals->lostInCamera);
+  if (!counts) return JsonLine(json);
+  json["delivered"] = counts->delivered;
+  json["overwritten"] = counts->overwritten;
+  json["lost_in_camera"] = JsonOrNull(counts->lostInCamera);
   // Put together as text: a JSON object for each of a million images would take a gigabyte.
   std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
   text.back() = ',';

@@ -2,11 +2,11 @@
 // From a camera to the directory of a run, and from there to a file.
 #include "tools/TRecordCommand.h"
 
+#include "tools/Messages.h"
 #include "tools/TConvertCommand.h"
 #include "tools/TInterrupt.h"
-#include "tools/ToolText.h"
 #include "tools/TOutputFile.h"
-#include "tools/TSpoolLoop.h"
+#include "tools/TRunLoop.h"
 
 #include <chrono>
 #include <thread>
@@ -48,15 +48,15 @@ bool TRecordCommand::CheckFiles() const
   return true;
 }
 
-TRunResult TRecordCommand::Run(ICamera& camera, const TLoopSettings& settings, const TRunFacts& facts,
+TRunResult TRecordCommand::Run(ICamera& camera, const TRunSettings& settings, const TRunFacts& facts,
                                TProgressLine& line) const
 {
   const std::string& directory = options_.spool.directory;
   TRunDescription earlier; // one that is to be replaced, and stays if that does not succeed
   earlier.Read(directory);
   std::size_t imageBytes = 0;
-  TSpoolLoop loop(
-      camera, settings, [] { return TInterrupt::Happened(); },
+  TRunLoop loop(
+      camera, nullptr, settings, [] { return TInterrupt::Happened(); },
       [&](const TProgress& progress) {
         TRunDescription run; // says how large an image is
         if (imageBytes == 0 && run.Read(directory)) imageBytes = static_cast<std::size_t>(run.Values().imageBytes);
@@ -69,19 +69,19 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TLoopSettings& settings, c
   if (!loop.Message().empty()) Say(loop.Message());
 
   const std::optional<long> written = AskWritten(earlier.Values().startTime, end);
-  loop.Finish(written.value_or(0));
-  TRunResult result{.end = end, .account = loop.Account(), .seconds = loop.Seconds()};
+  loop.FinishRecorded(written.value_or(0));
+  TRunResult result{.end = end, .statistics = loop.Statistics(), .seconds = loop.Seconds()};
   result.isWrittenKnown = written.has_value();
   if (!written) {
     result.isOutputFailed = true;
     return result;
   }
-  const TRunTotals& totals = result.account.Totals();
-  if (end != RunEnd::Complete || totals.notWritten > 0)
-    Say(std::to_string(totals.written) + " of " + std::to_string(settings.wantedImages) + " images are in " +
+  const TFrameCounts& counts = result.statistics.Counts();
+  if (end != RunEnd::Complete || counts.notWritten > 0)
+    Say(std::to_string(counts.written) + " of " + std::to_string(settings.wantedImages) + " images are in " +
         directory);
-  result.isOutputFailed = end == RunEnd::OutputFailed || (end == RunEnd::Complete && totals.notWritten > 0);
-  if (totals.written > 0) MakeOutput(facts, result);
+  result.isOutputFailed = end == RunEnd::OutputFailed || (end == RunEnd::Complete && counts.notWritten > 0);
+  if (counts.written > 0) MakeOutput(facts, result);
   return result;
 }
 

@@ -4,7 +4,7 @@
 
 #include "tools/ICamera.h"
 #include "tools/Options.h"
-#include "tools/RunResult.h"
+#include "tools/Run.h"
 #include "tools/TProgressLine.h"
 
 #include <string>
@@ -22,8 +22,7 @@ public:
   /// anything.
   bool CheckFiles() const;
   /// Needs a TInterrupt. @param camera  is set up to record
-  TRunResult Run(ICamera& camera, const TLoopSettings& settings, const TRunFacts& facts,
-                 TProgressLine& line) const;
+  TRunResult Run(ICamera& camera, const TRunSettings& settings, const TRunFacts& facts, TProgressLine& line) const;
 
 private:
   std::optional<long> AskWritten(const std::string& earlierStart, RunEnd end) const;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The pace of software triggers.
+// When software triggers are sent.
 #include "tools/TSoftwareTrigger.h"
 
 #include <algorithm>
@@ -23,10 +23,11 @@ void TSoftwareTrigger::SendWhenDue(Clock::time_point lastArrival)
   const bool isAnswered = lastArrival > last_;
   // An exposure that is part of an accumulated image brings no image: its trigger counts as answered after its
   // time.
-  const double patience = 1.5 * imageSeconds_ + 0.2;
-  const double pause = isAnswered ? pauseSeconds_ : std::max(pauseSeconds_, patience);
-  if (!isFirst && now - last_ < ToDuration(pause)) {
-    if (isAnswered) std::this_thread::sleep_until(std::min(last_ + ToDuration(pause), now + ToDuration(0.1)));
+  const double retrySeconds = 1.5 * imageSeconds_ + 0.2;
+  const double waitSeconds = isAnswered ? periodSeconds_ : std::max(periodSeconds_, retrySeconds);
+  if (!isFirst && now - last_ < ToDuration(waitSeconds)) {
+    if (isAnswered)
+      std::this_thread::sleep_until(std::min(last_ + ToDuration(waitSeconds), now + ToDuration(0.1)));
     return;
   }
   last_ = now;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Triggers exposures in place of a camera's own clock.
+// Triggers exposures from the program.
 #pragma once
 
 #include "tools/ICamera.h"
@@ -14,10 +14,10 @@ class TSoftwareTrigger final
 public:
   using Clock = std::chrono::steady_clock;
 
-  /// @param pauseSeconds  shortest time from trigger to trigger
+  /// @param periodSeconds  shortest time from trigger to trigger
   /// @param imageSeconds  about how long one exposure takes until it is delivered
-  TSoftwareTrigger(ICamera& camera, double pauseSeconds, double imageSeconds)
-      : camera_(camera), pauseSeconds_(pauseSeconds), imageSeconds_(imageSeconds)
+  TSoftwareTrigger(ICamera& camera, double periodSeconds, double imageSeconds)
+      : camera_(camera), periodSeconds_(periodSeconds), imageSeconds_(imageSeconds)
   {
   }
   /// Sends a trigger when it is time; else waits for up to 100 ms when the last one has brought an image.
@@ -26,7 +26,7 @@ public:
 
 private:
   ICamera& camera_;
-  double pauseSeconds_;
+  double periodSeconds_;
   double imageSeconds_;
   Clock::time_point last_;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Learning the pace of a run and counting the frames that gaps leave out.
+// Learns the frame period of a run and counts the frames that gaps leave out.
 #include "tools/TTickGapCounter.h"
 
 #include <algorithm>
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kLearningIntervals = 256;
 
-double Pace(std::vector<long long> intervals)
+double FramePeriod(std::vector<long long> intervals)
 {
   if (intervals.empty()) return 0.0;
   const auto quarter = intervals.begin() + static_cast<std::ptrdiff_t>(intervals.size() / 4);
@@ -21,9 +21,9 @@ double Pace(std::vector<long long> intervals)
 
 } // namespace
 
-long TTickGapCounter::MissingIn(long long interval, double pace) const
+long TTickGapCounter::MissingIn(long long interval, double framePeriod) const
 {
-  return pace > 0.0 ? std::max(0L, std::lround(static_cast<double>(interval) / pace) - 1) : 0;
+  return framePeriod > 0.0 ? std::max(0L, std::lround(static_cast<double>(interval) / framePeriod) - 1) : 0;
 }
 
 void TTickGapCounter::Add(long long ticks)
@@ -33,22 +33,22 @@ void TTickGapCounter::Add(long long ticks)
   last_ = ticks;
   hasLast_ = true;
   if (!isUsable) return;
-  if (pace_ > 0.0) {
-    missing_ += MissingIn(interval, pace_);
+  if (framePeriod_ > 0.0) {
+    missing_ += MissingIn(interval, framePeriod_);
     return;
   }
   learning_.push_back(interval);
   if (learning_.size() < kLearningIntervals) return;
   missing_ = Missing();
-  pace_ = Pace(learning_);
+  framePeriod_ = FramePeriod(learning_);
   learning_.clear();
 }
 
 long TTickGapCounter::Missing() const
 {
-  const double pace = Pace(learning_);
+  const double framePeriod = FramePeriod(learning_);
   long missing = missing_;
-  for (const long long interval : learning_) missing += MissingIn(interval, pace);
+  for (const long long interval : learning_) missing += MissingIn(interval, framePeriod);
   return missing;
 }
 

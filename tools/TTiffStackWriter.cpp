@@ -184,7 +184,7 @@ bool TTiffStackWriter::Write(TPixelBytes pixels, const TImageLabel& label)
   return true;
 }
 
-bool TTiffStackWriter::Close(const TRunTotals& totals)
+bool TTiffStackWriter::Close(const TFrameCounts& counts)
 {
   if (!file_.IsOpen()) return error_.empty();
   // A disk may be too full for the directories: then the newest images make room for them.
@@ -199,7 +199,7 @@ bool TTiffStackWriter::Close(const TRunTotals& totals)
     return error_.empty();
   }
   const std::uint64_t next = labels_.size() > 1 ? DirectoriesStart() : 0;
-  complete = WriteFirstPage(Description(&totals), next) && complete;
+  complete = WriteFirstPage(Description(&counts), next) && complete;
   complete = file_.Close() && complete;
   if (!complete) Fail(file_.Error());
   return error_.empty();
@@ -282,9 +282,9 @@ std::vector<std::byte> TTiffStackWriter::MakeDirectory(std::uint64_t start, std:
   return PutEntries(entries, isBig_, start, nextDirectory);
 }
 
-std::string TTiffStackWriter::Description(const TRunTotals* totals) const
+std::string TTiffStackWriter::Description(const TFrameCounts* counts) const
 {
-  const long images = totals ? ImagesWritten() : std::max(1L, facts_.plannedImages);
+  const long images = counts ? ImagesWritten() : std::max(1L, facts_.plannedImages);
   std::ostringstream text;
   text.imbue(std::locale::classic());
   text << std::setprecision(kFloatDigits);
@@ -308,10 +308,10 @@ std::string TTiffStackWriter::Description(const TRunTotals* totals) const
   if (!facts_.readout.amplifier.empty()) text << "amplifier=" << facts_.readout.amplifier.substr(0, 100) << "\n";
   if (facts_.readout.megahertz) text << "speed_MHz=" << *facts_.readout.megahertz << "\n";
   if (!labels_.empty()) text << SeriesLabel(labels_.front());
-  if (totals) {
-    text << "delivered=" << totals->delivered << "\noverwritten=" << totals->overwritten << "\nlost_in_camera=";
-    if (totals->lostInCamera)
-      text << *totals->lostInCamera << "\n";
+  if (counts) {
+    text << "delivered=" << counts->delivered << "\noverwritten=" << counts->overwritten << "\nlost_in_camera=";
+    if (counts->lostInCamera)
+      text << *counts->lostInCamera << "\n";
     else
       text << "unknown\n";
   }

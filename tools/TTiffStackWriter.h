@@ -20,7 +20,7 @@ class TTiffStackWriter final : public IImageWriter
 public:
   bool Open(const std::string& path, bool overwrite, const TImageShape& shape, const TRunFacts& facts) override;
   bool Write(TPixelBytes pixels, const TImageLabel& label) override;
-  bool Close(const TRunTotals& totals) override;
+  bool Close(const TFrameCounts& counts) override;
   long ImagesWritten() const override { return static_cast<long>(labels_.size()); }
   const std::string& Error() const override { return error_; }
 
@@ -34,7 +34,7 @@ private:
                                        std::uint64_t nextDirectory) const;
   std::uint64_t ImageOffset(std::size_t page) const;
   std::uint64_t DirectoriesStart() const;
-  std::string Description(const TRunTotals* totals) const;
+  std::string Description(const TFrameCounts* counts) const;
 
   TOutputFile file_;
   TImageShape shape_;

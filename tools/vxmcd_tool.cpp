@@ -16,7 +16,7 @@ vxtool::ExitCode Run(const vxtool::TOptions& options)
   if (options.command == vxtool::Command::Convert)
     return vxtool::TConvertCommand(options.convert, options.isJson).Run();
   if (options.command == vxtool::Command::Info)
-    return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowSpoolRun(options);
+    return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowRecordedRun(options);
   return vxtool::TAcquireCommand(options).Run();
 }
 

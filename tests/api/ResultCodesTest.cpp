@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Result codes in words: the header, the library and the tool say the same.
-#include "tools/ResultText.h"
+#include "tools/Messages.h"
 #include "vxmcd.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Arguments with several numbers, the description of a camera as text and JSON, and what JSON cannot hold.
 #include "tools/ArgumentForms.h"
-#include "tools/CapabilityWords.h"
 #include "tools/DescriptionReport.h"
-#include "tools/JsonText.h"
+#include "tools/Json.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

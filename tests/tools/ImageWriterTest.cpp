@@ -31,13 +31,13 @@ TImageLabel Label(long number)
   return label;
 }
 
-TRunTotals Totals(long delivered, long overwritten)
+TFrameCounts Counts(long delivered, long overwritten)
 {
-  TRunTotals totals;
-  totals.delivered = delivered;
-  totals.overwritten = overwritten;
-  totals.lostInCamera = 0;
-  return totals;
+  TFrameCounts counts;
+  counts.delivered = delivered;
+  counts.overwritten = overwritten;
+  counts.lostInCamera = 0;
+  return counts;
 }
 
 // Writes images 1 to count; the number that the writer took.
@@ -75,7 +75,7 @@ TEST_P(ImageWriterOfDepth, TiffStackReadsBackWithTrueCountAndWithoutGaps)
   TTiffStackWriter writer;
   ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20))) << writer.Error();
   ASSERT_EQ(WriteImages(writer, shape, 7), 7); // fewer than planned, as after an abort
-  ASSERT_TRUE(writer.Close(Totals(9, 2))) << writer.Error();
+  ASSERT_TRUE(writer.Close(Counts(9, 2))) << writer.Error();
 
   const TTiffPages file = ReadTiff(path);
   EXPECT_EQ(file.problem, "");
@@ -107,7 +107,7 @@ TEST_P(ImageWriterOfDepth, FitsCubeReadsBackAndIsCleanAfterAbort)
     ASSERT_TRUE(writer.Write(image, label)) << writer.Error();
   }
   EXPECT_EQ(ReadFits(path, GetParam()).images, 3) << "also when the program is killed now";
-  ASSERT_TRUE(writer.Close(Totals(5, 2))) << writer.Error();
+  ASSERT_TRUE(writer.Close(Counts(5, 2))) << writer.Error();
 
   EXPECT_EQ(FitsVerify(path), "");
   const TFitsCube cube = ReadFits(path, GetParam());
@@ -138,7 +138,7 @@ TEST_F(ImageWriter, TiffBecomesBigWhenItMayPassFourGigabytes)
   TTiffStackWriter writer;
   ASSERT_TRUE(writer.Open(directory_.Path("big.tif"), false, small, TestFacts(0)));
   ASSERT_EQ(WriteImages(writer, small, 1500), 1500);
-  ASSERT_TRUE(writer.Close(Totals(1500, 0)));
+  ASSERT_TRUE(writer.Close(Counts(1500, 0)));
   const TTiffPages file = ReadTiff(directory_.Path("big.tif"));
   EXPECT_EQ(file.problem, "");
   EXPECT_TRUE(file.isBigTiff);
@@ -161,7 +161,7 @@ TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
   TTiffStackWriter stack;
   ASSERT_TRUE(stack.Open(directory_.Path("tracks.tif"), false, shape, facts));
   ASSERT_EQ(WriteImages(stack, shape, 2), 2);
-  ASSERT_TRUE(stack.Close(Totals(2, 0)));
+  ASSERT_TRUE(stack.Close(Counts(2, 0)));
   const TTiffPages file = ReadTiff(directory_.Path("tracks.tif"));
   EXPECT_EQ(file.problem, "");
   ASSERT_EQ(file.pages.size(), 2u);
@@ -172,7 +172,7 @@ TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
   TFitsCubeWriter writer;
   ASSERT_TRUE(writer.Open(directory_.Path("tracks.fits"), false, shape, facts));
   ASSERT_EQ(WriteImages(writer, shape, 2), 2);
-  ASSERT_TRUE(writer.Close(Totals(2, 0))) << writer.Error();
+  ASSERT_TRUE(writer.Close(Counts(2, 0))) << writer.Error();
   EXPECT_EQ(FitsVerify(directory_.Path("tracks.fits")), "");
   const TFitsCube cube = ReadFits(directory_.Path("tracks.fits"), PixelDepth::Bits16);
   EXPECT_EQ(cube.status, 0);
@@ -197,13 +197,13 @@ void ExpectGoodMannersWithFiles(const TScratchDirectory& directory)
 
   Writer empty;
   ASSERT_TRUE(empty.Open(path, true, shape, TestFacts(1))) << empty.Error();
-  EXPECT_TRUE(empty.Close(Totals(0, 0)));
+  EXPECT_TRUE(empty.Close(Counts(0, 0)));
   EXPECT_FALSE(std::filesystem::exists(path)) << "a file without an image is not valid";
 
   Writer wrong;
   ASSERT_TRUE(wrong.Open(path, false, shape, TestFacts(1)));
   EXPECT_FALSE(wrong.Write(std::vector<std::byte>(7), Label(1)));
-  EXPECT_FALSE(wrong.Close(Totals(0, 0)));
+  EXPECT_FALSE(wrong.Close(Counts(0, 0)));
 }
 
 TEST_F(ImageWriter, RefusesWhatItCannotOrShouldNotWrite)
@@ -244,7 +244,7 @@ TEST_F(ImageWriter, PreviewShowsFaintAndBrightThings)
   TPngPreviewWriter writer;
   ASSERT_TRUE(writer.Open(directory_.Path("sky.png"), false, shape, TestFacts(1)));
   ASSERT_TRUE(writer.Write(std::as_bytes(std::span(sky)), Label(1))) << writer.Error();
-  ASSERT_TRUE(writer.Close(Totals(1, 0))) << writer.Error();
+  ASSERT_TRUE(writer.Close(Counts(1, 0))) << writer.Error();
 
   const TPngPicture picture = ReadPng(directory_.Path("sky.png"));
   ASSERT_EQ(picture.width, 100u);

@@ -3,8 +3,8 @@
 #include "tests/support/TScratchDirectory.h"
 #include "tests/tools/ImageFixtures.h"
 #include "tests/tools/SpoolFixture.h"
-#include "tools/RunFacts.h"
-#include "tools/TSpoolConversion.h"
+#include "tools/ImageData.h"
+#include "tools/TRunConversion.h"
 
 #include <filesystem>
 #include <sys/stat.h>
@@ -29,13 +29,13 @@ protected:
     index.Read(Directory(), run.ImageLimit());
     damagedRecords_ = index.Damaged();
     written_ = KeepingWriter();
-    TSpoolConversion conversion(
+    TRunConversion conversion(
         run, index, settings, &written_, [] { return false; }, [](const TProgress&) {});
     EXPECT_EQ(conversion.Run(), RunEnd::Complete);
     counts_ = conversion.Counts();
     wrong_ = conversion.Wrong().Text();
     absent_ = conversion.Absent().Text();
-    lost_ = conversion.Totals().lostInCamera;
+    lost_ = conversion.RunCounts().lostInCamera;
     EXPECT_TRUE(counts_.AddsUp());
   }
 
@@ -358,7 +358,7 @@ TEST_P(SpoolLies, AreSeenThrough)
   EXPECT_EQ(run.LayoutProblem().empty(), GetParam().isDecodable);
   TRunIndex index;
   EXPECT_TRUE(index.Read(Directory(), run.ImageLimit())) << index.Error();
-  TSpoolConversion conversion(
+  TRunConversion conversion(
       run, index, {}, nullptr, [] { return false; }, [](const TProgress&) {});
   EXPECT_EQ(conversion.Run(), RunEnd::Complete);
   EXPECT_TRUE(conversion.Counts().AddsUp());

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Facts of a run as JSON.
-#include "tools/FactsJson.h"
+// JSON by way of nlohmann's library.
+#include "tools/Json.h"
+
+#include <charconv>
+#include <cmath>
 
 namespace vxtool {
 
@@ -25,6 +28,21 @@ Json SecondsJson(double seconds)
 }
 
 } // namespace
+
+std::string JsonLine(const Json& json)
+{
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Json JsonNumber(float number)
+{
+  if (!std::isfinite(number)) return nullptr;
+  char text[64];
+  const auto written = std::to_chars(text, text + sizeof text, number);
+  double value = 0.0;
+  std::from_chars(text, written.ptr, value);
+  return value;
+}
 
 // Values of single precision, which the library has, without the digits that double precision adds.
 Json JsonOfSingle(const std::optional<double>& value)

@@ -6,9 +6,9 @@
 #include "runs/TRunImages.h"
 #include "runs/TRunIndex.h"
 #include "tools/IImageWriter.h"
-#include "tools/RunProgress.h"
+#include "tools/Run.h"
+#include "tools/TFrameStatistics.h"
 #include "tools/TNumberRanges.h"
-#include "tools/TRunAccount.h"
 
 #include <chrono>
 #include <functional>
@@ -50,22 +50,22 @@ struct TConversionCounts
 /// One conversion from start to end, on the caller's thread and with memory for one image. Borrows run, index,
 /// writer and callbacks until Run() returns. Every image is compared with the checksum of its record; one that is
 /// torn or damaged is not handed on. Its number stays free: images keep the numbers of the run.
-class TSpoolConversion final
+class TRunConversion final
 {
 public:
   /// @param writer  takes the images; null to look at them only. Needs a run with a layout
-  TSpoolConversion(const TRunDescription& run, const TRunIndex& index, const TConversionSettings& settings,
-                   IImageWriter* writer, std::function<bool()> isInterrupted,
-                   std::function<void(const TProgress&)> onProgress);
+  TRunConversion(const TRunDescription& run, const TRunIndex& index, const TConversionSettings& settings,
+                 IImageWriter* writer, std::function<bool()> isInterrupted,
+                 std::function<void(const TProgress&)> onProgress);
 
   /// Complete, Interrupted or OutputFailed.
   RunEnd Run();
 
   const TConversionCounts& Counts() const { return counts_; }
   /// An output file that turned out to hold fewer images than were given to it.
-  void TakeBackWritten(long count);
+  void MoveToNotWritten(long count);
   /// The counts of the run itself, for its files.
-  TRunTotals Totals() const;
+  TFrameCounts RunCounts() const;
   const TNumberRanges& Asked() const { return asked_; }
   /// Numbers of the images that are wrong, and of those that are not there.
   const TNumberRanges& Wrong() const { return wrong_; }
@@ -106,8 +106,8 @@ private:
   TNumberRanges wrong_;
   TNumberRanges absent_;
   TConversionCounts counts_;
-  bool isPaced_;
-  TRunAccount clocks_;       // finds frames lost in the camera, by the timestamps of the images
+  bool hasSteadyRate_;
+  TFrameStatistics clocks_;  // finds frames lost in the camera, by the timestamps of the images
   bool isClockWhole_ = true; // every image so far had one, without gaps in the numbers
   std::vector<std::string> problems_;
   std::vector<std::byte> frame_;

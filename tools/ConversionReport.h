@@ -2,25 +2,25 @@
 // What is in the directory of a run, and what became of its images, as text.
 #pragma once
 
-#include "tools/TSpoolConversion.h"
+#include "tools/TRunConversion.h"
 
 #include <string>
 
 namespace vxtool {
 
 /// Says in one line how a run ended.
-std::string SpoolStateText(const TRunValues& facts);
+std::string RunStateText(const TRunValues& facts);
 
 /// What is in the directory of a run: lines for a person, or one line of JSON.
-std::string SpoolRunText(const TRunDescription& run, const TRunIndex& index, const TRunImages& files);
-std::string SpoolRunJson(const TRunDescription& run, const TRunIndex& index, const TRunImages& files);
+std::string RecordedRunText(const TRunDescription& run, const TRunIndex& index, const TRunImages& files);
+std::string RecordedRunJson(const TRunDescription& run, const TRunIndex& index, const TRunImages& files);
 
 /// What became of the images: lines for a person, or one line of JSON.
 /// @param outcome  complete, interrupted, failed
 /// @param output   the file, "" for none
-std::string ConversionText(const TRunDescription& run, const TSpoolConversion& conversion,
+std::string ConversionText(const TRunDescription& run, const TRunConversion& conversion,
                            const std::string& outcome, const std::string& output, PixelDepth depth);
-std::string ConversionJson(const TRunDescription& run, const TSpoolConversion& conversion,
+std::string ConversionJson(const TRunDescription& run, const TRunConversion& conversion,
                            const std::string& outcome, const std::string& output, PixelDepth depth);
 
 } // namespace vxtool

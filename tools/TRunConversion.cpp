@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Image by image: record, bytes, checksum, pixels, output.
-#include "tools/TSpoolConversion.h"
+#include "tools/TRunConversion.h"
 
 #include "runs/checksum.h"
+#include "tools/ImageData.h"
 #include "tools/Options.h"
-#include "tools/RunFacts.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,10 +15,10 @@ namespace {
 
 constexpr std::size_t kMaxProblems = 5;
 
-bool IsPacedRun(const TRunDescription& run)
+bool HasSteadyRate(const TRunDescription& run)
 {
   const std::optional<Trigger> trigger = TriggerOf(FactsOf(run).trigger);
-  return trigger && IsPaced(*trigger);
+  return trigger && vxtool::HasSteadyRate(*trigger);
 }
 
 } // namespace
@@ -30,10 +30,10 @@ bool TConversionCounts::AddsUp() const
          unrecordedData <= unrecorded && notWritten >= 0 && taken <= right + unchecked + wrong;
 }
 
-TSpoolConversion::TSpoolConversion(const TRunDescription& run, const TRunIndex& index,
-                                   const TConversionSettings& settings, IImageWriter* writer,
-                                   std::function<bool()> isInterrupted,
-                                   std::function<void(const TProgress&)> onProgress)
+TRunConversion::TRunConversion(const TRunDescription& run, const TRunIndex& index,
+                               const TConversionSettings& settings, IImageWriter* writer,
+                               std::function<bool()> isInterrupted,
+                               std::function<void(const TProgress&)> onProgress)
     : run_(run),
       index_(index),
       settings_(settings),
@@ -43,8 +43,8 @@ TSpoolConversion::TSpoolConversion(const TRunDescription& run, const TRunIndex& 
       files_(run.Directory(), run.Values().imagesPerFile, run.Values().imageBytes),
       known_(static_cast<long>(std::max(index.End(), run.Values().imagesWritten))),
       asked_(settings.images.IsEmpty() ? WholeRun() : settings.images),
-      isPaced_(IsPacedRun(run)),
-      clocks_(isPaced_)
+      hasSteadyRate_(HasSteadyRate(run)),
+      clocks_(hasSteadyRate_)
 {
   counts_.asked = asked_.Count();
   // The clock tells of lost frames only where images follow each other.
@@ -52,7 +52,7 @@ TSpoolConversion::TSpoolConversion(const TRunDescription& run, const TRunIndex& 
 }
 
 // Image files have places for images to come: Run() leaves out those behind the last image.
-TNumberRanges TSpoolConversion::WholeRun() const
+TNumberRanges TRunConversion::WholeRun() const
 {
   const long places = static_cast<long>(std::min(files_.End(), run_.ImageLimit()));
   const long end = settings_.isSalvage ? std::max(known_, places) : known_;
@@ -60,13 +60,13 @@ TNumberRanges TSpoolConversion::WholeRun() const
 }
 
 // An index says which images are there. Without any record, an image may be whole all the same.
-bool TSpoolConversion::TakesUnrecorded() const
+bool TRunConversion::TakesUnrecorded() const
 {
   if (settings_.isSalvage) return index_.Count() == 0 || settings_.keepsDamaged;
   return index_.IsMissing() && run_.Values().state == RunFormat::State::kComplete;
 }
 
-RunEnd TSpoolConversion::Run()
+RunEnd TRunConversion::Run()
 {
   start_ = Clock::now();
   RunEnd end = RunEnd::Complete;
@@ -87,7 +87,7 @@ RunEnd TSpoolConversion::Run()
   return end;
 }
 
-long TSpoolConversion::NextCandidate(long number, long end)
+long TRunConversion::NextCandidate(long number, long end)
 {
   const std::int64_t image = number - 1;
   std::int64_t next = index_.NextAt(image);
@@ -96,7 +96,7 @@ long TSpoolConversion::NextCandidate(long number, long end)
   return static_cast<long>(std::min<std::int64_t>(next, end - 1)) + 1;
 }
 
-long TSpoolConversion::SkipAbsent(long number, long end)
+long TRunConversion::SkipAbsent(long number, long end)
 {
   const long next = NextCandidate(number, end);
   long newest = known_; // image that there is, as far as it is known
@@ -121,12 +121,12 @@ long TSpoolConversion::SkipAbsent(long number, long end)
   return next;
 }
 
-long TSpoolConversion::NextWithData(long number, long end)
+long TRunConversion::NextWithData(long number, long end)
 {
   return static_cast<long>(std::min<std::int64_t>(files_.NextUsed(number - 1, false), end - 1)) + 1;
 }
 
-void TSpoolConversion::CountAbsent(long first, long last, long& count)
+void TRunConversion::CountAbsent(long first, long last, long& count)
 {
   count += last - first + 1;
   absent_.Add(first, last);
@@ -134,7 +134,7 @@ void TSpoolConversion::CountAbsent(long first, long last, long& count)
 }
 
 // False when the output has failed.
-bool TSpoolConversion::TakeImage(long& next, long last)
+bool TRunConversion::TakeImage(long& next, long last)
 {
   const long number = next++;
   const std::int64_t image = number - 1;
@@ -166,11 +166,11 @@ bool TSpoolConversion::TakeImage(long& next, long last)
   return HandOn(label);
 }
 
-bool TSpoolConversion::HandOn(TImageLabel label)
+bool TRunConversion::HandOn(TImageLabel label)
 {
   if (run_.Values().hasMetadata) label.ticks = FrameTicks(frame_);
   isClockWhole_ = isClockWhole_ && label.ticks;
-  if (label.ticks) clocks_.Timestamp(*label.ticks);
+  if (label.ticks) clocks_.AddTimestamp(*label.ticks);
   if (!run_.Layout() || (!writer_ && !settings_.keepsLast)) return true;
   const TImageShape shape = {run_.Layout()->width, run_.Layout()->height, settings_.depth};
   // Frames that are the pixels already are not copied, only cut, which drops padding at their end and metadata.
@@ -184,21 +184,22 @@ bool TSpoolConversion::HandOn(TImageLabel label)
   return isWritten || !writer_;
 }
 
-void TSpoolConversion::TakeBackWritten(long count)
+void TRunConversion::MoveToNotWritten(long count)
 {
   counts_.written -= count;
   counts_.notWritten += count;
 }
 
-TRunTotals TSpoolConversion::Totals() const
+TFrameCounts TRunConversion::RunCounts() const
 {
-  TRunTotals totals;
-  totals.delivered = static_cast<long>(std::max(index_.Count(), run_.Values().imagesWritten));
-  if (isClockWhole_ && isPaced_ && counts_.notReached == 0) totals.lostInCamera = clocks_.LostInCameraSoFar();
-  return totals;
+  TFrameCounts counts;
+  counts.delivered = static_cast<long>(std::max(index_.Count(), run_.Values().imagesWritten));
+  if (isClockWhole_ && hasSteadyRate_ && counts_.notReached == 0)
+    counts.lostInCamera = clocks_.LostInCameraSoFar();
+  return counts;
 }
 
-void TSpoolConversion::Report()
+void TRunConversion::Report()
 {
   TProgress progress;
   progress.seconds = std::chrono::duration<double>(Clock::now() - start_).count();

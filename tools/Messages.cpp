@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Messages and texts of the tool.
-#include "tools/ToolText.h"
+// Messages go to standard error, what is asked for to standard output.
+#include "tools/Messages.h"
+
+#include "vxmcd.h"
 
 #include <cstdio>
 
@@ -31,10 +33,13 @@ bool Print(const std::string& text)
   return std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
 }
 
-std::string PrintableAscii(std::string text)
+std::string ResultText(const std::string& function, unsigned int code)
 {
-  for (char& c : text)
-    if (c < ' ' || c > '~') c = '?';
+  std::string text = function + ": " + std::to_string(code) + " " + vxmcd_GetResultName(code);
+  const std::string meaning = vxmcd_GetResultMeaning(code);
+  const std::string advice = vxmcd_GetResultAdvice(code);
+  if (!meaning.empty()) text += ": " + meaning;
+  if (!advice.empty()) text += "; " + advice;
   return text;
 }
 

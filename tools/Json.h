@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What the tool prints for scripts.
+// What the tool prints for scripts, as JSON.
 #pragma once
+
+#include "tools/ImageData.h"
 
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -21,5 +23,11 @@ Json JsonOrNull(const std::optional<Value>& value)
 {
   return value ? Json(*value) : Json(nullptr);
 }
+/// Camera, start, shape, area and settings of a run; null for what is not known.
+Json FactsJson(const TRunFacts& facts, const TImageShape& shape);
+/// A number that the library has in single precision; null for nothing.
+Json JsonOfSingle(const std::optional<double>& value);
+/// Null for "".
+Json JsonTextOrNull(const std::string& text);
 
 } // namespace vxtool

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Formats what is known of a spooled run.
-#include "tools/SpoolReport.h"
+#include "tools/ConversionReport.h"
 
-#include "tools/FactsJson.h"
-#include "tools/ReportText.h"
-#include "tools/RunFacts.h"
+#include "tools/ImageData.h"
+#include "tools/Json.h"
+#include "tools/RunReport.h"
 
 #include <cmath>
 #include <cstdio>
@@ -58,7 +58,7 @@ std::string IndexLine(const TRunIndex& index)
   return Line("images in the index", std::to_string(index.Count()) + damage);
 }
 
-Json SpoolFactsJson(const TRunDescription& run)
+Json DescriptionFactsJson(const TRunDescription& run)
 {
   const TRunValues& f = run.Values();
   return {{"directory", run.Directory()},
@@ -70,7 +70,7 @@ Json SpoolFactsJson(const TRunDescription& run)
 
 } // namespace
 
-std::string SpoolStateText(const TRunValues& facts)
+std::string RunStateText(const TRunValues& facts)
 {
   switch (facts.state) {
   case RunFormat::State::kComplete:
@@ -85,12 +85,12 @@ std::string SpoolStateText(const TRunValues& facts)
   return "";
 }
 
-std::string SpoolRunText(const TRunDescription& run, const TRunIndex& index, const TRunImages& files)
+std::string RecordedRunText(const TRunDescription& run, const TRunIndex& index, const TRunImages& files)
 {
   const TRunValues& f = run.Values();
   const TRunFacts facts = FactsOf(run);
   std::string text = Line("run", run.Directory());
-  text += Line("state", SpoolStateText(f));
+  text += Line("state", RunStateText(f));
   text += LineIfKnown("images expected", f.imagesExpected, "");
   if (f.state != RunFormat::State::kRecording) text += Line("images written", std::to_string(f.imagesWritten));
   text += IndexLine(index);
@@ -108,10 +108,10 @@ std::string SpoolRunText(const TRunDescription& run, const TRunIndex& index, con
   return text;
 }
 
-std::string SpoolRunJson(const TRunDescription& run, const TRunIndex& index, const TRunImages& files)
+std::string RecordedRunJson(const TRunDescription& run, const TRunIndex& index, const TRunImages& files)
 {
   const TRunValues& f = run.Values();
-  Json json = SpoolFactsJson(run);
+  Json json = DescriptionFactsJson(run);
   json["images_in_index"] = index.IsMissing() ? Json(nullptr) : Json(index.Count());
   json["damaged_records"] = index.Damaged();
   json["image_files"] = files.Count();
@@ -135,7 +135,7 @@ std::string SpoolRunJson(const TRunDescription& run, const TRunIndex& index, con
   return JsonLine(json);
 }
 
-std::string ConversionText(const TRunDescription& run, const TSpoolConversion& conversion,
+std::string ConversionText(const TRunDescription& run, const TRunConversion& conversion,
                            const std::string& outcome, const std::string& output, PixelDepth depth)
 {
   const TConversionCounts& c = conversion.Counts();
@@ -161,12 +161,12 @@ std::string ConversionText(const TRunDescription& run, const TSpoolConversion& c
   return text + ReportRow("written", c.written, output);
 }
 
-std::string ConversionJson(const TRunDescription& run, const TSpoolConversion& conversion,
+std::string ConversionJson(const TRunDescription& run, const TRunConversion& conversion,
                            const std::string& outcome, const std::string& output, PixelDepth depth)
 {
   const TConversionCounts& c = conversion.Counts();
   Json json = {{"outcome", outcome}, {"seconds", std::round(conversion.Seconds() * 1.0e6) / 1.0e6}};
-  json.update(SpoolFactsJson(run));
+  json.update(DescriptionFactsJson(run));
   json.update(Json{{"asked", c.asked},
                    {"right", c.right},
                    {"unchecked", c.unchecked},
@@ -180,7 +180,7 @@ std::string ConversionJson(const TRunDescription& run, const TSpoolConversion& c
                    {"cut", c.cut},
                    {"wrong_images", conversion.Wrong().Text()},
                    {"missing_images", conversion.Absent().Text()},
-                   {"lost_in_camera", JsonOrNull(conversion.Totals().lostInCamera)},
+                   {"lost_in_camera", JsonOrNull(conversion.RunCounts().lostInCamera)},
                    {"output", output}});
   TImageShape shape;
   if (run.Layout()) shape = {run.Layout()->width, run.Layout()->height, depth};

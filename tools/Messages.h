@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+// What the commands of the tool say, and how they end.
+#pragma once
+
+#include <string>
+
+namespace vxtool {
+
+/// What the tool's process returns. When several apply, an output error comes before a camera error, that before
+/// an interruption, and that before lost frames.
+enum class ExitCode : int
+{
+  Success = 0,
+  Usage = 1,
+  NoCamera = 2,
+  CameraError = 3,
+  OutputError = 4,
+  FramesLost = 5,
+  InputError = 6,
+  Interrupted = 130,
+};
+
+/// Prints a line on standard error, behind the program's name.
+void Say(const std::string& message);
+/// The same for each line of a text.
+void SayLines(const std::string& lines);
+/// Says why a command ends, and returns the code that it ends with.
+ExitCode Fail(ExitCode code, const std::string& message);
+/// Prints on standard output and flushes it; false when that does not succeed.
+bool Print(const std::string& text);
+/// One line: the function that answered, the code, its name, what it means and what to try.
+std::string ResultText(const std::string& function, unsigned int code);
+
+} // namespace vxtool

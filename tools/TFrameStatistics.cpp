@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// Frame counts, and how they fit together.
+#include "tools/TFrameStatistics.h"
+
+#include <algorithm>
+
+namespace vxtool {
+
+void TFrameStatistics::AddFetched(bool isWritten)
+{
+  ++counts_.fetched;
+  ++(isWritten ? counts_.written : counts_.notWritten);
+}
+
+void TFrameStatistics::AddTimestamp(long long ticks)
+{
+  gaps_.Add(ticks);
+  ++timestamps_;
+}
+
+void TFrameStatistics::MoveToNotWritten(long count)
+{
+  counts_.written -= count;
+  counts_.notWritten += count;
+}
+
+void TFrameStatistics::Finish(long delivered)
+{
+  counts_.delivered = delivered;
+  counts_.notFetched = delivered - LastImage();
+  counts_.withoutTimestamp = std::max(0L, delivered - timestamps_);
+  // An image without a timestamp leaves a gap too, and is not lost.
+  if (hasSteadyRate_ && timestamps_ > 0)
+    counts_.lostInCamera = std::max(0L, gaps_.Missing() - counts_.withoutTimestamp);
+}
+
+bool TFrameStatistics::AddsUp() const
+{
+  const TFrameCounts& c = counts_;
+  return c.delivered == c.fetched + c.overwritten + c.notFetched && c.fetched == c.written + c.notWritten &&
+         c.notFetched >= 0 && c.written >= 0 && c.notWritten >= 0;
+}
+
+} // namespace vxtool

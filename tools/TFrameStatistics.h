@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// Counts where every frame of a run went.
+#pragma once
+
+#include "tools/ImageData.h"
+#include "tools/TTickGapCounter.h"
+
+namespace vxtool {
+
+/// The frame counts of one run. Every image is counted once, in the order of its number, as fetched or overwritten;
+/// every fetched image as written or not written. One thread at a time.
+class TFrameStatistics final
+{
+public:
+  /// @param hasSteadyRate  whether the camera makes frames at a constant rate, so that timestamps show lost ones
+  explicit TFrameStatistics(bool hasSteadyRate) : hasSteadyRate_(hasSteadyRate) {}
+
+  void AddFetched(bool isWritten);
+  void AddOverwritten(long count) { counts_.overwritten += count; }
+  /// The timestamp of the next delivered image, in order, whatever became of that image.
+  void AddTimestamp(long long ticks);
+  /// So many of the images written turned out not to be in the output file.
+  void MoveToNotWritten(long count);
+  /// Ends the run. @param delivered  images that the library received
+  void Finish(long delivered);
+
+  /// The counts so far; those of delivered and not fetched images are there from Finish() on.
+  const TFrameCounts& Counts() const { return counts_; }
+  /// Whether the counts add up: if not, this program has an error.
+  bool AddsUp() const;
+  long LostInCameraSoFar() const { return hasSteadyRate_ ? gaps_.Missing() : 0; }
+  long Written() const { return counts_.written; }
+  long Fetched() const { return counts_.fetched; }
+  long Overwritten() const { return counts_.overwritten; }
+  /// The number of the newest image that is fetched or known to be overwritten.
+  long LastImage() const { return counts_.fetched + counts_.overwritten; }
+  long Timestamps() const { return timestamps_; }
+
+private:
+  TFrameCounts counts_;
+  TTickGapCounter gaps_;
+  long timestamps_ = 0;
+  bool hasSteadyRate_;
+};
+
+} // namespace vxtool
