@@ -30,7 +30,7 @@ namespace QuorinUtility {
 class TQuorinCriticalSection;
 }
 
-/// Everything that was created for one open camera. Held by value in HandleToCameraMap; owns what its pointers
+/// Everything that was created for one open camera. A value of HandleToCameraMap; owns what its pointers
 /// point to: Initialize() creates it, ShutDown() destroys it. The order of the fields is fixed. A field whose
 /// object this camera does not have is null.
 struct TCamera
@@ -39,7 +39,7 @@ struct TCamera
 
   unsigned int cameraHandle = 0; ///< the feature library's handle; kNoCamera marks the record of no camera
   TVxmcdAcquisitionManager* acquisitionManager = nullptr;
-  int retrievalCursor = 0; ///< number of the last image that the GetOldestImage family gave
+  int retrievalCursor = 0; ///< number of the last image that GetOldestImage and its forms copied
   TI2c* i2c = nullptr;
   TCameraPotsFacade* cameraPots = nullptr;
   TObserverList* observers = nullptr;
@@ -72,7 +72,7 @@ struct TCamera
   TDispatchQueue* statusDispatchQueue = nullptr;
   QuorinUtility::TQuorinCriticalSection* cameraLock = nullptr;
   bool holdsLibrary = false;       ///< whether the feature library is to be finalised for this camera
-  bool holdsConfiguration = false; ///< whether the configuration, be it null, is still to be given back
+  bool holdsConfiguration = false; ///< whether the configuration, which may be null, must still be returned
   TVxmcdAcquisitionManager* closedManager = nullptr; ///< the acquisition manager while the camera is being closed
   QuorinUtility::TQuorinCriticalSection* serviceLock = nullptr; ///< one service call at a time, see TServiceUse
   QuorinUtility::TQuorinCriticalSection* cursorLock = nullptr;  ///< guards retrievalCursor

@@ -34,8 +34,8 @@ public:
   TPseudoBaselineClamp& BaselineClamp() const { return *camera_->baselineClamp; }
   TgetFIFOUsage& FIFOUsage() const { return *camera_->fifoUsage; }
 
-  /// Calls @p move with the retrieval cursor, which it may change. Nobody else sees or changes the cursor meanwhile,
-  /// so it is for looking up a number and not for copying an image.
+  /// Calls @p move with the retrieval cursor, which it may change. No other thread sees or changes the cursor
+  /// meanwhile, so it is for looking up a number and not for copying an image.
   template <class Move>
   auto WithRetrievalCursor(Move move) const
   {
@@ -44,6 +44,6 @@ public:
   }
 
 private:
-  TVxmcdAcquisitionManager* manager_ = nullptr; // the record gives its pointer up when the camera is being closed
+  TVxmcdAcquisitionManager* manager_ = nullptr; // the record's pointer is reset while the camera is closed
   TCamera* camera_;
 };

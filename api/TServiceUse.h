@@ -6,7 +6,7 @@
 
 /// A use of the current camera for potentiometers and EEPROM. Two threads never work on one camera's services at a
 /// time: they stage transfers in the camera and change what was loaded. The lock is recursive, for callbacks that
-/// come back. Lives on the stack of one call.
+/// call in again. Lives on the stack of one call.
 class TServiceUse final
 {
 public:
@@ -22,7 +22,7 @@ public:
   TObserverList& Observers() const { return *camera_.Record().observers; }
   /// Null without a configuration library.
   IConfiguration* Configuration() const { return camera_.Record().configuration; }
-  /// Whether the configuration holds what the EEPROM does. True for good after the first success.
+  /// Whether the configuration has the contents of the EEPROM. Stays true after the first success.
   bool IsEepromRead() const { return camera_.Record().eepromRead; }
   void SetEepromRead() const { camera_.Record().eepromRead = true; }
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Resets the cursor however the start ends.
+// Resets the cursor, also after a failed start.
 class TCursorReset
 {
 public:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Makes and unmakes everything that belongs to an open camera.
+// Creates and destroys everything that belongs to an open camera.
 #include "api/camera_assembly.h"
 
 #include "acquisition/TAcquisitionEventHandler.h"
@@ -52,7 +52,7 @@ void CloseManager(TCamera& camera)
   manager->Close();
 }
 
-// The configuration library may throw. The camera can then be shut down a second time, which goes on from here;
+// The configuration library may throw. A second shut-down of the camera then continues from here;
 // until then the manager keeps the memory that the camera may be writing into.
 void ReleaseConfiguration(TCamera& camera)
 {
@@ -63,7 +63,7 @@ void ReleaseConfiguration(TCamera& camera)
 
 } // namespace
 
-// The order is fixed: an object gets those made before it. Fields without an object stay null.
+// The order is fixed: an object may use those made before it. Fields without an object stay null.
 TCamera AssembleCamera(int coreHandle)
 {
   TCamera camera;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Makes and unmakes everything that belongs to an open camera.
+// Creates and destroys everything that belongs to an open camera.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which cameras are open, and which of them calls without a handle act on.
+// The open cameras, and the one that calls without a handle act on.
 #include "api/camera_registry.h"
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
@@ -18,13 +18,13 @@ TNeverDestroyed<QuorinUtility::TQuorinCriticalSection> currentCameraShutdownMute
 
 namespace {
 
-// Guards the map. A look-up by one thread may meet the opening of another camera by a second one.
+// Guards the map: one thread may look a camera up while another thread opens one.
 TNeverDestroyed<std::shared_mutex> registryMutex;
 
 std::atomic<bool> hasOpenCameras{false};
 std::atomic<bool> isForkedChild{false};
 
-// The parent's threads and locks are not there in a child.
+// The parent's threads do not exist in a child, and its locks may stay locked.
 void AfterForkInChild()
 {
   if (!hasOpenCameras) return;
@@ -34,7 +34,7 @@ void AfterForkInChild()
 
 [[maybe_unused]] const int forkHandler = pthread_atfork(nullptr, nullptr, AfterForkInChild);
 
-// Callers hold registryMutex.
+// Called with registryMutex locked.
 TCamera* Find(long handle)
 {
   const auto entry = HandleToCameraMap.object.find(handle);

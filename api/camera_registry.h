@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which cameras are open, and which of them calls without a handle act on.
+// The open cameras, and the one that calls without a handle act on.
 #pragma once
 
 #include "api/TCamera.h"
@@ -35,7 +35,7 @@ void UnregisterCamera(long handle);
 /// Counts the caller into the uses of the camera's acquisition manager, see TCameraUse, and writes where that is.
 /// Null when no camera is open under @p handle or it is being closed.
 TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager);
-/// Takes the acquisition manager out of the record, so that nobody new can enter the camera.
+/// Removes the acquisition manager from the record, so that no new use of the camera can begin.
 TVxmcdAcquisitionManager* CloseCameraToNewUses(TCamera& camera);
 
 /// Whether this process is a child forked from one that had cameras open. The cameras belong to the parent: here

@@ -18,7 +18,7 @@ bool IsHandleInRange(long handle, long count)
 
 unsigned int GetAvailableCameras(long* count)
 {
-  if (IsForkedChild()) return RC_NOT_SUPPORTED; // the feature library's locks may be held by threads of the parent
+  if (IsForkedChild()) return RC_NOT_SUPPORTED; // the parent's threads may have locked the feature library
   const TLibraryUse library;
   long long deviceCount = 0;
   if (ReadDeviceCount(deviceCount) != VX_SUCCESS) return RC_NOT_SUPPORTED;

@@ -12,7 +12,7 @@
 #include <cwchar>
 #include <iterator>
 
-// Under its decorated name the function takes a reference. The plain name is a function of its own, because a
+// Under its decorated name the function takes a reference. The plain name is a separate function, because a
 // reference is never null to a compiler and a pointer may be.
 VXMCD_API void extractNumberFromString(wchar_t* text, int& number);
 extern "C" VXMCD_API void PlainExtractNumberFromString(wchar_t* text,
@@ -140,7 +140,7 @@ unsigned int Nothing(int /*coreHandle*/)
   return 0;
 }
 
-// What the words of the record behind its size hold, in their order.
+// The words of the record after its size, in their order.
 struct TCapabilityWord
 {
   unsigned int vxmcd_Capabilities::*word;
@@ -161,8 +161,8 @@ constexpr TCapabilityWord kCapabilityWords[] = {
     {&vxmcd_Capabilities::reserved3, Nothing},
 };
 
-// "24.6.20.7": year, month, day and build. The first numbers go into the first places, the one behind the last dot
-// into the last; numbers in between that have no place are dropped.
+// "24.6.20.7": year, month, day and build. The first numbers go into the first places, the one after the last dot into
+// the last; numbers between them without a place are dropped.
 struct TFirmwareVersion
 {
   int numbers[4] = {};
@@ -189,7 +189,7 @@ unsigned int ToDate(const TFirmwareVersion& version)
   return fullYear * 10000u + static_cast<unsigned int>(month) * 100u + static_cast<unsigned int>(day);
 }
 
-// Reads a string feature whole. False when it or its length cannot be read.
+// Reads a whole string feature. False when it or its length cannot be read.
 bool ReadWholeString(int coreHandle, const wchar_t* feature, std::wstring& text)
 {
   int length = 0;

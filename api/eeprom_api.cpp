@@ -15,7 +15,7 @@ bool ReadEeprom(const TServiceUse& camera)
   return true;
 }
 
-/// Sees to it that the configuration holds what the EEPROM does.
+/// Makes sure that the configuration has the contents of the EEPROM.
 bool loadFromEEPROM(const TServiceUse& camera)
 {
   if (!camera.Configuration()) return false;

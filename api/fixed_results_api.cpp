@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The functions that do nothing but answer, out of their table.
+// The functions that do nothing but return a code, from their table.
 //
 // Nothing is known of the arguments that programs pass to most of them, so they take any. The caller removes its
 // arguments itself on every platform we build for; arguments that are ignored cost nothing.
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Writes one value to outputs of a type that only the caller knows; a null output is skipped.
+/// Writes one value to outputs of a type that only the caller knows; a null output is ignored.
 template <class T>
 struct TFixedValue
 {

@@ -37,7 +37,7 @@ std::int64_t Extent(int first, int last)
   return std::int64_t{last} - first + 1;
 }
 
-// Switches the layout while it lives and goes back to the one it found.
+// Switches the layout for its lifetime and then restores the earlier one.
 class TLayoutSwitch
 {
 public:
@@ -92,7 +92,7 @@ int setBinningOptions(int coreHandle, int hbin, int vbin)
   return setVerticalBinning(coreHandle, vbin);
 }
 
-// Rows count from the sensor's far edge. Each track is read out as one binned row.
+// Rows count from the sensor's last row. Each track is read out as one binned row.
 bool WriteTrack(int coreHandle, int sensorHeight, int firstRow, int lastRow)
 {
   return Write(coreHandle, Feature::kAOITop, std::int64_t{sensorHeight} + 1 - lastRow) &&
@@ -120,11 +120,11 @@ unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int 
   if (vbin < 1) return RC_P2_INVALID;
 
   const TLayoutSwitch layout(camera.CoreHandle(), FeatureText::kImage);
-  setBinningOptions(camera.CoreHandle(), hbin, vbin); // what it answers does not count: width and height tell
+  setBinningOptions(camera.CoreHandle(), hbin, vbin); // its result is not used: width and height show a failure
   const bool isWidthWrong = IsOutOfRange(camera.CoreHandle(), Feature::kAOIWidth, Extent(hstart, hend) / hbin);
   const bool isLeftWrong = IsOutOfRange(camera.CoreHandle(), Feature::kAOILeft, hstart);
   int sensorHeight = 0;
-  Read(camera.CoreHandle(), Feature::kSensorHeight, &sensorHeight); // not needed, but the camera sees these calls
+  Read(camera.CoreHandle(), Feature::kSensorHeight, &sensorHeight); // not needed; kept as a call to the camera
   const bool isHeightWrong = IsOutOfRange(camera.CoreHandle(), Feature::kAOIHeight, Extent(vstart, vend) / vbin);
   const bool isTopWrong = IsOutOfRange(camera.CoreHandle(), Feature::kAOITop, vstart);
 
@@ -150,7 +150,7 @@ unsigned int SetRandomTracks(int numTracks, int* areas)
   for (int track = 1; track <= numTracks; ++track) {
     Write(camera.CoreHandle(), Feature::kAOISelector, track);
     Write(camera.CoreHandle(), Feature::kAOIHBin, 1);
-    // The far edge comes first in the camera: the last pair belongs to its first track.
+    // The camera counts tracks from the sensor's last row: the last pair belongs to its first track.
     const int* const pair = areas + 2 * std::int64_t{numTracks - track};
     if (isGood) isGood = WriteTrack(camera.CoreHandle(), sensorHeight, pair[0], pair[1]);
   }

@@ -18,14 +18,14 @@
 
 namespace {
 
-// Calls of Initialize() that asked for a camera, less calls of ShutDown(). A failed Initialize() keeps its
+// Calls of Initialize() that asked for a camera, minus calls of ShutDown(). A failed Initialize() keeps its
 // increment.
 std::atomic<int> gblInitialiseCounter{0};
 
 /// Whether it was 0 before.
 bool RaiseInitialiseCounter()
 {
-  // A program that polls for a camera raises it without end.
+  // A program that polls for a camera increments it without limit.
   int counter = gblInitialiseCounter;
   while (counter < std::numeric_limits<int>::max() &&
          !gblInitialiseCounter.compare_exchange_weak(counter, counter + 1)) {
@@ -59,7 +59,7 @@ int OpenCameraDevice(long handle)
   return VX_HANDLE_NONE;
 }
 
-// As AbortAcquisition() of that camera, except that a run whose frames have all come is brought to its end.
+// As AbortAcquisition() of that camera, but a run whose frames have all been delivered is finished.
 void EndAcquisition(long handle)
 {
   const TCameraUse camera(handle);
@@ -82,7 +82,7 @@ unsigned int Initialize(char* /*directory*/)
   const int coreHandle = OpenCameraDevice(handle);
   if (coreHandle == VX_HANDLE_NONE) return RC_NO_CAMERA;
 
-  // What has begun stays when a configuration library throws: the camera is open, and closing the library would
+  // What has been made stays when a configuration library throws: the camera is open, and closing the library would
   // close it.
   const bool holdsLibrary = library.Release();
   TCamera camera = AssembleCamera(coreHandle);

@@ -15,7 +15,7 @@
 
 namespace {
 
-// Ends the text in front of its first bracket, together with the character before that, usually a space.
+// Cuts the text before its first bracket and removes the character in front of it, usually a space.
 void CutAtBracket(char* text)
 {
   if (text[0] == '\0') return;
@@ -82,7 +82,7 @@ unsigned int GetAmpDesc(int amplifier, char* text, int length)
   std::string description;
   const int status = camera.Amplifier().Description(amplifier, description);
   if (status != IAmplifier::kDone) return ToResultCode(status, ResultMap::kAmplifier);
-  // The byte at length - 1 stays the caller's, so a text that is cut ends there only if the caller cleared it.
+  // The byte at length - 1 is not written, so a text that is cut ends there only if the caller cleared it.
   if (text && length > 0) std::strncpy(text, description.c_str(), static_cast<std::size_t>(length) - 1);
   return RC_SUCCESS;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which result codes stand for the answers of the feature library and for the statuses of our classes.
+// The result codes for the answers of the feature library and for the statuses of our classes.
 #pragma once
 
 #include "acquisition/TPseudoAcquisitionMode.h"
@@ -10,8 +10,8 @@
 #include "service/TI2c.h"
 #include "vxmcd_result_codes.h"
 
-/// Rows of a status and its code. Without a row, 0 is RC_SUCCESS, as it means success everywhere, and any other status is
-/// @p failCode.
+/// Rows of a status and its code. Without a row, 0 is RC_SUCCESS, as it means success everywhere, and any other status
+/// is @p failCode.
 struct TResultMap
 {
   struct TRow
@@ -36,7 +36,7 @@ constexpr unsigned int ToResultCode(int status, const TResultMap& map)
   return ToResultCode(status, map.failCode);
 }
 
-/// One map for each operation that tells failures apart. No two need be alike: callers rely on each as it is.
+/// One map for each operation that distinguishes failures. They differ from each other: callers rely on each as it is.
 namespace ResultMap {
 
 // Answers of the feature library.

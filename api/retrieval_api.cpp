@@ -18,7 +18,7 @@
 
 namespace {
 
-// A failed read, or a value that no image can have, gives 0, with which nothing is ever copied.
+// Returns 0 for a failed read or a value that no image can have; with 0 nothing is copied.
 int ReadGeometry(int coreHandle, const wchar_t* feature)
 {
   long long value = 0;
@@ -69,7 +69,7 @@ unsigned int OldestImage(Dst* array, unsigned long size)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   return Fetch<Dst>(camera, [&](auto& fetcher) {
-    // The cursor moves before the copy, which may take long: a start meanwhile, or a second reader, has the last word.
+    // The cursor moves before the copy, which may take long: a start or a second reader may move it meanwhile.
     int image = 0;
     const unsigned int code = camera.WithRetrievalCursor([&](int& cursor) {
       const unsigned int result = fetcher.MoveToNextOldestImage(array, size, cursor);
@@ -107,7 +107,7 @@ unsigned int IntactImage(long image, Dst* array, unsigned long size, long long* 
   return Fetch<Dst>(camera, [=](auto& fetcher) { return fetcher.GetIntactImage(image, array, size, ticks); });
 }
 
-// What can be told of more images than the type counts is that there are so many at least.
+// More images than the type can count are reported as its maximum.
 int ImageNumber(std::int64_t number)
 {
   return static_cast<int>(std::min<std::int64_t>(number, std::numeric_limits<int>::max()));

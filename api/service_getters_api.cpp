@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What maintenance tools ask for. All but the first answer the same for every camera, and without one.
+// Values for maintenance tools. All but the first are the same for every camera, and need none.
 #include "api/outputs.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"

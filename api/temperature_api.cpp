@@ -13,7 +13,7 @@ namespace {
 
 constexpr float kUnknownDegrees = -999.0F;
 
-// Towards zero; what no integer can hold becomes the nearest, and what is no number 0.
+// Rounds towards zero. Values outside the range of an integer become the nearest one, and NaN becomes 0.
 int Truncate(double value)
 {
   using TLimits = std::numeric_limits<int>;
@@ -41,12 +41,12 @@ unsigned int SwitchCooler(bool isOn)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  // Callers rely on success whatever the camera answers.
+  // Callers rely on success even if the camera refuses.
   WriteBool(camera.CoreHandle(), Feature::kSensorCooling, isOn ? 1 : 0);
   return RC_SUCCESS;
 }
 
-// Leaves the output as it is when the camera cannot tell.
+// Leaves the output as it is when the read fails.
 void ReadDegrees(int coreHandle, const wchar_t* feature, float* output)
 {
   double degrees = 0.0;
@@ -141,7 +141,7 @@ unsigned int SetFanMode(int mode)
   if (!camera) return RC_NOT_INITIALIZED;
   if (!isImplemented(camera.CoreHandle(), Feature::kFanSpeed)) return RC_NOT_SUPPORTED;
   int count = 0;
-  ReadValueCount(camera.CoreHandle(), Feature::kFanSpeed, count); // not needed, but the camera sees these calls
+  ReadValueCount(camera.CoreHandle(), Feature::kFanSpeed, count); // not needed; kept as a call to the camera
   const wchar_t* const text = FanText(mode);
   if (!text) return RC_P1_INVALID;
   return ToResultCode(WriteText(camera.CoreHandle(), Feature::kFanSpeed, text), RC_P1_INVALID);

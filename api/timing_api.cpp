@@ -10,11 +10,11 @@
 
 namespace {
 
-// Shown for times that the camera cannot tell.
+// Reported for times that cannot be read.
 constexpr float kDefaultExposureSeconds = 0.01F;
 constexpr float kDefaultCycleSeconds = 0.03F;
 
-/// Limits of a rate in Hz, as far as the camera tells them.
+/// Limits of a rate in Hz; empty when they cannot be read.
 struct TRange
 {
   std::optional<double> maximum;
@@ -28,7 +28,7 @@ std::optional<double> ReadLimit(int (*read)(int, const wchar_t*, double&), int c
   return limit;
 }
 
-// The rate for a cycle time: the request, unless it lies beyond a limit that is known.
+// The rate for a cycle time: the request, limited to the known limits.
 double RateFor(float seconds, const TRange& range)
 {
   const double cycleSeconds = static_cast<double>(seconds);

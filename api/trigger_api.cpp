@@ -8,7 +8,7 @@
 
 namespace {
 
-// The "TriggerMode" text of a mode number, or null; `external` is what the camera calls its external mode.
+// The "TriggerMode" text of a mode number, or null; `external` is the camera's text for its external mode.
 const wchar_t* TriggerModeText(int mode, const std::wstring& external)
 {
   switch (mode) {

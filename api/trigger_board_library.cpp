@@ -14,17 +14,17 @@ TLoadUSBi2cDll* gblp_LoadUSBi2cDll = nullptr;
 
 namespace {
 
-// Locked shared by calls into the library, alone by who loads or unloads it.
+// Locked shared by calls into the library, exclusively to load or unload it.
 TNeverDestroyed<std::shared_mutex> libraryMutex;
 
-// Locked before libraryMutex; calls unlock it at once, who loads or unloads keeps it. Without it, calls that overlap
-// one another without a pause would keep who loads or unloads waiting without limit.
+// Locked before libraryMutex. A call unlocks it at once; a load or unload keeps it locked, since otherwise overlapping
+// calls would delay it without limit.
 TNeverDestroyed<std::mutex> turnMutex;
 
-// A plug-in may call these functions again; that must not wait for its turn.
+// A plug-in may call these functions again; such a call must not wait for its turn.
 thread_local int usesOfThisThread = 0;
 
-// Nor must what a plug-in does while this thread loads or unloads it.
+// Nor may calls of a plug-in that this thread is loading or unloading.
 thread_local bool isReplacing = false;
 
 struct TReplacing
@@ -33,11 +33,11 @@ struct TReplacing
   ~TReplacing() { isReplacing = false; }
 };
 
-// The object's place is never given up: programs may have kept the pointer to it. A library that is gone is
-// followed by an object without one.
+// The object's memory is never freed, since programs may have stored the pointer to it. After an unload there is an
+// object without a library.
 alignas(TLoadUSBi2cDll) std::byte place[sizeof(TLoadUSBi2cDll)];
 
-// Answers where the library cannot be used.
+// The answers when the library cannot be used.
 alignas(TLoadUSBi2cDll) std::byte placeOfNone[sizeof(TLoadUSBi2cDll)];
 const TLoadUSBi2cDll* const noLibrary = new (placeOfNone) TLoadUSBi2cDll(TLoadUSBi2cDll::TUnloaded{});
 

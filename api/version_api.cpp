@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-// Under its decorated name the function takes references. The plain name is a function of its own, because a
+// Under its decorated name the function takes references. The plain name is a separate function, because a
 // reference is never null to a compiler and a pointer may be.
 extern "C" VXMCD_API unsigned int PlainGetSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build,
                                                      unsigned int* revision) __asm__("getSDKVersion");

@@ -20,7 +20,7 @@ constexpr unsigned int kValueSize = TIniFileParser::MAX_SIZE_CHAR_ARRAY - 1;
 constexpr std::size_t kNameSize = 512;
 constexpr const char* kZeroText = "0";
 
-/// A text of one call on the heap; empty at first, and for good when there is no memory.
+/// A text of one call on the heap; empty at first, and always when there is no memory.
 class TTextBuffer final
 {
 public:
@@ -29,7 +29,7 @@ public:
     if (text_) text_[0] = '\0';
   }
 
-  /// Null without memory, which the profile functions take as nowhere to write to.
+  /// Null without memory; the profile functions write nothing then.
   char* Room() { return text_.get(); }
   const char* Text() const { return text_ ? text_.get() : ""; }
 
@@ -37,7 +37,7 @@ private:
   std::unique_ptr<char[]> text_;
 };
 
-/// The value, or the default in its whole length.
+/// The value, or the whole default.
 TTextBuffer Value(const char* file, const char* section, const char* key, const char* defaultText)
 {
   const std::size_t defaultSize = defaultText ? std::strlen(defaultText) + 1 : 0;
@@ -86,7 +86,7 @@ int TIniFileParser::GetNumberOfSections(const char* file)
 {
   TTextBuffer list(MAX_SIZE_CHAR_ARRAY);
   const int count = ListSections(file, list);
-  if (count > static_cast<int>(MAX_SIZE_CHAR_ARRAY)) return -1; // no list in our buffer
+  if (count > static_cast<int>(MAX_SIZE_CHAR_ARRAY)) return -1; // the list does not fit into our buffer
   if (count <= 0) return 0;
   return static_cast<int>(std::count(list.Text(), list.Text() + count, '\0'));
 }
@@ -96,7 +96,7 @@ int TIniFileParser::GetSections(const char* file, char** names, int room)
   const int sections = std::min(GetNumberOfSections(file), room);
   if (sections < 1) return sections;
   TTextBuffer list(MAX_SIZE_CHAR_ARRAY);
-  // The count of this second listing: should the file have shrunk meanwhile, the rest of the names are empty.
+  // The count of this second listing: if the file has shrunk meanwhile, the rest of the names are empty.
   const char* name = list.Text();
   const char* const end = name + std::max(ListSections(file, list), 0);
   for (int i = 0; i < sections; ++i) {

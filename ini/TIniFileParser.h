@@ -5,7 +5,7 @@
 #include <climits>
 
 /// Typed reading of profile files over GetPrivateProfileInt() and GetPrivateProfileString(). Every call reads the
-/// file anew and keeps nothing. Thread-safe; throws nothing and reports no errors: what is missing has its
+/// file again and stores nothing. Thread-safe; throws nothing and reports no errors: a missing value has its
 /// default.
 class TIniFileParser final
 {
@@ -28,7 +28,7 @@ public:
   /// Hexadecimal with or without "0x"; 0 by default.
   static unsigned int GetIntHexFromSection(const char* file, const char* section, const char* key);
 
-  /// The same with @p defaultText in the place of a missing value.
+  /// The same with @p defaultText instead of a missing value.
   static unsigned int GetIntHexFromSectionDefault(const char* file, const char* section, const char* key,
                                                   const char* defaultText);
 

@@ -3,7 +3,7 @@
 #pragma once
 
 /// Writes names into a caller's buffer, a zero byte behind each and one more behind the last. The buffer is
-/// borrowed and has room for 2 characters at least. Reentrant, fails never: what does not fit is cut.
+/// borrowed and has room for 2 characters at least. Reentrant; never fails: a list that does not fit is cut.
 class TProfileNameList final
 {
 public:
@@ -13,7 +13,7 @@ public:
   bool Add(const char* name);
 
   /// Ends the list. Returns one less than the bytes before the last zero byte: callers rely on that count, also on
-  /// that of an empty list, which has all bits set. For a list that was cut it is the buffer's size less 2.
+  /// that of an empty list, which has all bits set. For a list that was cut it is the buffer's size minus 2.
   unsigned int Finish();
 
 private:

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// A name or a value as a profile file's reader keeps it.
+// A name or a value that was read from a profile file.
 #pragma once
 
 #include <array>
 #include <cstddef>
 
-/// A name or a value of a profile file: the first 255 characters that are appended, those behind are dropped. A
-/// zero byte among them ends the text for everybody who looks at it. A plain value.
+/// A name or a value of a profile file: the first 255 characters that are appended; the others are dropped. A zero
+/// byte among them ends the text. A plain value.
 class TProfileText final
 {
 public:

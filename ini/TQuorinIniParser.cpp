@@ -12,8 +12,8 @@
 #include <exception>
 #include <string>
 
-#define SI_IMPLEMENTATION // the templates' bodies are wanted here
-#define SI_NO_CONVERSION  // 8-bit text only, as it lies in the file
+#define SI_IMPLEMENTATION // the templates' bodies are needed here
+#define SI_NO_CONVERSION  // 8-bit text only, as in the file
 #include <SimpleIni.h>
 
 namespace QuorinUtility {
@@ -84,7 +84,7 @@ unsigned int TQuorinIniParser::SaveIni(const char* fileName) const
 {
   if (document_->ini.IsEmpty()) return INI_NOT_LOADED;
   if (!fileName) return INI_NULL_FILE_NAME;
-  std::string text; // whole before the file is touched
+  std::string text; // complete before the file is opened
   const unsigned int result = SaveText(text);
   if (result != INI_OK) return result;
   return WriteFile(fileName, text) ? INI_OK : INI_FAILED;
@@ -144,7 +144,7 @@ unsigned int TQuorinIniParser::WriteDouble(const char* section, const char* key,
   const unsigned int status = checkSectionAndKey(section, key);
   if (status != INI_OK) return status;
   std::array<char, kNumberSize> text{};
-  // As "%f" formats it, but with a point in every language.
+  // As "%f" formats it, but with a point in every locale.
   const auto result =
       std::to_chars(text.data(), text.data() + text.size() - 1, value, std::chars_format::fixed, kDecimals);
   if (result.ec != std::errc()) return INI_FAILED;
@@ -201,7 +201,7 @@ unsigned int TQuorinIniParser::FindValue(const char* section, const char* key, c
   if (document_->ini.IsEmpty()) return INI_NOT_LOADED;
   const CSimpleIniA::TKeyVal* keys = document_->ini.GetSection(section);
   if (!keys || !key) return INI_NO_SUCH_KEY;
-  // There is one key of that name at most if case counts for nothing.
+  // Without regard to case there is at most one key of that name.
   const auto entry = keys->find(key);
   if (entry == keys->end() || std::strcmp(entry->first.pItem, key) != 0) return INI_NO_SUCH_KEY;
   value = entry->second;

@@ -10,7 +10,7 @@ namespace QuorinUtility {
 /// An INI document in memory: sections and keys without regard to case, each key once, one line a value, UTF-8. It
 /// counts as loaded as soon as it has a section. Reentrant. Operations throw nothing and report by the codes
 /// below; output parameters keep their values on failure. What is written is stored as it is: names and values
-/// that an INI line cannot hold (line breaks, spaces at either end) read back from the document, but not from the
+/// that do not fit into an INI line (line breaks, spaces at either end) read back from the document, but not from the
 /// file that it was saved to.
 class TQuorinIniParser final
 {
@@ -44,14 +44,14 @@ public:
   unsigned int ResetIni();
 
   unsigned int checkSectionAndKey(const char* section, const char* key) const;
-  /// Whether the section has that key, here *with* regard to case, as reads have it too: a key written as Foo is
-  /// not read as foo. Kept for callers that tell such keys apart.
+  /// Whether the section has that key, here *with* regard to case, as in reads: a key written as Foo is not read as
+  /// foo. Kept for callers that distinguish such keys.
   unsigned int doesKeyExist(const char* section, const char* key) const;
 
   /// Writes replace a value in its place or append a new entry, on an empty document too.
   unsigned int WriteString(const char* section, const char* key, const char* value);
   unsigned int WriteLong(const char* section, const char* key, long value);
-  /// Six decimals, a decimal point in every language. INI_FAILED for a number of 64 characters or more.
+  /// Six decimals, a decimal point in every locale. INI_FAILED for a number of 64 characters or more.
   unsigned int WriteDouble(const char* section, const char* key, double value);
   /// "true" or "false".
   unsigned int WriteBoolean(const char* section, const char* key, bool value);

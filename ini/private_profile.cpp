@@ -29,7 +29,7 @@ unsigned int ListSections(std::FILE* stream, char* buffer, unsigned int size)
   return list.Finish();
 }
 
-// From behind a section's header.
+// Starts after a section's header.
 unsigned int ListKeys(std::FILE* stream, char* buffer, unsigned int size)
 {
   TProfileNameList list(buffer, size);
@@ -45,7 +45,7 @@ unsigned int CopyValue(const char* value, char* buffer, unsigned int size)
   return static_cast<unsigned int>(std::strlen(TQuorinMisc::strncpy(buffer, value, size)));
 }
 
-// Regards no size, which callers rely on, and answers 0. Some pass one array as buffer and default.
+// Ignores the size, which callers rely on, and returns 0. Some pass one array as buffer and default.
 unsigned int CopyDefault(const char* defaultValue, char* buffer)
 {
   std::memmove(buffer, defaultValue, std::strlen(defaultValue) + 1);

@@ -25,7 +25,7 @@ char LowerCase(char c)
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// Ignores the case of A to Z and of no other letter, whatever language the program speaks.
+/// Ignores the case of A to Z and of no other letter, in every locale.
 bool IsSameName(const char* left, const char* right)
 {
   while (*left && LowerCase(*left) == LowerCase(*right)) {

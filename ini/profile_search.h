@@ -9,7 +9,7 @@
 // A profile file is a sequence of 8-bit characters; lines count only where it says so:
 // - ";" outside names starts a comment, which ends with the line;
 // - "[" starts the name of a section and "]" ends it;
-// - within a section, a key's name is what stands before "=", however many lines that takes;
+// - within a section, the text before "=" is a key's name, on however many lines;
 // - a value ends with its line or at a comment. Quotes and spaces in it are dropped, spaces in names too.
 // All steps are reentrant, never fail and end at the end of the file at the latest.
 
@@ -28,14 +28,14 @@ int SearchForSection(std::FILE* stream, const char* section);
 int MoveToNextKey(std::FILE* stream);
 
 /// From the first character of a key, moves behind its "=" and takes its name. False at the end of the file: then
-/// it is no key.
+/// it is not a key.
 bool ReadKeyName(std::FILE* stream, TProfileText& name);
 
 /// Moves behind the "=" of the next key of that name in this section: kProfileFound, or kProfileNotFound.
 int SearchForKey(std::FILE* stream, const char* key);
 
 /// From behind a "=", takes the value. False when the file ends before the value does: a last line without a line
-/// break holds no value.
+/// break has no value.
 bool ReadValue(std::FILE* stream, TProfileText& value);
 
 /// Moves behind the next line feed.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Opening of files that are read to their end or written anew.
+// Opening files to read them to their end or to replace them.
 #include "ini/regular_file.h"
 
 #include <fcntl.h>
@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kNeverWait = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 
-/// Takes the descriptor over.
+/// Takes ownership of the descriptor.
 TOpenFile ToRegularFile(int descriptor, const char* mode)
 {
   if (descriptor < 0) return nullptr;

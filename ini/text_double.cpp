@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Floating-point numbers in texts, as files hold them.
+// Floating-point numbers in the texts of files.
 #include "ini/text_double.h"
 
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Floating-point numbers in texts, as files hold them.
+// Floating-point numbers in the texts of files.
 #pragma once
 
 /// The number that @p text begins with, as strtod reads it; 0 when it begins with none. The decimal point is a
-/// point, whatever language the program speaks. @p end, if given, becomes the first character behind the number.
+/// point in every locale. @p end, if given, becomes the first character behind the number.
 double LeadingDouble(const char* text, const char** end = nullptr);

@@ -6,8 +6,8 @@
 #include <cstdint>
 
 /// A digital potentiometer of a camera and, if there is one, the voltage rail that it sets, as a potentiometer
-/// file describes them. A plain value. Of addresses the low 8 bits are used. The allowed values are for clients to
-/// keep to.
+/// file describes them. A plain value. Only the low 8 bits of addresses are used. Clients have to respect the allowed
+/// values.
 struct TCameraPot
 {
   static constexpr std::int32_t kUnknown = -1;

@@ -107,7 +107,7 @@ bool TCameraPotsFacade::LoadGroups(const char* fileName)
     return false;
   }
   const std::int64_t fileSize = FileSize(fileName);
-  // Files that tell no size, such as the system's own views of a process, may have no end.
+  // Files without a size, such as those of /proc, may have no end.
   if (fileSize == 0) {
     LogRefusedLoad(fileName, "empty");
     return false;
@@ -132,7 +132,7 @@ bool TCameraPotsFacade::LoadGroups(const char* fileName)
   return groupCount_ > 0 && LoadPots(fileName, fileSize);
 }
 
-// Every key is a search from the file's beginning. A file whose counts lie, or with a million sections, is noticed
+// Every key is a search from the file's beginning. A file with wrong counts, or with a million sections, is noticed
 // before the time is spent.
 bool TCameraPotsFacade::LoadPots(const char* fileName, std::int64_t fileSize)
 {
@@ -179,7 +179,7 @@ std::uint32_t TCameraPotsFacade::SaveFile(const char* fileName)
 
 std::uint32_t TCameraPotsFacade::CreateEmptyINIFile(const char* fileName)
 {
-  errno = EINVAL; // of no name
+  errno = EINVAL; // a null name
   TOpenFile file = fileName ? CreateRegularFile(fileName) : nullptr;
   bool isWritten = file != nullptr;
   for (int group = 0; file && group < groupCount_; ++group) {
@@ -344,7 +344,7 @@ TCameraPot* TCameraPotsFacade::Find(int group, int pot)
   return const_cast<TCameraPot*>(static_cast<const TCameraPotsFacade*>(this)->Find(group, pot));
 }
 
-// An observer may replace the description: nothing of the old one is left to go on with.
+// An observer may replace the description; nothing of the old one is left then.
 template <class TAction>
 void TCameraPotsFacade::ForEachPot(TAction action)
 {
@@ -357,7 +357,7 @@ void TCameraPotsFacade::ForEachPot(TAction action)
   }
 }
 
-// The value counts as read either way; the log tells when it was not.
+// The value counts as read in either case; a failure is only in the log.
 void TCameraPotsFacade::ReadPot(TCameraPot& pot)
 {
   unsigned char byte = 0;

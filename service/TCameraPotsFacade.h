@@ -11,9 +11,9 @@
 class TI2c;
 
 /// The digital potentiometers of a camera, in the named groups of a potentiometer file: loads and saves their
-/// description, writes and reads them over the internal I2C bus, and tells observers at the end of every load and
-/// every write. Owned by the camera's record; borrows the bus. Not synchronised: its callers serialise. Observers
-/// run inside the calls that set them off and may call anything here, a load included; what they throw passes
+/// description, writes and reads them over the internal I2C bus, and notifies observers at the end of every load and
+/// every write. Owned by the camera's record; borrows the bus. Not synchronised: its callers serialise. Observers run
+/// inside the calls that cause them and may call anything here, a load included; their exceptions pass
 /// through. Every operation answers a status, kDone or kFailed. Transfers that fail are logged and otherwise
 /// ignored.
 class TCameraPotsFacade final : public TSubject
@@ -27,8 +27,8 @@ public:
 
   /// More in one group are not loaded.
   static constexpr std::int32_t kMaxPotsPerGroup = 4096;
-  /// Nor are files that take more reading: bytes of the file, and a share for opening it, for every key and every
-  /// listing of the sections. Stands for some 350 potentiometers with all their keys.
+  /// Nor are files that need more reading: the bytes of the file, plus a share for opening it, for every key and every
+  /// listing of the sections. This is about 350 potentiometers with all their keys.
   static constexpr std::int64_t kMaxReading = 512 * 1024 * 1024;
   static constexpr std::int64_t kReadingPerKey = 8 * 1024;
 
@@ -43,9 +43,9 @@ public:
   std::uint32_t CreateEmptyINIFile(const char* fileName);
   /// Sets every potentiometer to its default. Always kDone.
   std::uint32_t CommitValuesFromFile();
-  /// Empties the description without telling anybody.
+  /// Empties the description without notifying observers.
   std::uint32_t Reset();
-  /// Tells the observers.
+  /// Notifies the observers.
   std::uint32_t Update();
 
   std::uint32_t GetNumberGroups(int* count) const;

@@ -12,10 +12,10 @@ namespace QuorinUtility {
 class TQuorinDynamicLoader;
 }
 
-/// Loads the optional configuration library and gets a camera's configuration, what its EEPROM holds, from it.
-/// Owned by the camera's record, which gives the configuration back before the loader goes. One thread at a time.
-/// Without the library, or the functions that make configurations, there is none; what these functions throw
-/// passes through.
+/// Loads the optional configuration library and gets a camera's configuration, the contents of its EEPROM, from it.
+/// Owned by the camera's record, which returns the configuration before it destroys the loader. One thread at a time.
+/// Without the library, or the functions that make configurations, there is none; exceptions of these functions pass
+/// through.
 class TConfigurationLoader final
 {
 public:
@@ -28,15 +28,15 @@ public:
   TConfigurationLoader(const TConfigurationLoader&) = delete;
   TConfigurationLoader& operator=(const TConfigurationLoader&) = delete;
 
-  /// Writes the file name of the configuration library with this stem; a stem that is too long is cut, and then has
-  /// no ".so" behind it.
+  /// Writes the file name of the configuration library with this stem; a stem that is too long is cut, and then there
+  /// is no ".so" after it.
   /// @param out  room for kNameSize characters
   /// @return the length of the name without ".so"
   static std::size_t createLibName(const char* stem, char* out);
 
   /// Null when the library makes none.
   IConfiguration* GetConfiguration();
-  /// Returns what the library answers, 0 when it has no such function, and otherwise why it is not loaded.
+  /// Returns the answer of the library, 0 when it has no such function, or the code of why it is not loaded.
   int DestroyConfiguration(IConfiguration* configuration);
 
 private:

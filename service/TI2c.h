@@ -17,6 +17,6 @@ public:
   virtual ~TI2c() = default;
   /// Sends @p count bytes to the device at @p address.
   virtual int Write(unsigned char address, unsigned char* data, unsigned int count) = 0;
-  /// Fetches @p count bytes from the device at @p address.
+  /// Reads @p count bytes from the device at @p address.
   virtual int Read(unsigned char address, unsigned char* data, unsigned int count) = 0;
 };

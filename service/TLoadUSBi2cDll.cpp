@@ -73,8 +73,8 @@ bool TLoadUSBi2cDll::ResolveAll()
          Resolve(shutDown_, "TriggerBoard_ShutDown") && Resolve(externalTrigger_, "TriggerBoard_ExternalTrigger");
 }
 
-// What a library lacks is looked up in the libraries it needs. When this one is among them, its own functions of the
-// same names are found, and they would forward to themselves.
+// Functions that a library lacks are looked up in the libraries that it is linked to. If this one is among them, its
+// functions of the same names are found, and they would forward to themselves.
 template <class TFunction>
 bool TLoadUSBi2cDll::Resolve(TFunction& function, const char* symbol)
 {

@@ -13,13 +13,13 @@ class TQuorinFilePath;
 
 /// Loads the optional trigger-board library "usbi2c.dll" from the working directory and forwards calls to it.
 /// There is one in the process, see api/trigger_board_library.h. The library is used only when it has all seven
-/// functions. Not synchronised. Every call answers what the library does, or kNotLoaded.
+/// functions. Not synchronised. Every call returns the library's answer, or kNotLoaded.
 class TLoadUSBi2cDll final
 {
 public:
   static constexpr int kNotLoaded = 1;
 
-  /// Stands for a library that is gone: loads nothing.
+  /// The object without a library: loads nothing.
   struct TUnloaded
   {
   };

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-/// Tells an application's function of changes, with the context that belongs to it. Owned by the camera's list of
+/// Calls an application's function after changes, with the context that belongs to it. Owned by the camera's list of
 /// observers; borrows the context. May be deleted while its function runs.
 class TObserverCallBack final : public TObserver
 {
@@ -17,7 +17,7 @@ public:
 
   /// Calls the function and returns what it returns; 0 without one.
   unsigned int DoUpdate() override { return callback_ ? callback_(context_) : 0; }
-  /// The context, by which callbacks are known.
+  /// The context, which identifies the callback.
   void* GetObserver() const { return context_; }
 
 private:

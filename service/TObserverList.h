@@ -11,7 +11,7 @@ class TSubject;
 
 /// Owns the callbacks that are registered with a subject. Owned by the camera's record; borrows the subject, which
 /// must outlive its use. Not synchronised. Callbacks may register and unregister, themselves included, while they
-/// are told.
+/// are notified.
 class TObserverList final
 {
 public:

@@ -17,7 +17,7 @@ constexpr const wchar_t* kByteCount = L"I2CByteCount";
 constexpr const wchar_t* kByteSelector = L"I2CByteSelector";
 constexpr const wchar_t* kByte = L"I2CByte";
 
-// A read tries every byte, but not four thousand million of them when the camera takes a senseless count.
+// A read tries every byte, but not four thousand million of them when the camera accepts an absurd count.
 constexpr unsigned int kMaxFailuresInARow = 1024;
 
 } // namespace

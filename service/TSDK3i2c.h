@@ -7,7 +7,7 @@
 #include <string>
 
 /// TI2c over the features of one bus of an open device: a transfer is staged byte by byte in the camera and then
-/// set off by a command. Not synchronised: two threads that use one bus of one camera mix up what they stage, so
+/// started by a command. Not synchronised: two threads that use one bus of one camera would mix up their transfers, so
 /// callers serialise. Nothing is thrown and nothing is logged.
 class TSDK3i2c final : public TI2c
 {
@@ -17,8 +17,8 @@ public:
 
   /// Ends at the first byte that cannot be staged; nothing is sent then.
   int Write(unsigned char address, unsigned char* data, unsigned int count) override;
-  /// Fetches every byte that can be fetched; kFailed when one could not, which keeps its value in @p data. Gives
-  /// up after a thousand failures in a row, so that an absurd count ends.
+  /// Reads every byte that can be read; kFailed when one cannot, which keeps its value in @p data. Gives up after a
+  /// thousand failures in a row, so that an absurd count ends.
   int Read(unsigned char address, unsigned char* data, unsigned int count) override;
 
 private:
