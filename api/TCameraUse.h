@@ -8,9 +8,8 @@
 class TPseudoAcquisitionMode;
 class TVxmcdAcquisitionManager;
 
-/// Keeps an open camera's objects alive while an entry point works with them: ShutDown() waits until every use has
-/// ended before it destroys anything. False when no camera is open under the handle. Lives on the stack of one
-/// call.
+/// The one way for an entry point to reach a camera. Keeps its objects alive: ShutDown() waits for the end of every
+/// use before it destroys anything. False when no camera is open under the handle. Lives on the stack of one call.
 class TCameraUse final
 {
 public:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Starting, stopping, waiting for and asking about an acquisition.
+// Starting, stopping and waiting for an acquisition, and its status.
 #include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
@@ -26,7 +26,7 @@ private:
   const TCameraUse& camera_;
 };
 
-// A run that fails meanwhile sets its flag before it ends, so the flags are read last.
+// A failing run sets its flag before it ends, so the flags are read last.
 int StatusOf(TVxmcdAcquisitionManager& manager)
 {
   const bool isRunning = manager.IsRunning();

@@ -43,7 +43,7 @@ IPreAmpGain* MakePreAmpGain(const TCamera& camera, int coreHandle)
   return new TDirectPreAmpGain(camera.preAmpGain, camera.preAmpGainSelector, camera.adChannel, camera.amplifier);
 }
 
-/// Waits until nobody uses the camera any more.
+/// Waits for the end of every use of the camera.
 void CloseManager(TCamera& camera)
 {
   TVxmcdAcquisitionManager* const manager = CloseCameraToNewUses(camera);
@@ -57,7 +57,7 @@ void CloseManager(TCamera& camera)
 void ReleaseConfiguration(TCamera& camera)
 {
   IConfiguration* const configuration = std::exchange(camera.configuration, nullptr);
-  if (std::exchange(camera.holdsConfiguration, false))
+  if (std::exchange(camera.ownsConfiguration, false))
     camera.configurationLoader->DestroyConfiguration(configuration);
 }
 
@@ -75,7 +75,7 @@ TCamera AssembleCamera(int coreHandle)
   camera.observers = new TObserverList(camera.cameraPots);
   camera.configurationLoader = new TConfigurationLoader(coreHandle);
   camera.configuration = camera.configurationLoader->GetConfiguration();
-  camera.holdsConfiguration = true;
+  camera.ownsConfiguration = true;
 
   camera.preAmpGainChannel = new SDK3Enum(coreHandle, Feature::kPreAmpGainChannel);
   camera.pixelReadoutRate = new TPixelReadoutRate(coreHandle);

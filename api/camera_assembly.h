@@ -8,11 +8,11 @@
 struct TCamera;
 class TFrameSlab;
 
-/// Creates a camera's objects, in the order in which they build on one another. An exception of one of them passes
-/// through; what was created before it stays.
+/// Creates a camera's objects, in the order in which they build on one another. When a constructor throws, the
+/// exception passes through and the objects before it stay.
 TCamera AssembleCamera(int coreHandle);
 
-/// Destroys a camera's objects in reverse order of dependency, after ending all waits and waiting for every use of
-/// the camera to end.
-/// @return the memory that the camera may still be writing into, to be kept until it is closed
+/// Destroys a camera's objects in reverse order of dependency, after it has ended all waits and
+/// every use of the camera has ended.
+/// @return the memory that the camera may still be writing to; keep it until the device is closed
 std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The potentiometers of the camera. Several of these functions answer the facade's own status, 0 or 1, which callers
-// rely on.
+// The potentiometers of the camera. Several of these functions return the facade's own status, 0 or 1; callers
+// rely on that.
 #include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TServiceUse.h"

@@ -14,8 +14,8 @@ namespace QuorinUtility {
 class TQuorinCriticalSection;
 }
 
-// The exported objects. Their names and layouts are part of the interface; nothing but the functions below changes
-// them. The current handle is one more: see features/current_core_handle.h.
+// The exported objects. Their names and layouts are part of the interface; only the functions below change
+// them. The current handle is another one: see features/current_core_handle.h.
 extern VXMCD_API TNeverDestroyed<std::map<long, TCamera>> HandleToCameraMap;
 extern VXMCD_API TCamera InvalidCamera;
 extern VXMCD_API TNeverDestroyed<QuorinUtility::TQuorinCriticalSection> currentCameraShutdownMutex;
@@ -32,12 +32,12 @@ void RegisterCamera(long handle, const TCamera& camera);
 /// Erases the record under @p handle.
 void UnregisterCamera(long handle);
 
-/// Counts the caller into the uses of the camera's acquisition manager, see TCameraUse, and writes where that is.
+/// Counts the caller into the uses of the camera's acquisition manager, see TCameraUse, and writes its address.
 /// Null when no camera is open under @p handle or it is being closed.
 TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager);
 /// Removes the acquisition manager from the record, so that no new use of the camera can begin.
 TVxmcdAcquisitionManager* CloseCameraToNewUses(TCamera& camera);
 
-/// Whether this process is a child forked from one that had cameras open. The cameras belong to the parent: here
-/// every look-up answers InvalidCamera.
+/// Whether this process is a child forked from one that had cameras open. The cameras belong to the parent: in
+/// the child every look-up returns InvalidCamera.
 bool IsForkedChild();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The contents of the camera's EEPROM, through the configuration that the configuration library made.
+// The contents of the camera's EEPROM, through the object that the configuration library created.
 #include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TServiceUse.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The functions that do nothing but return a code, from their table.
 //
-// Nothing is known of the arguments that programs pass to most of them, so they take any. The caller removes its
-// arguments itself on every platform we build for; arguments that are ignored cost nothing.
+// The arguments that programs pass to most of them are unknown, so they take any. On every platform that we build for
+// the caller removes its arguments, so that ignored ones cost nothing.
 #undef VXMCD_WITHOUT_FIXED_RESULTS
 #include "utility/exports.h"
 #include "vxmcd.h"
@@ -38,15 +38,14 @@ struct TFixedValue
     return code;                                                                                                  \
   }                                                                                                               \
   VXMCD_PLAIN_NAME(name, symbol);
-// The header gives the function a name of its own, and with it the symbol.
+// The header declares the function under another name, with this symbol.
 #define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason)                                            \
   unsigned int name##Decorated arguments                                                                          \
   {                                                                                                               \
     return code;                                                                                                  \
   }
-// Defined under a name of its own, because the header lets callers pass whatever they have in front of the output.
-// Outputs are counted without floating-point arguments: each other argument takes one register of the kind that
-// they are found in, and floating-point ones take none of it.
+// Defined under another name, because the header lets callers pass anything before the output. The position of an
+// output does not count floating-point arguments, which are passed in other registers.
 #define FIXED_VALUE(name, parameters, outputs, type, fixed, code, reason)                                         \
   extern "C" VXMCD_API unsigned int Define##name parameters __asm__(#name);                                       \
   unsigned int Define##name parameters                                                                            \

@@ -59,8 +59,8 @@ private:
   bool isKnown_ = false;
 };
 
-// Binning factors. Each function answers the feature library's code, but for a factor out of range the result code of
-// its argument.
+// Binning factors. Each function returns the feature library's code; for a factor out of range, the result code of its
+// argument.
 constexpr int OutOfRangeAs(int code, int resultCode)
 {
   return code == VX_ERR_OUT_OF_RANGE ? resultCode : code;
@@ -84,7 +84,7 @@ int setCombinedBinning(int coreHandle, int bin)
   return OutOfRangeAs(WriteText(coreHandle, Feature::kAOIBinning, text), RC_P1_INVALID);
 }
 
-// A camera that does not set each factor by itself has square binning by the horizontal one.
+// A camera without separate factors gets square binning by the horizontal one.
 int setBinningOptions(int coreHandle, int hbin, int vbin)
 {
   if (setHorizontalBinning(coreHandle, hbin) == VX_ERR_NOT_IMPLEMENTED)

@@ -73,7 +73,7 @@ void EndAcquisition(long handle)
 unsigned int Initialize(char* /*directory*/)
 {
   if (IsForkedChild()) return RC_NO_CAMERA;
-  // Kept, here and in ShutDown(): another thread may choose another camera meanwhile.
+  // Read once, here and in ShutDown(): another thread may select another camera meanwhile.
   const long handle = CurrentCameraHandle();
   if (IsCameraOpen(handle)) return RC_SUCCESS;
 
@@ -86,7 +86,7 @@ unsigned int Initialize(char* /*directory*/)
   // close it.
   const bool holdsLibrary = library.Release();
   TCamera camera = AssembleCamera(coreHandle);
-  camera.holdsLibrary = holdsLibrary;
+  camera.usesLibrary = usesLibrary;
   RegisterCamera(handle, camera);
   WriteBool(coreHandle, Feature::kMetadataEnable, 1);
   createAcquisitionEvents();
@@ -106,11 +106,11 @@ unsigned int ShutDown(void)
   EndAcquisition(handle);
   const int coreHandle = static_cast<int>(camera->cameraHandle);
   WriteBool(coreHandle, Feature::kMetadataEnable, 0);
-  const bool holdsLibrary = camera->holdsLibrary;
+  const bool usesLibrary = camera->usesLibrary;
   const auto memory = DismantleCamera(*camera);
   CloseDevice(coreHandle);
   UnregisterCamera(handle);
-  if (holdsLibrary) TLibraryUse::Finalise();
+  if (usesLibrary) TLibraryUse::Finalise();
   return RC_SUCCESS;
 }
 

@@ -25,7 +25,7 @@ void CutAtBracket(char* text)
 
 } // namespace
 
-// The AD channel functions answer success without a camera, unlike all others; callers rely on it.
+// Unlike all others, the AD channel functions return success without a camera; callers rely on it.
 unsigned int SetADChannel(int channel)
 {
   const TCameraUse camera;
@@ -199,7 +199,7 @@ unsigned int GetBaselineClamp(int* state)
 unsigned int GetFIFOUsage(int* percent)
 {
   if (IsForkedChild()) return RC_NOT_INITIALIZED;
-  // The camera stays open between the register reads, and only one thread at a time makes them.
+  // One thread at a time reads the registers, and the camera stays open between the reads.
   const QuorinUtility::TAutoQuorinCriticalSection lock(&currentCameraShutdownMutex.object);
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;

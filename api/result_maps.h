@@ -57,7 +57,7 @@ inline constexpr TResultMap kCoolingState{
     RC_TEMP_NOT_REACHED,
     {{0, RC_TEMP_OFF}, {1, RC_TEMP_STABILIZED}, {3, RC_TEMP_DRIFT}, {4, RC_TEMP_NOT_STABILIZED}}};
 
-// The number of the argument that names no channel, amplifier, speed or gain.
+// Which argument is the wrong one.
 inline constexpr TResultMap kChannel{RC_SUCCESS, {{IADChannel::kNoSuchChannel, RC_P1_INVALID}}};
 inline constexpr TResultMap kAmplifier{RC_SUCCESS, {{IAmplifier::kNoSuchAmplifier, RC_P1_INVALID}}};
 inline constexpr TResultMap kSetSpeed{

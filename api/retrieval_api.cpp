@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Taking images out of the present or last run.
+// Copying images of the current or last run.
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "api/outputs.h"
 #include "api/TCameraUse.h"

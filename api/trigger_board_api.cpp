@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The trigger board. These functions pass the status of the trigger-board library on; before the first Initialize()
-// they do nothing.
+// The trigger board. These functions return the status of the trigger-board library; before the first Initialize() they
+// do nothing.
 #include "api/trigger_board_library.h"
 #include "vxmcd.h"
 

@@ -77,7 +77,7 @@ TTriggerBoardUse::TTriggerBoardUse()
     library_ = isReplacing || gblp_LoadUSBi2cDll ? noLibrary : nullptr;
     return;
   }
-  holdsLibrary_ = true;
+  isCounted_ = true;
   if (usesOfThisThread++ == 0) {
     const std::lock_guard turn(turnMutex.object);
     libraryMutex.object.lock_shared();
@@ -87,5 +87,5 @@ TTriggerBoardUse::TTriggerBoardUse()
 
 TTriggerBoardUse::~TTriggerBoardUse()
 {
-  if (holdsLibrary_ && --usesOfThisThread == 0) libraryMutex.object.unlock_shared();
+  if (isCounted_ && --usesOfThisThread == 0) libraryMutex.object.unlock_shared();
 }

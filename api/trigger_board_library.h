@@ -7,8 +7,8 @@
 
 #include <atomic>
 
-/// The loader of the trigger-board library: null until the first Initialize(), and from then on always a living
-/// object, which has no library after the last ShutDown().
+/// The loader of the trigger-board library: null until the first Initialize(), valid from then on, without a library
+/// after the last ShutDown().
 extern VXMCD_API TLoadUSBi2cDll* gblp_LoadUSBi2cDll;
 
 /// Loads the library, or finds that there is none. For the first Initialize(); @p cameras, which counts its calls, is 0
@@ -35,5 +35,5 @@ public:
 
 private:
   const TLoadUSBi2cDll* library_ = nullptr;
-  bool holdsLibrary_ = false;
+  bool isCounted_ = false;
 };

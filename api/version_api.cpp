@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* kUnknownText = "Unknown";
 
-// A text that fills the buffer is not terminated, and the rest of a longer one is cleared.
+// A text that fills the buffer is not terminated; the rest of a larger buffer is cleared.
 void CopyBounded(char* buffer, unsigned int size, const char* text)
 {
   const std::size_t length = std::strlen(text);

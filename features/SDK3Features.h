@@ -21,7 +21,7 @@ private:
   const wchar_t* feature_;
 };
 
-/// IInt over one feature of one open device; the library's 64-bit values are narrowed to `int`. Observers are told
+/// IInt over one feature of one open device; the library's 64-bit values are narrowed to `int`. Observers are notified
 /// after every successful write, on the writing thread. Owned by its camera's record; the feature name is borrowed
 /// and must be a constant.
 class SDK3Int final : public IInt

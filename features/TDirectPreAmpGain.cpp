@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The gains of a camera that offers each of them by itself.
+// The gains of a camera that lists each of them.
 #include "features/TDirectPreAmpGain.h"
 
 #include "features/feature_names.h"

@@ -7,7 +7,7 @@
 #include <utility>
 
 /// Initialises the feature library and finalises it in turn, which the library counts. A failed initialisation is
-/// not finalised: that would end the use of somebody else. Lives on the stack of one call.
+/// not finalised: that would end another use. Lives on the stack of one call.
 class TLibraryUse final
 {
 public:

@@ -9,7 +9,7 @@ class IEnum;
 
 /// AD channel 0 reads one amplifier, channel 1 both at once; a camera that cannot read both has channel 0 only.
 /// Borrows what it is made from; all belong to the camera's record. As thread-safe as the feature library. Writes
-/// that the camera refuses leave it as it is and count as done.
+/// that the camera refuses change nothing and count as done.
 class TPseudoADChannel final : public IADChannel
 {
 public:

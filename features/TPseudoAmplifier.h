@@ -10,7 +10,7 @@ class IEnum;
 
 /// Amplifier 0 is the low-gain output, 1 the high-gain output, whatever the camera. While the camera reads both
 /// ("Both"), a choice is only remembered. Borrows the features; all belong to the camera's record. Thread-safe.
-/// Writes that the camera refuses leave it as it is and count as done.
+/// Writes that the camera refuses change nothing and count as done.
 class TPseudoAmplifier final : public IAmplifier
 {
 public:
@@ -18,7 +18,7 @@ public:
   TPseudoAmplifier(IEnum* gainChannel, IEnum* readoutRate);
 
   int Set(int amplifier) override;
-  /// The remembered amplifier, when the camera reads both or cannot tell.
+  /// The remembered amplifier when the camera reads both or does not answer.
   int Get(int& amplifier) override;
   int Count(int& count) override;
   int Description(int amplifier, std::string& text) override;

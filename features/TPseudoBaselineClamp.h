@@ -4,7 +4,7 @@
 
 class IBool;
 
-/// Switches the baseline clamp and says why it could not. Borrows the feature; both belong to the camera's record.
+/// Switches the baseline clamp and reports why it could not. Borrows the feature; both belong to the camera's record.
 /// As thread-safe as the feature library.
 class TPseudoBaselineClamp
 {

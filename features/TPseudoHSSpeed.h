@@ -10,7 +10,7 @@ class IEnum;
 
 /// Speed i is the i-th pixel readout rate of the camera, for every channel and amplifier. Borrows what it is made
 /// from; all belong to the camera's record. As thread-safe as the feature library. Writes that the camera refuses
-/// leave it as it is and count as done.
+/// change nothing and count as done.
 class TPseudoHSSpeed final : public IHSSpeed
 {
 public:

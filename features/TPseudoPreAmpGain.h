@@ -6,18 +6,18 @@
 
 class IEnum;
 
-/// Three gains behind "SimplePreAmpGainControl": 0 low, 1 high, 2 both combined. Borrows the feature; both belong
+/// The three gains of "SimplePreAmpGainControl": 0 low, 1 high, 2 both combined. Borrows the feature; both belong
 /// to the camera's record. As thread-safe as the feature library.
 class TPseudoPreAmpGain final : public IPreAmpGain
 {
 public:
   explicit TPseudoPreAmpGain(IEnum* simpleGain);
 
-  /// Passes any index on; the camera refuses what it does not have, and that counts as done.
+  /// Writes any index; one that the camera refuses counts as done.
   int Set(int gain) override;
   /// 1, 2 and 3.
   int GetValue(int gain, float& value) override;
-  /// As many as the camera has; keeps @p count when it cannot tell.
+  /// As many as the camera has; @p count stays unchanged when they cannot be counted.
   int Count(int& count) override;
   /// Gains 0 and 1 go with the amplifier of the same number on channel 0, gain 2 with channel 1. Speeds are 0
   /// to 3.

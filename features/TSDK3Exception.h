@@ -7,7 +7,7 @@
 #include <exception>
 #include <string>
 
-/// Thrown by the metadata parser and the spool file classes for faults that have no status of their own. Its type
+/// Thrown by the metadata parser and the spool file classes for failures without a status. Its type
 /// information is exported, so that an application can catch it; its functions are not.
 class VXMCD_API TSDK3Exception : public std::exception
 {

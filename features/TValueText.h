@@ -4,8 +4,8 @@
 
 #include <array>
 
-/// Room for one value's text, for places that must not allocate. A plain value. Failures are the feature library's
-/// codes, and leave a text that means nothing.
+/// A buffer for one value's text, for code that must not allocate. A plain value. Failures are the feature library's
+/// codes; the text is then undefined.
 class TValueText final
 {
 public:

@@ -14,8 +14,8 @@ long gblVxmcdCameraHandle = kFirstCameraHandle;
 
 namespace {
 
-/// The current camera and its device, replaced as one. Handles are the feature library's int plus 101. With the
-/// alignment of its size clang, too, reads it in one instruction.
+/// The current camera and its device, replaced as one. Handles are the feature library's int plus 101. Aligned
+/// to its size, so that clang, too, reads it in one instruction.
 struct alignas(std::int64_t) TCurrent
 {
   std::int32_t handle;

@@ -5,7 +5,7 @@
 #include "features/feature_names.h"
 #include "vxcore.h"
 
-// One call into the feature library each, whose code comes back.
+// Each function is one call into the feature library and returns its code.
 
 /// How many devices there are.
 inline int ReadDeviceCount(long long& count)

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string>
 
-// The layers above reach the feature library through this header, device_access.h and the classes of this folder alone.
-// Each of the following is one call into it, whose code comes back: VX_SUCCESS, or one of the VX_ERR_ codes.
+// The layers above reach the feature library only through this folder. Each of these functions is one call into it and
+// returns its code: VX_SUCCESS, or one of the VX_ERR_ codes.
 
 inline int ReadInt(int coreHandle, const wchar_t* feature, long long& value)
 {

@@ -7,7 +7,7 @@
 
 #include <string>
 
-/// How many values the feature has; 0 when it cannot tell.
+/// How many values the feature has; 0 when that cannot be read.
 inline int CountOf(IEnum& feature)
 {
   int count = 0;
@@ -24,9 +24,9 @@ inline std::wstring PresentText(IEnum& feature)
   return text;
 }
 
-/// Calls `visit(text)` for the texts of the values 0 to count - 1, each read by `read(index, text)`, which answers
-/// the feature library's code. A text that cannot be read is left out. After many failures in a row nothing more
-/// is tried, so that a count that makes no sense cannot hold a program up.
+/// Calls `visit(text)` for the texts of the values 0 to count - 1, each read by `read(index, text)`, which returns
+/// the feature library's code. A text that cannot be read is left out. Many failures in a row end the search, so that
+/// an absurd count costs no time.
 template <class Read, class Visit>
 void VisitTexts(int count, Read read, Visit visit)
 {
@@ -51,7 +51,7 @@ void VisitTexts(IEnum& feature, Visit visit)
 }
 
 /// The number that @p text begins with ("100 MHz" gives 100), 0 when it begins with none. The decimal point is a
-/// point, whatever language the program speaks.
+/// point in every locale.
 float LeadingFloat(const std::wstring& text);
 
 /// As LeadingFloat(), for a whole decimal number; one that does not fit becomes the nearest that does.

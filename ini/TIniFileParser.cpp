@@ -46,7 +46,7 @@ TTextBuffer Value(const char* file, const char* section, const char* key, const 
   return value;
 }
 
-/// All sections, with the count that belongs to the list: below 0 for none.
+/// All sections and their count; the count is below 0 when there are none.
 int ListSections(const char* file, TTextBuffer& list)
 {
   const unsigned int size = TIniFileParser::MAX_SIZE_CHAR_ARRAY;

@@ -22,7 +22,7 @@ public:
   /// The number that the value begins with; 0 by default.
   static float GetFloatFromSection(const char* file, const char* section, const char* key);
 
-  /// Decimal, hexadecimal behind "0x" or octal behind "0"; 0 by default.
+  /// Decimal, hexadecimal after "0x" or octal after "0"; 0 by default.
   static int GetIntFromSection(const char* file, const char* section, const char* key);
 
   /// Hexadecimal with or without "0x"; 0 by default.

@@ -32,7 +32,7 @@ bool WriteFile(const char* fileName, const std::string& text)
   std::FILE* file = std::fopen(fileName, "wbe");
   if (!file) return false;
   const bool isWritten = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-  const bool isClosed = std::fclose(file) == 0; // a full disk may show only here
+  const bool isClosed = std::fclose(file) == 0; // a full disk may be reported only here
   return isWritten && isClosed;
 }
 

@@ -58,7 +58,7 @@ public:
 
   /// Copies at most size - 1 characters, and always terminates.
   unsigned int ReadString(const char* section, const char* key, char* buffer, unsigned int size) const;
-  /// Decimal, or hexadecimal behind "0x"; 0 for any other text.
+  /// Decimal, or hexadecimal after "0x"; 0 for any other text.
   unsigned int ReadLong(const char* section, const char* key, long& value) const;
   /// 0.0 for a text that is not a number from its start to its end, or has 64 characters or more.
   unsigned int ReadDouble(const char* section, const char* key, double& value) const;

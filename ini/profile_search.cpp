@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The steps by which a profile file is searched, one character after the other.
+// The steps of a search through a profile file, character by character.
 #include "ini/profile_search.h"
 
 namespace {
 
-/// The next character (0 to 255) or EOF. The stream belongs to one call, so it needs no lock for each character.
+/// The next character (0 to 255) or EOF. Only one call uses the stream, so no character needs a lock.
 int Next(std::FILE* stream)
 {
   return ::getc_unlocked(stream);

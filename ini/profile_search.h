@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The steps by which a profile file is searched, one character after the other.
+// The steps of a search through a profile file, character by character.
 #pragma once
 
 #include "ini/TProfileText.h"
@@ -17,10 +17,10 @@ constexpr int kProfileFound = 1;
 constexpr int kProfileNotFound = -1;
 constexpr int kProfileNoMoreKeys = 0;
 
-/// Moves behind the next section header and takes its name. False at the end of the file.
+/// Moves past the next section header and reads its name. False at the end of the file.
 bool NextSection(std::FILE* stream, TProfileText& name);
 
-/// Moves behind the "]" of the next section of that name: kProfileFound, or kProfileNotFound at the end.
+/// Moves past the "]" of the next section of that name: kProfileFound, or kProfileNotFound at the end.
 int SearchForSection(std::FILE* stream, const char* section);
 
 /// Moves to the first character of the next key: kProfileFound, or kProfileNoMoreKeys at the end of the file and
@@ -31,12 +31,12 @@ int MoveToNextKey(std::FILE* stream);
 /// it is not a key.
 bool ReadKeyName(std::FILE* stream, TProfileText& name);
 
-/// Moves behind the "=" of the next key of that name in this section: kProfileFound, or kProfileNotFound.
+/// Moves past the "=" of the next key of that name in this section: kProfileFound, or kProfileNotFound.
 int SearchForKey(std::FILE* stream, const char* key);
 
 /// From behind a "=", takes the value. False when the file ends before the value does: a last line without a line
 /// break has no value.
 bool ReadValue(std::FILE* stream, TProfileText& value);
 
-/// Moves behind the next line feed.
+/// Moves past the next line feed.
 void SkipLine(std::FILE* stream);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is known of one potentiometer.
+// The description of one potentiometer.
 #pragma once
 
 #include <array>

@@ -57,7 +57,7 @@ public:
 
   /// Reads the working register, 0 when that fails.
   std::uint32_t GetPotValue(int group, int pot, int* value);
-  /// Writes the working register and, if enabled, the power-on register, and lets the device settle for 50 ms.
+  /// Writes the working register and, if enabled, the power-on register, and waits 50 ms for the device to settle.
   std::uint32_t SetPotValue(int group, int pot, int value);
   /// Reads the monitor of the potentiometer's rail, 0 when that fails.
   std::uint32_t GetRailValue(int group, int pot, int* value);

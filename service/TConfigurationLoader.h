@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The library that makes a camera's configuration.
+// The library that creates a camera's configuration.
 #pragma once
 
 #include <cstddef>
@@ -34,7 +34,7 @@ public:
   /// @return the length of the name without ".so"
   static std::size_t createLibName(const char* stem, char* out);
 
-  /// Null when the library makes none.
+  /// Null when the library creates none.
   IConfiguration* GetConfiguration();
   /// Returns the answer of the library, 0 when it has no such function, or the code of why it is not loaded.
   int DestroyConfiguration(IConfiguration* configuration);

@@ -17,7 +17,7 @@ class TObserverList final
 public:
   explicit TObserverList(TSubject* subject) : subject_(subject) {}
 
-  /// Registers a callback, also one that the subject has no room for.
+  /// Registers a callback, even when the subject is full and will not call it.
   void Register(TObserverCallBack::TFunction callback, void* context);
   /// Deletes every callback with this context.
   void Unregister(const void* context);

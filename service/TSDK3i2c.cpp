@@ -9,7 +9,7 @@
 
 namespace {
 
-// Behind the bus's prefix.
+// After the prefix of the bus.
 constexpr const wchar_t* kRead = L"I2CRead";
 constexpr const wchar_t* kWrite = L"I2CWrite";
 constexpr const wchar_t* kAddress = L"I2CAddress";

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kCountKey = "NoPots";
 
-// Behind "Pot", the number of the potentiometer and "_".
+// After "Pot", the number of the potentiometer and "_".
 constexpr const char* kName = "Name";
 constexpr const char* kI2cAddress = "I2CAddress";
 constexpr const char* kI2cInternalAddress = "I2CInternalAddress";

@@ -9,8 +9,8 @@
 /// Keys that one potentiometer has in a file, each of which is a search through the file.
 inline constexpr std::int64_t kKeysPerCameraPot = 12;
 
-/// Reads the description of the potentiometer with the number @p pot in its group, from 0. Keys that are missing
-/// have defaults. Throws for lack of memory only.
+/// Reads the description of the potentiometer with the number @p pot in its group, from 0. Missing keys
+/// have defaults. Throws only when memory runs out.
 TCameraPot ReadCameraPot(const char* fileName, const char* group, int pot);
 
 /// Writes the description, with the current value as the default.
