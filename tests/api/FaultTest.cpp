@@ -40,15 +40,6 @@ double SecondsSince(std::chrono::steady_clock::time_point start)
 class Fault : public CounterCameraTest
 {
 protected:
-  /// A camera that is present only when the plan lets it be.
-  static void ExpectNoCamera()
-  {
-    EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
-    EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED);
-    EXPECT_EQ(VXSIM_GetOpenCount(), 0);
-    VXSIM_ClearFaults();
-  }
-
   static void ExpectOpensAndRuns()
   {
     ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
@@ -76,16 +67,6 @@ protected:
     EXPECT_EQ(WaitForAcquisition(), RC_NO_NEW_DATA);
   }
 };
-
-TEST_F(Fault, LibraryThatDoesNotInitialiseHasNoCamera)
-{
-  AddFault("call VX_InitialiseLibrary rc 55");
-  long count = 7;
-  EXPECT_EQ(GetAvailableCameras(&count), RC_NOT_SUPPORTED);
-  EXPECT_EQ(count, 7);
-  ExpectNoCamera();
-  ExpectOpensAndRuns();
-}
 
 TEST_F(Fault, FailedInitialisationWhileACameraIsOpenDoesNotCloseIt)
 {
@@ -198,17 +179,6 @@ TEST_F(Fault, OtherAnswersToTheStartCommandEndInATimeOut)
   ExpectRunFails(RC_STATUS_TIMED_OUT);
   EXPECT_EQ(AbortAcquisition(), RC_IDLE);
   ExpectCleanRun();
-}
-
-TEST_F(Fault, StallWithinTheLimitLosesNothing)
-{
-  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
-  AddFault("camera at 3 stall 700ms");
-  StartUntilAborted();
-  Push(6);
-  ASSERT_TRUE(HasImages(6));
-  ExpectImages(FramesFrom1(6));
-  EXPECT_EQ(Status(), RC_ACQUIRING);
 }
 
 TEST_F(Fault, StallBeyondTheLimitEndsTheRunAndStopsTheCamera)

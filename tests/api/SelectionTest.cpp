@@ -36,14 +36,19 @@ TEST_F(Selection, HandlesCountUpFrom101)
 
 TEST_F(Selection, UncountableCamerasCannotBeChosen)
 {
-  VXSIM_AddFault("call VX_GetInt feature DeviceCount any rc 53");
-  long value = 77;
-  EXPECT_EQ(GetAvailableCameras(&value), RC_NOT_SUPPORTED);
-  EXPECT_EQ(GetCameraHandle(0, &value), RC_NOT_SUPPORTED);
-  EXPECT_EQ(SetCurrentCamera(102), RC_NOT_SUPPORTED);
-  EXPECT_EQ(value, 77);
-  GetCurrentCamera(&value);
-  EXPECT_EQ(value, 101);
+  for (const char* rule : {"call VX_GetInt feature DeviceCount any rc 53", "call VX_InitialiseLibrary rc 55"}) {
+    VXSIM_ClearFaults();
+    VXSIM_AddFault(rule);
+    long value = 77;
+    EXPECT_EQ(GetAvailableCameras(&value), RC_NOT_SUPPORTED) << rule;
+    EXPECT_EQ(GetCameraHandle(0, &value), RC_NOT_SUPPORTED) << rule;
+    EXPECT_EQ(SetCurrentCamera(102), RC_NOT_SUPPORTED) << rule;
+    EXPECT_EQ(value, 77);
+    GetCurrentCamera(&value);
+    EXPECT_EQ(value, 101);
+  }
+  EXPECT_EQ(Initialize(nullptr), RC_NO_CAMERA);
+  EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED);
 }
 
 TEST_F(Selection, TwoCamerasAreOpenAtOnceAndSwitchedBetween)

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <set>
+#include <string_view>
 
 namespace {
 
@@ -17,37 +18,16 @@ const std::map<std::string, TCodes> kPromised = {
 #undef VXMCD_FUNCTION
 };
 
-/// Functions that answer the same with and without an open camera.
-const std::set<std::string> kOfTheLibrary = {"GetAvailableCameras",
-                                             "GetCameraHandle",
-                                             "SetCurrentCamera",
-                                             "GetCurrentCamera",
-                                             "GetSDK3Handle",
-                                             "Initialize",
-                                             "getSDKVersion",
-                                             "GetSoftwareVersion",
-                                             "GetVersionInfo",
-                                             "TriggerModeFeatureFinder",
-                                             "SetADChannel",
-                                             "GetNumberADChannels",
-                                             "GetBitDepth",
-                                             "GetControllerCardModel",
-                                             "FreeInternalMemory",
-                                             "TriggerBoard_Initialize",
-                                             "TriggerBoard_ShutDown",
-                                             "TriggerBoard_GetAvailableTriggers",
-                                             "TriggerBoard_GetTriggerHandle",
-                                             "TriggerBoard_SetCurrentTrigger",
-                                             "TriggerBoard_I2CWrite",
-                                             "vxsys_GetKeepCleanTime",
-                                             "vxsys_GetTemperatureTolerance",
-                                             "vxsys_GetHSSpeedLimits",
-                                             "vxsys_GetDummyPixels",
-                                             "vxsys_GetMinimumNumberInSeries",
-                                             "vxsys_IsVacuumCooling",
-                                             "vxsys_IsTemperatureAvailableDuringAcquisition",
-                                             "vxsys_GetDDGIOCFrequencyRange",
-                                             "createAcquisitionEvents"};
+/// Functions that answer the same with and without an open camera, a space around each.
+constexpr std::string_view kOfTheLibrary =
+    " GetAvailableCameras GetCameraHandle SetCurrentCamera GetCurrentCamera GetSDK3Handle Initialize "
+    "getSDKVersion GetSoftwareVersion GetVersionInfo TriggerModeFeatureFinder SetADChannel "
+    "GetNumberADChannels GetBitDepth GetControllerCardModel FreeInternalMemory TriggerBoard_Initialize "
+    "TriggerBoard_ShutDown TriggerBoard_GetAvailableTriggers TriggerBoard_GetTriggerHandle "
+    "TriggerBoard_SetCurrentTrigger TriggerBoard_I2CWrite vxsys_GetKeepCleanTime "
+    "vxsys_GetTemperatureTolerance vxsys_GetHSSpeedLimits vxsys_GetDummyPixels "
+    "vxsys_GetMinimumNumberInSeries vxsys_IsVacuumCooling vxsys_IsTemperatureAvailableDuringAcquisition "
+    "vxsys_GetDDGIOCFrequencyRange createAcquisitionEvents ";
 
 /// Whether @p name returns 0 and 1 as statuses.
 bool HasStatuses(const std::string& name)
@@ -68,5 +48,5 @@ bool IsDocumented(const std::string& name, unsigned int code)
 
 bool NeedsCamera(const std::string& name)
 {
-  return kOfTheLibrary.count(name) == 0;
+  return kOfTheLibrary.find(" " + name + " ") == std::string_view::npos;
 }

@@ -103,17 +103,6 @@ int VX_Command(int, const wchar_t* feature)
   return TStagedVx::Instance().Call("Command " + Narrow(feature));
 }
 
-int VX_SetBool(int, const wchar_t* feature, int value)
-{
-  return TStagedVx::Instance().Call("SetBool " + Narrow(feature) + " " + std::to_string(value));
-}
-
-int VX_GetBool(int, const wchar_t* feature, int* value)
-{
-  return Get("GetBool " + Narrow(feature), static_cast<int>(TStagedVx::Instance().integers[Narrow(feature)]),
-             value);
-}
-
 int VX_GetEnumeratedCount(int, const wchar_t* feature, int* count)
 {
   return Get("GetEnumeratedCount " + Narrow(feature), Count(TStagedVx::Instance()), count);
@@ -124,50 +113,14 @@ int VX_GetEnumeratedString(int, const wchar_t* feature, int index, wchar_t* text
   return ReadText("GetEnumeratedString ", feature, index, text, length);
 }
 
-int VX_IsEnumeratedIndexAvailable(int, const wchar_t* feature, int, int* flag)
-{
-  return Query("IsEnumeratedIndexAvailable ", feature, flag);
-}
-
-int VX_GetEnumIndex(int, const wchar_t* feature, int* index)
-{
-  return Get("GetEnumIndex " + Narrow(feature), static_cast<int>(TStagedVx::Instance().integers[Narrow(feature)]),
-             index);
-}
-
-int VX_GetEnumCount(int, const wchar_t* feature, int* count)
-{
-  return Get("GetEnumCount " + Narrow(feature), Count(TStagedVx::Instance()), count);
-}
-
 int VX_GetEnumStringByIndex(int, const wchar_t* feature, int index, wchar_t* text, int length)
 {
   return ReadText("GetEnumStringByIndex ", feature, index, text, length);
 }
 
-int VX_SetEnumIndex(int, const wchar_t* feature, int index)
-{
-  return TStagedVx::Instance().Call("SetEnumIndex " + Narrow(feature) + " " + std::to_string(index));
-}
-
-int VX_SetEnumString(int, const wchar_t* feature, const wchar_t* text)
-{
-  return TStagedVx::Instance().Call("SetEnumString " + Narrow(feature) + " " + Narrow(text));
-}
-
 int VX_IsEnumIndexAvailable(int, const wchar_t* feature, int, int* flag)
 {
   return Query("IsEnumIndexAvailable ", feature, flag);
-}
-
-int VX_IsEnumIndexImplemented(int, const wchar_t* feature, int, int* flag)
-{
-  return Query("IsEnumIndexImplemented ", feature, flag);
-}
-
-int VX_SetEnumeratedString(int, const wchar_t* feature, const wchar_t* text)
-{
-  return TStagedVx::Instance().Call("SetEnumeratedString " + Narrow(feature) + " " + Narrow(text));
 }
 
 int VX_GetStringMaxLength(int, const wchar_t* feature, int* length)

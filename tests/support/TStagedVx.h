@@ -7,11 +7,9 @@
 #include <string>
 #include <vector>
 
-/// What the scripted VX_ functions of a test program answer, and what they were asked. Integers are kept by
-/// feature.
-/// "...I2CByte" and "RegisterValue" show what the staged selector or index addresses; every other feature is a
-/// plain value. Calls are noted as the operation without "VX_", the feature and the value: "SetInt RegisterIndex
-/// 0".
+/// What the scripted VX_ functions of a test program answer, and what they were asked. Integers are kept by feature.
+/// "...I2CByte" and "RegisterValue" show what the staged selector or index addresses; every other feature is a plain
+/// value. Calls are noted as the operation without "VX_", the feature and the value: "SetInt RegisterIndex 0".
 struct TStagedVx
 {
   std::map<std::string, long long> integers;
