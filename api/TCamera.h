@@ -71,8 +71,8 @@ struct TCamera
   TDispatchQueue* eventDispatchQueue = nullptr;
   TDispatchQueue* statusDispatchQueue = nullptr;
   QuorinUtility::TQuorinCriticalSection* cameraLock = nullptr;
-  bool holdsLibrary = false;       ///< whether the feature library is to be finalised for this camera
-  bool holdsConfiguration = false; ///< whether the configuration, which may be null, must still be returned
+  bool usesLibrary = false;       ///< whether the feature library is to be finalised for this camera
+  bool ownsConfiguration = false; ///< whether the configuration, which may be null, must still be returned
   TVxmcdAcquisitionManager* closedManager = nullptr; ///< the acquisition manager while the camera is being closed
   QuorinUtility::TQuorinCriticalSection* serviceLock = nullptr; ///< one service call at a time, see TServiceUse
   QuorinUtility::TQuorinCriticalSection* cursorLock = nullptr;  ///< guards retrievalCursor

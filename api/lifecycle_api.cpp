@@ -84,7 +84,7 @@ unsigned int Initialize(char* /*directory*/)
 
   // What has been made stays when a configuration library throws: the camera is open, and closing the library would
   // close it.
-  const bool holdsLibrary = library.Release();
+  const bool usesLibrary = library.Release();
   TCamera camera = AssembleCamera(coreHandle);
   camera.usesLibrary = usesLibrary;
   RegisterCamera(handle, camera);
