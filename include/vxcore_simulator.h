@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-/* Control of the simulated cameras behind vxcore.h: configuration, frames on request, faults, and a log of calls. */
+/* Control of the simulated cameras of vxcore.h: configuration, frames on request, faults, and a log of calls. */
 
 /**
  * @file vxcore_simulator.h

@@ -1140,7 +1140,7 @@ VXMCD_DECORATED unsigned int GetTotalNumberImagesAcquired(long* count);
 /** @} */
 
 /** @defgroup profiles Profile files
- *  These functions read INI-style text files: sections in brackets, lines `key = value`, comments behind `;`. They need
+ *  These functions read INI-style text files: sections in brackets, lines `key = value`, comments after `;`. They need
  *  no camera and do not return result codes. Names are compared without regard to case; spaces in the file's names, and
  *  spaces and quotes in its values, are ignored, so `[ My Section ]` is called `MySection`. Names and values have 255
  *  characters at most. The last line of a file must end in a line break: a value that ends with the file counts as
@@ -1148,7 +1148,7 @@ VXMCD_DECORATED unsigned int GetTotalNumberImagesAcquired(long* count);
  *  any thread.
  *  @{ */
 /**
- * Reads a whole number: decimal, hexadecimal behind `0x` or octal behind `0`; 0 for a text that is not a number.
+ * Reads a whole number: decimal, hexadecimal after `0x` or octal after `0`; 0 for a text that is not a number.
  * @param section       name of the section
  * @param key           name of the key
  * @param defaultValue  what to return when file, section, key or value is missing
@@ -1159,7 +1159,7 @@ VXMCD_DECORATED unsigned int GetPrivateProfileInt(const char* section, const cha
                                                   const char* fileName);
 /**
  * Reads a value, or lists the keys of a section (null @p key) or the sections (null @p section). A list has the names
- * one after the other, a zero byte behind each and one more behind the last.
+ * one after the other, a zero byte after each and one more after the last.
  * @param section       name of the section, null to list them all
  * @param key           name of the key, null to list those of the section
  * @param defaultValue  copied to @p buffer, *whatever its length*, when file, section, key or value is missing
