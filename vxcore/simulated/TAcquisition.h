@@ -3,34 +3,28 @@
 #pragma once
 
 #include "vxcore/backend/IDeviceBackend.h"
+#include "vxcore/simulated/TCameraClock.h"
 #include "vxcore/simulated/TCameraState.h"
 #include "vxcore/simulated/TDeviceStatus.h"
+#include "vxcore/simulated/TFrameBuffers.h"
 #include "vxcore/simulated/TFramePainter.h"
 #include "vxcore/simulated/TFrameSchedule.h"
-#include "vxcore/simulated/TRing.h"
+#include "vxcore/simulated/TPaintingTurn.h"
+#include "vxcore/simulated/TSensorFaults.h"
 
-#include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
+#include <mutex>
 #include <thread>
-#include <vector>
 
 namespace vxsim {
 
-using vxcore::EPlannedFault;
-using vxcore::IFrameFaults;
 using vxcore::TDeviceContext;
-using vxcore::TDeviceLock;
-using vxcore::TPlannedFault;
 
 /// Makes and delivers the frames of one open camera. Owned by TSimulatedCamera, whose settings and status it
-/// borrows. Every operation is called with the device's lock held. With the real clock a thread of this object,
+/// borrows. Every operation is called with the device's lock locked. With the real clock a thread of this object,
 /// started with the first run and joined by the destructor, makes the frames; otherwise frames are made by the
-/// callers that wait for or push them. Pixels are painted with the lock released; `painting_` then keeps the
-/// buffer and the painter from everybody else, and Stop(), Flush() and Close() wait for its end. Without the wall clock
-/// a wait writes a frame of stamps after it has released the lock for good; they wait for that too (`stampWriters_`).
+/// callers that wait for or push them. Stop(), Flush() and Close() wait until no buffer is being written.
 class TAcquisition final
 {
 public:
@@ -53,56 +47,32 @@ public:
   int PushFrame(TDeviceLock& lock, const unsigned char* bytes, int sizeBytes);
   void PushCode(int code);
 
-  long long TimestampTicks() const;
-  void ResetTimestamp() { timestampZeroNs_ = Now(); }
+  long long TimestampTicks() const { return clock_.Ticks(clock_.NowNs()); }
+  void ResetTimestamp() { clock_.ResetTicks(); }
   VXSIM_Statistics Statistics() const;
 
   /// The camera's temperatures as they are now.
   TThermalModel& Thermal();
-  /// Lets time pass; a run pauses meanwhile. With the real clock only temperatures notice.
+  /// Moves the camera's time; a run pauses meanwhile. With the real clock only temperatures notice.
   int AdvanceTime(double seconds);
   /// What the FIFO registers show: the fill of the camera's memory, FifoCapacity() when it is full.
   long long FifoFill() const;
 
 private:
-  using TClock = std::chrono::steady_clock;
   static constexpr uint32_t kNoRun = 0;
 
-  struct TBuffer
-  {
-    unsigned char* bytes = nullptr;
-    int sizeBytes = 0;
-  };
-  /// What a wait answers: a buffer, or a code.
-  struct TReady
-  {
-    unsigned char* bytes = nullptr;
-    int sizeBytes = 0;
-    int code = VX_SUCCESS;
-    bool held = true; ///< the buffer was queued by the caller
-  };
-  struct TExposedFrame
-  {
-    TFramePainter::TFrame content;
-    bool pushed = false; ///< has bytes of its own
-    std::vector<unsigned char> bytes;
-    std::vector<TPlannedFault> faults;
-  };
-
-  bool IsPaced() const { return paced_; }
-  int64_t Now() const;
-  int64_t Ticks(int64_t ns) const;
   void Prepare();
   int64_t NextEndNs();
 
   void Run();
   bool MakeFrame(TDeviceLock& lock);
   bool MakeStampedFrame(TDeviceLock& lock, unsigned char*& bytes, int& sizeBytes);
-  TFramePainter::TFrame Expose();
-  bool TakeFaults(TExposedFrame& frame);
+  TFramePainter::TFrame ExposeContent();
+  TExposedFrame Expose();
+  TFramePainter::TFrame NextFrame(int64_t startNs);
+  int Receive(TDeviceLock& lock, TExposedFrame frame);
   int Store(TDeviceLock& lock, TExposedFrame frame);
   void Deliver(TDeviceLock& lock, TExposedFrame& frame);
-  void DeliverFaulty(TDeviceLock& lock, TExposedFrame& frame);
   void Fill(TDeviceLock& lock, const TExposedFrame& frame, unsigned char* bytes, int sizeBytes);
   int FrameBytes(const TExposedFrame& frame) const;
   bool TransferStored(TDeviceLock& lock);
@@ -120,35 +90,24 @@ private:
   TCameraState& state_;
   TDeviceStatus& status_;
   std::mutex& deviceMutex_;
-  IFrameFaults& faults_;
-  const bool paced_; ///< the camera's own thread makes the frames in real time
 
   // All guarded by deviceMutex_.
-  std::condition_variable changed_; ///< for waiting callers
-  std::condition_variable work_;    ///< for the camera's thread
+  TCameraClock clock_;
   TFrameSchedule schedule_;
   TFramePainter painter_;
-  uint64_t preparedRevision_ = 0;
-  int64_t imageSizeBytes_ = 0;
-  TRing<TBuffer> queued_;
-  TRing<TReady> ready_;
-  std::deque<TExposedFrame> memory_;
-  TReady lastDelivered_;
-  std::vector<unsigned char> foreignBuffer_;
-  bool overflow_ = false; ///< the next wait has to tell
-  bool painting_ = false;
-  std::atomic<int> stampWriters_{0}; ///< grows under the lock, shrinks without it
-  int holds_ = 0;                    ///< callers waiting for the painting to end: none may begin meanwhile
-  int waiters_ = 0;                  ///< callers waiting on `changed_`
-  uint64_t blockedWaits_ = 0;        ///< those of them that wait for a frame
-  bool closed_ = false;
+  TPaintingTurn turn_; ///< keeps buffer and painter from everybody else
+  TFrameBuffers buffers_;
+  TSensorFaults faults_;
   uint32_t runNumber_ = kNoRun;
   uint64_t frameNumber_ = 0;
   int64_t runStartNs_ = 0;
-  int64_t freeNowNs_ = 0; ///< the camera's time when it is not the wall clock
-  int64_t timestampZeroNs_ = 0;
-  TClock::time_point stalledUntil_{};
-  std::thread thread_;
+
+  std::condition_variable changed_; ///< for waiting callers
+  std::condition_variable work_;    ///< for the camera's thread
+  int waiters_ = 0;                 ///< callers waiting on `changed_`
+  uint64_t blockedWaits_ = 0;       ///< those of them that wait for a frame
+  bool closed_ = false;
+  std::thread thread_; ///< makes the frames of a real clock
 };
 
 } // namespace vxsim

@@ -8,6 +8,7 @@ namespace vxsim {
 
 std::string TFramePainter::Prepare(const TCameraState& state)
 {
+  revision_ = state.revision;
   settings_ = state.FrameSettings();
   pixelAreaBytes_ = PixelAreaBytes(settings_.geometry);
   imageSizeBytes_ = state.ImageSizeBytes();

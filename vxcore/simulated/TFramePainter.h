@@ -14,7 +14,7 @@
 namespace vxsim {
 
 /// Fills buffers with frames of the camera's present settings. Prepare() reads the settings, under the device's
-/// lock; Paint() uses only what Prepare() took, so it may run without the lock, by one thread at a time.
+/// lock; Paint() uses only what Prepare() read, so it may run without the lock, by one thread at a time.
 class TFramePainter final
 {
 public:
@@ -28,8 +28,10 @@ public:
     double sensorCelsius = 0.0;
   };
 
-  /// Takes over the settings. What is wrong with them, in words; empty when frames can be made.
+  /// Reads the settings. What is wrong with them, in words; empty when frames can be made.
   std::string Prepare(const TCameraState& state);
+  /// Whether the settings are still those that Prepare() read.
+  bool IsPrepared(const TCameraState& state) const { return revision_ == state.revision; }
 
   /// A frame of stamps alone: what it takes to write it, whatever the settings become meanwhile. A plain value.
   struct TStampedFrame
@@ -54,6 +56,7 @@ public:
 private:
   TFrameMetadata Metadata(const TFrame& frame) const;
 
+  uint64_t revision_ = 0; ///< of the settings
   TFrameSettings settings_;
   TFrameRenderer renderer_;
   size_t pixelAreaBytes_ = 0;

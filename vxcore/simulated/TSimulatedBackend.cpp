@@ -9,13 +9,13 @@ namespace vxsim {
 namespace {
 
 /// For cameras that are built only to see whether they can be.
-class TNoFaults final : public IFrameFaults
+class TNoFaults final : public vxcore::IFrameFaults
 {
 public:
   TNoFaults() : IFrameFaults(kNever) {}
-  std::vector<TPlannedFault> OnCamera() override { return {}; }
-  std::vector<TPlannedFault> OnFrame() override { return {}; }
-  std::vector<TPlannedFault> OnMetadata() override { return {}; }
+  std::vector<vxcore::TPlannedFault> OnCamera() override { return {}; }
+  std::vector<vxcore::TPlannedFault> OnFrame() override { return {}; }
+  std::vector<vxcore::TPlannedFault> OnMetadata() override { return {}; }
 
 private:
   static constexpr std::atomic<bool> kNever{false};
