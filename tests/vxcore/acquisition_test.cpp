@@ -116,26 +116,6 @@ TEST_F(SimulatorAcquisition, TimestampsAreExactAfterAThousandSecondsAndMore)
   }
 }
 
-TEST_F(SimulatorAcquisition, SoftwareTriggersMakeOneFrameEach)
-{
-  Configure(kFree);
-  OpenCamera camera;
-  camera.SetArea(32, 1);
-  camera.Set(L"CycleMode", L"Continuous");
-  camera.Set(L"TriggerMode", L"Software");
-  camera.QueueBuffers(4);
-  camera.Start();
-  EXPECT_EQ(camera.Wait(), VX_ERR_TIMED_OUT);
-  EXPECT_EQ(VXSIM_FireTrigger(0), VX_SUCCESS); // the wrong input
-  EXPECT_EQ(camera.Wait(), VX_ERR_TIMED_OUT);
-  EXPECT_EQ(camera.Command(L"SoftwareTrigger"), VX_SUCCESS);
-  EXPECT_EQ(camera.Command(L"SoftwareTrigger"), VX_SUCCESS);
-  EXPECT_EQ(camera.Wait(), VX_SUCCESS);
-  EXPECT_EQ(camera.Wait(), VX_SUCCESS);
-  EXPECT_EQ(camera.FrameNumber(), 2U);
-  EXPECT_EQ(camera.Wait(), VX_ERR_TIMED_OUT);
-}
-
 TEST_F(SimulatorAcquisition, ExternalPulsesPaceFramesAndTheOnesTooEarlyAreIgnored)
 {
   Configure(std::string(kFree) + "TriggerPeriod = 0.1\nTriggerWidth = 0.02\nTriggerDelay = 0.005\n");
@@ -179,24 +159,6 @@ TEST_F(SimulatorAcquisition, LevelTransitionsTriggerOnTheConfiguredEdges)
   ticks = CollectTicks(camera, 2);
   ASSERT_EQ(ticks.size(), 2U);
   EXPECT_EQ(ticks[1] - ticks[0], 1000000);
-}
-
-TEST_F(SimulatorAcquisition, RealClockPacesFramesByTheWallClock)
-{
-  Configure(kReal);
-  OpenCamera camera;
-  camera.SetArea(32, 1);
-  camera.Set(L"ExposureTime", 0.001);
-  camera.Set(L"FrameRate", 100.0);
-  camera.Set(L"FrameCount", 6LL);
-  camera.QueueBuffers(6);
-  const auto start = std::chrono::steady_clock::now();
-  camera.Start();
-  for (int i = 0; i < 6; ++i) ASSERT_EQ(camera.Wait(10000), VX_SUCCESS);
-  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  EXPECT_GE(seconds, 0.05); // five periods; how much later depends on the machine
-  EXPECT_EQ(camera.FrameNumber(), 6U);
-  EXPECT_FALSE(camera.Bool(L"CameraAcquiring"));
 }
 
 TEST_F(SimulatorAcquisition, RealClockIgnoresTriggersWhileTheSensorIsBusy)
@@ -279,43 +241,6 @@ TEST_F(SimulatorAcquisition, FramesInMemoryAfterTheLastExposureGoIntoBuffersThat
     ASSERT_EQ(camera.Wait(10000), VX_SUCCESS);
     EXPECT_EQ(camera.FrameNumber(), number);
   }
-}
-
-TEST_F(SimulatorAcquisition, FixedCycleWithFramesInMemoryEndsOnlyWhenTheyAreDelivered)
-{
-  Configure(kManual);
-  OpenCamera camera;
-  camera.SetArea(32, 1);
-  camera.Set(L"FrameCount", 2LL);
-  camera.Start();
-  EXPECT_EQ(VXSIM_PushFrames(0, 2), VX_SUCCESS);
-  EXPECT_EQ(VXSIM_PushFrame(0, nullptr, 0), VX_ERR_NOT_AVAILABLE);
-  EXPECT_TRUE(camera.Bool(L"CameraAcquiring"));
-  camera.QueueBuffers(2);
-  EXPECT_FALSE(camera.Bool(L"CameraAcquiring"));
-}
-
-TEST_F(SimulatorAcquisition, PushedBytesArriveAsTheyAreAndCodesComeInTurn)
-{
-  Configure(kManual);
-  OpenCamera camera;
-  camera.SetArea(32, 1);
-  camera.Set(L"CycleMode", L"Continuous");
-  const unsigned char bytes[] = {1, 2, 3};
-  EXPECT_EQ(VXSIM_PushFrame(0, bytes, 3), VX_ERR_NOT_AVAILABLE);
-  camera.QueueBuffers(3);
-  camera.Start();
-  EXPECT_EQ(VXSIM_PushFrame(0, bytes, 3), VX_SUCCESS);
-  EXPECT_EQ(VXSIM_PushWaitCode(0, 13), VX_SUCCESS);
-  EXPECT_EQ(VXSIM_PushFrame(0, bytes, 2), VX_SUCCESS);
-  const std::vector<unsigned char> large(65);
-  EXPECT_EQ(VXSIM_PushFrame(0, large.data(), 65), VX_ERR_BUFFER_TOO_SMALL);
-  ASSERT_EQ(camera.Wait(), VX_SUCCESS);
-  EXPECT_EQ(std::vector<unsigned char>(camera.frame.begin(), camera.frame.end()),
-            (std::vector<unsigned char>{1, 2, 3}));
-  EXPECT_EQ(camera.Wait(), 13);
-  ASSERT_EQ(camera.Wait(), VX_SUCCESS);
-  EXPECT_EQ(camera.frame.size(), 2U);
 }
 
 TEST_F(SimulatorAcquisition, BuffersAndStartsThatCannotWorkAreRefused)
@@ -489,34 +414,6 @@ TEST_F(SimulatorAcquisition, EveryEncodingAndPaddingArrivesWithItsMetadata)
       }
     }
   }
-}
-
-TEST_F(SimulatorAcquisition, TwoCamerasRunAtTheSameTimeWithoutMixingFrames)
-{
-  Configure("[Simulator]\nCameras = 2\n[Camera0]\nModel = RQ512_LX\nScene = counter\nSeed = 1\n"
-            "[Camera1]\nModel = RQ512_LX\nScene = counter\nSeed = 2\n");
-  OpenCamera first(0);
-  OpenCamera second(1);
-  const auto run = [](OpenCamera& camera, uint64_t seed) {
-    camera.SetArea(64, 8);
-    camera.Set(L"ExposureTime", 0.0001);
-    camera.Set(L"CycleMode", L"Continuous");
-    camera.QueueBuffers(8);
-    camera.Start();
-    for (uint64_t number = 1; number <= 300; ++number) {
-      ASSERT_EQ(camera.Wait(10000), VX_SUCCESS);
-      TCounterPattern::TKey key;
-      key.seed = seed;
-      key.runNumber = 1;
-      key.frameNumber = number;
-      ASSERT_TRUE(TCounterPattern::Verify(camera.frame, key)) << number;
-      camera.Requeue();
-    }
-    camera.Stop();
-  };
-  std::thread other(run, std::ref(second), 2);
-  run(first, 1);
-  other.join();
 }
 
 /// Everything at once on one device: nothing may crash, hang or race.

@@ -167,9 +167,9 @@ TEST_F(Backends, FramesOfAnyDeviceTakeTheFaultsOfThePlan)
   OpenCamera camera;
   std::vector<std::vector<unsigned char>> buffers(3, std::vector<unsigned char>(kFrameBytes));
   for (auto& buffer : buffers) ASSERT_EQ(VX_QueueBuffer(camera.handle, buffer.data(), kFrameBytes), VX_SUCCESS);
-  for (const char* rule :
-       {"frame 2 drop", "frame 3 short 16", "frame 4 oversize 8", "frame 5 null", "frame 6 foreign",
-        "frame 8 repeat", "chunk 1 cid 7", "call VX_WaitBuffer at 9 rc 13", "camera 9 replug 20ms"})
+  for (const char* rule : {"frame device 0 2 drop", "frame device 1 2 null", "frame 3 short 16",
+                           "frame 4 oversize 8", "frame 5 null", "frame 6 foreign", "frame 8 repeat",
+                           "chunk 1 cid 7", "call VX_WaitBuffer at 9 rc 13", "camera 9 replug 20ms"})
     ASSERT_EQ(VXSIM_AddFault(rule), VX_SUCCESS) << VXSIM_GetLastError();
   const auto wait = [&camera] {
     ASSERT_EQ(camera.Wait(), VX_SUCCESS);

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The fault plan and the call log of the simulator.
+// The fault plan of the simulator.
 #include "tests/vxcore/SimulatedCameraTest.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
-
-using vxsim::TCounterPattern;
 
 constexpr const char* kFree = "[Camera0]\nClock = free\nScene = stamp\n";
 
@@ -15,23 +12,16 @@ constexpr const char* kFree = "[Camera0]\nClock = free\nScene = stamp\n";
 class SimulatorFaults : public SimulatedCameraTest
 {
 protected:
-  void StartCamera(bool metadata = false)
+  void StartCamera()
   {
     Configure(kFree);
     camera = std::make_unique<OpenCamera>();
     camera->SetArea(32, 1);
     camera->Set(L"CycleMode", L"Continuous");
-    camera->Set(L"MetadataEnable", metadata);
     camera->QueueBuffers(4);
     camera->Start();
   }
   static void AddFault(const char* rule) { ASSERT_EQ(VXSIM_AddFault(rule), VX_SUCCESS) << VXSIM_GetLastError(); }
-  uint32_t TailWord(size_t bytesFromEnd) const
-  {
-    uint32_t word = 0;
-    std::memcpy(&word, camera->buffers[0]->data() + camera->buffers[0]->size() - bytesFromEnd, 4);
-    return word;
-  }
   void TearDown() override
   {
     camera.reset();
@@ -67,47 +57,6 @@ TEST_F(SimulatorFaults, CallRulesAnswerACodeAtTheirTurn)
   VXSIM_ClearFaults();
   EXPECT_EQ(VX_GetFloat(camera->handle, L"FrameRate", &real), VX_SUCCESS);
   EXPECT_EQ(VXSIM_GetFaultsFired(), 0U);
-}
-
-TEST_F(SimulatorFaults, CallsCanFailAroundOpeningDelayAndLeaveTextsOpen)
-{
-  Configure(kFree);
-  AddFault("call VX_Open at 1 out -1");
-  AddFault("call VX_InitialiseLibrary at 1 rc 53");
-  int handle = 5;
-  EXPECT_EQ(VX_InitialiseLibrary(), 53);
-  EXPECT_EQ(VX_Open(0, &handle), VX_SUCCESS);
-  EXPECT_EQ(handle, -1);
-  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
-
-  StartCamera();
-  AddFault("call VX_WaitBuffer at 1 delay 80ms");
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(camera->Wait(), VX_SUCCESS);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(80));
-  AddFault("call VX_WaitBuffer from 1 rc 0");
-  auto* buffer = reinterpret_cast<unsigned char*>(8);
-  int size = 5;
-  EXPECT_EQ(VX_WaitBuffer(camera->handle, &buffer, &size, 0), VX_SUCCESS);
-  EXPECT_EQ(buffer, nullptr);
-  EXPECT_EQ(size, 0);
-  AddFault("call VX_GetEnumeratedString feature TriggerMode at 1 unterminated");
-  wchar_t text[8] = {};
-  EXPECT_EQ(VX_GetEnumeratedString(camera->handle, L"TriggerMode", 0, text, 8), VX_SUCCESS);
-  EXPECT_EQ(std::wstring(text, 8), std::wstring(8, L'X'));
-}
-
-TEST_F(SimulatorFaults, ValueRulesReplaceWhatIsRead)
-{
-  StartCamera();
-  AddFault("value FrameRate set nan");
-  AddFault("value ImageSizeBytes set 9223372036854775807");
-  AddFault("value CameraModel set AN OTHER at 2");
-  EXPECT_TRUE(std::isnan(camera->Float(L"FrameRate")));
-  EXPECT_EQ(camera->Int(L"ImageSizeBytes"), INT64_MAX);
-  EXPECT_EQ(camera->String(L"CameraModel"), L"TRELLIS CMOS");
-  EXPECT_EQ(camera->String(L"CameraModel"), L"AN OTHER");
-  EXPECT_EQ(camera->String(L"CameraModel"), L"TRELLIS CMOS");
 }
 
 TEST_F(SimulatorFaults, FramesAreDroppedShortenedAndLengthened)
@@ -204,57 +153,6 @@ TEST_F(SimulatorFaults, FlushLeavesNoFrameToRepeat)
   EXPECT_EQ(camera->frame.data(), nullptr);
 }
 
-TEST_F(SimulatorFaults, MetadataIsDamagedAsPlanned)
-{
-  StartCamera(true);
-  AddFault("chunk at 1 len 0xFFFFFFFC");
-  ASSERT_EQ(camera->Wait(), VX_SUCCESS);
-  EXPECT_EQ(TailWord(4), 0xFFFFFFFCU);
-  EXPECT_EQ(TailWord(8), 1U);
-  VXSIM_ClearFaults();
-  camera->Requeue();
-  AddFault("chunk 1 cid 7");
-  AddFault("chunk 2 truncated");
-  AddFault("chunk 3 random 5");
-  AddFault("chunk 4 cid 0");
-  ASSERT_EQ(camera->Wait(), VX_SUCCESS);
-  const size_t whole = camera->frame.size();
-  uint32_t word = 0;
-  std::memcpy(&word, camera->frame.data() + whole - 8, 4);
-  EXPECT_EQ(word, 7U);
-  ASSERT_EQ(camera->Wait(), VX_SUCCESS);
-  EXPECT_EQ(camera->frame.size(), whole - 6);
-  ASSERT_EQ(camera->Wait(), VX_SUCCESS);
-  std::memcpy(&word, camera->frame.data() + whole - 4, 4);
-  EXPECT_NE(word, 12U);
-  EXPECT_TRUE(
-      TCounterPattern::VerifyAny(camera->frame.first(64), TCounterPattern::EBody::Any)); // pixels untouched
-}
-
-TEST_F(SimulatorFaults, UnpluggedCameraAnswersNothingUntilItIsBack)
-{
-  StartCamera();
-  AddFault("camera at 3 unplug");
-  EXPECT_EQ(camera->Wait(), VX_SUCCESS);
-  EXPECT_EQ(camera->Wait(), VX_SUCCESS);
-  EXPECT_EQ(camera->Wait(1000), VX_ERR_COMMUNICATION);
-  long long value = 0;
-  int flag = 0;
-  EXPECT_EQ(VX_GetInt(camera->handle, L"AOIWidth", &value), VX_ERR_COMMUNICATION);
-  EXPECT_EQ(VX_IsImplemented(camera->handle, L"AOIWidth", &flag), VX_ERR_COMMUNICATION);
-  EXPECT_EQ(VX_Flush(camera->handle), VX_ERR_COMMUNICATION);
-  EXPECT_EQ(camera->Statistics().buffersHeld, 0U);
-  EXPECT_EQ(VXSIM_SetPlugged(0, 1), VX_SUCCESS);
-  EXPECT_FALSE(camera->Bool(L"CameraAcquiring"));
-  EXPECT_EQ(VXSIM_SetPlugged(0, 0), VX_SUCCESS);
-  EXPECT_EQ(VX_Close(camera->handle), VX_ERR_COMMUNICATION);
-  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
-  int handle = -1;
-  EXPECT_EQ(VX_Open(0, &handle), VX_ERR_COMMUNICATION);
-  EXPECT_EQ(VXSIM_SetPlugged(0, 1), VX_SUCCESS);
-  EXPECT_EQ(VX_Open(0, &handle), VX_SUCCESS);
-}
-
 TEST_F(SimulatorFaults, ReplugBringsTheCameraBackByItself)
 {
   StartCamera();
@@ -272,18 +170,6 @@ TEST_F(SimulatorFaults, ReplugBringsTheCameraBackByItself)
   const auto later = std::chrono::steady_clock::now() + std::chrono::milliseconds(5);
   EXPECT_TRUE(Eventually([&] { return std::chrono::steady_clock::now() > later; }));
   EXPECT_EQ(VX_GetInt(camera->handle, L"AOIWidth", &value), VX_ERR_COMMUNICATION);
-}
-
-TEST_F(SimulatorFaults, RulesOfOneDeviceLeaveTheOthersAlone)
-{
-  ASSERT_EQ(VXSIM_Configure(nullptr), VX_SUCCESS);
-  ASSERT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
-  const OpenCamera first(0);
-  const OpenCamera second(1);
-  AddFault("call VX_GetInt device 1 from 1 rc 53");
-  long long value = 0;
-  EXPECT_EQ(VX_GetInt(first.handle, L"AOIWidth", &value), VX_SUCCESS);
-  EXPECT_EQ(VX_GetInt(second.handle, L"AOIWidth", &value), 53);
 }
 
 TEST_F(SimulatorFaults, SeededPlansActAtRandomButAlwaysAlike)
@@ -324,60 +210,6 @@ TEST_F(SimulatorFaults, RulesThatMakeNoSenseAreRefusedWithAReason)
   }
   EXPECT_EQ(VXSIM_AddFault(nullptr), VX_ERR_NULL_ARGUMENT);
   EXPECT_EQ(VXSIM_AddFault("frame 1 drop # with a comment"), VX_SUCCESS);
-}
-
-std::vector<std::string> CallLog()
-{
-  std::vector<std::string> lines(VXSIM_GetCallCount());
-  for (size_t i = 0; i < lines.size(); ++i) {
-    char line[128];
-    EXPECT_EQ(VXSIM_GetCall(i, line, sizeof line), VX_SUCCESS);
-    lines[i] = line;
-  }
-  return lines;
-}
-
-TEST_F(SimulatorFaults, CallLogHoldsTheExactSequence)
-{
-  Configure(kFree);
-  AddFault("call VX_Command feature AcquisitionStart at 1 rc 37");
-  VXSIM_StartCallLog(0);
-  {
-    OpenCamera logged;
-    logged.TrySet(L"ExposureTime", 0.01);
-    logged.TrySet(L"AOIWidth", 5000LL);
-    logged.TrySet(L"TriggerMode", L"Software");
-    VX_SetEnumerated(logged.handle, L"CycleMode", 1);
-    logged.Bool(L"CameraAcquiring");
-    logged.QueueBuffers(1);
-    logged.Command(L"AcquisitionStart");
-    logged.Wait();
-  }
-  VX_FinaliseLibrary();
-  VXSIM_StopCallLog();
-  VX_InitialiseLibrary();
-  const std::vector<std::string> expected = {
-      "VX_Open 0 -> 0",
-      "VX_SetFloat ExposureTime 0.01 -> 0",
-      "VX_SetInt AOIWidth 5000 -> 6",
-      "VX_SetEnumString TriggerMode Software -> 0",
-      "VX_SetEnumerated CycleMode 1 -> 0",
-      "VX_GetBool CameraAcquiring -> 0",
-      "VX_GetInt ImageSizeBytes -> 0",
-      "VX_QueueBuffer 8388608 -> 0",
-      "VX_Command AcquisitionStart -> 37",
-      "VX_Close -> 0",
-      "VX_FinaliseLibrary -> 0",
-  };
-  EXPECT_EQ(CallLog(), expected);
-  char cut[8];
-  EXPECT_EQ(VXSIM_GetCall(0, cut, sizeof cut), VX_SUCCESS);
-  EXPECT_STREQ(cut, "VX_Open");
-  EXPECT_EQ(VXSIM_GetCall(11, cut, sizeof cut), VX_ERR_OUT_OF_RANGE);
-
-  VXSIM_StartCallLog(1);
-  OpenCamera().Wait(0);
-  EXPECT_EQ(CallLog()[1], "VX_WaitBuffer 0 -> 50");
 }
 
 } // namespace

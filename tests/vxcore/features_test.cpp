@@ -11,45 +11,6 @@ constexpr const char* kTarn = "[Camera0]\nModel = TARN 1M\nClock = free\nScene =
 
 using SimulatorFeatures = SimulatedCameraTest;
 
-TEST_F(SimulatorFeatures, TwoDifferentCamerasAreAttachedWithoutConfiguration)
-{
-  ASSERT_EQ(VXSIM_Configure(nullptr), VX_SUCCESS);
-  ASSERT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
-  long long count = 0;
-  ASSERT_EQ(VX_GetInt(VX_HANDLE_SYSTEM, L"DeviceCount", &count), VX_SUCCESS);
-  ASSERT_EQ(count, 2);
-  EXPECT_EQ(OpenCamera(0).String(L"CameraModel"), L"TRELLIS CMOS");
-  EXPECT_EQ(OpenCamera(1).String(L"CameraModel"), L"RQ512_LX");
-  int handle = -5;
-  EXPECT_EQ(VX_Open(2, &handle), VX_ERR_NO_SUCH_DEVICE);
-  EXPECT_EQ(VX_Open(-1, &handle), VX_ERR_NO_SUCH_DEVICE);
-  EXPECT_EQ(handle, -5);
-}
-
-TEST_F(SimulatorFeatures, EachModelHasItsOwnWaysOfGainAndBinningAndTriggers)
-{
-  const auto has = [](const OpenCamera& camera, const wchar_t* name) {
-    int flag = -1;
-    EXPECT_EQ(VX_IsImplemented(camera.handle, name, &flag), VX_SUCCESS);
-    return flag == 1;
-  };
-  Configure("[Simulator]\nCameras = 3\n[Camera0]\nModel=TRELLIS "
-            "CMOS\n[Camera1]\nModel=RQ512_LX\n[Camera2]\nModel=TARN 1M\n");
-  const OpenCamera trellis(0);
-  const OpenCamera rq(1);
-  const OpenCamera tarn(2);
-  EXPECT_TRUE(has(trellis, L"SimplePreAmpGainControl") && !has(trellis, L"PreAmpGain") &&
-              has(trellis, L"AOIHBin"));
-  EXPECT_TRUE(!has(rq, L"SimplePreAmpGainControl") && has(rq, L"PreAmpGain") && has(rq, L"PreAmpGainSelector"));
-  EXPECT_TRUE(!has(rq, L"AOILayout") && has(rq, L"AOIHBin"));
-  EXPECT_TRUE(has(tarn, L"AOIBinning") && !has(tarn, L"AOIHBin") && !has(tarn, L"BurstRate"));
-  EXPECT_TRUE(has(tarn, L"TriggerConfiguration") && !has(trellis, L"TriggerConfiguration"));
-  EXPECT_EQ(tarn.String(L"HardwareType"), L"KESTRA");
-  EXPECT_EQ(trellis.TrySet(L"TriggerMode", L"External"), VX_SUCCESS);
-  EXPECT_EQ(tarn.TrySet(L"TriggerMode", L"External"), VX_ERR_STRING_NOT_AVAILABLE);
-  EXPECT_EQ(tarn.TrySet(L"TriggerMode", L"External Level Transition"), VX_SUCCESS);
-}
-
 TEST_F(SimulatorFeatures, CallsWithoutACameraOrWithBadArgumentsAreRefused)
 {
   ASSERT_EQ(VXSIM_Reset(), VX_SUCCESS);
@@ -173,7 +134,9 @@ TEST_F(SimulatorFeatures, TracksAreStripsOfOneBinnedRowEach)
   EXPECT_EQ(camera.Int(L"ImageSizeBytes"), 2 * 2048 * 2);
   camera.Set(L"AOISelector", 1LL);
   EXPECT_EQ(camera.Int(L"AOITop"), 71);
+  camera.Set(L"AOIHBin", 4LL);
   camera.Set(L"AOILayout", L"Image"); // the image's own area is untouched
+  EXPECT_EQ(camera.Int(L"AOIWidth"), 2048);
   EXPECT_EQ(camera.Int(L"AOITop"), 1);
   EXPECT_EQ(camera.Int(L"AOIHeight"), 2048);
 }
@@ -198,69 +161,6 @@ TEST_F(SimulatorFeatures, GainDecidesBitDepthAndEncodings)
   EXPECT_EQ(camera.Enum(L"PixelEncoding"), L"Mono16");
   EXPECT_EQ(VX_SetEnumerated(camera.handle, L"BitDepth", 0), VX_ERR_NOT_WRITABLE);
   EXPECT_EQ(VX_SetEnumerated(camera.handle, L"CycleMode", 2), VX_ERR_INDEX_NOT_IMPLEMENTED);
-}
-
-TEST_F(SimulatorFeatures, LayoutsKeepTheirOwnColumnsAndPicturesFollowBetweenRuns)
-{
-  // Brightness grows evenly from column to column.
-  Configure(std::string("[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = gradient\nNoise = off\n") +
-            "[Camera0.SensorWidth]\nValue = 64\n[Camera0.SensorHeight]\nValue = 64\n");
-  OpenCamera camera;
-  camera.Set(L"ExposureTime", 0.02);
-  const auto picture = [&camera] {
-    EXPECT_EQ(VX_Flush(camera.handle), VX_SUCCESS);
-    camera.QueueBuffers(1);
-    camera.Start();
-    EXPECT_EQ(camera.Wait(), VX_SUCCESS);
-    std::vector<uint16_t> counts(camera.frame.size() / 2);
-    std::memcpy(counts.data(), camera.frame.data(), camera.frame.size());
-    return counts;
-  };
-  const std::vector<uint16_t> whole = picture();
-  ASSERT_EQ(whole.size(), 64U * 64U);
-  const auto sum = [&whole](size_t left, size_t top, size_t columns, size_t rows) { // less the baseline
-    int total = 0;
-    for (size_t y = top; y < top + rows; ++y) {
-      for (size_t x = left; x < left + columns; ++x) total += whole[y * 64 + x] - 100;
-    }
-    return total;
-  };
-
-  camera.Set(L"AOIHBin", 4LL);
-  camera.Set(L"AOIVBin", 2LL);
-  camera.SetArea(5, 4);
-  EXPECT_EQ(camera.IntMax(L"AOILeft"), 64 - 5 * 4 + 1);
-  camera.Set(L"AOILeft", 11LL);
-  camera.Set(L"AOITop", 21LL);
-  std::vector<uint16_t> part = picture();
-  ASSERT_EQ(part.size(), 20U);
-  EXPECT_NEAR(part[0] - 100, sum(10, 20, 4, 2), 8);
-  EXPECT_NEAR(part[19] - 100, sum(26, 26, 4, 2), 8);
-  EXPECT_GT(part[1], part[0]);
-
-  camera.Set(L"AOILayout", L"Track");
-  camera.Set(L"AOICount", 2LL);
-  EXPECT_EQ(camera.Int(L"AOIWidth"), 64);
-  EXPECT_EQ(camera.Int(L"AOIHBin"), 1);
-  for (const long long track : {1LL, 2LL}) {
-    camera.Set(L"AOISelector", track);
-    camera.Set(L"AOITop", track == 1 ? 41LL : 3LL);
-    camera.Set(L"AOIVBin", 5 * track);
-  }
-  part = picture();
-  ASSERT_EQ(part.size(), 128U);
-  EXPECT_NEAR(part[30] - 100, sum(30, 40, 1, 5), 8);
-  EXPECT_NEAR(part[64 + 30] - 100, sum(30, 2, 1, 10), 8);
-  EXPECT_GT(part[64 + 30] - 100, 2 * (part[30] - 100) - 20);
-
-  camera.Set(L"AOILayout", L"Image");
-  EXPECT_EQ(camera.Int(L"AOIHBin"), 4);
-  EXPECT_EQ(camera.Int(L"AOILeft"), 11);
-  ASSERT_EQ(picture().size(), 20U);
-  EXPECT_EQ(camera.IntMax(L"AOIHBin"), 64);
-  camera.Set(L"AOIHBin", 64LL);
-  EXPECT_EQ(camera.Int(L"AOIWidth"), 1);
-  EXPECT_EQ(camera.Int(L"AOILeft"), 1);
 }
 
 TEST_F(SimulatorFeatures, GlobalShutterCannotUseTheHighestRate)

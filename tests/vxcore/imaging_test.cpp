@@ -45,67 +45,6 @@ TEST(FrameNoise, SmallMeansArePoissonDistributed)
   }
 }
 
-TEST(FrameNoise, StaysSkewedUnderReadNoise)
-{
-  TFrameSettings settings = PlainSettings(512);
-  settings.readout.gainElectronsPerCount = 1.0;
-  settings.readout.readNoiseElectrons = 0.8;
-  for (const double electrons : {0.4, 1.37, 5.9}) {
-    settings.scene.flatPhotonsPerSecond = electrons;
-    const TCounts counts = RenderCounts(settings);
-    const double mean = Mean(counts);
-    double cubes = 0.0;
-    for (const std::int32_t count : counts) cubes += std::pow(count - mean, 3);
-    const double thirdMoment = cubes / static_cast<double>(counts.size()); // of a Poisson distribution its mean
-    EXPECT_NEAR(thirdMoment, electrons, 0.1 * electrons + 0.03 * std::pow(electrons, 1.5));
-  }
-}
-
-TEST(FrameNoise, PixelsAndFramesAreIndependent)
-{
-  TFrameSettings settings = PlainSettings(512);
-  settings.scene.flatPhotonsPerSecond = 400.0;
-  TFrameRenderer renderer;
-  const TCounts first = RenderCounts(renderer, settings);
-  settings.exposure.frameNumber = 1;
-  const TCounts next = RenderCounts(renderer, settings);
-  const double mean = Mean(first);
-  const auto correlation = [&](const TCounts& a, const TCounts& b, std::size_t shift) {
-    double product = 0.0;
-    double square = 0.0;
-    for (std::size_t i = 0; i + shift < a.size(); ++i) {
-      product += (a[i] - mean) * (b[i + shift] - mean);
-      square += (a[i] - mean) * (a[i] - mean);
-    }
-    return product / square;
-  };
-  EXPECT_NEAR(correlation(first, first, 1), 0.0, 0.01);
-  EXPECT_NEAR(correlation(first, first, 512), 0.0, 0.01); // the row below
-  EXPECT_NEAR(correlation(first, next, 0), 0.0, 0.01);
-}
-
-TEST(DarkCurrent, HotPixelsStayWhereTheyAreWhateverIsReadOut)
-{
-  TFrameSettings settings = PlainSettings(256);
-  settings.scene.kind = ESceneKind::Dark;
-  settings.scene.noise = false;
-  settings.sensor.darkElectronsPerSecond = 1.0;
-  settings.sensor.hotPixelFraction = 0.01;
-  TFrameRenderer renderer;
-  const TCounts full = RenderCounts(renderer, settings);
-  const auto hot = std::count_if(full.begin(), full.end(), [](auto count) { return count > 100 + 2 * 45; });
-  EXPECT_NEAR(static_cast<double>(hot), 655.0, 10.0);
-
-  settings.geometry.leftPixels = 31;
-  settings.geometry.topPixels = 77;
-  settings.geometry.widthPixels = 101;
-  settings.geometry.heightPixels = 50;
-  const TCounts part = RenderCounts(renderer, settings);
-  for (std::size_t y = 0; y < 50; ++y)
-    for (std::size_t x = 0; x < 101; ++x)
-      ASSERT_EQ(part[y * 101 + x], full[(y + 77) * 256 + x + 31]) << x << "," << y;
-}
-
 TEST(Saturation, StopsAtFullWellAndAtTheConverter)
 {
   TFrameSettings settings = PlainSettings(64);
@@ -127,26 +66,6 @@ TEST(Saturation, StopsAtFullWellAndAtTheConverter)
   settings.geometry.encoding = EPixelEncoding::Mono32;
   counts = RenderCounts(settings);
   EXPECT_EQ(counts, TCounts(counts.size(), 3 * 4095));
-}
-
-TEST(Saturation, HoldsAtTheLimitsOfEverySetting)
-{
-  TFrameSettings settings = PlainSettings(64);
-  settings.sensor.darkElectronsPerSecond = 1e9;
-  settings.sensor.darkDoublingCelsius = 0.1;
-  settings.sensor.hotPixelFraction = 0.1;
-  settings.exposure.sensorCelsius = 1000.0;
-  settings.scene.brightness = 1e9;
-  settings.scene.flatPhotonsPerSecond = 1e12;
-  settings.exposure.exposureSeconds = 1e6;
-  for (const double readNoise : {0.0, 1.0}) {
-    settings.readout.readNoiseElectrons = readNoise;
-    for (const auto kind : {ESceneKind::Flat, ESceneKind::StarField, ESceneKind::Dark}) {
-      settings.scene.kind = kind;
-      const TCounts counts = RenderCounts(settings);
-      EXPECT_NEAR(Mean(counts), 60100.0, 1.0) << SceneName(kind); // a full well at half an electron a count
-    }
-  }
 }
 
 TEST(Saturation, CountsNeverFallBelowZero)
@@ -190,9 +109,11 @@ TEST(Baseline, WandersOnlyUnclamped)
 TEST(Geometry, CropIsThePartOfTheWholePicture)
 {
   TFrameRenderer renderer;
-  for (const auto kind :
-       {ESceneKind::StarField, ESceneKind::Beads, ESceneKind::ResolutionChart, ESceneKind::Gradient}) {
+  for (const auto kind : {ESceneKind::StarField, ESceneKind::Beads, ESceneKind::ResolutionChart,
+                          ESceneKind::Gradient, ESceneKind::Dark}) {
     TFrameSettings settings = PlainSettings(300);
+    settings.sensor.darkElectronsPerSecond = 50.0;
+    settings.sensor.hotPixelFraction = 0.01;
     settings.scene.kind = kind;
     settings.scene.noise = false;
     settings.exposure.exposureSeconds = 0.02;
@@ -352,7 +273,7 @@ TEST(PixelEncoder, PackedPixelsLieHighBytesOutsideLowNibblesInside)
   EXPECT_EQ(RowBytes(EPixelEncoding::Mono12Packed, 3), 5u);
 }
 
-TEST(PixelEncoder, EveryEncodingRoundTripsAndRowsArePaddedWithZeros)
+TEST(PixelEncoder, EveryEncodingRoundTrips)
 {
   for (const auto encoding : {EPixelEncoding::Mono8, EPixelEncoding::Mono12, EPixelEncoding::Mono12Packed,
                               EPixelEncoding::Mono16, EPixelEncoding::Mono32}) {
@@ -370,18 +291,5 @@ TEST(PixelEncoder, EveryEncodingRoundTripsAndRowsArePaddedWithZeros)
     TCounts back(pixels.size());
     TPixelEncoder::Decode(encoding, row.data(), back);
     EXPECT_EQ(back, pixels) << EncodingName(encoding);
-
-    TFrameSettings settings = PlainSettings(77);
-    settings.scene.flatPhotonsPerSecond = 500.0;
-    settings.geometry.encoding = encoding;
-    settings.readout.bitDepth = 12;
-    const TCounts tight = RenderCounts(settings);
-    settings.geometry.strideBytes = RowBytes(encoding, 77) + 11;
-    TFrameRenderer renderer;
-    const TBytes padded = RenderBytes(renderer, settings);
-    for (std::size_t y = 0; y < 77; ++y)
-      for (std::size_t i = 0; i < 11; ++i) ASSERT_EQ(padded[(y + 1) * settings.geometry.strideBytes - 11 + i], 0);
-    EXPECT_EQ(RenderCounts(renderer, settings), tight);
-    EXPECT_NEAR(Mean(tight), encoding == EPixelEncoding::Mono8 ? 1100.0 / 16.0 - 0.47 : 1100.0, 3.0);
   }
 }

@@ -8,17 +8,6 @@
 
 using namespace vxsim;
 
-TEST(SceneNames, AreFoundHoweverTheyAreSpelled)
-{
-  ESceneKind kind = ESceneKind::Dark;
-  EXPECT_TRUE(SceneFromName("Star-Field", kind));
-  EXPECT_EQ(kind, ESceneKind::StarField);
-  EXPECT_TRUE(SceneFromName("resolutionchart", kind));
-  EXPECT_EQ(kind, ESceneKind::ResolutionChart);
-  EXPECT_FALSE(SceneFromName("moon", kind));
-  EXPECT_EQ(kind, ESceneKind::ResolutionChart);
-}
-
 TEST(CounterPattern, SeesEveryKindOfDamage)
 {
   for (const std::size_t size : {std::size_t{64}, std::size_t{65}, std::size_t{128}, std::size_t{20011}}) {
@@ -61,21 +50,6 @@ TEST(CounterPattern, SeesEveryKindOfDamage)
   }
 }
 
-TEST(CounterPattern, TellsATearInTheBodyFromDamage)
-{
-  TBytes frame(9000);
-  TBytes other(9000);
-  TCounterPattern::Fill(frame, {1, 1, 10, 0});
-  TCounterPattern::Fill(other, {1, 1, 11, 0});
-  std::copy_n(other.begin() + 4096, 2000, frame.begin() + 4096); // both stamps are right
-  const auto torn = TCounterPattern::Verify(frame, {1, 1, 10, 0});
-  EXPECT_EQ(torn.fault, EFrameFault::Torn);
-  EXPECT_EQ(torn.badByteOffset, 4096u);
-  TCounterPattern::Fill(frame, {1, 1, 10, 0});
-  frame[5000] ^= 1;
-  EXPECT_EQ(TCounterPattern::Verify(frame, {1, 1, 10, 0}).fault, EFrameFault::Corrupt);
-}
-
 TEST(CounterPattern, StampOnlyLeavesTheBodyAndSmallAreasDegrade)
 {
   TBytes frame(100, 0x77);
@@ -94,21 +68,4 @@ TEST(CounterPattern, StampOnlyLeavesTheBodyAndSmallAreasDegrade)
     EXPECT_EQ(bool(TCounterPattern::VerifyAny(small)), size >= 32) << size;
   }
   TCounterPattern::Fill({}, key);
-}
-
-TEST(CounterPattern, RendererStampsThePixelAreaAndNothingBehind)
-{
-  TFrameSettings settings = PlainSettings(64);
-  settings.geometry.widthPixels = 8;
-  settings.geometry.heightPixels = 4;
-  settings.exposure.frameNumber = 77;
-  settings.exposure.slot = 3;
-  TFrameRenderer renderer;
-  for (const auto kind : {ESceneKind::Counter, ESceneKind::Stamp}) {
-    settings.scene.kind = kind;
-    TBytes buffer(80, 0xEE);
-    ASSERT_TRUE(renderer.Render(settings, buffer));
-    EXPECT_TRUE(TCounterPattern::Verify(std::span(buffer).first(64), {1, 0, 77, 0}));
-    EXPECT_EQ(TBytes(buffer.begin() + 64, buffer.end()), TBytes(16, 0xEE));
-  }
 }

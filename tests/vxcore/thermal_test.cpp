@@ -119,22 +119,6 @@ TEST_F(SimulatorThermal, TheWayDoesNotDependOnHowOftenSomebodyAsks)
   EXPECT_NEAR(once, 33.0 - 52.0 * (1.0 - std::exp(-16.0 / 30.0)), 0.3); // twice as fast as the clock
 }
 
-TEST_F(SimulatorThermal, TheWallClockCoolsTooAndCanBeHurried)
-{
-  Configure("[Camera0]\nModel = TARN 1M\nTimeScale = 2000\n[Camera0.TargetSensorTemperature]\nValue = 12\n");
-  const OpenCamera camera;
-  camera.Set(L"SensorCooling", true);
-  EXPECT_TRUE(Eventually([&] { return StatusOf(camera) == kStabilised; }));
-  EXPECT_NEAR(camera.Float(L"SensorTemperature"), 12.0, 0.5);
-  camera.Set(L"SensorCooling", false);
-  Advance(1.0); // 2000 seconds
-  EXPECT_DOUBLE_EQ(camera.Float(L"SensorTemperature"), 25.0);
-
-  for (const double bad : {-1.0, 2e6, std::nan("")})
-    EXPECT_EQ(VXSIM_AdvanceTime(0, bad), VX_ERR_OUT_OF_RANGE) << bad;
-  EXPECT_EQ(VXSIM_AdvanceTime(1, 1.0), VX_ERR_NO_SUCH_DEVICE);
-}
-
 TEST_F(SimulatorThermal, AnAdvanceDelaysARunAndLosesNothing)
 {
   Configure(std::string(kTrellis) + kSmallSensor);

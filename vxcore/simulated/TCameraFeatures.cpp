@@ -3,7 +3,6 @@
 #include "vxcore/simulated/TCameraFeatures.h"
 
 #include "vxcore/backend/configuration_text.h"
-#include "vxcore/simulated/bus_features.h"
 #include "vxcore/simulated/feature_rows.h"
 #include "vxcore/simulated/TEnumFeature.h"
 #include "vxcore/simulated/TFrameTiming.h"

@@ -2,7 +2,7 @@
 // What is known of a simulated device whether it is open or not.
 #pragma once
 
-#include "vxcore/simulated/TPotentiometer.h"
+#include "vxcore/simulated/TI2cDevices.h"
 
 #include "vxcore_simulator.h"
 

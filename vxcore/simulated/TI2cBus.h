@@ -2,7 +2,7 @@
 // An I2C bus inside a simulated camera: the devices on it and the transfer that features stage.
 #pragma once
 
-#include "vxcore/simulated/II2cDevice.h"
+#include "vxcore/simulated/TI2cDevices.h"
 
 #include <map>
 #include <memory>

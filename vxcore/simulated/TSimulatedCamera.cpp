@@ -3,7 +3,6 @@
 #include "vxcore/simulated/TSimulatedCamera.h"
 
 #include "vxcore/simulated/TCameraFeatures.h"
-#include "vxcore/simulated/TI2cMonitor.h"
 
 #include <cmath>
 

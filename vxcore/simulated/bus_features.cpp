@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The features of a camera's registers and buses.
-#include "vxcore/simulated/bus_features.h"
+#include "vxcore/simulated/feature_rows.h"
 
 #include <cstdint>
 

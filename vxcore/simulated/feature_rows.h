@@ -3,13 +3,12 @@
 #pragma once
 
 #include "vxcore/simulated/TCameraFeatures.h"
-#include "vxcore/simulated/TCommandFeature.h"
-#include "vxcore/simulated/TStringFeature.h"
 #include "vxcore/simulated/TValueFeature.h"
 
 #include <cwchar>
 #include <functional>
 #include <memory>
+#include <span>
 #include <utility>
 
 namespace vxsim {
@@ -93,5 +92,8 @@ inline bool IsPlaceIn(long long place, long long count)
 {
   return place >= 0 && place < count;
 }
+
+/// The rows of the register file and of the two I2C buses.
+std::span<const TRow> BusFeatureRows();
 
 } // namespace vxsim

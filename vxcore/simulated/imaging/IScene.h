@@ -30,7 +30,7 @@ public:
   virtual void BackgroundRow(int row, int left, std::span<float> photonsPerSecond) const = 0;
 
   /// Adds the spots of that moment to the list, always in the same order and number.
-  virtual void SpotsAt(double seconds, std::vector<TLightSpot>& spots) const = 0;
+  virtual void SpotsAt(double /*seconds*/, std::vector<TLightSpot>& /*spots*/) const {}
 };
 
 /// The scene of that kind; null for the test patterns, which have no optics.

@@ -14,7 +14,6 @@ public:
   TResolutionChartScene(const TSensorSettings& sensor, const TSceneSettings& scene);
 
   void BackgroundRow(int row, int left, std::span<float> photonsPerSecond) const override;
-  void SpotsAt(double, std::vector<TLightSpot>&) const override {}
 
 private:
   /// A printed rectangle; edges between pixels are printed in part.

@@ -1,13 +1,50 @@
 // SPDX-License-Identifier: MIT
-// A digital potentiometer on an I2C bus.
+// The devices on the I2C buses of a simulated camera.
 #pragma once
-
-#include "vxcore/simulated/II2cDevice.h"
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <utility>
 
 namespace vxsim {
+
+/// A device with 8-bit registers. Owned by TI2cBus, called under the camera's device lock.
+class II2cDevice
+{
+public:
+  virtual ~II2cDevice() = default;
+
+  /// False when there is no such register.
+  virtual bool Read(uint8_t address, uint8_t& value) = 0;
+  virtual bool CanWrite(uint8_t address) const = 0;
+  /// Only where CanWrite().
+  virtual void Write(uint8_t address, uint8_t value) = 0;
+};
+
+/// Registers that can only be read: rail voltages, temperatures. Measures when it is read.
+class TI2cMonitor final : public II2cDevice
+{
+public:
+  TI2cMonitor(uint8_t registers, std::function<uint8_t(uint8_t address)> measure)
+      : registers_(registers), measure_(std::move(measure))
+  {
+  }
+
+  bool Read(uint8_t address, uint8_t& value) override
+  {
+    if (address >= registers_) return false;
+    value = measure_(address);
+    return true;
+  }
+  bool CanWrite(uint8_t) const override { return false; }
+  void Write(uint8_t, uint8_t) override {}
+
+private:
+  const uint8_t registers_;
+  const std::function<uint8_t(uint8_t)> measure_;
+};
 
 /// The power-on values of a potentiometer's wipers; they survive the closing of the camera.
 struct TPotentiometerMemory
