@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Starting, stopping and waiting for an acquisition, and its status.
-#include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "utility/exports.h"
+#include "utility/outputs.h"
 #include "utility/TQuorinEvent.h"
 
 #include <cstdint>

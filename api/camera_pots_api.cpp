@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The potentiometers of the camera. Several of these functions return the facade's own status, 0 or 1; callers
 // rely on that.
-#include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TServiceUse.h"
 #include "service/TCameraPotsFacade.h"
 #include "service/TObserverList.h"
+#include "utility/outputs.h"
 #include "vxmcd.h"
 
 unsigned int vxsys_CameraPotsLoadFile(const char* fileName)

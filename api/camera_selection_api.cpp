@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Choosing a camera.
 #include "api/camera_registry.h"
-#include "api/outputs.h"
 #include "features/current_core_handle.h"
 #include "features/device_access.h"
 #include "features/TLibraryUse.h"
 #include "utility/exports.h"
+#include "utility/outputs.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // What kind of camera is open.
-#include "api/outputs.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/TValueText.h"
 #include "features/value_texts.h"
+#include "utility/outputs.h"
 #include "utility/TQuorinMisc.h"
 #include "vxmcd.h"
 

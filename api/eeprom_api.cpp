@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The contents of the camera's EEPROM, through the object that the configuration library created.
-#include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TServiceUse.h"
+#include "utility/outputs.h"
 #include "vxmcd.h"
 #include "vxmcd_plugins.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The sensor and the image area on it.
-#include "api/outputs.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+#include "utility/outputs.h"
 #include "utility/TQuorinMisc.h"
 #include "vxmcd.h"
 

@@ -2,11 +2,11 @@
 // Metadata of frames.
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+#include "utility/outputs.h"
 
 unsigned int SetMetaData(int enable)
 {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The readout channel: AD channels, amplifiers, speeds and gains by index, baseline clamp, fill of the memory.
-#include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/TgetFIFOUsage.h"
 #include "features/TPseudoADChannel.h"
 #include "features/TPseudoAmplifier.h"
 #include "features/TPseudoHSSpeed.h"
+#include "utility/outputs.h"
 #include "utility/TAutoQuorinCriticalSection.h"
 #include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinMisc.h"

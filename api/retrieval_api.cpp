@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copying images of the current or last run.
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "api/outputs.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
@@ -9,6 +8,7 @@
 #include "retrieval/TPackedFetchImage.h"
 #include "retrieval/TUnpackedFetchImage.h"
 #include "utility/exports.h"
+#include "utility/outputs.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Values for maintenance tools. All but the first are the same for every camera, and need none.
-#include "api/outputs.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+#include "utility/outputs.h"
 #include "vxmcd.h"
 
 namespace {

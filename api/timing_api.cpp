@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Exposure and cycle times.
-#include "api/outputs.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+#include "utility/outputs.h"
 
 #include <optional>
 

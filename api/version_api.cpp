@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The library's version.
-#include "api/outputs.h"
 #include "utility/library_version.h"
+#include "utility/outputs.h"
 #include "vxmcd.h"
 
 #include <cstring>

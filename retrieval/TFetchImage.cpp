@@ -4,6 +4,7 @@
 
 #include "acquisition/TDispatchQueue.h"
 #include "retrieval/THeldImage.h"
+#include "utility/outputs.h"
 #include "vxmcd_result_codes.h"
 
 #include <algorithm>
@@ -201,7 +202,7 @@ template <class Src, class Dst>
 unsigned int TFetchImage<Src, Dst>::GetIntactImage(long number, Dst* destination, unsigned long size,
                                                    long long* ticks)
 {
-  if (ticks) *ticks = 0;
+  WriteOutput(ticks, 0);
   if (number < 1) return RC_P1_INVALID;
   if (!destination) return RC_P2_INVALID;
   if (!isFrameSize(size)) return RC_P3_INVALID;
@@ -212,7 +213,7 @@ unsigned int TFetchImage<Src, Dst>::GetIntactImage(long number, Dst* destination
   if (!image || !image.IsIntact()) return RC_NO_NEW_DATA;
   const std::optional<std::int64_t> clock = dispatchQueue_->GetImageTicks(number);
   if (copyHeldImage(destination, image) != RC_SUCCESS || !image.IsIntact()) return RC_NO_NEW_DATA;
-  if (ticks) *ticks = clock.value_or(0);
+  WriteOutput(ticks, clock.value_or(0));
   return RC_SUCCESS;
 }
 
@@ -220,8 +221,8 @@ template <class Src, class Dst>
 unsigned int TFetchImage<Src, Dst>::GetImages(long first, long last, Dst* destination, unsigned long size,
                                               long* validFirst, long* validLast)
 {
-  if (validFirst) *validFirst = 0;
-  if (validLast) *validLast = 0;
+  WriteOutput(validFirst, 0);
+  WriteOutput(validLast, 0);
   if (!destination) return RC_P3_INVALID;
   if (!isFrameSize(size)) return RC_P4_INVALID;
   if (first < 1) return RC_P1_INVALID;
@@ -234,10 +235,10 @@ unsigned int TFetchImage<Src, Dst>::GetImages(long first, long last, Dst* destin
     if (!image) continue;
     if (firstFound == 0) {
       firstFound = static_cast<long>(number);
-      if (validFirst) *validFirst = firstFound;
+      WriteOutput(validFirst, firstFound);
       copyToPosition(destination, number - first, image);
     }
-    if (validLast) *validLast = static_cast<long>(number);
+    WriteOutput(validLast, number);
   }
   return firstFound == 0 ? RC_NO_NEW_DATA : RC_SUCCESS;
 }

@@ -6,6 +6,7 @@
 #include "ini/TIniFileParser.h"
 #include "service/camera_pot_file.h"
 #include "service/TI2c.h"
+#include "utility/outputs.h"
 #include "utility/TQuorinLibDebugOutput.h"
 #include "utility/TQuorinMisc.h"
 
@@ -43,12 +44,6 @@ enum EPotInfo
   kInfoRailMinimum,
   kInfoHasRail,
 };
-
-template <class T>
-void Write(T* output, T value)
-{
-  if (output) *output = value;
-}
 
 template <class T>
 void CopyField(void* out, T field)
@@ -220,14 +215,14 @@ std::uint32_t TCameraPotsFacade::Update()
 
 std::uint32_t TCameraPotsFacade::GetNumberGroups(int* count) const
 {
-  Write(count, groupCount_);
+  WriteOutput(count, groupCount_);
   return kDone;
 }
 
 std::uint32_t TCameraPotsFacade::GetNumberPotsInGroup(int group, int* count) const
 {
   if (!IsGroup(group)) return kFailed;
-  Write(count, potsPerGroup_[group]);
+  WriteOutput(count, potsPerGroup_[group]);
   return kDone;
 }
 
@@ -289,7 +284,7 @@ std::uint32_t TCameraPotsFacade::GetPotValue(int group, int pot, int* value)
   TCameraPot* const description = Find(group, pot);
   if (!description) return kFailed;
   ReadPot(*description);
-  Write(value, description->currentValue);
+  WriteOutput(value, description->currentValue);
   return kDone;
 }
 
@@ -310,10 +305,10 @@ std::uint32_t TCameraPotsFacade::GetRailValue(int group, int pot, int* value)
 {
   const TCameraPot* const description = Find(group, pot);
   if (!description) return kFailed;
-  Write(value, 0);
+  WriteOutput(value, 0);
   if (!SelectRegister(description->railI2cAddress, description->railI2cInternalAddress)) return kDone;
   unsigned char byte = 0;
-  if (Fetch(description->railI2cAddress, byte)) Write(value, int{byte});
+  if (Fetch(description->railI2cAddress, byte)) WriteOutput(value, int{byte});
   return kDone;
 }
 

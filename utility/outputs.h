@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Outputs of entry points.
+// Outputs of functions.
 #pragma once
 
 /// Writes @p value to an output that the caller may have left out.
