@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Series written to disk: through the public header, read back by the description of the format.
+# Series written to disk: through the public header, read back by runs/.
 vxmcd_test(spool_run_test
   SOURCES
     ../support/TScratchDirectory.cpp
@@ -8,6 +8,5 @@ vxmcd_test(spool_run_test
     ../support/SimulatedCameraTest.cpp
     ../support/TSpoolDirectory.cpp
     SpoolTest.cpp
-  LIBRARIES vxmcd vxcore vxsim_imaging
+  LIBRARIES vxmcd vxcore vxruns vxsim_imaging
   TIMEOUT 300)
-target_include_directories(spool_run_test SYSTEM PRIVATE ${XXHASH_INCLUDE_DIR})

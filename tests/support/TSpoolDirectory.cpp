@@ -1,68 +1,16 @@
 // SPDX-License-Identifier: MIT
-// Reads what a spooled run has left, by the description of the format alone.
+// Reads what a recorded run has left: single keys as they stand in the file, images with the reader of runs/.
 #include "tests/support/TSpoolDirectory.h"
 
-#define XXH_INLINE_ALL
-#include <xxhash.h>
+#include "runs/checksum.h"
+#include "runs/TRunImages.h"
+#include "runs/TRunIndex.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
+#include <climits>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-
-namespace {
-
-constexpr std::size_t kRecordBytes = 32;
-constexpr std::size_t kCheckedBytes = 24;
-
-struct TRecord
-{
-  std::uint64_t number;
-  std::uint64_t imageChecksum;
-  std::int64_t timeNs;
-  std::uint64_t checksum;
-};
-static_assert(sizeof(TRecord) == kRecordBytes);
-
-/// The files of a run, of which the last one used stays open.
-class TImageFiles
-{
-public:
-  TImageFiles(std::string path, std::uint64_t imagesPerFile, std::size_t imageBytes)
-      : path_(std::move(path)), imagesPerFile_(imagesPerFile), image_(imageBytes)
-  {
-  }
-
-  std::vector<unsigned char> Read(std::uint64_t number)
-  {
-    Open(number / imagesPerFile_);
-    file_.seekg(static_cast<std::streamoff>(number % imagesPerFile_ * image_.size()));
-    const bool read =
-        bool(file_.read(reinterpret_cast<char*>(image_.data()), static_cast<std::streamsize>(image_.size())));
-    return read ? image_ : std::vector<unsigned char>();
-  }
-
-private:
-  void Open(std::uint64_t number)
-  {
-    if (file_.is_open() && file_.good() && number == open_) return;
-    std::array<char, 32> name{};
-    std::snprintf(name.data(), name.size(), "/spool_%010llu.dat", static_cast<unsigned long long>(number));
-    file_ = std::ifstream(path_ + name.data(), std::ios::binary);
-    open_ = number;
-  }
-
-  std::string path_;
-  std::uint64_t imagesPerFile_;
-  std::vector<unsigned char> image_;
-  std::ifstream file_;
-  std::uint64_t open_ = 0;
-};
-
-} // namespace
 
 bool TSpoolDirectory::IsDescribed() const
 {
@@ -92,19 +40,18 @@ long TSpoolDirectory::Number(const char* section, const char* key) const
 std::uint64_t TSpoolDirectory::VisitImages(
     const std::function<void(std::uint64_t number, const std::vector<unsigned char>& bytes)>& visit) const
 {
-  TImageFiles files(path_, static_cast<std::uint64_t>(Number("multiimage", "ImagesPerFile")),
-                    static_cast<std::size_t>(Number("data", "ImageSize")));
-  std::ifstream index(path_ + "/spool_index.dat", std::ios::binary);
-  TRecord record{};
-  std::uint64_t count = 0;
-  while (index.read(reinterpret_cast<char*>(&record), sizeof record)) {
-    if (XXH3_64bits(&record, kCheckedBytes) != record.checksum) continue;
-    std::vector<unsigned char> image = files.Read(record.number);
-    if (XXH3_64bits(image.data(), image.size()) != record.imageChecksum) image.clear();
-    visit(record.number, image);
-    ++count;
+  TRunImages images(path_, std::max(Number("multiimage", "ImagesPerFile"), 1L), Number("data", "ImageSize"));
+  TRunIndex index;
+  index.Read(path_, INT_MAX);
+  std::vector<std::byte> frame;
+  for (std::int64_t image = index.NextAt(0); image != INT64_MAX; image = index.NextAt(image + 1)) {
+    const bool isWhole =
+        images.ReadImage(image, frame) && Checksum(frame.data(), frame.size()) == index.Find(image)->checksum;
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(frame.data());
+    visit(static_cast<std::uint64_t>(image),
+          isWhole ? std::vector(bytes, bytes + frame.size()) : std::vector<unsigned char>());
   }
-  return count;
+  return static_cast<std::uint64_t>(index.Count());
 }
 
 std::vector<std::string> TSpoolDirectory::Files() const

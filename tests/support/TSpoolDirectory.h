@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Reads what a spooled run has left, by the description of the format alone.
+// Reads what a recorded run has left.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +19,8 @@ public:
   /// A value of acquisitionmetadata.ini, "" when it is missing.
   std::string Text(const char* section, const char* key) const;
   long Number(const char* section, const char* key) const;
-  /// Visits the images that have a good record in the index, in its order, with the bytes that their files have
-  /// for them: none when they do not fit the checksum. Returns how many there are.
+  /// Visits the images that have a good record in the index, by number, with the bytes that their files have for
+  /// them: none when they do not fit the checksum. Returns how many there are.
   std::uint64_t VisitImages(
       const std::function<void(std::uint64_t number, const std::vector<unsigned char>& bytes)>& visit) const;
   /// Names of the files in the directory, sorted.

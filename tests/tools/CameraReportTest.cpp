@@ -49,34 +49,6 @@ TEST(CapabilityWords, NameKnownBitsAndKeepUnknownOnes)
   EXPECT_EQ(words.cameraType, "77");
 }
 
-TEST(DescriptionReport, FailedCallsAreNamedAndTheRestIsThere)
-{
-  TCameraDescription description;
-  description.model = {"GetHeadModel", RC_SUCCESS, "a \"model\""};
-  description.pixelMicrometres = {"GetPixelSize", RC_NOT_SUPPORTED, std::nullopt};
-  description.temperature = {"GetTemperatureF", RC_SUCCESS, TTemperature{-19.9F, RC_TEMP_DRIFT}};
-  description.channelBits.push_back({"GetBitDepth", RC_P1_INVALID, std::nullopt});
-  description.gains.push_back({{"GetPreAmpGainText", RC_SUCCESS, "x1"},
-                               {"GetPreAmpGain", RC_SUCCESS, 1.0F},
-                               {"IsPreAmpGainAvailable", RC_SUCCESS, std::vector<TPair<int>>{{0, 1}}}});
-
-  const std::string text = DescriptionText(description);
-  EXPECT_NE(text.find("- (GetPixelSize: RC_NOT_SUPPORTED)\n"), std::string::npos) << text;
-  EXPECT_NE(text.find("-19.9 C, RC_TEMP_DRIFT\n"), std::string::npos) << text;
-  EXPECT_NE(text.find("x1, factor 1, with channel 0 amplifier 1\n"), std::string::npos) << text;
-  EXPECT_NE(text.find("serial number          - (not told)\n"), std::string::npos) << text;
-
-  const Json json = Json::parse(DescriptionJson(description));
-  EXPECT_EQ(json["model"], "a \"model\"");
-  EXPECT_TRUE(json["pixel_um"].is_null());
-  EXPECT_EQ(json["temperature"]["celsius"], -19.9);
-  EXPECT_EQ(json["gains"][0]["with"][0]["amplifier"], 1);
-  ASSERT_EQ(json["errors"].size(), 2u) << json["errors"];
-  EXPECT_EQ(json["errors"][0]["function"], "GetPixelSize");
-  EXPECT_EQ(json["errors"][1]["code"], 20066);
-  EXPECT_EQ(json["errors"][1]["name"], "RC_P1_INVALID");
-}
-
 TEST(JsonText, HoldsWhateverItIsGiven)
 {
   EXPECT_EQ(JsonNumber(0.1F), 0.1);

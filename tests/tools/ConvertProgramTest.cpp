@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The program on directories of recorded runs: files of every format, exit codes, salvage, full disks, Ctrl-C.
 #include "runs/TRunDescription.h"
+#include "tests/support/TMadeRun.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
-#include "tests/tools/SpoolFixture.h"
 
 #include <nlohmann/json.hpp>
 
@@ -120,9 +120,23 @@ TEST_F(ConvertProgram, VerifySaysWhatIsRightWrongAndMissing)
   EXPECT_NE(outcome_.errors.find(RunFormat::ImageFileName(2) + ": is missing"), std::string::npos)
       << outcome_.errors;
 
-  report = Convert({"-o", directory_.Path("a.tif")}, 5);
-  EXPECT_EQ(report["written"], 5);
-  EXPECT_EQ(ReadTiff(directory_.Path("a.tif")).pages.size(), 5u);
+  EXPECT_TRUE(report["lost_in_camera"].is_null()) << "gaps of ours would look like frames lost in the camera";
+
+  report = Convert({"-o", directory_.Path("a.raw"), "--keep-damaged", "--images", "5,1-2"}, 5);
+  EXPECT_EQ(report["written"], 3);
+  const auto frames = nlohmann::json::parse(TextOf(directory_.Path("a.raw.json")))["frames"];
+  EXPECT_EQ(frames[0]["check"], "wrong");
+  EXPECT_EQ(frames[2]["image"], 5);
+
+  run.Write(Directory(), {1, 3, 7});
+  EXPECT_EQ(Convert({"--verify", "--keep-damaged"}, 5)["missing_images"], "2,4-6");
+  EXPECT_EQ(Convert({"--verify", "--salvage"}, 5)["unrecorded_data"], 4);
+  fs::remove(Directory() + "/" + RunFormat::kIndexName);
+  EXPECT_EQ(Convert({"-o", directory_.Path("b.raw")}, 0)["unchecked"], 7)
+      << "the run is complete by its description";
+  run.extra = "[run]\nImagesExpected = 2147483647\nImagesWritten = 2147483647\n";
+  run.Write(Directory());
+  EXPECT_EQ(Convert({"--verify"}, 5)["missing_images"], "8-2147483647") << "and that takes no time";
 
   run.extra = "[image]\nPixelEncoding = Mono99\n"; // cannot be decoded, but compared
   run.Write(Directory());

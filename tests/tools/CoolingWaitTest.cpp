@@ -30,16 +30,6 @@ CoolingEnd Wait(TCoolingWait& wait, ScriptedSensor& sensor, int interruptAfter =
                   [](const TCoolingProgress&) {});
 }
 
-TEST(CoolingWait, GoesThroughAllStatesUntilStable)
-{
-  ScriptedSensor sensor{{RC_TEMP_NOT_REACHED, RC_TEMP_NOT_STABILIZED, RC_TEMP_DRIFT, RC_TEMP_STABILIZED}};
-  TCoolingWait wait(-20, 60.0);
-  EXPECT_EQ(Wait(wait, sensor), CoolingEnd::Stable);
-  EXPECT_EQ(sensor.asked, 4);
-  EXPECT_EQ(wait.Message(), "");
-  EXPECT_EQ(CoolingText({2.0, -19.5, -20, RC_TEMP_DRIFT}), "cooling: -19.5 C, target -20 C, RC_TEMP_DRIFT, 2 s");
-}
-
 TEST(CoolingWait, EndsWithTheReasonWhenItCannotBecomeStable)
 {
   const std::pair<unsigned int, const char*> cases[] = {

@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <unistd.h>
 
 namespace vxtool {
@@ -180,45 +181,18 @@ TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
   EXPECT_DOUBLE_EQ(cube.sensorCelsius, -59.95);
 }
 
-template <typename Writer>
-void ExpectGoodMannersWithFiles(const TScratchDirectory& directory)
+TEST_F(ImageWriter, FilesWithoutAnImageAreRemovedAndWrongSizesRefused)
 {
   const TImageShape shape = Shape(16, 8, PixelDepth::Bits16);
-  Writer nowhere;
-  EXPECT_FALSE(nowhere.Open(directory.Path("no/such/place"), false, shape, TestFacts(1)));
-  EXPECT_NE(nowhere.Error().find("no/such/place"), std::string::npos) << nowhere.Error();
-
-  const std::string path = directory.Path("precious");
-  std::ofstream(path) << "precious";
-  Writer refused;
-  EXPECT_FALSE(refused.Open(path, false, shape, TestFacts(1)));
-  EXPECT_NE(refused.Error().find("--overwrite"), std::string::npos) << refused.Error();
-  EXPECT_EQ(std::filesystem::file_size(path), 8u);
-
-  Writer empty;
-  ASSERT_TRUE(empty.Open(path, true, shape, TestFacts(1))) << empty.Error();
-  EXPECT_TRUE(empty.Close(Counts(0, 0)));
-  EXPECT_FALSE(std::filesystem::exists(path)) << "a file without an image is not valid";
-
-  Writer wrong;
-  ASSERT_TRUE(wrong.Open(path, false, shape, TestFacts(1)));
-  EXPECT_FALSE(wrong.Write(std::vector<std::byte>(7), Label(1)));
-  EXPECT_FALSE(wrong.Close(Counts(0, 0)));
-}
-
-TEST_F(ImageWriter, RefusesWhatItCannotOrShouldNotWrite)
-{
-  {
-    SCOPED_TRACE("tiff");
-    ExpectGoodMannersWithFiles<TTiffStackWriter>(directory_);
-  }
-  {
-    SCOPED_TRACE("fits");
-    ExpectGoodMannersWithFiles<TFitsCubeWriter>(directory_);
-  }
-  {
-    SCOPED_TRACE("png");
-    ExpectGoodMannersWithFiles<TPngPreviewWriter>(directory_);
+  const std::string path = directory_.Path("file");
+  std::unique_ptr<IImageWriter> writers[] = {std::make_unique<TTiffStackWriter>(),
+                                             std::make_unique<TFitsCubeWriter>(),
+                                             std::make_unique<TPngPreviewWriter>()};
+  for (auto& writer : writers) {
+    ASSERT_TRUE(writer->Open(path, false, shape, TestFacts(1))) << writer->Error();
+    EXPECT_FALSE(writer->Write(std::vector<std::byte>(7), Label(1)));
+    EXPECT_FALSE(writer->Close(Counts(0, 0)));
+    EXPECT_FALSE(std::filesystem::exists(path)) << "a file without an image is not valid";
   }
 }
 

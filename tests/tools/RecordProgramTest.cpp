@@ -2,9 +2,9 @@
 // Runs that the library records to disk, from the camera to the converted file: every image bit for bit, and what is
 // left when the run, the program or the disk comes to an end too early.
 #include "runs/TRunDescription.h"
+#include "tests/support/TMadeRun.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
-#include "tests/tools/SpoolFixture.h"
 #include "vxcore/simulated/imaging/TCounterPattern.h"
 
 #include <csignal>

@@ -28,12 +28,10 @@ public:
   int endStatus = static_cast<int>(RC_IDLE);
   long imageWithoutTicks = 0; // whose metadata is damaged
   long frameDropped = 0;      // image before which the camera lost two frames
-  unsigned int startCode = RC_SUCCESS;
-  unsigned int fetchCode = RC_SUCCESS;
   int triggers = 0;
   bool isTriggered = false; // images come only after SendTrigger(), in the third wait
 
-  unsigned int Start() override { return startCode; }
+  unsigned int Start() override { return RC_SUCCESS; }
   unsigned int Abort() override
   {
     isAborted_ = true;
@@ -66,7 +64,6 @@ public:
   }
   unsigned int FetchImage(long number, PixelDepth, std::span<std::byte> pixels, long long& ticks) override
   {
-    if (fetchCode != RC_SUCCESS) return fetchCode;
     if (isEndless && number < newest_ + 1 - slots) return RC_NO_NEW_DATA;
     if (number > newest_) return RC_NO_NEW_DATA;
     const std::vector<std::byte> image = TestImage(kScriptedShape, number);

@@ -4,6 +4,7 @@
 #include "tests/tools/ProgramRunner.h"
 
 #include <algorithm>
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 namespace vxtool {
@@ -29,11 +30,11 @@ protected:
     const TOutcome outcome = Run(options);
     EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
     if (outcome.exitCode != 0) return {};
-    account_ = nlohmann::json::parse(outcome.output);
+    report_ = nlohmann::json::parse(outcome.output);
     const TTiffPages file = ReadTiff(path);
     EXPECT_EQ(file.problem, "");
-    const auto width = account_["image_width"].get<std::size_t>();
-    const auto height = account_["image_height"].get<std::size_t>();
+    const auto width = report_["image_width"].get<std::size_t>();
+    const auto height = report_["image_height"].get<std::size_t>();
     if (file.pages.size() != 1 || file.pages[0].size() != 2 * width * height) {
       ADD_FAILURE() << "not one image of " << width << "x" << height;
       return {};
@@ -54,7 +55,7 @@ protected:
     return outcome.errors;
   }
 
-  nlohmann::json account_;
+  nlohmann::json report_;
 };
 
 TEST_F(ToolCamera, InfoTellsEverythingAboutEachModel)
@@ -91,6 +92,10 @@ TEST_F(ToolCamera, InfoTellsEverythingAboutEachModel)
   for (const char* line : {"- (GetTemperatureF: RC_NOT_SUPPORTED)", "- (IsCoolerOn: RC_NOT_SUPPORTED)",
                            "- (GetPixelSize: RC_NOT_SUPPORTED)"})
     EXPECT_NE(poor.output.find(line), std::string::npos) << line << "\n" << poor.output;
+  const auto json = nlohmann::json::parse(Run({"info", "--json"}).output);
+  EXPECT_TRUE(json["pixel_um"].is_null());
+  EXPECT_THAT(json["errors"].dump(), ::testing::HasSubstr("\"function\":\"GetPixelSize\""));
+  EXPECT_THAT(json["errors"].dump(), ::testing::HasSubstr("RC_NOT_SUPPORTED"));
 }
 
 TEST_F(ToolCamera, AreaIsThatPartOfTheWholeImage)
@@ -131,7 +136,7 @@ TEST_F(ToolCamera, BinningIsInForceOrRefused)
   Configure(kSquareBinning);
   const auto binned = Take({"--area", "101,101,200x100", "--binning", "4x4"});
   EXPECT_EQ(binned.size(), 25u);
-  EXPECT_EQ(account_["area"]["horizontal_binning"], 4);
+  EXPECT_EQ(report_["area"]["horizontal_binning"], 4);
   for (const char* binning : {"5x5", "4x2"}) // the camera bins by squares of 1, 2, 3, 4, 8
     EXPECT_NE(ErrorOf({"--area", "101,101,200x100", "--binning", binning}).find("does not bin by"),
               std::string::npos);
@@ -157,17 +162,17 @@ TEST_F(ToolCamera, GainBringsItsChannelAndAmplifier)
 {
   Configure(kStill);
   Take({"--gain", "1", "--speed", "0", "--baseline-clamp", "off"});
-  EXPECT_EQ(account_["gain"], "Gain 2");
-  EXPECT_EQ(account_["amplifier"], "High Gain");
-  EXPECT_EQ(account_["speed_mhz"], 100.0);
+  EXPECT_EQ(report_["gain"], "Gain 2");
+  EXPECT_EQ(report_["amplifier"], "High Gain");
+  EXPECT_EQ(report_["speed_mhz"], 100.0);
   const auto low = Take({"--amplifier", "0"}); // takes the camera out of its combined channel
-  EXPECT_EQ(account_["amplifier"], "Low Gain");
+  EXPECT_EQ(report_["amplifier"], "Low Gain");
   EXPECT_EQ(Take({"--gain", "0"}), low);
   EXPECT_NE(Take({"--gain", "2"}), low);
 
   Configure(kSmallCamera);
   Take({"--gain", "3"});
-  EXPECT_EQ(account_["amplifier"], "High Gain");
+  EXPECT_EQ(report_["amplifier"], "High Gain");
   EXPECT_NE(ErrorOf({"--gain", "3", "--amplifier", "0"}).find("gain 3 cannot be had"), std::string::npos);
   EXPECT_NE(ErrorOf({"--gain", "4"}).find("20069 RC_P4_INVALID"), std::string::npos);
   EXPECT_NE(ErrorOf({"--channel", "1"}).find("SetADChannel: 20066"), std::string::npos);
@@ -175,17 +180,17 @@ TEST_F(ToolCamera, GainBringsItsChannelAndAmplifier)
   EXPECT_NE(ErrorOf({"--amplifier", "2"}).find("SetOutputAmplifier: 20066"), std::string::npos);
 }
 
-TEST_F(ToolCamera, CooledSeriesSaysSoInItsAccountAndItsFile)
+TEST_F(ToolCamera, CooledSeriesSaysSoInItsReportAndItsFile)
 {
   Configure(kFastCooling);
   const std::string path = directory_.Path("cold.fits");
   const TOutcome outcome = Run({"acquire", "--temperature", "-60", "--wait-stable", "30", "--fan", "full",
                                 "--frames", "3", "--exposure", "0.001", "--json", "--output", path});
   ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
-  const auto account = nlohmann::json::parse(outcome.output);
-  EXPECT_NEAR(account["celsius_start"].get<double>(), -60.0, 0.6);
-  EXPECT_NEAR(account["celsius_end"].get<double>(), -60.0, 0.6);
-  EXPECT_EQ(account["celsius_target"], -60.0);
+  const auto report = nlohmann::json::parse(outcome.output);
+  EXPECT_NEAR(report["celsius_start"].get<double>(), -60.0, 0.6);
+  EXPECT_NEAR(report["celsius_end"].get<double>(), -60.0, 0.6);
+  EXPECT_EQ(report["celsius_target"], -60.0);
   const TFitsCube cube = ReadFits(path, PixelDepth::Bits16);
   EXPECT_NEAR(cube.sensorCelsius, -60.0, 0.6);
   EXPECT_EQ(cube.camera, "RQ512_LX");

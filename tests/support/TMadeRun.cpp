@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The format of a spooled run, written down a second time.
-#include "tests/tools/SpoolFixture.h"
+// The format of a recorded run, written down a second time.
+#include "tests/support/TMadeRun.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #define XXH_INLINE_ALL
 #include <xxhash.h>
-
-namespace vxtool {
 
 namespace {
 
@@ -139,5 +137,3 @@ void TMadeRun::Write(const std::string& directory, std::vector<long> order) cons
   }
   PutFileBytes(directory + "/spool_index.dat", index);
 }
-
-} // namespace vxtool

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Makes directories of spooled runs, byte by byte and without the library's own writer, for the tests of the tool.
+// Makes directories of recorded runs, byte by byte and without the library's own writer or the format's header.
 #pragma once
 
-#include "tools/ImageData.h"
+#include "runs/frame_decoding.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
-
-namespace vxtool {
 
 /// A run to be made. Public fields are its description.
 struct TMadeRun
@@ -43,5 +41,3 @@ private:
 
 /// Writes the file anew.
 void PutFileBytes(const std::string& path, const std::string& bytes);
-
-} // namespace vxtool
