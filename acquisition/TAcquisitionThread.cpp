@@ -319,7 +319,7 @@ void TAcquisitionThread::FailRun(std::atomic<bool>& reason)
     reason = true;
   }
   if (circularBuffer_) circularBuffer_->AcquisitionError();
-  Guarded("the failure of a run could not be told", [this] {
+  Guarded("nobody could be notified that the run has failed", [this] {
     if (dispatchRoutine_) dispatchRoutine_->Signal();
     return true;
   });

@@ -26,8 +26,8 @@ class TQuorinCriticalSection;
 
 /// One worker thread for the life of a camera's acquisition manager, which owns it; between runs it sleeps. A run
 /// takes frames from the fetch queue to the dispatch queue until its frames are counted down, until Stop(), or
-/// until a fetch or a dispatch fails; then the camera is told to stop. Everything handed over is borrowed and must
-/// outlive the object.
+/// until a fetch or a dispatch fails; then the camera is told to stop. The object borrows everything it is given, which
+/// must outlive it.
 ///
 /// The setters are for when no run is in progress; Start(), Stop(), the waits and the flags come from any thread.
 /// Runs are numbered: a stop is meant for the runs requested so far and cannot be lost, however late the thread

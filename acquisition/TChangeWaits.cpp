@@ -8,7 +8,7 @@ TChangeWaits::TChangeWaits() : state_(std::make_shared<TState>()), current_(stat
 
 void TChangeWaits::BeginRun()
 {
-  std::shared_ptr<TState> ended; // goes after the lock, unless somebody still waits with it
+  std::shared_ptr<TState> ended; // freed after the lock, unless somebody still waits with it
   const TLock lock(mutex_);
   if (isClosed_) return;
   if (state_->isCancelled || state_->hasFailed) {

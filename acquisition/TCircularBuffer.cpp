@@ -13,7 +13,7 @@ constexpr int kAllocated = 0;
 constexpr int kNotAllocated = 1;
 
 // Copies are made by a few application threads at most; more than this many at once only cost an allocation.
-constexpr std::size_t kUsualHolds = 16;
+constexpr std::size_t kUsualReaders = 16;
 
 // Rings of runs without a frame, which cost address space but hardly memory.
 constexpr std::size_t kMaxFormerSlabs = 4;
@@ -29,7 +29,7 @@ constexpr std::uint64_t kMaxSlotsBack = 16;
 
 TCircularBuffer::TCircularBuffer()
 {
-  holds_.reserve(kUsualHolds);
+  acquired_.reserve(kUsualReaders);
 }
 
 TCircularBuffer::~TCircularBuffer() = default;
@@ -47,7 +47,7 @@ int TCircularBuffer::Allocate(std::uint64_t frameSizeBytes, std::uint64_t count)
   if (former_.size() > kMaxFormerSlabs) former_.erase(former_.begin());
   if (MakeSlab(frameSizeBytes, count)) return kAllocated;
   if (former_.empty()) return kNotAllocated;
-  former_.clear(); // without memory for both, the camera's word that it has flushed must do
+  former_.clear(); // there is no memory for both: rely on the camera having flushed
   return MakeSlab(frameSizeBytes, count) ? kAllocated : kNotAllocated;
 }
 
@@ -68,9 +68,9 @@ bool TCircularBuffer::MakeSlab(std::uint64_t frameSizeBytes, std::uint64_t count
 bool TCircularBuffer::IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const
 {
   if (!slab_ || slab_->FrameSizeBytes() != frameSizeBytes || slab_->Count() != count) return false;
-  // Kept memory can be this ring's again; a camera that never lets go must not cost a ring with each start.
-  const auto keeps = std::count(kept_.begin(), kept_.end(), slab_);
-  return slab_.use_count() == 1 + keeps;
+  // Pinned memory can be used again: a camera that never flushes must not cost a ring with each start.
+  const auto pins = std::count(pinned_.begin(), pinned_.end(), slab_);
+  return slab_.use_count() == 1 + pins;
 }
 
 void TCircularBuffer::Delete()
@@ -80,22 +80,22 @@ void TCircularBuffer::Delete()
   former_.clear();
 }
 
-void TCircularBuffer::KeepMemory()
+void TCircularBuffer::PinMemory()
 {
   const TLock lock(slabMutex_);
-  if (slab_ && (kept_.empty() || kept_.back() != slab_)) kept_.push_back(slab_);
+  if (slab_ && (pinned_.empty() || pinned_.back() != slab_)) pinned_.push_back(slab_);
 }
 
-void TCircularBuffer::LetGoOfMemory()
+void TCircularBuffer::UnpinMemory()
 {
   const TLock lock(slabMutex_);
-  kept_.clear();
+  pinned_.clear();
 }
 
-std::vector<std::shared_ptr<TFrameSlab>> TCircularBuffer::HoldMemory() const
+std::vector<std::shared_ptr<TFrameSlab>> TCircularBuffer::CameraMemory() const
 {
   const TLock lock(slabMutex_);
-  std::vector<std::shared_ptr<TFrameSlab>> memory = kept_;
+  std::vector<std::shared_ptr<TFrameSlab>> memory = pinned_;
   memory.insert(memory.end(), former_.begin(), former_.end());
   memory.push_back(slab_);
   return memory;
@@ -108,7 +108,7 @@ void TCircularBuffer::Reset()
     ++runNumber_;
     imageCounter_.store(0, std::memory_order_release);
     nextSlot_ = 0;
-    lowestKept_ = 0;
+    lowestAvailable_ = 0;
     staleUpTo_ = 0;
     if (slab_) slab_->PrepareRun();
   }
@@ -144,7 +144,7 @@ std::uint64_t TCircularBuffer::GetMinImageIndex() const
 std::uint64_t TCircularBuffer::OldestImage(std::uint64_t newest, std::uint64_t count) const
 {
   if (newest == 0) return 0;
-  return std::max<std::uint64_t>(newest < count ? 1 : newest + 1 - count, lowestKept_);
+  return std::max<std::uint64_t>(newest < count ? 1 : newest + 1 - count, lowestAvailable_);
 }
 
 unsigned char* TCircularBuffer::GetBufferForImage(std::uint64_t image) const
@@ -153,7 +153,7 @@ unsigned char* TCircularBuffer::GetBufferForImage(std::uint64_t image) const
   return FindImage(image);
 }
 
-// Everything is looked at under one lock: another run may have begun since the caller has learnt the number.
+// All checks are made under one lock: another run may have begun since the caller learnt the number.
 unsigned char* TCircularBuffer::FindImage(std::uint64_t image) const
 {
   if (!slab_ || slab_->Count() == 0 || image < 1 || image <= staleUpTo_ || image > GetMaxImageIndex())
@@ -175,7 +175,7 @@ void TCircularBuffer::Increment()
 }
 
 // The camera fills buffers in the order in which it got them, so with a frame in the new ring it has none of the
-// former ones, whatever its flush has answered.
+// former ones, whatever its flush returned.
 void TCircularBuffer::ReleaseFormerSlabs()
 {
   std::vector<std::shared_ptr<TFrameSlab>> last; // frees the memory after the lock
@@ -209,26 +209,26 @@ bool TCircularBuffer::MoveSlot(TFrameSlab& slab, const unsigned char* buffer)
   if (actual == slab.Count()) return false;
   // Whatever images the two slots had before are lost, for good.
   const std::uint64_t counter = imageCounter_.load(std::memory_order_relaxed);
-  const auto giveUpImageIn = [&](std::uint64_t index) {
+  const auto dropImageIn = [&](std::uint64_t index) {
     if (counter <= index) return;
     const std::uint64_t image = counter - (counter - 1 - index) % slab.Count();
-    lowestKept_ = std::max<std::uint64_t>(lowestKept_, image + 1);
+    lowestAvailable_ = std::max<std::uint64_t>(lowestAvailable_, image + 1);
   };
-  giveUpImageIn(expected);
-  giveUpImageIn(actual);
+  dropImageIn(expected);
+  dropImageIn(actual);
   slab.Clocks().Clear(expected);
   slab.Clocks().Clear(actual);
   slab.SwapSlots(expected, actual);
   return true;
 }
 
-TFrameMemory TCircularBuffer::HoldBufferForImage(std::uint64_t image)
+TFrameMemory TCircularBuffer::AcquireBufferForImage(std::uint64_t image)
 {
   const TLock lock(slabMutex_);
   unsigned char* const buffer = FindImage(image);
   if (!buffer) return {};
   try {
-    holds_.emplace_back(buffer, slab_);
+    acquired_.emplace_back(buffer, slab_);
   } catch (const std::bad_alloc&) {
     return {};
   }
@@ -239,11 +239,11 @@ void TCircularBuffer::ReleaseBuffer(const unsigned char* buffer)
 {
   std::shared_ptr<TFrameSlab> last; // may free the memory: after the lock
   const TLock lock(slabMutex_);
-  const auto hold =
-      std::find_if(holds_.begin(), holds_.end(), [buffer](const auto& entry) { return entry.first == buffer; });
-  if (hold == holds_.end()) return;
-  last = std::move(hold->second);
-  holds_.erase(hold);
+  const auto found = std::find_if(acquired_.begin(), acquired_.end(),
+                                  [buffer](const auto& entry) { return entry.first == buffer; });
+  if (found == acquired_.end()) return;
+  last = std::move(found->second);
+  acquired_.erase(found);
 }
 
 bool TCircularBuffer::IsImageIntact(std::uint64_t image, const unsigned char* buffer) const
@@ -276,7 +276,7 @@ bool TCircularBuffer::HasCameraNotReached(std::uint64_t image, const unsigned ch
   bool isClockSeen = own->IsKnown();
   for (std::uint64_t back = 1; back <= farthest; ++back) {
     const std::uint64_t ahead = image - back;
-    // In front of image 1 comes the slot that is filled last before the ring goes round.
+    // The slot in front of that of image 1 is the last one of the ring.
     if (ahead == 0) {
       if (slab_->IsLastSlotUnused()) return true;
       break;
@@ -285,7 +285,7 @@ bool TCircularBuffer::HasCameraNotReached(std::uint64_t image, const unsigned ch
     const auto found = FindClock(ahead);
     if (!found) return false;
     isClockSeen = isClockSeen || found->IsKnown();
-    // A clock that stands still tells nothing.
+    // Equal clock values do not show which frame is in the slot.
     if (!found->IsKnown() || (own->IsKnown() && own->ticks == found->ticks)) continue;
     if (!found->IsIn(slab_->Slot((ahead - 1) % count))) return false;
     if (--wanted == 0) return true;

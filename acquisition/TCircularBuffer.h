@@ -33,17 +33,17 @@ public:
 
   /// Replaces the ring by @p count slots for frames of @p frameSizeBytes bytes. Returns 0; 1 when there is not
   /// enough free memory, with no slots left. A ring of the same shape keeps its memory, whose pages are then
-  /// mapped already. The memory of the ring before stays until the first frame of the new one, if there is enough for
-  /// both: a camera that has not flushed, though it says so, would write into it.
+  /// mapped already. The memory of the previous ring stays until the first frame of the new one, if there is enough for
+  /// both: a camera that has not flushed, although it reports success, would write into it.
   int Allocate(std::uint64_t frameSizeBytes, std::uint64_t count);
   /// Frees the slots. Counter, flags and event stay as they are.
   void Delete();
-  /// The camera may go on writing into the slots of now, whatever becomes of the ring: their memory stays until
-  /// LetGoOfMemory().
-  void KeepMemory();
-  void LetGoOfMemory();
+  /// The camera may go on writing into the present slots: their memory stays until UnpinMemory(), even if the ring is
+  /// replaced.
+  void PinMemory();
+  void UnpinMemory();
   /// Everything that a camera may still be writing into, for whoever closes the camera.
-  std::vector<std::shared_ptr<TFrameSlab>> HoldMemory() const;
+  std::vector<std::shared_ptr<TFrameSlab>> CameraMemory() const;
   /// Begins the numbering of a run: no images, no failure, no cancellation. Between Allocate() and here the images of
   /// the run before, whose numbers still stand, are not there.
   void Reset();
@@ -87,9 +87,9 @@ public:
   /// only.
   bool PlaceNext(const unsigned char* buffer, TFrameTimestamp timestamp = {});
   /// As GetBufferForImage(); the memory stays until ReleaseBuffer().
-  TFrameMemory HoldBufferForImage(std::uint64_t image);
+  TFrameMemory AcquireBufferForImage(std::uint64_t image);
   void ReleaseBuffer(const unsigned char* buffer);
-  /// Whether what the caller has read of @p buffer, which HoldBufferForImage() gave for this image, is of this image
+  /// Whether what the caller has read of @p buffer, which AcquireBufferForImage() gave for this image, is of this image
   /// alone: the camera has not begun to write over it. It may be ahead of the frames counted so far by as many as
   /// there are slots. Where frames carry a clock value, the slots that the camera fills before this one tell how far
   /// it is; where none of them does, an image of the newer half of the ring is taken for intact.
@@ -113,7 +113,7 @@ private:
 
   mutable TMutex slabMutex_;
   std::shared_ptr<TFrameSlab> slab_ GUARDED_BY(slabMutex_); // its tables need no lock
-  std::vector<std::shared_ptr<TFrameSlab>> kept_ GUARDED_BY(slabMutex_);
+  std::vector<std::shared_ptr<TFrameSlab>> pinned_ GUARDED_BY(slabMutex_);
   std::vector<std::shared_ptr<TFrameSlab>>
       former_ GUARDED_BY(slabMutex_); // replaced; kept until the camera fills slab_
   std::atomic<std::uint64_t> imageCounter_{0};
@@ -122,10 +122,10 @@ private:
   std::atomic<std::uint64_t> runNumber_{0}; // changes before the counter does
   TChangeWaits waits_;
   /// Images below this one have lost their slot to a frame that arrived out of order.
-  std::atomic<std::uint64_t> lowestKept_{0};
+  std::atomic<std::uint64_t> lowestAvailable_{0};
   /// Images up to this one belong to memory that was replaced.
   std::uint64_t staleUpTo_ GUARDED_BY(slabMutex_) = 0;
   bool slotsAreReused_ GUARDED_BY(slabMutex_) = true;
   bool framesHaveClock_ GUARDED_BY(slabMutex_) = false;
-  std::vector<std::pair<const unsigned char*, std::shared_ptr<TFrameSlab>>> holds_ GUARDED_BY(slabMutex_);
+  std::vector<std::pair<const unsigned char*, std::shared_ptr<TFrameSlab>>> acquired_ GUARDED_BY(slabMutex_);
 };

@@ -10,7 +10,7 @@
 
 class IDispatchRoutine;
 
-/// The way of a run's frames between the acquisition thread and the application. The acquisition thread calls
+/// The path of a run's frames between the acquisition thread and the application. The acquisition thread calls
 /// Dispatch() for each frame and Finalise() at the end of the run; application threads read images by their
 /// 1-based number meanwhile. Owned by the acquisition manager; it lives as long as its camera's manager or, for a
 /// wrapper of one run, as long as somebody has a reference to it. None of the operations throws, except that
@@ -20,9 +20,10 @@ class TDispatchQueue
 public:
   /// Prepares for a run whose frames have @p imageSizeBytes bytes each. The camera may still refuse to start it.
   virtual void Initialise(std::int64_t imageSizeBytes) = 0;
-  /// The run is over: everything that was dispatched is brought to its end before this returns.
+  /// The run is over: returns when everything that was dispatched is finished.
   virtual void Finalise() = 0;
-  /// The run is to end early. Called by application threads while Dispatch() may be running; only asks.
+  /// The run is to end early. Called by application threads while Dispatch() may be running; only
+  /// requests it.
   virtual void Abort() = 0;
   /// Takes one frame, which is in a slot of this run (see IsSlot()); null is none. Returns 0, or non-zero when the run
   /// cannot go on.
@@ -42,8 +43,8 @@ public:
   virtual void SetDispatchRoutine(IDispatchRoutine* routine) = 0;
 
   /// The camera has started the run; no frame has been dispatched yet. Not called when the camera's answer leaves open
-  /// whether it has: the first frame tells it then. Until one or the other nothing of an earlier run may have been
-  /// given up that cannot be had again.
+  /// whether it has started; the first frame shows it then. Until either of them happens, nothing of an earlier run may
+  /// be lost.
   virtual void Begin() {}
   /// As GetImage8(), for frames of any number. The size is that of the memory, whatever run has begun meanwhile.
   virtual TFrameMemory AcquireImage(std::int64_t image) = 0;
@@ -61,13 +62,13 @@ public:
   /// The camera's clock value in the frame that is dispatched next. Acquisition thread only.
   virtual void SetTimestampOfNextFrame(TFrameTimestamp /*timestamp*/) {}
 
-  /// Whether @p buffer is the start of a frame slot of this run. Asked once for each frame, before Dispatch().
+  /// Whether @p buffer is the start of a frame slot of this run. Called once for each frame, before Dispatch().
   /// Acquisition thread only.
   virtual bool IsSlot(const unsigned char* buffer) = 0;
-  /// Whether the run's frames have not all got where they should. Asked while no frame comes, and once more at the
-  /// end of the run: no Dispatch() can tell it then. Acquisition thread only.
+  /// Whether some of the run's frames have not reached their destination. Called while no frame comes, and once more at
+  /// the end of the run, when no Dispatch() follows that could report it. Acquisition thread only.
   virtual bool HasFailed() { return false; }
-  /// A number that rises while frames that were dispatched get nearer to where they should. Whoever waits for the end
+  /// A number that rises while dispatched frames make progress towards their destination. Callers that wait for the end
   /// of a run may go on waiting as long as it rises. Thread-safe.
   virtual std::uint64_t Progress() { return 0; }
   virtual ~TDispatchQueue() = default;

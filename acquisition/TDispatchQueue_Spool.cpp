@@ -19,7 +19,7 @@ void TDispatchQueue_Spool::SetRun(const TSpoolSettings& settings, int images)
   seriesLength_ = static_cast<std::uint32_t>(std::max(images, 0));
 }
 
-// The earlier run's pipeline goes first: two at once would lock each other out of the directory.
+// The earlier run's pipeline is destroyed first: two at once would lock each other out of the directory.
 void TDispatchQueue_Spool::Initialise(std::int64_t imageSizeBytes)
 {
   TRingDispatchQueue::Initialise(imageSizeBytes);

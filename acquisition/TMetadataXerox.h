@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Copies each frame's timestamp aside on the frame's way to another dispatch queue.
+// Stores each frame's timestamp and passes the frame on to another dispatch queue.
 #pragma once
 
 #include "acquisition/TDispatchQueue.h"

@@ -159,7 +159,7 @@ int TPseudoAcquisitionMode::ApplyPending()
     const TLock lock(mutex_);
     if (!pending_) return kAccepted;
   }
-  // Without the lock: it may take long, and others ask for the settings meanwhile.
+  // Without the lock: it may take long, and other threads read the settings meanwhile.
   if (!manager_->FinishDeliveredRun()) return kNotAvailableNow;
   const TLock lock(mutex_);
   if (!pending_) return kAccepted;
@@ -174,7 +174,7 @@ int TPseudoAcquisitionMode::ApplyPending()
   return status;
 }
 
-// Tells the manager and the camera; the first setting that the camera does not take decides the answer.
+// Writes the settings to manager and camera; the first one that the camera refuses decides the result.
 int TPseudoAcquisitionMode::Apply()
 {
   const TModeRow& row = *FindMode(mode_);

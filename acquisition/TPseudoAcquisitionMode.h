@@ -50,7 +50,7 @@ public:
   virtual int GetSeriesLength() const;
 
   /// Writes what an earlier setter could not write, ending a run that stands in the way. Called before each start,
-  /// which may go on only if the answer is kAccepted: the run would be another one than asked for.
+  /// which may go on only if the result is kAccepted: otherwise the run would not be the one that was requested.
   int ApplyPending();
 
 private:
@@ -71,7 +71,7 @@ private:
   int mode_ GUARDED_BY(mutex_) = kSingleScan;
   int accumulations_ GUARDED_BY(mutex_) = 1;
   int kinetics_ GUARDED_BY(mutex_) = 1;
-  bool pending_ GUARDED_BY(mutex_) = false; // what the camera has is not what was asked for
+  bool pending_ GUARDED_BY(mutex_) = false; // the camera has other settings than were requested
   /// What "PixelEncoding" was before accumulation; empty while it is not changed.
   std::wstring encodingBefore_ GUARDED_BY(mutex_);
 };

@@ -43,7 +43,7 @@ unsigned char* TRingDispatchQueue::GetImage8(int image)
 
 TFrameMemory TRingDispatchQueue::AcquireImage(std::int64_t image)
 {
-  return circularBuffer_->HoldBufferForImage(ImageNumber(image));
+  return circularBuffer_->AcquireBufferForImage(ImageNumber(image));
 }
 
 void TRingDispatchQueue::ReleaseImage8(unsigned char* buffer)

@@ -67,7 +67,7 @@ TVxmcdAcquisitionManager::TVxmcdAcquisitionManager(QuorinUtility::TQuorinCritica
                                                  &eventDispatchRoutine_);
 }
 
-// The thread goes before anything it uses.
+// The thread is destroyed before anything it uses.
 TVxmcdAcquisitionManager::~TVxmcdAcquisitionManager()
 {
   Close();
@@ -132,7 +132,7 @@ int TVxmcdAcquisitionManager::StartRun()
   const std::int64_t frameSizeBytes = ReadFrameSize(coreHandle_);
   const int timeoutMs = FrameTimeoutMs(coreHandle_);
   if (!EndEarlierRun()) return kStartFailed;
-  spoolingRun_ = false; // not before: a run that goes on must still be able to tell how it ends
+  spoolingRun_ = false; // not before: IsSpoolIssues() must stay right for a run that goes on
   if (!IsUsableFrameSize(frameSizeBytes)) {
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the camera reports frames of %lld bytes",
                                   static_cast<long long>(frameSizeBytes));
@@ -190,7 +190,7 @@ bool TVxmcdAcquisitionManager::WaitForEndOfRun()
 {
   using TClock = std::chrono::steady_clock;
   const std::uint64_t stopsBefore = stops_;
-  const auto queue = HoldDispatchQueue();
+  const auto queue = SharedDispatchQueue();
   const auto progress = [&queue] { return queue ? queue->Progress() : 0; };
   std::uint64_t lastSeen = progress();
   TClock::time_point lastMoved = TClock::now();
@@ -309,13 +309,13 @@ int TVxmcdAcquisitionManager::StartCamera()
   return code;
 }
 
-// Takes every slot back from the camera. One that does not answer may go on writing into them.
+// Takes every slot back from the camera. A camera that does not answer may go on writing into them.
 void TVxmcdAcquisitionManager::Flush()
 {
   if (FlushBuffers(coreHandle_) == VX_SUCCESS)
-    circularBuffer_.LetGoOfMemory();
+    circularBuffer_.UnpinMemory();
   else
-    circularBuffer_.KeepMemory();
+    circularBuffer_.PinMemory();
 }
 
 void TVxmcdAcquisitionManager::DropFrames()
@@ -324,7 +324,7 @@ void TVxmcdAcquisitionManager::DropFrames()
   circularBuffer_.Delete();
 }
 
-// Asked before the lock, so that nobody waits here for a start that waits for the disk.
+// The camera is asked before the lock is acquired: a start may own it while it waits for the disk.
 int TVxmcdAcquisitionManager::Stop()
 {
   ++stops_;
@@ -403,10 +403,10 @@ bool TVxmcdAcquisitionManager::IsRunningAfterLastFrame()
 
 TDispatchQueue* TVxmcdAcquisitionManager::GetDispatchQueue() const
 {
-  return HoldDispatchQueue().get();
+  return SharedDispatchQueue().get();
 }
 
-std::shared_ptr<TDispatchQueue> TVxmcdAcquisitionManager::HoldDispatchQueue() const
+std::shared_ptr<TDispatchQueue> TVxmcdAcquisitionManager::SharedDispatchQueue() const
 {
   const TLock lock(runObjectsMutex_);
   return dispatchQueue_;

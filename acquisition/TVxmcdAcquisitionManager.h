@@ -61,7 +61,7 @@ public:
   /// @p coreHandle is the camera. @p stopTimeoutMs limits how long Start() and Stop() wait for the end of a run.
   TVxmcdAcquisitionManager(QuorinUtility::TQuorinCriticalSection* cameraLock, int coreHandle,
                            int stopTimeoutMs = kStopTimeoutMs);
-  /// Closes it and ends the run. The camera may still have slots: see HoldMemory().
+  /// Closes it and ends the run. The camera may still have slots: see CameraMemory().
   ~TVxmcdAcquisitionManager();
   TVxmcdAcquisitionManager(const TVxmcdAcquisitionManager&) = delete;
   TVxmcdAcquisitionManager& operator=(const TVxmcdAcquisitionManager&) = delete;
@@ -107,7 +107,7 @@ public:
   /// The queue of the present or last run, null before the first and after a start that failed. Borrowed.
   TDispatchQueue* GetDispatchQueue() const;
   /// The same, kept for as long as the caller needs it.
-  std::shared_ptr<TDispatchQueue> HoldDispatchQueue() const;
+  std::shared_ptr<TDispatchQueue> SharedDispatchQueue() const;
   /// The timestamps of the present or last run, null when metadata was off.
   std::shared_ptr<TTimestampRepository> GetTimestampRepository() const;
 
@@ -116,7 +116,7 @@ public:
   TUseCounter& Uses() { return uses_; }
 
   /// The memory that the camera may still be writing into. It must outlive the object until the camera is closed.
-  std::vector<std::shared_ptr<TFrameSlab>> HoldMemory() const { return circularBuffer_.HoldMemory(); }
+  std::vector<std::shared_ptr<TFrameSlab>> CameraMemory() const { return circularBuffer_.CameraMemory(); }
 
 private:
   /// What a run is to be. Read once in a start, since settings may change meanwhile.

@@ -103,7 +103,7 @@ unsigned int GetAcquisitionProgress(long* accumulations, long* series)
   if (!camera) return RC_NOT_INITIALIZED;
 
   const int status = StatusOf(camera.Manager());
-  const auto queue = camera.Manager().HoldDispatchQueue();
+  const auto queue = camera.Manager().SharedDispatchQueue();
   const std::int64_t newest = queue ? queue->GetMaximumImageAvailable() : 0;
   const bool isComplete = status == RC_ACQUIRING && newest == camera.AcquisitionMode().GetSeriesLength();
   if (status != RC_IDLE && !isComplete) WriteOutput(series, newest);

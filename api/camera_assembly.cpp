@@ -106,7 +106,7 @@ TCamera AssembleCamera(int coreHandle)
 std::vector<std::shared_ptr<TFrameSlab>> DismantleCamera(TCamera& camera)
 {
   CloseManager(camera);
-  auto memory = camera.closedManager->HoldMemory();
+  auto memory = camera.closedManager->CameraMemory();
 
   Destroy(camera.preAmpGainModel);
   Destroy(camera.baselineClamp);

@@ -35,7 +35,7 @@ unsigned int Fetch(const TCameraUse& camera, Action action)
   const int width = ReadGeometry(camera.CoreHandle(), Feature::kAOIWidth);
   const int height = ReadGeometry(camera.CoreHandle(), Feature::kAOIHeight);
   const int stride = ReadGeometry(camera.CoreHandle(), Feature::kAOIStride);
-  const std::shared_ptr<TDispatchQueue> queue = camera.Manager().HoldDispatchQueue();
+  const std::shared_ptr<TDispatchQueue> queue = camera.Manager().SharedDispatchQueue();
   const auto with = [&](auto fetcher) { return action(fetcher); };
 
   if constexpr (std::is_same_v<Dst, unsigned char>) {
@@ -212,7 +212,7 @@ unsigned int GetNumberAvailableImages(int* first, int* last)
   if (!last) return RC_P2_INVALID;
   *first = 0;
   *last = 0;
-  const auto queue = camera.Manager().HoldDispatchQueue();
+  const auto queue = camera.Manager().SharedDispatchQueue();
   if (!queue || queue->GetMaximumImageAvailable() < 1) return RC_NO_NEW_DATA;
   *last = ImageNumber(queue->GetMaximumImageAvailable());
   *first = ImageNumber(queue->GetMinimumImageAvailable());
@@ -224,7 +224,7 @@ unsigned int GetTotalNumberImagesAcquired(long* count)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  const auto queue = camera.Manager().HoldDispatchQueue();
+  const auto queue = camera.Manager().SharedDispatchQueue();
   WriteOutput(count, queue ? queue->GetMaximumImageAvailable() : 0);
   return RC_SUCCESS;
 }

@@ -3,7 +3,7 @@
 #include "retrieval/TFetchImage.h"
 
 #include "acquisition/TDispatchQueue.h"
-#include "retrieval/THeldImage.h"
+#include "retrieval/TAcquiredImage.h"
 #include "utility/outputs.h"
 #include "vxmcd_result_codes.h"
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-// The cursor of GetNextOldestImage() is an int; what lies above it cannot be asked for there and counts as not there.
+// The cursor of GetNextOldestImage() is an int; images above its range do not exist for it.
 constexpr std::int64_t kMaxCursor = std::numeric_limits<int>::max();
 constexpr std::int64_t kMaxPixels = std::numeric_limits<int>::max();
 constexpr std::int64_t kMaxRowBytes = std::numeric_limits<unsigned int>::max();
@@ -118,9 +118,9 @@ unsigned int TFetchImage<Src, Dst>::copyImageByLine(Dst* destination, unsigned c
   return refused ? RC_COPY_REFUSED : RC_SUCCESS;
 }
 
-// Another thread may start a run with other frames at any moment: what counts is the frame that is at hand.
+// Another thread may start a run with other frames at any moment: the size is that of this frame.
 template <class Src, class Dst>
-unsigned int TFetchImage<Src, Dst>::copyHeldImage(Dst* destination, const THeldImage& image)
+unsigned int TFetchImage<Src, Dst>::copyAcquiredImage(Dst* destination, const TAcquiredImage& image)
 {
   imageSizeBytes_ = image.Memory().sizeBytes;
   return copyImageByLine(destination, image.Memory().bytes);
@@ -129,10 +129,10 @@ unsigned int TFetchImage<Src, Dst>::copyHeldImage(Dst* destination, const THeldI
 // A refused copy changes nothing for the callers of the operations below. A position is computed for a frame that
 // fits only: others may have any number of pixels.
 template <class Src, class Dst>
-void TFetchImage<Src, Dst>::copyToPosition(Dst* destination, std::int64_t position, const THeldImage& image)
+void TFetchImage<Src, Dst>::copyToPosition(Dst* destination, std::int64_t position, const TAcquiredImage& image)
 {
   imageSizeBytes_ = image.Memory().sizeBytes;
-  if (fitsStoredFrame()) copyHeldImage(destination + position * pixelsPerFrame(), image);
+  if (fitsStoredFrame()) copyAcquiredImage(destination + position * pixelsPerFrame(), image);
 }
 
 template <class Src, class Dst>
@@ -159,8 +159,8 @@ unsigned int TFetchImage<Src, Dst>::MoveToNextOldestImage(const Dst* destination
 template <class Src, class Dst>
 void TFetchImage<Src, Dst>::CopyImage(Dst* destination, int number)
 {
-  const THeldImage image(*dispatchQueue_, number);
-  if (image) copyHeldImage(destination, image);
+  const TAcquiredImage image(*dispatchQueue_, number);
+  if (image) copyAcquiredImage(destination, image);
 }
 
 template <class Src, class Dst>
@@ -170,11 +170,11 @@ unsigned int TFetchImage<Src, Dst>::GetAcquiredData(Dst* destination, unsigned l
   if (!isFrameSize(size)) return RC_P2_INVALID;
   if (newestImage() < 1) return RC_NO_NEW_DATA;
 
-  // Frames that are gone keep their place in the output. The newest is asked for again each time, so that frames
-  // that arrive meanwhile are included; but not those of another run, whose number is there before they are.
+  // Frames that were overwritten keep their place in the output. The newest number is read again each time, so that
+  // frames that arrive meanwhile are included; but not those of another run, whose number changes before they come.
   for (std::int64_t number = std::max<std::int64_t>(oldestImage(), 1); number <= newestImage(); ++number) {
     if (runNumber() != runNumber_) return RC_ACQUIRING;
-    const THeldImage image(*dispatchQueue_, number);
+    const TAcquiredImage image(*dispatchQueue_, number);
     if (image) copyToPosition(destination, number - 1, image);
   }
   return RC_SUCCESS;
@@ -189,9 +189,9 @@ unsigned int TFetchImage<Src, Dst>::GetMostRecentImage(Dst* destination, unsigne
 
   bool copied = false;
   for (int attempt = 0; attempt < kMostRecentTries; ++attempt) {
-    const THeldImage image(*dispatchQueue_, newestImage());
+    const TAcquiredImage image(*dispatchQueue_, newestImage());
     if (!image) continue;
-    const bool refused = copyHeldImage(destination, image) != RC_SUCCESS;
+    const bool refused = copyAcquiredImage(destination, image) != RC_SUCCESS;
     copied = true;
     if (refused || image.IsIntact()) break;
   }
@@ -208,11 +208,11 @@ unsigned int TFetchImage<Src, Dst>::GetIntactImage(long number, Dst* destination
   if (!isFrameSize(size)) return RC_P3_INVALID;
   if (!dispatchQueue_) return RC_NO_NEW_DATA;
 
-  const THeldImage image(*dispatchQueue_, number);
+  const TAcquiredImage image(*dispatchQueue_, number);
   // One that is lost already need not be copied.
   if (!image || !image.IsIntact()) return RC_NO_NEW_DATA;
   const std::optional<std::int64_t> clock = dispatchQueue_->GetImageTicks(number);
-  if (copyHeldImage(destination, image) != RC_SUCCESS || !image.IsIntact()) return RC_NO_NEW_DATA;
+  if (copyAcquiredImage(destination, image) != RC_SUCCESS || !image.IsIntact()) return RC_NO_NEW_DATA;
   WriteOutput(ticks, clock.value_or(0));
   return RC_SUCCESS;
 }
@@ -231,7 +231,7 @@ unsigned int TFetchImage<Src, Dst>::GetImages(long first, long last, Dst* destin
   long firstFound = 0;
   const std::int64_t end = std::min(std::int64_t{last}, newestImage());
   for (std::int64_t number = std::max(std::int64_t{first}, oldestImage()); number <= end; ++number) {
-    const THeldImage image(*dispatchQueue_, number);
+    const TAcquiredImage image(*dispatchQueue_, number);
     if (!image) continue;
     if (firstFound == 0) {
       firstFound = static_cast<long>(number);

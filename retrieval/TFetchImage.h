@@ -8,7 +8,7 @@
 #include <optional>
 
 class TDispatchQueue;
-class THeldImage;
+class TAcquiredImage;
 
 /// Copies frames whose pixels are stored as @p Src into arrays of @p Dst. The retrieval entry points build one on
 /// their stack with the geometry of now, use it for one call and drop it; it borrows the queue, and a null queue
@@ -46,13 +46,13 @@ public:
   /// instead, so that the caller does not get parts of two frames; this is given up after a few tries.
   unsigned int GetMostRecentImage(Dst* destination, unsigned long size);
 
-  /// Copies frame @p number if the queue can tell afterwards that the copy is of this frame alone; otherwise
+  /// Copies frame @p number if the queue confirms afterwards that the copy is of this frame alone; otherwise
   /// RC_NO_NEW_DATA, with anything in @p destination. @p ticks, if not null, receives the camera's clock value in it;
   /// 0 when it has none, and after every code but RC_SUCCESS.
   unsigned int GetIntactImage(long number, Dst* destination, unsigned long size, long long* ticks);
 
   /// Copies the first frame there is of the numbers @p first to @p last, to the place its number has in the range,
-  /// and tells the first and last number found (0 when none; null pointers are skipped). @p size is that of one
+  /// and returns the first and last number found (0 when none; null pointers are skipped). @p size is that of one
   /// frame. Callers rely on the later frames not being copied.
   unsigned int GetImages(long first, long last, Dst* destination, unsigned long size, long* validFirst,
                          long* validLast);
@@ -72,8 +72,8 @@ private:
   std::int64_t pixelsPerFrame() const;
   bool fitsStoredFrame() const;
   bool rowsAreAdjacent() const;
-  unsigned int copyHeldImage(Dst* destination, const THeldImage& image);
-  void copyToPosition(Dst* destination, std::int64_t position, const THeldImage& image);
+  unsigned int copyAcquiredImage(Dst* destination, const TAcquiredImage& image);
+  void copyToPosition(Dst* destination, std::int64_t position, const TAcquiredImage& image);
 
   TDispatchQueue* dispatchQueue_;
   int width_;

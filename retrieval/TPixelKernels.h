@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-/// What a set of kernels asks of the CPU.
+/// What a set of kernels requires of the CPU.
 enum class TKernelLevel
 {
   Portable,

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Who is told about every frame and every failure of a run.
+// Notification of every frame and every failure of a run.
 #pragma once
 
-/// Told once for every frame that is counted and once for every failure of a run, on the acquisition thread.
+/// Called once for every frame that is counted and once for every failure of a run, on the acquisition thread.
 class IDispatchRoutine
 {
 public:

@@ -6,7 +6,7 @@
 
 namespace QuorinUtility {
 
-/// Enters a critical section when it is made and exits it when it goes. Borrows the section, which must outlive
+/// Enters a critical section when it is constructed and exits it when it is destroyed. Borrows the section, which must outlive
 /// it; used by the one thread that made it.
 class SCOPED_LOCK_CLASS TAutoQuorinCriticalSection
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Someone who wants to hear of changes.
+// Receiver of change notifications.
 #include "utility/TObserver.h"
 
 TObserver::~TObserver() = default;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Someone who wants to hear of changes.
+// Receiver of change notifications.
 #pragma once
 
-/// Is told of the changes of a TSubject that it is registered with, on the thread that makes the change.
+/// Is notified of the changes of the subjects (TSubject) that it is registered with, on the thread that makes the change.
 class TObserver
 {
 public:

@@ -28,14 +28,14 @@ public:
   TQuorinDirectoryList(const TQuorinDirectoryList&) = delete;
   TQuorinDirectoryList& operator=(const TQuorinDirectoryList&) = delete;
 
-  /// Looks again. Names handed out before are gone.
+  /// Reads the directory again. Names returned before are no longer valid.
   void Reenumerate();
 
   int GetNumberItems() const { return itemCount_; }
   /// Valid until the next enumeration; null for an index that has no name.
   const char* GetItem(int index) const;
 
-  /// The process's working directory with a separator at its end; "./" when it cannot be told, as when it was
+  /// The process's working directory with a separator at its end; "./" when it is unknown, as when it was
   /// deleted.
   static TQuorinFilePath GetCurrentDir();
 

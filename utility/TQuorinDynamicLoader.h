@@ -10,8 +10,8 @@
 namespace QuorinUtility {
 
 /// Opens one shared library by name, first in a directory and then, unless that is ruled out, through the system's
-/// own search, and looks up its symbols. Owned by whoever needs the library, who closes it before the object goes:
-/// the destructor leaves it open. A process that has more rights than its user (a set-user-ID program) opens nothing
+/// own search, and looks up its symbols. Owned by whoever needs the library, who closes it before destroying the
+/// object: the destructor leaves it open. A process that has more rights than its user (a set-user-ID program) opens nothing
 /// from a directory, only what the system's own search finds. One object belongs to one thread at a time. Failures
 /// are answers, with the loader's text kept for GetErrorMessage(); nothing is thrown or logged.
 class TQuorinDynamicLoader final
@@ -46,7 +46,7 @@ public:
 
   /// NO_ERROR_MSG or the loader's last error, 255 characters at most.
   const char* GetErrorMessage() const { return errorMessage_.data(); }
-  /// Takes over the loader's error of this thread. Returns 0.
+  /// Copies the loader's error of this thread. Returns 0.
   int updateErrorMessage();
 
 private:

@@ -16,8 +16,8 @@ constexpr timespec kDestructionPoll{0, 50000};
 
 } // namespace
 
-/// Holds the mutex for the length of a Wait(). A cancelled thread unwinds through here with the mutex locked, so
-/// it is given back and the count of waiters is right on every way out.
+/// Owns the mutex during a Wait(). A cancelled thread unwinds through here with the mutex locked, so it is released and
+/// the count of waiters is right on every path out.
 class TQuorinEvent::TWaiterScope
 {
 public:
@@ -77,7 +77,7 @@ int TQuorinEvent::Set()
   if (wake) {
     // After the unlock: a waiter woken into a locked mutex would have to sleep a second time.
     pthread_cond_broadcast(&condition_);
-    wakers_.fetch_sub(1, std::memory_order_release); // the last touch; the event may be gone from here on
+    wakers_.fetch_sub(1, std::memory_order_release); // the last access: the event may be destroyed from here on
   }
   return result;
 }

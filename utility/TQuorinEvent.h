@@ -11,7 +11,7 @@ namespace QuorinUtility {
 
 /// A flag that threads wait for. With automatic reset a Set() releases one waiter and is used up by it; with
 /// manual reset it releases every waiter until Reset(). Thread-safe; nobody may be waiting when it is destroyed,
-/// but a Set() that released the destroying thread may still be on its way out. Costs one lock without allocation;
+/// but a Set() that released the destroying thread may not have returned yet. Costs one lock without allocation;
 /// Set() makes a system call only when somebody waits. Nothing here throws or logs.
 class TQuorinEvent final
 {
@@ -54,7 +54,7 @@ private:
   std::atomic<bool> signalled_; // written under mutex_
   const bool manualReset_;
   int waiters_ = 0; // guarded by mutex_: threads that a Set() has to wake
-  /// Calls of Set() that have given up the mutex but have still to wake the waiters. Raised under mutex_, so that
+  /// Calls of Set() that have released the mutex but have still to wake the waiters. Raised under mutex_, so that
   /// a thread that saw the event signalled sees it too.
   std::atomic<int> wakers_{0};
 };

@@ -27,7 +27,7 @@ public:
 
   TQuorinLibDebugOutput() = delete;
 
-  /// Whether such a line would be written; for callers whose text is dear to make.
+  /// Whether such a line would be written; for callers whose text is expensive to make.
   static bool IsEnabled(ESeverity severity) noexcept { return severity <= level_.load(std::memory_order_relaxed); }
 
   /// Logs a text formatted as printf does, of the given severity or as an error. Of @p file the last part is

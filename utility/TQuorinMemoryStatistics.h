@@ -7,9 +7,9 @@
 
 namespace QuorinUtility {
 
-/// The machine's memory in bytes, asked of the system afresh at every call; buffers and caches do not count as
-/// available. The one instance is made when the library is loaded and goes when the process exits or the library
-/// is unloaded. Thread-safe. A getter that the system refuses returns 0.
+/// The machine's memory in bytes, read from the system at every call; buffers and caches do not count as
+/// available. The one instance is made when the library is loaded and destroyed when the process exits or the
+/// library is unloaded. Thread-safe. A getter that the system refuses returns 0.
 class TQuorinMemoryStatistics final
 {
 public:

@@ -13,7 +13,7 @@ class IQuorinTask;
 class TQuorinEvent;
 class TQuorinWorkThread;
 
-/// Runs tasks strictly one after another on a thread of its own, in the order in which Launch() calls got through.
+/// Runs tasks strictly one after another on its own thread, in the order in which Launch() calls succeeded.
 /// Borrows each task until its Execute() has returned. Launch() and IsAlive() are thread-safe; no Launch() may
 /// start once destruction has begun. Only the constructor throws, when memory is short.
 class TQuorinTaskLauncher final : public TQuorinWorkThreadRoutine
@@ -25,9 +25,8 @@ public:
   TQuorinTaskLauncher(const TQuorinTaskLauncher&) = delete;
   TQuorinTaskLauncher& operator=(const TQuorinTaskLauncher&) = delete;
 
-  /// Hands @p task over as soon as the task before it has run; returns without waiting for this one. Blocks for
-  /// ever behind a task that does not end, and so does the second call when the launcher has no thread: ask
-  /// IsAlive().
+  /// Waits until the previous task has run, starts @p task and returns without waiting for it. Blocks without limit
+  /// behind a task that does not end, and so does the second call when the launcher has no thread: check IsAlive().
   void Launch(IQuorinTask* task, void* argument);
 
   /// Whether there is a thread to run tasks. False when it could not be made, or a task has ended it.

@@ -32,13 +32,13 @@ void TSubject::RemoveObserver(TObserver* observer)
 
 void TSubject::NotifyObservers()
 {
-  // Over a copy: an observer may change the list, and one that was removed may be gone.
-  std::array<TObserver*, kCapacity> told;
+  // Over a copy: an observer may change the list, and one that was removed may be destroyed.
+  std::array<TObserver*, kCapacity> notified;
   const TNumbers numbers = numbers_;
   const auto count = static_cast<std::size_t>(count_);
-  std::copy_n(observers_.get(), count, told.begin());
+  std::copy_n(observers_.get(), count, notified.begin());
   for (std::size_t index = 0; index < count; ++index)
-    if (IsRegistered(numbers[index])) told[index]->DoUpdate();
+    if (IsRegistered(numbers[index])) notified[index]->DoUpdate();
 }
 
 bool TSubject::IsRegistered(std::uint64_t number) const

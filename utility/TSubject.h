@@ -8,9 +8,9 @@
 
 class TObserver;
 
-/// Base of what can be observed: keeps up to 64 observers, borrowed until they are removed, and tells them of
-/// changes. Not synchronised: its callers serialise. An observer may register or remove observers, itself
-/// included, and set off another notification while it is being told. What an observer throws ends the
+/// Base of what can be observed: keeps up to 64 observers, borrowed until they are removed, and notifies them
+/// of changes. Not synchronised: its callers serialise. An observer may register or remove observers, itself
+/// included, and start another notification while it is being notified. What an observer throws ends the
 /// notification and reaches the caller.
 class TSubject
 {
@@ -24,7 +24,7 @@ public:
   void RegisterObserver(TObserver* observer);
   /// Removes every entry of @p observer; the others keep their order. It is not touched any more afterwards.
   void RemoveObserver(TObserver* observer);
-  /// Tells those that are registered now, first to last, leaving out whoever is removed meanwhile.
+  /// Notifies those that are registered now, first to last, except those removed meanwhile.
   void NotifyObservers();
 
 private:
@@ -36,8 +36,7 @@ private:
   const std::int32_t capacity_;
   std::unique_ptr<TObserver*[]> observers_;
   std::int32_t count_ = 0;
-  // Of each entry, ascending. An observer that is gone and a new one may have the same address, never the same
-  // number.
+  // Of each observer, ascending. A removed observer and a new one may have the same address, never the same number.
   TNumbers numbers_{};
   std::uint64_t nextNumber_ = 0;
 };

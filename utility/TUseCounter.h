@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Counts who is using an object, so that its owner can wait for them before it goes.
+// Counts the users of an object, so that its owner can wait for them before destroying it.
 #pragma once
 
 #include "utility/TMutex.h"

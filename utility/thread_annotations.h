@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What clang's -Wthread-safety is told of locks and of what they guard; nothing for other compilers.
+// Annotations for clang's -Wthread-safety: locks, and what they guard. Empty for other compilers.
 #pragma once
 
 #if defined(__clang__)

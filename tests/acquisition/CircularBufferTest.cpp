@@ -110,16 +110,16 @@ TEST(CircularBuffer, HeldImageOutlivesTheRing)
   ASSERT_EQ(ring.Allocate(100000, 4), 0);
   ring.Reset();
   DeliverInOrder(ring, 2);
-  unsigned char* const held = ring.HoldBufferForImage(2).bytes;
-  ASSERT_NE(held, nullptr);
-  std::memset(held, 42, 100000);
+  unsigned char* const acquired = ring.AcquireBufferForImage(2).bytes;
+  ASSERT_NE(acquired, nullptr);
+  std::memset(acquired, 42, 100000);
 
   ASSERT_EQ(ring.Allocate(100000, 4), 0);
-  EXPECT_NE(ring.GetBuffer(2), held) << "a ring that is being read is not used again";
+  EXPECT_NE(ring.GetBuffer(2), acquired) << "a ring that is being read is not used again";
   ring.Delete();
-  EXPECT_EQ(held[99999], 42);
-  ring.ReleaseBuffer(held);
-  ring.ReleaseBuffer(held); // a release too many changes nothing
+  EXPECT_EQ(acquired[99999], 42);
+  ring.ReleaseBuffer(acquired);
+  ring.ReleaseBuffer(acquired); // a release too many changes nothing
 }
 
 TEST(CircularBuffer, FollowsTheCameraWhenASlotIsLost)
@@ -188,7 +188,7 @@ TEST(CircularBuffer, ImagesOfTheRunBeforeAreGoneOnceTheRingIsReplaced)
   ASSERT_EQ(ring.Allocate(32, 4), 0);
   EXPECT_EQ(ring.GetMaxImageIndex(), 3u) << "numbers stand until the next run begins";
   EXPECT_EQ(ring.GetBufferForImage(2), nullptr);
-  EXPECT_EQ(ring.HoldBufferForImage(2).bytes, nullptr);
+  EXPECT_EQ(ring.AcquireBufferForImage(2).bytes, nullptr);
   ring.Reset();
   DeliverInOrder(ring, 2);
   EXPECT_NE(ring.GetBufferForImage(2), nullptr);
@@ -379,13 +379,13 @@ TEST_F(ARunningRing, AnImageOfTheRunBeforeIsNotIntactInTheNext)
 {
   Begin(4, false);
   FillAndCount(2);
-  const TFrameMemory held = ring_.HoldBufferForImage(2);
-  EXPECT_EQ(held.sizeBytes, static_cast<std::int64_t>(kFrameBytes));
-  EXPECT_TRUE(ring_.IsImageIntact(2, held.bytes));
+  const TFrameMemory acquired = ring_.AcquireBufferForImage(2);
+  EXPECT_EQ(acquired.sizeBytes, static_cast<std::int64_t>(kFrameBytes));
+  EXPECT_TRUE(ring_.IsImageIntact(2, acquired.bytes));
   Begin(4, false);
   FillAndCount(2);
-  EXPECT_FALSE(ring_.IsImageIntact(2, held.bytes));
-  ring_.ReleaseBuffer(held.bytes);
+  EXPECT_FALSE(ring_.IsImageIntact(2, acquired.bytes));
+  ring_.ReleaseBuffer(acquired.bytes);
 }
 
 TEST(CircularBuffer, WaitTellsFrameFailureAndCancelInThatOrderOfWeight)
@@ -489,7 +489,7 @@ TEST(CircularBuffer, MemoryThatTheCameraMayWriteIntoIsKept)
   ASSERT_EQ(ring.Allocate(64, 2), 0);
   unsigned char* const slot = ring.GetBuffer(1);
   for (int start = 0; start < 3; ++start) {
-    ring.KeepMemory();
+    ring.PinMemory();
     ASSERT_EQ(ring.Allocate(64, 2), 0);
     EXPECT_EQ(ring.GetBuffer(1), slot) << "a ring of the same shape needs no memory of its own";
   }
@@ -497,7 +497,7 @@ TEST(CircularBuffer, MemoryThatTheCameraMayWriteIntoIsKept)
   EXPECT_FALSE(ring.PlaceNext(slot)) << "what the camera still puts there is no image";
   ring.Delete();
   EXPECT_EQ(msync(slot, 1, MS_ASYNC), 0) << "still mapped";
-  ring.LetGoOfMemory();
+  ring.UnpinMemory();
   EXPECT_EQ(msync(slot, 1, MS_ASYNC), -1) << "not mapped any more";
 }
 

@@ -5,19 +5,19 @@
 #include "acquisition/TDispatchQueue.h"
 
 /// Acquires a frame and releases it. Used by TFetchImage during a copy; borrows the queue. Reentrant.
-class THeldImage final
+class TAcquiredImage final
 {
 public:
-  THeldImage(TDispatchQueue& queue, std::int64_t image)
+  TAcquiredImage(TDispatchQueue& queue, std::int64_t image)
       : queue_(queue), image_(image), memory_(queue.AcquireImage(image))
   {
   }
-  ~THeldImage()
+  ~TAcquiredImage()
   {
     if (memory_.bytes) queue_.ReleaseImage8(memory_.bytes);
   }
-  THeldImage(const THeldImage&) = delete;
-  THeldImage& operator=(const THeldImage&) = delete;
+  TAcquiredImage(const TAcquiredImage&) = delete;
+  TAcquiredImage& operator=(const TAcquiredImage&) = delete;
 
   /// False when the queue does not have the frame.
   explicit operator bool() const { return memory_.bytes != nullptr; }
