@@ -65,7 +65,7 @@ protected:
     }
   }
 
-  void ExpectATrueAccount() const
+  void ExpectATrueDescription() const
   {
     EXPECT_TRUE(IsDirectoryFree());
     const std::string state = run_.Text("run", "State");
@@ -108,15 +108,15 @@ protected:
   bool failed_ = false;
 };
 
-TEST_P(SpoolWithoutMemory, WhatARunTellsAndLeavesIsTrue)
+TEST_P(SpoolWithoutMemory, DescribesWhatItLeaves)
 {
   for (long allocations = 0; Write(allocations); ++allocations) {
     SCOPED_TRACE(allocations);
-    ExpectATrueAccount();
+    ExpectATrueDescription();
     if (HasFailure()) return;
   }
   EXPECT_FALSE(failed_) << "with enough memory";
-  ExpectATrueAccount();
+  ExpectATrueDescription();
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, SpoolWithoutMemory,

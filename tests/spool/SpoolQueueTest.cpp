@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The queue of frames: order, waiting, several readers, and aborts at any moment.
 #include "spool/TSpoolQueue.h"
-#include "tests/utility/SystemCalls.h"
-#include "utility/TQuorinMisc.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -35,22 +32,6 @@ TEST(SpoolQueue, GivesFramesBackInOrder)
   EXPECT_EQ(second.image, nullptr);
   EXPECT_TRUE(queue.IsEmpty());
   EXPECT_EQ(TQueuingSpoolAlgorithm(nullptr).Spool(0, frame, 4), 0);
-}
-
-TEST(SpoolQueue, KeepsAReaderWaitingUntilThereIsAFrame)
-{
-  TSpoolQueue queue;
-  std::atomic<pid_t> reader{0};
-  TSpoolFileData read;
-  std::thread thread([&] {
-    reader = static_cast<pid_t>(QuorinUtility::TQuorinMisc::GetThreadID());
-    read = queue.Retrieve();
-  });
-  EXPECT_TRUE(system_calls::Eventually([&] { return reader != 0; }));
-  EXPECT_TRUE(system_calls::EventuallyAsleep(reader));
-  queue.Queue(TSpoolFileData(frame, 9, 4));
-  thread.join();
-  EXPECT_EQ(read, TSpoolFileData(frame, 9, 4));
 }
 
 TEST(SpoolQueue, IsAbortedForGoodWhateverItHolds)

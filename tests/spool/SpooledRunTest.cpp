@@ -24,6 +24,27 @@ namespace {
 class SpooledRun : public ::testing::Test
 {
 protected:
+  static constexpr std::size_t kBytes = 4096;
+
+  /// A run of one dark frame that ends with @p end.
+  template <class End>
+  void WriteOneFrame(int camera, const End& end)
+  {
+    TCircularBuffer ring;
+    ASSERT_EQ(ring.Allocate(kBytes, 2), 0);
+    ring.Reset();
+    TDispatchQueue_Spool queue(&ring, camera);
+    queue.SetRun({run_.Path(), TSpoolLayout::kImagesTogether}, 1);
+    queue.Initialise(kBytes);
+    queue.Begin();
+    unsigned char* const frame = ring.GetBuffer(1);
+    std::memset(frame, 0, kBytes);
+    std::memcpy(frame + kBytes - sizeof end, &end, sizeof end);
+    EXPECT_EQ(queue.Dispatch(frame, kBytes), 0);
+    queue.Finalise();
+    EXPECT_EQ(run_.Text("run", "State"), "complete");
+  }
+
   TScratchDirectory scratch_;
   TSpoolDirectory run_{scratch_.Directory() + "/run"};
 };
@@ -31,22 +52,7 @@ protected:
 // Dark pixels may look like the end of a timestamp.
 TEST_F(SpooledRun, PixelsAreNotTakenForATimestamp)
 {
-  constexpr std::size_t kBytes = 4096;
-  constexpr std::array<unsigned short, 4> kIdentifierAndLength{1, 0, 12, 0};
-  TCircularBuffer ring;
-  ASSERT_EQ(ring.Allocate(kBytes, 2), 0);
-  ring.Reset();
-  TDispatchQueue_Spool queue(&ring);
-  queue.SetRun({run_.Path(), TSpoolLayout::kImagesTogether}, 1);
-  queue.Initialise(kBytes);
-  queue.Begin();
-  unsigned char* const frame = ring.GetBuffer(1);
-  std::memset(frame, 0, kBytes);
-  std::memcpy(frame + kBytes - sizeof kIdentifierAndLength, kIdentifierAndLength.data(),
-              sizeof kIdentifierAndLength);
-  EXPECT_EQ(queue.Dispatch(frame, kBytes), 0);
-  queue.Finalise();
-  EXPECT_EQ(run_.Text("run", "State"), "complete");
+  WriteOneFrame(kNoCoreHandle, std::array<unsigned short, 4>{1, 0, 12, 0}); // identifier and length
   EXPECT_EQ(run_.Text("run", "FirstFrameTick"), "");
 }
 
@@ -81,26 +87,17 @@ protected:
 
 TEST_F(SpooledRunOfACamera, KeepsAllBitsOfTheFirstTick)
 {
-  constexpr std::size_t kBytes = 4096;
-  constexpr std::int64_t kTick = 0x123456789ABCDE;
-  constexpr std::array<std::uint32_t, 2> kIdentifierAndLength{1, 12};
+  struct TTimestamp
+  {
+    std::int64_t tick = 0x123456789ABCDE;
+    std::array<std::uint32_t, 2> identifierAndLength{1, 12};
+  } timestamp;
   ASSERT_EQ(VX_SetBool(camera_, L"MetadataEnable", 1), VX_SUCCESS);
-  TCircularBuffer ring;
-  ASSERT_EQ(ring.Allocate(kBytes, 2), 0);
-  ring.Reset();
-  TDispatchQueue_Spool queue(&ring, camera_);
-  queue.SetRun({run_.Path(), TSpoolLayout::kImagesTogether}, 1);
-  queue.Initialise(kBytes);
-  queue.Begin();
-  unsigned char* const frame = ring.GetBuffer(1);
-  std::memcpy(frame + kBytes - 16, &kTick, 8);
-  std::memcpy(frame + kBytes - 8, kIdentifierAndLength.data(), 8);
-  EXPECT_EQ(queue.Dispatch(frame, kBytes), 0);
-  queue.Finalise();
-  EXPECT_EQ(run_.Number("run", "FirstFrameTick"), kTick);
+  WriteOneFrame(camera_, timestamp);
+  EXPECT_EQ(run_.Number("run", "FirstFrameTick"), timestamp.tick);
 }
 
-TEST_F(SpooledRunOfACamera, TellsOfItsDiskAlsoBehindAStartThatWasRefused)
+TEST_F(SpooledRunOfACamera, ReportsItsDiskAlsoAfterAStartThatWasRefused)
 {
   disk_.writeDelayMs = 1000;
   disk_.writesUntilError = 0;

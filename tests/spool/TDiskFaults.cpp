@@ -20,8 +20,7 @@ constexpr std::size_t kLargeWrite = 8192;
 using Call = TDiskFaults::Call;
 
 /// Sets errno, and says whether the call fails.
-template <class File>
-bool Fails(Call call, const File& file)
+bool Fails(Call call, int file)
 {
   TDiskFaults* const disk = faults;
   const int error = disk && disk->FailsSometimes() ? disk->ErrorOf(call, file) : 0;
@@ -68,11 +67,7 @@ bool TDiskFaults::FailsSometimes()
 int TDiskFaults::ErrorOf(Call call, int file)
 {
   std::error_code none;
-  return ErrorOf(call, std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), none).string());
-}
-
-int TDiskFaults::ErrorOf(Call call, const std::string& path)
-{
+  const std::string path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), none).string();
   const std::lock_guard lock(mutex_);
   for (TRule& rule : rules_)
     if (rule.call == call && path.ends_with(rule.nameEnd) && rule.successes-- <= 0) return rule.error;
@@ -96,9 +91,7 @@ int __wrap_open(const char* path, int flags, ...);
 ssize_t __wrap_pwrite(int file, const void* data, std::size_t size, off_t offset)
 {
   TDiskFaults* const disk = faults;
-  if (Fails(Call::kWrite, file)) return -1;
   if (!disk || size < kLargeWrite) return __real_pwrite(file, data, size, offset);
-  if (disk->beforeWrite) disk->beforeWrite();
   std::this_thread::sleep_for(std::chrono::milliseconds(disk->writeDelayMs));
   if (disk->writesUntilError >= 0 && disk->writesUntilError-- == 0) {
     errno = EIO;
@@ -144,7 +137,6 @@ int __wrap_open(const char* path, int flags, ...)
   va_start(arguments, flags);
   const int mode = va_arg(arguments, int);
   va_end(arguments);
-  if (Fails(Call::kOpen, path)) return -1;
   const TDiskFaults* const disk = faults;
   if (!disk || !disk->noDirectWrites || (flags & O_DIRECT) == 0) return __real_open(path, flags, mode);
   errno = EINVAL;

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -19,9 +18,7 @@ public:
 
   enum class Call
   {
-    kOpen,
     kAllocate, ///< fallocate
-    kWrite,    ///< pwrite, of any size
     kSyncRange,
     kSyncData, ///< fdatasync
     kSync      ///< fsync
@@ -32,11 +29,9 @@ public:
   void FailNothing();
   /// Whether there is anything to ask ErrorOf() for, which takes memory.
   bool FailsSometimes();
-  /// The error that a call on an open file, or on the file of this path, is to fail with; 0 for none.
+  /// The error that a call on an open file is to fail with; 0 for none.
   int ErrorOf(Call call, int file);
-  int ErrorOf(Call call, const std::string& path);
 
-  std::function<void()> beforeWrite;     ///< called before each large write, on its thread
   std::atomic<int> writesUntilError{-1}; ///< large writes that succeed before one fails with EIO; below 0 all do
   std::atomic<int> writeDelayMs{0};      ///< before each large write
   std::atomic<bool> writesAreCut{false}; ///< a large write takes nothing and then a part, as when signals come

@@ -4,11 +4,12 @@
 
 #include "spool/ISpooler.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -42,31 +43,56 @@ public:
   std::thread::id closedBy;
 };
 
-/// Thread-safe; the public members are set before it is used and read when nobody uses it any more.
+/// Thread-safe; the public members are set before it is used and read when it is no longer used.
 class TMemorySpooler final : public ISpooler
 {
 public:
-  int OpenImage(unsigned int index, int mode, IImage*& image) override;
-  int SetImageSizeBytes(std::uint64_t sizeBytes) override;
-  int SetPath(const wchar_t* path) override { return Note(L"path ", path); }
-  int SetStem(const wchar_t* stem) override { return Note(L"stem ", stem); }
-  int CloseImage(IImage* image) override;
-  int Remove() override { return Note(L"remove", L""); }
+  int OpenImage(unsigned int index, int mode, IImage*& image) override
+  {
+    const std::lock_guard lock(mutex_);
+    modes.push_back(mode);
+    const int answer = openResult(index);
+    if (answer != 0) return answer;
+    TMemoryImage& opened = images[index];
+    if (opened.bytes.empty()) opened.bytes.resize(sizeBytes);
+    opened.isOpen = true;
+    ++opened.opened;
+    image = &opened;
+    return 0;
+  }
+  int SetImageSizeBytes(std::uint64_t size) override
+  {
+    sizeBytes = size;
+    return result;
+  }
+  int SetPath(const wchar_t* /*path*/) override { return result; }
+  int SetStem(const wchar_t* /*stem*/) override { return result; }
+  int CloseImage(IImage* image) override
+  {
+    beforeClose();
+    const std::lock_guard lock(mutex_);
+    auto& closing = static_cast<TMemoryImage&>(*image);
+    closing.isOpen = false;
+    ++closing.closed;
+    closing.closedBy = std::this_thread::get_id();
+    return result;
+  }
+  int Remove() override { return result; }
 
-  int OpenImages();
+  int OpenImages()
+  {
+    const std::lock_guard lock(mutex_);
+    return static_cast<int>(
+        std::count_if(images.begin(), images.end(), [](const auto& image) { return image.second.isOpen; }));
+  }
 
   std::map<unsigned int, TMemoryImage> images;
   std::uint64_t sizeBytes = 0;
   std::vector<int> modes;
-  std::wstring notes;
   std::function<int(unsigned int)> openResult = [](unsigned int) { return 0; };
   std::function<void()> beforeClose = [] {}; ///< on the closing thread, without a lock
   int result = 0;                            ///< of the operations that have no other
-  std::atomic<int> overlaps{0};              ///< calls of OpenImage() and CloseImage() during another one
 
 private:
-  int Note(const wchar_t* what, const wchar_t* value);
-
-  std::atomic<int> calls_{0};
   std::mutex mutex_;
 };
