@@ -25,11 +25,11 @@ protected:
     ASSERT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
   }
 
-  /// Calls @p told for every change from now on.
-  void Observe(std::function<void()> told)
+  /// Calls @p notified for every change from now on.
+  void Observe(std::function<void()> notified)
   {
-    told_ = std::move(told);
-    ASSERT_EQ(vxsys_CameraPotsRegisterObserver(Told, this), RC_SUCCESS);
+    notified_ = std::move(notified);
+    ASSERT_EQ(vxsys_CameraPotsRegisterObserver(Notified, this), RC_SUCCESS);
   }
 
   static int Value(int group, int pot)
@@ -46,13 +46,13 @@ protected:
   }
 
 private:
-  static unsigned int Told(void* context)
+  static unsigned int Notified(void* context)
   {
-    static_cast<CameraPotsApi*>(context)->told_();
+    static_cast<CameraPotsApi*>(context)->notified_();
     return 0;
   }
 
-  std::function<void()> told_;
+  std::function<void()> notified_;
 };
 
 TEST_F(CameraPotsApi, CodesAreMixedAsCallersKnowThem)
@@ -131,23 +131,23 @@ TEST_F(CameraPotsApi, ValuesReachTheDevicesAndTheirPowerOnRegisters)
 TEST_F(CameraPotsApi, ClosingTheCameraForgetsFileAndObservers)
 {
   OpenWithFile();
-  int told = 0;
-  Observe([&told] { ++told; });
+  int notified = 0;
+  Observe([&notified] { ++notified; });
   ASSERT_EQ(ShutDown(), RC_SUCCESS);
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
   int groups = -1;
   EXPECT_EQ(vxsys_CameraPotsGetNumberGroups(&groups), 0u);
   EXPECT_EQ(groups, 0);
   EXPECT_EQ(vxsys_CameraPotsLoadFile(kExampleFile), RC_SUCCESS);
-  EXPECT_EQ(told, 0);
+  EXPECT_EQ(notified, 0);
 }
 
 // One thread a camera is what the interface asks for; more of them must still do no harm.
 TEST_F(CameraPotsApi, ThreadsWaitForOneAnother)
 {
   OpenWithFile();
-  std::atomic<int> told{0};
-  Observe([&told] { ++told; });
+  std::atomic<int> notified{0};
+  Observe([&notified] { ++notified; });
   std::vector<std::thread> threads;
   threads.emplace_back([] {
     for (int round = 0; round < 200; ++round)
@@ -173,7 +173,7 @@ TEST_F(CameraPotsApi, ThreadsWaitForOneAnother)
     }
   });
   for (std::thread& thread : threads) thread.join();
-  EXPECT_GE(told, 200);
+  EXPECT_GE(notified, 200);
 }
 
 } // namespace

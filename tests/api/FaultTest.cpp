@@ -328,7 +328,7 @@ TEST_F(Fault, CameraThatDeniesAcquiringIsClosedAllTheSame)
   ExpectOpensAndRuns();
 }
 
-TEST_F(Fault, AbortEndsWhenWaitsSucceedForEver)
+TEST_F(Fault, AbortEndsWhenWaitsAlwaysSucceed)
 {
   ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
   AddFault("call VX_WaitBuffer rc 0");
