@@ -294,15 +294,20 @@ TEST_F(SpoolDirectories, LoseTheFilesOfAnEarlierRunAndNothingElse)
 // Small images are closed many at a time, but the index does not wait for that when they come slowly.
 TEST_F(SpoolDirectories, HaveImagesOfASlowCameraWithinASecondOrTwoWithTheirTimes)
 {
-  Image image(256, 7);
-  TSpoolPipeline pipeline({path_, TSpoolLayout::kImagesTogether, 2}, image.size(), 100);
-  ASSERT_TRUE(pipeline.Spool(0, image.data()));
+  std::vector<Image> images{Image(256, 1), Image(256, 2), Image(256, 3)};
+  TSpoolPipeline pipeline({path_, TSpoolLayout::kImagesTogether, 2}, 256, 100);
+  ASSERT_TRUE(pipeline.Spool(0, images[0].data()));
   std::this_thread::sleep_for(std::chrono::milliseconds(1100)); // the camera is slow
-  ASSERT_TRUE(pipeline.Spool(1, image.data()));
+  ASSERT_TRUE(pipeline.Spool(1, images[1].data()));
   std::array<std::int64_t, 8> records{}; // of 32 bytes; the third number is the time
   std::ifstream index(path_ + "/spool_index.dat", std::ios::binary);
   ASSERT_TRUE(index.read(reinterpret_cast<char*>(records.data()), sizeof records));
   EXPECT_GE(records[6] - records[2], 1'000'000'000);
+  ASSERT_TRUE(pipeline.Spool(2, images[2].data()));
+  pipeline.Finish();
+  EXPECT_EQ(TSpoolDirectory(path_).VisitImages(
+                [&](std::uint64_t number, const Image& bytes) { EXPECT_EQ(bytes, images.at(number)); }),
+            3u);
 }
 
 TEST_F(SpoolDirectories, KeepNoFileWhoseBlocksCannotBeHad)
