@@ -74,6 +74,30 @@ std::string CameraType(unsigned int type)
   }
 }
 
+/// The words of a capability record, in the order of the bits. Bits that every camera has and that tell nothing
+/// have no word; bits that are not known appear as their number, "0x40".
+struct TCapabilityWords
+{
+  std::vector<std::string> acquisitionModes;
+  std::vector<std::string> readModes;
+  std::vector<std::string> triggerModes;
+  std::vector<std::string> settable;
+  std::vector<std::string> readable;
+  std::vector<std::string> features;
+  std::string cameraType;
+};
+
+TCapabilityWords CapabilityWords(const vxmcd_Capabilities& capabilities)
+{
+  return {Words(capabilities.acquisitionModes, kAcquisitionModes),
+          Words(capabilities.readModes, kReadModes),
+          Words(capabilities.triggerModes, kTriggerModes),
+          Words(capabilities.settableFunctions, kSettable),
+          Words(capabilities.readableFunctions, kReadable),
+          Words(capabilities.features, kFeatures),
+          CameraType(capabilities.cameraType)};
+}
+
 std::string Number(float number)
 {
   char text[32];
@@ -301,17 +325,6 @@ void PutCooling(Json& json, const TCameraDescription& d, TJsonAnswers& answers)
 }
 
 } // namespace
-
-TCapabilityWords CapabilityWords(const vxmcd_Capabilities& capabilities)
-{
-  return {Words(capabilities.acquisitionModes, kAcquisitionModes),
-          Words(capabilities.readModes, kReadModes),
-          Words(capabilities.triggerModes, kTriggerModes),
-          Words(capabilities.settableFunctions, kSettable),
-          Words(capabilities.readableFunctions, kReadable),
-          Words(capabilities.features, kFeatures),
-          CameraType(capabilities.cameraType)};
-}
 
 std::string DescriptionText(const TCameraDescription& d)
 {

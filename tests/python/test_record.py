@@ -17,22 +17,6 @@ from test_convert import assert_same, converted
 from vxmcd import NoImageError, VxmcdError, _run, raw
 from vxmcd.spool import SpoolRun
 
-# A picture that is the same in every frame: what the library hands out and what it spools can be compared.
-STILL = """[Simulator]
-Cameras = 1
-[Camera0]
-Model = {model}
-Scene = gradient
-Noise = off
-StridePadding = {padding}
-[Camera0.SensorWidth]
-Value = {width}
-[Camera0.SensorHeight]
-Value = 24
-[Camera0.PixelEncoding]
-Value = {encoding}
-"""
-
 
 @pytest.mark.parametrize("method", [1, 3])
 @pytest.mark.parametrize("threads", [None, 3])
@@ -56,22 +40,6 @@ def test_a_recorded_run_holds_every_frame(simulator, tmp_path, method, threads):
         assert len([name for name in files if name.endswith(".dat")]) == (61 if method == 1 else 2)
         assert camera.grab(3).shape == (3, 8, 16)  # not spooled any more
         assert sorted(os.listdir(run.path)) == files and len(SpoolRun(run.path, verify=True)) == 60
-
-
-@pytest.mark.parametrize("model, encoding", [
-    ("RQ512_LX", "Mono12"), ("RQ512_LX", "Mono12Packed"), ("RQ512_LX", "Mono16"), ("RQ512_LX", "Mono32"),
-    ("TARN 1M", "Mono12Packed"), ("TRELLIS CMOS", "Mono16")])
-@pytest.mark.parametrize("width, padding", [(64, 0), (33, 7)])
-def test_pixels_are_those_that_the_library_hands_out(simulator, tmp_path, model, encoding, width, padding):
-    simulator.configure(STILL.format(model=model, encoding=encoding, width=width, padding=padding))
-    with vxmcd.Camera() as camera:
-        image = camera.snap()
-        run = camera.record(tmp_path, 3)
-        assert run.description.pixel_encoding == encoding and run.shape == image.shape and image.std() > 0
-        for recorded in run:
-            np.testing.assert_array_equal(recorded, image)
-        camera.area = 2, 3, 31, 9
-        np.testing.assert_array_equal(camera.record(tmp_path, 2)[1], image[2:11, 1:32])
 
 
 def test_a_number_of_threads_is_for_one_run(simulator, tmp_path, monkeypatch):

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Arguments with several numbers, the description of a camera as text and JSON, and what JSON cannot hold.
 #include "tools/ArgumentForms.h"
-#include "tools/DescriptionReport.h"
 #include "tools/Json.h"
 
 #include <cmath>
@@ -35,18 +34,6 @@ TEST(ArgumentForms, ReadTheirNumbersAndNothingElse)
   EXPECT_TRUE(ParseSeconds("2.5e1", seconds));
   EXPECT_EQ(seconds, 25.0);
   for (const char* wrong : {"", "0", "-1", "nan", "inf", "1s", "1e7"}) EXPECT_FALSE(ParseSeconds(wrong, seconds));
-}
-
-TEST(CapabilityWords, NameKnownBitsAndKeepUnknownOnes)
-{
-  vxmcd_Capabilities record = {};
-  record.acquisitionModes = VXMCD_ACQUISITION_SINGLE | 0x40000000u | VXMCD_ACQUISITION_OVERLAP;
-  record.features = VXMCD_FEATURES_ALWAYS;
-  record.cameraType = 77;
-  const TCapabilityWords words = CapabilityWords(record);
-  EXPECT_EQ(words.acquisitionModes, (std::vector<std::string>{"single", "overlap", "0x40000000"}));
-  EXPECT_TRUE(words.features.empty());
-  EXPECT_EQ(words.cameraType, "77");
 }
 
 TEST(JsonText, HoldsWhateverItIsGiven)

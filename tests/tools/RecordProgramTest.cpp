@@ -53,37 +53,6 @@ protected:
   }
 };
 
-class RecordProgramMethods : public RecordProgram, public ::testing::WithParamInterface<const char*>
-{
-};
-
-TEST_P(RecordProgramMethods, SeriesLongerThanTheRingIsOnDiskFrameByFrame)
-{
-  Configure(kCounterCamera);
-  const bool isSingle = GetParam() == std::string("single");
-  const long frames = isSingle ? 300 : 6000; // the ring has 5000 slots of this size
-  const TOutcome outcome = Run(Record({"--frames", std::to_string(frames), "--area", "1,1,64x48", "--spool-method",
-                                       GetParam(), "--spool-threads", "3"}));
-  ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
-  ExpectCountsAddUp(outcome);
-  EXPECT_EQ(Count(outcome, "written"), frames);
-  EXPECT_EQ(Count(outcome, "lost_in_camera"), 0);
-  EXPECT_EQ(fs::exists(Directory() + "/" + RunFormat::ImageFileName(frames - 1)), isSingle);
-
-  const TOutcome converted = Run({"convert", Directory(), "--json", "-o", directory_.Path("a.fits")});
-  EXPECT_EQ(converted.exitCode, 0) << converted.errors;
-  EXPECT_EQ(Count(converted, "right"), frames);
-  EXPECT_EQ(Count(converted, "lost_in_camera"), 0);
-  const TFitsCube cube = ReadFits(directory_.Path("a.fits"), PixelDepth::Bits16);
-  EXPECT_EQ(cube.images, frames);
-  EXPECT_EQ(cube.camera, "RQ512_LX");
-  ExpectWholeFrames(cube);
-  for (std::size_t image = 1; image < cube.ticks.size(); ++image)
-    ASSERT_GT(cube.ticks[image], cube.ticks[image - 1]) << "image " << image;
-}
-
-INSTANTIATE_TEST_SUITE_P(Methods, RecordProgramMethods, ::testing::Values("single", "multi"));
-
 TEST_F(RecordProgram, RecordedImagesAndFactsAreThoseThatTheLibraryHandsOut)
 {
   Configure("[Simulator]\nCameras = 1\n[Camera0]\nScene = resolution chart\nNoise = off\nClock = free\n"
@@ -206,7 +175,6 @@ TEST_F(RecordProgram, OptionsThatDoNotGoTogetherAreRefused)
   EXPECT_EQ(endless.exitCode, 1);
   EXPECT_NE(endless.errors.find("never recorded to disk"), std::string::npos) << endless.errors;
   EXPECT_EQ(Run({"acquire", "--spool-threads", "2"}).exitCode, 1);
-  EXPECT_EQ(Run({"acquire", "--spool-method", "multi"}).exitCode, 1);
   EXPECT_EQ(Run({"acquire", "--spool", Directory(), "--spool-threads", "0"}).exitCode, 1);
   EXPECT_EQ(Run({"acquire", "--spool", Directory() + "\\a"}).exitCode, 1) << "another directory would be made";
   EXPECT_FALSE(fs::exists(Directory()));
