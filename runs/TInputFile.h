@@ -9,7 +9,7 @@
 #include <vector>
 
 /// Owns one descriptor of a regular file; symbolic links to one are followed. Anything else (a directory, a pipe,
-/// a device) is refused, so that no read waits or has no end. One thread at a time. Operations answer false on
+/// a device) is refused, so that no read waits or has no end. One thread at a time. Operations return false on
 /// failure; Error() then names file and reason.
 class TInputFile final
 {

@@ -21,7 +21,7 @@ constexpr std::int64_t kMaxImageBytes = INT_MAX;
 constexpr std::int64_t kMaxSide = 1 << 20;
 constexpr std::uint64_t kMaxDescriptionBytes = 1 << 20;
 
-/// Takes typed values out of the document and notes those that make no sense.
+/// Takes typed values out of the document and notes those that are not valid.
 class TKeyReader
 {
 public:
@@ -67,7 +67,7 @@ private:
   void Note(const TKey& key, const std::string& text)
   {
     notes_.push_back(std::string("[") + key.section + "] " + key.name + " = " + text.substr(0, 60) +
-                     " makes no sense");
+                     " is not valid");
   }
 
   const CSimpleIniA& document_;
@@ -167,7 +167,7 @@ bool TRunDescription::Read(const std::string& directory)
   const auto imagesPerFile = keys.Number(RunFormat::kImagesPerFile, 1, kMaxImages);
   const auto imageBytes = keys.Number(RunFormat::kImageSize, 1, kMaxImageBytes);
   if (!imagesPerFile || !imageBytes)
-    return Fail(path + ": says nothing sensible about " + (imagesPerFile ? "ImageSize" : "ImagesPerFile"));
+    return Fail(path + ": has no valid " + (imagesPerFile ? "ImageSize" : "ImagesPerFile"));
   values_.imagesPerFile = *imagesPerFile;
   values_.imageBytes = *imageBytes;
   TakeRun(keys, values_);
@@ -175,7 +175,7 @@ bool TRunDescription::Read(const std::string& directory)
   TakeAcquisition(keys, values_);
   const bool isStateKnown = StateOf(values_.stateText).has_value();
   if (!isStateKnown || !SwitchOf(keys.Text(RunFormat::kMetadata)))
-    return Fail(path + ": says nothing sensible about " + (isStateKnown ? "Metadata" : "State"));
+    return Fail(path + ": has no valid " + (isStateKnown ? "Metadata" : "State"));
   FindLayout();
   return true;
 }

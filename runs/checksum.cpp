@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The checksum of spooled images.
+// The checksum of recorded images.
 #include "runs/checksum.h"
 
 #define XXH_INLINE_ALL

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The checksum of spooled images.
+// The checksum of recorded images.
 #pragma once
 
 #include <cstddef>

@@ -123,7 +123,7 @@ std::optional<long long> FrameTicks(TPixelBytes frame)
     const std::int64_t chunkBytes = kFieldBytes + std::int64_t{FieldBefore(frame, end)};
     const std::uint32_t identifier = FieldBefore(frame, end - kFieldBytes);
     if (chunkBytes > end || identifier == RunFormat::kEndChunk)
-      return std::nullopt; // other lengths are not judged
+      return std::nullopt; // other lengths are not checked
     long long ticks = 0;
     if (identifier == RunFormat::kTimestampChunk) {
       if (chunkBytes - kTrailerBytes < static_cast<std::int64_t>(sizeof ticks)) return std::nullopt;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Arguments that hold several numbers, read without tolerance: what follows a number must be what belongs there.
+// Arguments that hold several numbers, read strictly.
 #include "tools/ArgumentForms.h"
 
 #include <charconv>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Formats what is known of a spooled run.
+// Formats what is known of a recorded run.
 #include "tools/ConversionReport.h"
 
 #include "tools/ImageData.h"
@@ -22,7 +22,7 @@ std::string Line(const char* what, const std::string& value)
   return text + value + "\n";
 }
 
-// Nothing for what is not known.
+// "" for what is not known.
 std::string LineIfKnown(const char* what, const std::optional<double>& value, const char* unit)
 {
   if (!value) return "";

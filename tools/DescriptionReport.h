@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a camera has told, for a person and for scripts.
+// What a camera has answered, as text and as JSON.
 #pragma once
 
 #include "tools/CameraDescription.h"

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// What every output format offers: open a file, add images, close it with the true count.
+// What every output format can do: open a file, add images, close it with the true count.
 #pragma once
 
 #include "tools/ImageData.h"
 
 namespace vxtool {
 
-/// A file that images are written to. Owned by whoever made it; one thread at a time. Every operation answers
+/// A file that images are written to. Owned by whoever made it; one thread at a time. Every operation returns
 /// false on failure, and Error() then says in one line what failed and why. After a failed Write() the file is
 /// still to be closed: it then holds the images written before, and its headers say how many these are.
 class IImageWriter

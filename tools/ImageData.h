@@ -101,7 +101,7 @@ struct TImageLabel
 struct TFrameCounts
 {
   std::optional<long>
-      lostInCamera;          ///< frames the camera produced and never delivered; nothing when it cannot be told
+      lostInCamera;          ///< frames the camera produced and never delivered; nothing when it is not known
   long delivered = 0;        ///< images that the library received from the camera
   long overwritten = 0;      ///< of these: gone, or possibly torn, before they were copied out of the ring
   long notFetched = 0;       ///< of these: not asked for any more when the run ended

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The commands that only tell something.
+// The commands that only print something.
 #pragma once
 
 #include "tools/Messages.h"

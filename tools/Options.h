@@ -130,7 +130,7 @@ struct TAcquireOptions
   bool isQuiet = false;
 };
 
-/// What to make of the directory of a spooled run.
+/// What to make of the directory of a recorded run.
 struct TConvertOptions
 {
   std::string directory;
@@ -147,7 +147,7 @@ struct TOptions
 {
   Command command = Command::List;
   int camera = 0;
-  std::string directory; ///< of info: a spooled run in place of a camera
+  std::string directory; ///< of info: a recorded run in place of a camera
   bool isJson = false;   ///< what goes to standard output is one line of JSON
   TAcquireOptions acquire;
   TConvertOptions convert;

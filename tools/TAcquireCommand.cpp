@@ -55,7 +55,7 @@ ExitCode TAcquireCommand::Run()
   }
   shape_ = {setUp_.ImageWidth(), setUp_.ImageHeight(), options_.depth};
   facts_ = Facts();
-  return isRecorded ? Judge(record.Run(camera_, Settings(), facts_, line)) : Fetch(line);
+  return isRecorded ? ReportAndFinish(record.Run(camera_, Settings(), facts_, line)) : Fetch(line);
 }
 
 std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)
@@ -94,7 +94,7 @@ ExitCode TAcquireCommand::Fetch(TProgressLine& line)
   result.statistics.MoveToNotWritten(result.statistics.Written() - outputs.ImagesWritten());
   result.hasOutput = result.statistics.Written() > 0;
   result.isOutputFailed = end == RunEnd::OutputFailed || !isClosed;
-  return Judge(result);
+  return ReportAndFinish(result);
 }
 
 TRunFacts TAcquireCommand::Facts() const
@@ -159,7 +159,7 @@ void TAcquireCommand::PrintReport(const TRunResult& result)
     Say("the temperature is not stable any more: " + ResultText("GetTemperatureF", temperature->state));
 }
 
-ExitCode TAcquireCommand::Judge(const TRunResult& result)
+ExitCode TAcquireCommand::ReportAndFinish(const TRunResult& result)
 {
   PrintReport(result);
   const TFrameCounts& counts = result.statistics.Counts();

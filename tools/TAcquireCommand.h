@@ -32,7 +32,7 @@ private:
   TRunFacts Facts() const;
   ExitCode Fetch(TProgressLine& line);
   void PrintReport(const TRunResult& result);
-  ExitCode Judge(const TRunResult& result);
+  ExitCode ReportAndFinish(const TRunResult& result);
 
   TAcquireOptions options_;
   int cameraNumber_;

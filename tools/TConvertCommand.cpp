@@ -47,7 +47,7 @@ ExitCode TConvertCommand::Convert()
   line.Finish();
   CloseOutput();
   SayWhatIsMissing();
-  return Judge();
+  return FinalExitCode();
 }
 
 std::optional<ExitCode> TConvertCommand::ReadRun()
@@ -142,7 +142,7 @@ void TConvertCommand::SayWhatIsMissing() const
   say(c.cut, "with pixels above 65535, cut to their low 16 bits; --bits 32 keeps them");
 }
 
-ExitCode TConvertCommand::Judge() const
+ExitCode TConvertCommand::FinalExitCode() const
 {
   const TConversionCounts& c = conversion_->Counts();
   if (!c.AddsUp()) return Fail(ExitCode::OutputError, "internal error: the counts do not add up");

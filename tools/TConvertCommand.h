@@ -21,7 +21,7 @@ public:
       : options_(options), isJson_(isJson), outputs_(options.output)
   {
   }
-  /// Puts these into the output in place of what the directory tells of the run, which is less.
+  /// Puts these into the output instead of what the directory says about the run, which is less.
   void UseFacts(const TRunFacts& facts) { facts_ = facts; }
   /// The command as a whole.
   ExitCode Run();
@@ -37,7 +37,7 @@ private:
   bool OpenOutput();
   void CloseOutput();
   void SayWhatIsMissing() const;
-  ExitCode Judge() const;
+  ExitCode FinalExitCode() const;
   void PrintReport() const;
 
   TConvertOptions options_;

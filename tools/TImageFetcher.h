@@ -13,7 +13,7 @@ namespace vxtool {
 
 /// Fetches images by number, so that a skipped one is known. An image whose buffer may have been filled anew while it
 /// was copied counts as overwritten and is not written. Borrows all that it is made with; one thread at a time.
-/// Operations answer false on failure, and Error() then says why, in one line.
+/// Operations return false on failure, and Error() then says why, in one line.
 class TImageFetcher final
 {
 public:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Notices Ctrl-C and its relatives.
+// Notices Ctrl-C and other requests to end.
 #pragma once
 
 namespace vxtool {

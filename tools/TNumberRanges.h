@@ -14,8 +14,8 @@ struct TNumberRange
   long last = 0;
 };
 
-/// Image numbers as ascending ranges with gaps between them, which takes little memory where neighbours share a
-/// fate. One thread at a time.
+/// Image numbers as ascending ranges with gaps between them, which takes little memory where images next to each
+/// other belong to one set. One thread at a time.
 class TNumberRanges final
 {
 public:

@@ -9,7 +9,7 @@
 
 namespace vxtool {
 
-/// Owns one file descriptor. One thread at a time. Operations answer false on failure; Error() then names file,
+/// Owns one file descriptor. One thread at a time. Operations return false on failure; Error() then names file,
 /// action and reason. A failure stays: what comes after it may succeed, but the first reason is kept.
 class TOutputFile final
 {
@@ -46,7 +46,7 @@ private:
   bool isRegular_ = false;
 };
 
-/// Whether a regular file is there that may not be replaced; the message says so then.
+/// Whether a regular file is there that may not be replaced; the message then says so.
 bool IsProtectedFile(const std::string& path, bool overwrite, std::string& message);
 
 } // namespace vxtool

@@ -10,7 +10,7 @@
 namespace vxtool {
 
 /// The file of the images and the picture of the last one, either or neither of them. Owned by a command; one
-/// thread at a time. Operations answer false on failure, and have said then what failed, on standard error.
+/// thread at a time. Operations return false on failure, after a message on standard error.
 class TOutputs final
 {
 public:
@@ -21,7 +21,7 @@ public:
   /// Where the images go; null when no file is asked for.
   IImageWriter* Images() const { return images_.get(); }
   bool HasPreview() const { return preview_ != nullptr; }
-  /// Completes the files. A write that has failed before is not said again.
+  /// Completes the files. A failure of a write is not reported a second time.
   /// @param last  the newest image, empty when there was none
   bool Close(TPixelBytes last, const TImageLabel& label, const TFrameCounts& counts);
   /// Images in the file; final after Close().

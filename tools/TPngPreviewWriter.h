@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Writes one image as a PNG picture that a person can see something on.
+// Writes one image as a PNG picture that shows something to a person.
 #pragma once
 
 #include "tools/IImageWriter.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Shows a person how a run goes.
+// Shows the progress of a run.
 #pragma once
 
 #include "tools/Run.h"
@@ -16,9 +16,9 @@ class TProgressLine final
 public:
   TProgressLine(std::FILE* stream, bool isTerminal) : stream_(stream), isTerminal_(isTerminal) {}
   void Show(const TProgress& progress);
-  /// Shows a text of one's own. @param seconds  since the start of what it tells about
+  /// Shows any text. @param seconds  since the start of what it tells about
   void ShowText(const std::string& text, double seconds);
-  /// Ends the line on a terminal, so that other output starts below it. What comes next counts its seconds anew.
+  /// Ends the line on a terminal, so that other output starts below it. The next text counts its seconds from 0.
   void Finish();
 
 private:

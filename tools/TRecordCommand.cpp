@@ -29,7 +29,7 @@ TRunDescription FinalDescription(const std::string& directory, const std::string
     if (run.IsMissing() || (isRead && run.Values().startTime == earlierStart)) return run;
     if (isRead && run.Values().state != RunFormat::State::kRecording) return run;
     if (std::chrono::steady_clock::now() > start + (isRead ? kMaxWriting : kMaxUnreadable)) return run;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10)); // nothing announces it
+    std::this_thread::sleep_for(std::chrono::milliseconds(10)); // nothing signals it
   }
 }
 
@@ -52,7 +52,7 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TRunSettings& settings, co
                                TProgressLine& line) const
 {
   const std::string& directory = options_.spool.directory;
-  TRunDescription earlier; // one that is to be replaced, and stays if that does not succeed
+  TRunDescription earlier; // is replaced by the new run, unless that cannot start
   earlier.Read(directory);
   std::size_t imageBytes = 0;
   TRunLoop loop(
@@ -85,7 +85,7 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TRunSettings& settings, co
   return result;
 }
 
-// Images on the disk, by the directory, which also says why these are not more; nothing when it cannot be told.
+// Images on the disk, by the directory, which also says why these are not more; nothing when it is not known.
 std::optional<long> TRecordCommand::AskWritten(const std::string& earlierStart, RunEnd end) const
 {
   const TRunDescription run = FinalDescription(options_.spool.directory, earlierStart);

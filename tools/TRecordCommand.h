@@ -11,14 +11,14 @@
 
 namespace vxtool {
 
-/// Watches the run, says what has come of it, and makes the output afterwards of what is on disk. Used by the
-/// command that takes images, which owns the camera and lends it to Run(); prints to standard error; one thread.
+/// Watches the run, says how it ended, and makes the output afterwards of what is on disk. Used by the
+/// command that takes images, which owns the camera; prints to standard error; one thread.
 class TRecordCommand final
 {
 public:
   explicit TRecordCommand(const TAcquireOptions& options) : options_(options) {}
 
-  /// Whether no file is in the way that may not be replaced; says which one. To be asked before the camera does
+  /// Whether no file would have to be replaced that may not be; says which one. Call it before the camera does
   /// anything.
   bool CheckFiles() const;
   /// Needs a TInterrupt. @param camera  is set up to record

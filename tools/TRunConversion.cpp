@@ -47,7 +47,7 @@ TRunConversion::TRunConversion(const TRunDescription& run, const TRunIndex& inde
       clocks_(hasSteadyRate_)
 {
   counts_.asked = asked_.Count();
-  // The clock tells of lost frames only where images follow each other.
+  // The clock shows lost frames only where images follow each other.
   isClockWhole_ = asked_.Ranges().size() == 1;
 }
 
@@ -163,10 +163,10 @@ bool TRunConversion::TakeImage(long& next, long last)
     if (!settings_.keepsDamaged) return true;
   } else
     ++(record ? counts_.right : counts_.unchecked);
-  return HandOn(label);
+  return PassOn(label);
 }
 
-bool TRunConversion::HandOn(TImageLabel label)
+bool TRunConversion::PassOn(TImageLabel label)
 {
   if (run_.Values().hasMetadata) label.ticks = FrameTicks(frame_);
   isClockWhole_ = isClockWhole_ && label.ticks;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Takes the images of a spooled run from disk, checks each and hands it on.
+// Takes the images of a recorded run from disk, checks each and passes it to the output.
 #pragma once
 
 #include "runs/TRunDescription.h"
@@ -24,8 +24,9 @@ struct TConversionSettings
   PixelDepth depth = PixelDepth::Bits16;
   /// Looks for images that have no record, too: those that are not all zeros. Without any record they are taken.
   bool isSalvage = false;
-  bool keepsDamaged = false; ///< hands on images whose checksum is wrong; with salvage also those without a record
-  bool keepsLast = false;    ///< LastImage() is wanted
+  bool keepsDamaged =
+      false;              ///< passes on images whose checksum is wrong; with salvage also those without a record
+  bool keepsLast = false; ///< LastImage() is wanted
 };
 
 /// What became of the images asked for.
@@ -49,7 +50,7 @@ struct TConversionCounts
 
 /// One conversion from start to end, on the caller's thread and with memory for one image. Borrows run, index,
 /// writer and callbacks until Run() returns. Every image is compared with the checksum of its record; one that is
-/// torn or damaged is not handed on. Its number stays free: images keep the numbers of the run.
+/// torn or damaged is not passed on. Its number stays free: images keep the numbers of the run.
 class TRunConversion final
 {
 public:
@@ -72,7 +73,7 @@ public:
   const TNumberRanges& Absent() const { return absent_; }
   /// Why images could not be read, the first reasons.
   const std::vector<std::string>& Problems() const { return problems_; }
-  /// The newest image handed on, if it was wanted; empty when there was none.
+  /// The newest image passed on, if it was wanted; empty when there was none.
   TPixelBytes LastImage() const { return lastImage_; }
   const TImageLabel& LastLabel() const { return lastLabel_; }
   double Seconds() const { return seconds_; }
@@ -90,7 +91,7 @@ private:
   long NextWithData(long number, long end);
   /// Takes an image; @p number becomes that of the next one.
   bool TakeImage(long& number, long last);
-  bool HandOn(TImageLabel label);
+  bool PassOn(TImageLabel label);
   void CountAbsent(long first, long last, long& count);
   void Report();
 
@@ -101,7 +102,7 @@ private:
   std::function<bool()> isInterrupted_;
   std::function<void(const TProgress&)> onProgress_;
   TRunImages files_;
-  long known_; // images that index and description tell of
+  long known_; // images that index and description know of
   TNumberRanges asked_;
   TNumberRanges wrong_;
   TNumberRanges absent_;
