@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Several backends in one library: numbering, switching on and off, and the fault plan round devices that know none. The
-// program brings its own table with a backend beside the simulated one.
+// Several backends in one library: numbering, switching on and off, and the fault plan round devices that know
+// none. The program brings its own table with a backend beside the simulated one.
 #include "tests/vxcore/SimulatedCameraTest.h"
 #include "vxcore/backend/TBackendTable.h"
 #include "vxcore/simulated/TSimulatedBackend.h"

@@ -8,8 +8,8 @@ namespace vxcore {
 
 /// An open device: its features and its frame buffers.
 /// Owned by the device table, which also owns the device's lock (given to IDeviceBackend::Open). Every operation
-/// is called with that lock held, so an implementation needs none of its own; the ones that take the lock may
-/// release it while they wait. The destructor runs without the lock, after Close(). Operations answer `VX_` codes
+/// is called with that lock locked, so an implementation needs no lock; the ones that get the lock may release it
+/// while they wait. The destructor runs without the lock, after Close(). Operations answer `VX_` codes
 /// and write outputs only on success.
 class IDevice
 {

@@ -17,8 +17,9 @@ struct TDeviceContext
   IFrameFaults& faults; ///< for a device with AppliesFrameFaults()
 };
 
-/// Made by a row of the table in vxcore/backends.cpp from its sections of the configuration; owned by TBackendTable. Every
-/// operation is called with the device table's lock held, so an implementation needs no lock of its own for them.
+/// Made by a row of the table in vxcore/backends.cpp from its sections of the configuration; owned by
+/// TBackendTable. Every operation is called with the device table locked, so an implementation needs no lock for
+/// them.
 class IDeviceBackend
 {
 public:

@@ -14,7 +14,7 @@ namespace vxcore {
 using TDeviceLock = std::unique_lock<std::mutex>;
 
 /// A feature of one device: typed reads and writes of which a kind implements its own and refuses the others.
-/// Owned by its device. Every operation is called with the device's lock held; Execute() may release it while it
+/// Owned by its device. Every operation is called with the device locked; Execute() may release the lock while it
 /// waits. Operations answer `VX_` codes and write outputs only on success.
 /// A text that is read belongs to the feature and is valid while the lock is kept.
 class IFeature

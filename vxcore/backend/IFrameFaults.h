@@ -39,8 +39,8 @@ struct TPlannedFault
 };
 
 /// The fault plan as one device sees it. Each question counts one frame for every rule of its subject, so it is asked
-/// once a frame: by a device that simulates its sensor when the frame is exposed, for every other device by TFaultyDevice
-/// when the frame is delivered. Thread-safe.
+/// once a frame: by a device that simulates its sensor when the frame is exposed, for every other device by
+/// TFaultyDevice when the frame is delivered. Thread-safe.
 class IFrameFaults
 {
 public:

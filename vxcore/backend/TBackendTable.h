@@ -30,8 +30,8 @@ struct TBackendRow
 /// The table of backends: vxcore/backends.cpp.
 std::span<const TBackendRow> KnownBackends();
 
-/// The backends of one configuration. Its devices are numbered from 0: first those of the first backend in the order of
-/// KnownBackends(), then those of the second, and so on. Constant once it is loaded; owned by TDeviceTable.
+/// The backends of one configuration. Its devices are numbered from 0: first those of the first backend in the
+/// order of KnownBackends(), then those of the second, and so on. Constant once it is loaded; owned by TDeviceTable.
 class TBackendTable final
 {
 public:

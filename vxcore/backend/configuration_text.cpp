@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
-#define SI_IMPLEMENTATION // the templates' bodies are wanted here
+#define SI_IMPLEMENTATION // defines the templates' bodies here
 #define SI_NO_CONVERSION  // 8-bit text only, as it lies in the file
 #include <SimpleIni.h>
 

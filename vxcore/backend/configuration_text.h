@@ -21,8 +21,8 @@ struct TConfigurationEntry
   std::string Where() const;
 };
 
-/// Reads a configuration file. Anything but a regular file is refused before it is read: a FIFO may block, a device may
-/// have no end.
+/// Reads a configuration file. Anything but a regular file is refused before it is read: a FIFO may block, a
+/// device may have no end.
 bool ReadConfigurationFile(const std::string& path, std::string& text, std::string& error);
 
 /// Reads the entries of a text in the order of their sections. False, with a message, when a line is none of

@@ -178,7 +178,7 @@ int TDeviceTable::NoSuchHandle() const
   return initialiseCount_ == 0 ? VX_ERR_NOT_INITIALISED : VX_ERR_INVALID_HANDLE;
 }
 
-/// Reads the configuration and makes the backends, unless that was done. Called with the lock held.
+/// Reads the configuration and makes the backends, unless that was done. Called with the table locked.
 int TDeviceTable::LoadBackends(std::string& error)
 {
   if (backends_) return VX_SUCCESS;
@@ -209,7 +209,7 @@ int TDeviceTable::FindDevice(int device, std::shared_ptr<TBackendTable>& backend
   return VX_SUCCESS;
 }
 
-/// Closes one device. Called with the table's lock held.
+/// Closes one device. Called with the table locked.
 int TDeviceTable::CloseSlot(int index, int handle)
 {
   TSlot& slot = slots_[static_cast<size_t>(index)];

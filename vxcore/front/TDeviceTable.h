@@ -42,7 +42,8 @@ public:
 
   /// Forgets everything: see VXSIM_Reset(). The configuration then comes from the environment.
   void Reset();
-  /// The same, and the configuration comes from @p text. False, with a message and nothing changed, when it has an error.
+  /// The same, and the configuration comes from @p text. False, with a message and nothing changed, when it has an
+  /// error.
   bool Configure(const std::string& text, std::string& error);
 
   /// Runs @p body(lock, device) on the device of a handle, under its lock.

@@ -28,7 +28,7 @@ public:
 
   /// The rule that acts on this call, if one does. Counts the call for every rule that watches it.
   std::optional<TFaultRule> OnCall(std::string_view function, std::wstring_view feature, int device);
-  /// The rule that replaces what this read of a feature gives.
+  /// The rule that replaces the value of this read of a feature.
   std::optional<TFaultRule> OnRead(std::wstring_view feature, int device);
   /// What the rules of one subject (frame, chunk or camera) do to a device's next frame.
   std::vector<TPlannedFault> OnFrame(EFaultSubject subject, int device);

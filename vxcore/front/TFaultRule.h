@@ -13,7 +13,7 @@ namespace vxcore {
 enum class EFaultSubject
 {
   Call,   ///< calls of one exported function
-  Value,  ///< what reads of one feature give
+  Value,  ///< values that one feature reads as
   Frame,  ///< frames on their way into a buffer
   Chunk,  ///< the metadata at the end of frames
   Camera, ///< the camera itself, at a frame

@@ -77,7 +77,8 @@ bool TFaultyDevice::HasMetadata()
   return feature && feature->GetBool(enabled) == VX_SUCCESS && enabled;
 }
 
-/// Changes a frame as planned. False: it is lost. The buffer of a frame that is not delivered goes back to the device.
+/// Changes a frame as planned. False: it is lost. The buffer of a frame that is not delivered goes back to the
+/// device.
 bool TFaultyDevice::Apply(TDeviceLock& lock, const std::vector<TPlannedFault>& faults, TFrame& frame)
 {
   const TFrame whole = frame;

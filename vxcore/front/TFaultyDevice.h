@@ -12,10 +12,10 @@
 
 namespace vxcore {
 
-/// Applies the `frame`, `chunk` and `camera` rules of the fault plan to what a device delivers; the device table puts it
-/// round every device that does not apply them itself. Frames are counted as they are delivered. What only the maker of
-/// a frame can do, `swap`, `late` and `stall`, has no effect here. Owns the device; locking as IDevice says. Without a rule
-/// a call is passed on as it is.
+/// Applies the `frame`, `chunk` and `camera` rules of the fault plan to what a device delivers; the device table
+/// puts it round every device that does not apply them itself. Frames are counted as they are delivered. What only
+/// the maker of a frame can do, `swap`, `late` and `stall`, has no effect here. Owns the device; locking as
+/// IDevice says. Without a rule a call is passed on as it is.
 class TFaultyDevice final : public IDevice
 {
 public:

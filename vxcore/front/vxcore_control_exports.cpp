@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The control functions of vxcore_simulator.h that concern the library: configuration, counts, fault plan and call log.
+// The control functions of vxcore_simulator.h that concern the library: configuration, counts, fault plan and call
+// log.
 #include "vxcore_simulator.h"
 
 #include "vxcore/front/TCallLog.h"

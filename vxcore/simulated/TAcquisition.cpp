@@ -97,7 +97,7 @@ int TAcquisition::Queue(TDeviceLock& lock, unsigned char* buffer, int sizeBytes)
     WaitUntilPainted(lock);
     if (!faults_.IsDelayed()) TransferStored(lock);
   } else if (!clock_.IsReal())
-    Wake(); // whoever waits can make a frame now
+    Wake(); // a waiting caller can make a frame now
   else if (buffers_.HasStored())
     work_.notify_one();
   return VX_SUCCESS;
@@ -132,7 +132,7 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
     }
     if (now >= *deadline) return VX_ERR_TIMED_OUT;
     if (madeFrame) { // which a fault rule has lost
-      LetOthersIn(lock);
+      YieldLock(lock);
       continue;
     }
     const auto until = faults_.IsDelayed() ? std::min(*deadline, faults_.DelayedUntil()) : *deadline;
@@ -191,7 +191,7 @@ int TAcquisition::PushFrame(TDeviceLock& lock, const unsigned char* bytes, int s
     return VX_ERR_BUFFER_TOO_SMALL;
 
   if (!painter_.IsPrepared(state_)) Prepare();
-  Thermal(); // as it is at this time
+  Thermal(); // moves the temperature on to this time
   TExposedFrame frame;
   frame.content = NextFrame(clock_.NowNs());
   frame.pushed = bytes != nullptr;
@@ -215,7 +215,7 @@ VXSIM_Statistics TAcquisition::Statistics() const
   VXSIM_Statistics statistics = status_.statistics;
   statistics.triggersIgnored += schedule_.TriggersIgnored();
   statistics.waitsBlocked = blockedWaits_;
-  statistics.buffersHeld = buffers_.CallersCount() + (turn_.IsPainting() ? 1 : 0);
+  statistics.buffersHeld = buffers_.CallerBufferCount() + (turn_.IsPainting() ? 1 : 0);
   return statistics;
 }
 
@@ -282,8 +282,7 @@ void TAcquisition::Run()
   }
 }
 
-/// Without the wall clock: makes the next frame if there is a buffer for it. True when the caller should look
-/// again.
+/// Without the wall clock: makes the next frame if there is a buffer for it. True when there may be an answer now.
 bool TAcquisition::MakeFrame(TDeviceLock& lock)
 {
   if (turn_.IsTaken() || !buffers_.HasQueued() || faults_.IsDelayed()) return false;
@@ -294,7 +293,7 @@ bool TAcquisition::MakeFrame(TDeviceLock& lock)
   return true;
 }
 
-/// The shortest path of a frame, for measuring everything but the camera: straight to the caller that waits. Releases
+/// The shortest path of a frame, for measuring everything but the camera: directly to the waiting caller. Releases
 /// the lock when it succeeds.
 bool TAcquisition::MakeStampedFrame(TDeviceLock& lock, unsigned char*& bytes, int& sizeBytes)
 {
@@ -363,7 +362,7 @@ int TAcquisition::Store(TDeviceLock& lock, TExposedFrame frame)
   }
   const bool stored = buffers_.Store(std::move(frame), MemoryFrames());
   if (!stored) ++status_.statistics.framesOverflowed;
-  Wake(); // somebody may be waiting for the delay to end, or learns of the loss
+  Wake(); // a caller may wait for the end of the delay, or returns the loss
   return stored ? VX_SUCCESS : VX_ERR_HARDWARE_OVERFLOW;
 }
 
@@ -433,7 +432,7 @@ void TAcquisition::EndRun()
   Wake();
 }
 
-/// Waits until no buffer is being written. Keeps anybody from beginning meanwhile.
+/// Waits until no buffer is being written; no frame is begun meanwhile.
 void TAcquisition::WaitUntilPainted(TDeviceLock& lock)
 {
   if (!turn_.WaitUntilDone(lock)) return;
@@ -441,14 +440,14 @@ void TAcquisition::WaitUntilPainted(TDeviceLock& lock)
   changed_.notify_all();
 }
 
-/// Whether a wait has something to return at once.
+/// Whether a wait returns at once.
 bool TAcquisition::HasAnswer()
 {
   return buffers_.HasAnswer() || closed_ || !status_.IsPresent();
 }
 
-/// Lets callers that wait for the lock have it once.
-void TAcquisition::LetOthersIn(TDeviceLock& lock)
+/// Releases the lock once for callers that wait for it.
+void TAcquisition::YieldLock(TDeviceLock& lock)
 {
   ++waiters_;
   lock.unlock();

@@ -22,7 +22,7 @@ namespace vxsim {
 using vxcore::TDeviceContext;
 
 /// Makes and delivers the frames of one open camera. Owned by TSimulatedCamera, whose settings and status it
-/// borrows. Every operation is called with the device's lock locked. With the real clock a thread of this object,
+/// borrows. Every operation is called with the device locked. With the real clock a thread of this object,
 /// started with the first run and joined by the destructor, makes the frames; otherwise frames are made by the
 /// callers that wait for or push them. Stop(), Flush() and Close() wait until no buffer is being written.
 class TAcquisition final
@@ -79,11 +79,11 @@ private:
   size_t MemoryFrames() const;
   void EndIfComplete();
   void EndRun();
-  /// Whether a run that was under way is over; false for kNoRun.
+  /// Whether that run has ended; false for kNoRun.
   bool HasRunEnded(uint32_t run) const { return run != kNoRun && (!state_.acquiring || runNumber_ != run); }
   void WaitUntilPainted(TDeviceLock& lock);
   bool HasAnswer();
-  void LetOthersIn(TDeviceLock& lock);
+  void YieldLock(TDeviceLock& lock);
   void DiscardBuffers();
   void Wake();
 

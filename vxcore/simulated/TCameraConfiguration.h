@@ -30,7 +30,7 @@ enum class ESource
 /// The pulses on a camera's external trigger input.
 struct TTriggerSource
 {
-  double periodSeconds = 0.0; ///< from one pulse to the next; 0: none but those fired by hand
+  double periodSeconds = 0.0; ///< from one pulse to the next; 0: only those of VXSIM_FireTrigger()
   double widthSeconds = 0.001;
   double delaySeconds = 0.0; ///< from the start of the acquisition to the first pulse
 };
@@ -50,7 +50,7 @@ struct TCameraConfiguration
   ESource source = ESource::Sensor;
   TTriggerSource trigger;
   long long memoryBytes = 0;  ///< 0: the model's own
-  long long memoryFrames = 0; ///< 0: as many as memoryBytes holds
+  long long memoryFrames = 0; ///< 0: as many as fit into memoryBytes
   int stridePadding = -1;     ///< bytes behind each row; -1: the model's own
   uint64_t seed = 1;
   TSceneSettings scene;

@@ -22,8 +22,8 @@ constexpr long long kMaxBaselineCounts = 500;
 constexpr long long kMaxSensorPixels = 16384;
 constexpr long long kMaxAccumulations = 100000;
 
-// Configured limits may be anything; this holds beside them, so that nothing is divided by 0 or read beyond its
-// end.
+// Checked beside the limits, which a configuration may set to anything, so that nothing is divided by 0 or read
+// beyond its end.
 bool IsSizeOnSensor(long long size)
 {
   return size >= 1 && size <= kMaxSensorPixels;
@@ -366,8 +366,9 @@ const TRow* FindRow(std::wstring_view name)
   return found;
 }
 
-/// Settles what depends on the gain: the two names of the gain channel, the bit depth, the encodings that can have it.
-void SettleGain(TCameraState& state, bool bySimpleControl)
+/// Updates what depends on the gain: the two names of the gain channel, the bit depth, the encodings that can have
+/// it.
+void UpdateGain(TCameraState& state, bool bySimpleControl)
 {
   TChoice& channel = state.Choice(EChoice::PreAmpGainChannel);
   TChoice& simple = state.Choice(EChoice::SimplePreAmpGainControl);
@@ -389,14 +390,14 @@ bool IsRateAvailable(const TCameraState& state, int index)
   return state.Shutter() != EShutter::Global || count < 3 || index != count - 1;
 }
 
-void SettleShutter(TCameraState& state)
+void UpdateShutter(TCameraState& state)
 {
   TChoice& rate = state.Choice(EChoice::PixelReadoutRate);
   if (!IsRateAvailable(state, rate.Index())) rate.Choose(rate.Index() - 1);
 }
 
 /// "2x2" to both binning factors.
-void SettleBinning(TCameraState& state)
+void UpdateBinning(TCameraState& state)
 {
   const std::wstring text(state.Choice(EChoice::AoiBinning).Text());
   wchar_t* rest = nullptr;
@@ -415,25 +416,25 @@ std::unique_ptr<IFeature> MakeChoice(const TBuild& b, EChoice which)
   TFeatureAccess access = b.IdleOnly();
   std::function<bool(int)> available;
   std::function<void()> chosen;
-  std::function<void()> settle;
+  std::function<void()> refresh;
   switch (which) {
   case EChoice::PixelEncoding:
     available = [&s, &choice](int index) { return !IsTwelveBits(choice.TextAt(index)) || !s.IsGainCombined(); };
     break;
   case EChoice::PreAmpGainChannel:
-    chosen = [&s] { SettleGain(s, false); };
+    chosen = [&s] { UpdateGain(s, false); };
     break;
   case EChoice::SimplePreAmpGainControl:
-    chosen = [&s] { SettleGain(s, true); };
+    chosen = [&s] { UpdateGain(s, true); };
     break;
   case EChoice::PixelReadoutRate:
     available = [&s](int index) { return IsRateAvailable(s, index); };
     break;
   case EChoice::ShutteringMode:
-    chosen = [&s] { SettleShutter(s); };
+    chosen = [&s] { UpdateShutter(s); };
     break;
   case EChoice::AoiBinning:
-    chosen = [&s] { SettleBinning(s); };
+    chosen = [&s] { UpdateBinning(s); };
     break;
   case EChoice::BitDepth:
     access.readOnly = true; // follows from the gain
@@ -442,7 +443,7 @@ std::unique_ptr<IFeature> MakeChoice(const TBuild& b, EChoice which)
     available = [&s, &choice](int index) {
       return s.HasPreAmpGain(s.Choice(EChoice::PreAmpGainSelector).Text(), choice.TextAt(index));
     };
-    chosen = [&s] { s.KeepPreAmpGain(); };
+    chosen = [&s] { s.StorePreAmpGain(); };
     break;
   case EChoice::PreAmpGainSelector:
     chosen = [&s] { s.ShowPreAmpGain(); };
@@ -453,8 +454,8 @@ std::unique_ptr<IFeature> MakeChoice(const TBuild& b, EChoice which)
     break;
   case EChoice::TemperatureStatus:
     access = ReadOnly();
-    settle = [&choice, now = b.actions.thermal] {
-      choice.Choose(static_cast<int>(now().Status())); // the texts are told apart by their order
+    refresh = [&choice, now = b.actions.thermal] {
+      choice.Choose(static_cast<int>(now().Status())); // the order of the texts is that of the enumerators
     };
     break;
   case EChoice::AoiLayout:
@@ -464,7 +465,7 @@ std::unique_ptr<IFeature> MakeChoice(const TBuild& b, EChoice which)
     break;
   }
   return std::make_unique<TEnumFeature>(std::move(access), s.revision, choice, std::move(available),
-                                        std::move(chosen), std::move(settle));
+                                        std::move(chosen), std::move(refresh));
 }
 
 /// The feature of a name that some model has.

@@ -22,7 +22,7 @@ struct TModelChoice
   int initial;
 };
 
-/// One gain channel of a model: what a read-out makes of electrons when "PreAmpGainChannel" has that text.
+/// One gain channel of a model: how electrons become counts when "PreAmpGainChannel" has that text.
 struct TModelGain
 {
   const wchar_t* channel;
@@ -57,7 +57,7 @@ struct TModelI2cDevice
 namespace Family {
 constexpr unsigned kCommon = 0; ///< every model has it
 constexpr unsigned kMemoryType = 1;
-constexpr unsigned kFreeBinning = 2; ///< factors of their own for rows and columns
+constexpr unsigned kFreeBinning = 2; ///< separate factors for rows and columns
 constexpr unsigned kTracks = 4;
 constexpr unsigned kAccumulation = 8;
 constexpr unsigned kEvents = 16;
@@ -81,7 +81,7 @@ struct TCameraModel
   double quantumEfficiency;
   double darkElectronsPerSecond; ///< at 0 degrees Celsius
   double darkDoublingCelsius;    ///< warming by this doubles it
-  double readNoiseMegahertz;     ///< pixel rate at which the read noise of the gains holds
+  double readNoiseMegahertz;     ///< pixel rate at which the gains have their read noise
   double globalReadNoiseFactor;  ///< how much noisier than a rolling shutter a global one is
   TModelThermal thermal;
 

@@ -103,7 +103,7 @@ void TCameraState::ResetPreAmpGains()
   }
 }
 
-void TCameraState::KeepPreAmpGain()
+void TCameraState::StorePreAmpGain()
 {
   preAmpGains_[std::wstring(Choice(EChoice::PreAmpGainSelector).Text())] = Choice(EChoice::PreAmpGain).Index();
 }

@@ -96,13 +96,13 @@ struct TCameraState
   double ReadNoiseElectrons() const;
   double PixelRateHertz() const;
 
-  /// Each gain channel has a "PreAmpGain" of its own, which the feature shows for the channel of
+  /// Each gain channel has its own "PreAmpGain", which the feature shows for the channel of
   /// "PreAmpGainSelector". Whether a text of it may be chosen there:
   bool HasPreAmpGain(std::wstring_view channel, std::wstring_view text) const;
   /// Begins with the first gain of every channel.
   void ResetPreAmpGains();
   /// Stores what was chosen for the selected channel.
-  void KeepPreAmpGain();
+  void StorePreAmpGain();
   /// Shows the gain of the selected channel.
   void ShowPreAmpGain();
 

@@ -6,12 +6,12 @@ namespace vxsim {
 
 TEnumFeature::TEnumFeature(TFeatureAccess access, uint64_t& revision, TChoice& choice,
                            std::function<bool(int)> available, std::function<void()> chosen,
-                           std::function<void()> settle)
+                           std::function<void()> refresh)
     : TFeature(std::move(access), revision),
       choice_(choice),
       available_(std::move(available)),
       chosen_(std::move(chosen)),
-      settle_(std::move(settle))
+      refresh_(std::move(refresh))
 {
 }
 
@@ -35,7 +35,7 @@ int TEnumFeature::SetText(std::wstring_view text)
 int TEnumFeature::GetIndex(int& index) const
 {
   if (const int code = CheckRead(); code != VX_SUCCESS) return code;
-  if (settle_) settle_();
+  if (refresh_) refresh_();
   index = choice_.Index();
   return VX_SUCCESS;
 }

@@ -13,10 +13,10 @@ class TEnumFeature final : public TFeature
 {
 public:
   /// @p available  says whether an index may be chosen now; empty: always
-  /// @p chosen         called after a value was chosen, to settle what depends on it; may be empty
-  /// @p settle         called before the value is read, where the camera changes it by itself; may be empty
+  /// @p chosen         called after a value was chosen, to update what depends on it; may be empty
+  /// @p refresh        called before the value is read, where the camera changes it by itself; may be empty
   TEnumFeature(TFeatureAccess access, uint64_t& revision, TChoice& choice, std::function<bool(int)> available,
-               std::function<void()> chosen, std::function<void()> settle = {});
+               std::function<void()> chosen, std::function<void()> refresh = {});
 
   int SetIndex(int index) override;
   int SetText(std::wstring_view text) override;
@@ -32,7 +32,7 @@ private:
   TChoice& choice_;
   const std::function<bool(int)> available_;
   const std::function<void()> chosen_;
-  const std::function<void()> settle_;
+  const std::function<void()> refresh_;
 };
 
 } // namespace vxsim

@@ -16,7 +16,7 @@ namespace vxsim {
 using vxcore::IFeature;
 using vxcore::TDeviceLock;
 
-/// When a feature may be read and written. Empty conditions always hold.
+/// When a feature may be read and written. An empty condition is always true.
 struct TFeatureAccess
 {
   std::function<bool()> available; ///< false: reads and writes answer "not available"

@@ -26,7 +26,7 @@ public:
   }
 
 private:
-  /// Hashes a name by its length and four of its characters, which tell nearly all names of a camera apart.
+  /// Hashes a name by its length and four of its characters, which differ for nearly all names of a camera.
   struct TNameHash
   {
     using is_transparent = void;

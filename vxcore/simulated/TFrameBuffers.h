@@ -16,7 +16,7 @@
 
 namespace vxsim {
 
-/// A frame that the sensor has exposed and nobody has painted yet.
+/// A frame that is exposed but not painted yet.
 struct TExposedFrame
 {
   TFramePainter::TFrame content;
@@ -34,8 +34,8 @@ struct TAnswer
   bool isQueued = true; ///< the caller had queued the buffer
 };
 
-/// Empty buffers in the order in which they were queued, exposed frames in the camera's memory, and answers that no wait
-/// has taken. Owned by TAcquisition, guarded by its lock.
+/// Empty buffers in the order in which they were queued, exposed frames in the camera's memory, and answers that
+/// no wait has taken. Owned by TAcquisition, guarded by its lock.
 class TFrameBuffers final
 {
 public:
@@ -57,7 +57,7 @@ public:
   // The camera's memory.
   bool HasStored() const { return !memory_.empty(); }
   size_t StoredCount() const { return memory_.size(); }
-  /// False: the memory holds @p limit frames already, and the next wait has to say that a frame is lost.
+  /// False: the memory has @p limit frames already, and the next wait answers that a frame is lost.
   bool Store(TExposedFrame frame, size_t limit);
   TExposedFrame TakeStored();
   /// Forgets the frames in memory; how many there were.
@@ -79,7 +79,7 @@ public:
   void ClearOverflow() { overflow_ = false; }
 
   /// Buffers of the caller, empty or filled.
-  size_t CallersCount() const { return queued_.Size() + FilledCount(); }
+  size_t CallerBufferCount() const { return queued_.Size() + FilledCount(); }
   /// Returns every buffer to the caller; how many were filled.
   size_t Clear();
 
@@ -90,7 +90,7 @@ private:
   std::deque<TExposedFrame> memory_;
   TRing<TAnswer> ready_;
   TAnswer lastDelivered_;
-  bool overflow_ = false; ///< the next wait says that frames were lost
+  bool overflow_ = false; ///< the next wait answers that frames were lost
 };
 
 } // namespace vxsim

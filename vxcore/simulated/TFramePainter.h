@@ -50,7 +50,7 @@ public:
   TStampedFrame Stamped(const TFrame& frame) const;
   int64_t ImageSizeBytes() const { return imageSizeBytes_; }
 
-  /// @p buffer holds at least ImageSizeBytes().
+  /// @p buffer has at least ImageSizeBytes().
   void Paint(const TFrame& frame, unsigned char* buffer);
 
 private:

@@ -30,7 +30,7 @@ public:
   /// When the next frame will be complete: kNever when it waits for a trigger, or when the run has had all its
   /// frames.
   int64_t NextEndNs();
-  /// Begins the next frame and gives its start. Only after NextEndNs() gave a time.
+  /// Begins the next frame and returns its start. Only after NextEndNs() returned a time.
   int64_t Take();
   /// Counts a frame that was made outside the schedule.
   void CountFrame();

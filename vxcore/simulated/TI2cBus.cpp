@@ -32,7 +32,7 @@ int TI2cBus::Write()
 {
   const auto found = devices_.find(address_);
   if (found == devices_.end()) return VX_ERR_BUS;
-  if (staged_.empty()) return VX_SUCCESS; // asks whether somebody is there
+  if (staged_.empty()) return VX_SUCCESS; // only asks whether a device answers
   TNode& node = found->second;
   const uint8_t first = staged_.front();
   for (size_t i = 1; i < staged_.size(); ++i) {

@@ -11,14 +11,14 @@ namespace vxsim {
 
 using vxcore::TDeviceLock;
 
-/// One thread at a time paints a frame without the device's lock; whoever wants no buffer to be written waits for the
-/// end. Owned by TAcquisition. Everything but the end of a stamped frame is guarded by the device's lock.
+/// One thread at a time paints a frame without the device's lock; calls after which no buffer may be written wait for
+/// its end. Owned by TAcquisition. Everything but the end of a stamped frame is guarded by the device's lock.
 class TPaintingTurn final
 {
 public:
   /// A buffer and the painter are in use.
   bool IsPainting() const { return painting_; }
-  /// Nobody may begin to paint: somebody paints, or waits for the end.
+  /// No frame may be begun: one is being painted, or a call waits for its end.
   bool IsTaken() const { return painting_ || waiting_ > 0; }
   bool HasWaiters() const { return waiting_ > 0; }
 

@@ -38,7 +38,7 @@ public:
 
   TRegisterFile();
 
-  /// A register that the camera only tells.
+  /// A register that can only be read.
   void AddReading(uint32_t address, TReading read);
 
   bool IsKnown(long long address) const;

@@ -12,8 +12,8 @@
 
 namespace vxsim {
 
-/// Asks the fault plan about each exposed frame and does what it says, and knows until when the sensor is late. Owned by
-/// TAcquisition, guarded by its lock; borrows the plan.
+/// Asks the fault plan about each exposed frame and does what it says, and knows until when the sensor is late.
+/// Owned by TAcquisition, guarded by its lock; borrows the plan.
 class TSensorFaults final
 {
 public:

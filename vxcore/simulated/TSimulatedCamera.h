@@ -13,8 +13,8 @@ namespace vxsim {
 using vxcore::IDevice;
 using vxcore::TDeviceContext;
 
-/// The device that the simulator offers: settings, features over them, and an acquisition. Known to its backend while it
-/// is open (TDeviceStatus::camera). Locking as IDevice says.
+/// The device that the simulator offers: settings, features over them, and an acquisition. Known to its backend
+/// while it is open (TDeviceStatus::camera). Locking as IDevice says.
 class TSimulatedCamera final : public IDevice
 {
 public:

@@ -14,7 +14,7 @@ using namespace vxcore;
 
 namespace {
 
-/// One key of a camera section: its name, and how its text becomes a setting. False: the text is no good.
+/// One key of a camera section: its name, and how its text becomes a setting. False: the text is not valid.
 struct TKey
 {
   const char* name;

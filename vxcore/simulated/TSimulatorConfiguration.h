@@ -18,8 +18,8 @@ struct TSimulatorConfiguration
   /// Two different cameras: what is attached without a configuration.
   static TSimulatorConfiguration BuiltIn();
 
-  /// Reads a configuration. On an error returns false and says in @p error what is wrong and where; the configuration is
-  /// unchanged then.
+  /// Reads a configuration. On an error returns false and says in @p error what is wrong and where; the
+  /// configuration is unchanged then.
   static bool Read(const std::vector<vxcore::TConfigurationEntry>& entries, TSimulatorConfiguration& configuration,
                    std::string& error);
 };

@@ -9,7 +9,7 @@ namespace vxsim {
 
 namespace {
 
-// Temperatures are computed on a fixed grid of times, so that they do not depend on when somebody asks.
+// Temperatures are computed on a fixed grid of times, so that they do not depend on when they are read.
 constexpr double kStepSeconds = 0.1;
 constexpr double kRegulation = 4.0; ///< how many times its own return to rest the regulated sensor speeds up
 constexpr double kBandCelsius = 0.5;
@@ -50,7 +50,7 @@ void TThermalModel::SetCooling(bool on)
   cooling_ = on;
   wasStable_ = false;
   stepsInBand_ = 0;
-  SettleStatus();
+  UpdateStatus();
 }
 
 void TThermalModel::SetTargetCelsius(double celsius)
@@ -59,7 +59,7 @@ void TThermalModel::SetTargetCelsius(double celsius)
   targetCelsius_ = celsius;
   wasStable_ = false;
   stepsInBand_ = 0;
-  SettleStatus();
+  UpdateStatus();
 }
 
 void TThermalModel::SetFan(EFan speed)
@@ -78,7 +78,7 @@ double TThermalModel::HeatSinkCelsius() const
   return ambientCelsius_ + fan_.heatCelsius * (1.0 + Power());
 }
 
-/// Share of the cooler's full power: what holds the target, more when the sensor is too warm, less when too cold.
+/// Share of the cooler's full power: what keeps the target, more when the sensor is too warm, less when too cold.
 double TThermalModel::Power() const
 {
   if (!cooling_) return 0.0;
@@ -94,10 +94,10 @@ void TThermalModel::Step()
   sensorCelsius_ += (rest - sensorCelsius_) * share;
   const bool inBand = std::abs(sensorCelsius_ - targetCelsius_) <= kBandCelsius;
   stepsInBand_ = inBand ? std::min(stepsInBand_ + 1, kStepsUntilStable) : 0;
-  SettleStatus();
+  UpdateStatus();
 }
 
-void TThermalModel::SettleStatus()
+void TThermalModel::UpdateStatus()
 {
   if (!cooling_) {
     status_ = ETemperatureStatus::Off;
@@ -113,7 +113,7 @@ void TThermalModel::SettleStatus()
     status_ = distance <= kNearCelsius ? ETemperatureStatus::NotStabilised : ETemperatureStatus::NotReached;
 }
 
-/// Nothing changes any more until somebody changes a setting.
+/// Nothing changes until a setting changes.
 bool TThermalModel::IsAtRest() const
 {
   const double rest = WarmCelsius() - Power() * model_.coolingDepthCelsius * fan_.depthShare;

@@ -29,14 +29,14 @@ enum class ETemperatureStatus
 {
   Off,           ///< the cooler is off
   Stabilised,    ///< at the target for long enough
-  NotReached,    ///< on the way to the target, or unable to reach it
+  NotReached,    ///< not yet at the target, or unable to reach it
   Drift,         ///< was stable and has left the target by itself
   NotStabilised, ///< near the target, but not for long enough
 };
 
 /// Temperature of sensor and heat sink, and the regulation of the cooler. A camera that is opened has been
-/// standing with its cooler off. Keeps the time that it is told; the same times and settings give the same
-/// temperatures, however often it is asked. Owned by TCameraState, guarded by the device's lock. Settings take
+/// standing with its cooler off. Its time is that of AdvanceTo(); the same times and settings give the
+/// same temperatures, however often they are read. Owned by TCameraState, guarded by the device's lock. Settings take
 /// effect from the time of the last AdvanceTo().
 class TThermalModel final
 {
@@ -74,7 +74,7 @@ private:
   double Power() const;
   double WarmCelsius() const { return ambientCelsius_ + fan_.heatCelsius; }
   void Step();
-  void SettleStatus();
+  void UpdateStatus();
   bool IsAtRest() const;
 
   static const TFan kFanOn;

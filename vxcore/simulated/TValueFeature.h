@@ -20,11 +20,13 @@ struct TValueBinding
   std::function<void(Value)> set;
   std::function<Value()> minimum = {};
   std::function<Value()> maximum = {};
-  std::function<bool(Value)> accepts = {}; ///< for what limits cannot say: whether a value between them is good
+  std::function<bool(Value)> accepts =
+      {}; ///< whether a value within the limits is valid, where limits do not suffice
 };
 
-/// A feature whose value is a `long long`, a `double` or a `bool`; the operations of the other kinds are refused. Limits
-/// may follow from other settings; a configuration may replace them. Owned by TFeatureSet, used under the device's lock.
+/// A feature whose value is a `long long`, a `double` or a `bool`; the operations of the other kinds are refused.
+/// Limits may follow from other settings; a configuration may replace them. Owned by TFeatureSet, used under the
+/// device's lock.
 template <typename Value>
 class TValueFeature final : public TFeature
 {

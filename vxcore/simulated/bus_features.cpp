@@ -8,7 +8,7 @@ namespace vxsim {
 
 namespace {
 
-/// Registers lie where they lie, so the address has a rule of its own besides the limits.
+/// There are gaps between registers, so limits do not suffice.
 std::unique_ptr<IFeature> MakeRegisterAddress(const TBuild& b)
 {
   TRegisterFile& r = b.state.registers;

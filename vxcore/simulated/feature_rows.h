@@ -74,8 +74,8 @@ struct TBuild
   }
 };
 
-/// One feature: its name, how it is made, whether a configured value is set through it or is part of what is made, and
-/// the family of models that have it. Models name families, never features, so that none can lack its row.
+/// One feature: its name, how it is made, whether a configured value is set through it or is part of what is made,
+/// and the family of models that have it. Models name families, never features, so that none can lack its row.
 struct TRow
 {
   const wchar_t* name;
@@ -86,8 +86,8 @@ struct TRow
   bool IsOf(const TCameraModel& model) const { return (model.families & family) == family; }
 };
 
-/// Whether an index is one of @p count places. Configured limits may be anything; this holds beside them, so that
-/// nothing is read beyond its end.
+/// Whether an index is one of @p count places. Checked beside the limits, which a configuration may set to
+/// anything, so that nothing is read beyond its end.
 inline bool IsPlaceIn(long long place, long long count)
 {
   return place >= 0 && place < count;

@@ -40,8 +40,8 @@ private:
   const double photonsPerSecond_;
 };
 
-/// From black at the left to the scene's light at the right, for linearity and display checks: even in the upper three
-/// quarters, in 16 steps below.
+/// From black at the left to the scene's light at the right, for linearity and display checks: even in the upper
+/// three quarters, in 16 steps below.
 class TGradientScene final : public IScene
 {
 public:
