@@ -56,35 +56,18 @@ public:
   OpenCamera(const OpenCamera&) = delete;
   OpenCamera& operator=(const OpenCamera&) = delete;
 
-  long long Int(const wchar_t* feature) const
+  long long Int(const wchar_t* feature) const { return Read(VX_GetInt, feature); }
+  long long IntMax(const wchar_t* feature) const { return Read(VX_GetIntMax, feature); }
+  double Float(const wchar_t* feature) const { return Read(VX_GetFloat, feature); }
+  double FloatMax(const wchar_t* feature) const { return Read(VX_GetFloatMax, feature); }
+  bool Bool(const wchar_t* feature) const { return Read(VX_GetBool, feature) == 1; }
+  bool IsWritable(const wchar_t* feature) const { return Read(VX_IsWritable, feature) == 1; }
+  template <typename Value>
+  Value Read(int (*read)(int, const wchar_t*, Value*), const wchar_t* feature) const
   {
-    long long value = -1;
-    EXPECT_EQ(VX_GetInt(handle, feature, &value), VX_SUCCESS);
+    Value value = -1;
+    EXPECT_EQ(read(handle, feature, &value), VX_SUCCESS);
     return value;
-  }
-  long long IntMax(const wchar_t* feature) const
-  {
-    long long value = -1;
-    EXPECT_EQ(VX_GetIntMax(handle, feature, &value), VX_SUCCESS);
-    return value;
-  }
-  double Float(const wchar_t* feature) const
-  {
-    double value = -1.0;
-    EXPECT_EQ(VX_GetFloat(handle, feature, &value), VX_SUCCESS);
-    return value;
-  }
-  double FloatMax(const wchar_t* feature) const
-  {
-    double value = -1.0;
-    EXPECT_EQ(VX_GetFloatMax(handle, feature, &value), VX_SUCCESS);
-    return value;
-  }
-  bool Bool(const wchar_t* feature) const
-  {
-    int value = -1;
-    EXPECT_EQ(VX_GetBool(handle, feature, &value), VX_SUCCESS);
-    return value == 1;
   }
   std::wstring Enum(const wchar_t* feature) const
   {
@@ -102,13 +85,6 @@ public:
     EXPECT_EQ(VX_GetString(handle, feature, text.data(), length), VX_SUCCESS);
     return text.data();
   }
-  bool IsWritable(const wchar_t* feature) const
-  {
-    int flag = -1;
-    EXPECT_EQ(VX_IsWritable(handle, feature, &flag), VX_SUCCESS);
-    return flag == 1;
-  }
-
   int TrySet(const wchar_t* feature, long long value) const { return VX_SetInt(handle, feature, value); }
   int TrySet(const wchar_t* feature, double value) const { return VX_SetFloat(handle, feature, value); }
   int TrySet(const wchar_t* feature, bool value) const { return VX_SetBool(handle, feature, value ? 1 : 0); }

@@ -370,6 +370,14 @@ TEST_F(SimulatorAcquisition, StopKeepsFilledBuffersAndForgetsTheCamerasMemory)
   camera.Requeue();
   EXPECT_EQ(camera.Wait(), VX_ERR_TIMED_OUT);
   EXPECT_EQ(camera.Statistics().framesDiscarded, 2U);
+
+  Configure("[Camera0]\nScene = beads\n[Camera0.ExposureTime]\nValue = 0.0001\n"); // it takes a while to paint
+  OpenCamera painting;
+  painting.QueueBuffers(1);
+  painting.Start();
+  ASSERT_TRUE(Eventually([&] { return painting.Statistics().framesProduced == 1; }));
+  painting.Stop();
+  EXPECT_EQ(painting.Wait(), VX_SUCCESS); // what was being painted is delivered
 }
 
 TEST_F(SimulatorAcquisition, EveryEncodingAndPaddingArrivesWithItsMetadata)

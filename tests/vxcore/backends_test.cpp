@@ -165,8 +165,8 @@ TEST_F(Backends, FramesOfAnyDeviceTakeTheFaultsOfThePlan)
 {
   Configure("[Backends]\nSimulator = off\n[Plain]\nDevice = a\n");
   OpenCamera camera;
-  std::vector<std::vector<unsigned char>> buffers(3, std::vector<unsigned char>(kFrameBytes));
-  for (auto& buffer : buffers) ASSERT_EQ(VX_QueueBuffer(camera.handle, buffer.data(), kFrameBytes), VX_SUCCESS);
+  std::vector<unsigned char> buffer(kFrameBytes); // a frame that is not delivered has to return it
+  ASSERT_EQ(VX_QueueBuffer(camera.handle, buffer.data(), kFrameBytes), VX_SUCCESS);
   for (const char* rule : {"frame device 0 2 drop", "frame device 1 2 null", "frame 3 short 16",
                            "frame 4 oversize 8", "frame 5 null", "frame 6 foreign", "frame 8 repeat",
                            "chunk 1 cid 7", "call VX_WaitBuffer at 9 rc 13", "camera 9 replug 20ms"})
@@ -188,11 +188,10 @@ TEST_F(Backends, FramesOfAnyDeviceTakeTheFaultsOfThePlan)
   EXPECT_EQ(camera.frame.data(), nullptr);
   ASSERT_EQ(camera.Wait(), VX_SUCCESS);
   EXPECT_EQ(camera.frame[0], 6);
-  for (auto& buffer : buffers) EXPECT_NE(camera.frame.data(), buffer.data());
+  EXPECT_NE(camera.frame.data(), buffer.data());
   wait();
-  const unsigned char* seventh = camera.frame.data();
-  ASSERT_EQ(camera.Wait(), VX_SUCCESS);
-  EXPECT_EQ(camera.frame.data(), seventh);
+  ASSERT_EQ(camera.Wait(), VX_SUCCESS); // the seventh again
+  EXPECT_EQ(camera.frame.data(), buffer.data());
   EXPECT_EQ(camera.Wait(), VX_ERR_COMMUNICATION); // unplugged, which ends its run
   EXPECT_EQ(camera.Wait(), 13);                   // rules of calls are the front's own
   EXPECT_TRUE(Eventually([&] { return VX_Flush(camera.handle) == VX_SUCCESS; }));

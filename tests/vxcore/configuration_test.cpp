@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <cwchar>
 #include <filesystem>
 
 namespace {
@@ -23,7 +22,6 @@ __attribute__((visibility("default"))) char* secure_getenv(const char* name) noe
 namespace {
 
 using SimulatorConfiguration = SimulatedCameraTest;
-using testing::Test;
 
 /// A file that is gone after the test, named by VXCORE_CONFIG meanwhile.
 class ConfigurationFile final
@@ -157,26 +155,25 @@ TEST_F(SimulatorConfiguration, BadFileMakesInitialisationFail)
 TEST_F(SimulatorConfiguration, WiderLimitsNeverLeadBeyondTheCamera)
 {
   std::string text = "[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = dark\n";
-  const wchar_t* const features[] = {L"AOIHBin",
-                                     L"AOIVBin",
-                                     L"AOICount",
-                                     L"AOISelector",
-                                     L"RegisterCount",
-                                     L"RegisterIndex",
-                                     L"InternalI2CByteCount",
-                                     L"AOITop",
-                                     L"AccumulateCount",
-                                     L"InternalI2CByteSelector"};
-  for (const wchar_t* feature : features) {
-    text += "[Camera0." + std::string(feature, feature + std::wcslen(feature)) + "]\nMin = -1000000\nMax = 1e15\n";
-  }
+  const std::vector<std::wstring> features = {L"AOIHBin",
+                                              L"AOIVBin",
+                                              L"AOICount",
+                                              L"AOISelector",
+                                              L"RegisterCount",
+                                              L"RegisterIndex",
+                                              L"InternalI2CByteCount",
+                                              L"AOITop",
+                                              L"AccumulateCount",
+                                              L"InternalI2CByteSelector"};
+  for (const std::wstring& feature : features)
+    text += "[Camera0." + std::string(feature.begin(), feature.end()) + "]\nMin = -1000000\nMax = 1e15\n";
   Configure(text);
   for (const wchar_t* layout : {L"Image", L"Track"}) {
-    for (const wchar_t* feature : features) {
+    for (const std::wstring& feature : features) {
       for (const long long value : {-7LL, 0LL, 3LL, 5000LL, 20000LL, 1'000'000'000'000LL}) {
         OpenCamera camera;
         camera.Set(L"AOILayout", layout);
-        camera.TrySet(feature, value);
+        camera.TrySet(feature.c_str(), value);
         for (const wchar_t* reading : {L"RegisterValue", L"InternalI2CByte", L"AOITop"}) {
           long long number = 0;
           const int code = VX_GetInt(camera.handle, reading, &number);

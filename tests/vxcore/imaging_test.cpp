@@ -1,17 +1,71 @@
 // SPDX-License-Identifier: MIT
 // Frames of the simulated cameras: physics, geometry and encodings.
-#include "tests/vxcore/rendered_frames.h"
+#include "vxcore/simulated/imaging/TCounterPattern.h"
+#include "vxcore/simulated/imaging/TFrameRenderer.h"
 #include "vxcore/simulated/imaging/TPixelEncoder.h"
 #include "vxcore/simulated/imaging/TPixelKernel.h"
 
 #include <algorithm>
 #include <cmath>
-#include <gmock/gmock.h>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <numeric>
+#include <span>
 #include <thread>
+#include <vector>
 
 using namespace vxsim;
 
 namespace {
+
+using TBytes = std::vector<unsigned char>;
+using TCounts = std::vector<std::int32_t>;
+
+/// An evenly lit sensor that shows nothing but what a test sets.
+TFrameSettings PlainSettings(int side)
+{
+  TFrameSettings settings;
+  settings.sensor.widthPixels = side;
+  settings.sensor.heightPixels = side;
+  settings.sensor.darkElectronsPerSecond = 0.0;
+  settings.sensor.hotPixelFraction = 0.0;
+  settings.sensor.quantumEfficiency = 1.0;
+  settings.geometry.widthPixels = side;
+  settings.geometry.heightPixels = side;
+  settings.scene.kind = ESceneKind::Flat;
+  settings.exposure.exposureSeconds = 1.0;
+  return settings;
+}
+
+TBytes RenderBytes(TFrameRenderer& renderer, const TFrameSettings& settings)
+{
+  TBytes bytes(PixelAreaBytes(settings.geometry), 0xAA);
+  EXPECT_TRUE(renderer.Render(settings, bytes)) << renderer.LastError();
+  return bytes;
+}
+
+TCounts RenderCounts(TFrameRenderer& renderer, const TFrameSettings& settings)
+{
+  const TBytes bytes = RenderBytes(renderer, settings);
+  const auto width = static_cast<std::size_t>(settings.geometry.widthPixels);
+  const auto height = static_cast<std::size_t>(settings.geometry.heightPixels);
+  TCounts counts(width * height);
+  for (std::size_t row = 0; row < height; ++row)
+    TPixelEncoder::Decode(settings.geometry.encoding, bytes.data() + row * StrideBytes(settings.geometry),
+                          std::span(counts).subspan(row * width, width));
+  return counts;
+}
+
+TCounts RenderCounts(const TFrameSettings& settings)
+{
+  TFrameRenderer renderer;
+  return RenderCounts(renderer, settings);
+}
+
+double Mean(const TCounts& counts)
+{
+  return std::accumulate(counts.begin(), counts.end(), 0.0) / static_cast<double>(counts.size());
+}
 
 TCounts SumBins(const TCounts& full, int side, int horizontalBin, int verticalBin)
 {
@@ -68,20 +122,6 @@ TEST(Saturation, StopsAtFullWellAndAtTheConverter)
   EXPECT_EQ(counts, TCounts(counts.size(), 3 * 4095));
 }
 
-TEST(Saturation, CountsNeverFallBelowZero)
-{
-  TFrameSettings settings = PlainSettings(64);
-  settings.scene.kind = ESceneKind::Dark;
-  settings.readout.baselineCounts = 1.0;
-  settings.readout.readNoiseElectrons = 20.0;
-  for (const auto encoding : {EPixelEncoding::Mono16, EPixelEncoding::Mono32}) {
-    settings.geometry.encoding = encoding;
-    const TCounts counts = RenderCounts(settings);
-    EXPECT_EQ(*std::min_element(counts.begin(), counts.end()), 0);
-    EXPECT_LT(*std::max_element(counts.begin(), counts.end()), 400);
-  }
-}
-
 TEST(Baseline, WandersOnlyUnclamped)
 {
   TFrameSettings settings = PlainSettings(16);
@@ -89,15 +129,10 @@ TEST(Baseline, WandersOnlyUnclamped)
   settings.scene.noise = false;
   settings.readout.gainElectronsPerCount = 0.01;
   const auto spread = [&settings] {
-    TFrameRenderer renderer;
-    std::int32_t low = 65535;
-    std::int32_t high = 0;
-    for (int i = 0; i < 40; ++i) {
-      settings.exposure.sceneSeconds = i;
-      const std::int32_t level = RenderCounts(renderer, settings).front();
-      low = std::min(low, level);
-      high = std::max(high, level);
-    }
+    std::vector<std::int32_t> levels;
+    for (settings.exposure.sceneSeconds = 0; settings.exposure.sceneSeconds < 40; ++settings.exposure.sceneSeconds)
+      levels.push_back(RenderCounts(settings).front());
+    const auto [low, high] = std::ranges::minmax(levels);
     return high - low;
   };
   EXPECT_EQ(spread(), 0);
@@ -197,43 +232,7 @@ TEST(FrameRenderer, SameSettingsGiveSameBytesInAnyOrderOnAnyThread)
     other.join();
     EXPECT_EQ(forward, backward) << SceneName(kind);
     EXPECT_NE(forward[0], forward[1]);
-
-    TFrameSettings changed = at(0);
-    changed.exposure.runNumber = 1;
-    TFrameRenderer renderer;
-    EXPECT_NE(RenderBytes(renderer, changed), forward[0]);
-    changed = at(0);
-    changed.sensor.seed = 99;
-    EXPECT_NE(RenderBytes(renderer, changed), forward[0]);
   }
-}
-
-TEST(FrameRenderer, RefusesWhatMakesNoFrameAndWritesNothing)
-{
-  const TFrameSettings good = PlainSettings(64);
-  std::vector<TFrameSettings> bad(10, good);
-  bad[0].geometry.widthPixels = 65;
-  bad[1].geometry.topPixels = 1;
-  bad[2].geometry.verticalBin = 0;
-  bad[3].geometry.strideBytes = 127;
-  bad[4].geometry.tracks = {{60, 5}};
-  bad[4].geometry.heightPixels = 1;
-  bad[5].readout.gainElectronsPerCount = 0.0;
-  bad[6].exposure.exposureSeconds = std::nan("");
-  bad[7].exposure.accumulations = 0;
-  bad[8].geometry.leftPixels = 2147483647;
-  bad[9].geometry.tracks.assign(8000, {0, 64});
-  bad[9].geometry.heightPixels = 8000;
-  TFrameRenderer renderer;
-  TBytes buffer(64 * 64 * 2, 0x5A);
-  for (std::size_t i = 0; i < bad.size(); ++i) {
-    EXPECT_FALSE(renderer.Render(bad[i], buffer)) << i;
-    EXPECT_FALSE(renderer.LastError().empty()) << i;
-  }
-  EXPECT_FALSE(renderer.Render(good, std::span(buffer).first(buffer.size() - 1)));
-  EXPECT_EQ(buffer, TBytes(buffer.size(), 0x5A));
-  EXPECT_TRUE(renderer.Render(good, buffer));
-  EXPECT_EQ(renderer.LastError(), "");
 }
 
 TEST(PixelKernel, PortableAndFastPathAgreeBitForBit)
@@ -291,5 +290,47 @@ TEST(PixelEncoder, EveryEncodingRoundTrips)
     TCounts back(pixels.size());
     TPixelEncoder::Decode(encoding, row.data(), back);
     EXPECT_EQ(back, pixels) << EncodingName(encoding);
+  }
+}
+
+TEST(CounterPattern, SeesEveryKindOfDamage)
+{
+  for (const std::size_t size : {std::size_t{64}, std::size_t{65}, std::size_t{128}, std::size_t{20011}}) {
+    const TCounterPattern::TKey key{5, 2, 1000, 0xDEADBEEF};
+    TBytes frame(size);
+    TCounterPattern::Fill(frame, key);
+    const auto sound = TCounterPattern::Verify(frame, key);
+    EXPECT_TRUE(sound);
+    EXPECT_EQ(sound.head.slot, 0xDEADBEEFu);
+    EXPECT_EQ(sound.tail, sound.head);
+
+    EXPECT_EQ(TCounterPattern::Verify(frame, {5, 2, 1001, 0}).fault, EFrameFault::WrongFrame);
+    EXPECT_EQ(TCounterPattern::Verify(frame, {5, 3, 1000, 0}).fault, EFrameFault::WrongRun);
+    EXPECT_EQ(TCounterPattern::Verify(frame, {6, 2, 1000, 0}).fault, EFrameFault::WrongRun);
+    EXPECT_EQ(TCounterPattern::Verify(std::span(frame).first(size - 8), key).fault, EFrameFault::Truncated);
+
+    TBytes other(size);
+    TCounterPattern::Fill(other, {5, 2, 1001, 0xDEADBEEF});
+    for (const std::size_t tear : {size / 2, size - 33, size - 24}) {
+      TBytes torn = other;
+      std::copy_n(frame.begin(), std::max(tear, std::size_t{32}), torn.begin());
+      EXPECT_EQ(TCounterPattern::VerifyAny(torn).fault, EFrameFault::Torn) << size << " torn at " << tear;
+    }
+    TBytes shortFrame(size, 0);
+    std::copy_n(frame.begin(), size - 16, shortFrame.begin());
+    EXPECT_EQ(TCounterPattern::Verify(shortFrame, key).fault, EFrameFault::Torn);
+    std::fill(shortFrame.begin() + static_cast<std::ptrdiff_t>(std::max(size / 2, std::size_t{32})),
+              shortFrame.end(), static_cast<unsigned char>(0));
+    EXPECT_EQ(TCounterPattern::Verify(shortFrame, key).fault, EFrameFault::Truncated);
+
+    EXPECT_EQ(TCounterPattern::VerifyAny(TBytes(size, 0)).fault, EFrameFault::NotStamped);
+    for (std::size_t at = 0; at < size; at += 1 + size / 97) { // any single bit
+      TBytes damaged = frame;
+      damaged[at] ^= 0x10;
+      const auto result = TCounterPattern::Verify(damaged, key);
+      EXPECT_FALSE(result) << at;
+      if (at < 32 || at >= size - 32) continue;
+      EXPECT_EQ(result.badByteOffset, at);
+    }
   }
 }

@@ -99,26 +99,6 @@ TEST_F(SimulatorThermal, WithoutTheFanAStableSensorDriftsAndComesBack)
   EXPECT_EQ(VX_SetEnumIndex(camera.handle, L"TemperatureStatus", 1), VX_ERR_NOT_WRITABLE);
 }
 
-TEST_F(SimulatorThermal, TheWayDoesNotDependOnHowOftenSomebodyAsks)
-{
-  const auto run = [](int asks) {
-    Configure(std::string(kTrellis) + "Ambient = 30\nTimeScale = 2\n");
-    const OpenCamera camera;
-    camera.Set(L"SensorCooling", true);
-    for (int i = 0; i < asks; ++i) {
-      Advance(8.0 / asks);
-      EXPECT_LE(camera.Float(L"SensorTemperature"), 33.0);
-    }
-    const double temperature = camera.Float(L"SensorTemperature");
-    EXPECT_EQ(std::round(temperature * 10.0), temperature * 10.0);
-    VXSIM_Reset();
-    return temperature;
-  };
-  const double once = run(1);
-  EXPECT_EQ(run(512), once);
-  EXPECT_NEAR(once, 33.0 - 52.0 * (1.0 - std::exp(-16.0 / 30.0)), 0.3); // twice as fast as the clock
-}
-
 TEST_F(SimulatorThermal, AnAdvanceDelaysARunAndLosesNothing)
 {
   Configure(std::string(kTrellis) + kSmallSensor);
