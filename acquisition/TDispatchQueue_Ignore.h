@@ -15,7 +15,11 @@ public:
   {
   }
 
-  int Dispatch(unsigned char* buffer, int sizeBytes) override;
+  int Dispatch(unsigned char* buffer, int /*sizeBytes*/) override
+  {
+    CountFrame(buffer);
+    return 0;
+  }
 
 private:
   bool ReusesSlots() const override { return false; }

@@ -14,5 +14,9 @@ public:
   {
   }
 
-  int Dispatch(unsigned char* buffer, int sizeBytes) override;
+  int Dispatch(unsigned char* buffer, int sizeBytes) override
+  {
+    if (CountFrame(buffer)) RequeueSlot(buffer, sizeBytes);
+    return 0;
+  }
 };

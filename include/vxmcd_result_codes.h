@@ -56,7 +56,7 @@
 /** The result codes by name; functions return them as `unsigned int`. */
 enum vxmcd_result_code
 {
-#define VXMCD_ENUMERATOR(name, code, meaning, advice) name = code,
+#define VXMCD_ENUMERATOR(name, code, meaning, advice) name = (code),
   VXMCD_RESULT_CODES(VXMCD_ENUMERATOR)
 #undef VXMCD_ENUMERATOR
       VXMCD_RESULT_CODE_END /**< not a result code: one above the highest */

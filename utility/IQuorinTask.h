@@ -9,7 +9,7 @@ namespace QuorinUtility {
 class IQuorinTask
 {
 public:
-  virtual ~IQuorinTask();
+  virtual ~IQuorinTask() = default;
   /// Runs on the launcher's thread with the argument given to Launch(). What it throws is logged; the launcher
   /// goes on.
   virtual void Execute(void* argument) = 0;

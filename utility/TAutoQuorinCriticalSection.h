@@ -11,8 +11,11 @@ namespace QuorinUtility {
 class SCOPED_LOCK_CLASS TAutoQuorinCriticalSection
 {
 public:
-  explicit TAutoQuorinCriticalSection(TQuorinCriticalSection* section) ACQUIRE(section);
-  virtual ~TAutoQuorinCriticalSection() RELEASE();
+  explicit TAutoQuorinCriticalSection(TQuorinCriticalSection* section) ACQUIRE(section) : section_(section)
+  {
+    section_->Enter();
+  }
+  virtual ~TAutoQuorinCriticalSection() RELEASE() { section_->Exit(); }
   TAutoQuorinCriticalSection(const TAutoQuorinCriticalSection&) = delete;
   TAutoQuorinCriticalSection& operator=(const TAutoQuorinCriticalSection&) = delete;
 

@@ -6,6 +6,6 @@
 class TObserver
 {
 public:
-  virtual ~TObserver();
+  virtual ~TObserver() = default;
   virtual unsigned int DoUpdate() = 0;
 };

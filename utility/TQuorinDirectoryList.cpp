@@ -14,6 +14,12 @@ namespace QuorinUtility {
 
 namespace {
 
+// Thread-safe as long as no two threads read from the same stream.
+const dirent* ReadEntry(DIR* stream)
+{
+  return ::readdir(stream); // NOLINT(concurrency-mt-unsafe)
+}
+
 constexpr std::size_t kMaxPath = 4096;
 
 std::unique_ptr<char[]> Copy(const char* text)
@@ -46,7 +52,7 @@ void TQuorinDirectoryList::Reenumerate()
   TOpenDirectory stream(::opendir(directory.GetForwardSlashPath()));
   if (!stream) return;
   std::int32_t count = 0;
-  while (const dirent* const entry = ::readdir(stream.get()))
+  while (const dirent* const entry = ReadEntry(stream.get()))
     if (IsListed(entry->d_name) && count < std::numeric_limits<std::int32_t>::max()) ++count;
   stream.reset();
   if (count == 0) return;
@@ -56,7 +62,7 @@ void TQuorinDirectoryList::Reenumerate()
   stream.reset(::opendir(directory.GetForwardSlashPath()));
   if (!stream) return;
   std::int32_t stored = 0;
-  while (const dirent* const entry = stored < count ? ::readdir(stream.get()) : nullptr)
+  while (const dirent* const entry = stored < count ? ReadEntry(stream.get()) : nullptr)
     if (IsListed(entry->d_name)) items_[static_cast<std::size_t>(stored++)] = Copy(entry->d_name);
   itemCount_ = stored;
 }

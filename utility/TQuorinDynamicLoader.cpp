@@ -95,7 +95,7 @@ int TQuorinDynamicLoader::Close()
 
 int TQuorinDynamicLoader::updateErrorMessage()
 {
-  const char* const text = ::dlerror();
+  const char* const text = ::dlerror(); // NOLINT(concurrency-mt-unsafe): each thread has its own error
   SetErrorMessage(text ? text : NO_ERROR_MSG);
   return 0;
 }

@@ -8,7 +8,7 @@ namespace QuorinUtility {
 class TQuorinWorkThreadRoutine
 {
 public:
-  virtual ~TQuorinWorkThreadRoutine();
+  virtual ~TQuorinWorkThreadRoutine() = default;
   /// Runs on the work thread, once. What it throws is logged and ends the thread.
   virtual void Run() = 0;
 };
