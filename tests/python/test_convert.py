@@ -15,12 +15,13 @@ ENCODINGS = ["Mono8", "Mono12", "Mono12Packed", "Mono16", "Mono32"]
 
 
 def converted(directory, output, *options):
-    """What the tool makes of a run: image numbers from 0, pixels, ticks, host times."""
-    command = [os.environ["VXMCD_TOOL"], "convert", directory, "--quiet", "--output", output, *options]
+    """What the tool makes of a run: image numbers from 0, pixels, ticks, host times; and its report."""
+    command = [os.environ["VXMCD_TOOL"], "convert", directory, "--json", "--output", output, *options]
     result = subprocess.run(list(map(str, command)), capture_output=True, text=True, timeout=60)
     assert result.returncode in (0, 5), result.stderr
+    report = json.loads(result.stdout)
     if not output.exists():
-        return [], None, [], []
+        return [], None, [], [], report
     label = json.loads((output.parent / (output.name + ".json")).read_text())
     pixels = np.fromfile(output, np.dtype(label["pixel_type"]).newbyteorder("<"))
     frames = [frame for frame in label["frames"] if frame["check"] != "wrong"]  # the package never gives these
@@ -29,12 +30,15 @@ def converted(directory, output, *options):
     return ([frame["image"] - 1 for frame in frames],
             pixels,
             [-1 if frame["ticks"] is None else frame["ticks"] for frame in frames],
-            [frame.get("host_ns") for frame in frames])
+            [frame.get("host_ns") for frame in frames], report)
 
 
 def assert_same(run, tool):
-    numbers, pixels, ticks, times = tool
+    numbers, pixels, ticks, times, report = tool
     assert run.numbers.tolist() == numbers
+    assert (len(run.damaged), len(run.unrecorded)) == (report["wrong"], report["unrecorded_data"])
+    assert run.state == report["state"] and run.is_checked == (report["unchecked"] == 0)
+    assert sorted([*run.missing, *run.numbers]) == list(range(run.description.images_expected))
     if not numbers:
         return
     assert run.dtype == pixels.dtype

@@ -26,8 +26,7 @@ public:
   int imagesPerFetch = 0;    // that arrive while one image is copied
   int imagesInRun = 1 << 30; // after which the run ends with endStatus
   int endStatus = static_cast<int>(RC_IDLE);
-  long imageWithoutTicks = 0; // whose metadata is damaged
-  long frameDropped = 0;      // image before which the camera lost two frames
+  long frameDropped = 0; // image before which the camera lost two frames
   int triggers = 0;
   bool isTriggered = false; // images come only after SendTrigger(), in the third wait
 
@@ -74,14 +73,13 @@ public:
       std::fill(pixels.begin(), pixels.end(), std::byte{0xEE});
       return RC_NO_NEW_DATA;
     }
-    ticks = number == imageWithoutTicks ? 0 : TicksOf(number);
+    ticks = TicksOf(number);
     return RC_SUCCESS;
   }
   unsigned int Timestamp(long number, long long& ticks) override
   {
-    const bool isMissing = imageWithoutTicks > 0 && newest_ >= imageWithoutTicks;
-    if (number < 1 || number > newest_ - isMissing) return RC_FEATURE_ERROR;
-    ticks = TicksOf(isMissing && number >= imageWithoutTicks ? number + 1 : number);
+    if (number < 1 || number > newest_) return RC_FEATURE_ERROR;
+    ticks = TicksOf(number);
     return RC_SUCCESS;
   }
   unsigned int SendTrigger() override

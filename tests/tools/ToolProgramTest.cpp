@@ -127,22 +127,43 @@ TEST_F(ToolProgram, FramesLostInTheCameraAreCountedAndReported)
   }
 }
 
+TEST_F(ToolProgram, DamagedMetadataLeavesOneImageWithoutItsClockValue)
+{
+  Configure(std::string(kSteadyCamera) + "[Faults]\nRule = chunk 3 len 0xFFFFFFFC\n");
+  const TOutcome outcome =
+      Run({"acquire", "--frames", "6", "--exposure", "0.001", "--json", "--output", directory_.Path("cube.fits")});
+  EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+  EXPECT_EQ(Count(outcome, "without_timestamp"), 1);
+  EXPECT_EQ(Count(outcome, "lost_in_camera"), 0);
+  const std::vector<long long> ticks = ReadFits(directory_.Path("cube.fits"), PixelDepth::Bits16).ticks;
+  ASSERT_EQ(ticks.size(), 6u);
+  EXPECT_EQ(ticks[2], -1);
+  EXPECT_EQ(ticks[1] - ticks[0], ticks[4] - ticks[3]);
+}
+
+// Frames as fast as they can be made, far ahead of the program: with a ring of five slots images are overwritten.
 TEST_F(ToolProgram, EveryImageWrittenIsTheWholeFrameOfItsNumber)
 {
-  // Frames as fast as they can be made: far ahead of the program, so that images may be overwritten.
-  Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nClock = free\nScene = counter\n");
-  const TOutcome outcome = Run({"acquire", "--mode", "continuous", "--frames", "150", "--exposure", "0.001",
-                                "--json", "--output", directory_.Path("cube.fits")});
-  ExpectCountsAddUp(outcome);
-  EXPECT_EQ(outcome.exitCode, Count(outcome, "overwritten") > 0 ? 5 : 0) << outcome.errors;
-  const TFitsCube cube = ReadFits(directory_.Path("cube.fits"), PixelDepth::Bits16);
-  ASSERT_EQ(cube.images, 150);
-  const std::size_t bytes = cube.pixels.size() / 150;
-  for (std::size_t image = 0; image < 150; ++image) {
-    const auto* start = reinterpret_cast<const unsigned char*>(cube.pixels.data()) + image * bytes;
-    const auto result = vxsim::TCounterPattern::VerifyAny({start, bytes});
-    EXPECT_EQ(result.fault, vxsim::EFrameFault::None) << "image " << image << ": " << FrameFaultName(result.fault);
-    EXPECT_EQ(static_cast<long long>(result.head.frameNumber), cube.numbers[image]);
+  for (const bool isRingSmall : {false, true}) {
+    Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nClock = free\nScene = counter\n" +
+              std::string(isRingSmall ? "[Faults]\nRule = value ImageSizeBytes set 60000000\n" : ""));
+    const TOutcome outcome = Run({"acquire", "--mode", "continuous", "--frames", "150", "--exposure", "0.001",
+                                  "--json", "--overwrite", "--output", directory_.Path("cube.fits")});
+    ExpectCountsAddUp(outcome);
+    EXPECT_EQ(outcome.exitCode, Count(outcome, "overwritten") > 0 ? 5 : 0) << outcome.errors;
+    EXPECT_TRUE(!isRingSmall || Count(outcome, "overwritten") > 0);
+    EXPECT_EQ(Count(outcome, "lost_in_camera"), 0);
+    const TFitsCube cube = ReadFits(directory_.Path("cube.fits"), PixelDepth::Bits16);
+    ASSERT_EQ(cube.images, 150);
+    EXPECT_EQ(cube.numbers[0] == 1, cube.ticks[0] == 0) << "the clock starts with the first image";
+    const std::size_t bytes = cube.pixels.size() / 150;
+    for (std::size_t image = 0; image < 150; ++image) {
+      const auto* start = reinterpret_cast<const unsigned char*>(cube.pixels.data()) + image * bytes;
+      const auto result = vxsim::TCounterPattern::VerifyAny({start, bytes});
+      EXPECT_EQ(result.fault, vxsim::EFrameFault::None)
+          << "image " << image << ": " << FrameFaultName(result.fault);
+      EXPECT_EQ(static_cast<long long>(result.head.frameNumber), cube.numbers[image]);
+    }
   }
 }
 
