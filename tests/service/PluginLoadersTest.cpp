@@ -121,11 +121,13 @@ protected:
   const TScratchWorkingDirectory here_;
 };
 
-TEST_F(TriggerBoardLoader, ForwardsWhatNoEntryPointDoes)
+TEST_F(TriggerBoardLoader, ForwardsWhatNoEntryPointShows)
 {
   here_.Copy(Example(kTriggerBoardLibrary), kTriggerBoardLibrary);
   TLoadUSBi2cDll board;
   EXPECT_EQ(board.CallTriggerBoard_Initialize(), 0);
+  EXPECT_EQ(board.CallTriggerBoard_I2CWrite(0x50, 0xFE, 0xFF), 0);
+  EXPECT_EQ(Register(0xFE), 0xFF);
   EXPECT_EQ(board.CallTriggerBoard_I2CWrite(0x51, 0, 0), -4);
   EXPECT_EQ(board.CallTriggerBoard_ExternalTrigger(1, 30, 40), 0);
   EXPECT_EQ((std::array{Register(0), Register(1), Register(2)}), (std::array{1, 30, 40}));
