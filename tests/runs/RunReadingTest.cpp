@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Reading of recorded runs: every encoding and layout to the last bit, and directories that are damaged or lie.
+// Reading of recorded runs: every encoding and layout to the last bit, and directories that are damaged or wrong.
 #include "runs/checksum.h"
 #include "runs/TRunDescription.h"
 #include "runs/TRunImages.h"
@@ -173,6 +173,19 @@ TEST_F(RunReading, PlacesThatWereNeverWrittenAreTold)
   EXPECT_TRUE(images.ReadImage(4, frame));
 }
 
+TEST_F(RunReading, BinningMayHaveItsOwnKey)
+{
+  for (const auto& [text, expected] : {std::pair{"3x2", true}, std::pair{"3x", false}, std::pair{"0x2", false}}) {
+    TMadeRun made;
+    made.extra = std::string("[image]\nHBin =\nVBin =\nBinning = ") + text + "\n";
+    made.Write(Directory());
+    TRunDescription run;
+    ASSERT_TRUE(run.Read(Directory())) << run.Error();
+    EXPECT_EQ(run.Values().horizontalBinning, expected ? std::optional<std::int64_t>(3) : std::nullopt) << text;
+    EXPECT_EQ(run.Values().verticalBinning, expected ? std::optional<std::int64_t>(2) : std::nullopt) << text;
+  }
+}
+
 TEST_F(RunReading, PlacesForBillionsOfImagesAreNotLookedAtOneByOne)
 {
   fs::create_directory(Directory());
@@ -185,18 +198,18 @@ TEST_F(RunReading, PlacesForBillionsOfImagesAreNotLookedAtOneByOne)
   EXPECT_EQ(UsedPlaces(images, false), (std::vector<std::int64_t>{0, 1, 2}));
 }
 
-struct TLie
+struct TWrongLine
 {
   const char* line; // put behind the description, in place of what it said
   bool isReadable;  // the run can be read at all
   bool isDecodable; // and its images decoded
 };
 
-class RunLies : public RunReading, public ::testing::WithParamInterface<TLie>
+class WrongDescriptions : public RunReading, public ::testing::WithParamInterface<TWrongLine>
 {
 };
 
-TEST_P(RunLies, AreSeenThrough)
+TEST_P(WrongDescriptions, AreRefusedOrReadAsFarAsTheyAreRight)
 {
   TMadeRun made;
   made.extra = GetParam().line;
@@ -220,25 +233,29 @@ TEST_P(RunLies, AreSeenThrough)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Lies, RunLies,
+    Lines, WrongDescriptions,
     ::testing::Values(
-        TLie{"[multiimage]\nImagesPerFile = 0\n", false, false},
-        TLie{"[multiimage]\nImagesPerFile = 99999999999999999999\n", false, false},
-        TLie{"[data]\nImageSize = -5\n", false, false}, TLie{"[data]\nImageSize = 8e6\n", false, false},
-        TLie{"[data]\nImageSize =\n", false, false}, TLie{"[run]\nFormat = 2\n", false, false},
-        TLie{"[data]\nImageSize = 2000000000\n", true, true},
-        TLie{"[multiimage]\nImagesPerFile = 2147483647\n", true, true},
-        TLie{"[data]\nImageSize = 47\n", true, false}, TLie{"[image]\nWidth = 2147483648\n", true, false},
-        TLie{"[image]\nWidth = 7\n", true, false}, TLie{"[image]\nHeight = 0\n", true, false},
-        TLie{"[image]\nStride = 11\n", true, false}, TLie{"[image]\nStride = 2147483647\n", true, false},
-        TLie{"[image]\nPixelEncoding = Mono10\n", true, false}, TLie{"[image]\nPixelEncoding =\n", true, false},
-        TLie{"[run]\nImagesWritten = 9000000000000000000\n", true, true},
-        TLie{"[run]\nImagesExpected = many\n", true, true}, TLie{"[run]\nImagesExpected = 3\n", true, true},
-        TLie{"[run]\nState = \x1b[31mbroken\n", false, false}, TLie{"[run]\nState =\n", false, false},
-        TLie{"[image]\nMetadata = TRUE\n", false, false}, TLie{"[image]\nMetadata =\n", true, true},
-        TLie{"[acquisition]\nExposureTime = nan\nFrameRate = -inf\n", true, true},
-        TLie{"[camera]\nSerialNumber = 99999999999999\nModel = \xff\xfe\n", true, true},
-        TLie{"[run]\nStartTime = yesterday\n", true, true}));
+        TWrongLine{"[multiimage]\nImagesPerFile = 0\n", false, false},
+        TWrongLine{"[multiimage]\nImagesPerFile = 99999999999999999999\n", false, false},
+        TWrongLine{"[data]\nImageSize = -5\n", false, false},
+        TWrongLine{"[data]\nImageSize = 8e6\n", false, false}, TWrongLine{"[data]\nImageSize =\n", false, false},
+        TWrongLine{"[run]\nFormat = 2\n", false, false},
+        TWrongLine{"[data]\nImageSize = 2000000000\n", true, true},
+        TWrongLine{"[multiimage]\nImagesPerFile = 2147483647\n", true, true},
+        TWrongLine{"[data]\nImageSize = 47\n", true, false},
+        TWrongLine{"[image]\nWidth = 2147483648\n", true, false}, TWrongLine{"[image]\nWidth = 7\n", true, false},
+        TWrongLine{"[image]\nHeight = 0\n", true, false}, TWrongLine{"[image]\nStride = 11\n", true, false},
+        TWrongLine{"[image]\nStride = 2147483647\n", true, false},
+        TWrongLine{"[image]\nPixelEncoding = Mono10\n", true, false},
+        TWrongLine{"[image]\nPixelEncoding =\n", true, false},
+        TWrongLine{"[run]\nImagesWritten = 9000000000000000000\n", true, true},
+        TWrongLine{"[run]\nImagesExpected = many\n", true, true},
+        TWrongLine{"[run]\nImagesExpected = 3\n", true, true},
+        TWrongLine{"[run]\nState = \x1b[31mbroken\n", false, false}, TWrongLine{"[run]\nState =\n", false, false},
+        TWrongLine{"[image]\nMetadata = TRUE\n", false, false}, TWrongLine{"[image]\nMetadata =\n", true, true},
+        TWrongLine{"[acquisition]\nExposureTime = nan\nFrameRate = -inf\n", true, true},
+        TWrongLine{"[camera]\nSerialNumber = 99999999999999\nModel = \xff\xfe\n", true, true},
+        TWrongLine{"[run]\nStartTime = yesterday\n", true, true}));
 
 TEST_F(RunReading, ThingsThatAreNoRunAreNamedAndNothingWaits)
 {
