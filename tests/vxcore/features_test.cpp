@@ -7,7 +7,6 @@
 namespace {
 
 constexpr const char* kTrellis = "[Camera0]\nModel = TRELLIS CMOS\nClock = free\nScene = stamp\n";
-constexpr const char* kTarn = "[Camera0]\nModel = TARN 1M\nClock = free\nScene = stamp\n";
 
 using SimulatorFeatures = SimulatedCameraTest;
 
