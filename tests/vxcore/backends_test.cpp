@@ -195,6 +195,7 @@ TEST_F(Backends, FramesOfAnyDeviceTakeTheFaultsOfThePlan)
   EXPECT_EQ(camera.Wait(), VX_ERR_COMMUNICATION); // unplugged, which ends its run
   EXPECT_EQ(camera.Wait(), 13);                   // rules of calls are the front's own
   EXPECT_TRUE(Eventually([&] { return VX_Flush(camera.handle) == VX_SUCCESS; }));
+  ASSERT_EQ(VX_QueueBuffer(camera.handle, buffer.data(), kFrameBytes), VX_SUCCESS);
   EXPECT_EQ(camera.Wait(), VX_ERR_TIMED_OUT);
 }
 

@@ -191,6 +191,13 @@ TEST_F(SimulatorFaults, SeededPlansActAtRandomButAlwaysAlike)
   EXPECT_TRUE(differ);
   EXPECT_GT(fired, 0U);
   EXPECT_LT(fired, 400U);
+
+  StartCamera();
+  AddFault("seed 1");
+  VXSIM_ClearFaults(); // the seed, too
+  AddFault("call VX_GetInt from 1 rc 53");
+  long long value = 0;
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(VX_GetInt(camera->handle, L"AOIWidth", &value), 53);
 }
 
 TEST_F(SimulatorFaults, RulesThatMakeNoSenseAreRefusedWithAReason)

@@ -166,9 +166,7 @@ TEST_F(SimulatorFeatures, SettingsAreLockedWhileAcquiring)
   tarn.Start();
   EXPECT_TRUE(trellis.Bool(L"CameraAcquiring"));
   EXPECT_EQ(trellis.TrySet(L"AOIWidth", 100LL), VX_ERR_NOT_WRITABLE);
-  EXPECT_EQ(trellis.TrySet(L"TriggerMode", L"Software"), VX_ERR_NOT_WRITABLE);
   EXPECT_EQ(trellis.TrySet(L"MetadataEnable", true), VX_ERR_NOT_WRITABLE);
-  EXPECT_FALSE(trellis.IsWritable(L"FrameCount"));
   EXPECT_TRUE(trellis.IsWritable(L"ExposureTime"));
   EXPECT_EQ(trellis.TrySet(L"ExposureTime", 0.02), VX_SUCCESS);
   EXPECT_EQ(tarn.TrySet(L"ExposureTime", 0.02), VX_ERR_NOT_WRITABLE);

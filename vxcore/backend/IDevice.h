@@ -30,7 +30,8 @@ public:
   /// Ends an acquisition, returns every buffer to the caller and makes blocked WaitBuffer() calls return.
   virtual void Close(TDeviceLock& lock) = 0;
 
-  /// The device asks for the faults of its frames itself, when they are exposed (TDeviceContext::faults).
+  /// The device asks for the faults of its frames itself, when they are exposed (TDeviceContext::faults). Only then
+  /// WaitBuffer() may return a frame with the lock released.
   virtual bool AppliesFrameFaults() const { return false; }
 };
 

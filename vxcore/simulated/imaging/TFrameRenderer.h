@@ -17,7 +17,7 @@ struct TRowReadout;
 /// One belongs to each simulated camera. Keeps the noiseless picture of the last geometry and scene, so that a
 /// frame with the same ones costs only its noise; a change of exposure or temperature costs nothing extra. Bound
 /// to one thread at a time; different renderers may work at once. Output depends on the settings alone. Settings
-/// that make no frame, and buffers too small for it, give false and LastError(); nothing is written then.
+/// that make no frame, and buffers too small for it, return false and set LastError(); nothing is written then.
 class TFrameRenderer final
 {
 public:

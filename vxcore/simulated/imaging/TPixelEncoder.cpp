@@ -8,7 +8,7 @@
 namespace vxsim {
 namespace {
 
-/// Stores each count as a little word of its own; the row need not be aligned.
+/// Stores each count as a little-endian word; the row need not be aligned.
 template <class Word>
 void PutWords(std::span<const std::int32_t> counts, unsigned char* out)
 {

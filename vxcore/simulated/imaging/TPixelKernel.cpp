@@ -47,10 +47,10 @@ using EShotNoise = TPixelKernel::EShotNoise;
 {
   for (std::size_t i = 0; i < pixels; ++i) {
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
-    const float held = mean < readout.fullWellElectrons ? mean : readout.fullWellElectrons;
+    const float capped = mean < readout.fullWellElectrons ? mean : readout.fullWellElectrons;
     const float hasShotNoise =
         mean < readout.fullWellElectrons ? 1.0f : 0.0f; // a factor: compilers keep it a vector
-    const float level = held + (static_cast<float>(draw.base[i]) - draw.baseMean) * hasShotNoise;
+    const float level = capped + (static_cast<float>(draw.base[i]) - draw.baseMean) * hasShotNoise;
     float shotVariance = (mean - draw.baseMean) * hasShotNoise;
     shotVariance = shotVariance > 0.0f ? shotVariance : 0.0f; // 0 too where the mean overflowed
     const float unit = static_cast<float>(draw.normal[i]) * draw.normalScale;
@@ -106,10 +106,10 @@ using EShotNoise = TPixelKernel::EShotNoise;
   }
   for (std::size_t i = 0; i < pixels; ++i) {
     const float mean = rates[i] * readout.exposureSeconds + readout.darkElectrons;
-    const float held = mean < readout.fullWellElectrons ? mean : readout.fullWellElectrons;
+    const float capped = mean < readout.fullWellElectrons ? mean : readout.fullWellElectrons;
     const float isLarge = mean < TNoiseTable::kMaxMean ? 0.0f : 1.0f;
     const float hasShotNoise = mean < readout.fullWellElectrons ? isLarge : 0.0f;
-    const float level = held * isLarge + static_cast<float>(electrons[i]); // one of them is 0
+    const float level = capped * isLarge + static_cast<float>(electrons[i]); // one of them is 0
     float shotVariance = mean * hasShotNoise;
     shotVariance = shotVariance > 0.0f ? shotVariance : 0.0f;
     const float unit = static_cast<float>(draw.normal[i]) * draw.normalScale;

@@ -24,7 +24,7 @@ struct TRowReadout
   int shiftBits = 0;              ///< low bits dropped at the end
 };
 
-/// Makes counts of electron rates. Every path gives the same bits. Stateless, reentrant.
+/// Computes counts from electron rates. Every path computes the same bits. Stateless, reentrant.
 class TPixelKernel final
 {
 public:
