@@ -42,9 +42,9 @@ private:
   IImage* const file_;
   const std::uint64_t imageSizeBytes_;
   const unsigned int imagesPerFile_;
-  unsigned int lockCount_ = 0; // guarded by lock_, as are the next two
-  unsigned int unlockCount_ = 0;
-  unsigned char* nextDestination_ = nullptr;
+  unsigned int lockCount_ GUARDED_BY(lock_) = 0;
+  unsigned int unlockCount_ GUARDED_BY(lock_) = 0;
+  unsigned char* nextDestination_ GUARDED_BY(lock_) = nullptr;
   QuorinUtility::TQuorinCriticalSection lock_;
 };
 
@@ -79,15 +79,15 @@ protected:
   void CloseAll();
 
 private:
-  int OpenFile(int file, int mode);
+  int OpenFile(int file, int mode) REQUIRES(lock_);
   /// Counts @p images fewer as open in a file, and closes it when none is left.
-  int ReleaseFile(int file, int images);
+  int ReleaseFile(int file, int images) REQUIRES(lock_);
 
   ISpooler* const fileSpooler_;
   const unsigned int imagesPerFile_;
-  std::map<IImage*, int> imageToFile_; // guarded by lock_, as are all below
-  std::map<int, int> openCounts_;      // open images of each file that is open
-  std::map<int, IImage*> files_;       // the same files
-  std::uint64_t imageSizeBytes_ = 0;
+  std::map<IImage*, int> imageToFile_ GUARDED_BY(lock_);
+  std::map<int, int> openCounts_ GUARDED_BY(lock_); // open images of each file that is open
+  std::map<int, IImage*> files_ GUARDED_BY(lock_);  // the same files
+  std::uint64_t imageSizeBytes_ GUARDED_BY(lock_) = 0;
   QuorinUtility::TQuorinCriticalSection lock_;
 };

@@ -14,7 +14,7 @@ using QuorinUtility::TQuorinLibDebugOutput;
 
 void TSpoolFault::Raise(const char* what, const std::string& name, int error) noexcept
 {
-  const std::lock_guard lock(mutex_); // a thread that sees the failure waits for its text
+  const TLock lock(mutex_); // a thread that sees the failure waits for its text
   const bool isFirst = !raised_.exchange(true, std::memory_order_acq_rel);
   try {
     std::string text = std::string(what) + " " + name;
@@ -40,6 +40,6 @@ bool TSpoolFault::CheckFile(int descriptor, std::uint64_t size, const std::strin
 
 std::string TSpoolFault::Text() const
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   return IsRaised() && text_.empty() ? "out of memory" : text_;
 }

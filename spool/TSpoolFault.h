@@ -2,9 +2,10 @@
 // The first failure of a run that is written to disk.
 #pragma once
 
+#include "utility/TMutex.h"
+
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 /// Keeps the first failure of a spooled run, so that all threads that write it see that it cannot go on. Owned by the
@@ -26,6 +27,6 @@ public:
 
 private:
   std::atomic<bool> raised_{false};
-  mutable std::mutex mutex_;
-  std::string text_; // of the first failure, empty if there was no memory for it; guarded by mutex_
+  mutable TMutex mutex_;
+  std::string text_ GUARDED_BY(mutex_); // of the first failure, empty if there was no memory for it
 };

@@ -88,7 +88,7 @@ int TSpoolFile::Close()
 
 int TSpoolFile::Sync()
 {
-  const std::lock_guard lock(syncMutex_);
+  const TLock lock(syncMutex_);
   const std::uint32_t images = writtenImages_;
   if (syncError_ != 0 || images == syncedImages_) return syncError_;
   syncError_ = SyncPieces();

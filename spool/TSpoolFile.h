@@ -4,11 +4,11 @@
 
 #include "spool/ISpooler.h"
 #include "utility/file_access.h"
+#include "utility/TMutex.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 class TSpoolFault;
@@ -76,7 +76,7 @@ public:
 private:
   int Preallocate(const TSpoolVolume& volume);
   int WritePieces(int file, const unsigned char* data, std::size_t size, std::uint64_t offset);
-  int SyncPieces();
+  int SyncPieces() REQUIRES(syncMutex_);
 
   const std::string path_;
   const unsigned int number_;
@@ -88,6 +88,6 @@ private:
   std::atomic<std::uint64_t> writtenBytes_{0};
   std::atomic<std::uint32_t> writtenImages_{0};
   std::atomic<std::uint32_t> syncedImages_{0};
-  std::mutex syncMutex_;
-  int syncError_ = 0; // of the first sync that failed; guarded by syncMutex_
+  TMutex syncMutex_;
+  int syncError_ GUARDED_BY(syncMutex_) = 0; // of the first sync that failed
 };

@@ -90,7 +90,7 @@ int TSpoolFileSpooler::SetStem(const wchar_t* stem)
 
 int TSpoolFileSpooler::OpenImage(unsigned int index, int /*mode*/, IImage*& image)
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   const auto open = files_.find(index);
   if (open != files_.end()) {
     image = open->second.get();
@@ -120,7 +120,7 @@ TSpoolFileSpooler::TOpenFiles::iterator TSpoolFileSpooler::Find(const IImage* im
 
 TSpoolFile& TSpoolFileSpooler::FileOf(const IImage* image)
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   const auto open = Find(image);
   if (open == files_.end()) throw std::invalid_argument("a file that is not open");
   return *open->second;
@@ -128,22 +128,24 @@ TSpoolFile& TSpoolFileSpooler::FileOf(const IImage* image)
 
 int TSpoolFileSpooler::CloseImage(IImage* image)
 {
-  std::unique_lock lock(mutex_);
+  TLock lock(mutex_);
   const auto open = Find(image);
   if (open == files_.end()) return EINVAL;
   if (!open->second->IsFull()) return 0;
   const bool isLarge = open->second->IsLarge();
-  changed_.wait(lock, [&] { return isLarge ? full_.empty() && !isClosing_ : full_.size() < kMaxFullFiles; });
+  changed_.Wait(mutex_, [&]() REQUIRES(mutex_) {
+    return isLarge ? full_.empty() && !isClosing_ : full_.size() < kMaxFullFiles;
+  });
   full_.push_back(std::move(open->second)); // the wait may have removed others, not this one
   files_.erase(open);
   closeNow_ = closeNow_ || isLarge || full_.size() >= kMaxFullFiles / 2;
   if (thread_.IsCreated()) {
-    changed_.notify_all();
+    changed_.NotifyAll();
     return 0;
   }
   const std::unique_ptr<TSpoolFile> file = std::move(full_.back());
   full_.pop_back();
-  lock.unlock();
+  lock.Unlock();
   Close(*file);
   return 0;
 }
@@ -152,23 +154,24 @@ int TSpoolFileSpooler::CloseImage(IImage* image)
 void TSpoolFileSpooler::Run()
 {
   auto nextSync = Clock::now() + kSyncPeriod;
-  std::unique_lock lock(mutex_);
+  TLock lock(mutex_);
   while (!full_.empty() || !finishing_) {
-    changed_.wait_until(lock, nextSync, [this] { return closeNow_ || finishing_; });
+    changed_.WaitFor(mutex_, nextSync - Clock::now(),
+                     [this]() REQUIRES(mutex_) { return closeNow_ || finishing_; });
     const bool isTime = Clock::now() >= nextSync;
     closing_.swap(full_);
     closeNow_ = false;
     isClosing_ = !closing_.empty();
-    lock.unlock();
-    changed_.notify_all();
+    lock.Unlock();
+    changed_.NotifyAll();
     if (CloseFiles() || isTime) {
       if (isTime) SyncOpenFiles();
       SyncIndex();
       nextSync = Clock::now() + kSyncPeriod;
     }
-    lock.lock();
+    lock.Relock();
     isClosing_ = false;
-    changed_.notify_all();
+    changed_.NotifyAll();
   }
 }
 
@@ -189,7 +192,7 @@ void TSpoolFileSpooler::SyncOpenFiles()
   for (unsigned int next = 0;;) {
     TSpoolFile* file = nullptr;
     {
-      const std::lock_guard lock(mutex_);
+      const TLock lock(mutex_);
       const auto entry = files_.lower_bound(next);
       if (entry == files_.end()) return;
       file = entry->second.get();
@@ -205,11 +208,11 @@ void TSpoolFileSpooler::SyncIndex()
 {
   std::uint64_t images = 0;
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     images = imagesInSyncedFiles_;
   }
   if (!index_->Sync()) return;
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   imagesOnDisk_ = images;
 }
 
@@ -222,7 +225,7 @@ void TSpoolFileSpooler::Close(TSpoolFile& file)
 
 void TSpoolFileSpooler::CountImages(const TSpoolFile& file)
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   const std::uint32_t images = file.SyncedImages();
   imagesInSyncedFiles_ += images - std::exchange(syncedImages_[file.Number()], images);
 }
@@ -230,14 +233,18 @@ void TSpoolFileSpooler::CountImages(const TSpoolFile& file)
 void TSpoolFileSpooler::Finish()
 {
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     if (finishing_) return;
     finishing_ = true;
   }
-  changed_.notify_all();
+  changed_.NotifyAll();
   thread_.WaitForCompletion();
-  for (const auto& [number, file] : files_) Close(*file);
-  files_.clear();
+  TOpenFiles open;
+  {
+    const TLock lock(mutex_);
+    open.swap(files_);
+  }
+  for (const auto& [number, file] : open) Close(*file);
   SyncIndex();
   CheckFiles();
 }
@@ -245,7 +252,7 @@ void TSpoolFileSpooler::Finish()
 // Files may have been removed since they were closed.
 void TSpoolFileSpooler::CheckFiles()
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   for (unsigned int number = 0; number < syncedImages_.size(); ++number) {
     if (syncedImages_[number] == 0) continue;
     const std::string path = PathOf(number);
@@ -260,7 +267,7 @@ void TSpoolFileSpooler::CheckFiles()
 
 std::uint64_t TSpoolFileSpooler::ImagesOnDisk()
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   return imagesOnDisk_;
 }
 

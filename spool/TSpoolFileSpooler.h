@@ -4,15 +4,14 @@
 
 #include "spool/ISpooler.h"
 #include "spool/TSpoolFile.h"
+#include "utility/TMutex.h"
 #include "utility/TQuorinWorkThread.h"
 #include "utility/TQuorinWorkThreadRoutine.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -65,14 +64,14 @@ private:
   static std::vector<std::unique_ptr<TSpoolFile>> WithRoom();
   void Run() override;
   /// Whether one of them was large.
-  bool CloseFiles();
-  void SyncOpenFiles();
-  void SyncIndex();
-  void Close(TSpoolFile& file);
-  void CountImages(const TSpoolFile& file);
-  void CheckFiles();
+  bool CloseFiles() EXCLUDES(mutex_);
+  void SyncOpenFiles() EXCLUDES(mutex_);
+  void SyncIndex() EXCLUDES(mutex_);
+  void Close(TSpoolFile& file) EXCLUDES(mutex_);
+  void CountImages(const TSpoolFile& file) EXCLUDES(mutex_);
+  void CheckFiles() EXCLUDES(mutex_);
   std::string PathOf(unsigned int number) const;
-  TOpenFiles::iterator Find(const IImage* image);
+  TOpenFiles::iterator Find(const IImage* image) REQUIRES(mutex_);
   bool IsOwnFile(const std::string& name) const;
 
   TSpoolFault* const fault_;
@@ -83,16 +82,16 @@ private:
   std::uint64_t fileBytes_ = 0;
   std::uint64_t runBytes_ = UINT64_MAX;
   std::atomic<std::uint64_t> progress_{0};
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  TOpenFiles files_;                                 // guarded by mutex_
-  std::vector<std::unique_ptr<TSpoolFile>> full_;    // to be closed; guarded by mutex_
-  std::vector<std::unique_ptr<TSpoolFile>> closing_; // being closed; the thread's
-  bool isClosing_ = false;                           // there are some; guarded by mutex_
-  bool closeNow_ = false;                            // and not at the next second; guarded by mutex_
-  std::vector<std::uint32_t> syncedImages_;          // of each file made, by number; guarded by mutex_
-  std::uint64_t imagesInSyncedFiles_ = 0;            // their sum; guarded by mutex_
-  std::uint64_t imagesOnDisk_ = 0;                   // of these, with records synced; guarded by mutex_
-  bool finishing_ = false;                           // guarded by mutex_
-  QuorinUtility::TQuorinWorkThread thread_;          // last: it uses all the others
+  TMutex mutex_;
+  TCondition changed_;
+  TOpenFiles files_ GUARDED_BY(mutex_);
+  std::vector<std::unique_ptr<TSpoolFile>> full_ GUARDED_BY(mutex_); // to be closed
+  std::vector<std::unique_ptr<TSpoolFile>> closing_;                 // being closed; the thread's
+  bool isClosing_ GUARDED_BY(mutex_) = false;                        // there are some
+  bool closeNow_ GUARDED_BY(mutex_) = false;                         // and not at the next second
+  std::vector<std::uint32_t> syncedImages_ GUARDED_BY(mutex_);       // of each file made, by number
+  std::uint64_t imagesInSyncedFiles_ GUARDED_BY(mutex_) = 0;         // their sum
+  std::uint64_t imagesOnDisk_ GUARDED_BY(mutex_) = 0;                // of these, with records synced
+  bool finishing_ GUARDED_BY(mutex_) = false;
+  QuorinUtility::TQuorinWorkThread thread_; // last: it uses all the others
 };

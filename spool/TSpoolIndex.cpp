@@ -15,7 +15,7 @@
 
 bool TSpoolIndex::Create(const std::string& directory)
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   path_ = directory + "/" + RunFormat::kIndexName;
   count_ = 0;
   file_ = TFileDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
@@ -29,7 +29,7 @@ std::size_t TSpoolIndex::Append(std::span<const TRecord> images)
   for (TRecord& record : records) record.recordChecksum = Checksum(&record, RunFormat::kCheckedRecordBytes);
   const std::size_t size = records.size() * sizeof(TRecord);
 
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   const std::uint64_t offset = count_ * sizeof(TRecord);
   if (!CheckUnchanged()) return 0;
   int error = CheckFileSizeLimit(offset + size);
@@ -56,7 +56,7 @@ std::size_t TSpoolIndex::WholeRecordsBehind(std::uint64_t offset) const
 
 std::uint64_t TSpoolIndex::Count()
 {
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   return count_;
 }
 
@@ -68,12 +68,14 @@ bool TSpoolIndex::CheckUnchanged()
 
 bool TSpoolIndex::Sync()
 {
+  int file = -1;
   {
-    const std::lock_guard lock(mutex_);
+    const TLock lock(mutex_);
     if (!file_.IsOpen() || syncFailed_ || !CheckUnchanged()) return false;
     if (std::exchange(isSynced_, true)) return true;
+    file = file_.Get();
   }
-  if (fdatasync(file_.Get()) == 0) return true;
+  if (fdatasync(file) == 0) return true;
   fault_->Raise("cannot write", path_, errno);
   syncFailed_ = true; // the system reports an error once only
   return false;
@@ -81,9 +83,12 @@ bool TSpoolIndex::Sync()
 
 bool TSpoolIndex::Close()
 {
-  if (!file_.IsOpen()) return true;
+  {
+    const TLock lock(mutex_);
+    if (!file_.IsOpen()) return true;
+  }
   const bool synced = Sync();
-  const std::lock_guard lock(mutex_);
+  const TLock lock(mutex_);
   if (file_.Close() == 0) return synced;
   fault_->Raise("cannot write", path_, errno);
   return false;

@@ -4,10 +4,10 @@
 
 #include "runs/run_format.h"
 #include "utility/file_access.h"
+#include "utility/TMutex.h"
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <span>
 #include <string>
 
@@ -37,14 +37,14 @@ public:
   bool Close();
 
 private:
-  bool CheckUnchanged();
-  std::size_t WholeRecordsBehind(std::uint64_t offset) const;
+  bool CheckUnchanged() REQUIRES(mutex_);
+  std::size_t WholeRecordsBehind(std::uint64_t offset) const REQUIRES(mutex_);
 
   TSpoolFault* fault_;
   std::string path_;
-  std::mutex mutex_;
-  TFileDescriptor file_;    // guarded by mutex_
-  std::uint64_t count_ = 0; // guarded by mutex_
+  TMutex mutex_;
+  TFileDescriptor file_ GUARDED_BY(mutex_);
+  std::uint64_t count_ GUARDED_BY(mutex_) = 0;
   std::atomic<bool> syncFailed_{false};
-  bool isSynced_ = true; // nothing was appended since the last sync began; guarded by mutex_
+  bool isSynced_ GUARDED_BY(mutex_) = true; // nothing was appended since the last sync began
 };

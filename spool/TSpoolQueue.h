@@ -50,11 +50,11 @@ public:
 private:
   bool popFirst(TSpoolFileData& data);
 
-  std::deque<TSpoolFileData> queue_;
-  QuorinUtility::TQuorinCriticalSection queueLock_; // guards queue_
-  bool aborted_ = false;
-  QuorinUtility::TQuorinCriticalSection abortedLock_; // guards aborted_; acquired after queueLock_ or alone
-  QuorinUtility::TQuorinEvent available_;             // stays set while there are elements, and once aborted
+  QuorinUtility::TQuorinCriticalSection queueLock_;
+  std::deque<TSpoolFileData> queue_ GUARDED_BY(queueLock_);
+  QuorinUtility::TQuorinCriticalSection abortedLock_; // acquired after queueLock_ or alone
+  bool aborted_ GUARDED_BY(abortedLock_) = false;
+  QuorinUtility::TQuorinEvent available_; // stays set while there are elements, and once aborted
 };
 
 /// Queues frames for a TCreateAndWriteFileTask. Borrows the queue. Thread-safe.
