@@ -4,12 +4,11 @@
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "utility/exports.h"
+#include "utility/TMutex.h"
 #include "utility/TQuorinCriticalSection.h"
 
 #include <atomic>
-#include <mutex>
 #include <pthread.h>
-#include <shared_mutex>
 #include <utility>
 
 TNeverDestroyed<std::map<long, TCamera>> HandleToCameraMap;
@@ -18,8 +17,9 @@ TNeverDestroyed<QuorinUtility::TQuorinCriticalSection> currentCameraShutdownMute
 
 namespace {
 
-// Guards the map: one thread may look a camera up while another thread opens one.
-TNeverDestroyed<std::shared_mutex> registryMutex;
+// Guards the map: one thread may look a camera up while another thread opens one. The map is exported and so cannot be
+// declared with its lock, which is not.
+TNeverDestroyed<TSharedMutex> registryMutex;
 
 std::atomic<bool> hasOpenCameras{false};
 std::atomic<bool> isForkedChild{false};
@@ -34,8 +34,7 @@ void AfterForkInChild()
 
 [[maybe_unused]] const int forkHandler = pthread_atfork(nullptr, nullptr, AfterForkInChild);
 
-// Called with registryMutex locked.
-TCamera* Find(long handle)
+TCamera* Find(long handle) REQUIRES_SHARED(registryMutex.object)
 {
   const auto entry = HandleToCameraMap.object.find(handle);
   return entry == HandleToCameraMap.object.end() ? &InvalidCamera : &entry->second;
@@ -46,7 +45,7 @@ TCamera* Find(long handle)
 TCamera* getCameraFromHandle(long handle)
 {
   if (IsForkedChild()) return &InvalidCamera;
-  const std::shared_lock lock(registryMutex.object);
+  const TSharedLock lock(registryMutex.object);
   return Find(handle);
 }
 VXMCD_PLAIN_NAME(getCameraFromHandle, _Z19getCameraFromHandlel);
@@ -68,7 +67,7 @@ bool IsCameraOpen(long handle)
 
 void RegisterCamera(long handle, const TCamera& camera)
 {
-  const std::unique_lock lock(registryMutex.object);
+  const TLock lock(registryMutex.object);
   HandleToCameraMap.object.insert_or_assign(handle, camera);
   hasOpenCameras = true;
   PublishCoreHandle(handle, static_cast<int>(camera.cameraHandle));
@@ -76,7 +75,7 @@ void RegisterCamera(long handle, const TCamera& camera)
 
 void UnregisterCamera(long handle)
 {
-  const std::unique_lock lock(registryMutex.object);
+  const TLock lock(registryMutex.object);
   HandleToCameraMap.object.erase(handle);
   hasOpenCameras = !HandleToCameraMap.object.empty();
   PublishCoreHandle(handle, kNoCoreHandle);
@@ -85,7 +84,7 @@ void UnregisterCamera(long handle)
 TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager)
 {
   if (IsForkedChild()) return nullptr;
-  const std::shared_lock lock(registryMutex.object);
+  const TSharedLock lock(registryMutex.object);
   TCamera* const camera = Find(handle);
   if (!camera->acquisitionManager) return nullptr;
   manager = camera->acquisitionManager;
@@ -95,7 +94,7 @@ TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager)
 
 TVxmcdAcquisitionManager* CloseCameraToNewUses(TCamera& camera)
 {
-  const std::unique_lock lock(registryMutex.object);
+  const TLock lock(registryMutex.object);
   return std::exchange(camera.acquisitionManager, nullptr);
 }
 

@@ -3,23 +3,22 @@
 #include "api/trigger_board_library.h"
 
 #include "api/camera_registry.h"
+#include "utility/TMutex.h"
 
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <new>
-#include <shared_mutex>
 
 TLoadUSBi2cDll* gblp_LoadUSBi2cDll = nullptr;
 
 namespace {
 
 // Locked shared by calls into the library, exclusively to load or unload it.
-TNeverDestroyed<std::shared_mutex> libraryMutex;
+TNeverDestroyed<TSharedMutex> libraryMutex;
 
 // Locked before libraryMutex. A call unlocks it at once; a load or unload keeps it locked, since otherwise overlapping
 // calls would delay it without limit.
-TNeverDestroyed<std::mutex> turnMutex;
+TNeverDestroyed<TMutex> turnMutex;
 
 // A plug-in may call these functions again; such a call must not wait for its turn.
 thread_local int usesOfThisThread = 0;
@@ -42,7 +41,7 @@ alignas(TLoadUSBi2cDll) std::byte placeOfNone[sizeof(TLoadUSBi2cDll)];
 const TLoadUSBi2cDll* const noLibrary = new (placeOfNone) TLoadUSBi2cDll(TLoadUSBi2cDll::TUnloaded{});
 
 template <class... TArguments>
-void Replace(TArguments... arguments)
+void Replace(TArguments... arguments) REQUIRES(libraryMutex.object)
 {
   const TReplacing replacing;
   if (gblp_LoadUSBi2cDll) std::destroy_at(gblp_LoadUSBi2cDll);
@@ -58,16 +57,16 @@ void Replace(TArguments... arguments)
 
 void LoadTriggerBoardLibrary(const std::atomic<int>& cameras)
 {
-  const std::lock_guard turn(turnMutex.object);
-  const std::unique_lock lock(libraryMutex.object);
+  const TLock turn(turnMutex.object);
+  const TLock lock(libraryMutex.object);
   if (cameras > 0) Replace();
 }
 
 void UnloadTriggerBoardLibrary(const std::atomic<int>& cameras)
 {
   if (IsForkedChild()) return;
-  const std::lock_guard turn(turnMutex.object);
-  const std::unique_lock lock(libraryMutex.object);
+  const TLock turn(turnMutex.object);
+  const TLock lock(libraryMutex.object);
   if (gblp_LoadUSBi2cDll && cameras == 0) Replace(TLoadUSBi2cDll::TUnloaded{});
 }
 
@@ -79,13 +78,13 @@ TTriggerBoardUse::TTriggerBoardUse()
   }
   isCounted_ = true;
   if (usesOfThisThread++ == 0) {
-    const std::lock_guard turn(turnMutex.object);
-    libraryMutex.object.lock_shared();
+    const TLock turn(turnMutex.object);
+    libraryMutex.object.LockShared();
   }
   library_ = gblp_LoadUSBi2cDll;
 }
 
 TTriggerBoardUse::~TTriggerBoardUse()
 {
-  if (isCounted_ && --usesOfThisThread == 0) libraryMutex.object.unlock_shared();
+  if (isCounted_ && --usesOfThisThread == 0) libraryMutex.object.UnlockShared();
 }

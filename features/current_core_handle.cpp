@@ -2,13 +2,12 @@
 // Which camera is current, and which device of the feature library that is.
 #include "features/current_core_handle.h"
 
+#include "utility/TMutex.h"
 #include "utility/TNeverDestroyed.h"
 
 #include <atomic>
 #include <cstdint>
 #include <map>
-#include <mutex>
-#include <shared_mutex>
 
 long gblVxmcdCameraHandle = kFirstCameraHandle;
 
@@ -28,19 +27,18 @@ std::atomic<bool> isForgotten{false};
 
 struct TOpenDevices
 {
-  std::shared_mutex mutex;
-  std::map<long, int> coreHandles; // by camera handle; guarded by mutex
+  TSharedMutex mutex;
+  std::map<long, int> coreHandles GUARDED_BY(mutex); // by camera handle
 };
 TNeverDestroyed<TOpenDevices> openDevices;
 
-// Callers hold the mutex.
-int Find(long handle)
+int Find(long handle) REQUIRES_SHARED(openDevices.object.mutex)
 {
   const auto entry = openDevices.object.coreHandles.find(handle);
   return entry == openDevices.object.coreHandles.end() ? kNoCoreHandle : entry->second;
 }
 
-void PublishPair()
+void PublishPair() REQUIRES(openDevices.object.mutex)
 {
   const long handle = CurrentCameraHandle();
   const bool isInRange = handle == static_cast<std::int32_t>(handle);
@@ -60,20 +58,20 @@ int CurrentCoreHandle() noexcept
   const long handle = CurrentCameraHandle();
   const TCurrent pair = current;
   if (pair.handle == handle) return pair.coreHandle;
-  const std::shared_lock lock(openDevices.object.mutex);
+  const TSharedLock lock(openDevices.object.mutex);
   return Find(handle);
 }
 
 void PublishCurrentCamera(long handle)
 {
-  const std::unique_lock lock(openDevices.object.mutex);
+  const TLock lock(openDevices.object.mutex);
   __atomic_store_n(&gblVxmcdCameraHandle, handle, __ATOMIC_RELEASE);
   PublishPair();
 }
 
 void PublishCoreHandle(long handle, int coreHandle)
 {
-  const std::unique_lock lock(openDevices.object.mutex);
+  const TLock lock(openDevices.object.mutex);
   if (coreHandle == kNoCoreHandle)
     openDevices.object.coreHandles.erase(handle);
   else
