@@ -110,56 +110,6 @@ TEST_F(PseudoAcquisitionMode, RejectsCountsThatNoRunCanHave)
   EXPECT_EQ(encoding_.present, L"Mono16");
 }
 
-TEST_F(PseudoAcquisitionMode, CountThatCannotBeWrittenNowIsWrittenBeforeTheNextStart)
-{
-  mode_.SetMode(2);
-  accumulate_.code = VX_ERR_NOT_WRITABLE;
-  EXPECT_EQ(mode_.SetNumberAccumulations(8), 4);
-  EXPECT_EQ(accumulate_.present, 1);
-  EXPECT_EQ(mode_.GetNumberAccumulations(), 8);
-
-  EXPECT_EQ(mode_.ApplyPending(), 4) << "not yet";
-  accumulate_.code = VX_ERR_OUT_OF_RANGE;
-  EXPECT_EQ(mode_.ApplyPending(), 1);
-  accumulate_.code = VX_SUCCESS;
-  EXPECT_EQ(mode_.ApplyPending(), 0);
-  EXPECT_EQ(accumulate_.present, 8);
-  accumulate_.present = 0;
-  EXPECT_EQ(mode_.ApplyPending(), 0);
-  EXPECT_EQ(accumulate_.present, 0) << "written once";
-}
-
-// Programs set the counts first, and only the mode tells the camera.
-TEST_F(PseudoAcquisitionMode, CountSetBeforeItsModeIsRefusedWithIt)
-{
-  mode_.SetMode(5);
-  mode_.SetNumberAccumulations(4);
-  mode_.SetNumberKinetics(10);
-  for (TFakeInt* const refusing : {&accumulate_, &frames_})
-    for (const int mode : {2, 3})
-      for (const int code : {VX_ERR_OUT_OF_RANGE, VX_ERR_NOT_IMPLEMENTED}) {
-        refusing->limit = 3;
-        refusing->limitCode = code;
-        // One image may do without a count of its exposures.
-        const bool mayLack = refusing == &frames_ && mode == 2 && code == VX_ERR_NOT_IMPLEMENTED;
-        EXPECT_EQ(mode_.SetMode(mode), mayLack ? 0 : 1) << mode << " " << code;
-        EXPECT_EQ(mode_.GetMode(), mayLack ? mode : 5);
-        refusing->limit = INT_MAX;
-        mode_.SetMode(5);
-      }
-
-  accumulate_.code = VX_ERR_NOT_WRITABLE;
-  EXPECT_EQ(mode_.SetMode(3), 4) << "written before the next start";
-  EXPECT_EQ(mode_.GetMode(), 3);
-  accumulate_.code = VX_SUCCESS;
-  EXPECT_EQ(mode_.ApplyPending(), 0);
-  EXPECT_EQ(frames_.present, 40);
-
-  cycle_.writeCode = VX_ERR_STRING_NOT_AVAILABLE;
-  EXPECT_EQ(mode_.SetMode(1), 0) << "the acquisition thread ends finite runs";
-  EXPECT_EQ(mode_.SetMode(5), 1);
-}
-
 // Nothing is pending on a camera whose only value is the one that is asked for.
 TEST_F(PseudoAcquisitionMode, WhatTheCameraHasAlreadyNeedNotBeWritten)
 {

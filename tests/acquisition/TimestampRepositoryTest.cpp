@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The newest timestamps of a run, and ticks as times.
-#include "acquisition/TClockTicks.h"
+// The newest timestamps of a run.
 #include "acquisition/TTimestampRepository.h"
 
 #include <gtest/gtest.h>
@@ -50,22 +49,6 @@ TEST(TimestampRepository, RemembersWhenTheFirstFrameCame)
   EXPECT_LE(stored, after);
   EXPECT_EQ(local.tm_wday, first.dayOfWeek);
   EXPECT_LT(first.millisecond, 1000);
-}
-
-TEST(TimestampRepository, WithoutCapacityOnlyCounts)
-{
-  TTimestampRepository repository(0);
-  repository.AddTimestamp(1);
-  std::int64_t ticks = 0;
-  EXPECT_EQ(repository.GetTimestamp(0, ticks), 1);
-  EXPECT_EQ(repository.Throughput(), 1u);
-}
-
-TEST(ClockTicks, ConvertsByFrequency)
-{
-  const TClockTicks clock(40e6);
-  EXPECT_FLOAT_EQ(clock.ToSeconds(10000000), 0.25F);
-  EXPECT_FLOAT_EQ(clock.ToMilliSeconds(10000000), 250.0F);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Bounded strings, sleeping under signals, and identifiers.
+// Bounded strings, and sleeping under signals.
 #include "utility/TQuorinMisc.h"
 
 #include "tests/utility/SystemCalls.h"
@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <string>
-#include <unistd.h>
 
 using QuorinUtility::TQuorinMisc;
 
@@ -65,13 +64,4 @@ TEST(QuorinMisc, SleepLastsItsTimeWhateverSignalsArrive)
   sigaction(SIGUSR1, &before, nullptr);
   EXPECT_GE(slept, std::chrono::milliseconds(60));
   EXPECT_GT(handled, 0);
-}
-
-TEST(QuorinMisc, IdentifiersAreTheSystems)
-{
-  EXPECT_EQ(TQuorinMisc::GetProcessID(), static_cast<unsigned int>(getpid()));
-  EXPECT_EQ(TQuorinMisc::GetThreadID(), TQuorinMisc::GetProcessID()); // on the main thread
-  unsigned int other = 0;
-  std::thread([&] { other = TQuorinMisc::GetThreadID(); }).join();
-  EXPECT_NE(other, TQuorinMisc::GetThreadID());
 }
