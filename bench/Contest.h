@@ -50,12 +50,12 @@ public:
     for (const Entrant& entrant : entrants_) {
       const auto report = [&](const char* what, double value) { state.counters[entrant.name + what] = value; };
       report("_disk_GBps", bytes_ * 1e-9 / middle(entrant, &WritingCost::diskSeconds));
-      report("_taken_GBps", bytes_ * 1e-9 / middle(entrant, &WritingCost::handOverSeconds));
+      report("_accepted_GBps", bytes_ * 1e-9 / middle(entrant, &WritingCost::acceptedSeconds));
       report("_cpu_s_per_GB", middle(entrant, &WritingCost::cpuSeconds) / (bytes_ * 1e-9));
       if (entrant.costs.front().longestMs > 0) report("_longest_ms", middle(entrant, &WritingCost::longestMs));
       if (&entrant == &entrants_.front()) continue;
       state.counters["x_" + entrant.name + "_disk"] = timesFaster(entrant, &WritingCost::diskSeconds);
-      state.counters["x_" + entrant.name + "_taken"] = timesFaster(entrant, &WritingCost::handOverSeconds);
+      state.counters["x_" + entrant.name + "_accepted"] = timesFaster(entrant, &WritingCost::acceptedSeconds);
     }
   }
 

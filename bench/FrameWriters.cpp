@@ -39,7 +39,7 @@ WritingCost writeFile(const std::string& directory, int flags, std::size_t bytes
               "pwrite");
     }
   }
-  clock.handedOver();
+  clock.accepted();
   require(fdatasync(file) == 0, "fdatasync");
   close(file);
   return clock.onDisk();
@@ -47,7 +47,7 @@ WritingCost writeFile(const std::string& directory, int flags, std::size_t bytes
 
 [[maybe_unused]] WritingCost syncClosedFile(const std::string& path, WritingClock& clock)
 {
-  clock.handedOver();
+  clock.accepted();
   const int file = open(path.c_str(), O_WRONLY);
   require(file >= 0 && fdatasync(file) == 0, "fdatasync");
   close(file);
@@ -83,7 +83,7 @@ WritingCost writeTiff(const std::string& directory, const FrameSource& frames, l
 #endif
 
 #ifdef VXMCD_BENCHMARK_HDF5
-// One data set, a frame a chunk, handed over as the chunk that it is.
+// One data set, a frame a chunk.
 WritingCost writeHdf5(const std::string& directory, const FrameSource& frames, long count)
 {
   const std::string path = directory + "/frames.h5";
@@ -122,14 +122,14 @@ WritingClock::WritingClock()
 {
 }
 
-void WritingClock::handedOver()
+void WritingClock::accepted()
 {
-  handedOver_ = secondsOfClock(CLOCK_MONOTONIC);
+  accepted_ = secondsOfClock(CLOCK_MONOTONIC);
 }
 
 WritingCost WritingClock::onDisk() const
 {
-  return {handedOver_ - begin_, secondsOfClock(CLOCK_MONOTONIC) - begin_,
+  return {accepted_ - begin_, secondsOfClock(CLOCK_MONOTONIC) - begin_,
           secondsOfClock(CLOCK_PROCESS_CPUTIME_ID) - cpuBegin_, 0};
 }
 

@@ -26,7 +26,7 @@ private:
 /// What writing a series of frames took.
 struct WritingCost
 {
-  double handOverSeconds = 0; ///< until the last frame had been taken over; much may be in the page cache only
+  double acceptedSeconds = 0; ///< until the last frame had been accepted; much may be in the page cache only
   double diskSeconds = 0;     ///< until everything was on the disk
   double cpuSeconds = 0;      ///< of all threads of the process, until everything was on the disk
   double longestMs = 0;       ///< that handing over one frame took, where that was measured
@@ -37,14 +37,14 @@ class WritingClock
 {
 public:
   WritingClock();
-  void handedOver();
+  void accepted();
   /// Everything is on the disk.
   WritingCost onDisk() const;
 
 private:
   double begin_;
   double cpuBegin_;
-  double handedOver_ = 0;
+  double accepted_ = 0;
 };
 
 /// A way of writing @p count frames into @p directory, everything included until it is on the disk.

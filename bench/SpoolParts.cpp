@@ -49,7 +49,7 @@ WritingCost writeThroughParts(const std::string& directory, const TSpoolLayout& 
             "spooling a frame");
     longest = std::max(longest, secondsOfClock(CLOCK_MONOTONIC) - begin);
   }
-  clock.handedOver();
+  clock.accepted();
   algorithm->Finish();
   files.Finish();
   require(index.Close() && !fault.IsRaised() && index.Count() == static_cast<std::uint64_t>(count),

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kSeries = 3;
-constexpr auto kPollingPace = std::chrono::milliseconds(1);
+constexpr auto kPollingPeriod = std::chrono::milliseconds(1);
 constexpr std::size_t kFilesKept = 8; // more than are ever open
 
 bool isRunning()
@@ -42,7 +42,7 @@ void setSeries(const std::string& directory, int method, long count)
 
 void waitUntilOver()
 {
-  while (isRunning()) std::this_thread::sleep_for(kPollingPace);
+  while (isRunning()) std::this_thread::sleep_for(kPollingPeriod);
 }
 
 /// What the run's description says, or -1.
@@ -104,8 +104,8 @@ WritingCost spoolSeries(const BenchmarkCamera& camera, const std::string& direct
   setSeries(directory, method, count);
   WritingClock clock;
   require(StartAcquisition() == RC_SUCCESS, "StartAcquisition");
-  while (camera.framesSoFar() < count && isRunning()) std::this_thread::sleep_for(kPollingPace);
-  clock.handedOver();
+  while (camera.framesSoFar() < count && isRunning()) std::this_thread::sleep_for(kPollingPeriod);
+  clock.accepted();
   waitUntilOver();
   const WritingCost cost = clock.onDisk();
   require(imagesWritten(directory) == count, "every frame is written");
@@ -128,7 +128,7 @@ PacedResult spoolAtRate(const BenchmarkCamera& camera, const std::string& direct
       const std::chrono::duration<double> due(static_cast<double>(result.frames) / framesPerSecond);
       std::this_thread::sleep_until(begin + std::chrono::duration_cast<std::chrono::nanoseconds>(due));
       VXSIM_PushFrames(0, 1); // what does not fit is counted as overflowed
-      result.mostWaiting = std::max(result.mostWaiting, result.frames + 1 - camera.framesSoFar());
+      result.maxWaiting = std::max(result.maxWaiting, result.frames + 1 - camera.framesSoFar());
     }
     result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     waitUntilOver();

@@ -18,7 +18,7 @@ struct PacedResult
   long frames = 0;              ///< the camera made
   long written = 0;             ///< on the disk
   std::uint64_t overflowed = 0; ///< lost since the camera had no room for them
-  long mostWaiting = 0;         ///< frames that the library had not begun to write, at most
+  long maxWaiting = 0;         ///< frames that the library had not begun to write, at most
   double seconds = 0;           ///< of the camera's run
   double cpuSeconds = 0;
 };

@@ -2,8 +2,8 @@
 // Writing runs to the disk: the library against plain writes of the same bytes and against the libraries of other
 // formats, and the library's parts against each other.
 //
-// `*_disk_GBps` is what everything took until the bytes were on the disk, with the last fdatasync(); `*_taken_GBps`
-// until the last frame was taken over, when the rest may still be in the page cache or in memory.
+// `*_disk_GBps` is what everything took until the bytes were on the disk, with the last fdatasync(); `*_accepted_GBps`
+// until the last frame was accepted, when the rest may still be in the page cache or in memory.
 // `*_cpu_s_per_GB` is processor time of this process, without what the kernel's own threads do for the page cache.
 // `x_*` says how many times faster the first is than the others. Disks change their speed from minute to minute, so
 // only what is measured within a round is compared.
@@ -110,7 +110,7 @@ void againstOthers(benchmark::State& state, Geometry geometry, bool withMetadata
   runRounds(state, contest);
 }
 
-/// The two methods of SetSpool(), each with the way that the library chooses for it.
+/// The two methods of SetSpool(), each with the layout that the library chooses for it.
 void methods(benchmark::State& state)
 {
   BenchmarkCamera camera(kLarge.width, kLarge.height);
@@ -123,7 +123,7 @@ void methods(benchmark::State& state)
   runRounds(state, contest);
 }
 
-/// A way of putting the library's parts together.
+/// A combination of the library's parts.
 struct Variant
 {
   const char* name;
@@ -219,7 +219,7 @@ void paced(benchmark::State& state, double part)
     state.counters["frames"] = static_cast<double>(count);
     state.counters["overflowed"] = static_cast<double>(result.overflowed);
     state.counters["not_written"] = static_cast<double>(count - result.written);
-    state.counters["most_waiting"] = static_cast<double>(result.mostWaiting);
+    state.counters["max_waiting"] = static_cast<double>(result.maxWaiting);
     state.counters["cpu_s_per_GB"] = result.cpuSeconds / (static_cast<double>(result.frames) * frameGB);
   }
 }

@@ -12,7 +12,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <sched.h>
 #include <span>
 #include <sys/file.h>
@@ -193,19 +192,6 @@ TEST_P(SpoolMethods, NothingOfAnEarlierFrameIsWrittenBehindAShortOne)
   }
 }
 
-TEST_F(Spool, OnlyFiniteRunsAreWrittenAndOnlyWhileItIsOn)
-{
-  Open();
-  SpoolTo(run_.Path(), kImagesTogether);
-  StartUntilAborted();
-  Push(5);
-  ASSERT_TRUE(HasImages(5));
-  ASSERT_EQ(AbortAcquisition(), RC_SUCCESS);
-  ASSERT_EQ(SetSpool(0, kImagePerFile, nullptr), RC_SUCCESS);
-  ExpectCleanRun();
-  EXPECT_FALSE(fs::exists(run_.Path()));
-}
-
 TEST_F(Spool, WrongArgumentsAreRefusedBeforeTheCameraIsLookedUp)
 {
   std::array<char, 2> path{"x"};
@@ -214,9 +200,19 @@ TEST_F(Spool, WrongArgumentsAreRefusedBeforeTheCameraIsLookedUp)
   EXPECT_EQ(SetSpool(0, 1, nullptr), RC_NOT_INITIALIZED);
   EXPECT_EQ(SetSpoolThreadCount(0), RC_P1_INVALID);
   EXPECT_EQ(SetSpoolThreadCount(1), RC_NOT_INITIALIZED);
+}
+
+TEST_F(Spool, OnlyFiniteRunsAreWrittenAndOnlyWhileItIsOn)
+{
   Open();
-  EXPECT_EQ(SetSpool(2, 1, nullptr), RC_SUCCESS) << "only 1 switches it on";
+  SpoolTo(run_.Path(), kImagesTogether);
+  StartUntilAborted();
+  Push(5);
+  ASSERT_TRUE(HasImages(5));
+  ASSERT_EQ(AbortAcquisition(), RC_SUCCESS);
+  ASSERT_EQ(SetSpool(2, kImagePerFile, nullptr), RC_SUCCESS) << "only 1 switches it on";
   ExpectCleanRun();
+  EXPECT_FALSE(fs::exists(run_.Path()));
 }
 
 // What fills the page cache is missing when memory for the next ring is looked for.
@@ -407,11 +403,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, SpoolFullDisk,
                                            TSize{16, 8, kImagesTogether, 28000, 2},
                                            TSize{512, 512, kImagesTogether, 20, 2}));
 
-class SpoolKilled : public SpoolMethods
-{
-};
-
-TEST_P(SpoolKilled, WhatTheIndexNamesIsOnDisk)
+TEST_P(SpoolMethods, WhatTheIndexNamesIsOnDiskThoughTheProgramIsKilled)
 {
   constexpr int kTimes = kHasSanitizer ? 5 : 12;
   std::uint64_t found = 0;
@@ -442,7 +434,5 @@ TEST_P(SpoolKilled, WhatTheIndexNamesIsOnDisk)
   }
   EXPECT_GT(found, 0u);
 }
-
-INSTANTIATE_TEST_SUITE_P(Methods, SpoolKilled, ::testing::Values(kImagePerFile, kImagesTogether));
 
 } // namespace

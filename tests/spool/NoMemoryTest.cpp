@@ -12,7 +12,6 @@
 
 #include <fcntl.h>
 #include <new>
-#include <ostream>
 #include <sys/file.h>
 #include <unistd.h>
 #include <vector>
@@ -23,11 +22,6 @@ struct TCase
 {
   int method;
   std::size_t imageBytes;
-
-  friend std::ostream& operator<<(std::ostream& stream, const TCase& value)
-  {
-    return stream << "method " << value.method << ", " << value.imageBytes << " bytes";
-  }
 };
 
 class SpoolWithoutMemory : public ::testing::TestWithParam<TCase>

@@ -10,11 +10,6 @@ namespace {
 
 unsigned char frame[4];
 
-bool IsEndMarker(const TSpoolFileData& data)
-{
-  return data == TSpoolFileData();
-}
-
 } // namespace
 
 TEST(SpoolQueue, GivesFramesBackInOrder)
@@ -26,10 +21,7 @@ TEST(SpoolQueue, GivesFramesBackInOrder)
   EXPECT_EQ(algorithm.Spool(1, frame + 1, 3), 1);
   EXPECT_FALSE(queue.IsEmpty());
   EXPECT_EQ(queue.Retrieve(), TSpoolFileData(frame, 0, 4));
-  const TSpoolFileData second = queue.Retrieve();
-  EXPECT_EQ(second, TSpoolFileData(frame + 1, 1, 3));
-  EXPECT_EQ(second.error, 0);
-  EXPECT_EQ(second.image, nullptr);
+  EXPECT_EQ(queue.Retrieve(), TSpoolFileData(frame + 1, 1, 3));
   EXPECT_TRUE(queue.IsEmpty());
   EXPECT_EQ(TQueuingSpoolAlgorithm(nullptr).Spool(0, frame, 4), 0);
 }
@@ -42,9 +34,9 @@ TEST(SpoolQueue, IsAbortedForGoodWhateverItHolds)
   queue.Abort();
   queue.Abort();
   EXPECT_TRUE(queue.IsAborted());
-  EXPECT_TRUE(IsEndMarker(queue.Retrieve()));
+  EXPECT_EQ(queue.Retrieve(), TSpoolFileData());
   queue.Queue(TSpoolFileData(frame, 2, 4));
-  EXPECT_TRUE(IsEndMarker(queue.Retrieve()));
+  EXPECT_EQ(queue.Retrieve(), TSpoolFileData());
   EXPECT_FALSE(queue.IsEmpty());
 }
 
@@ -55,7 +47,7 @@ TEST(SpoolQueue, AnAbortWhileTheLastFrameIsTakenIsNotMissed)
     std::atomic<bool> started{false};
     std::thread reader([&] {
       started = true;
-      while (!IsEndMarker(queue.Retrieve())) {
+      while (!(queue.Retrieve() == TSpoolFileData())) {
       }
     });
     while (!started) std::this_thread::yield();
