@@ -8,8 +8,11 @@
 #include "vxcore/simulated/imaging/TCounterPattern.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace vxtool {
 namespace {
@@ -158,10 +161,12 @@ TEST_F(RecordProgram, WhatIsThereAlreadyIsNotReplacedUnasked)
             4);
   EXPECT_FALSE(fs::exists(directory_.Path("new"))) << "said before the first image";
   EXPECT_EQ(TextOf(Directory() + "/" + RunFormat::kDescriptionName), description);
-  Configure(std::string(kCounterCamera) + "[Faults]\nRule = call VX_Command feature AcquisitionStart rc 54\n");
-  EXPECT_EQ(Count(Run(Record({"--frames", "4", "--overwrite"})), "written"), 0)
-      << "the three are of the earlier run";
-  Configure(kCounterCamera);
+  const int lock = open(Directory().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(lock, LOCK_EX), 0); // as a program does that records into it
+  const TOutcome locked = Run(Record({"--frames", "4", "--overwrite"}));
+  EXPECT_EQ(locked.exitCode, 4) << locked.errors;
+  EXPECT_EQ(Count(locked, "written"), 0) << "the three are of the earlier run";
+  close(lock);
   PutFileBytes(Directory() + "/notes.txt", "mine");
   EXPECT_EQ(Run(Record({"--frames", "4", "--overwrite"})).exitCode, 0);
   EXPECT_EQ(Count(Run({"convert", Directory(), "--verify", "--json"}), "right"), 4);
