@@ -48,14 +48,13 @@ TEST_F(Concurrency, ClosingWaitsForTheCallUnderWay)
 {
   Open();
   AddFault("call VX_GetInt feature SensorHeight delay 200ms");
-  VXSIM_StartCallLog(0);
   std::thread caller([] {
     int width = 0;
     int height = 0;
     EXPECT_EQ(GetDetector(&width, &height), RC_SUCCESS)
         << "the width is read after the delay, from an open camera";
   });
-  EXPECT_TRUE(Eventually([] { return VXSIM_GetCallCount() > 0; }));
+  EXPECT_TRUE(Eventually([] { return VXSIM_GetFaultsFired() > 0; }));
   EXPECT_EQ(ShutDown(), RC_SUCCESS);
   caller.join();
 }
