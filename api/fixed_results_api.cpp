@@ -46,6 +46,7 @@ struct TFixedValue
   }
 // Defined under another name, because the header lets callers pass anything before the output. The position of an
 // output does not count floating-point arguments, which are passed in other registers.
+// NOLINTBEGIN(bugprone-macro-parentheses): a list of arguments has its parentheses
 #define FIXED_VALUE(name, parameters, outputs, type, fixed, code, reason)                                         \
   extern "C" VXMCD_API unsigned int Define##name parameters __asm__(#name);                                       \
   unsigned int Define##name parameters                                                                            \
@@ -53,4 +54,5 @@ struct TFixedValue
     TFixedValue<type>{fixed} outputs;                                                                             \
     return code;                                                                                                  \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 #include "api/fixed_results.def"
