@@ -189,6 +189,10 @@ TEST_P(SpoolPipeline, FailsWhenItsFilesAreRemovedOrTruncated)
     Write(2, [&, harm = harm, file = file] { harm(run_.Path() + "/spool_" + file + ".dat"); });
     EXPECT_EQ(run_.Text("run", "State"), "failed") << file;
     EXPECT_THAT(run_.Text("run", "Failure"), HasSubstr("removed or truncated")) << file;
+    if (file == std::string("index")) continue;
+    long readable = 0;
+    run_.VisitImages([&](auto, const Image& bytes) { readable += bytes.empty() ? 0 : 1; });
+    EXPECT_LE(run_.Number("run", "ImagesWritten"), readable) << file;
   }
 }
 
