@@ -6,7 +6,7 @@
 
 namespace vxtool {
 
-/// A file that images are written to. Owned by whoever made it; one thread at a time. Every operation returns
+/// A file that images are written to. Owned by the code that made it; one thread at a time. Every operation returns
 /// false on failure, and Error() then says in one line what failed and why. After a failed Write() the file is
 /// still to be closed: it then holds the images written before, and its headers say how many these are.
 class IImageWriter

@@ -16,7 +16,7 @@ enum class CoolingEnd
   Failed,
 };
 
-/// Where the cooling stands, for whoever shows it.
+/// How far the cooling is, for the progress line.
 struct TCoolingProgress
 {
   double seconds = 0.0;
