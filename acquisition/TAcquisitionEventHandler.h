@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What an application's acquisition events would hang on.
+// Receiver of the per-frame notifications of a run.
 #pragma once
 
 #include "utility/IDispatchRoutine.h"

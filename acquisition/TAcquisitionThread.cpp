@@ -266,7 +266,7 @@ int TAcquisitionThread::Fetch(unsigned char*& buffer, int& sizeBytes)
 
     const TQuorinTime now = Now();
 
-    // A clock that was set back tells nothing about the time that has passed: count from here.
+    // A clock that was set back does not show how much time has passed: count from here.
     if (now.Microseconds() < start.Microseconds()) start = now;
     if (now.Microseconds() / 1000 - start.Microseconds() / 1000 >= limitMs || IsEnding()) return result;
     if (HasQueueFailed()) return result;

@@ -26,7 +26,7 @@ class TQuorinCriticalSection;
 
 /// One worker thread for the life of a camera's acquisition manager, which owns it; between runs it sleeps. A run
 /// takes frames from the fetch queue to the dispatch queue until its frames are counted down, until Stop(), or
-/// until a fetch or a dispatch fails; then the camera is told to stop. The object borrows everything it is given, which
+/// until a fetch or a dispatch fails; then it stops the camera. The object borrows everything it is given, which
 /// must outlive it.
 ///
 /// The setters are for when no run is in progress; Start(), Stop(), the waits and the flags come from any thread.
@@ -54,8 +54,8 @@ public:
   /// Asks the run in progress, or just requested, to end. Does not wait; it ends when the present wait for a frame
   /// does, within one fetch slice of 100 ms.
   void Stop();
-  /// Begins no new wait for a frame until EndStopAttempt() or Stop(), for one slice at most: the camera is being
-  /// told to stop, which ends the wait in progress, and a new one would last a slice for nothing.
+  /// Begins no new wait for a frame until EndStopAttempt() or Stop(), for one slice at most: the camera is stopping,
+  /// which ends the wait in progress, and a new one would last a whole slice without a frame.
   void BeginStopAttempt();
   /// The camera has not stopped, and the run goes on.
   void EndStopAttempt();
@@ -123,8 +123,8 @@ private:
   TPerformanceLog performanceLog_;
   std::uint64_t strayBuffers_ = 0; // of the run in progress; acquisition thread only
 
-  // runChanged_ is notified of every change. Begun and ended are the numbers of the last run that did so; the started and
-  // stopped events mirror them, but cannot tell one run from the next.
+  // runChanged_ is notified of every change. Begun and ended are the numbers of the last run that did so; the started
+  // and stopped events mirror them, but do not say which run they belong to.
   TMutex runMutex_;
   TCondition runChanged_;
   std::uint64_t requestedRun_ GUARDED_BY(runMutex_) = 0;

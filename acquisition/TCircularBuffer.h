@@ -83,15 +83,15 @@ public:
   bool IsSlot(const unsigned char* buffer) const;
   /// Makes @p buffer the slot of the next image. Frames normally arrive in slot order and nothing changes; after a
   /// lost slot the table follows what the camera does, so that image n is always the n-th frame delivered. Returns
-  /// false for memory that is not a slot of this ring. @p timestamp is the camera's clock value in it. Acquisition thread
-  /// only.
+  /// false for memory that is not a slot of this ring. @p timestamp is the camera's clock value in it. Acquisition
+  /// thread only.
   bool PlaceNext(const unsigned char* buffer, TFrameTimestamp timestamp = {});
   /// As GetBufferForImage(); the memory stays until ReleaseBuffer().
   TFrameMemory AcquireBufferForImage(std::uint64_t image);
   void ReleaseBuffer(const unsigned char* buffer);
   /// Whether what the caller has read of @p buffer, which AcquireBufferForImage() gave for this image, is of this image
   /// alone: the camera has not begun to write over it. It may be ahead of the frames counted so far by as many as
-  /// there are slots. Where frames carry a clock value, the slots that the camera fills before this one tell how far
+  /// there are slots. Where frames carry a clock value, the slots that the camera fills before this one show how far
   /// it is; where none of them does, an image of the newer half of the ring is taken for intact.
   bool IsImageIntact(std::uint64_t image, const unsigned char* buffer) const;
   /// The camera's clock value in this image, as it was when the image was counted.

@@ -5,7 +5,8 @@
 #include "acquisition/TRingDispatchQueue.h"
 #include "features/current_core_handle.h"
 
-/// Counts each frame and requeues its slot at once, so that a run needs no end and new images overwrite old ones. Owned by the acquisition manager.
+/// Counts each frame and requeues its slot at once, so that a run needs no end and new images overwrite old ones. Owned
+/// by the acquisition manager.
 class TDispatchQueue_Requeue final : public TRingDispatchQueue
 {
 public:

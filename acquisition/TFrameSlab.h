@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <memory>
 
-/// One mapping that holds the slots of a ring, and the table that says which slot's memory is where. Shared by the
+/// One mapping with all slots of a ring, and the table that says which slot's memory is where. Shared by the
 /// ring and by every copy that is being made out of it, so that memory stays until the last of them releases it. Slots
 /// start at multiples of a cache line, or of a page when they are that large, and are not zeroed. Large rings are in
 /// huge pages where the system has them: in the camera's first pass through the ring, making small pages takes longer

@@ -59,7 +59,7 @@ unsigned char* TMetadataParser::GetCIDLocation(unsigned char* end, std::int64_t 
   return Before(searchForChunkStartLocation(end, size, cid), kTrailerBytes);
 }
 
-// Lengths are not judged: what is walked over may be anything. Positions are counted in bytes from the frame's start,
+// Lengths are not checked: a chunk that is passed over may be anything. Positions are bytes from the frame's start,
 // in 64 bits, so every step leads down, and none out of the frame.
 unsigned char* TMetadataParser::searchForChunkStartLocation(unsigned char* end, std::int64_t size,
                                                             std::uint32_t cid) const

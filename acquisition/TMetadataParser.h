@@ -8,7 +8,7 @@
 /// identifier (CID) and its length, both unsigned 32-bit; the length counts data and CID. The chunks lie back to
 /// back, the last one ending with the buffer, and CID 0 ends the search. `end` is the first byte behind the frame
 /// and `size` its bytes; a null `end` throws TSDK3Exception. Only the end of the frame's memory ends the search
-/// otherwise: the lengths of the chunks passed over are not judged. Reentrant, without state.
+/// otherwise: the lengths of the chunks passed over are not checked. Reentrant, without state.
 class TMetadataParser final
 {
 public:

@@ -63,7 +63,7 @@ bool IsImplemented(IInt& feature)
   return feature.GetInt(present) != VX_ERR_NOT_IMPLEMENTED;
 }
 
-// A camera may lack a count that it can do without, and need not let one be written that it has already.
+// The camera may lack the count if @p mayLack, and need not accept a write of the value that it has already.
 int WriteCount(IInt& feature, int count, bool mayLack)
 {
   const int status = ToStatus(feature.SetInt(count));

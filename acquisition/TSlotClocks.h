@@ -22,8 +22,8 @@ public:
     std::int64_t offset; ///< in bytes from the start of the slot; kNowhere for a frame without a clock value
 
     bool IsKnown() const { return offset != kNowhere; }
-    /// Whether @p slot carries this value, which is known, now. A value that the camera is replacing compares equal only
-    /// as long as none of the bytes that change has changed.
+    /// Whether @p slot now has this value, which must be known. A value that the camera is replacing compares equal
+    /// only as long as none of the bytes that differ has been replaced.
     bool IsIn(const unsigned char* slot) const;
   };
 

@@ -16,6 +16,6 @@ struct TVXSystemTime
   std::int64_t second = 0;
   std::int64_t millisecond = 0;
 
-  /// Becomes the time of now. Reentrant.
+  /// Becomes the present time. Reentrant.
   void GetCurrentDateAndTimeOfDay();
 };

@@ -33,7 +33,7 @@ constexpr std::int64_t kMinSlots = 2;
 constexpr int kStartTimeoutMs = 1000;
 constexpr int kFinishTimeoutMs = 1000;
 constexpr int kProgressPollMs = 50;
-// The queue can hold no more filled buffers than slots; a few more looks cost nothing.
+// The camera has no more filled buffers than there are slots; a few more looks cost nothing.
 constexpr std::uint64_t kDrainMargin = 16;
 
 std::int64_t ReadFrameSize(int coreHandle)
@@ -258,7 +258,7 @@ bool TVxmcdAcquisitionManager::PrepareFinite(std::int64_t frameSizeBytes, std::i
   return true;
 }
 
-// Frames so large that the budget holds fewer slots than a ring needs get them if the machine has the memory.
+// Where frames are so large that the budget is too small for the slots that a ring needs, the ring exceeds the budget.
 bool TVxmcdAcquisitionManager::AllocateRing(std::int64_t frameSizeBytes, std::int64_t slotCount)
 {
   if (Allocate(frameSizeBytes, std::max(slotCount, kUsefulSlots))) return true;

@@ -82,9 +82,9 @@ public:
   int Start();
   /// Stops the run. Blocks until it has ended, for the time limit at most.
   int Stop();
-  /// Blocks while a finite run that has delivered all its frames brings them to the disk: for as long as that makes
-  /// progress, and the time limit beyond. Returns at once for any other run. False when that run has not ended: it makes
-  /// no progress, or a Stop() has ended the wait.
+  /// Blocks while a finite run that has delivered all its frames writes them to the disk: for as long as that makes
+  /// progress, and the time limit beyond. Returns at once for any other run. False when that run has not ended: it
+  /// makes no progress, or a Stop() has ended the wait.
   bool FinishDeliveredRun();
   /// Waits for a frame, for at most @p timeoutMs; a cancellation or a failed run ends the wait too.
   int Wait(int timeoutMs);

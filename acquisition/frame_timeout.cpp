@@ -30,7 +30,7 @@ int FrameTimeoutMs(int coreHandle)
   return FrameTimeoutMs(frameRate, accumulateCount);
 }
 
-// In floating point to the end, because a camera may say anything: what no int can hold is no limit.
+// In floating point to the end, since a camera may report any rate; a limit that does not fit into an int is no limit.
 int FrameTimeoutMs(double frameRate, long long accumulateCount)
 {
   const double periodMs = std::trunc(1000.0 / frameRate * static_cast<double>(accumulateCount));

@@ -11,10 +11,10 @@ class TDispatchQueue;
 class TAcquiredImage;
 
 /// Copies frames whose pixels are stored as @p Src into arrays of @p Dst. The retrieval entry points build one on
-/// their stack with the geometry of now, use it for one call and drop it; it borrows the queue, and a null queue
+/// their stack with the present geometry, use it for one call and drop it; it borrows the queue, and a null queue
 /// counts as an empty one. Reentrant: one thread per object. Reports errors as result codes, never throws.
 ///
-/// Sizes of arrays are counted in pixels. The geometry of now need not be that of the stored frames: a copy that
+/// Sizes of arrays are counted in pixels. The present geometry need not be that of the stored frames: a copy that
 /// would leave the stored frame is refused, and so is a frame of more pixels than an int can count.
 template <class Src, class Dst>
 class TFetchImage

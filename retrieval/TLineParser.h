@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// Steps from row to row through memory that holds rows of equal length. Used by TFetchImage, one for the stored
+/// Steps from row to row through memory with rows of equal length. Used by TFetchImage, one for the stored
 /// frame and one for the output; borrows the memory it walks. Reentrant. Reports refusal and end as null.
 class TLineParser final
 {
