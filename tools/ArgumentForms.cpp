@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Arguments that hold several numbers, read strictly.
+// Arguments of several numbers, read strictly.
 #include "tools/ArgumentForms.h"
 
 #include <charconv>

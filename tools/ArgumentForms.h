@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Arguments that hold several numbers.
+// Arguments of several numbers.
 #pragma once
 
 #include "tools/Options.h"

@@ -20,12 +20,12 @@ TAnswer<Value> Answer(const char* function, unsigned int code, const Value& valu
   return answer;
 }
 
-// A value that stays at @p untold has not been told.
+// A value that stays at @p unset was not written by the function.
 template <typename Value, typename Number>
-TAnswer<Value> AnswerUnless(Number untold, const char* function, unsigned int code, Number value)
+TAnswer<Value> AnswerUnless(Number unset, const char* function, unsigned int code, Number value)
 {
   TAnswer<Value> answer{function, code, std::nullopt};
-  if (code == RC_SUCCESS && value != untold) answer.value = static_cast<Value>(value);
+  if (code == RC_SUCCESS && value != unset) answer.value = static_cast<Value>(value);
   return answer;
 }
 
@@ -118,7 +118,7 @@ TAnswer<TPair<int>> AskTargetRange()
   return Answer("GetTemperatureRange", code, range);
 }
 
-// The function writes 0 for a target that the camera does not have: the range tells whether it has one.
+// The function writes 0 for a target that the camera does not have: the range shows whether it has one.
 TAnswer<float> AskTarget(unsigned int rangeCode)
 {
   float sensor = 0.0F;

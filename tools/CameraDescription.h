@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Everything that the library can tell of a camera, with the result code of each question.
+// Everything that the library reports about a camera, with the result code of each call.
 #pragma once
 
 #include "vxmcd.h"
@@ -11,7 +11,7 @@
 namespace vxtool {
 
 /// What a function of the library answered. Without a value: it failed with the code, or, with a code of success,
-/// the camera has nothing to tell.
+/// the camera has no such value.
 template <typename Value>
 struct TAnswer
 {

@@ -14,7 +14,7 @@ namespace {
 struct TBitWord
 {
   unsigned int bits;
-  const char* word; // "": tells nothing
+  const char* word; // "": not listed
 };
 
 constexpr TBitWord kAcquisitionModes[] = {{VXMCD_ACQUISITION_SINGLE, "single"},
@@ -74,7 +74,7 @@ std::string CameraType(unsigned int type)
   }
 }
 
-/// The words of a capability record, in the order of the bits. Bits that every camera has and that tell nothing
+/// The words of a capability record, in the order of the bits. Bits that every camera has
 /// have no word; bits that are not known appear as their number, "0x40".
 struct TCapabilityWords
 {
@@ -122,7 +122,7 @@ std::string FirmwareDate(unsigned int date)
 template <typename Value>
 std::string WhyNothing(const TAnswer<Value>& answer)
 {
-  if (answer.code == RC_SUCCESS) return "- (not told)";
+  if (answer.code == RC_SUCCESS) return "- (not reported)";
   return std::string("- (") + answer.function + ": " + vxmcd_GetResultName(answer.code) + ")";
 }
 

@@ -10,7 +10,7 @@ namespace vxtool {
 
 /// A line for each thing, with its line feed. A question that failed shows the name of its result code.
 std::string DescriptionText(const TCameraDescription& description);
-/// One line of JSON. What could not be told is null; "errors" lists the calls that failed.
+/// One line of JSON. What is not known is null; "errors" lists the calls that failed.
 std::string DescriptionJson(const TCameraDescription& description);
 
 } // namespace vxtool

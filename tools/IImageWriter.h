@@ -8,7 +8,7 @@ namespace vxtool {
 
 /// A file that images are written to. Owned by the code that made it; one thread at a time. Every operation returns
 /// false on failure, and Error() then says in one line what failed and why. After a failed Write() the file is
-/// still to be closed: it then holds the images written before, and its headers say how many these are.
+/// still to be closed: it then has the images written before, and its headers say how many these are.
 class IImageWriter
 {
 public:
@@ -18,7 +18,7 @@ public:
   /// Adds one image of exactly the shape's bytes.
   virtual bool Write(TPixelBytes pixels, const TImageLabel& label) = 0;
   /// Completes the file. One without an image is removed: it would not be a valid file. @p counts as they stand
-  /// before closing; ImagesWritten() says how many images the file holds in the end.
+  /// before closing; ImagesWritten() says how many images are in the file in the end.
   virtual bool Close(const TFrameCounts& counts) = 0;
   /// Images in the file. Close() may lower it when the disk is too full for the directory behind the images.
   virtual long ImagesWritten() const = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the parts of the tool tell each other about images: their shape, the run they belong to, their numbers.
+// What the parts of the tool pass to each other about images: their shape, the run they belong to, their numbers.
 #pragma once
 
 #include "runs/frame_decoding.h"
@@ -70,7 +70,7 @@ struct TRunFacts
   std::optional<double> pixelWidthMicrometres; ///< of a pixel of the sensor
   std::optional<double> pixelHeightMicrometres;
   std::optional<double> sensorCelsius; ///< the sensor's temperature at the start
-  std::optional<double> targetCelsius; ///< what the cooler aims at, when the command line has switched it on
+  std::optional<double> targetCelsius; ///< of the cooler, when the command line has switched it on
 };
 
 /// What the checksum that was stored with an image says of it.
@@ -110,13 +110,13 @@ struct TFrameCounts
   long notWritten = 0;       ///< of the fetched: not in the output file: an output error, or no file was asked for
   long withoutTimestamp = 0; ///< of the delivered: without a timestamp
 
-  /// Frames produced by the camera, as far as it can be told.
+  /// Frames produced by the camera, as far as it is known.
   long Produced() const { return delivered + lostInCamera.value_or(0); }
   /// Frames that are missing between the first and the last one written.
   long Lost() const { return lostInCamera.value_or(0) + overwritten; }
 };
 
-/// What the description of a recorded run tells, but for the number of images that a file may get.
+/// What the description of a recorded run says, except for the number of images that a file may get.
 TRunFacts FactsOf(const TRunDescription& run);
 /// "TRELLIS CMOS 101"; "" when it is not known.
 std::string CameraText(const TRunFacts& facts);

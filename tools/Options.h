@@ -135,7 +135,7 @@ struct TConvertOptions
 {
   std::string directory;
   TNumberRanges images;            ///< empty: all
-  std::optional<PixelDepth> depth; ///< without it what holds every pixel of the run
+  std::optional<PixelDepth> depth; ///< without it the smallest that every pixel of the run fits into
   bool isVerify = false;           ///< no output is needed: images are compared with their checksums all the same
   bool isSalvage = false;
   bool keepsDamaged = false;

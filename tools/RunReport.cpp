@@ -57,7 +57,7 @@ std::string RunReportText(const TRunSummary& summary)
   std::string text = ReportHeadline(summary.outcome, summary.seconds, t.fetched) + ImagesText(summary);
   text += ReportRow(t.lostInCamera ? "produced by the camera" : "produced by the camera, at least", t.Produced());
   text += ReportRow("  lost in the camera", t.lostInCamera ? std::to_string(*t.lostInCamera) : "unknown",
-                    t.lostInCamera ? "" : "(no even pace or no timestamps to tell by)");
+                    t.lostInCamera ? "" : "(no timestamps, or no constant frame period)");
   text += ReportRow("  delivered", t.delivered);
   if (summary.spoolDirectory.empty()) {
     text += ReportRow("    overwritten before fetched", t.overwritten);

@@ -16,7 +16,7 @@ struct TRunSummary
   std::string output;         ///< the file, "" for none
   std::string spoolDirectory; ///< where the library has written the frames, "" for nowhere
   TFrameCounts counts;
-  bool isWrittenKnown = true; ///< whether the counts tell what is on disk
+  bool isWrittenKnown = true; ///< whether it is known what is on disk
   TImageShape shape;
   TRunFacts facts;
   std::optional<double> celsiusAtEnd;

@@ -169,7 +169,7 @@ ExitCode TAcquireCommand::ReportAndFinish(const TRunResult& result)
   const double expected = result.seconds / (setUp_.CycleSeconds() * options_.accumulations);
   if (options_.trigger == Trigger::Internal && result.seconds > 1.0 && expected > 10.0 &&
       static_cast<double>(counts.Produced()) < kSlowPart * expected)
-    Say("the camera made far fewer frames than its frame rate promises");
+    Say("the camera made far fewer frames than its frame rate would give");
   if (!result.statistics.AddsUp()) return Fail(ExitCode::CameraError, "internal error: the counts do not add up");
 
   if (std::fflush(stdout) != 0 || result.isOutputFailed) return ExitCode::OutputError;

@@ -162,8 +162,8 @@ bool TCameraSetUp::SetArea(const TImageAreaOptions& area)
   return Check("--area", "SetImage", WriteArea(area_));
 }
 
-// SetImage() does not report a binning that the camera does not have, and nothing tells the binning in force. So
-// it is found out: with a binning of b the whole sensor fits, and one binned pixel more does not.
+// SetImage() does not report a binning that the camera does not have, and no function reports the binning in force.
+// So it is tried: with a binning of b the whole sensor fits, and one binned pixel more does not.
 bool TCameraSetUp::IsBinningInForce() const
 {
   TSensorArea wider = area_;

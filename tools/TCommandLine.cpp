@@ -133,14 +133,15 @@ void AddReadoutOptions(CLI::App& app, TReadoutOptions& readout)
   index("--amplifier", readout.amplifier, "Amplifier of channel 0");
   index("--speed", readout.speed, "Horizontal shift speed; without --amplifier or --gain that of amplifier 0");
   index("--gain", readout.gain, "Pre-amplifier gain; chooses channel and amplifier that go with it");
-  AddWord(app, "--baseline-clamp", readout.isBaselineClamped, kSwitches, "Hold the level of dark pixels")
+  AddWord(app, "--baseline-clamp", readout.isBaselineClamped, kSwitches, "Keep the level of dark pixels constant")
       ->group(group);
 }
 
 void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
 {
   const char* const group = "Cooling";
-  app.add_option("--temperature", cooling.targetCelsius, "Switch the cooler on and aim at C degrees Celsius")
+  app.add_option("--temperature", cooling.targetCelsius,
+                 "Switch the cooler on, with a target of C degrees Celsius")
       ->check(CLI::Range(-273, 100).description(""))
       ->type_name("C")
       ->group(group);
@@ -165,7 +166,7 @@ void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
       ->type_name("FILE")
       ->group("Output");
   AddWord(app, "--format", options.output.format, kStackFormats,
-          "Format of the output file, if its name does not tell")
+          "Format of the output file, if its name does not say it")
       ->group("Output");
   app.add_option("--preview", options.output.preview, "Picture of the last image")
       ->type_name("FILE.png")
@@ -206,7 +207,7 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
          ".png (a picture of each)")
       ->type_name("FILE");
   AddWord(app, "--format", options.output.format, kFormats,
-          "Format of the output file, if its name does not tell");
+          "Format of the output file, if its name does not say it");
   app.add_option("--preview", options.output.preview, "Picture of the last image")->type_name("FILE.png");
   AddForm(
       app, "--images", [&options](const std::string& text) { return ParseImageNumbers(text, options.images); },
@@ -227,7 +228,7 @@ void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolM
   const char* const group = "Recording to disk during the run";
   app.add_option(
          "--spool", options.directory,
-         "Record every frame below this directory, in place of memory; an --output is made of it afterwards")
+         "Record every frame into this directory, in place of memory; an --output is made of it afterwards")
       ->type_name("DIRECTORY")
       ->group(group);
   AddWord(app, "--spool-method", method, kSpoolMethods,

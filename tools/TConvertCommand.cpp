@@ -58,8 +58,9 @@ std::optional<ExitCode> TConvertCommand::ReadRun()
   if (!index_.Read(options_.directory, run_.ImageLimit(), TInterrupt::Happened)) {
     if (TInterrupt::Happened()) return Fail(ExitCode::Interrupted, index_.Error());
     if (index_.IsMissing() && state != RunFormat::State::kComplete && !options_.isSalvage)
-      return Fail(ExitCode::InputError, index_.Error() + ": nothing tells which images are whole; --salvage takes "
-                                                         "those that are not all zeros");
+      return Fail(ExitCode::InputError, index_.Error() +
+                                            ": it is not known which images are whole; --salvage takes "
+                                            "those that are not all zeros");
     Say(index_.Error() + ": there are no checksums to compare with");
   }
   if (index_.Damaged() > 0)

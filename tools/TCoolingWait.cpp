@@ -42,7 +42,7 @@ CoolingEnd TCoolingWait::Run(const std::function<TAnswer<TTemperature>()>& ask,
     last_.targetCelsius = targetCelsius_;
     last_.state = answer.value->state;
     if (last_.state == RC_TEMP_STABILIZED) return CoolingEnd::Stable;
-    if (last_.state == RC_SUCCESS) return Fail("the camera does not tell whether its temperature is stable");
+    if (last_.state == RC_SUCCESS) return Fail("the camera does not report whether its temperature is stable");
     if (last_.state == RC_TEMP_OFF) return Fail(ResultText(answer.function, last_.state));
     onProgress(last_);
     if (limitSeconds_ > 0.0 && last_.seconds >= limitSeconds_)

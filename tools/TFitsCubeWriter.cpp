@@ -26,7 +26,7 @@ std::uint64_t SwapBytes(std::uint64_t word)
 
 std::uint64_t Swap16(std::uint64_t pixels)
 {
-  constexpr std::uint64_t kSignBits = 0x0080'0080'0080'0080; // the file holds pixel - 32768, BZERO adds it again
+  constexpr std::uint64_t kSignBits = 0x0080'0080'0080'0080; // the file has pixel - 32768, BZERO adds it again
   return SwapBytes(pixels) ^ kSignBits;
 }
 

@@ -28,7 +28,7 @@ public:
   bool ReadAt(std::uint64_t offset, std::span<std::byte> bytes);
   /// Cuts the file; a device, which has no length, counts as cut.
   bool Truncate(std::uint64_t length);
-  /// The file's length in bytes, 0 when it cannot be told.
+  /// The file's length in bytes, 0 when it cannot be found.
   std::uint64_t Length() const;
   bool Close();
   /// Closes and deletes a regular file.

@@ -8,7 +8,7 @@
 
 namespace vxtool {
 
-/// An 8-bit grey PNG picture of one image, stretched by its own brightness. It holds one image: a
+/// An 8-bit grey PNG picture of one image, stretched by its own brightness. It has one image: a
 /// second one is an error. Owns its file; one thread at a time; errors as IImageWriter says.
 class TPngPreviewWriter final : public IImageWriter
 {

@@ -16,7 +16,7 @@ class TProgressLine final
 public:
   TProgressLine(std::FILE* stream, bool isTerminal) : stream_(stream), isTerminal_(isTerminal) {}
   void Show(const TProgress& progress);
-  /// Shows any text. @param seconds  since the start of what it tells about
+  /// Shows any text. @param seconds  since the start of what it describes
   void ShowText(const std::string& text, double seconds);
   /// Ends the line on a terminal, so that other output starts below it. The next text counts its seconds from 0.
   void Finish();

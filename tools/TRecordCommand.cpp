@@ -91,7 +91,7 @@ std::optional<long> TRecordCommand::AskWritten(const std::string& earlierStart, 
   const TRunDescription run = FinalDescription(options_.spool.directory, earlierStart);
   if (run.IsMissing() && end == RunEnd::OutputFailed) return 0; // the library could not even begin
   if (!run.Error().empty()) {
-    Say(run.Error() + ": how many images are on the disk cannot be told");
+    Say(run.Error() + ": it is not known how many images are on the disk");
     return std::nullopt;
   }
   if (run.Values().startTime == earlierStart) return 0;

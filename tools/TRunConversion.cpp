@@ -140,7 +140,7 @@ bool TRunConversion::TakeImage(long& next, long last)
   const std::int64_t image = number - 1;
   const RunFormat::TIndexRecord* const record = index_.Find(image);
   if (!files_.ReadImage(image, frame_)) {
-    // Without records nothing tells the images of a file apart that is not there.
+    // Without records, the images of a missing file cannot be told apart.
     const bool isAlone = index_.Count() > 0;
     if (!isAlone) next = static_cast<long>(std::min<std::int64_t>(files_.UnreadableEnd(), last)) + 1;
     CountAbsent(number, next - 1, counts_.unreadable);

@@ -42,7 +42,7 @@ struct TConversionCounts
   long notReached = 0;     ///< the conversion ended before
   long written = 0;
   long notWritten = 0; ///< taken, but not in the output
-  long cut = 0;        ///< taken, but with pixels that the depth does not hold
+  long cut = 0;        ///< taken, but with pixels that do not fit into the depth
 
   long Missing() const { return wrong + unrecorded + unreadable; }
   bool AddsUp() const;
@@ -63,7 +63,7 @@ public:
   RunEnd Run();
 
   const TConversionCounts& Counts() const { return counts_; }
-  /// An output file that turned out to hold fewer images than were given to it.
+  /// Of an output file that turned out to have fewer images than were written to it.
   void MoveToNotWritten(long count);
   /// The counts of the run itself, for its files.
   TFrameCounts RunCounts() const;

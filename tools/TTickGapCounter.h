@@ -9,7 +9,7 @@ namespace vxtool {
 /// Takes the timestamps of the delivered images of one run in their order and counts the frames missing between
 /// them, for a camera that makes frames at a constant rate. The frame period is learned from the run itself, as the
 /// lower quartile of the first intervals, because the camera's tick frequency is not known here: up to three quarters
-/// of these may have a gap. A camera that loses more than that looks like a slower camera. Two images tell nothing:
+/// of these may have a gap. A camera that loses more than that looks like a slower camera. Two images show nothing:
 /// their interval is the frame period. One thread at a time.
 class TTickGapCounter final
 {

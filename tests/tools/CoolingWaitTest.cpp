@@ -34,7 +34,7 @@ TEST(CoolingWait, EndsWithTheReasonWhenItCannotBecomeStable)
 {
   const std::pair<unsigned int, const char*> cases[] = {
       {RC_TEMP_NOT_REACHED, "within the time limit"},
-      {RC_SUCCESS, "does not tell"},
+      {RC_SUCCESS, "does not report"},
       {RC_TEMP_OFF, "20034 RC_TEMP_OFF"},
       {RC_FEATURE_ERROR, "GetTemperatureF: 20013 RC_FEATURE_ERROR"},
   };

@@ -114,7 +114,7 @@ TEST_F(RecordProgram, DescriptionThatCannotBeReadIsNotTakenForAnEmptyDisk)
   kill(child, SIGINT);
   const TOutcome outcome = Finish(child);
   EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
-  EXPECT_NE(outcome.errors.find("is not a regular file: how many images are on the disk cannot be told"),
+  EXPECT_NE(outcome.errors.find("is not a regular file: it is not known how many images are on the disk"),
             std::string::npos)
       << outcome.errors;
   EXPECT_TRUE(nlohmann::json::parse(outcome.output)["written"].is_null()) << outcome.output;
