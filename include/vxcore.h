@@ -77,8 +77,8 @@ extern "C" {
 /** @} */
 
 /** @name Library and devices
- *  Calls are counted: the last VX_FinaliseLibrary() closes every device still open. When the configuration has an error,
- *  VX_InitialiseLibrary() answers #VX_ERR_CONFIGURATION and prints on standard error what is wrong.
+ *  Calls are counted: the last VX_FinaliseLibrary() closes every device still open. When the configuration has an
+ *  error, VX_InitialiseLibrary() answers #VX_ERR_CONFIGURATION and prints on standard error what is wrong.
  *  @{ */
 VXCORE_API int VX_InitialiseLibrary(void);
 VXCORE_API int VX_FinaliseLibrary(void);

@@ -82,7 +82,7 @@ VXCORE_API int VXSIM_PushWaitCode(int device, int code);
 /** Gives one pulse on the external trigger input, now. With the real clock a sensor that is busy ignores it. */
 VXCORE_API int VXSIM_FireTrigger(int device);
 /**
- * Lets @p seconds (0 to 1e6) of the camera's time pass at once, while a run pauses; a test cools a sensor in this way.
+ * Advances the camera's time by @p seconds (0 to 1e6) at once; a run pauses meanwhile. A test cools a sensor with it.
  * With the real clock only the camera's temperatures change. `TimeScale` applies to temperatures here, too.
  * @return #VX_ERR_NOT_AVAILABLE when the device is not open; #VX_ERR_OUT_OF_RANGE
  */

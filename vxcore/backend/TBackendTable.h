@@ -14,7 +14,7 @@
 
 namespace vxcore {
 
-/// What a backend is made from: the entries of its own sections, or null without any configuration.
+/// What a backend is made from: the entries of its sections, or null without any configuration.
 using TBackendEntries = std::vector<TConfigurationEntry>;
 
 /// A backend that the library knows.

@@ -36,7 +36,7 @@ bool ScanLines(const std::string& text, TKeyLines& keyLines, std::string& error)
     if (line.empty() || line.front() == ';' || line.front() == '#') continue;
     const std::string where = "line " + std::to_string(number);
     if (line.find('\0') != std::string_view::npos) {
-      error = where + ": holds a zero byte";
+      error = where + ": has a zero byte";
       return false;
     }
     if (line.front() == '[') {

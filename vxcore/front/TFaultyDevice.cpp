@@ -23,7 +23,7 @@ int TFaultyDevice::WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* si
   const auto begin = TClock::now();
   while (true) {
     TFrame frame;
-    // Whoever lost a frame waits on for what is left of its time.
+    // After a lost frame, the wait continues for the rest of the time.
     unsigned int left = timeoutMs;
     if (timeoutMs != VX_INFINITE) {
       const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(TClock::now() - begin).count();
@@ -77,7 +77,7 @@ bool TFaultyDevice::HasMetadata()
   return feature && feature->GetBool(enabled) == VX_SUCCESS && enabled;
 }
 
-/// Changes a frame as planned. False: it is lost. The buffer of a frame that is not delivered goes back to the
+/// Changes a frame as planned. False: it is lost. The buffer of a frame that is not delivered is requeued with the
 /// device.
 bool TFaultyDevice::Apply(TDeviceLock& lock, const std::vector<TPlannedFault>& faults, TFrame& frame)
 {

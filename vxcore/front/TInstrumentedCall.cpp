@@ -60,7 +60,7 @@ void WriteText(const TCallInfo& info, const std::wstring& text)
   info.outText[length] = L'\0';
 }
 
-/// Acts on a call instead of its body. Gives the code.
+/// Applies a rule to a call in place of its body. Returns the code of the call.
 int ActOnCall(const TCallInfo& info, const TFaultRule& rule, const std::function<int()>& body)
 {
   if (rule.fault.durationNs > 0) std::this_thread::sleep_for(std::chrono::nanoseconds(rule.fault.durationNs));

@@ -45,7 +45,8 @@ int OnFeature(const TCallInfo& info, Body&& body) noexcept
   });
 }
 
-/// The same for features that a handle may lack: @p missing is what is answered then.
+/// Sets *@p flag to what @p body(feature, exists) returns; the feature is null when the handle has none of that name, and
+/// for those of the system handle.
 template <typename Body>
 int AskFlag(const TCallInfo& info, int* flag, Body&& body) noexcept
 {

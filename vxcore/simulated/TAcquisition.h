@@ -53,7 +53,7 @@ public:
 
   /// The camera's temperatures as they are now.
   TThermalModel& Thermal();
-  /// Moves the camera's time; a run pauses meanwhile. With the real clock only temperatures notice.
+  /// Moves the camera's time; a run pauses meanwhile. With the real clock only temperatures change.
   int AdvanceTime(double seconds);
   /// What the FIFO registers show: the fill of the camera's memory, FifoCapacity() when it is full.
   long long FifoFill() const;
@@ -95,7 +95,7 @@ private:
   TCameraClock clock_;
   TFrameSchedule schedule_;
   TFramePainter painter_;
-  TPaintingTurn turn_; ///< keeps buffer and painter from everybody else
+  TPaintingTurn turn_; ///< makes others wait while a buffer and the painter are in use
   TFrameBuffers buffers_;
   TSensorFaults faults_;
   uint32_t runNumber_ = kNoRun;

@@ -13,7 +13,7 @@
 
 namespace vxsim {
 
-/// Whose time a camera keeps.
+/// The clock of a camera's frames.
 enum class EClock
 {
   Real, ///< frames are made in real time, on a thread of the camera
@@ -35,7 +35,7 @@ struct TTriggerSource
   double delaySeconds = 0.0; ///< from the start of the acquisition to the first pulse
 };
 
-/// A device that a camera's I2C bus does without.
+/// A device that is missing on a camera's I2C bus.
 struct TMissingI2cDevice
 {
   bool onController = false;

@@ -15,8 +15,8 @@ namespace vxsim {
 
 class TSimulatedCamera;
 
-/// Outlives the open camera: counters of its last opening, whether it is plugged in, and what its potentiometers
-/// remember. Owned by the backend, guarded by the device's lock.
+/// Outlives the open camera: counters of its last opening, whether it is plugged in, and the power-on values of
+/// its potentiometers. Owned by the backend, guarded by the device's lock.
 struct TDeviceStatus
 {
   TSimulatedCamera* camera = nullptr; ///< from its opening to the end of its Close()

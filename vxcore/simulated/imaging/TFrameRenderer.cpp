@@ -18,7 +18,7 @@ namespace {
 
 constexpr float kMaxCount = 2147483520.0f;   // the largest float below 2^31
 constexpr double kCeilingSigmas = 4.0;       // of read noise above a full well
-constexpr float kHidingReadVariance = 0.25f; // from here on single electrons cannot be told apart
+constexpr float kHidingReadVariance = 0.25f; // from here on single electrons are hidden
 constexpr std::size_t kBlock = TNoiseTable::kBlockPixels;
 
 bool IsTestPattern(ESceneKind kind)

@@ -41,7 +41,7 @@ struct TSensorSettings
   double fullWellElectrons = 30000.0;
   double quantumEfficiency = 0.6;      ///< electrons per photon, scales every scene
   double darkElectronsPerSecond = 0.1; ///< per pixel at the reference temperature
-  double darkReferenceCelsius = 0.0;   ///< where the dark current above holds
+  double darkReferenceCelsius = 0.0;   ///< the temperature of the dark current above
   double darkDoublingCelsius = 6.0;    ///< warming by this doubles it
   double hotPixelFraction = 1e-4;      ///< pixels with a dark current 50 to 1000 times the others'
   std::uint64_t seed = 1;              ///< places hot pixels, scene objects and noise

@@ -24,7 +24,7 @@ void Shuffle(std::vector<Value>& values, std::uint64_t stream)
   for (std::size_t i = values.size() - 1; i > 0; --i) std::swap(values[i], values[random.NextBelow(i + 1)]);
 }
 
-/// Lets a block start at any entry: its values run on at the table's beginning.
+/// Repeats the table's beginning behind its end, so that a block may start at any entry.
 template <class Value>
 void WrapAround(std::vector<Value>& values)
 {
@@ -112,7 +112,7 @@ void TNoiseTable::MakePoisson()
   std::vector<std::uint8_t> sorted;
   for (std::size_t level = 0; level < kLevels; ++level) {
     const double mean = LevelMean(level);
-    std::vector<long> entriesOf; // how many entries hold each number of electrons
+    std::vector<long> entriesOf; // how many entries have each number of electrons
     double probability = std::exp(-mean);
     double below = probability;
     long placed = 0;

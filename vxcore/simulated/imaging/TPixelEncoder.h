@@ -13,7 +13,7 @@ namespace vxsim {
 class TPixelEncoder final
 {
 public:
-  /// The largest count the encoding holds.
+  /// The largest count of the encoding.
   static std::int32_t MaximumCount(EPixelEncoding encoding);
 
   /// Bits of an encoding that keeps the top bits of a deeper read-out: 8, 12, 16 or 31.

@@ -86,7 +86,7 @@ using EShotNoise = TPixelKernel::EShotNoise;
         ((PlaceOfMean(mean < TNoiseTable::kMaxMean ? mean : 0.0f) + chance) >> kFractionBits);
     places[i] = level * static_cast<std::int32_t>(TNoiseTable::kPoissonStride) + (draw.index[i] & kEntryMask);
   }
-  // These reads do not vectorise, so they have a loop of their own.
+  // These reads do not vectorise, so they have a separate loop.
   for (std::size_t i = 0; i < pixels; ++i) electrons[i] = draw.poisson[places[i]];
   return large != 0;
 }

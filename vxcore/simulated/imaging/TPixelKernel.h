@@ -32,7 +32,7 @@ public:
   {
     None,    ///< no noise at all, shot or read-out
     Blended, ///< Poisson up to the least mean of the block, normal for the light above it; means and variances are
-             ///< exact, and where read noise hides single electrons nothing can be told from Exact
+             ///< exact, and where read noise hides single electrons the result looks like Exact's
     Exact,   ///< Poisson for every mean below TNoiseTable::kMaxMean, normal for the others; slower
   };
 
