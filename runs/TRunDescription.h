@@ -60,7 +60,7 @@ public:
   /// What is odd about the description, a line each.
   const std::vector<std::string>& Notes() const { return notes_; }
 
-  /// How to decode an image; nothing when the description does not tell, and LayoutProblem() says why.
+  /// How to decode an image; nothing when the description lacks it, and LayoutProblem() says why.
   const std::optional<TFrameLayout>& Layout() const { return layout_; }
   const std::string& LayoutProblem() const { return layoutProblem_; }
   /// The numbers of images, from 0, are below this.

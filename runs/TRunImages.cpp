@@ -66,7 +66,7 @@ bool TRunImages::ReadImage(std::int64_t image, std::vector<std::byte>& bytes)
     return false;
   }
   const auto offset = static_cast<std::uint64_t>(image % imagesPerFile_ * imageBytes_);
-  // Before any memory is asked for: the description may tell of images that no file could hold.
+  // Before any memory is allocated: by the description, an image may be larger than any file can be.
   if (file_.Length() < offset + static_cast<std::uint64_t>(imageBytes_)) {
     error_ = path + ": is too short";
     unreadableEnd_ = (number + 1) * imagesPerFile_;

@@ -24,7 +24,7 @@ using TPixelBytes = std::span<const std::byte>;
 std::optional<RunFormat::Encoding> EncodingOf(const std::string& name);
 /// Bytes that the pixels of one row take, without padding.
 std::int64_t RowBytes(RunFormat::Encoding encoding, int width);
-/// The smallest depth that holds every pixel of the encoding.
+/// The smallest depth that every pixel of the encoding fits into.
 PixelDepth WholeDepth(RunFormat::Encoding encoding);
 
 /// Where the pixels of a frame are.

@@ -189,7 +189,7 @@ struct TEncoding
 {
   const char* name;  ///< the value of kPixelEncoding
   int bytesPerPixel; ///< 0: packed
-  int bits;          ///< of the smallest of 8, 16 and 32 that hold every pixel
+  int bits;          ///< the smallest of 8, 16 and 32 that every pixel fits into
   bool isSigned;
   const char* meaning;
 };

@@ -41,7 +41,7 @@ def text():
         *(f'    "{key.name}": "{key.section}",' for key in f.keys),
         "}",
         "",
-        "# Encoding: NumPy's type that holds its pixels.",
+        "# Encoding: NumPy's type of its pixels.",
         "PIXEL_TYPES = {",
         *(f'    "{encoding.name}": "{pixel_type(encoding)}",' for encoding in f.encodings),
         "}",

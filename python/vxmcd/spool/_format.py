@@ -53,7 +53,7 @@ SECTIONS = {
     "SerialNumber": "camera",
 }
 
-# Encoding: NumPy's type that holds its pixels.
+# Encoding: NumPy's type of its pixels.
 PIXEL_TYPES = {
     "Mono8": "u1",
     "Mono12": "<u2",

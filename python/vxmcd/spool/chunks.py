@@ -19,7 +19,7 @@ def find_chunk(frame: np.ndarray, identifier: int) -> Optional[bytes]:
     while end >= _TRAILER:
         cid, length = struct.unpack("<II", frame[end - _TRAILER:end].tobytes())
         start = end - CHUNK_FIELD_BYTES - length
-        if start < 0:  # other lengths are not judged
+        if start < 0:  # other lengths are not checked
             return None
         if cid == identifier:
             return frame[start:end - _TRAILER].tobytes()

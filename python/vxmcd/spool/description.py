@@ -60,7 +60,7 @@ def _maybe(key, convert=str):
 @dataclasses.dataclass(frozen=True)
 class RunDescription:
     """How a run was taken. Times are seconds, rates Hz, `image_size` and `stride` bytes; columns and rows of the sensor
-    count from 1. What the camera could not tell is None."""
+    count from 1. What the camera did not report is None."""
 
     images_per_file: int = _key("ImagesPerFile", _positive)
     image_size: int = _key("ImageSize", _positive)

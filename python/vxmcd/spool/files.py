@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The files that hold the images."""
+"""The files with the images."""
 from __future__ import annotations
 
 import os

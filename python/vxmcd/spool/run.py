@@ -18,7 +18,7 @@ from .index import NO_INDEX, read_index
 from .number_gaps import NumberGaps
 from .xxh3 import xxh3_64
 
-_SCAN_BYTES = 2**22  # looked at together when nothing tells which images are there
+_SCAN_BYTES = 2**22  # searched at a time when it is not known which images are there
 
 
 class SpoolRun:
@@ -28,7 +28,7 @@ class SpoolRun:
     `salvage=True` takes what can be had of others: of a run that was killed or is still going on, with a damaged index or
     damaged images. It leaves out images whose checksum does not fit, and lists in `unrecorded` those that are not all zeros
     and have no record: they may be torn, or whole behind an index that a power failure has cut short. `keep_unrecorded=True`
-    takes them too; when the index is lost or has no record at all they are taken anyway. Nothing tells whether they are
+    takes them too; when the index is lost or has no record at all they are taken anyway. It is not known whether they are
     whole, and `is_checked` is then False. `vxmcd convert --salvage` does the same.
 
     verify: compare every image with its checksum when opening, which reads all of them. Damaged images raise
@@ -99,7 +99,7 @@ class SpoolRun:
         return bool(place < self.numbers.size and self.numbers[place] == number)
 
     def __getitem__(self, number: Union[int, slice]) -> np.ndarray:
-        """An image as an array of its own; of a slice all its images, (images, rows, columns)."""
+        """An image as a separate array; of a slice all its images, (images, rows, columns)."""
         if isinstance(number, slice):
             return self._stack(range(*number.indices(len(self))))
         number = self._number(number)
