@@ -34,7 +34,7 @@ public:
   /// A text of one line: control characters become spaces, and spaces at either end go.
   int SetText(const char* section, const char* key, const std::string& value);
   int SetInteger(const char* section, const char* key, std::int64_t value);
-  /// With 17 significant digits, enough to read back the very same number, and a decimal point in every language.
+  /// With 17 significant digits, enough to read back the very same number, and a decimal point in every locale.
   /// A number that is not finite is refused.
   int SetReal(const char* section, const char* key, double value);
   int SetBoolean(const char* section, const char* key, bool value);

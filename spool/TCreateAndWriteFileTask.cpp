@@ -120,7 +120,7 @@ void TCreateAndWriteFileTask::queueProcessedBufferForReuse(const TSpoolFileData&
   try {
     reuseQueue_->Queue(data);
   } catch (const std::exception& error) {
-    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "image %d cannot be handed back: %s", data.index,
-                                  error.what());
+    TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "the slot of image %d cannot be returned: %s",
+                                  data.index, error.what());
   }
 }

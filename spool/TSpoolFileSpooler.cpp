@@ -39,7 +39,7 @@ void AppendUtf8(std::string& text, std::uint32_t c)
   for (int i = following - 1; i >= 0; --i) text += static_cast<char>(0x80 | (c >> 6 * i & 0x3F));
 }
 
-// The narrow form of a wide text, in UTF-8 whatever the language of the program.
+// The narrow form of a wide text, in UTF-8 in every locale.
 std::string ToUtf8(const wchar_t* text)
 {
   std::string utf8;
