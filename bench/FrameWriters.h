@@ -58,7 +58,8 @@ struct FrameWriter
 WritingCost writeBuffered(const std::string& directory, const FrameSource& frames, long count);
 /// The same with frames in pieces of 256 KiB, which is the fastest plain way through the page cache.
 WritingCost writeInChunks(const std::string& directory, const FrameSource& frames, long count);
-/// One pwrite() for each frame, past the page cache. A frame that is no multiple of a page takes the rest of the page with it.
+/// One pwrite() for each frame, past the page cache. Of a frame that is no multiple of a page, the last page is written
+/// as a whole.
 WritingCost writeDirectly(const std::string& directory, const FrameSource& frames, long count);
 /// Whether the directory's file system can do that.
 bool canWriteDirectly(const std::string& directory);

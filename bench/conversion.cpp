@@ -28,7 +28,7 @@ constexpr int kPaddingBytes = 32;
 constexpr int kLargeWidth = 2048;
 constexpr int kSmallWidth = 128;
 
-// Hands out places in a piece of memory one after the other, or the same place each time.
+// Places in a piece of memory, one after the other, or the same place each time.
 class Rotation
 {
 public:

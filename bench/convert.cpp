@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What making a file of a recorded run takes, by the command `vxmcd convert`, against `cp` of the run's bytes. "warm" has
-// the run in the page cache, "cold" on the disk only, as it is some time after it was recorded. Both end when the copy is
-// in the page cache, on the disk or not (`cp` does not wait for that either).
+// What making a file of a recorded run takes, by the command `vxmcd convert`, against `cp` of the run's bytes. "warm"
+// has the run in the page cache, "cold" on the disk only, as it is some time after it was recorded. Both end when the
+// copy is in the page cache, on the disk or not (`cp` does not wait for that either).
 //
 // Environment: VXMCD_BENCHMARK_DIRECTORY and VXMCD_BENCHMARK_MIB (512) as of spool_benchmark.
 #include "BenchmarkCamera.h"

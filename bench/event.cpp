@@ -2,7 +2,7 @@
 // How long it takes from setting an event to the waiter running, one way, against a bare futex word and against a
 // mutex with a condition variable that is signalled under the mutex.
 //
-// Two threads, each on a core of its own, pass a turn back and forth; one way is half a round. On idle cores both
+// Two threads, each on a separate core, pass a turn back and forth; one way is half a round. On idle cores both
 // sleep between turns, so the figures contain what the machine takes to wake a core. On busy cores a thread of the
 // lowest priority keeps each core awake, which leaves the cost of the primitive and of the scheduler.
 #include "BenchmarkSetting.h"

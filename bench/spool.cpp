@@ -10,7 +10,7 @@
 //
 // Environment: VXMCD_BENCHMARK_DIRECTORY, where to write (the working directory); VXMCD_BENCHMARK_MIB, how much each
 // writes (2048, less when the disk has no room for four times of it); VXMCD_BENCHMARK_SECONDS, how long the
-// camera of the benchmarks "paced" runs (10).
+// camera of the benchmarks "fixed_rate" runs (10).
 #include "BenchmarkCamera.h"
 #include "BenchmarkDirectory.h"
 #include "BenchmarkSetting.h"
@@ -191,7 +191,7 @@ void checksum(benchmark::State& state, Geometry geometry)
 }
 
 /// What a camera loses that runs at part of the rate that the library has just shown.
-void paced(benchmark::State& state, double part)
+void fixedRate(benchmark::State& state, double part)
 {
   const BenchmarkDirectory& directory = BenchmarkDirectory::get();
   const double seconds = fromEnvironment("VXMCD_BENCHMARK_SECONDS", 10);
@@ -265,8 +265,8 @@ int main(int argc, char** argv)
     registerRounds(std::string("checksum/") + geometry.name, kRounds,
                    [=](auto& state) { checksum(state, geometry); });
   for (const int percent : {50, 90})
-    registerRounds("paced/" + std::to_string(percent) + "_percent", 1,
-                   [=](auto& state) { paced(state, percent / 100.0); });
+    registerRounds("fixed_rate/" + std::to_string(percent) + "_percent", 1,
+                   [=](auto& state) { fixedRate(state, percent / 100.0); });
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

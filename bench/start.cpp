@@ -8,7 +8,7 @@
 // bare hand-over to a sleeping thread and back takes is measured beside it (`hand_over_us`).
 //
 // In a pass the camera fills every slot once with a counter pattern, at the speed of the memory. `huge_pages` compares
-// rings of the same run with and without huge pages, which the system may be told not to give to the process.
+// rings of the same run with and without huge pages, which the system can be asked not to give to the process.
 #include "BenchmarkCamera.h"
 #include "BenchmarkSetting.h"
 #include "RegisterRounds.h"

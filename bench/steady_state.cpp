@@ -28,7 +28,7 @@ void waitForFrames(const BenchmarkCamera& camera, long count)
 {
   const long last = camera.framesSoFar() + count;
   while (camera.framesSoFar() < last)
-    std::this_thread::sleep_for(std::chrono::milliseconds(1)); // paces the polling
+    std::this_thread::sleep_for(std::chrono::milliseconds(1)); // between two polls
 }
 
 /// Counts while @p action goes on, which returns the number of frames it has seen.
