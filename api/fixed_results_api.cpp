@@ -44,7 +44,7 @@ struct TFixedValue
   {                                                                                                               \
     return code;                                                                                                  \
   }
-// Defined under another name, because the header lets callers pass anything before the output. The position of an
+// Defined under another name, because by the header callers may pass anything before the output. The position of an
 // output does not count floating-point arguments, which are passed in other registers.
 // NOLINTBEGIN(bugprone-macro-parentheses): a list of arguments has its parentheses
 #define FIXED_VALUE(name, parameters, outputs, type, fixed, code, reason)                                         \

@@ -17,7 +17,7 @@ file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/vxmcd.pc.in ${PROJECT_BINARY_DIR}/vxmcd.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vxmcd.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# Pages to read, in folders as here, so that their links hold.
+# Pages to read, in folders as here, so that their links work.
 install(FILES docs/man/vxmcd.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
 install(FILES docs/man/vxmcd.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
 install(FILES README.md CONTRIBUTING.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)

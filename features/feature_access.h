@@ -51,7 +51,7 @@ inline int ReadBool(int coreHandle, const wchar_t* feature, int& on)
   return VX_GetBool(coreHandle, feature, &on);
 }
 
-/// Any number is passed on; the device judges it.
+/// Any number is passed on; the device checks it.
 inline int WriteBool(int coreHandle, const wchar_t* feature, int on)
 {
   return VX_SetBool(coreHandle, feature, on);

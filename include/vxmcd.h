@@ -237,7 +237,7 @@ VXMCD_API unsigned int SetTriggerMode(int mode);
  */
 VXMCD_API unsigned int SendSoftwareTrigger(void);
 /**
- * Lets the next exposure overlap the read-out of the one before.
+ * Allows the next exposure to overlap the read-out of the one before.
  * @param on  0 off, 1 on
  * @return #RC_NOT_SUPPORTED without the feature; #RC_NOT_AVAILABLE when it cannot be read or changed now;
  *         #RC_P1_INVALID for any other value; else #RC_SUCCESS, also for every other refusal, such as that of a camera

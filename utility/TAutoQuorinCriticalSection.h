@@ -6,8 +6,8 @@
 
 namespace QuorinUtility {
 
-/// Enters a critical section when it is constructed and exits it when it is destroyed. Borrows the section, which must outlive
-/// it; used by the one thread that made it.
+/// Enters a critical section when it is constructed and exits it when it is destroyed. Borrows the section, which must
+/// outlive it; used by the one thread that made it.
 class SCOPED_LOCK_CLASS TAutoQuorinCriticalSection
 {
 public:

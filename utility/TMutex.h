@@ -85,8 +85,8 @@ private:
   TSharedMutex& mutex_;
 };
 
-/// A condition variable for a TMutex. What is waited for is a function of the guarded state, called with the mutex owned
-/// and best declared REQUIRES it; a wait ends when it answers true. Thread-safe.
+/// A condition variable for a TMutex. What is waited for is a function of the guarded state, called with the mutex
+/// owned and best declared REQUIRES it; a wait ends when it returns true. Thread-safe.
 class TCondition final
 {
 public:

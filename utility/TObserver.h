@@ -2,7 +2,7 @@
 // Receiver of change notifications.
 #pragma once
 
-/// Is notified of the changes of the subjects (TSubject) that it is registered with, on the thread that makes the change.
+/// Is notified of changes of the subjects (TSubject) that it is registered with, on the thread that makes the change.
 class TObserver
 {
 public:

@@ -11,9 +11,9 @@ namespace QuorinUtility {
 
 /// Opens one shared library by name, first in a directory and then, unless that is ruled out, through the system's
 /// own search, and looks up its symbols. Owned by whoever needs the library, who closes it before destroying the
-/// object: the destructor leaves it open. A process that has more rights than its user (a set-user-ID program) opens nothing
-/// from a directory, only what the system's own search finds. One object belongs to one thread at a time. Failures
-/// are answers, with the loader's text kept for GetErrorMessage(); nothing is thrown or logged.
+/// object: the destructor leaves it open. A process that has more rights than its user (a set-user-ID program) opens
+/// nothing from a directory, only what the system's own search finds. One object belongs to one thread at a time.
+/// Failures are answers, with the loader's text kept for GetErrorMessage(); nothing is thrown or logged.
 class TQuorinDynamicLoader final
 {
 public:

@@ -30,10 +30,10 @@ public:
 
   /// Waits until the event is signalled, for at most @p timeoutMs. 0 only looks: no system call, no sleep. A
   /// negative time-out other than Infinite has run out already and is the same. Returns whether the event was found
-  /// signalled: false after a time-out or any failure of the wait. The deadline is measured on the real-time clock, so stepping that clock
-  /// shortens or lengthens the wait. With automatic reset a Set() between the running out of the time and the
-  /// return of the wait is used up although the answer is false; callers that cannot miss it look at their own
-  /// state again. A thread cancelled in here leaves the event as if it had never waited.
+  /// signalled: false after a time-out or any failure of the wait. The deadline is measured on the real-time clock,
+  /// so stepping that clock shortens or lengthens the wait. With automatic reset, a Set() between the end of the
+  /// time and the return of the wait is used up although the result is false; callers that cannot miss it check
+  /// their state again. A thread cancelled in here leaves the event as if it had never waited.
   bool Wait(int timeoutMs);
 
   /// The time on the real-time clock that is @p timeoutMs from now.

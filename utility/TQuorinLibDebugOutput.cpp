@@ -64,7 +64,7 @@ public:
     va_end(arguments);
   }
 
-  /// One line, whatever the text holds.
+  /// One line, even if the text has line feeds.
   std::string_view Finish()
   {
     while (length_ > 0 && text_[length_ - 1] == '\n') --length_;

@@ -11,7 +11,7 @@ namespace QuorinUtility {
 /// for it as level[:destination]: level is error, warning, info or debug and includes the ones before it;
 /// destination is stderr, which is also the default, or the path of a file that lines are appended to. A setting
 /// that is not understood, or a file that cannot be opened, leaves the log off and says so on standard error once.
-/// A line holds the time (UTC), thread, level, file:line, function and text, and is written with one system call.
+/// A line has the time (UTC), thread, level, file:line, function and text, and is written with one system call.
 /// Thread-safe; nothing here throws, blocks on a lock or changes errno. A call that writes nothing costs one
 /// relaxed load.
 class TQuorinLibDebugOutput final

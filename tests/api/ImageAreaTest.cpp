@@ -73,7 +73,7 @@ TEST_F(ImageArea, LastFailureOfTheOrderIsTold)
   EXPECT_EQ(SetImage(1, 1, INT_MIN, INT_MAX / 2, INT_MIN, INT_MAX / 2), RC_P6_INVALID);
   EXPECT_EQ(SetImage(1, 1, INT_MAX, INT_MIN / 2, INT_MAX, INT_MIN / 2), RC_P6_INVALID);
 
-  EXPECT_EQ(SetImage(1000, 1, 1, 2048, 1, 64), RC_SUCCESS) << "a binning that the camera lacks is not told";
+  EXPECT_EQ(SetImage(1000, 1, 1, 2048, 1, 64), RC_SUCCESS) << "a binning that the camera lacks is not reported";
   VXSIM_AddFault("call VX_SetInt any rc 5");
   EXPECT_EQ(SetImage(1, 1, 1, 64, 1, 64), RC_SUCCESS) << "nor is any other failure";
 }

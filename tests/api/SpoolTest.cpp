@@ -54,7 +54,7 @@ protected:
     ASSERT_EQ(SetSpool(1, method, text.data()), RC_SUCCESS);
   }
 
-  /// Every image of the directory is the frame that its number promises.
+  /// Every image of the directory is the frame that its number says.
   static std::uint64_t ExpectImagesOnDisk(const TSpoolDirectory& run, std::size_t pixelBytes)
   {
     return run.VisitImages([&](std::uint64_t number, const std::vector<unsigned char>& bytes) {

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# The functions of the public header with the result codes that it promises, as rows of a table.
+# The functions of the public header with the result codes that it documents, as rows of a table.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 set(function_rows ${CMAKE_CURRENT_BINARY_DIR}/rows/function_rows.inc)
 add_custom_command(OUTPUT ${function_rows}

@@ -12,7 +12,7 @@ namespace {
 
 using TCodes = std::set<unsigned int>;
 
-const std::map<std::string, TCodes> kPromised = {
+const std::map<std::string, TCodes> kDocumented = {
 #define VXMCD_FUNCTION(name, ...) {#name, TCodes{__VA_ARGS__}},
 #include "function_rows.inc"
 #undef VXMCD_FUNCTION
@@ -39,8 +39,8 @@ bool HasStatuses(const std::string& name)
 
 bool IsDocumented(const std::string& name, unsigned int code)
 {
-  const auto row = kPromised.find(name);
-  if (row == kPromised.end()) return false;
+  const auto row = kDocumented.find(name);
+  if (row == kDocumented.end()) return false;
   if (code == RC_NOT_INITIALIZED) return NeedsCamera(name);
   if (code == RC_SUCCESS && name.starts_with("TriggerBoard_")) return true;
   return row->second.count(code) != 0 || (code <= 1 && HasStatuses(name));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the public header promises of the entry points' answers.
+// What the public header says of the entry points' answers.
 #pragma once
 
 #include <string>
