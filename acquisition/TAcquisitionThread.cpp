@@ -346,7 +346,7 @@ void TAcquisitionThread::EndRun()
   }
   {
     TLock lock(runMutex_);
-    // Another action may be asked for while one is carried out.
+    // An action may request another one.
     while (const std::function<void()> action = std::exchange(endOfRunAction_, nullptr)) {
       lock.Unlock();
       action();

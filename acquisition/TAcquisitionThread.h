@@ -130,6 +130,6 @@ private:
   std::uint64_t requestedRun_ GUARDED_BY(runMutex_) = 0;
   std::uint64_t begunRun_ GUARDED_BY(runMutex_) = 0;
   std::uint64_t endedRun_ GUARDED_BY(runMutex_) = 0;
-  std::uint64_t stoppedRun_ GUARDED_BY(runMutex_) = 0; // Stop() was asked for this run and those before it
+  std::uint64_t stoppedRun_ GUARDED_BY(runMutex_) = 0; // Stop() was called for this run and those before it
   std::function<void()> endOfRunAction_ GUARDED_BY(runMutex_);
 };

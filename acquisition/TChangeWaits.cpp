@@ -8,7 +8,7 @@ TChangeWaits::TChangeWaits() : state_(std::make_shared<TState>()), current_(stat
 
 void TChangeWaits::BeginRun()
 {
-  std::shared_ptr<TState> ended; // freed after the lock, unless somebody still waits with it
+  std::shared_ptr<TState> ended; // freed after the lock, unless a thread still waits with it
   const TLock lock(mutex_);
   if (isClosed_) return;
   if (state_->isCancelled || state_->hasFailed) {
@@ -53,7 +53,7 @@ int TChangeWaits::Wait(int timeoutMs)
   }
   const bool isSignalled = state->event.Wait(timeoutMs);
   const TLock lock(mutex_);
-  // The event wakes one waiter, and one that runs out of time may use it up: whoever leaves wakes the next.
+  // The event wakes one waiter, and one whose time runs out may use it up: each waiter that leaves wakes the next.
   if (state->isCancelled || state->hasFailed) state->event.Set();
   if (!isSignalled) return kTimedOut;
   if (state->isCancelled) return kCancelled;

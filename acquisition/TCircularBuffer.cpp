@@ -64,7 +64,7 @@ bool TCircularBuffer::MakeSlab(std::uint64_t frameSizeBytes, std::uint64_t count
   return true;
 }
 
-// Whether the present memory has the shape that is asked for and nobody reads in it.
+// Whether the present memory has the requested shape and no thread reads from it.
 bool TCircularBuffer::IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t count) const
 {
   if (!slab_ || slab_->FrameSizeBytes() != frameSizeBytes || slab_->Count() != count) return false;
@@ -175,7 +175,7 @@ void TCircularBuffer::Increment()
 }
 
 // The camera fills buffers in the order in which it got them, so with a frame in the new ring it has none of the
-// former ones, whatever its flush returned.
+// former ones, even if its flush failed.
 void TCircularBuffer::ReleaseFormerSlabs()
 {
   std::vector<std::shared_ptr<TFrameSlab>> last; // frees the memory after the lock
@@ -207,7 +207,7 @@ bool TCircularBuffer::MoveSlot(TFrameSlab& slab, const unsigned char* buffer)
   const std::uint64_t expected = nextSlot_;
   const std::uint64_t actual = slab.IndexOf(buffer, expected);
   if (actual == slab.Count()) return false;
-  // Whatever images the two slots had before are lost, for good.
+  // The images that were in the two slots are lost.
   const std::uint64_t counter = imageCounter_.load(std::memory_order_relaxed);
   const auto dropImageIn = [&](std::uint64_t index) {
     if (counter <= index) return;

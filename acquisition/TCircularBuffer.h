@@ -42,7 +42,7 @@ public:
   /// replaced.
   void PinMemory();
   void UnpinMemory();
-  /// Everything that a camera may still be writing into, for whoever closes the camera.
+  /// All memory that the camera may still be writing into; the caller keeps it until the camera is closed.
   std::vector<std::shared_ptr<TFrameSlab>> CameraMemory() const;
   /// Begins the numbering of a run: no images, no failure, no cancellation. Between Allocate() and here the images of
   /// the run before, whose numbers still stand, are not there.
@@ -57,8 +57,8 @@ public:
   std::uint64_t GetBufferCount() const;
   /// Number of the newest image, which is also the number of images since Reset().
   std::uint64_t GetMaxImageIndex() const { return imageCounter_.load(std::memory_order_acquire); }
-  /// Another number after each Reset(), and after the first image behind it: whoever has read it before a look at the
-  /// images knows afterwards whether they were of one run.
+  /// Changes with each Reset(), and with the first image after it: a caller that reads it before and after it looks at
+  /// images knows whether they were of one run.
   std::uint64_t GetRunNumber() const { return runNumber_.load(std::memory_order_acquire); }
   /// Number of the oldest image that is there, 0 before the first.
   std::uint64_t GetMinImageIndex() const;
@@ -74,7 +74,7 @@ public:
   /// As CancelWait(), for good: the camera is being closed.
   void CloseWaits() { waits_.Close(); }
   /// Waits for a frame. Returns 0 for one, 2 when the time ran out, 3 when waits are cancelled, 4 when the run has
-  /// failed; 3 comes before 4 and both before a frame. A frame that came while nobody waited ends the next wait at
+  /// failed; 3 comes before 4 and both before a frame. A frame that came while no thread waited ends the next wait at
   /// once. A wait that was under way when waits were cancelled, or the run failed, returns that, even if the next run
   /// begins before it has woken up.
   int WaitChange(int timeoutMs) { return waits_.Wait(timeoutMs); }

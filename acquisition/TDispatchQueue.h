@@ -13,7 +13,7 @@ class IDispatchRoutine;
 /// The path of a run's frames between the acquisition thread and the application. The acquisition thread calls
 /// Dispatch() for each frame and Finalise() at the end of the run; application threads read images by their
 /// 1-based number meanwhile. Owned by the acquisition manager; it lives as long as its camera's manager or, for a
-/// wrapper of one run, as long as somebody has a reference to it. None of the operations throws, except that
+/// wrapper of one run, as long as there is a reference to it. None of the operations throws, except that
 /// Initialise() may pass on a lack of memory and Dispatch() a TSDK3Exception.
 class TDispatchQueue
 {
@@ -46,7 +46,7 @@ public:
   /// whether it has started; the first frame shows it then. Until either of them happens, nothing of an earlier run may
   /// be lost.
   virtual void Begin() {}
-  /// As GetImage8(), for frames of any number. The size is that of the memory, whatever run has begun meanwhile.
+  /// As GetImage8(), for frames of any number. The size is that of the memory, even if another run has begun.
   virtual TFrameMemory AcquireImage(std::int64_t image) = 0;
   /// Whether @p frame, which AcquireImage() gave for this number, has been that image and nothing else up to now:
   /// what was read of it before is of one frame, the one with this number. False whenever that is not certain.

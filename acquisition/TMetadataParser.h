@@ -5,9 +5,9 @@
 #include <cstdint>
 
 /// Walks the chunks at the end of a frame buffer. From lower to higher addresses a chunk is its data, its
-/// identifier (CID) and its length, both unsigned 32-bit; the length counts data and CID. The chunks lie back to
-/// back, the last one ending with the buffer, and CID 0 ends the search. `end` is the first byte behind the frame
-/// and `size` its bytes; a null `end` throws TSDK3Exception. Only the end of the frame's memory ends the search
+/// identifier (CID) and its length, both unsigned 32-bit; the length counts data and CID. The chunks follow each other
+/// without gaps, the last one ending with the buffer, and CID 0 ends the search. `end` is the first byte behind the
+/// frame and `size` its bytes; a null `end` throws TSDK3Exception. Only the end of the frame's memory ends the search
 /// otherwise: the lengths of the chunks passed over are not checked. Reentrant, without state.
 class TMetadataParser final
 {

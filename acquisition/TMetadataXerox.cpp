@@ -19,7 +19,7 @@ int TMetadataXerox::Dispatch(unsigned char* buffer, int sizeBytes)
 
 void TMetadataXerox::StoreTimestamp(unsigned char* buffer, int sizeBytes)
 {
-  // A frame cannot be longer than the slot it came in, whatever size was reported.
+  // A frame cannot be longer than its slot, even if a larger size was reported.
   const std::int64_t size = std::min<std::int64_t>(sizeBytes, wrapped_->GetImageSizeBytes());
   const TFrameTimestamp timestamp = FindFrameTimestamp(parser_, buffer, size);
   wrapped_->SetTimestampOfNextFrame(timestamp);

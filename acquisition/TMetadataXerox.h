@@ -9,7 +9,7 @@ class TTimestampRepository;
 
 /// A dispatch queue in front of another: stores the timestamp that the camera put at the end of a frame and passes
 /// the frame on. Made for one run by the acquisition manager; borrows the wrapped queue and the repository. A
-/// frame without a well-formed timestamp is passed on all the same.
+/// frame without a well-formed timestamp is passed on, too.
 class TMetadataXerox final : public TDispatchQueue
 {
 public:

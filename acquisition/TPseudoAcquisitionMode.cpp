@@ -186,7 +186,7 @@ int TPseudoAcquisitionMode::Apply()
   WriteEncoding();
   pending_ = cycleStatus == kNotAvailableNow || countStatus == kNotAvailableNow;
   if (countStatus != kAccepted) return countStatus;
-  // Finite runs are ended by the acquisition thread, whatever the cycle.
+  // Finite runs are ended by the acquisition thread, in every cycle mode.
   return mode_ == kRunTillAbort ? cycleStatus : kAccepted;
 }
 

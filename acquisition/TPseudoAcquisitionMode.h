@@ -49,7 +49,7 @@ public:
   /// Number of images after which the present mode's run is complete; INT_MAX when it never is.
   virtual int GetSeriesLength() const;
 
-  /// Writes what an earlier setter could not write, ending a run that stands in the way. Called before each start,
+  /// Writes what an earlier setter could not write, ending a run that prevents it. Called before each start,
   /// which may go on only if the result is kAccepted: otherwise the run would not be the one that was requested.
   int ApplyPending();
 

@@ -185,7 +185,7 @@ bool TVxmcdAcquisitionManager::EndEarlierRun()
   return true;
 }
 
-// A run that brings its frames to a slow disk may take long to end.
+// A run that writes its frames to a slow disk may take long to end.
 bool TVxmcdAcquisitionManager::WaitForEndOfRun()
 {
   using TClock = std::chrono::steady_clock;
@@ -298,7 +298,7 @@ void TVxmcdAcquisitionManager::SetUpRun(std::int64_t frameSizeBytes)
   circularBuffer_.Reset();
 }
 
-// Any answer but a refusal is accepted: the camera may run all the same.
+// Any answer but a refusal is accepted: the camera may run nevertheless.
 int TVxmcdAcquisitionManager::StartCamera()
 {
   const TAutoQuorinCriticalSection lock(cameraLock_);

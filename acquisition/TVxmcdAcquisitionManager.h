@@ -92,8 +92,8 @@ public:
   int CancelWait();
   /// Frees the ring, at the end of the run in progress if there is one.
   void FreeInternalMemory();
-  /// The camera is being closed: refuses further starts, ends all waits for good, and blocks until nobody uses the
-  /// object any more. Nobody new may come.
+  /// The camera is being closed: refuses further starts, ends all waits for good, and blocks until no caller is inside.
+  /// No new use may begin.
   void Close();
 
   bool IsRunning() { return thread_->IsStarted(); }
