@@ -69,7 +69,7 @@ private:
 struct TColumn
 {
   std::string name;
-  std::optional<LONGLONG> null; // what stands for nothing, if something does
+  std::optional<LONGLONG> null; // the value that means none, if there is one
   const char* nullMeaning;
   LONGLONG (*value)(const TImageLabel& label);
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Header and table of a FITS cube as the bytes that stand in the file.
+// Header and table of a FITS cube as the bytes in the file.
 #pragma once
 
 #include "tools/ImageData.h"

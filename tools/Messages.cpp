@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Messages go to standard error, what is asked for to standard output.
+// Messages go to standard error, requested output to standard output.
 #include "tools/Messages.h"
 
 #include "vxmcd.h"

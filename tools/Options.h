@@ -136,7 +136,7 @@ struct TConvertOptions
   std::string directory;
   TNumberRanges images;            ///< empty: all
   std::optional<PixelDepth> depth; ///< without it the smallest that every pixel of the run fits into
-  bool isVerify = false;           ///< no output is needed: images are compared with their checksums all the same
+  bool isVerify = false;           ///< every image is compared with its checksum; no output is needed
   bool isSalvage = false;
   bool keepsDamaged = false;
   TOutputOptions output;

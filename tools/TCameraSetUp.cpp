@@ -74,7 +74,7 @@ bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
   if (!Check("--temperature", "SetTemperature", SetTemperature(*cooling.targetCelsius)) ||
       !Check("--temperature", "CoolerON", CoolerON()))
     return false;
-  int isOn = 0; // CoolerON() succeeds whatever the camera answers
+  int isOn = 0; // CoolerON() succeeds even if the camera refuses
   if (!Check("--temperature", "IsCoolerOn", IsCoolerOn(&isOn))) return false;
   return isOn == 1 || Fail("--temperature: the cooler does not switch on");
 }

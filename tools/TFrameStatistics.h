@@ -17,7 +17,7 @@ public:
 
   void AddFetched(bool isWritten);
   void AddOverwritten(long count) { counts_.overwritten += count; }
-  /// The timestamp of the next delivered image, in order, whatever became of that image.
+  /// The timestamp of the next delivered image, in order, even if that image was lost afterwards.
   void AddTimestamp(long long ticks);
   /// So many of the images written turned out not to be in the output file.
   void MoveToNotWritten(long count);

@@ -91,7 +91,7 @@ bool TImageFetcher::TakeNext()
   return false;
 }
 
-// Whether the 0 of the first image is its clock value, and does not stand for none.
+// Whether the 0 of the first image is its clock value; it may also mean that there is none.
 bool TImageFetcher::StartsAtZero() const
 {
   long long ticks = -1;

@@ -59,7 +59,7 @@ TNumberRanges TRunConversion::WholeRun() const
   return end > 0 ? TNumberRanges({{1, end}}) : TNumberRanges();
 }
 
-// An index says which images are there. Without any record, an image may be whole all the same.
+// An index says which images are there. Without any record, an image may be whole nevertheless.
 bool TRunConversion::TakesUnrecorded() const
 {
   if (settings_.isSalvage) return index_.Count() == 0 || settings_.keepsDamaged;

@@ -34,7 +34,7 @@ struct TConversionCounts
 {
   long asked = 0;
   long right = 0;          ///< their checksum is right
-  long unchecked = 0;      ///< they have no checksum and were taken all the same
+  long unchecked = 0;      ///< they have no checksum and were taken nevertheless
   long wrong = 0;          ///< their checksum is wrong
   long unrecorded = 0;     ///< the index does not know them
   long unreadable = 0;     ///< their file is missing or too short, or cannot be read

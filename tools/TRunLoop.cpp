@@ -164,8 +164,8 @@ RunEnd TRunLoop::EndOf(int status)
 
 bool TRunLoop::IsExplainedByLoss() const
 {
-  // A camera that was asked for a number of frames and lost some of them sends no others in their place: the
-  // library waits for these until its time is out. That is a run with lost frames, not a broken camera.
+  // A camera that loses some of the requested frames sends no others in their place: the library waits for them
+  // until its time limit. That is a run with lost frames, not a broken camera.
   if (endStatus_ != static_cast<int>(RC_STATUS_TIMED_OUT) || settings_.isEndless) return false;
   if (!fetcher_) return delivered_ + statistics_.LostInCameraSoFar() == settings_.wantedImages;
   const TFrameCounts& counts = statistics_.Counts();

@@ -90,7 +90,7 @@ void PutOffset(TByteSink& sink, bool isBig, std::uint64_t value)
     sink.Put(static_cast<std::uint32_t>(value));
 }
 
-// A number in an entry's value field stands at the field's start, whatever its type.
+// A number of any type is at the start of an entry's value field.
 void PutValue(TByteSink& sink, bool isBig, const TEntry& entry)
 {
   const std::size_t end = sink.Size() + (isBig ? 8 : 4);
