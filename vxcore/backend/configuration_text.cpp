@@ -11,7 +11,7 @@
 #include <system_error>
 #include <unistd.h>
 #define SI_IMPLEMENTATION // defines the templates' bodies here
-#define SI_NO_CONVERSION  // 8-bit text only, as it lies in the file
+#define SI_NO_CONVERSION  // 8-bit text only, as in the file
 #include <SimpleIni.h>
 
 namespace vxcore {

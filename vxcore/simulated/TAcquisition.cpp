@@ -418,7 +418,7 @@ size_t TAcquisition::MemoryFrames() const
   return static_cast<size_t>(std::max<long long>(1, bytes / std::max<int64_t>(1, painter_.ImageSizeBytes())));
 }
 
-/// A fixed-count run ends when its last frame lies in a buffer, or is lost.
+/// A fixed-count run ends when its last frame is in a buffer, or is lost.
 void TAcquisition::EndIfComplete()
 {
   if (state_.acquiring && schedule_.IsFinished() && !buffers_.HasStored()) EndRun();

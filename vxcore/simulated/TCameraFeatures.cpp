@@ -476,7 +476,7 @@ std::unique_ptr<IFeature> MakeFeature(const TBuild& b, const std::wstring& name)
   return row ? row->make(b) : nullptr;
 }
 
-/// Sets a configured value through a feature of whatever kind it is.
+/// Sets a configured value through a feature of any kind.
 bool SetConfigured(IFeature& feature, const std::wstring& value)
 {
   const std::string text = Narrow(value);
@@ -576,7 +576,7 @@ bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFe
     return false;
   }
 
-  // Values last, and as often as it takes: what a feature may be depends on the others.
+  // Values last, and repeatedly: which values a feature accepts depends on the others.
   std::vector<std::wstring> waiting;
   for (const auto& [name, change] : state.configuration.features) {
     const TRow* row = FindRow(name);

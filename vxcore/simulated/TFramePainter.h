@@ -33,7 +33,7 @@ public:
   /// Whether the settings are still those that Prepare() read.
   bool IsPrepared(const TCameraState& state) const { return revision_ == state.revision; }
 
-  /// A frame of stamps alone: what it takes to write it, whatever the settings become meanwhile. A plain value.
+  /// A frame of stamps alone: what is needed to write it, even if the settings change meanwhile. A plain value.
   struct TStampedFrame
   {
     size_t pixelAreaBytes = 0;

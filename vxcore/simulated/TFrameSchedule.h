@@ -10,7 +10,7 @@
 namespace vxsim {
 
 /// The times of a run's frames: from the trigger mode, the pulses on the trigger inputs and the camera's timing.
-/// Knows no clock; times are nanoseconds on whatever clock its owner keeps. Owned by TAcquisition, guarded by its
+/// Has no clock; times are nanoseconds on the clock of its owner. Owned by TAcquisition, guarded by its
 /// lock.
 class TFrameSchedule final
 {

@@ -30,7 +30,7 @@ enum class ETemperatureStatus
   Off,           ///< the cooler is off
   Stabilised,    ///< at the target for long enough
   NotReached,    ///< not yet at the target, or unable to reach it
-  Drift,         ///< was stable and has left the target by itself
+  Drift,         ///< was stable and has left the target without a change of the setting
   NotStabilised, ///< near the target, but not for long enough
 };
 

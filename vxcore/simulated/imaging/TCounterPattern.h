@@ -8,7 +8,7 @@
 
 namespace vxsim {
 
-/// What stands at the head and at the tail of a test frame, as it lies in memory.
+/// What is at the head and at the tail of a test frame, as it is in memory.
 struct TFrameStamp
 {
   std::uint32_t magic = 0;

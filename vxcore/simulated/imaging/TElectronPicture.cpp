@@ -98,7 +98,7 @@ void TElectronPicture::FindBlockMinima()
   }
 }
 
-/// Hot pixels belong to the sensor: the same ones are hot whatever part of it is read out.
+/// Hot pixels belong to the sensor: the same ones are hot in every area that is read out.
 void TElectronPicture::PlaceHotPixels(const TSensorSettings& sensor)
 {
   const auto width = static_cast<std::uint64_t>(sensor.widthPixels);

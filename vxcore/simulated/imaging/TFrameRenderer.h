@@ -26,7 +26,7 @@ public:
   TFrameRenderer(const TFrameRenderer&) = delete;
   TFrameRenderer& operator=(const TFrameRenderer&) = delete;
 
-  /// Fills the first PixelAreaBytes() of the buffer, row padding included; what lies behind is not touched. The
+  /// Fills the first PixelAreaBytes() of the buffer, row padding included; what follows is not touched. The
   /// metadata tail is TMetadataWriter's. Counter and Stamp scenes stamp head and tail of the pixel area.
   bool Render(const TFrameSettings& settings, std::span<unsigned char> buffer);
 

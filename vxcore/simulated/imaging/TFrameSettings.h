@@ -10,7 +10,7 @@
 
 namespace vxsim {
 
-/// How pixels are stored in a frame row; the values also stand in the frame-info chunk.
+/// How pixels are stored in a frame row; the values are also in the frame-info chunk.
 enum class EPixelEncoding
 {
   Mono8 = 0,
@@ -71,7 +71,7 @@ struct TTrack
   bool operator==(const TTrack&) const = default;
 };
 
-/// Which sensor pixels are read out and how they lie in memory.
+/// Which sensor pixels are read out and how they are laid out in memory.
 struct TGeometrySettings
 {
   int leftPixels = 0;   ///< first sensor column, from 0
@@ -115,7 +115,7 @@ struct TExposureSettings
   bool operator==(const TExposureSettings&) const = default;
 };
 
-/// All of it. Equal settings give equal bytes, whatever was rendered before and on which thread.
+/// All of it. Equal settings give equal bytes, on any thread and after any other frame.
 struct TFrameSettings
 {
   TSensorSettings sensor;

@@ -32,7 +32,7 @@ void WrapAround(std::vector<Value>& values)
   for (std::size_t i = 0; i < TNoiseTable::kBlockPixels; ++i) values.push_back(values[i]);
 }
 
-/// The point below which a normal value lies with that probability; start lies at or above it and below 0.
+/// The point below which a normal value is with that probability; start is at or above it and below 0.
 double NormalQuantile(double probability, double start)
 {
   constexpr double kDensityAtZero = 0.5 * std::numbers::inv_sqrtpi * std::numbers::sqrt2;

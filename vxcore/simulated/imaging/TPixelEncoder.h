@@ -19,7 +19,7 @@ public:
   /// Bits of an encoding that keeps the top bits of a deeper read-out: 8, 12, 16 or 31.
   static int Bits(EPixelEncoding encoding);
 
-  /// Writes counts from that column on. Counts lie in 0 to MaximumCount(); firstColumn is even for Mono12Packed,
+  /// Writes counts from that column on. Counts are 0 to MaximumCount(); firstColumn is even for Mono12Packed,
   /// and only the row's last run may have an odd length there. The row has room for RowBytes(firstColumn +
   /// counts).
   static void Encode(EPixelEncoding encoding, std::span<const std::int32_t> counts, unsigned char* row,

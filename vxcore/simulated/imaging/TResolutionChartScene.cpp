@@ -72,7 +72,7 @@ void TResolutionChartScene::AddBars(double left, double top, double bar, double 
   }
 }
 
-/// Columns of ever finer bars.
+/// Columns of bars that become finer.
 void TResolutionChartScene::AddBarGroup(double left, double ink)
 {
   double bar = kMaxBar;
