@@ -52,7 +52,7 @@ bool TInputFile::Open(const std::string& path)
   return true;
 }
 
-// The next image is likely to be read next: the disk brings it while this one is converted.
+// The next image is likely to be read next: the system reads it ahead while this one is converted.
 bool TInputFile::ReadAt(std::uint64_t offset, std::span<std::byte> bytes)
 {
   if (const std::size_t size = bytes.size(); size >= kLargeReadBytes)

@@ -9,7 +9,7 @@
 #include <climits>
 #include <cmath>
 #define SI_IMPLEMENTATION // the templates' bodies are wanted here
-#define SI_NO_CONVERSION  // 8-bit text only, as it lies in the file
+#define SI_NO_CONVERSION  // 8-bit text only, as in the file
 #include <SimpleIni.h>
 
 namespace {

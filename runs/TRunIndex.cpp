@@ -15,7 +15,7 @@ using RunFormat::TIndexRecord;
 
 constexpr std::size_t kRecordBytes = sizeof(TIndexRecord);
 constexpr std::size_t kReadRecords = 2048;
-// That a file may have above those of all images, damaged or repeated; what lies behind them is not read.
+// Records that a file may have beyond those of all images, damaged or repeated; what follows them is not read.
 constexpr std::size_t kSpareRecords = 32768;
 
 std::int64_t PiecesIn(std::uint64_t bytes)

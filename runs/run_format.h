@@ -26,13 +26,13 @@ std::string ImageFileName(std::int64_t number, const std::string& stem = kImageF
 /// The number in such a name; nothing when it is the name of something else.
 std::optional<std::int64_t> ImageFileNumber(const std::string& name, const std::string& stem = kImageFileStem);
 
-/// A record of the index, as it stands in the file. Checksums are those of Checksum().
+/// A record of the index, as it is in the file. Checksums are those of Checksum().
 struct TIndexRecord
 {
   std::uint64_t number;             ///< of the image, from 0
   std::uint64_t checksum;           ///< of the whole image
   std::int64_t hostTimeNs;          ///< since 1970-01-01 UTC
-  std::uint64_t recordChecksum = 0; ///< of what stands before it
+  std::uint64_t recordChecksum = 0; ///< of the fields before it
 };
 
 struct TRecordField

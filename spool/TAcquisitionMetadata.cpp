@@ -171,7 +171,7 @@ int TAcquisitionMetadata::Replace(const std::string& folder, const std::string& 
   std::string text;
   if (parser_.SaveText(text) != TQuorinIniParser::INI_OK) return ENOMEM;
   const std::string temporary = fileName + kTemporarySuffix;
-  ::unlink(temporary.c_str()); // whatever it is, a link to another file for one
+  ::unlink(temporary.c_str()); // it may be a link to another file
   int error = reserved < 0 ? ENOENT : Fill(reserved, text);
   if (error == 0) error = Link(reserved, temporary);
   if (error != 0) error = Make(temporary, text); // there may be no /proc

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-/// The contents of "acquisitionmetadata.ini", which lies beside a run's spool files and describes their content. Made
+/// The contents of "acquisitionmetadata.ini", which is beside a run's spool files and describes their content. Made
 /// by what writes a run (TSpoolDescription) or reads one. Reentrant. Operations return 0 for success and 1 for
 /// a failure, which is logged; output parameters then keep their values. Only a lack of memory makes them throw.
 class TAcquisitionMetadata final

@@ -18,7 +18,7 @@ public:
   /// Returns whether the directory exists now. When it cannot be made, the ancestors that were made are removed again.
   bool CreateDirectoryTree();
   /// Removes the directories that it made, deepest first. False when one could not be removed, because it is not
-  /// empty for instance; the others are removed all the same.
+  /// empty for instance; the others are removed nevertheless.
   bool DeleteDirectoryTree();
   /// Why CreateDirectoryTree() failed, as an errno value.
   int Error() const { return error_; }

@@ -48,7 +48,7 @@ public:
   /// Whether there is a thread. False when it could not be made.
   bool IsAlive() const { return thread_.IsCreated(); }
 
-  /// Blocks until this many images have come back, or a slice of time is over. Returns whether they have.
+  /// Blocks until the slots of this many images were requeued, or a slice of time is over. Returns whether they were.
   bool WaitForImages(std::uint64_t count) EXCLUDES(mutex_)
   {
     const TLock lock(mutex_);

@@ -14,7 +14,7 @@ class TSpoolFault final
 {
 public:
   /// Keeps "<what> <name>: <text of errno value>" unless there is a failure already, and logs every one. With 0 for the
-  /// errno value the text ends with the name. Where there is no memory for the text, the failure counts all the same.
+  /// errno value the text ends with the name. Where there is no memory for the text, the failure counts nevertheless.
   void Raise(const char* what, const std::string& name, int error) noexcept;
 
   /// Whether the open file @p descriptor still has a name and @p size bytes. If not, it has been removed or truncated,

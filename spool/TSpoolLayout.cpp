@@ -11,7 +11,7 @@ constexpr std::uint64_t kFileBytes = std::uint64_t{256} << 20;
 // Images up to this size share a place: to wake another thread for each would take longer than to copy it.
 constexpr std::uint64_t kSmallImageBytes = std::uint64_t{256} << 10;
 
-// From here on staging memory lies in huge pages, which saves about a fifth of the time to the disk.
+// From this size on, staging memory is in huge pages, which saves about a fifth of the time to the disk.
 // Larger ones gain next to nothing, and a run that is killed loses the images of a place that is not full.
 constexpr std::uint64_t kSharedPlaceBytes = std::uint64_t{4} << 20;
 

@@ -80,8 +80,9 @@ TSpoolPipeline::~TSpoolPipeline()
   Finish();
 }
 
-// The full path is kept, since the working directory may change. The description would take a backslash in it for a
-// slash, and then lie elsewhere. Two runs in one directory would remove each other's files, so a run locks it.
+// The full path is kept, since the working directory may change. A backslash in the path of the description counts as
+// a slash, so the description would be in another directory. Two runs in one directory would remove each other's files,
+// so a run locks it.
 bool TSpoolPipeline::PrepareDirectory(const std::string& path)
 {
   TQuorinFilePath root(path.c_str());
@@ -109,7 +110,7 @@ bool TSpoolPipeline::PrepareDirectory(const std::string& path)
   return true;
 }
 
-// The description is removed first and the new one written last, so that it never lies beside another run's files.
+// The description is removed first and the new one written last, so that it is never beside another run's files.
 // After a file that cannot be removed, nothing else is.
 void TSpoolPipeline::RemoveEarlierRun()
 {
@@ -173,7 +174,7 @@ bool TSpoolPipeline::RequeuesSlots() const
   return algorithm && algorithm->RequeuesSlots();
 }
 
-// What is copied out of its slot is written all the same.
+// Frames that were copied out of their slots are written nevertheless.
 void TSpoolPipeline::Abort()
 {
   if (!RequeuesSlots()) return;

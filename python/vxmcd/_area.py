@@ -16,7 +16,7 @@ _PIXEL_TYPES = {8: np.uint8, 16: np.uint16, 32: np.int32}
 
 
 class Area(NamedTuple):
-    """A part of the sensor, in sensor pixels whatever the binning. The first column and row are 1."""
+    """A part of the sensor, in sensor pixels, with any binning. The first column and row are 1."""
 
     left: int
     top: int

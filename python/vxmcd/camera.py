@@ -22,7 +22,7 @@ from .spool import SpoolRun
 
 _MODEL_BYTES = 4096  # what GetHeadModel may write
 _SPOOL_METHODS = (1, 3)
-_SPOOL_THREADS = 2  # as in a library where nobody has set them
+_SPOOL_THREADS = 2  # the library's default
 
 
 def cameras() -> List[int]:

@@ -40,7 +40,7 @@ class SpoolFiles:
         return min(self._map(file).size // self._image_size, self._images_per_file)
 
     def frame(self, number: int) -> np.ndarray:
-        """The bytes of an image, read-only, mapped as long as somebody refers to them."""
+        """The bytes of an image, read-only, mapped as long as there are references to them."""
         return self.frames(number, 1)
 
     def frames(self, first: int, count: int) -> np.ndarray:

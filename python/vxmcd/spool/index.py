@@ -15,7 +15,7 @@ from .xxh3 import xxh3_64_of_triples
 
 RECORD = np.dtype(_format.INDEX_RECORD)
 _BLOCK = 2**15  # records that are read at once
-_SPARE = 2**15  # records that a run may have above those that it expects; what lies behind them is not read
+_SPARE = 2**15  # records that a run may have beyond those that it expects; what follows them is not read
 
 
 class SpoolIndex(NamedTuple):
