@@ -8,7 +8,7 @@
 
 class IEnum;
 
-/// Amplifier 0 is the low-gain output, 1 the high-gain output, whatever the camera. While the camera reads both
+/// Amplifier 0 is the low-gain output, 1 the high-gain output, with every camera. While the camera reads both
 /// ("Both"), a choice is only remembered. Borrows the features; all belong to the camera's record. Thread-safe.
 /// Writes that the camera refuses change nothing and count as done.
 class TPseudoAmplifier final : public IAmplifier

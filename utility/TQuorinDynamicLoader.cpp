@@ -27,8 +27,8 @@ bool IsPrivileged()
   return ::getauxval(AT_SECURE) != 0;
 }
 
-/// Such a thing would make the loader wait, perhaps without limit, for somebody to write into it. A directory it
-/// refuses by itself. A bare name is no path: the system looks for it elsewhere.
+/// The loader would wait, perhaps without limit, until something is written into it. It refuses directories itself. A
+/// bare name is no path: the system searches for it in other places.
 bool IsPipeOrDevice(const char* path)
 {
   struct stat status = {};

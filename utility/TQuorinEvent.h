@@ -10,9 +10,9 @@
 namespace QuorinUtility {
 
 /// A flag that threads wait for. With automatic reset a Set() releases one waiter and is used up by it; with
-/// manual reset it releases every waiter until Reset(). Thread-safe; nobody may be waiting when it is destroyed,
+/// manual reset it releases every waiter until Reset(). Thread-safe; no thread may be waiting when it is destroyed,
 /// but a Set() that released the destroying thread may not have returned yet. Costs one lock without allocation;
-/// Set() makes a system call only when somebody waits. Nothing here throws or logs.
+/// Set() makes a system call only when a thread waits. Nothing here throws or logs.
 class TQuorinEvent final
 {
 public:

@@ -17,7 +17,7 @@ public:
   /// A null text gives the empty path.
   TQuorinFilePath(const char* text);
 
-  /// Makes the path end in a separator, so that a name can follow. The empty path stands for the working directory
+  /// Makes the path end in a separator, so that a name can follow. The empty path means the working directory
   /// and becomes "./", never "/".
   void DelimitEnd();
 

@@ -13,7 +13,7 @@ class TQuorinMisc final
 public:
   TQuorinMisc() = delete;
 
-  /// Sleeps for at least @p milliseconds, whatever signals arrive and however the clock is set; 0 and less return
+  /// Sleeps for at least @p milliseconds, even if signals arrive or the clock is set; 0 and less return
   /// at once.
   static void Sleep(int milliseconds);
 

@@ -5,7 +5,7 @@
 #include "utility/TMutex.h"
 
 /// Users call Enter() and Leave() around their use; the owner calls WaitUntilUnused() after making sure that
-/// nobody new can come. Thread-safe.
+/// no new use can begin. Thread-safe.
 class TUseCounter final
 {
 public:
