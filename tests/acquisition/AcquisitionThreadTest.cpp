@@ -307,8 +307,8 @@ TEST_F(AcquisitionThread, BuffersThatAreNoSlotsUseUpNoFrameButTheTimeLimit)
   EXPECT_EQ(fetch_.calls, 6);
 }
 
-// A camera that is told to stop ends the wait in progress; the next one would last its whole slice.
-TEST_F(AcquisitionThread, NoWaitForAFrameBeginsWhileTheCameraIsToldToStop)
+// A camera that is stopped ends the wait in progress; the next one would last its whole slice.
+TEST_F(AcquisitionThread, NoWaitForAFrameBeginsWhileTheCameraStops)
 {
   std::atomic<bool> isStopped{false};
   fetch_.script = [&](unsigned char*&, int&, int) {

@@ -101,10 +101,10 @@ TEST(CircularBuffer, KeepsItsPagesForARingOfTheSameShapeOnly)
   ring.Delete();
   EXPECT_EQ(ring.GetBuffer(1), nullptr);
   ASSERT_EQ(ring.Allocate(5000, 8), 0);
-  EXPECT_EQ(ring.GetBuffer(1)[0], 0) << "memory that was given back comes as fresh pages";
+  EXPECT_EQ(ring.GetBuffer(1)[0], 0) << "memory that was returned comes as fresh pages";
 }
 
-TEST(CircularBuffer, HeldImageOutlivesTheRing)
+TEST(CircularBuffer, AcquiredImageOutlivesTheRing)
 {
   TCircularBuffer ring;
   ASSERT_EQ(ring.Allocate(100000, 4), 0);
@@ -333,7 +333,7 @@ TEST_F(ARunningRing, VouchesAcrossFramesWithoutAClockValue)
   Begin(8);
   Fill(8, 0);
   Count(8);
-  EXPECT_EQ(IntactImages(), TImages{}) << "a clock that stands still tells nothing";
+  EXPECT_EQ(IntactImages(), TImages{}) << "a clock that stands still shows nothing";
 }
 
 TEST_F(ARunningRing, ASlotThatIsLostOrFilledInPartDoesNotHideTheCamera)
@@ -388,15 +388,15 @@ TEST_F(ARunningRing, AnImageOfTheRunBeforeIsNotIntactInTheNext)
   ring_.ReleaseBuffer(acquired.bytes);
 }
 
-TEST(CircularBuffer, WaitTellsFrameFailureAndCancelInThatOrderOfWeight)
+TEST(CircularBuffer, WaitReportsCancelBeforeFailureBeforeFrame)
 {
   TCircularBuffer ring;
   ASSERT_EQ(ring.Allocate(64, 4), 0);
   ring.Reset();
   EXPECT_EQ(ring.WaitChange(0), 2);
   DeliverInOrder(ring, 2);
-  EXPECT_EQ(ring.WaitChange(0), 0) << "news that came before the wait";
-  EXPECT_EQ(ring.WaitChange(0), 2) << "and is told once";
+  EXPECT_EQ(ring.WaitChange(0), 0) << "a frame from before the wait";
+  EXPECT_EQ(ring.WaitChange(0), 2) << "and is reported once";
 
   ring.AcquisitionError();
   EXPECT_EQ(ring.WaitChange(0), 4);
@@ -491,7 +491,7 @@ TEST(CircularBuffer, MemoryThatTheCameraMayWriteIntoIsKept)
   for (int start = 0; start < 3; ++start) {
     ring.PinMemory();
     ASSERT_EQ(ring.Allocate(64, 2), 0);
-    EXPECT_EQ(ring.GetBuffer(1), slot) << "a ring of the same shape needs no memory of its own";
+    EXPECT_EQ(ring.GetBuffer(1), slot) << "a ring of the same shape needs no new memory";
   }
   ASSERT_EQ(ring.Allocate(64, 3), 0);
   EXPECT_FALSE(ring.PlaceNext(slot)) << "what the camera still puts there is no image";

@@ -191,7 +191,7 @@ TEST_F(Acquisition, AbortAnswersWhatTheCameraAnswers)
   VXSIM_AddFault("call VX_Command feature AcquisitionStop at 1 rc 53");
   EXPECT_EQ(AbortAcquisition(), RC_FEATURE_ERROR);
   EXPECT_TRUE(Eventually([] { return Status() == RC_IDLE; }))
-      << "a camera that answers nothing does not hold the run";
+      << "a camera that answers nothing does not delay the end of the run";
 }
 
 // The camera ends the wait that its stop meets. A wait that began behind the stop would last its whole slice.

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Runs each action again and again in a thread of its own, until every one had its turns.
+/// Runs each action again and again in a separate thread, until each has run often enough.
 void InParallel(const std::vector<std::function<void(int)>>& actions, int turns)
 {
   std::vector<std::thread> threads;
@@ -123,7 +123,7 @@ TEST_F(Concurrency, ImagesStayWholeWhileAnotherThreadStartsAnew)
   reader.join();
 }
 
-/// A camera of large images, which tell their run.
+/// A camera of large images, which show their run.
 class LargeImages : public SimulatedCameraTest
 {
 protected:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the camera tells about itself.
+// What the camera reports about itself.
 #include "tests/support/SimulatedCameraTest.h"
 
 #include <climits>
@@ -185,7 +185,7 @@ TEST_F(Description, HeadModelIsAlwaysTerminated)
   EXPECT_EQ(GetControllerCardModel(nullptr), RC_SUCCESS);
 }
 
-TEST_F(Description, PixelSizeIsTenWhenItCannotBeTold)
+TEST_F(Description, PixelSizeIsTenWhenItIsNotKnown)
 {
   OpenCamera(101);
   float width = 0.0F;

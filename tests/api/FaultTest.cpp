@@ -191,7 +191,7 @@ TEST_F(Fault, StallBeyondTheLimitEndsTheRunAndStopsTheCamera)
   VXSIM_StartCallLog(0);
   ExpectRunFails(RC_STATUS_TIMED_OUT);
   ExpectImages({1, 2});
-  EXPECT_TRUE(Eventually([] { // the status tells of the failure before the thread has told the camera
+  EXPECT_TRUE(Eventually([] { // the status shows the failure before the thread has stopped the camera
     const std::vector<std::string> calls = LoggedCalls();
     return std::find(calls.begin(), calls.end(), "VX_Command AcquisitionStop -> 0") != calls.end();
   }));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Image area, binning and tracks: what is written to the camera, in which order, and which failure is told.
+// Image area, binning and tracks: what is written to the camera, in which order, and which failure is reported.
 #include "tests/support/SimulatedCameraTest.h"
 
 #include <climits>
@@ -62,7 +62,7 @@ TEST_F(ImageArea, LeavesTheLayoutAsItIs)
   EXPECT_EQ(GetInt(L"AOIHeight"), 32);
 }
 
-TEST_F(ImageArea, LastFailureOfTheOrderIsTold)
+TEST_F(ImageArea, LastFailureOfTheOrderIsReported)
 {
   EXPECT_EQ(SetImage(1, 1, 3000, 9000, 1, 100), RC_P3_INVALID) << "the start, though the width is wrong too";
   EXPECT_EQ(SetImage(1, 1, 1, 9000, 1, 100), RC_P4_INVALID);

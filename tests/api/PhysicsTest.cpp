@@ -126,7 +126,7 @@ protected:
   static constexpr int kImages = 8;
 };
 
-TEST_P(PhotonTransfer, GivesBackGainAndReadNoise)
+TEST_P(PhotonTransfer, ShowsGainAndReadNoise)
 {
   const TGainMode& mode = GetParam();
   OpenInMode("Scene=dark\n");
@@ -136,7 +136,7 @@ TEST_P(PhotonTransfer, GivesBackGainAndReadNoise)
   EXPECT_NEAR(readNoise, mode.readNoiseElectrons, 0.02 * mode.readNoiseElectrons);
 
   OpenInMode("Scene=flat\nPhotonsPerSecond=10000000\n");
-  // From little light to half of what the converter holds; the slope of variance over signal is the gain.
+  // From little light to half of the converter's range; the slope of variance over signal is the gain.
   const double mostElectrons = std::min(15000.0, 900.0 * mode.electronsPerCount);
   double signalSquares = 0.0;
   double products = 0.0;
@@ -213,7 +213,7 @@ TEST_F(Physics, AccumulationAddsSignalBaselineAndVariance)
   ASSERT_EQ(SetImage(1, 1, 1, 256, 1, 256), RC_SUCCESS);
   ASSERT_EQ(SetExposureTime(0.01f), RC_SUCCESS);
   const std::vector<TImage> single = Take(256 * 256, 4);
-  for (const int count : {4, 100}) { // the second is more than 16 bits hold
+  for (const int count : {4, 100}) { // the second sum exceeds 16 bits
     const std::vector<TImage> sum = Take(256 * 256, 4, count);
     EXPECT_NEAR(Mean(sum) / Mean(single), count, 0.002 * count);
     EXPECT_NEAR(Variance(sum) / Variance(single), count, 0.03 * count);

@@ -190,7 +190,7 @@ TEST_F(Eeprom, AConfigurationThatThrowsAtTheEndReachesTheCallerOfShutDown)
   EXPECT_EQ(ShutDown(), RC_SUCCESS);
 }
 
-// What was made before the exception stays, the open camera too, so this happens in a process of its own.
+// What was made before the exception stays, the open camera too, so this happens in a separate process.
 TEST_F(Eeprom, AFactoryThatThrowsReachesTheCallerOfInitialize)
 {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -305,7 +305,7 @@ TEST_F(TriggerBoard, ALibraryMayCallWhileItIsLoadedAndUnloaded)
   EXPECT_EQ(TriggerBoard_GetAvailableTriggers(&answer), kNotLoaded);
 }
 
-// The child of a fork has the locks as they were, perhaps held by a thread that it does not have.
+// The child of a fork has the locks as they were, perhaps locked by a thread that it does not have.
 TEST_F(TriggerBoard, AForkedChildWaitsForNobody)
 {
   Put(kTriggerBoardLibrary);

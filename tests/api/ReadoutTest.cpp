@@ -210,7 +210,7 @@ TEST_F(Readout, GainModelOfACameraThatCannotBeAskedIsTheDirectOne)
   EXPECT_EQ(SetPreAmpGain(0), RC_P1_INVALID);
 }
 
-TEST_F(Readout, BaselineClampTellsWhatTheCameraAnswers)
+TEST_F(Readout, BaselineClampReportsWhatTheCameraAnswers)
 {
   OpenCamera(101);
   int state = 77;

@@ -106,7 +106,7 @@ TEST_F(Retrieval, AllImagesOfAFinishedRunComeAtOnce)
   EXPECT_EQ(GetAcquiredData16(words_.data(), kSize * 4), RC_P2_INVALID) << "the size is that of one image";
 }
 
-TEST_F(Retrieval, RangeGivesItsFirstImageAndTellsWhatIsThere)
+TEST_F(Retrieval, RangeGivesItsFirstImageAndReportsWhatIsThere)
 {
   Start();
   PushFrames(5);
@@ -128,7 +128,7 @@ TEST_F(Retrieval, RangeGivesItsFirstImageAndTellsWhatIsThere)
   EXPECT_EQ(GetImages16((1L << 32) + 1, (1L << 32) + 2, words_.data(), kSize, nullptr, nullptr), RC_NO_NEW_DATA);
 }
 
-TEST_F(Retrieval, CountersTellWhatTheRunHasBrought)
+TEST_F(Retrieval, CountersShowWhatTheRunHasDelivered)
 {
   int first = 7;
   int last = 7;

@@ -19,7 +19,7 @@ TEST_F(Selection, HandlesCountUpFrom101)
   long count = 0;
   EXPECT_EQ(GetAvailableCameras(&count), RC_SUCCESS);
   EXPECT_EQ(count, 2);
-  EXPECT_EQ(VXSIM_GetInitialiseCount(), 0) << "the library is let go again";
+  EXPECT_EQ(VXSIM_GetInitialiseCount(), 0) << "the library is finalised again";
 
   long handle = 0;
   EXPECT_EQ(GetCameraHandle(1, &handle), RC_SUCCESS);

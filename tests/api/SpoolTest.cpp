@@ -143,13 +143,13 @@ INSTANTIATE_TEST_SUITE_P(Sizes, SpoolSizes,
                                            TSize{512, 512, kImagesTogether, 1300, 2}, // twice the ring
                                            TSize{512, 511, kImagePerFile, 150, 2}));
 
-TEST_F(Spool, TheDirectoryTellsWhatTheRunWas)
+TEST_F(Spool, TheDirectoryDescribesTheRun)
 {
   Open();
   ASSERT_EQ(SetExposureTime(0.00123f), RC_SUCCESS);
   SpoolTo(run_.Path(), kImagesTogether);
   StartSeries(3);
-  EXPECT_EQ(run_.Text("run", "State"), "recording") << "it must tell before the first frame";
+  EXPECT_EQ(run_.Text("run", "State"), "recording") << "it must be there before the first frame";
   EXPECT_EQ(run_.Number("run", "ImagesExpected"), 3);
   Push(1);
   ASSERT_TRUE(HasImages(1));

@@ -81,7 +81,7 @@ TEST_F(Stream, WhatIsOverwrittenIsCountedExactly)
   EXPECT_EQ(Statistics().framesDelivered, made);
 }
 
-// Frames arrive while the thread that counts them is held up, so that the camera is ahead of the count by nearly a
+// Frames arrive while the thread that counts them is delayed, so that the camera is ahead of the count by nearly a
 // ring, and the program reads images that the camera has reached, is about to reach, or has not reached.
 TEST_F(Stream, AnImageThatIsIntactIsTheOneWithItsNumber)
 {

@@ -58,7 +58,7 @@ TEST_F(Temperature, StateOfTheCoolingIsTheCode)
   }
 }
 
-TEST_F(Temperature, WhatCannotBeToldHasItsCode)
+TEST_F(Temperature, WhatIsNotKnownHasItsCode)
 {
   float degrees = 5.0F;
   int whole = 5;
@@ -119,7 +119,7 @@ TEST_F(Temperature, RangeLosesItsFractions)
   EXPECT_EQ(maximum, 0) << "written first";
 }
 
-TEST_F(Temperature, StatusTellsWhatThereIs)
+TEST_F(Temperature, StatusReportsWhatThereIs)
 {
   float values[4] = {5.0F, 5.0F, 5.0F, 5.0F};
   const auto get = [&] { return GetTemperatureStatus(&values[0], &values[1], &values[2], &values[3]); };

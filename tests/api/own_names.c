@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-/* A program with functions of its own that are named like some of those that do nothing. */
+/* A program that defines functions with names of some of those that do nothing. */
 #define VXMCD_WITHOUT_FIXED_RESULTS
 #include "vxmcd.h"
 

@@ -32,7 +32,7 @@ void PrintTo(const TAnswer& answer, std::ostream* stream)
 class PrivateProfile : public testing::Test
 {
 protected:
-  /// The buffer beyond what the call was told is part of the answer: nothing may be written there.
+  /// The buffer beyond the size that the call was given is compared, too: nothing may be written there.
   static constexpr std::size_t kMoreBytes = 16;
 
   static TAnswer Whole(unsigned int result, std::string bytes, unsigned int size)
@@ -175,7 +175,7 @@ TEST_F(PrivateProfile, CutsWhatDoesNotFit)
   EXPECT_EQ(Ask("A", "absent", 3), Default(3));
 }
 
-TEST_F(PrivateProfile, ListsCountOneLessThanTheyHold)
+TEST_F(PrivateProfile, ListsCountOneLessThanTheyHave)
 {
   Use("[A]\n[B]\n");
   EXPECT_EQ(Ask(nullptr, nullptr), Whole(3, "A\0B\0\0"s, 64));

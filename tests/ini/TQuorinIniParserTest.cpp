@@ -20,7 +20,7 @@ using Code = TQuorinIniParser;
 class QuorinIniParser : public testing::Test
 {
 protected:
-  /// Makes the document hold what the text says.
+  /// Loads the text into the document.
   void Load(const std::string& text)
   {
     ini_.ResetIni();
@@ -72,7 +72,7 @@ TEST_F(QuorinIniParser, SaysWhatIsWrongInAFixedOrder)
   EXPECT_EQ(ini_.ResetIni(), Code::INI_NOT_LOADED);
 }
 
-TEST_F(QuorinIniParser, TellsKeysApartByCaseButSectionsNot)
+TEST_F(QuorinIniParser, DistinguishesKeysByCaseButNotSections)
 {
   Load("[s]\nFoo=1\n");
   EXPECT_EQ(ini_.doesKeyExist("S", "Foo"), Code::INI_OK);

@@ -7,7 +7,7 @@ from pathlib import Path
 
 import pytest
 
-# A camera of 16 x 8 pixels whose frames tell their numbers, and for some tests a second one.
+# A camera of 16 x 8 pixels whose frames contain their numbers, and for some tests a second one.
 COUNTER = """[Simulator]
 Cameras = {cameras}
 [Camera0]
@@ -26,7 +26,7 @@ FREE = COUNTER.format(cameras=2, timing="Clock = free") + SECOND
 REAL = COUNTER.format(cameras=2, timing="Clock = real") + SECOND
 
 
-# The built-in cameras with pictures that take no time to paint, for programs of their own.
+# The built-in cameras with pictures that take no time to paint, for separate programs.
 QUICK = """[Simulator]
 Cameras = 2
 [Camera0]

@@ -42,7 +42,7 @@ def test_one_file_of_whole_pixels_is_not_copied(tmp_path):
     assert np.shares_memory(run.array(), run.frame_bytes(2))
     assert not run.array().flags.writeable
     image = run[2]
-    image[:] = 0  # an array of its own
+    image[:] = 0  # a separate array
     assert run[2].any()
 
 

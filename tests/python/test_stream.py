@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Streams: every frame in order, and an account of those that are not there."""
+"""Streams: every frame in order, and counts of those that are not there."""
 import gc
 import warnings
 

@@ -22,11 +22,11 @@ using Bytes = std::vector<unsigned char>;
 using ByteFetch = TUnpackedFetchImage<unsigned char, unsigned char>;
 using PackedFetch = TPackedFetchImage<unsigned char, unsigned short>;
 
-// Ten frames of 2 x 1 bytes, of which the first four are gone; frame n holds n and n + 100.
+// Ten frames of 2 x 1 bytes, of which the first four are gone; frame n has the bytes n and n + 100.
 class TenFrames : public testing::Test
 {
 protected:
-  ~TenFrames() override { EXPECT_EQ(queue_.holds, 0); }
+  ~TenFrames() override { EXPECT_EQ(queue_.references, 0); }
 
   static ScriptedQueue FramesFiveToTen()
   {
@@ -215,7 +215,7 @@ TEST_F(TenFrames, OldestMovesOnPastAFrameLostMeanwhile)
   EXPECT_THAT(output_, Each(0xEE));
 }
 
-TEST_F(TenFrames, CursorStopsAtTheHighestNumberItCanHold)
+TEST_F(TenFrames, CursorStopsAtItsHighestNumber)
 {
   constexpr int kMax = std::numeric_limits<int>::max();
   queue_.maximum = std::int64_t{kMax} + 100;
@@ -246,7 +246,7 @@ TEST_F(TenFrames, MostRecentIsCopiedAgainWhenTheCameraMayHaveReachedIt)
   };
   EXPECT_EQ(fetch_.GetMostRecentImage(output_.data(), 2), RC_SUCCESS);
   EXPECT_THAT(Bytes(output_.begin(), output_.begin() + 3), ElementsAre(11, 111, 0xEE));
-  EXPECT_EQ(queue_.holdsTaken, 2);
+  EXPECT_EQ(queue_.referencesTaken, 2);
 }
 
 TEST_F(TenFrames, MostRecentGivesUpAfterThreeTries)
@@ -254,7 +254,7 @@ TEST_F(TenFrames, MostRecentGivesUpAfterThreeTries)
   queue_.isIntact = [](std::int64_t) { return false; };
   EXPECT_EQ(fetch_.GetMostRecentImage(output_.data(), 2), RC_SUCCESS);
   EXPECT_EQ(output_[0], 10);
-  EXPECT_EQ(queue_.holdsTaken, 3);
+  EXPECT_EQ(queue_.referencesTaken, 3);
   output_.assign(40, 0xEE);
   queue_.frames.clear();
   EXPECT_EQ(fetch_.GetMostRecentImage(output_.data(), 2), RC_FRAME_UNAVAILABLE);
@@ -271,7 +271,7 @@ TEST_F(TenFrames, FramesBeyondTheHighestNumberOfTheCursorAreAcquiredAsAllOthers)
   EXPECT_EQ(fetch_.GetImages(kNumber, kNumber, output_.data() + 2, 2, &validFirst_, &validLast_), RC_SUCCESS);
   EXPECT_EQ(validFirst_, kNumber);
   EXPECT_EQ(output_[2], 33);
-  EXPECT_EQ(queue_.holdsTaken, 2);
+  EXPECT_EQ(queue_.referencesTaken, 2);
 }
 
 TEST_F(TenFrames, IntactImageIsOneThatTheQueueVouchesForAfterTheCopy)
@@ -344,7 +344,7 @@ TEST_F(TenFrames, ImagesCopiesTheFirstFrameOfTheRangeToItsPlace)
   EXPECT_THAT(Bytes(output_.begin() + 2, output_.begin() + 5), ElementsAre(5, 105, 0xEE));
 }
 
-TEST_F(TenFrames, ImagesOutsideWhatIsHeldAreNoNewData)
+TEST_F(TenFrames, ImagesThatAreNotThereAreNoNewData)
 {
   constexpr long kBeyond = (1L << 32) + 6;
   EXPECT_EQ(fetch_.GetImages(1, 4, output_.data(), 2, &validFirst_, &validLast_), RC_NO_NEW_DATA);

@@ -40,7 +40,7 @@ private:
   unsigned char* start_ = nullptr;
 };
 
-// How a pixel type is stored, told in the most naive way.
+// How a pixel type is stored, in the most naive way.
 struct Storage
 {
   std::size_t (*bytes)(std::size_t pixelCount);

@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-/// Stub with public fields. Counts holds, so that a test sees one that is not given back.
+/// Stub with public fields. Counts references, so that a test sees one that is not released.
 class ScriptedQueue final : public TDispatchQueue
 {
 public:
@@ -17,7 +17,7 @@ public:
   std::int64_t minimum = 0;
   std::int64_t maximum = 0;
   std::int64_t imageSizeBytes = 0;
-  int holds = 0;
+  int references = 0;
   int holdsTaken = 0;
   std::function<bool(std::int64_t)> isIntact = [](std::int64_t) { return true; };
   std::function<void(std::int64_t)> onGetImage = [](std::int64_t) {};
@@ -40,11 +40,11 @@ public:
     onGetImage(image);
     const auto found = frames.find(image);
     if (found == frames.end()) return {};
-    ++holds;
+    ++references;
     ++holdsTaken;
     return {found->second.data(), static_cast<std::int64_t>(found->second.size())};
   }
-  void ReleaseImage8(unsigned char*) override { --holds; }
+  void ReleaseImage8(unsigned char*) override { --references; }
   unsigned char* GetImage(int image) override
   {
     const auto found = frames.find(image);

@@ -142,7 +142,7 @@ TEST_F(RunReading, RecordsThatAreDamagedRepeatedTornOrImpossibleDoNotCount)
   EXPECT_FALSE(isIndexRead_);
 }
 
-TEST_F(RunReading, PlacesThatWereNeverWrittenAreTold)
+TEST_F(RunReading, PlacesThatWereNeverWrittenAreReported)
 {
   TMadeRun made;
   made.images = 5;
@@ -190,7 +190,7 @@ TEST_F(RunReading, PlacesForBillionsOfImagesAreNotLookedAtOneByOne)
 {
   fs::create_directory(Directory());
   PutFileBytes(ImageFile(0), "abc");
-  fs::resize_file(ImageFile(0), INT_MAX);          // holds no data
+  fs::resize_file(ImageFile(0), INT_MAX);          // has no data
   PutFileBytes(Path("spool_9999999999.dat"), "?"); // behind all numbers that an image can have
   TRunImages images(Directory(), INT_MAX, 1);
   EXPECT_EQ(images.Count(), 1);

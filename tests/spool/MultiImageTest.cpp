@@ -150,7 +150,7 @@ TEST_F(MultiImageSpooler, CountsBytesIn64Bits)
   EXPECT_EQ(files_.sizeBytes, 80 * kGiB);
 }
 
-TEST(SerialMultiImage, HandsOutOnePlaceAfterTheOtherAndUnlocksTheFileOnce)
+TEST(SerialMultiImage, LocksOnePlaceAfterTheOtherAndUnlocksTheFileOnce)
 {
   TMemoryImage file;
   file.bytes.resize(300);

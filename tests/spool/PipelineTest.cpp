@@ -359,7 +359,7 @@ TEST_F(SpoolDirectories, KeepTheImagesBeforeAnIndexThatMayNotGrow)
 }
 
 // A series that fits must not be refused for places that it never fills.
-TEST_F(SpoolDirectories, HoldBlocksForTheImagesOfTheRunOnly)
+TEST_F(SpoolDirectories, HaveBlocksForTheImagesOfTheRunOnly)
 {
   constexpr std::uint64_t kMiB = 1 << 20;
   TSpoolFault fault;
@@ -379,7 +379,7 @@ TEST_F(SpoolDirectories, HoldBlocksForTheImagesOfTheRunOnly)
 }
 
 // The memory of a block has had other images in it.
-TEST_F(SpoolDirectories, HoldZerosWhereABlockWasNotFilled)
+TEST_F(SpoolDirectories, HaveZerosWhereABlockWasNotFilled)
 {
   constexpr std::size_t kBytes = 3001;
   constexpr int kImages = 9000;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kSlots = 2;
 
-/// A disk that stands still until it is told to go on.
+/// A disk that blocks until the test releases it.
 class QueuedSpooler : public testing::Test
 {
 protected:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Memory that cannot be had at a chosen moment. In a source of its own: where g++ can see into these operators, it takes
+// Memory that cannot be had at a chosen moment. In a separate source: where g++ can see into these operators, it takes
 // one of them with the other's counterpart for a mistake.
 #include "tests/spool/RefusedAllocations.h"
 

@@ -26,7 +26,7 @@ TEST(SpoolQueue, GivesFramesBackInOrder)
   EXPECT_EQ(TQueuingSpoolAlgorithm(nullptr).Spool(0, frame, 4), 0);
 }
 
-TEST(SpoolQueue, IsAbortedForGoodWhateverItHolds)
+TEST(SpoolQueue, IsAbortedForGoodWithAnyElements)
 {
   TSpoolQueue queue;
   queue.Queue(TSpoolFileData(frame, 1, 4));

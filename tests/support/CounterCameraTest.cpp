@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tests with a camera whose frames tell their numbers.
+// Tests with a camera whose frames contain their numbers.
 #include "tests/support/CounterCameraTest.h"
 
 #include "vxcore/simulated/imaging/TCounterPattern.h"

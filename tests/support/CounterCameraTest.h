@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tests with a camera whose frames tell their numbers.
+// Tests with a camera whose frames contain their numbers.
 #pragma once
 
 #include "tests/support/SimulatedCameraTest.h"
@@ -8,7 +8,7 @@
 #include <cstdint>
 
 /// A camera of 16 x 8 pixels of 16 bits; the test pushes its frames, and every frame is a counter pattern. It exposes
-/// for so long that no run ends for want of a frame because the test was held up.
+/// for so long that no run ends for want of a frame because the test was delayed.
 inline constexpr const char* kCounterCamera =
     "[Simulator]\nCameras=1\n[Camera0]\nModel=RQ512_LX\nSource=manual\nScene=counter\nNoise=off\nStridePadding=0\n"
     "[Camera0.ExposureTime]\nMax=30\nValue=20\n"
@@ -52,11 +52,11 @@ protected:
   /// Waits until the run has brought @p count images; false when it has more or does not get there.
   static bool HasImages(long count);
   static long ImageCount();
-  /// The number of the camera's frame that image @p number holds; 0 when it is not there or not whole.
+  /// The number of the camera's frame in image @p number; 0 when it is not there or not whole.
   static std::uint64_t FrameOfImage(long number);
   /// Checks that every image that is there is the frame that @p frames says, image 1 first.
   static void ExpectImages(const std::vector<std::uint64_t>& frames);
-  /// A run of its own on the open camera: nothing that happened before may show in it.
+  /// A new run on the open camera: nothing that happened before may show in it.
   static void ExpectCleanRun();
   static VXSIM_Statistics Statistics();
 };

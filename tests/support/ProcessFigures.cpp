@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a process uses, as the kernel tells it.
+// What a process uses, as the kernel reports it.
 #include "tests/support/ProcessFigures.h"
 
 #include <ctime>

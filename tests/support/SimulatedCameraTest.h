@@ -13,7 +13,7 @@
 #include <vector>
 
 /// A camera whose frames the test pushes, without noise, small. It exposes for so long that no run ends for want of a
-/// frame because the test was held up.
+/// frame because the test was delayed.
 inline constexpr const char* kManualCamera =
     "[Simulator]\nCameras=1\n[Camera0]\nModel=RQ512_LX\nSource=manual\n"
     "Scene=counter\nNoise=off\n[Camera0.ExposureTime]\nMax=30\nValue=20\n";
@@ -58,7 +58,7 @@ private:
   const char* configuration_;
 };
 
-/// Waits until @p condition holds, for a minute at most: a busy machine is allowed for.
+/// Waits until @p condition is true, for a minute at most, which is enough on a busy machine.
 bool Eventually(const std::function<bool()>& condition);
 
 /// The lines of the call log, without those of VX_QueueBuffer.

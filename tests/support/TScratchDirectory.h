@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-/// A directory for one test's files: no test running at the same time has the same. Its operations hand out full
+/// A directory for one test's files: no test running at the same time has the same. Its operations return full
 /// paths; what the file system refuses is an exception.
 class TScratchDirectory final
 {

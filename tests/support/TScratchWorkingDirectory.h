@@ -31,7 +31,7 @@ public:
   }
   void Copy(const std::string& from, const std::string& name) const
   {
-    Remove(name); // in a file of its own: the one before may be a library that is loaded
+    Remove(name); // in a new file: the one before may be a library that is loaded
     std::filesystem::copy_file(from, scratch_.Path(name));
   }
   void MakeDirectory(const std::string& name) const { std::filesystem::create_directory(scratch_.Path(name)); }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Arguments with several numbers, the description of a camera as text and JSON, and what JSON cannot hold.
+// Arguments with several numbers, the description of a camera as text and JSON, and what JSON cannot express.
 #include "tools/ArgumentForms.h"
 #include "tools/Json.h"
 
@@ -36,7 +36,7 @@ TEST(ArgumentForms, ReadTheirNumbersAndNothingElse)
   for (const char* wrong : {"", "0", "-1", "nan", "inf", "1s", "1e7"}) EXPECT_FALSE(ParseSeconds(wrong, seconds));
 }
 
-TEST(JsonText, HoldsWhateverItIsGiven)
+TEST(JsonText, TakesAnyValue)
 {
   EXPECT_EQ(JsonNumber(0.1F), 0.1);
   EXPECT_TRUE(JsonNumber(std::nanf("")).is_null());

@@ -38,7 +38,7 @@ protected:
   TOutcome outcome_;
 };
 
-TEST_F(ConvertProgram, EveryFormatHoldsImagesAndLabels)
+TEST_F(ConvertProgram, EveryFormatHasImagesAndLabels)
 {
   TMadeRun run;
   run.encoding = "Mono12Packed";
@@ -249,7 +249,7 @@ protected:
   }
 };
 
-TEST_P(ConvertProgramFormats, FullDiskIsSaidAndTheFileHoldsWhatFits)
+TEST_P(ConvertProgramFormats, FullDiskIsReportedAndTheFileHasWhatFits)
 {
   TMadeRun run;
   run.width = 256;

@@ -10,7 +10,7 @@
 
 namespace vxtool {
 
-/// An image whose pixels tell its number and their place: number x 1000 + index, cut to the pixel's depth.
+/// An image whose pixels show its number and their place: number x 1000 + index, cut to the pixel's depth.
 inline std::vector<std::byte> TestImage(const TImageShape& shape, long number)
 {
   std::vector<std::byte> bytes(shape.Bytes());

@@ -68,12 +68,12 @@ pid_t ToolProgram::LaunchUntil(std::vector<std::string> arguments, const std::fu
 {
   const pid_t child = Launch(std::move(arguments));
   const auto deadline = Clock::now() + std::chrono::seconds(20);
-  bool holds = condition();
-  while (!holds && Clock::now() < deadline) {
+  bool isTrue = condition();
+  while (!isTrue && Clock::now() < deadline) {
     std::this_thread::sleep_for(std::chrono::milliseconds(2)); // a pause between looks
-    holds = condition();
+    isTrue = condition();
   }
-  EXPECT_TRUE(holds) << "what was waited for did not come: " << TextOf(directory_.Path("err"));
+  EXPECT_TRUE(isTrue) << "what was waited for did not come: " << TextOf(directory_.Path("err"));
   return child;
 }
 

@@ -45,7 +45,7 @@ protected:
     return Finish(Launch(std::move(arguments), fileLimit));
   }
 
-  /// Starts the program and waits, for up to 20 s, until the condition holds; the program goes on.
+  /// Starts the program and waits, for up to 20 s, until the condition is true; the program goes on.
   pid_t LaunchUntil(std::vector<std::string> arguments, const std::function<bool()>& condition);
   /// Does what Ctrl-C does, and expects that the program then ends soon and says so by its exit code.
   TOutcome Interrupt(pid_t child);

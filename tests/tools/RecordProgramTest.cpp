@@ -56,7 +56,7 @@ protected:
   }
 };
 
-TEST_F(RecordProgram, RecordedImagesAndFactsAreThoseThatTheLibraryHandsOut)
+TEST_F(RecordProgram, RecordedImagesAndFactsAreThoseThatTheLibraryReturns)
 {
   Configure("[Simulator]\nCameras = 1\n[Camera0]\nScene = resolution chart\nNoise = off\nClock = free\n"
             "Model = RQ512_LX\n[Camera0.PixelEncoding]\nValue = Mono12Packed\n");

@@ -56,7 +56,7 @@ TEST_F(RunLoop, ImagesOvertakenByTheCameraAreCountedAndNeverWritten)
         EXPECT_GT(counts_.overwritten, 0);
       }
       if (slots == 8 && perFetch < 3) {
-        EXPECT_GT(counts_.written, 50) << "skipping ahead must let some copies succeed";
+        EXPECT_GT(counts_.written, 50) << "after skipping ahead some copies must succeed";
       }
     }
   }
@@ -104,7 +104,7 @@ class RunLoopEnds : public RunLoop, public ::testing::WithParamInterface<TEndCas
 {
 };
 
-TEST_P(RunLoopEnds, StatusAndCountTogetherTellHowTheRunEnded)
+TEST_P(RunLoopEnds, StatusAndCountTogetherShowHowTheRunEnded)
 {
   const TEndCase& c = GetParam();
   settings_.isRecorded = c.isRecorded;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The program with everything a camera can be set to: area, binning, tracks, readout, cooling, and what it tells.
+// The program with everything a camera can be set to: area, binning, tracks, readout, cooling, and what it reports.
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
 
@@ -58,7 +58,7 @@ protected:
   nlohmann::json report_;
 };
 
-TEST_F(ToolCamera, InfoTellsEverythingAboutEachModel)
+TEST_F(ToolCamera, InfoReportsEverythingAboutEachModel)
 {
   Configure("[Simulator]\nCameras = 3\n[Camera1]\nModel = RQ512_LX\n[Camera2]\nModel = TARN 1M\n");
   const struct

@@ -30,7 +30,7 @@ struct Directed
 
 constexpr std::chrono::seconds kDeadline{20};
 
-/// Waits until @p condition holds. Returns false after a long time.
+/// Waits until @p condition is true. Returns false after a long time.
 template <class Condition>
 bool Eventually(Condition condition)
 {

@@ -85,7 +85,7 @@ TEST_F(DynamicLoader, KeepsWhatTheLoaderSaysOfAFailure)
   EXPECT_EQ(nowhere.Open(), 2);
   EXPECT_NE(std::strstr(nowhere.GetErrorMessage(), "libnowhere-at-all.so"), nullptr) << nowhere.GetErrorMessage();
   EXPECT_EQ(nowhere.updateErrorMessage(), 0);
-  EXPECT_STREQ(nowhere.GetErrorMessage(), "No Error") << "the loader's error is told once";
+  EXPECT_STREQ(nowhere.GetErrorMessage(), "No Error") << "the loader's error is reported once";
 
   here_.WriteFile("libtext.so", "no library");
   TQuorinDynamicLoader text("libtext.so", nullptr, false);
@@ -104,7 +104,7 @@ TEST_F(DynamicLoader, KeepsWhatTheLoaderSaysOfAFailure)
 }
 
 /// Runs one test of this program again, in a process whose user has fewer rights than the process.
-/// @return what waitpid() tells of its end
+/// @return what waitpid() reports of its end
 int RunAsPrivileged(const char* test)
 {
   const std::string filter = std::string("--gtest_filter=") + test;

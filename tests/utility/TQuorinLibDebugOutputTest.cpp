@@ -82,7 +82,7 @@ TEST_F(QuorinLibDebugOutput, WritesItsLevelAndTheMoreSevereOnes)
   EXPECT_EQ(Lines().size(), 10u);
 }
 
-TEST_F(QuorinLibDebugOutput, LineTellsTimeThreadLevelPlaceAndText)
+TEST_F(QuorinLibDebugOutput, LineHasTimeThreadLevelPlaceAndText)
 {
   ASSERT_TRUE(LogToFile("info"));
   TQuorinLibDebugOutput::Output("/some/where/x.cpp", 7, "Open", "cannot open \"%s\"\n", "a\nb");

@@ -66,7 +66,7 @@ TEST(QuorinTaskLauncher, LaunchWaitsForTheTaskBeforeNotForItsOwn)
   std::atomic<int> launched{0};
   Task task([&](void*) { gate.Wait(TQuorinEvent::Infinite); });
   TQuorinTaskLauncher launcher;
-  launcher.Launch(&task, nullptr); // returns while the task is held
+  launcher.Launch(&task, nullptr); // returns while the task is blocked
   std::atomic<pid_t> id{0};
   std::thread second([&] {
     id = gettid();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Observers of a subject, including those that change the list while they are told.
+// Observers of a subject, including those that change the list while they are notified.
 #include "utility/TSubject.h"
 
 #include "utility/TObserver.h"
@@ -14,7 +14,7 @@ namespace {
 
 struct Observer final : TObserver
 {
-  explicit Observer(std::function<void()> told) : told_(std::move(told)) {}
+  explicit Observer(std::function<void()> notified) : told_(std::move(notified)) {}
   unsigned int DoUpdate() override
   {
     told_();
@@ -28,23 +28,23 @@ private:
 } // namespace
 
 // An observer that is gone leaves its address to the next one.
-TEST(Subject, ANewObserverInThePlaceOfAnOldOneIsToldFromTheNextTimeOn)
+TEST(Subject, ANewObserverInThePlaceOfAnOldOneIsNotifiedFromTheNextTimeOn)
 {
   TSubject subject;
-  std::string told;
+  std::string notified;
   std::optional<Observer> place;
   Observer changer([&] {
-    told += 'c';
+    notified += 'c';
     subject.RemoveObserver(&*place);
-    place.emplace([&] { told += 'n'; });
+    place.emplace([&] { notified += 'n'; });
     subject.RegisterObserver(&*place);
   });
-  place.emplace([&] { told += 'o'; });
+  place.emplace([&] { notified += 'o'; });
   subject.RegisterObserver(&changer);
   subject.RegisterObserver(&*place);
   subject.NotifyObservers();
-  EXPECT_EQ(told, "c");
+  EXPECT_EQ(notified, "c");
   subject.RemoveObserver(&changer);
   subject.NotifyObservers();
-  EXPECT_EQ(told, "cn");
+  EXPECT_EQ(notified, "cn");
 }

@@ -31,7 +31,7 @@ protected:
     ASSERT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
   }
 
-  /// Waits until a condition holds; false when it takes too long.
+  /// Waits until a condition is true; false when it takes too long.
   template <typename Condition>
   static bool Eventually(Condition&& condition)
   {
@@ -113,7 +113,7 @@ public:
   void Start() const { EXPECT_EQ(Command(L"AcquisitionStart"), VX_SUCCESS); }
   void Stop() const { EXPECT_EQ(Command(L"AcquisitionStop"), VX_SUCCESS); }
 
-  /// Waits for a frame. On success `frame` is what was handed out.
+  /// Waits for a frame. On success `frame` is the delivered one.
   int Wait(unsigned int timeoutMs = 0)
   {
     unsigned char* buffer = nullptr;
@@ -126,7 +126,7 @@ public:
   {
     EXPECT_EQ(VX_QueueBuffer(handle, frame.data(), static_cast<int>(frame.size())), VX_SUCCESS);
   }
-  /// Number of the counter or stamp frame last handed out; 0 when it is none.
+  /// Number of the counter or stamp frame delivered last; 0 when it is none.
   uint64_t FrameNumber() const
   {
     vxsim::TFrameStamp stamp;
@@ -134,7 +134,7 @@ public:
     std::memcpy(&stamp, frame.data(), sizeof stamp);
     return stamp.magic == vxsim::TCounterPattern::kMagic ? stamp.frameNumber : 0;
   }
-  /// Timestamp in the tail of the frame last handed out.
+  /// Timestamp in the tail of the frame delivered last.
   int64_t Ticks() const
   {
     int64_t ticks = 0;

@@ -116,7 +116,7 @@ TEST_F(SimulatorAcquisition, TimestampsAreExactAfterAThousandSecondsAndMore)
   }
 }
 
-TEST_F(SimulatorAcquisition, ExternalPulsesPaceFramesAndTheOnesTooEarlyAreIgnored)
+TEST_F(SimulatorAcquisition, ExternalPulsesStartFramesAndTheOnesTooEarlyAreIgnored)
 {
   Configure(std::string(kFree) + "TriggerPeriod = 0.1\nTriggerWidth = 0.02\nTriggerDelay = 0.005\n");
   OpenCamera camera;

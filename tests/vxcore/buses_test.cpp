@@ -151,7 +151,7 @@ TEST_F(SimulatorI2c, BusesAreApartAndAnswerOnlyForTheirDevices)
   EXPECT_EQ(staged.WriteBytes(L"Controller", 0x2C, {0, 2}), VX_ERR_BUS);
   EXPECT_EQ(staged.WriteBytes(L"Internal", 0x2D, {}), VX_ERR_BUS);
   EXPECT_EQ(staged.WriteBytes(L"Controller", 0x4B, {}), VX_ERR_BUS);
-  EXPECT_EQ(staged.WriteBytes(L"Internal", 0x48, {0, 1}), VX_ERR_BUS); // a rail monitor only tells
+  EXPECT_EQ(staged.WriteBytes(L"Internal", 0x48, {0, 1}), VX_ERR_BUS); // a rail monitor can only be read
   EXPECT_EQ(staged.WriteBytes(L"Internal", 0x2C, {15, 1, 2}), VX_ERR_BUS);
   EXPECT_EQ(staged.ByteAt(L"Internal", 0x2C, 15), 0x80); // nothing of a refused transfer is written
   EXPECT_EQ(staged.ByteAt(L"Internal", 0x2C, 200), -1);

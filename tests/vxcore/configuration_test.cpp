@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The simulator's configuration: what it changes, and how its mistakes are told.
+// The simulator's configuration: what it changes, and how its mistakes are reported.
 #include "tests/support/TScratchDirectory.h"
 #include "tests/vxcore/SimulatedCameraTest.h"
 

@@ -77,7 +77,7 @@ TEST_F(SimulatorFaults, FramesAreDroppedShortenedAndLengthened)
   EXPECT_EQ(VXSIM_GetFaultsFired(), 3U);
 }
 
-TEST_F(SimulatorFaults, WaitEndsInTimeWhenEveryFrameIsDroppedAndLetsOthersIn)
+TEST_F(SimulatorFaults, WaitEndsInTimeWhenEveryFrameIsDroppedAndReleasesTheLock)
 {
   StartCamera();
   AddFault("frame any drop");
@@ -125,7 +125,7 @@ TEST_F(SimulatorFaults, BuffersAreSwappedNullForeignAndRepeated)
   EXPECT_EQ(camera->frame.data(), nullptr); // a flush leaves nothing to repeat
 }
 
-TEST_F(SimulatorFaults, LateFramesAndStallsHoldUpTheRun)
+TEST_F(SimulatorFaults, LateFramesAndStallsDelayTheRun)
 {
   StartCamera();
   AddFault("frame 1 late 60ms");

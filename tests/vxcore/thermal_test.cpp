@@ -28,7 +28,7 @@ protected:
     return index;
   }
   static void Advance(double seconds) { ASSERT_EQ(VXSIM_AdvanceTime(0, seconds), VX_SUCCESS); }
-  /// Lets time pass until the status is another one; gives the seconds, -1 when it stays for ten minutes.
+  /// Advances the time until the status changes; gives the seconds, -1 when it stays for ten minutes.
   static double SecondsUntilStatusLeaves(const OpenCamera& camera, int status)
   {
     for (double seconds = 0.0; seconds < 600.0; seconds += 0.5) {
