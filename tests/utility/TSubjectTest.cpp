@@ -14,15 +14,15 @@ namespace {
 
 struct Observer final : TObserver
 {
-  explicit Observer(std::function<void()> notified) : told_(std::move(notified)) {}
+  explicit Observer(std::function<void()> notified) : notified_(std::move(notified)) {}
   unsigned int DoUpdate() override
   {
-    told_();
+    notified_();
     return 0;
   }
 
 private:
-  std::function<void()> told_;
+  std::function<void()> notified_;
 };
 
 } // namespace
