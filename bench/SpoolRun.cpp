@@ -112,10 +112,10 @@ WritingCost spoolSeries(const BenchmarkCamera& camera, const std::string& direct
   return cost;
 }
 
-PacedResult spoolAtRate(const BenchmarkCamera& camera, const std::string& directory, long count,
-                        double framesPerSecond)
+FixedRateResult spoolAtRate(const BenchmarkCamera& camera, const std::string& directory, long count,
+                            double framesPerSecond)
 {
-  PacedResult result;
+  FixedRateResult result;
   setSeries(directory, TSpoolLayout::kImagesTogether, count);
   const double cpu = secondsOfClock(CLOCK_PROCESS_CPUTIME_ID);
   VXSIM_Statistics before{};

@@ -7,10 +7,10 @@
 #include "BenchmarkCamera.h"
 #include "BenchmarkDirectory.h"
 #include "BenchmarkSetting.h"
-#include "Contest.h"
 #include "RegisterRounds.h"
 #include "spool/TSpoolLayout.h"
 #include "SpoolRun.h"
+#include "WriterComparison.h"
 
 #include <benchmark/benchmark.h>
 
@@ -86,14 +86,14 @@ void convert(benchmark::State& state, bool isCold)
       runProgram({"sh", "-c", "cat " + run + "/* > /dev/null"});
     return runProgram(command);
   };
-  Contest contest(bytes);
+  WriterComparison comparison(bytes);
   for (const char* const kind : {"fits", "tif", "raw"})
-    contest.add(kind, [&run, &timed, kind](const std::string& path) {
+    comparison.add(kind, [&run, &timed, kind](const std::string& path) {
       return timed({VXMCD_TOOL, "convert", run, "--output", path + "/images." + kind});
     });
-  contest.add("cp", [&run, &timed](const std::string& path) { return timed({"cp", "-r", run, path}); });
-  for (auto _ : state) state.SetIterationTime(contest.round());
-  contest.report(state);
+  comparison.add("cp", [&run, &timed](const std::string& path) { return timed({"cp", "-r", run, path}); });
+  for (auto _ : state) state.SetIterationTime(comparison.round());
+  comparison.report(state);
   runProgram({"rm", "-r", run});
 }
 

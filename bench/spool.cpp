@@ -14,13 +14,13 @@
 #include "BenchmarkCamera.h"
 #include "BenchmarkDirectory.h"
 #include "BenchmarkSetting.h"
-#include "Contest.h"
 #include "FilledSlots.h"
 #include "FrameWriters.h"
 #include "Rounds.h"
 #include "runs/checksum.h"
 #include "SpoolParts.h"
 #include "SpoolRun.h"
+#include "WriterComparison.h"
 
 #include <benchmark/benchmark.h>
 
@@ -78,10 +78,10 @@ FrameSource makeSource(std::size_t frameBytes)
   return FrameSource(frameBytes, std::min(kSourceBytes / frameBytes, kMaxSourceFrames));
 }
 
-void runRounds(benchmark::State& state, Contest& contest)
+void runRounds(benchmark::State& state, WriterComparison& comparison)
 {
-  for (auto _ : state) state.SetIterationTime(contest.round());
-  contest.report(state);
+  for (auto _ : state) state.SetIterationTime(comparison.round());
+  comparison.report(state);
 }
 
 /// The whole library against others. With metadata, frames are no multiple of a page.
@@ -102,12 +102,13 @@ void againstOthers(benchmark::State& state, Geometry geometry, bool withMetadata
       for (const FrameWriter& writer : formatWriters()) others.push_back(writer);
   }
 
-  Contest contest(bytesOf(count, frameBytes));
-  contest.add("spool", [&](const std::string& path) { return spoolSeries(camera, path, kImagesTogether, count); });
+  WriterComparison comparison(bytesOf(count, frameBytes));
+  comparison.add("spool",
+                 [&](const std::string& path) { return spoolSeries(camera, path, kImagesTogether, count); });
   for (const FrameWriter& other : others)
-    contest.add(other.name, [&, other](const std::string& path) { return other.write(path, frames, count); });
+    comparison.add(other.name, [&, other](const std::string& path) { return other.write(path, frames, count); });
   spoolSeries(camera, directory, kImagesTogether, static_cast<long>(camera.ringSlots())); // fills the slots
-  runRounds(state, contest);
+  runRounds(state, comparison);
 }
 
 /// The two methods of SetSpool(), each with the layout that the library chooses for it.
@@ -116,11 +117,11 @@ void methods(benchmark::State& state)
   BenchmarkCamera camera(kLarge.width, kLarge.height);
   require(SetMetaData(0) == RC_SUCCESS, "SetMetaData");
   const long count = frameCount(camera.frameBytes());
-  Contest contest(bytesOf(count, camera.frameBytes()));
+  WriterComparison comparison(bytesOf(count, camera.frameBytes()));
   for (const auto& [name, method] : {std::pair{"method_3", kImagesTogether}, std::pair{"method_1", kImagePerFile}})
-    contest.add(name, [&, m = method](const std::string& path) { return spoolSeries(camera, path, m, count); });
+    comparison.add(name, [&, m = method](const std::string& path) { return spoolSeries(camera, path, m, count); });
   spoolSeries(camera, BenchmarkDirectory::get().path(), kImagesTogether, static_cast<long>(camera.ringSlots()));
-  runRounds(state, contest);
+  runRounds(state, comparison);
 }
 
 /// A combination of the library's parts.
@@ -138,7 +139,7 @@ void variants(benchmark::State& state, Geometry geometry, const std::vector<Vari
   const FrameSource frames = makeSource(geometry.frameBytes());
   const long count = frameCount(geometry.frameBytes());
   const TSpoolVolume able = TSpoolVolume::Probe(BenchmarkDirectory::get().path());
-  Contest contest(bytesOf(count, geometry.frameBytes()));
+  WriterComparison comparison(bytesOf(count, geometry.frameBytes()));
   for (const Variant& variant : all) {
     TSpoolVolume volume = able;
     volume.writesDirectly = able.writesDirectly && variant.direct;
@@ -150,11 +151,11 @@ void variants(benchmark::State& state, Geometry geometry, const std::vector<Vari
       layout.placesPerFile /= layout.imagesPerPlace;
     }
     layout.isQueued = variant.queued;
-    contest.add(variant.name, [&frames, layout, volume, count](const std::string& path) {
+    comparison.add(variant.name, [&frames, layout, volume, count](const std::string& path) {
       return writeThroughParts(path, layout, volume, frames, count);
     });
   }
-  runRounds(state, contest);
+  runRounds(state, comparison);
 }
 
 /// The checksum of frames that come from memory, against copying them.
@@ -212,7 +213,7 @@ void fixedRate(benchmark::State& state, double part)
     BenchmarkCamera camera(kLarge.width, kLarge.height, "Source=manual\nScene=stamp\n");
     const auto count = static_cast<long>(rate * seconds);
     const double frameGB = static_cast<double>(camera.frameBytes()) * 1e-9;
-    const PacedResult result = spoolAtRate(camera, directory.path(), count, rate);
+    const FixedRateResult result = spoolAtRate(camera, directory.path(), count, rate);
     directory.clear();
     state.SetIterationTime(result.seconds);
     state.counters["camera_GBps"] = rate * frameGB;
