@@ -17,7 +17,7 @@ public:
   static TCallLog& Instance();
 
   static bool IsOn() { return on_.load(std::memory_order_relaxed); }
-  bool WantsWaits() const { return withWaits_.load(std::memory_order_relaxed); }
+  bool IncludesWaits() const { return withWaits_.load(std::memory_order_relaxed); }
 
   void Start(bool withWaits);
   void Stop() { on_.store(false, std::memory_order_relaxed); }

@@ -105,7 +105,7 @@ int RunInstrumented(const TCallInfo& info, const std::function<int()>& body)
   const int code = RunWithFaults(info, body);
   TCallLog& log = TCallLog::Instance();
   const bool isWait = std::strcmp(info.function, "VX_WaitBuffer") == 0;
-  if (log.IsOn() && (!isWait || log.WantsWaits())) log.Append(Line(info, code));
+  if (log.IsOn() && (!isWait || log.IncludesWaits())) log.Append(Line(info, code));
   return code;
 }
 

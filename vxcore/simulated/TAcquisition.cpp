@@ -336,18 +336,18 @@ TFramePainter::TFrame TAcquisition::NextFrame(int64_t startNs)
 /// Takes a frame from the sensor, unless the fault plan loses it.
 int TAcquisition::Receive(TDeviceLock& lock, TExposedFrame frame)
 {
-  TSensorFaults::EFate fate = TSensorFaults::EFate::Exposed;
+  TSensorFaults::EOutcome outcome = TSensorFaults::EOutcome::Exposed;
   if (!faults_.IsEmpty()) {
     int64_t delayNs = 0;
-    fate = faults_.Apply(frame, state_.metadata, status_, delayNs);
+    outcome = faults_.Apply(frame, state_.metadata, status_, delayNs);
     if (delayNs > 0) schedule_.Delay(delayNs);
   }
   int code = VX_SUCCESS;
-  if (fate == TSensorFaults::EFate::Exposed)
+  if (outcome == TSensorFaults::EOutcome::Exposed)
     code = Store(lock, std::move(frame));
   else {
     ++status_.statistics.framesDropped;
-    if (fate == TSensorFaults::EFate::CameraGone) Unplug();
+    if (outcome == TSensorFaults::EOutcome::Unplugged) Unplug();
   }
   EndIfComplete();
   return code;

@@ -23,8 +23,8 @@ bool Has(const std::vector<TPlannedFault>& faults, EPlannedFault kind)
 
 } // namespace
 
-TSensorFaults::EFate TSensorFaults::Apply(TExposedFrame& frame, bool hasMetadata, TDeviceStatus& status,
-                                          int64_t& delayNs)
+TSensorFaults::EOutcome TSensorFaults::Apply(TExposedFrame& frame, bool hasMetadata, TDeviceStatus& status,
+                                             int64_t& delayNs)
 {
   for (const TPlannedFault& fault : plan_.OnCamera()) {
     const TClock::time_point end = TClock::now() + std::chrono::nanoseconds(fault.durationNs);
@@ -35,16 +35,16 @@ TSensorFaults::EFate TSensorFaults::Apply(TExposedFrame& frame, bool hasMetadata
     }
     status.plugged = false;
     if (fault.kind == EPlannedFault::Replug) status.pluggedAgainAt = end;
-    return EFate::CameraGone;
+    return EOutcome::Unplugged;
   }
   frame.faults = plan_.OnFrame();
   for (const TPlannedFault& fault : frame.faults) {
     if (fault.kind == EPlannedFault::Late)
       delayedUntil_ = TClock::now() + std::chrono::nanoseconds(fault.durationNs);
   }
-  if (Has(frame.faults, EPlannedFault::Drop)) return EFate::Lost;
+  if (Has(frame.faults, EPlannedFault::Drop)) return EOutcome::Lost;
   if (hasMetadata) std::ranges::copy(plan_.OnMetadata(), std::back_inserter(frame.faults));
-  return EFate::Exposed;
+  return EOutcome::Exposed;
 }
 
 bool TSensorFaults::Place(const TExposedFrame& frame, int frameBytes, int64_t imageSizeBytes,

@@ -18,11 +18,11 @@ class TSensorFaults final
 {
 public:
   using TClock = std::chrono::steady_clock;
-  enum class EFate
+  enum class EOutcome
   {
     Exposed,
     Lost,
-    CameraGone ///< the frame is lost, and the camera is unplugged
+    Unplugged ///< the frame is lost, and the camera is unplugged
   };
 
   explicit TSensorFaults(vxcore::IFrameFaults& plan) : plan_(plan) {}
@@ -32,7 +32,7 @@ public:
   /// Applies the plan to a frame that was just exposed; notes in it what is to be done when it is delivered.
   /// @param status      the camera's, which the plan may unplug
   /// @param delayNs     what the sensor's next frames are delayed by
-  EFate Apply(TExposedFrame& frame, bool hasMetadata, TDeviceStatus& status, int64_t& delayNs);
+  EOutcome Apply(TExposedFrame& frame, bool hasMetadata, TDeviceStatus& status, int64_t& delayNs);
 
   /// Whether frames wait until DelayedUntil(). Forgets a delay that is over.
   bool IsDelayed()

@@ -123,7 +123,7 @@ void TElectronPicture::Update(double sceneSeconds, double darkElectronsPerSecond
   const bool sameSpots = isUpdated_ && (!isMoving_ || sceneSeconds == sceneSeconds_);
   const bool sameDark = isUpdated_ && (hotPixels_.empty() || darkElectronsPerSecond == darkElectronsPerSecond_);
   if (sameSpots && sameDark) return;
-  TakeOffAdded();
+  RemoveAdditions();
   spots_.clear();
   scene_->SpotsAt(sceneSeconds, spots_);
   isMoving_ = !spots_.empty();
@@ -179,8 +179,8 @@ void TElectronPicture::Keep(std::size_t first, std::size_t count)
   kept_.insert(kept_.end(), from, from + static_cast<std::ptrdiff_t>(count));
 }
 
-/// Puts back what was there, newest first, so that overlapping additions leave no trace.
-void TElectronPicture::TakeOffAdded()
+/// Restores what the additions have overwritten, newest first, since they may overlap.
+void TElectronPicture::RemoveAdditions()
 {
   std::size_t end = kept_.size();
   for (auto touched = touched_.rbegin(); touched != touched_.rend(); ++touched) {

@@ -47,7 +47,7 @@ private:
   void PlaceHotPixels(const TSensorSettings& sensor);
   void AddSpot(const TLightSpot& spot);
   void Keep(std::size_t first, std::size_t count);
-  void TakeOffAdded();
+  void RemoveAdditions();
 
   TReadoutMap map_;
   std::unique_ptr<IScene> scene_;
