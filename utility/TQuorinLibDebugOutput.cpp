@@ -25,18 +25,18 @@ constexpr std::size_t kLineSize = 2048;
 constexpr std::string_view kCutMark = "...";
 constexpr long kNanosecondsPerMicrosecond = 1000;
 
-/// Logging leaves no trace in the thread it happens on: errno is put back, and writing is no cancellation point.
-class TUnnoticed
+/// Keeps the state of the thread that logs: restores errno, and writing is no cancellation point while it lives.
+class TCallerState
 {
 public:
-  TUnnoticed() : errno_(errno) { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_); }
-  ~TUnnoticed()
+  TCallerState() : errno_(errno) { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_); }
+  ~TCallerState()
   {
     pthread_setcancelstate(cancelState_, nullptr);
     errno = errno_;
   }
-  TUnnoticed(const TUnnoticed&) = delete;
-  TUnnoticed& operator=(const TUnnoticed&) = delete;
+  TCallerState(const TCallerState&) = delete;
+  TCallerState& operator=(const TCallerState&) = delete;
 
 private:
   int errno_;
@@ -152,7 +152,7 @@ bool TQuorinLibDebugOutput::ConfigureFromEnvironment() noexcept
 
 bool TQuorinLibDebugOutput::Configure(const char* setting) noexcept
 {
-  const TUnnoticed unnoticed;
+  const TCallerState callerState;
   level_ = kOff;
   const std::string_view whole = setting ? setting : "";
   if (whole.empty() || whole == "off") return true;
@@ -210,7 +210,7 @@ void TQuorinLibDebugOutput::OutputText(const char* file, int line, const char* f
 void TQuorinLibDebugOutput::Write(const char* file, int line, const char* function, ESeverity severity,
                                   const char* format, std::va_list arguments) noexcept
 {
-  const TUnnoticed unnoticed;
+  const TCallerState callerState;
   TLine text;
   AppendTime(text);
   text.Append(" %u %s %s:%d %s ", TQuorinMisc::GetThreadID(), kLevelNames[std::clamp<int>(severity, Error, Debug)],
