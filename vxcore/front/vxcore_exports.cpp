@@ -45,8 +45,8 @@ int OnFeature(const TCallInfo& info, Body&& body) noexcept
   });
 }
 
-/// Sets *@p flag to what @p body(feature, exists) returns; the feature is null when the handle has none of that name, and
-/// for those of the system handle.
+/// Sets *@p flag to what @p body(feature, exists) returns; the feature is null when the handle has none of that name,
+/// and for those of the system handle.
 template <typename Body>
 int AskFlag(const TCallInfo& info, int* flag, Body&& body) noexcept
 {
