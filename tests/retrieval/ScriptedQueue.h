@@ -18,7 +18,7 @@ public:
   std::int64_t maximum = 0;
   std::int64_t imageSizeBytes = 0;
   int references = 0;
-  int holdsTaken = 0;
+  int referencesTaken = 0;
   std::function<bool(std::int64_t)> isIntact = [](std::int64_t) { return true; };
   std::function<void(std::int64_t)> onGetImage = [](std::int64_t) {};
 
@@ -41,7 +41,7 @@ public:
     const auto found = frames.find(image);
     if (found == frames.end()) return {};
     ++references;
-    ++holdsTaken;
+    ++referencesTaken;
     return {found->second.data(), static_cast<std::int64_t>(found->second.size())};
   }
   void ReleaseImage8(unsigned char*) override { --references; }
