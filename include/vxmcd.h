@@ -125,7 +125,7 @@ VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
 VXMCD_API unsigned int Initialize(char* directory);
 /**
  * Closes the current camera, aborting an acquisition first; every wait returns. A series that is written to disk (see
- * SetSpool()) and whose images have all been delivered is not aborted but finished. Blocks until nobody uses the
+ * SetSpool()) and whose images have all been delivered is not aborted but finished. Blocks until no caller uses the
  * camera any more: as long as the acquisition thread or another caller is inside a call into the feature library.
  * @return #RC_SUCCESS; #RC_NOT_INITIALIZED when no camera is open
  */
@@ -923,7 +923,7 @@ VXMCD_API unsigned int StartAcquisition(void);
 VXMCD_API unsigned int AbortAcquisition(void);
 /**
  * Waits without limit for the next image since the last wait. Blocks. An image, a failure of the run or
- * CancelWait() ends the wait; each image ends one wait, and images that arrive while nobody waits end the next
+ * CancelWait() ends the wait; each image ends one wait, and images that arrive while no thread waits end the next
  * wait at once. After the last image of a run nothing ends a wait: prefer the forms with a time-out, and ask
  * GetStatus().
  * @return #RC_SUCCESS; #RC_NO_NEW_DATA when the wait ended without an image
@@ -953,7 +953,7 @@ VXMCD_API unsigned int GetStatus(int* status);
 VXMCD_DECORATED unsigned int GetAcquisitionProgress(long* accumulations, long* series);
 /**
  * Writes the memory budget of the ring, 300,000,000 bytes; it is not a number of images. Frames above 100,000,000 bytes
- * get a ring of three buffers, or of two where memory is short, whatever the budget.
+ * get a ring of three buffers, or of two where memory is short, even above the budget.
  * @return #RC_SUCCESS
  */
 VXMCD_DECORATED unsigned int GetSizeOfCircularBuffer(long* size);
@@ -971,12 +971,12 @@ VXMCD_API unsigned int createAcquisitionEvents(void);
  *  is that of docs/file-formats.md. A series may be longer than the ring: the buffer of a frame is used again once the
  *  frame has been copied from it, and until then the image can also be retrieved. Runs until abort are not written.
  *
- *  When the disk is slower than the camera, frames wait in the ring and then in the camera, and when both are full
- *  the run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, files or directory removed,
- *  limit of the process for the size of files) it ends with #RC_STATUS_SPOOL_ISSUE. In either case the
- *  frames written before stay, and the description in the directory counts those that are known to be on the disk. A
- *  power failure costs the images of about the last two seconds. GetStatus() reports a failure at once, while the
- *  directory is complete only when the "State" in its description is no longer "recording".
+ *  When the disk is slower than the camera, frames wait in the ring and then in the camera, and when both are full the
+ *  run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, files or directory removed,
+ *  limit of the process for the size of files) it ends with #RC_STATUS_SPOOL_ISSUE. In either case the frames written
+ *  before stay, and the description in the directory counts those that are known to be on the disk. A power failure
+ *  costs the images of about the last two seconds. GetStatus() reports a failure at once, while the directory is
+ *  complete only when the "State" in its description is no longer "recording".
  *  @{ */
 /**
  * Switches writing on or off, from the next start on. StartAcquisition() makes the directory, with its parents. A

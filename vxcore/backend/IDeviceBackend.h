@@ -25,7 +25,7 @@ class IDeviceBackend
 public:
   virtual ~IDeviceBackend() = default;
 
-  /// How many devices there are. Asked often: a search that takes time belongs into the making of the backend.
+  /// How many devices there are. Called often, so a search that takes time is done when the backend is made.
   virtual int Enumerate() = 0;
   /// Opens device @p index (0 to Enumerate() - 1).
   virtual int Open(int index, const TDeviceContext& context, std::unique_ptr<IDevice>& device) = 0;
