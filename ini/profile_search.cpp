@@ -7,7 +7,7 @@ namespace {
 /// The next character (0 to 255) or EOF. Only one call uses the stream, so no character needs a lock.
 int Next(std::FILE* stream)
 {
-  return ::getc_unlocked(stream);
+  return ::getc_unlocked(stream); // NOLINT(concurrency-mt-unsafe)
 }
 
 bool ReadName(std::FILE* stream, int end, TProfileText& name)

@@ -185,7 +185,8 @@ std::uint32_t TCameraPotsFacade::CreateEmptyINIFile(const char* fileName)
   if (file && std::fclose(file.release()) != 0) isWritten = false;
   if (!isWritten)
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "potentiometer file %s is not written: %s",
-                                  fileName ? fileName : "(null)", std::strerror(errno));
+                                  fileName ? fileName : "(null)",
+                                  std::strerror(errno)); // NOLINT(concurrency-mt-unsafe): a text of each thread
   return kDone;
 }
 

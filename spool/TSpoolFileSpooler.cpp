@@ -277,6 +277,7 @@ int TSpoolFileSpooler::Remove()
   std::vector<std::string> own;
   const TOpenDirectory directory(opendir(directory_.c_str()));
   errno = directory ? 0 : errno;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads this stream
   while (const dirent* const entry = directory ? readdir(directory.get()) : nullptr) {
     if (IsOwnFile(entry->d_name)) own.push_back(directory_ + "/" + entry->d_name);
     errno = 0;
