@@ -78,8 +78,8 @@ VXMCD_API const char* vxmcd_GetResultAdvice(unsigned int code);
 /** @} */
 
 /** @defgroup selection Choosing a camera
- *  Cameras have handles: the camera at index i of the device list has handle 101 + i. None of these functions
- *  needs an open camera.
+ *  Cameras have handles: the camera at index i of the device list has handle 101 + i. No function here needs
+ *  an open camera.
  *  @{ */
 /**
  * Counts the attached cameras.
@@ -117,8 +117,9 @@ VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
 /** @defgroup lifecycle Opening, closing, version
  *  @{ */
 /**
- * Opens the current camera. An open camera stays as it is. Metadata (a timestamp with each frame) is switched on.
- * May take as long as the camera needs to open. A child process forked while a camera is open cannot open one.
+ * Opens the current camera. Needs no open camera, and an open one stays as it is. Metadata (a timestamp with each
+ * frame) is switched on. May take as long as the camera needs to open. A child process forked while a camera is open
+ * cannot open one.
  * @param directory  not used; may be null
  * @return #RC_SUCCESS; #RC_NO_CAMERA when there is no camera under the current handle, or none that can be opened
  */
@@ -139,13 +140,13 @@ VXMCD_API void my_init(void);
 /** Runs when the library is unloaded; calls MyFinalise(). */
 VXMCD_API void my_fini(void);
 #ifndef VXMCD_BUILDING
-/** Writes the version 2, 94, 32007, 0. Needs no camera. Returns #RC_SUCCESS. */
+/** Writes the version 2, 94, 32007, 0. Needs no open camera. Returns #RC_SUCCESS. */
 VXMCD_API unsigned int getSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build,
                                      unsigned int* revision);
 #endif
 /**
  * Writes 0 to the first four outputs, the minor version 94 to the fifth and the major version 2 to the sixth.
- * Needs no camera.
+ * Needs no open camera.
  * @return #RC_SUCCESS
  */
 VXMCD_API unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cofFile, unsigned int* vxdRevision,
@@ -156,7 +157,7 @@ VXMCD_API unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cof
 /** GetVersionInfo(): the driver's version, which this library does not know. */
 #define VXMCD_VERSION_DRIVER 0x40000001
 /**
- * Copies a version text. Needs no camera.
+ * Copies a version text. Needs no open camera.
  * @param id      #VXMCD_VERSION_LIBRARY ("2.94.32007.0") or #VXMCD_VERSION_DRIVER ("Unknown")
  * @param buffer  at least @p size bytes; the rest is filled with 0, and a text that fills it is not terminated
  * @param size    bytes to write at most
@@ -328,20 +329,19 @@ VXMCD_API unsigned int GetMaximumBinning(int readMode, int horzVert, int* maxBin
  *  choosing it on a camera without it changes nothing in the camera.
  *  @{ */
 /**
- * Chooses the AD channel.
+ * Chooses the AD channel. Needs no open camera.
  * @param channel  0 to GetNumberADChannels() - 1
- * @return #RC_SUCCESS, also with no open camera; #RC_P1_INVALID when there is no such channel
+ * @return #RC_SUCCESS; #RC_P1_INVALID when there is no such channel
  */
 VXMCD_API unsigned int SetADChannel(int channel);
-/** Writes the number of AD channels, 1 or 2. Returns #RC_SUCCESS; with no open camera too, which writes nothing.
- */
+/** Writes the number of AD channels, 1 or 2. Needs no open camera; without one it writes nothing. Returns
+ *  #RC_SUCCESS. */
 VXMCD_API unsigned int GetNumberADChannels(int* count);
 /**
- * Reports the bits per pixel of an AD channel.
+ * Reports the bits per pixel of an AD channel. Needs no open camera; without one it writes nothing.
  * @param channel  0 to GetNumberADChannels() - 1
  * @param depth    written with the number of bits; 0 when it cannot be read
- * @return #RC_SUCCESS, also with no open camera, which writes nothing; #RC_P2_INVALID for a null pointer;
- *         #RC_P1_INVALID when there is no such channel
+ * @return #RC_SUCCESS; #RC_P2_INVALID for a null pointer; #RC_P1_INVALID when there is no such channel
  */
 VXMCD_API unsigned int GetBitDepth(int channel, int* depth);
 /**
@@ -608,7 +608,7 @@ VXMCD_API unsigned int GetHardwareVersion(unsigned int* out1, unsigned int* out2
                                           unsigned int* firmwareBuild);
 #ifndef VXMCD_BUILDING
 /**
- * Finds the first number in a text: "SN-01234X" gives 1234. Needs no camera.
+ * Finds the first number in a text: "SN-01234X" gives 1234. Needs no open camera.
  * @param text    a terminated text
  * @param number  written with the number, or with the largest `int` when it is larger; untouched when there is no
  *                digit
@@ -635,7 +635,7 @@ VXMCD_API unsigned int GetHeadModel(char* name);
  *         width or height cannot be read
  */
 VXMCD_API unsigned int GetPixelSize(float* width, float* height);
-/** Writes an empty text: there is no controller card. Returns #RC_SUCCESS, with or without an open camera. */
+/** Writes an empty text: there is no controller card. Needs no open camera. Returns #RC_SUCCESS. */
 VXMCD_API unsigned int GetControllerCardModel(char* name);
 /** @} */
 
@@ -845,8 +845,8 @@ VXMCD_API unsigned int LoadEEPROM(const char* fileName);
 
 /** @defgroup triggerboard Trigger board
  *  A trigger board is driven by a library, the file usbi2c.dll in the working directory, which the first Initialize()
- *  loads and the ShutDown() of the last camera unloads (vxmcd_plugins.h). One board serves all cameras; no function
- *  here needs an open one.
+ *  loads and the ShutDown() of the last camera unloads (vxmcd_plugins.h). One board serves all cameras. No
+ *  function here needs an open camera.
  *
  *  Except for TriggerBoard_I2CWrite(), these functions return **the status of that library**, whose meaning the library
  *  defines; **1 when there is no such library**; and #RC_SUCCESS, doing nothing, before the first Initialize(). The
@@ -867,11 +867,11 @@ VXMCD_API unsigned int TriggerBoard_I2CWrite(int first, int second, int third);
 /** @} */
 
 /** @defgroup service Service
- *  Values for maintenance tools. All functions but vxsys_GetBaselineLevel() answer the same for every camera, and need
- *  no open one. Callable from any thread.
+ *  Values for maintenance tools. All functions but vxsys_GetBaselineLevel() answer the same for every camera. No
+ *  function here needs an open camera unless it says so. Callable from any thread.
  *  @{ */
 /**
- * Reads the level of a pixel without signal.
+ * Reads the level of a pixel without signal. Needs an open camera.
  * @param level  written with the level in counts; untouched on failure
  * @return #RC_SUCCESS; #RC_P1_INVALID when it cannot be read
  */
@@ -958,11 +958,11 @@ VXMCD_DECORATED unsigned int GetAcquisitionProgress(long* accumulations, long* s
  */
 VXMCD_DECORATED unsigned int GetSizeOfCircularBuffer(long* size);
 /**
- * Frees the ring and every image in it; during a run, as soon as the run has ended.
- * @return #RC_SUCCESS, with or without an open camera
+ * Frees the ring and every image in it; during a run, as soon as the run has ended. Needs no open camera.
+ * @return #RC_SUCCESS
  */
 VXMCD_API unsigned int FreeInternalMemory(void);
-/** Does nothing; kept for programs that call it. Returns #RC_SUCCESS. */
+/** Does nothing; kept for programs that call it. Needs no open camera. Returns #RC_SUCCESS. */
 VXMCD_API unsigned int createAcquisitionEvents(void);
 /** @} */
 
@@ -1191,8 +1191,9 @@ VXMCD_DECORATED unsigned int WritePrivateProfileString(const char* section, cons
 
 /**
  * Finds the text of the camera's "TriggerMode" that means an external trigger: "External Level Transition" on a
- * camera with a trigger configuration, else "External". For C++ only.
- * @param value  written with the text; left as it is when no camera is open, which is success
+ * camera with a trigger configuration, else "External". Needs no open camera; without one it writes
+ * nothing. For C++ only.
+ * @param value  written with the text
  * @return #RC_SUCCESS; #RC_FEATURE_ERROR when it cannot be read
  * @ingroup settings
  */

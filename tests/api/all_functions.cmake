@@ -4,8 +4,9 @@ find_package(Python3 REQUIRED COMPONENTS Interpreter)
 set(function_rows ${CMAKE_CURRENT_BINARY_DIR}/rows/function_rows.inc)
 add_custom_command(OUTPUT ${function_rows}
   COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_CURRENT_BINARY_DIR}/rows
-  COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/scripts/list-functions > ${function_rows}
-  DEPENDS ${PROJECT_SOURCE_DIR}/scripts/list-functions ${PROJECT_SOURCE_DIR}/include/vxmcd.h
+  COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/scripts/generate-interface --print documented_codes
+    > ${function_rows}
+  DEPENDS ${PROJECT_SOURCE_DIR}/scripts/interface/documented_codes.py ${PROJECT_SOURCE_DIR}/include/vxmcd.h
   VERBATIM)
 add_library(documented_codes OBJECT ../support/DocumentedCodes.cpp ${function_rows})
 vxmcd_compile_options(documented_codes)

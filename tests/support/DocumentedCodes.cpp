@@ -6,7 +6,6 @@
 
 #include <map>
 #include <set>
-#include <string_view>
 
 namespace {
 
@@ -17,17 +16,6 @@ const std::map<std::string, TCodes> kDocumented = {
 #include "function_rows.inc"
 #undef VXMCD_FUNCTION
 };
-
-/// Functions that answer the same with and without an open camera, a space around each.
-constexpr std::string_view kOfTheLibrary =
-    " GetAvailableCameras GetCameraHandle SetCurrentCamera GetCurrentCamera GetSDK3Handle Initialize "
-    "getSDKVersion GetSoftwareVersion GetVersionInfo TriggerModeFeatureFinder SetADChannel "
-    "GetNumberADChannels GetBitDepth GetControllerCardModel FreeInternalMemory TriggerBoard_Initialize "
-    "TriggerBoard_ShutDown TriggerBoard_GetAvailableTriggers TriggerBoard_GetTriggerHandle "
-    "TriggerBoard_SetCurrentTrigger TriggerBoard_I2CWrite vxsys_GetKeepCleanTime "
-    "vxsys_GetTemperatureTolerance vxsys_GetHSSpeedLimits vxsys_GetDummyPixels "
-    "vxsys_GetMinimumNumberInSeries vxsys_IsVacuumCooling vxsys_IsTemperatureAvailableDuringAcquisition "
-    "vxsys_GetDDGIOCFrequencyRange createAcquisitionEvents ";
 
 /// Whether @p name returns 0 and 1 as statuses.
 bool HasStatuses(const std::string& name)
@@ -41,12 +29,11 @@ bool IsDocumented(const std::string& name, unsigned int code)
 {
   const auto row = kDocumented.find(name);
   if (row == kDocumented.end()) return false;
-  if (code == RC_NOT_INITIALIZED) return NeedsCamera(name);
   if (code == RC_SUCCESS && name.starts_with("TriggerBoard_")) return true;
   return row->second.count(code) != 0 || (code <= 1 && HasStatuses(name));
 }
 
 bool NeedsCamera(const std::string& name)
 {
-  return kOfTheLibrary.find(" " + name + " ") == std::string_view::npos;
+  return IsDocumented(name, RC_NOT_INITIALIZED);
 }

@@ -29,9 +29,9 @@ bool IsSizeOnSensor(long long size)
   return size >= 1 && size <= kMaxSensorPixels;
 }
 
-bool IsTwelveBits(std::wstring_view encoding)
+bool IsTwelveBits(EPixelEncoding encoding)
 {
-  return encoding.starts_with(L"Mono12");
+  return encoding == EPixelEncoding::Mono12 || encoding == EPixelEncoding::Mono12Packed;
 }
 
 std::unique_ptr<IFeature> MakeAoiLeft(const TBuild& b)
@@ -380,7 +380,7 @@ void UpdateGain(TCameraState& state, bool bySimpleControl)
   }
   state.Choice(EChoice::BitDepth).Choose(state.IsGainCombined() ? 1 : 0);
   TChoice& encoding = state.Choice(EChoice::PixelEncoding);
-  if (state.IsGainCombined() && IsTwelveBits(encoding.Text())) encoding.Choose(L"Mono16");
+  if (state.IsGainCombined() && IsTwelveBits(encoding.Meaning<EPixelEncoding>())) encoding.Choose(L"Mono16");
 }
 
 /// A global shutter cannot be read out at the highest of three rates or more.
@@ -419,7 +419,9 @@ std::unique_ptr<IFeature> MakeChoice(const TBuild& b, EChoice which)
   std::function<void()> refresh;
   switch (which) {
   case EChoice::PixelEncoding:
-    available = [&s, &choice](int index) { return !IsTwelveBits(choice.TextAt(index)) || !s.IsGainCombined(); };
+    available = [&s, &choice](int index) {
+      return !IsTwelveBits(choice.MeaningAt<EPixelEncoding>(index)) || !s.IsGainCombined();
+    };
     break;
   case EChoice::PreAmpGainChannel:
     chosen = [&s] { UpdateGain(s, false); };
