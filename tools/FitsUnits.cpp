@@ -168,6 +168,7 @@ void WriteFrameTable(fitsfile* file, const std::vector<TImageLabel>& labels, int
   char form[] = "1K";
   char unit[] = "";
   std::vector<char*> names;
+  names.reserve(columns.size());
   for (TColumn& column : columns) names.push_back(column.name.data());
   std::vector<char*> forms(columns.size(), form);
   std::vector<char*> units(columns.size(), unit);
