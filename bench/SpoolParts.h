@@ -3,8 +3,8 @@
 #pragma once
 
 #include "FrameWriters.h"
-#include "spool/TSpoolLayout.h"
 #include "spool/TSpoolFile.h"
+#include "spool/TSpoolLayout.h"
 
 #include <string>
 
