@@ -4,12 +4,11 @@ from __future__ import annotations
 
 import ctypes
 import numbers
-import operator
 from typing import NamedTuple, Optional, Tuple
 
 import numpy as np
 
-from . import raw
+from . import _checks, raw
 
 _READ_MODE_IMAGE = 4
 _PIXEL_TYPES = {8: np.uint8, 16: np.uint16, 32: np.int32}
@@ -46,7 +45,8 @@ class AreaSettings:
 
     @area.setter
     def area(self, area: Optional[Area]) -> None:
-        self._set_image(Area(1, 1, *self.sensor_size) if area is None else Area(*map(operator.index, area)), self._binning)
+        sensor = (1, 1, *self.sensor_size)
+        self._set_image(Area(*(sensor if area is None else _checks.integers("area", area, 4))), self._binning)
 
     @property
     def binning(self) -> Tuple[int, int]:
@@ -56,8 +56,8 @@ class AreaSettings:
 
     @binning.setter
     def binning(self, binning) -> None:
-        horizontal, vertical = (binning, binning) if isinstance(binning, numbers.Integral) else binning
-        self._set_image(self._area, (operator.index(horizontal), operator.index(vertical)))
+        both = (binning, binning) if isinstance(binning, numbers.Integral) else binning
+        self._set_image(self._area, _checks.integers("binning", both, 2))
 
     @property
     def shape(self) -> Tuple[int, int]:
@@ -72,6 +72,7 @@ class AreaSettings:
 
     @bits.setter
     def bits(self, bits: Optional[int]) -> None:
+        bits = None if bits is None else _checks.integer("bits", bits)
         if bits is not None and bits not in _PIXEL_TYPES:
             raise ValueError(f"{bits} bits: 8, 16 or 32")
         self._bits = bits

@@ -5,7 +5,7 @@ from __future__ import annotations
 import ctypes
 from typing import Tuple
 
-from . import raw
+from . import _checks, raw
 from .errors import VxmcdError
 
 _STATES = {raw.RC_TEMP_OFF: "off", raw.RC_TEMP_STABILIZED: "stable", raw.RC_TEMP_NOT_REACHED: "not reached",
@@ -40,9 +40,10 @@ class CoolingSettings:
 
     @target_temperature.setter
     def target_temperature(self, celsius: int) -> None:
+        celsius = _checks.number("target_temperature", celsius)
         lowest, highest = self.temperature_range
         if not lowest <= celsius <= highest or celsius != int(celsius):
-            raise ValueError(f"a target of {celsius} C: this camera takes whole degrees from {lowest} to {highest}")
+            raise ValueError(f"a target of {celsius:g} C: this camera takes whole degrees from {lowest} to {highest}")
         self._session.call("SetTemperature", int(celsius))
 
     @property
@@ -57,12 +58,15 @@ class CoolingSettings:
 
     @cooler.setter
     def cooler(self, on: bool) -> None:
+        on = _checks.switch("cooler", on)
         self._session.call("CoolerON" if on else "CoolerOFF")
-        if self.cooler != bool(on):  # the call succeeds even if the camera refuses
+        if self.cooler != on:  # the call succeeds even if the camera refuses
             raise VxmcdError("CoolerON" if on else "CoolerOFF", raw.RC_NOT_AVAILABLE, "the cooler does not switch")
 
     def set_fan(self, mode: str) -> None:
         """Sets the fan: "full", "low" or "off"."""
+        if not isinstance(mode, str):
+            raise TypeError(f"the fan's mode is a text, not {mode!r}")
         if mode not in _FAN_MODES:
             raise ValueError(f"fan {mode!r} is none of {', '.join(_FAN_MODES)}")
         self._session.call("SetFanMode", _FAN_MODES[mode])

@@ -5,7 +5,7 @@ from __future__ import annotations
 import ctypes
 from typing import List, NamedTuple, Optional
 
-from . import raw
+from . import _checks, raw
 
 _TEXT_BYTES = 256
 _ONE_AMPLIFIER = 0  # the AD channel that reads one amplifier
@@ -41,6 +41,7 @@ class ReadoutSettings:
 
     @ad_channel.setter
     def ad_channel(self, channel: int) -> None:
+        channel = _checks.integer("ad_channel", channel)
         self._session.change("SetADChannel", channel)
         self._ad_channel = channel
 
@@ -57,6 +58,7 @@ class ReadoutSettings:
 
     @amplifier.setter
     def amplifier(self, amplifier: int) -> None:
+        amplifier = _checks.integer("amplifier", amplifier)
         self._session.change("SetOutputAmplifier", amplifier)
         self._amplifier = amplifier
         self.ad_channel = _ONE_AMPLIFIER
@@ -74,6 +76,7 @@ class ReadoutSettings:
 
     @readout_speed.setter
     def readout_speed(self, speed: int) -> None:
+        speed = _checks.integer("readout_speed", speed)
         self._session.change("SetHSSpeed", self._amplifier or 0, speed)
         self._readout_speed = speed
 
@@ -91,6 +94,7 @@ class ReadoutSettings:
 
     @gain.setter
     def gain(self, gain: int) -> None:
+        gain = _checks.integer("gain", gain)
         count = self._session.read("GetNumberPreAmpGains", ctypes.c_int)
         if not 0 <= gain < count:
             raise ValueError(f"gain {gain} is not one of 0 to {count - 1}")
@@ -107,7 +111,7 @@ class ReadoutSettings:
 
     @baseline_clamp.setter
     def baseline_clamp(self, on: bool) -> None:
-        self._session.change("SetBaselineClamp", int(bool(on)))
+        self._session.change("SetBaselineClamp", int(_checks.switch("baseline_clamp", on)))
 
     def _place_of(self, gain):
         for channel in range(self._session.read("GetNumberADChannels", ctypes.c_int)):

@@ -9,7 +9,7 @@ from typing import Optional, Union
 
 import numpy as np
 
-from . import raw
+from . import _checks, raw
 
 
 class TriggerMode(enum.Enum):
@@ -25,14 +25,16 @@ class TriggerMode(enum.Enum):
     def of(cls, mode: Union["TriggerMode", str]) -> "TriggerMode":
         if isinstance(mode, cls):
             return mode
+        if not isinstance(mode, str):
+            raise TypeError(f"a trigger mode is a TriggerMode or its name, not {mode!r}")
         names = {member.name.lower().replace("_", "-"): member for member in cls}
         if mode not in names:
             raise ValueError(f"trigger mode {mode!r} is none of {', '.join(names)}")
         return names[mode]
 
 
-def _seconds(what, value):
-    value = float(value)
+def _positive(what, value):
+    value = _checks.number(what, value)
     if not (math.isfinite(value) and value > 0):
         raise ValueError(f"{what} is {value}, it must be above 0")
     return value
@@ -54,17 +56,19 @@ class TimingSettings:
 
     @property
     def exposure(self) -> float:
-        """Exposure time in s, as it is in force. The camera may choose the nearest value to the one that was set."""
+        """Exposure time in s, as it is in force: the camera rounds it to its steps."""
         return self._timings()[0]
 
     @exposure.setter
     def exposure(self, seconds: float) -> None:
-        seconds = ctypes.c_float(_seconds("the exposure", seconds)).value
+        asked = _positive("exposure", seconds)
+        seconds = ctypes.c_float(asked).value
         if seconds == self._session.read("GetMaximumExposure", ctypes.c_float, also=(raw.RC_P1_INVALID,)):
             # Rounded to single precision, the maximum may be above the camera's, which refuses it.
             seconds = float(np.nextafter(np.float32(seconds), np.float32(0)))
         self._session.call("SetExposureTime", seconds)
         self._frame_period_changes()
+        _checks.warn_if_clipped("exposure", asked, self.exposure, "s")
 
     @property
     def maximum_exposure(self) -> float:
@@ -83,17 +87,20 @@ class TimingSettings:
 
     @cycle_time.setter
     def cycle_time(self, seconds: float) -> None:
-        self._session.call("SetKineticCycleTime", _seconds("the cycle time", seconds))
-        self._frame_period_changes()
+        seconds = _positive("cycle_time", seconds)
+        self._set_cycle_time(seconds)
+        _checks.warn_if_clipped("cycle_time", seconds, self.cycle_time, "s")
 
     @property
     def frame_rate(self) -> float:
-        """Images of a series in a second (Hz): 1 / cycle_time."""
+        """Images of a series in a second (Hz): 1 / cycle_time. The exposure limits it, so set that first."""
         return 1.0 / self.cycle_time
 
     @frame_rate.setter
     def frame_rate(self, hertz: float) -> None:
-        self.cycle_time = 1.0 / _seconds("the frame rate", hertz)
+        hertz = _positive("frame_rate", hertz)
+        self._set_cycle_time(_positive("1 / frame_rate", 1.0 / hertz))
+        _checks.warn_if_clipped("frame_rate", hertz, self.frame_rate, "Hz")
 
     @property
     def accumulation_cycle_time(self) -> float:
@@ -102,7 +109,9 @@ class TimingSettings:
 
     @accumulation_cycle_time.setter
     def accumulation_cycle_time(self, seconds: float) -> None:
-        self._session.call("SetAccumulationCycleTime", _seconds("the accumulation cycle time", seconds))
+        seconds = _positive("accumulation_cycle_time", seconds)
+        self._session.call("SetAccumulationCycleTime", seconds)
+        _checks.warn_if_clipped("accumulation_cycle_time", seconds, self.accumulation_cycle_time, "s")
 
     @property
     def accumulations(self) -> int:
@@ -111,6 +120,7 @@ class TimingSettings:
 
     @accumulations.setter
     def accumulations(self, count: int) -> None:
+        count = _checks.integer("accumulations", count)
         self._session.change("SetNumberAccumulations", count)
         self._accumulations = count
 
@@ -132,8 +142,9 @@ class TimingSettings:
 
     @overlap.setter
     def overlap(self, on: bool) -> None:
-        self._session.change("SetOverlapMode", int(bool(on)))
-        self._overlaps = bool(on)
+        on = _checks.switch("overlap", on)
+        self._session.change("SetOverlapMode", int(on))
+        self._overlaps = on
 
     @property
     def metadata(self) -> bool:
@@ -142,5 +153,10 @@ class TimingSettings:
 
     @metadata.setter
     def metadata(self, on: bool) -> None:
-        self._session.change("SetMetaData", int(bool(on)))
-        self._has_metadata = bool(on)
+        on = _checks.switch("metadata", on)
+        self._session.change("SetMetaData", int(on))
+        self._has_metadata = on
+
+    def _set_cycle_time(self, seconds):
+        self._session.call("SetKineticCycleTime", seconds)
+        self._frame_period_changes()

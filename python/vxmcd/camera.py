@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import ctypes
+import difflib
 import os
 import weakref
 from typing import List, Optional, Tuple, Union
@@ -35,12 +36,23 @@ def _check_length(images):
         raise ValueError(f"{images} images: 1 or more")
 
 
+def _no_setting(kind, name):
+    if hasattr(kind, name):
+        return f"{name}() is a method of a camera, not a setting"
+    members = {known: getattr(kind, known) for known in dir(kind)}
+    settings = [known for known, member in members.items() if isinstance(member, property) and member.fset]
+    near = difflib.get_close_matches(name, settings, 1)
+    return f"a camera has no setting {name!r}" + (f"; did you mean {near[0]!r}?" if near else "")
+
+
 class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
     """An open camera. In a `with` statement it closes at the end of the block, also after an exception.
 
     It opens with the whole sensor, without binning or accumulation, internally triggered, with metadata. Times are seconds,
     rates Hz, temperatures degrees Celsius. When the library refuses a call, VxmcdError has its result code; impossible
-    values raise ValueError.
+    values raise ValueError, values of a wrong type TypeError, settings that do not exist AttributeError. When the camera
+    takes another time or rate than the one that was set (by more than 1 %), there is a ClippedWarning. Subclasses keep
+    attributes of their own under names that begin with an underscore.
 
     Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile calls for
     another one raise CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
@@ -64,6 +76,11 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
 
     def __exit__(self, *_) -> None:
         self.close()
+
+    def __setattr__(self, name: str, value) -> None:
+        if not name.startswith("_") and not isinstance(getattr(type(self), name, None), property):
+            raise AttributeError(_no_setting(type(self), name))  # otherwise a misspelt one would become an attribute
+        super().__setattr__(name, value)
 
     def __repr__(self) -> str:
         return f"<Camera {self.number}: {self._model if self.is_open else 'closed'}>"

@@ -48,5 +48,20 @@ class FramesLostError(RuntimeError):
         return type(self), (self.count, self.number)
 
 
+class ClippedWarning(UserWarning):
+    """The camera took another value than the one that was set. setting: the attribute. asked, actual: the value that was
+    set and the one in force, in `unit`."""
+
+    def __init__(self, setting: str, asked: float, actual: float, unit: str):
+        self.setting = setting
+        self.asked = asked
+        self.actual = actual
+        self.unit = unit
+        super().__init__(f"{setting}: {asked:g} {unit} was set, the camera uses {actual:g} {unit}")
+
+    def __reduce__(self):
+        return type(self), (self.setting, self.asked, self.actual, self.unit)
+
+
 class FramesLostWarning(UserWarning):
     """The camera's clock shows that the camera itself lost frames of a stream."""

@@ -122,6 +122,55 @@ def test_values_that_cannot_be_are_refused(simulator, name, value):
         assert getattr(camera, name) == before and camera.snap().shape == (8, 16)
 
 
+@pytest.mark.parametrize("names, values", [
+    (["cooler", "overlap", "metadata", "baseline_clamp"], ["off", 1, None, np.int64(0)]),
+    (["exposure", "frame_rate", "cycle_time", "accumulation_cycle_time", "target_temperature"], ["0.1", None, True]),
+    (["gain", "amplifier", "ad_channel", "readout_speed", "accumulations", "bits"], ["1", 1.0, True]),
+    (["trigger_mode"], [0, None, []]), (["area"], ["1234", 5, (1, 1, 4.0, 4)]), (["binning"], ["12", 2.0, (1, True)])])
+def test_values_of_a_wrong_type_are_refused(simulator, names, values):
+    simulator.configure(FREE)
+    with vxmcd.Camera() as camera:
+        for name, value in itertools.product(names, values):
+            before = getattr(camera, name)
+            with pytest.raises(TypeError, match="mode is|is a whole number|is a number|is True or False|whole numbers"):
+                setattr(camera, name, value)
+            assert getattr(camera, name) == before
+
+
+def test_numbers_of_numpy_are_taken_and_ints_are_not_cut(simulator):
+    simulator.configure(FREE)
+    with vxmcd.Camera() as camera:
+        camera.exposure, camera.gain, camera.bits = np.float32(0.02), np.int64(1), np.uint8(32)
+        camera.cooler, camera.overlap, camera.accumulations = np.True_, np.False_, np.array(2)
+        assert camera.exposure == pytest.approx(0.02) and camera.cooler and camera.overlap is False
+        assert (camera.gain, camera.dtype, camera.accumulations) == (1, np.int32, 2)
+        with pytest.raises(ValueError):
+            camera.accumulations = 2**32 + 1  # 1 in an int of C
+        assert camera.accumulations == 2
+
+
+def test_settings_that_do_not_exist_are_refused(simulator):
+    simulator.configure(FREE)
+    with vxmcd.Camera() as camera:
+        for name, hint in {"exposre": "mean 'exposure'", "framerate": "mean 'frame_rate'", "snap": "is a method",
+                           "model": "", "wavelength": "no setting 'wavelength'$"}.items():
+            with pytest.raises(AttributeError, match=hint):
+                setattr(camera, name, 1)
+
+
+def test_a_clipped_value_is_a_warning_at_the_line_that_sets_it(simulator):
+    simulator.configure(FREE)
+    with vxmcd.Camera() as camera:
+        for name, value, unit in (("frame_rate", 1e6, "Hz"), ("cycle_time", 1e-6, "s"), ("cycle_time", 1e6, "s"),
+                                  ("exposure", 1e-9, "s")):
+            with pytest.warns(vxmcd.ClippedWarning) as caught:
+                setattr(camera, name, value)
+            warning, actual = caught[0].message, getattr(camera, name)
+            assert len(caught) == 1 and caught[0].filename == __file__
+            assert (warning.setting, warning.asked, warning.actual) == (name, value, actual)
+            assert str(warning) == f"{name}: {value:g} {unit} was set, the camera uses {actual:g} {unit}"
+
+
 def test_what_the_library_refuses_is_an_error_with_its_code(simulator):
     simulator.configure(FREE + "Remove = SoftwareTrigger, BaselineClamp, SensorTemperature\n")
     with vxmcd.Camera(1) as camera:
@@ -286,8 +335,8 @@ def test_a_camera_that_is_collected_during_a_call_for_another_one_waits_for_its_
 
 
 @pytest.mark.parametrize("error", [
-    VxmcdError("SetImage", 20066, "for a reason"), FramesLostError(3, 17), SpoolFormatError(Path("a"), "is none"),
-    MissingImageError([2, 4], Path("a")), DamagedImageError([1], Path("a"))])
+    VxmcdError("SetImage", 20066, "for a reason"), vxmcd.ClippedWarning("exposure", 9, 5, "s"), FramesLostError(3, 17),
+    SpoolFormatError(Path("a"), "is none"), MissingImageError([2, 4], Path("a")), DamagedImageError([1], Path("a"))])
 def test_errors_can_be_sent_to_other_processes(error):
     arrived = pickle.loads(pickle.dumps(error))
     assert type(arrived) is type(error) and str(arrived) == str(error) and vars(arrived) == vars(error)
