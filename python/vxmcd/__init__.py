@@ -1,14 +1,15 @@
 # SPDX-License-Identifier: MIT
 """Cameras and their images in Python: Camera and cameras() here, recorded runs in vxmcd.spool, every function of the
 library in vxmcd.raw. The library is loaded when a camera is first used."""
-from .errors import CameraStateError, ClippedWarning, FramesLostError, FramesLostWarning, NoImageError, VxmcdError
+from .errors import (
+    CameraStateError, ClippedWarning, FramesLostError, FramesLostWarning, NoCameraError, NoImageError, VxmcdError)
 
 # What needs the module `raw` is imported on use, so that reading recorded runs needs no library.
-_LAZY = {"Camera": "camera", "cameras": "camera", "TriggerMode": "_timing", "Area": "_area", "Gain": "_readout",
-         "Frame": "_stream", "Stream": "_stream"}
+_LAZY = {"Camera": "camera", "cameras": "camera", "close_cameras": "camera",
+         "TriggerMode": "_timing", "Area": "_area", "Gain": "_readout", "Frame": "_stream", "Stream": "_stream"}
 
-__all__ = ["CameraStateError", "ClippedWarning", "FramesLostError", "FramesLostWarning", "NoImageError", "VxmcdError",
-           *_LAZY]
+__all__ = ["CameraStateError", "ClippedWarning", "FramesLostError", "FramesLostWarning", "NoCameraError",
+           "NoImageError", "VxmcdError", *_LAZY]
 
 
 def __getattr__(name):

@@ -8,8 +8,8 @@ import threading
 
 import numpy as np
 
-from . import raw
-from .errors import CameraStateError, VxmcdError
+from . import _checks, raw
+from .errors import CameraStateError, NoCameraError, VxmcdError
 
 FIRST_HANDLE = 101
 
@@ -28,6 +28,12 @@ def camera_count() -> int:
     return count.value
 
 
+def _which_are_attached(count):
+    if count == 0:
+        return "none is attached; connect one and switch it on"
+    return f"attached are {', '.join(map(str, range(count)))}, as vxmcd.cameras() says"
+
+
 class Session:
     """One camera from Initialize to ShutDown. Thread-safe."""
 
@@ -35,13 +41,21 @@ class Session:
     _closing = []  # closed, but not yet in the library
 
     def __init__(self, index: int):
-        self.index = index
-        self.handle = FIRST_HANDLE + index
+        self.index = _checks.integer("the number of a camera (vxmcd.cameras() lists them)", index)
+        self.handle = FIRST_HANDLE + self.index
         self.is_open = False
         with _lock:
             if self.handle in self._open:
-                raise CameraStateError(f"camera {index} is open already")
-            self._call_as_current("Initialize", None)
+                raise CameraStateError(f"camera {index} is open already: close it first with its close(), or with "
+                                       "vxmcd.close_cameras() when you have lost it, as in a notebook")
+            try:
+                self._call_as_current("Initialize", None)
+            except VxmcdError as error:
+                count = camera_count()
+                if 0 <= self.index < count:
+                    raise
+                detail = f"there is no camera {index}: {_which_are_attached(count)}"
+                raise NoCameraError(error.function, error.code, detail) from None
             self.is_open = True
             self._open[self.handle] = self
 
@@ -110,6 +124,12 @@ class Session:
             self.is_open = False
             self._closing.append(self)
             self._shut_down_closed()
+
+    @classmethod
+    def close_all(cls) -> None:
+        with _lock:
+            for session in list(cls._open.values()):
+                session.close()
 
     @classmethod
     def _shut_down_closed(cls):

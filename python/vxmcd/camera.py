@@ -5,6 +5,8 @@ from __future__ import annotations
 import ctypes
 import difflib
 import os
+import shutil
+import tempfile
 import weakref
 from typing import List, Optional, Tuple, Union
 
@@ -31,9 +33,25 @@ def cameras() -> List[int]:
     return list(range(camera_count()))
 
 
+def close_cameras() -> None:
+    """Closes every camera that this program has open, also one that no variable refers to any more. Ends a run."""
+    Session.close_all()
+
+
 def _check_length(images):
     if images < 1:
         raise ValueError(f"{images} images: 1 or more")
+
+
+def _why_not_written(path):
+    """What hinders the recording to a directory, as far as it can be seen afterwards."""
+    try:
+        os.makedirs(path, exist_ok=True)
+        with tempfile.TemporaryFile(dir=path):
+            return f"{os.fspath(path)!r} has {shutil.disk_usage(path).free / 1e6:.0f} MB of free space"
+    except OSError as error:
+        problem = "it is a file" if os.path.isfile(path) else error.strerror
+        return f"{os.fspath(path)!r} cannot be written to: {problem}; choose another directory"
 
 
 def _no_setting(kind, name):
@@ -50,9 +68,9 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
 
     It opens with the whole sensor, without binning or accumulation, internally triggered, with metadata. Times are seconds,
     rates Hz, temperatures degrees Celsius. When the library refuses a call, VxmcdError has its result code; impossible
-    values raise ValueError, values of a wrong type TypeError, settings that do not exist AttributeError. When the camera
-    takes another time or rate than the one that was set (by more than 1 %), there is a ClippedWarning. Subclasses keep
-    attributes of their own under names that begin with an underscore.
+    values raise ValueError, values of a wrong type TypeError, settings that do not exist AttributeError. When the
+    camera takes another time or rate than the one that was set (by more than 1 %), there is a ClippedWarning. Subclasses
+    keep attributes of their own under names that begin with an underscore.
 
     Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile calls for
     another one raise CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
@@ -165,15 +183,23 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         writes a file for each image, 3 many images into each file. `threads` is the number of threads that write, 2 by
         default. Returns the recorded run. Raises NoImageError when no image came for `timeout` s, and VxmcdError when the
         run fails. In both cases, and after Ctrl-C, the directory has what was written until then."""
-        if b"\\" in os.fsencode(path):
-            raise ValueError(f"{path!r}: the library reads a backslash as a slash")
+        name = os.fsencode(path)
+        if not name or b"\0" in name:
+            raise ValueError(f"{path!r} is not the name of a directory")
+        if b"\\" in name:
+            raise ValueError(f"{path!r}: the library reads a backslash as a slash; separate directories by slashes")
         if method not in _SPOOL_METHODS:
             raise ValueError(f"method {method} is none of {_SPOOL_METHODS}")
-        self._session.call("SetSpool", 1, method, os.fsencode(path))
+        self._session.call("SetSpool", 1, method, name)
         try:
             self._session.call("SetSpoolThreadCount", _SPOOL_THREADS if threads is None else threads)
             with self._start(_run.SERIES, images) as run:
                 run.wait_for_end(timeout)
+        except VxmcdError as error:
+            if error.code != raw.RC_STATUS_SPOOL_ISSUE:
+                raise
+            details = [text for text in (error.detail, _why_not_written(path)) if text]
+            raise VxmcdError(error.function, error.code, "; ".join(details)) from None
         finally:
             self._session.call("SetSpool", 0, method, None)
         return SpoolRun(path)

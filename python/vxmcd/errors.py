@@ -27,6 +27,13 @@ class VxmcdError(RuntimeError):
         return type(self), (self.function, self.code, self.detail)
 
 
+class NoCameraError(VxmcdError):
+    """There is no such camera. The message says which there are."""
+
+    def __str__(self) -> str:
+        return self.detail
+
+
 class CameraStateError(RuntimeError):
     """A call that is not possible now: the camera is closed, or a run is under way."""
 
@@ -49,8 +56,8 @@ class FramesLostError(RuntimeError):
 
 
 class ClippedWarning(UserWarning):
-    """The camera took another value than the one that was set. setting: the attribute. asked, actual: the value that was
-    set and the one in force, in `unit`."""
+    """The camera took another value than the one that was set. setting: the attribute. asked, actual: the value that
+    was set and the one in force, in `unit`."""
 
     def __init__(self, setting: str, asked: float, actual: float, unit: str):
         self.setting = setting

@@ -35,7 +35,7 @@ def test_opens_and_closes(simulator):
         assert camera.is_open and simulator.open_cameras() == 1
         assert camera.model == "RQ512_LX" and camera.pixel_size == (16, 16) and camera.serial_number > 0
         assert camera.capabilities.triggerModes & raw.VXMCD_TRIGGER_SOFTWARE
-        with pytest.raises(CameraStateError, match="open already"):
+        with pytest.raises(CameraStateError, match=r"open already: close it.*close\(\), or with vxmcd.close_cameras"):
             vxmcd.Camera(0)
     assert simulator.open_cameras() == 0 and not camera.is_open
     camera.close()
@@ -47,11 +47,28 @@ def test_opens_and_closes(simulator):
 
 def test_no_such_camera(simulator):
     simulator.configure(FREE)
-    with pytest.raises(VxmcdError) as caught:
-        vxmcd.Camera(2)
-    error = caught.value
-    assert (error.function, error.code, error.name) == ("SetCurrentCamera", 20066, "RC_P1_INVALID")
-    assert error.meaning and error.advice and error.name in str(error) and error.advice in str(error)
+    for number in (9, -1):
+        with pytest.raises(vxmcd.NoCameraError) as caught:
+            vxmcd.Camera(number)
+        assert (caught.value.function, caught.value.code) == ("SetCurrentCamera", 20066)
+        assert str(caught.value) == f"there is no camera {number}: attached are 0, 1, as vxmcd.cameras() says"
+    with pytest.raises(TypeError, match=r"vxmcd.cameras\(\) lists them.*whole number, not 'RQ'"):
+        vxmcd.Camera("RQ")
+    simulator.configure("[Simulator]\nCameras = 0\n")
+    with pytest.raises(vxmcd.NoCameraError, match="there is no camera 0: none is attached; connect"):
+        vxmcd.Camera()
+
+
+def test_all_cameras_can_be_closed_without_their_variables(simulator):
+    simulator.configure(REAL)
+    first, second = vxmcd.Camera(0), vxmcd.Camera(1)
+    with first.stream() as stream:
+        next(stream)
+        vxmcd.close_cameras()
+        assert simulator.open_cameras() == 0 and not first.is_open and not second.is_open
+    with vxmcd.Camera(0) as again:
+        first.close()
+        assert again.snap().shape == (8, 16)
 
 
 @pytest.mark.parametrize("rule", [
@@ -335,7 +352,8 @@ def test_a_camera_that_is_collected_during_a_call_for_another_one_waits_for_its_
 
 
 @pytest.mark.parametrize("error", [
-    VxmcdError("SetImage", 20066, "for a reason"), vxmcd.ClippedWarning("exposure", 9, 5, "s"), FramesLostError(3, 17),
+    VxmcdError("SetImage", 20066, "for a reason"), vxmcd.NoCameraError("SetCurrentCamera", 20066, "there is none"),
+    vxmcd.ClippedWarning("exposure", 9, 5, "s"), FramesLostError(3, 17),
     SpoolFormatError(Path("a"), "is none"), MissingImageError([2, 4], Path("a")), DamagedImageError([1], Path("a"))])
 def test_errors_can_be_sent_to_other_processes(error):
     arrived = pickle.loads(pickle.dumps(error))

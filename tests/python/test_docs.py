@@ -31,7 +31,7 @@ def test_the_example_runs(tmp_path):
     assert result.returncode == 0, result.stderr
     assert np.load(tmp_path / "images.npy").shape == (3, 512, 512) and "image 3: 512x512" in result.stdout
     failed = run(tmp_path, *example, "--camera", "7", "none.npy")
-    assert failed.returncode == 1 and failed.stderr.startswith("snap: SetCurrentCamera: 20066 RC_P1_INVALID")
+    assert failed.returncode == 1 and failed.stderr.startswith("snap: there is no camera 7: attached are 0, 1")
 
 
 def test_every_path_and_class_that_the_pages_name_exists():

@@ -93,10 +93,13 @@ def test_what_cannot_be_written_is_an_error(simulator, tmp_path):
     simulator.configure(REAL)
     (tmp_path / "file").write_text("in the way")
     with vxmcd.Camera() as camera:
-        with pytest.raises(ValueError, match="backslash"):
-            camera.record(tmp_path / "a\\b", 3)
-        with pytest.raises(VxmcdError):
-            camera.record(tmp_path / "file" / "run", 3)
+        for path, problem in {tmp_path / "a\\b": "backslash", "": "not the name", "a\0b": "not the name"}.items():
+            with pytest.raises(ValueError, match=problem):
+                camera.record(path, 3)
+        for path, problem in {"file": "it is a file", "file/run": "Not a directory", "n" * 300: "File name"}.items():
+            with pytest.raises(VxmcdError, match=f"{path}' cannot be written to: {problem}.*; choose") as caught:
+                camera.record(tmp_path / path, 3)
+            assert caught.value.name == "RC_STATUS_SPOOL_ISSUE"
         for arguments in ((0,), (3, 2)):
             with pytest.raises(ValueError):
                 camera.record(tmp_path / "run", *arguments)
