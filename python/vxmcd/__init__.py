@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Cameras and their images in Python: Camera and cameras() here, recorded runs in vxmcd.spool, every function of the
 library in vxmcd.raw. The library is loaded when a camera is first used."""
+from typing import TYPE_CHECKING
+
+from ._signatures import LIBRARY_VERSION as __version__
 from .errors import (
     CameraStateError, ClippedWarning, FramesLostError, FramesLostWarning, NoCameraError, NoImageError, VxmcdError)
 
@@ -10,6 +13,13 @@ _LAZY = {"Camera": "camera", "cameras": "camera", "close_cameras": "camera",
 
 __all__ = ["CameraStateError", "ClippedWarning", "FramesLostError", "FramesLostWarning", "NoCameraError",
            "NoImageError", "VxmcdError", *_LAZY]
+
+if TYPE_CHECKING:
+    from ._area import Area
+    from ._readout import Gain
+    from ._stream import Frame, Stream
+    from ._timing import TriggerMode
+    from .camera import Camera, cameras, close_cameras
 
 
 def __getattr__(name):

@@ -17,6 +17,9 @@ class Gain(NamedTuple):
     text: str
     factor: float
 
+    def __repr__(self) -> str:
+        return f"Gain(text={self.text!r}, factor={self.factor:g})"
+
 
 class ReadoutSettings:
     """The settings of Camera for the read-out of the sensor. Uses its session; see Camera.

@@ -114,6 +114,10 @@ class Session:
             _acquiring = None
             self._shut_down_closed()
 
+    def serial_number(self) -> int:
+        """The number in the serial number; 0 when there is none."""
+        return self.read("GetCameraSerialNumber", ctypes.c_int)
+
     def close(self) -> None:
         """Closes the camera, which ends its run. While another camera acquires, this one is closed to callers at once, and in
         the library when that run ends. The garbage collector may close a forgotten camera in the middle of a call for
@@ -178,3 +182,28 @@ class Session:
         if code != raw.RC_SUCCESS and code not in also:
             raise VxmcdError(name, code)
         return code
+
+
+def open_by_serial(serial: int) -> Session:
+    """Opens cameras until one has this number in its serial number. Cameras that are open stay so."""
+    serial = _checks.integer("a serial number", serial)
+    found = []
+    for index in range(camera_count()):
+        with _lock:
+            there = Session._open.get(FIRST_HANDLE + index)
+        try:
+            session = there or Session(index)
+        except VxmcdError as error:  # another program uses it, for example
+            found.append(f"an unknown one (camera {index}: {error.name})")
+            continue
+        number = None
+        try:
+            number = session.serial_number()
+        finally:
+            if there is None and number != serial:
+                session.close()
+        if number == serial:
+            return Session(index) if there else session  # which says that it is open
+        found.append(f"{number} (camera {index})")
+    raise NoCameraError("GetCameraSerialNumber", raw.RC_P1_INVALID,
+                        f"no camera has the serial number {serial}; there are: {', '.join(found) or 'none'}")

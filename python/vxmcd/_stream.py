@@ -22,6 +22,11 @@ class Frame(NamedTuple):
     ticks: Optional[int]  # the camera's clock at the start of the exposure; None when it is not known
     lost_before: int  # images directly before this one that were overwritten before they were fetched
 
+    def __repr__(self) -> str:
+        rows, columns = self.image.shape
+        return (f"<Frame {self.number}: {columns}x{rows} {self.image.dtype}, ticks {self.ticks}, "
+                f"{self.lost_before} lost before>")
+
 
 class Stream:
     """An iterator of Frame over a run. The run ends when `images` frames are fetched, with close(), or at the end of the
@@ -83,6 +88,11 @@ class Stream:
 
     def __exit__(self, *_) -> None:
         self.close()
+
+    def __repr__(self) -> str:
+        of = "" if self._images is None else f" of {self._images}"
+        return (f"<Stream: {self.fetched}{of} fetched, {self.overwritten} overwritten, "
+                f"{'closed' if self._is_closed else 'running'}>")
 
     def __del__(self):
         if not getattr(self, "_is_closed", True):

@@ -14,10 +14,11 @@ import numpy as np
 
 from . import _run, raw
 from ._area import AreaSettings
+from ._capabilities import Capabilities
 from ._cooling import CoolingSettings
 from ._readout import ReadoutSettings
 from ._run import Run
-from ._session import Session, camera_count
+from ._session import Session, camera_count, open_by_serial
 from ._stream import Stream
 from ._timing import TimingSettings, TriggerMode
 from .errors import VxmcdError
@@ -69,16 +70,20 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
     It opens with the whole sensor, without binning or accumulation, internally triggered, with metadata. Times are seconds,
     rates Hz, temperatures degrees Celsius. When the library refuses a call, VxmcdError has its result code; impossible
     values raise ValueError, values of a wrong type TypeError, settings that do not exist AttributeError. When the
-    camera takes another time or rate than the one that was set (by more than 1 %), there is a ClippedWarning. Subclasses
-    keep attributes of their own under names that begin with an underscore.
+    camera's time or rate differs from the one that was set by more than 1 %, there is a ClippedWarning. Subclasses keep
+    attributes of their own under names that begin with an underscore.
 
     Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile calls for
     another one raise CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
     """
 
-    def __init__(self, number: int = 0):
+    def __init__(self, number: Optional[int] = None, *, serial: Optional[int] = None):
+        """Opens the camera of a number, 0 without one, or the one with this `serial_number`. To find that, cameras are
+        opened one after the other."""
+        if number is not None and serial is not None:
+            raise ValueError("give the number of a camera or its serial number, not both")
         self._stream = lambda: None  # the stream under way
-        self._session = Session(number)
+        self._session = Session(0 if number is None else number) if serial is None else open_by_serial(serial)
         self._finalizer = weakref.finalize(self, self._session.close)
         try:
             self._model = self.model  # for repr(), which must not fail while another camera acquires
@@ -128,7 +133,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
     @property
     def serial_number(self) -> int:
         """The number in the serial number; 0 when there is none."""
-        return self._session.read("GetCameraSerialNumber", ctypes.c_int)
+        return self._session.serial_number()
 
     @property
     def pixel_size(self) -> Tuple[float, float]:
@@ -136,9 +141,9 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         return self._session.read("GetPixelSize", ctypes.c_float, ctypes.c_float)
 
     @property
-    def capabilities(self) -> raw.vxmcd_Capabilities:
+    def capabilities(self) -> Capabilities:
         """What the camera can do: the record vxmcd_Capabilities. raw.VXMCD_... has names for its bits."""
-        record = raw.vxmcd_Capabilities()
+        record = Capabilities()
         record.size = ctypes.sizeof(record)
         self._session.call("GetCapabilities", ctypes.byref(record))
         return record

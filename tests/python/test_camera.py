@@ -59,6 +59,35 @@ def test_no_such_camera(simulator):
         vxmcd.Camera()
 
 
+def test_cameras_are_chosen_by_serial_number(simulator):
+    simulator.configure(FREE + "[Camera1.SerialNumber]\nValue = VSC-00777\n")
+    with vxmcd.Camera(0) as first:
+        with vxmcd.Camera(serial=np.int64(777)) as second:
+            assert (second.number, second.serial_number) == (1, 777)
+        with pytest.raises(CameraStateError, match="camera 0 is open already"):
+            vxmcd.Camera(serial=first.serial_number)
+        with pytest.raises(vxmcd.NoCameraError, match=r"number 5; there are: \d+ \(camera 0\), 777 \(camera 1\)$"):
+            vxmcd.Camera(serial=5)
+        with pytest.raises(TypeError, match="a serial number is a whole number, not '777'"):
+            vxmcd.Camera(serial="777")
+        with pytest.raises(ValueError, match="not both"):
+            vxmcd.Camera(1, serial=777)
+        assert simulator.open_cameras() == 1 and first.is_open
+
+
+def test_values_print_readably(simulator):
+    simulator.configure(REAL)
+    with vxmcd.Camera() as camera:
+        assert repr(camera.area) == "Area(left=1, top=1, width=16, height=8)"
+        assert repr(camera.gains[1]) == "Gain(text='2x', factor=2)"
+        assert "cameraType=VXMCD_CAMERA_RQ512,\n" in repr(camera.capabilities)
+        assert "VXMCD_TRIGGER_EXTERNAL | VXMCD_TRIGGER_SOFTWARE" in repr(camera.capabilities)
+        with camera.stream(3) as stream:
+            frame = next(stream)
+            assert repr(frame) == f"<Frame 1: 16x8 uint16, ticks {frame.ticks}, 0 lost before>"
+            assert repr(stream) == "<Stream: 1 of 3 fetched, 0 overwritten, running>"
+
+
 def test_all_cameras_can_be_closed_without_their_variables(simulator):
     simulator.configure(REAL)
     first, second = vxmcd.Camera(0), vxmcd.Camera(1)

@@ -10,6 +10,7 @@ from pathlib import Path
 
 import pytest
 
+import vxmcd
 from vxmcd import _signatures, raw
 
 PACKAGE = Path(raw.__file__).parent
@@ -39,9 +40,9 @@ def test_signatures():
 
 
 def test_calls():
-    major, minor = ctypes.c_uint(), ctypes.c_uint()
-    assert raw.getSDKVersion(ctypes.byref(major), ctypes.byref(minor), None, None) == raw.RC_SUCCESS
-    assert (major.value, minor.value) == (2, 94)
+    numbers = [ctypes.c_uint() for _ in range(4)]
+    assert raw.getSDKVersion(*map(ctypes.byref, numbers)) == raw.RC_SUCCESS
+    assert ".".join(str(number.value) for number in numbers[:3]) == vxmcd.__version__
     observer = raw.vxmcd_PotsObserver(lambda context: context + 1)
     assert observer(41) == 42 and raw.vxsys_CameraPotsRegisterObserver(observer, 41) == raw.RC_NOT_INITIALIZED
 

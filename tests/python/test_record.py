@@ -35,6 +35,7 @@ def test_a_recorded_run_holds_every_frame(simulator, tmp_path, method, threads):
         assert abs(run.host_times() - np.datetime64(time.time_ns(), "ns")).max() < np.timedelta64(60, "s")
         assert run.description.exposure_time == pytest.approx(camera.exposure)
         assert (run.description.model, run.description.method) == (camera.model, method)
+        assert "state=complete,\n" in repr(run.description) and "None" not in repr(run.description)
         assert_same(run, converted(run.path, tmp_path / "run.raw", "--verify"))
         files = sorted(os.listdir(run.path))
         assert len([name for name in files if name.endswith(".dat")]) == (61 if method == 1 else 2)

@@ -57,7 +57,7 @@ def _maybe(key, convert=str):
     return dataclasses.field(default=None, metadata={"key": (key, convert)})
 
 
-@dataclasses.dataclass(frozen=True)
+@dataclasses.dataclass(frozen=True, repr=False)
 class RunDescription:
     """How a run was taken. Times are seconds, rates Hz, `image_size` and `stride` bytes; columns and rows of the sensor
     count from 1. What the camera did not report is None."""
@@ -91,6 +91,11 @@ class RunDescription:
     trigger_mode: Optional[str] = _maybe("TriggerMode")
     model: Optional[str] = _maybe("Model")
     serial_number: Optional[str] = _maybe("SerialNumber")
+
+    def __repr__(self) -> str:
+        values = {field.name: getattr(self, field.name) for field in dataclasses.fields(self)}
+        known = [f"{name}={value}" for name, value in values.items() if value is not None]
+        return "RunDescription(" + ",\n               ".join(known) + ")"
 
     @classmethod
     def read(cls, directory: Path) -> "RunDescription":
