@@ -4,6 +4,7 @@
 
 #include "tools/ArgumentForms.h"
 #include "tools/Messages.h"
+#include "tools/NearestWord.h"
 
 #include <algorithm>
 #include <cctype>
@@ -374,6 +375,36 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
   return options;
 }
 
+// Which word of the command line is neither a command nor an option, and what may have been meant; "" for none.
+std::string UnknownWord(const CLI::App& command)
+{
+  std::vector<std::string> words = command.remaining();
+  std::erase(words, "--");
+  if (words.empty()) {
+    const std::vector<CLI::App*> called = command.get_subcommands();
+    return called.empty() ? "" : UnknownWord(*called.front());
+  }
+  const std::string word = words.front().substr(0, words.front().find('='));
+  const std::string bare = word.substr(std::min(word.find_first_not_of('-'), word.size()));
+  std::vector<std::string> names;
+  std::vector<std::string> commands;
+  for (const CLI::Option* option : command.get_options())
+    names.insert(names.end(), option->get_lnames().begin(), option->get_lnames().end());
+  for (const CLI::App* subcommand : command.get_subcommands(nullptr))
+    if (!subcommand->get_group().empty()) commands.push_back(subcommand->get_name());
+  const bool isOption = word.starts_with('-');
+  if (commands.empty() || isOption) {
+    const std::string nearest = NearestWord(bare, names);
+    const std::string text = word + (isOption ? ": there is no such option" : ": is not expected here");
+    if (!nearest.empty()) return text + "; the nearest is --" + nearest;
+    return text + (commands.empty() ? "" : "; the options of a command stand behind it");
+  }
+  const std::string nearest = NearestWord(word, commands);
+  const std::string text = word + ": there is no such command";
+  if (!nearest.empty()) return text + "; the nearest is " + nearest;
+  return text + "; there are " + CLI::detail::join(commands, ", ");
+}
+
 } // namespace
 
 const char* TriggerName(Trigger trigger)
@@ -401,7 +432,9 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
     app.parse(argc, argv);
     return OptionsOf(commands, given);
   } catch (const CLI::ParseError& error) {
-    exitStatus_ = app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+    const std::string unknown = error.get_exit_code() == 0 ? "" : UnknownWord(app);
+    const bool isDone = (unknown.empty() ? app.exit(error) : app.exit(CLI::ValidationError(unknown))) == 0;
+    exitStatus_ = isDone ? 0 : static_cast<int>(ExitCode::Usage);
     return std::nullopt;
   }
 }

@@ -49,6 +49,19 @@ TEST_F(ToolProgram, WrongCommandLinesAreExplainedWithExitCodeOne)
   EXPECT_EQ(Run({"--version"}).exitCode, 0);
 }
 
+TEST_F(ToolProgram, MessagesNameWhatWasGivenAndWhatIsAccepted)
+{
+  Configure(kSmallCamera);
+  const std::pair<std::vector<std::string>, const char*> wrong[] = {
+      {{"aquire", "--frames", "3"}, "aquire: there is no such command; the nearest is acquire"},
+      {{"dance"}, "dance: there is no such command; there are list, info, acquire, convert"},
+      {{"acquire", "--expsoure=1"}, "--expsoure: there is no such option; the nearest is --exposure"},
+      {{"convert", "--salv", "run"}, "--salv: there is no such option; the nearest is --salvage"},
+  };
+  for (const auto& [arguments, message] : wrong)
+    EXPECT_TRUE(Run(arguments).errors.starts_with(message)) << Run(arguments).errors;
+}
+
 TEST_F(ToolProgram, ListsAndDescribesCamerasOrSaysThatThereIsNone)
 {
   Configure("[Simulator]\nCameras = 2\n[Camera1]\nModel = RQ512_LX\n");
