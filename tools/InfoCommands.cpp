@@ -27,10 +27,7 @@ ExitCode ListCameras(const TOptions& options)
 {
   long count = 0;
   const unsigned int code = GetAvailableCameras(&count);
-  if (code != RC_SUCCESS) {
-    std::fprintf(stderr, "vxmcd: %s\n", ResultText("GetAvailableCameras", code).c_str());
-    return ExitCode::CameraError;
-  }
+  if (code != RC_SUCCESS) return Fail(ExitCode::CameraError, NoCameraListText(code));
   Json cameras = Json::array();
   std::string text = "camera  handle\n";
   for (long index = 0; index < count; ++index) {
@@ -53,10 +50,7 @@ ExitCode ListCameras(const TOptions& options)
 ExitCode ShowInfo(const TOptions& options)
 {
   TFlatCamera camera;
-  if (!camera.Open(options.camera)) {
-    std::fprintf(stderr, "vxmcd: %s\n", camera.Error().c_str());
-    return ExitCode::NoCamera;
-  }
+  if (!camera.Open(options.camera)) return Fail(ExitCode::NoCamera, camera.Error());
   const TCameraDescription description = DescribeOpenCamera(options.camera);
   return PrintOutput(options.isJson ? DescriptionJson(description) : DescriptionText(description));
 }

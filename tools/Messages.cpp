@@ -10,7 +10,7 @@ namespace vxtool {
 
 void Say(const std::string& message)
 {
-  std::fprintf(stderr, "vxmcd: %s\n", message.c_str());
+  if (!message.empty()) std::fprintf(stderr, "vxmcd: %s\n", message.c_str());
 }
 
 void SayLines(const std::string& lines)
@@ -31,6 +31,11 @@ ExitCode Fail(ExitCode code, const std::string& message)
 bool Print(const std::string& text)
 {
   return std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+}
+
+std::string RefusedText(const std::string& value, const std::string& accepted)
+{
+  return (value.empty() ? "an empty value" : value) + " is not accepted; " + accepted;
 }
 
 std::string ResultText(const std::string& function, unsigned int code)

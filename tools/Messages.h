@@ -20,7 +20,7 @@ enum class ExitCode : int
   Interrupted = 130,
 };
 
-/// Prints a line on standard error, behind the program's name.
+/// Prints a line on standard error, behind the program's name; nothing for an empty message.
 void Say(const std::string& message);
 /// The same for each line of a text.
 void SayLines(const std::string& lines);
@@ -28,6 +28,8 @@ void SayLines(const std::string& lines);
 ExitCode Fail(ExitCode code, const std::string& message);
 /// Prints on standard output and flushes it; false when that does not succeed.
 bool Print(const std::string& text);
+/// What is said of the value of an option: the value, and what would be accepted.
+std::string RefusedText(const std::string& value, const std::string& accepted);
 /// One line: the function that answered, the code, its name, what it means and what to try.
 std::string ResultText(const std::string& function, unsigned int code);
 

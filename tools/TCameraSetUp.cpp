@@ -7,6 +7,7 @@
 
 #include <climits>
 #include <cmath>
+#include <cstdio>
 
 namespace vxtool {
 
@@ -34,6 +35,24 @@ std::string SizeText(int width, int height)
   return std::to_string(width) + "x" + std::to_string(height);
 }
 
+std::string NumberText(double number)
+{
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", number);
+  return text;
+}
+
+// The options that an area is given by, and the area: what is not given reaches to the edge.
+std::string AreaOptionText(const TImageAreaOptions& given, const TSensorArea& area)
+{
+  const bool isWhole = given.left && given.top && given.width && given.height;
+  const std::string text = isWhole ? "--area" : "--left, --top, --width, --height";
+  if (area.width < 1 || area.height < 1)
+    return text + ": the area begins at " + std::to_string(area.left) + "," + std::to_string(area.top);
+  return text + ": the area is " + std::to_string(area.left) + "," + std::to_string(area.top) + "," +
+         SizeText(area.width, area.height);
+}
+
 } // namespace
 
 bool TCameraSetUp::Fail(const std::string& message)
@@ -49,11 +68,19 @@ bool TCameraSetUp::Check(const char* option, const char* function, unsigned int 
   return Fail((name.empty() ? "" : name + ": ") + ResultText(function, code));
 }
 
+bool TCameraSetUp::CheckValue(const char* option, const std::string& value, const char* function,
+                              unsigned int code)
+{
+  if (code != RC_P1_INVALID) return Check(option, function, code);
+  return Fail(std::string(option) + ": " + RefusedText(value, ResultText(function, code)));
+}
+
 bool TCameraSetUp::Apply(const TAcquireOptions& options)
 {
   return SetCooling(options.cooling) && SetReadout(options.readout) && SetArea(options.area) &&
          SetTracks(options.area) &&
-         Check("--trigger", "SetTriggerMode", SetTriggerMode(static_cast<int>(options.trigger))) &&
+         CheckValue("--trigger", TriggerName(options.trigger), "SetTriggerMode",
+                    SetTriggerMode(static_cast<int>(options.trigger))) &&
          SetCounts(options) &&
          Check("--mode", "SetAcquisitionMode",
                SetAcquisitionMode(static_cast<int>(options.mode.value_or(RunMode::Single)))) &&
@@ -69,8 +96,9 @@ bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
   int highest = 0;
   if (!Check("--temperature", "GetTemperatureRange", GetTemperatureRange(&lowest, &highest))) return false;
   if (*cooling.targetCelsius < lowest || *cooling.targetCelsius > highest)
-    return Fail("--temperature: this camera takes " + std::to_string(lowest) + " to " + std::to_string(highest) +
-                " C");
+    return Fail("--temperature: " +
+                RefusedText(std::to_string(*cooling.targetCelsius), "this camera takes " + std::to_string(lowest) +
+                                                                        " to " + std::to_string(highest) + " C"));
   if (!Check("--temperature", "SetTemperature", SetTemperature(*cooling.targetCelsius)) ||
       !Check("--temperature", "CoolerON", CoolerON()))
     return false;
@@ -81,7 +109,7 @@ bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
 
 bool TCameraSetUp::SetReadout(TReadoutOptions readout)
 {
-  if (readout.gain && !ChooseChannelForGain(readout)) return false;
+  if (!CheckIndices(readout) || (readout.gain && !ChooseChannelForGain(readout))) return false;
   // A single amplifier is in use in channel 0 only: in the other one the choice would have no effect.
   if (readout.amplifier && !readout.channel) readout.channel = 0;
   if (readout.amplifier && !Check("--amplifier", "SetOutputAmplifier", SetOutputAmplifier(*readout.amplifier)))
@@ -107,6 +135,30 @@ bool TCameraSetUp::SetReadout(TReadoutOptions readout)
          Check("--baseline-clamp", "SetBaselineClamp", SetBaselineClamp(*readout.isBaselineClamped ? 1 : 0));
 }
 
+// What the camera does not count is left to the functions that take the numbers.
+bool TCameraSetUp::CheckIndices(const TReadoutOptions& readout)
+{
+  int channels = 0;
+  int amplifiers = 0;
+  int speeds = 0;
+  int gains = 0;
+  if (readout.channel) GetNumberADChannels(&channels);
+  if (readout.amplifier) GetNumberAmp(&amplifiers);
+  if (readout.gain) GetNumberPreAmpGains(&gains);
+  const auto check = [this](const char* option, const std::optional<int>& given, int count, std::string what) {
+    if (!given || count < 1 || *given < count) return true;
+    what += count == 1 ? ", 0" : "s, 0 to " + std::to_string(count - 1);
+    const std::string has = "this camera has " + std::to_string(count) + " " + what + "; vxmcd info lists them";
+    return Fail(std::string(option) + ": " + RefusedText(std::to_string(*given), has));
+  };
+  if (!check("--channel", readout.channel, channels, "channel") ||
+      !check("--amplifier", readout.amplifier, amplifiers, "amplifier") ||
+      !check("--gain", readout.gain, gains, "gain"))
+    return false;
+  if (readout.speed) GetNumberHSSpeeds(readout.channel.value_or(0), readout.amplifier.value_or(0), &speeds);
+  return check("--speed", readout.speed, speeds, "speed");
+}
+
 bool TCameraSetUp::ChooseChannelForGain(TReadoutOptions& readout)
 {
   int channels = 0;
@@ -128,8 +180,9 @@ bool TCameraSetUp::ChooseChannelForGain(TReadoutOptions& readout)
       return true;
     }
   }
-  return Fail("--gain: gain " + std::to_string(*readout.gain) +
-              " cannot be had with this channel and amplifier; see vxmcd info");
+  return Fail("--gain: " + RefusedText(std::to_string(*readout.gain),
+                                       "it cannot be had with this channel, amplifier and speed; vxmcd info lists "
+                                       "what goes together"));
 }
 
 bool TCameraSetUp::SetArea(const TImageAreaOptions& area)
@@ -145,8 +198,12 @@ bool TCameraSetUp::SetArea(const TImageAreaOptions& area)
   area_.verticalBinning = area.verticalBinning;
   if (area_.width < 1 || area_.height < 1 || area_.left + area_.width - 1 > sensorWidth ||
       area_.top + area_.height - 1 > sensorHeight)
-    return Fail("--area: does not fit on the sensor of " + SizeText(sensorWidth, sensorHeight) + " pixels");
-  if (ImageWidth() < 1 || ImageHeight() < 1) return Fail("--binning: is larger than the area");
+    return Fail(AreaOptionText(area, area_) + ", which does not fit on the sensor of " +
+                SizeText(sensorWidth, sensorHeight) + " pixels");
+  if (ImageWidth() < 1 || ImageHeight() < 1)
+    return Fail("--binning: " +
+                RefusedText(SizeText(area_.horizontalBinning, area_.verticalBinning),
+                            "it is larger than the area of " + SizeText(area_.width, area_.height) + " pixels"));
   if (!area.tracks.empty()) return true;
   if (!Check("", "SetReadMode", SetReadMode(static_cast<int>(ReadMode::Image)))) return false;
   const TSensorArea wanted = area_;
@@ -180,7 +237,8 @@ bool TCameraSetUp::SetTracks(const TImageAreaOptions& area)
   std::vector<int> rows;
   for (const TTrack& track : area.tracks) {
     if (track.last > area_.height)
-      return Fail("--tracks: the sensor has " + std::to_string(area_.height) + " rows");
+      return Fail("--tracks: " + RefusedText(std::to_string(track.first) + "-" + std::to_string(track.last),
+                                             "the sensor has " + std::to_string(area_.height) + " rows"));
     rows.push_back(track.first);
     rows.push_back(track.last);
   }
@@ -203,18 +261,31 @@ bool TCameraSetUp::SetCounts(const TAcquireOptions& options)
 {
   const unsigned int code = SetNumberAccumulations(options.accumulations);
   const bool isPlain = options.accumulations == 1 && code == RC_NOT_SUPPORTED;
-  if (!isPlain && !Check("--accumulations", "SetNumberAccumulations", code)) return false;
+  if (!isPlain &&
+      !CheckValue("--accumulations", std::to_string(options.accumulations), "SetNumberAccumulations", code))
+    return false;
   if (options.mode != RunMode::Series) return true;
   const long frames = options.frames.value_or(1);
-  if (frames > INT_MAX) return Check("--frames", "SetNumberKinetics", RC_P1_INVALID);
-  return Check("--frames", "SetNumberKinetics", SetNumberKinetics(static_cast<int>(frames)));
+  const unsigned int set =
+      frames > INT_MAX ? static_cast<unsigned int>(RC_P1_INVALID) : SetNumberKinetics(static_cast<int>(frames));
+  return CheckValue("--frames", std::to_string(frames), "SetNumberKinetics", set);
+}
+
+bool TCameraSetUp::SetExposure(double seconds)
+{
+  const unsigned int code = SetExposureTime(ExposureArgument(seconds));
+  float maximum = 0.0F;
+  const std::string value = NumberText(seconds);
+  if (code == RC_P1_INVALID && GetMaximumExposure(&maximum) == RC_SUCCESS &&
+      seconds > static_cast<double>(maximum))
+    return Fail("--exposure: " + RefusedText(value, "this camera exposes at most " +
+                                                        NumberText(static_cast<double>(maximum)) + " s"));
+  return CheckValue("--exposure", value, "SetExposureTime", code);
 }
 
 bool TCameraSetUp::SetTimes(const TAcquireOptions& options)
 {
-  if (options.exposureSeconds &&
-      !Check("--exposure", "SetExposureTime", SetExposureTime(ExposureArgument(*options.exposureSeconds))))
-    return false;
+  if (options.exposureSeconds && !SetExposure(*options.exposureSeconds)) return false;
   const bool isBurst = options.mode == RunMode::Accumulate;
   if (options.cycleSeconds) {
     const auto seconds = static_cast<float>(*options.cycleSeconds);

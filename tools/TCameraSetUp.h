@@ -31,6 +31,9 @@ public:
 
 private:
   bool Check(const char* option, const char* function, unsigned int code);
+  // The same for a function that takes the value of the option.
+  bool CheckValue(const char* option, const std::string& value, const char* function, unsigned int code);
+  bool CheckIndices(const TReadoutOptions& readout);
   bool Fail(const std::string& message);
   bool SetCooling(const TCoolingOptions& cooling);
   bool SetReadout(TReadoutOptions readout);
@@ -39,6 +42,7 @@ private:
   bool IsBinningInForce() const;
   bool SetTracks(const TImageAreaOptions& area);
   bool SetCounts(const TAcquireOptions& options);
+  bool SetExposure(double seconds);
   bool SetTimes(const TAcquireOptions& options);
   bool SetSpooling(TSpoolOptions spool);
 

@@ -57,6 +57,37 @@ constexpr const char* kFooter = R"(Exit codes:
   130  interrupted (Ctrl-C); the output file is complete up to there
 When several apply, 4 comes before 3, 3 before 130, 130 before 5.)";
 
+constexpr const char* kSecondsForm = "a time in s above 0 and at most 1e6 is";
+
+// "8, 16 or 32"
+std::string ChoiceText(const std::vector<std::string>& words)
+{
+  std::string text;
+  for (std::size_t index = 0; index < words.size(); ++index)
+    text += (index == 0 ? "" : index + 1 == words.size() ? " or " : ", ") + words[index];
+  return text;
+}
+
+CLI::Validator OneOf(const std::vector<std::string>& words)
+{
+  const auto check = [words](const std::string& text) -> std::string {
+    const bool isOne = std::find(words.begin(), words.end(), text) != words.end();
+    return isOne ? "" : RefusedText(text, ChoiceText(words) + " is");
+  };
+  return {check, "{" + CLI::detail::join(words, ",") + "}"};
+}
+
+CLI::Validator WholeNumber(long lowest, long highest)
+{
+  const auto check = [lowest, highest](const std::string& text) -> std::string {
+    long value = 0;
+    if (CLI::detail::lexical_cast(text, value) && value >= lowest && value <= highest) return "";
+    return RefusedText(text,
+                       "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest) + " is");
+  };
+  return {check, ""};
+}
+
 template <typename Value>
 CLI::Option* AddWord(CLI::App& app, const std::string& name, std::optional<Value>& target,
                      const std::map<std::string, Value>& words, const std::string& help)
@@ -67,7 +98,7 @@ CLI::Option* AddWord(CLI::App& app, const std::string& name, std::optional<Value
   return app
       .add_option_function<std::string>(
           name, [&target, &words](const std::string& word) { target = words.at(word); }, help)
-      ->check(CLI::IsMember(allowed));
+      ->check(OneOf(allowed));
 }
 
 CLI::Option* AddSeconds(CLI::App& app, const std::string& name, std::optional<double>& target,
@@ -75,7 +106,7 @@ CLI::Option* AddSeconds(CLI::App& app, const std::string& name, std::optional<do
 {
   const auto isTime = [](const std::string& text) -> std::string {
     double value = 0.0;
-    return ParseSeconds(text, value) ? "" : "must be a time in s, above 0 and at most 1e6";
+    return ParseSeconds(text, value) ? "" : RefusedText(text, kSecondsForm);
   };
   return app.add_option(name, target, help)->check(CLI::Validator(isTime, ""))->type_name("SECONDS");
 }
@@ -85,7 +116,7 @@ CLI::Option* AddForm(CLI::App& app, const std::string& name, const std::function
                      const std::string& form, const std::string& help)
 {
   const auto take = [name, parse, form](const std::string& text) {
-    if (!parse(text)) throw CLI::ValidationError(name, "must be " + form);
+    if (!parse(text)) throw CLI::ValidationError(name, RefusedText(text, form + " is"));
   };
   return app.add_option_function<std::string>(name, take, help)->type_name("");
 }
@@ -95,16 +126,17 @@ void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
   const char* const group = "Image area, in sensor pixels; the first column and row are 1";
   CLI::Option* whole = AddForm(
       app, "--area", [&area](const std::string& text) { return ParseArea(text, area); },
-      "LEFT,TOP,WIDTHxHEIGHT, for example 101,201,640x480", "LEFT,TOP,WIDTHxHEIGHT; default: the whole sensor");
+      "LEFT,TOP,WIDTHxHEIGHT with numbers from 1, for example 101,201,640x480,",
+      "LEFT,TOP,WIDTHxHEIGHT; default: the whole sensor");
   whole->group(group);
   CLI::Option* tracks = AddForm(
       app, "--tracks", [&area](const std::string& text) { return ParseTracks(text, area.tracks); },
-      "FIRST-LAST,..., for example 1-10,21-30",
+      "FIRST-LAST,... with rows from 1, for example 1-10,21-30,",
       "FIRST-LAST,...: rows that are read out as one row each; row 1 is the last row of a picture");
   tracks->group(group)->excludes(whole);
   const auto side = [&](const char* name, std::optional<int>& target, const char* help) {
     app.add_option(name, target, help)
-        ->check(CLI::Range(1, kMaxSide).description(""))
+        ->check(WholeNumber(1, kMaxSide))
         ->type_name("N")
         ->group(group)
         ->excludes(whole)
@@ -116,7 +148,8 @@ void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
   side("--height", area.height, "Rows; default: to the edge of the sensor");
   AddForm(
       app, "--binning", [&area](const std::string& text) { return ParseBinning(text, area); },
-      "HxV, for example 2x2", "HxV: H columns and V rows of the sensor are added up to one pixel")
+      "HxV with numbers from 1, for example 2x2,",
+      "HxV: H columns and V rows of the sensor are added up to one pixel")
       ->group(group)
       ->excludes(tracks);
 }
@@ -125,10 +158,7 @@ void AddReadoutOptions(CLI::App& app, TReadoutOptions& readout)
 {
   const char* const group = "Readout, by the numbers that info lists";
   const auto index = [&](const char* name, std::optional<int>& target, const char* help) {
-    app.add_option(name, target, help)
-        ->check(CLI::Range(0, kMaxIndex).description(""))
-        ->type_name("N")
-        ->group(group);
+    app.add_option(name, target, help)->check(WholeNumber(0, kMaxIndex))->type_name("N")->group(group);
   };
   index("--channel", readout.channel, "AD channel");
   index("--amplifier", readout.amplifier, "Amplifier of channel 0");
@@ -143,13 +173,13 @@ void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
   const char* const group = "Cooling";
   app.add_option("--temperature", cooling.targetCelsius,
                  "Switch the cooler on, with a target of C degrees Celsius")
-      ->check(CLI::Range(-273, 100).description(""))
+      ->check(WholeNumber(-273, 100))
       ->type_name("C")
       ->group(group);
   const auto take = [&cooling](const std::string& text) {
     cooling.isWaiting = true;
     if (!text.empty() && !ParseSeconds(text, cooling.waitSeconds))
-      throw CLI::ValidationError("--wait-stable", "must be a time in s, above 0 and at most 1e6");
+      throw CLI::ValidationError("--wait-stable", RefusedText(text, kSecondsForm));
   };
   app.add_option_function<std::string>(
          "--wait-stable", take,
@@ -181,19 +211,19 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
   AddSeconds(app, "-e,--exposure", options.exposureSeconds, "Exposure time in s");
   AddSeconds(app, "--cycle", options.cycleSeconds, "Time from one exposure to the next in s");
   app.add_option("-n,--frames", options.frames, "Number of images (series, continuous)")
-      ->check(CLI::Range(1L, 1'000'000'000L).description(""))
+      ->check(WholeNumber(1, 1'000'000'000))
       ->type_name("N");
   AddWord(app, "-m,--mode", options.mode, kModes,
           "One image, one of several exposures, a series kept in memory, or any number by way "
           "of a ring; default: single, with --frames series");
   app.add_option("-a,--accumulations", options.accumulations,
                  "Exposures added up to one image (accumulate, series)")
-      ->check(CLI::Range(1, 1'000'000).description(""))
+      ->check(WholeNumber(1, 1'000'000))
       ->type_name("K");
   AddWord(app, "-t,--trigger", trigger, kTriggers, "What starts an exposure; default: internal");
   app.add_flag("--overlap", options.isOverlapped, "Expose while the exposure before is read out");
   app.add_option("-b,--bits", bits, "Bits of a pixel in the output: 8 (cameras set to 8 bits only), 16 or 32")
-      ->check(CLI::IsMember({8, 16, 32}))
+      ->check(OneOf({"8", "16", "32"}))
       ->capture_default_str();
 }
 
@@ -212,9 +242,9 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
   app.add_option("--preview", options.output.preview, "Picture of the last image")->type_name("FILE.png");
   AddForm(
       app, "--images", [&options](const std::string& text) { return ParseImageNumbers(text, options.images); },
-      "numbers from 1, for example 10-20,30", "Images to take, for example 10-20,30; default: all");
+      "a list of numbers from 1, for example 10-20,30,", "Images to take, for example 10-20,30; default: all");
   app.add_option("-b,--bits", bits, "Bits of a pixel in the output: 8, 16 or 32; default: as many as the run has")
-      ->check(CLI::IsMember({8, 16, 32}));
+      ->check(OneOf({"8", "16", "32"}));
   app.add_flag("--verify", options.isVerify, "Compare every image with its checksum; no output is needed");
   app.add_flag("--salvage", options.isSalvage,
                "Take what can be had of a run that was not finished, without a checksum too");
@@ -236,7 +266,7 @@ void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolM
           "One image in each file, or as many as fit into 256 MiB; default: multi")
       ->group(group);
   app.add_option("--spool-threads", options.threads, "Threads that write")
-      ->check(CLI::Range(1, kMaxSpoolThreads).description(""))
+      ->check(WholeNumber(1, kMaxSpoolThreads))
       ->type_name("N")
       ->group(group);
 }
@@ -330,7 +360,7 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   const auto [list, info, describe, acquire, convert] = commands;
   for (CLI::App* command : {info, describe, acquire})
     command->add_option("-c,--camera", options.camera, "Number of the camera, as list prints it")
-        ->check(CLI::Range(0, 10'000).description(""))
+        ->check(WholeNumber(0, 10'000))
         ->type_name("N")
         ->capture_default_str();
   for (CLI::App* command : {info, describe})

@@ -6,11 +6,20 @@
 #include "vxmcd.h"
 
 #include <climits>
+#include <dlfcn.h>
 
 namespace vxtool {
 
 namespace {
 constexpr long kFirstHandle = 101;
+
+// Only the feature library with the simulated cameras has this function (vxcore_simulator.h). It prints the text, too.
+bool HasConfigurationError()
+{
+  using LastError = const char* (*)();
+  const auto lastError = reinterpret_cast<LastError>(dlsym(RTLD_DEFAULT, "VXSIM_GetLastError"));
+  return lastError && *lastError() != '\0';
+}
 } // namespace
 
 TFlatCamera::~TFlatCamera()
@@ -28,7 +37,10 @@ bool TFlatCamera::Check(const char* function, unsigned int code)
 bool TFlatCamera::Open(int number)
 {
   long count = 0;
-  if (!Check("GetAvailableCameras", GetAvailableCameras(&count))) return false;
+  if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) {
+    error_ = NoCameraListText(code);
+    return false;
+  }
   if (number >= count) {
     error_ = "there is no camera " + std::to_string(number) + ": " + std::to_string(count) + " attached";
     return false;
@@ -84,6 +96,11 @@ unsigned int TFlatCamera::Timestamp(long number, long long& ticks)
   if (index > static_cast<long>(UINT_MAX)) return RC_FEATURE_ERROR;
   unsigned int count = 0;
   return vxsys_GetRawMetaDataInfo(&count, &ticks, static_cast<unsigned int>(index));
+}
+
+std::string NoCameraListText(unsigned int code)
+{
+  return HasConfigurationError() ? "" : ResultText("GetAvailableCameras", code);
 }
 
 } // namespace vxtool

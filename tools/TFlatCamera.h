@@ -42,4 +42,8 @@ private:
   bool isOpen_ = false;
 };
 
+/// Why the library cannot say which cameras there are; "" when the simulated cameras have said on standard error
+/// what is wrong with their configuration.
+std::string NoCameraListText(unsigned int code);
+
 } // namespace vxtool

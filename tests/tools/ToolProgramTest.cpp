@@ -57,9 +57,22 @@ TEST_F(ToolProgram, MessagesNameWhatWasGivenAndWhatIsAccepted)
       {{"dance"}, "dance: there is no such command; there are list, info, acquire, convert"},
       {{"acquire", "--expsoure=1"}, "--expsoure: there is no such option; the nearest is --exposure"},
       {{"convert", "--salv", "run"}, "--salv: there is no such option; the nearest is --salvage"},
+      {{"acquire", "--area", "0,1,5x5"},
+       "--area: 0,1,5x5 is not accepted; LEFT,TOP,WIDTHxHEIGHT with numbers from 1"},
+      {{"acquire", "--exposure", "0"}, "--exposure: 0 is not accepted; a time in s above 0"},
+      {{"acquire", "--fan", "loud"}, "--fan: loud is not accepted; full, low or off is"},
+      {{"acquire", "--bits", "12"}, "--bits: 12 is not accepted; 8, 16 or 32 is"},
+      {{"acquire", "-n", "0"}, "--frames: 0 is not accepted; a whole number from 1 to 1000000000 is"},
   };
   for (const auto& [arguments, message] : wrong)
     EXPECT_TRUE(Run(arguments).errors.starts_with(message)) << Run(arguments).errors;
+
+  Configure("[Simulator]\nCameras = two\n");
+  for (const char* command : {"list", "info", "acquire"}) {
+    const std::string errors = Run({command}).errors;
+    EXPECT_TRUE(errors.starts_with("libvxcore: ")) << errors;
+    EXPECT_EQ(errors.find('\n'), errors.size() - 1) << errors;
+  }
 }
 
 TEST_F(ToolProgram, ListsAndDescribesCamerasOrSaysThatThereIsNone)
