@@ -38,13 +38,8 @@ ExitCode ListCameras(const TOptions& options)
     std::snprintf(line, sizeof line, "%6ld  %6ld\n", index, handle);
     text += line;
   }
-  if (count == 0) std::fprintf(stderr, "vxmcd: no camera is attached\n");
-  ExitCode printed = ExitCode::Success;
-  if (options.isJson)
-    printed = PrintOutput(JsonLine({{"cameras", cameras}}));
-  else if (count > 0)
-    printed = PrintOutput(text);
-  return count == 0 ? ExitCode::NoCamera : printed;
+  if (count == 0) return Fail(ExitCode::NoCamera, "no camera is attached");
+  return PrintOutput(options.isJson ? JsonLine({{"cameras", cameras}}) : text);
 }
 
 ExitCode ShowInfo(const TOptions& options)

@@ -49,6 +49,8 @@ ExitCode TAcquireCommand::Run()
   if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error());
   camera_.CountExposures(options_.accumulations);
   SayLines(setUp_.Notes());
+  if (options_.output.IsEmpty() && !isRecorded)
+    Say("no image will be kept: there is no --output, --preview or --spool");
   TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
   if (options_.cooling.isWaiting) {
     if (const std::optional<ExitCode> end = WaitForTemperature(line)) return *end;

@@ -274,6 +274,11 @@ void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolM
 // Finds the format of an output file by its name unless it was given. Returns what is wrong, "" for nothing.
 std::string CompleteOrSayWhy(TOutputOptions& output, const std::map<std::string, FileFormat>& suffixes)
 {
+  for (const auto& [option, file] : {std::pair("--output", output.file), std::pair("--preview", output.preview)})
+    if (file == "-")
+      return option +
+             (": " + RefusedText(file, "the formats cannot be written to standard output, since what stands "
+                                       "at their beginning is known at the end; the name of a file is"));
   if (output.file.empty()) return output.format ? "--format: there is no --output" : "";
   if (output.file == output.preview) return "--preview: is the file of --output";
   if (output.format) return "";

@@ -60,6 +60,7 @@ TEST_F(ToolProgram, MessagesNameWhatWasGivenAndWhatIsAccepted)
       {{"acquire", "--area", "0,1,5x5"},
        "--area: 0,1,5x5 is not accepted; LEFT,TOP,WIDTHxHEIGHT with numbers from 1"},
       {{"acquire", "--exposure", "0"}, "--exposure: 0 is not accepted; a time in s above 0"},
+      {{"acquire", "-o", "-"}, "--output: - is not accepted; the formats cannot be written to standard output"},
       {{"acquire", "--fan", "loud"}, "--fan: loud is not accepted; full, low or off is"},
       {{"acquire", "--bits", "12"}, "--bits: 12 is not accepted; 8, 16 or 32 is"},
       {{"acquire", "-n", "0"}, "--frames: 0 is not accepted; a whole number from 1 to 1000000000 is"},
@@ -73,6 +74,17 @@ TEST_F(ToolProgram, MessagesNameWhatWasGivenAndWhatIsAccepted)
     EXPECT_TRUE(errors.starts_with("libvxcore: ")) << errors;
     EXPECT_EQ(errors.find('\n'), errors.size() - 1) << errors;
   }
+}
+
+TEST_F(ToolProgram, RunWithoutAnOutputSaysSoBeforeItStarts)
+{
+  Configure(std::string(kSmallCamera) + "[Faults]\nRule = call VX_WaitBuffer at 1 rc 100\n");
+  const std::string said = "vxmcd: no image will be kept: there is no --output, --preview or --spool\n";
+  const TOutcome outcome = Run({"acquire"});
+  EXPECT_EQ(outcome.exitCode, 3);
+  EXPECT_TRUE(outcome.errors.starts_with(said) && outcome.errors.size() > said.size()) << outcome.errors;
+  for (const char* option : {"--preview", "--spool"})
+    EXPECT_EQ(Run({"acquire", option, directory_.Path("kept")}).errors.find(said), std::string::npos);
 }
 
 TEST_F(ToolProgram, ListsAndDescribesCamerasOrSaysThatThereIsNone)
@@ -89,7 +101,7 @@ TEST_F(ToolProgram, ListsAndDescribesCamerasOrSaysThatThereIsNone)
 
   Configure("[Simulator]\nCameras = 0\n");
   EXPECT_EQ(Run({"list"}).exitCode, 2);
-  EXPECT_EQ(Run({"list", "--json"}).output, "{\"cameras\":[]}\n");
+  EXPECT_EQ(Run({"list", "--json"}).output, "");
   const TOutcome none = Run({"acquire"});
   EXPECT_EQ(none.exitCode, 2);
   EXPECT_NE(none.errors.find("no camera 0"), std::string::npos) << none.errors;
