@@ -18,11 +18,13 @@ struct TRunSettings
   bool isEndless = false;  ///< the camera runs until aborted and its ring overwrites the oldest image
   bool isRecorded = false; ///< the library writes the images to disk; no image is fetched
   bool isSoftwareTriggered = false;
-  bool hasSteadyRate = true;    ///< the camera makes frames at a constant rate
-  double noImageSeconds = 0.0;  ///< give up after this long without an image; 0: never
-  double triggerSeconds = 0.0;  ///< software trigger: shortest time from trigger to trigger
-  double imageSeconds = 0.0;    ///< about how long one exposure takes until it is delivered
-  long ringBytes = 300'000'000; ///< memory of the ring of frame buffers
+  bool hasSteadyRate = true;      ///< the camera makes frames at a constant rate
+  double noImageSeconds = 0.0;    ///< give up after this long without an image; 0: never
+  double triggerSeconds = 0.0;    ///< software trigger: shortest time from trigger to trigger
+  double firstImageSeconds = 0.0; ///< about how long until the first image, 0: not known
+  double nextImageSeconds = 0.0;  ///< from one image to the next, 0: not known
+  double imageSeconds = 0.0;      ///< about how long one exposure takes until it is delivered
+  long ringBytes = 300'000'000;   ///< memory of the ring of frame buffers
 };
 
 /// How a run ended.
@@ -44,6 +46,8 @@ struct TProgress
   long lost = 0;
   std::optional<double> ringFill; ///< part of the ring that has images not fetched yet, 0 to 1
   std::size_t imageBytes = 0;
+  double untilImageSeconds = 0.0; ///< about how long until the next image
+  double imageSeconds = 0.0;      ///< about how long one image takes; 0: not known
 };
 
 /// How a run and its files have ended, for the report and the exit code.

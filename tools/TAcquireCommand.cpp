@@ -138,6 +138,10 @@ TRunSettings TAcquireCommand::Settings() const
   settings.noImageSeconds = options_.noImageSeconds;
   settings.triggerSeconds = options_.cycleSeconds.value_or(0.0);
   settings.imageSeconds = setUp_.ExposureSeconds() + setUp_.ReadoutSeconds();
+  if (options_.trigger == Trigger::Internal) {
+    settings.firstImageSeconds = settings.imageSeconds + (options_.accumulations - 1) * setUp_.CycleSeconds();
+    settings.nextImageSeconds = options_.accumulations * setUp_.CycleSeconds();
+  }
   return settings;
 }
 

@@ -20,19 +20,23 @@ constexpr int kMaxSide = 65536;
 constexpr int kMaxIndex = 1000;
 constexpr int kMaxSpoolThreads = 64;
 
-const std::map<std::string, RunMode> kModes = {{"single", RunMode::Single},
-                                               {"accumulate", RunMode::Accumulate},
-                                               {"series", RunMode::Series},
-                                               {"continuous", RunMode::Continuous}};
-const std::map<std::string, Trigger> kTriggers = {{"internal", Trigger::Internal},
-                                                  {"external", Trigger::External},
-                                                  {"external-start", Trigger::ExternalStart},
-                                                  {"external-exposure", Trigger::ExternalExposure},
-                                                  {"software", Trigger::Software}};
-const std::map<std::string, Fan> kFans = {{"full", Fan::Full}, {"low", Fan::Low}, {"off", Fan::Off}};
-const std::map<std::string, bool> kSwitches = {{"on", true}, {"off", false}};
-const std::map<std::string, FileFormat> kStackFormats = {{"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}};
-const std::map<std::string, FileFormat> kFormats = {
+/// The words of an option, in the order in which the help has them.
+template <typename Value>
+using TWords = std::vector<std::pair<std::string, Value>>;
+
+const TWords<RunMode> kModes = {{"single", RunMode::Single},
+                                {"accumulate", RunMode::Accumulate},
+                                {"series", RunMode::Series},
+                                {"continuous", RunMode::Continuous}};
+const TWords<Trigger> kTriggers = {{"internal", Trigger::Internal},
+                                   {"external", Trigger::External},
+                                   {"external-start", Trigger::ExternalStart},
+                                   {"external-exposure", Trigger::ExternalExposure},
+                                   {"software", Trigger::Software}};
+const TWords<Fan> kFans = {{"full", Fan::Full}, {"low", Fan::Low}, {"off", Fan::Off}};
+const TWords<bool> kSwitches = {{"on", true}, {"off", false}};
+const TWords<FileFormat> kStackFormats = {{"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}};
+const TWords<FileFormat> kFormats = {
     {"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}, {"raw", FileFormat::Raw}, {"png", FileFormat::Png}};
 const std::map<std::string, FileFormat> kStackSuffixes = {{".tif", FileFormat::Tiff},
                                                           {".tiff", FileFormat::Tiff},
@@ -43,8 +47,7 @@ const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},
                                                      {".fits", FileFormat::Fits}, {".fit", FileFormat::Fits},
                                                      {".fts", FileFormat::Fits},  {".raw", FileFormat::Raw},
                                                      {".png", FileFormat::Png}};
-const std::map<std::string, SpoolMethod> kSpoolMethods = {{"single", SpoolMethod::Single},
-                                                          {"multi", SpoolMethod::Multi}};
+const TWords<SpoolMethod> kSpoolMethods = {{"single", SpoolMethod::Single}, {"multi", SpoolMethod::Multi}};
 
 constexpr const char* kFooter = R"(Exit codes:
   0    done
@@ -89,15 +92,23 @@ CLI::Validator WholeNumber(long lowest, long highest)
 }
 
 template <typename Value>
+std::optional<Value> ValueOf(const TWords<Value>& words, const std::string& word)
+{
+  for (const auto& [name, value] : words)
+    if (name == word) return value;
+  return std::nullopt;
+}
+
+template <typename Value>
 CLI::Option* AddWord(CLI::App& app, const std::string& name, std::optional<Value>& target,
-                     const std::map<std::string, Value>& words, const std::string& help)
+                     const TWords<Value>& words, const std::string& help)
 {
   std::vector<std::string> allowed;
   allowed.reserve(words.size());
   for (const auto& word : words) allowed.push_back(word.first);
   return app
       .add_option_function<std::string>(
-          name, [&target, &words](const std::string& word) { target = words.at(word); }, help)
+          name, [&target, &words](const std::string& word) { target = ValueOf(words, word); }, help)
       ->check(OneOf(allowed));
 }
 
@@ -451,8 +462,7 @@ const char* TriggerName(Trigger trigger)
 
 std::optional<Trigger> TriggerOf(const std::string& name)
 {
-  const auto found = kTriggers.find(name);
-  return found == kTriggers.end() ? std::nullopt : std::optional(found->second);
+  return ValueOf(kTriggers, name);
 }
 
 std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)

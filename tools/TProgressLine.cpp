@@ -3,30 +3,50 @@
 #include "tools/TProgressLine.h"
 
 #include <cmath>
+#include <cstdlib>
+#include <sys/ioctl.h>
 
 namespace vxtool {
 
 namespace {
 constexpr double kTerminalPeriod = 0.2;
 constexpr double kPlainPeriod = 2.0;
+constexpr double kLongImage = 1.0; // an image that takes so long is waited for, at no rate that could be shown
+
+// Columns of a terminal; by the environment where it does not know them itself. 0: not known.
+std::size_t TerminalWidth(std::FILE* stream)
+{
+  winsize size = {};
+  if (ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  const char* const columns = std::getenv("COLUMNS");
+  return columns ? std::strtoul(columns, nullptr, 10) : 0;
+}
 } // namespace
 
 std::string ProgressText(const TProgress& progress, double imagesPerSecond)
 {
   char text[160];
   const std::string wanted = progress.wanted > 0 ? "/" + std::to_string(progress.wanted) : "";
-  const double megabytes = imagesPerSecond * static_cast<double>(progress.imageBytes) / 1.0e6;
-  std::snprintf(text, sizeof text, "%ld%s images, %.1f/s, %.1f MB/s, ", progress.fetched, wanted.c_str(),
-                imagesPerSecond, megabytes);
-  std::string line = text;
+  const long missing = progress.wanted - progress.fetched;
+  const bool isLong = progress.imageSeconds >= kLongImage;
+  double left = 0.0;
+  std::string line = std::to_string(progress.fetched) + wanted + " images, ";
+  if (isLong) {
+    left = progress.untilImageSeconds + static_cast<double>(missing - 1) * progress.imageSeconds;
+    std::snprintf(text, sizeof text, "next image in %.0f s, ", std::ceil(progress.untilImageSeconds));
+  } else {
+    if (imagesPerSecond > 0.0) left = static_cast<double>(missing) / imagesPerSecond;
+    const double megabytes = imagesPerSecond * static_cast<double>(progress.imageBytes) / 1.0e6;
+    std::snprintf(text, sizeof text, "%.1f/s, %.1f MB/s, ", imagesPerSecond, megabytes);
+  }
+  line += text;
   if (progress.ringFill) {
     std::snprintf(text, sizeof text, "ring %.0f %%, ", 100.0 * *progress.ringFill);
     line += text;
   }
   line += "lost " + std::to_string(progress.lost);
-  if (progress.wanted > 0 && imagesPerSecond > 0.0) {
-    const double left = std::ceil(static_cast<double>(progress.wanted - progress.fetched) / imagesPerSecond);
-    std::snprintf(text, sizeof text, ", %.0f s left", left);
+  if (progress.wanted > 0 && (isLong ? missing > 1 : imagesPerSecond > 0.0)) {
+    std::snprintf(text, sizeof text, ", %.0f s left", std::ceil(left));
     line += text;
   }
   return line;
@@ -51,7 +71,10 @@ void TProgressLine::ShowText(const std::string& text, double seconds)
   lastSeconds_ = seconds;
   isShown_ = true;
   // On a terminal: back to the start of the line, and clear what a longer text left behind.
-  std::fprintf(stream_, isTerminal_ ? "\r%s\x1b[K" : "%s\n", text.c_str());
+  // A text that fills the last column would begin another line.
+  const std::size_t width = isTerminal_ ? TerminalWidth(stream_) : 0;
+  const std::string shown = width > 0 ? text.substr(0, width - 1) : text;
+  std::fprintf(stream_, isTerminal_ ? "\r%s\x1b[K" : "%s\n", shown.c_str());
   std::fflush(stream_);
 }
 

@@ -9,7 +9,7 @@
 
 namespace vxtool {
 
-/// On a terminal one line that is written anew five times a second, elsewhere a line every two seconds. Borrows
+/// On a terminal one line, no wider than it, that is written anew five times a second; elsewhere a line every two seconds. Borrows
 /// the stream; one thread at a time.
 class TProgressLine final
 {
@@ -31,7 +31,8 @@ private:
   long lastFetched_ = 0;
 };
 
-/// The text of the line. @param imagesPerSecond  the present rate
+/// The text of the line: a rate, or when the next image comes where one takes a second or more.
+/// @param imagesPerSecond  the present rate
 std::string ProgressText(const TProgress& progress, double imagesPerSecond);
 
 } // namespace vxtool

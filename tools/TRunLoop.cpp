@@ -5,6 +5,7 @@
 #include "tools/Messages.h"
 #include "vxmcd.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vxtool {
@@ -197,6 +198,9 @@ void TRunLoop::Report()
   progress.lost = statistics_.Overwritten() + statistics_.LostInCameraSoFar();
   progress.imageBytes = settings_.shape.Bytes();
   if (fetcher_) progress.ringFill = fetcher_->RingFill();
+  progress.imageSeconds = delivered_ == 0 ? settings_.firstImageSeconds : settings_.nextImageSeconds;
+  const std::chrono::duration<double> waiting = Clock::now() - lastArrival_;
+  progress.untilImageSeconds = std::max(0.0, progress.imageSeconds - waiting.count());
   onProgress_(progress);
 }
 

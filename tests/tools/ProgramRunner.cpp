@@ -47,6 +47,7 @@ pid_t ToolProgram::Launch(std::vector<std::string> arguments, rlim_t fileLimit)
   setenv("VXCORE_CONFIG", config_.c_str(), 1);
   dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
   dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+  if (errorTerminal_ >= 0) dup2(errorTerminal_, STDERR_FILENO);
   const rlimit limit = {fileLimit, fileLimit};
   if (fileLimit != RLIM_INFINITY) setrlimit(RLIMIT_FSIZE, &limit);
   execv(argv[0], argv.data());

@@ -55,6 +55,7 @@ protected:
   static void ExpectCountsAddUp(const TOutcome& outcome);
 
   TScratchDirectory directory_;
+  int errorTerminal_ = -1; ///< takes what goes to standard error, in place of a file
 
 private:
   std::string config_; ///< the file that describes the cameras

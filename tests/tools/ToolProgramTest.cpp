@@ -5,6 +5,9 @@
 #include "vxcore/simulated/imaging/TCounterPattern.h"
 
 #include <fstream>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace vxtool {
 namespace {
@@ -46,6 +49,7 @@ TEST_F(ToolProgram, WrongCommandLinesAreExplainedWithExitCodeOne)
   const TOutcome help = Run({"acquire", "--help"});
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_NE(help.output.find("130  interrupted"), std::string::npos) << help.output;
+  EXPECT_NE(help.output.find("{single,accumulate,series,continuous}"), std::string::npos) << "in their own order";
   EXPECT_EQ(Run({"--version"}).exitCode, 0);
 }
 
@@ -85,6 +89,29 @@ TEST_F(ToolProgram, RunWithoutAnOutputSaysSoBeforeItStarts)
   EXPECT_TRUE(outcome.errors.starts_with(said) && outcome.errors.size() > said.size()) << outcome.errors;
   for (const char* option : {"--preview", "--spool"})
     EXPECT_EQ(Run({"acquire", option, directory_.Path("kept")}).errors.find(said), std::string::npos);
+}
+
+TEST_F(ToolProgram, ProgressCountsDownWithinTheWidthOfTheTerminal)
+{
+  Configure(kSteadyCamera);
+  int master = -1;
+  ASSERT_EQ(openpty(&master, &errorTerminal_, nullptr, nullptr, nullptr), 0);
+  for (const unsigned short columns : std::initializer_list<unsigned short>{30, 0}) { // 0: by the environment
+    const winsize size = {.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+    ASSERT_EQ(ioctl(master, TIOCSWINSZ, &size), 0);
+    setenv("COLUMNS", columns == 0 ? "28" : "200", 1);
+    EXPECT_EQ(Run({"acquire", "--exposure", "1.2", "--preview", directory_.Path("a.png"), "--overwrite"}).exitCode,
+              0);
+    std::string said(4096, ' ');
+    said.resize(static_cast<std::size_t>(std::max<ssize_t>(0, read(master, said.data(), said.size()))));
+    const std::size_t width = columns == 0 ? 27 : 29;
+    EXPECT_NE(said.find("\r" + std::string("0/1 images, next image in 1 s, lost 0").substr(0, width) + "\x1b[K"),
+              std::string::npos)
+        << said;
+  }
+  unsetenv("COLUMNS");
+  close(master);
+  close(errorTerminal_);
 }
 
 TEST_F(ToolProgram, ListsAndDescribesCamerasOrSaysThatThereIsNone)
