@@ -18,7 +18,8 @@ bool TSpoolIndex::Create(const std::string& directory)
   const TLock lock(mutex_);
   path_ = directory + "/" + RunFormat::kIndexName;
   count_ = 0;
-  file_ = TFileDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  // Records go to the end wherever that is: when somebody truncates the file just before a write, its size tells so.
+  file_ = TFileDescriptor(open(path_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file_.IsOpen()) fault_->Raise("cannot create", path_, errno);
   return file_.IsOpen();
 }

@@ -183,10 +183,6 @@ TEST_F(MetadataXerox, PassesFramesWithoutATimestampOnAllTheSame)
   EXPECT_EQ(xerox_.GetMaximumImageAvailable(), 3);
 
   EXPECT_EQ(xerox_.Dispatch(nullptr, 0), 0);
-  TBytes foreign;
-  AppendChunk(foreign, 1, TickBytes(5));
-  EXPECT_EQ(xerox_.Dispatch(foreign.data(), kFrameBytes), 0) << "shorter than a frame, and no frame of the run";
-  EXPECT_EQ(repository_.Throughput(), 0u);
   EXPECT_EQ(xerox_.GetMaximumImageAvailable(), 3);
 }
 

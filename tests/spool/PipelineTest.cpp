@@ -2,6 +2,7 @@
 // Runs on disks that lack something, are slow, or fail.
 #include "spool/TSpoolPipeline.h"
 
+#include "runs/TRunIndex.h"
 #include "spool/ISpooler.h"
 #include "spool/TSpoolLayout.h"
 #include "tests/spool/TDiskFaults.h"
@@ -63,7 +64,7 @@ protected:
     pipeline.Begin();
     for (int i = 0; i < GetParam().images; ++i) {
       if (event && i == GetParam().images / 2) {
-        EXPECT_TRUE(system_calls::Eventually([this] { return HasRecord(); }));
+        EXPECT_TRUE(system_calls::Eventually([this] { return HasRecordOfFirstImage(); }));
         event();
       }
       if (!pipeline.Spool(i, images_[static_cast<std::size_t>(i)].data())) break;
@@ -72,11 +73,12 @@ protected:
     return !pipeline.HasFailed();
   }
 
-  bool HasRecord() const
+  /// An image that is still being written may hide that its file was truncated.
+  bool HasRecordOfFirstImage() const
   {
-    std::error_code none;
-    const auto size = fs::file_size(run_.Path() + "/spool_index.dat", none);
-    return !none && size > 0;
+    TRunIndex index;
+    index.Read(run_.Path(), GetParam().images);
+    return index.Find(0);
   }
 
   /// What the index names is what was given. Returns how many images there are.
