@@ -9,8 +9,8 @@
 
 namespace vxtool {
 
-/// On a terminal one line, no wider than it, that is written anew five times a second; elsewhere a line every two seconds. Borrows
-/// the stream; one thread at a time.
+/// On a terminal one line, no wider than it, that is written anew five times a second; elsewhere a line every two
+/// seconds. Borrows the stream; one thread at a time.
 class TProgressLine final
 {
 public:
