@@ -2,7 +2,9 @@
 // Pixel encodings row by row, and the chunks behind the pixels.
 #include "runs/frame_decoding.h"
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -40,26 +42,40 @@ struct TPackedPixels
   }
 };
 
-template <typename Source, typename Target>
-bool DecodeRows(const std::byte* frame, const TFrameLayout& layout, std::byte* pixels)
+// 32-bit pixels are signed; narrower ones are positive numbers here.
+template <typename Target>
+Target Clip(std::uint32_t value)
 {
-  std::uint32_t lost = 0;
+  if constexpr (sizeof(Target) == sizeof value) {
+    return value;
+  } else {
+    constexpr std::int32_t kLargest = std::numeric_limits<Target>::max();
+    return static_cast<Target>(std::clamp(static_cast<std::int32_t>(value), 0, kLargest));
+  }
+}
+
+template <typename Source, typename Target>
+long DecodeRows(const std::byte* frame, const TFrameLayout& layout, std::byte* pixels)
+{
+  long clipped = 0;
   const auto width = static_cast<std::size_t>(layout.width);
   for (int row = 0; row < layout.height; ++row) {
     const Source source{frame + row * layout.stride};
+    std::uint32_t clippedInRow = 0;
     for (std::size_t column = 0; column < width; ++column) {
       const std::uint32_t value = source.At(column);
-      const auto kept = static_cast<Target>(value);
-      lost |= value ^ kept;
+      const auto kept = Clip<Target>(value);
+      clippedInRow += value != std::uint32_t{kept} ? 1 : 0;
       std::memcpy(pixels + column * sizeof kept, &kept, sizeof kept);
     }
     pixels += width * sizeof(Target);
+    clipped += clippedInRow;
   }
-  return lost != 0;
+  return clipped;
 }
 
 template <typename Source>
-bool DecodeTo(const std::byte* frame, const TFrameLayout& layout, PixelDepth depth, std::byte* pixels)
+long DecodeTo(const std::byte* frame, const TFrameLayout& layout, PixelDepth depth, std::byte* pixels)
 {
   if (depth == PixelDepth::Bits8) return DecodeRows<Source, std::uint8_t>(frame, layout, pixels);
   if (depth == PixelDepth::Bits16) return DecodeRows<Source, std::uint16_t>(frame, layout, pixels);
@@ -100,7 +116,7 @@ bool IsPlainFrame(const TFrameLayout& layout, PixelDepth depth)
          RowBytes(layout.encoding, layout.width) == layout.stride;
 }
 
-bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth, std::span<std::byte> pixels)
+long DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth, std::span<std::byte> pixels)
 {
   switch (layout.encoding) {
   case RunFormat::Encoding::kMono8:
@@ -113,7 +129,7 @@ bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth
   case RunFormat::Encoding::kMono32:
     return DecodeTo<TPlainPixels<std::uint32_t>>(frame.data(), layout, depth, pixels.data());
   }
-  return false;
+  return 0;
 }
 
 std::optional<long long> FrameTicks(TPixelBytes frame)

@@ -40,10 +40,10 @@ struct TFrameLayout
 bool IsPlainFrame(const TFrameLayout& layout, PixelDepth depth);
 
 /// Takes the pixels of a frame, of at least stride x height bytes, without the padding of its rows. Pixels are
-/// widened as unsigned numbers; of 32-bit pixels the low 16 bits go into 16, as the library does it.
-/// @param pixels  width x height pixels of @p depth, which is WholeDepth() or more, or 16 for 32-bit frames
-/// @return whether a pixel has lost bits that were set
-bool DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth, std::span<std::byte> pixels);
+/// widened as unsigned numbers. Those that do not fit into fewer bits are clipped: they become 0 or the largest number.
+/// @param pixels  width x height pixels of @p depth
+/// @return the number of pixels that were clipped
+long DecodeFrame(TPixelBytes frame, const TFrameLayout& layout, PixelDepth depth, std::span<std::byte> pixels);
 
 /// The clock of the camera from the metadata chunks at the end of a frame; nothing when there is none.
 std::optional<long long> FrameTicks(TPixelBytes frame);

@@ -156,6 +156,7 @@ std::string ConversionText(const TRunDescription& run, const TRunConversion& con
   text += ReportRow("  missing", c.unrecorded + c.unreadable, absent.empty() ? "" : "images " + absent);
   if (c.unrecordedData > 0) text += ReportRow("    with data, without a record", c.unrecordedData);
   if (c.notReached > 0) text += ReportRow("  not looked at", c.notReached);
+  if (c.clippedPixels > 0) text += ReportRow("pixels clipped", c.clippedPixels);
   if (output.empty() && c.written + c.notWritten == 0) return text;
   if (c.notWritten > 0) text += ReportRow("not written", c.notWritten);
   return text + ReportRow("written", c.written, output);
@@ -178,6 +179,7 @@ std::string ConversionJson(const TRunDescription& run, const TRunConversion& con
                    {"written", c.written},
                    {"not_written", c.notWritten},
                    {"cut", c.cut},
+                   {"clipped_pixels", c.clippedPixels},
                    {"wrong_images", conversion.Wrong().Text()},
                    {"missing_images", conversion.Absent().Text()},
                    {"lost_in_camera", JsonOrNull(conversion.RunCounts().lostInCamera)},

@@ -109,6 +109,8 @@ struct TFrameCounts
   long written = 0;          ///< of the fetched: in the output file
   long notWritten = 0;       ///< of the fetched: not in the output file: an output error, or no file was asked for
   long withoutTimestamp = 0; ///< of the delivered: without a timestamp
+  long clippedImages = 0;    ///< of the fetched: with pixels that did not fit into the output's bits
+  long clippedPixels = 0;    ///< these pixels
 
   /// Frames produced by the camera, as far as it is known.
   long Produced() const { return delivered + lostInCamera.value_or(0); }

@@ -17,6 +17,7 @@ struct TRunSettings
   long wantedImages = 1;   ///< images to fetch; 0: until interrupted
   bool isEndless = false;  ///< the camera runs until aborted and its ring overwrites the oldest image
   bool isRecorded = false; ///< the library writes the images to disk; no image is fetched
+  bool areSums = false;    ///< several exposures make an image: it is fetched with 32 bits, and clipped to fewer
   bool isSoftwareTriggered = false;
   bool hasSteadyRate = true;      ///< the camera makes frames at a constant rate
   double noImageSeconds = 0.0;    ///< give up after this long without an image; 0: never

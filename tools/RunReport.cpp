@@ -31,6 +31,14 @@ std::string ImagesText(const TRunSummary& summary)
 
 } // namespace
 
+std::string ClippedText(long pixels, long images, PixelDepth depth)
+{
+  const std::string largest = depth == PixelDepth::Bits8 ? "255" : "65535";
+  return std::to_string(pixels) + (pixels == 1 ? " pixel" : " pixels") + " of " + std::to_string(images) +
+         (images == 1 ? " image" : " images") + " did not fit into 0 to " + largest +
+         " and were clipped; --bits 32 keeps them";
+}
+
 std::string ReportHeadline(const std::string& outcome, double seconds, long images)
 {
   char text[120];
@@ -72,6 +80,7 @@ std::string RunReportText(const TRunSummary& summary)
     if (!summary.output.empty()) text += "made of them: " + summary.output + "\n";
   }
   if (t.withoutTimestamp > 0) text += ReportRow("delivered without a timestamp", t.withoutTimestamp);
+  if (t.clippedPixels > 0) text += ReportRow("pixels clipped", t.clippedPixels);
   return text;
 }
 
@@ -89,6 +98,7 @@ std::string RunReportJson(const TRunSummary& summary)
                {"written", summary.isWrittenKnown ? Json(t.written) : Json(nullptr)},
                {"not_written", summary.isWrittenKnown ? Json(t.notWritten) : Json(nullptr)},
                {"without_timestamp", t.withoutTimestamp},
+               {"clipped_pixels", t.clippedPixels},
                {"output", summary.output}};
   json.update(FactsJson(summary.facts, summary.shape));
   json["celsius_end"] = JsonOfSingle(summary.celsiusAtEnd);

@@ -27,6 +27,8 @@ std::string RunReportText(const TRunSummary& summary);
 /// One line of JSON with its line feed.
 std::string RunReportJson(const TRunSummary& summary);
 
+/// What is said of images that have lost something to an output of fewer bits.
+std::string ClippedText(long pixels, long images, PixelDepth depth);
 /// "complete after 1.20 s, 83.3 images/s", with its line feed. @param outcome  complete, interrupted, failed
 std::string ReportHeadline(const std::string& outcome, double seconds, long images);
 /// A line with a count behind what it counts, and a remark behind both.

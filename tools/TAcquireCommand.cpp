@@ -89,6 +89,8 @@ ExitCode TAcquireCommand::Fetch(TProgressLine& line)
   line.Finish();
   if (!loop.Message().empty()) Say(loop.Message());
 
+  const TFrameCounts& counts = loop.Statistics().Counts();
+  if (counts.clippedPixels > 0) Say(ClippedText(counts.clippedPixels, counts.clippedImages, shape_.depth));
   if (outputs.HasPreview() && loop.LastImage().empty())
     Say(options_.output.preview + ": not written, there was no image");
   TRunResult result{.end = end, .statistics = loop.Statistics(), .seconds = loop.Seconds()};
@@ -133,6 +135,7 @@ TRunSettings TAcquireCommand::Settings() const
   settings.isRecorded = !options_.spool.directory.empty();
   settings.isEndless = options_.mode == RunMode::Continuous;
   settings.wantedImages = options_.frames.value_or(settings.isEndless ? 0 : 1);
+  settings.areSums = options_.accumulations > 1;
   settings.isSoftwareTriggered = options_.trigger == Trigger::Software;
   settings.hasSteadyRate = HasSteadyRate(options_.trigger);
   settings.noImageSeconds = options_.noImageSeconds;
@@ -181,7 +184,7 @@ ExitCode TAcquireCommand::ReportAndFinish(const TRunResult& result)
   if (std::fflush(stdout) != 0 || result.isOutputFailed) return ExitCode::OutputError;
   if (result.end == RunEnd::CameraFailed) return ExitCode::CameraError;
   if (result.end == RunEnd::Interrupted) return ExitCode::Interrupted;
-  return counts.Lost() > 0 ? ExitCode::FramesLost : ExitCode::Success;
+  return counts.Lost() > 0 || counts.clippedPixels > 0 ? ExitCode::FramesLost : ExitCode::Success;
 }
 
 } // namespace vxtool

@@ -55,7 +55,7 @@ constexpr const char* kFooter = R"(Exit codes:
   2    there is no such camera, or it cannot be opened
   3    the camera refused a setting, or the run failed
   4    an output file could not be written
-  5    done, but frames are missing: see the counts printed at the end
+  5    done, but frames are missing or pixels were clipped: see the counts printed at the end
   6    the directory of a recorded run cannot be read
   130  interrupted (Ctrl-C); the output file is complete up to there
 When several apply, 4 comes before 3, 3 before 130, 130 before 5.)";
@@ -217,7 +217,8 @@ void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only")->group("Output");
 }
 
-void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigger>& trigger, int& bits)
+void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigger>& trigger,
+                   std::optional<int>& bits)
 {
   AddSeconds(app, "-e,--exposure", options.exposureSeconds, "Exposure time in s");
   AddSeconds(app, "--cycle", options.cycleSeconds, "Time from one exposure to the next in s");
@@ -233,9 +234,11 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
       ->type_name("K");
   AddWord(app, "-t,--trigger", trigger, kTriggers, "What starts an exposure; default: internal");
   app.add_flag("--overlap", options.isOverlapped, "Expose while the exposure before is read out");
-  app.add_option("-b,--bits", bits, "Bits of a pixel in the output: 8 (cameras set to 8 bits only), 16 or 32")
-      ->check(OneOf({"8", "16", "32"}))
-      ->capture_default_str();
+  app.add_option(
+         "-b,--bits", bits,
+         "Bits of a pixel in the output: 8 (cameras set to 8 bits, and sums), 16 or 32; default: 32 for sums "
+         "of exposures, else 16")
+      ->check(OneOf({"8", "16", "32"}));
 }
 
 void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<int>& bits)
@@ -350,7 +353,7 @@ struct TGiven
   std::optional<Trigger> trigger;
   std::optional<double> timeout;
   std::optional<SpoolMethod> method;
-  int bits = 16; // of acquire
+  std::optional<int> bits; // of acquire
   std::optional<int> convertBits;
 };
 
@@ -405,7 +408,7 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
   TAcquireOptions& acquire = options.acquire;
   acquire.noImageSeconds = given.timeout.value_or(0.0);
   acquire.trigger = given.trigger.value_or(Trigger::Internal);
-  acquire.depth = static_cast<PixelDepth>(given.bits);
+  acquire.depth = static_cast<PixelDepth>(given.bits.value_or(acquire.accumulations > 1 ? 32 : 16));
   acquire.spool.method = given.method.value_or(SpoolMethod::Multi);
   if (given.convertBits) options.convert.depth = static_cast<PixelDepth>(*given.convertBits);
   options.command = *commands.list      ? Command::List

@@ -5,6 +5,7 @@
 #include "tools/ConversionReport.h"
 #include "tools/ImageData.h"
 #include "tools/Messages.h"
+#include "tools/RunReport.h"
 #include "tools/TInterrupt.h"
 #include "tools/TProgressLine.h"
 
@@ -82,8 +83,8 @@ std::optional<ExitCode> TConvertCommand::CheckOptions()
   if (!run_.Layout()) return std::nullopt;
   const RunFormat::Encoding encoding = run_.Layout()->encoding;
   depth_ = options_.depth.value_or(WholeDepth(encoding));
-  const bool isLowHalf = encoding == RunFormat::Encoding::kMono32 && depth_ == PixelDepth::Bits16;
-  if (depth_ < WholeDepth(encoding) && !isLowHalf)
+  const bool isOfSums = encoding == RunFormat::Encoding::kMono32; // which may fit
+  if (depth_ < WholeDepth(encoding) && !isOfSums)
     return Fail(ExitCode::Usage, "--bits: pixels of " + run_.Values().encoding + " do not fit into " +
                                      std::to_string(static_cast<int>(depth_)));
   return std::nullopt;
@@ -140,7 +141,7 @@ void TConvertCommand::SayWhatIsMissing() const
   say(c.wrong, options_.keepsDamaged ? "with a wrong checksum, taken all the same"
                                      : "with a wrong checksum, left out; --keep-damaged takes them");
   say(c.unchecked, "without a checksum, taken unchecked");
-  say(c.cut, "with pixels above 65535, cut to their low 16 bits; --bits 32 keeps them");
+  if (c.clippedPixels > 0) Say(ClippedText(c.clippedPixels, c.cut, depth_));
 }
 
 ExitCode TConvertCommand::FinalExitCode() const
@@ -154,7 +155,8 @@ ExitCode TConvertCommand::FinalExitCode() const
                           !options_.isSalvage && options_.images.IsEmpty();
   const bool isUnproved = options_.isVerify && c.unchecked > 0;
   const bool isAllThere = c.asked > 0 && c.Missing() == 0;
-  return isAllThere && !isCutShort && !isUnproved ? ExitCode::Success : ExitCode::FramesLost;
+  const bool isWhole = isAllThere && c.clippedPixels == 0;
+  return isWhole && !isCutShort && !isUnproved ? ExitCode::Success : ExitCode::FramesLost;
 }
 
 void TConvertCommand::PrintReport() const

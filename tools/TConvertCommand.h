@@ -28,7 +28,9 @@ public:
   /// All of it but the report.
   ExitCode Convert();
   /// Images in the output.
-  long Written() const { return conversion_ ? conversion_->Counts().written : 0; }
+  long Written() const { return Counts().written; }
+  /// What became of the images asked for.
+  TConversionCounts Counts() const { return conversion_ ? conversion_->Counts() : TConversionCounts{}; }
 
 private:
   std::optional<ExitCode> ReadRun();

@@ -18,6 +18,12 @@ void TFrameStatistics::AddTimestamp(long long ticks)
   ++timestamps_;
 }
 
+void TFrameStatistics::AddClipped(long pixels, long images)
+{
+  counts_.clippedPixels += pixels;
+  counts_.clippedImages += images;
+}
+
 void TFrameStatistics::MoveToNotWritten(long count)
 {
   counts_.written -= count;

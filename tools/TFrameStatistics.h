@@ -19,6 +19,8 @@ public:
   void AddOverwritten(long count) { counts_.overwritten += count; }
   /// The timestamp of the next delivered image, in order, even if that image was lost afterwards.
   void AddTimestamp(long long ticks);
+  /// Pixels that did not fit into the output's bits, of so many images.
+  void AddClipped(long pixels, long images);
   /// So many of the images written turned out not to be in the output file.
   void MoveToNotWritten(long count);
   /// Ends the run. @param delivered  images that the library received

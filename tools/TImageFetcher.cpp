@@ -25,6 +25,8 @@ TImageFetcher::TImageFetcher(ICamera& camera, IImageWriter* writer, const TRunSe
       statistics_(statistics),
       fetched_(settings.shape.Bytes())
 {
+  if (settings.areSums && settings.shape.depth != PixelDepth::Bits32)
+    sums_.resize(settings.shape.Pixels() * sizeof(std::int32_t));
 }
 
 bool TImageFetcher::Fail(const char* function, unsigned int code)
@@ -66,7 +68,7 @@ bool TImageFetcher::TakeNext()
   TImageLabel label;
   label.number = number;
   long long ticks = 0;
-  const unsigned int code = camera_.FetchImage(number, settings_.shape.depth, fetched_, ticks);
+  const unsigned int code = Fetch(number, ticks);
   if (code == RC_NO_NEW_DATA) {
     statistics_.AddOverwritten(1);
     return true;
@@ -89,6 +91,19 @@ bool TImageFetcher::TakeNext()
   error_ = writer_->Error();
   isOutputFailed_ = true;
   return false;
+}
+
+unsigned int TImageFetcher::Fetch(long number, long long& ticks)
+{
+  const TImageShape& shape = settings_.shape;
+  if (sums_.empty()) return camera_.FetchImage(number, shape.depth, fetched_, ticks);
+  const unsigned int code = camera_.FetchImage(number, PixelDepth::Bits32, sums_, ticks);
+  if (code != RC_SUCCESS) return code;
+  const std::int64_t stride = RowBytes(RunFormat::Encoding::kMono32, shape.width);
+  const long clipped =
+      DecodeFrame(sums_, {RunFormat::Encoding::kMono32, shape.width, shape.height, stride}, shape.depth, fetched_);
+  if (clipped > 0) statistics_.AddClipped(clipped, 1);
+  return code;
 }
 
 // Whether the 0 of the first image is its clock value; it may also mean that there is none.

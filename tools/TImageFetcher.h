@@ -40,6 +40,8 @@ public:
 private:
   bool Fail(const char* function, unsigned int code);
   void SkipOverwritten(int first, int last);
+  /// Copies the image into fetched_; a result code.
+  unsigned int Fetch(long number, long long& ticks);
   bool StartsAtZero() const;
 
   ICamera& camera_;
@@ -47,6 +49,7 @@ private:
   TRunSettings settings_;
   TFrameStatistics& statistics_;
   std::vector<std::byte> fetched_;   // being copied into
+  std::vector<std::byte> sums_;      // the same with 32 bits, where the output has fewer
   std::vector<std::byte> lastImage_; // the newest intact one
   TImageLabel lastLabel_;
   std::string error_;

@@ -118,6 +118,7 @@ void TRecordCommand::MakeOutput(const TRunFacts& facts, TRunResult& result) cons
   convert.UseFacts(facts);
   const ExitCode code = convert.Convert();
   result.hasOutput = convert.Written() > 0;
+  result.statistics.AddClipped(convert.Counts().clippedPixels, convert.Counts().cut);
   if (code == ExitCode::Interrupted) {
     result.end = RunEnd::Interrupted;
     return;

@@ -173,10 +173,14 @@ bool TRunConversion::PassOn(TImageLabel label)
   if (label.ticks) clocks_.AddTimestamp(*label.ticks);
   if (!run_.Layout() || (!writer_ && !settings_.keepsLast)) return true;
   const TImageShape shape = {run_.Layout()->width, run_.Layout()->height, settings_.depth};
-  // Frames that are the pixels already are not copied, only cut, which drops padding at their end and metadata.
+  // Frames that are the pixels already are not copied, only shortened: padding at their end and metadata go.
   std::vector<std::byte>& pixels = IsPlainFrame(*run_.Layout(), settings_.depth) ? frame_ : pixels_;
   pixels.resize(shape.Bytes());
-  if (&pixels != &frame_ && DecodeFrame(frame_, *run_.Layout(), settings_.depth, pixels)) ++counts_.cut;
+  if (&pixels != &frame_) {
+    const long clipped = DecodeFrame(frame_, *run_.Layout(), settings_.depth, pixels);
+    counts_.cut += clipped > 0 ? 1 : 0;
+    counts_.clippedPixels += clipped;
+  }
   const bool isWritten = writer_ && writer_->Write(pixels, label);
   if (writer_) ++(isWritten ? counts_.written : counts_.notWritten);
   if (settings_.keepsLast) lastImage_.swap(pixels);

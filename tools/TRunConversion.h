@@ -41,8 +41,9 @@ struct TConversionCounts
   long unrecordedData = 0; ///< of the unrecorded: not all zeros; looked for by salvage only
   long notReached = 0;     ///< the conversion ended before
   long written = 0;
-  long notWritten = 0; ///< taken, but not in the output
-  long cut = 0;        ///< taken, but with pixels that do not fit into the depth
+  long notWritten = 0;    ///< taken, but not in the output
+  long cut = 0;           ///< taken, but with pixels that do not fit into the depth
+  long clippedPixels = 0; ///< these pixels
 
   long Missing() const { return wrong + unrecorded + unreadable; }
   bool AddsUp() const;

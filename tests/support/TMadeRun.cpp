@@ -2,6 +2,7 @@
 // The format of a recorded run, written down a second time.
 #include "tests/support/TMadeRun.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -79,9 +80,13 @@ std::vector<std::byte> TMadeRun::Pixels(long number, PixelDepth depth) const
 {
   const std::size_t bytes = static_cast<std::size_t>(depth) / 8;
   std::vector<std::byte> pixels;
-  for (int index = 0; index < width * height; ++index)
+  for (int index = 0; index < width * height; ++index) {
+    auto value = static_cast<std::int32_t>(Pixel(number, index));
+    if (depth != PixelDepth::Bits32)
+      value = std::min(std::max(value, 0), depth == PixelDepth::Bits8 ? 255 : 65535);
     for (std::size_t byte = 0; byte < bytes; ++byte)
-      pixels.push_back(static_cast<std::byte>(Pixel(number, index) >> (8 * byte) & 0xFF));
+      pixels.push_back(static_cast<std::byte>(value >> (8 * byte) & 0xFF));
+  }
   return pixels;
 }
 

@@ -28,7 +28,7 @@ struct TMadeRun
   long long Ticks(long number) const { return 5000 + 100 * number; }
   /// An image as the camera would deliver it.
   std::vector<unsigned char> Frame(long number) const;
-  /// The pixels of an image as a file has them.
+  /// The pixels of an image as a file has them: clipped when they do not fit.
   std::vector<std::byte> Pixels(long number, PixelDepth depth) const;
 
   std::string Description() const;

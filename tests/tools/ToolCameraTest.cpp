@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <span>
 
 namespace vxtool {
 namespace {
@@ -129,6 +130,47 @@ TEST_F(ToolCamera, TracksAreStripsCountedFromTheLastRow)
   Configure(kSmallCamera);
   EXPECT_NE(ErrorOf({"--tracks", "1-10"}).find("--tracks: SetRandomTracks: 20991 RC_NOT_SUPPORTED"),
             std::string::npos);
+}
+
+TEST_F(ToolCamera, SumsAreWholeByDefaultAndClippedToFewerBits)
+{
+  Configure(kStill);
+  const auto sum = [&](const std::string& file, std::vector<std::string> options, int exitCode) {
+    options.insert(options.begin(), {"acquire", "--mode", "accumulate", "--accumulations", "200", "--exposure",
+                                     "0.01", "--json", "--output", directory_.Path(file)});
+    const TOutcome outcome = Run(options);
+    EXPECT_EQ(outcome.exitCode, exitCode) << file << outcome.errors;
+    return outcome;
+  };
+  EXPECT_EQ(Count(sum("whole.tif", {}, 0), "clipped_pixels"), 0);
+  const TTiffPages whole = ReadTiff(directory_.Path("whole.tif"));
+  ASSERT_EQ(whole.bits, 32);
+  std::vector<int> sums(128 * 96);
+  ASSERT_EQ(whole.pages.at(0).size(), 4 * sums.size());
+  std::memcpy(sums.data(), whole.pages[0].data(), 4 * sums.size());
+  std::vector<unsigned short> expected;
+  for (const int value : sums) expected.push_back(static_cast<unsigned short>(std::min(value, 65535)));
+  const auto clipped = std::count_if(sums.begin(), sums.end(), [](int value) { return value > 65535; });
+  ASSERT_GT(clipped, 0);
+  ASSERT_LT(clipped, 128 * 96);
+
+  const auto expectClipped = [&](const TOutcome& outcome, const std::string& file) {
+    const std::string path = directory_.Path(file);
+    EXPECT_EQ(Count(outcome, "clipped_pixels"), clipped);
+    EXPECT_NE(outcome.errors.find(std::to_string(clipped) + " pixels of 1 image did not fit"), std::string::npos)
+        << outcome.errors;
+    const auto pixels =
+        file.ends_with(".fits") ? ReadFits(path, PixelDepth::Bits16).pixels : ReadTiff(path).pages.at(0);
+    EXPECT_TRUE(std::ranges::equal(pixels, std::as_bytes(std::span(expected)))) << file;
+  };
+  const std::string run = directory_.Path("run");
+  for (const char* file : {"a.tif", "a.fits"}) expectClipped(sum(file, {"--bits", "16"}, 5), file);
+  expectClipped(sum("b.tif", {"--bits", "16", "--spool", run}, 5), "b.tif");
+  const TOutcome converted = Run({"convert", run, "--json", "--bits", "16", "-o", directory_.Path("c.tif")});
+  EXPECT_EQ(converted.exitCode, 5);
+  expectClipped(converted, "c.tif");
+  sum("d.tif", {"--bits", "8"}, 5);
+  EXPECT_EQ(ReadTiff(directory_.Path("d.tif")).pages.at(0)[0], std::byte{255});
 }
 
 TEST_F(ToolCamera, BinningIsInForceOrRefused)
