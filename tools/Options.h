@@ -164,4 +164,10 @@ constexpr bool HasSteadyRate(Trigger trigger)
   return trigger == Trigger::Internal || trigger == Trigger::ExternalStart;
 }
 
+/// Whether each image waits for a pulse, so that no time between images can be set.
+constexpr bool IsPulseForEach(Trigger trigger)
+{
+  return trigger == Trigger::External || trigger == Trigger::ExternalExposure;
+}
+
 } // namespace vxtool

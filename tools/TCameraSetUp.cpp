@@ -287,7 +287,8 @@ bool TCameraSetUp::SetTimes(const TAcquireOptions& options)
 {
   if (options.exposureSeconds && !SetExposure(*options.exposureSeconds)) return false;
   const bool isBurst = options.mode == RunMode::Accumulate;
-  if (options.cycleSeconds) {
+  // Between images the program itself keeps to the cycle of its triggers: the camera then has no rate to set.
+  if (options.cycleSeconds && (isBurst || options.trigger != Trigger::Software)) {
     const auto seconds = static_cast<float>(*options.cycleSeconds);
     const bool isSet = isBurst ? Check("--cycle", "SetAccumulationCycleTime", SetAccumulationCycleTime(seconds))
                                : Check("--cycle", "SetKineticCycleTime", SetKineticCycleTime(seconds));

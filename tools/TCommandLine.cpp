@@ -221,7 +221,8 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
                    std::optional<int>& bits)
 {
   AddSeconds(app, "-e,--exposure", options.exposureSeconds, "Exposure time in s");
-  AddSeconds(app, "--cycle", options.cycleSeconds, "Time from one exposure to the next in s");
+  AddSeconds(app, "--cycle", options.cycleSeconds,
+             "Time from one exposure to the next in s; of a series with --trigger software, between triggers");
   app.add_option("-n,--frames", options.frames, "Number of images (series, continuous)")
       ->check(WholeNumber(1, 1'000'000'000))
       ->type_name("N");
@@ -339,6 +340,9 @@ std::string CompleteOrSayWhy(TAcquireOptions& options)
     return "--accumulations: mode accumulate needs 2 or more";
   if (options.accumulations > 1 && mode != RunMode::Accumulate && mode != RunMode::Series)
     return "--accumulations: only modes accumulate and series add exposures up";
+  if (options.cycleSeconds && mode != RunMode::Accumulate && IsPulseForEach(options.trigger))
+    return std::string("--cycle: with --trigger ") + TriggerName(options.trigger) +
+           " the pulses set the time between exposures; leave out --cycle, or choose another --trigger";
   if (options.cooling.isWaiting && !options.cooling.targetCelsius) return "--wait-stable: needs --temperature";
   if (options.readout.amplifier && options.readout.channel.value_or(0) != 0)
     return "--amplifier: channel 0 has amplifiers to choose from";

@@ -12,7 +12,7 @@ namespace vxtool {
 
 namespace {
 
-constexpr int kWaitSliceMs = 100;
+constexpr std::chrono::milliseconds kWaitSlice{100};
 constexpr std::chrono::milliseconds kDrainAfterStop{300};
 
 } // namespace
@@ -88,8 +88,13 @@ RunEnd TRunLoop::RunStarted()
 
 bool TRunLoop::WaitForImage(int& status)
 {
-  if (settings_.isSoftwareTriggered) trigger_.SendWhenDue(lastArrival_);
-  const unsigned int waited = camera_.Wait(kWaitSliceMs);
+  std::chrono::milliseconds wait = kWaitSlice;
+  if (settings_.isSoftwareTriggered) {
+    const auto untilNext = trigger_.SendWhenDue(lastArrival_) - Clock::now();
+    wait =
+        std::clamp(std::chrono::floor<std::chrono::milliseconds>(untilNext), std::chrono::milliseconds(0), wait);
+  }
+  const unsigned int waited = camera_.Wait(static_cast<int>(wait.count()));
   if (waited != RC_SUCCESS && waited != RC_NO_NEW_DATA)
     return Fail(ResultText("WaitForAcquisitionTimeOut", waited));
   const unsigned int code = camera_.Status(status);

@@ -9,6 +9,8 @@ namespace vxtool {
 
 namespace {
 
+constexpr std::chrono::milliseconds kMaxSleep{1}; // waits of the library are in whole ms
+
 TSoftwareTrigger::Clock::duration ToDuration(double seconds)
 {
   return std::chrono::duration_cast<TSoftwareTrigger::Clock::duration>(std::chrono::duration<double>(seconds));
@@ -16,22 +18,23 @@ TSoftwareTrigger::Clock::duration ToDuration(double seconds)
 
 } // namespace
 
-void TSoftwareTrigger::SendWhenDue(Clock::time_point lastArrival)
+TSoftwareTrigger::Clock::time_point TSoftwareTrigger::NextDue(Clock::time_point lastArrival) const
 {
-  const auto now = Clock::now();
-  const bool isFirst = last_ == Clock::time_point{};
-  const bool isAnswered = lastArrival > last_;
-  // An exposure that is part of an accumulated image brings no image: its trigger counts as answered after its
-  // time.
+  if (last_ == Clock::time_point{}) return Clock::now();
+  // A trigger that brings no image in this time was lost, or its exposure is only a part of the image.
   const double retrySeconds = 1.5 * imageSeconds_ + 0.2;
-  const double waitSeconds = isAnswered ? periodSeconds_ : std::max(periodSeconds_, retrySeconds);
-  if (!isFirst && now - last_ < ToDuration(waitSeconds)) {
-    if (isAnswered)
-      std::this_thread::sleep_until(std::min(last_ + ToDuration(waitSeconds), now + ToDuration(0.1)));
-    return;
-  }
-  last_ = now;
+  const bool isAnswered = lastArrival > last_;
+  return last_ + ToDuration(isAnswered ? periodSeconds_ : std::max(periodSeconds_, retrySeconds));
+}
+
+TSoftwareTrigger::Clock::time_point TSoftwareTrigger::SendWhenDue(Clock::time_point lastArrival)
+{
+  const Clock::time_point due = NextDue(lastArrival);
+  if (due > Clock::now() + kMaxSleep) return due;
+  std::this_thread::sleep_until(due);
+  last_ = Clock::now();
   camera_.SendTrigger(); // a camera that cannot is found when no image comes
+  return NextDue(lastArrival);
 }
 
 } // namespace vxtool

@@ -20,15 +20,18 @@ public:
       : camera_(camera), periodSeconds_(periodSeconds), imageSeconds_(imageSeconds)
   {
   }
-  /// Sends a trigger when it is time; else waits for up to 100 ms when the last one has brought an image.
+  /// Sends a trigger when it is due, which it waits for up to 1 ms.
   /// @param lastArrival  of an image
-  void SendWhenDue(Clock::time_point lastArrival);
+  /// @return when the next trigger is due, if no image comes before
+  Clock::time_point SendWhenDue(Clock::time_point lastArrival);
 
 private:
+  Clock::time_point NextDue(Clock::time_point lastArrival) const;
+
   ICamera& camera_;
   double periodSeconds_;
   double imageSeconds_;
-  Clock::time_point last_;
+  Clock::time_point last_; // trigger; the clock's zero before the first one
 };
 
 } // namespace vxtool

@@ -5,6 +5,7 @@
 #include "vxcore/simulated/imaging/TCounterPattern.h"
 
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -174,6 +175,34 @@ TEST_F(ToolProgram, TriggersStartTheExposures)
   const TOutcome none = Run({"acquire", "--trigger", "external", "--timeout", "0.3"});
   EXPECT_EQ(none.exitCode, 3) << none.errors;
   EXPECT_NE(none.errors.find("trigger"), std::string::npos) << none.errors;
+}
+
+TEST_F(ToolProgram, SoftwareTriggersFollowTheCycleInEveryMode)
+{
+  Configure(kSteadyCamera);
+  const std::string run = directory_.Path("run");
+  const std::vector<std::vector<std::string>> modes = {{"--frames", "20"},
+                                                       {"--mode", "continuous", "--frames", "20"},
+                                                       {"--mode", "accumulate", "--accumulations", "20"},
+                                                       {"--frames", "20", "--accumulations", "2"},
+                                                       {"--frames", "20", "--spool", run}};
+  for (std::vector<std::string> arguments : modes) {
+    SCOPED_TRACE(::testing::PrintToString(arguments));
+    arguments.insert(arguments.begin(), {"acquire", "--trigger", "software", "--cycle", "0.03", "--exposure",
+                                         "0.001", "--json", "--timeout", "10"});
+    const TOutcome outcome = Run(arguments);
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const double seconds = nlohmann::json::parse(outcome.output)["seconds"];
+    EXPECT_GE(seconds, 19 * 0.03);
+    EXPECT_LT(seconds, 19 * 0.1) << "waits of the loop do not delay triggers";
+  }
+  for (const char* trigger : {"external", "external-exposure"}) {
+    const TOutcome refused = Run({"acquire", "--trigger", trigger, "--cycle", "0.1"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.errors.find("--cycle: with --trigger " + std::string(trigger) + " the pulses"),
+              std::string::npos)
+        << refused.errors;
+  }
 }
 
 TEST_F(ToolProgram, FramesLostInTheCameraAreCountedAndReported)
