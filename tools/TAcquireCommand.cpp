@@ -2,6 +2,7 @@
 // From options to a file with images in it.
 #include "tools/TAcquireCommand.h"
 
+#include "runs/host_time.h"
 #include "tools/CameraDescription.h"
 #include "tools/Messages.h"
 #include "tools/RunReport.h"
@@ -11,9 +12,7 @@
 #include "tools/TRecordCommand.h"
 #include "tools/TRunLoop.h"
 
-#include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <unistd.h>
 
 namespace vxtool {
@@ -22,19 +21,11 @@ namespace {
 
 constexpr double kSlowPart = 0.6; // images at less than this part of the frame rate asked for are worth a note
 
+// The time of day in ms, without the Z, which the files say in another way.
 std::string UtcNow()
 {
-  using namespace std::chrono;
-  const auto now = system_clock::now();
-  const std::time_t seconds = system_clock::to_time_t(now);
-  const auto milliseconds = duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
-  std::tm parts = {};
-  gmtime_r(&seconds, &parts);
-  char day[32];
-  char text[48];
-  std::strftime(day, sizeof day, "%Y-%m-%dT%H:%M:%S", &parts);
-  std::snprintf(text, sizeof text, "%s.%03d", day, static_cast<int>(milliseconds));
-  return text;
+  constexpr std::size_t kLength = sizeof "2026-01-31T12:00:00.000" - 1;
+  return UtcText(HostTimeNs()).substr(0, kLength);
 }
 
 } // namespace

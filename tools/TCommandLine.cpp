@@ -323,8 +323,7 @@ std::string WhyNotSpooled(const TAcquireOptions& options)
     return "--spool: the library takes a backslash for a slash; give a name without one";
   if (options.mode == RunMode::Continuous)
     return "--spool: a run until it is stopped is never recorded to disk; give --mode series with --frames N, "
-           "which "
-           "may be more than fit into memory";
+           "which may be more than fit into memory";
   return "";
 }
 
