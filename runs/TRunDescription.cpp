@@ -105,8 +105,6 @@ void TakeBinning(const std::string& text, TRunValues& v)
 
 void TakeRun(TKeyReader& keys, TRunValues& v)
 {
-  v.stateText = keys.Text(RunFormat::kState);
-  v.state = StateOf(v.stateText).value_or(RunFormat::State::kRecording);
   v.imagesExpected = keys.Number(RunFormat::kImagesExpected, 1, kMaxImages);
   v.imagesWritten = keys.Number(RunFormat::kImagesWritten, 0, v.imagesExpected.value_or(kMaxImages)).value_or(0);
   v.method = keys.Number(RunFormat::kMethod, 0, kMaxImages);
@@ -124,7 +122,6 @@ void TakeImage(TKeyReader& keys, TRunValues& v)
   v.height = keys.Number(RunFormat::kHeight, 1, kMaxSide);
   v.stride = keys.Number(RunFormat::kStride, 1, kMaxImageBytes);
   v.encoding = keys.Text(RunFormat::kPixelEncoding);
-  v.hasMetadata = SwitchOf(keys.Text(RunFormat::kMetadata)).value_or(false);
   v.layout = keys.Text(RunFormat::kLayout);
   v.left = keys.Number(RunFormat::kLeft, 1, kMaxSide);
   v.top = keys.Number(RunFormat::kTop, 1, kMaxSide);
@@ -170,12 +167,14 @@ bool TRunDescription::Read(const std::string& directory)
     return Fail(path + ": has no valid " + (imagesPerFile ? "ImageSize" : "ImagesPerFile"));
   values_.imagesPerFile = *imagesPerFile;
   values_.imageBytes = *imageBytes;
+  const std::optional<RunFormat::State> state = StateOf(keys.Text(RunFormat::kState));
+  const std::optional<bool> hasMetadata = SwitchOf(keys.Text(RunFormat::kMetadata));
+  if (!state || !hasMetadata) return Fail(path + ": has no valid " + (state ? "Metadata" : "State"));
+  values_.state = *state;
+  values_.hasMetadata = *hasMetadata;
   TakeRun(keys, values_);
   TakeImage(keys, values_);
   TakeAcquisition(keys, values_);
-  const bool isStateKnown = StateOf(values_.stateText).has_value();
-  if (!isStateKnown || !SwitchOf(keys.Text(RunFormat::kMetadata)))
-    return Fail(path + ": has no valid " + (isStateKnown ? "Metadata" : "State"));
   FindLayout();
   return true;
 }

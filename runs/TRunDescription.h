@@ -16,7 +16,6 @@ struct TRunValues
   std::int64_t imagesPerFile = 0;
   std::int64_t imageBytes = 0;
   RunFormat::State state = RunFormat::State::kRecording;
-  std::string stateText;
   std::optional<std::int64_t> imagesExpected;
   std::int64_t imagesWritten = 0;
   std::optional<std::int64_t> method;

@@ -63,6 +63,10 @@ enum class State
   kFailed
 };
 inline constexpr std::array<const char*, 4> kStateTexts = {"recording", "complete", "aborted", "failed"};
+inline std::string StateText(State state)
+{
+  return kStateTexts[static_cast<std::size_t>(state)];
+}
 inline constexpr const char* kTrueText = "true";
 inline constexpr const char* kFalseText = "false";
 

@@ -102,11 +102,6 @@ RunFormat::State StateOf(const TSpoolDescription::TOutcome& outcome)
   return outcome.completed ? RunFormat::State::kComplete : RunFormat::State::kAborted;
 }
 
-std::string StateText(RunFormat::State state)
-{
-  return RunFormat::kStateTexts[static_cast<std::size_t>(state)];
-}
-
 } // namespace
 
 void TSpoolDescription::Gather(int method, std::uint32_t seriesLength)
@@ -126,7 +121,7 @@ bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& 
   int failed = metadata_.SetImagesPerFile(layout.ImagesPerFile());
   failed |= metadata_.SetImageSizeBytes(static_cast<unsigned int>(layout.imageSizeBytes));
   failed |= Set(metadata_, RunFormat::kFormat, std::int64_t{RunFormat::kVersion});
-  failed |= Set(metadata_, RunFormat::kState, StateText(RunFormat::State::kRecording));
+  failed |= Set(metadata_, RunFormat::kState, RunFormat::StateText(RunFormat::State::kRecording));
   failed |= Set(metadata_, RunFormat::kCompleted, false);
   failed |= Set(metadata_, RunFormat::kImagesExpected, std::int64_t{seriesLength_});
   failed |= Set(metadata_, RunFormat::kImagesWritten, std::int64_t{0});
@@ -139,7 +134,7 @@ bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& 
 
 bool TSpoolDescription::End(const TOutcome& outcome, int reserved)
 {
-  int failed = Set(metadata_, RunFormat::kState, StateText(StateOf(outcome)));
+  int failed = Set(metadata_, RunFormat::kState, RunFormat::StateText(StateOf(outcome)));
   failed |= Set(metadata_, RunFormat::kCompleted, outcome.completed);
   failed |= Set(metadata_, RunFormat::kImagesWritten, static_cast<std::int64_t>(outcome.imagesWritten));
   if (!outcome.failure.empty()) failed |= Set(metadata_, RunFormat::kFailure, outcome.failure);

@@ -62,7 +62,7 @@ Json DescriptionFactsJson(const TRunDescription& run)
 {
   const TRunValues& f = run.Values();
   return {{"directory", run.Directory()},
-          {"state", JsonTextOrNull(f.stateText)},
+          {"state", RunFormat::StateText(f.state)},
           {"failure", JsonTextOrNull(f.failure)},
           {"images_expected", JsonOrNull(f.imagesExpected)},
           {"images_written", f.imagesWritten}};
@@ -146,7 +146,7 @@ std::string ConversionText(const TRunDescription& run, const TRunConversion& con
     text += std::to_string(run.Layout()->width) + "x" + std::to_string(run.Layout()->height) + " pixels, " +
             run.Values().encoding +
             (output.empty() ? "" : " as " + std::to_string(static_cast<int>(depth)) + " bits") + ", ";
-  text += "run " + run.Values().stateText + "\n";
+  text += "run " + RunFormat::StateText(run.Values().state) + "\n";
   const std::string wrong = conversion.Wrong().Text(kMaxRangesShown);
   const std::string absent = conversion.Absent().Text(kMaxRangesShown);
   text += ReportRow("images asked for", c.asked, conversion.Asked().Text(kMaxRangesShown));
