@@ -14,8 +14,7 @@ constexpr int kMetadataBytes = 24; ///< an empty chunk, and the timestamp with i
 
 int TFaultyDevice::CheckPresent()
 {
-  if (!plugged_ && pluggedAgainAt_ && TClock::now() >= *pluggedAgainAt_) plugged_ = true;
-  return plugged_ ? device_->CheckPresent() : VX_ERR_COMMUNICATION;
+  return plug_.IsIn() ? device_->CheckPresent() : VX_ERR_COMMUNICATION;
 }
 
 int TFaultyDevice::WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs)
@@ -60,10 +59,7 @@ bool TFaultyDevice::Unplug(TDeviceLock& lock, const std::vector<TPlannedFault>& 
 {
   for (const TPlannedFault& fault : faults) {
     if (fault.kind == EPlannedFault::Stall) continue;
-    plugged_ = false;
-    pluggedAgainAt_.reset();
-    if (fault.kind == EPlannedFault::Replug)
-      pluggedAgainAt_ = TClock::now() + std::chrono::nanoseconds(fault.durationNs);
+    plug_.Pull(fault);
     if (IFeature* stop = device_->Find(L"AcquisitionStop")) stop->Execute(lock);
     return true;
   }

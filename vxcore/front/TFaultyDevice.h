@@ -4,10 +4,10 @@
 
 #include "vxcore/backend/IDevice.h"
 #include "vxcore/backend/IFrameFaults.h"
+#include "vxcore/backend/TPlug.h"
 
 #include <chrono>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace vxcore {
@@ -50,8 +50,7 @@ private:
   IFrameFaults& faults_;
 
   // Guarded by the device's lock.
-  bool plugged_ = true;
-  std::optional<TClock::time_point> pluggedAgainAt_;
+  TPlug plug_;
   TFrame lastDelivered_;
   std::vector<unsigned char> foreignBuffer_;
 };

@@ -117,7 +117,7 @@ int TAcquisition::Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes
       return VX_SUCCESS;
     }
     if (closed_) return VX_ERR_INVALID_HANDLE;
-    if (!status_.plugged && !status_.IsPresent()) return VX_ERR_COMMUNICATION;
+    if (!status_.plug.IsIn()) return VX_ERR_COMMUNICATION;
     if (!clock_.IsReal() && MakeStampedFrame(lock, *buffer, *sizeBytes)) return VX_SUCCESS;
     const bool madeFrame = !clock_.IsReal() && MakeFrame(lock);
     if (madeFrame && HasAnswer()) continue;
@@ -443,7 +443,7 @@ void TAcquisition::WaitUntilPainted(TDeviceLock& lock)
 /// Whether a wait returns at once.
 bool TAcquisition::HasAnswer()
 {
-  return buffers_.HasAnswer() || closed_ || !status_.IsPresent();
+  return buffers_.HasAnswer() || closed_ || !status_.plug.IsIn();
 }
 
 /// Releases the lock once for callers that wait for it.

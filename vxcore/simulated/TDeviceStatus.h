@@ -2,13 +2,12 @@
 // What is known of a simulated device whether it is open or not.
 #pragma once
 
+#include "vxcore/backend/TPlug.h"
 #include "vxcore/simulated/TI2cDevices.h"
 
 #include "vxcore_simulator.h"
 
-#include <chrono>
 #include <map>
-#include <optional>
 #include <utility>
 
 namespace vxsim {
@@ -21,19 +20,8 @@ struct TDeviceStatus
 {
   TSimulatedCamera* camera = nullptr; ///< from its opening to the end of its Close()
   VXSIM_Statistics statistics{};
-  bool plugged = true;
-  std::optional<std::chrono::steady_clock::time_point> pluggedAgainAt;
+  vxcore::TPlug plug;
   std::map<std::pair<int, uint8_t>, TPotentiometerMemory> potentiometers; ///< by bus and address
-
-  /// Whether the device answers now; plugs it in again when its time has come.
-  bool IsPresent()
-  {
-    if (plugged) return true;
-    if (!pluggedAgainAt || std::chrono::steady_clock::now() < *pluggedAgainAt) return false;
-    pluggedAgainAt.reset();
-    plugged = true;
-    return true;
-  }
 };
 
 } // namespace vxsim

@@ -27,14 +27,12 @@ TSensorFaults::EOutcome TSensorFaults::Apply(TExposedFrame& frame, bool hasMetad
                                              int64_t& delayNs)
 {
   for (const TPlannedFault& fault : plan_.OnCamera()) {
-    const TClock::time_point end = TClock::now() + std::chrono::nanoseconds(fault.durationNs);
     if (fault.kind == EPlannedFault::Stall) {
-      delayedUntil_ = end;
+      delayedUntil_ = TClock::now() + std::chrono::nanoseconds(fault.durationNs);
       delayNs += fault.durationNs;
       continue;
     }
-    status.plugged = false;
-    if (fault.kind == EPlannedFault::Replug) status.pluggedAgainAt = end;
+    status.plug.Pull(fault);
     return EOutcome::Unplugged;
   }
   frame.faults = plan_.OnFrame();

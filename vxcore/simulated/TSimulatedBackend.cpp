@@ -62,7 +62,7 @@ bool TSimulatedBackend::Check(std::string& error) const
 int TSimulatedBackend::Open(int index, const TDeviceContext& context, std::unique_ptr<IDevice>& device)
 {
   TDeviceStatus& status = Status(index);
-  if (!status.IsPresent()) return VX_ERR_COMMUNICATION;
+  if (!status.plug.IsIn()) return VX_ERR_COMMUNICATION;
   status.statistics = {};
   const TCameraConfiguration& camera = configuration_.cameras[static_cast<size_t>(index)];
   auto opened = std::make_unique<TSimulatedCamera>(*FindCameraModel(camera.model), camera, status, context);

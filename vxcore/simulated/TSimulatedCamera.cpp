@@ -40,7 +40,7 @@ bool TSimulatedCamera::Build(std::string& error)
 
 int TSimulatedCamera::CheckPresent()
 {
-  return status_.plugged || status_.IsPresent() ? VX_SUCCESS : VX_ERR_COMMUNICATION;
+  return status_.plug.IsIn() ? VX_SUCCESS : VX_ERR_COMMUNICATION;
 }
 
 int TSimulatedCamera::QueueBuffer(TDeviceLock& lock, unsigned char* buffer, int sizeBytes)

@@ -99,9 +99,8 @@ int VXSIM_AdvanceTime(int device, double seconds)
 int VXSIM_SetPlugged(int device, int plugged)
 {
   return OnDevice(device, [plugged](TDeviceLock&, TDeviceStatus& status) {
-    status.plugged = plugged != 0;
-    status.pluggedAgainAt.reset();
-    if (!status.plugged && status.camera) status.camera->Acquisition().Unplug();
+    status.plug.Set(plugged != 0);
+    if (plugged == 0 && status.camera) status.camera->Acquisition().Unplug();
     return VX_SUCCESS;
   });
 }
