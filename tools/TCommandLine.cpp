@@ -5,6 +5,7 @@
 #include "tools/ArgumentForms.h"
 #include "tools/Messages.h"
 #include "tools/NearestWord.h"
+#include "tools/OptionTable.h"
 
 #include <algorithm>
 #include <cctype>
@@ -138,13 +139,13 @@ void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
   CLI::Option* whole = AddForm(
       app, "--area", [&area](const std::string& text) { return ParseArea(text, area); },
       "LEFT,TOP,WIDTHxHEIGHT with numbers from 1, for example 101,201,640x480,",
-      "LEFT,TOP,WIDTHxHEIGHT; default: the whole sensor");
-  whole->group(group);
+      "Part of the sensor; default: all of it");
+  whole->type_name("LEFT,TOP,WIDTHxHEIGHT")->group(group);
   CLI::Option* tracks = AddForm(
       app, "--tracks", [&area](const std::string& text) { return ParseTracks(text, area.tracks); },
       "FIRST-LAST,... with rows from 1, for example 1-10,21-30,",
-      "FIRST-LAST,...: rows that are read out as one row each; row 1 is the last row of a picture");
-  tracks->group(group)->excludes(whole);
+      "Rows that are read out as one row each; row 1 is the last row of a picture");
+  tracks->type_name("FIRST-LAST,...")->group(group)->excludes(whole);
   const auto side = [&](const char* name, std::optional<int>& target, const char* help) {
     app.add_option(name, target, help)
         ->check(WholeNumber(1, kMaxSide))
@@ -159,8 +160,8 @@ void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
   side("--height", area.height, "Rows; default: to the edge of the sensor");
   AddForm(
       app, "--binning", [&area](const std::string& text) { return ParseBinning(text, area); },
-      "HxV with numbers from 1, for example 2x2,",
-      "HxV: H columns and V rows of the sensor are added up to one pixel")
+      "HxV with numbers from 1, for example 2x2,", "H columns and V rows of the sensor are added up to one pixel")
+      ->type_name("HxV")
       ->group(group)
       ->excludes(tracks);
 }
@@ -257,7 +258,8 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
   app.add_option("--preview", options.output.preview, "Picture of the last image")->type_name("FILE.png");
   AddForm(
       app, "--images", [&options](const std::string& text) { return ParseImageNumbers(text, options.images); },
-      "a list of numbers from 1, for example 10-20,30,", "Images to take, for example 10-20,30; default: all");
+      "a list of numbers from 1, for example 10-20,30,", "Images to take, for example 10-20,30; default: all")
+      ->type_name("NUMBERS");
   app.add_option("-b,--bits", bits, "Bits of a pixel in the output: 8, 16 or 32; default: as many as the run has")
       ->check(OneOf({"8", "16", "32"}));
   app.add_flag("--verify", options.isVerify, "Compare every image with its checksum; no output is needed");
@@ -479,6 +481,8 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
   app.require_subcommand(1);
   TGiven given;
   const TCommands commands = AddCommands(app, given);
+  const auto printTable = [&app] { throw CLI::CallForVersion(OptionTable(app) + kFooter, 0); };
+  app.add_flag_callback("--option-table", printTable)->group(""); // for the manual page and for shells
   try {
     app.parse(argc, argv);
     return OptionsOf(commands, given);

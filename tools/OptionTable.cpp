@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// Reads commands and options back from the parser.
+#include "tools/OptionTable.h"
+
+#include <CLI/CLI.hpp>
+
+namespace vxtool {
+
+namespace {
+
+std::string Line(const std::vector<std::string>& fields)
+{
+  std::string line;
+  for (const std::string& field : fields) line += (&field == &fields.front() ? "" : "\t") + field;
+  return line + "\n";
+}
+
+std::string ArgumentText(const CLI::Option& option)
+{
+  if (option.get_items_expected_max() == 0) return "";
+  const std::string text = option.get_type_name();
+  if (option.get_positional() && !option.get_required()) return "[" + text + "]";
+  const std::size_t words = text.find(":{"); // the parser has "TEXT:" before words to choose from
+  return words == std::string::npos ? text : text.substr(words + 1);
+}
+
+std::string HelpText(const CLI::Option& option)
+{
+  const std::string preset = option.get_default_str();
+  return option.get_description() + (preset.empty() ? "" : "; default: " + preset);
+}
+
+std::string CommandLines(const CLI::App& command, const std::string& name)
+{
+  std::string text = Line({name, "", "", "", "", command.get_description()});
+  for (const CLI::Option* option : command.get_options()) {
+    if (option->get_group().empty()) continue;
+    const std::string group = option->get_group() == "Options" ? "" : option->get_group();
+    std::vector<std::string> others;
+    for (const CLI::Option* other : command.get_options()) // in the order of the help; the parser has no order
+      if (option->get_excludes().count(const_cast<CLI::Option*>(other)) > 0) others.push_back(other->get_name());
+    text += Line({name, option->get_name(option->get_positional(), true), ArgumentText(*option), group,
+                  CLI::detail::join(others, ","), HelpText(*option)});
+  }
+  return text;
+}
+
+} // namespace
+
+std::string OptionTable(const CLI::App& app)
+{
+  std::string text = CommandLines(app, "");
+  for (const CLI::App* command : app.get_subcommands(nullptr))
+    if (!command->get_group().empty()) text += CommandLines(*command, command->get_name());
+  return text;
+}
+
+} // namespace vxtool
