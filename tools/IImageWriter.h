@@ -18,10 +18,13 @@ public:
   /// Adds one image of exactly the shape's bytes.
   virtual bool Write(TPixelBytes pixels, const TImageLabel& label) = 0;
   /// Completes the file. One without an image is removed: it would not be a valid file. @p counts as they stand
-  /// before closing; ImagesWritten() says how many images are in the file in the end.
-  virtual bool Close(const TFrameCounts& counts) = 0;
+  /// before closing, nothing when they are not known; ImagesWritten() says how many images are in the file in the
+  /// end.
+  virtual bool Close(const std::optional<TFrameCounts>& counts) = 0;
   /// Images in the file. Close() may lower it when the disk is too full for the directory behind the images.
   virtual long ImagesWritten() const = 0;
+  /// What users should know of a file of so many images as are planned or written, in one line; "" for nothing.
+  virtual std::string Note() const { return ""; }
   /// The first failure, "" when there was none.
   virtual const std::string& Error() const = 0;
 };

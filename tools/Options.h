@@ -44,6 +44,7 @@ enum class Trigger : int // the library's trigger modes
 enum class FileFormat
 {
   Tiff,
+  BigTiff,
   Fits,
   Raw,
   Png,

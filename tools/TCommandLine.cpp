@@ -36,9 +36,13 @@ const TWords<Trigger> kTriggers = {{"internal", Trigger::Internal},
                                    {"software", Trigger::Software}};
 const TWords<Fan> kFans = {{"full", Fan::Full}, {"low", Fan::Low}, {"off", Fan::Off}};
 const TWords<bool> kSwitches = {{"on", true}, {"off", false}};
-const TWords<FileFormat> kStackFormats = {{"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}};
-const TWords<FileFormat> kFormats = {
-    {"tiff", FileFormat::Tiff}, {"fits", FileFormat::Fits}, {"raw", FileFormat::Raw}, {"png", FileFormat::Png}};
+const TWords<FileFormat> kStackFormats = {
+    {"tiff", FileFormat::Tiff}, {"bigtiff", FileFormat::BigTiff}, {"fits", FileFormat::Fits}};
+const TWords<FileFormat> kFormats = {{"tiff", FileFormat::Tiff},
+                                     {"bigtiff", FileFormat::BigTiff},
+                                     {"fits", FileFormat::Fits},
+                                     {"raw", FileFormat::Raw},
+                                     {"png", FileFormat::Png}};
 const std::map<std::string, FileFormat> kStackSuffixes = {{".tif", FileFormat::Tiff},
                                                           {".tiff", FileFormat::Tiff},
                                                           {".fits", FileFormat::Fits},
@@ -209,7 +213,8 @@ void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
       ->type_name("FILE")
       ->group("Output");
   AddWord(app, "--format", options.output.format, kStackFormats,
-          "Format of the output file, if its name does not say it")
+          "Format of the output file, if its name does not say it; bigtiff is for TIFF files above 4 GB that "
+          "other programs than ImageJ and tifffile are to read")
       ->group("Output");
   app.add_option("--preview", options.output.preview, "Picture of the last image")
       ->type_name("FILE.png")
@@ -254,7 +259,8 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
          ".png (a picture of each)")
       ->type_name("FILE");
   AddWord(app, "--format", options.output.format, kFormats,
-          "Format of the output file, if its name does not say it");
+          "Format of the output file, if its name does not say it; bigtiff is for TIFF files above 4 GB that "
+          "other programs than ImageJ and tifffile are to read");
   app.add_option("--preview", options.output.preview, "Picture of the last image")->type_name("FILE.png");
   AddForm(
       app, "--images", [&options](const std::string& text) { return ParseImageNumbers(text, options.images); },

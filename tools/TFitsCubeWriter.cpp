@@ -126,7 +126,7 @@ bool TFitsCubeWriter::EndImages()
   return false;
 }
 
-bool TFitsCubeWriter::Close(const TFrameCounts& counts)
+bool TFitsCubeWriter::Close(const std::optional<TFrameCounts>& counts)
 {
   if (!file_.IsOpen()) return error_.empty();
   if (!EndImages()) {
@@ -134,7 +134,8 @@ bool TFitsCubeWriter::Close(const TFrameCounts& counts)
     return error_.empty();
   }
   std::string reason;
-  const std::vector<std::byte> header = FitsHeader(shape_, facts_, counts, ImagesWritten(), reason);
+  const std::vector<std::byte> header =
+      FitsHeader(shape_, facts_, counts.value_or(TFrameCounts{}), ImagesWritten(), reason);
   if (header.size() != imagesStart_)
     Fail(path_ + ": the header cannot be completed: " + reason);
   else if (!file_.WriteAt(0, header))

@@ -19,7 +19,7 @@ class TFitsCubeWriter final : public IImageWriter
 public:
   bool Open(const std::string& path, bool overwrite, const TImageShape& shape, const TRunFacts& facts) override;
   bool Write(TPixelBytes pixels, const TImageLabel& label) override;
-  bool Close(const TFrameCounts& counts) override;
+  bool Close(const std::optional<TFrameCounts>& counts) override;
   long ImagesWritten() const override { return static_cast<long>(labels_.size()); }
   const std::string& Error() const override { return error_; }
 

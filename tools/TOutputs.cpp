@@ -17,7 +17,9 @@ std::unique_ptr<IImageWriter> MakeImageWriter(FileFormat format)
 {
   switch (format) {
   case FileFormat::Tiff:
-    return std::make_unique<TTiffStackWriter>();
+    return std::make_unique<TTiffStackWriter>(TTiffStackWriter::Reach::Classic);
+  case FileFormat::BigTiff:
+    return std::make_unique<TTiffStackWriter>(TTiffStackWriter::Reach::Big);
   case FileFormat::Fits:
     return std::make_unique<TFitsCubeWriter>();
   case FileFormat::Raw:
@@ -44,10 +46,18 @@ bool TOutputs::Open(const TImageShape& shape, const TRunFacts& facts)
   }
   if (preview_ && !preview_->Open(options_.preview, options_.overwrite, shape, facts)) {
     Say(preview_->Error());
-    if (images_) images_->Close(TFrameCounts{}); // leaves no file behind: it has no image
+    if (images_) images_->Close(std::nullopt); // leaves no file behind: it has no image
     return false;
   }
+  SayNote(); // before a long run
   return true;
+}
+
+void TOutputs::SayNote()
+{
+  const std::string note = images_ ? images_->Note() : "";
+  if (note != said_ && !note.empty()) Say(note);
+  said_ = note;
 }
 
 bool TOutputs::Close(TPixelBytes last, const TImageLabel& label, const TFrameCounts& counts)
@@ -60,7 +70,9 @@ bool TOutputs::CloseImages(const TFrameCounts& counts)
 {
   if (!images_) return true;
   const bool wasFailed = !images_->Error().empty();
-  if (images_->Close(counts)) return true;
+  const bool isClosed = images_->Close(counts);
+  SayNote();
+  if (isClosed) return true;
   if (!wasFailed) Say(images_->Error());
   return false;
 }

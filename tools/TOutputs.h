@@ -28,10 +28,12 @@ public:
   long ImagesWritten() const { return images_ ? images_->ImagesWritten() : 0; }
 
 private:
+  void SayNote();
   bool CloseImages(const TFrameCounts& counts);
   bool ClosePreview(TPixelBytes last, const TImageLabel& label, const TFrameCounts& counts);
 
   TOutputOptions options_;
+  std::string said_;
   std::unique_ptr<IImageWriter> images_;
   std::unique_ptr<IImageWriter> preview_;
 };

@@ -108,7 +108,7 @@ bool TPngPreviewWriter::Write(TPixelBytes pixels, const TImageLabel&)
   return true;
 }
 
-bool TPngPreviewWriter::Close(const TFrameCounts&)
+bool TPngPreviewWriter::Close(const std::optional<TFrameCounts>&)
 {
   if (!file_) return error_.empty();
   errno = 0;

@@ -46,12 +46,12 @@ bool TPngSeriesWriter::Write(TPixelBytes pixels, const TImageLabel& label)
   if (!error_.empty()) return false;
   TPngPreviewWriter picture;
   const bool isWritten = picture.Open(FileOf(label), overwrite_, shape_, facts_) && picture.Write(pixels, label);
-  if (!picture.Close(TFrameCounts{}) || !isWritten) return Fail(picture.Error());
+  if (!picture.Close(std::nullopt) || !isWritten) return Fail(picture.Error());
   ++imagesWritten_;
   return true;
 }
 
-bool TPngSeriesWriter::Close(const TFrameCounts&)
+bool TPngSeriesWriter::Close(const std::optional<TFrameCounts>&)
 {
   return error_.empty();
 }

@@ -14,7 +14,7 @@ class TPngSeriesWriter final : public IImageWriter
 public:
   bool Open(const std::string& path, bool overwrite, const TImageShape& shape, const TRunFacts& facts) override;
   bool Write(TPixelBytes pixels, const TImageLabel& label) override;
-  bool Close(const TFrameCounts& counts) override;
+  bool Close(const std::optional<TFrameCounts>& counts) override;
   long ImagesWritten() const override { return imagesWritten_; }
   const std::string& Error() const override { return error_; }
 

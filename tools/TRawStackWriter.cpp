@@ -25,7 +25,7 @@ bool TRawStackWriter::Open(const std::string& path, bool overwrite, const TImage
   std::string message;
   if (IsProtectedFile(path + ".json", overwrite, message)) return Fail(message);
   if (!file_.Create(path, overwrite)) return Fail(file_.Error());
-  const std::string text = Description(nullptr);
+  const std::string text = Description(std::nullopt, false);
   if (description_.Create(path + ".json", overwrite) && description_.WriteAt(0, std::as_bytes(std::span(text))))
     return true;
   Fail(description_.Error());
@@ -42,7 +42,7 @@ bool TRawStackWriter::Write(TPixelBytes pixels, const TImageLabel& label)
   return true;
 }
 
-bool TRawStackWriter::Close(const TFrameCounts& counts)
+bool TRawStackWriter::Close(const std::optional<TFrameCounts>& counts)
 {
   if (!file_.IsOpen()) return error_.empty();
   if (labels_.empty()) {
@@ -51,19 +51,19 @@ bool TRawStackWriter::Close(const TFrameCounts& counts)
     return error_.empty();
   }
   if (!file_.Truncate(labels_.size() * shape_.Bytes()) || !file_.Close()) Fail(file_.Error());
-  const std::string text = Description(&counts);
+  const std::string text = Description(counts, true);
   if (!description_.WriteAt(0, std::as_bytes(std::span(text))) || !description_.Truncate(text.size()) ||
       !description_.Close())
     Fail(description_.Error());
   return error_.empty();
 }
 
-std::string TRawStackWriter::Description(const TFrameCounts* counts) const
+std::string TRawStackWriter::Description(const std::optional<TFrameCounts>& counts, bool isClosed) const
 {
   const std::size_t slash = path_.rfind('/');
   Json json = {{"software", facts_.software},
                {"file", path_.substr(slash == std::string::npos ? 0 : slash + 1)},
-               {"complete", counts != nullptr},
+               {"complete", isClosed},
                {"images", ImagesWritten()},
                {"image_bytes", shape_.Bytes()},
                {"pixel_type", shape_.depth == PixelDepth::Bits32  ? "int32"
@@ -71,10 +71,12 @@ std::string TRawStackWriter::Description(const TFrameCounts* counts) const
                                                                   : "uint16"},
                {"byte_order", "little"}};
   json.update(FactsJson(facts_, shape_));
-  if (!counts) return JsonLine(json);
-  json["delivered"] = counts->delivered;
-  json["overwritten"] = counts->overwritten;
-  json["lost_in_camera"] = JsonOrNull(counts->lostInCamera);
+  if (!isClosed) return JsonLine(json);
+  if (counts) {
+    json["delivered"] = counts->delivered;
+    json["overwritten"] = counts->overwritten;
+    json["lost_in_camera"] = JsonOrNull(counts->lostInCamera);
+  }
   // Put together as text: a JSON object for each of a million images would take a gigabyte.
   std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
   text.back() = ',';

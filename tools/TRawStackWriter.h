@@ -18,13 +18,13 @@ class TRawStackWriter final : public IImageWriter
 public:
   bool Open(const std::string& path, bool overwrite, const TImageShape& shape, const TRunFacts& facts) override;
   bool Write(TPixelBytes pixels, const TImageLabel& label) override;
-  bool Close(const TFrameCounts& counts) override;
+  bool Close(const std::optional<TFrameCounts>& counts) override;
   long ImagesWritten() const override { return static_cast<long>(labels_.size()); }
   const std::string& Error() const override { return error_; }
 
 private:
   bool Fail(const std::string& message);
-  std::string Description(const TFrameCounts* counts) const;
+  std::string Description(const std::optional<TFrameCounts>& counts, bool isClosed) const;
 
   TOutputFile file_;
   TOutputFile description_;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// TIFF and BigTIFF structure: header, first directory, all pixel data, the other directories.
+// TIFF and BigTIFF structure: header, first directory, all pixel data, the other directories or a list of the images.
 #include "tools/TTiffStackWriter.h"
 
 #include <algorithm>
@@ -17,6 +17,9 @@ constexpr std::uint64_t kDataBlock = 4096;         // pixels begin at a multiple
 constexpr std::uint64_t kDescriptionRoom = 2048;   // for all but the list of tracks
 constexpr std::uint64_t kDirectoryAllowance = 512; // more than any directory but the first takes
 constexpr std::uint64_t kClassicLimit = 0xFFFF0000;
+constexpr std::size_t kTailBlock = 65536; // written at once of what follows the pixels
+// How often the first page gets the number of images. With each image it would slow down series of small ones.
+constexpr std::chrono::milliseconds kDescribePeriod{100};
 constexpr int kFloatDigits = 7; // what the times, single precision in the library, are good for
 
 enum TiffType : std::uint16_t
@@ -136,12 +139,13 @@ std::vector<std::byte> PutEntries(const std::vector<TEntry>& entries, bool isBig
   return bytes;
 }
 
-std::string SeriesLabel(const TImageLabel& label)
+// What is known of an image, each item with @p end behind it.
+std::string LabelText(const TImageLabel& label, const char* end)
 {
-  std::string text = "image=" + std::to_string(label.number) + "\n";
-  if (label.ticks) text += "ticks=" + std::to_string(*label.ticks) + "\n";
-  if (label.hostNanoseconds) text += "host_ns=" + std::to_string(*label.hostNanoseconds) + "\n";
-  if (label.check) text += std::string("check=") + ImageCheckText(*label.check) + "\n";
+  std::string text = "image=" + std::to_string(label.number) + end;
+  if (label.ticks) text += "ticks=" + std::to_string(*label.ticks) + end;
+  if (label.hostNanoseconds) text += "host_ns=" + std::to_string(*label.hostNanoseconds) + end;
+  if (label.check) text += std::string("check=") + ImageCheckText(*label.check) + end;
   return text;
 }
 
@@ -165,31 +169,42 @@ bool TTiffStackWriter::Fail(const std::string& message)
 bool TTiffStackWriter::Open(const std::string& path, bool overwrite, const TImageShape& shape,
                             const TRunFacts& facts)
 {
+  path_ = path;
   shape_ = shape;
   facts_ = facts;
   dataStart_ = (kDescriptionRoom + TracksText(facts.area.tracks).size() + kDataBlock) / kDataBlock * kDataBlock;
-  const auto planned = static_cast<std::uint64_t>(facts.plannedImages);
-  isBig_ = planned == 0 || planned > kClassicLimit / (shape.Bytes() + kDirectoryAllowance) - 1;
   if (!file_.Create(path, overwrite)) return Fail(file_.Error());
-  return WriteFirstPage(Description(nullptr), 0);
+  return WriteFirstPage(Description(std::nullopt, false), 0);
 }
 
 bool TTiffStackWriter::Write(TPixelBytes pixels, const TImageLabel& label)
 {
   if (!error_.empty()) return false;
   if (pixels.size() != shape_.Bytes()) return Fail("an image has another size than the run");
-  if (!isBig_ && ImagesWritten() >= facts_.plannedImages) return Fail("more images than the file was planned for");
   if (!file_.WriteAt(ImageOffset(labels_.size()), pixels)) return Fail(file_.Error());
   labels_.push_back(label);
-  return true;
+  // A file whose program is killed then has the images up to here.
+  return Clock::now() < described_ + kDescribePeriod || WriteFirstPage(Description(std::nullopt, false), 0);
 }
 
-bool TTiffStackWriter::Close(const TFrameCounts& counts)
+bool TTiffStackWriter::HasPages(std::uint64_t images) const
+{
+  return isBig_ || images < (kClassicLimit - dataStart_) / (shape_.Bytes() + kDirectoryAllowance);
+}
+
+std::string TTiffStackWriter::Note() const
+{
+  if (HasPages(std::max(labels_.size(), static_cast<std::size_t>(facts_.plannedImages)))) return "";
+  return path_ + ": a TIFF file above 4 GB: ImageJ and tifffile read all of its images, other programs the first "
+                 "one only; --format bigtiff makes a file for those";
+}
+
+bool TTiffStackWriter::Close(const std::optional<TFrameCounts>& counts)
 {
   if (!file_.IsOpen()) return error_.empty();
-  // A disk may be too full for the directories: then the newest images make room for them.
+  // A disk may be too full for what follows the pixels: then the newest images make room for it.
   bool complete = file_.Truncate(ImageOffset(labels_.size()));
-  while (!labels_.empty() && !WriteOtherPages()) {
+  while (!labels_.empty() && !WriteTail()) {
     Fail(file_.Error());
     labels_.pop_back();
     complete = file_.Truncate(ImageOffset(labels_.size()));
@@ -198,8 +213,8 @@ bool TTiffStackWriter::Close(const TFrameCounts& counts)
     file_.Discard();
     return error_.empty();
   }
-  const std::uint64_t next = labels_.size() > 1 ? DirectoriesStart() : 0;
-  complete = WriteFirstPage(Description(&counts), next) && complete;
+  const bool hasNext = labels_.size() > 1 && HasPages(labels_.size());
+  complete = WriteFirstPage(Description(counts, true), hasNext ? TailStart() : 0) && complete;
   complete = file_.Close() && complete;
   if (!complete) Fail(file_.Error());
   return error_.empty();
@@ -210,7 +225,7 @@ std::uint64_t TTiffStackWriter::ImageOffset(std::size_t page) const
   return dataStart_ + page * shape_.Bytes();
 }
 
-std::uint64_t TTiffStackWriter::DirectoriesStart() const
+std::uint64_t TTiffStackWriter::TailStart() const
 {
   return (ImageOffset(labels_.size()) + 7) & ~std::uint64_t{7};
 }
@@ -231,24 +246,40 @@ bool TTiffStackWriter::WriteFirstPage(const std::string& description, std::uint6
   const std::vector<std::byte> directory = MakeDirectory(start, 0, description, nextDirectory);
   bytes.insert(bytes.end(), directory.begin(), directory.end());
   bytes.resize(dataStart_);
+  described_ = Clock::now();
   return file_.WriteAt(0, bytes) || Fail(file_.Error());
 }
 
 bool TTiffStackWriter::WriteOtherPages()
 {
-  std::uint64_t start = DirectoriesStart();
+  std::uint64_t start = TailStart();
   std::uint64_t blockStart = start;
   std::vector<std::byte> block;
   for (std::size_t page = 1; page < labels_.size(); ++page) {
-    const std::string description = SeriesLabel(labels_[page]);
+    const std::string description = LabelText(labels_[page], "\n");
     const std::uint64_t end = start + MakeDirectory(start, page, description, 0).size();
     const std::uint64_t next = page + 1 < labels_.size() ? end : 0;
     const std::vector<std::byte> directory = MakeDirectory(start, page, description, next);
     block.insert(block.end(), directory.begin(), directory.end());
     start = end;
-    if (block.size() < 65536 && next != 0) continue;
+    if (block.size() < kTailBlock && next != 0) continue;
     if (!file_.WriteAt(blockStart, block)) return false;
     blockStart = end;
+    block.clear();
+  }
+  return true;
+}
+
+bool TTiffStackWriter::WriteList()
+{
+  std::uint64_t start = TailStart();
+  std::string block;
+  for (const TImageLabel& label : labels_) {
+    block += LabelText(label, " ");
+    block.back() = '\n';
+    if (block.size() < kTailBlock && &label != &labels_.back()) continue;
+    if (!file_.WriteAt(start, std::as_bytes(std::span(block)))) return false;
+    start += block.size();
     block.clear();
   }
   return true;
@@ -282,9 +313,9 @@ std::vector<std::byte> TTiffStackWriter::MakeDirectory(std::uint64_t start, std:
   return PutEntries(entries, isBig_, start, nextDirectory);
 }
 
-std::string TTiffStackWriter::Description(const TFrameCounts* counts) const
+std::string TTiffStackWriter::Description(const std::optional<TFrameCounts>& counts, bool isClosed) const
 {
-  const long images = counts ? ImagesWritten() : std::max(1L, facts_.plannedImages);
+  const long images = std::max(1L, ImagesWritten());
   std::ostringstream text;
   text.imbue(std::locale::classic());
   text << std::setprecision(kFloatDigits);
@@ -307,7 +338,8 @@ std::string TTiffStackWriter::Description(const TFrameCounts* counts) const
   if (!facts_.readout.gain.empty()) text << "gain=" << facts_.readout.gain.substr(0, 100) << "\n";
   if (!facts_.readout.amplifier.empty()) text << "amplifier=" << facts_.readout.amplifier.substr(0, 100) << "\n";
   if (facts_.readout.megahertz) text << "speed_MHz=" << *facts_.readout.megahertz << "\n";
-  if (!labels_.empty()) text << SeriesLabel(labels_.front());
+  if (!labels_.empty()) text << LabelText(labels_.front(), "\n");
+  if (isClosed && !HasPages(labels_.size())) text << "labels_at=" << TailStart() << "\n";
   if (counts) {
     text << "delivered=" << counts->delivered << "\noverwritten=" << counts->overwritten << "\nlost_in_camera=";
     if (counts->lostInCamera)

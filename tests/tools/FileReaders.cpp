@@ -5,6 +5,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <fitsio.h>
+#include <fstream>
+#include <iterator>
 #include <png.h>
 #include <tiffio.h>
 
@@ -67,6 +69,23 @@ TTiffPages ReadTiff(const std::string& path)
   TIFFClose(file);
   result.problem = tiffProblem;
   return result;
+}
+
+TReadImages ReadWith(const char* program, const std::string& path, const std::vector<long>& numbers)
+{
+  const std::string pixels = path + ".pixels";
+  std::string command = std::string(program) + " '" + path + "' '" + pixels + "'";
+  for (const long number : numbers) command += " " + std::to_string(number);
+  TReadImages read;
+  FILE* const output = popen(command.c_str(), "r");
+  if (output == nullptr) return read;
+  if (std::fscanf(output, "%ld", &read.images) != 1) read.images = -1;
+  if (pclose(output) != 0) read.images = -1;
+  std::ifstream stream(pixels, std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  const auto* const start = reinterpret_cast<const std::byte*>(bytes.data());
+  read.pixels.assign(start, start + bytes.size());
+  return read;
 }
 
 TFitsCube ReadFits(const std::string& path, PixelDepth depth)

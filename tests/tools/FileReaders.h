@@ -24,6 +24,20 @@ struct TTiffPages
 /// Every page of a TIFF file, by libtiff.
 TTiffPages ReadTiff(const std::string& path);
 
+/// What a program that users have makes of a file of 16 bits a pixel.
+struct TReadImages
+{
+  long images = -1; // that it finds in the file
+  std::vector<std::byte> pixels;
+};
+
+/// The programs that the layout of TIFF stacks is for.
+inline constexpr const char* kImageJ = VXTOOL_READ_WITH_IMAGEJ;
+inline constexpr const char* kTifffile = VXTOOL_READ_WITH_TIFFFILE;
+
+/// The pixels of the images with these numbers, from 1; without any number of all images.
+TReadImages ReadWith(const char* program, const std::string& path, const std::vector<long>& numbers = {});
+
 struct TFitsCube
 {
   long images = 0;

@@ -49,7 +49,7 @@ public:
     labels.push_back(label);
     return true;
   }
-  bool Close(const TFrameCounts&) override { return error_.empty(); }
+  bool Close(const std::optional<TFrameCounts>&) override { return error_.empty(); }
   long ImagesWritten() const override { return static_cast<long>(images.size()); }
   const std::string& Error() const override { return error_; }
 

@@ -7,13 +7,17 @@
 #include "tools/TPngPreviewWriter.h"
 #include "tools/TTiffStackWriter.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <memory>
 #include <unistd.h>
 
 namespace vxtool {
 namespace {
+
+constexpr std::size_t kTiffPixels = 4096; // where they begin
 
 TImageShape Shape(int width, int height, PixelDepth depth)
 {
@@ -73,7 +77,7 @@ TEST_P(ImageWriterOfDepth, TiffStackReadsBackWithTrueCountAndWithoutGaps)
 {
   const TImageShape shape = Shape(37, 11, GetParam());
   const std::string path = directory_.Path("stack.tif");
-  TTiffStackWriter writer;
+  TTiffStackWriter writer(TTiffStackWriter::Reach::Classic);
   ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(20))) << writer.Error();
   ASSERT_EQ(WriteImages(writer, shape, 7), 7); // fewer than planned, as after an abort
   ASSERT_TRUE(writer.Close(Counts(9, 2))) << writer.Error();
@@ -127,17 +131,65 @@ INSTANTIATE_TEST_SUITE_P(Depths, ImageWriterOfDepth,
                          ::testing::Values(PixelDepth::Bits8, PixelDepth::Bits16, PixelDepth::Bits32),
                          [](const auto& depth) { return "Bits" + std::to_string(static_cast<int>(depth.param)); });
 
-TEST_F(ImageWriter, TiffBecomesBigWhenItMayPassFourGigabytes)
+// Each program reads these images as they were written.
+void ExpectImages(const char* program, const std::string& path, const TImageShape& shape, long count,
+                  const std::vector<long>& numbers)
 {
-  const TImageShape shape = Shape(2048, 2048, PixelDepth::Bits16); // 8 MiB: 511 fit into 4 GB
-  for (const auto& [planned, isBig] : {std::pair{500L, false}, std::pair{520L, true}, std::pair{0L, true}}) {
-    TTiffStackWriter writer;
-    ASSERT_TRUE(writer.Open(directory_.Path("stack.tif"), true, shape, TestFacts(planned)));
-    EXPECT_EQ(writer.IsBigTiff(), isBig) << planned;
+  const TReadImages read = ReadWith(program, path, numbers);
+  EXPECT_EQ(read.images, count) << program;
+  std::vector<std::byte> expected;
+  for (const long number : numbers) {
+    const std::vector<std::byte> image = TestImage(shape, number);
+    expected.insert(expected.end(), image.begin(), image.end());
   }
+  EXPECT_TRUE(read.pixels == expected) << program;
+}
+
+TEST_F(ImageWriter, TiffAboveFourGigabytesIsReadToItsEnd)
+{
+  const TImageShape shape = Shape(2048, 1024, PixelDepth::Bits16); // 4 MiB
+  const long count = 1100;
+  const std::vector<long> shown = {1, 1050, count}; // the second one is beyond 4 GB, too
+  const std::string path = directory_.Path("large.tif");
+  TTiffStackWriter writer(TTiffStackWriter::Reach::Classic);
+  ASSERT_TRUE(writer.Open(path, false, shape, TestFacts(0))) << writer.Error();
+  const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  const std::vector<std::byte> blank(shape.Bytes());
+  for (long number = 1; number <= count; ++number) {
+    const bool isShown = std::find(shown.begin(), shown.end(), number) != shown.end();
+    ASSERT_TRUE(writer.Write(isShown ? TestImage(shape, number) : blank, Label(number))) << writer.Error();
+    // Zeros become a hole again, so that the file takes little of the disk.
+    const auto start = static_cast<off_t>(kTiffPixels + static_cast<std::size_t>(number - 1) * shape.Bytes());
+    if (!isShown)
+      fallocate(file, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, start, static_cast<off_t>(shape.Bytes()));
+  }
+  close(file);
+  EXPECT_NE(writer.Note().find("above 4 GB"), std::string::npos);
+  EXPECT_GT(ReadWith(kTifffile, path, {1}).images, 1) << "also when the program is killed now";
+  ASSERT_TRUE(writer.Close(Counts(count, 0))) << writer.Error();
+
+  ExpectImages(kImageJ, path, shape, count, shown);
+  ExpectImages(kTifffile, path, shape, count, shown);
+  const TTiffPages pages = ReadTiff(path);
+  EXPECT_EQ(pages.problem, "") << "other programs read the first image";
+  ASSERT_EQ(pages.pages.size(), 1u);
+  const std::size_t key = pages.firstDescription.find("\nlabels_at=");
+  ASSERT_NE(key, std::string::npos) << pages.firstDescription;
+  std::ifstream stream(path);
+  stream.seekg(std::stoll(pages.firstDescription.substr(key + 11)));
+  std::string line;
+  long lines = 0;
+  for (; std::getline(stream, line); ++lines)
+    EXPECT_EQ(line, "image=" + std::to_string(lines + 1) + " ticks=" + std::to_string(100 * (lines + 1)));
+  EXPECT_EQ(lines, count);
+}
+
+TEST_F(ImageWriter, BigTiffHasAPageForEachImage)
+{
   const TImageShape small = Shape(5, 3, PixelDepth::Bits16);
-  TTiffStackWriter writer;
-  ASSERT_TRUE(writer.Open(directory_.Path("big.tif"), false, small, TestFacts(0)));
+  TTiffStackWriter writer(TTiffStackWriter::Reach::Big);
+  ASSERT_TRUE(writer.Open(directory_.Path("big.tif"), false, small, TestFacts(1'000'000'000)));
+  EXPECT_EQ(writer.Note(), "");
   ASSERT_EQ(WriteImages(writer, small, 1500), 1500);
   ASSERT_TRUE(writer.Close(Counts(1500, 0)));
   const TTiffPages file = ReadTiff(directory_.Path("big.tif"));
@@ -145,6 +197,7 @@ TEST_F(ImageWriter, TiffBecomesBigWhenItMayPassFourGigabytes)
   EXPECT_TRUE(file.isBigTiff);
   ASSERT_EQ(file.pages.size(), 1500u);
   EXPECT_EQ(file.pages.back(), TestImage(small, 1500));
+  ExpectImages(kTifffile, directory_.Path("big.tif"), small, 1500, {1, 1500});
 }
 
 TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
@@ -159,7 +212,7 @@ TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
   ASSERT_GT(tracks.size(), 4096u);
   const TImageShape shape = Shape(16, static_cast<int>(facts.area.tracks.size()), PixelDepth::Bits16);
 
-  TTiffStackWriter stack;
+  TTiffStackWriter stack(TTiffStackWriter::Reach::Classic);
   ASSERT_TRUE(stack.Open(directory_.Path("tracks.tif"), false, shape, facts));
   ASSERT_EQ(WriteImages(stack, shape, 2), 2);
   ASSERT_TRUE(stack.Close(Counts(2, 0)));
@@ -185,7 +238,7 @@ TEST_F(ImageWriter, FilesWithoutAnImageAreRemovedAndWrongSizesRefused)
 {
   const TImageShape shape = Shape(16, 8, PixelDepth::Bits16);
   const std::string path = directory_.Path("file");
-  std::unique_ptr<IImageWriter> writers[] = {std::make_unique<TTiffStackWriter>(),
+  std::unique_ptr<IImageWriter> writers[] = {std::make_unique<TTiffStackWriter>(TTiffStackWriter::Reach::Classic),
                                              std::make_unique<TFitsCubeWriter>(),
                                              std::make_unique<TPngPreviewWriter>()};
   for (auto& writer : writers) {

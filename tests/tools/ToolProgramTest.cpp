@@ -316,6 +316,13 @@ TEST_P(ToolProgramInterrupt, EndsPromptlyAndLeavesAReadableFile)
     EXPECT_EQ(static_cast<long>(stack.pages.size()), Count(outcome, "written"));
     const std::string images = "\nimages=" + std::to_string(stack.pages.size()) + "\n";
     EXPECT_NE(stack.firstDescription.find(images), std::string::npos) << stack.firstDescription;
+    std::vector<std::byte> pixels;
+    for (const std::vector<std::byte>& page : stack.pages) pixels.insert(pixels.end(), page.begin(), page.end());
+    for (const char* program : {kImageJ, kTifffile}) {
+      const TReadImages read = ReadWith(program, path);
+      EXPECT_EQ(read.images, static_cast<long>(stack.pages.size())) << program;
+      EXPECT_TRUE(read.pixels == pixels) << program;
+    }
   } else {
     const TFitsCube cube = ReadFits(path, PixelDepth::Bits16);
     EXPECT_EQ(cube.status, 0);
