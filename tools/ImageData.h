@@ -111,11 +111,13 @@ struct TFrameCounts
   long withoutTimestamp = 0; ///< of the delivered: without a timestamp
   long clippedImages = 0;    ///< of the fetched: with pixels that did not fit into the output's bits
   long clippedPixels = 0;    ///< these pixels
+  long missed = 0;           ///< images of a schedule that could not start before the time of the next one
+  long late = 0;             ///< images of a schedule that started later than they should
 
   /// Frames produced by the camera, as far as it is known.
   long Produced() const { return delivered + lostInCamera.value_or(0); }
   /// Frames that are missing between the first and the last one written.
-  long Lost() const { return lostInCamera.value_or(0) + overwritten; }
+  long Lost() const { return lostInCamera.value_or(0) + overwritten + missed; }
 };
 
 /// What the description of a recorded run says, except for the number of images that a file may get.

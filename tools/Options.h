@@ -116,6 +116,7 @@ struct TAcquireOptions
 {
   std::optional<double> exposureSeconds;
   std::optional<double> cycleSeconds;
+  std::optional<double> intervalSeconds; ///< of a time-lapse: single images, start to start
   std::optional<long> frames;
   std::optional<RunMode> mode; ///< single without frames, series with frames
   int accumulations = 1;
@@ -169,6 +170,12 @@ constexpr bool HasSteadyRate(Trigger trigger)
 constexpr bool IsPulseForEach(Trigger trigger)
 {
   return trigger == Trigger::External || trigger == Trigger::ExternalExposure;
+}
+
+/// Whether a pulse from outside decides when an exposure starts, or the first of a run.
+constexpr bool IsStartedByPulse(Trigger trigger)
+{
+  return trigger != Trigger::Internal && trigger != Trigger::Software;
 }
 
 } // namespace vxtool

@@ -25,6 +25,8 @@ struct TRunSettings
   double firstImageSeconds = 0.0; ///< about how long until the first image, 0: not known
   double nextImageSeconds = 0.0;  ///< from one image to the next, 0: not known
   double imageSeconds = 0.0;      ///< about how long one exposure takes until it is delivered
+  double intervalSeconds = 0.0;   ///< single images, from the start of one to the start of the next; 0: one run
+  long imagesBefore = 0;          ///< of the schedule that this run is an image of
   long ringBytes = 300'000'000;   ///< memory of the ring of frame buffers
 };
 

@@ -79,6 +79,10 @@ std::string RunReportText(const TRunSummary& summary)
     text += ReportRow("    on disk", count(t.written), summary.spoolDirectory);
     if (!summary.output.empty()) text += "made of them: " + summary.output + "\n";
   }
+  if (summary.intervalSeconds) {
+    text += ReportRow("started late", t.late);
+    text += ReportRow("not taken, their time had passed", t.missed);
+  }
   if (t.withoutTimestamp > 0) text += ReportRow("delivered without a timestamp", t.withoutTimestamp);
   if (t.clippedPixels > 0) text += ReportRow("pixels clipped", t.clippedPixels);
   return text;
@@ -99,6 +103,9 @@ std::string RunReportJson(const TRunSummary& summary)
                {"not_written", summary.isWrittenKnown ? Json(t.notWritten) : Json(nullptr)},
                {"without_timestamp", t.withoutTimestamp},
                {"clipped_pixels", t.clippedPixels},
+               {"interval_s", JsonOrNull(summary.intervalSeconds)},
+               {"late", t.late},
+               {"missed", t.missed},
                {"output", summary.output}};
   json.update(FactsJson(summary.facts, summary.shape));
   json["celsius_end"] = JsonOfSingle(summary.celsiusAtEnd);

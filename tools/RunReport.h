@@ -20,6 +20,7 @@ struct TRunSummary
   TImageShape shape;
   TRunFacts facts;
   std::optional<double> celsiusAtEnd;
+  std::optional<double> intervalSeconds; ///< of a time-lapse
 };
 
 /// Lines for a person, each with its line feed.

@@ -8,7 +8,7 @@
 #include "tools/RunReport.h"
 #include "tools/TCoolingWait.h"
 #include "tools/TInterrupt.h"
-#include "tools/TOutputs.h"
+#include "tools/TIntervalLoop.h"
 #include "tools/TRecordCommand.h"
 #include "tools/TRunLoop.h"
 
@@ -39,6 +39,7 @@ ExitCode TAcquireCommand::Run()
   if (isRecorded && !record.CheckFiles()) return ExitCode::OutputError;
   if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error());
   camera_.CountExposures(options_.accumulations);
+  if (const std::string why = WhyNotAtInterval(); !why.empty()) return Fail(ExitCode::CameraError, why);
   SayLines(setUp_.Notes());
   if (options_.output.IsEmpty() && !isRecorded)
     Say("no image will be kept: there is no --output, --preview or --spool");
@@ -71,13 +72,28 @@ ExitCode TAcquireCommand::Fetch(TProgressLine& line)
 {
   TOutputs outputs(options_.output);
   if (!outputs.Open(shape_, facts_)) return ExitCode::OutputError;
-  TRunLoop loop(
-      camera_, outputs.Images(), Settings(), [] { return TInterrupt::Happened(); },
-      [&](const TProgress& progress) {
-        if (!options_.isQuiet) line.Show(progress);
-      });
+  const auto show = [&](const TProgress& progress) {
+    if (!options_.isQuiet) line.Show(progress);
+  };
+  const auto note = [&](const std::string& text) {
+    line.Finish();
+    Say(text);
+  };
+  if (options_.intervalSeconds) {
+    TIntervalLoop loop(camera_, outputs.Images(), Settings(), TInterrupt::Happened, show, note);
+    const RunEnd end = loop.Run();
+    line.Finish();
+    return Finish(loop, end, outputs);
+  }
+  TRunLoop loop(camera_, outputs.Images(), Settings(), TInterrupt::Happened, show);
   const RunEnd end = loop.Run();
   line.Finish();
+  return Finish(loop, end, outputs);
+}
+
+template <typename Loop>
+ExitCode TAcquireCommand::Finish(const Loop& loop, RunEnd end, TOutputs& outputs)
+{
   if (!loop.Message().empty()) Say(loop.Message());
 
   const TFrameCounts& counts = loop.Statistics().Counts();
@@ -92,6 +108,19 @@ ExitCode TAcquireCommand::Fetch(TProgressLine& line)
   return ReportAndFinish(result);
 }
 
+std::string TAcquireCommand::WhyNotAtInterval() const
+{
+  if (!options_.intervalSeconds || options_.trigger == Trigger::ExternalExposure) return "";
+  const TRunSettings settings = Settings();
+  const double seconds = options_.trigger == Trigger::Internal ? settings.firstImageSeconds
+                                                               : settings.imageSeconds * options_.accumulations;
+  if (seconds <= *options_.intervalSeconds) return "";
+  char text[100];
+  std::snprintf(text, sizeof text, "--interval: %g is not accepted; an image takes %.3g s",
+                *options_.intervalSeconds, seconds);
+  return text;
+}
+
 TRunFacts TAcquireCommand::Facts() const
 {
   TRunFacts facts;
@@ -103,6 +132,8 @@ TRunFacts TAcquireCommand::Facts() const
   facts.exposureSeconds = setUp_.ExposureSeconds();
   facts.cycleSeconds =
       options_.trigger == Trigger::Internal ? setUp_.CycleSeconds() * options_.accumulations : 0.0;
+  if (options_.intervalSeconds && !IsStartedByPulse(options_.trigger))
+    facts.cycleSeconds = *options_.intervalSeconds;
   facts.accumulations = options_.accumulations;
   facts.plannedImages = Settings().wantedImages;
   facts.area = setUp_.Area();
@@ -125,7 +156,8 @@ TRunSettings TAcquireCommand::Settings() const
   settings.shape = shape_;
   settings.isRecorded = !options_.spool.directory.empty();
   settings.isEndless = options_.mode == RunMode::Continuous;
-  settings.wantedImages = options_.frames.value_or(settings.isEndless ? 0 : 1);
+  settings.wantedImages = options_.frames.value_or(settings.isEndless || options_.intervalSeconds ? 0 : 1);
+  settings.intervalSeconds = options_.intervalSeconds.value_or(0.0);
   settings.areSums = options_.accumulations > 1;
   settings.isSoftwareTriggered = options_.trigger == Trigger::Software;
   settings.hasSteadyRate = HasSteadyRate(options_.trigger);
@@ -151,6 +183,7 @@ void TAcquireCommand::PrintReport(const TRunResult& result)
   summary.output = result.hasOutput ? options_.output.file : "";
   summary.shape = shape_;
   summary.facts = facts_;
+  summary.intervalSeconds = options_.intervalSeconds;
   const std::optional<TTemperature> temperature = AskTemperature().value;
   if (temperature) summary.celsiusAtEnd = temperature->celsius;
   const std::string report = isJson_ ? RunReportJson(summary) : RunReportText(summary);
@@ -165,10 +198,10 @@ ExitCode TAcquireCommand::ReportAndFinish(const TRunResult& result)
   const TFrameCounts& counts = result.statistics.Counts();
   if (counts.Lost() > 0)
     Say(std::to_string(counts.Lost()) +
-        " frames are missing between the images (lost in the camera or overwritten)");
+        " frames are missing between the images (lost in the camera, overwritten, or not taken in time)");
   const double expected = result.seconds / (setUp_.CycleSeconds() * options_.accumulations);
-  if (options_.trigger == Trigger::Internal && result.seconds > 1.0 && expected > 10.0 &&
-      static_cast<double>(counts.Produced()) < kSlowPart * expected)
+  if (options_.trigger == Trigger::Internal && !options_.intervalSeconds && result.seconds > 1.0 &&
+      expected > 10.0 && static_cast<double>(counts.Produced()) < kSlowPart * expected)
     Say("the camera made far fewer frames than its frame rate would give");
   if (!result.statistics.AddsUp()) return Fail(ExitCode::CameraError, "internal error: the counts do not add up");
 

@@ -7,6 +7,7 @@
 #include "tools/Run.h"
 #include "tools/TCameraSetUp.h"
 #include "tools/TFlatCamera.h"
+#include "tools/TOutputs.h"
 #include "tools/TProgressLine.h"
 
 #include <optional>
@@ -30,7 +31,11 @@ private:
   std::optional<ExitCode> WaitForTemperature(TProgressLine& line);
   TRunSettings Settings() const;
   TRunFacts Facts() const;
+  /// Why an image cannot be taken in each interval, "" if it can.
+  std::string WhyNotAtInterval() const;
   ExitCode Fetch(TProgressLine& line);
+  template <typename Loop>
+  ExitCode Finish(const Loop& loop, RunEnd end, TOutputs& outputs);
   void PrintReport(const TRunResult& result);
   ExitCode ReportAndFinish(const TRunResult& result);
 

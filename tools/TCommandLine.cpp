@@ -229,7 +229,9 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
   AddSeconds(app, "-e,--exposure", options.exposureSeconds, "Exposure time in s");
   AddSeconds(app, "--cycle", options.cycleSeconds,
              "Time from one exposure to the next in s; of a series with --trigger software, between triggers");
-  app.add_option("-n,--frames", options.frames, "Number of images (series, continuous)")
+  AddSeconds(app, "--interval", options.intervalSeconds,
+             "Time-lapse: single images, one each so many s from start to start; without --frames until Ctrl-C");
+  app.add_option("-n,--frames", options.frames, "Number of images (series, continuous, --interval)")
       ->check(WholeNumber(1, 1'000'000'000))
       ->type_name("N");
   AddWord(app, "-m,--mode", options.mode, kModes,
@@ -335,12 +337,30 @@ std::string WhyNotSpooled(const TAcquireOptions& options)
   return "";
 }
 
+// What does not go together with a time-lapse. Its mode is complete.
+std::string WhyNotAtInterval(const TAcquireOptions& options)
+{
+  if (!options.intervalSeconds) return "";
+  if (options.mode == RunMode::Series || options.mode == RunMode::Continuous)
+    return "--interval: takes single images; leave out --mode, or give --cycle in place of --interval";
+  if (!options.spool.directory.empty())
+    return "--interval: --spool records one run; leave it out, each image is written to --output when it is there";
+  if (options.cycleSeconds && options.mode == RunMode::Single)
+    return "--cycle: --interval is the time from one exposure to the next; leave out one of them";
+  const double exposures = options.exposureSeconds.value_or(0.0) * options.accumulations;
+  if (options.trigger != Trigger::ExternalExposure && exposures > *options.intervalSeconds)
+    return "--interval: is shorter than the exposure of an image";
+  return "";
+}
+
 // The relations between options that no single option can check. Returns what is wrong, "" for nothing.
 std::string CompleteOrSayWhy(TAcquireOptions& options)
 {
-  if (!options.mode) options.mode = options.frames ? RunMode::Series : RunMode::Single;
+  const bool isAtInterval = options.intervalSeconds.has_value();
+  if (!options.mode) options.mode = options.frames && !isAtInterval ? RunMode::Series : RunMode::Single;
   const RunMode mode = *options.mode;
-  if (options.frames && (mode == RunMode::Single || mode == RunMode::Accumulate))
+  if (const std::string why = WhyNotAtInterval(options); !why.empty()) return why;
+  if (options.frames && !isAtInterval && (mode == RunMode::Single || mode == RunMode::Accumulate))
     return "--frames: modes single and accumulate take one image";
   if (mode == RunMode::Series && !options.frames) return "--frames: mode series needs it";
   if (mode == RunMode::Accumulate && options.accumulations < 2)

@@ -30,6 +30,20 @@ void TFrameStatistics::MoveToNotWritten(long count)
   counts_.notWritten += count;
 }
 
+void TFrameStatistics::AddRun(const TFrameCounts& run, long lostInCamera)
+{
+  counts_.lostInCamera = counts_.lostInCamera.value_or(0) + lostInCamera;
+  counts_.delivered += run.delivered;
+  counts_.overwritten += run.overwritten;
+  counts_.notFetched += run.notFetched;
+  counts_.fetched += run.fetched;
+  counts_.written += run.written;
+  counts_.notWritten += run.notWritten;
+  counts_.withoutTimestamp += run.withoutTimestamp;
+  counts_.clippedImages += run.clippedImages;
+  counts_.clippedPixels += run.clippedPixels;
+}
+
 void TFrameStatistics::Finish(long delivered)
 {
   counts_.delivered = delivered;

@@ -23,6 +23,10 @@ public:
   void AddClipped(long pixels, long images);
   /// So many of the images written turned out not to be in the output file.
   void MoveToNotWritten(long count);
+  /// Adds the counts of a run of this series of runs, and the images that the camera has lost in it.
+  void AddRun(const TFrameCounts& run, long lostInCamera);
+  void AddMissed(long images) { counts_.missed += images; }
+  void AddLate() { ++counts_.late; }
   /// Ends the run. @param delivered  images that the library received
   void Finish(long delivered);
 

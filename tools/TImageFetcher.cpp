@@ -2,6 +2,7 @@
 // Asks, copies, writes, and stays ahead of the camera where the ring is full.
 #include "tools/TImageFetcher.h"
 
+#include "runs/host_time.h"
 #include "tools/Messages.h"
 #include "vxmcd.h"
 
@@ -66,7 +67,8 @@ bool TImageFetcher::TakeNext()
 {
   const long number = statistics_.LastImage() + 1;
   TImageLabel label;
-  label.number = number;
+  label.number = settings_.imagesBefore + number;
+  if (settings_.intervalSeconds > 0.0) label.hostNanoseconds = HostTimeNs();
   long long ticks = 0;
   const unsigned int code = Fetch(number, ticks);
   if (code == RC_NO_NEW_DATA) {

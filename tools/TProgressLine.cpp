@@ -2,6 +2,7 @@
 // The progress line: its text, and how often it is written.
 #include "tools/TProgressLine.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <sys/ioctl.h>
@@ -10,7 +11,8 @@ namespace vxtool {
 
 namespace {
 constexpr double kTerminalPeriod = 0.2;
-constexpr double kPlainPeriod = 2.0;
+constexpr double kMinPlainPeriod = 2.0;
+constexpr double kMaxPlainPeriod = 60.0;
 constexpr double kLongImage = 1.0; // an image that takes so long is waited for, at no rate that could be shown
 
 // Columns of a terminal; by the environment where it does not know them itself. 0: not known.
@@ -54,11 +56,12 @@ std::string ProgressText(const TProgress& progress, double imagesPerSecond)
 
 bool TProgressLine::IsDue(double seconds) const
 {
-  return seconds - lastSeconds_ >= (isTerminal_ ? kTerminalPeriod : kPlainPeriod);
+  return seconds - lastSeconds_ >= (isTerminal_ ? kTerminalPeriod : plainPeriod_);
 }
 
 void TProgressLine::Show(const TProgress& progress)
 {
+  plainPeriod_ = isShown_ ? std::clamp(progress.imageSeconds, kMinPlainPeriod, kMaxPlainPeriod) : kMinPlainPeriod;
   if (!IsDue(progress.seconds)) return;
   const double rate = static_cast<double>(progress.fetched - lastFetched_) / (progress.seconds - lastSeconds_);
   lastFetched_ = progress.fetched;

@@ -10,7 +10,7 @@
 namespace vxtool {
 
 /// On a terminal one line, no wider than it, that is written anew five times a second; elsewhere a line every two
-/// seconds. Borrows the stream; one thread at a time.
+/// seconds, or for each image when one takes longer, but at least once a minute. Borrows the stream; one thread at a time.
 class TProgressLine final
 {
 public:
@@ -28,6 +28,7 @@ private:
   bool isTerminal_;
   bool isShown_ = false;
   double lastSeconds_ = 0.0;
+  double plainPeriod_ = 2.0; // from line to line where it is no terminal
   long lastFetched_ = 0;
 };
 

@@ -40,6 +40,8 @@ public:
   TImageLabel LastLabel() const { return fetcher_ ? fetcher_->LastLabel() : TImageLabel{}; }
   /// What ended the run, in one line; "" after a complete one.
   const std::string& Message() const { return message_; }
+  /// The library's status when it ended the run before its time; 0 otherwise.
+  int EndStatus() const { return endStatus_; }
   double Seconds() const { return seconds_; }
 
 private:
