@@ -2,6 +2,7 @@
 // Listing and describing cameras.
 #include "tools/InfoCommands.h"
 
+#include "tools/CameraList.h"
 #include "tools/ConversionReport.h"
 #include "tools/DescriptionReport.h"
 #include "tools/Json.h"
@@ -9,6 +10,7 @@
 #include "tools/TFlatCamera.h"
 #include "vxmcd.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -21,25 +23,70 @@ ExitCode PrintOutput(const std::string& text)
   return Print(text) ? ExitCode::Success : ExitCode::OutputError;
 }
 
+std::string Padded(const std::string& text, std::size_t width)
+{
+  return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
+}
+
+std::string ListText(const std::vector<TAttachedCamera>& cameras)
+{
+  const auto shown = [](const std::optional<std::string>& text) { return text.value_or("-"); };
+  std::size_t modelWidth = sizeof "model" - 1;
+  std::size_t serialWidth = sizeof "serial number" - 1;
+  for (const TAttachedCamera& camera : cameras) {
+    modelWidth = std::max(modelWidth, shown(camera.model).size());
+    serialWidth = std::max(serialWidth, shown(camera.serialText).size());
+  }
+  std::string text = "camera  handle  " + Padded("model", modelWidth) + "  " +
+                     Padded("serial number", serialWidth) + "  source\n";
+  for (const TAttachedCamera& camera : cameras) {
+    char numbers[64];
+    std::snprintf(numbers, sizeof numbers, "%6d  %6ld  ", camera.number, camera.handle);
+    text += numbers + Padded(shown(camera.model), modelWidth) + "  " +
+            Padded(shown(camera.serialText), serialWidth) + "  " + shown(camera.source);
+    text += camera.problem.empty() ? "\n" : "  (" + camera.problem + ")\n";
+  }
+  return text;
+}
+
+std::string ListJson(const std::vector<TAttachedCamera>& cameras)
+{
+  Json list = Json::array();
+  for (const TAttachedCamera& camera : cameras)
+    list.push_back({{"camera", camera.number},
+                    {"handle", camera.handle},
+                    {"model", JsonOrNull(camera.model)},
+                    {"serial", JsonOrNull(camera.serial)},
+                    {"serial_text", JsonOrNull(camera.serialText)},
+                    {"source", JsonOrNull(camera.source)},
+                    {"problem", JsonTextOrNull(camera.problem)}});
+  return JsonLine({{"cameras", list}});
+}
+
 } // namespace
 
 ExitCode ListCameras(const TOptions& options)
 {
-  long count = 0;
-  const unsigned int code = GetAvailableCameras(&count);
+  std::vector<TAttachedCamera> cameras;
+  const unsigned int code = FindCameras(cameras);
   if (code != RC_SUCCESS) return Fail(ExitCode::CameraError, NoCameraListText(code));
-  Json cameras = Json::array();
-  std::string text = "camera  handle\n";
-  for (long index = 0; index < count; ++index) {
-    long handle = 0;
-    if (GetCameraHandle(index, &handle) != RC_SUCCESS) continue;
-    cameras.push_back({{"camera", index}, {"handle", handle}});
-    char line[64];
-    std::snprintf(line, sizeof line, "%6ld  %6ld\n", index, handle);
-    text += line;
+  if (cameras.empty()) return Fail(ExitCode::NoCamera, "no camera is attached");
+  return PrintOutput(options.isJson ? ListJson(cameras) : ListText(cameras));
+}
+
+ExitCode FindNumber(TOptions& options)
+{
+  if (options.serial.empty()) return ExitCode::Success;
+  std::vector<TAttachedCamera> cameras;
+  const unsigned int code = FindCameras(cameras);
+  if (code != RC_SUCCESS) return Fail(ExitCode::NoCamera, NoCameraListText(code));
+  for (const TAttachedCamera& camera : cameras) {
+    if (!HasSerial(camera, options.serial)) continue;
+    options.camera = camera.number;
+    return ExitCode::Success;
   }
-  if (count == 0) return Fail(ExitCode::NoCamera, "no camera is attached");
-  return PrintOutput(options.isJson ? JsonLine({{"cameras", cameras}}) : text);
+  return Fail(ExitCode::NoCamera, "--camera: no camera has the serial number " + options.serial +
+                                      "; there are: " + SerialsText(cameras));
 }
 
 ExitCode ShowInfo(const TOptions& options)

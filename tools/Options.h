@@ -2,6 +2,7 @@
 // What a command line of the tool asks for.
 #pragma once
 
+#include "tools/CameraFeature.h"
 #include "tools/ImageData.h"
 #include "tools/TNumberRanges.h"
 
@@ -14,6 +15,8 @@ enum class Command
 {
   List,
   Info,
+  Get,
+  Set,
   Acquire,
   Convert,
 };
@@ -126,6 +129,8 @@ struct TAcquireOptions
   TImageAreaOptions area;
   TReadoutOptions readout;
   TCoolingOptions cooling;
+  std::string encoding;                  ///< the camera's word for it; "": as it is
+  std::vector<TFeatureSetting> features; ///< set after everything else
   double noImageSeconds = 0.0;
   TSpoolOptions spool;
   TOutputOptions output;
@@ -149,8 +154,11 @@ struct TOptions
 {
   Command command = Command::List;
   int camera = 0;
-  std::string directory; ///< of info: a recorded run in place of a camera
-  bool isJson = false;   ///< what goes to standard output is one line of JSON
+  std::string serial;                           ///< of the camera, in place of its number; "": the number is given
+  std::string directory;                        ///< of info: a recorded run in place of a camera
+  bool isJson = false;                          ///< what goes to standard output is one line of JSON
+  std::vector<std::string> featureNames;        ///< of get; empty: all
+  std::vector<TFeatureSetting> featureSettings; ///< of set
   TAcquireOptions acquire;
   TConvertOptions convert;
 };

@@ -4,16 +4,21 @@
 
 #include "tools/CameraDescription.h"
 #include "tools/Messages.h"
+#include "tools/TFeatureDevice.h"
 
 #include <climits>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace vxtool {
 
 namespace {
 
 constexpr double kNoticeable = 0.01; // a setting that is off by more than this part is worth a note
+
+constexpr const char* kEncoding = "PixelEncoding";
+constexpr const char* kEightBits = "Mono8";
 
 unsigned int WriteArea(const TSensorArea& area)
 {
@@ -77,15 +82,15 @@ bool TCameraSetUp::CheckValue(const char* option, const std::string& value, cons
 
 bool TCameraSetUp::Apply(const TAcquireOptions& options)
 {
-  return SetCooling(options.cooling) && SetReadout(options.readout) && SetArea(options.area) &&
-         SetTracks(options.area) &&
+  return SetCooling(options.cooling) && SetReadout(options.readout) && SetEncoding(options.encoding) &&
+         SetArea(options.area) && SetTracks(options.area) &&
          CheckValue("--trigger", TriggerName(options.trigger), "SetTriggerMode",
                     SetTriggerMode(static_cast<int>(options.trigger))) &&
          SetCounts(options) &&
          Check("--mode", "SetAcquisitionMode",
                SetAcquisitionMode(static_cast<int>(options.mode.value_or(RunMode::Single)))) &&
          (!options.isOverlapped || Check("--overlap", "SetOverlapMode", SetOverlapMode(1))) && SetTimes(options) &&
-         SetSpooling(options.spool);
+         SetFeatures(options.features) && ReadTimes(options) && CheckBits(options) && SetSpooling(options.spool);
 }
 
 bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
@@ -157,6 +162,52 @@ bool TCameraSetUp::CheckIndices(const TReadoutOptions& readout)
     return false;
   if (readout.speed) GetNumberHSSpeeds(readout.channel.value_or(0), readout.amplifier.value_or(0), &speeds);
   return check("--speed", readout.speed, speeds, "speed");
+}
+
+bool TCameraSetUp::SetOneFeature(const std::string& option, const TFeatureSetting& setting,
+                                 TCameraFeature& feature)
+{
+  int handle = VX_HANDLE_NONE;
+  if (!Check(option.c_str(), "GetSDK3Handle", GetSDK3Handle(&handle))) return false;
+  const std::string problem = vxtool::SetFeature(handle, setting, feature);
+  return problem.empty() || Fail(option + ": " + problem);
+}
+
+bool TCameraSetUp::SetEncoding(const std::string& encoding)
+{
+  TCameraFeature feature;
+  return encoding.empty() || SetOneFeature("--encoding", {kEncoding, encoding}, feature);
+}
+
+bool TCameraSetUp::SetFeatures(const std::vector<TFeatureSetting>& settings)
+{
+  for (const TFeatureSetting& setting : settings) {
+    TCameraFeature feature;
+    if (!SetOneFeature("--set: " + setting.name, setting, feature)) return false;
+    const double asked = std::strtod(setting.value.c_str(), nullptr);
+    const auto* const got = std::get_if<double>(&feature.value);
+    if (got && std::fabs(*got - asked) > kNoticeable * std::fabs(asked))
+      notes_ +=
+          setting.name + " is " + FeatureValueText(feature.value) + ": the camera's nearest to what was asked\n";
+  }
+  return true;
+}
+
+// Images can be fetched with 8 bits from cameras that deliver 8 bits, and after a sum, which is clipped.
+bool TCameraSetUp::CheckBits(const TAcquireOptions& options)
+{
+  TCameraFeature encoding;
+  int handle = VX_HANDLE_NONE;
+  if (GetSDK3Handle(&handle) != RC_SUCCESS || !ReadFeature(handle, kEncoding, encoding)) return true;
+  const std::string present = FeatureValueText(encoding.value);
+  if (!options.encoding.empty() && present != options.encoding)
+    notes_ += "the encoding is " + present + ": sums of exposures need it\n";
+  if (options.depth != PixelDepth::Bits8 || options.accumulations > 1 || present == kEightBits) return true;
+  for (const TFeatureWord& word : encoding.words)
+    if (word.text == kEightBits)
+      return Fail("--bits: " + RefusedText("8", "the camera is set to " + present + ", and --encoding " +
+                                                    kEightBits + " sets it to 8 bits"));
+  return Fail("--bits: " + RefusedText("8", "16 or 32 is, since this camera has no encoding of 8 bits"));
 }
 
 bool TCameraSetUp::ChooseChannelForGain(TReadoutOptions& readout)
@@ -294,6 +345,12 @@ bool TCameraSetUp::SetTimes(const TAcquireOptions& options)
                                : Check("--cycle", "SetKineticCycleTime", SetKineticCycleTime(seconds));
     if (!isSet) return false;
   }
+  return true;
+}
+
+bool TCameraSetUp::ReadTimes(const TAcquireOptions& options)
+{
+  const bool isBurst = options.mode == RunMode::Accumulate;
   float exposure = 0.0F;
   float accumulate = 0.0F;
   float kinetic = 0.0F;

@@ -38,12 +38,18 @@ private:
   bool SetCooling(const TCoolingOptions& cooling);
   bool SetReadout(TReadoutOptions readout);
   bool ChooseChannelForGain(TReadoutOptions& readout);
+  bool SetEncoding(const std::string& encoding);
+  bool SetFeatures(const std::vector<TFeatureSetting>& settings);
+  bool CheckBits(const TAcquireOptions& options);
+  // Sets a feature as an option says. @param feature  then what it is set to
+  bool SetOneFeature(const std::string& option, const TFeatureSetting& setting, TCameraFeature& feature);
   bool SetArea(const TImageAreaOptions& area);
   bool IsBinningInForce() const;
   bool SetTracks(const TImageAreaOptions& area);
   bool SetCounts(const TAcquireOptions& options);
   bool SetExposure(double seconds);
   bool SetTimes(const TAcquireOptions& options);
+  bool ReadTimes(const TAcquireOptions& options);
   bool SetSpooling(TSpoolOptions spool);
 
   std::string error_;

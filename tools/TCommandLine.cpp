@@ -54,6 +54,9 @@ const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},
                                                      {".png", FileFormat::Png}};
 const TWords<SpoolMethod> kSpoolMethods = {{"single", SpoolMethod::Single}, {"multi", SpoolMethod::Multi}};
 
+constexpr int kMaxCamera = 10'000;
+constexpr std::string_view kSerialPrefix = "serial:";
+
 constexpr const char* kFooter = R"(Exit codes:
   0    done
   1    the command line is wrong
@@ -245,9 +248,57 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
   app.add_flag("--overlap", options.isOverlapped, "Expose while the exposure before is read out");
   app.add_option(
          "-b,--bits", bits,
-         "Bits of a pixel in the output: 8 (cameras set to 8 bits, and sums), 16 or 32; default: 32 for sums "
+         "Bits of a pixel in the output: 8 (with --encoding Mono8, and sums), 16 or 32; default: 32 for sums "
          "of exposures, else 16")
       ->check(OneOf({"8", "16", "32"}));
+}
+
+// A whole number is the camera's number in the list, any other text its serial number.
+void AddCameraOption(CLI::App& app, TOptions& options)
+{
+  const auto take = [&options](const std::string& text) {
+    const char* const accepted = "a number from 0 to 10000, as list prints it, or a serial number is (serial:N if "
+                                 "it is a whole number)";
+    const bool isPrefixed = text.starts_with(kSerialPrefix);
+    const bool isNumber = text.find_first_not_of("+-0123456789") == std::string::npos;
+    if (isPrefixed || !isNumber) {
+      options.serial = text.substr(isPrefixed ? kSerialPrefix.size() : 0);
+      if (options.serial.empty()) throw CLI::ValidationError("--camera", RefusedText(text, accepted));
+    } else if (!WholeNumber(0, kMaxCamera)(text).empty() || !CLI::detail::lexical_cast(text, options.camera)) {
+      throw CLI::ValidationError("--camera", RefusedText(text, accepted));
+    }
+  };
+  app.add_option_function<std::string>("-c,--camera", take,
+                                       "Number of the camera, as list prints it, or its serial number; "
+                                       "serial:N for one that is a whole number; default: 0")
+      ->type_name("N|SERIAL");
+}
+
+CLI::Option* AddFeatureSettings(CLI::App& app, const std::string& name, std::vector<TFeatureSetting>& settings,
+                                const std::string& help)
+{
+  const auto take = [name, &settings](const std::vector<std::string>& texts) {
+    settings.clear();
+    for (const std::string& text : texts) {
+      const std::size_t sign = text.find('=');
+      if (sign == std::string::npos || sign == 0)
+        throw CLI::ValidationError(name, RefusedText(text, "NAME=VALUE is, for example PixelEncoding=Mono12"));
+      settings.push_back({text.substr(0, sign), text.substr(sign + 1)});
+    }
+  };
+  return app.add_option_function<std::vector<std::string>>(name, take, help)->type_name("NAME=VALUE");
+}
+
+void AddFeatureOptions(CLI::App& app, TAcquireOptions& options)
+{
+  const char* const group = "Features, by the names that get lists";
+  app.add_option("--encoding", options.encoding, "How the camera encodes pixels: Mono8, Mono12, Mono16, ...")
+      ->type_name("WORD")
+      ->group(group);
+  AddFeatureSettings(app, "--set", options.features, "Set a feature, after all other options; may be repeated")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->group(group);
 }
 
 void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<int>& bits)
@@ -394,6 +445,8 @@ struct TCommands
   CLI::App* list;
   CLI::App* info;
   CLI::App* describe; // the name that info had before; scripts may use it
+  CLI::App* get;
+  CLI::App* set;
   CLI::App* acquire;
   CLI::App* convert;
 };
@@ -405,25 +458,28 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   commands.list = app.add_subcommand("list", "List the cameras that are attached");
   commands.info = app.add_subcommand("info", "Say what a camera or a recorded run is");
   commands.describe = app.add_subcommand("describe", "The same as info")->group("");
+  commands.get = app.add_subcommand("get", "Print features of a camera, by their names in the feature library");
+  commands.set = app.add_subcommand("set", "Set features of a camera");
   commands.acquire = app.add_subcommand("acquire", "Take images and write them to a file");
   commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
-  const auto [list, info, describe, acquire, convert] = commands;
-  for (CLI::App* command : {info, describe, acquire})
-    command->add_option("-c,--camera", options.camera, "Number of the camera, as list prints it")
-        ->check(WholeNumber(0, 10'000))
-        ->type_name("N")
-        ->capture_default_str();
+  const auto [list, info, describe, get, set, acquire, convert] = commands;
+  for (CLI::App* command : {info, describe, get, set, acquire}) AddCameraOption(*command, options);
   for (CLI::App* command : {info, describe})
     command
         ->add_option("directory", options.directory,
                      "Directory of a recorded run, to describe in place of a camera")
         ->type_name("DIRECTORY");
-  for (CLI::App* command : {list, info, describe, acquire, convert})
+  for (CLI::App* command : {list, info, describe, get, set, acquire, convert})
     command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
+  get->add_option("names", options.featureNames, "Names of features; default: all that the camera has")
+      ->type_name("NAME");
+  AddFeatureSettings(*set, "settings", options.featureSettings, "Features and the values to set them to")
+      ->required();
   AddRunOptions(*acquire, options.acquire, given.trigger, given.bits);
   AddSeconds(*acquire, "--timeout", given.timeout, "Give up after this long without an image");
   AddImageAreaOptions(*acquire, options.acquire.area);
   AddReadoutOptions(*acquire, options.acquire.readout);
+  AddFeatureOptions(*acquire, options.acquire);
   AddCoolingOptions(*acquire, options.acquire.cooling);
   AddOutputOptions(*acquire, options.acquire);
   AddSpoolOptions(*acquire, options.acquire.spool, given.method);
@@ -443,6 +499,8 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
   acquire.spool.method = given.method.value_or(SpoolMethod::Multi);
   if (given.convertBits) options.convert.depth = static_cast<PixelDepth>(*given.convertBits);
   options.command = *commands.list      ? Command::List
+                    : *commands.get     ? Command::Get
+                    : *commands.set     ? Command::Set
                     : *commands.acquire ? Command::Acquire
                     : *commands.convert ? Command::Convert
                                         : Command::Info;

@@ -36,13 +36,9 @@ bool TFlatCamera::Check(const char* function, unsigned int code)
 
 bool TFlatCamera::Open(int number)
 {
-  long count = 0;
-  if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) {
-    error_ = NoCameraListText(code);
-    return false;
-  }
-  if (number >= count) {
-    error_ = "there is no camera " + std::to_string(number) + ": " + std::to_string(count) + " attached";
+  const std::optional<std::string> problem = WhyNoCamera(number);
+  if (problem) {
+    error_ = *problem;
     return false;
   }
   if (!Check("SetCurrentCamera", SetCurrentCamera(kFirstHandle + number))) return false;
@@ -96,6 +92,18 @@ unsigned int TFlatCamera::Timestamp(long number, long long& ticks)
   if (index > static_cast<long>(UINT_MAX)) return RC_FEATURE_ERROR;
   unsigned int count = 0;
   return vxsys_GetRawMetaDataInfo(&count, &ticks, static_cast<unsigned int>(index));
+}
+
+std::optional<std::string> WhyNoCamera(int number)
+{
+  long count = 0;
+  if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return NoCameraListText(code);
+  if (number < count) return std::nullopt;
+  const std::string missing =
+      "there is no camera " + std::to_string(number) + ": " + std::to_string(count) + " attached";
+  return count == 0 ? missing
+                    : missing + ", counted from 0; --camera serial:" + std::to_string(number) +
+                          " is the one with this serial number";
 }
 
 std::string NoCameraListText(unsigned int code)

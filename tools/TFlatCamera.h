@@ -4,6 +4,7 @@
 
 #include "tools/ICamera.h"
 
+#include <optional>
 #include <string>
 
 namespace vxtool {
@@ -42,6 +43,8 @@ private:
   bool isOpen_ = false;
 };
 
+/// Why there is no camera with this number; nothing when there is one. The text is "" as NoCameraListText() says.
+std::optional<std::string> WhyNoCamera(int number);
 /// Why the library cannot say which cameras there are; "" when the simulated cameras have said on standard error
 /// what is wrong with their configuration.
 std::string NoCameraListText(unsigned int code);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The command-line tool: one program, one command a call.
+#include "tools/FeatureCommands.h"
 #include "tools/InfoCommands.h"
 #include "tools/TAcquireCommand.h"
 #include "tools/TCommandLine.h"
@@ -10,8 +11,11 @@
 
 namespace {
 
-vxtool::ExitCode Run(const vxtool::TOptions& options)
+vxtool::ExitCode Run(vxtool::TOptions& options)
 {
+  if (const vxtool::ExitCode code = vxtool::FindNumber(options); code != vxtool::ExitCode::Success) return code;
+  if (options.command == vxtool::Command::Get) return vxtool::GetFeatures(options);
+  if (options.command == vxtool::Command::Set) return vxtool::SetFeatures(options);
   if (options.command == vxtool::Command::List) return vxtool::ListCameras(options);
   if (options.command == vxtool::Command::Convert)
     return vxtool::TConvertCommand(options.convert, options.isJson).Run();
@@ -26,7 +30,7 @@ int main(int argc, char** argv)
 {
   try {
     vxtool::TCommandLine commandLine;
-    const auto options = commandLine.Parse(argc, argv);
+    auto options = commandLine.Parse(argc, argv);
     return options ? static_cast<int>(Run(*options)) : commandLine.ExitStatus();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vxmcd: %s\n", error.what());

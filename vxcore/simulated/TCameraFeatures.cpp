@@ -279,6 +279,7 @@ const TRow kRows[] = {
     {L"HardwareType", [](const TBuild& b) { return b.String(b.state.model.hardwareType); }},
     {L"SerialNumber", [](const TBuild& b) { return b.String(b.state.model.serialNumber); }},
     {L"FirmwareVersion", [](const TBuild& b) { return b.String(b.state.model.firmwareVersion); }},
+    {L"DeviceSource", [](const TBuild& b) { return b.String(L"simulated"); }},
     {L"DDR2Type", [](const TBuild& b) { return b.String(b.state.model.memoryType); }, false, Family::kMemoryType},
     {L"SensorWidth",
      [](const TBuild& b) { return b.Reading(TInteger([&s = b.state] { return s.sensorWidth; })); }},

@@ -40,6 +40,8 @@ public:
   {
   }
 
+  bool IsWritable() const override { return binding_.set && TFeature::IsWritable(); }
+
   int SetInt(long long value) override { return Write(value); }
   int GetInt(long long& value) const override { return Read(value, &TValueFeature::Present); }
   int GetIntMin(long long& minimum) const override { return Read(minimum, &TValueFeature::Minimum); }

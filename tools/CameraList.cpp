@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// Asks each attached camera what it is.
+#include "tools/CameraList.h"
+
+#include "tools/CameraFeature.h"
+#include "tools/TFeatureDevice.h"
+#include "vxmcd.h"
+
+namespace vxtool {
+
+namespace {
+
+std::optional<std::string> TextOf(int handle, const char* feature)
+{
+  TCameraFeature read;
+  if (!ReadFeature(handle, feature, read) || !read.whyNotRead.empty()) return std::nullopt;
+  const std::string text = FeatureValueText(read.value);
+  return text.empty() ? std::nullopt : std::optional(text);
+}
+
+void Ask(TAttachedCamera& camera)
+{
+  TFeatureDevice device;
+  if (const int code = device.Open(camera.number); code != VX_SUCCESS) {
+    camera.problem = FeatureCodeText("VX_Open", code);
+    return;
+  }
+  camera.model = TextOf(device.Handle(), "CameraModel");
+  camera.serialText = TextOf(device.Handle(), "SerialNumber");
+  camera.source = TextOf(device.Handle(), "DeviceSource");
+  if (!camera.serialText) return;
+  int number = 0;
+  extractNumberFromString(WideOf(*camera.serialText).data(), &number);
+  if (number != 0) camera.serial = number;
+}
+
+} // namespace
+
+unsigned int FindCameras(std::vector<TAttachedCamera>& cameras)
+{
+  long count = 0;
+  if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return code;
+  for (long index = 0; index < count; ++index) {
+    TAttachedCamera camera;
+    camera.number = static_cast<int>(index);
+    GetCameraHandle(index, &camera.handle);
+    Ask(camera);
+    cameras.push_back(camera);
+  }
+  return RC_SUCCESS;
+}
+
+bool HasSerial(const TAttachedCamera& camera, const std::string& serial)
+{
+  return camera.serialText == serial || (camera.serial && std::to_string(*camera.serial) == serial);
+}
+
+std::string SerialsText(const std::vector<TAttachedCamera>& cameras)
+{
+  std::string text;
+  for (const TAttachedCamera& camera : cameras) {
+    const std::string unknown = camera.problem.empty() ? "" : ": " + camera.problem;
+    text += (text.empty() ? "" : ", ") + camera.serialText.value_or("an unknown one") + " (camera " +
+            std::to_string(camera.number) + unknown + ")";
+  }
+  return text.empty() ? "none" : text;
+}
+
+} // namespace vxtool

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// The cameras that are attached, and which one a serial number belongs to.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vxtool {
+
+/// What is known of a camera without setting anything on it.
+struct TAttachedCamera
+{
+  int number = 0;
+  long handle = 0;
+  std::optional<std::string> model;
+  std::optional<std::string> serialText; ///< as the camera has it
+  std::optional<int> serial;             ///< the number in it, which other commands report
+  std::optional<std::string>
+      source;          ///< where it comes from: "simulated", an address; nothing when it does not say
+  std::string problem; ///< why it cannot be opened; "" when it can
+};
+
+/// Opens the cameras one after the other in the feature library alone, asks them and closes them. A camera that another
+/// program uses cannot be opened, and is left alone.
+/// @return  a result code of GetAvailableCameras()
+unsigned int FindCameras(std::vector<TAttachedCamera>& cameras);
+/// Whether a text is this camera's serial number: the whole of it, or the number in it.
+bool HasSerial(const TAttachedCamera& camera, const std::string& serial);
+/// "VSC-00512 (camera 0), an unknown one (camera 1: ...)", for messages.
+std::string SerialsText(const std::vector<TAttachedCamera>& cameras);
+
+} // namespace vxtool
