@@ -6,6 +6,7 @@
 #include "tools/Messages.h"
 #include "tools/NearestWord.h"
 #include "tools/OptionTable.h"
+#include "tools/Versions.h"
 
 #include <algorithm>
 #include <cctype>
@@ -560,7 +561,8 @@ std::optional<Trigger> TriggerOf(const std::string& name)
 std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
 {
   CLI::App app("Lists, describes and runs scientific cameras.", "vxmcd");
-  app.set_version_flag("--version", VXTOOL_VERSION);
+  app.set_version_flag("--version", VersionsText,
+                       "Print the versions of the program and its libraries, and their files");
   app.footer(kFooter);
   app.require_subcommand(1);
   TGiven given;

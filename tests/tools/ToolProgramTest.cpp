@@ -7,6 +7,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <pty.h>
+#include <regex>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -51,7 +52,12 @@ TEST_F(ToolProgram, WrongCommandLinesAreExplainedWithExitCodeOne)
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_NE(help.output.find("130  interrupted"), std::string::npos) << help.output;
   EXPECT_NE(help.output.find("{single,accumulate,series,continuous}"), std::string::npos) << "in their own order";
-  EXPECT_EQ(Run({"--version"}).exitCode, 0);
+  const TOutcome version = Run({"--version"});
+  EXPECT_EQ(version.exitCode, 0);
+  EXPECT_TRUE(
+      std::regex_match(version.output, std::regex("vxmcd +[0-9.]+  /.*/vxmcd\nlibvxmcd +[0-9.]+  /.*/libvxmcd"
+                                                  "\\.so[0-9.]*\nlibvxcore +3[0-9.]*  /.*/libvxcore\\.so.*\n")))
+      << version.output;
 }
 
 TEST_F(ToolProgram, MessagesNameWhatWasGivenAndWhatIsAccepted)
