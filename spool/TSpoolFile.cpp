@@ -46,34 +46,48 @@ TSpoolVolume TSpoolVolume::Probe(const std::string& directory)
   return volume;
 }
 
-TSpoolFile::TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes, std::uint64_t usedBytes,
+TSpoolFile::TSpoolFile(std::string path, unsigned int number, const TSizes& sizes,
                        std::atomic<std::uint64_t>* progress)
-    : path_(std::move(path)), number_(number), sizeBytes_(sizeBytes), usedBytes_(usedBytes), progress_(progress)
+    : path_(std::move(path)), number_(number), sizes_(sizes), progress_(progress)
 {
 }
 
 int TSpoolFile::Create(const TSpoolVolume& volume)
 {
-  if (const int error = CheckFileSizeLimit(sizeBytes_)) return error;
+  if (const int error = CheckFileSizeLimit(sizes_.length)) return error;
   file_ = TFileDescriptor(open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file_.IsOpen()) return errno;
-  if (const int error = Preallocate(volume)) {
+  int error = ftruncate(file_.Get(), static_cast<off_t>(sizes_.length)) == 0 ? 0 : errno;
+  if (error == 0 && volume.preallocates) error = Preallocate();
+  if (error != 0) {
     file_.Close();
     unlink(path_.c_str());
     return error;
   }
-  if (volume.writesDirectly && sizeBytes_ >= kDirectFileBytes)
+  if (volume.writesDirectly && sizes_.length >= kDirectFileBytes)
     direct_ = TFileDescriptor(open(path_.c_str(), O_WRONLY | O_DIRECT | O_CLOEXEC));
   return 0;
 }
 
 // The end of the last file may be a hole: a series that fits on the disk must not be refused for what it never writes.
-int TSpoolFile::Preallocate(const TSpoolVolume& volume)
+int TSpoolFile::Preallocate()
 {
-  if (ftruncate(file_.Get(), static_cast<off_t>(sizeBytes_)) != 0) return errno;
-  while (volume.preallocates && fallocate(file_.Get(), 0, 0, static_cast<off_t>(usedBytes_)) != 0)
+  const int error = Allocate(0, sizes_.used);
+  if (!IsDiskFull(error)) return error;
+  reservesImages_ = true;
+  return Allocate(0, sizes_.image);
+}
+
+int TSpoolFile::Allocate(std::uint64_t offset, std::uint64_t size)
+{
+  while (fallocate(file_.Get(), 0, static_cast<off_t>(offset), static_cast<off_t>(size)) != 0)
     if (errno != EINTR) return errno;
   return 0;
+}
+
+int TSpoolFile::Reserve(std::uint64_t offset, std::uint64_t size)
+{
+  return reservesImages_ ? Allocate(offset, size) : 0;
 }
 
 int TSpoolFile::Close()
@@ -100,8 +114,8 @@ int TSpoolFile::Sync()
 int TSpoolFile::SyncPieces()
 {
   int error = 0;
-  for (std::uint64_t offset = 0; offset < usedBytes_; offset += kPieceBytes) {
-    const auto size = static_cast<off_t>(std::min(kPieceBytes, usedBytes_ - offset));
+  for (std::uint64_t offset = 0; offset < sizes_.used; offset += kPieceBytes) {
+    const auto size = static_cast<off_t>(std::min(kPieceBytes, sizes_.used - offset));
     constexpr unsigned int kWait =
         SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
     // Where this call is not supported, fdatasync() does all the work.
@@ -116,7 +130,7 @@ int TSpoolFile::SyncPieces()
 
 bool TSpoolFile::IsAsMade(TSpoolFault* fault) const
 {
-  return fault->CheckFile(file_.Get(), sizeBytes_, path_);
+  return fault->CheckFile(file_.Get(), sizes_.length, path_);
 }
 
 int TSpoolFile::Lock(unsigned char*& /*destination*/)

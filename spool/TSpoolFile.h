@@ -27,7 +27,7 @@ struct TSpoolVolume
 };
 
 /// One file of a spooled run, full size from the beginning. Its blocks are reserved when it is made, so that a full
-/// disk shows there. Images are written, never mapped: a disk that fails, or a file that is truncated meanwhile, must
+/// disk shows there; where they do not fit, the blocks of each image are reserved before the image is taken. Images are written, never mapped: a disk that fails, or a file that is truncated meanwhile, must
 /// not end the program by a signal. Large ones do not go through the page cache where the file system allows
 /// that. Owned by the file spooler. All operations but Create() and Close() are thread-safe, for different parts of
 /// the file. Errors are errno values, 0 is success.
@@ -39,12 +39,18 @@ public:
   /// Smaller files are synced and closed many at a time: the sync of the first does most of the work for all.
   static constexpr std::uint64_t kLargeFileBytes = std::uint64_t{64} << 20;
 
-  /// Numbers from 0. @p sizeBytes is the length of the file, and of these @p usedBytes are what the run will fill.
-  /// @p progress, which is borrowed, is incremented with each piece that is written or synced.
-  TSpoolFile(std::string path, unsigned int number, std::uint64_t sizeBytes, std::uint64_t usedBytes,
-             std::atomic<std::uint64_t>* progress);
+  /// How large a file is, in bytes.
+  struct TSizes
+  {
+    std::uint64_t length = 0;
+    std::uint64_t used = 0;  ///< of these, what the run will fill
+    std::uint64_t image = 0; ///< what a file must have room for at least
+  };
 
-  /// Makes the file, which must not exist. Removes it again on failure.
+  /// Numbers from 0. @p progress, which is borrowed, is incremented with each piece that is written or synced.
+  TSpoolFile(std::string path, unsigned int number, const TSizes& sizes, std::atomic<std::uint64_t>* progress);
+
+  /// Makes the file, which must not exist. Removes it again on failure, also when there is no room for an image.
   int Create(const TSpoolVolume& volume);
   /// Syncs and closes the file.
   int Close();
@@ -53,6 +59,8 @@ public:
   int Lock(unsigned char*& destination) override;
   int Unlock() override { return 0; }
 
+  /// Has blocks for @p size bytes at @p offset, which Write() needs then. Fails when the disk is full.
+  int Reserve(std::uint64_t offset, std::uint64_t size);
   /// Writes @p size bytes at @p offset. Unbuffered where @p data and @p offset are equally far from a multiple of
   /// TSpoolVolume::kAlignment.
   int Write(const unsigned char* data, std::size_t size, std::uint64_t offset);
@@ -63,8 +71,8 @@ public:
   int Sync();
 
   /// Whether all of the run's images that belong in this file are written.
-  bool IsFull() const { return writtenBytes_ >= usedBytes_; }
-  bool IsLarge() const { return sizeBytes_ >= kLargeFileBytes; }
+  bool IsFull() const { return writtenBytes_ >= sizes_.used; }
+  bool IsLarge() const { return sizes_.length >= kLargeFileBytes; }
   /// Whether the file still has its name and its length. If not, the fault is raised.
   bool IsAsMade(TSpoolFault* fault) const;
   /// Images that are known to be on the disk.
@@ -74,17 +82,18 @@ public:
   const std::string& Path() const { return path_; }
 
 private:
-  int Preallocate(const TSpoolVolume& volume);
+  int Preallocate();
+  int Allocate(std::uint64_t offset, std::uint64_t size);
   int WritePieces(int file, const unsigned char* data, std::size_t size, std::uint64_t offset);
   int SyncPieces() REQUIRES(syncMutex_);
 
   const std::string path_;
   const unsigned int number_;
-  const std::uint64_t sizeBytes_;
-  const std::uint64_t usedBytes_;
+  const TSizes sizes_;
   std::atomic<std::uint64_t>* const progress_;
   TFileDescriptor file_;
-  TFileDescriptor direct_; // the same file, unbuffered, if that is possible
+  TFileDescriptor direct_;      // the same file, unbuffered, if that is possible
+  bool reservesImages_ = false; // one by one, since the disk had no room for all
   std::atomic<std::uint64_t> writtenBytes_{0};
   std::atomic<std::uint32_t> writtenImages_{0};
   std::atomic<std::uint32_t> syncedImages_{0};

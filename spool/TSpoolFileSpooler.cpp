@@ -3,9 +3,9 @@
 #include "spool/TSpoolFileSpooler.h"
 
 #include "runs/run_format.h"
+#include "spool/image_files.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolIndex.h"
-#include "utility/file_access.h"
 
 #include <algorithm>
 #include <array>
@@ -98,7 +98,8 @@ int TSpoolFileSpooler::OpenImage(unsigned int index, int /*mode*/, IImage*& imag
   }
   const std::uint64_t begin = fileBytes_ * index;
   const std::uint64_t used = runBytes_ > begin ? std::min(fileBytes_, runBytes_ - begin) : fileBytes_;
-  auto file = std::make_unique<TSpoolFile>(PathOf(index), index, fileBytes_, used, &progress_);
+  const TSpoolFile::TSizes sizes{fileBytes_, used, imageBytes_ > 0 ? imageBytes_ : used};
+  auto file = std::make_unique<TSpoolFile>(PathOf(index), index, sizes, &progress_);
   if (syncedImages_.size() <= index) syncedImages_.resize(std::size_t{index} + 1);
   const auto entry = files_.emplace(index, nullptr).first; // before the file is there: nothing can fail then
   if (const int error = file->Create(volume_)) {
@@ -271,18 +272,10 @@ std::uint64_t TSpoolFileSpooler::ImagesOnDisk()
   return imagesOnDisk_;
 }
 
-// Not with std::filesystem, whose iterator ends the program when it finds no memory.
 int TSpoolFileSpooler::Remove()
 {
   std::vector<std::string> own;
-  const TOpenDirectory directory(opendir(directory_.c_str()));
-  errno = directory ? 0 : errno;
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads this stream
-  while (const dirent* const entry = directory ? readdir(directory.get()) : nullptr) {
-    if (IsOwnFile(entry->d_name)) own.push_back(directory_ + "/" + entry->d_name);
-    errno = 0;
-  }
-  if (errno != 0) fault_->Raise("cannot read", directory_, errno);
+  if (const int error = FindImageFiles(directory_, stem_, own)) fault_->Raise("cannot read", directory_, error);
   for (const std::string& path : own)
     if (unlink(path.c_str()) != 0 && errno != ENOENT) fault_->Raise("cannot remove", path, errno);
   return fault_->IsRaised() ? EIO : 0;
@@ -291,9 +284,4 @@ int TSpoolFileSpooler::Remove()
 std::string TSpoolFileSpooler::PathOf(unsigned int number) const
 {
   return directory_ + "/" + RunFormat::ImageFileName(number, stem_);
-}
-
-bool TSpoolFileSpooler::IsOwnFile(const std::string& name) const
-{
-  return RunFormat::ImageFileNumber(name, stem_).has_value();
 }

@@ -48,8 +48,13 @@ public:
   /// The path in the bytes of the operating system, which need not be text.
   void SetDirectory(const std::string& directory) { directory_ = directory; }
   void SetVolume(const TSpoolVolume& volume) { volume_ = volume; }
-  /// How many bytes of images the run has, in all files together; unlimited if never called.
-  void SetRunBytes(std::uint64_t bytes) { runBytes_ = bytes; }
+  /// The size of an image, and how many the run has, in all files together. If never called, files are filled to
+  /// their ends.
+  void SetRun(std::uint64_t imageBytes, std::uint64_t images)
+  {
+    imageBytes_ = imageBytes;
+    runBytes_ = imageBytes * images;
+  }
   /// Increases with each piece of a file, of TSpoolFile::kPieceBytes at most, that is written or synced, and with each
   /// file made.
   std::uint64_t Progress() const { return progress_; }
@@ -72,7 +77,6 @@ private:
   void CheckFiles() EXCLUDES(mutex_);
   std::string PathOf(unsigned int number) const;
   TOpenFiles::iterator Find(const IImage* image) REQUIRES(mutex_);
-  bool IsOwnFile(const std::string& name) const;
 
   TSpoolFault* const fault_;
   TSpoolIndex* const index_;
@@ -80,6 +84,7 @@ private:
   std::string stem_;
   TSpoolVolume volume_;
   std::uint64_t fileBytes_ = 0;
+  std::uint64_t imageBytes_ = 0;
   std::uint64_t runBytes_ = UINT64_MAX;
   std::atomic<std::uint64_t> progress_{0};
   TMutex mutex_;

@@ -133,6 +133,11 @@ private:
 int TSpoolImageSpooler::TPlace::Lock(unsigned char*& destination)
 {
   if (filled_ == images_) return EINVAL;
+  const std::uint64_t begin = filled_ * imageBytes_;
+  if (const int error = file_.Reserve(offset_ + begin, imageBytes_)) {
+    fault_.Raise("cannot write", file_.Path(), error);
+    return error;
+  }
   if (!piece_) {
     piece_ = pool_.Acquire();
     if (!piece_) {
@@ -145,7 +150,7 @@ int TSpoolImageSpooler::TPlace::Lock(unsigned char*& destination)
   }
   takenAtNs_.resize(filled_);
   takenAtNs_.push_back(HostTimeNs());
-  destination = memory_ + filled_ * imageBytes_;
+  destination = memory_ + begin;
   return 0;
 }
 

@@ -13,15 +13,19 @@
 #include <utility>
 #include <vector>
 
-bool TSpoolIndex::Create(const std::string& directory)
+bool TSpoolIndex::Create(const std::string& directory, std::uint64_t reservedBytes)
 {
   const TLock lock(mutex_);
   path_ = directory + "/" + RunFormat::kIndexName;
   count_ = 0;
   // Records go to the end wherever that is: when somebody truncates the file just before a write, its size tells so.
   file_ = TFileDescriptor(open(path_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-  if (!file_.IsOpen()) fault_->Raise("cannot create", path_, errno);
-  return file_.IsOpen();
+  if (!file_.IsOpen()) {
+    fault_->Raise("cannot create", path_, errno);
+    return false;
+  }
+  if (reservedBytes > 0) fallocate(file_.Get(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(reservedBytes));
+  return true;
 }
 
 std::size_t TSpoolIndex::Append(std::span<const TRecord> images)
@@ -90,6 +94,9 @@ bool TSpoolIndex::Close()
   }
   const bool synced = Sync();
   const TLock lock(mutex_);
+  // The length stays; what was removed or truncated is not made longer.
+  if (synced && ftruncate(file_.Get(), static_cast<off_t>(count_ * sizeof(TRecord))) != 0)
+    fault_->Raise("cannot shorten", path_, errno);
   if (file_.Close() == 0) return synced;
   fault_->Raise("cannot write", path_, errno);
   return false;

@@ -23,8 +23,9 @@ public:
 
   explicit TSpoolIndex(TSpoolFault* fault) : fault_(fault) {}
 
-  /// Makes an empty index in @p directory. Returns false, with the fault raised, when that fails.
-  bool Create(const std::string& directory);
+  /// Makes an empty index in @p directory, with blocks for @p reservedBytes of records where these can be had, so that
+  /// the images do not take its room. Returns false, with the fault raised, when that fails.
+  bool Create(const std::string& directory, std::uint64_t reservedBytes = 0);
   /// Fills in each record's own checksum. Returns how many of the images are recorded: fewer than all, with the fault
   /// raised, when the disk has room for fewer or fails, or when the file has been removed or truncated.
   std::size_t Append(std::span<const TRecord> images);
@@ -33,7 +34,7 @@ public:
   bool Sync();
   /// Number of images recorded.
   std::uint64_t Count();
-  /// Syncs and closes the file. Returns false, with the fault raised, on failure.
+  /// Syncs and closes the file, and frees the blocks without records. Returns false, with the fault raised, on failure.
   bool Close();
 
 private:

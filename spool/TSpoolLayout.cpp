@@ -23,15 +23,16 @@ std::uint32_t CountIn(std::uint64_t room, std::uint64_t size, std::uint64_t max)
 
 } // namespace
 
-TSpoolLayout TSpoolLayout::Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength)
+TSpoolLayout TSpoolLayout::Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength,
+                                  std::uint64_t maxFileBytes)
 {
   TSpoolLayout layout;
   layout.imageSizeBytes = imageSizeBytes;
   layout.isQueued = method == kImagePerFile;
   if (layout.isQueued) return layout;
   if (imageSizeBytes <= kSmallImageBytes)
-    layout.imagesPerPlace = CountIn(kSharedPlaceBytes, imageSizeBytes, seriesLength);
+    layout.imagesPerPlace = CountIn(std::min(kSharedPlaceBytes, maxFileBytes), imageSizeBytes, seriesLength);
   const std::uint64_t placesOfRun = (seriesLength + layout.imagesPerPlace - 1) / layout.imagesPerPlace;
-  layout.placesPerFile = CountIn(kFileBytes, layout.PlaceBytes(), placesOfRun);
+  layout.placesPerFile = CountIn(std::min(kFileBytes, maxFileBytes), layout.PlaceBytes(), placesOfRun);
   return layout;
 }

@@ -7,6 +7,7 @@
 #include "spool/TDirectoryTree.h"
 #include "spool/TQueuedSpooler.h"
 #include "spool/TSpoolImageSpooler.h"
+#include "spool/TSpoolSpace.h"
 #include "spool/TThreadedSpooler.h"
 #include "utility/file_access.h"
 #include "utility/TQuorinFilePath.h"
@@ -43,7 +44,21 @@ TSpoolPipeline::TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t ima
       index_(&fault_),
       fileSpooler_(&fault_, &index_)
 {
-  if (PrepareDirectory(settings.path)) description_.Gather(settings.method, seriesLength);
+  if (!PrepareDirectory(settings.path)) return;
+  layout_ = TSpoolLayout::Choose(settings_.method, imageSizeBytes_, seriesLength_, FileSizeLimit());
+  WarnOfFullDisk();
+  description_.Gather(settings.method, seriesLength);
+}
+
+void TSpoolPipeline::WarnOfFullDisk() const
+{
+  if (!TQuorinLibDebugOutput::IsEnabled(TQuorinLibDebugOutput::Warning)) return;
+  const std::optional<TSpoolSpace> space = TSpoolSpace::Measure(directory_, layout_, seriesLength_);
+  if (!space || space->IsEnough()) return;
+  TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, TQuorinLibDebugOutput::Warning,
+                                "a run of %u images needs %llu bytes, and %llu bytes are free in %s",
+                                seriesLength_, static_cast<unsigned long long>(space->neededBytes),
+                                static_cast<unsigned long long>(space->freeBytes), directory_.c_str());
 }
 
 void TSpoolPipeline::Begin()
@@ -62,14 +77,14 @@ void TSpoolPipeline::ReplaceEarlierRun()
   // Not before: the earlier run may have filled the disk.
   const TSpoolVolume volume = TSpoolVolume::Probe(directory_);
   fileSpooler_.SetVolume(volume);
-  fileSpooler_.SetRunBytes(imageSizeBytes_ * seriesLength_);
-  layout_ = TSpoolLayout::Choose(settings_.method, imageSizeBytes_, seriesLength_);
+  fileSpooler_.SetRun(imageSizeBytes_, seriesLength_);
   described_ = description_.Begin(directory_, layout_);
   if (!described_) {
     fault_.Raise("cannot describe the run in", directory_, errno);
     return;
   }
-  if (!index_.Create(directory_)) return;
+  const std::optional<TSpoolSpace> space = TSpoolSpace::Measure(directory_, layout_, seriesLength_);
+  if (!index_.Create(directory_, space ? space->indexBytes : 0)) return;
   ReserveRoom();
   MakeAlgorithm();
 }
@@ -130,7 +145,7 @@ void TSpoolPipeline::ReserveRoom()
 {
   room_ = TFileDescriptor(open(directory_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
   if (!room_.IsOpen() || CheckFileSizeLimit(TSpoolDescription::kMaxBytes) != 0) return;
-  if (fallocate(room_.Get(), 0, 0, TSpoolDescription::kMaxBytes) != 0 && (errno == ENOSPC || errno == EDQUOT))
+  if (fallocate(room_.Get(), 0, 0, TSpoolDescription::kMaxBytes) != 0 && IsDiskFull(errno))
     fault_.Raise("no room for a run in", directory_, errno);
 }
 

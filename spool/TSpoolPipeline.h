@@ -55,6 +55,7 @@ public:
 
 private:
   bool PrepareDirectory(const std::string& path);
+  void WarnOfFullDisk() const;
   void ReplaceEarlierRun();
   void RemoveEarlierRun();
   void MakeAlgorithm();

@@ -26,9 +26,18 @@ bool IsUnsupported(int error)
   return error == EINVAL || error == ENOTSUP || error == ENOSYS;
 }
 
-int CheckFileSizeLimit(std::uint64_t size)
+bool IsDiskFull(int error)
+{
+  return error == ENOSPC || error == EDQUOT;
+}
+
+std::uint64_t FileSizeLimit()
 {
   rlimit limit{};
-  if (getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return 0;
-  return size > limit.rlim_cur ? EFBIG : 0;
+  return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ? UINT64_MAX : limit.rlim_cur;
+}
+
+int CheckFileSizeLimit(std::uint64_t size)
+{
+  return size > FileSizeLimit() ? EFBIG : 0;
 }

@@ -51,6 +51,12 @@ int WriteAll(int descriptor, const void* data, std::size_t size, std::uint64_t o
 /// Whether an errno value says that the file system has no such operation, rather than that it failed.
 bool IsUnsupported(int error);
 
+/// Whether an errno value says that there is no room left on the disk, or none that this user may have.
+bool IsDiskFull(int error);
+
+/// The process's limit for the size of files in bytes, UINT64_MAX for none.
+std::uint64_t FileSizeLimit();
+
 /// EFBIG when a file of @p size bytes is beyond the process's limit for the size of files, else 0. Asked
 /// beforehand, since going beyond it may end the process by a signal.
 int CheckFileSizeLimit(std::uint64_t size);

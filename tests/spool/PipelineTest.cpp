@@ -371,7 +371,7 @@ TEST_F(SpoolDirectories, HaveBlocksForTheImagesOfTheRunOnly)
   files.SetStem(L"spool");
   files.SetVolume(TSpoolVolume::Probe(scratch_.Directory()));
   files.SetImageSizeBytes(64 * kMiB);
-  files.SetRunBytes(65 * kMiB);
+  files.SetRun(kMiB, 65);
   IImage* file = nullptr;
   ASSERT_EQ(files.OpenImage(1, ISpooler::kReadWrite, file), 0);
   struct stat status = {};
