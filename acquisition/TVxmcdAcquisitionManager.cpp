@@ -106,6 +106,18 @@ std::optional<TSpoolSettings> TVxmcdAcquisitionManager::SpoolSettings() const
   return spoolSettings_;
 }
 
+std::optional<TSpoolSpace> TVxmcdAcquisitionManager::SpoolSpace() const
+{
+  const TRunPlan plan = Plan();
+  const std::optional<TSpoolSettings> settings = SpoolSettings();
+  const std::int64_t frameSizeBytes = ReadFrameSize(coreHandle_);
+  if (plan.runMode == kUntilAborted || !settings || !IsUsableFrameSize(frameSizeBytes)) return std::nullopt;
+  const auto images = static_cast<std::uint32_t>(plan.loopCount);
+  return TSpoolSpace::Measure(
+      settings->path, TSpoolLayout::Choose(settings->method, static_cast<std::uint64_t>(frameSizeBytes), images),
+      images);
+}
+
 int TVxmcdAcquisitionManager::Start()
 {
   const TLock lock(controlMutex_);

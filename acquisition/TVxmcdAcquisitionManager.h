@@ -12,6 +12,7 @@
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVXFetchQueue.h"
 #include "spool/TSpoolLayout.h"
+#include "spool/TSpoolSpace.h"
 #include "utility/TMutex.h"
 #include "utility/TUseCounter.h"
 
@@ -72,6 +73,9 @@ public:
   /// Whether finite runs are written to the disk, how and where: all of it at once. Counts from the next start on.
   void SetSpool(bool enable, int method, const char* path);
   void SetSpoolThreadCount(int threadCount);
+  /// What a run that is written to disk would need if it began now; nothing when the next run is not written, or where
+  /// that is not known.
+  std::optional<TSpoolSpace> SpoolSpace() const;
 
   /// The memory budget of the ring in bytes.
   int GetCircularBufferSize() const;

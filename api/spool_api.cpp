@@ -3,6 +3,9 @@
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "api/TCameraUse.h"
 #include "spool/TSpoolLayout.h"
+#include "spool/TSpoolSpace.h"
+
+#include <optional>
 
 unsigned int SetSpool(int active, int method, char* path)
 {
@@ -20,5 +23,16 @@ unsigned int SetSpoolThreadCount(int count)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   camera.Manager().SetSpoolThreadCount(count);
+  return RC_SUCCESS;
+}
+
+unsigned int vxmcd_GetSpoolSpace(unsigned long long* neededBytes, unsigned long long* freeBytes)
+{
+  const TCameraUse camera;
+  if (!camera) return RC_NOT_INITIALIZED;
+  const std::optional<TSpoolSpace> space = camera.Manager().SpoolSpace();
+  if (!space) return RC_NOT_AVAILABLE;
+  if (neededBytes) *neededBytes = space->neededBytes;
+  if (freeBytes) *freeBytes = space->freeBytes;
   return RC_SUCCESS;
 }

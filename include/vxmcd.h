@@ -1000,6 +1000,18 @@ VXMCD_API unsigned int SetSpool(int active, int method, char* path);
  * @return #RC_SUCCESS; #RC_P1_INVALID for a count below 1, also with no camera; #RC_NOT_INITIALIZED
  */
 VXMCD_API unsigned int SetSpoolThreadCount(int count);
+/**
+ * Reports how much room a run that is written to disk needs with the present settings, and how much there is. A run
+ * that needs more can be started nevertheless: it ends with #RC_STATUS_SPOOL_ISSUE when the disk is full, and the
+ * images that fitted stay. Takes a few microseconds for each file of an earlier run in the directory.
+ * @param neededBytes  written with the bytes on the disk for all images of the series, their index and description;
+ *                     what the file system needs for the names of files comes on top
+ * @param freeBytes    written with the bytes that are free where the directory of SetSpool() is or will be made; an
+ *                     earlier run in it counts as free, since the start removes it
+ * @return #RC_SUCCESS; #RC_NOT_AVAILABLE when writing is off, the run goes on until abort, or the camera or the file
+ *         system does not report its size; #RC_NOT_INITIALIZED
+ */
+VXMCD_API unsigned int vxmcd_GetSpoolSpace(unsigned long long* neededBytes, unsigned long long* freeBytes);
 /** @} */
 
 /** @defgroup metadata Metadata

@@ -8,6 +8,7 @@
 #include "spool/TSpoolFile.h"
 #include "spool/TSpoolFileSpooler.h"
 #include "spool/TSpoolIndex.h"
+#include "utility/file_access.h"
 #include "utility/TMutex.h"
 
 #include <cerrno>
@@ -112,7 +113,8 @@ public:
 
 private:
   bool WriteNewImages();
-  std::size_t Record();
+  std::size_t Write(std::size_t images);
+  std::size_t Record(std::size_t images);
 
   TSpoolFile& file_;
   TStagingPool& pool_;
@@ -166,29 +168,39 @@ int TSpoolImageSpooler::TPlace::Unlock()
 bool TSpoolImageSpooler::TPlace::WriteNewImages()
 {
   const std::size_t images = filled_ - recorded_;
-  const std::uint64_t begin = imageBytes_ * recorded_;
-  const std::uint64_t size = imageBytes_ * images;
-  if (size == 0) return true;
+  if (images == 0) return true;
   if (!file_.IsAsMade(&fault_)) return false;
-  if (const int error = file_.Write(memory_ + begin, size, offset_ + begin)) {
-    fault_.Raise("cannot write", file_.Path(), error);
-    return false;
-  }
-  const std::size_t recorded = Record();
-  if (recorded > 0)
-    file_.ImagesWritten(static_cast<std::uint32_t>(recorded), offset_ + begin, recorded * imageBytes_);
+  const std::uint64_t begin = offset_ + imageBytes_ * recorded_;
+  const std::size_t recorded = Record(Write(images));
+  if (recorded > 0) file_.ImagesWritten(static_cast<std::uint32_t>(recorded), begin, recorded * imageBytes_);
   return recorded == images;
 }
 
-std::size_t TSpoolImageSpooler::TPlace::Record()
+// Returns how many are written. Where nothing was reserved, a disk may have room for some of them only.
+std::size_t TSpoolImageSpooler::TPlace::Write(std::size_t images)
 {
-  std::vector<RunFormat::TIndexRecord> images;
-  images.reserve(filled_ - recorded_);
-  for (std::size_t i = recorded_; i < filled_; ++i)
-    images.push_back({firstImage_ + i, Checksum(memory_ + i * imageBytes_, imageBytes_), takenAtNs_[i]});
+  const auto write = [this](std::size_t first, std::size_t count) {
+    const std::uint64_t begin = imageBytes_ * first;
+    return file_.Write(memory_ + begin, imageBytes_ * count, offset_ + begin);
+  };
+  int error = write(recorded_, images);
+  if (error == 0) return images;
+  std::size_t written = 0;
+  if (IsDiskFull(error))
+    while (written < images && (error = write(recorded_ + written, 1)) == 0) ++written;
+  if (error != 0) fault_.Raise("cannot write", file_.Path(), error);
+  return written;
+}
+
+std::size_t TSpoolImageSpooler::TPlace::Record(std::size_t images)
+{
+  std::vector<RunFormat::TIndexRecord> records;
+  records.reserve(images);
+  for (std::size_t i = recorded_; i < recorded_ + images; ++i)
+    records.push_back({firstImage_ + i, Checksum(memory_ + i * imageBytes_, imageBytes_), takenAtNs_[i]});
   recorded_ = filled_;
   recordedAt_ = Clock::now();
-  return index_.Append(images);
+  return index_.Append(records);
 }
 
 TSpoolImageSpooler::TSpoolImageSpooler(TSpoolFileSpooler* files, const TSpoolLayout& layout, TSpoolIndex* index,

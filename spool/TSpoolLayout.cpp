@@ -2,6 +2,8 @@
 // How a run's images are spread over files, and what a caller sets about that.
 #include "spool/TSpoolLayout.h"
 
+#include "utility/file_access.h"
+
 #include <algorithm>
 
 namespace {
@@ -23,9 +25,9 @@ std::uint32_t CountIn(std::uint64_t room, std::uint64_t size, std::uint64_t max)
 
 } // namespace
 
-TSpoolLayout TSpoolLayout::Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength,
-                                  std::uint64_t maxFileBytes)
+TSpoolLayout TSpoolLayout::Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength)
 {
+  const std::uint64_t maxFileBytes = FileSizeLimit();
   TSpoolLayout layout;
   layout.imageSizeBytes = imageSizeBytes;
   layout.isQueued = method == kImagePerFile;

@@ -27,9 +27,8 @@ struct TSpoolLayout
   std::uint32_t ImagesPerFile() const { return imagesPerPlace * placesPerFile; }
   std::uint64_t PlaceBytes() const { return imageSizeBytes * imagesPerPlace; }
 
-  /// @p maxFileBytes is what a file may have; an image that is larger gets a file of its own nevertheless.
-  static TSpoolLayout Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength,
-                             std::uint64_t maxFileBytes = UINT64_MAX);
+  /// Files keep to the process's limit for their size, as long as an image does.
+  static TSpoolLayout Choose(int method, std::uint64_t imageSizeBytes, std::uint32_t seriesLength);
 };
 
 /// What a caller sets about the writing of runs, and what the spool dispatch queue adds for one of them. A plain

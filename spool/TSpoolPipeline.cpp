@@ -45,7 +45,7 @@ TSpoolPipeline::TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t ima
       fileSpooler_(&fault_, &index_)
 {
   if (!PrepareDirectory(settings.path)) return;
-  layout_ = TSpoolLayout::Choose(settings_.method, imageSizeBytes_, seriesLength_, FileSizeLimit());
+  layout_ = TSpoolLayout::Choose(settings_.method, imageSizeBytes_, seriesLength_);
   WarnOfFullDisk();
   description_.Gather(settings.method, seriesLength);
 }

@@ -13,6 +13,7 @@
 #include <memory>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 #include <vector>
 
 using QuorinUtility::TQuorinFilePath;
@@ -67,7 +68,8 @@ std::optional<TSpoolSpace> TSpoolSpace::Measure(const std::string& directory, co
   const std::uint64_t ends = inBlocks(TSpoolDescription::kMaxBytes) + block; // the descriptions of both ends
 
   TSpoolSpace space;
-  space.freeBytes = volume.f_bavail * block + EarlierRunBytes(directory);
+  const std::uint64_t freeBlocks = geteuid() == 0 ? volume.f_bfree : volume.f_bavail; // some are kept for root
+  space.freeBytes = freeBlocks * block + EarlierRunBytes(directory);
   space.neededBytes = images / perFile * inBlocks(perFile * imageBytes) + inBlocks(images % perFile * imageBytes) +
                       inBlocks(images * kRecordBytes) + ends;
   const std::uint64_t room = space.freeBytes - std::min(space.freeBytes, ends);

@@ -43,6 +43,7 @@ ExitCode TAcquireCommand::Run()
   SayLines(setUp_.Notes());
   if (options_.output.IsEmpty() && !isRecorded)
     Say("no image will be kept: there is no --output, --preview or --spool");
+  if (isRecorded) TRecordCommand::WarnOfFullDisk();
   TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
   if (options_.cooling.isWaiting) {
     if (const std::optional<ExitCode> end = WaitForTemperature(line)) return *end;

@@ -7,8 +7,11 @@
 #include "tools/TInterrupt.h"
 #include "tools/TOutputFile.h"
 #include "tools/TRunLoop.h"
+#include "vxmcd.h"
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <thread>
 
 namespace vxtool {
@@ -17,6 +20,14 @@ namespace {
 
 constexpr std::chrono::seconds kMaxWriting{60};   // of what is left to write at the end of a run
 constexpr std::chrono::seconds kMaxUnreadable{2}; // of a description that may be readable in a moment
+
+// "838885376 bytes (838.9 MB)"
+std::string SizeText(unsigned long long bytes)
+{
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%llu bytes (%.1f MB)", bytes, static_cast<double>(bytes) / 1.0e6);
+  return text.data();
+}
 
 // The description of a run that is over. A failure is reported before everything is on the disk, and the
 // description is completed after that. @param earlierStart  of the run before: it will not change
@@ -46,6 +57,15 @@ bool TRecordCommand::CheckFiles() const
     return false;
   }
   return true;
+}
+
+void TRecordCommand::WarnOfFullDisk()
+{
+  unsigned long long needed = 0;
+  unsigned long long free = 0;
+  if (vxmcd_GetSpoolSpace(&needed, &free) != RC_SUCCESS || needed <= free) return;
+  Say("warning: the run needs " + SizeText(needed) + " on the disk, and " + SizeText(free) +
+      " are free; it will end when the disk is full");
 }
 
 TRunResult TRecordCommand::Run(ICamera& camera, const TRunSettings& settings, const TRunFacts& facts,

@@ -21,6 +21,8 @@ public:
   /// Whether no file would have to be replaced that may not be; says which one. Call it before the camera does
   /// anything.
   bool CheckFiles() const;
+  /// Warns when the disk has less room than the run needs. @pre  the camera is set up to record
+  static void WarnOfFullDisk();
   /// Needs a TInterrupt. @param camera  is set up to record
   TRunResult Run(ICamera& camera, const TRunSettings& settings, const TRunFacts& facts, TProgressLine& line) const;
 

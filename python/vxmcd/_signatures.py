@@ -3,7 +3,7 @@
 """Types, constants and result codes of the camera library."""
 from ctypes import (
     CFUNCTYPE, POINTER, Structure, c_char_p, c_double, c_float, c_int, c_long, c_longlong, c_ubyte, c_uint,
-    c_ulong, c_ushort, c_void_p, c_wchar_p)
+    c_ulong, c_ulonglong, c_ushort, c_void_p, c_wchar_p)
 
 
 class vxmcd_Capabilities(Structure):
@@ -153,6 +153,7 @@ FUNCTIONS = {
     "createAcquisitionEvents": (c_uint, ()),
     "SetSpool": (c_uint, (c_int, c_int, c_char_p)),
     "SetSpoolThreadCount": (c_uint, (c_int,)),
+    "vxmcd_GetSpoolSpace": (c_uint, (POINTER(c_ulonglong), POINTER(c_ulonglong))),
     "SetMetaData": (c_uint, (c_int,)),
     "vxsys_GetRawMetaDataInfo": (c_uint, (POINTER(c_uint), POINTER(c_longlong), c_uint)),
     "GetAcquiredData8": (c_uint, (POINTER(c_ubyte), c_ulong)),

@@ -7,6 +7,7 @@ import difflib
 import os
 import shutil
 import tempfile
+import warnings
 import weakref
 from typing import List, Optional, Tuple, Union
 
@@ -21,7 +22,7 @@ from ._run import Run
 from ._session import Session, camera_count, open_by_serial
 from ._stream import Stream
 from ._timing import TimingSettings, TriggerMode
-from .errors import VxmcdError
+from .errors import DiskSpaceWarning, VxmcdError
 from .spool import SpoolRun
 
 _MODEL_BYTES = 4096  # what GetHeadModel may write
@@ -186,7 +187,8 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
                timeout: Optional[float] = None) -> SpoolRun:
         """Records a series to disk, into a directory that is made if need be; an earlier run in it is replaced. Method 1
         writes a file for each image, 3 many images into each file. `threads` is the number of threads that write, 2 by
-        default. Returns the recorded run. Raises NoImageError when no image came for `timeout` s, and VxmcdError when the
+        default. Returns the recorded run. When the disk has less room than the run needs, there is a DiskSpaceWarning, and
+        the images that fit are recorded. Raises NoImageError when no image came for `timeout` s, and VxmcdError when the
         run fails. In both cases, and after Ctrl-C, the directory has what was written until then."""
         name = os.fsencode(path)
         if not name or b"\0" in name:
@@ -198,7 +200,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
         self._session.call("SetSpool", 1, method, name)
         try:
             self._session.call("SetSpoolThreadCount", _SPOOL_THREADS if threads is None else threads)
-            with self._start(_run.SERIES, images) as run:
+            with self._start(_run.SERIES, images, lambda: self._warn_of_full_disk(path)) as run:
                 run.wait_for_end(timeout)
         except VxmcdError as error:
             if error.code != raw.RC_STATUS_SPOOL_ISSUE:
@@ -209,13 +211,19 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
             self._session.call("SetSpool", 0, method, None)
         return SpoolRun(path)
 
-    def _start(self, mode, images):
+    def _warn_of_full_disk(self, path):
+        needed, free = self._session.read("vxmcd_GetSpoolSpace", ctypes.c_ulonglong, ctypes.c_ulonglong,
+                                          also=(raw.RC_NOT_AVAILABLE,))
+        if needed > free:
+            warnings.warn(DiskSpaceWarning(os.fspath(path), needed, free), stacklevel=6)  # behind record()
+
+    def _start(self, mode, images, before_start=None):
         _check_length(images)
         triggers_every = None
         if self.trigger_mode is TriggerMode.SOFTWARE:
             # A busy sensor ignores a trigger, so it is sent again after this time.
             triggers_every = 1.5 * max(self.cycle_time, self.exposure + self.accumulation_cycle_time) + 0.2
-        return Run(self._session, mode, images, triggers_every)
+        return Run(self._session, mode, images, triggers_every, before_start)
 
     def _take(self, mode, stack, timeout):
         with self._start(mode, len(stack)) as run:

@@ -72,3 +72,17 @@ class ClippedWarning(UserWarning):
 
 class FramesLostWarning(UserWarning):
     """The camera's clock shows that the camera itself lost frames of a stream."""
+
+
+class DiskSpaceWarning(UserWarning):
+    """A run that is about to be recorded needs more room than the disk has. path: its directory. needed, free: bytes."""
+
+    def __init__(self, path, needed: int, free: int):
+        self.path = path
+        self.needed = needed
+        self.free = free
+        super().__init__(f"the run needs {needed} bytes ({needed / 1e6:.1f} MB) on the disk, and {free} bytes "
+                         f"({free / 1e6:.1f} MB) are free in {path!r}; it will end when the disk is full")
+
+    def __reduce__(self):
+        return type(self), (self.path, self.needed, self.free)
