@@ -70,6 +70,7 @@ int TSpoolFile::Create(const TSpoolVolume& volume)
 }
 
 // The end of the last file may be a hole: a series that fits on the disk must not be refused for what it never writes.
+// A file that does not fit takes images as long as their blocks can be had.
 int TSpoolFile::Preallocate()
 {
   const int error = Allocate(0, sizes_.used);

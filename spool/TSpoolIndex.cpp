@@ -6,6 +6,7 @@
 #include "spool/TSpoolFault.h"
 #include "utility/file_access.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -24,7 +25,9 @@ bool TSpoolIndex::Create(const std::string& directory, std::uint64_t reservedByt
     fault_->Raise("cannot create", path_, errno);
     return false;
   }
-  if (reservedBytes > 0) fallocate(file_.Get(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(reservedBytes));
+  // Some file systems apply the limit for the size of files here too, though the length stays.
+  if (const std::uint64_t bytes = std::min(reservedBytes, FileSizeLimit()); bytes > 0)
+    fallocate(file_.Get(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(bytes));
   return true;
 }
 

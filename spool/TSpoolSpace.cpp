@@ -67,13 +67,17 @@ std::optional<TSpoolSpace> TSpoolSpace::Measure(const std::string& directory, co
   const std::uint64_t imageBytes = layout.imageSizeBytes;
   const std::uint64_t ends = inBlocks(TSpoolDescription::kMaxBytes) + block; // the descriptions of both ends
 
+  const std::uint64_t earlierBytes = EarlierRunBytes(directory);
+
   TSpoolSpace space;
-  const std::uint64_t freeBlocks = geteuid() == 0 ? volume.f_bfree : volume.f_bavail; // some are kept for root
-  space.freeBytes = freeBlocks * block + EarlierRunBytes(directory);
+  space.freeBytes = volume.f_bavail * block + earlierBytes;
   space.neededBytes = images / perFile * inBlocks(perFile * imageBytes) + inBlocks(images % perFile * imageBytes) +
                       inBlocks(images * kRecordBytes) + ends;
-  const std::uint64_t room = space.freeBytes - std::min(space.freeBytes, ends);
-  const std::uint64_t fitting = room / (inBlocks(perFile * imageBytes) / perFile + kRecordBytes);
+  // Root may also use what is kept from others, and then needs the records for it.
+  const std::uint64_t usableBlocks = geteuid() == 0 ? std::max(volume.f_bfree, volume.f_bavail) : volume.f_bavail;
+  const std::uint64_t usable = usableBlocks * block + earlierBytes;
+  const std::uint64_t perImage = inBlocks(perFile * imageBytes) / perFile + kRecordBytes;
+  const std::uint64_t fitting = (usable - std::min(usable, ends)) / perImage;
   space.indexBytes = std::min<std::uint64_t>(images, fitting + 1) * kRecordBytes;
   return space;
 }

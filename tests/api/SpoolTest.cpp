@@ -192,6 +192,19 @@ TEST_P(SpoolMethods, NothingOfAnEarlierFrameIsWrittenBehindAShortOne)
   }
 }
 
+TEST_F(Spool, TheRoomThatARunNeedsIsKnownWhereItsLengthIs)
+{
+  Open();
+  unsigned long long needed = 0;
+  EXPECT_EQ(vxmcd_GetSpoolSpace(&needed, nullptr), RC_NOT_AVAILABLE) << "nothing is written";
+  SpoolTo(run_.Path(), kImagesTogether);
+  ASSERT_EQ(SetAcquisitionMode(3) | SetNumberKinetics(1000), RC_SUCCESS);
+  EXPECT_EQ(vxmcd_GetSpoolSpace(&needed, nullptr), RC_SUCCESS);
+  EXPECT_NEAR(static_cast<double>(needed), 1000 * (kCounterBytes + 32.0), 100e3);
+  ASSERT_EQ(SetAcquisitionMode(5), RC_SUCCESS);
+  EXPECT_EQ(vxmcd_GetSpoolSpace(&needed, nullptr), RC_NOT_AVAILABLE) << "until it is aborted";
+}
+
 TEST_F(Spool, WrongArgumentsAreRefusedBeforeTheCameraIsLookedUp)
 {
   std::array<char, 2> path{"x"};
@@ -376,9 +389,8 @@ class SpoolFullDisk : public Spool, public ::testing::WithParamInterface<TSize>
 {
 };
 
-// A disk that fills up at the first or a middle file; or by the index, in the middle of a place's records, since the
-// image file has its room from the beginning.
-TEST_P(SpoolFullDisk, EndsTheRunWithItsStatusAndTheFramesBeforeIntact)
+// Each disk is full in the middle of a file. The images that fit are there, but for what the description takes.
+TEST_P(SpoolFullDisk, EndsTheRunWithItsStatusAndEveryFrameThatFitsIntact)
 {
   const TSize& size = GetParam();
   for (const char* room : {"64k", "2m", "7m", "8700k"}) {
@@ -386,11 +398,20 @@ TEST_P(SpoolFullDisk, EndsTheRunWithItsStatusAndTheFramesBeforeIntact)
       VXSIM_Configure(kFreeCounterCamera);
       Open(size.width, size.height);
       SpoolTo(run_.Path(), size.method);
+      EXPECT_EQ(SetAcquisitionMode(3) | SetNumberKinetics(size.images), RC_SUCCESS);
+      unsigned long long needed = 0, available = 0, availableAgain = 0;
+      EXPECT_EQ(vxmcd_GetSpoolSpace(&needed, &available), RC_SUCCESS);
+      EXPECT_GT(needed, available);
       StartSeries(size.images);
       if (!HasEndedOnDisk() || Status() != RC_STATUS_SPOOL_ISSUE) return 2;
       const auto written =
           static_cast<long>(ExpectImagesOnDisk(run_, static_cast<std::size_t>(size.width) * size.height * 2));
       EXPECT_EQ(written, run_.Number("run", "ImagesWritten"));
+      const long imageBytes =
+          size.method == kImagePerFile && size.width < 64 ? 4096 : run_.Number("data", "ImageSize");
+      EXPECT_GE(written, (static_cast<long>(available) - 65536) / (imageBytes + 32));
+      EXPECT_EQ(vxmcd_GetSpoolSpace(&needed, &availableAgain), RC_SUCCESS);
+      EXPECT_EQ(availableAgain, available) << "the next run replaces this one";
       return HasFailure() ? 3 : 0;
     });
     if (result < 0) GTEST_SKIP() << "no right to mount a small file system here";

@@ -382,7 +382,7 @@ def test_a_camera_that_is_collected_during_a_call_for_another_one_waits_for_its_
 
 @pytest.mark.parametrize("error", [
     VxmcdError("SetImage", 20066, "for a reason"), vxmcd.NoCameraError("SetCurrentCamera", 20066, "there is none"),
-    vxmcd.ClippedWarning("exposure", 9, 5, "s"), FramesLostError(3, 17),
+    vxmcd.ClippedWarning("exposure", 9, 5, "s"), vxmcd.DiskSpaceWarning("run", 9, 5), FramesLostError(3, 17),
     SpoolFormatError(Path("a"), "is none"), MissingImageError([2, 4], Path("a")), DamagedImageError([1], Path("a"))])
 def test_errors_can_be_sent_to_other_processes(error):
     arrived = pickle.loads(pickle.dumps(error))

@@ -6,6 +6,7 @@ import signal
 import subprocess
 import sys
 import time
+import warnings
 from types import SimpleNamespace
 
 import numpy as np
@@ -106,6 +107,11 @@ def test_what_cannot_be_written_is_an_error(simulator, tmp_path):
                 camera.record(tmp_path / "run", *arguments)
         with pytest.raises(VxmcdError, match="SetSpoolThreadCount: 20066"):
             camera.record(tmp_path / "run", 3, threads=0)
+        with warnings.catch_warnings():
+            warnings.simplefilter("error")
+            with pytest.raises(vxmcd.DiskSpaceWarning, match=r"needs \d+ bytes .*B\) are free in '.*/run'") as caught:
+                camera.record(tmp_path / "run", 2**31 - 1)  # 600 GB
+            assert caught.value.needed > caught.value.free > 0
         assert camera.snap().shape == (8, 16) and os.listdir(tmp_path) == ["file"]
 
 

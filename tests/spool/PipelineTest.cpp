@@ -5,6 +5,7 @@
 #include "runs/TRunIndex.h"
 #include "spool/ISpooler.h"
 #include "spool/TSpoolLayout.h"
+#include "tests/spool/logged_by.h"
 #include "tests/spool/TDiskFaults.h"
 #include "tests/support/TScratchDirectory.h"
 #include "tests/support/TSpoolDirectory.h"
@@ -140,6 +141,18 @@ TEST_P(SpoolPipeline, KeepsTheImagesBeforeAWriteThatFailed)
     EXPECT_FALSE(Write());
     ExpectFailed();
     EXPECT_LT(ExpectImages(), images_.size());
+  }
+}
+
+TEST_P(SpoolPipeline, KeepsEveryImageThatFitsOnTheDisk)
+{
+  const bool fits = GetParam().method == TSpoolLayout::kImagePerFile; // the room is that of each file
+  disk_.fileRoom = static_cast<long>(7 * GetParam().imageBytes + GetParam().imageBytes / 2);
+  for (const bool noPreallocation : {false, true}) {
+    disk_.noPreallocation = noPreallocation;
+    EXPECT_EQ(Write(), fits);
+    EXPECT_EQ(ExpectImages(), fits ? images_.size() : 7u) << noPreallocation;
+    if (!fits) ExpectFailed();
   }
 }
 
@@ -318,6 +331,15 @@ TEST_F(SpoolDirectories, KeepNoFileWhoseBlocksCannotBeHad)
   disk_.FailNothing();
   disk_.Fail(Call::kAllocate, "(deleted)", EDQUOT, 1); // after the file that probes the file system
   EXPECT_FALSE(Write());
+}
+
+TEST_F(SpoolDirectories, MayBeTooSmallWhichIsLoggedBeforeTheStart)
+{
+  const auto logged = [this](std::uint32_t images) {
+    return LoggedBy([=, this] { TSpoolPipeline({path_, TSpoolLayout::kImagesTogether, 1}, 8 << 20, images); });
+  };
+  EXPECT_THAT(logged(UINT32_MAX), HasSubstr("a run of 4294967295 images needs 36028"));
+  EXPECT_EQ(logged(1), "");
 }
 
 /// Limits the size of this process's files for as long as it lives.

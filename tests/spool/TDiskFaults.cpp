@@ -2,6 +2,7 @@
 // A disk that fails on request.
 #include "tests/spool/TDiskFaults.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdarg>
@@ -26,6 +27,21 @@ bool Fails(Call call, int file)
   const int error = disk && disk->FailsSometimes() ? disk->ErrorOf(call, file) : 0;
   if (error != 0) errno = error;
   return error != 0;
+}
+
+std::string PathOf(int file)
+{
+  std::error_code none;
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), none).string();
+}
+
+/// How much of this part of a file the disk has room for. Sets errno when that is nothing.
+std::size_t RoomFor(int file, off_t offset, std::size_t size)
+{
+  const long room = faults ? faults.load()->fileRoom.load() : -1;
+  if (room < 0 || PathOf(file).find("/spool_0") == std::string::npos) return size;
+  errno = ENOSPC;
+  return static_cast<std::size_t>(std::clamp<long>(room - offset, 0, static_cast<long>(size)));
 }
 
 bool IsWithoutSync()
@@ -66,8 +82,7 @@ bool TDiskFaults::FailsSometimes()
 
 int TDiskFaults::ErrorOf(Call call, int file)
 {
-  std::error_code none;
-  const std::string path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), none).string();
+  const std::string path = PathOf(file);
   const std::lock_guard lock(mutex_);
   for (TRule& rule : rules_)
     if (rule.call == call && path.ends_with(rule.nameEnd) && rule.successes-- <= 0) return rule.error;
@@ -90,6 +105,7 @@ int __wrap_open(const char* path, int flags, ...);
 
 ssize_t __wrap_pwrite(int file, const void* data, std::size_t size, off_t offset)
 {
+  if (size > 0 && (size = RoomFor(file, offset, size)) == 0) return -1;
   TDiskFaults* const disk = faults;
   if (!disk || size < kLargeWrite) return __real_pwrite(file, data, size, offset);
   std::this_thread::sleep_for(std::chrono::milliseconds(disk->writeDelayMs));
@@ -126,6 +142,7 @@ int __wrap_fallocate(int file, int mode, off_t offset, off_t size)
 {
   if (Fails(Call::kAllocate, file)) return -1;
   const TDiskFaults* const disk = faults;
+  if (RoomFor(file, offset, static_cast<std::size_t>(size)) < static_cast<std::size_t>(size)) return -1;
   if (!disk || !disk->noPreallocation) return __real_fallocate(file, mode, offset, size);
   errno = EOPNOTSUPP;
   return -1;

@@ -36,6 +36,7 @@ public:
   std::atomic<int> writeDelayMs{0};      ///< before each large write
   std::atomic<bool> writesAreCut{false}; ///< a large write takes nothing and then a part, as when signals come
   std::atomic<bool> noSync{false};       ///< nothing is brought to the disk, which saves the time
+  std::atomic<long> fileRoom{-1}; ///< offset in each image file behind which the disk is full; below 0 nowhere
   std::atomic<bool> noPreallocation{false};
   std::atomic<bool> noDirectWrites{false};
 

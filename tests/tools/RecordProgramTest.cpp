@@ -123,7 +123,8 @@ TEST_F(RecordProgram, DescriptionThatCannotBeReadIsNotTakenForAnEmptyDisk)
 TEST_F(RecordProgram, FullDiskIsExplainedAndTheImagesBeforeAreThere)
 {
   Configure(kCounterCamera);
-  const TOutcome outcome = Run(Record({"--frames", "100", "--spool-method", "single"}), 400'000);
+  const TOutcome outcome = Run(Record({"--frames", "1000000000", "--spool-method", "single"}), 400'000);
+  EXPECT_NE(outcome.errors.find("warning: the run needs 52"), std::string::npos) << outcome.errors; // 520 TB
   EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
   EXPECT_NE(outcome.errors.find("20026 RC_STATUS_SPOOL_ISSUE"), std::string::npos) << outcome.errors;
   EXPECT_NE(outcome.errors.find("check free space and permissions"), std::string::npos) << outcome.errors;
@@ -149,7 +150,9 @@ TEST_F(RecordProgram, FramesLostInTheCameraAreCounted)
 TEST_F(RecordProgram, WhatIsThereAlreadyIsNotReplacedUnasked)
 {
   Configure(kCounterCamera);
-  ASSERT_EQ(Run(Record({"--frames", "3"})).exitCode, 0);
+  const TOutcome first = Run(Record({"--frames", "3"}));
+  ASSERT_EQ(first.exitCode, 0);
+  EXPECT_EQ(first.errors.find("warning"), std::string::npos) << first.errors;
   const std::string description = TextOf(Directory() + "/" + RunFormat::kDescriptionName);
   const TOutcome refused = Run(Record({"--frames", "4"}));
   EXPECT_EQ(refused.exitCode, 4);
