@@ -974,9 +974,9 @@ VXMCD_API unsigned int createAcquisitionEvents(void);
  *  When the disk is slower than the camera, frames wait in the ring and then in the camera, and when both are full the
  *  run ends with #RC_STATUS_HARDWARE_OVERFLOW. When frames cannot be written (disk full, files or directory removed,
  *  limit of the process for the size of files) it ends with #RC_STATUS_SPOOL_ISSUE. In either case the frames written
- *  before stay, and the description in the directory counts those that are known to be on the disk. A power failure
- *  costs the images of about the last two seconds. GetStatus() reports a failure at once, while the directory is
- *  complete only when the "State" in its description is no longer "recording".
+ *  before stay, on a full disk all that fit, and the description in the directory counts those that are known to be on
+ *  the disk. A power failure costs the images of about the last two seconds. GetStatus() reports a failure at once,
+ *  while the directory is complete only when the "State" in its description is no longer "recording".
  *  @{ */
 /**
  * Switches writing on or off, from the next start on. StartAcquisition() makes the directory, with its parents. A
