@@ -22,7 +22,7 @@ std::string FileWith(const char* function)
   return error ? info.dli_fname : file.string();
 }
 
-// "3.0.0" of "libvxcore.so.3.0.0".
+// "3" of "libvxcore.so.3".
 std::string VersionInName(const std::string& file)
 {
   constexpr std::string_view kMark = ".so.";
