@@ -6,6 +6,7 @@
 #include "features/feature_access.h"
 #include "features/feature_interfaces.h"
 #include "features/feature_names.h"
+#include "utility/TCallNotes.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
 #include <algorithm>
@@ -74,9 +75,13 @@ int WriteCount(IInt& feature, int count, bool mayLack)
   return isThere ? TPseudoAcquisitionMode::kAccepted : status;
 }
 
-bool IsProductInRange(int left, int right)
+// Whether a count can be used together with the other one.
+bool IsCount(int count, int other)
 {
-  return std::int64_t{left} * right <= std::numeric_limits<int>::max();
+  if (count >= 1 && std::int64_t{count} * other <= std::numeric_limits<int>::max()) return true;
+  TCallNotes::AddDetail("a count begins at 1, and accumulations times images end at %d",
+                        std::numeric_limits<int>::max());
+  return false;
 }
 
 } // namespace
@@ -93,7 +98,11 @@ TPseudoAcquisitionMode::TPseudoAcquisitionMode(TVxmcdAcquisitionManager* manager
 
 int TPseudoAcquisitionMode::SetMode(int mode)
 {
-  if (!FindMode(mode)) return kRejected;
+  if (!FindMode(mode)) {
+    TCallNotes::AddDetail("the acquisition modes are %d, %d, %d and %d", kSingleScan, kAccumulate, kKinetics,
+                          kRunTillAbort);
+    return kRejected;
+  }
   const TLock lock(mutex_);
   const int before = mode_;
   mode_ = mode;
@@ -104,7 +113,7 @@ int TPseudoAcquisitionMode::SetMode(int mode)
 int TPseudoAcquisitionMode::SetNumberAccumulations(int count)
 {
   const TLock lock(mutex_);
-  if (count < 1 || !IsProductInRange(count, kinetics_)) return kRejected;
+  if (!IsCount(count, kinetics_)) return kRejected;
   if (count > 1 && !IsImplemented(*accumulateCount_)) return kNotSupported;
 
   const int before = accumulations_;
@@ -116,7 +125,7 @@ int TPseudoAcquisitionMode::SetNumberAccumulations(int count)
 int TPseudoAcquisitionMode::SetNumberKinetics(int count)
 {
   const TLock lock(mutex_);
-  if (count < 1 || !IsProductInRange(count, accumulations_)) return kRejected;
+  if (!IsCount(count, accumulations_)) return kRejected;
   if (count > 1 && !IsImplemented(*frameCount_)) return kNotSupported;
 
   const int before = kinetics_;

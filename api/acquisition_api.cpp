@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Starting, stopping and waiting for an acquisition, and its status.
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
-#include "utility/exports.h"
 #include "utility/outputs.h"
 #include "utility/TQuorinEvent.h"
+#include "utility/TQuorinLibDebugOutput.h"
+#include "utility/TUnusedCall.h"
 
 #include <cstdint>
+#include <optional>
+
+namespace EntryPoint {
+
+using QuorinUtility::TQuorinLibDebugOutput;
 
 namespace {
 
@@ -36,12 +43,25 @@ int StatusOf(TVxmcdAcquisitionManager& manager)
   return isRunning ? RC_ACQUIRING : RC_IDLE;
 }
 
+// Nothing refuses a second run.
+void WarnOfOtherRun(const TCameraUse& camera)
+{
+  if (!TQuorinLibDebugOutput::IsEnabled(TQuorinLibDebugOutput::Warning)) return;
+  if (const std::optional<long> other = FindOtherRun(camera.Record()))
+    TQuorinLibDebugOutput::Output(
+        __FILE__, __LINE__, "StartAcquisition", TQuorinLibDebugOutput::Warning,
+        "camera %ld is started while camera %ld acquires: both runs now fetch frames from the "
+        "current camera, so both lose frames; abort one of them",
+        CurrentCameraHandle(), *other);
+}
+
 } // namespace
 
 unsigned int StartAcquisition(void)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
+  WarnOfOtherRun(camera);
   const TCursorReset reset(camera);
   if (camera.AcquisitionMode().ApplyPending() != TPseudoAcquisitionMode::kAccepted) return RC_START_REFUSED;
   return ToResultCode(camera.Manager().Start(), ResultMap::kStart);
@@ -68,7 +88,6 @@ unsigned int WaitForAcquisitionByHandle(long handle)
 {
   return WaitForAcquisitionByHandleTimeOut(handle, QuorinUtility::TQuorinEvent::Infinite);
 }
-VXMCD_PLAIN_NAME(WaitForAcquisitionByHandle, _Z26WaitForAcquisitionByHandlel);
 
 unsigned int WaitForAcquisitionByHandleTimeOut(long handle, int timeoutMs)
 {
@@ -77,7 +96,6 @@ unsigned int WaitForAcquisitionByHandleTimeOut(long handle, int timeoutMs)
   if (!camera) return RC_NOT_INITIALIZED;
   return ToResultCode(camera.Manager().Wait(timeoutMs), RC_NO_NEW_DATA);
 }
-VXMCD_PLAIN_NAME(WaitForAcquisitionByHandleTimeOut, _Z33WaitForAcquisitionByHandleTimeOutli);
 
 unsigned int CancelWait(void)
 {
@@ -109,7 +127,6 @@ unsigned int GetAcquisitionProgress(long* accumulations, long* series)
   if (status != RC_IDLE && !isComplete) WriteOutput(series, newest);
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(GetAcquisitionProgress, _Z22GetAcquisitionProgressPlS_);
 
 unsigned int GetSizeOfCircularBuffer(long* size)
 {
@@ -118,7 +135,6 @@ unsigned int GetSizeOfCircularBuffer(long* size)
   WriteOutput(size, camera.Manager().GetCircularBufferSize());
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(GetSizeOfCircularBuffer, _Z23GetSizeOfCircularBufferPl);
 
 unsigned int FreeInternalMemory(void)
 {
@@ -129,5 +145,9 @@ unsigned int FreeInternalMemory(void)
 
 unsigned int createAcquisitionEvents(void)
 {
+  static constinit TUnusedCall call(__func__, "20002 RC_SUCCESS", "there are no such events");
+  call.Note();
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 // The potentiometers of the camera. Several of these functions return the facade's own status, 0 or 1; callers
 // rely on that.
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TServiceUse.h"
 #include "service/TCameraPotsFacade.h"
 #include "service/TObserverList.h"
 #include "utility/outputs.h"
 #include "vxmcd.h"
+
+namespace EntryPoint {
 
 unsigned int vxsys_CameraPotsLoadFile(const char* fileName)
 {
@@ -110,3 +113,5 @@ unsigned int vxsys_CameraPotsUnregisterObserver(void* context)
   camera.Observers().Unregister(context);
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint

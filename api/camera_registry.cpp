@@ -4,6 +4,7 @@
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "utility/exports.h"
+#include "utility/TCallNotes.h"
 #include "utility/TMutex.h"
 #include "utility/TQuorinCriticalSection.h"
 
@@ -83,13 +84,27 @@ void UnregisterCamera(long handle)
 
 TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager)
 {
-  if (IsForkedChild()) return nullptr;
+  if (IsForkedChild()) {
+    TCallNotes::AddFailure("the cameras belong to the process that this one was forked from");
+    return nullptr;
+  }
   const TSharedLock lock(registryMutex.object);
   TCamera* const camera = Find(handle);
-  if (!camera->acquisitionManager) return nullptr;
+  if (!camera->acquisitionManager) {
+    TCallNotes::AddFailure("no camera is open under handle %ld", handle);
+    return nullptr;
+  }
   manager = camera->acquisitionManager;
   manager->Uses().Enter();
   return camera;
+}
+
+std::optional<long> FindOtherRun(const TCamera& camera)
+{
+  const TSharedLock lock(registryMutex.object);
+  for (const auto& [handle, other] : HandleToCameraMap.object)
+    if (&other != &camera && other.acquisitionManager && other.acquisitionManager->IsRunning()) return handle;
+  return std::nullopt;
 }
 
 TVxmcdAcquisitionManager* CloseCameraToNewUses(TCamera& camera)

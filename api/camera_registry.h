@@ -9,6 +9,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace QuorinUtility {
 class TQuorinCriticalSection;
@@ -35,6 +36,8 @@ void UnregisterCamera(long handle);
 /// Counts the caller into the uses of the camera's acquisition manager, see TCameraUse, and writes its address.
 /// Null when no camera is open under @p handle or it is being closed.
 TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager);
+/// The handle of another camera than @p camera that acquires, if there is one.
+std::optional<long> FindOtherRun(const TCamera& camera);
 /// Removes the acquisition manager from the record, so that no new use of the camera can begin.
 TVxmcdAcquisitionManager* CloseCameraToNewUses(TCamera& camera);
 

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Choosing a camera.
+#include "api/call_log.h"
 #include "api/camera_registry.h"
+#include "api/entry_points.h"
 #include "features/current_core_handle.h"
 #include "features/device_access.h"
 #include "features/TLibraryUse.h"
-#include "utility/exports.h"
 #include "utility/outputs.h"
+
+namespace EntryPoint {
 
 namespace {
 
@@ -25,34 +28,31 @@ unsigned int GetAvailableCameras(long* count)
   WriteOutput(count, deviceCount);
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(GetAvailableCameras, _Z19GetAvailableCamerasPl);
 
 unsigned int GetCameraHandle(long cameraIndex, long* handle)
 {
   long count = 0;
   if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return code;
-  if (cameraIndex < 0 || cameraIndex >= count) return RC_P1_INVALID;
+  if (cameraIndex < 0 || cameraIndex >= count) return Refuse(RC_P1_INVALID, "there are %ld cameras", count);
   WriteOutput(handle, kFirstCameraHandle + cameraIndex);
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(GetCameraHandle, _Z15GetCameraHandlelPl);
 
 unsigned int SetCurrentCamera(long handle)
 {
   long count = 0;
   if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return code;
-  if (!IsHandleInRange(handle, count)) return RC_P1_INVALID;
+  if (!IsHandleInRange(handle, count))
+    return Refuse(RC_P1_INVALID, "there are %ld cameras, from handle %ld", count, kFirstCameraHandle);
   SelectCamera(handle);
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(SetCurrentCamera, _Z16SetCurrentCameral);
 
 unsigned int GetCurrentCamera(long* handle)
 {
   WriteOutput(handle, CurrentCameraHandle());
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(GetCurrentCamera, _Z16GetCurrentCameraPl);
 
 unsigned int GetSDK3Handle(int* handle)
 {
@@ -60,3 +60,5 @@ unsigned int GetSDK3Handle(int* handle)
   *handle = CurrentCoreHandle();
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What kind of camera is open.
+#include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
@@ -17,6 +18,8 @@
 VXMCD_API void extractNumberFromString(wchar_t* text, int& number);
 extern "C" VXMCD_API void PlainExtractNumberFromString(wchar_t* text,
                                                        int* number) __asm__("extractNumberFromString");
+
+namespace EntryPoint {
 
 namespace {
 
@@ -234,6 +237,8 @@ unsigned int GetHardwareVersion(unsigned int* out1, unsigned int* out2, unsigned
   return RC_SUCCESS;
 }
 
+} // namespace EntryPoint
+
 void extractNumberFromString(wchar_t* text, int& number)
 {
   const wchar_t* const digits = text ? std::wcspbrk(text, L"0123456789") : nullptr;
@@ -244,6 +249,8 @@ void PlainExtractNumberFromString(wchar_t* text, int* number)
 {
   if (number) extractNumberFromString(text, *number);
 }
+
+namespace EntryPoint {
 
 unsigned int GetCameraSerialNumber(int* number)
 {
@@ -291,3 +298,5 @@ unsigned int GetControllerCardModel(char* name)
   WriteOutput(name, '\0');
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The contents of the camera's EEPROM, through the object that the configuration library created.
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TServiceUse.h"
 #include "utility/outputs.h"
 #include "vxmcd.h"
 #include "vxmcd_plugins.h"
+
+namespace EntryPoint {
 
 namespace {
 
@@ -76,3 +79,5 @@ unsigned int LoadEEPROM(const char* fileName)
   if (camera.Configuration()->LoadFromFile(fileName) != 0) return RC_FEATURE_ERROR;
   return ToResultCode(camera.Configuration()->WriteToEEPROM(), RC_FEATURE_ERROR);
 }
+
+} // namespace EntryPoint

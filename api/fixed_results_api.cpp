@@ -5,6 +5,7 @@
 // the caller removes its arguments, so that ignored ones cost nothing.
 #undef VXMCD_WITHOUT_FIXED_RESULTS
 #include "utility/exports.h"
+#include "utility/TUnusedCall.h"
 #include "vxmcd.h"
 
 #include <cstring>
@@ -25,24 +26,39 @@ struct TFixedValue
   }
 };
 
+constexpr const char* ResultText(unsigned int code)
+{
+  switch (code) {
+#define ROW(name, number, meaning, advice)                                                                        \
+  case number:                                                                                                    \
+    return #number " " #name;
+    VXMCD_RESULT_CODES(ROW)
+#undef ROW
+  default:
+    return "";
+  }
+}
+
 } // namespace
 
+#define FIXED_REASON(reason, text) static constexpr const char* k##reason = text;
+// The body of each function.
+#define ANSWER(name, code, reason)                                                                                \
+  static constinit TUnusedCall call(#name, ResultText(code), k##reason);                                          \
+  call.Note();                                                                                                    \
+  return code;
 #define FIXED_RESULT(name, code, reason)                                                                          \
   unsigned int name(...)                                                                                          \
   {                                                                                                               \
-    return code;                                                                                                  \
+    ANSWER(name, code, reason)                                                                                    \
   }
 #define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason)                                                 \
-  unsigned int name arguments                                                                                     \
-  {                                                                                                               \
-    return code;                                                                                                  \
-  }                                                                                                               \
-  VXMCD_PLAIN_NAME(name, symbol);
+  unsigned int name arguments{ANSWER(name, code, reason)} VXMCD_PLAIN_NAME(name, symbol);
 // The header declares the function under another name, with this symbol.
 #define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason)                                            \
   unsigned int name##Decorated arguments                                                                          \
   {                                                                                                               \
-    return code;                                                                                                  \
+    ANSWER(name, code, reason)                                                                                    \
   }
 // Defined under another name, because by the header callers may pass anything before the output. The position of an
 // output does not count floating-point arguments, which are passed in other registers.
@@ -52,7 +68,7 @@ struct TFixedValue
   unsigned int Define##name parameters                                                                            \
   {                                                                                                               \
     TFixedValue<type>{fixed} outputs;                                                                             \
-    return code;                                                                                                  \
+    ANSWER(name, code, reason)                                                                                    \
   }
 // NOLINTEND(bugprone-macro-parentheses)
 #include "api/fixed_results.def"

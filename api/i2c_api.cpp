@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Devices on the camera's I2C buses.
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "service/TSDK3i2c.h"
-#include "utility/exports.h"
 #include "vxmcd.h"
+
+namespace EntryPoint {
 
 namespace {
 
@@ -22,7 +24,6 @@ unsigned int I2CBurstRead(unsigned char address, long count, unsigned char* data
   TSDK3i2c bus(camera.CoreHandle(), kControllerBus);
   return ToResultCode(bus.Read(address, data, static_cast<unsigned int>(count)), ResultMap::kI2c);
 }
-VXMCD_PLAIN_NAME(I2CBurstRead, _Z12I2CBurstReadhlPh);
 
 unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* data)
 {
@@ -32,4 +33,5 @@ unsigned int I2CBurstWrite(unsigned char address, long count, unsigned char* dat
   TSDK3i2c bus(camera.CoreHandle(), kControllerBus);
   return ToResultCode(bus.Write(address, data, static_cast<unsigned int>(count)), ResultMap::kI2c);
 }
-VXMCD_PLAIN_NAME(I2CBurstWrite, _Z13I2CBurstWritehlPh);
+
+} // namespace EntryPoint

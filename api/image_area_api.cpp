@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The sensor and the image area on it.
+#include "api/call_log.h"
+#include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
@@ -9,6 +11,8 @@
 
 #include <cstdint>
 #include <iterator>
+
+namespace EntryPoint {
 
 namespace {
 
@@ -116,8 +120,8 @@ unsigned int SetImage(int hbin, int vbin, int hstart, int hend, int vstart, int 
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  if (hbin < 1) return RC_P1_INVALID;
-  if (vbin < 1) return RC_P2_INVALID;
+  if (hbin < 1) return Refuse(RC_P1_INVALID, "binning begins at 1");
+  if (vbin < 1) return Refuse(RC_P2_INVALID, "binning begins at 1");
 
   const TLayoutSwitch layout(camera.CoreHandle(), FeatureText::kImage);
   setBinningOptions(camera.CoreHandle(), hbin, vbin); // its result is not used: width and height show a failure
@@ -162,7 +166,7 @@ unsigned int GetMaximumBinning(int /*readMode*/, int horzVert, int* maxBinning)
   constexpr unsigned int kDone = 0; // not RC_SUCCESS: callers rely on it
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  if (horzVert != 0 && horzVert != 1) return RC_P2_INVALID;
+  if (horzVert != 0 && horzVert != 1) return Refuse(RC_P2_INVALID, "the directions are 0 and 1");
   if (!maxBinning) return RC_P3_INVALID;
   *maxBinning = 1;
   const wchar_t* const feature = horzVert == 0 ? Feature::kAOIHBinInternal : Feature::kAOIVBinInternal;
@@ -172,3 +176,5 @@ unsigned int GetMaximumBinning(int /*readMode*/, int horzVert, int* maxBinning)
   *maxBinning = static_cast<int>(maximum);
   return kDone;
 }
+
+} // namespace EntryPoint

@@ -3,6 +3,7 @@
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "api/camera_assembly.h"
 #include "api/camera_registry.h"
+#include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "api/trigger_board_library.h"
 #include "features/device_access.h"
@@ -15,6 +16,8 @@
 
 #include <atomic>
 #include <limits>
+
+namespace EntryPoint {
 
 namespace {
 
@@ -89,7 +92,6 @@ unsigned int Initialize(char* /*directory*/)
   camera.usesLibrary = usesLibrary;
   RegisterCamera(handle, camera);
   WriteBool(coreHandle, Feature::kMetadataEnable, 1);
-  createAcquisitionEvents();
   return RC_SUCCESS;
 }
 
@@ -113,6 +115,8 @@ unsigned int ShutDown(void)
   if (usesLibrary) TLibraryUse::Finalise();
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint
 
 void MyInitialise(void) {}
 

@@ -2,11 +2,14 @@
 // Metadata of frames.
 #include "acquisition/TTimestampRepository.h"
 #include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "utility/outputs.h"
+
+namespace EntryPoint {
 
 unsigned int SetMetaData(int enable)
 {
@@ -35,3 +38,5 @@ unsigned int vxsys_GetRawMetaDataInfo(unsigned int* timestampCount, long long* t
   WriteOutput(timestampCount, repository->Throughput());
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Acquisition and read modes, counts and overlap.
+#include "api/call_log.h"
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
+
+namespace EntryPoint {
 
 unsigned int SetAcquisitionMode(int mode)
 {
@@ -38,7 +42,7 @@ unsigned int SetReadMode(int mode)
     WriteText(camera.CoreHandle(), Feature::kAOILayout, FeatureText::kImage);
     return RC_SUCCESS;
   default:
-    return RC_P1_INVALID;
+    return Refuse(RC_P1_INVALID, "the read modes are 2 and 4");
   }
 }
 
@@ -53,3 +57,5 @@ unsigned int SetFrameTransferMode(int on)
 {
   return SetOverlapMode(on);
 }
+
+} // namespace EntryPoint

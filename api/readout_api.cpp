@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The readout channel: AD channels, amplifiers, speeds and gains by index, baseline clamp, fill of the memory.
+#include "api/call_log.h"
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
+#include "features/refused_access.h"
 #include "features/TgetFIFOUsage.h"
 #include "features/TPseudoADChannel.h"
 #include "features/TPseudoAmplifier.h"
@@ -12,6 +15,8 @@
 #include "utility/TQuorinMisc.h"
 
 #include <cstring>
+
+namespace EntryPoint {
 
 namespace {
 
@@ -72,7 +77,7 @@ unsigned int IsAmplifierAvailable(int amplifier)
 {
   int count = 0;
   if (const unsigned int code = GetNumberAmp(&count); code != RC_SUCCESS) return code;
-  return amplifier >= 0 && amplifier < count ? RC_SUCCESS : RC_INVALID_AMPLIFIER;
+  return IsIndexOf(count, amplifier, "amplifier") ? RC_SUCCESS : RC_INVALID_AMPLIFIER;
 }
 
 unsigned int GetAmpDesc(int amplifier, char* text, int length)
@@ -182,7 +187,7 @@ unsigned int SetBaselineClamp(int state)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  if (state != 0 && state != 1) return RC_P1_INVALID;
+  if (state != 0 && state != 1) return Refuse(RC_P1_INVALID, "the states are 0 and 1");
   return ToResultCode(camera.BaselineClamp().Set(state == 1), ResultMap::kBaselineClamp);
 }
 
@@ -206,3 +211,5 @@ unsigned int GetFIFOUsage(int* percent)
   if (!percent) return RC_P1_INVALID;
   return ToResultCode(camera.FIFOUsage().GetInt(*percent), RC_NOT_SUPPORTED);
 }
+
+} // namespace EntryPoint

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Copying images of the current or last run.
 #include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/TValueText.h"
 #include "retrieval/TPackedFetchImage.h"
 #include "retrieval/TUnpackedFetchImage.h"
-#include "utility/exports.h"
 #include "utility/outputs.h"
 
 #include <algorithm>
@@ -15,6 +15,8 @@
 #include <limits>
 #include <memory>
 #include <type_traits>
+
+namespace EntryPoint {
 
 namespace {
 
@@ -119,75 +121,63 @@ unsigned int GetAcquiredData8(unsigned char* array, unsigned long size)
 {
   return AcquiredData(array, size);
 }
-VXMCD_PLAIN_NAME(GetAcquiredData8, _Z16GetAcquiredData8Phm);
 
 unsigned int GetAcquiredData16(unsigned short* array, unsigned long size)
 {
   return AcquiredData(array, size);
 }
-VXMCD_PLAIN_NAME(GetAcquiredData16, _Z17GetAcquiredData16Ptm);
 
 unsigned int GetAcquiredData(int* array, unsigned long size)
 {
   return AcquiredData(array, size);
 }
-VXMCD_PLAIN_NAME(GetAcquiredData, _Z15GetAcquiredDataPim);
 
 unsigned int GetOldestImage8(unsigned char* array, unsigned long size)
 {
   return OldestImage(array, size);
 }
-VXMCD_PLAIN_NAME(GetOldestImage8, _Z15GetOldestImage8Phm);
 
 unsigned int GetOldestImage16(unsigned short* array, unsigned long size)
 {
   return OldestImage(array, size);
 }
-VXMCD_PLAIN_NAME(GetOldestImage16, _Z16GetOldestImage16Ptm);
 
 unsigned int GetOldestImage(int* array, unsigned long size)
 {
   return OldestImage(array, size);
 }
-VXMCD_PLAIN_NAME(GetOldestImage, _Z14GetOldestImagePim);
 
 unsigned int GetMostRecentImage8(unsigned char* array, unsigned long size)
 {
   return MostRecentImage(array, size);
 }
-VXMCD_PLAIN_NAME(GetMostRecentImage8, _Z19GetMostRecentImage8Phm);
 
 unsigned int GetMostRecentImage16(unsigned short* array, unsigned long size)
 {
   return MostRecentImage(array, size);
 }
-VXMCD_PLAIN_NAME(GetMostRecentImage16, _Z20GetMostRecentImage16Ptm);
 
 unsigned int GetMostRecentImage(int* array, unsigned long size)
 {
   return MostRecentImage(array, size);
 }
-VXMCD_PLAIN_NAME(GetMostRecentImage, _Z18GetMostRecentImagePim);
 
 unsigned int GetImages8(long first, long last, unsigned char* array, unsigned long size, long* validFirst,
                         long* validLast)
 {
   return Images(first, last, array, size, validFirst, validLast);
 }
-VXMCD_PLAIN_NAME(GetImages8, _Z10GetImages8llPhmPlS0_);
 
 unsigned int GetImages16(long first, long last, unsigned short* array, unsigned long size, long* validFirst,
                          long* validLast)
 {
   return Images(first, last, array, size, validFirst, validLast);
 }
-VXMCD_PLAIN_NAME(GetImages16, _Z11GetImages16llPtmPlS0_);
 
 unsigned int GetImages(long first, long last, int* array, unsigned long size, long* validFirst, long* validLast)
 {
   return Images(first, last, array, size, validFirst, validLast);
 }
-VXMCD_PLAIN_NAME(GetImages, _Z9GetImagesllPimPlS0_);
 
 unsigned int vxmcd_GetIntactImage8(long image, unsigned char* array, unsigned long size, long long* ticks)
 {
@@ -218,7 +208,6 @@ unsigned int GetNumberAvailableImages(int* first, int* last)
   *first = ImageNumber(queue->GetMinimumImageAvailable());
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(GetNumberAvailableImages, _Z24GetNumberAvailableImagesPiS_);
 
 unsigned int GetTotalNumberImagesAcquired(long* count)
 {
@@ -228,4 +217,5 @@ unsigned int GetTotalNumberImagesAcquired(long* count)
   WriteOutput(count, queue ? queue->GetMaximumImageAvailable() : 0);
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(GetTotalNumberImagesAcquired, _Z28GetTotalNumberImagesAcquiredPl);
+
+} // namespace EntryPoint

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Values for maintenance tools. All but the first are the same for every camera, and need none.
+#include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "utility/outputs.h"
 #include "vxmcd.h"
+
+namespace EntryPoint {
 
 namespace {
 
@@ -73,3 +76,5 @@ unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* maximum)
   for (double* const frequency : {minimum, maximum}) WriteOutput(frequency, kGatePulseFrequency);
   return RC_NOT_SUPPORTED;
 }
+
+} // namespace EntryPoint

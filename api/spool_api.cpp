@@ -1,15 +1,21 @@
 // SPDX-License-Identifier: MIT
 // Writing the frames of a run to the disk.
 #include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/call_log.h"
+#include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "spool/TSpoolLayout.h"
 #include "spool/TSpoolSpace.h"
 
 #include <optional>
 
+namespace EntryPoint {
+
 unsigned int SetSpool(int active, int method, char* path)
 {
-  if (method != TSpoolLayout::kImagePerFile && method != TSpoolLayout::kImagesTogether) return RC_P2_INVALID;
+  if (method != TSpoolLayout::kImagePerFile && method != TSpoolLayout::kImagesTogether)
+    return Refuse(RC_P2_INVALID, "the methods are %d and %d", TSpoolLayout::kImagePerFile,
+                  TSpoolLayout::kImagesTogether);
   if (active == 1 && !path) return RC_P3_INVALID;
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
@@ -19,7 +25,7 @@ unsigned int SetSpool(int active, int method, char* path)
 
 unsigned int SetSpoolThreadCount(int count)
 {
-  if (count < 1) return RC_P1_INVALID;
+  if (count < 1) return Refuse(RC_P1_INVALID, "there must be 1 thread or more");
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   camera.Manager().SetSpoolThreadCount(count);
@@ -36,3 +42,5 @@ unsigned int vxmcd_GetSpoolSpace(unsigned long long* neededBytes, unsigned long 
   if (freeBytes) *freeBytes = space->freeBytes;
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Cooling and temperature.
+#include "api/call_log.h"
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
@@ -8,6 +10,8 @@
 #include "vxmcd.h"
 
 #include <limits>
+
+namespace EntryPoint {
 
 namespace {
 
@@ -143,6 +147,8 @@ unsigned int SetFanMode(int mode)
   int count = 0;
   ReadValueCount(camera.CoreHandle(), Feature::kFanSpeed, count); // not needed; kept as a call to the camera
   const wchar_t* const text = FanText(mode);
-  if (!text) return RC_P1_INVALID;
+  if (!text) return Refuse(RC_P1_INVALID, "the fan modes are 0, 1 and 2");
   return ToResultCode(WriteText(camera.CoreHandle(), Feature::kFanSpeed, text), RC_P1_INVALID);
 }
+
+} // namespace EntryPoint

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Exposure and cycle times.
+#include "api/call_log.h"
+#include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
@@ -7,6 +9,8 @@
 #include "utility/outputs.h"
 
 #include <optional>
+
+namespace EntryPoint {
 
 namespace {
 
@@ -60,7 +64,8 @@ unsigned int SetAccumulationCycleTime(float seconds)
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
   if (!isImplemented(camera.CoreHandle(), Feature::kAccumulateCount)) return RC_NOT_SUPPORTED;
-  if (camera.AcquisitionMode().GetNumberAccumulations() < 2) return RC_NOT_SUPPORTED;
+  if (camera.AcquisitionMode().GetNumberAccumulations() < 2)
+    return Refuse(RC_NOT_SUPPORTED, "fewer than 2 accumulations are set");
   if (!isImplemented(camera.CoreHandle(), Feature::kBurstRate)) return RC_SUCCESS;
 
   const TRange range{ReadLimit(ReadFloatMax, camera.CoreHandle(), Feature::kBurstRate), std::nullopt};
@@ -131,3 +136,5 @@ unsigned int GetMaximumExposure(float* seconds)
   WriteOutput(seconds, maximum);
   return ToResultCode(code, RC_P1_INVALID);
 }
+
+} // namespace EntryPoint

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Trigger modes and the software trigger.
+#include "api/call_log.h"
+#include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
-#include "utility/exports.h"
 #include "vxmcd.h"
+
+namespace EntryPoint {
 
 namespace {
 
@@ -36,7 +39,7 @@ unsigned int SetTriggerMode(int mode)
   std::wstring external;
   if (const unsigned int code = TriggerModeFeatureFinder(external); code != RC_SUCCESS) return code;
   const wchar_t* const text = TriggerModeText(mode, external);
-  if (!text) return RC_P1_INVALID;
+  if (!text) return Refuse(RC_P1_INVALID, "the trigger modes are 0, 1, 6, 7 and 10");
   return CheckSetEnumeratedIndex(Feature::kTriggerMode, text, RC_INVALID_TRIGGER_MODE);
 }
 
@@ -51,8 +54,6 @@ unsigned int TriggerModeFeatureFinder(std::wstring& value)
   if (implemented == 1) value = FeatureText::kExternalLevelTransition;
   return RC_SUCCESS;
 }
-VXMCD_PLAIN_NAME(TriggerModeFeatureFinder,
-                 _Z24TriggerModeFeatureFinderRNSt7__cxx1112basic_stringIwSt11char_traitsIwESaIwEEE);
 
 unsigned int SendSoftwareTrigger(void)
 {
@@ -62,3 +63,5 @@ unsigned int SendSoftwareTrigger(void)
   SendCommand(camera.CoreHandle(), Feature::kSoftwareTrigger);
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The trigger board. These functions return the status of the trigger-board library; before the first Initialize() they
 // do nothing.
+#include "api/entry_points.h"
 #include "api/trigger_board_library.h"
 #include "vxmcd.h"
+
+namespace EntryPoint {
 
 unsigned int TriggerBoard_Initialize(void)
 {
@@ -47,3 +50,5 @@ unsigned int TriggerBoard_I2CWrite(int first, int second, int third)
                                    static_cast<unsigned char>(third));
   return RC_SUCCESS;
 }
+
+} // namespace EntryPoint

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The library's version.
+#include "api/call_log.h"
+#include "api/entry_points.h"
 #include "utility/library_version.h"
 #include "utility/outputs.h"
 #include "vxmcd.h"
@@ -42,6 +44,8 @@ unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, unsigned in
   return PlainGetSDKVersion(&major, &minor, &build, &revision);
 }
 
+namespace EntryPoint {
+
 unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cofFile, unsigned int* vxdRevision,
                                 unsigned int* vxdVersion, unsigned int* dllRevision, unsigned int* dllVersion)
 {
@@ -56,10 +60,13 @@ unsigned int GetSoftwareVersion(unsigned int* eprom, unsigned int* cofFile, unsi
 
 unsigned int GetVersionInfo(int id, char* buffer, unsigned int size)
 {
-  if (id != VXMCD_VERSION_LIBRARY && id != VXMCD_VERSION_DRIVER) return RC_P1_INVALID;
+  if (id != VXMCD_VERSION_LIBRARY && id != VXMCD_VERSION_DRIVER)
+    return Refuse(RC_P1_INVALID, "the versions are %d and %d", VXMCD_VERSION_LIBRARY, VXMCD_VERSION_DRIVER);
   if (size == 0) return RC_P3_INVALID;
   if (!buffer) return RC_P2_INVALID;
   const bool isLibrary = id == VXMCD_VERSION_LIBRARY;
   CopyBounded(buffer, size, isLibrary ? LibraryVersion::kText : kUnknownText);
   return isLibrary ? RC_SUCCESS : RC_NOT_AVAILABLE;
 }
+
+} // namespace EntryPoint

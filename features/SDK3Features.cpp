@@ -2,7 +2,7 @@
 // One feature of an open device, by its kind.
 #include "features/SDK3Features.h"
 
-#include "vxcore.h"
+#include "features/refused_access.h"
 
 namespace {
 
@@ -12,20 +12,20 @@ constexpr int kTextLength = 100;
 
 int SDK3Bool::SetBool(bool value)
 {
-  return VX_SetBool(coreHandle_, feature_, value ? 1 : 0);
+  return Noted(VX_SetBool(coreHandle_, feature_, value ? 1 : 0), NoteBool, feature_, value ? 1 : 0);
 }
 
 int SDK3Bool::GetBool(bool& value)
 {
   int flag = value ? 1 : 0;
-  const int code = VX_GetBool(coreHandle_, feature_, &flag);
+  const int code = Noted(VX_GetBool(coreHandle_, feature_, &flag), NoteRead, feature_);
   value = flag != 0;
   return code;
 }
 
 int SDK3Int::SetInt(int value)
 {
-  const int code = VX_SetInt(coreHandle_, feature_, value);
+  const int code = Noted(VX_SetInt(coreHandle_, feature_, value), NoteInt, coreHandle_, feature_, value);
   if (code == VX_SUCCESS) NotifyObservers();
   return code;
 }
@@ -33,29 +33,30 @@ int SDK3Int::SetInt(int value)
 int SDK3Int::GetInt(int& value)
 {
   long long wide = value;
-  const int code = VX_GetInt(coreHandle_, feature_, &wide);
+  const int code = Noted(VX_GetInt(coreHandle_, feature_, &wide), NoteRead, feature_);
   value = static_cast<int>(wide);
   return code;
 }
 
 int SDK3Enum::SetIndex(int index)
 {
-  return VX_SetEnumIndex(coreHandle_, feature_, index);
+  return Noted(VX_SetEnumIndex(coreHandle_, feature_, index), NoteIndex, coreHandle_, feature_, index);
 }
 
 int SDK3Enum::SetString(std::wstring value)
 {
-  return VX_SetEnumString(coreHandle_, feature_, value.c_str());
+  return Noted(VX_SetEnumString(coreHandle_, feature_, value.c_str()), NoteText, coreHandle_, feature_,
+               value.c_str());
 }
 
 int SDK3Enum::GetIndex(int& index)
 {
-  return VX_GetEnumIndex(coreHandle_, feature_, &index);
+  return Noted(VX_GetEnumIndex(coreHandle_, feature_, &index), NoteRead, feature_);
 }
 
 int SDK3Enum::GetCount(int& count)
 {
-  return VX_GetEnumCount(coreHandle_, feature_, &count);
+  return Noted(VX_GetEnumCount(coreHandle_, feature_, &count), NoteRead, feature_);
 }
 
 int SDK3Enum::GetString(std::wstring& value)
@@ -69,7 +70,7 @@ int SDK3Enum::GetString(std::wstring& value)
 int SDK3Enum::IsIndexAvailable(int index, bool& available)
 {
   int flag = 0;
-  const int code = VX_IsEnumIndexAvailable(coreHandle_, feature_, index, &flag);
+  const int code = Noted(VX_IsEnumIndexAvailable(coreHandle_, feature_, index, &flag), NoteRead, feature_);
   available = flag != 0;
   return code;
 }
@@ -77,7 +78,7 @@ int SDK3Enum::IsIndexAvailable(int index, bool& available)
 int SDK3Enum::IsIndexImplemented(int index, bool& implemented)
 {
   int flag = 0;
-  const int code = VX_IsEnumIndexImplemented(coreHandle_, feature_, index, &flag);
+  const int code = Noted(VX_IsEnumIndexImplemented(coreHandle_, feature_, index, &flag), NoteRead, feature_);
   implemented = flag != 0;
   return code;
 }
@@ -85,7 +86,8 @@ int SDK3Enum::IsIndexImplemented(int index, bool& implemented)
 int SDK3Enum::GetStringByIndex(int index, std::wstring& value)
 {
   wchar_t text[kTextLength] = {};
-  const int code = VX_GetEnumStringByIndex(coreHandle_, feature_, index, text, kTextLength);
+  const int code =
+      Noted(VX_GetEnumStringByIndex(coreHandle_, feature_, index, text, kTextLength), NoteRead, feature_);
   text[kTextLength - 1] = L'\0';
   value = text;
   return code;

@@ -4,6 +4,7 @@
 
 #include "features/feature_names.h"
 #include "features/readout_interfaces.h"
+#include "features/refused_access.h"
 #include "features/value_texts.h"
 
 namespace {
@@ -44,12 +45,13 @@ int TDirectPreAmpGain::IsAvailable(int channel, int amplifier, int speed, int ga
 {
   available = false;
   int channels = 0;
-  if (channel_->Count(channels) != IADChannel::kDone || channel < 0 || channel >= channels) return kNoSuchChannel;
+  if (channel_->Count(channels) != IADChannel::kDone || !IsIndexOf(channels, channel, "channel"))
+    return kNoSuchChannel;
   int amplifiers = 0;
-  if (amplifier_->Count(amplifiers) != IAmplifier::kDone || amplifier < 0 || amplifier >= amplifiers)
+  if (amplifier_->Count(amplifiers) != IAmplifier::kDone || !IsIndexOf(amplifiers, amplifier, "amplifier"))
     return kNoSuchAmplifier;
   if (!IsGain(gain)) return kNoSuchGain;
-  if (speed < 0 || speed >= kSpeeds) return kNoSuchSpeed;
+  if (!IsIndexOf(kSpeeds, speed, "speed")) return kNoSuchSpeed;
   available = amplifier == gain / kGainsPerAmplifier;
   return kDone;
 }
@@ -63,5 +65,5 @@ int TDirectPreAmpGain::GetStringByIndex(int gain, std::wstring& text)
 
 bool TDirectPreAmpGain::IsGain(int gain)
 {
-  return gain >= 0 && gain < CountOf(*gain_);
+  return IsIndexOf(CountOf(*gain_), gain, "gain");
 }

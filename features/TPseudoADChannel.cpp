@@ -4,6 +4,7 @@
 
 #include "features/feature_names.h"
 #include "features/readout_interfaces.h"
+#include "features/refused_access.h"
 #include "features/value_texts.h"
 #include "utility/TQuorinMisc.h"
 
@@ -62,5 +63,5 @@ int TPseudoADChannel::BitDepth(int channel, int& depth)
 bool TPseudoADChannel::IsChannel(int channel)
 {
   int count = 0;
-  return Count(count) == kDone && channel >= 0 && channel < count;
+  return Count(count) == kDone && IsIndexOf(count, channel, "channel");
 }

@@ -3,6 +3,7 @@
 #include "features/TPseudoAmplifier.h"
 
 #include "features/feature_names.h"
+#include "features/refused_access.h"
 #include "features/value_texts.h"
 
 #include <algorithm>
@@ -15,7 +16,7 @@ constexpr int kAmplifiers = 2;
 
 bool IsAmplifier(int amplifier)
 {
-  return amplifier >= 0 && amplifier < kAmplifiers;
+  return IsIndexOf(kAmplifiers, amplifier, "amplifier");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "features/TPseudoHSSpeed.h"
 
 #include "features/readout_interfaces.h"
+#include "features/refused_access.h"
 #include "features/value_texts.h"
 
 TPseudoHSSpeed::TPseudoHSSpeed(IEnum* readoutRate, IADChannel* channel, IAmplifier* amplifier)
@@ -41,16 +42,16 @@ int TPseudoHSSpeed::GetVal(int channel, int amplifier, int speed, float& megaher
 bool TPseudoHSSpeed::IsChannel(int channel)
 {
   int count = 0;
-  return channel_->Count(count) == IADChannel::kDone && channel >= 0 && channel < count;
+  return channel_->Count(count) == IADChannel::kDone && IsIndexOf(count, channel, "channel");
 }
 
 bool TPseudoHSSpeed::IsAmplifier(int amplifier)
 {
   int count = 0;
-  return amplifier_->Count(count) == IAmplifier::kDone && amplifier >= 0 && amplifier < count;
+  return amplifier_->Count(count) == IAmplifier::kDone && IsIndexOf(count, amplifier, "amplifier");
 }
 
 bool TPseudoHSSpeed::IsSpeed(int speed)
 {
-  return speed >= 0 && speed < CountOf(*readoutRate_);
+  return IsIndexOf(CountOf(*readoutRate_), speed, "speed");
 }

@@ -3,21 +3,16 @@
 #include "features/TPseudoPreAmpGain.h"
 
 #include "features/feature_interfaces.h"
+#include "features/refused_access.h"
 #include "vxcore.h"
 
 namespace {
 
-constexpr unsigned int kChannels = 2;
-constexpr unsigned int kAmplifiers = 2;
-constexpr unsigned int kSpeeds = 4;
-constexpr unsigned int kGains = 3;
+constexpr int kChannels = 2;
+constexpr int kAmplifiers = 2;
+constexpr int kSpeeds = 4;
+constexpr int kGains = 3;
 constexpr int kCombinedGain = 2;
-
-// Negative indices are large ones here.
-bool IsBelow(int index, unsigned int limit)
-{
-  return static_cast<unsigned int>(index) < limit;
-}
 
 } // namespace
 
@@ -31,7 +26,7 @@ int TPseudoPreAmpGain::Set(int gain)
 
 int TPseudoPreAmpGain::GetValue(int gain, float& value)
 {
-  if (!IsBelow(gain, kGains)) return kNoSuchGain;
+  if (!IsIndexOf(kGains, gain, "gain")) return kNoSuchGain;
   value = static_cast<float>(gain + 1);
   return kDone;
 }
@@ -45,16 +40,16 @@ int TPseudoPreAmpGain::Count(int& count)
 int TPseudoPreAmpGain::IsAvailable(int channel, int amplifier, int speed, int gain, bool& available)
 {
   available = false;
-  if (!IsBelow(channel, kChannels)) return kNoSuchChannel;
-  if (!IsBelow(amplifier, kAmplifiers)) return kNoSuchAmplifier;
-  if (!IsBelow(speed, kSpeeds)) return kNoSuchSpeed;
-  if (!IsBelow(gain, kGains)) return kNoSuchGain;
+  if (!IsIndexOf(kChannels, channel, "channel")) return kNoSuchChannel;
+  if (!IsIndexOf(kAmplifiers, amplifier, "amplifier")) return kNoSuchAmplifier;
+  if (!IsIndexOf(kSpeeds, speed, "speed")) return kNoSuchSpeed;
+  if (!IsIndexOf(kGains, gain, "gain")) return kNoSuchGain;
   available = gain == kCombinedGain ? channel == 1 : channel == 0 && amplifier == gain;
   return kDone;
 }
 
 int TPseudoPreAmpGain::GetStringByIndex(int gain, std::wstring& text)
 {
-  if (!IsBelow(gain, kGains)) return kNoSuchGain;
+  if (!IsIndexOf(kGains, gain, "gain")) return kNoSuchGain;
   return simpleGain_->GetStringByIndex(gain, text) == VX_SUCCESS ? kDone : kNoSuchGain;
 }

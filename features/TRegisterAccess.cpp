@@ -19,12 +19,12 @@ int TRegisterAccess::Read(unsigned int address, unsigned int count, unsigned int
   if (coreHandle_ == kNoCoreHandle) return kFailed;
   if (!values && count > 0) return kFailed;
   if (!StageBlock(address, count)) return kFailed;
-  if (VX_Command(coreHandle_, Feature::kRegisterRead) != VX_SUCCESS) return kFailed;
+  if (SendCommand(coreHandle_, Feature::kRegisterRead) != VX_SUCCESS) return kFailed;
 
   long long value = 0;
   for (unsigned int index = 0; index < count; ++index) {
-    if (VX_SetInt(coreHandle_, Feature::kRegisterIndex, index) != VX_SUCCESS) return kFailed;
-    const int code = VX_GetInt(coreHandle_, Feature::kRegisterValue, &value);
+    if (WriteInt(coreHandle_, Feature::kRegisterIndex, index) != VX_SUCCESS) return kFailed;
+    const int code = ReadInt(coreHandle_, Feature::kRegisterValue, value);
     values[index] = static_cast<unsigned int>(value);
     if (code != VX_SUCCESS) return kFailed;
   }
@@ -37,10 +37,10 @@ int TRegisterAccess::Write(unsigned int address, unsigned int count, unsigned in
   if (!values && count > 0) return kFailed;
   if (!StageBlock(address, count)) return kFailed;
   for (unsigned int index = 0; index < count; ++index) {
-    if (VX_SetInt(coreHandle_, Feature::kRegisterIndex, index) != VX_SUCCESS) return kFailed;
-    if (VX_SetInt(coreHandle_, Feature::kRegisterValue, values[index]) != VX_SUCCESS) return kFailed;
+    if (WriteInt(coreHandle_, Feature::kRegisterIndex, index) != VX_SUCCESS) return kFailed;
+    if (WriteInt(coreHandle_, Feature::kRegisterValue, values[index]) != VX_SUCCESS) return kFailed;
   }
-  return VX_Command(coreHandle_, Feature::kRegisterWrite) == VX_SUCCESS ? kDone : kFailed;
+  return SendCommand(coreHandle_, Feature::kRegisterWrite) == VX_SUCCESS ? kDone : kFailed;
 }
 
 bool TRegisterAccess::IsImplemented() const
@@ -50,6 +50,6 @@ bool TRegisterAccess::IsImplemented() const
 
 bool TRegisterAccess::StageBlock(unsigned int address, unsigned int count) const
 {
-  return VX_SetInt(coreHandle_, Feature::kRegisterAddress, address) == VX_SUCCESS &&
-         VX_SetInt(coreHandle_, Feature::kRegisterCount, count) == VX_SUCCESS;
+  return WriteInt(coreHandle_, Feature::kRegisterAddress, address) == VX_SUCCESS &&
+         WriteInt(coreHandle_, Feature::kRegisterCount, count) == VX_SUCCESS;
 }

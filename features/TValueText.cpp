@@ -2,7 +2,7 @@
 // The text of a value of an enumerated feature.
 #include "features/TValueText.h"
 
-#include "vxcore.h"
+#include "features/refused_access.h"
 
 #include <cwchar>
 
@@ -10,7 +10,8 @@ int TValueText::Read(int coreHandle, const wchar_t* feature, int index)
 {
   text_ = {};
   const int code =
-      VX_GetEnumeratedString(coreHandle, feature, index, text_.data(), static_cast<int>(text_.size()));
+      Noted(VX_GetEnumeratedString(coreHandle, feature, index, text_.data(), static_cast<int>(text_.size())),
+            NoteRead, feature);
   text_.back() = L'\0';
   return code;
 }
@@ -18,7 +19,7 @@ int TValueText::Read(int coreHandle, const wchar_t* feature, int index)
 int TValueText::ReadPresent(int coreHandle, const wchar_t* feature)
 {
   int index = 0;
-  const int code = VX_GetEnumerated(coreHandle, feature, &index);
+  const int code = Noted(VX_GetEnumerated(coreHandle, feature, &index), NoteRead, feature);
   return code == VX_SUCCESS ? Read(coreHandle, feature, index) : code;
 }
 

@@ -73,8 +73,7 @@ int TgetFIFOUsage::GetInt(int& value)
 int TgetFIFOUsage::ReadMemoryType()
 {
   int length = 0;
-  if (const int code = VX_GetStringMaxLength(coreHandle_, Feature::kDDR2Type, &length); code != VX_SUCCESS)
-    return code;
+  if (const int code = ReadStringLength(coreHandle_, Feature::kDDR2Type, length); code != VX_SUCCESS) return code;
   std::wstring text;
   const int code = ReadString(coreHandle_, Feature::kDDR2Type, std::int64_t{length} + 1, text);
   if (code == VX_SUCCESS && text == kSmallMemory) memoryMultiplier_ = kSmallMemoryMultiplier;

@@ -24,13 +24,15 @@ bool IsEnumeratedIndexAvailable(const wchar_t* feature, int index)
 bool isImplemented(int coreHandle, const wchar_t* feature)
 {
   int flag = 0;
-  return ReadImplemented(coreHandle, feature, flag) == VX_SUCCESS && flag == 1;
+  if (ReadImplemented(coreHandle, feature, flag) != VX_SUCCESS) return false;
+  if (flag != 1) NoteMissing(feature);
+  return flag == 1;
 }
 
 bool IsWritable(int coreHandle, const wchar_t* feature)
 {
   int flag = 0;
-  return VX_IsWritable(coreHandle, feature, &flag) == VX_SUCCESS && flag == 1;
+  return Noted(VX_IsWritable(coreHandle, feature, &flag), NoteRead, feature) == VX_SUCCESS && flag == 1;
 }
 
 int GetEnumeratedIndexFromString(const wchar_t* feature, const wchar_t* value)
@@ -49,8 +51,10 @@ int GetEnumeratedIndexFromString(const wchar_t* feature, const wchar_t* value)
 unsigned int CheckSetEnumeratedIndex(const wchar_t* feature, const wchar_t* value, unsigned int failCode)
 {
   const int index = GetEnumeratedIndexFromString(feature, value);
-  if (index < 0) return failCode;
-  if (!IsEnumeratedIndexAvailable(feature, index)) return failCode;
+  if (index < 0 || !IsEnumeratedIndexAvailable(feature, index)) {
+    NoteNotOffered(CurrentCoreHandle(), feature, value);
+    return failCode;
+  }
   WriteText(CurrentCoreHandle(), feature, value);
   return RC_SUCCESS;
 }
@@ -61,7 +65,8 @@ int ReadString(int coreHandle, const wchar_t* feature, std::int64_t length, std:
   const std::int64_t bounded = std::clamp<std::int64_t>(length, 1, kMaxStringLength);
   // One more than is offered: a library that fills its whole buffer loses nothing.
   std::vector<wchar_t> buffer(static_cast<std::size_t>(bounded) + 1, L'\0');
-  const int code = VX_GetString(coreHandle, feature, buffer.data(), static_cast<int>(bounded));
+  const int code =
+      Noted(VX_GetString(coreHandle, feature, buffer.data(), static_cast<int>(bounded)), NoteRead, feature);
   buffer.back() = L'\0';
   if (code == VX_SUCCESS) text = buffer.data();
   return code;

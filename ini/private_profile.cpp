@@ -5,6 +5,7 @@
 #include "ini/TProfileNameList.h"
 #include "utility/exports.h"
 #include "utility/TQuorinMisc.h"
+#include "utility/TUnusedCall.h"
 #include "vxmcd.h"
 
 #include <cstdlib>
@@ -83,6 +84,8 @@ VXMCD_PLAIN_NAME(GetPrivateProfileString, _Z23GetPrivateProfileStringPKcS0_S0_Pc
 
 unsigned int WritePrivateProfileString(const char*, const char*, const char*, const char*)
 {
+  static constinit TUnusedCall call(__func__, "0", "the library writes no profile files");
+  call.Note();
   return 0;
 }
 VXMCD_PLAIN_NAME(WritePrivateProfileString, _Z25WritePrivateProfileStringPKcS0_S0_S0_);

@@ -5,6 +5,7 @@
 #include "acquisition/TDispatchQueue.h"
 #include "retrieval/TAcquiredImage.h"
 #include "utility/outputs.h"
+#include "utility/TCallNotes.h"
 #include "vxmcd_result_codes.h"
 
 #include <algorithm>
@@ -69,7 +70,9 @@ bool TFetchImage<Src, Dst>::isFrameSize(unsigned long size) const
 {
   // Callers rely on the comparison with a product of 32 bits.
   const int pixelCount = static_cast<int>(static_cast<unsigned int>(width_) * static_cast<unsigned int>(height_));
-  return size == static_cast<unsigned long>(static_cast<long>(pixelCount));
+  if (size == static_cast<unsigned long>(static_cast<long>(pixelCount))) return true;
+  TCallNotes::AddDetail("an image has %d x %d pixels", width_, height_);
+  return false;
 }
 
 template <class Src, class Dst>
@@ -79,7 +82,10 @@ bool TFetchImage<Src, Dst>::fitsStoredFrame() const
   if (pixelsPerFrame() > kMaxPixels) return false;
   if (std::int64_t{width_} * static_cast<std::int64_t>(sizeof(Dst)) > kMaxRowBytes) return false;
   const std::int64_t lastRowStart = std::int64_t{height_ - 1} * stride_;
-  return lastRowStart + sourceRowBytes(width_) <= imageSizeBytes_;
+  if (lastRowStart + sourceRowBytes(width_) <= imageSizeBytes_) return true;
+  TCallNotes::AddFailure("no image of %d x %d pixels, the camera's present area, can be in a frame of %lld bytes",
+                         width_, height_, static_cast<long long>(imageSizeBytes_));
+  return false;
 }
 
 // Whether the frame reads the same when it is taken as one long row: there is no padding, and packed rows do not

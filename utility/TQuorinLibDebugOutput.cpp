@@ -2,11 +2,11 @@
 // The diagnostic log.
 #include "utility/TQuorinLibDebugOutput.h"
 
+#include "utility/TBoundedText.h"
 #include "utility/TQuorinMisc.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -43,43 +43,28 @@ private:
   int cancelState_ = 0;
 };
 
-/// A line as far as it is made; what does not fit is cut, and the end marks it.
-class TLine
+/// A line as far as it is made; the line feed takes the terminator's place.
+using TLine = TBoundedText<kLineSize - kCutMark.size()>;
+
+/// What is written of a line: without line feeds but the last, and with a mark where it is cut.
+class TFinishedLine
 {
 public:
-  void Append(const char* format, std::va_list arguments)
+  explicit TFinishedLine(const TLine& line)
   {
-    const int length = std::vsnprintf(text_ + length_, kRoom - length_, format, arguments);
-    if (length < 0) return;
-    const std::size_t room = kRoom - 1 - length_;
-    cut_ = cut_ || static_cast<std::size_t>(length) > room;
-    length_ += std::min(static_cast<std::size_t>(length), room);
-  }
-
-  [[gnu::format(printf, 2, 3)]] void Append(const char* format, ...)
-  {
-    std::va_list arguments;
-    va_start(arguments, format);
-    Append(format, arguments);
-    va_end(arguments);
-  }
-
-  /// One line, even if the text has line feeds.
-  std::string_view Finish()
-  {
+    length_ = std::string_view(line.Data(), line.Length()).copy(text_, line.Length());
     while (length_ > 0 && text_[length_ - 1] == '\n') --length_;
     std::replace_if(
         text_, text_ + length_, [](char c) { return c == '\n' || c == '\r'; }, ' ');
-    if (cut_) length_ += kCutMark.copy(text_ + length_, kCutMark.size());
+    if (line.IsCut()) length_ += kCutMark.copy(text_ + length_, kCutMark.size());
     text_[length_] = '\n';
-    return {text_, length_ + 1};
   }
 
+  std::string_view Get() const { return {text_, length_ + 1}; }
+
 private:
-  static constexpr std::size_t kRoom = kLineSize - kCutMark.size(); // the line feed takes the terminator's place
   char text_[kLineSize];
   std::size_t length_ = 0;
-  bool cut_ = false;
 };
 
 void AppendTime(TLine& line)
@@ -118,7 +103,7 @@ void WriteAll(int descriptor, std::string_view text)
   line.Append(format, arguments);
   va_end(arguments);
   line.Append("; the log stays off");
-  WriteAll(STDERR_FILENO, line.Finish());
+  WriteAll(STDERR_FILENO, TFinishedLine(line).Get());
   return false;
 }
 
@@ -216,7 +201,7 @@ void TQuorinLibDebugOutput::Write(const char* file, int line, const char* functi
   text.Append(" %u %s %s:%d %s ", TQuorinMisc::GetThreadID(), kLevelNames[std::clamp<int>(severity, Error, Debug)],
               LastPart(file), line, function ? function : "?");
   if (format) text.Append(format, arguments);
-  WriteAll(destination_.load(std::memory_order_relaxed), text.Finish());
+  WriteAll(destination_.load(std::memory_order_relaxed), TFinishedLine(text).Get());
 }
 
 } // namespace QuorinUtility

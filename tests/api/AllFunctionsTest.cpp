@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: MIT
-// Every exported function without a camera, with one, and during a run: none crashes, and each answers as documented.
+// Every exported function without a camera, with one, and during a run: none crashes, each answers as documented, and the
+// log explains each refusal.
 #include "tests/support/CounterCameraTest.h"
 #include "tests/support/DocumentedCodes.h"
 
 #include <array>
 #include <climits>
+#include <cstdlib>
 #include <functional>
 #include <string_view>
+#include <sys/mman.h>
 #include <tuple>
 #include <type_traits>
+#include <unistd.h>
 
 namespace {
 
@@ -67,6 +71,47 @@ const TFunction kFunctions[] = {
 #undef VXMCD_FUNCTION
 };
 
+constexpr std::string_view kLogInMemory = "debug:/proc/self/fd/";
+
+/// The library reads VXMCD_LOG when it is loaded: runs the program again, with its log in memory.
+[[gnu::constructor]] void SwitchLogOn(int /*count*/, char** arguments)
+{
+  const char* const setting = std::getenv("VXMCD_LOG");
+  if (setting && std::string_view(setting).starts_with(kLogInMemory)) return;
+  setenv("VXMCD_LOG", (std::string(kLogInMemory) + std::to_string(memfd_create("log", 0))).c_str(), 1);
+  execv("/proc/self/exe", arguments);
+}
+
+int LogFile()
+{
+  const char* const setting = std::getenv("VXMCD_LOG");
+  return setting ? std::atoi(setting + kLogInMemory.size()) : -1;
+}
+
+off_t LogEnd()
+{
+  return lseek(LogFile(), 0, SEEK_END);
+}
+
+/// What the log has from @p begin on.
+std::string LoggedFrom(off_t begin)
+{
+  std::string text(static_cast<std::size_t>(LogEnd() - begin), '\0');
+  EXPECT_EQ(pread(LogFile(), text.data(), text.size(), begin), static_cast<ssize_t>(text.size()));
+  return text;
+}
+
+/// What the log says of a call, without its beginning: time, thread, level, place.
+template <class Call>
+std::string LogOf(Call call)
+{
+  const off_t begin = LogEnd();
+  call();
+  const std::string line = LoggedFrom(begin);
+  const std::size_t place = line.find(".cpp:");
+  return place == std::string::npos ? line : line.substr(line.find(' ', place) + 1);
+}
+
 enum class State
 {
   NoCamera,
@@ -111,7 +156,13 @@ protected:
   {
     Enter();
     CancelWait();
+    const off_t begin = LogEnd();
     const unsigned int code = function.call(number, room);
+    if (function.hasCode && code != RC_SUCCESS && code != 0) {
+      const std::string line = LoggedFrom(begin);
+      EXPECT_NE(line.find(' ' + function.name + '('), std::string::npos) << line;
+      EXPECT_NE(line.find("): " + std::to_string(code)), std::string::npos) << line;
+    }
     EXPECT_TRUE(!function.hasCode || IsDocumented(function.name, code))
         << code << " " << vxmcd_GetResultName(code);
     return code;
@@ -135,3 +186,48 @@ INSTANTIATE_TEST_SUITE_P(, AllFunctions,
                          ::testing::Combine(::testing::Values(State::NoCamera, State::Open, State::Running),
                                             ::testing::Values("RQ512_LX", "TRELLIS CMOS")),
                          [](const auto& row) { return "Case" + std::to_string(row.index); });
+
+class CallLog : public SimulatedCameraTest
+{
+protected:
+  CallLog() : SimulatedCameraTest(kTwoManualCameras) {}
+};
+
+TEST_F(CallLog, SaysWhatWasAskedForAndWhatTheCameraTakes)
+{
+  EXPECT_EQ(LogOf([] { SetReadMode(1); }),
+            "SetReadMode(1): 20075 RC_NOT_INITIALIZED: no camera is open under handle 101\n");
+  OpenCamera(101);
+  EXPECT_EQ(LogOf([] { SetExposureTime(60.5F); }),
+            "SetExposureTime(60.5): 20066 RC_P1_INVALID: the camera refused ExposureTime 60.5 with 6 "
+            "VX_ERR_OUT_OF_RANGE and takes 1e-05 to 30\n");
+  EXPECT_EQ(LogOf([] { SetPreAmpGain(3); }),
+            "SetPreAmpGain(3): 20002 RC_SUCCESS, although the camera refused SimplePreAmpGainControl 3 with 47 "
+            "VX_ERR_INDEX_NOT_IMPLEMENTED and takes 0 \"Gain 1 (11-bit)\", 1 \"Gain 2 (11-bit)\", 2 \"Gain 1+2 "
+            "(16-bit)\"\n");
+  EXPECT_EQ(LogOf([] { SetHSSpeed(0, -1); }),
+            "SetHSSpeed(0, -1): 20067 RC_P2_INVALID: there is no speed -1; they are 0 to 2\n");
+  EXPECT_EQ(LogOf([] { GetReadOutTime(nullptr); }),
+            "GetReadOutTime(null): 20066 RC_P1_INVALID: argument 1 is null\n");
+  EXPECT_EQ(LogOf([] { SetReadMode(4); }), "");
+}
+
+TEST_F(CallLog, NamesASecondRunAndAnUnusedFunctionOnce)
+{
+  for (const long handle : {101, 102}) {
+    OpenCamera(handle);
+    SetAcquisitionMode(kModeUntilAborted);
+    const std::string logged = LogOf([] { EXPECT_EQ(StartAcquisition(), RC_SUCCESS); });
+    EXPECT_EQ(logged.find("camera 102 is started while camera 101 acquires") == std::string::npos, handle == 101)
+        << logged;
+  }
+  for (const long handle : {102, 101}) {
+    SetCurrentCamera(handle);
+    ShutDown();
+  }
+  for (int time = 0; time < 2; ++time) SetEMCCDGain(5);
+  const std::string whole = LoggedFrom(0);
+  const std::size_t first = whole.find("SetEMCCDGain does nothing and answers 20002 RC_SUCCESS");
+  EXPECT_NE(first, std::string::npos);
+  EXPECT_EQ(whole.find("SetEMCCDGain", first + 1), std::string::npos);
+}
