@@ -19,6 +19,7 @@ enum class Command
   Set,
   Acquire,
   Convert,
+  WarmUp,
 };
 
 enum class RunMode : int // the library's acquisition modes
@@ -87,7 +88,15 @@ struct TCoolingOptions
   std::optional<int> targetCelsius; ///< switches the cooler on
   std::optional<Fan> fan;
   bool isWaiting = false;
-  double waitSeconds = 0.0; ///< at most; 0: without limit
+  double waitSeconds = 0.0;            ///< at most; 0: without limit
+  std::optional<double> rampPerMinute; ///< degrees; without it the target is set at once
+  bool isWarmedUp = false;             ///< after the run
+};
+
+struct TWarmUpOptions
+{
+  double degreesPerMinute = 5.0;
+  std::optional<int> toCelsius; ///< without it 20, or what of the camera's targets comes nearest
 };
 
 enum class SpoolMethod : int // the library's spool methods
@@ -161,6 +170,8 @@ struct TOptions
   std::vector<TFeatureSetting> featureSettings; ///< of set
   TAcquireOptions acquire;
   TConvertOptions convert;
+  TWarmUpOptions warmUp;
+  bool isQuiet = false; ///< of warm-up
 };
 
 /// The word for a trigger mode on the command line.

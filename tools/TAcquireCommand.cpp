@@ -11,6 +11,8 @@
 #include "tools/TIntervalLoop.h"
 #include "tools/TRecordCommand.h"
 #include "tools/TRunLoop.h"
+#include "tools/TTemperatureRamp.h"
+#include "tools/TWarmUpCommand.h"
 
 #include <cstdio>
 #include <unistd.h>
@@ -20,6 +22,16 @@ namespace vxtool {
 namespace {
 
 constexpr double kSlowPart = 0.6; // images at less than this part of the frame rate asked for are worth a note
+
+constexpr const char* kInterruptedText = "interrupted while cooling; no image was taken";
+
+// The code that comes first when two apply.
+ExitCode FirstOf(ExitCode one, ExitCode other)
+{
+  for (const ExitCode code : {ExitCode::OutputError, ExitCode::CameraError, ExitCode::Interrupted})
+    if (one == code || other == code) return code;
+  return one;
+}
 
 // The time of day in ms, without the Z, which the files say in another way.
 std::string UtcNow()
@@ -32,25 +44,60 @@ std::string UtcNow()
 
 ExitCode TAcquireCommand::Run()
 {
-  const TInterrupt interrupt;
-  if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
-  const TRecordCommand record(options_);
-  const bool isRecorded = !options_.spool.directory.empty();
-  if (isRecorded && !record.CheckFiles()) return ExitCode::OutputError;
-  if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error());
+  ExitCode code = ExitCode::Success;
+  {
+    const TInterrupt interrupt;
+    if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
+    if (IsRecorded() && !TRecordCommand(options_).CheckFiles()) return ExitCode::OutputError;
+    if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error());
+    if (const std::string why = WhyNotAtInterval(); !why.empty()) return Fail(ExitCode::CameraError, why);
+    code = RunSetUp();
+  }
+  if (!options_.cooling.isWarmedUp) return code;
+  // However the run has ended, also by Ctrl-C, which from here on ends the warm-up.
+  TWarmUpOptions options;
+  options.degreesPerMinute = options_.cooling.rampPerMinute.value_or(options.degreesPerMinute);
+  return FirstOf(code, TWarmUpCommand(options, options_.isQuiet).WarmOpenCamera());
+}
+
+ExitCode TAcquireCommand::RunSetUp()
+{
   camera_.CountExposures(options_.accumulations);
-  if (const std::string why = WhyNotAtInterval(); !why.empty()) return Fail(ExitCode::CameraError, why);
   SayLines(setUp_.Notes());
-  if (options_.output.IsEmpty() && !isRecorded)
+  if (options_.output.IsEmpty() && !IsRecorded())
     Say("no image will be kept: there is no --output, --preview or --spool");
-  if (isRecorded) TRecordCommand::WarnOfFullDisk();
+  if (IsRecorded()) TRecordCommand::WarnOfFullDisk();
   TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
+  if (options_.cooling.rampPerMinute && options_.cooling.targetCelsius) {
+    if (const std::optional<ExitCode> end = RampTemperature(line)) return *end;
+  }
   if (options_.cooling.isWaiting) {
     if (const std::optional<ExitCode> end = WaitForTemperature(line)) return *end;
   }
   shape_ = {setUp_.ImageWidth(), setUp_.ImageHeight(), options_.depth};
   facts_ = Facts();
-  return isRecorded ? ReportAndFinish(record.Run(camera_, Settings(), facts_, line)) : Fetch(line);
+  if (!IsRecorded()) return Fetch(line);
+  return ReportAndFinish(TRecordCommand(options_).Run(camera_, Settings(), facts_, line));
+}
+
+std::optional<ExitCode> TAcquireCommand::RampTemperature(TProgressLine& line)
+{
+  TTemperatureRamp ramp(setUp_.FirstTargetCelsius(), *options_.cooling.targetCelsius,
+                        *options_.cooling.rampPerMinute);
+  const CoolingEnd end = ramp.Run({.ask = AskTemperature,
+                                   .setTarget = SetTemperature,
+                                   .isInterrupted = TInterrupt::Happened,
+                                   .onProgress =
+                                       [&](const TCoolingProgress& progress) {
+                                         if (!options_.isQuiet)
+                                           line.ShowText(CoolingText(progress), progress.seconds);
+                                       }},
+                                  false);
+  line.Finish();
+  if (end == CoolingEnd::Failed) return Fail(ExitCode::CameraError, "--ramp: " + ramp.Message());
+  if (end == CoolingEnd::Interrupted) return Fail(ExitCode::Interrupted, kInterruptedText);
+  if (!options_.isQuiet) Say(CoolingText(ramp.Last()));
+  return std::nullopt;
 }
 
 std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)
@@ -63,8 +110,7 @@ std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)
       });
   line.Finish();
   if (end == CoolingEnd::Failed) return Fail(ExitCode::CameraError, wait.Message());
-  if (end == CoolingEnd::Interrupted)
-    return Fail(ExitCode::Interrupted, "interrupted while cooling; no image was taken");
+  if (end == CoolingEnd::Interrupted) return Fail(ExitCode::Interrupted, kInterruptedText);
   if (!options_.isQuiet) Say(CoolingText(wait.Last()));
   return std::nullopt;
 }

@@ -28,7 +28,11 @@ public:
   ExitCode Run();
 
 private:
+  /// The run, as far as it goes, with the camera set up.
+  ExitCode RunSetUp();
+  std::optional<ExitCode> RampTemperature(TProgressLine& line);
   std::optional<ExitCode> WaitForTemperature(TProgressLine& line);
+  bool IsRecorded() const { return !options_.spool.directory.empty(); }
   TRunSettings Settings() const;
   TRunFacts Facts() const;
   /// Why an image cannot be taken in each interval, "" if it can.

@@ -6,6 +6,7 @@
 #include "tools/Messages.h"
 #include "tools/TFeatureDevice.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdio>
@@ -104,7 +105,13 @@ bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
     return Fail("--temperature: " +
                 RefusedText(std::to_string(*cooling.targetCelsius), "this camera takes " + std::to_string(lowest) +
                                                                         " to " + std::to_string(highest) + " C"));
-  if (!Check("--temperature", "SetTemperature", SetTemperature(*cooling.targetCelsius)) ||
+  firstTargetCelsius_ = *cooling.targetCelsius;
+  if (cooling.rampPerMinute) {
+    const TAnswer<TTemperature> sensor = AskTemperature();
+    if (!sensor.value) return Check("--ramp", sensor.function, sensor.code);
+    firstTargetCelsius_ = std::clamp(static_cast<int>(std::lround(sensor.value->celsius)), lowest, highest);
+  }
+  if (!Check("--temperature", "SetTemperature", SetTemperature(firstTargetCelsius_)) ||
       !Check("--temperature", "CoolerON", CoolerON()))
     return false;
   int isOn = 0; // CoolerON() succeeds even if the camera refuses

@@ -28,6 +28,8 @@ public:
   double ExposureSeconds() const { return exposureSeconds_; }
   double CycleSeconds() const { return cycleSeconds_; }
   double ReadoutSeconds() const;
+  /// The target of the cooler that is set, in C: where a ramp starts.
+  int FirstTargetCelsius() const { return firstTargetCelsius_; }
 
 private:
   bool Check(const char* option, const char* function, unsigned int code);
@@ -58,6 +60,7 @@ private:
   TReadout readout_;
   double exposureSeconds_ = 0.0;
   double cycleSeconds_ = 0.0;
+  int firstTargetCelsius_ = 0;
 };
 
 } // namespace vxtool

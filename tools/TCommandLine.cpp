@@ -21,6 +21,7 @@ namespace {
 constexpr int kMaxSide = 65536;
 constexpr int kMaxIndex = 1000;
 constexpr int kMaxSpoolThreads = 64;
+constexpr double kMaxRamp = 1000.0; // degrees a minute
 
 /// The words of an option, in the order in which the help has them.
 template <typename Value>
@@ -188,6 +189,16 @@ void AddReadoutOptions(CLI::App& app, TReadoutOptions& readout)
       ->group(group);
 }
 
+CLI::Option* AddRamp(CLI::App& app, std::optional<double>& target, const std::string& help)
+{
+  const auto isRate = [](const std::string& text) -> std::string {
+    double value = 0.0;
+    if (ParseSeconds(text, value) && value <= kMaxRamp) return ""; // the form of a time is that of any rate
+    return RefusedText(text, "a rate in degrees a minute above 0 and at most 1000 is");
+  };
+  return app.add_option("--ramp", target, help)->check(CLI::Validator(isRate, ""))->type_name("C/MIN");
+}
+
 void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
 {
   const char* const group = "Cooling";
@@ -208,7 +219,29 @@ void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
       ->expected(0, 1)
       ->type_name("[SECONDS]")
       ->group(group);
+  AddRamp(app, cooling.rampPerMinute,
+          "Move the target in whole degrees, from the sensor's temperature to --temperature, so many degrees a "
+          "minute; "
+          "the run starts when it is there. Also the rate of --warm-up")
+      ->group(group);
+  app.add_flag(
+         "--warm-up", cooling.isWarmedUp,
+         "After the run raise the target to 20 C, 5 degrees a minute without --ramp, and switch the cooler off; "
+         "also when the run has failed or Ctrl-C has ended it")
+      ->group(group);
   AddWord(app, "--fan", cooling.fan, kFans, "Speed of the fan")->group(group);
+}
+
+void AddWarmUpOptions(CLI::App& app, TOptions& options, std::optional<double>& ramp)
+{
+  AddRamp(app, ramp, "Raise the target in whole degrees, so many degrees a minute; default: 5");
+  app.add_option(
+         "--to", options.warmUp.toCelsius,
+         "The last target, in C, at which the cooler is switched off; default: 20, or what of the camera's "
+         "targets comes nearest")
+      ->check(WholeNumber(-273, 100))
+      ->type_name("C");
+  app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
 }
 
 void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
@@ -423,6 +456,8 @@ std::string CompleteOrSayWhy(TAcquireOptions& options)
     return std::string("--cycle: with --trigger ") + TriggerName(options.trigger) +
            " the pulses set the time between exposures; leave out --cycle, or choose another --trigger";
   if (options.cooling.isWaiting && !options.cooling.targetCelsius) return "--wait-stable: needs --temperature";
+  if (options.cooling.rampPerMinute && !options.cooling.targetCelsius && !options.cooling.isWarmedUp)
+    return "--ramp: needs --temperature or --warm-up";
   if (options.readout.amplifier && options.readout.channel.value_or(0) != 0)
     return "--amplifier: channel 0 has amplifiers to choose from";
   const std::string spool = WhyNotSpooled(options);
@@ -438,6 +473,7 @@ struct TGiven
   std::optional<SpoolMethod> method;
   std::optional<int> bits; // of acquire
   std::optional<int> convertBits;
+  std::optional<double> warmUpRamp;
 };
 
 /// The commands that the parser knows, and owns.
@@ -450,6 +486,7 @@ struct TCommands
   CLI::App* set;
   CLI::App* acquire;
   CLI::App* convert;
+  CLI::App* warmUp;
 };
 
 TCommands AddCommands(CLI::App& app, TGiven& given)
@@ -462,15 +499,16 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   commands.get = app.add_subcommand("get", "Print features of a camera, by their names in the feature library");
   commands.set = app.add_subcommand("set", "Set features of a camera");
   commands.acquire = app.add_subcommand("acquire", "Take images and write them to a file");
+  commands.warmUp = app.add_subcommand("warm-up", "Warm the sensor up slowly, and switch the cooler off");
   commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
-  const auto [list, info, describe, get, set, acquire, convert] = commands;
-  for (CLI::App* command : {info, describe, get, set, acquire}) AddCameraOption(*command, options);
+  const auto [list, info, describe, get, set, acquire, convert, warmUp] = commands;
+  for (CLI::App* command : {info, describe, get, set, acquire, warmUp}) AddCameraOption(*command, options);
   for (CLI::App* command : {info, describe})
     command
         ->add_option("directory", options.directory,
                      "Directory of a recorded run, to describe in place of a camera")
         ->type_name("DIRECTORY");
-  for (CLI::App* command : {list, info, describe, get, set, acquire, convert})
+  for (CLI::App* command : {list, info, describe, get, set, acquire, convert, warmUp})
     command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
   get->add_option("names", options.featureNames, "Names of features; default: all that the camera has")
       ->type_name("NAME");
@@ -485,7 +523,8 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   AddOutputOptions(*acquire, options.acquire);
   AddSpoolOptions(*acquire, options.acquire.spool, given.method);
   AddConvertOptions(*convert, options.convert, given.convertBits);
-  for (CLI::App* command : {acquire, convert}) command->footer(kFooter);
+  AddWarmUpOptions(*warmUp, options, given.warmUpRamp);
+  for (CLI::App* command : {acquire, convert, warmUp}) command->footer(kFooter);
   return commands;
 }
 
@@ -498,12 +537,14 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
   acquire.trigger = given.trigger.value_or(Trigger::Internal);
   acquire.depth = static_cast<PixelDepth>(given.bits.value_or(acquire.accumulations > 1 ? 32 : 16));
   acquire.spool.method = given.method.value_or(SpoolMethod::Multi);
+  if (given.warmUpRamp) options.warmUp.degreesPerMinute = *given.warmUpRamp;
   if (given.convertBits) options.convert.depth = static_cast<PixelDepth>(*given.convertBits);
   options.command = *commands.list      ? Command::List
                     : *commands.get     ? Command::Get
                     : *commands.set     ? Command::Set
                     : *commands.acquire ? Command::Acquire
                     : *commands.convert ? Command::Convert
+                    : *commands.warmUp  ? Command::WarmUp
                                         : Command::Info;
   std::string wrong;
   if (options.command == Command::Acquire) wrong = CompleteOrSayWhy(acquire);

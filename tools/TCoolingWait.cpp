@@ -17,8 +17,14 @@ constexpr std::chrono::milliseconds kPause{100};
 std::string CoolingText(const TCoolingProgress& progress)
 {
   char text[160];
-  std::snprintf(text, sizeof text, "cooling: %.1f C, target %d C, %s, %.0f s", progress.celsius,
-                progress.targetCelsius, vxmcd_GetResultName(progress.state), progress.seconds);
+  if (progress.finalCelsius) {
+    const int end = *progress.finalCelsius;
+    const std::string way = end == progress.targetCelsius ? "" : " on its way to " + std::to_string(end) + " C";
+    std::snprintf(text, sizeof text, "temperature: %.1f C, target %d C%s, %.0f s", progress.celsius,
+                  progress.targetCelsius, way.c_str(), progress.seconds);
+  } else
+    std::snprintf(text, sizeof text, "cooling: %.1f C, target %d C, %s, %.0f s", progress.celsius,
+                  progress.targetCelsius, vxmcd_GetResultName(progress.state), progress.seconds);
   return text;
 }
 
@@ -41,7 +47,7 @@ CoolingEnd TCoolingWait::Run(const std::function<TAnswer<TTemperature>()>& ask,
     last_.celsius = static_cast<double>(answer.value->celsius);
     last_.targetCelsius = targetCelsius_;
     last_.state = answer.value->state;
-    if (last_.state == RC_TEMP_STABILIZED) return CoolingEnd::Stable;
+    if (last_.state == RC_TEMP_STABILIZED) return CoolingEnd::Done;
     if (last_.state == RC_SUCCESS) return Fail("the camera does not report whether its temperature is stable");
     if (last_.state == RC_TEMP_OFF) return Fail(ResultText(answer.function, last_.state));
     onProgress(last_);

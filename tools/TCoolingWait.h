@@ -11,7 +11,7 @@ namespace vxtool {
 
 enum class CoolingEnd
 {
-  Stable,
+  Done,
   Interrupted,
   Failed,
 };
@@ -22,6 +22,7 @@ struct TCoolingProgress
   double seconds = 0.0;
   double celsius = 0.0;
   int targetCelsius = 0;
+  std::optional<int> finalCelsius; ///< where a ramp takes the target
   unsigned int state = RC_SUCCESS;
 };
 

@@ -5,6 +5,7 @@
 #include "tools/TAcquireCommand.h"
 #include "tools/TCommandLine.h"
 #include "tools/TConvertCommand.h"
+#include "tools/TWarmUpCommand.h"
 
 #include <cstdio>
 #include <exception>
@@ -19,6 +20,8 @@ vxtool::ExitCode Run(vxtool::TOptions& options)
   if (options.command == vxtool::Command::List) return vxtool::ListCameras(options);
   if (options.command == vxtool::Command::Convert)
     return vxtool::TConvertCommand(options.convert, options.isJson).Run();
+  if (options.command == vxtool::Command::WarmUp)
+    return vxtool::TWarmUpCommand(options.warmUp, options.isQuiet).Run(options.camera, options.isJson);
   if (options.command == vxtool::Command::Info)
     return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowRecordedRun(options);
   return vxtool::TAcquireCommand(options).Run();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The wait for a stable temperature, with temperatures that the test scripts.
-#include "tools/TCoolingWait.h"
+// The wait for a stable temperature and the ramp of the target, with temperatures that the test scripts.
+#include "tools/TTemperatureRamp.h"
 
 #include <deque>
 #include <gtest/gtest.h>
@@ -52,6 +52,32 @@ TEST(CoolingWait, InterruptEndsAWaitWithoutLimit)
   TCoolingWait wait(-20, 0.0);
   EXPECT_EQ(Wait(wait, sensor, 3), CoolingEnd::Interrupted);
   EXPECT_EQ(sensor.asked, 3);
+}
+
+TEST(TemperatureRamp, SetsEachWholeDegreeOnceAndWaitsForTheSensor)
+{
+  EXPECT_EQ(TTemperatureRamp(20, -20, 5.0).TargetAt(59.0), 16);
+  EXPECT_EQ(TTemperatureRamp(20, -20, 5.0).TargetAt(3600.0), -20);
+  std::vector<int> targets;
+  double sensor = 3.0;
+  const TRampPorts ports = {
+      .ask = [&]() -> TAnswer<TTemperature> {
+        if (targets.back() == 5) sensor += 0.5; // it follows when the last target is set
+        return {"GetTemperatureF", RC_SUCCESS, TTemperature{static_cast<float>(sensor), RC_SUCCESS}};
+      },
+      .setTarget = [&](int celsius) -> unsigned int {
+        targets.push_back(celsius);
+        return celsius == 100 ? RC_P1_INVALID : RC_SUCCESS;
+      },
+      .isInterrupted = [] { return false; },
+      .onProgress = [](const TCoolingProgress&) {}};
+  TTemperatureRamp ramp(2, 5, 600.0);
+  EXPECT_EQ(ramp.Run(ports, true), CoolingEnd::Done);
+  EXPECT_EQ(targets, (std::vector<int>{2, 3, 4, 5}));
+  EXPECT_EQ(sensor, 4.0) << "within a degree";
+  TTemperatureRamp refused(100, 90, 600.0);
+  EXPECT_EQ(refused.Run(ports, false), CoolingEnd::Failed);
+  EXPECT_NE(refused.Message().find("SetTemperature: 20066"), std::string::npos) << refused.Message();
 }
 
 } // namespace
