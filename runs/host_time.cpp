@@ -3,6 +3,7 @@
 #include "runs/host_time.h"
 
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -30,4 +31,18 @@ std::string UtcText(std::int64_t timeNs)
   std::snprintf(text.data(), text.size(), "%s.%09lldZ", date.data(),
                 static_cast<long long>(timeNs % kNanosecondsPerSecond));
   return text.data();
+}
+
+std::optional<std::int64_t> HostTimeOf(const std::string& utc)
+{
+  std::tm time{};
+  const char* const rest = strptime(utc.c_str(), "%Y-%m-%dT%H:%M:%S.", &time);
+  if (rest == nullptr) return std::nullopt;
+  const char* const end = utc.data() + utc.size();
+  std::int64_t nanoseconds = 0;
+  const auto [next, error] = std::from_chars(rest, end, nanoseconds);
+  const bool isWhole =
+      error == std::errc{} && next - rest == 9 && nanoseconds >= 0 && end - next == 1 && *next == 'Z';
+  if (!isWhole) return std::nullopt;
+  return static_cast<std::int64_t>(timegm(&time)) * kNanosecondsPerSecond + nanoseconds;
 }

@@ -2,6 +2,7 @@
 // Words, numbers and facts of images as files have them.
 #include "tools/ImageData.h"
 
+#include "runs/host_time.h"
 #include "runs/TRunDescription.h"
 #include "tools/Options.h"
 
@@ -86,11 +87,15 @@ TRunFacts FactsOf(const TRunDescription& run)
   facts.serial = FirstNumberIn(values.serial);
   facts.startUtc = PlainUtc(values.startTime);
   facts.trigger = PrintableAscii(TriggerWord(values.trigger));
-  facts.exposureSeconds = values.exposureSeconds.value_or(0.0);
+  if (facts.trigger != TriggerName(Trigger::ExternalExposure))
+    facts.exposureSeconds = values.exposureSeconds.value_or(0.0);
   facts.accumulations = static_cast<int>(values.accumulations.value_or(1));
   if (facts.trigger == TriggerName(Trigger::Internal) && values.frameRate)
     facts.cycleSeconds = facts.accumulations / *values.frameRate;
   facts.area = AreaOf(values);
+  facts.ticksPerSecond = values.ticksPerSecond;
+  if (const std::optional<std::int64_t> time = HostTimeOf(values.firstFrameTime))
+    facts.firstArrival = {*time, values.firstFrameTick};
   return facts;
 }
 

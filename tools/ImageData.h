@@ -3,8 +3,10 @@
 #pragma once
 
 #include "runs/frame_decoding.h"
+#include "tools/TNumberRanges.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -53,6 +55,13 @@ struct TReadout
   std::optional<double> megahertz;
 };
 
+/// When an image had come from the camera.
+struct TArrival
+{
+  std::int64_t hostNanoseconds = 0; ///< host's clock, since 1970-01-01 UTC
+  std::optional<long long> ticks;   ///< the camera's clock at the image's first exposure
+};
+
 /// What is known of a run when its file is opened.
 struct TRunFacts
 {
@@ -61,16 +70,21 @@ struct TRunFacts
   std::optional<int> serial;    ///< the number in the camera's serial number
   std::string startUtc;         ///< time of day of the start, "2026-01-31T12:00:00.000", UTC; "": not known
   std::string trigger;          ///< trigger mode, as on the command line; "": not known
+  std::string imageType;        ///< a word of the command line: light, dark, bias, flat; "": not known
   double exposureSeconds = 0.0; ///< exposure time in force; 0: not known
   double cycleSeconds = 0.0;    ///< time from one image to the next, 0 when the trigger decides it
   int accumulations = 1;        ///< exposures added up to one image
   long plannedImages = 0;       ///< images asked for, 0 for no limit
+  TNumberRanges imageNumbers;   ///< that the images may have; empty: any
   TSensorArea area;             ///< of width 0: not known
   TReadout readout;
   std::optional<double> pixelWidthMicrometres; ///< of a pixel of the sensor
   std::optional<double> pixelHeightMicrometres;
-  std::optional<double> sensorCelsius; ///< the sensor's temperature at the start
-  std::optional<double> targetCelsius; ///< of the cooler, when the command line has switched it on
+  std::optional<double> readoutSeconds; ///< from the end of an exposure to the image's arrival
+  std::optional<double> ticksPerSecond; ///< of the camera's clock
+  std::optional<TArrival> firstArrival; ///< of the run's first image; without it, labels say when images arrived
+  std::optional<double> sensorCelsius;  ///< the sensor's temperature at the start
+  std::optional<double> targetCelsius;  ///< of the cooler, when the command line has switched it on
 };
 
 /// What the checksum that was stored with an image says of it.
@@ -93,7 +107,7 @@ struct TImageLabel
   long number = 0;                ///< image number in the run, from 1
   std::optional<long long> ticks; ///< the camera's clock, when it is known for this image
   std::optional<long long>
-      hostNanoseconds;             ///< host's clock when it was accepted for writing, since 1970-01-01 UTC
+      hostNanoseconds; ///< host's clock when it had arrived, or when the library accepted it for writing
   std::optional<ImageCheck> check; ///< of images that come from disk
 };
 

@@ -67,6 +67,7 @@ Json FactsJson(const TRunFacts& facts, const TImageShape& shape)
           {"gain", JsonTextOrNull(facts.readout.gain)},
           {"amplifier", JsonTextOrNull(facts.readout.amplifier)},
           {"speed_mhz", JsonOfSingle(facts.readout.megahertz)},
+          {"image_type", JsonTextOrNull(facts.imageType)},
           {"trigger", JsonTextOrNull(facts.trigger)},
           {"accumulations", facts.accumulations},
           {"exposure_s", SecondsJson(facts.exposureSeconds)},

@@ -120,6 +120,8 @@ struct TOutputOptions
   std::optional<FileFormat> format;
   std::string preview; ///< picture of the last image; "": none
   bool overwrite = false;
+  bool isFileForEach = false; ///< one file for each image, in place of one for all
+  std::string imageType;      ///< light, dark, bias or flat; "": not known
 
   bool IsEmpty() const { return file.empty() && preview.empty(); }
 };

@@ -176,7 +176,9 @@ TRunFacts TAcquireCommand::Facts() const
   facts.serial = AskSerial().value;
   facts.startUtc = UtcNow();
   facts.trigger = TriggerName(options_.trigger);
-  facts.exposureSeconds = setUp_.ExposureSeconds();
+  facts.imageType = options_.output.imageType;
+  if (options_.trigger != Trigger::ExternalExposure) facts.exposureSeconds = setUp_.ExposureSeconds();
+  if (setUp_.ReadoutSeconds() > 0.0) facts.readoutSeconds = setUp_.ReadoutSeconds();
   facts.cycleSeconds =
       options_.trigger == Trigger::Internal ? setUp_.CycleSeconds() * options_.accumulations : 0.0;
   if (options_.intervalSeconds && !IsStartedByPulse(options_.trigger))

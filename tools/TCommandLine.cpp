@@ -244,6 +244,17 @@ void AddWarmUpOptions(CLI::App& app, TOptions& options, std::optional<double>& r
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
 }
 
+// What all files of images have in common.
+void AddImageFileOptions(CLI::App& app, TOutputOptions& output, const std::string& group)
+{
+  app.add_flag("--each", output.isFileForEach,
+               "One file for each image: FILE.fits becomes FILE-0000001.fits for image 1")
+      ->group(group);
+  app.add_option("--image-type", output.imageType, "What the images show, for the file")
+      ->check(OneOf({"light", "dark", "bias", "flat"}))
+      ->group(group);
+}
+
 void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
 {
   app.add_option("-o,--output", options.output.file, "File for the images: .tif, .tiff (stack) or .fits (cube)")
@@ -256,6 +267,7 @@ void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
   app.add_option("--preview", options.output.preview, "Picture of the last image")
       ->type_name("FILE.png")
       ->group("Output");
+  AddImageFileOptions(app, options.output, "Output");
   app.add_flag("--overwrite", options.output.overwrite, "Replace files that exist")->group("Output");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only")->group("Output");
 }
@@ -360,6 +372,7 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
                "Take what can be had of a run that was not finished, without a checksum too");
   app.add_flag("--keep-damaged", options.keepsDamaged,
                "Take images whose checksum is wrong, with --salvage also those without one");
+  AddImageFileOptions(app, options.output, app.option_defaults()->get_group());
   app.add_flag("--overwrite", options.output.overwrite, "Replace files that exist");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
 }
@@ -389,7 +402,11 @@ std::string CompleteOrSayWhy(TOutputOptions& output, const std::map<std::string,
       return option +
              (": " + RefusedText(file, "the formats cannot be written to standard output, since what stands "
                                        "at their beginning is known at the end; the name of a file is"));
-  if (output.file.empty()) return output.format ? "--format: there is no --output" : "";
+  if (output.file.empty())
+    return output.format               ? "--format: there is no --output"
+           : output.isFileForEach      ? "--each: there is no --output"
+           : !output.imageType.empty() ? "--image-type: there is no --output that it could be put into"
+                                       : "";
   if (output.file == output.preview) return "--preview: is the file of --output";
   if (output.format) return "";
   const std::size_t dot = output.file.rfind('.');

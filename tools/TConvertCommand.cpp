@@ -107,8 +107,13 @@ bool TConvertCommand::OpenOutput()
 {
   const TImageShape shape =
       run_.Layout() ? TImageShape{run_.Layout()->width, run_.Layout()->height, depth_} : TImageShape{};
-  TRunFacts facts = facts_.value_or(FactsOf(run_));
+  const TRunFacts recorded = FactsOf(run_);
+  TRunFacts facts = facts_.value_or(recorded);
+  facts.ticksPerSecond = recorded.ticksPerSecond;
+  facts.firstArrival = recorded.firstArrival;
   facts.plannedImages = conversion_->Counts().asked;
+  facts.imageNumbers = conversion_->Asked();
+  facts.imageType = options_.output.imageType;
   return outputs_.Open(shape, facts);
 }
 

@@ -2,8 +2,6 @@
 // The FITS cube: header, images as big-endian numbers, table.
 #include "tools/TFitsCubeWriter.h"
 
-#include "tools/FitsUnits.h"
-
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -74,7 +72,7 @@ bool TFitsCubeWriter::Open(const std::string& path, bool overwrite, const TImage
   shape_ = shape;
   facts_ = facts;
   std::string reason;
-  const std::vector<std::byte> header = FitsHeader(shape, facts, TFrameCounts{}, 0, reason);
+  const std::vector<std::byte> header = FitsHeader(shape, facts, {.labels = labels_}, 0, reason);
   if (header.empty()) return Fail(path + ": " + reason);
   if (!file_.Create(path, overwrite)) return Fail(file_.Error());
   imagesStart_ = header.size();
@@ -89,6 +87,7 @@ bool TFitsCubeWriter::Write(TPixelBytes pixels, const TImageLabel& label)
   if (pixels.size() != shape_.Bytes()) return Fail("an image has another size than the run");
   if (!WritePixels(ImagesEnd(), pixels)) return Fail(file_.Error());
   labels_.push_back(label);
+  if (labels_.size() == 1) return WriteHeader({.labels = labels_}); // now it is known when the run began
   return WriteImageCount() || Fail(file_.Error());
 }
 
@@ -109,6 +108,14 @@ bool TFitsCubeWriter::WritePixels(std::uint64_t offset, TPixelBytes pixels)
   return true;
 }
 
+bool TFitsCubeWriter::WriteHeader(const TFitsProgress& progress)
+{
+  std::string reason;
+  const std::vector<std::byte> header = FitsHeader(shape_, facts_, progress, imagesStart_, reason);
+  if (header.empty()) return Fail(path_ + ": the header cannot be completed: " + reason);
+  return file_.WriteAt(0, header) || Fail(file_.Error());
+}
+
 bool TFitsCubeWriter::WriteImageCount()
 {
   const std::string card = FitsImageCountCard(ImagesWritten());
@@ -126,6 +133,15 @@ bool TFitsCubeWriter::EndImages()
   return false;
 }
 
+// Left out when the disk has no room for it.
+bool TFitsCubeWriter::WriteTable()
+{
+  std::string reason;
+  const std::vector<std::byte> table = FitsFrameTable(labels_, facts_, reason);
+  if (table.empty()) return Fail(path_ + ": the table of images cannot be made: " + reason);
+  return file_.WriteAt(BlockEnd(ImagesEnd()), table) || file_.Truncate(BlockEnd(ImagesEnd()));
+}
+
 bool TFitsCubeWriter::Close(const std::optional<TFrameCounts>& counts)
 {
   if (!file_.IsOpen()) return error_.empty();
@@ -133,16 +149,8 @@ bool TFitsCubeWriter::Close(const std::optional<TFrameCounts>& counts)
     if (labels_.empty()) file_.Discard();
     return error_.empty();
   }
-  std::string reason;
-  const std::vector<std::byte> header =
-      FitsHeader(shape_, facts_, counts.value_or(TFrameCounts{}), ImagesWritten(), reason);
-  if (header.size() != imagesStart_)
-    Fail(path_ + ": the header cannot be completed: " + reason);
-  else if (!file_.WriteAt(0, header))
-    Fail(file_.Error());
-  const std::vector<std::byte> table = FitsFrameTable(labels_, reason);
-  if (table.empty()) Fail(path_ + ": the table of images cannot be made: " + reason);
-  if (!file_.WriteAt(BlockEnd(ImagesEnd()), table) && !file_.Truncate(BlockEnd(ImagesEnd()))) Fail(file_.Error());
+  WriteHeader({.labels = labels_, .isComplete = true, .counts = counts});
+  if (labels_.size() > 1 && !WriteTable()) Fail(file_.Error());
   if (!file_.Close() || !file_.Error().empty()) Fail(file_.Error());
   return error_.empty();
 }

@@ -44,11 +44,17 @@ bool TImageFetcher::Look()
   isNextThere_ = false;
   if (code == RC_NO_NEW_DATA) return true;
   if (code != RC_SUCCESS) return Fail("GetNumberAvailableImages", code);
+  NoteArrivals(last);
   arrivedInTurn_ = last - newest_;
   newest_ = last;
   SkipOverwritten(first, last);
   isNextThere_ = statistics_.LastImage() < last;
   return true;
+}
+
+void TImageFetcher::NoteArrivals(int last)
+{
+  if (last > newest_) arrivals_.insert(arrivals_.end(), static_cast<std::size_t>(last - newest_), HostTimeNs());
 }
 
 void TImageFetcher::SkipOverwritten(int first, int last)
@@ -68,7 +74,9 @@ bool TImageFetcher::TakeNext()
   const long number = statistics_.LastImage() + 1;
   TImageLabel label;
   label.number = settings_.imagesBefore + number;
-  if (settings_.intervalSeconds > 0.0) label.hostNanoseconds = HostTimeNs();
+  const auto waiting = static_cast<std::size_t>(std::max(0L, newest_ + 1 - number));
+  while (arrivals_.size() > waiting) arrivals_.pop_front();
+  if (!arrivals_.empty()) label.hostNanoseconds = arrivals_.front();
   long long ticks = 0;
   const unsigned int code = Fetch(number, ticks);
   if (code == RC_NO_NEW_DATA) {

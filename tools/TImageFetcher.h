@@ -6,6 +6,8 @@
 #include "tools/IImageWriter.h"
 #include "tools/Run.h"
 
+#include <cstdint>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -38,6 +40,7 @@ public:
   const std::string& Error() const { return error_; }
 
 private:
+  void NoteArrivals(int last);
   bool Fail(const char* function, unsigned int code);
   void SkipOverwritten(int first, int last);
   /// Copies the image into fetched_; a result code.
@@ -55,9 +58,10 @@ private:
   std::string error_;
   bool isOutputFailed_ = false;
   bool isNextThere_ = false;
-  int newest_ = 0;        // image number
-  int arrivedInTurn_ = 0; // images that came while the last one was copied
-  long ringSlots_ = 0;    // images that the ring has room for; 0 until it has overwritten one
+  int newest_ = 0;                    // image number
+  std::deque<std::int64_t> arrivals_; // host times at which the images after the last one taken were seen
+  int arrivedInTurn_ = 0;             // images that came while the last one was copied
+  long ringSlots_ = 0;                // images that the ring has room for; 0 until it has overwritten one
 };
 
 } // namespace vxtool

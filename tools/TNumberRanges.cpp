@@ -26,6 +26,13 @@ void TNumberRanges::Add(long first, long last)
     ranges_.push_back({first, last});
 }
 
+bool TNumberRanges::Has(long number) const
+{
+  return std::any_of(ranges_.begin(), ranges_.end(), [number](const TNumberRange& range) {
+    return range.first <= number && number <= range.last;
+  });
+}
+
 long TNumberRanges::Count() const
 {
   long count = 0;

@@ -26,6 +26,7 @@ public:
   /// Adds numbers above all others.
   void Add(long first, long last);
   const std::vector<TNumberRange>& Ranges() const { return ranges_; }
+  bool Has(long number) const;
   bool IsEmpty() const { return ranges_.empty(); }
   long Count() const;
   /// "1-10,20", the form that the command line takes. @param most  ranges; when there are more, "..." follows

@@ -4,8 +4,8 @@
 
 #include "tools/Messages.h"
 #include "tools/TFitsCubeWriter.h"
+#include "tools/TImageFilesWriter.h"
 #include "tools/TPngPreviewWriter.h"
-#include "tools/TPngSeriesWriter.h"
 #include "tools/TRawStackWriter.h"
 #include "tools/TTiffStackWriter.h"
 
@@ -13,7 +13,7 @@ namespace vxtool {
 
 namespace {
 
-std::unique_ptr<IImageWriter> MakeImageWriter(FileFormat format)
+std::unique_ptr<IImageWriter> MakeFileWriter(FileFormat format)
 {
   switch (format) {
   case FileFormat::Tiff:
@@ -25,16 +25,23 @@ std::unique_ptr<IImageWriter> MakeImageWriter(FileFormat format)
   case FileFormat::Raw:
     return std::make_unique<TRawStackWriter>();
   case FileFormat::Png:
-    return std::make_unique<TPngSeriesWriter>();
+    return std::make_unique<TPngPreviewWriter>();
   }
   return nullptr;
+}
+
+std::unique_ptr<IImageWriter> MakeImageWriter(const TOutputOptions& options)
+{
+  const FileFormat format = options.format.value_or(FileFormat::Tiff);
+  if (!options.isFileForEach && format != FileFormat::Png) return MakeFileWriter(format);
+  return std::make_unique<TImageFilesWriter>([format] { return MakeFileWriter(format); }, options.isFileForEach);
 }
 
 } // namespace
 
 TOutputs::TOutputs(const TOutputOptions& options) : options_(options)
 {
-  if (!options.file.empty()) images_ = MakeImageWriter(options.format.value_or(FileFormat::Tiff));
+  if (!options.file.empty()) images_ = MakeImageWriter(options);
   if (!options.preview.empty()) preview_ = std::make_unique<TPngPreviewWriter>();
 }
 

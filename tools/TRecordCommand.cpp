@@ -4,6 +4,7 @@
 
 #include "tools/Messages.h"
 #include "tools/TConvertCommand.h"
+#include "tools/TImageFilesWriter.h"
 #include "tools/TInterrupt.h"
 #include "tools/TOutputFile.h"
 #include "tools/TRunLoop.h"
@@ -52,7 +53,10 @@ bool TRecordCommand::CheckFiles() const
   std::string message;
   for (const std::string& path :
        {options_.spool.directory + "/" + RunFormat::kDescriptionName, output.file, output.preview}) {
-    if (path.empty() || !IsProtectedFile(path, output.overwrite, message)) continue;
+    const bool isPattern = output.isFileForEach && path == output.file;
+    if (path.empty() || !(isPattern ? HasProtectedImageFile(path, output.overwrite, {}, message)
+                                    : IsProtectedFile(path, output.overwrite, message)))
+      continue;
     Say(message);
     return false;
   }

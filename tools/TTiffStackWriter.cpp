@@ -323,6 +323,7 @@ std::string TTiffStackWriter::Description(const std::optional<TFrameCounts>& cou
   if (facts_.cycleSeconds > 0.0) text << "finterval=" << facts_.cycleSeconds << "\nunit=pixel\n";
   text << "camera=" << facts_.camera.substr(0, 200) << "\n";
   if (!facts_.startUtc.empty()) text << "start_utc=" << facts_.startUtc.substr(0, 40) << "\n";
+  if (!facts_.imageType.empty()) text << "image_type=" << facts_.imageType << "\n";
   if (!facts_.trigger.empty()) text << "trigger=" << facts_.trigger.substr(0, 100) << "\n";
   if (facts_.exposureSeconds > 0.0) text << "exposure_s=" << facts_.exposureSeconds << "\n";
   text << "accumulations=" << facts_.accumulations << "\n";

@@ -44,6 +44,7 @@ TEST_F(ConvertProgram, EveryFormatHasImagesAndLabels)
   run.encoding = "Mono12Packed";
   run.width = 7;
   run.rowPadding = 3;
+  run.extra = "[run]\nFirstFrameTime = 2026-01-31T12:34:57.012500000Z\nFirstFrameTick = 5100\n";
   run.Write(Directory());
   Convert({"-o", directory_.Path("a.tif")}, 0);
   const TTiffPages stack = ReadTiff(directory_.Path("a.tif"));
@@ -64,6 +65,12 @@ TEST_F(ConvertProgram, EveryFormatHasImagesAndLabels)
   EXPECT_EQ(cube.ticks, (std::vector<long long>{5200, 5600, 5700}));
   EXPECT_EQ(cube.hostTimes.back(), 1'700'000'000'000'000'007);
   EXPECT_EQ(cube.checks, (std::vector<long long>{1, 1, 1}));
+  EXPECT_EQ(cube.dateObs, "2026-01-31T12:34:57.000001") << "of image 2, by the camera's clock";
+  EXPECT_EQ(cube.seconds, (std::vector<double>{0.0, 4e-6, 5e-6}));
+  Convert({"-o", directory_.Path("each.fits"), "--each", "--images", "6-7"}, 0);
+  const TFitsCube seventh = ReadFits(directory_.Path("each-0000007.fits"), PixelDepth::Bits16);
+  EXPECT_EQ(seventh.pixels, run.Pixels(7, PixelDepth::Bits16));
+  EXPECT_EQ(seventh.dateObs, "2026-01-31T12:34:57.000006");
   Convert({"-o", directory_.Path("a.raw"), "--images", "3-4"}, 0);
   const std::string raw = TextOf(directory_.Path("a.raw"));
   std::vector<std::byte> pixels(raw.size());

@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <fitsio.h>
 #include <fstream>
 #include <iterator>
@@ -99,7 +100,8 @@ TFitsCube ReadFits(const std::string& path, PixelDepth depth)
   long sides[3] = {};
   fits_get_img_param(file, 3, nullptr, &axes, sides, status);
   fits_get_img_equivtype(file, &cube.bitpix, status);
-  cube.images = sides[2];
+  cube.axes = axes;
+  cube.images = axes == 2 ? 1 : sides[2];
   TImageShape shape;
   shape.width = static_cast<int>(sides[0]);
   shape.height = static_cast<int>(sides[1]);
@@ -109,10 +111,7 @@ TFitsCube ReadFits(const std::string& path, PixelDepth depth)
   const auto pixels = static_cast<LONGLONG>(shape.Pixels()) * cube.images;
   fits_read_img(file, type, 1, pixels, nullptr, cube.pixels.data(), nullptr, status);
   char text[FLEN_VALUE] = "";
-  fits_read_key_str(file, "DATE-OBS", text, nullptr, status);
-  cube.dateObs = text;
   fits_read_key_dbl(file, "EXPTIME", &cube.exposure, nullptr, status);
-  fits_read_key_lng(file, "NOVERWR", &cube.overwritten, nullptr, status);
   fits_read_key_str(file, "INSTRUME", text, nullptr, status);
   cube.camera = text;
   int missing = *status;
@@ -121,6 +120,17 @@ TFitsCube ReadFits(const std::string& path, PixelDepth depth)
   char* tracks = nullptr;
   if (fits_read_key_longstr(file, "TRACKS", &tracks, nullptr, &missing) == 0) cube.tracks = tracks;
   fits_free_memory(tracks, &missing);
+  missing = *status;
+  fits_read_key_lng(file, "NOVERWR", &cube.overwritten, nullptr, &missing);
+  for (const auto& [key, value] :
+       {std::pair("DATE-OBS", &cube.dateObs), {"DATE-END", &cube.dateEnd}, {"IMAGETYP", &cube.imageType}}) {
+    missing = *status;
+    if (fits_read_key_str(file, key, text, nullptr, &missing) == 0) *value = text;
+  }
+  LONGLONG number = 0;
+  missing = *status;
+  if (fits_read_key_lnglng(file, "FRAMEID", &number, nullptr, &missing) == 0) cube.numbers = {number};
+  if (fits_read_key_lnglng(file, "TICKS", &number, nullptr, &missing) == 0) cube.ticks = {number};
   char frames[] = "FRAMES";
   int noTable = *status;
   fits_movnam_hdu(file, BINARY_TBL, frames, 0, &noTable);
@@ -132,11 +142,26 @@ TFitsCube ReadFits(const std::string& path, PixelDepth depth)
     fits_read_col(file, TLONGLONG, 2, 1, 1, cube.images, nullptr, cube.ticks.data(), nullptr, status);
     cube.hostTimes = OptionalColumn(file, "HOSTTIME", cube.images, status);
     cube.checks = OptionalColumn(file, "CHECK", cube.images, status);
+    cube.seconds.resize(cube.numbers.size());
+    char time[] = "TIME";
+    int column = 0;
+    missing = *status;
+    fits_get_colnum(file, CASEINSEN, time, &column, &missing);
+    fits_read_col(file, TDOUBLE, column, 1, 1, cube.images, nullptr, cube.seconds.data(), nullptr, &missing);
   }
   fits_clear_errmsg();
   int closing = 0;
   fits_close_file(file, &closing);
   return cube;
+}
+
+std::string FitsVerify(const std::string& path)
+{
+  const std::string report = path + ".verify";
+  const int result = std::system(("fitsverify -e -q '" + path + "' > '" + report + "' 2>&1").c_str());
+  std::ifstream stream(report);
+  std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  return result == 0 ? "" : "fitsverify: " + std::to_string(result) + " " + text;
 }
 
 TPngPicture ReadPng(const std::string& path)

@@ -40,6 +40,7 @@ TReadImages ReadWith(const char* program, const std::string& path, const std::ve
 
 struct TFitsCube
 {
+  int axes = 0;
   long images = 0;
   int bitpix = 0; // as the pixels are meant: 8, 16 unsigned is 20, 32
   std::vector<std::byte> pixels;
@@ -47,7 +48,10 @@ struct TFitsCube
   std::vector<long long> ticks;
   std::vector<long long> hostTimes; // these two are empty when the table does not have them
   std::vector<long long> checks;
+  std::vector<double> seconds; // the column TIME
   std::string dateObs;
+  std::string dateEnd;
+  std::string imageType; // "" when it is not there
   double exposure = 0.0;
   long overwritten = -2;
   std::string camera;
@@ -57,6 +61,8 @@ struct TFitsCube
 };
 
 TFitsCube ReadFits(const std::string& path, PixelDepth depth);
+/// What fitsverify finds wrong, "" for nothing.
+std::string FitsVerify(const std::string& path);
 
 struct TPngPicture
 {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The program as a whole: exit codes, files and counts, with simulated cameras configured by each test.
+#include "runs/host_time.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
 #include "vxcore/simulated/imaging/TCounterPattern.h"
@@ -39,6 +40,8 @@ TEST_F(ToolProgram, WrongCommandLinesAreExplainedWithExitCodeOne)
       {"acquire", "--baseline-clamp", "maybe"},
       {"acquire", "--output", "stack.jpg"},
       {"acquire", "--format", "tiff"},
+      {"acquire", "--each"},
+      {"acquire", "--image-type", "dark", "--spool", "run"},
       {"acquire", "--output", "a.tif", "--preview", "a.tif"},
       {"acquire", "--camera", "-1"},
   };
@@ -163,6 +166,54 @@ TEST_F(ToolProgram, SeriesIsWrittenCompletelyInBothFormats)
   EXPECT_EQ(cube.images, 3);
   EXPECT_EQ(cube.numbers, (std::vector<long long>{1, 2, 3}));
   EXPECT_GT(cube.ticks.at(2), cube.ticks.at(1));
+}
+
+TEST_F(ToolProgram, FitsOfOneImageSaysWhatItShowsAndWhenItWasExposed)
+{
+  Configure(kSteadyCamera);
+  const std::string path = directory_.Path("dark.fits");
+  const std::string before = UtcText(HostTimeNs());
+  ASSERT_EQ(Run({"acquire", "--exposure", "0.25", "--image-type", "dark", "-o", path}).exitCode, 0);
+  EXPECT_EQ(FitsVerify(path), "");
+  const TFitsCube image = ReadFits(path, PixelDepth::Bits16);
+  EXPECT_EQ(image.status, 0);
+  EXPECT_EQ(image.axes, 2);
+  EXPECT_EQ(image.imageType, "Dark Frame");
+  EXPECT_EQ(image.numbers, std::vector<long long>{1});
+  EXPECT_GT(image.dateObs, before);
+  EXPECT_LT(image.dateEnd, UtcText(HostTimeNs()));
+  const auto start = HostTimeOf(image.dateObs + "000Z");
+  const auto end = HostTimeOf(image.dateEnd + "000Z");
+  ASSERT_TRUE(start && end) << image.dateObs << image.dateEnd;
+  EXPECT_NEAR(static_cast<double>(*end - *start), 0.25e9, 2e3);
+}
+
+TEST_F(ToolProgram, EachImageGetsItsOwnFileAndNoneIsReplaced)
+{
+  Configure(kSmallCamera);
+  const auto acquire = [this](const char* file, std::vector<std::string> options) {
+    options.insert(options.begin(), {"acquire", "--each", "--exposure", "0.001", "-o", directory_.Path(file)});
+    return Run(options);
+  };
+  EXPECT_EQ(acquire("a.fits", {"--frames", "3"}).exitCode, 0);
+  EXPECT_EQ(acquire("a.tif", {}).exitCode, 0);
+  EXPECT_EQ(FitsVerify(directory_.Path("a-0000003.fits")), "");
+  const TFitsCube third = ReadFits(directory_.Path("a-0000003.fits"), PixelDepth::Bits16);
+  EXPECT_EQ(third.numbers, std::vector<long long>{3});
+  EXPECT_EQ(third.axes, 2);
+  EXPECT_EQ(ReadTiff(directory_.Path("a-0000001.tif")).pages.size(), 1u);
+  EXPECT_FALSE(std::filesystem::exists(directory_.Path("a.fits")));
+
+  std::filesystem::remove(directory_.Path("a-0000001.fits"));
+  for (const std::vector<std::string>& options :
+       {std::vector<std::string>{}, {"--frames", "9"}, {"--frames", "9", "--spool", directory_.Path("run")}}) {
+    const TOutcome refused = acquire("a.fits", options);
+    EXPECT_EQ(refused.exitCode, 4);
+    EXPECT_NE(refused.errors.find("fits: exists already"), std::string::npos) << refused.errors;
+    EXPECT_FALSE(std::filesystem::exists(directory_.Path("a-0000001.fits"))) << "said before the first image";
+  }
+  EXPECT_EQ(acquire("a.fits", {"--overwrite"}).exitCode, 0);
+  EXPECT_EQ(acquire("no/a.fits", {}).exitCode, 4);
 }
 
 TEST_F(ToolProgram, TriggersStartTheExposures)
