@@ -19,7 +19,10 @@ std::string ArgumentText(const CLI::Option& option)
 {
   if (option.get_items_expected_max() == 0) return "";
   const std::string text = option.get_type_name();
-  if (option.get_positional() && !option.get_required()) return "[" + text + "]";
+  if (option.get_positional()) {
+    const std::string needed = option.get_required() ? text : "[" + text + "]";
+    return needed + (option.get_items_expected_max() > 1 ? "..." : "");
+  }
   const std::size_t words = text.find(":{"); // the parser has "TEXT:" before words to choose from
   return words == std::string::npos ? text : text.substr(words + 1);
 }

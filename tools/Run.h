@@ -47,6 +47,7 @@ struct TProgress
   long fetched = 0;
   long wanted = 0; ///< 0: no limit
   long lost = 0;
+  long skipped = 0;               ///< of the wanted ones: no image will come for them
   std::optional<double> ringFill; ///< part of the ring that has images not fetched yet, 0 to 1
   std::size_t imageBytes = 0;
   double untilImageSeconds = 0.0; ///< about how long until the next image

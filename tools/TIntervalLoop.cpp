@@ -124,7 +124,7 @@ void TIntervalLoop::Report(TProgress progress)
   progress.delivered += counts.delivered;
   progress.fetched += counts.fetched;
   progress.wanted = settings_.wantedImages;
-  progress.lost = counts.Lost();
+  progress.lost = progress.skipped = counts.Lost();
   progress.imageBytes = settings_.shape.Bytes();
   progress.ringFill.reset();
   progress.imageSeconds = settings_.intervalSeconds;

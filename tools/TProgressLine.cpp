@@ -29,7 +29,7 @@ std::string ProgressText(const TProgress& progress, double imagesPerSecond)
 {
   char text[160];
   const std::string wanted = progress.wanted > 0 ? "/" + std::to_string(progress.wanted) : "";
-  const long missing = progress.wanted - progress.fetched;
+  const long missing = progress.wanted - progress.fetched - progress.skipped;
   const bool isLong = progress.imageSeconds >= kLongImage;
   double left = 0.0;
   std::string line = std::to_string(progress.fetched) + wanted + " images, ";
