@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <optional>
 
 namespace vxtool {
 
@@ -262,6 +261,14 @@ bool ReadFeature(int handle, const std::string& name, TCameraFeature& feature)
     ReadNumber(handle, wide.c_str(), VX_GetFloatMax, feature.maximum);
   }
   return true;
+}
+
+std::optional<std::string> FeatureText(int handle, const std::string& name)
+{
+  TCameraFeature read;
+  if (!ReadFeature(handle, name, read) || !read.whyNotRead.empty()) return std::nullopt;
+  const std::string text = FeatureValueText(read.value);
+  return text.empty() ? std::nullopt : std::optional(text);
 }
 
 std::string SetFeature(int handle, const TFeatureSetting& setting, TCameraFeature& feature)

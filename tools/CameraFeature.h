@@ -2,6 +2,7 @@
 // One feature of an open camera by its name: what it is, what it is set to, and setting it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -49,6 +50,8 @@ struct TFeatureSetting
 
 /// Asks the camera with this handle of the feature library. False when it has no such feature.
 bool ReadFeature(int handle, const std::string& name, TCameraFeature& feature);
+/// The value as a text; nothing when the camera has no such feature, or it cannot be read or is empty.
+std::optional<std::string> FeatureText(int handle, const std::string& name);
 /// Sets a feature by the text of its value. Returns why not, without its name, "" after success; @p feature
 /// is then what it is set to.
 std::string SetFeature(int handle, const TFeatureSetting& setting, TCameraFeature& feature);

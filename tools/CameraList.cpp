@@ -10,14 +10,6 @@ namespace vxtool {
 
 namespace {
 
-std::optional<std::string> TextOf(int handle, const char* feature)
-{
-  TCameraFeature read;
-  if (!ReadFeature(handle, feature, read) || !read.whyNotRead.empty()) return std::nullopt;
-  const std::string text = FeatureValueText(read.value);
-  return text.empty() ? std::nullopt : std::optional(text);
-}
-
 void Ask(TAttachedCamera& camera)
 {
   TFeatureDevice device;
@@ -25,9 +17,9 @@ void Ask(TAttachedCamera& camera)
     camera.problem = FeatureCodeText("VX_Open", code);
     return;
   }
-  camera.model = TextOf(device.Handle(), "CameraModel");
-  camera.serialText = TextOf(device.Handle(), "SerialNumber");
-  camera.source = TextOf(device.Handle(), "DeviceSource");
+  camera.model = FeatureText(device.Handle(), "CameraModel");
+  camera.serialText = FeatureText(device.Handle(), "SerialNumber");
+  camera.source = FeatureText(device.Handle(), "DeviceSource");
   if (!camera.serialText) return;
   int number = 0;
   extractNumberFromString(WideOf(*camera.serialText).data(), &number);

@@ -130,12 +130,13 @@ struct TAcquireOptions
 {
   std::optional<double> exposureSeconds;
   std::optional<double> cycleSeconds;
-  std::optional<double> intervalSeconds; ///< of a time-lapse: single images, start to start
+  std::optional<double> accumulationCycleSeconds; ///< between the exposures of a sum
+  std::optional<double> intervalSeconds;          ///< of a time-lapse: single images, start to start
   std::optional<long> frames;
   std::optional<RunMode> mode; ///< single without frames, series with frames
   int accumulations = 1;
   Trigger trigger = Trigger::Internal;
-  bool isOverlapped = false;
+  std::optional<bool> isOverlapped;
   PixelDepth depth = PixelDepth::Bits16;
   TImageAreaOptions area;
   TReadoutOptions readout;
@@ -146,6 +147,9 @@ struct TAcquireOptions
   TSpoolOptions spool;
   TOutputOptions output;
   bool isQuiet = false;
+  std::string settingsFile;     ///< that settings were read from; "": none
+  std::string settingsModel;    ///< of the camera that they are from; "": not known
+  std::string saveSettingsFile; ///< for the settings in force; "": none
 };
 
 /// What to make of the directory of a recorded run.
@@ -178,8 +182,17 @@ struct TOptions
 
 /// The word for a trigger mode on the command line.
 const char* TriggerName(Trigger trigger);
+/// The words for the other two.
+const char* ModeName(RunMode mode);
+const char* FanName(Fan fan);
 /// The trigger mode with this word; nothing for any other text.
 std::optional<Trigger> TriggerOf(const std::string& name);
+
+/// Bits of a pixel when none are asked for: sums may exceed 65535.
+constexpr PixelDepth DefaultDepth(int accumulations)
+{
+  return accumulations > 1 ? PixelDepth::Bits32 : PixelDepth::Bits16;
+}
 
 /// Whether the camera then makes frames at a constant rate.
 constexpr bool HasSteadyRate(Trigger trigger)

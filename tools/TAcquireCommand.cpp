@@ -9,12 +9,14 @@
 #include "tools/TCoolingWait.h"
 #include "tools/TInterrupt.h"
 #include "tools/TIntervalLoop.h"
+#include "tools/TOutputFile.h"
 #include "tools/TRecordCommand.h"
 #include "tools/TRunLoop.h"
 #include "tools/TTemperatureRamp.h"
 #include "tools/TWarmUpCommand.h"
 
 #include <cstdio>
+#include <span>
 #include <unistd.h>
 
 namespace vxtool {
@@ -49,7 +51,8 @@ ExitCode TAcquireCommand::Run()
     const TInterrupt interrupt;
     if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
     if (IsRecorded() && !TRecordCommand(options_).CheckFiles()) return ExitCode::OutputError;
-    if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error());
+    NoteOtherModel();
+    if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error() + SettingsFileText());
     if (const std::string why = WhyNotAtInterval(); !why.empty()) return Fail(ExitCode::CameraError, why);
     code = RunSetUp();
   }
@@ -64,6 +67,7 @@ ExitCode TAcquireCommand::RunSetUp()
 {
   camera_.CountExposures(options_.accumulations);
   SayLines(setUp_.Notes());
+  if (!SaveSettings()) return ExitCode::OutputError;
   if (options_.output.IsEmpty() && !IsRecorded())
     Say("no image will be kept: there is no --output, --preview or --spool");
   if (IsRecorded()) TRecordCommand::WarnOfFullDisk();
@@ -98,6 +102,31 @@ std::optional<ExitCode> TAcquireCommand::RampTemperature(TProgressLine& line)
   if (end == CoolingEnd::Interrupted) return Fail(ExitCode::Interrupted, kInterruptedText);
   if (!options_.isQuiet) Say(CoolingText(ramp.Last()));
   return std::nullopt;
+}
+
+std::string TAcquireCommand::SettingsFileText() const
+{
+  return options_.settingsFile.empty() ? "" : "; the settings of " + options_.settingsFile + " are in force, too";
+}
+
+void TAcquireCommand::NoteOtherModel() const
+{
+  const std::string model = AskModel().value.value_or("");
+  if (!options_.settingsModel.empty() && !model.empty() && options_.settingsModel != model)
+    Say(options_.settingsFile + ": the settings are of a " + options_.settingsModel + ", this camera is a " +
+        model);
+}
+
+bool TAcquireCommand::SaveSettings()
+{
+  if (options_.saveSettingsFile.empty()) return true;
+  const std::string text = SettingsText(options_, setUp_.InForce());
+  TOutputFile file;
+  if (file.Create(options_.saveSettingsFile, options_.output.overwrite) &&
+      file.WriteAt(0, std::as_bytes(std::span(text))) && file.Close())
+    return true;
+  Say(file.Error());
+  return false;
 }
 
 std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)

@@ -31,6 +31,10 @@ private:
   /// The run, as far as it goes, with the camera set up.
   ExitCode RunSetUp();
   std::optional<ExitCode> RampTemperature(TProgressLine& line);
+  /// False with a message.
+  bool SaveSettings();
+  void NoteOtherModel() const;
+  std::string SettingsFileText() const; // for the end of a message
   std::optional<ExitCode> WaitForTemperature(TProgressLine& line);
   bool IsRecorded() const { return !options_.spool.directory.empty(); }
   TRunSettings Settings() const;

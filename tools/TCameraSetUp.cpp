@@ -36,6 +36,14 @@ float ExposureArgument(double seconds)
   return isMaximum ? std::nextafter(rounded, 0.0F) : rounded;
 }
 
+// The feature library's handle of the open camera.
+int CoreHandle()
+{
+  int handle = VX_HANDLE_NONE;
+  GetSDK3Handle(&handle);
+  return handle;
+}
+
 std::string SizeText(int width, int height)
 {
   return std::to_string(width) + "x" + std::to_string(height);
@@ -90,8 +98,8 @@ bool TCameraSetUp::Apply(const TAcquireOptions& options)
          SetCounts(options) &&
          Check("--mode", "SetAcquisitionMode",
                SetAcquisitionMode(static_cast<int>(options.mode.value_or(RunMode::Single)))) &&
-         (!options.isOverlapped || Check("--overlap", "SetOverlapMode", SetOverlapMode(1))) && SetTimes(options) &&
-         SetFeatures(options.features) && ReadTimes(options) && CheckBits(options) && SetSpooling(options.spool);
+         SetOverlap(options.isOverlapped) && SetTimes(options) && SetFeatures(options.features) &&
+         ReadTimes(options) && CheckBits(options) && SetSpooling(options.spool);
 }
 
 bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
@@ -174,16 +182,16 @@ bool TCameraSetUp::CheckIndices(const TReadoutOptions& readout)
 bool TCameraSetUp::SetOneFeature(const std::string& option, const TFeatureSetting& setting,
                                  TCameraFeature& feature)
 {
-  int handle = VX_HANDLE_NONE;
-  if (!Check(option.c_str(), "GetSDK3Handle", GetSDK3Handle(&handle))) return false;
-  const std::string problem = vxtool::SetFeature(handle, setting, feature);
+  const std::string problem = vxtool::SetFeature(CoreHandle(), setting, feature);
   return problem.empty() || Fail(option + ": " + problem);
 }
 
 bool TCameraSetUp::SetEncoding(const std::string& encoding)
 {
   TCameraFeature feature;
-  return encoding.empty() || SetOneFeature("--encoding", {kEncoding, encoding}, feature);
+  if (!encoding.empty() && !SetOneFeature("--encoding", {kEncoding, encoding}, feature)) return false;
+  encoding_ = FeatureText(CoreHandle(), kEncoding).value_or("");
+  return true;
 }
 
 bool TCameraSetUp::SetFeatures(const std::vector<TFeatureSetting>& settings)
@@ -191,6 +199,7 @@ bool TCameraSetUp::SetFeatures(const std::vector<TFeatureSetting>& settings)
   for (const TFeatureSetting& setting : settings) {
     TCameraFeature feature;
     if (!SetOneFeature("--set: " + setting.name, setting, feature)) return false;
+    features_.push_back({setting.name, FeatureValueText(feature.value)});
     const double asked = std::strtod(setting.value.c_str(), nullptr);
     const auto* const got = std::get_if<double>(&feature.value);
     if (got && std::fabs(*got - asked) > kNoticeable * std::fabs(asked))
@@ -204,8 +213,7 @@ bool TCameraSetUp::SetFeatures(const std::vector<TFeatureSetting>& settings)
 bool TCameraSetUp::CheckBits(const TAcquireOptions& options)
 {
   TCameraFeature encoding;
-  int handle = VX_HANDLE_NONE;
-  if (GetSDK3Handle(&handle) != RC_SUCCESS || !ReadFeature(handle, kEncoding, encoding)) return true;
+  if (!ReadFeature(CoreHandle(), kEncoding, encoding)) return true;
   const std::string present = FeatureValueText(encoding.value);
   if (!options.encoding.empty() && present != options.encoding)
     notes_ += "the encoding is " + present + ": sums of exposures need it\n";
@@ -346,13 +354,22 @@ bool TCameraSetUp::SetTimes(const TAcquireOptions& options)
   if (options.exposureSeconds && !SetExposure(*options.exposureSeconds)) return false;
   const bool isBurst = options.mode == RunMode::Accumulate;
   // Between images the program itself keeps to the cycle of its triggers: the camera then has no rate to set.
-  if (options.cycleSeconds && (isBurst || options.trigger != Trigger::Software)) {
-    const auto seconds = static_cast<float>(*options.cycleSeconds);
-    const bool isSet = isBurst ? Check("--cycle", "SetAccumulationCycleTime", SetAccumulationCycleTime(seconds))
-                               : Check("--cycle", "SetKineticCycleTime", SetKineticCycleTime(seconds));
-    if (!isSet) return false;
-  }
-  return true;
+  const bool isCyclePrograms = !isBurst && options.trigger == Trigger::Software;
+  return (isCyclePrograms || SetCycle("--cycle", options.cycleSeconds, isBurst)) &&
+         SetCycle("--accumulation-cycle", options.accumulationCycleSeconds, true);
+}
+
+bool TCameraSetUp::SetCycle(const char* option, const std::optional<double>& asked, bool isBetweenSummed)
+{
+  if (!asked) return true;
+  const auto seconds = static_cast<float>(*asked);
+  if (isBetweenSummed) return Check(option, "SetAccumulationCycleTime", SetAccumulationCycleTime(seconds));
+  return Check(option, "SetKineticCycleTime", SetKineticCycleTime(seconds));
+}
+
+bool TCameraSetUp::SetOverlap(const std::optional<bool>& isOverlapped)
+{
+  return !isOverlapped || Check("--overlap", "SetOverlapMode", SetOverlapMode(*isOverlapped ? 1 : 0));
 }
 
 bool TCameraSetUp::ReadTimes(const TAcquireOptions& options)
@@ -370,6 +387,7 @@ bool TCameraSetUp::ReadTimes(const TAcquireOptions& options)
   };
   note("the exposure", options.exposureSeconds, exposureSeconds_);
   if (options.trigger == Trigger::Internal) note("the cycle", options.cycleSeconds, cycleSeconds_);
+  note("the accumulation cycle", options.accumulationCycleSeconds, accumulate);
   return true;
 }
 
@@ -379,6 +397,22 @@ bool TCameraSetUp::SetSpooling(TSpoolOptions spool)
   return (!spool.threads ||
           Check("--spool-threads", "SetSpoolThreadCount", SetSpoolThreadCount(*spool.threads))) &&
          Check("--spool", "SetSpool", SetSpool(1, static_cast<int>(spool.method), spool.directory.data()));
+}
+
+TSettingsInForce TCameraSetUp::InForce() const
+{
+  const int handle = CoreHandle();
+  TSettingsInForce inForce;
+  inForce.model = FeatureText(handle, "CameraModel").value_or("");
+  inForce.serial = FeatureText(handle, "SerialNumber").value_or("");
+  inForce.firmware = FeatureText(handle, "FirmwareVersion").value_or("");
+  GetAcquisitionTimings(&inForce.exposureSeconds, &inForce.accumulateSeconds, &inForce.cycleSeconds);
+  inForce.encoding = encoding_;
+  int isClamped = 0;
+  if (GetBaselineClamp(&isClamped) == RC_SUCCESS) inForce.isBaselineClamped = isClamped == 1;
+  inForce.area = area_;
+  inForce.features = features_;
+  return inForce;
 }
 
 double TCameraSetUp::ReadoutSeconds() const

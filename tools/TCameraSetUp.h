@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/Options.h"
+#include "tools/RunSettings.h"
 
 #include <string>
 
@@ -24,6 +25,8 @@ public:
   int ImageHeight() const;
   const TSensorArea& Area() const { return area_; }
   const TReadout& Readout() const { return readout_; }
+  /// What the camera is set to, for a file of settings.
+  TSettingsInForce InForce() const;
   /// Times in force, in s; the cycle is from one exposure to the next.
   double ExposureSeconds() const { return exposureSeconds_; }
   double CycleSeconds() const { return cycleSeconds_; }
@@ -42,6 +45,8 @@ private:
   bool ChooseChannelForGain(TReadoutOptions& readout);
   bool SetEncoding(const std::string& encoding);
   bool SetFeatures(const std::vector<TFeatureSetting>& settings);
+  bool SetOverlap(const std::optional<bool>& isOverlapped);
+  bool SetCycle(const char* option, const std::optional<double>& asked, bool isBetweenSummed);
   bool CheckBits(const TAcquireOptions& options);
   // Sets a feature as an option says. @param feature  then what it is set to
   bool SetOneFeature(const std::string& option, const TFeatureSetting& setting, TCameraFeature& feature);
@@ -58,6 +63,8 @@ private:
   std::string notes_;
   TSensorArea area_;
   TReadout readout_;
+  std::string encoding_; // of single exposures
+  std::vector<TFeatureSetting> features_;
   double exposureSeconds_ = 0.0;
   double cycleSeconds_ = 0.0;
   int firstTargetCelsius_ = 0;

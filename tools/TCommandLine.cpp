@@ -6,6 +6,8 @@
 #include "tools/Messages.h"
 #include "tools/NearestWord.h"
 #include "tools/OptionTable.h"
+#include "tools/RunSettings.h"
+#include "tools/TSettingsFile.h"
 #include "tools/Versions.h"
 
 #include <algorithm>
@@ -13,6 +15,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <map>
+#include <set>
 
 namespace vxtool {
 
@@ -107,6 +110,14 @@ std::optional<Value> ValueOf(const TWords<Value>& words, const std::string& word
   for (const auto& [name, value] : words)
     if (name == word) return value;
   return std::nullopt;
+}
+
+template <typename Value>
+const char* WordFor(const TWords<Value>& words, Value wanted)
+{
+  for (const auto& [name, value] : words)
+    if (value == wanted) return name.c_str();
+  return "unknown";
 }
 
 template <typename Value>
@@ -278,6 +289,8 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
   AddSeconds(app, "-e,--exposure", options.exposureSeconds, "Exposure time in s");
   AddSeconds(app, "--cycle", options.cycleSeconds,
              "Time from one exposure to the next in s; of a series with --trigger software, between triggers");
+  AddSeconds(app, "--accumulation-cycle", options.accumulationCycleSeconds,
+             "Time from one exposure of a sum to the next in s; in mode accumulate the same as --cycle");
   AddSeconds(app, "--interval", options.intervalSeconds,
              "Time-lapse: single images, one each so many s from start to start; without --frames until Ctrl-C");
   app.add_option("-n,--frames", options.frames, "Number of images (series, continuous, --interval)")
@@ -291,7 +304,14 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
       ->check(WholeNumber(1, 1'000'000))
       ->type_name("K");
   AddWord(app, "-t,--trigger", trigger, kTriggers, "What starts an exposure; default: internal");
-  app.add_flag("--overlap", options.isOverlapped, "Expose while the exposure before is read out");
+  const auto overlap = [&options](const std::string& word) {
+    options.isOverlapped = word.empty() ? true : ValueOf(kSwitches, word);
+    if (!options.isOverlapped) throw CLI::ValidationError("--overlap", RefusedText(word, "on or off is"));
+  };
+  app.add_option_function<std::string>("--overlap", overlap,
+                                       "Expose while the exposure before is read out; --overlap alone is on")
+      ->expected(0, 1)
+      ->type_name("[on|off]");
   app.add_option(
          "-b,--bits", bits,
          "Bits of a pixel in the output: 8 (with --encoding Mono8, and sums), 16 or 32; default: 32 for sums "
@@ -375,6 +395,19 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
   AddImageFileOptions(app, options.output, app.option_defaults()->get_group());
   app.add_flag("--overwrite", options.output.overwrite, "Replace files that exist");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
+}
+
+void AddSettingsOptions(CLI::App& app, TAcquireOptions& options)
+{
+  const char* const group = "Files of settings";
+  app.add_option("--settings", options.settingsFile,
+                 "Take settings from this file; options of the command line come before them")
+      ->type_name("FILE.ini")
+      ->group(group);
+  app.add_option("--save-settings", options.saveSettingsFile,
+                 "Write the settings that are in force before the run to this file")
+      ->type_name("FILE.ini")
+      ->group(group);
 }
 
 void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolMethod>& method)
@@ -465,6 +498,10 @@ std::string CompleteOrSayWhy(TAcquireOptions& options)
   if (options.frames && !isAtInterval && (mode == RunMode::Single || mode == RunMode::Accumulate))
     return "--frames: modes single and accumulate take one image";
   if (mode == RunMode::Series && !options.frames) return "--frames: mode series needs it";
+  if (options.accumulationCycleSeconds && options.accumulations < 2)
+    return "--accumulation-cycle: is for sums of exposures; give --accumulations";
+  if (options.accumulationCycleSeconds && mode == RunMode::Accumulate && options.cycleSeconds)
+    return "--cycle: is the same as --accumulation-cycle in mode accumulate; leave out one of them";
   if (mode == RunMode::Accumulate && options.accumulations < 2)
     return "--accumulations: mode accumulate needs 2 or more";
   if (options.accumulations > 1 && mode != RunMode::Accumulate && mode != RunMode::Series)
@@ -477,6 +514,9 @@ std::string CompleteOrSayWhy(TAcquireOptions& options)
     return "--ramp: needs --temperature or --warm-up";
   if (options.readout.amplifier && options.readout.channel.value_or(0) != 0)
     return "--amplifier: channel 0 has amplifiers to choose from";
+  if (!options.saveSettingsFile.empty() &&
+      (options.saveSettingsFile == options.output.file || options.saveSettingsFile == options.output.preview))
+    return "--save-settings: is the file of --output or --preview";
   const std::string spool = WhyNotSpooled(options);
   return spool.empty() ? CompleteOrSayWhy(options.output, kStackSuffixes) : spool;
 }
@@ -538,11 +578,88 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   AddFeatureOptions(*acquire, options.acquire);
   AddCoolingOptions(*acquire, options.acquire.cooling);
   AddOutputOptions(*acquire, options.acquire);
+  AddSettingsOptions(*acquire, options.acquire);
   AddSpoolOptions(*acquire, options.acquire.spool, given.method);
   AddConvertOptions(*convert, options.convert, given.convertBits);
   AddWarmUpOptions(*warmUp, options, given.warmUpRamp);
   for (CLI::App* command : {acquire, convert, warmUp}) command->footer(kFooter);
   return commands;
+}
+
+// A setting that does not go together with an option of the command line: which one; "" for none.
+std::string ExcludingOption(const CLI::App& acquire, const CLI::Option& option, const std::set<std::string>& given)
+{
+  for (const CLI::Option* other : option.get_excludes())
+    if (given.count(other->get_name()) > 0) return other->get_name();
+  const auto isGiven = [&](const std::string& text) {
+    const std::size_t sign = text.find('=');
+    const std::string name = "--" + text.substr(0, sign);
+    if (given.count(name) == 0) return false;
+    return sign == std::string::npos || acquire.get_option(name)->results().front() == text.substr(sign + 1);
+  };
+  return DisplacingOption(option.get_name().substr(2), isGiven);
+}
+
+// Gives an option the value of a setting, as if it stood on the command line.
+void AddSetting(CLI::App& acquire, const TSettingsEntry& entry, const std::set<std::string>& given,
+                const std::string& file)
+{
+  const std::vector<std::string> names = SettingNames();
+  const std::string place = file + ", line " + std::to_string(entry.line) + ": " + entry.key;
+  CLI::Option* const option = acquire.get_option_no_throw("--" + entry.key);
+  if (std::find(names.begin(), names.end(), entry.key) == names.end()) {
+    if (option) throw CLI::ValidationError(place + ": is an option of acquire, but not a setting");
+    const std::string nearest = NearestWord(entry.key, names);
+    throw CLI::ValidationError(place + ": there is no such setting; " +
+                               (nearest.empty() ? "there are " + ChoiceText(names) : "the nearest is " + nearest));
+  }
+  if (given.count(option->get_name()) > 0) return;
+  if (const std::string other = ExcludingOption(acquire, *option, given); !other.empty()) {
+    Say(place + ": is left out, since it does not go with " + other);
+    return;
+  }
+  for (const CLI::Option* other : option->get_excludes())
+    if (other->count() > 0)
+      throw CLI::ValidationError(place + ": does not go with " + other->get_name().substr(2));
+  try {
+    option->add_result(entry.value);
+    option->run_callback();
+  } catch (const CLI::ParseError& error) {
+    const std::string text = error.what(); // "--name: ..."
+    throw CLI::ValidationError(file + ", line " + std::to_string(entry.line) + ": " +
+                               (text.starts_with("--") ? text.substr(2) : text));
+  }
+}
+
+// What the file says of the camera is not applied; another model is worth a note.
+void AddCameraEntry(const TSettingsEntry& entry, TAcquireOptions& options)
+{
+  const std::vector<std::string> known = {"model", "serial", "firmware"};
+  if (std::find(known.begin(), known.end(), entry.key) == known.end())
+    throw CLI::ValidationError(options.settingsFile + ", line " + std::to_string(entry.line) + ": " + entry.key +
+                               ": there is no such key; there are " + ChoiceText(known));
+  if (entry.key == "model") options.settingsModel = entry.value;
+}
+
+void AddSettingsOfFile(CLI::App& acquire, TAcquireOptions& options)
+{
+  if (options.settingsFile.empty()) return;
+  TSettingsFile file;
+  if (!file.Read(options.settingsFile)) throw CLI::ValidationError("--settings: " + file.Error());
+  std::set<std::string> given;
+  for (const CLI::Option* option : acquire.get_options())
+    if (option->count() > 0) given.insert(option->get_name());
+  const auto isSet = [&options](const TSettingsEntry& entry) {
+    return std::any_of(options.features.begin(), options.features.end(),
+                       [&](const TFeatureSetting& setting) { return setting.name == entry.key; });
+  };
+  std::vector<TFeatureSetting> features;
+  for (const TSettingsEntry& entry : file.Entries()) {
+    if (entry.section == TSettingsFile::kSettings) AddSetting(acquire, entry, given, options.settingsFile);
+    if (entry.section == TSettingsFile::kFeatures && !isSet(entry)) features.push_back({entry.key, entry.value});
+    if (entry.section == TSettingsFile::kCamera) AddCameraEntry(entry, options);
+  }
+  options.features.insert(options.features.begin(), features.begin(), features.end());
 }
 
 // The options, complete. Throws what the parser throws when they do not go together.
@@ -552,7 +669,7 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
   TAcquireOptions& acquire = options.acquire;
   acquire.noImageSeconds = given.timeout.value_or(0.0);
   acquire.trigger = given.trigger.value_or(Trigger::Internal);
-  acquire.depth = static_cast<PixelDepth>(given.bits.value_or(acquire.accumulations > 1 ? 32 : 16));
+  acquire.depth = given.bits ? static_cast<PixelDepth>(*given.bits) : DefaultDepth(acquire.accumulations);
   acquire.spool.method = given.method.value_or(SpoolMethod::Multi);
   if (given.warmUpRamp) options.warmUp.degreesPerMinute = *given.warmUpRamp;
   if (given.convertBits) options.convert.depth = static_cast<PixelDepth>(*given.convertBits);
@@ -606,9 +723,17 @@ std::string UnknownWord(const CLI::App& command)
 
 const char* TriggerName(Trigger trigger)
 {
-  for (const auto& [name, value] : kTriggers)
-    if (value == trigger) return name.c_str();
-  return "unknown";
+  return WordFor(kTriggers, trigger);
+}
+
+const char* ModeName(RunMode mode)
+{
+  return WordFor(kModes, mode);
+}
+
+const char* FanName(Fan fan)
+{
+  return WordFor(kFans, fan);
 }
 
 std::optional<Trigger> TriggerOf(const std::string& name)
@@ -629,6 +754,7 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
   app.add_flag_callback("--option-table", printTable)->group(""); // for the manual page and for shells
   try {
     app.parse(argc, argv);
+    AddSettingsOfFile(*commands.acquire, given.options.acquire);
     return OptionsOf(commands, given);
   } catch (const CLI::ParseError& error) {
     const std::string unknown = error.get_exit_code() == 0 ? "" : UnknownWord(app);
