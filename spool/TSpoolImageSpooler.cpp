@@ -179,15 +179,15 @@ bool TSpoolImageSpooler::TPlace::WriteNewImages()
 // Returns how many are written. Where nothing was reserved, a disk may have room for some of them only.
 std::size_t TSpoolImageSpooler::TPlace::Write(std::size_t images)
 {
-  const auto write = [this](std::size_t first, std::size_t count) {
+  const auto writeImages = [this](std::size_t first, std::size_t count) {
     const std::uint64_t begin = imageBytes_ * first;
     return file_.Write(memory_ + begin, imageBytes_ * count, offset_ + begin);
   };
-  int error = write(recorded_, images);
+  int error = writeImages(recorded_, images);
   if (error == 0) return images;
   std::size_t written = 0;
   if (IsDiskFull(error))
-    while (written < images && (error = write(recorded_ + written, 1)) == 0) ++written;
+    while (written < images && (error = writeImages(recorded_ + written, 1)) == 0) ++written;
   if (error != 0) fault_.Raise("cannot write", file_.Path(), error);
   return written;
 }
