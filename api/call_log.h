@@ -53,34 +53,35 @@ private:
 void LogCall(const char* function, std::span<const TCallArgument> arguments, unsigned int code,
              const TCallNotes& notes) noexcept;
 
-/// The body of an exported function: calls @p function, the entry point of the same name, and explains in the log, at level
-/// debug, why the call did not succeed. While the log is off or less detailed, it costs one relaxed load.
+/// The body of an exported function: calls the entry point of the same name, and explains in the log, at level debug, why the call did not succeed. While the log is off or less detailed, it costs one relaxed load.
 template <class... Parameters>
 class TExplainedCall final
 {
 public:
   using TFunction = unsigned int (*)(Parameters...);
 
-  TExplainedCall(const char* name, TFunction function) : name_(name), function_(function) {}
+  constexpr TExplainedCall(const char* name, TFunction function) : name_(name), function_(function) {}
 
   unsigned int operator()(Parameters... arguments) const
   {
     using QuorinUtility::TQuorinLibDebugOutput;
     if (TQuorinLibDebugOutput::IsEnabled(TQuorinLibDebugOutput::Debug)) [[unlikely]]
-      return CallAndExplain(arguments...);
+      return CallAndExplain(name_, function_, arguments...);
     return function_(arguments...);
   }
 
 private:
-  [[gnu::noinline, gnu::cold]] unsigned int CallAndExplain(Parameters... arguments) const
+  // Takes the members by value, so that no object is made for a call that is not logged.
+  [[gnu::noinline, gnu::cold]] static unsigned int CallAndExplain(const char* name, TFunction function,
+                                                                  Parameters... arguments)
   {
     const TCallNotes notes;
-    const unsigned int code = function_(arguments...);
+    const unsigned int code = function(arguments...);
     if constexpr (sizeof...(Parameters) == 0) {
-      LogCall(name_, {}, code, notes);
+      LogCall(name, {}, code, notes);
     } else {
       const TCallArgument texts[] = {arguments...};
-      LogCall(name_, texts, code, notes);
+      LogCall(name, texts, code, notes);
     }
     return code;
   }
