@@ -5,15 +5,15 @@ from typing import TYPE_CHECKING
 
 from ._signatures import LIBRARY_VERSION as __version__
 from .errors import (
-    CameraStateError, ClippedWarning, DiskSpaceWarning, FramesLostError, FramesLostWarning, NoCameraError, NoImageError,
-    VxmcdError)
+    CameraStateError, ClippedWarning, DiskSpaceWarning, FramesLostError, FramesLostWarning, LibraryError, NoCameraError,
+    NoImageError, NotStableError, VxmcdError)
 
 # What needs the module `raw` is imported on use, so that reading recorded runs needs no library.
 _LAZY = {"Camera": "camera", "cameras": "camera", "close_cameras": "camera",
          "TriggerMode": "_timing", "Area": "_area", "Gain": "_readout", "Frame": "_stream", "Stream": "_stream"}
 
 __all__ = ["CameraStateError", "ClippedWarning", "DiskSpaceWarning", "FramesLostError", "FramesLostWarning",
-           "NoCameraError", "NoImageError", "VxmcdError", *_LAZY]
+           "LibraryError", "NoCameraError", "NoImageError", "NotStableError", "VxmcdError", *_LAZY]
 
 if TYPE_CHECKING:
     from ._area import Area

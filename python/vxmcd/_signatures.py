@@ -2,11 +2,13 @@
 # Generated from include/vxmcd.h by scripts/generate-interface: do not edit.
 """Types, constants and result codes of the camera library."""
 from ctypes import (
-    CFUNCTYPE, POINTER, Structure, c_char_p, c_double, c_float, c_int, c_long, c_longlong, c_ubyte, c_uint,
-    c_ulong, c_ulonglong, c_ushort, c_void_p, c_wchar_p)
+    CFUNCTYPE, POINTER, c_char_p, c_double, c_float, c_int, c_long, c_longlong, c_ubyte, c_uint, c_ulong,
+    c_ulonglong, c_ushort, c_void_p, c_wchar_p)
+
+from ._record import Record
 
 
-class vxmcd_Capabilities(Structure):
+class vxmcd_Capabilities(Record):
     _fields_ = [
         ("size", c_uint),
         ("acquisitionModes", c_uint),

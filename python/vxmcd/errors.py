@@ -34,12 +34,32 @@ class NoCameraError(VxmcdError):
         return self.detail
 
 
+class LibraryError(OSError):
+    """The camera library cannot be loaded, or does not fit this package. The message says what to do."""
+
+
 class CameraStateError(RuntimeError):
     """A call that is not possible now: the camera is closed, or a run is under way."""
 
 
 class NoImageError(TimeoutError):
     """No image came within the time limit."""
+
+
+class NotStableError(TimeoutError):
+    """The temperature was not stable within the time limit. temperature, target: degrees Celsius; status: as
+    Camera.temperature_status."""
+
+    def __init__(self, temperature: float, target: float, status: str, seconds: float):
+        self.temperature = temperature
+        self.target = target
+        self.status = status
+        self.seconds = seconds
+        super().__init__(f"the temperature is not stable after {seconds:g} s: {temperature:.1f} C, the target is {target:g} C "
+                         f"({status})")
+
+    def __reduce__(self):
+        return type(self), (self.temperature, self.target, self.status, self.seconds)
 
 
 class FramesLostError(RuntimeError):

@@ -100,8 +100,7 @@ def fixed_result_line(row, types):
 def record_lines(compound, types):
     fields = [f'        ("{member.findtext("name")}", {types.expression(kind_of(member))}),'
               for member in compound.iter("memberdef")]
-    types.use("Structure")
-    return [f"class {compound.findtext('compoundname')}(Structure):", "    _fields_ = [", *fields, "    ]", "", ""]
+    return [f"class {compound.findtext('compoundname')}(Record):", "    _fields_ = [", *fields, "    ]", "", ""]
 
 
 def constant_lines(groups):
@@ -134,7 +133,7 @@ def text():
         "# SPDX-License-Identifier: MIT",
         "# Generated from include/vxmcd.h by scripts/generate-interface: do not edit.",
         '"""Types, constants and result codes of the camera library."""',
-        "from ctypes import (", imports + ")", "", "", *records, *callback_lines, *([""] if callback_lines else []),
+        "from ctypes import (", imports + ")", "", "from ._record import Record", "", "", *records, *callback_lines, *([""] if callback_lines else []),
         f'LIBRARY_VERSION = "{header.library_version()}"', "",
         "# name: (type of the result, types of the arguments); None for arguments: takes any", "FUNCTIONS = {", *functions,
         "}", "", "CONSTANTS = {", *constant_lines(groups), "}", "",

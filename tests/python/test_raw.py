@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Names, types and texts of the raw functions; finding the library."""
+"""Names, types and texts of the raw functions; finding the library, and the package with pip."""
 import ctypes
 import os
 import shutil
@@ -56,24 +56,75 @@ def python(code, package=PACKAGE, **variables):
 def test_a_named_library_is_the_only_one_tried(tmp_path):
     missing = str(tmp_path / "libother.so")
     result = python("import vxmcd; print(vxmcd.cameras())", VXMCD_LIBRARY=missing)
-    assert result.returncode == 1 and "OSError: the camera library cannot be loaded; VXMCD_LIBRARY" in result.stderr
+    assert result.returncode == 1 and "LibraryError: the camera library cannot be loaded from the file" in result.stderr
     assert missing in result.stderr and "libvxmcd.so.3" not in result.stderr
+
+
+def copied(prefix, directory):
+    """The package in a directory below a prefix."""
+    package = prefix / directory / "vxmcd"
+    shutil.copytree(PACKAGE, package, ignore=shutil.ignore_patterns("__pycache__"))
+    return package
+
+
+def library_in(directory):
+    directory.mkdir(parents=True, exist_ok=True)
+    library = directory / "libvxmcd.so.3"
+    library.symlink_to(os.environ["VXMCD_LIBRARY"])
+    return library
 
 
 @pytest.mark.parametrize("directory", ["lib", "lib64", f"lib/{sysconfig.get_config_var('MULTIARCH')}"])
 def test_an_installed_package_finds_the_library_of_its_prefix(tmp_path, directory):
-    package = tmp_path / "lib" / "python3" / "dist-packages" / "vxmcd"
-    shutil.copytree(PACKAGE, package, ignore=shutil.ignore_patterns("__pycache__"))
-    beside = tmp_path / directory / "libvxmcd.so.3"
-    beside.parent.mkdir(parents=True, exist_ok=True)
-    beside.symlink_to(os.environ["VXMCD_LIBRARY"])
+    package = copied(tmp_path, "lib/python3/dist-packages")
+    beside = library_in(tmp_path / directory)
     result = python("from vxmcd import raw; print(raw.GetNumberNewImages(None, None), raw._library.load()._name)", package)
     assert result.stdout.split() == ["20002", str(beside)], result.stderr
 
 
-def test_without_either_the_loader_searches():
-    found = python("from vxmcd import _library; print(_library.candidates())")
-    assert found.stdout.strip() == "['libvxmcd.so.3']"
-    by_path = python("from vxmcd import raw; print(raw.GetNumberNewImages(None, None))",
+def test_a_source_tree_uses_its_build(tmp_path):
+    package = copied(tmp_path, "python")
+    (tmp_path / "include").mkdir()
+    (tmp_path / "include" / "vxmcd.h").touch()
+    library = library_in(tmp_path / "build" / "release" / "lib")
+    assert python("from vxmcd import _library; print(_library.load()._name)", package).stdout.strip() == str(library)
+
+
+def test_without_either_the_loader_searches(tmp_path):
+    package = copied(tmp_path, "somewhere")
+    found = python("import vxmcd; vxmcd.cameras()", package)
+    for words in ("LibraryError", "libvxmcd.so.3: cannot open", "/usr/local/lib", "libvxmcd3", "cmake --install", "VXMCD_LIBRARY"):
+        assert words in found.stderr
+    by_path = python("from vxmcd import raw; print(raw.GetNumberNewImages(None, None))", package,
                      LD_LIBRARY_PATH=str(Path(os.environ["VXMCD_LIBRARY"]).parent))
     assert by_path.stdout.strip() == "20002", by_path.stderr
+
+
+def test_a_library_of_another_version_is_named(tmp_path):
+    (tmp_path / "old.c").write_text("unsigned getSDKVersion(unsigned* a, unsigned* b, unsigned* c, unsigned* d)"
+                                    "{ *a = 2; *b = 93; *c = 1; *d = 0; return 20002; }")
+    subprocess.run(["cc", "-shared", "-fPIC", "-o", tmp_path / "old.so", tmp_path / "old.c"], check=True)
+    result = python("import vxmcd; vxmcd.cameras()", VXMCD_LIBRARY=str(tmp_path / "old.so"))
+    assert "LibraryError" in result.stderr and "AttributeError" not in result.stderr
+    assert f"it has the version 2.93.1, and the Python package {vxmcd.__version__}" in result.stderr
+    newer = python("from vxmcd import _library, raw; _library.LIBRARY_VERSION = '3.0.0'; print(raw.MyInitialise())",
+                   VXMCD_LIBRARY=os.environ["VXMCD_LIBRARY"])
+    assert "RuntimeWarning" in newer.stderr and "package 3.0.0" in newer.stderr and newer.stdout == "None\n"
+
+
+def test_pip_installs_a_package_that_finds_the_library_of_its_environment(tmp_path):
+    for needed in ("pip", "setuptools", "wheel"):
+        pytest.importorskip(needed)
+    copied(tmp_path, "source")
+    shutil.copy(PACKAGE.parent / "pyproject.toml", tmp_path / "source")
+    environment = tmp_path / "environment"
+    for command in (["venv", "--system-site-packages", "--without-pip", environment],
+                    ["pip", "--python", environment / "bin" / "python", "install", "--quiet", "--no-build-isolation",
+                     "--no-index", tmp_path / "source"]):
+        subprocess.run([sys.executable, "-m", *command], check=True, capture_output=True, timeout=100)
+    library_in(environment / "lib")
+    code = "import vxmcd.spool; from vxmcd import raw; print(raw.MyInitialise(), raw._library.load()._name, vxmcd.__file__)"
+    result = subprocess.run([environment / "bin" / "python", "-c", code], capture_output=True, text=True, timeout=60,
+                            env={"PATH": os.environ["PATH"]})
+    answer, library, package = result.stdout.split() or [result.stderr]
+    assert answer == "None" and library.startswith(str(environment)) and package.startswith(str(environment))
