@@ -3,13 +3,16 @@
 from __future__ import annotations
 
 import ctypes
-from typing import Tuple
+import time
+from typing import Optional, Tuple
 
 from . import _checks, raw
-from .errors import VxmcdError
+from ._session import value_of
+from .errors import CameraStateError, NotStableError, VxmcdError
 
 _STATES = {raw.RC_TEMP_OFF: "off", raw.RC_TEMP_STABILIZED: "stable", raw.RC_TEMP_NOT_REACHED: "not reached",
            raw.RC_TEMP_DRIFT: "drift", raw.RC_TEMP_NOT_STABILIZED: "not stable", raw.RC_SUCCESS: "unknown"}
+_POLL_SECONDS = 0.1
 _FAN_MODES = {"full": 0, "low": 1, "off": 2}
 
 
@@ -19,7 +22,7 @@ class CoolingSettings:
     def _temperature_and_code(self):
         degrees = ctypes.c_float()
         code = self._session.call("GetTemperatureF", ctypes.byref(degrees), also=tuple(_STATES))
-        return degrees.value, code
+        return value_of(degrees), code
 
     @property
     def temperature(self) -> float:
@@ -62,6 +65,27 @@ class CoolingSettings:
         self._session.call("CoolerON" if on else "CoolerOFF")
         if self.cooler != on:  # the call succeeds even if the camera refuses
             raise VxmcdError("CoolerON" if on else "CoolerOFF", raw.RC_NOT_AVAILABLE, "the cooler does not switch")
+
+    def wait_until_stable(self, timeout: Optional[float] = None) -> float:
+        """Waits until `temperature_status` is "stable", and returns the temperature. Raises NotStableError after `timeout` s;
+        without it the wait has no limit, which a cooler that is too weak never ends. Raises CameraStateError when the cooler is
+        off, also when it is switched off meanwhile. Ctrl-C ends the wait; the cooler stays on."""
+        seconds = float("inf") if timeout is None else _checks.number("timeout", timeout)
+        deadline = time.monotonic() + seconds
+        while True:
+            temperature, code = self._temperature_and_code()
+            status = _STATES[code]
+            if status == "stable":
+                return temperature
+            if not self.cooler:
+                raise CameraStateError("the cooler is off, so the temperature does not reach its target: set "
+                                       "target_temperature, and cooler = True")
+            if status == "unknown":
+                raise VxmcdError("GetTemperatureF", raw.RC_NOT_AVAILABLE, "the camera does not report whether it is stable")
+            left = deadline - time.monotonic()
+            if left <= 0:
+                raise NotStableError(temperature, self.target_temperature, status, seconds)
+            time.sleep(min(_POLL_SECONDS, left))
 
     def set_fan(self, mode: str) -> None:
         """Sets the fan: "full", "low" or "off"."""

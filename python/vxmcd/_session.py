@@ -34,6 +34,11 @@ def _which_are_attached(count):
     return f"attached are {', '.join(map(str, range(count)))}, as vxmcd.cameras() says"
 
 
+def value_of(output):
+    """The value of an output. A number of single precision becomes the one with the fewest digits: 0.1, not 0.10000000149."""
+    return float(str(np.float32(output.value))) if isinstance(output, ctypes.c_float) else output.value
+
+
 class Session:
     """One camera from Initialize to ShutDown. Thread-safe."""
 
@@ -77,7 +82,8 @@ class Session:
         or a tuple of them."""
         outputs = [kind() for kind in kinds]
         self.call(name, *given, *map(ctypes.byref, outputs), also=also)
-        return outputs[0].value if len(outputs) == 1 else tuple(output.value for output in outputs)
+        values = tuple(value_of(output) for output in outputs)
+        return values[0] if len(values) == 1 else values
 
     def text(self, name: str, size: int, *given, has_size: bool = True) -> str:
         """Calls a function that writes a text to a buffer. The buffer has one byte more, so the text is always terminated."""

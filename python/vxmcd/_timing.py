@@ -63,7 +63,8 @@ class TimingSettings:
     def exposure(self, seconds: float) -> None:
         asked = _positive("exposure", seconds)
         seconds = ctypes.c_float(asked).value
-        if seconds == self._session.read("GetMaximumExposure", ctypes.c_float, also=(raw.RC_P1_INVALID,)):
+        maximum = self._session.read("GetMaximumExposure", ctypes.c_float, also=(raw.RC_P1_INVALID,))
+        if seconds == ctypes.c_float(maximum).value:
             # Rounded to single precision, the maximum may be above the camera's, which refuses it.
             seconds = float(np.nextafter(np.float32(seconds), np.float32(0)))
         self._session.call("SetExposureTime", seconds)

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Opening, closing and settings of cameras, and single images and series."""
+import _thread
 import gc
 import itertools
 import pickle
@@ -82,6 +83,8 @@ def test_values_print_readably(simulator):
         assert repr(camera.gains[1]) == "Gain(text='2x', factor=2)"
         assert "cameraType=VXMCD_CAMERA_RQ512,\n" in repr(camera.capabilities)
         assert "VXMCD_TRIGGER_EXTERNAL | VXMCD_TRIGGER_SOFTWARE" in repr(camera.capabilities)
+        assert repr(raw.vxmcd_Capabilities(48)).startswith("vxmcd_Capabilities(size=48, acquisitionModes=0, ")
+        assert repr(raw.SetExposureTime) == "<function SetExposureTime(c_float)>"
         with camera.stream(3) as stream:
             frame = next(stream)
             assert repr(frame) == f"<Frame 1: 16x8 uint16, ticks {frame.ticks}, 0 lost before>"
@@ -188,7 +191,7 @@ def test_numbers_of_numpy_are_taken_and_ints_are_not_cut(simulator):
     with vxmcd.Camera() as camera:
         camera.exposure, camera.gain, camera.bits = np.float32(0.02), np.int64(1), np.uint8(32)
         camera.cooler, camera.overlap, camera.accumulations = np.True_, np.False_, np.array(2)
-        assert camera.exposure == pytest.approx(0.02) and camera.cooler and camera.overlap is False
+        assert camera.exposure == 0.02 and camera.cooler and camera.overlap is False
         assert (camera.gain, camera.dtype, camera.accumulations) == (1, np.int32, 2)
         with pytest.raises(ValueError):
             camera.accumulations = 2**32 + 1  # 1 in an int of C
@@ -319,9 +322,18 @@ def test_cooling(simulator):
         camera.cooler = True
         camera.set_fan("full")
         assert camera.cooler and camera.temperature_status == "not reached"
-        simulator.advance(2000)
+        with pytest.raises(vxmcd.NotStableError, match="not stable after 0.1 s: .* C, the target is -20 C") as late:
+            camera.wait_until_stable(timeout=0.1)
+        assert late.value.temperature > 20 and pickle.loads(pickle.dumps(late.value)).status == "not reached"
+        threading.Timer(0.2, _thread.interrupt_main).start()
+        with pytest.raises(KeyboardInterrupt):
+            camera.wait_until_stable()
+        threading.Timer(0.2, simulator.advance, [2000]).start()
+        assert camera.wait_until_stable(60) == pytest.approx(-20, abs=0.5)
         assert camera.temperature == pytest.approx(-20, abs=0.5) and camera.temperature_status == "stable"
         camera.cooler = False
+        with pytest.raises(CameraStateError, match="the cooler is off.*cooler = True"):
+            camera.wait_until_stable()
         with pytest.raises(ValueError):
             camera.set_fan("gale")
 
