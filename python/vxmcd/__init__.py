@@ -10,7 +10,8 @@ from .errors import (
 
 # What needs the module `raw` is imported on use, so that reading recorded runs needs no library.
 _LAZY = {"Camera": "camera", "cameras": "camera", "close_cameras": "camera",
-         "TriggerMode": "_timing", "Area": "_area", "Gain": "_readout", "Frame": "_stream", "Stream": "_stream"}
+         "TriggerMode": "_timing", "Area": "_area", "Gain": "_readout", "Frame": "_stream", "Stream": "_stream",
+         "load_settings": "_settings", "save_settings": "_settings"}
 
 __all__ = ["CameraStateError", "ClippedWarning", "DiskSpaceWarning", "FramesLostError", "FramesLostWarning",
            "LibraryError", "NoCameraError", "NoImageError", "NotStableError", "VxmcdError", *_LAZY]
@@ -18,6 +19,7 @@ __all__ = ["CameraStateError", "ClippedWarning", "DiskSpaceWarning", "FramesLost
 if TYPE_CHECKING:
     from ._area import Area
     from ._readout import Gain
+    from ._settings import load_settings, save_settings
     from ._stream import Frame, Stream
     from ._timing import TriggerMode
     from .camera import Camera, cameras, close_cameras

@@ -66,7 +66,7 @@ class AreaSettings:
 
     @property
     def bits(self) -> int:
-        """Bits of an image's pixels: 8 (for cameras that are set to 8 bits), 16, or 32, which are signed. None chooses 32 with
+        """Bits of an image's pixels: 8 (with the encoding "Mono8"), 16, or 32, which are signed. None chooses 32 with
         accumulations, whose sums may exceed 65535, and otherwise 16. With 16, larger values lose their upper bits."""
         return self._bits or (32 if self.accumulations > 1 else 16)
 

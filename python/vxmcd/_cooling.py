@@ -94,3 +94,4 @@ class CoolingSettings:
         if mode not in _FAN_MODES:
             raise ValueError(f"fan {mode!r} is none of {', '.join(_FAN_MODES)}")
         self._session.call("SetFanMode", _FAN_MODES[mode])
+        self._fan = mode

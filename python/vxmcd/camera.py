@@ -20,6 +20,7 @@ from ._cooling import CoolingSettings
 from ._readout import ReadoutSettings
 from ._run import Run
 from ._session import Session, camera_count, open_by_serial
+from ._settings import StoredSettings
 from ._stream import Stream
 from ._timing import TimingSettings, TriggerMode
 from .errors import DiskSpaceWarning, VxmcdError
@@ -65,7 +66,7 @@ def _no_setting(kind, name):
     return f"a camera has no setting {name!r}" + (f"; did you mean {near[0]!r}?" if near else "")
 
 
-class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings):
+class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, StoredSettings):
     """An open camera. In a `with` statement it closes at the end of the block, also after an exception.
 
     It opens with the whole sensor, without binning or accumulation, internally triggered, with metadata. Times are seconds,
