@@ -150,14 +150,6 @@ bool IsImplemented(int handle, const std::string& name)
   return FindOut(handle, name, isImplemented) == VX_SUCCESS && isImplemented;
 }
 
-std::string Joined(const std::vector<std::string>& words)
-{
-  std::string text;
-  for (std::size_t index = 0; index < words.size(); ++index)
-    text += (index == 0 ? "" : index + 1 == words.size() ? " or " : ", ") + words[index];
-  return text;
-}
-
 // What the feature takes now.
 std::string AcceptedText(const TCameraFeature& feature)
 {
@@ -166,7 +158,7 @@ std::string AcceptedText(const TCameraFeature& feature)
     std::vector<std::string> words;
     for (const TFeatureWord& word : feature.words)
       if (word.isAvailable) words.push_back(word.text);
-    return Joined(words) + " is";
+    return ChoiceText(words) + " is";
   }
   case FeatureKind::Integer:
   case FeatureKind::Float: {

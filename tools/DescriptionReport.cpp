@@ -91,7 +91,7 @@ TCapabilityWords CapabilityWords(const vxmcd_Capabilities& capabilities)
 {
   return {Words(capabilities.acquisitionModes, kAcquisitionModes),
           Words(capabilities.readModes, kReadModes),
-          Words(capabilities.triggerModes, kTriggerModes),
+          TriggerWords(capabilities),
           Words(capabilities.settableFunctions, kSettable),
           Words(capabilities.readableFunctions, kReadable),
           Words(capabilities.features, kFeatures),
@@ -325,6 +325,11 @@ void PutCooling(Json& json, const TCameraDescription& d, TJsonAnswers& answers)
 }
 
 } // namespace
+
+std::vector<std::string> TriggerWords(const vxmcd_Capabilities& capabilities)
+{
+  return Words(capabilities.triggerModes, kTriggerModes);
+}
 
 std::string DescriptionText(const TCameraDescription& d)
 {

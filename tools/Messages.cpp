@@ -38,6 +38,14 @@ std::string RefusedText(const std::string& value, const std::string& accepted)
   return (value.empty() ? "an empty value" : value) + " is not accepted; " + accepted;
 }
 
+std::string ChoiceText(const std::vector<std::string>& words)
+{
+  std::string text;
+  for (std::size_t index = 0; index < words.size(); ++index)
+    text += (index == 0 ? "" : index + 1 == words.size() ? " or " : ", ") + words[index];
+  return text;
+}
+
 std::string ResultText(const std::string& function, unsigned int code)
 {
   std::string text = function + ": " + std::to_string(code) + " " + vxmcd_GetResultName(code);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace vxtool {
 
@@ -30,6 +31,8 @@ ExitCode Fail(ExitCode code, const std::string& message);
 bool Print(const std::string& text);
 /// What is said of the value of an option: the value, and what would be accepted.
 std::string RefusedText(const std::string& value, const std::string& accepted);
+/// "8, 16 or 32".
+std::string ChoiceText(const std::vector<std::string>& words);
 /// One line: the function that answered, the code, its name, what it means and what to try.
 std::string ResultText(const std::string& function, unsigned int code);
 

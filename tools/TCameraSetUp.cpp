@@ -3,6 +3,7 @@
 #include "tools/TCameraSetUp.h"
 
 #include "tools/CameraDescription.h"
+#include "tools/DescriptionReport.h"
 #include "tools/Messages.h"
 #include "tools/TFeatureDevice.h"
 
@@ -92,10 +93,7 @@ bool TCameraSetUp::CheckValue(const char* option, const std::string& value, cons
 bool TCameraSetUp::Apply(const TAcquireOptions& options)
 {
   return SetCooling(options.cooling) && SetReadout(options.readout) && SetEncoding(options.encoding) &&
-         SetArea(options.area) && SetTracks(options.area) &&
-         CheckValue("--trigger", TriggerName(options.trigger), "SetTriggerMode",
-                    SetTriggerMode(static_cast<int>(options.trigger))) &&
-         SetCounts(options) &&
+         SetArea(options.area) && SetTracks(options.area) && SetTrigger(options.trigger) && SetCounts(options) &&
          Check("--mode", "SetAcquisitionMode",
                SetAcquisitionMode(static_cast<int>(options.mode.value_or(RunMode::Single)))) &&
          SetOverlap(options.isOverlapped) && SetTimes(options) && SetFeatures(options.features) &&
@@ -278,11 +276,36 @@ bool TCameraSetUp::SetArea(const TImageAreaOptions& area)
     area_.width = sensorWidth;
     area_.height = sensorHeight;
     if (!IsBinningInForce())
-      return Fail("--binning: the camera does not bin by " +
-                  SizeText(area_.horizontalBinning, area_.verticalBinning));
+      return Fail("--binning: " +
+                  RefusedText(SizeText(area_.horizontalBinning, area_.verticalBinning), BinningsText()));
     area_ = wanted;
   }
   return Check("--area", "SetImage", WriteArea(area_));
+}
+
+std::string TCameraSetUp::BinningsText() const
+{
+  TCameraFeature binnings;
+  std::vector<std::string> words;
+  if (ReadFeature(CoreHandle(), "AOIBinning", binnings))
+    for (const TFeatureWord& word : binnings.words) words.push_back(word.text);
+  if (!words.empty()) return "this camera bins by " + ChoiceText(words);
+  int horizontal = 1;
+  int vertical = 1;
+  GetMaximumBinning(static_cast<int>(ReadMode::Image), 0, &horizontal);
+  GetMaximumBinning(static_cast<int>(ReadMode::Image), 1, &vertical);
+  return "this camera bins by at most " + SizeText(horizontal, vertical);
+}
+
+bool TCameraSetUp::SetTrigger(Trigger trigger)
+{
+  const unsigned int code = SetTriggerMode(static_cast<int>(trigger));
+  vxmcd_Capabilities capabilities = {};
+  capabilities.size = sizeof capabilities;
+  if (code == RC_INVALID_TRIGGER_MODE && GetCapabilities(&capabilities) == RC_SUCCESS)
+    return Fail("--trigger: " +
+                RefusedText(TriggerName(trigger), "this camera takes " + ChoiceText(TriggerWords(capabilities))));
+  return CheckValue("--trigger", TriggerName(trigger), "SetTriggerMode", code);
 }
 
 // SetImage() does not report a binning that the camera does not have, and no function reports the binning in force.

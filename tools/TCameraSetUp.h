@@ -50,6 +50,8 @@ private:
   bool CheckBits(const TAcquireOptions& options);
   // Sets a feature as an option says. @param feature  then what it is set to
   bool SetOneFeature(const std::string& option, const TFeatureSetting& setting, TCameraFeature& feature);
+  bool SetTrigger(Trigger trigger);
+  std::string BinningsText() const; // those that the camera has
   bool SetArea(const TImageAreaOptions& area);
   bool IsBinningInForce() const;
   bool SetTracks(const TImageAreaOptions& area);

@@ -75,15 +75,6 @@ When several apply, 4 comes before 3, 3 before 130, 130 before 5.)";
 
 constexpr const char* kSecondsForm = "a time in s above 0 and at most 1e6 is";
 
-// "8, 16 or 32"
-std::string ChoiceText(const std::vector<std::string>& words)
-{
-  std::string text;
-  for (std::size_t index = 0; index < words.size(); ++index)
-    text += (index == 0 ? "" : index + 1 == words.size() ? " or " : ", ") + words[index];
-  return text;
-}
-
 CLI::Validator OneOf(const std::vector<std::string>& words)
 {
   const auto check = [words](const std::string& text) -> std::string {
@@ -719,6 +710,14 @@ std::string UnknownWord(const CLI::App& command)
   return text + "; there are " + CLI::detail::join(commands, ", ");
 }
 
+// What is said of an option without its value, from what the parser says: "--exposure: 1 required SECONDS missing".
+std::string MissingValueText(const std::string& said)
+{
+  const std::size_t colon = said.find(": 1 required ");
+  return colon == std::string::npos ? said
+                                    : said.substr(0, colon) + ": needs a value; vxmcd COMMAND --help has it";
+}
+
 } // namespace
 
 const char* TriggerName(Trigger trigger)
@@ -757,8 +756,9 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
     AddSettingsOfFile(*commands.acquire, given.options.acquire);
     return OptionsOf(commands, given);
   } catch (const CLI::ParseError& error) {
-    const std::string unknown = error.get_exit_code() == 0 ? "" : UnknownWord(app);
-    const bool isDone = (unknown.empty() ? app.exit(error) : app.exit(CLI::ValidationError(unknown))) == 0;
+    std::string wrong = error.get_exit_code() == 0 ? "" : UnknownWord(app);
+    if (wrong.empty() && error.get_name() == "ArgumentMismatch") wrong = MissingValueText(error.what());
+    const bool isDone = (wrong.empty() ? app.exit(error) : app.exit(CLI::ValidationError(wrong))) == 0;
     exitStatus_ = isDone ? 0 : static_cast<int>(ExitCode::Usage);
     return std::nullopt;
   }

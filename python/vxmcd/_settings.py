@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""All settings of a camera at once, and files of them, which `vxmcd acquire --settings` reads and --save-settings writes."""
+"""All settings of a camera at once, and files of them, which `vxmcd acquire` reads and writes, too."""
 from __future__ import annotations
 
 import ctypes
@@ -145,9 +145,9 @@ class StoredSettings:
 
     @property
     def encoding(self) -> str:
-        """How the camera encodes pixels: "Mono8", "Mono12", "Mono12Packed", "Mono16" or "Mono32". Some are not available with
-        every gain. `bits` can be 8 with "Mono8" only. The camera makes sums of exposures with an encoding of its own
-        choice."""
+        """How the camera encodes pixels: "Mono8", "Mono12", "Mono12Packed", "Mono16" or "Mono32". Some are not
+        available with every gain. `bits` can be 8 with "Mono8" only. The camera makes sums of exposures with an
+        encoding of its own choice."""
         return _features.text(self._core_handle(), "PixelEncoding")
 
     @encoding.setter
@@ -158,10 +158,10 @@ class StoredSettings:
         _features.set_by_text(self._core_handle(), "PixelEncoding", encoding)
 
     def settings(self) -> Dict[str, object]:
-        """What the camera is set to, under the names of its attributes, for apply() and save_settings(). Times are those in
-        force. What the library does not report (gain, amplifier, channel, speed, overlap, fan) is there if it was set here. The
-        target temperature is there if the cooler is on. "camera" has model, serial number and firmware; "features" has
-        features of the feature library by their names."""
+        """What the camera is set to, under the names of its attributes, for apply() and save_settings(). Times are
+        those in force. What the library does not report (gain, amplifier, channel, speed, overlap, fan) is there if it
+        was set here. The target temperature is there if the cooler is on. "camera" has model, serial number and
+        firmware; "features" has features of the feature library by their names."""
         steady = self.trigger_mode in _STEADY
         values = {
             "accumulations": self.accumulations,
@@ -183,10 +183,11 @@ class StoredSettings:
         return {**settings, "camera": {key: text for key, text in texts.items() if text}}
 
     def apply(self, settings: Dict[str, object]) -> None:
-        """Sets all that is in `settings`, in an order in which no setting undoes another one. A target temperature switches the
-        cooler on. "mode", "frames" and "interval" of a file describe a run and have no effect here; so has the cycle time when
-        triggers set it. Raises ValueError for a name that is no setting, before anything is set, and what the attributes
-        raise: the settings before that one are then in force. Warns when the settings are of another model."""
+        """Sets all that is in `settings`, in an order in which no setting undoes another one. A target temperature
+        switches the cooler on. "mode", "frames" and "interval" of a file describe a run and have no effect here; nor
+        has the cycle time when triggers set it. Raises ValueError for a name that is no setting, before anything is
+        set, and what the attributes raise: the settings before that one are then in force. Warns when the settings are
+        of another model."""
         _check_names(settings)
         if "tracks" in settings:
             raise ValueError("tracks: a Camera reads areas only; take them with vxmcd acquire --settings")
@@ -269,8 +270,8 @@ def _entries(path: Path) -> List[_Entry]:
 
 
 def load_settings(path: Path) -> Dict[str, object]:
-    """Reads a file of settings, of save_settings() or of `vxmcd acquire --save-settings`, for Camera.apply(). Raises OSError
-    when it cannot be read, and ValueError, with the line, when it is wrong."""
+    """Reads a file of settings, of save_settings() or of `vxmcd acquire --save-settings`, for Camera.apply(). Raises
+    OSError when it cannot be read, and ValueError, with the line, when it is wrong."""
     settings, features, camera = {}, {}, {}
     for section, key, value, place in _entries(path):
         if section == "Features":
@@ -292,8 +293,8 @@ def load_settings(path: Path) -> Dict[str, object]:
 
 
 def save_settings(path: Path, settings: Dict[str, object]) -> None:
-    """Writes settings of Camera.settings() to a file, which load_settings() and `vxmcd acquire --settings` read. An existing
-    file is replaced."""
+    """Writes settings of Camera.settings() to a file, which load_settings() and `vxmcd acquire --settings` read. An
+    existing file is replaced."""
     _check_names(settings)
     lines = ["; Settings of a run, for vxmcd acquire --settings and for vxmcd.load_settings() in Python.",
              f"; Written by the Python package vxmcd {LIBRARY_VERSION}", "", "[Camera]"]

@@ -77,6 +77,11 @@ TEST_F(ToolProgram, MessagesNameWhatWasGivenAndWhatIsAccepted)
       {{"acquire", "-o", "-"}, "--output: - is not accepted; the formats cannot be written to standard output"},
       {{"acquire", "--fan", "loud"}, "--fan: loud is not accepted; full, low or off is"},
       {{"acquire", "--bits", "12"}, "--bits: 12 is not accepted; 8, 16 or 32 is"},
+      {{"acquire", "--exposure"}, "--exposure: needs a value"},
+      {{"acquire", "--trigger", "external-exposure"},
+       "vxmcd: --trigger: external-exposure is not accepted; this camera takes internal, external, software or"},
+      {{"acquire", "--binning", "1x17"},
+       "vxmcd: --binning: 1x17 is not accepted; this camera bins by at most 16x16"},
       {{"acquire", "-n", "0"}, "--frames: 0 is not accepted; a whole number from 1 to 1000000000 is"},
   };
   for (const auto& [arguments, message] : wrong)
