@@ -19,6 +19,7 @@ using RunFormat::TKey;
 constexpr std::int64_t kMaxImages = INT_MAX; // the library counts them in an int
 constexpr std::int64_t kMaxImageBytes = INT_MAX;
 constexpr std::int64_t kMaxSide = 1 << 20;
+constexpr double kAbsoluteZeroCelsius = -273.15;
 constexpr std::uint64_t kMaxDescriptionBytes = 1 << 20;
 
 /// Takes typed values out of the document and notes those that are not valid.
@@ -46,12 +47,12 @@ public:
     return std::nullopt;
   }
 
-  std::optional<double> Real(const TKey& key)
+  std::optional<double> Real(const TKey& key, double above = 0.0)
   {
     const std::string text = Text(key);
     if (text.empty()) return std::nullopt;
     double value = 0.0;
-    if (Parse(text, value) && std::isfinite(value) && value > 0.0) return value;
+    if (Parse(text, value) && std::isfinite(value) && value > above) return value;
     Note(key, text);
     return std::nullopt;
   }
@@ -136,8 +137,16 @@ void TakeAcquisition(TKeyReader& keys, TRunValues& v)
   v.frameRate = keys.Real(RunFormat::kFrameRate);
   v.accumulations = keys.Number(RunFormat::kAccumulateCount, 1, kMaxImages);
   v.trigger = keys.Text(RunFormat::kTriggerMode);
+  v.readoutSeconds = keys.Real(RunFormat::kReadoutTime);
+  v.readoutRate = keys.Text(RunFormat::kPixelReadoutRate);
+  v.gain = keys.Text(RunFormat::kPreAmpGain);
+  v.isCoolerOn = SwitchOf(keys.Text(RunFormat::kSensorCooling)).value_or(false);
+  v.sensorCelsius = keys.Real(RunFormat::kSensorTemperature, kAbsoluteZeroCelsius);
+  v.targetCelsius = keys.Real(RunFormat::kTargetTemperature, kAbsoluteZeroCelsius);
   v.model = keys.Text(RunFormat::kModel);
   v.serial = keys.Text(RunFormat::kSerialNumber);
+  v.pixelWidthMicrometres = keys.Real(RunFormat::kPixelWidth);
+  v.pixelHeightMicrometres = keys.Real(RunFormat::kPixelHeight);
 }
 
 } // namespace

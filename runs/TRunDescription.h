@@ -39,6 +39,14 @@ struct TRunValues
   std::optional<double> frameRate;
   std::optional<std::int64_t> accumulations;
   std::string trigger; ///< the camera's word for it
+  std::optional<double> readoutSeconds;
+  std::string readoutRate; ///< the camera's words for these two
+  std::string gain;
+  bool isCoolerOn = false;
+  std::optional<double> sensorCelsius;
+  std::optional<double> targetCelsius;
+  std::optional<double> pixelWidthMicrometres;
+  std::optional<double> pixelHeightMicrometres;
   std::string model;
   std::string serial;
 };

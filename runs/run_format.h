@@ -143,8 +143,23 @@ inline constexpr TKey kAccumulateCount{kAcquisitionSection, "AccumulateCount", K
                                        "exposures added up to one image"};
 inline constexpr TKey kTriggerMode{kAcquisitionSection, "TriggerMode", Kind::kWord, "the camera's word for it"};
 
+inline constexpr TKey kReadoutTime{kAcquisitionSection, "ReadoutTime", Kind::kReal,
+                                   "s from the end of an exposure until the sensor is read out"};
+inline constexpr TKey kPixelReadoutRate{kAcquisitionSection, "PixelReadoutRate", Kind::kWord,
+                                        "the camera's words for it, such as `200 MHz`"};
+inline constexpr TKey kPreAmpGain{kAcquisitionSection, "PreAmpGain", Kind::kWord,
+                                  "the camera's words for it, such as `10x` or `Gain 2 (11-bit)`"};
+inline constexpr TKey kSensorCooling{kAcquisitionSection, "SensorCooling", Kind::kSwitch,
+                                     "whether the cooler was on: `true` or `false`"};
+inline constexpr TKey kSensorTemperature{kAcquisitionSection, "SensorTemperature", Kind::kReal,
+                                         "degrees Celsius when the run was set up"};
+inline constexpr TKey kTargetTemperature{kAcquisitionSection, "TargetSensorTemperature", Kind::kReal,
+                                         "degrees Celsius, of the cooler"};
+
 inline constexpr TKey kModel{kCameraSection, "Model", Kind::kText, "which camera"};
 inline constexpr TKey kSerialNumber{kCameraSection, "SerialNumber", Kind::kText, "which one of its model"};
+inline constexpr TKey kPixelWidth{kCameraSection, "PixelWidth", Kind::kReal, "um, of a pixel of the sensor"};
+inline constexpr TKey kPixelHeight{kCameraSection, "PixelHeight", Kind::kReal, "um, of a pixel of the sensor"};
 
 /// All keys, by section.
 inline constexpr std::array kKeys = {kImagesPerFile,
@@ -176,8 +191,16 @@ inline constexpr std::array kKeys = {kImagesPerFile,
                                      kFrameRate,
                                      kAccumulateCount,
                                      kTriggerMode,
+                                     kReadoutTime,
+                                     kPixelReadoutRate,
+                                     kPreAmpGain,
+                                     kSensorCooling,
+                                     kSensorTemperature,
+                                     kTargetTemperature,
                                      kModel,
-                                     kSerialNumber};
+                                     kSerialNumber,
+                                     kPixelWidth,
+                                     kPixelHeight};
 
 /// How the pixels of a frame are stored, in the order of kEncodings.
 enum class Encoding

@@ -41,9 +41,18 @@ constexpr TSetting kSettings[] = {
     {RunFormat::kFrameRate, Feature::kFrameRate},
     {RunFormat::kAccumulateCount, Feature::kAccumulateCount},
     {RunFormat::kTriggerMode, Feature::kTriggerMode},
+    {RunFormat::kReadoutTime, Feature::kReadoutTime},
+    {RunFormat::kPixelReadoutRate, Feature::kPixelReadoutRate},
+    {RunFormat::kPreAmpGain, Feature::kPreAmpGain},
+    {RunFormat::kPreAmpGain, Feature::kSimplePreAmpGainControl}, // a camera has one or the other
+    {RunFormat::kSensorCooling, Feature::kSensorCooling},
+    {RunFormat::kSensorTemperature, Feature::kSensorTemperature},
+    {RunFormat::kTargetTemperature, Feature::kTargetSensorTemperature},
     {RunFormat::kTimestampFrequency, Feature::kTimestampClockFrequency},
     {RunFormat::kModel, Feature::kCameraModel},
     {RunFormat::kSerialNumber, Feature::kSerialNumber},
+    {RunFormat::kPixelWidth, Feature::kPixelWidth},
+    {RunFormat::kPixelHeight, Feature::kPixelHeight},
 };
 
 // Texts of cameras are names in plain letters; anything else is kept readable.

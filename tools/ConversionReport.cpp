@@ -103,6 +103,8 @@ std::string RecordedRunText(const TRunDescription& run, const TRunIndex& index, 
   text += LineIfKnown("first image's clock", f.firstFrameTick, " ticks");
   text += LineIfKnown("camera's clock", f.ticksPerSecond, " ticks/s");
   text += LineIfKnown("exposure", f.exposureSeconds, " s") + LineIfKnown("frame rate", f.frameRate, " Hz");
+  text += LineIfKnown("sensor", f.sensorCelsius, " C") + LineIfKnown("gain", f.gain);
+  text += LineIfKnown("readout rate", f.readoutRate);
   text += LineIfKnown("exposures an image", f.accumulations, "");
   text += LineIfKnown("trigger", facts.trigger) + LineIfKnown("written by library", f.library);
   return text;

@@ -62,6 +62,26 @@ TSensorArea AreaOf(const TRunValues& values)
   return area;
 }
 
+// The number before a unit, of "200 MHz" for example.
+std::optional<double> NumberBefore(const std::string& unit, const std::string& text)
+{
+  double number = 0.0;
+  const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc{} || std::string(rest) != unit || number <= 0.0) return std::nullopt;
+  return number;
+}
+
+// Names of gains may have the bits of a pixel behind them: "Gain 2 (11-bit)".
+TReadout ReadoutOf(const TRunValues& values)
+{
+  TReadout readout;
+  readout.gain = PrintableAscii(values.gain.substr(0, values.gain.find(" (")));
+  readout.gainFactor = NumberBefore("x", readout.gain);
+  if (!readout.gainFactor) readout.gainFactor = NumberBefore("", readout.gain);
+  readout.megahertz = NumberBefore(" MHz", values.readoutRate);
+  return readout;
+}
+
 } // namespace
 
 const char* ImageCheckText(ImageCheck check)
@@ -93,6 +113,12 @@ TRunFacts FactsOf(const TRunDescription& run)
   if (facts.trigger == TriggerName(Trigger::Internal) && values.frameRate)
     facts.cycleSeconds = facts.accumulations / *values.frameRate;
   facts.area = AreaOf(values);
+  facts.readout = ReadoutOf(values);
+  facts.pixelWidthMicrometres = values.pixelWidthMicrometres;
+  facts.pixelHeightMicrometres = values.pixelHeightMicrometres;
+  facts.sensorCelsius = values.sensorCelsius;
+  if (values.isCoolerOn) facts.targetCelsius = values.targetCelsius;
+  facts.readoutSeconds = values.readoutSeconds;
   facts.ticksPerSecond = values.ticksPerSecond;
   if (const std::optional<std::int64_t> time = HostTimeOf(values.firstFrameTime))
     facts.firstArrival = {*time, values.firstFrameTick};

@@ -60,8 +60,10 @@ TEST_F(RecordProgram, RecordedImagesAndFactsAreThoseThatTheLibraryReturns)
 {
   Configure("[Simulator]\nCameras = 1\n[Camera0]\nScene = resolution chart\nNoise = off\nClock = free\n"
             "Model = RQ512_LX\n[Camera0.PixelEncoding]\nValue = Mono12Packed\n");
-  const std::vector<std::string> options = {"--frames", "3",      "--area", "101,201,333x50", "--exposure",
-                                            "0.01",     "--bits", "16",     "--amplifier",    "0"};
+  const std::vector<std::string> options = {"--frames",    "3",    "--area",        "101,201,333x50",
+                                            "--exposure",  "0.01", "--bits",        "16",
+                                            "--amplifier", "0",    "--gain",        "1",
+                                            "--speed",     "0",    "--temperature", "-10"};
   std::vector<std::string> direct = {"acquire", "--output", directory_.Path("direct.tif")};
   direct.insert(direct.end(), options.begin(), options.end());
   ASSERT_EQ(Run(direct).exitCode, 0);
@@ -75,8 +77,10 @@ TEST_F(RecordProgram, RecordedImagesAndFactsAreThoseThatTheLibraryReturns)
   ASSERT_EQ(disk.pages.size(), 3u);
   EXPECT_EQ(disk.pages, memory.pages);
   EXPECT_NE(disk.pages[0], std::vector<std::byte>(disk.pages[0].size())) << "a picture of something";
+  ASSERT_EQ(Run({"convert", Directory(), "--output", directory_.Path("later.tif")}).exitCode, 0);
+  const TTiffPages later = ReadTiff(directory_.Path("later.tif"));
   for (const char* key : {"\ncamera=", "\nserial=", "\narea=", "\nbinning=", "\nexposure_s=", "\ntrigger=",
-                          "\nsensor_C=", "\namplifier="}) {
+                          "\nsensor_C=", "\ntarget_C=", "\ngain=", "\nspeed_MHz=", "\namplifier="}) {
     const auto line = [key](const TTiffPages& file) {
       const std::size_t at = file.firstDescription.find(key);
       return at == std::string::npos
@@ -84,6 +88,8 @@ TEST_F(RecordProgram, RecordedImagesAndFactsAreThoseThatTheLibraryReturns)
                  : file.firstDescription.substr(at + 1, file.firstDescription.find('\n', at + 1) - at);
     };
     EXPECT_EQ(line(disk), line(memory)) << key;
+    EXPECT_NE(line(disk), "nothing") << key;
+    EXPECT_EQ(line(later), key == std::string("\namplifier=") ? "nothing" : line(memory)) << key;
   }
 }
 

@@ -49,8 +49,16 @@ SECTIONS = {
     "FrameRate": "acquisition",
     "AccumulateCount": "acquisition",
     "TriggerMode": "acquisition",
+    "ReadoutTime": "acquisition",
+    "PixelReadoutRate": "acquisition",
+    "PreAmpGain": "acquisition",
+    "SensorCooling": "acquisition",
+    "SensorTemperature": "acquisition",
+    "TargetSensorTemperature": "acquisition",
     "Model": "camera",
     "SerialNumber": "camera",
+    "PixelWidth": "camera",
+    "PixelHeight": "camera",
 }
 
 # Encoding: NumPy's type of its pixels.

@@ -59,8 +59,8 @@ def _maybe(key, convert=str):
 
 @dataclasses.dataclass(frozen=True, repr=False)
 class RunDescription:
-    """How a run was taken. Times are seconds, rates Hz, `image_size` and `stride` bytes; columns and rows of the sensor
-    count from 1. What the camera did not report is None."""
+    """How a run was taken. Times are seconds, rates Hz, `image_size` and `stride` bytes, temperatures degrees Celsius, sizes of
+    pixels um; columns and rows of the sensor count from 1. What the camera did not report is None."""
 
     images_per_file: int = _key("ImagesPerFile", _positive)
     image_size: int = _key("ImageSize", _positive)
@@ -89,8 +89,16 @@ class RunDescription:
     frame_rate: Optional[float] = _maybe("FrameRate", float)
     accumulate_count: Optional[int] = _maybe("AccumulateCount", int)
     trigger_mode: Optional[str] = _maybe("TriggerMode")
+    readout_time: Optional[float] = _maybe("ReadoutTime", float)
+    pixel_readout_rate: Optional[str] = _maybe("PixelReadoutRate")
+    pre_amp_gain: Optional[str] = _maybe("PreAmpGain")
+    sensor_cooling: Optional[bool] = _maybe("SensorCooling", _switch)
+    sensor_temperature: Optional[float] = _maybe("SensorTemperature", float)
+    target_sensor_temperature: Optional[float] = _maybe("TargetSensorTemperature", float)
     model: Optional[str] = _maybe("Model")
     serial_number: Optional[str] = _maybe("SerialNumber")
+    pixel_width: Optional[float] = _maybe("PixelWidth", float)
+    pixel_height: Optional[float] = _maybe("PixelHeight", float)
 
     def __repr__(self) -> str:
         values = {field.name: getattr(self, field.name) for field in dataclasses.fields(self)}
