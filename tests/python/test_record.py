@@ -115,6 +115,31 @@ def test_what_cannot_be_written_is_an_error(simulator, tmp_path):
         assert camera.snap().shape == (8, 16) and os.listdir(tmp_path) == ["file"]
 
 
+FILLS = """
+import sys, warnings, vxmcd
+from vxmcd.spool import SpoolRun
+warnings.simplefilter("ignore", vxmcd.DiskSpaceWarning)
+with vxmcd.Camera(1) as camera:
+    camera.exposure = 0.001
+    try:
+        camera.record(sys.argv[1], 100)
+    except vxmcd.VxmcdError as error:
+        print(error.code)
+run = SpoolRun(sys.argv[1], salvage=True)
+print(run.state, run.numbers.tolist(), run.damaged, run.unrecorded.tolist())
+"""
+
+
+def test_a_run_that_filled_the_disk_can_be_salvaged_there(tmp_path):
+    in_small_disk = ["unshare", "-m", "sh", "-c", 'mount -t tmpfs -o size=3m none "$0" && exec "$@"', tmp_path / "disk"]
+    (tmp_path / "disk").mkdir()
+    if subprocess.run([*in_small_disk, "true"], capture_output=True).returncode != 0:
+        pytest.skip("no right to mount a small file system here")
+    program = subprocess.run([*in_small_disk, sys.executable, "-c", FILLS, tmp_path / "disk" / "run"], capture_output=True,
+                             env=environment_for_programs(tmp_path), text=True)
+    assert program.stdout == "20026\nfailed [0, 1, 2, 3, 4] [] []\n", program.stderr
+
+
 RECORDS = """
 import sys, vxmcd
 with vxmcd.Camera(1) as camera:

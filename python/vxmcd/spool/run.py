@@ -230,7 +230,10 @@ class SpoolRun:
             except SpoolFormatError:
                 continue
             for number in range(first, end, step):
-                frames = self._files.frames(number, min(step, end - number))
+                try:
+                    frames = self._files.read(number, min(step, end - number))
+                except SpoolFormatError:
+                    continue
                 if frames.any():
                     found.append(number + np.flatnonzero(frames.reshape(-1, self.description.image_size).any(axis=1)))
         return np.concatenate(found)
