@@ -59,7 +59,7 @@ public:
   int Lock(unsigned char*& destination) override;
   int Unlock() override { return 0; }
 
-  /// Has blocks for @p size bytes at @p offset, which Write() needs then. Fails when the disk is full.
+  /// Allocates the blocks of @p size bytes at @p offset, unless Create() could allocate those of the whole file.
   int Reserve(std::uint64_t offset, std::uint64_t size);
   /// Writes @p size bytes at @p offset. Unbuffered where @p data and @p offset are equally far from a multiple of
   /// TSpoolVolume::kAlignment.
