@@ -2,6 +2,8 @@
 // Lines of the log about calls of the library.
 #include "api/call_log.h"
 
+#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/TCameraUse.h"
 #include "vxmcd.h"
 
 #include <cstdarg>
@@ -26,6 +28,13 @@ std::size_t NullArgument(std::span<const TCallArgument> arguments, unsigned int 
   for (std::size_t i = 0; i < std::size(kInvalid) && i < arguments.size(); ++i)
     if (kInvalid[i] == code && arguments[i].IsNull()) return i + 1;
   return 0;
+}
+
+// What a camera refuses, it mostly refuses because of that.
+bool IsAcquiring()
+{
+  const TCameraUse camera;
+  return camera && camera.Manager().IsRunning();
 }
 
 } // namespace
@@ -54,6 +63,7 @@ void LogCall(const char* function, std::span<const TCallArgument> arguments, uns
     answer.Append(": %s", notes.Text());
   else if (*vxmcd_GetResultMeaning(code) != '\0')
     answer.Append(": %s", vxmcd_GetResultMeaning(code));
+  if (notes.HasFailure() && IsAcquiring()) answer.Append("; the camera is acquiring");
   TQuorinLibDebugOutput::Output(__FILE__, __LINE__, call.Data(), TQuorinLibDebugOutput::Debug, "%s",
                                 answer.Data());
 }

@@ -218,6 +218,9 @@ TEST_F(CallLog, NamesASecondRunAndAnUnusedFunctionOnce)
     OpenCamera(handle);
     SetAcquisitionMode(kModeUntilAborted);
     const std::string logged = LogOf([] { EXPECT_EQ(StartAcquisition(), RC_SUCCESS); });
+    EXPECT_EQ(LogOf([] { SetOverlapMode(1); }),
+              "SetOverlapMode(1): 20992 RC_NOT_AVAILABLE: the camera refused Overlap 1 "
+              "with 5 VX_ERR_NOT_WRITABLE; the camera is acquiring\n");
     EXPECT_EQ(logged.find("camera 102 is started while camera 101 acquires") == std::string::npos, handle == 101)
         << logged;
   }
