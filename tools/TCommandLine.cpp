@@ -289,7 +289,7 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
       ->type_name("N");
   AddWord(app, "-m,--mode", options.mode, kModes,
           "One image, one of several exposures, a series kept in memory, or any number by way "
-          "of a ring; default: single, with --frames series");
+          "of a ring; default: single, with --frames and without --interval series");
   app.add_option("-a,--accumulations", options.accumulations,
                  "Exposures added up to one image (accumulate, series)")
       ->check(WholeNumber(1, 1'000'000))
