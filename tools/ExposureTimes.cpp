@@ -24,8 +24,9 @@ std::optional<double> ImageSeconds(const TRunFacts& facts)
 {
   if (facts.exposureSeconds <= 0.0) return std::nullopt;
   if (facts.accumulations == 1) return facts.exposureSeconds;
-  if (facts.cycleSeconds <= 0.0) return std::nullopt;
-  return facts.cycleSeconds / facts.accumulations * (facts.accumulations - 1) + facts.exposureSeconds;
+  const double cycle = facts.exposureCycleSeconds.value_or(facts.cycleSeconds / facts.accumulations);
+  if (cycle <= 0.0) return std::nullopt;
+  return cycle * (facts.accumulations - 1) + facts.exposureSeconds;
 }
 
 /// An image that others are compared with.

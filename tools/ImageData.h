@@ -74,9 +74,11 @@ struct TRunFacts
   double exposureSeconds = 0.0; ///< exposure time in force; 0: not known
   double cycleSeconds = 0.0;    ///< time from one image to the next, 0 when the trigger decides it
   int accumulations = 1;        ///< exposures added up to one image
-  long plannedImages = 0;       ///< images asked for, 0 for no limit
-  TNumberRanges imageNumbers;   ///< that the images may have; empty: any
-  TSensorArea area;             ///< of width 0: not known
+  std::optional<double>
+      exposureCycleSeconds;   ///< from one of these to the next, 0: not known; else a part of the cycle
+  long plannedImages = 0;     ///< images asked for, 0 for no limit
+  TNumberRanges imageNumbers; ///< that the images may have; empty: any
+  TSensorArea area;           ///< of width 0: not known
   TReadout readout;
   std::optional<double> pixelWidthMicrometres; ///< of a pixel of the sensor
   std::optional<double> pixelHeightMicrometres;

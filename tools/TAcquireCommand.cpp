@@ -210,8 +210,10 @@ TRunFacts TAcquireCommand::Facts() const
   if (setUp_.ReadoutSeconds() > 0.0) facts.readoutSeconds = setUp_.ReadoutSeconds();
   facts.cycleSeconds =
       options_.trigger == Trigger::Internal ? setUp_.CycleSeconds() * options_.accumulations : 0.0;
-  if (options_.intervalSeconds && !IsStartedByPulse(options_.trigger))
-    facts.cycleSeconds = *options_.intervalSeconds;
+  if (options_.intervalSeconds) {
+    facts.exposureCycleSeconds = options_.trigger == Trigger::Internal ? setUp_.CycleSeconds() : 0.0;
+    facts.cycleSeconds = IsStartedByPulse(options_.trigger) ? 0.0 : *options_.intervalSeconds;
+  }
   facts.accumulations = options_.accumulations;
   facts.plannedImages = Settings().wantedImages;
   facts.area = setUp_.Area();

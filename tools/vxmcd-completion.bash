@@ -28,7 +28,7 @@ _vxmcd()
   [[ $word == -* && $wanted == \[* ]] && wanted= # it may be left out
   case $wanted in
     "") mapfile -t COMPREPLY < <(compgen -W "$candidates" -- "$word") ;;
-    \{*) wanted=${wanted//[\{\}]/}; mapfile -t COMPREPLY < <(compgen -W "${wanted//,/ }" -- "$word") ;;
+    \{*|\[*\|*) mapfile -t COMPREPLY < <(compgen -W "${wanted//[^[:lower:][:digit:]-]/ }" -- "$word") ;;
     *FILE*) compopt -o filenames 2>/dev/null; mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     *DIRECTORY*) compopt -o filenames 2>/dev/null; mapfile -t COMPREPLY < <(compgen -d -- "$word") ;;
   esac

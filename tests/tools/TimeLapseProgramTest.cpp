@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Single images on a schedule, with intervals of a fraction of a second in place of minutes.
+#include "runs/host_time.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
 
@@ -45,6 +46,11 @@ TEST_F(TimeLapse, ImagesStartAtTheTimesOfTheSchedule)
     ASSERT_EQ(static_cast<long>(cube.hostTimes.size()), cube.images);
     EXPECT_GT(cube.hostTimes.back() - cube.hostTimes.front(), 300'000'000) << "in ns";
     EXPECT_GE(cube.ticks.front(), 0);
+    if (options.front() == "--mode") {
+      const std::optional<std::int64_t> start = HostTimeOf(cube.dateObs + "000Z");
+      ASSERT_TRUE(start) << cube.dateObs;
+      EXPECT_LT(cube.hostTimes.front() - *start, 50'000'000) << "the interval is no part of the image";
+    }
   }
 }
 
