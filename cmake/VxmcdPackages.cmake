@@ -37,6 +37,13 @@ if(PkgConfig_FOUND)
 endif()
 vxmcd_stop_if_packages_are_missing(build "")
 
+# Real cameras: optional.
+pkg_check_modules(ARAVIS QUIET IMPORTED_TARGET GLOBAL aravis-0.8)
+if(NOT ARAVIS_FOUND)
+  message(STATUS "Without libaravis-dev and libusb-1.0-0-dev: no GigE Vision and USB3 Vision cameras "
+    "(`scripts/setup genicam`)")
+endif()
+
 if(VXMCD_BUILD_TESTS)
   find_package(GTest QUIET)
   vxmcd_need(GTest_FOUND libgtest-dev)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The table of backends: the only file that names them. Devices are numbered in the order of its rows.
+#include "vxcore/backend/TBackendPlugin.h"
 #include "vxcore/backend/TBackendTable.h"
 #include "vxcore/simulated/TSimulatedBackend.h"
 
@@ -7,8 +8,23 @@ namespace vxcore {
 
 namespace {
 
+constexpr std::string_view kGenICam = "GenICam";
+
+bool IsGenICam(std::string_view section)
+{
+  return section == kGenICam;
+}
+
+/// Old programs need neither the library nor what it is built on, unless they name such cameras.
+std::unique_ptr<IDeviceBackend> MakeGenICam(const TBackendEntries* entries, std::string& error)
+{
+  if (!entries || entries->empty()) return nullptr;
+  return MakePluginBackend("libvxcore-genicam.so", *entries, error);
+}
+
 constexpr TBackendRow kBackends[] = {
     {"Simulator", vxsim::TSimulatedBackend::OwnsSection, vxsim::TSimulatedBackend::Make},
+    {kGenICam.data(), IsGenICam, MakeGenICam, {"VXCORE_GENICAM", "Devices"}},
 };
 
 } // namespace

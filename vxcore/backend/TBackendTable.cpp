@@ -3,6 +3,7 @@
 #include "vxcore/backend/TBackendTable.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace vxcore {
 
@@ -63,6 +64,30 @@ bool Divide(const std::string& text, std::vector<TShare>& shares, std::vector<st
 
 } // namespace
 
+bool ReadShortForm(std::optional<std::string>& text, std::string& error)
+{
+  for (const TBackendRow& row : KnownBackends()) {
+    const char* variable = row.shortForm.variable;
+    // A privileged process takes no configuration of its caller's choice.
+    const char* value =
+        variable ? secure_getenv(variable) : nullptr; // NOLINT(concurrency-mt-unsafe): not set here
+    if (!value || !*value) continue;
+    if (text) {
+      error = std::string(variable) + ": another variable says which cameras there are; set only one of them";
+      return false;
+    }
+    if (std::string_view(value).find_first_of("\r\n") != std::string_view::npos) {
+      error = std::string(variable) + ": is more than one line";
+      return false;
+    }
+    text.emplace(std::string("[") + kBackendSection + "]\n");
+    for (const TBackendRow& other : KnownBackends())
+      if (&other != &row) *text += std::string(other.name) + " = off\n";
+    *text += std::string("[") + row.name + "]\n" + row.shortForm.key + " = " + value + "\n";
+  }
+  return true;
+}
+
 bool TBackendTable::Load(const std::optional<std::string>& text, std::string& error)
 {
   std::vector<TShare> shares;
@@ -70,9 +95,14 @@ bool TBackendTable::Load(const std::optional<std::string>& text, std::string& er
   if (text && !Divide(*text, shares, faultRules_, error)) return false;
   for (const TShare& share : shares) {
     if (!share.isOn) continue;
-    std::unique_ptr<IDeviceBackend> backend = share.row.make(text ? &share.entries : nullptr, error);
-    if (!backend) return false;
-    backends_.push_back(std::move(backend));
+    std::string reason;
+    std::unique_ptr<IDeviceBackend> backend = share.row.make(text ? &share.entries : nullptr, reason);
+    if (backend)
+      backends_.push_back(std::move(backend));
+    else if (!reason.empty()) {
+      error = reason;
+      return false;
+    }
   }
   return true;
 }

@@ -23,12 +23,23 @@ struct TBackendRow
   const char* name; ///< its key in [Backends]
   /// Whether a section of the configuration is the backend's.
   bool (*ownsSection)(std::string_view section);
-  /// Null, with a message, when the entries have an error.
+  /// Null without a message: it has no devices. Null, with a message: the entries have an error.
   std::unique_ptr<IDeviceBackend> (*make)(const TBackendEntries* entries, std::string& error);
+  /// An environment variable that stands for a configuration with this backend alone, whose section, named as the
+  /// backend, has the variable's value for one key. Null for none.
+  struct TShortForm
+  {
+    const char* variable;
+    const char* key;
+  } shortForm = {nullptr, nullptr};
 };
 
 /// The table of backends: vxcore/backends.cpp.
 std::span<const TBackendRow> KnownBackends();
+
+/// The configuration that a variable of a TShortForm stands for; nothing when none is set. False, with a message, when it
+/// is not a single line, or two of them are set.
+bool ReadShortForm(std::optional<std::string>& text, std::string& error);
 
 /// The backends of one configuration. Its devices are numbered from 0: first those of the first backend in the
 /// order of KnownBackends(), then those of the second, and so on. Constant once it is loaded; owned by TDeviceTable.

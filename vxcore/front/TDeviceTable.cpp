@@ -186,8 +186,14 @@ int TDeviceTable::LoadBackends(std::string& error)
   // A privileged process reads no file of its caller's choice: error messages repeat what is in it.
   const char* path = secure_getenv(kConfigurationVariable); // NOLINT(concurrency-mt-unsafe): nothing here sets it
   const bool isFile = !text && path && *path;
+  const bool isOfEnvironment = !text;
   auto backends = std::make_shared<TBackendTable>();
-  if ((isFile && !ReadConfigurationFile(path, text.emplace(), error)) || !LoadTable(text, *backends, error)) {
+  if (isFile && !ReadConfigurationFile(path, text.emplace(), error)) {
+    error = std::string(path) + ": " + error;
+    return VX_ERR_CONFIGURATION;
+  }
+  if (isOfEnvironment && !ReadShortForm(text, error)) return VX_ERR_CONFIGURATION;
+  if (!LoadTable(text, *backends, error)) {
     if (isFile) error = std::string(path) + ": " + error;
     return VX_ERR_CONFIGURATION;
   }

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+// Runs of a camera.
+#include "vxcore/genicam/TAcquisition.h"
+
+#include "vxcore/genicam/log.h"
+
+#include <cstring>
+
+namespace vxgenicam {
+
+namespace {
+
+constexpr std::uint32_t kEndOfChunks = 0;
+constexpr std::uint32_t kTimestampChunk = 1;
+constexpr std::uint64_t kLastShortId = 0xFFFF; ///< short frame numbers go on with 1
+
+template <typename Number>
+unsigned char* Put(unsigned char* to, Number number)
+{
+  std::memcpy(to, &number, sizeof number);
+  return to + sizeof number;
+}
+
+} // namespace
+
+int TAcquisition::Start(ArvDevice* device, const TStreamOptions& options, const TRunSettings& settings,
+                        const TWireShape& shape, const TCrop& crop, std::size_t payloadBytes, std::string& error)
+{
+  stream_.reset();
+  settings_ = settings;
+  crop_ = crop;
+  converter_.emplace(shape, crop, settings.encoding);
+  for (const TQueued& one : queue_) {
+    if (one.sizeBytes < ImageSizeBytes()) {
+      error = "a queued buffer is smaller than an image";
+      return VX_ERR_START_REFUSED;
+    }
+  }
+  stream_ = TFrameStream::Make(device, options, std::max(payloadBytes, shape.Bytes()), *wakeUp_, error);
+  if (!stream_) return VX_ERR_START_REFUSED;
+  images_ = 0;
+  added_ = 0;
+  framesLost_ = 0;
+  lastFrameId_ = 0;
+  ++runNumber_;
+  isRunning_ = true;
+  return VX_SUCCESS;
+}
+
+void TAcquisition::Stop()
+{
+  if (!isRunning_) return;
+  isRunning_ = false;
+  wakeUp_->Wake();
+  if (framesLost_ > 0)
+    Log(ELog::Warning, "%lld frames were lost on the way from the camera, %lld images came", framesLost_, images_);
+}
+
+void TAcquisition::Close(TDeviceLock& lock)
+{
+  Stop();
+  isClosed_ = true;
+  queue_.clear();
+  wakeUp_->Wake();
+  waitersLeft_.wait(lock, [this] { return waiters_ == 0; });
+  stream_.reset();
+}
+
+TWakeUp::TClock::time_point TAcquisition::DeadlineOf(unsigned int timeoutMs)
+{
+  // "Without limit" is a century.
+  const auto limit =
+      timeoutMs == VX_INFINITE ? std::chrono::hours(24 * 36525) : std::chrono::milliseconds(timeoutMs);
+  return TWakeUp::TClock::now() + limit;
+}
+
+void TAcquisition::WaitUnlocked(TDeviceLock& lock, std::uint64_t seen, TWakeUp::TClock::time_point deadline)
+{
+  ++waiters_;
+  lock.unlock();
+  wakeUp_->WaitAfter(seen, deadline);
+  lock.lock();
+  if (--waiters_ == 0 && isClosed_) waitersLeft_.notify_all();
+}
+
+int TAcquisition::ImageSizeBytes() const
+{
+  return static_cast<int>(converter_->ImageBytes() + (settings_.hasMetadata ? kMetadataBytes : 0));
+}
+
+/// Fills the first queued buffer with the next image. Frames are left in the stream while no buffer is queued.
+bool TAcquisition::Deliver(unsigned char** buffer, int* sizeBytes)
+{
+  if (!isRunning_ || IsComplete()) return false;
+  while (!queue_.empty()) {
+    ArvBuffer* const frame = stream_->Take();
+    if (!frame) return false;
+    const TQueued target = queue_.front();
+    const bool isWhole = target.sizeBytes >= ImageSizeBytes() && Accept(frame, target.bytes);
+    stream_->Return(frame);
+    if (!isWhole) continue;
+    queue_.pop_front();
+    ++images_;
+    *buffer = target.bytes;
+    *sizeBytes = ImageSizeBytes();
+    return true;
+  }
+  return false;
+}
+
+/// Converts a frame, or adds it to the sum. False while the image is not whole.
+bool TAcquisition::Accept(ArvBuffer* frame, unsigned char* image)
+{
+  const bool isComplete = arv_buffer_get_status(frame) == ARV_BUFFER_STATUS_SUCCESS;
+  const bool isDelivered = isComplete || settings_.incomplete == EIncomplete::Deliver;
+  std::size_t bytes = 0;
+  const auto* const pixels = static_cast<const unsigned char*>(arv_buffer_get_data(frame, &bytes));
+  if (isComplete)
+    CountGap(arv_buffer_get_frame_id(frame));
+  else if (isDelivered)
+    ++framesLost_;
+  if (!isDelivered || !pixels || (isComplete && !IsAsExpected(frame, bytes))) return false;
+  if (added_ == 0) {
+    const auto time = static_cast<std::int64_t>(arv_buffer_get_timestamp(frame));
+    if (!tickBase_) tickBase_ = time;
+    ticks_ = time - *tickBase_;
+  }
+  if (settings_.accumulations > 1) {
+    converter_->Add(pixels);
+    if (++added_ < settings_.accumulations) return false;
+    added_ = 0;
+    converter_->TakeSums(image);
+  } else
+    converter_->Convert(pixels, image);
+  if (settings_.incomplete == EIncomplete::Deliver) std::memset(const_cast<unsigned char*>(pixels), 0, bytes);
+  if (settings_.hasMetadata) WriteMetadata(image + converter_->ImageBytes(), converter_->ImageBytes());
+  return true;
+}
+
+/// Whether a frame has the shape that the run began with; a camera may change it, or fill up its rows.
+bool TAcquisition::IsAsExpected(ArvBuffer* frame, std::size_t bytes)
+{
+  const TWireShape& expected = converter_->Shape();
+  const auto format = WireFormatOf(arv_buffer_get_image_pixel_format(frame));
+  int columnPadding = 0;
+  int rowPadding = 0;
+  arv_buffer_get_image_padding(frame, &columnPadding, &rowPadding);
+  TWireShape shape{format.value_or(expected.format), static_cast<std::size_t>(arv_buffer_get_image_width(frame)),
+                   static_cast<std::size_t>(arv_buffer_get_image_height(frame)),
+                   static_cast<std::size_t>(std::max(columnPadding, 0))};
+  const bool isSame = format && shape.format == expected.format && shape.width == expected.width &&
+                      shape.height == expected.height && bytes >= shape.Bytes();
+  if (!isSame) {
+    Log(ELog::Warning,
+        "a frame of %zu x %zu pixels of format 0x%08x, %zu bytes, is not what the run began with: dropped",
+        shape.width, shape.height, arv_buffer_get_image_pixel_format(frame), bytes);
+    ++framesLost_;
+    return false;
+  }
+  if (!(shape == expected)) converter_.emplace(shape, crop_, settings_.encoding);
+  return true;
+}
+
+/// Counts the frames that did not come since the last complete one.
+void TAcquisition::CountGap(std::uint64_t frameId)
+{
+  if (lastFrameId_ != 0 && frameId != 0 && settings_.incomplete == EIncomplete::Drop) {
+    const std::uint64_t next = lastFrameId_ == kLastShortId && frameId < kLastShortId ? 1 : lastFrameId_ + 1;
+    if (frameId > next) framesLost_ += static_cast<long long>(frameId - next);
+  }
+  lastFrameId_ = frameId;
+}
+
+void TAcquisition::WriteMetadata(unsigned char* tail, std::size_t imageBytes) const
+{
+  tail = Put(tail, kEndOfChunks);
+  tail = Put(tail, static_cast<std::uint32_t>(imageBytes + sizeof kEndOfChunks));
+  tail = Put(tail, ticks_);
+  tail = Put(tail, kTimestampChunk);
+  Put(tail, static_cast<std::uint32_t>(sizeof ticks_ + sizeof kTimestampChunk));
+}
+
+} // namespace vxgenicam

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+// Streams of Aravis.
+#include "vxcore/genicam/TFrameStream.h"
+
+#include <algorithm>
+#include <dirent.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace vxgenicam {
+
+namespace {
+
+constexpr std::size_t kPoolBytes = 256UL * 1024 * 1024;
+constexpr std::size_t kFewestBuffers = 8;
+constexpr std::size_t kMostBuffers = 64;
+constexpr int kReceiveBufferBytes = 16 * 1024 * 1024; ///< the system gives no more than net.core.rmem_max
+constexpr guint kPacketTimeoutUs = 20'000;
+constexpr guint kFrameRetentionUs = 100'000;
+
+/// Whether this descriptor of the process is the UDP socket of that port.
+bool IsSocketOfPort(int descriptor, in_port_t port)
+{
+  int kind = 0;
+  socklen_t length = sizeof kind;
+  if (getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &kind, &length) != 0 || kind != SOCK_DGRAM) return false;
+  sockaddr_in address{};
+  length = sizeof address;
+  return getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length) == 0 &&
+         address.sin_family == AF_INET && ntohs(address.sin_port) == port;
+}
+
+/// Enlarges the receive buffer of the stream's socket now. Aravis does so when the first packet has come, and by then the
+/// first frame may have overflowed the small buffer that sockets begin with.
+void EnlargeReceiveBuffer(ArvGvStream* stream)
+{
+  const in_port_t port = arv_gv_stream_get_port(stream);
+  DIR* const directory = opendir("/proc/self/fd");
+  if (!directory) return;
+  while (const dirent* entry = readdir(directory)) { // NOLINT(concurrency-mt-unsafe): a stream of our own
+    const int descriptor = static_cast<int>(std::strtol(entry->d_name, nullptr, 10));
+    if (descriptor > 2 && IsSocketOfPort(descriptor, port))
+      setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &kReceiveBufferBytes, sizeof kReceiveBufferBytes);
+  }
+  closedir(directory);
+}
+
+} // namespace
+
+void TWakeUp::Wake()
+{
+  {
+    const std::lock_guard lock(mutex_);
+    count_.fetch_add(1);
+  }
+  changed_.notify_all();
+}
+
+void TWakeUp::WaitAfter(std::uint64_t seen, TClock::time_point deadline)
+{
+  std::unique_lock lock(mutex_);
+  changed_.wait_until(lock, deadline, [this, seen] { return count_.load() != seen; });
+}
+
+std::unique_ptr<TFrameStream> TFrameStream::Make(ArvDevice* device, const TStreamOptions& options,
+                                                 std::size_t payloadBytes, TWakeUp& wakeUp, std::string& error)
+{
+  if (ARV_IS_GV_DEVICE(device))
+    arv_gv_device_set_stream_options(ARV_GV_DEVICE(device), options.usesPacketSocket
+                                                                ? ARV_GV_STREAM_OPTION_NONE
+                                                                : ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
+  TError failure;
+  TObject<ArvStream> stream(arv_device_create_stream(device, OnStream, &wakeUp, failure.Out()));
+  if (!stream) {
+    error = failure.Text();
+    return nullptr;
+  }
+  if (ARV_IS_GV_STREAM(stream.get())) {
+    EnlargeReceiveBuffer(ARV_GV_STREAM(stream.get()));
+    g_object_set(stream.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                 kReceiveBufferBytes, "packet-timeout", kPacketTimeoutUs, "frame-retention", kFrameRetentionUs,
+                 "packet-resend", ARV_GV_STREAM_PACKET_RESEND_ALWAYS, nullptr);
+  }
+  const std::size_t bySize =
+      std::clamp(kPoolBytes / std::max<std::size_t>(payloadBytes, 1), kFewestBuffers, kMostBuffers);
+  const std::size_t buffers = options.poolFrames > 0 ? static_cast<std::size_t>(options.poolFrames) : bySize;
+  for (std::size_t index = 0; index < buffers; ++index)
+    arv_stream_push_buffer(stream.get(), arv_buffer_new_allocate(payloadBytes));
+  return std::unique_ptr<TFrameStream>(new TFrameStream(std::move(stream), wakeUp));
+}
+
+TFrameStream::~TFrameStream()
+{
+  stream_.reset(); // ends the thread that calls OnStream()
+}
+
+void TFrameStream::OnStream(void* wakeUp, ArvStreamCallbackType type, ArvBuffer*)
+{
+  if (type == ARV_STREAM_CALLBACK_TYPE_BUFFER_DONE) static_cast<TWakeUp*>(wakeUp)->Wake();
+}
+
+ArvBuffer* TFrameStream::Take()
+{
+  return arv_stream_try_pop_buffer(stream_.get());
+}
+
+void TFrameStream::Return(ArvBuffer* buffer)
+{
+  arv_stream_push_buffer(stream_.get(), buffer);
+}
+
+TStreamCounts TFrameStream::Counts() const
+{
+  guint64 complete = 0;
+  guint64 failures = 0;
+  guint64 underruns = 0;
+  arv_stream_get_statistics(stream_.get(), &complete, &failures, &underruns);
+  return {complete, failures, underruns};
+}
+
+} // namespace vxgenicam

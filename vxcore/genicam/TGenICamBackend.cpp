@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+// Opens the configured cameras.
+#include "vxcore/genicam/TGenICamBackend.h"
+
+#include "vxcore/genicam/device_opening.h"
+#include "vxcore/genicam/log.h"
+#include "vxcore/genicam/TGenICamCamera.h"
+
+#include <algorithm>
+
+namespace vxgenicam {
+
+namespace {
+
+constexpr const char* kDiscover = "discover";
+
+/// "discover" becomes the cameras that answer and are not named.
+void Discover(std::vector<std::string>& devices)
+{
+  const auto place = std::ranges::find(devices, kDiscover);
+  if (place == devices.end()) return;
+  std::vector<std::string> found = DiscoverDevices();
+  std::erase_if(found, [&devices](const std::string& one) { return std::ranges::count(devices, one) > 0; });
+  Log(ELog::Info, "%zu cameras found", found.size());
+  const auto at = devices.erase(place);
+  devices.insert(at, found.begin(), found.end());
+}
+
+} // namespace
+
+std::unique_ptr<vxcore::IDeviceBackend> TGenICamBackend::Make(const vxcore::TBackendEntries& entries,
+                                                              std::string& error)
+{
+  TGenICamConfiguration configuration;
+  if (!configuration.Read(entries, error)) return nullptr;
+  LogMessagesOfAravis();
+  Discover(configuration.devices);
+  return std::make_unique<TGenICamBackend>(std::move(configuration));
+}
+
+int TGenICamBackend::Open(int index, const vxcore::TDeviceContext&, std::unique_ptr<vxcore::IDevice>& device)
+{
+  const std::string& address = configuration_.devices[static_cast<std::size_t>(index)];
+  int code = VX_SUCCESS;
+  std::string error;
+  TObject<ArvDevice> opened = OpenDevice(address, code, error);
+  if (!opened) {
+    Log(ELog::Error, "%s: the camera cannot be opened: %s (%d)", address.c_str(), error.c_str(), code);
+    return code;
+  }
+  if (ARV_IS_GV_DEVICE(opened.get())) {
+    ArvGvDevice* const network = ARV_GV_DEVICE(opened.get());
+    TError failure;
+    if (configuration_.packetBytes > 0) {
+      arv_gv_device_set_packet_size_adjustment(network, ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
+      arv_gv_device_set_packet_size(network, configuration_.packetBytes, failure.Out());
+    } else
+      arv_gv_device_auto_packet_size(network, failure.Out());
+    if (failure.IsSet()) Log(ELog::Warning, "%s: packet size: %s", address.c_str(), failure.Text().c_str());
+  }
+  device = std::make_unique<TGenICamCamera>(std::move(opened), address, configuration_);
+  return VX_SUCCESS;
+}
+
+} // namespace vxgenicam

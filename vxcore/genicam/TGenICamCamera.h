@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// A camera of the GenICam standards while it is open.
+#pragma once
+
+#include "vxcore/backend/IDevice.h"
+#include "vxcore/genicam/TAcquisition.h"
+#include "vxcore/genicam/TGenICamConfiguration.h"
+#include "vxcore/genicam/TImageArea.h"
+#include "vxcore/genicam/TTriggerMode.h"
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vxgenicam {
+
+using vxcore::IDevice;
+using vxcore::IFeature;
+
+/// What Aravis' own threads tell of a camera. Shared with them: they may outlive the camera.
+struct TLink
+{
+  std::atomic<bool> isLost{false};
+  std::shared_ptr<TWakeUp> wakeUp = std::make_shared<TWakeUp>();
+};
+
+/// What the library has made of the camera's settings, where the camera has none for it.
+struct TEmulatedSettings
+{
+  EEncoding encoding = EEncoding::Mono8;
+  EWireFormat wireFormat = EWireFormat::Mono8;
+  bool hasFormat = false; ///< the camera sends pixels that are understood
+  bool hasMetadata = false;
+  bool isFixed = false; ///< "CycleMode"
+  long long frameCount = 1;
+  long long accumulations = 1;
+  int gainChannel = 0; ///< "PreAmpGainSelector", without effect
+};
+
+/// Drives one camera. Owns its connection; locking as IDevice says. A camera that does not answer is closed by a thread
+/// of its own, since the connection takes seconds to end then.
+class TGenICamCamera final : public IDevice
+{
+public:
+  /// Takes the camera into a known state: whole sensor, no trigger, nothing automatic.
+  /// @param address  for messages
+  TGenICamCamera(TObject<ArvDevice> device, std::string address, const TGenICamConfiguration& configuration);
+  ~TGenICamCamera() override;
+  TGenICamCamera(const TGenICamCamera&) = delete;
+  TGenICamCamera& operator=(const TGenICamCamera&) = delete;
+
+  int CheckPresent() override { return link_->isLost ? VX_ERR_COMMUNICATION : VX_SUCCESS; }
+  IFeature* Find(std::wstring_view name) override;
+  int QueueBuffer(TDeviceLock& lock, unsigned char* buffer, int sizeBytes) override;
+  int WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs) override;
+  void Flush(TDeviceLock& lock) override;
+  void Close(TDeviceLock& lock) override;
+
+  // For the features; under the device's lock.
+  TNodes& Nodes() { return nodes_; }
+  TSource SourceOf(std::string_view feature) const { return configuration_.map.SourceOf(feature, nodes_); }
+  TImageArea& Area() { return area_; }
+  TTriggerMode& Trigger() { return trigger_; }
+  const TAcquisition& Acquisition() const { return acquisition_; }
+  TEmulatedSettings& Settings() { return settings_; }
+  /// The camera's pixels that images of the encoding are made from, best first and now available; none for none.
+  std::optional<EWireFormat> FormatFor(EEncoding encoding) const;
+  int SetEncoding(EEncoding encoding);
+  int ImageSizeBytes() const;
+  int Start();
+  int Stop();
+  int SendSoftwareTrigger();
+  int ResetTicks();
+
+private:
+  void TakeOver();
+  void ChooseEncoding();
+  TRunSettings RunSettings() const;
+
+  const std::string address_;
+  const TGenICamConfiguration& configuration_;
+  const std::shared_ptr<TLink> link_ = std::make_shared<TLink>();
+  TObject<ArvDevice> device_;
+  TNodes nodes_;
+  TImageArea area_;
+  TTriggerMode trigger_;
+  TAcquisition acquisition_;
+  TEmulatedSettings settings_;
+  std::map<std::wstring, std::unique_ptr<IFeature>, std::less<>> features_;
+};
+
+/// Makes the features that a camera has. They borrow the camera.
+std::map<std::wstring, std::unique_ptr<IFeature>, std::less<>> MakeFeatures(TGenICamCamera& camera);
+
+} // namespace vxgenicam

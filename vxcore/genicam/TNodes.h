@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// The features that a camera's own description has, by their GenICam names.
+#pragma once
+
+#include "vxcore/genicam/aravis.h"
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vxgenicam {
+
+/// The limits of a number; an increment of 0 means any value between them.
+struct TLimits
+{
+  double minimum = 0.0;
+  double maximum = 0.0;
+  double increment = 0.0;
+};
+
+/// Reads and writes the nodes of a camera's description. What a description claims is not trusted: a node of another
+/// kind than its name promises is used by the kind it has, and a write outside the limits is refused here, since
+/// Aravis' own check fails on descriptions that are valid. Operations answer `VX_` codes and write outputs only on
+/// success. Borrows the device; used under its lock.
+class TNodes final
+{
+public:
+  explicit TNodes(ArvDevice* device) : device_(device) {}
+
+  /// Whether the camera has the node and implements it.
+  bool Has(const std::string& name) const;
+  /// The first name that it has, "" for none.
+  std::string FirstOf(std::initializer_list<const char*> names) const;
+  bool IsReadable(const std::string& name) const;
+  bool IsWritable(const std::string& name) const;
+
+  // Integer and float nodes alike.
+  int GetNumber(const std::string& name, double& value) const;
+  int GetLimits(const std::string& name, TLimits& limits) const;
+  /// Writes the number, to an integer node the nearest whole one.
+  int SetNumber(const std::string& name, double value);
+
+  int GetInteger(const std::string& name, long long& value) const;
+  int SetInteger(const std::string& name, long long value);
+
+  int GetSwitch(const std::string& name, bool& value) const;
+  /// Writes a boolean node, or "On" or "Off" to an enumeration.
+  int SetSwitch(const std::string& name, bool value);
+
+  /// Of an enumeration the entry's name, else the text.
+  int GetText(const std::string& name, std::string& text) const;
+  int SetText(const std::string& name, const std::string& text);
+  /// Whether an enumeration has the entry and offers it now.
+  bool HasEntry(const std::string& name, const std::string& entry) const;
+  std::vector<std::string> Entries(const std::string& name) const;
+
+  int Execute(const std::string& name);
+
+  ArvDevice* Device() const { return device_; }
+
+private:
+  ArvGcNode* Find(const std::string& name) const;
+  ArvGcAccessMode AccessOf(const std::string& name) const;
+
+  ArvDevice* device_;
+};
+
+} // namespace vxgenicam

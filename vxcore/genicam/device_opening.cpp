@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+// Opening cameras by their addresses.
+#include "vxcore/genicam/device_opening.h"
+
+#include "vxcore.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <mutex>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <string_view>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace vxgenicam {
+
+namespace {
+
+constexpr in_port_t kControlPort = 3956; ///< of the GigE Vision control protocol
+constexpr std::string_view kUsb = "usb:";
+constexpr std::string_view kFake = "Fake_";
+constexpr const char* kNetworkInterface = "GigEVision";
+constexpr const char* kUsbInterface = "USB3Vision";
+
+/// Lists and opens one at a time: Aravis keeps its list of devices for the process.
+std::mutex& ListMutex()
+{
+  static std::mutex mutex;
+  return mutex;
+}
+
+/// The address of this machine from which packets go to the camera. "" when no network leads there.
+std::string OwnAddressFor(const std::string& host, std::string& camera, std::string& error)
+{
+  addrinfo hints{};
+  hints.ai_family = AF_INET; // all that GigE Vision has
+  hints.ai_socktype = SOCK_DGRAM;
+  addrinfo* found = nullptr;
+  const int failure = getaddrinfo(host.c_str(), nullptr, &hints, &found);
+  if (failure != 0 || !found) {
+    error = std::string("is neither an address nor the name of a host: ") + gai_strerror(failure);
+    return "";
+  }
+  sockaddr_in address = *reinterpret_cast<const sockaddr_in*>(found->ai_addr);
+  freeaddrinfo(found);
+  address.sin_port = htons(kControlPort);
+  char text[INET_ADDRSTRLEN] = "";
+  camera = inet_ntop(AF_INET, &address.sin_addr, text, sizeof text) ? text : host;
+
+  const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  sockaddr_in own{};
+  socklen_t length = sizeof own;
+  const bool isReached = descriptor >= 0 &&
+                         connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+                         getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &length) == 0;
+  if (descriptor >= 0) close(descriptor);
+  if (isReached && inet_ntop(AF_INET, &own.sin_addr, text, sizeof text)) return text;
+  error = "no network of this machine leads there";
+  return "";
+}
+
+TObject<ArvDevice> OpenOnNetwork(const std::string& host, TError& failure, std::string& error)
+{
+  std::string camera;
+  const std::string own = OwnAddressFor(host, camera, error);
+  if (own.empty()) return nullptr;
+  const TObject<GInetAddress> ownAddress(g_inet_address_new_from_string(own.c_str()));
+  const TObject<GInetAddress> cameraAddress(g_inet_address_new_from_string(camera.c_str()));
+  TObject<ArvDevice> device(arv_gv_device_new(ownAddress.get(), cameraAddress.get(), failure.Out()));
+  if (failure.IsSet()) device.reset();
+  return device;
+}
+
+std::string UsbIdentifierOf(const std::string& serial)
+{
+  arv_disable_interface(kNetworkInterface); // a list of the USB buses alone: nothing leaves the machine
+  arv_enable_interface(kUsbInterface);
+  arv_update_device_list();
+  for (unsigned int index = 0; index < arv_get_n_devices(); ++index) {
+    const char* protocol = arv_get_device_protocol(index);
+    const char* number = arv_get_device_serial_nbr(index);
+    if (protocol && number && std::string_view(protocol) == "USB3Vision" && serial == number)
+      return arv_get_device_id(index);
+  }
+  return "";
+}
+
+} // namespace
+
+TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string& error)
+{
+  const std::lock_guard lock(ListMutex());
+  TError failure;
+  TObject<ArvDevice> device;
+  if (address.starts_with(kFake))
+    device.reset(arv_fake_device_new(address.c_str() + kFake.size(), failure.Out()));
+  else if (address.starts_with(kUsb)) {
+    const std::string serial = address.substr(kUsb.size());
+    if (const std::string identifier = UsbIdentifierOf(serial); !identifier.empty())
+      device.reset(arv_open_device(identifier.c_str(), failure.Out()));
+    else
+      error = "no USB camera with this serial number answers";
+  } else
+    device = OpenOnNetwork(address, failure, error);
+
+  if (failure.IsSet()) {
+    device.reset();
+    error = failure.Text();
+  }
+  if (!device) {
+    if (error.empty()) error = "no camera answers";
+    code = failure.IsSet() ? failure.Code() : VX_ERR_COMMUNICATION;
+    return nullptr;
+  }
+  if (ARV_IS_GV_DEVICE(device.get()) && !arv_gv_device_is_controller(ARV_GV_DEVICE(device.get()))) {
+    error = "another program has the camera";
+    code = VX_ERR_DEVICE_IN_USE;
+    return nullptr;
+  }
+  code = VX_SUCCESS;
+  return device;
+}
+
+std::vector<std::string> DiscoverDevices()
+{
+  const std::lock_guard lock(ListMutex());
+  arv_enable_interface(kNetworkInterface);
+  arv_enable_interface(kUsbInterface);
+  arv_update_device_list();
+  std::vector<std::string> addresses;
+  for (unsigned int index = 0; index < arv_get_n_devices(); ++index) {
+    const std::string_view protocol = arv_get_device_protocol(index);
+    if (protocol == "USB3Vision")
+      addresses.push_back(std::string(kUsb) + arv_get_device_serial_nbr(index));
+    else if (protocol == "GigEVision")
+      addresses.emplace_back(arv_get_device_address(index));
+  }
+  std::ranges::sort(addresses); // the same cameras have the same numbers each time
+  return addresses;
+}
+
+} // namespace vxgenicam

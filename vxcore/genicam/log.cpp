@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// The diagnostic log, as the camera library writes it.
+#include "vxcore/genicam/log.h"
+
+#include "utility/TQuorinLibDebugOutput.h"
+#include "vxcore/genicam/aravis.h"
+
+#include <cstdarg>
+
+namespace vxgenicam {
+
+namespace {
+
+constexpr std::size_t kMaxText = 1024;
+
+void OnMessage(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer)
+{
+  const ELog severity = (level & (G_LOG_LEVEL_ERROR | G_LOG_LEVEL_CRITICAL)) != 0 ? ELog::Error
+                        : (level & G_LOG_LEVEL_WARNING) != 0                      ? ELog::Warning
+                                                                                  : ELog::Debug;
+  Log(severity, "%s: %s", domain ? domain : "GLib", message ? message : "");
+}
+
+} // namespace
+
+void Log(ELog severity, const char* format, ...) noexcept
+{
+  using TLog = QuorinUtility::TQuorinLibDebugOutput;
+  const auto level = static_cast<TLog::ESeverity>(severity);
+  if (!TLog::IsEnabled(level)) return;
+  char text[kMaxText];
+  std::va_list arguments;
+  va_start(arguments, format);
+  g_vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  TLog::OutputText("genicam", 0, "GenICam", level, text);
+}
+
+void LogMessagesOfAravis()
+{
+  constexpr auto kAll = static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK | G_LOG_FLAG_FATAL | G_LOG_FLAG_RECURSION);
+  g_log_set_handler("Aravis", kAll, OnMessage, nullptr);
+}
+
+} // namespace vxgenicam

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// Lines for the diagnostic log.
+#pragma once
+
+namespace vxgenicam {
+
+enum class ELog
+{
+  Error,
+  Warning,
+  Info,
+  Debug
+};
+
+/// Writes a line to the log that VXMCD_LOG switches on: the same one, in the same form, as the camera library's.
+[[gnu::format(printf, 2, 3)]] void Log(ELog severity, const char* format, ...) noexcept;
+
+/// Sends what Aravis and GLib have to say to the log, in place of standard error.
+void LogMessagesOfAravis();
+
+} // namespace vxgenicam
