@@ -63,7 +63,6 @@ void TAcquisition::Close(TDeviceLock& lock)
   queue_.clear();
   wakeUp_->Wake();
   waitersLeft_.wait(lock, [this] { return waiters_ == 0; });
-  stream_.reset();
 }
 
 TWakeUp::TClock::time_point TAcquisition::DeadlineOf(unsigned int timeoutMs)

@@ -43,7 +43,10 @@ TGenICamCamera::~TGenICamCamera()
     return;
   }
   // The link lives as long as the connection, whose threads use it.
-  std::thread([device = device_.release(), link = link_] { g_object_unref(device); }).detach();
+  std::thread([stream = acquisition_.TakeStream(), device = std::move(device_), link = link_]() mutable {
+    stream.reset();
+    device.reset();
+  }).detach();
 }
 
 void TGenICamCamera::TakeOver()
@@ -154,6 +157,11 @@ int TGenICamCamera::Stop()
   acquisition_.Stop();
   if (link_->isLost) return VX_ERR_COMMUNICATION;
   const int code = nodes_.Execute(SourceOf("AcquisitionStop").node);
+  if (code == VX_ERR_COMMUNICATION) {
+    // Aravis has tried it for seconds; every further call would take as long.
+    link_->isLost = true;
+    return code;
+  }
   if (nodes_.Has("TLParamsLocked")) nodes_.SetInteger("TLParamsLocked", 0);
   return code;
 }

@@ -162,7 +162,8 @@ int TNodes::SetSwitch(const std::string& name, bool value)
 {
   ArvGcNode* node = Find(name);
   if (!node) return VX_ERR_NOT_IMPLEMENTED;
-  if (!ARV_IS_GC_BOOLEAN(node)) return SetText(name, value ? "On" : "Off");
+  if (ARV_IS_GC_ENUMERATION(node)) return SetText(name, value ? "On" : "Off");
+  if (!ARV_IS_GC_BOOLEAN(node)) return SetNumber(name, value ? 1.0 : 0.0);
   if (!IsWritable(name)) return VX_ERR_NOT_WRITABLE;
   TError error;
   arv_gc_boolean_set_value(ARV_GC_BOOLEAN(node), value ? TRUE : FALSE, error.Out());

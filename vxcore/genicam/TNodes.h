@@ -45,7 +45,7 @@ public:
   int SetInteger(const std::string& name, long long value);
 
   int GetSwitch(const std::string& name, bool& value) const;
-  /// Writes a boolean node, or "On" or "Off" to an enumeration.
+  /// Writes a boolean node, "On" or "Off" to an enumeration, 1 or 0 to a number.
   int SetSwitch(const std::string& name, bool value);
 
   /// Of an enumeration the entry's name, else the text.

@@ -3,7 +3,8 @@
 #include "vxcore/genicam/function_features.h"
 #include "vxcore/genicam/TGenICamCamera.h"
 
-#include <array>
+#include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -45,6 +46,19 @@ int LimitOf(const TNodes& nodes, const TSource& source, bool isMaximum, double& 
   return VX_SUCCESS;
 }
 
+/// A number that came from single precision as the decimal number that was meant: 0.0025F is 0.0024999999, and a camera
+/// that counts in whole microseconds would make 2499 of it.
+double Meant(double value)
+{
+  const auto single = static_cast<float>(value);
+  if (static_cast<double>(single) != value) return value;
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, single).ptr;
+  double meant = value;
+  std::from_chars(text, end, meant);
+  return meant;
+}
+
 TAccess AccessOf(TNodes& nodes, const TSource& source)
 {
   return {[&nodes, source] { return nodes.IsReadable(source.node); },
@@ -60,7 +74,9 @@ std::unique_ptr<IFeature> Float(TNodes& nodes, const TSource& source)
     if (code == VX_SUCCESS) value = source.FromCamera(read);
     return code;
   };
-  functions.set = [&nodes, source](double value) { return nodes.SetNumber(source.node, source.ToCamera(value)); };
+  functions.set = [&nodes, source](double value) {
+    return nodes.SetNumber(source.node, source.ToCamera(Meant(value)));
+  };
   functions.minimum = [&nodes, source](double& value) { return LimitOf(nodes, source, false, value); };
   functions.maximum = [&nodes, source](double& value) { return LimitOf(nodes, source, true, value); };
   return std::make_unique<TNumberFeature<double>>(AccessOf(nodes, source), std::move(functions));

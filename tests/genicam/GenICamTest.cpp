@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+// Test cameras as processes, in a network namespace of the test program.
+#include "tests/genicam/GenICamTest.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+std::string noNetwork; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): set once by main()
+
+/// Leaves the machine's networks for one with a loopback interface of its own.
+std::string EnterOwnNetwork()
+{
+  if (unshare(CLONE_NEWNET) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNET) != 0)
+    return std::string("no network namespace: ") + std::strerror(errno);
+  const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
+  ifreq request{};
+  std::strcpy(request.ifr_name, "lo");
+  request.ifr_flags = IFF_UP;
+  bool isUp = descriptor >= 0 && ioctl(descriptor, SIOCSIFFLAGS, &request) == 0;
+  std::strcpy(request.ifr_name, "lo:1"); // a second address, for a second camera
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK + 1);
+  std::memcpy(&request.ifr_addr, &address, sizeof address);
+  isUp = isUp && ioctl(descriptor, SIOCSIFADDR, &request) == 0;
+  close(descriptor);
+  return isUp ? "" : std::string("no loopback interface: ") + std::strerror(errno);
+}
+
+} // namespace
+
+const std::string& WhyNoNetwork()
+{
+  return noNetwork;
+}
+
+void GenICamTest::TearDown()
+{
+  ShutDown();
+  SetCurrentCamera(101);
+  VXSIM_Configure(nullptr);
+  while (!cameras_.empty()) Kill(cameras_.begin()->first);
+}
+
+void GenICamTest::Serve(const std::string& address, const std::vector<std::string>& arguments)
+{
+  std::vector<std::string> words = {VXMCD_TEST_CAMERA, address, "SIM1"};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  int pipes[2];
+  ASSERT_EQ(pipe(pipes), 0);
+  const pid_t pid = fork();
+  ASSERT_GE(pid, 0);
+  if (pid == 0) {
+    dup2(pipes[1], STDOUT_FILENO);
+    close(pipes[0]);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  close(pipes[1]);
+  cameras_[address] = pid;
+  char answer[8] = "";
+  EXPECT_EQ(read(pipes[0], answer, 5), 5) << "the test camera does not start";
+  close(pipes[0]);
+}
+
+void GenICamTest::Kill(const std::string& address)
+{
+  kill(cameras_.at(address), SIGKILL);
+  waitpid(cameras_.at(address), nullptr, 0);
+  cameras_.erase(address);
+}
+
+void GenICamTest::Attach(const std::string& devices, const std::string& more)
+{
+  const std::string text = "[Backends]\nSimulator = off\n[GenICam]\nDevices = " + devices + "\n" + more;
+  ASSERT_EQ(VXSIM_Configure(text.c_str()), VX_SUCCESS) << VXSIM_GetLastError();
+}
+
+void GenICamTest::Open(const std::vector<std::string>& arguments, const std::string& more)
+{
+  ASSERT_NO_FATAL_FAILURE(Serve("127.0.0.1", arguments));
+  ASSERT_NO_FATAL_FAILURE(Attach("127.0.0.1", more));
+  char directory[] = "";
+  ASSERT_EQ(Initialize(directory), RC_SUCCESS);
+}
+
+std::uint64_t FrameOf(const std::vector<unsigned short>& pixels, const TArea& area, int bits)
+{
+  constexpr std::uint64_t kMostFrames = 65536; // frame numbers have 16 bits, and those of Aravis begin near the end
+  const auto pixel = [&area, bits](int x, int y, std::uint64_t n) {
+    return TestPixel(static_cast<std::uint32_t>(area.left + x), static_cast<std::uint32_t>(area.top + y), n, bits);
+  };
+  std::uint64_t frame = 1;
+  while (frame < kMostFrames && (pixel(0, 0, frame) != pixels[0] || pixel(1, 0, frame) != pixels[1])) ++frame;
+  std::size_t wrong = 0;
+  for (int y = 0; y < area.height; ++y)
+    for (int x = 0; x < area.width; ++x)
+      if (pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(area.width) +
+                 static_cast<std::size_t>(x)] != pixel(x, y, frame))
+        ++wrong;
+  EXPECT_EQ(wrong, 0U) << "of " << pixels.size() << " pixels";
+  return wrong == 0 ? frame : 0;
+}
+
+int main(int argc, char** argv)
+{
+  testing::InitGoogleTest(&argc, argv);
+  noNetwork = EnterOwnNetwork();
+  return RUN_ALL_TESTS();
+}
