@@ -23,7 +23,7 @@ public:
 
   /// The buffer is not null and aligned; its size is still to be checked.
   virtual int QueueBuffer(TDeviceLock& lock, unsigned char* buffer, int sizeBytes) = 0;
-  /// Blocks up to the time-out, the lock released meanwhile.
+  /// Blocks up to the time-out, the lock released meanwhile. Also called on a device that does not answer, and says so.
   virtual int WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs) = 0;
   /// Returns every buffer to the caller. When it returns no buffer is touched any more.
   virtual void Flush(TDeviceLock& lock) = 0;

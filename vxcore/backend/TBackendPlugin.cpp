@@ -4,27 +4,27 @@
 
 #include <cstring>
 #include <dlfcn.h>
+#include <filesystem>
+#include <system_error>
 
 namespace vxcore {
 
 namespace {
 
-/// The directory of this library with a slash behind it, "" when it cannot be found.
-std::string OwnDirectory()
+/// The directory of this library, "" when it cannot be found. The loader may have found it through a link.
+std::filesystem::path OwnDirectory()
 {
   Dl_info own{};
+  std::error_code failed;
   if (dladdr(reinterpret_cast<void*>(&OwnDirectory), &own) == 0 || !own.dli_fname) return "";
-  const std::string path = own.dli_fname;
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+  return std::filesystem::canonical(own.dli_fname, failed).parent_path();
 }
 
 void* Load(const char* library)
 {
   constexpr int kFlags = RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE; // its threads may outlive every use
-  const std::string directory = OwnDirectory();
-  if (!directory.empty())
-    if (void* loaded = dlopen((directory + library).c_str(), kFlags)) return loaded;
+  if (const std::filesystem::path directory = OwnDirectory(); !directory.empty())
+    if (void* loaded = dlopen((directory / library).c_str(), kFlags)) return loaded;
   return dlopen(library, kFlags);
 }
 

@@ -46,19 +46,25 @@ public:
   /// error.
   bool Configure(const std::string& text, std::string& error);
 
-  /// Runs @p body(lock, device) on the device of a handle, under its lock.
+  /// Runs @p body(lock, device) on the device of a handle, under its lock, whether the device answers or not.
   template <typename Body>
-  int WithHandle(int handle, Body&& body)
+  int WithOpenDevice(int handle, Body&& body)
   {
     TSlot& slot = slots_[static_cast<unsigned>(handle) % kMaxDevices];
     TDeviceLock lock = LockDevice(slot.mutex);
     if (slot.handle != handle || handle <= VX_HANDLE_SYSTEM) [[unlikely]] {
       return NoSuchHandle();
     }
-    if (const int code = slot.device->CheckPresent(); code != VX_SUCCESS) [[unlikely]] {
-      return code;
-    }
     return body(lock, *slot.device);
+  }
+  /// The same for a device that answers.
+  template <typename Body>
+  int WithHandle(int handle, Body&& body)
+  {
+    return WithOpenDevice(handle, [&body](TDeviceLock& lock, IDevice& device) {
+      const int code = device.CheckPresent();
+      return code == VX_SUCCESS ? body(lock, device) : code;
+    });
   }
 
   /// Runs @p body(lock, place) for a device by its index, open or not, under its lock. Reads the configuration unless

@@ -19,6 +19,7 @@ int TFaultyDevice::CheckPresent()
 
 int TFaultyDevice::WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs)
 {
+  if (!plug_.IsIn()) return VX_ERR_COMMUNICATION;
   const auto begin = TClock::now();
   while (true) {
     TFrame frame;

@@ -409,10 +409,10 @@ int VX_WaitBuffer(int handle, unsigned char** buffer, int* sizeBytes, unsigned i
   info.outInt = sizeBytes;
   return Guarded(info, [handle, buffer, sizeBytes, timeoutMs] {
     if (!buffer || !sizeBytes) return VX_ERR_NULL_ARGUMENT;
-    return TDeviceTable::Instance().WithHandle(handle,
-                                               [buffer, sizeBytes, timeoutMs](TDeviceLock& lock, IDevice& device) {
-                                                 return device.WaitBuffer(lock, buffer, sizeBytes, timeoutMs);
-                                               });
+    return TDeviceTable::Instance().WithOpenDevice(
+        handle, [buffer, sizeBytes, timeoutMs](TDeviceLock& lock, IDevice& device) {
+          return device.WaitBuffer(lock, buffer, sizeBytes, timeoutMs);
+        });
   });
 }
 

@@ -65,6 +65,13 @@ void TGenICamCamera::TakeOver()
   ChooseEncoding();
 }
 
+std::string TGenICamCamera::Description() const
+{
+  if (ARV_IS_GV_DEVICE(device_.get())) return "GigE Vision " + address_;
+  if (ARV_IS_UV_DEVICE(device_.get())) return "USB3 Vision " + address_.substr(address_.find(':') + 1);
+  return "simulated by Aravis, " + address_;
+}
+
 /// The encoding of the pixels that the camera sends now, or else the widest that it can send.
 void TGenICamCamera::ChooseEncoding()
 {

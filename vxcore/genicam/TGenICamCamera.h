@@ -60,6 +60,8 @@ public:
 
   // For the features; under the device's lock.
   TNodes& Nodes() { return nodes_; }
+  /// How and where the camera is attached: "GigE Vision 192.168.1.20".
+  std::string Description() const;
   TSource SourceOf(std::string_view feature) const { return configuration_.map.SourceOf(feature, nodes_); }
   TImageArea& Area() { return area_; }
   TTriggerMode& Trigger() { return trigger_; }

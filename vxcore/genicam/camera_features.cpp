@@ -161,6 +161,14 @@ std::unique_ptr<IFeature> Text(TNodes& nodes, const TSource& source)
   });
 }
 
+std::unique_ptr<IFeature> Constant(std::wstring constant)
+{
+  return std::make_unique<TTextFeature>([constant = std::move(constant)](std::wstring& text) {
+    text = constant;
+    return VX_SUCCESS;
+  });
+}
+
 std::unique_ptr<IFeature> Command(std::function<int()> run)
 {
   return std::make_unique<TCommandFeature>([run = std::move(run)](TDeviceLock&) { return run(); });
@@ -688,18 +696,13 @@ const TMadeRow kMadeRows[] = {
     {L"BitDepth", MakeBitDepth},
     {L"CameraAcquiring", MakeAcquiring},
     {L"CycleMode", MakeCycleMode},
+    {L"DeviceSource", [](TGenICamCamera& c) { return Constant(Widen(c.Description())); }},
     {L"ElectronicShutteringMode", MakeShutter},
     {L"FirmwareVersion", MakeFirmwareVersion},
     {L"FrameCount", [](TGenICamCamera& c) { return Kept(c, c.Settings().frameCount, 1, kMostFrames); }},
     {L"FrameRate", MakeFrameRate},
     {L"FramesLost", [](TGenICamCamera& c) { return Reading([&c] { return c.Acquisition().FramesLost(); }); }},
-    {L"HardwareType",
-     [](TGenICamCamera&) -> std::unique_ptr<IFeature> {
-       return std::make_unique<TTextFeature>([](std::wstring& text) {
-         text = L"GENICAM";
-         return VX_SUCCESS;
-       });
-     }},
+    {L"HardwareType", [](TGenICamCamera&) { return Constant(L"GENICAM"); }},
     {L"ImageSizeBytes",
      [](TGenICamCamera& c) { return Reading([&c]() -> long long { return c.ImageSizeBytes(); }); }},
     {L"MetadataEnable", MakeMetadataEnable},

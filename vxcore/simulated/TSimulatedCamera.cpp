@@ -50,6 +50,7 @@ int TSimulatedCamera::QueueBuffer(TDeviceLock& lock, unsigned char* buffer, int 
 
 int TSimulatedCamera::WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs)
 {
+  if (const int code = CheckPresent(); code != VX_SUCCESS) return code;
   return acquisition_.Wait(lock, buffer, sizeBytes, timeoutMs);
 }
 
