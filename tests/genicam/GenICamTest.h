@@ -92,5 +92,11 @@ struct TArea
   int height = 0;
 };
 
+/// Frame numbers have 16 bits and leave out 0.
+constexpr std::uint64_t FrameAfter(std::uint64_t frame)
+{
+  return frame == 0xFFFF ? 1 : frame + 1;
+}
+
 /// Finds the frame that an image is of, and compares every pixel. 0, with a failure, when it is of none.
 std::uint64_t FrameOf(const std::vector<unsigned short>& pixels, const TArea& area, int bits);

@@ -73,7 +73,7 @@ TEST_P(GenICamPixels, AreThoseOfTheCamera)
     for (long number = 1; number <= 12; ++number) {
       const std::uint64_t frame = FrameOf(Image(number, area), area, GetParam().bits);
       if (before != 0) {
-        EXPECT_EQ(frame, before + 1);
+        EXPECT_EQ(frame, FrameAfter(before));
       }
       before = frame;
     }
@@ -111,7 +111,7 @@ TEST_F(GenICamRun, RunsUntilItIsAbortedAndTellsTheCamerasClock)
     while (GetOldestImage16(pixels.data(), pixels.size()) == RC_SUCCESS) {
       const std::uint64_t frame = FrameOf(pixels, area, 16);
       if (before != 0) {
-        EXPECT_EQ(frame, before + 1);
+        EXPECT_EQ(frame, FrameAfter(before));
       }
       before = frame;
     }

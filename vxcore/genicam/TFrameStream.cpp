@@ -86,12 +86,7 @@ std::unique_ptr<TFrameStream> TFrameStream::Make(ArvDevice* device, const TStrea
   const std::size_t buffers = options.poolFrames > 0 ? static_cast<std::size_t>(options.poolFrames) : bySize;
   for (std::size_t index = 0; index < buffers; ++index)
     arv_stream_push_buffer(stream.get(), arv_buffer_new_allocate(payloadBytes));
-  return std::unique_ptr<TFrameStream>(new TFrameStream(std::move(stream), wakeUp));
-}
-
-TFrameStream::~TFrameStream()
-{
-  stream_.reset(); // ends the thread that calls OnStream()
+  return std::unique_ptr<TFrameStream>(new TFrameStream(std::move(stream)));
 }
 
 void TFrameStream::OnStream(void* wakeUp, ArvStreamCallbackType type, ArvBuffer*)

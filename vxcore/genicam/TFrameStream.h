@@ -54,12 +54,9 @@ struct TStreamCounts
 class TFrameStream final
 {
 public:
-  /// Null, with a message, when the camera refuses.
+  /// Null, with a message, when the camera refuses. The wake-up outlives the stream.
   static std::unique_ptr<TFrameStream> Make(ArvDevice* device, const TStreamOptions& options,
                                             std::size_t payloadBytes, TWakeUp& wakeUp, std::string& error);
-  ~TFrameStream();
-  TFrameStream(const TFrameStream&) = delete;
-  TFrameStream& operator=(const TFrameStream&) = delete;
 
   /// The next buffer that is done, null for none. It is to be returned.
   ArvBuffer* Take();
@@ -67,11 +64,10 @@ public:
   TStreamCounts Counts() const;
 
 private:
-  TFrameStream(TObject<ArvStream> stream, TWakeUp& wakeUp) : stream_(std::move(stream)), wakeUp_(wakeUp) {}
+  explicit TFrameStream(TObject<ArvStream> stream) : stream_(std::move(stream)) {}
   static void OnStream(void* wakeUp, ArvStreamCallbackType type, ArvBuffer* buffer);
 
-  TObject<ArvStream> stream_;
-  TWakeUp& wakeUp_;
+  const TObject<ArvStream> stream_; ///< ends the thread that calls OnStream() with it
 };
 
 } // namespace vxgenicam
