@@ -72,8 +72,8 @@ TEST_P(GenICamPixels, AreThoseOfTheCamera)
     std::uint64_t before = 0;
     for (long number = 1; number <= 12; ++number) {
       const std::uint64_t frame = FrameOf(Image(number, area), area, GetParam().bits);
-      if (before != 0) {
-        EXPECT_EQ(frame, FrameAfter(before));
+      if (before != 0 && Int(L"FramesLost") == 0) {
+        EXPECT_EQ(frame, FrameAfter(before)); // a busy machine may lose packets
       }
       before = frame;
     }
@@ -105,17 +105,17 @@ TEST_F(GenICamRun, RunsUntilItIsAbortedAndTellsTheCamerasClock)
   EXPECT_EQ(VX_SetInt(Handle(), L"AOIWidth", 100), VX_ERR_NOT_WRITABLE);
   EXPECT_EQ(SetExposureTime(0.001F), RC_SUCCESS);
   std::uint64_t before = 0;
+  long long missing = 0;
   std::vector<unsigned short> pixels(256UL * 256);
   for (int image = 0; image < 30; ++image) {
     ASSERT_EQ(WaitForAcquisitionTimeOut(2000), RC_SUCCESS);
     while (GetOldestImage16(pixels.data(), pixels.size()) == RC_SUCCESS) {
       const std::uint64_t frame = FrameOf(pixels, area, 16);
-      if (before != 0) {
-        EXPECT_EQ(frame, FrameAfter(before));
-      }
+      for (; before != 0 && FrameAfter(before) != frame; before = FrameAfter(before)) ++missing;
       before = frame;
     }
   }
+  EXPECT_LE(missing, Int(L"FramesLost")); // a busy machine may lose packets
   unsigned int count = 0;
   long long first = 0;
   long long second = 0;
