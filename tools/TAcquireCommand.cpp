@@ -132,11 +132,9 @@ bool TAcquireCommand::SaveSettings()
 std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)
 {
   TCoolingWait wait(options_.cooling.targetCelsius.value_or(0), options_.cooling.waitSeconds);
-  const CoolingEnd end = wait.Run(
-      AskTemperature, [] { return TInterrupt::Happened(); },
-      [&](const TCoolingProgress& progress) {
-        if (!options_.isQuiet) line.ShowText(CoolingText(progress), progress.seconds);
-      });
+  const CoolingEnd end = wait.Run(AskTemperature, TInterrupt::Happened, [&](const TCoolingProgress& progress) {
+    if (!options_.isQuiet) line.ShowText(CoolingText(progress), progress.seconds);
+  });
   line.Finish();
   if (end == CoolingEnd::Failed) return Fail(ExitCode::CameraError, wait.Message());
   if (end == CoolingEnd::Interrupted) return Fail(ExitCode::Interrupted, kInterruptedText);
