@@ -11,6 +11,9 @@
 #include <charconv>
 #include <cmath>
 
+// A feature library need not have it: the library above it does without.
+#pragma weak VX_SetString
+
 namespace vxtool {
 
 namespace {
@@ -129,7 +132,7 @@ void ReadWords(int handle, const wchar_t* name, std::vector<TFeatureWord>& words
   for (int index = 0; index < count; ++index) {
     int isImplemented = 1;
     int isAvailable = 0;
-    VX_IsEnumeratedIndexImplemented(handle, name, index, &isImplemented);
+    VX_IsEnumIndexImplemented(handle, name, index, &isImplemented);
     VX_IsEnumeratedIndexAvailable(handle, name, index, &isAvailable);
     if (isImplemented != 0) words.push_back({WordAt(handle, name, index), isAvailable != 0});
   }
@@ -212,17 +215,19 @@ std::optional<int> Write(int handle, const wchar_t* name, const TCameraFeature& 
     return ParseSwitch(text, isOn) ? std::optional(VX_SetBool(handle, name, isOn ? 1 : 0)) : std::nullopt;
   }
   default:
-    return VX_SetString(handle, name, WideOf(text).c_str());
+    return VX_SetString ? VX_SetString(handle, name, WideOf(text).c_str()) : VX_ERR_NOT_WRITABLE;
   }
 }
 
 // Why a value was refused: it is none of the feature's values, or not now.
 std::string RefusalText(const TCameraFeature& feature, const std::string& value, std::optional<int> code)
 {
-  const std::string answer = code ? FeatureCodeText(FunctionsOf(feature.kind).write, *code) : "";
-  if (code == VX_ERR_NOT_WRITABLE || code == VX_ERR_NOT_AVAILABLE || code == VX_ERR_COMMUNICATION) return answer;
+  const int answered = code.value_or(VX_ERR_OUT_OF_RANGE);
+  std::string answer = FeatureCodeText(FunctionsOf(feature.kind).write, answered);
+  if (answered == VX_ERR_NOT_WRITABLE || answered == VX_ERR_NOT_AVAILABLE || answered == VX_ERR_COMMUNICATION)
+    return answer;
   std::string text = RefusedText(value, AcceptedText(feature));
-  const bool isOutside = !code || code == VX_ERR_OUT_OF_RANGE || code == VX_ERR_STRING_NOT_AVAILABLE;
+  const bool isOutside = answered == VX_ERR_OUT_OF_RANGE || answered == VX_ERR_STRING_NOT_AVAILABLE;
   for (const TFeatureWord& word : feature.words)
     if (word.text == value && !word.isAvailable) return text + "; it is not available under the present settings";
   std::vector<std::string> words;

@@ -121,7 +121,7 @@ private:
 // Nothing when the device is open, else what is said.
 std::optional<std::string> WhyNotOpen(TFeatureDevice& device, int number)
 {
-  if (const std::optional<std::string> problem = WhyNoCamera(number)) return problem;
+  if (std::optional<std::string> problem = WhyNoCamera(number)) return problem;
   const int code = device.Open(number);
   return code == VX_SUCCESS ? std::nullopt : std::optional(FeatureCodeText("VX_Open", code));
 }

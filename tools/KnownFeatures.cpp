@@ -46,6 +46,7 @@ constexpr TKnownFeature kFeatures[] = {
     {"AcquisitionStart", ""},
     {"AcquisitionStop", ""},
     {"CameraAcquiring", ""},
+    {"FramesLost", ""},
     {"MetadataEnable", ""},
     {"TimestampClock", "ticks"},
     {"TimestampClockFrequency", "Hz"},

@@ -76,7 +76,7 @@ int TFeatureDevice::Open(int index)
 
 std::string FeatureCodeText(const std::string& function, int code)
 {
-  const std::string text = function + ": " + std::to_string(code);
+  std::string text = function + ": " + std::to_string(code);
   for (const TMeaning& meaning : kMeanings)
     if (meaning.code == code) return text + ": " + meaning.text;
   return text;
