@@ -50,7 +50,7 @@ ExitCode TAcquireCommand::Run()
   {
     const TInterrupt interrupt;
     if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
-    if (IsRecorded() && !TRecordCommand(options_).CheckFiles()) return ExitCode::OutputError;
+    if (!TRecordCommand(options_).CheckFiles()) return ExitCode::OutputError;
     NoteOtherModel();
     if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error() + SettingsFileText());
     if (const std::string why = WhyNotAtInterval(); !why.empty()) return Fail(ExitCode::CameraError, why);

@@ -51,8 +51,9 @@ bool TRecordCommand::CheckFiles() const
 {
   const TOutputOptions& output = options_.output;
   std::string message;
-  for (const std::string& path :
-       {options_.spool.directory + "/" + RunFormat::kDescriptionName, output.file, output.preview}) {
+  const std::string& directory = options_.spool.directory;
+  const std::string description = directory.empty() ? "" : directory + "/" + RunFormat::kDescriptionName;
+  for (const std::string& path : {description, output.file, output.preview}) {
     const bool isPattern = output.isFileForEach && path == output.file;
     if (path.empty() || !(isPattern ? HasProtectedImageFile(path, output.overwrite, {}, message)
                                     : IsProtectedFile(path, output.overwrite, message)))

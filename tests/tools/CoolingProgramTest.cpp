@@ -2,6 +2,7 @@
 // Ramps of the temperature, with a camera whose temperatures change 1000 times as fast as real ones.
 #include "tests/tools/ProgramRunner.h"
 
+#include <fstream>
 #include <nlohmann/json.hpp>
 
 namespace vxtool {
@@ -63,6 +64,9 @@ TEST_F(Cooling, WarmUpSwitchesTheCoolerOffOrSaysWhyNot)
   EXPECT_TRUE(
       Has(Run({"warm-up", "--to", "90"}).errors, "--to: 90 is not accepted; this camera takes -80 to 20 C"));
   EXPECT_TRUE(Has(Run({"acquire", "--ramp", "5"}).errors, "--ramp: needs --temperature or --warm-up"));
+  std::ofstream(directory_.Path("a.tif")) << "precious";
+  const TOutcome late = Run({"acquire", "--temperature", "0", "--wait-stable", "-o", directory_.Path("a.tif")});
+  EXPECT_TRUE(late.exitCode == 4 && !Has(late.errors, "cooling")) << "refused before it cools: " << late.errors;
   Configure(Camera("Remove = SensorTemperature\n"));
   const TOutcome unknown = Run({"warm-up"});
   EXPECT_EQ(unknown.exitCode, 3);
