@@ -23,6 +23,7 @@ _FILE_CHARACTERS = 1 << 20  # more is no file of settings
 _STEADY = (TriggerMode.INTERNAL, TriggerMode.EXTERNAL_START)
 _CAMERA_KEYS = ("model", "serial", "firmware")
 _METADATA = "MetadataEnable"
+_EIGHT_BITS = "Mono8"
 
 
 def _numbers(pattern, form):
@@ -213,6 +214,17 @@ class StoredSettings:
                 self.metadata = _switch(text)
             else:
                 _features.set_by_text(self._core_handle(), name, text)
+
+    def _check_bits(self):
+        """Raises ValueError when the library cannot deliver as few bits as `bits` says."""
+        if self.bits != 8:
+            return
+        if self.accumulations > 1:
+            raise ValueError("8 bits are not enough for sums of exposures: set bits to None, 16 or 32")
+        encoding = self.encoding
+        if encoding not in ("", _EIGHT_BITS):
+            raise ValueError(f"8 bits need the encoding {_EIGHT_BITS!r}, and the camera is set to {encoding!r}: set "
+                             f"camera.encoding = {_EIGHT_BITS!r} if it has that, or bits to None")
 
     def _core_handle(self):
         return self._session.read("GetSDK3Handle", ctypes.c_int)

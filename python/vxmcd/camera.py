@@ -174,6 +174,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
             _check_length(images)
         if self.accumulations != 1:
             raise ValueError("a stream takes single exposures: set accumulations to 1")
+        self._check_bits()
         run = Run(self._session, _run.UNTIL_ABORT, None)
         has_even_period = self.trigger_mode in (TriggerMode.INTERNAL, TriggerMode.EXTERNAL_START)
         stream = Stream(run, self, images, timeout, allow_loss, has_even_period)
@@ -227,6 +228,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
         return Run(self._session, mode, images, triggers_every, before_start)
 
     def _take(self, mode, stack, timeout):
+        self._check_bits()
         with self._start(mode, len(stack)) as run:
             for number, image in enumerate(stack, 1):
                 run.wait_for(number, timeout)

@@ -82,7 +82,10 @@ def test_keys_are_those_of_the_tool(tmp_path):
 
 
 def test_encoding_makes_eight_bits_possible(camera):
-    camera.encoding, camera.bits = "Mono8", 8
+    camera.bits = 8
+    with pytest.raises(ValueError, match="8 bits need the encoding 'Mono8', and the camera is set to 'Mono16'"):
+        camera.snap()
+    camera.encoding = "Mono8"
     assert camera.encoding == "Mono8" and camera.snap().dtype == np.uint8
     with pytest.raises(ValueError, match="'Mono9' is not accepted; one of Mono8, Mono12"):
         camera.encoding = "Mono9"
