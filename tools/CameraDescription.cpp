@@ -2,6 +2,7 @@
 // The questions, and which codes are answers.
 #include "tools/CameraDescription.h"
 
+#include "tools/CameraFeature.h"
 #include "tools/Options.h"
 
 #include <array>
@@ -263,6 +264,7 @@ TCameraDescription DescribeOpenCamera(int number)
   description.model = AskModel();
   description.serial = AskSerial();
   description.firmware = AskFirmware();
+  if (int core = -1; GetSDK3Handle(&core) == RC_SUCCESS) description.source = FeatureText(core, "DeviceSource");
   description.sensorPixels = AskSensorSize();
   description.pixelMicrometres = AskPixelSize();
   description.capabilities = AskCapabilities();

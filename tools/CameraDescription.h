@@ -68,6 +68,7 @@ struct TCameraDescription
   TAnswer<std::string> model;
   TAnswer<int> serial;
   TAnswer<TFirmware> firmware;
+  std::optional<std::string> source; ///< where the camera comes from, "simulated" for example
   TAnswer<TPair<int>> sensorPixels;
   TAnswer<TPair<float>> pixelMicrometres;
   TAnswer<vxmcd_Capabilities> capabilities;

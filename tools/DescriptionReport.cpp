@@ -339,6 +339,7 @@ std::string DescriptionText(const TCameraDescription& d)
   lines.Add("firmware", d.firmware, [](const TFirmware& firmware) {
     return FirmwareDate(firmware.date) + " build " + std::to_string(firmware.build);
   });
+  lines.Put("source", d.source.value_or("- (not reported)"));
   lines.Add("handle", d.handle, AsNumber);
   lines.Add("library version", d.libraryVersion, AsText);
   lines.Add("sensor size", d.sensorPixels, [](const TPair<int>& size) {
@@ -371,6 +372,7 @@ std::string DescriptionJson(const TCameraDescription& d)
   json["firmware"] = answers.Of(d.firmware, [](const TFirmware& firmware) {
     return Json{{"date", FirmwareDate(firmware.date)}, {"build", firmware.build}};
   });
+  json["source"] = JsonOrNull(d.source);
   json["library_version"] = answers.Of(d.libraryVersion);
   json["sensor_pixels"] = answers.Of(d.sensorPixels, [](const TPair<int>& size) {
     return Json{{"width", size.first}, {"height", size.second}};

@@ -78,6 +78,7 @@ TEST_F(ToolCamera, InfoReportsEverythingAboutEachModel)
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
     const auto info = nlohmann::json::parse(outcome.output);
     EXPECT_EQ(info["model"], expected[camera].model);
+    EXPECT_EQ(info["source"], "simulated");
     EXPECT_EQ(info["sensor_pixels"]["width"], expected[camera].width);
     EXPECT_EQ(info["channels"].size(), expected[camera].channels);
     ASSERT_EQ(info["gains"].size(), expected[camera].gains);
