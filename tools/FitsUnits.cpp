@@ -13,7 +13,7 @@
 #include <fitsio.h>
 #include <functional>
 #include <optional>
-#include <utility>
+#include <string_view>
 
 namespace vxtool {
 
@@ -28,10 +28,6 @@ constexpr std::size_t kMemoryStep = 1 << 20;
 constexpr std::size_t kLateCards = 24; // room for cards that are known at the end only
 constexpr std::size_t kUtcLength = sizeof "2026-01-31T12:00:00.000000" - 1;
 const std::string kEndCard = "END";
-
-// The words of the command line, and those that programs for astronomy know.
-constexpr std::pair<const char*, const char*> kImageTypes[] = {
-    {"light", "Light Frame"}, {"dark", "Dark Frame"}, {"bias", "Bias Frame"}, {"flat", "Flat Field"}};
 
 /// A FITS file in memory. One thread at a time.
 class TMemoryFits final
@@ -168,8 +164,8 @@ void WriteFacts(fitsfile* file, const TRunFacts& facts, int* status)
   WriteText(file, "CREATOR", facts.software, "program that wrote this file", status);
   WriteText(file, "INSTRUME", facts.camera, "model of the camera", status);
   if (facts.serial) fits_update_key_lng(file, "SERIALNO", *facts.serial, "serial number of the camera", status);
-  for (const auto& [word, type] : kImageTypes)
-    if (word == facts.imageType) WriteText(file, "IMAGETYP", type, "what the images show", status);
+  for (const TImageType& type : kImageTypes)
+    if (type.word == facts.imageType) WriteText(file, "IMAGETYP", type.name, "what the images show", status);
   WriteText(file, "ROWORDER", "TOP-DOWN", "the first row is the top of the picture", status);
   WriteText(file, "BUNIT", "adu", "unit of the pixels", status);
   if (facts.exposureSeconds > 0.0)
@@ -273,8 +269,8 @@ void Extend(std::vector<std::byte>& header, std::size_t bytes)
 {
   auto* const text = reinterpret_cast<char*>(header.data());
   for (std::size_t card = 0; card < header.size(); card += kFitsCardBytes)
-    if (std::string(text + card, kFitsCardBytes).starts_with(kEndCard + " "))
-      text[card] = text[card + 1] = text[card + 2] = ' ';
+    if (std::string_view(text + card, kFitsCardBytes).starts_with(kEndCard + " "))
+      std::fill_n(text + card, kEndCard.size(), ' ');
   header.resize(bytes, std::byte{' '});
   std::memcpy(header.data() + bytes - kFitsCardBytes, kEndCard.data(), kEndCard.size());
 }

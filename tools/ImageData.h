@@ -55,6 +55,15 @@ struct TReadout
   std::optional<double> megahertz;
 };
 
+/// What images can be said to show: the word of the command line, and the name that programs for astronomy know.
+struct TImageType
+{
+  const char* word;
+  const char* name;
+};
+inline constexpr TImageType kImageTypes[] = {
+    {"light", "Light Frame"}, {"dark", "Dark Frame"}, {"bias", "Bias Frame"}, {"flat", "Flat Field"}};
+
 /// When an image had come from the camera.
 struct TArrival
 {
@@ -70,7 +79,7 @@ struct TRunFacts
   std::optional<int> serial;    ///< the number in the camera's serial number
   std::string startUtc;         ///< time of day of the start, "2026-01-31T12:00:00.000", UTC; "": not known
   std::string trigger;          ///< trigger mode, as on the command line; "": not known
-  std::string imageType;        ///< a word of the command line: light, dark, bias, flat; "": not known
+  std::string imageType;        ///< a word of kImageTypes; "": not known
   double exposureSeconds = 0.0; ///< exposure time in force; 0: not known
   double cycleSeconds = 0.0;    ///< time from one image to the next, 0 when the trigger decides it
   int accumulations = 1;        ///< exposures added up to one image

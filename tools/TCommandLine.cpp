@@ -252,8 +252,10 @@ void AddImageFileOptions(CLI::App& app, TOutputOptions& output, const std::strin
   app.add_flag("--each", output.isFileForEach,
                "One file for each image: FILE.fits becomes FILE-0000001.fits for image 1")
       ->group(group);
+  std::vector<std::string> types;
+  for (const TImageType& type : kImageTypes) types.emplace_back(type.word);
   app.add_option("--image-type", output.imageType, "What the images show, for the file")
-      ->check(OneOf({"light", "dark", "bias", "flat"}))
+      ->check(OneOf(types))
       ->group(group);
 }
 

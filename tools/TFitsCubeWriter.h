@@ -12,10 +12,9 @@ namespace vxtool {
 
 /// A FITS primary array of three axes, in pixels of 8 bits, 16 bits unsigned (BZERO 32768) or 32 bits signed,
 /// followed by the binary table FRAMES with number and times of each plane. An only image has two axes, and cards in
-/// place of the table. NAXIS3 grows with every image; after a
-/// full disk the file is cut to whole planes, and the table follows if there is room for it. CFITSIO makes header
-/// and table; pixels are swapped and written in large pieces, which is several times as fast as through CFITSIO.
-/// Owns its file; one thread at a time; errors as IImageWriter says.
+/// place of the table. NAXIS3 grows with every image; after a full disk the file is cut to whole planes, and the table
+/// follows if there is room for it. CFITSIO makes header and table; pixels are swapped and written in large pieces,
+/// which is several times as fast as through CFITSIO. Owns its file; one thread at a time; errors as IImageWriter says.
 class TFitsCubeWriter final : public IImageWriter
 {
 public:
