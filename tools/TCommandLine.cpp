@@ -487,7 +487,7 @@ std::string CompleteOrSayWhy(TAcquireOptions& options)
   const bool isAtInterval = options.intervalSeconds.has_value();
   if (!options.mode) options.mode = options.frames && !isAtInterval ? RunMode::Series : RunMode::Single;
   const RunMode mode = *options.mode;
-  if (const std::string why = WhyNotAtInterval(options); !why.empty()) return why;
+  if (std::string why = WhyNotAtInterval(options); !why.empty()) return why;
   if (options.frames && !isAtInterval && (mode == RunMode::Single || mode == RunMode::Accumulate))
     return "--frames: modes single and accumulate take one image";
   if (mode == RunMode::Series && !options.frames) return "--frames: mode series needs it";
