@@ -3,12 +3,15 @@
 #include "tools/FeatureCommands.h"
 
 #include "tools/CameraFeature.h"
+#include "tools/FeatureSources.h"
 #include "tools/Json.h"
 #include "tools/KnownFeatures.h"
 #include "tools/TFeatureDevice.h"
 #include "tools/TFlatCamera.h"
 #include "vxmcd.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace vxtool {
@@ -126,7 +129,81 @@ std::optional<std::string> WhyNotOpen(TFeatureDevice& device, int number)
   return code == VX_SUCCESS ? std::nullopt : std::optional(FeatureCodeText("VX_Open", code));
 }
 
+// "ExposureTime * 1e-06 - 2": the camera's feature, and what is done with its values.
+std::string BehindText(const TFeatureSource& source)
+{
+  if (source.behind.empty()) return "-";
+  std::string text = source.behind;
+  if (source.scale != 1.0) text += " * " + FeatureValueText(source.scale);
+  if (source.offset != 0.0)
+    text += (source.offset < 0.0 ? " - " : " + ") + FeatureValueText(std::fabs(source.offset));
+  return text;
+}
+
+struct TSourcedFeature
+{
+  TFeatureSource source;
+  TCameraFeature feature;
+  bool isThere = false;
+};
+
+std::string SourcesText(const std::vector<TSourcedFeature>& features)
+{
+  std::size_t widths[] = {sizeof "feature" - 1, sizeof "origin" - 1, sizeof "camera's feature" - 1};
+  for (const auto& [source, feature, isThere] : features) {
+    widths[0] = std::max(widths[0], source.name.size());
+    widths[1] = std::max(widths[1], source.origin.size());
+    widths[2] = std::max(widths[2], BehindText(source).size());
+  }
+  const auto line = [&widths](const std::string& name, const std::string& origin, const std::string& behind,
+                              const std::string& value) {
+    return Padded(name, widths[0]) + "  " + Padded(origin, widths[1]) + "  " + Padded(behind, widths[2]) + "  " +
+           value + "\n";
+  };
+  std::string text = line("feature", "origin", "camera's feature", "value");
+  for (const auto& [source, feature, isThere] : features)
+    text += line(source.name, source.origin, BehindText(source),
+                 isThere ? ValueText(feature) : "- (" + WhyNoFeature(source) + ")");
+  return text;
+}
+
+Json SourceJson(const TSourcedFeature& one)
+{
+  const TFeatureSource& source = one.source;
+  const bool hasNumbers = !source.behind.empty();
+  return {{"name", source.name},
+          {"origin", source.origin},
+          {"camera_feature", JsonTextOrNull(source.behind)},
+          {"camera_features_looked_for", source.candidates},
+          {"scale", hasNumbers ? Json(source.scale) : Json(nullptr)},
+          {"offset", hasNumbers ? Json(source.offset) : Json(nullptr)},
+          {"implemented", one.isThere},
+          {"value", one.isThere ? ValueJson(one.feature.value) : Json(nullptr)},
+          {"unit", JsonTextOrNull(UnitOfFeature(source.name))},
+          {"problem", JsonTextOrNull(one.isThere ? one.feature.whyNotRead : WhyNoFeature(source))}};
+}
+
 } // namespace
+
+ExitCode ShowFeatureSources(const TOptions& options)
+{
+  TFeatureDevice device;
+  if (const auto problem = WhyNotOpen(device, options.camera)) return Fail(ExitCode::NoCamera, *problem);
+  std::vector<TSourcedFeature> features;
+  Json list = Json::array();
+  for (const TFeatureSource& source : FeatureSourcesOf(device.Handle())) {
+    if (source.name == kFeatureSources) continue;
+    TSourcedFeature& one = features.emplace_back(TSourcedFeature{source, {}});
+    one.isThere = ReadFeature(device.Handle(), source.name, one.feature);
+    list.push_back(SourceJson(one));
+  }
+  if (features.empty()) return Fail(ExitCode::CameraError, NoFeatureText(device.Handle(), "CameraModel"));
+  const Json source = JsonOrNull(FeatureText(device.Handle(), "DeviceSource"));
+  const std::string text = options.isJson
+                               ? JsonLine({{"camera", options.camera}, {"source", source}, {"features", list}})
+                               : SourcesText(features);
+  return Print(text) ? ExitCode::Success : ExitCode::OutputError;
+}
 
 ExitCode GetFeatures(const TOptions& options)
 {

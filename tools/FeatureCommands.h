@@ -12,4 +12,7 @@ ExitCode GetFeatures(const TOptions& options);
 /// Sets features in their order, up to one that is refused, and prints what they are set to in the end.
 ExitCode SetFeatures(const TOptions& options);
 
+/// Prints each feature that the camera has or may have, where it comes from, and its value or why it is not there.
+ExitCode ShowFeatureSources(const TOptions& options);
+
 } // namespace vxtool

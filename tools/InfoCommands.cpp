@@ -23,11 +23,6 @@ ExitCode PrintOutput(const std::string& text)
   return Print(text) ? ExitCode::Success : ExitCode::OutputError;
 }
 
-std::string Padded(const std::string& text, std::size_t width)
-{
-  return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
-}
-
 std::string ListText(const std::vector<TAttachedCamera>& cameras)
 {
   const auto shown = [](const std::optional<std::string>& text) { return text.value_or("-"); };

@@ -47,6 +47,7 @@ constexpr TKnownFeature kFeatures[] = {
     {"AcquisitionStop", ""},
     {"CameraAcquiring", ""},
     {"FramesLost", ""},
+    {"FramesLost", ""},
     {"MetadataEnable", ""},
     {"TimestampClock", "ticks"},
     {"TimestampClockFrequency", "Hz"},

@@ -38,6 +38,11 @@ std::string RefusedText(const std::string& value, const std::string& accepted)
   return (value.empty() ? "an empty value" : value) + " is not accepted; " + accepted;
 }
 
+std::string Padded(const std::string& text, std::size_t width)
+{
+  return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
+}
+
 std::string ChoiceText(const std::vector<std::string>& words)
 {
   std::string text;

@@ -31,6 +31,8 @@ ExitCode Fail(ExitCode code, const std::string& message);
 bool Print(const std::string& text);
 /// What is said of the value of an option: the value, and what would be accepted.
 std::string RefusedText(const std::string& value, const std::string& accepted);
+/// With spaces behind it, for columns.
+std::string Padded(const std::string& text, std::size_t width);
 /// "8, 16 or 32".
 std::string ChoiceText(const std::vector<std::string>& words);
 /// One line: the function that answered, the code, its name, what it means and what to try.

@@ -171,6 +171,7 @@ struct TOptions
   int camera = 0;
   std::string serial;                           ///< of the camera, in place of its number; "": the number is given
   std::string directory;                        ///< of info: a recorded run in place of a camera
+  bool showsFeatures = false;                   ///< of info: features and where they come from
   bool isJson = false;                          ///< what goes to standard output is one line of JSON
   std::vector<std::string> featureNames;        ///< of get; empty: all
   std::vector<TFeatureSetting> featureSettings; ///< of set

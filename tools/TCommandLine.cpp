@@ -539,6 +539,18 @@ struct TCommands
   CLI::App* warmUp;
 };
 
+void AddInfoOptions(CLI::App& command, TOptions& options)
+{
+  CLI::Option* const directory = command
+                                     .add_option("directory", options.directory,
+                                                 "Directory of a recorded run, to describe in place of a camera")
+                                     ->type_name("DIRECTORY");
+  command
+      .add_flag("--features", options.showsFeatures,
+                "Print the camera's features, and where each comes from, in place of the description")
+      ->excludes(directory);
+}
+
 TCommands AddCommands(CLI::App& app, TGiven& given)
 {
   TOptions& options = given.options;
@@ -553,11 +565,7 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
   const auto [list, info, describe, get, set, acquire, convert, warmUp] = commands;
   for (CLI::App* command : {info, describe, get, set, acquire, warmUp}) AddCameraOption(*command, options);
-  for (CLI::App* command : {info, describe})
-    command
-        ->add_option("directory", options.directory,
-                     "Directory of a recorded run, to describe in place of a camera")
-        ->type_name("DIRECTORY");
+  for (CLI::App* command : {info, describe}) AddInfoOptions(*command, options);
   for (CLI::App* command : {list, info, describe, get, set, acquire, convert, warmUp})
     command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
   get->add_option("names", options.featureNames, "Names of features; default: all that the camera has")

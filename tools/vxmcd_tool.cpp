@@ -22,6 +22,7 @@ vxtool::ExitCode Run(vxtool::TOptions& options)
     return vxtool::TConvertCommand(options.convert, options.isJson).Run();
   if (options.command == vxtool::Command::WarmUp)
     return vxtool::TWarmUpCommand(options.warmUp, options.isQuiet).Run(options.camera, options.isJson);
+  if (options.showsFeatures) return vxtool::ShowFeatureSources(options);
   if (options.command == vxtool::Command::Info)
     return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowRecordedRun(options);
   return vxtool::TAcquireCommand(options).Run();

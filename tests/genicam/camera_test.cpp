@@ -12,6 +12,15 @@ class GenICamCamera : public GenICamTest
 {
 };
 
+std::string FeatureSources()
+{
+  std::wstring text(65536, L'\0');
+  EXPECT_EQ(VX_GetString(Handle(), L"FeatureSources", text.data(), static_cast<int>(text.size())), VX_SUCCESS);
+  std::string narrow;
+  for (const wchar_t letter : text.substr(0, text.find(L'\0'))) narrow += static_cast<char>(letter);
+  return narrow;
+}
+
 TEST_F(GenICamCamera, TellsWhatItIs)
 {
   Open({"version=26.11.21.7.8.9-rc1"});
@@ -115,7 +124,7 @@ TEST_F(GenICamCamera, TimesReachTheCameraInItsUnits)
   EXPECT_EQ(SetExposureTime(0.0025F), RC_SUCCESS);
   EXPECT_NEAR(Float(L"ExposureTime"), 0.0025, 1e-9);
   EXPECT_EQ(SetExposureTime(0.0F), RC_SUCCESS);
-  EXPECT_NEAR(Float(L"ExposureTime"), 10e-6, 1e-9);
+  EXPECT_EQ(Float(L"ExposureTime"), 1e-5); // as exact as 10 us
   EXPECT_EQ(SetExposureTime(20.0F), static_cast<unsigned int>(RC_P1_INVALID));
   float seconds = 0.0F;
   EXPECT_EQ(GetMaximumExposure(&seconds), RC_SUCCESS);
@@ -148,7 +157,14 @@ TEST_F(GenICamCamera, CoolingComesWithAMapFile)
   std::ofstream(map)
       << "; a cooled camera\nSensorCooling = VendorCooler\nTargetSensorTemperature = VendorTarget, 0.1, -50\n"
          "FanSpeed = VendorFan\n";
-  Open({}, "Map = " + map + "\n");
+  Open({"without=Gain,AcquisitionFrameRate"}, "Map = " + map + "\n");
+  for (const char* line :
+       {"\nTargetSensorTemperature\tmap file\tVendorTarget\tVendorTarget\t0.1\t-50\n", // from the map file
+        "\nExposureTime\tderived\tExposureTime\tExposureTime,ExposureTimeAbs,ExposureTimeRaw\t1e-06\t0\n",
+        "\nPreAmpGain\toptional\t\tGain\t1\t0\n",                                        // not there
+        "\nFrameRate\temulated\t\tAcquisitionFrameRate,AcquisitionFrameRateAbs\t1\t0\n", // made of others
+        "\nTriggerMode\temulated\t\t\t1\t0\n"})
+    EXPECT_NE(FeatureSources().find(line), std::string::npos) << line << FeatureSources();
   int lowest = 0;
   int highest = 0;
   EXPECT_EQ(GetTemperatureRange(&lowest, &highest), RC_SUCCESS);
@@ -166,7 +182,8 @@ TEST_F(GenICamCamera, CoolingComesWithAMapFile)
   EXPECT_EQ(GetTemperatureF(&celsius), static_cast<unsigned int>(RC_TEMP_NOT_STABILIZED));
   EXPECT_EQ(CoolerOFF(), RC_SUCCESS);
   EXPECT_EQ(GetTemperatureF(&celsius), static_cast<unsigned int>(RC_TEMP_OFF));
-  EXPECT_EQ(SetFanMode(1), RC_SUCCESS);
+  for (const int mode : {0, 1, 2})
+    EXPECT_EQ(SetFanMode(mode), RC_SUCCESS) << mode; // its word for the first is "Full"
   std::ofstream(map) << "SensorColing = VendorCooler\n";
   EXPECT_NE(VXSIM_Configure(("[GenICam]\nDevices = 127.0.0.1\nMap = " + map + "\n").c_str()), VX_SUCCESS);
   EXPECT_NE(std::string(VXSIM_GetLastError()).find("line 1, SensorColing: no feature"), std::string::npos);

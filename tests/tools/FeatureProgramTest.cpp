@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <gmock/gmock.h>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
@@ -74,6 +75,10 @@ TEST_F(ToolFeatures, AreReadSetAndRefusedWithWhatIsAccepted)
   EXPECT_EQ(get[1]["words"][3], (json{{"text", "30x"}, {"available", false}}));
   EXPECT_THAT(Run({"get", "-c", "1"}).output, ::testing::ContainsRegex("ExposureTime +0.01 s +3e-06 to 10\n"));
 
+  const json all = json::parse(Run({"info", "--features", "-c", "1", "--json"}).output)["features"];
+  for (const json& feature : all) EXPECT_EQ(feature["origin"], "simulated") << feature;
+  EXPECT_GT(all.size(), 40U);
+
   const TOutcome set = Run(
       {"set", "-c", "1", "Overlap=on", "PreAmpGainChannel=High", "ExposureTime=0.25", "AOIWidth=100", "--json"});
   ASSERT_EQ(set.exitCode, 0) << set.errors;
@@ -141,6 +146,26 @@ TEST(KnownFeatures, HaveTheNamesThatTheLibrariesUse)
     for (const std::string& name : namesIn(file, pattern))
       EXPECT_EQ(known.count(name), 1u) << file << ": " << name;
 }
+
+#ifdef VXTOOL_HAS_GENICAM
+TEST_F(ToolFeatures, OfARealCameraAreShownWithTheirSources)
+{
+  Configure("[Backends]\nSimulator = off\n[GenICam]\nDevices = Fake_1\n"); // needs no network
+  const json report = json::parse(Run({"info", "--features", "--json"}).output);
+  EXPECT_EQ(report["source"], "simulated by Aravis, Fake_1");
+  std::map<std::string, json> features;
+  for (const json& feature : report["features"]) features[feature["name"]] = feature;
+  EXPECT_EQ(features["ExposureTime"]["camera_feature"], "ExposureTimeAbs");
+  EXPECT_EQ(features["ExposureTime"]["scale"], 1e-6);
+  EXPECT_EQ(features["ExposureTime"]["value"], 0.01);
+  EXPECT_EQ(features["CycleMode"]["origin"], "emulated");
+  EXPECT_EQ(features["BaselineLevel"]["implemented"], false);
+  EXPECT_EQ(features["BaselineLevel"]["problem"], "the camera has no BlackLevel or BlackLevelRaw");
+  const std::string text = Run({"info", "--features"}).output;
+  EXPECT_THAT(text, ::testing::ContainsRegex("\nExposureTime +derived +ExposureTimeAbs . 1e-06 +0.01 s\n"));
+  EXPECT_THAT(text, ::testing::ContainsRegex("\nFanSpeed +map file +- +- .no map file names a feature"));
+}
+#endif
 
 } // namespace
 } // namespace vxtool

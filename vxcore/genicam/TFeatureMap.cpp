@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The table of features and their sources, and the map files that replace rows of it.
+// Map files, and which source of a feature a camera has.
 #include "vxcore/genicam/TFeatureMap.h"
 
 #include <algorithm>
@@ -10,59 +10,15 @@ namespace vxgenicam {
 
 namespace {
 
-constexpr double kSecondsPerMicrosecond = 1e-6;
-
-// Names of the Standard Features Naming Convention (SFNC), then those of older cameras.
-constexpr TMapRow kRows[] = {
-    {"AOIHBin", EOrigin::Optional, {"BinningHorizontal"}},
-    {"AOIHeight", EOrigin::Derived, {"Height"}},
-    {"AOILeft", EOrigin::Derived, {"OffsetX"}},
-    {"AOITop", EOrigin::Derived, {"OffsetY"}},
-    {"AOIVBin", EOrigin::Optional, {"BinningVertical"}},
-    {"AOIWidth", EOrigin::Derived, {"Width"}},
-    {"AcquisitionStart", EOrigin::Derived, {"AcquisitionStart"}},
-    {"AcquisitionStop", EOrigin::Derived, {"AcquisitionStop"}},
-    {"BaselineLevel", EOrigin::Optional, {"BlackLevel", "BlackLevelRaw"}},
-    {"CameraModel", EOrigin::Derived, {"DeviceModelName"}},
-    {"ElectronicShutteringMode", EOrigin::Optional, {"SensorShutterMode"}},
-    {"ExposureTime",
-     EOrigin::Derived,
-     {"ExposureTime", "ExposureTimeAbs", "ExposureTimeRaw"},
-     kSecondsPerMicrosecond},
-    {"FanSpeed", EOrigin::MapOnly},
-    {"FirmwareVersion", EOrigin::Derived, {"DeviceFirmwareVersion", "DeviceVersion"}},
-    {"FrameRate", EOrigin::Derived, {"AcquisitionFrameRate", "AcquisitionFrameRateAbs"}},
-    {"Overlap", EOrigin::Optional, {"TriggerOverlap"}},
-    {"PixelEncoding", EOrigin::Derived, {"PixelFormat"}},
-    {"PixelHeight", EOrigin::Optional, {"SensorPixelHeight"}},
-    {"PixelReadoutRate", EOrigin::Emulated, {"DeviceClockFrequency"}},
-    {"PixelWidth", EOrigin::Optional, {"SensorPixelWidth"}},
-    {"PreAmpGain", EOrigin::Optional, {"Gain"}},
-    {"ReadoutTime", EOrigin::Optional, {"SensorReadoutTime"}, kSecondsPerMicrosecond},
-    {"SensorCooling", EOrigin::MapOnly},
-    {"SensorHeight", EOrigin::Derived, {"SensorHeight", "HeightMax"}},
-    {"SensorTemperature", EOrigin::Optional, {"DeviceTemperature", "TemperatureAbs"}},
-    {"SensorWidth", EOrigin::Derived, {"SensorWidth", "WidthMax"}},
-    {"SerialNumber", EOrigin::Derived, {"DeviceSerialNumber", "DeviceID"}},
-    {"SoftwareTrigger", EOrigin::Derived, {"TriggerSoftware"}},
-    {"TargetSensorTemperature", EOrigin::MapOnly},
-    {"TimestampClockReset", EOrigin::Emulated, {"TimestampReset", "GevTimestampControlReset"}},
-    {"TriggerMode", EOrigin::Derived, {"TriggerMode"}},
-};
-static_assert(std::ranges::is_sorted(kRows, {}, [](const TMapRow& row) { return std::string_view(row.name); }));
+static_assert(std::ranges::is_sorted(kMapRows, {}, [](const TMapRow& row) { return std::string_view(row.name); }));
 
 const TMapRow* RowOf(std::string_view feature)
 {
-  const auto* const found = std::ranges::find(kRows, feature, &TMapRow::name);
-  return found == std::end(kRows) ? nullptr : found;
+  const auto* const found = std::ranges::find(kMapRows, feature, &TMapRow::name);
+  return found == std::end(kMapRows) ? nullptr : found;
 }
 
 } // namespace
-
-std::span<const TMapRow> MapRows()
-{
-  return kRows;
-}
 
 bool TFeatureMap::Read(const std::string& path, std::string& error)
 {
@@ -109,6 +65,23 @@ TSource TFeatureMap::SourceOf(std::string_view feature, const TNodes& nodes) con
   for (const char* name : row->nodes)
     if (name && nodes.Has(name)) return {name, row->scale, 0.0};
   return {};
+}
+
+EOrigin TFeatureMap::OriginOf(std::string_view feature) const
+{
+  if (replaced_.contains(feature)) return EOrigin::MapOnly;
+  const TMapRow* row = RowOf(feature);
+  return row ? row->origin : EOrigin::Emulated;
+}
+
+std::vector<std::string> TFeatureMap::NamesFor(std::string_view feature) const
+{
+  if (const auto found = replaced_.find(feature); found != replaced_.end()) return {found->second.node};
+  std::vector<std::string> names;
+  if (const TMapRow* row = RowOf(feature))
+    for (const char* name : row->nodes)
+      if (name) names.emplace_back(name);
+  return names;
 }
 
 } // namespace vxgenicam

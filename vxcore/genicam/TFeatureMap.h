@@ -3,37 +3,15 @@
 #pragma once
 
 #include "vxcore/backend/configuration_text.h"
+#include "vxcore/genicam/map_rows.h"
 #include "vxcore/genicam/TNodes.h"
 
-#include <array>
 #include <map>
-#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vxgenicam {
-
-/// What makes a feature.
-enum class EOrigin
-{
-  Derived,  ///< a feature of the camera, which has it by the standard
-  Optional, ///< a feature of the camera, which may lack it: then the library lacks it, too
-  Emulated, ///< this library, with features of the camera where it needs them
-  MapOnly,  ///< a feature of the camera that no standard names: there with a map file only
-};
-
-/// One feature of the library: the camera's names for it, the best first, and how a value of the camera becomes one of
-/// the library: value * scale + offset.
-struct TMapRow
-{
-  const char* name;
-  EOrigin origin;
-  std::array<const char*, 3> nodes = {}; ///< null behind the last one
-  double scale = 1.0;
-};
-
-/// The rows of all features that have a source, in the order of their names.
-std::span<const TMapRow> MapRows();
 
 /// Where the values of one feature come from on one camera.
 struct TSource
@@ -43,7 +21,11 @@ struct TSource
   double offset = 0.0;
 
   explicit operator bool() const { return !node.empty(); }
-  double FromCamera(double value) const { return value * scale + offset; }
+  /// Divides by the inverse of a small scale, which is a whole number: 10 us is 1e-05 s then, and not 9.999999999999999e-06.
+  double FromCamera(double value) const
+  {
+    return (scale > -1.0 && scale < 1.0 ? value / (1.0 / scale) : value * scale) + offset;
+  }
   double ToCamera(double value) const { return (value - offset) / scale; }
 };
 
@@ -57,6 +39,10 @@ public:
 
   /// Of the names of a row the first that the camera has. A row of the map file has one.
   TSource SourceOf(std::string_view feature, const TNodes& nodes) const;
+  /// The camera's features that SourceOf() looks for, the best first; none for a feature that only a map file can name.
+  std::vector<std::string> NamesFor(std::string_view feature) const;
+  /// What makes a feature: MapOnly when the map file has it, Emulated when there is no row.
+  EOrigin OriginOf(std::string_view feature) const;
 
 private:
   bool ReadEntry(const vxcore::TConfigurationEntry& entry, std::string& error);

@@ -4,6 +4,8 @@
 
 #include "vxcore/genicam/log.h"
 
+#include <cstdio>
+#include <set>
 #include <thread>
 
 namespace vxgenicam {
@@ -70,6 +72,26 @@ std::string TGenICamCamera::Description() const
   if (ARV_IS_GV_DEVICE(device_.get())) return "GigE Vision " + address_;
   if (ARV_IS_UV_DEVICE(device_.get())) return "USB3 Vision " + address_.substr(address_.find(':') + 1);
   return "simulated by Aravis, " + address_;
+}
+
+std::string TGenICamCamera::FeatureSources() const
+{
+  std::set<std::string> names;
+  for (const TMapRow& row : kMapRows) names.insert(row.name);
+  for (const auto& [name, feature] : features_) names.insert(vxcore::Narrow(name));
+  std::string text;
+  for (const std::string& name : names) {
+    const TSource source = SourceOf(name);
+    const bool isReplacement = !source && features_.contains(vxcore::Widen(name)); // made of other features
+    std::string candidates;
+    for (const std::string& candidate : configuration_.map.NamesFor(name))
+      candidates += (candidates.empty() ? "" : ",") + candidate;
+    char numbers[64];
+    std::snprintf(numbers, sizeof numbers, "\t%.12g\t%.12g\n", source.scale, source.offset);
+    text += name + '\t' + NameOf(isReplacement ? EOrigin::Emulated : configuration_.map.OriginOf(name)) + '\t' +
+            source.node + '\t' + candidates + numbers;
+  }
+  return text;
 }
 
 /// The encoding of the pixels that the camera sends now, or else the widest that it can send.

@@ -62,6 +62,9 @@ public:
   TNodes& Nodes() { return nodes_; }
   /// How and where the camera is attached: "GigE Vision 192.168.1.20".
   std::string Description() const;
+  /// "FeatureSources": a line for each feature that the camera has or may have, with tabs between: feature, origin, the
+  /// camera's feature behind it, those that were looked for with commas between, scale, offset.
+  std::string FeatureSources() const;
   TSource SourceOf(std::string_view feature) const { return configuration_.map.SourceOf(feature, nodes_); }
   TImageArea& Area() { return area_; }
   TTriggerMode& Trigger() { return trigger_; }

@@ -4,6 +4,7 @@
 #include "vxcore/genicam/TGenICamCamera.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -115,12 +116,15 @@ std::unique_ptr<IFeature> Switch(TNodes& nodes, const TSource& source)
   return std::make_unique<TNumberFeature<bool>>(AccessOf(nodes, source), std::move(functions));
 }
 
-/// An enumeration of the camera with its own words.
-std::unique_ptr<IFeature> Words(TNodes& nodes, const TSource& source)
+/// A fan with the camera's words. The old functions know "On" for its full speed, and so the word for that becomes "On".
+std::unique_ptr<IFeature> Fan(TNodes& nodes, const TSource& source)
 {
   const std::vector<std::string> entries = nodes.Entries(source.node);
+  const bool hasOn = std::ranges::count(entries, "On") > 0;
+  constexpr std::array<std::string_view, 4> kFullSpeed = {"Full", "High", "Max", "Maximum"};
   std::vector<std::wstring> texts;
-  for (const std::string& entry : entries) texts.push_back(Widen(entry));
+  for (const std::string& entry : entries)
+    texts.push_back(!hasOn && std::ranges::count(kFullSpeed, entry) > 0 ? L"On" : Widen(entry));
   TChoiceFunctions functions;
   functions.get = [&nodes, source, entries](int& index) {
     std::string text;
@@ -658,7 +662,7 @@ struct TPlainRow
 
 constexpr TPlainRow kPlainRows[] = {
     {L"BaselineLevel", Int},  {L"CameraModel", Text},
-    {L"ExposureTime", Float}, {L"FanSpeed", Words},
+    {L"ExposureTime", Float}, {L"FanSpeed", Fan},
     {L"PixelHeight", Float},  {L"PixelWidth", Float},
     {L"ReadoutTime", Float},  {L"SensorCooling", Switch},
     {L"SerialNumber", Text},  {L"TargetSensorTemperature", Float},
@@ -698,6 +702,13 @@ const TMadeRow kMadeRows[] = {
     {L"CycleMode", MakeCycleMode},
     {L"DeviceSource", [](TGenICamCamera& c) { return Constant(Widen(c.Description())); }},
     {L"ElectronicShutteringMode", MakeShutter},
+    {L"FeatureSources",
+     [](TGenICamCamera& c) {
+       return std::unique_ptr<IFeature>(std::make_unique<TTextFeature>([&c](std::wstring& text) {
+         text = Widen(c.FeatureSources());
+         return VX_SUCCESS;
+       }));
+     }},
     {L"FirmwareVersion", MakeFirmwareVersion},
     {L"FrameCount", [](TGenICamCamera& c) { return Kept(c, c.Settings().frameCount, 1, kMostFrames); }},
     {L"FrameRate", MakeFrameRate},
