@@ -136,9 +136,10 @@ TEST(KnownFeatures, HaveTheNamesThatTheLibrariesUse)
     return names;
   };
   std::set<std::string> known = namesIn("tools/KnownFeatures.cpp", "\\{\"(\\w+)\", ");
-  known.insert("DeviceCount"); // of the library itself
+  known.insert({"DeviceCount", "FeatureSources"}); // of the library itself; what info --features shows
   const std::pair<const char*, const char*> sources[] = {
       {"features/feature_names.h", "L\"(\\w+)\""},
+      {"vxcore/genicam/camera_features.cpp", "[^>]\\{L\"(\\w+)\""},
       {"vxcore/simulated/TCameraFeatures.cpp", "\\{L\"(\\w+)\""},
       {"vxcore/simulated/bus_features.cpp", "\\{L\"(\\w+)\""},
       {"vxcore/simulated/TChoice.cpp", "EChoice::\\w+, L\"(\\w+)\""}};

@@ -21,8 +21,8 @@ using TFeatures = std::map<std::wstring, std::unique_ptr<IFeature>, std::less<>>
 using EAxis = TImageArea::EAxis;
 
 constexpr long long kMostFrames = 0x7FFF'FFFF;
-constexpr long long kMostAccumulations = 32767; ///< so many 16-bit pixels fit into a sum
-constexpr double kReadoutWithoutName = 0.0;
+constexpr long long kMostAccumulations = 32767;      ///< so many 16-bit pixels fit into a sum
+constexpr long long kTicksPerSecond = 1'000'000'000; ///< Aravis gives the time of frames in ns
 
 // ------------------------------------------------------------------------------------------------ Kinds of features
 
@@ -336,7 +336,7 @@ std::unique_ptr<IFeature> MakeFrameRate(TGenICamCamera& camera)
     const TSource readout = camera.SourceOf("ReadoutTime");
     functions.get = [&nodes, exposure, readout](double& rate) {
       double exposed = 0.0;
-      double read = kReadoutWithoutName;
+      double read = 0.0;
       if (const int code = nodes.GetNumber(exposure.node, exposed); code != VX_SUCCESS) return code;
       if (readout) nodes.GetNumber(readout.node, read);
       const double period = exposure.FromCamera(exposed) + (readout ? readout.FromCamera(read) : 0.0);
@@ -734,6 +734,7 @@ const TMadeRow kMadeRows[] = {
        return Command([&c] { return c.SendSoftwareTrigger(); });
      }},
     {L"TemperatureStatus", MakeTemperatureStatus},
+    {L"TimestampClockFrequency", [](TGenICamCamera&) { return Reading([] { return kTicksPerSecond; }); }},
     {L"TimestampClockReset", [](TGenICamCamera& c) { return Command([&c] { return c.ResetTicks(); }); }},
     {L"TriggerMode", MakeTriggerMode},
 };
