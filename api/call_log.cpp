@@ -4,6 +4,7 @@
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
 #include "api/TCameraUse.h"
+#include "utility/TQuorinLibDebugOutput.h"
 #include "vxmcd.h"
 
 #include <cstdarg>

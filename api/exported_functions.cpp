@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The exported functions: what an entry point does, with an explanation in the log when it is refused.
-#include "api/call_log.h"
 #include "api/entry_points.h"
+#include "api/TExplainedCall.h"
 
 // NOLINTBEGIN(bugprone-macro-parentheses): a list of arguments has its parentheses
 #define ENTRY_POINT(name, parameters, arguments)                                                                  \
