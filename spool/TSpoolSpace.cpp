@@ -65,19 +65,20 @@ std::optional<TSpoolSpace> TSpoolSpace::Measure(const std::string& directory, co
   const auto inBlocks = [block](std::uint64_t bytes) { return (bytes + block - 1) / block * block; };
   const std::uint64_t perFile = layout.ImagesPerFile();
   const std::uint64_t imageBytes = layout.imageSizeBytes;
-  const std::uint64_t ends = inBlocks(TSpoolDescription::kMaxBytes) + block; // the descriptions of both ends
+  // There are two for a moment: at the end, a new one takes the place of that of the start.
+  const std::uint64_t descriptionBytes = inBlocks(TSpoolDescription::kMaxBytes) + block;
 
   const std::uint64_t earlierBytes = EarlierRunBytes(directory);
 
   TSpoolSpace space;
   space.freeBytes = volume.f_bavail * block + earlierBytes;
   space.neededBytes = images / perFile * inBlocks(perFile * imageBytes) + inBlocks(images % perFile * imageBytes) +
-                      inBlocks(images * kRecordBytes) + ends;
+                      inBlocks(images * kRecordBytes) + descriptionBytes;
   // Root may also use what is kept from others, and then needs the records for it.
   const std::uint64_t usableBlocks = geteuid() == 0 ? std::max(volume.f_bfree, volume.f_bavail) : volume.f_bavail;
   const std::uint64_t usable = usableBlocks * block + earlierBytes;
   const std::uint64_t perImage = inBlocks(perFile * imageBytes) / perFile + kRecordBytes;
-  const std::uint64_t fitting = (usable - std::min(usable, ends)) / perImage;
+  const std::uint64_t fitting = (usable - std::min(usable, descriptionBytes)) / perImage;
   space.indexBytes = std::min<std::uint64_t>(images, fitting + 1) * kRecordBytes;
   return space;
 }

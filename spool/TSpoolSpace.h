@@ -12,8 +12,8 @@ struct TSpoolLayout;
 struct TSpoolSpace
 {
   std::uint64_t neededBytes = 0; ///< for images, index and description, in whole blocks of the file system
-  std::uint64_t freeBytes =
-      0; ///< for this user; an earlier run in the directory, which is removed, counts as free
+  /// For this user. An earlier run in the directory counts as free, since the start removes it.
+  std::uint64_t freeBytes = 0;
   std::uint64_t indexBytes = 0; ///< of the index of a run that ends when the disk is full
 
   bool IsEnough() const { return neededBytes <= freeBytes; }
