@@ -8,7 +8,6 @@ namespace vxtool {
 
 namespace {
 
-constexpr int kMaxSide = 65536;
 constexpr int kMaxImages = 1'000'000'000;
 constexpr double kMaxSeconds = 1.0e6;
 
@@ -101,6 +100,11 @@ bool ParseImageNumbers(const std::string& text, TNumberRanges& numbers)
   if (!reader.IsAtEnd()) return false;
   numbers = TNumberRanges(read);
   return true;
+}
+
+std::string SizeText(int horizontal, int vertical)
+{
+  return std::to_string(horizontal) + "x" + std::to_string(vertical);
 }
 
 bool ParseSeconds(const std::string& text, double& seconds)

@@ -8,8 +8,11 @@
 
 namespace vxtool {
 
-/// "LEFT,TOP,WIDTHxHEIGHT", for example "101,201,640x480". False for any other text, with nothing written; so do
-/// all functions here.
+/// The largest position, side or binning that is read.
+inline constexpr int kMaxSide = 65536;
+
+/// "LEFT,TOP,WIDTHxHEIGHT", for example "101,201,640x480". False for any other text, with nothing written; the
+/// other Parse functions answer alike.
 bool ParseArea(const std::string& text, TImageAreaOptions& area);
 /// "HxV", for example "2x2".
 bool ParseBinning(const std::string& text, TImageAreaOptions& area);
@@ -17,6 +20,8 @@ bool ParseBinning(const std::string& text, TImageAreaOptions& area);
 bool ParseTracks(const std::string& text, std::vector<TTrack>& tracks);
 /// "10-20,30", numbers of images from 1, in any order.
 bool ParseImageNumbers(const std::string& text, TNumberRanges& numbers);
+/// "640x480": the form of sizes and binnings.
+std::string SizeText(int horizontal, int vertical);
 /// A time in s, above 0 and at most 1e6.
 bool ParseSeconds(const std::string& text, double& seconds);
 

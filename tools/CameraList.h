@@ -16,9 +16,8 @@ struct TAttachedCamera
   std::optional<std::string> model;
   std::optional<std::string> serialText; ///< as the camera has it
   std::optional<int> serial;             ///< the number in it, which other commands report
-  std::optional<std::string>
-      source;          ///< where it comes from: "simulated", an address; nothing when it does not say
-  std::string problem; ///< why it cannot be opened; "" when it can
+  std::optional<std::string> source;     ///< "simulated", an address; nothing when the camera does not say
+  std::string problem;                   ///< why it cannot be opened; "" when it can
 };
 
 /// Opens the cameras one after the other in the feature library alone, asks them and closes them. A camera that another

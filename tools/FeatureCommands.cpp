@@ -74,11 +74,11 @@ std::string FeatureLine(const TCameraFeature& feature)
 Json ValueJson(const TFeatureValue& value)
 {
   return std::visit(
-      [](const auto& held) -> Json {
-        if constexpr (std::is_same_v<std::decay_t<decltype(held)>, std::monostate>)
+      [](const auto& present) -> Json {
+        if constexpr (std::is_same_v<std::decay_t<decltype(present)>, std::monostate>)
           return nullptr;
         else
-          return held;
+          return present;
       },
       value);
 }

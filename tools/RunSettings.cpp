@@ -2,6 +2,7 @@
 // The table of settings: name, and the value in the words of the command line.
 #include "tools/RunSettings.h"
 
+#include "tools/ArgumentForms.h"
 #include "tools/TSettingsFile.h"
 
 #include <charconv>
@@ -35,11 +36,6 @@ std::string NumberText(const std::optional<Number>& number)
 std::string SwitchText(const std::optional<bool>& isOn)
 {
   return !isOn ? "" : *isOn ? "on" : "off";
-}
-
-std::string SizeText(int width, int height)
-{
-  return NumberText(width) + "x" + NumberText(height);
 }
 
 std::string ModeText(const TAcquireOptions& options, const TSettingsInForce&)

@@ -30,8 +30,9 @@ struct TSettingsInForce
 /// The names of the settings, in the order in which a file has them.
 std::vector<std::string> SettingNames();
 /// The option of the command line, "--mode" for example, in whose presence a setting of a file is left out, since the
-/// two do not go together; "" for none. @param isGiven  whether the command line has this option; with a word, "mode=
-/// single", whether it has the option with this word
+/// two do not go together; "" for none.
+/// @param isGiven  whether the command line has this option; with a word, "mode=single", whether it has the option with
+///                 this word
 std::string DisplacingOption(const std::string& setting, const std::function<bool(const std::string&)>& isGiven);
 /// The text of the file.
 std::string SettingsText(const TAcquireOptions& options, const TSettingsInForce& inForce);

@@ -2,6 +2,7 @@
 // Settings in the order in which one may change what another can be: cooling, readout, area, counts, times.
 #include "tools/TCameraSetUp.h"
 
+#include "tools/ArgumentForms.h"
 #include "tools/CameraDescription.h"
 #include "tools/DescriptionReport.h"
 #include "tools/Messages.h"
@@ -43,11 +44,6 @@ int CoreHandle()
   int handle = VX_HANDLE_NONE;
   GetSDK3Handle(&handle);
   return handle;
-}
-
-std::string SizeText(int width, int height)
-{
-  return std::to_string(width) + "x" + std::to_string(height);
 }
 
 std::string NumberText(double number)

@@ -21,7 +21,6 @@ namespace vxtool {
 
 namespace {
 
-constexpr int kMaxSide = 65536;
 constexpr int kMaxIndex = 1000;
 constexpr int kMaxSpoolThreads = 64;
 constexpr double kMaxRamp = 1000.0; // degrees a minute

@@ -10,7 +10,8 @@
 namespace vxtool {
 
 /// On a terminal one line, no wider than it, that is written anew five times a second; elsewhere a line every two
-/// seconds, or for each image when one takes longer, but at least once a minute. Borrows the stream; one thread at a time.
+/// seconds, or for each image when one takes longer, but at least once a minute. Borrows the stream; one thread at a
+/// time.
 class TProgressLine final
 {
 public:

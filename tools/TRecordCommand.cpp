@@ -23,7 +23,7 @@ constexpr std::chrono::seconds kMaxWriting{60};   // of what is left to write at
 constexpr std::chrono::seconds kMaxUnreadable{2}; // of a description that may be readable in a moment
 
 // "838885376 bytes (838.9 MB)"
-std::string SizeText(unsigned long long bytes)
+std::string BytesText(unsigned long long bytes)
 {
   std::array<char, 64> text{};
   std::snprintf(text.data(), text.size(), "%llu bytes (%.1f MB)", bytes, static_cast<double>(bytes) / 1.0e6);
@@ -69,7 +69,7 @@ void TRecordCommand::WarnOfFullDisk()
   unsigned long long needed = 0;
   unsigned long long free = 0;
   if (vxmcd_GetSpoolSpace(&needed, &free) != RC_SUCCESS || needed <= free) return;
-  Say("warning: the run needs " + SizeText(needed) + " on the disk, and " + SizeText(free) +
+  Say("warning: the run needs " + BytesText(needed) + " on the disk, and " + BytesText(free) +
       " are free; it will end when the disk is full");
 }
 

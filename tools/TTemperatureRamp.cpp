@@ -13,7 +13,6 @@ namespace vxtool {
 namespace {
 
 constexpr std::chrono::milliseconds kPause{100};
-constexpr double kNearCelsius = 1.0;
 // A sensor that has changed by less than this in this time stays as it is: surroundings colder than the last target.
 constexpr double kVisibleCelsius = 0.5;
 constexpr double kRestSeconds = 60.0;
@@ -75,7 +74,7 @@ CoolingEnd TTemperatureRamp::Run(const TRampPorts& ports, bool followsSensor)
       changeSeconds_ = last_.seconds;
     }
     ports.onProgress(last_);
-    std::this_thread::sleep_for(kPause); // between two looks at a thing that takes minutes
+    std::this_thread::sleep_for(kPause);
   }
 }
 

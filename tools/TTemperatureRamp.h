@@ -10,7 +10,7 @@
 
 namespace vxtool {
 
-/// What a ramp needs of the camera, and whom it asks and tells meanwhile.
+/// What a ramp calls: the camera, and who is asked for an interruption and notified of progress.
 struct TRampPorts
 {
   std::function<TAnswer<TTemperature>()> ask;
@@ -24,6 +24,8 @@ struct TRampPorts
 class TTemperatureRamp final
 {
 public:
+  static constexpr double kNearCelsius = 1.0; ///< a sensor so near to a temperature has reached it
+
   TTemperatureRamp(int fromCelsius, int toCelsius, double degreesPerMinute)
       : from_(fromCelsius), to_(toCelsius), perMinute_(degreesPerMinute)
   {

@@ -20,7 +20,6 @@ namespace vxtool {
 namespace {
 
 constexpr int kRoomCelsius = 20;
-constexpr double kNearCelsius = 1.0;
 
 std::optional<double> SensorCelsius()
 {
@@ -67,7 +66,7 @@ ExitCode TWarmUpCommand::WarmOpenCamera()
   const std::optional<int> last = LastTarget();
   if (!last) return ExitCode::CameraError;
   const double celsius = static_cast<double>(sensor.value->celsius);
-  if (celsius >= *last - kNearCelsius) return SwitchOff();
+  if (celsius >= *last - TTemperatureRamp::kNearCelsius) return SwitchOff();
   return Ramp(celsius, *last);
 }
 
