@@ -7,18 +7,31 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
-std::string noNetwork; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): set once by main()
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): set once by main()
+std::string noNetwork;
+std::string logFile;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 } // namespace
 
 const std::string& WhyNoNetwork()
 {
   return noNetwork;
+}
+
+std::string TakeLog()
+{
+  std::ifstream file(logFile);
+  std::string text(std::istreambuf_iterator<char>(file), {});
+  std::filesystem::resize_file(logFile, 0);
+  return text;
 }
 
 void GenICamTest::TearDown()
@@ -29,9 +42,9 @@ void GenICamTest::TearDown()
   while (!cameras_.empty()) Kill(cameras_.begin()->first);
 }
 
-void GenICamTest::Serve(const std::string& address, const std::vector<std::string>& arguments)
+void GenICamTest::Serve(const std::string& address, const std::vector<std::string>& arguments, const char* program)
 {
-  std::vector<std::string> words = {VXMCD_TEST_CAMERA, address, "SIM1"};
+  std::vector<std::string> words = {program, address, "SIM1"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
@@ -97,5 +110,10 @@ int main(int argc, char** argv)
 {
   testing::InitGoogleTest(&argc, argv);
   noNetwork = EnterOwnNetwork();
-  return RUN_ALL_TESTS();
+  logFile = testing::TempDir() + "genicam_test." + std::to_string(getpid());
+  std::ofstream(logFile).close();
+  setenv("VXMCD_LOG", ("warning:" + logFile).c_str(), 1); // the backend reads it when it is loaded
+  const int result = RUN_ALL_TESTS();
+  std::filesystem::remove(logFile);
+  return result;
 }

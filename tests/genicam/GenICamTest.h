@@ -9,6 +9,7 @@
 #include "vxmcd.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
@@ -20,6 +21,9 @@
 /// machine.
 const std::string& WhyNoNetwork();
 
+/// What the backend has logged since the last call.
+std::string TakeLog();
+
 class GenICamTest : public testing::Test
 {
 protected:
@@ -29,8 +33,9 @@ protected:
   }
   void TearDown() override;
 
-  /// Starts a test camera at an address of 127.0.0.0/8; `arguments` as test_camera.cpp has them.
-  void Serve(const std::string& address, const std::vector<std::string>& arguments = {});
+  /// Starts a test camera at an address of 127.0.0.0/8; `arguments` as the program has them.
+  void Serve(const std::string& address, const std::vector<std::string>& arguments = {},
+             const char* program = VXMCD_TEST_CAMERA);
   void Kill(const std::string& address);
   /// Configures the library with these devices and the lines of its section.
   static void Attach(const std::string& devices, const std::string& more = "");
@@ -90,6 +95,48 @@ struct TArea
   int top = 0;
   int width = 0;
   int height = 0;
+};
+
+/// Runs, and images of them.
+class GenICamRun : public GenICamTest
+{
+protected:
+  static void SetArea(const TArea& area)
+  {
+    ASSERT_EQ(SetImage(1, 1, area.left + 1, area.left + area.width, area.top + 1, area.top + area.height),
+              RC_SUCCESS);
+  }
+  static void SetRate(double hertz)
+  {
+    ASSERT_EQ(SetExposureTime(0.0005F), RC_SUCCESS);
+    ASSERT_EQ(SetKineticCycleTime(static_cast<float>(1.0 / hertz)), RC_SUCCESS);
+  }
+  static void SetSeries(int frames)
+  {
+    ASSERT_EQ(SetAcquisitionMode(3), RC_SUCCESS);
+    ASSERT_EQ(SetNumberAccumulations(1), RC_SUCCESS);
+    ASSERT_EQ(SetNumberKinetics(frames), RC_SUCCESS);
+  }
+  static std::vector<unsigned short> Image(long number, const TArea& area)
+  {
+    std::vector<unsigned short> pixels(static_cast<std::size_t>(area.width * area.height));
+    long first = 0;
+    long last = 0;
+    EXPECT_EQ(GetImages16(number, number, pixels.data(), pixels.size(), &first, &last), RC_SUCCESS) << number;
+    return pixels;
+  }
+  static int Status()
+  {
+    int status = 0;
+    EXPECT_EQ(GetStatus(&status), RC_SUCCESS);
+    return status;
+  }
+  static bool WaitUntilIdle(double seconds)
+  {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (Status() == RC_ACQUIRING && std::chrono::steady_clock::now() < deadline) WaitForAcquisitionTimeOut(50);
+    return Status() != RC_ACQUIRING;
+  }
 };
 
 /// Frame numbers have 16 bits and leave out 0.

@@ -6,47 +6,6 @@
 
 namespace {
 
-class GenICamRun : public GenICamTest
-{
-protected:
-  static void SetArea(const TArea& area)
-  {
-    ASSERT_EQ(SetImage(1, 1, area.left + 1, area.left + area.width, area.top + 1, area.top + area.height),
-              RC_SUCCESS);
-  }
-  static void SetRate(double hertz)
-  {
-    ASSERT_EQ(SetExposureTime(0.0005F), RC_SUCCESS);
-    ASSERT_EQ(SetKineticCycleTime(static_cast<float>(1.0 / hertz)), RC_SUCCESS);
-  }
-  static void SetSeries(int frames)
-  {
-    ASSERT_EQ(SetAcquisitionMode(3), RC_SUCCESS);
-    ASSERT_EQ(SetNumberAccumulations(1), RC_SUCCESS);
-    ASSERT_EQ(SetNumberKinetics(frames), RC_SUCCESS);
-  }
-  static std::vector<unsigned short> Image(long number, const TArea& area)
-  {
-    std::vector<unsigned short> pixels(static_cast<std::size_t>(area.width * area.height));
-    long first = 0;
-    long last = 0;
-    EXPECT_EQ(GetImages16(number, number, pixels.data(), pixels.size(), &first, &last), RC_SUCCESS) << number;
-    return pixels;
-  }
-  static int Status()
-  {
-    int status = 0;
-    EXPECT_EQ(GetStatus(&status), RC_SUCCESS);
-    return status;
-  }
-  static bool WaitUntilIdle(double seconds)
-  {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-    while (Status() == RC_ACQUIRING && std::chrono::steady_clock::now() < deadline) WaitForAcquisitionTimeOut(50);
-    return Status() != RC_ACQUIRING;
-  }
-};
-
 struct TPixelCase
 {
   const char* format; ///< the only one of the camera
@@ -237,8 +196,8 @@ TEST_F(GenICamRun, LeavesNothingBehind)
       threads = entriesOf("/proc/self/task");
     }
   }
-  EXPECT_EQ(entriesOf("/proc/self/fd"), files);
-  EXPECT_EQ(entriesOf("/proc/self/task"), threads);
+  EXPECT_LE(entriesOf("/proc/self/fd"), files);
+  EXPECT_LE(entriesOf("/proc/self/task"), threads);
 }
 
 TEST_F(GenICamRun, TwoCamerasAreKeptApart)

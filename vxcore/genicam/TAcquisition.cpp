@@ -13,6 +13,7 @@ namespace {
 constexpr std::uint32_t kEndOfChunks = 0;
 constexpr std::uint32_t kTimestampChunk = 1;
 constexpr std::uint64_t kLastShortId = 0xFFFF; ///< short frame numbers go on with 1
+constexpr std::size_t kMostFrameBytes = 1UL << 30;
 
 template <typename Number>
 unsigned char* Put(unsigned char* to, Number number)
@@ -30,13 +31,18 @@ int TAcquisition::Start(ArvDevice* device, const TStreamOptions& options, const 
   settings_ = settings;
   crop_ = crop;
   converter_.emplace(shape, crop, settings.encoding);
+  payloadBytes = std::max(payloadBytes, shape.Bytes());
+  if (payloadBytes > kMostFrameBytes) {
+    error = "it announces frames of " + std::to_string(payloadBytes) + " bytes";
+    return VX_ERR_START_REFUSED;
+  }
   for (const TQueued& one : queue_) {
-    if (one.sizeBytes < ImageSizeBytes()) {
+    if (!Holds(one)) {
       error = "a queued buffer is smaller than an image";
       return VX_ERR_START_REFUSED;
     }
   }
-  stream_ = TFrameStream::Make(device, options, std::max(payloadBytes, shape.Bytes()), *wakeUp_, error);
+  stream_ = TFrameStream::Make(device, options, payloadBytes, *wakeUp_, error);
   if (!stream_) return VX_ERR_START_REFUSED;
   images_ = 0;
   added_ = 0;
@@ -53,7 +59,8 @@ void TAcquisition::Stop()
   isRunning_ = false;
   wakeUp_->Wake();
   if (framesLost_ > 0)
-    Log(ELog::Warning, "%lld frames were lost on the way from the camera, %lld images came", framesLost_, images_);
+    Log(ELog::Warning, "%lld frames were lost on the way from the camera, %lld images came%s", framesLost_,
+        images_, images_ == 0 ? "; are its packets larger than the network carries (PacketSize)?" : "");
 }
 
 void TAcquisition::Close(TDeviceLock& lock)
@@ -82,9 +89,9 @@ void TAcquisition::WaitUnlocked(TDeviceLock& lock, std::uint64_t seen, TWakeUp::
   if (--waiters_ == 0 && isClosed_) waitersLeft_.notify_all();
 }
 
-int TAcquisition::ImageSizeBytes() const
+std::size_t TAcquisition::ImageSizeBytes() const
 {
-  return static_cast<int>(converter_->ImageBytes() + (settings_.hasMetadata ? kMetadataBytes : 0));
+  return converter_->ImageBytes() + (settings_.hasMetadata ? kMetadataBytes : 0);
 }
 
 /// Fills the first queued buffer with the next image. Frames are left in the stream while no buffer is queued.
@@ -95,13 +102,13 @@ bool TAcquisition::Deliver(unsigned char** buffer, int* sizeBytes)
     ArvBuffer* const frame = stream_->Take();
     if (!frame) return false;
     const TQueued target = queue_.front();
-    const bool isWhole = target.sizeBytes >= ImageSizeBytes() && Accept(frame, target.bytes);
+    const bool isWhole = Holds(target) && Accept(frame, target.bytes);
     stream_->Return(frame);
     if (!isWhole) continue;
     queue_.pop_front();
     ++images_;
     *buffer = target.bytes;
-    *sizeBytes = ImageSizeBytes();
+    *sizeBytes = static_cast<int>(ImageSizeBytes());
     return true;
   }
   return false;
@@ -114,10 +121,8 @@ bool TAcquisition::Accept(ArvBuffer* frame, unsigned char* image)
   const bool isDelivered = isComplete || settings_.incomplete == EIncomplete::Deliver;
   std::size_t bytes = 0;
   const auto* const pixels = static_cast<const unsigned char*>(arv_buffer_get_data(frame, &bytes));
-  if (isComplete)
-    CountGap(arv_buffer_get_frame_id(frame));
-  else if (isDelivered)
-    ++framesLost_;
+  CountGap(arv_buffer_get_frame_id(frame));
+  if (!isComplete) ++framesLost_;
   if (!isDelivered || !pixels || (isComplete && !IsAsExpected(frame, bytes))) return false;
   if (added_ == 0) {
     const auto time = static_cast<std::int64_t>(arv_buffer_get_timestamp(frame));
@@ -160,12 +165,14 @@ bool TAcquisition::IsAsExpected(ArvBuffer* frame, std::size_t bytes)
   return true;
 }
 
-/// Counts the frames that did not come since the last complete one.
+/// Counts the frames of which nothing came since the last one.
 void TAcquisition::CountGap(std::uint64_t frameId)
 {
-  if (lastFrameId_ != 0 && frameId != 0 && settings_.incomplete == EIncomplete::Drop) {
-    const std::uint64_t next = lastFrameId_ == kLastShortId && frameId < kLastShortId ? 1 : lastFrameId_ + 1;
-    if (frameId > next) framesLost_ += static_cast<long long>(frameId - next);
+  if (lastFrameId_ != 0 && frameId != 0) {
+    // Short numbers that fall by more than half of their range have begun again with 1.
+    const bool hasBegunAgain = lastFrameId_ <= kLastShortId && frameId + kLastShortId / 2 < lastFrameId_;
+    const std::uint64_t steps = frameId + (hasBegunAgain ? kLastShortId : 0) - lastFrameId_;
+    if (frameId > lastFrameId_ || hasBegunAgain) framesLost_ += static_cast<long long>(steps) - 1;
   }
   lastFrameId_ = frameId;
 }

@@ -45,7 +45,8 @@ public:
   explicit TAcquisition(std::shared_ptr<TWakeUp> wakeUp) : wakeUp_(std::move(wakeUp)) {}
 
   /// Makes ready for frames of @p shape, of which @p crop is the image. The caller then starts the camera, or calls
-  /// Stop(). Queued buffers must be large enough. #VX_ERR_START_REFUSED, with a message, when it cannot be.
+  /// Stop(). Queued buffers must be large enough. #VX_ERR_START_REFUSED, with a message, when it cannot be, as for
+  /// frames that no camera has.
   int Start(ArvDevice* device, const TStreamOptions& options, const TRunSettings& settings,
             const TWireShape& shape, const TCrop& crop, std::size_t payloadBytes, std::string& error);
   /// Ends the run; frames that have not been fetched are dropped.
@@ -65,9 +66,9 @@ public:
     std::optional<TWakeUp::TClock::time_point> deadline;
     while (true) {
       const std::uint64_t seen = wakeUp_->Count();
+      // A camera that is lost may go on sending what nobody can stop or set.
+      if (const int code = isClosed_ ? VX_ERR_INVALID_HANDLE : lossCode(); code != VX_SUCCESS) return code;
       if (Deliver(buffer, sizeBytes)) return VX_SUCCESS;
-      if (isClosed_) return VX_ERR_INVALID_HANDLE;
-      if (const int code = lossCode(); code != VX_SUCCESS) return code;
       if (timeoutMs == 0 || HasEnded(run)) return VX_ERR_TIMED_OUT;
       if (!deadline) deadline = DeadlineOf(timeoutMs);
       if (TWakeUp::TClock::now() >= *deadline) return VX_ERR_TIMED_OUT;
@@ -107,7 +108,8 @@ private:
   bool IsAsExpected(ArvBuffer* frame, std::size_t bytes);
   void CountGap(std::uint64_t frameId);
   void WriteMetadata(unsigned char* tail, std::size_t imageBytes) const;
-  int ImageSizeBytes() const;
+  std::size_t ImageSizeBytes() const;
+  bool Holds(const TQueued& one) const { return static_cast<std::size_t>(one.sizeBytes) >= ImageSizeBytes(); }
 
   const std::shared_ptr<TWakeUp> wakeUp_;
   std::deque<TQueued> queue_;

@@ -26,6 +26,27 @@ void Discover(std::vector<std::string>& devices)
   devices.insert(at, found.begin(), found.end());
 }
 
+/// Sets the packets that a network camera sends its frames in.
+void SetPacketSize(ArvGvDevice* camera, const std::string& address, int asked)
+{
+  // Cameras without a command for test packets are not adapted: those are taken as far as this machine's network goes.
+  TError failures[3];
+  if (asked > 0)
+    arv_gv_device_set_packet_size_adjustment(camera, ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
+  else
+    arv_gv_device_auto_packet_size(camera, failures[0].Out());
+  const int present =
+      asked > 0 ? asked : static_cast<int>(arv_gv_device_get_packet_size(camera, failures[1].Out()));
+  const int most = LargestPacketFrom(address).value_or(present);
+  const int set = asked > 0 ? asked : std::min(present, most);
+  if (asked > most)
+    Log(ELog::Warning, "%s: packets of %d bytes (PacketSize) may be lost: the network's MTU is %d",
+        address.c_str(), asked, most);
+  if (asked > 0 || set < present) arv_gv_device_set_packet_size(camera, set, failures[2].Out());
+  for (const TError& failure : failures)
+    if (failure.IsSet()) Log(ELog::Warning, "%s: packet size: %s", address.c_str(), failure.Text().c_str());
+}
+
 } // namespace
 
 std::unique_ptr<vxcore::IDeviceBackend> TGenICamBackend::Make(const vxcore::TBackendEntries& entries,
@@ -48,16 +69,8 @@ int TGenICamBackend::Open(int index, const vxcore::TDeviceContext&, std::unique_
     Log(ELog::Error, "%s: the camera cannot be opened: %s (%d)", address.c_str(), error.c_str(), code);
     return code;
   }
-  if (ARV_IS_GV_DEVICE(opened.get())) {
-    ArvGvDevice* const network = ARV_GV_DEVICE(opened.get());
-    TError failure;
-    if (configuration_.packetBytes > 0) {
-      arv_gv_device_set_packet_size_adjustment(network, ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
-      arv_gv_device_set_packet_size(network, configuration_.packetBytes, failure.Out());
-    } else
-      arv_gv_device_auto_packet_size(network, failure.Out());
-    if (failure.IsSet()) Log(ELog::Warning, "%s: packet size: %s", address.c_str(), failure.Text().c_str());
-  }
+  if (ARV_IS_GV_DEVICE(opened.get()))
+    SetPacketSize(ARV_GV_DEVICE(opened.get()), address, configuration_.packetBytes);
   device = std::make_unique<TGenICamCamera>(std::move(opened), address, configuration_);
   return VX_SUCCESS;
 }

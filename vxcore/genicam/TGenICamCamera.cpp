@@ -4,7 +4,9 @@
 
 #include "vxcore/genicam/log.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <set>
 #include <thread>
 
@@ -13,11 +15,14 @@ namespace vxgenicam {
 namespace {
 
 constexpr const char* kPixelFormat = "PixelFormat";
+constexpr const char* kTicksOfOldCameras = "GevTimestampValue"; ///< newer ones count nanoseconds
+constexpr long long kNanosecondsPerSecond = 1'000'000'000;
 
 void OnControlLost(ArvDevice*, gpointer link)
 {
   auto* const one = static_cast<TLink*>(link);
-  one->isLost = true;
+  if (!one->isLost.exchange(true))
+    Log(ELog::Error, "%s: the camera does not answer any more", one->address.c_str());
   one->wakeUp->Wake();
 }
 
@@ -27,6 +32,7 @@ TGenICamCamera::TGenICamCamera(TObject<ArvDevice> device, std::string address,
                                const TGenICamConfiguration& configuration)
     : address_(std::move(address)),
       configuration_(configuration),
+      link_(std::make_shared<TLink>(address_)),
       device_(std::move(device)),
       nodes_(device_.get()),
       area_(nodes_, configuration.map),
@@ -138,8 +144,9 @@ int TGenICamCamera::ImageSizeBytes() const
 {
   const auto width = static_cast<std::size_t>(area_.Side(TImageArea::Horizontal));
   const auto height = static_cast<std::size_t>(area_.Side(TImageArea::Vertical));
-  return static_cast<int>(StrideOf(settings_.encoding, width) * height +
-                          (settings_.hasMetadata ? kMetadataBytes : 0));
+  const std::size_t bytes =
+      StrideOf(settings_.encoding, width) * height + (settings_.hasMetadata ? kMetadataBytes : 0);
+  return static_cast<int>(std::min(bytes, static_cast<std::size_t>(std::numeric_limits<int>::max())));
 }
 
 TRunSettings TGenICamCamera::RunSettings() const
@@ -168,7 +175,8 @@ int TGenICamCamera::Start()
     code = acquisition_.Start(device_.get(), configuration_.stream, RunSettings(), shape, crop,
                               static_cast<std::size_t>(std::max(payload, 0LL)), reason);
   } else if (settings_.hasFormat)
-    reason = "the area that it sends is not the one that was set";
+    reason = code == VX_ERR_START_REFUSED ? "the area that it sends is not the one that was set"
+                                          : "the size of its images cannot be read";
   if (code == VX_SUCCESS) {
     if (nodes_.Has("TLParamsLocked")) nodes_.SetInteger("TLParamsLocked", 1);
     code = nodes_.Execute(SourceOf("AcquisitionStart").node);
@@ -201,6 +209,16 @@ int TGenICamCamera::SendSoftwareTrigger()
   return nodes_.Execute(SourceOf("SoftwareTrigger").node);
 }
 
+/// Ticks of a second of the camera's clock, if it is a network camera.
+std::optional<long long> TGenICamCamera::TickFrequency() const
+{
+  if (!ARV_IS_GV_DEVICE(device_.get())) return std::nullopt;
+  TError error;
+  const guint64 ticks = arv_gv_device_get_timestamp_tick_frequency(ARV_GV_DEVICE(device_.get()), error.Out());
+  constexpr guint64 kMost = 1'000'000'000;
+  return ticks > 0 && ticks <= kMost ? std::optional(static_cast<long long>(ticks)) : std::nullopt;
+}
+
 /// Makes ticks count from now: by the camera's own reset, from its clock as it is read now, or else from the next frame.
 int TGenICamCamera::ResetTicks()
 {
@@ -209,10 +227,13 @@ int TGenICamCamera::ResetTicks()
     return VX_SUCCESS;
   }
   const std::string latch = nodes_.FirstOf({"TimestampLatch", "GevTimestampControlLatch"});
-  const std::string value = nodes_.FirstOf({"TimestampLatchValue", "GevTimestampValue"});
+  const std::string value = nodes_.FirstOf({"TimestampLatchValue", kTicksOfOldCameras});
+  const std::optional<long long> frequency = value == kTicksOfOldCameras ? TickFrequency() : kNanosecondsPerSecond;
   long long now = 0;
-  if (!latch.empty() && nodes_.Execute(latch) == VX_SUCCESS && nodes_.GetInteger(value, now) == VX_SUCCESS)
-    acquisition_.ResetTicks(now);
+  if (frequency && !latch.empty() && nodes_.Execute(latch) == VX_SUCCESS &&
+      nodes_.GetInteger(value, now) == VX_SUCCESS)
+    acquisition_.ResetTicks(now / *frequency * kNanosecondsPerSecond +
+                            now % *frequency * kNanosecondsPerSecond / *frequency);
   else
     acquisition_.ResetTicksWithFrame();
   return VX_SUCCESS;

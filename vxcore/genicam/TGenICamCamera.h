@@ -22,6 +22,9 @@ using vxcore::IFeature;
 /// What Aravis' own threads tell of a camera. Shared with them: they may outlive the camera.
 struct TLink
 {
+  explicit TLink(std::string cameraAddress) : address(std::move(cameraAddress)) {}
+
+  const std::string address; ///< for messages
   std::atomic<bool> isLost{false};
   std::shared_ptr<TWakeUp> wakeUp = std::make_shared<TWakeUp>();
 };
@@ -81,12 +84,13 @@ public:
 
 private:
   void TakeOver();
+  std::optional<long long> TickFrequency() const;
   void ChooseEncoding();
   TRunSettings RunSettings() const;
 
   const std::string address_;
   const TGenICamConfiguration& configuration_;
-  const std::shared_ptr<TLink> link_ = std::make_shared<TLink>();
+  const std::shared_ptr<TLink> link_;
   TObject<ArvDevice> device_;
   TNodes nodes_;
   TImageArea area_;

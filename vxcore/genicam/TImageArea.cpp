@@ -3,6 +3,7 @@
 #include "vxcore/genicam/TImageArea.h"
 
 #include "vxcore.h"
+#include "vxcore/genicam/log.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +11,8 @@
 namespace vxgenicam {
 
 namespace {
+
+constexpr long long kLongestSide = 1'000'000;
 
 /// The greatest value of the grid of limits that is not above @p value; at least the minimum.
 double DownTo(double value, const TLimits& limits)
@@ -42,7 +45,12 @@ TImageArea::TImageArea(TNodes& nodes, const TFeatureMap& map) : nodes_(nodes)
   for (const EAxis axis : {Horizontal, Vertical}) {
     TAxis& one = axes_[axis];
     const std::string& known = sensors[axis] ? sensors[axis].node : one.length.node;
-    if (nodes_.GetInteger(known, one.sensor) != VX_SUCCESS || one.sensor < 1) one.sensor = 1;
+    if (nodes_.GetInteger(known, one.sensor) != VX_SUCCESS || one.sensor < 1 || one.sensor > kLongestSide) {
+      TLimits limits;
+      nodes_.GetLimits(one.length.node, limits);
+      Log(ELog::Warning, "%s: the size of the sensor is unknown or impossible (%lld)", known.c_str(), one.sensor);
+      one.sensor = std::clamp(std::llround(limits.maximum), 1LL, kLongestSide);
+    }
     one.side = one.sensor;
   }
 }
@@ -52,10 +60,18 @@ int TImageArea::Reset()
   int first = VX_SUCCESS;
   for (const EAxis axis : {Horizontal, Vertical}) {
     TAxis whole = axes_[axis];
+    if (whole.binning && nodes_.IsWritable(whole.binning.node)) nodes_.SetInteger(whole.binning.node, 1);
+    if (whole.offset && nodes_.IsWritable(whole.offset.node)) nodes_.SetInteger(whole.offset.node, 0);
+    // Sensors have pixels that are in no image, at their edges.
+    TLimits limits;
+    if (nodes_.GetLimits(whole.length.node, limits) == VX_SUCCESS)
+      whole.sensor = std::clamp(std::llround(limits.maximum), 1LL, whole.sensor);
+    if (whole.sensor < axes_[axis].sensor)
+      Log(ELog::Warning, "%s: images have at most %lld of the sensor's %lld pixels", whole.length.node.c_str(),
+          whole.sensor, axes_[axis].sensor);
     whole.bin = 1;
     whole.start = 1;
     whole.side = whole.sensor;
-    if (whole.binning && nodes_.IsWritable(whole.binning.node)) nodes_.SetInteger(whole.binning.node, 1);
     const int code = Write(whole);
     if (first == VX_SUCCESS) first = code;
     if (code == VX_SUCCESS) axes_[axis] = whole;
@@ -112,10 +128,8 @@ int TImageArea::Look(EWireFormat format, TWireShape& shape, TCrop& crop) const
   for (const EAxis axis : {Horizontal, Vertical}) {
     const TAxis& one = axes_[axis];
     long long length = 0;
-    long long offset = 0;
-    if (const int code = nodes_.GetInteger(one.length.node, length); code != VX_SUCCESS) return code;
-    if (one.offset && nodes_.GetInteger(one.offset.node, offset) != VX_SUCCESS) offset = 0;
-    const long long first = one.First() - offset;
+    long long first = 0;
+    if (const int code = Sent(one, first, length); code != VX_SUCCESS) return code;
     // What the camera sends does not hold the image: it has changed its area by itself.
     if (length < 1 || first < 0 || first + one.side > length) return VX_ERR_START_REFUSED;
     sides[axis] = static_cast<std::size_t>(length);
@@ -152,8 +166,39 @@ int TImageArea::Write(const TAxis& axis)
     const double needed = static_cast<double>(axis.First() + axis.side) - offset;
     if (const int code = nodes_.SetNumber(axis.length.node, UpTo(needed, limits)); code != VX_SUCCESS) return code;
   }
-  if (!hasOffset) return VX_SUCCESS;
-  return nodes_.SetNumber(axis.offset.node, offset);
+  if (hasOffset) {
+    if (const int code = nodes_.SetNumber(axis.offset.node, offset); code != VX_SUCCESS) return code;
+  }
+  return Cover(axis);
+}
+
+/// Makes the camera send the area where it took other numbers than it was asked for.
+int TImageArea::Cover(const TAxis& axis)
+{
+  constexpr int kMostTries = 8;
+  long long first = 0;
+  long long length = 0;
+  for (int power = 0; power < kMostTries; ++power) {
+    if (const int code = Sent(axis, first, length); code != VX_SUCCESS) return code;
+    if (first >= 0 && first + axis.side <= length) return VX_SUCCESS;
+    TLimits limits;
+    if (!nodes_.IsWritable(axis.length.node) || nodes_.GetLimits(axis.length.node, limits) != VX_SUCCESS) break;
+    const double more = static_cast<double>(first + axis.side + (1LL << power));
+    if (first < 0 || nodes_.SetNumber(axis.length.node, UpTo(more, limits)) != VX_SUCCESS) break;
+  }
+  Log(ELog::Error, "%s: the camera takes an area of %lld pixels, of which the image begins at %lld, for %lld",
+      axis.length.node.c_str(), length, first, axis.side);
+  return VX_ERR_OUT_OF_RANGE;
+}
+
+/// The length that the camera sends, and where the image begins within it.
+int TImageArea::Sent(const TAxis& axis, long long& first, long long& length) const
+{
+  long long offset = 0;
+  if (const int code = nodes_.GetInteger(axis.length.node, length); code != VX_SUCCESS) return code;
+  if (axis.offset && nodes_.GetInteger(axis.offset.node, offset) != VX_SUCCESS) offset = 0;
+  first = axis.First() - offset;
+  return VX_SUCCESS;
 }
 
 int TImageArea::Change(EAxis axis, const TAxis& changed)

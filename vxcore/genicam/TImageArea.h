@@ -50,7 +50,7 @@ private:
     TSource offset; ///< the camera's features
     TSource length;
     TSource binning;
-    long long sensor = 1; ///< length in sensor pixels
+    long long sensor = 1; ///< the longest image, in sensor pixels
     long long bin = 1;
     long long start = 1; ///< as asked for
     long long side = 1;
@@ -59,6 +59,8 @@ private:
   };
 
   int Write(const TAxis& axis);
+  int Cover(const TAxis& axis);
+  int Sent(const TAxis& axis, long long& first, long long& length) const;
   int Change(EAxis axis, const TAxis& changed);
 
   TNodes& nodes_;

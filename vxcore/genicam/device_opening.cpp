@@ -3,6 +3,7 @@
 #include "vxcore/genicam/device_opening.h"
 
 #include "vxcore.h"
+#include "vxcore/genicam/log.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -30,8 +31,22 @@ std::mutex& ListMutex()
   return mutex;
 }
 
-/// The address of this machine from which packets go to the camera. "" when no network leads there.
-std::string OwnAddressFor(const std::string& host, std::string& camera, std::string& error)
+/// How this machine reaches a camera.
+struct TRoute
+{
+  std::string camera; ///< addresses as numbers
+  std::string own;
+  int mtu = 0; ///< of the network between, 0: unknown
+};
+
+std::string TextOf(const sockaddr_in& address)
+{
+  char text[INET_ADDRSTRLEN] = "";
+  return inet_ntop(AF_INET, &address.sin_addr, text, sizeof text) ? text : "";
+}
+
+/// Nothing is sent. None, with a message, when no network leads there.
+std::optional<TRoute> RouteTo(const std::string& host, std::string& error)
 {
   addrinfo hints{};
   hints.ai_family = AF_INET; // all that GigE Vision has
@@ -40,13 +55,11 @@ std::string OwnAddressFor(const std::string& host, std::string& camera, std::str
   const int failure = getaddrinfo(host.c_str(), nullptr, &hints, &found);
   if (failure != 0 || !found) {
     error = std::string("is neither an address nor the name of a host: ") + gai_strerror(failure);
-    return "";
+    return std::nullopt;
   }
   sockaddr_in address = *reinterpret_cast<const sockaddr_in*>(found->ai_addr);
   freeaddrinfo(found);
   address.sin_port = htons(kControlPort);
-  char text[INET_ADDRSTRLEN] = "";
-  camera = inet_ntop(AF_INET, &address.sin_addr, text, sizeof text) ? text : host;
 
   const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   sockaddr_in own{};
@@ -54,19 +67,21 @@ std::string OwnAddressFor(const std::string& host, std::string& camera, std::str
   const bool isReached = descriptor >= 0 &&
                          connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                          getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &length) == 0;
+  TRoute route{TextOf(address), TextOf(own)};
+  length = sizeof route.mtu;
+  if (isReached && getsockopt(descriptor, IPPROTO_IP, IP_MTU, &route.mtu, &length) != 0) route.mtu = 0;
   if (descriptor >= 0) close(descriptor);
-  if (isReached && inet_ntop(AF_INET, &own.sin_addr, text, sizeof text)) return text;
+  if (isReached) return route;
   error = "no network of this machine leads there";
-  return "";
+  return std::nullopt;
 }
 
 TObject<ArvDevice> OpenOnNetwork(const std::string& host, TError& failure, std::string& error)
 {
-  std::string camera;
-  const std::string own = OwnAddressFor(host, camera, error);
-  if (own.empty()) return nullptr;
-  const TObject<GInetAddress> ownAddress(g_inet_address_new_from_string(own.c_str()));
-  const TObject<GInetAddress> cameraAddress(g_inet_address_new_from_string(camera.c_str()));
+  const std::optional<TRoute> route = RouteTo(host, error);
+  if (!route) return nullptr;
+  const TObject<GInetAddress> ownAddress(g_inet_address_new_from_string(route->own.c_str()));
+  const TObject<GInetAddress> cameraAddress(g_inet_address_new_from_string(route->camera.c_str()));
   TObject<ArvDevice> device(arv_gv_device_new(ownAddress.get(), cameraAddress.get(), failure.Out()));
   if (failure.IsSet()) device.reset();
   return device;
@@ -93,6 +108,7 @@ TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string
   const std::lock_guard lock(ListMutex());
   TError failure;
   TObject<ArvDevice> device;
+  TakeDescriptionError();
   if (address.starts_with(kFake))
     device.reset(arv_fake_device_new(address.c_str() + kFake.size(), failure.Out()));
   else if (address.starts_with(kUsb)) {
@@ -113,6 +129,11 @@ TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string
     code = failure.IsSet() ? failure.Code() : VX_ERR_COMMUNICATION;
     return nullptr;
   }
+  if (const std::string fault = TakeDescriptionError(); !fault.empty()) {
+    error = "its description is not whole: " + fault;
+    code = VX_ERR_COMMUNICATION;
+    return nullptr;
+  }
   if (ARV_IS_GV_DEVICE(device.get()) && !arv_gv_device_is_controller(ARV_GV_DEVICE(device.get()))) {
     error = "another program has the camera";
     code = VX_ERR_DEVICE_IN_USE;
@@ -120,6 +141,13 @@ TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string
   }
   code = VX_SUCCESS;
   return device;
+}
+
+std::optional<int> LargestPacketFrom(const std::string& host)
+{
+  std::string error;
+  const std::optional<TRoute> route = RouteTo(host, error);
+  return route && route->mtu > 0 ? std::optional(route->mtu) : std::nullopt;
 }
 
 std::vector<std::string> DiscoverDevices()

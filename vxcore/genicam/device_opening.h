@@ -4,6 +4,7 @@
 
 #include "vxcore/genicam/aravis.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,10 @@ namespace vxgenicam {
 /// one camera is asked. Takes up to some seconds when there is none. Null, with the code and a message, when it cannot be
 /// opened.
 TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string& error);
+
+/// The bytes of the largest packet that comes from the camera of an IP address in one piece, as far as this machine's
+/// network tells (its MTU).
+std::optional<int> LargestPacketFrom(const std::string& host);
 
 /// Asks every network that is up, by broadcast, and the USB buses: the addresses of all cameras that answer.
 std::vector<std::string> DiscoverDevices();

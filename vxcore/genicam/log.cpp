@@ -6,6 +6,7 @@
 #include "vxcore/genicam/aravis.h"
 
 #include <cstdarg>
+#include <utility>
 
 namespace vxgenicam {
 
@@ -21,7 +22,24 @@ void OnMessage(const gchar* domain, GLogLevelFlags level, const gchar* message, 
   Log(severity, "%s: %s", domain ? domain : "GLib", message ? message : "");
 }
 
+/// The parser goes on after an error, with what it has understood so far.
+thread_local std::string descriptionError;
+
+void OnDescriptionMessage(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer data)
+{
+  OnMessage(domain, level, message, data);
+  std::string text = message ? message : "";
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  // Names of unknown namespaces are read all the same.
+  if (descriptionError.empty() && !text.starts_with("Namespace prefix")) descriptionError = text;
+}
+
 } // namespace
+
+std::string TakeDescriptionError()
+{
+  return std::exchange(descriptionError, "");
+}
 
 void Log(ELog severity, const char* format, ...) noexcept
 {
@@ -40,6 +58,7 @@ void LogMessagesOfAravis()
 {
   constexpr auto kAll = static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK | G_LOG_FLAG_FATAL | G_LOG_FLAG_RECURSION);
   g_log_set_handler("Aravis", kAll, OnMessage, nullptr);
+  g_log_set_handler("XML", kAll, OnDescriptionMessage, nullptr);
 }
 
 } // namespace vxgenicam

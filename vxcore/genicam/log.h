@@ -2,6 +2,8 @@
 // Lines for the diagnostic log.
 #pragma once
 
+#include <string>
+
 namespace vxgenicam {
 
 enum class ELog
@@ -14,6 +16,9 @@ enum class ELog
 
 /// Writes a line to the log that VXMCD_LOG switches on: the same one, in the same form, as the camera library's.
 [[gnu::format(printf, 2, 3)]] void Log(ELog severity, const char* format, ...) noexcept;
+
+/// What the parser of descriptions complained of first on this thread since the last call; "" when it did not.
+std::string TakeDescriptionError();
 
 /// Sends what Aravis and GLib have to say to the log, in place of standard error.
 void LogMessagesOfAravis();
