@@ -131,27 +131,6 @@ TEST_F(GenICamRun, AddsUpFrames)
     ASSERT_EQ(sums[index], sumAt(index % 64, index / 64, frame)) << index;
 }
 
-TEST_F(GenICamRun, KeepsItsOrderWhenPacketsAreLost)
-{
-  Open({"lost=0.002"});
-  const TArea area{0, 0, 512, 256};
-  SetArea(area);
-  SetEncoding(L"Mono16");
-  SetRate(50);
-  SetSeries(20);
-  ASSERT_EQ(StartAcquisition(), RC_SUCCESS);
-  ASSERT_TRUE(WaitUntilIdle(20.0));
-  EXPECT_EQ(Status(), static_cast<int>(RC_IDLE));
-  std::uint64_t before = 0;
-  for (long number = 1; number <= 20; ++number) {
-    const std::uint64_t frame = FrameOf(Image(number, area), area, 16);
-    EXPECT_GT(frame, before);
-    before = frame;
-  }
-  EXPECT_GT(Int(L"FramesLost"), 0);
-  EXPECT_GE(static_cast<long long>(before), 20 + Int(L"FramesLost") - 1);
-}
-
 TEST_F(GenICamRun, EndsWhenTheCameraIsGone)
 {
   for (const bool isTriggered : {false, true}) {

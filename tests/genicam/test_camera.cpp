@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A GigE Vision camera with a description and pixels of ours, on what Aravis simulates of the protocol:
-//   genicam_test_camera ADDRESS SERIAL [formats=A,B] [without=A,B] [increment=N] [lost=RATIO] [version=TEXT] [images=FILE]
+//   genicam_test_camera ADDRESS SERIAL [formats=A,B] [without=A,B] [increment=N] [version=TEXT] [images=FILE]
 // It prints "ready", and runs until it is killed or its parent ends. `images` has 16-bit pixels, one frame after the other,
 // of the size that is asked for.
 #include "tests/genicam/camera_description.h"
@@ -98,7 +98,6 @@ int main(int argc, char** argv)
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   TCameraTraits traits;
   TCamera camera;
-  double lost = 0.0;
   std::string version = "26.11.21.7";
   for (int index = 3; index < argc; ++index) {
     const std::string argument = argv[index];
@@ -112,8 +111,6 @@ int main(int argc, char** argv)
       traits.without.insert(names.begin(), names.end());
     } else if (key == "increment")
       traits.increment = std::atoi(value.c_str());
-    else if (key == "lost")
-      lost = std::atof(value.c_str());
     else if (key == "version")
       version = value;
     else if (key == "images") {
@@ -133,7 +130,6 @@ int main(int argc, char** argv)
   ArvGvFakeCamera* const served = arv_gv_fake_camera_new_full(argv[1], argv[2], path);
   unlink(path);
   if (!served || !arv_gv_fake_camera_is_running(served)) return 4;
-  g_object_set(served, "gvsp-lost-ratio", lost, nullptr);
   camera.camera = arv_gv_fake_camera_get_fake_camera(served);
   arv_fake_camera_set_trigger_frequency(camera.camera, 1000.0);
   char text[32] = "";
