@@ -2,6 +2,7 @@
 // Reads line by line, so that an error has the number of its line.
 #include "tools/TSettingsFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -19,6 +20,13 @@ std::string Trimmed(const std::string& text)
   constexpr const char* kBlanks = " \t\r";
   const std::size_t first = text.find_first_not_of(kBlanks);
   return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+// What a terminal would take for a command, or end a text in a message.
+bool HasControls(const std::string& line)
+{
+  return std::any_of(line.begin(), line.end(),
+                     [](unsigned char character) { return character < ' ' && character != '\t'; });
 }
 
 } // namespace
@@ -50,6 +58,7 @@ bool TSettingsFile::Read(const std::string& path)
 bool TSettingsFile::ReadLine(const std::string& line, int number)
 {
   const std::string place = ", line " + std::to_string(number) + ": ";
+  if (HasControls(line)) return Fail(place + "is not text");
   if (line.empty() || line[0] == ';' || line[0] == '#') return true;
   if (line.front() == '[' && line.back() == ']') return AddSection(line.substr(1, line.size() - 2), place);
   const std::size_t sign = line.find('=');

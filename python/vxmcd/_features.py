@@ -17,7 +17,8 @@ def _call(function, handle, name, *arguments):
     return _library.load()[function](ctypes.c_int(handle), ctypes.c_wchar_p(name), *arguments)
 
 
-def _has(handle, name):
+def has(handle: int, name: str) -> bool:
+    """Whether the camera has the feature."""
     flag = ctypes.c_int()
     return _call("VX_IsImplemented", handle, name, ctypes.byref(flag)) == _SUCCESS and flag.value == 1
 
@@ -58,7 +59,7 @@ def text(handle: int, name: str) -> str:
 
 def set_by_text(handle: int, name: str, value: str) -> None:
     """Sets a feature by the text of its value. Raises ValueError with what would be accepted."""
-    if not _has(handle, name):
+    if not has(handle, name):
         raise ValueError(f"this camera has no feature {name!r}; vxmcd get lists its features")
     code = None
     accepted = "a text"

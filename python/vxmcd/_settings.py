@@ -2,11 +2,14 @@
 """All settings of a camera at once, and files of them, which `vxmcd acquire` reads and writes, too."""
 from __future__ import annotations
 
+import codecs
 import ctypes
 import difflib
+import numbers
 import os
 import re
 import warnings
+from collections.abc import Mapping
 from typing import Callable, Dict, List, NamedTuple, Tuple, Union
 
 import numpy as np
@@ -19,9 +22,10 @@ from .errors import VxmcdError
 
 Path = Union[str, "os.PathLike[str]"]
 
-_FILE_CHARACTERS = 1 << 20  # more is no file of settings
+_FILE_BYTES = 1 << 20  # more is no file of settings
 _STEADY = (TriggerMode.INTERNAL, TriggerMode.EXTERNAL_START)
 _CAMERA_KEYS = ("model", "serial", "firmware")
+_DICTIONARIES = ("features", "camera")
 _METADATA = "MetadataEnable"
 _EIGHT_BITS = "Mono8"
 
@@ -92,7 +96,7 @@ def _area_of(area):
 
 
 def _binning_of(binning):
-    return _checks.integers("binning", (binning, binning) if isinstance(binning, int) else binning, 2)
+    return _checks.integers("binning", (binning, binning) if isinstance(binning, numbers.Integral) else binning, 2)
 
 
 def _trigger_text(mode):
@@ -134,11 +138,18 @@ def _nearest(word, known):
     return f"; did you mean {near[0]!r}?" if near else f"; there are {', '.join(known)}"
 
 
-def _check_names(settings):
-    known = [*_BY_NAME, "features", "camera"]
+def _check(settings):
+    """Raises ValueError for a name that is no setting, and TypeError for what is no dictionary of texts."""
+    if not isinstance(settings, Mapping):
+        raise TypeError(f"settings are a dictionary, not {settings!r}")
+    known = [*_BY_NAME, *_DICTIONARIES]
     for name in settings:
         if name not in known:
-            raise ValueError(f"there is no setting {name!r}" + _nearest(name, known))
+            raise ValueError(f"there is no setting {name!r}" + _nearest(str(name), known))
+    for name in _DICTIONARIES:
+        texts = settings.get(name, {})
+        if not isinstance(texts, Mapping) or not all(isinstance(text, str) for item in texts.items() for text in item):
+            raise TypeError(f"{name!r} is a dictionary of texts, not {texts!r}")
 
 
 class StoredSettings:
@@ -161,8 +172,8 @@ class StoredSettings:
     def settings(self) -> Dict[str, object]:
         """What the camera is set to, under the names of its attributes, for apply() and save_settings(). Times are
         those in force. What the library does not report (gain, amplifier, channel, speed, overlap, fan) is there if it
-        was set here. The target temperature is there if the cooler is on. "camera" has model, serial number and
-        firmware; "features" has features of the feature library by their names."""
+        was set here. The target temperature is None while the cooler is off, `bits` is None for the default. "camera" has
+        model, serial number and firmware; "features" has features of the feature library by their names."""
         steady = self.trigger_mode in _STEADY
         values = {
             "accumulations": self.accumulations,
@@ -170,26 +181,29 @@ class StoredSettings:
             "exposure": None if self.trigger_mode is TriggerMode.EXTERNAL_EXPOSURE else self.exposure,
             "cycle_time": self.cycle_time if steady else None,
             "accumulation_cycle_time": self.accumulation_cycle_time if self.accumulations > 1 else None,
-            "overlap": self.overlap, "bits": self._bits, "encoding": self.encoding or None, "area": self.area,
-            "binning": self.binning, "readout_speed": self.readout_speed, **self._gain_settings(),
+            "overlap": self.overlap, "encoding": self.encoding or None, "area": self.area, "binning": self.binning,
+            "readout_speed": self.readout_speed, **self._gain_settings(),
             "baseline_clamp": self._if_there("baseline_clamp"), "fan": getattr(self, "_fan", None),
-            "target_temperature": round(self.target_temperature) if self._if_there("cooler") else None,
         }
         settings = {row.name: values[row.name] for row in _ROWS if values.get(row.name) is not None}
-        if not self.metadata:
-            settings["features"] = {_METADATA: "off"}
+        settings["bits"] = self._bits
+        cooler = self._if_there("cooler")
+        if cooler is not None:
+            settings["target_temperature"] = round(self.target_temperature) if cooler else None
         handle = self._core_handle()
+        if _features.has(handle, _METADATA):
+            settings["features"] = {_METADATA: _on_off(self.metadata)}
         texts = {key: _features.text(handle, feature) for key, feature in zip(
             _CAMERA_KEYS, ("CameraModel", "SerialNumber", "FirmwareVersion"))}
         return {**settings, "camera": {key: text for key, text in texts.items() if text}}
 
     def apply(self, settings: Dict[str, object]) -> None:
         """Sets all that is in `settings`, in an order in which no setting undoes another one. A target temperature
-        switches the cooler on. "mode", "frames" and "interval" of a file describe a run and have no effect here; nor
+        switches the cooler on, None switches it off. "mode", "frames" and "interval" of a file describe a run and have no effect here; nor
         has the cycle time when triggers set it. Raises ValueError for a name that is no setting, before anything is
         set, and what the attributes raise: the settings before that one are then in force. Warns when the settings are
         of another model."""
-        _check_names(settings)
+        _check(settings)
         if "tracks" in settings:
             raise ValueError("tracks: a Camera reads areas only; take them with vxmcd acquire --settings")
         self._session.check_idle()
@@ -201,19 +215,33 @@ class StoredSettings:
             area, binning = values.pop("area", self.area), values.pop("binning", self.binning)
             self._set_image(_area_of(area or (1, 1, *self.sensor_size)), _binning_of(binning))
         for name in ("accumulations", "trigger_mode", "overlap", "amplifier", "ad_channel", "readout_speed", "gain",
-                     "baseline_clamp", "encoding", "bits", "exposure", "cycle_time", "accumulation_cycle_time",
-                     "target_temperature"):
+                     "baseline_clamp", "encoding", "bits", "exposure", "cycle_time", "accumulation_cycle_time"):
             if name in values:
                 setattr(self, name, values[name])
         if "target_temperature" in values:
-            self.cooler = True
+            self._cool_to(values["target_temperature"])
         if "fan" in values:
             self.set_fan(values["fan"])
         for name, text in values.get("features", {}).items():
             if name == _METADATA:
-                self.metadata = _switch(text)
+                self._set_metadata(text)
             else:
                 _features.set_by_text(self._core_handle(), name, text)
+
+    def _cool_to(self, celsius):
+        if celsius is not None:
+            self.target_temperature = celsius
+        elif not self.cooler:
+            return
+        self.cooler = celsius is not None
+
+    def _set_metadata(self, text):
+        try:
+            on = _switch(text)
+        except ValueError as error:
+            raise ValueError(f"{_METADATA}: {text!r} is not accepted; {error}") from None
+        if on != self.metadata:
+            self.metadata = on
 
     def _check_bits(self):
         """Raises ValueError when the library cannot deliver as few bits as `bits` says."""
@@ -255,13 +283,14 @@ class _Entry(NamedTuple):
 
 
 def _entries(path: Path) -> List[_Entry]:
-    with open(path, encoding="utf-8-sig") as file:
-        text = file.read(_FILE_CHARACTERS + 1)
-    if len(text) > _FILE_CHARACTERS:
+    with open(path, "rb") as file:
+        data = file.read(_FILE_BYTES + 1)
+    if len(data) > _FILE_BYTES:
         raise ValueError(f"{os.fspath(path)} is too large for a file of settings")
     entries, section, seen = [], "", {}
-    for number, line in enumerate(map(str.strip, text.split("\n")), 1):
+    for number, line in enumerate(data.removeprefix(codecs.BOM_UTF8).split(b"\n"), 1):
         place = f"{os.fspath(path)}, line {number}"
+        line = _text_of(line, place)
         if not line or line[0] in ";#":
             continue
         if line[0] == "[" and line[-1] == "]":
@@ -279,6 +308,16 @@ def _entries(path: Path) -> List[_Entry]:
         seen[section, key] = number
         entries.append(_Entry(section, key, value, place))
     return entries
+
+
+def _text_of(line: bytes, place: str) -> str:
+    try:
+        text = line.decode().strip()
+    except UnicodeDecodeError:
+        text = "\0"
+    if any(character < " " and character != "\t" for character in text):
+        raise ValueError(f"{place}: is not text")
+    return text
 
 
 def load_settings(path: Path) -> Dict[str, object]:
@@ -300,14 +339,20 @@ def load_settings(path: Path) -> Dict[str, object]:
             except ValueError as error:
                 raise ValueError(f"{place}: {key}: {value!r} is not accepted; {error}") from None
     if settings.get("mode") == "accumulate" and "cycle_time" in settings:  # of the command line: between exposures
+        if "accumulation_cycle_time" in settings:
+            raise ValueError(f"{os.fspath(path)}: cycle is the same as accumulation-cycle in mode accumulate; leave out one "
+                             "of them")
         settings["accumulation_cycle_time"] = settings.pop("cycle_time")
     return {**settings, **({"features": features} if features else {}), **({"camera": camera} if camera else {})}
 
 
 def save_settings(path: Path, settings: Dict[str, object]) -> None:
-    """Writes settings of Camera.settings() to a file, which load_settings() and `vxmcd acquire --settings` read. An
-    existing file is replaced."""
-    _check_names(settings)
+    """Writes settings of Camera.settings() to a file, which load_settings() and `vxmcd acquire --settings` read. What is
+    None is left out, and so is the cycle time where "interval" or "mode" of a run give it. An existing file is
+    replaced."""
+    _check(settings)
+    if settings.get("interval") is not None or settings.get("mode") == "accumulate":
+        settings = {name: value for name, value in settings.items() if name != "cycle_time"}
     lines = ["; Settings of a run, for vxmcd acquire --settings and for vxmcd.load_settings() in Python.",
              f"; Written by the Python package vxmcd {LIBRARY_VERSION}", "", "[Camera]"]
     lines += _lines(settings.get("camera", {}).items())

@@ -13,7 +13,7 @@ from typing import List, Optional, Tuple, Union
 
 import numpy as np
 
-from . import _run, raw
+from . import _checks, _run, raw
 from ._area import AreaSettings
 from ._capabilities import Capabilities
 from ._cooling import CoolingSettings
@@ -41,9 +41,11 @@ def close_cameras() -> None:
     Session.close_all()
 
 
-def _check_length(images):
-    if images < 1:
+def _check_run(images, timeout):
+    if images is not None and _checks.integer("images", images) < 1:
         raise ValueError(f"{images} images: 1 or more")
+    if timeout is not None:
+        _checks.number("timeout", timeout)
 
 
 def _why_not_written(path):
@@ -153,6 +155,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
     def snap(self, timeout: Optional[float] = None) -> np.ndarray:
         """Takes one image, rows x columns. In the software trigger mode it also sends the trigger. Raises NoImageError when
         there is no image after `timeout` s."""
+        _check_run(None, timeout)
         mode = _run.ACCUMULATE if self.accumulations > 1 else _run.SINGLE
         image = np.empty(self.shape, self.dtype)
         self._take(mode, image[np.newaxis], timeout)
@@ -162,6 +165,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
         """Takes a series, (images, rows, columns). The library has all of it in memory, in addition to the array; for longer
         series see stream() and record(). Raises NoImageError when no image came for `timeout` s, and VxmcdError when the
         run ends before all images are there."""
+        _check_run(images, timeout)
         stack = np.empty((images, *self.shape), self.dtype)
         self._take(_run.SERIES, stack, timeout)
         return stack
@@ -170,8 +174,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
         """Starts a run and returns a Stream, which delivers its frames one by one: `images` of them, or without end. See
         Stream for losses. A stream takes single exposures, so `accumulations` must be 1. In the software trigger mode, call
         trigger() for each frame."""
-        if images is not None:
-            _check_length(images)
+        _check_run(images, timeout)
         if self.accumulations != 1:
             raise ValueError("a stream takes single exposures: set accumulations to 1")
         self._check_bits()
@@ -192,6 +195,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
         default. Returns the recorded run. When the disk has less room than the run needs, there is a DiskSpaceWarning, and
         the images that fit are recorded. Raises NoImageError when no image came for `timeout` s, and VxmcdError when the
         run fails. In both cases, and after Ctrl-C, the directory has what was written until then."""
+        _check_run(images, timeout)
         name = os.fsencode(path)
         if not name or b"\0" in name:
             raise ValueError(f"{path!r} is not the name of a directory")
@@ -220,7 +224,6 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
             warnings.warn(DiskSpaceWarning(os.fspath(path), needed, free), stacklevel=6)  # behind record()
 
     def _start(self, mode, images, before_start=None):
-        _check_length(images)
         triggers_every = None
         if self.trigger_mode is TriggerMode.SOFTWARE:
             # A busy sensor ignores a trigger, so it is sent again after this time.

@@ -51,7 +51,7 @@ def test_what_was_set_here_is_repeated_by_the_tool_and_back(camera, tmp_path):
     settings = camera.settings()
     assert settings["exposure"] == 0.0033 and settings["cycle_time"] == 0.02
     vxmcd.save_settings(mine, settings)
-    assert vxmcd.load_settings(mine) == settings
+    assert settings.pop("bits") is None and vxmcd.load_settings(mine) == settings
 
     result = acquire(tmp_path, "--settings", mine, "--save-settings", its)
     assert result.returncode == 0, result.stderr
@@ -65,10 +65,21 @@ def test_what_was_set_here_is_repeated_by_the_tool_and_back(camera, tmp_path):
     camera.apply(loaded)
     assert loaded.pop("mode") == "series" and loaded.pop("frames") == 4 and loaded["features"].pop("BaselineLevel") == "7"
     again = camera.settings()
-    for name in ("overlap", "fan", "target_temperature"):  # from before
+    for name in ("bits", "overlap", "fan", "target_temperature"):  # from before
         again.pop(name)
     assert again == loaded and camera.trigger_mode is vxmcd.TriggerMode.SOFTWARE and not camera.metadata
     assert camera.shape == (32, 64) and camera.accumulation_cycle_time == pytest.approx(0.05)
+
+    vxmcd.save_settings(mine, {**settings, "interval": 0.1, "frames": 1})  # the interval is its cycle
+    result = acquire(tmp_path, "--settings", mine, "--preview", tmp_path / "preview.png")
+    assert result.returncode == 0, result.stderr
+
+
+def test_what_was_set_meanwhile_is_undone(camera):
+    usual = camera.settings()
+    camera.encoding, camera.bits, camera.metadata, camera.cooler = "Mono8", 8, False, True
+    camera.apply(usual)
+    assert camera.settings() == usual and not camera.cooler and camera.metadata and camera.snap().dtype == np.uint16
 
 
 def test_keys_are_those_of_the_tool(tmp_path):
@@ -101,8 +112,10 @@ def test_mistakes_are_named(camera, tmp_path):
                           ("[Settings]\ngain = 1\ngain = 2\n", "line 3: gain stands in line 2, too"),
                           ("gain = 1\n", "line 1: gain stands before the first section"),
                           ("[Setings]\n", r"line 1: there is no section \[Setings\]"),
+                          ("[Settings]\nmode = accumulate\ncycle = 1\naccumulation-cycle = 1\n", "leave out one of them"),
+                          ("\n\udcff\n", "bad.ini, line 2: is not text"), ("\x1b\n", "bad.ini, line 1: is not text"),
                           ("[Settings]\njunk\n", "line 2: 'junk' is not accepted; KEY = VALUE is")]:
-        path.write_text(text)
+        path.write_text(text, errors="surrogateescape")
         with pytest.raises(ValueError, match=message):
             vxmcd.load_settings(path)
     before = camera.settings()
@@ -110,6 +123,9 @@ def test_mistakes_are_named(camera, tmp_path):
                            ({"area": (0, 1, 2, 3), "binning": 2}, "not on the sensor"),
                            ({"features": {"BaselineLevel": "x"}}, "a whole number from 0 to 500")]:
         with pytest.raises(ValueError, match=message):
+            camera.apply(wrong)
+    for wrong in ({"features": {"PixelEncoding": 3}}, {"features": {3: "on"}}, {"camera": "RQ512_LX"}, None):
+        with pytest.raises(TypeError, match="dictionary"):
             camera.apply(wrong)
     assert camera.settings() == before
     with pytest.warns(UserWarning, match="the settings are of a TARN 1M, this camera is a RQ512_LX"):

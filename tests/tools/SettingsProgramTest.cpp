@@ -101,6 +101,7 @@ TEST_F(ToolSettings, MistakesAreNamedWithTheirLine)
       {"gain = 1\n", "--settings: " + bad + ", line 1: gain: stands before the first section"},
       {"[Setings]\n", "--settings: " + bad + ", line 1: [Setings]: there is no such section"},
       {"[Settings]\njunk\n", "--settings: " + bad + ", line 2: junk is not accepted; KEY = VALUE is"},
+      {"[Settings]\ngain = \x1b[2J\n", "--settings: " + bad + ", line 2: is not text"},
       {"[Camera]\nmodle = x\n", bad + ", line 2: modle: there is no such key"},
   };
   for (const auto& [text, message] : files) EXPECT_THAT(ErrorOf(text), StartsWith(message));
