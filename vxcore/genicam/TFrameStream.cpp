@@ -3,6 +3,7 @@
 #include "vxcore/genicam/TFrameStream.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <dirent.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -12,8 +13,8 @@ namespace vxgenicam {
 namespace {
 
 constexpr std::size_t kPoolBytes = 256UL * 1024 * 1024;
-constexpr std::size_t kFewestBuffers = 8;
-constexpr std::size_t kMostBuffers = 64;
+constexpr std::size_t kMinBuffers = 8;
+constexpr std::size_t kMaxBuffers = 64;
 constexpr int kReceiveBufferBytes = 16 * 1024 * 1024; ///< the system gives no more than net.core.rmem_max
 constexpr guint kPacketTimeoutUs = 20'000;
 constexpr guint kFrameRetentionUs = 100'000;
@@ -47,21 +48,6 @@ void EnlargeReceiveBuffer(ArvGvStream* stream)
 
 } // namespace
 
-void TWakeUp::Wake()
-{
-  {
-    const std::lock_guard lock(mutex_);
-    count_.fetch_add(1);
-  }
-  changed_.notify_all();
-}
-
-void TWakeUp::WaitAfter(std::uint64_t seen, TClock::time_point deadline)
-{
-  std::unique_lock lock(mutex_);
-  changed_.wait_until(lock, deadline, [this, seen] { return count_.load() != seen; });
-}
-
 std::unique_ptr<TFrameStream> TFrameStream::Make(ArvDevice* device, const TStreamOptions& options,
                                                  std::size_t payloadBytes, TWakeUp& wakeUp, std::string& error)
 {
@@ -82,7 +68,7 @@ std::unique_ptr<TFrameStream> TFrameStream::Make(ArvDevice* device, const TStrea
                  "packet-resend", ARV_GV_STREAM_PACKET_RESEND_ALWAYS, nullptr);
   }
   const std::size_t bySize =
-      std::clamp(kPoolBytes / std::max<std::size_t>(payloadBytes, 1), kFewestBuffers, kMostBuffers);
+      std::clamp(kPoolBytes / std::max<std::size_t>(payloadBytes, 1), kMinBuffers, kMaxBuffers);
   const std::size_t buffers = options.poolFrames > 0 ? static_cast<std::size_t>(options.poolFrames) : bySize;
   for (std::size_t index = 0; index < buffers; ++index)
     arv_stream_push_buffer(stream.get(), arv_buffer_new_allocate(payloadBytes));
@@ -102,15 +88,6 @@ ArvBuffer* TFrameStream::Take()
 void TFrameStream::Return(ArvBuffer* buffer)
 {
   arv_stream_push_buffer(stream_.get(), buffer);
-}
-
-TStreamCounts TFrameStream::Counts() const
-{
-  guint64 complete = 0;
-  guint64 failures = 0;
-  guint64 underruns = 0;
-  arv_stream_get_statistics(stream_.get(), &complete, &failures, &underruns);
-  return {complete, failures, underruns};
 }
 
 } // namespace vxgenicam

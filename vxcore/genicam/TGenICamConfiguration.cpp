@@ -6,9 +6,9 @@ namespace vxgenicam {
 
 namespace {
 
-constexpr int kMostPoolFrames = 4096;
-constexpr int kLeastPacketBytes = 576; ///< what every network carries
-constexpr int kMostPacketBytes = 16384;
+constexpr int kMaxPoolFrames = 4096;
+constexpr int kMinPacketBytes = 576; ///< what every network carries
+constexpr int kMaxPacketBytes = 16384;
 
 using TReader = bool (*)(TGenICamConfiguration& configuration, const std::string& value, std::string& error);
 
@@ -37,7 +37,7 @@ bool ReadLine(TGenICamConfiguration& configuration, const std::string& value, st
 
 bool ReadPool(TGenICamConfiguration& configuration, const std::string& value, std::string&)
 {
-  return vxcore::ReadInteger(value, 2, kMostPoolFrames, configuration.stream.poolFrames);
+  return vxcore::ReadInteger(value, 2, kMaxPoolFrames, configuration.stream.poolFrames);
 }
 
 bool ReadIncomplete(TGenICamConfiguration& configuration, const std::string& value, std::string&)
@@ -52,7 +52,7 @@ bool ReadIncomplete(TGenICamConfiguration& configuration, const std::string& val
 bool ReadPacketSize(TGenICamConfiguration& configuration, const std::string& value, std::string&)
 {
   return value == "auto" ||
-         vxcore::ReadInteger(value, kLeastPacketBytes, kMostPacketBytes, configuration.packetBytes);
+         vxcore::ReadInteger(value, kMinPacketBytes, kMaxPacketBytes, configuration.packetBytes);
 }
 
 bool ReadPacketSocket(TGenICamConfiguration& configuration, const std::string& value, std::string&)

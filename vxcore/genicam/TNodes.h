@@ -6,7 +6,6 @@
 
 #include <initializer_list>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace vxgenicam {
@@ -20,7 +19,7 @@ struct TLimits
 };
 
 /// Reads and writes the nodes of a camera's description. What a description claims is not trusted: a node of another
-/// kind than its name promises is used by the kind it has, and a write outside the limits is refused here, since
+/// kind than the standard gives its name is used by the kind it has, and a write outside the limits is refused here, since
 /// Aravis' own check fails on descriptions that are valid. Operations answer `VX_` codes and write outputs only on
 /// success. Borrows the device; used under its lock.
 class TNodes final
@@ -56,8 +55,6 @@ public:
   std::vector<std::string> Entries(const std::string& name) const;
 
   int Execute(const std::string& name);
-
-  ArvDevice* Device() const { return device_; }
 
 private:
   ArvGcNode* Find(const std::string& name) const;

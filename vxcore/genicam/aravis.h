@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Aravis, and owners for what it hands out.
+// Aravis, and owners of its objects, memory and errors.
 #pragma once
 
 #include <arv.h>
