@@ -7,8 +7,8 @@
 
 #include <type_traits>
 
-/// Returns @p code, the feature library's answer. Anything but success goes to @p note, one of the functions below, while a
-/// call is under way whose end may be logged.
+/// Returns @p code, the feature library's answer. Anything but success goes to @p note, one of the functions below, while
+/// a call is under way whose end may be logged.
 template <class... Arguments>
 int Noted(int code, void (*note)(int, Arguments...) noexcept,
           std::type_identity_t<Arguments>... arguments) noexcept

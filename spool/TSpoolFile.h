@@ -26,11 +26,12 @@ struct TSpoolVolume
   static TSpoolVolume Probe(const std::string& directory);
 };
 
-/// One file of a spooled run, full size from the beginning. Its blocks are reserved when it is made, so that a full
-/// disk shows there; where they do not fit, the blocks of each image are reserved before the image is taken. Images are written, never mapped: a disk that fails, or a file that is truncated meanwhile, must
-/// not end the program by a signal. Large ones do not go through the page cache where the file system allows
-/// that. Owned by the file spooler. All operations but Create() and Close() are thread-safe, for different parts of
-/// the file. Errors are errno values, 0 is success.
+/// One file of a spooled run, full size from the beginning. Its blocks are allocated when it is made, so that a full
+/// disk shows there; where they do not fit, the blocks of each image are allocated before the image is accepted. Images
+/// are written, never mapped: a disk that fails, or a file that is truncated meanwhile, must not end the program by a
+/// signal. Large ones do not go through the page cache where the file system allows that. Owned by the file spooler. All
+/// operations but Create() and Close() are thread-safe, for different parts of the file. Errors are errno values, 0 is
+/// success.
 class TSpoolFile final : public IImage
 {
 public:

@@ -6,7 +6,6 @@
 #include "tools/Options.h"
 
 #include <optional>
-#include <string>
 
 namespace vxtool {
 

@@ -6,7 +6,6 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
-#include <string_view>
 
 /// A text that is made piece by piece, in a buffer of @p kRoom bytes; what does not fit is cut. Allocates nothing and
 /// never throws. A plain value, reentrant.
