@@ -17,6 +17,13 @@
  * 5. Every function may be called from any thread. Only VX_WaitBuffer() blocks.
  * 6. Each operation on enumerated features exists under two names, `...Enumerated...` and `...Enum...`, with the
  *    same meaning.
+ *
+ * Three features say what the camera itself does not know, where the library has them: the string "DeviceSource" where
+ * the camera is ("simulated", an address); the integer "FramesLost" how many frames of the last run never came; the
+ * string "FeatureSources" which features there are or may be, a line each. A line has six columns, a tab between them:
+ * the feature; its origin ("derived", "optional", "emulated" or "map file"); the feature of the camera's own description
+ * that is behind it, "" for none; those that may be behind it, with commas between; and the scale and the offset that
+ * make a value of the camera one of the library.
  */
 #ifndef VXCORE_H
 #define VXCORE_H

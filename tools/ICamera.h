@@ -5,11 +5,12 @@
 #include "tools/ImageData.h"
 
 #include <cstddef>
+#include <optional>
 #include <span>
 
 namespace vxtool {
 
-/// A camera that is set up and can run. Every operation returns the library's result code. The tool's own one
+/// A camera that is set up and can run. The operations return the library's result codes. The tool's own one
 /// forwards to the library; tests have a scripted one.
 class ICamera
 {
@@ -28,6 +29,8 @@ public:
   /// The clock value with this number, from 1. Images without one are not counted.
   virtual unsigned int Timestamp(long number, long long& ticks) = 0;
   virtual unsigned int SendTrigger() = 0;
+  /// Frames of the last run that the camera made and that never came; nothing when nobody counts them.
+  virtual std::optional<long> LostFrames() { return std::nullopt; }
 };
 
 } // namespace vxtool

@@ -3,6 +3,7 @@
 #include "tools/TFlatCamera.h"
 
 #include "tools/Messages.h"
+#include "vxcore.h"
 #include "vxmcd.h"
 
 #include <climits>
@@ -92,6 +93,15 @@ unsigned int TFlatCamera::Timestamp(long number, long long& ticks)
   if (index > static_cast<long>(UINT_MAX)) return RC_FEATURE_ERROR;
   unsigned int count = 0;
   return vxsys_GetRawMetaDataInfo(&count, &ticks, static_cast<unsigned int>(index));
+}
+
+std::optional<long> TFlatCamera::LostFrames()
+{
+  int handle = VX_HANDLE_NONE;
+  long long count = 0;
+  if (GetSDK3Handle(&handle) != RC_SUCCESS || VX_GetInt(handle, L"FramesLost", &count) != VX_SUCCESS)
+    return std::nullopt;
+  return static_cast<long>(count);
 }
 
 std::optional<std::string> WhyNoCamera(int number)

@@ -34,6 +34,7 @@ public:
   unsigned int FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels, long long& ticks) override;
   unsigned int Timestamp(long number, long long& ticks) override;
   unsigned int SendTrigger() override;
+  std::optional<long> LostFrames() override;
 
 private:
   bool Check(const char* function, unsigned int code);

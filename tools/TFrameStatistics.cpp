@@ -44,13 +44,15 @@ void TFrameStatistics::AddRun(const TFrameCounts& run, long lostInCamera)
   counts_.clippedPixels += run.clippedPixels;
 }
 
-void TFrameStatistics::Finish(long delivered)
+void TFrameStatistics::Finish(long delivered, std::optional<long> lost)
 {
   counts_.delivered = delivered;
   counts_.notFetched = delivered - LastImage();
   counts_.withoutTimestamp = std::max(0L, delivered - timestamps_);
   // An image without a timestamp leaves a gap too, and is not lost.
-  if (hasSteadyRate_ && timestamps_ > 0)
+  if (hasSteadyRate_ && lost)
+    counts_.lostInCamera = lost;
+  else if (hasSteadyRate_ && timestamps_ > 0)
     counts_.lostInCamera = std::max(0L, gaps_.Missing() - counts_.withoutTimestamp);
 }
 

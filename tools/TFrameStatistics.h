@@ -28,7 +28,8 @@ public:
   void AddMissed(long images) { counts_.missed += images; }
   void AddLate() { ++counts_.late; }
   /// Ends the run. @param delivered  images that the library received
-  void Finish(long delivered);
+  /// @param lost  frames that never came, where they are counted: timestamps also have a gap where a frame was late
+  void Finish(long delivered, std::optional<long> lost = std::nullopt);
 
   /// The counts so far; those of delivered and not fetched images are there from Finish() on.
   const TFrameCounts& Counts() const { return counts_; }

@@ -57,7 +57,7 @@ RunEnd TRunLoop::Run()
   delivered_ = statistics_.LastImage();
   camera_.TotalImages(delivered_);
   ReadTimestamps(delivered_);
-  statistics_.Finish(delivered_);
+  statistics_.Finish(delivered_, camera_.LostFrames());
   return IsExplainedByLoss() ? RunEnd::Complete : end;
 }
 
@@ -190,7 +190,7 @@ void TRunLoop::FinishRecorded(long written)
 {
   CountDelivered();
   for (long image = 0; image < delivered_; ++image) statistics_.AddFetched(image < written);
-  statistics_.Finish(delivered_);
+  statistics_.Finish(delivered_, camera_.LostFrames());
 }
 
 void TRunLoop::Report()

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import ctypes
-from typing import List
+from typing import List, Optional
 
 from . import _library
 
@@ -44,6 +44,11 @@ def words(handle: int, name: str) -> List[str]:
         if flag.value:
             found.append(_word(handle, name, index))
     return found
+
+
+def integer(handle: int, name: str) -> Optional[int]:
+    """The value of an integer feature; None when the camera has no such feature."""
+    return next(iter(_reads("VX_GetInt", handle, name, ctypes.c_longlong)), None)
 
 
 def text(handle: int, name: str) -> str:

@@ -10,7 +10,7 @@ import os
 import re
 import warnings
 from collections.abc import Mapping
-from typing import Callable, Dict, List, NamedTuple, Tuple, Union
+from typing import Callable, Dict, List, NamedTuple, Optional, Tuple, Union
 
 import numpy as np
 
@@ -253,6 +253,11 @@ class StoredSettings:
         if encoding not in ("", _EIGHT_BITS):
             raise ValueError(f"8 bits need the encoding {_EIGHT_BITS!r}, and the camera is set to {encoding!r}: set "
                              f"camera.encoding = {_EIGHT_BITS!r} if it has that, or bits to None")
+
+    def count_lost_frames(self) -> Optional[int]:
+        """Frames of the last run that the camera made and that never came; None when nobody counts them, as for simulated
+        cameras."""
+        return _features.integer(self._core_handle(), "FramesLost")
 
     def _core_handle(self):
         return self._session.read("GetSDK3Handle", ctypes.c_int)

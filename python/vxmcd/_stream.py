@@ -50,6 +50,7 @@ class Stream:
         self._shape, self._dtype = camera.shape, camera.dtype
         self._gaps = TickGaps() if has_even_period else None
         self._has_ticks = False
+        self._counted_lost = None  # at the end, by a camera that counts them
         self._last = 0  # number of the last image that was fetched or skipped
         self._given = 0  # number of the last image that was returned
         self._is_closed = False
@@ -61,6 +62,8 @@ class Stream:
     def lost_in_camera(self) -> Optional[int]:
         """Frames that the camera made and never delivered; None when that is not known: without timestamps, or when
         triggers set the rate."""
+        if self._gaps and self._counted_lost is not None:  # the clock also has a gap where a frame was late
+            return self._counted_lost
         return self._gaps.missing if self._gaps and self._has_ticks else None
 
     def __iter__(self) -> "Stream":
@@ -106,6 +109,7 @@ class Stream:
         self._run.stop()
         if self._camera.is_open:
             self.delivered = self._run.total()
+            self._counted_lost = self._camera.count_lost_frames()
         if self.lost_in_camera:
             warnings.warn(f"the camera lost {self.lost_in_camera} frames", FramesLostWarning, stacklevel=3)
 

@@ -136,8 +136,8 @@ TEST_F(GenICamCamera, TimesReachTheCameraInItsUnits)
   float kinetic = 0.0F;
   EXPECT_EQ(GetAcquisitionTimings(&exposure, &accumulate, &kinetic), RC_SUCCESS);
   EXPECT_FLOAT_EQ(exposure, 0.0025F);
-  EXPECT_NEAR(accumulate, 0.02, 2e-6); // whole microseconds
-  EXPECT_NEAR(kinetic, 0.02, 2e-6);
+  EXPECT_EQ(accumulate, 0.02F); // in whole microseconds, of which one less would be wrong
+  EXPECT_EQ(kinetic, 0.02F);
   EXPECT_EQ(GetReadOutTime(&seconds), RC_SUCCESS);
   EXPECT_FLOAT_EQ(seconds, 0.005F);
 }

@@ -62,6 +62,14 @@ TEST_F(RunLoop, ImagesOvertakenByTheCameraAreCountedAndNeverWritten)
   }
 }
 
+TEST_F(RunLoop, FramesThatTheCameraCountsAsLostGoBeforeGapsOfItsClock)
+{
+  camera_.frameDropped = 4; // no more than late, for all that the clock says
+  camera_.lostFrames = 0;
+  EXPECT_EQ(Run(10), RunEnd::Complete);
+  EXPECT_EQ(counts_.lostInCamera, 0);
+}
+
 TEST_F(RunLoop, SoftwareTriggerIsSentOncePerImage)
 {
   camera_.isTriggered = true;

@@ -60,6 +60,14 @@ double Meant(double value)
   return meant;
 }
 
+/// The same for the rate of a frame period that came from single precision.
+double MeantRate(double rate)
+{
+  constexpr double kRounding = 1e-12;
+  const auto period = static_cast<double>(static_cast<float>(1.0 / rate));
+  return std::fabs(period * rate - 1.0) < kRounding ? 1.0 / Meant(period) : Meant(rate);
+}
+
 TAccess AccessOf(TNodes& nodes, const TSource& source)
 {
   return {[&nodes, source] { return nodes.IsReadable(source.node); },
@@ -359,7 +367,7 @@ std::unique_ptr<IFeature> MakeFrameRate(TGenICamCamera& camera)
   };
   functions.set = [&nodes, source, enable](double rate) {
     if (!enable.empty()) nodes.SetSwitch(enable, true);
-    return nodes.SetNumber(source.node, source.ToCamera(rate));
+    return nodes.SetNumber(source.node, source.ToCamera(MeantRate(rate)));
   };
   functions.minimum = [&nodes, source](double& rate) { return LimitOf(nodes, source, false, rate); };
   functions.maximum = [&nodes, source](double& rate) { return LimitOf(nodes, source, true, rate); };
