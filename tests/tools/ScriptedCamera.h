@@ -26,7 +26,7 @@ public:
   int imagesPerFetch = 0;    // that arrive while one image is copied
   int imagesInRun = 1 << 30; // after which the run ends with endStatus
   int endStatus = static_cast<int>(RC_IDLE);
-  long frameDropped = 0; // image before which the camera lost two frames
+  long frameDropped = 0;          // image before which the camera lost two frames
   std::optional<long> lostFrames; // that it has counted itself
   int triggers = 0;
   bool isTriggered = false; // images come only after SendTrigger(), in the third wait
