@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint32_t kEndOfChunks = 0;
 constexpr std::uint32_t kTimestampChunk = 1;
 constexpr std::uint64_t kLastShortId = 0xFFFF; ///< short frame numbers go on with 1
-constexpr std::size_t kMostFrameBytes = 1UL << 30;
+constexpr std::size_t kMaxFrameBytes = 1UL << 30;
 
 template <typename Number>
 unsigned char* Put(unsigned char* to, Number number)
@@ -32,12 +32,12 @@ int TAcquisition::Start(ArvDevice* device, const TStreamOptions& options, const 
   crop_ = crop;
   converter_.emplace(shape, crop, settings.encoding);
   payloadBytes = std::max(payloadBytes, shape.Bytes());
-  if (payloadBytes > kMostFrameBytes) {
+  if (payloadBytes > kMaxFrameBytes) {
     error = "it announces frames of " + std::to_string(payloadBytes) + " bytes";
     return VX_ERR_START_REFUSED;
   }
   for (const TQueued& one : queue_) {
-    if (!Holds(one)) {
+    if (!HasRoom(one)) {
       error = "a queued buffer is smaller than an image";
       return VX_ERR_START_REFUSED;
     }
@@ -102,7 +102,7 @@ bool TAcquisition::Deliver(unsigned char** buffer, int* sizeBytes)
     ArvBuffer* const frame = stream_->Take();
     if (!frame) return false;
     const TQueued target = queue_.front();
-    const bool isWhole = Holds(target) && Accept(frame, target.bytes);
+    const bool isWhole = HasRoom(target) && Accept(frame, target.bytes);
     stream_->Return(frame);
     if (!isWhole) continue;
     queue_.pop_front();

@@ -86,8 +86,6 @@ public:
   /// Ticks count from this time of the camera's clock in ns.
   void ResetTicks(std::int64_t base) { tickBase_ = base; }
 
-  /// Images of the present run, or of the last one.
-  long long ImagesDelivered() const { return images_; }
   /// Frames of this run that came incomplete, came when no buffer was free, or did not come at all.
   long long FramesLost() const { return framesLost_; }
 
@@ -109,7 +107,7 @@ private:
   void CountGap(std::uint64_t frameId);
   void WriteMetadata(unsigned char* tail, std::size_t imageBytes) const;
   std::size_t ImageSizeBytes() const;
-  bool Holds(const TQueued& one) const { return static_cast<std::size_t>(one.sizeBytes) >= ImageSizeBytes(); }
+  bool HasRoom(const TQueued& one) const { return static_cast<std::size_t>(one.sizeBytes) >= ImageSizeBytes(); }
 
   const std::shared_ptr<TWakeUp> wakeUp_;
   std::deque<TQueued> queue_;

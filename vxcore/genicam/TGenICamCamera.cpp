@@ -40,7 +40,7 @@ TGenICamCamera::TGenICamCamera(TObject<ArvDevice> device, std::string address,
       acquisition_(link_->wakeUp)
 {
   g_signal_connect(device_.get(), "control-lost", G_CALLBACK(OnControlLost), link_.get());
-  TakeOver();
+  SetInitialState();
   features_ = MakeFeatures(*this);
 }
 
@@ -57,7 +57,7 @@ TGenICamCamera::~TGenICamCamera()
   }).detach();
 }
 
-void TGenICamCamera::TakeOver()
+void TGenICamCamera::SetInitialState()
 {
   arv_device_set_access_check_policy(device_.get(), ARV_ACCESS_CHECK_POLICY_ENABLE);
   // A check of ranges by Aravis fails on valid descriptions; TNodes checks them.
@@ -168,7 +168,7 @@ int TGenICamCamera::Start()
   std::string reason = "its pixels are none of those that can be read";
   TWireShape shape;
   TCrop crop;
-  int code = settings_.hasFormat ? area_.Look(settings_.wireFormat, shape, crop) : VX_ERR_START_REFUSED;
+  int code = settings_.hasFormat ? area_.ReadShape(settings_.wireFormat, shape, crop) : VX_ERR_START_REFUSED;
   if (code == VX_SUCCESS) {
     long long payload = 0;
     nodes_.GetInteger("PayloadSize", payload);
@@ -215,8 +215,8 @@ std::optional<long long> TGenICamCamera::TickFrequency() const
   if (!ARV_IS_GV_DEVICE(device_.get())) return std::nullopt;
   TError error;
   const guint64 ticks = arv_gv_device_get_timestamp_tick_frequency(ARV_GV_DEVICE(device_.get()), error.Out());
-  constexpr guint64 kMost = 1'000'000'000;
-  return ticks > 0 && ticks <= kMost ? std::optional(static_cast<long long>(ticks)) : std::nullopt;
+  constexpr guint64 kMaxTicks = 1'000'000'000;
+  return ticks > 0 && ticks <= kMaxTicks ? std::optional(static_cast<long long>(ticks)) : std::nullopt;
 }
 
 /// Makes ticks count from now: by the camera's own reset, from its clock as it is read now, or else from the next frame.

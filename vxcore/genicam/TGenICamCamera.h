@@ -19,7 +19,7 @@ namespace vxgenicam {
 using vxcore::IDevice;
 using vxcore::IFeature;
 
-/// What Aravis' own threads tell of a camera. Shared with them: they may outlive the camera.
+/// What Aravis' own threads report of a camera. Shared with them: they may outlive the camera.
 struct TLink
 {
   explicit TLink(std::string cameraAddress) : address(std::move(cameraAddress)) {}
@@ -42,12 +42,12 @@ struct TEmulatedSettings
   int gainChannel = 0; ///< "PreAmpGainSelector", without effect
 };
 
-/// Drives one camera. Owns its connection; locking as IDevice says. A camera that does not answer is closed by a thread
-/// of its own, since the connection takes seconds to end then.
+/// Drives one camera. Owns its connection; locking as IDevice says. The connection of a camera that does not answer is
+/// ended by a separate thread, since that takes seconds.
 class TGenICamCamera final : public IDevice
 {
 public:
-  /// Takes the camera into a known state: whole sensor, no trigger, nothing automatic.
+  /// Sets the camera to a known state: whole sensor, no trigger, nothing automatic.
   /// @param address  for messages
   TGenICamCamera(TObject<ArvDevice> device, std::string address, const TGenICamConfiguration& configuration);
   ~TGenICamCamera() override;
@@ -83,7 +83,7 @@ public:
   int ResetTicks();
 
 private:
-  void TakeOver();
+  void SetInitialState();
   std::optional<long long> TickFrequency() const;
   void ChooseEncoding();
   TRunSettings RunSettings() const;

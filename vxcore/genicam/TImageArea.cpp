@@ -121,7 +121,7 @@ int TImageArea::SetBin(EAxis axis, long long bin)
   return set == bin ? VX_SUCCESS : VX_ERR_OUT_OF_RANGE;
 }
 
-int TImageArea::Look(EWireFormat format, TWireShape& shape, TCrop& crop) const
+int TImageArea::ReadShape(EWireFormat format, TWireShape& shape, TCrop& crop) const
 {
   std::size_t sides[2] = {};
   std::size_t starts[2] = {};
@@ -129,7 +129,7 @@ int TImageArea::Look(EWireFormat format, TWireShape& shape, TCrop& crop) const
     const TAxis& one = axes_[axis];
     long long length = 0;
     long long first = 0;
-    if (const int code = Sent(one, first, length); code != VX_SUCCESS) return code;
+    if (const int code = ReadSent(one, first, length); code != VX_SUCCESS) return code;
     // What the camera sends does not hold the image: it has changed its area by itself.
     if (length < 1 || first < 0 || first + one.side > length) return VX_ERR_START_REFUSED;
     sides[axis] = static_cast<std::size_t>(length);
@@ -175,11 +175,11 @@ int TImageArea::Write(const TAxis& axis)
 /// Makes the camera send the area where it took other numbers than it was asked for.
 int TImageArea::Cover(const TAxis& axis)
 {
-  constexpr int kMostTries = 8;
+  constexpr int kMaxTries = 8;
   long long first = 0;
   long long length = 0;
-  for (int power = 0; power < kMostTries; ++power) {
-    if (const int code = Sent(axis, first, length); code != VX_SUCCESS) return code;
+  for (int power = 0; power < kMaxTries; ++power) {
+    if (const int code = ReadSent(axis, first, length); code != VX_SUCCESS) return code;
     if (first >= 0 && first + axis.side <= length) return VX_SUCCESS;
     TLimits limits;
     if (!nodes_.IsWritable(axis.length.node) || nodes_.GetLimits(axis.length.node, limits) != VX_SUCCESS) break;
@@ -192,7 +192,7 @@ int TImageArea::Cover(const TAxis& axis)
 }
 
 /// The length that the camera sends, and where the image begins within it.
-int TImageArea::Sent(const TAxis& axis, long long& first, long long& length) const
+int TImageArea::ReadSent(const TAxis& axis, long long& first, long long& length) const
 {
   long long offset = 0;
   if (const int code = nodes_.GetInteger(axis.length.node, length); code != VX_SUCCESS) return code;

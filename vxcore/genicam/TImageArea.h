@@ -42,7 +42,7 @@ public:
   int SetBin(EAxis axis, long long bin);
 
   /// What the camera sends now, in @p format, and where the image is in it.
-  int Look(EWireFormat format, TWireShape& shape, TCrop& crop) const;
+  int ReadShape(EWireFormat format, TWireShape& shape, TCrop& crop) const;
 
 private:
   struct TAxis
@@ -60,7 +60,7 @@ private:
 
   int Write(const TAxis& axis);
   int Cover(const TAxis& axis);
-  int Sent(const TAxis& axis, long long& first, long long& length) const;
+  int ReadSent(const TAxis& axis, long long& first, long long& length) const;
   int Change(EAxis axis, const TAxis& changed);
 
   TNodes& nodes_;

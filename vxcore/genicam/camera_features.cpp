@@ -20,8 +20,8 @@ using vxcore::Widen;
 using TFeatures = std::map<std::wstring, std::unique_ptr<IFeature>, std::less<>>;
 using EAxis = TImageArea::EAxis;
 
-constexpr long long kMostFrames = 0x7FFF'FFFF;
-constexpr long long kMostAccumulations = 32767;      ///< so many 16-bit pixels fit into a sum
+constexpr long long kMaxFrames = 0x7FFF'FFFF;
+constexpr long long kMaxAccumulations = 32767;       ///< so many 16-bit pixels fit into a sum
 constexpr long long kTicksPerSecond = 1'000'000'000; ///< Aravis gives the time of frames in ns
 
 // ------------------------------------------------------------------------------------------------ Kinds of features
@@ -72,6 +72,12 @@ TAccess AccessOf(TNodes& nodes, const TSource& source)
 {
   return {[&nodes, source] { return nodes.IsReadable(source.node); },
           [&nodes, source] { return nodes.IsWritable(source.node); }};
+}
+
+/// Writable while the camera is not acquiring.
+TAccess BetweenRuns(const TGenICamCamera& camera)
+{
+  return {.writable = [&camera] { return !camera.Acquisition().IsRunning(); }};
 }
 
 std::unique_ptr<IFeature> Float(TNodes& nodes, const TSource& source)
@@ -189,8 +195,6 @@ std::unique_ptr<IFeature> Command(std::function<int()> run)
 /// An integer that the library keeps, settable between runs.
 std::unique_ptr<IFeature> Kept(TGenICamCamera& camera, long long& value, long long minimum, long long maximum)
 {
-  TAccess access;
-  access.writable = [&camera] { return !camera.Acquisition().IsRunning(); };
   const auto is = [](auto read) {
     return [read](long long& out) {
       out = read();
@@ -206,7 +210,7 @@ std::unique_ptr<IFeature> Kept(TGenICamCamera& camera, long long& value, long lo
     value = number;
     return VX_SUCCESS;
   };
-  return std::make_unique<TNumberFeature<long long>>(std::move(access), std::move(functions));
+  return std::make_unique<TNumberFeature<long long>>(BetweenRuns(camera), std::move(functions));
 }
 
 /// An integer that follows from others.
@@ -226,8 +230,6 @@ std::unique_ptr<IFeature> Reading(std::function<long long()> read)
 std::unique_ptr<IFeature> AreaNumber(TGenICamCamera& camera, std::function<long long()> get,
                                      std::function<long long()> maximum, std::function<int(long long)> set)
 {
-  TAccess access;
-  access.writable = [&camera] { return !camera.Acquisition().IsRunning(); };
   TNumberFunctions<long long> functions;
   functions.get = [get = std::move(get)](long long& value) {
     value = get();
@@ -242,7 +244,7 @@ std::unique_ptr<IFeature> AreaNumber(TGenICamCamera& camera, std::function<long 
     return VX_SUCCESS;
   };
   functions.set = std::move(set);
-  return std::make_unique<TNumberFeature<long long>>(std::move(access), std::move(functions));
+  return std::make_unique<TNumberFeature<long long>>(BetweenRuns(camera), std::move(functions));
 }
 
 std::unique_ptr<IFeature> MakeStart(TGenICamCamera& camera, EAxis axis)
@@ -289,9 +291,7 @@ std::unique_ptr<IFeature> MakeSquareBinning(TGenICamCamera& camera)
     const int code = area.SetBin(EAxis::Horizontal, index + 1);
     return code == VX_SUCCESS ? area.SetBin(EAxis::Vertical, index + 1) : code;
   };
-  TAccess access;
-  access.writable = [&camera] { return !camera.Acquisition().IsRunning(); };
-  return std::make_unique<TChoiceFeature>(std::move(access), std::move(texts), std::move(functions));
+  return std::make_unique<TChoiceFeature>(BetweenRuns(camera), std::move(texts), std::move(functions));
 }
 
 // ------------------------------------------------------------------------------------------------ Pixels
@@ -309,9 +309,7 @@ std::unique_ptr<IFeature> MakeEncoding(TGenICamCamera& camera)
   functions.isImplemented = [&camera](int index) {
     return camera.FormatFor(static_cast<EEncoding>(index)).has_value();
   };
-  TAccess access;
-  access.writable = [&camera] { return !camera.Acquisition().IsRunning(); };
-  return std::make_unique<TChoiceFeature>(std::move(access), std::move(texts), std::move(functions));
+  return std::make_unique<TChoiceFeature>(BetweenRuns(camera), std::move(texts), std::move(functions));
 }
 
 /// "16 Bit": of the widest pixels that the camera has.
@@ -385,9 +383,7 @@ std::unique_ptr<IFeature> MakeTriggerMode(TGenICamCamera& camera)
   };
   functions.set = [&trigger](int index) { return trigger.Set(index); };
   functions.isAvailable = [&trigger](int index) { return trigger.IsAvailable(index); };
-  TAccess access;
-  access.writable = [&camera] { return !camera.Acquisition().IsRunning(); };
-  return std::make_unique<TChoiceFeature>(std::move(access), TTriggerMode::Texts(), std::move(functions));
+  return std::make_unique<TChoiceFeature>(BetweenRuns(camera), TTriggerMode::Texts(), std::move(functions));
 }
 
 std::unique_ptr<IFeature> MakeOverlap(TGenICamCamera& camera)
@@ -405,9 +401,7 @@ std::unique_ptr<IFeature> MakeOverlap(TGenICamCamera& camera)
     if (!on) return nodes.SetText(source.node, "Off");
     return nodes.SetText(source.node, nodes.HasEntry(source.node, "ReadOut") ? "ReadOut" : "PreviousFrame");
   };
-  TAccess access;
-  access.writable = [&camera] { return !camera.Acquisition().IsRunning(); };
-  return std::make_unique<TNumberFeature<bool>>(std::move(access), std::move(functions));
+  return std::make_unique<TNumberFeature<bool>>(BetweenRuns(camera), std::move(functions));
 }
 
 std::unique_ptr<IFeature> MakeCycleMode(TGenICamCamera& camera)
@@ -421,9 +415,7 @@ std::unique_ptr<IFeature> MakeCycleMode(TGenICamCamera& camera)
     camera.Settings().isFixed = index == 0;
     return VX_SUCCESS;
   };
-  TAccess access;
-  access.writable = [&camera] { return !camera.Acquisition().IsRunning(); };
-  return std::make_unique<TChoiceFeature>(std::move(access), std::vector<std::wstring>{L"Fixed", L"Continuous"},
+  return std::make_unique<TChoiceFeature>(BetweenRuns(camera), std::vector<std::wstring>{L"Fixed", L"Continuous"},
                                           std::move(functions));
 }
 
@@ -438,9 +430,7 @@ std::unique_ptr<IFeature> MakeMetadataEnable(TGenICamCamera& camera)
     camera.Settings().hasMetadata = on;
     return VX_SUCCESS;
   };
-  TAccess access;
-  access.writable = [&camera] { return !camera.Acquisition().IsRunning(); };
-  return std::make_unique<TNumberFeature<bool>>(std::move(access), std::move(functions));
+  return std::make_unique<TNumberFeature<bool>>(BetweenRuns(camera), std::move(functions));
 }
 
 std::unique_ptr<IFeature> MakeAcquiring(TGenICamCamera& camera)
@@ -493,7 +483,7 @@ std::unique_ptr<IFeature> MakeGain(TGenICamCamera& camera)
   return std::make_unique<TChoiceFeature>(AccessOf(nodes, source), std::move(texts), std::move(functions));
 }
 
-/// The rate of the sensor's pixel clock, where the camera tells it.
+/// The rate of the sensor's pixel clock, where the camera reports it.
 std::unique_ptr<IFeature> MakeReadoutRate(TGenICamCamera& camera)
 {
   constexpr double kHertzPerMegahertz = 1e6;
@@ -581,7 +571,7 @@ public:
     NotStabilised
   };
 
-  EStatus Look(bool isOn, double celsius, double targetCelsius)
+  EStatus Update(bool isOn, double celsius, double targetCelsius)
   {
     constexpr double kNearCelsius = 0.5;
     constexpr std::chrono::seconds kLongEnough(30);
@@ -618,7 +608,7 @@ std::unique_ptr<IFeature> MakeTemperatureStatus(TGenICamCamera& camera)
     Select(nodes, "DeviceTemperatureSelector", {"Sensor"});
     if (const int code = nodes.GetNumber(target.node, set); code != VX_SUCCESS) return code;
     if (const int code = nodes.GetNumber(measured.node, is); code != VX_SUCCESS) return code;
-    index = state->Look(isOn, measured.FromCamera(is), target.FromCamera(set));
+    index = state->Update(isOn, measured.FromCamera(is), target.FromCamera(set));
     return VX_SUCCESS;
   };
   return std::make_unique<TChoiceFeature>(
@@ -685,7 +675,7 @@ struct TMadeRow
 
 const TMadeRow kMadeRows[] = {
     {L"AccumulateCount",
-     [](TGenICamCamera& c) { return Kept(c, c.Settings().accumulations, 1, kMostAccumulations); }},
+     [](TGenICamCamera& c) { return Kept(c, c.Settings().accumulations, 1, kMaxAccumulations); }},
     {L"AcquisitionStart", [](TGenICamCamera& c) { return Command([&c] { return c.Start(); }); }},
     {L"AcquisitionStop", [](TGenICamCamera& c) { return Command([&c] { return c.Stop(); }); }},
     {L"AOIBinning", MakeSquareBinning},
@@ -718,7 +708,7 @@ const TMadeRow kMadeRows[] = {
        }));
      }},
     {L"FirmwareVersion", MakeFirmwareVersion},
-    {L"FrameCount", [](TGenICamCamera& c) { return Kept(c, c.Settings().frameCount, 1, kMostFrames); }},
+    {L"FrameCount", [](TGenICamCamera& c) { return Kept(c, c.Settings().frameCount, 1, kMaxFrames); }},
     {L"FrameRate", MakeFrameRate},
     {L"FramesLost", [](TGenICamCamera& c) { return Reading([&c] { return c.Acquisition().FramesLost(); }); }},
     {L"HardwareType", [](TGenICamCamera&) { return Constant(L"GENICAM"); }},

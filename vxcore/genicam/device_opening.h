@@ -16,8 +16,8 @@ namespace vxgenicam {
 /// opened.
 TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string& error);
 
-/// The bytes of the largest packet that comes from the camera of an IP address in one piece, as far as this machine's
-/// network tells (its MTU).
+/// The bytes of the largest packet that comes from the camera of an IP address in one piece, as far as is known
+/// from the MTU of this machine's network.
 std::optional<int> LargestPacketFrom(const std::string& host);
 
 /// Asks every network that is up, by broadcast, and the USB buses: the addresses of all cameras that answer.

@@ -178,9 +178,9 @@ public:
   }
   int GetStringMaxLength(int& length) const override
   {
-    constexpr std::size_t kLeast = 64; // the text may grow until it is read
+    constexpr std::size_t kMinLength = 64; // the text may grow until it is read
     const int code = get_(text_);
-    if (code == VX_SUCCESS) length = static_cast<int>(std::max(kLeast, text_.size() + 1));
+    if (code == VX_SUCCESS) length = static_cast<int>(std::max(kMinLength, text_.size() + 1));
     return code;
   }
 

@@ -20,7 +20,7 @@ enum class ELog
 /// What the parser of descriptions complained of first on this thread since the last call; "" when it did not.
 std::string TakeDescriptionError();
 
-/// Sends what Aravis and GLib have to say to the log, in place of standard error.
+/// Sends the messages of Aravis and of its parser to the log, in place of standard error.
 void LogMessagesOfAravis();
 
 } // namespace vxgenicam
