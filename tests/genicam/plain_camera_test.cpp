@@ -164,6 +164,17 @@ TEST_F(PlainCamera, RunEndsWhenItCannotGoOn)
   EXPECT_EQ(Status(), static_cast<int>(RC_IDLE));
 }
 
+TEST_F(PlainCamera, LogTellsWhereFramesMayBeKept)
+{
+  ASSERT_EQ(OpenPlain({"loseblock=1"}), RC_SUCCESS);
+  SetArea(kArea);
+  ASSERT_EQ(StartSeries(3), RC_SUCCESS);
+  EXPECT_TRUE(WaitUntilIdle(5.0));
+  EXPECT_EQ(Status(), static_cast<int>(RC_STATUS_TIMED_OUT));
+  CloseIt();
+  ExpectLog("does a firewall keep packets back?");
+}
+
 TEST_F(PlainCamera, PacketsFitTheNetwork)
 {
   const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);

@@ -14,6 +14,7 @@ constexpr std::uint32_t kEndOfChunks = 0;
 constexpr std::uint32_t kTimestampChunk = 1;
 constexpr std::uint64_t kLastShortId = 0xFFFF; ///< short frame numbers go on with 1
 constexpr std::size_t kMaxFrameBytes = 1UL << 30;
+constexpr std::chrono::seconds kLongSilence(1);
 
 template <typename Number>
 unsigned char* Put(unsigned char* to, Number number)
@@ -48,6 +49,7 @@ int TAcquisition::Start(ArvDevice* device, const TStreamOptions& options, const 
   added_ = 0;
   framesLost_ = 0;
   lastFrameId_ = 0;
+  started_ = TWakeUp::TClock::now();
   ++runNumber_;
   isRunning_ = true;
   return VX_SUCCESS;
@@ -58,9 +60,15 @@ void TAcquisition::Stop()
   if (!isRunning_) return;
   isRunning_ = false;
   wakeUp_->Wake();
+  const auto time = TWakeUp::TClock::now() - started_;
   if (framesLost_ > 0)
     Log(ELog::Warning, "%lld frames were lost on the way from the camera, %lld images came%s", framesLost_,
         images_, images_ == 0 ? "; are its packets larger than the network carries (PacketSize)?" : "");
+  else if (images_ == 0 && time > kLongSilence)
+    Log(ELog::Warning,
+        "no packet of a frame came in %.1f s: did the camera wait for a trigger, or does a firewall keep packets "
+        "back?",
+        std::chrono::duration<double>(time).count());
 }
 
 void TAcquisition::Close(TDeviceLock& lock)

@@ -125,6 +125,7 @@ private:
   long long images_ = 0;
   long long added_ = 0; ///< frames in the sum
   long long framesLost_ = 0;
+  TWakeUp::TClock::time_point started_;
   std::uint64_t lastFrameId_ = 0;            ///< 0: none yet
   std::optional<std::int64_t> tickBase_ = 0; ///< none: the next frame's time
   std::int64_t ticks_ = 0;                   ///< of the image's first frame
