@@ -6,6 +6,7 @@
 #include "api/TCameraUse.h"
 #include "spool/TSpoolLayout.h"
 #include "spool/TSpoolSpace.h"
+#include "utility/outputs.h"
 
 #include <optional>
 
@@ -38,8 +39,8 @@ unsigned int vxmcd_GetSpoolSpace(unsigned long long* neededBytes, unsigned long 
   if (!camera) return RC_NOT_INITIALIZED;
   const std::optional<TSpoolSpace> space = camera.Manager().SpoolSpace();
   if (!space) return RC_NOT_AVAILABLE;
-  if (neededBytes) *neededBytes = space->neededBytes;
-  if (freeBytes) *freeBytes = space->freeBytes;
+  WriteOutput(neededBytes, space->neededBytes);
+  WriteOutput(freeBytes, space->freeBytes);
   return RC_SUCCESS;
 }
 
