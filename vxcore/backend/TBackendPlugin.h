@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Backends in libraries of their own, which are loaded only when the configuration names their cameras.
+// Backends in plug-in libraries, which are loaded only when the configuration names their cameras.
 #pragma once
 
 #include "vxcore/backend/TBackendTable.h"

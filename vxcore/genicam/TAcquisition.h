@@ -38,7 +38,7 @@ inline constexpr std::size_t kMetadataBytes = 24;
 
 /// Converts the frames of one camera into the buffers that are queued. Owned by TGenICamCamera. Every operation is
 /// called with the device locked, and frames are converted under the lock, so that Flush() and Close() never wait for
-/// one; only Wait() releases it. No thread of its own.
+/// one; only Wait() releases it. Has no thread.
 class TAcquisition final
 {
 public:

@@ -11,7 +11,7 @@
 namespace vxgenicam {
 
 /// A frame as it comes: rows follow each other without a gap, so that in packed layouts with an odd width every
-/// second row begins in the middle of a byte. Only with @p rowPadding each row begins with a byte of its own.
+/// second row begins in the middle of a byte. Only with @p rowPadding each row begins with a new byte.
 struct TWireShape
 {
   EWireFormat format = EWireFormat::Mono8;
