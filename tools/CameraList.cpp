@@ -4,6 +4,7 @@
 
 #include "tools/CameraFeature.h"
 #include "tools/TFeatureDevice.h"
+#include "tools/TFlatCamera.h"
 #include "vxmcd.h"
 
 namespace vxtool {
@@ -26,6 +27,23 @@ void Ask(TAttachedCamera& camera)
   if (number != 0) camera.serial = number;
 }
 
+bool HasSerial(const TAttachedCamera& camera, const std::string& serial)
+{
+  return camera.serialText == serial || (camera.serial && std::to_string(*camera.serial) == serial);
+}
+
+// "VSC-00512 (camera 0), an unknown one (camera 1: ...)"
+std::string SerialsText(const std::vector<TAttachedCamera>& cameras)
+{
+  std::string text;
+  for (const TAttachedCamera& camera : cameras) {
+    const std::string unknown = camera.problem.empty() ? "" : ": " + camera.problem;
+    text += (text.empty() ? "" : ", ") + camera.serialText.value_or("an unknown one") + " (camera " +
+            std::to_string(camera.number) + unknown + ")";
+  }
+  return text.empty() ? "none" : text;
+}
+
 } // namespace
 
 unsigned int FindCameras(std::vector<TAttachedCamera>& cameras)
@@ -42,20 +60,19 @@ unsigned int FindCameras(std::vector<TAttachedCamera>& cameras)
   return RC_SUCCESS;
 }
 
-bool HasSerial(const TAttachedCamera& camera, const std::string& serial)
+ExitCode FindCameraNumber(TOptions& options)
 {
-  return camera.serialText == serial || (camera.serial && std::to_string(*camera.serial) == serial);
-}
-
-std::string SerialsText(const std::vector<TAttachedCamera>& cameras)
-{
-  std::string text;
+  if (options.serial.empty()) return ExitCode::Success;
+  std::vector<TAttachedCamera> cameras;
+  const unsigned int code = FindCameras(cameras);
+  if (code != RC_SUCCESS) return Fail(ExitCode::NoCamera, NoCameraListText(code));
   for (const TAttachedCamera& camera : cameras) {
-    const std::string unknown = camera.problem.empty() ? "" : ": " + camera.problem;
-    text += (text.empty() ? "" : ", ") + camera.serialText.value_or("an unknown one") + " (camera " +
-            std::to_string(camera.number) + unknown + ")";
+    if (!HasSerial(camera, options.serial)) continue;
+    options.camera = camera.number;
+    return ExitCode::Success;
   }
-  return text.empty() ? "none" : text;
+  return Fail(ExitCode::NoCamera, "--camera: no camera has the serial number " + options.serial +
+                                      "; there are: " + SerialsText(cameras));
 }
 
 } // namespace vxtool

@@ -2,6 +2,9 @@
 // The cameras that are attached, and which one a serial number belongs to.
 #pragma once
 
+#include "tools/Messages.h"
+#include "tools/Options.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,9 +27,8 @@ struct TAttachedCamera
 /// program uses cannot be opened, and is left alone.
 /// @return  a result code of GetAvailableCameras()
 unsigned int FindCameras(std::vector<TAttachedCamera>& cameras);
-/// Whether a text is this camera's serial number: the whole of it, or the number in it.
-bool HasSerial(const TAttachedCamera& camera, const std::string& serial);
-/// "VSC-00512 (camera 0), an unknown one (camera 1: ...)", for messages.
-std::string SerialsText(const std::vector<TAttachedCamera>& cameras);
+/// Completes the options: the number of the camera with the serial number, the whole of it or the number in it. Does
+/// nothing when none is given. Says why when there is no such camera.
+ExitCode FindCameraNumber(TOptions& options);
 
 } // namespace vxtool

@@ -83,8 +83,8 @@ struct TRunFacts
   double exposureSeconds = 0.0; ///< exposure time in force; 0: not known
   double cycleSeconds = 0.0;    ///< time from one image to the next, 0 when the trigger decides it
   int accumulations = 1;        ///< exposures added up to one image
-  std::optional<double>
-      exposureCycleSeconds;   ///< from one of these to the next, 0: not known; else a part of the cycle
+  /// From one of these exposures to the next; 0: not known. Nothing: the cycle divided by their number.
+  std::optional<double> exposureCycleSeconds;
   long plannedImages = 0;     ///< images asked for, 0 for no limit
   TNumberRanges imageNumbers; ///< that the images may have; empty: any
   TSensorArea area;           ///< of width 0: not known
@@ -117,16 +117,16 @@ struct TImageLabel
 {
   long number = 0;                ///< image number in the run, from 1
   std::optional<long long> ticks; ///< the camera's clock, when it is known for this image
-  std::optional<long long>
-      hostNanoseconds; ///< host's clock when it had arrived, or when the library accepted it for writing
+  /// The host's clock when the image had arrived, or when the library accepted it for writing.
+  std::optional<long long> hostNanoseconds;
   std::optional<ImageCheck> check; ///< of images that come from disk
 };
 
 /// Where the frames of a run have gone.
 struct TFrameCounts
 {
-  std::optional<long>
-      lostInCamera;          ///< frames the camera produced and never delivered; nothing when it is not known
+  /// Frames that the camera produced and never delivered; nothing when it is not known.
+  std::optional<long> lostInCamera;
   long delivered = 0;        ///< images that the library received from the camera
   long overwritten = 0;      ///< of these: gone, or possibly torn, before they were copied out of the ring
   long notFetched = 0;       ///< of these: not asked for any more when the run ended

@@ -69,21 +69,6 @@ ExitCode ListCameras(const TOptions& options)
   return PrintOutput(options.isJson ? ListJson(cameras) : ListText(cameras));
 }
 
-ExitCode FindNumber(TOptions& options)
-{
-  if (options.serial.empty()) return ExitCode::Success;
-  std::vector<TAttachedCamera> cameras;
-  const unsigned int code = FindCameras(cameras);
-  if (code != RC_SUCCESS) return Fail(ExitCode::NoCamera, NoCameraListText(code));
-  for (const TAttachedCamera& camera : cameras) {
-    if (!HasSerial(camera, options.serial)) continue;
-    options.camera = camera.number;
-    return ExitCode::Success;
-  }
-  return Fail(ExitCode::NoCamera, "--camera: no camera has the serial number " + options.serial +
-                                      "; there are: " + SerialsText(cameras));
-}
-
 ExitCode ShowInfo(const TOptions& options)
 {
   TFlatCamera camera;

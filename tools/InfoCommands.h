@@ -9,8 +9,6 @@ namespace vxtool {
 
 /// Prints the cameras that are attached.
 ExitCode ListCameras(const TOptions& options);
-/// Completes the options: the number of the camera that has the serial number, if one is given.
-ExitCode FindNumber(TOptions& options);
 /// Opens a camera and prints what it is, what it is set to and what it can do.
 ExitCode ShowInfo(const TOptions& options);
 /// Prints what is in the directory of a recorded run.

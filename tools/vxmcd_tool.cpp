@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The command-line tool: one program, one command a call.
+#include "tools/CameraList.h"
 #include "tools/FeatureCommands.h"
 #include "tools/InfoCommands.h"
 #include "tools/TAcquireCommand.h"
@@ -14,7 +15,8 @@ namespace {
 
 vxtool::ExitCode Run(vxtool::TOptions& options)
 {
-  if (const vxtool::ExitCode code = vxtool::FindNumber(options); code != vxtool::ExitCode::Success) return code;
+  if (const vxtool::ExitCode code = vxtool::FindCameraNumber(options); code != vxtool::ExitCode::Success)
+    return code;
   if (options.command == vxtool::Command::Get) return vxtool::GetFeatures(options);
   if (options.command == vxtool::Command::Set) return vxtool::SetFeatures(options);
   if (options.command == vxtool::Command::List) return vxtool::ListCameras(options);
