@@ -137,6 +137,7 @@ std::unique_ptr<IFeature> Fan(TNodes& nodes, const TSource& source)
   const bool hasOn = std::ranges::count(entries, "On") > 0;
   constexpr std::array<std::string_view, 4> kFullSpeed = {"Full", "High", "Max", "Maximum"};
   std::vector<std::wstring> texts;
+  texts.reserve(entries.size());
   for (const std::string& entry : entries)
     texts.push_back(!hasOn && std::ranges::count(kFullSpeed, entry) > 0 ? L"On" : Widen(entry));
   TChoiceFunctions functions;
@@ -299,6 +300,7 @@ std::unique_ptr<IFeature> MakeSquareBinning(TGenICamCamera& camera)
 std::unique_ptr<IFeature> MakeEncoding(TGenICamCamera& camera)
 {
   std::vector<std::wstring> texts;
+  texts.reserve(kEncodingCount);
   for (int index = 0; index < kEncodingCount; ++index) texts.emplace_back(NameOf(static_cast<EEncoding>(index)));
   TChoiceFunctions functions;
   functions.get = [&camera](int& index) {
