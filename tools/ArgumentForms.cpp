@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Arguments of several numbers, read strictly.
+// Arguments that are read strictly.
 #include "tools/ArgumentForms.h"
 
 #include <charconv>
@@ -105,6 +105,13 @@ bool ParseImageNumbers(const std::string& text, TNumberRanges& numbers)
 std::string SizeText(int horizontal, int vertical)
 {
   return std::to_string(horizontal) + "x" + std::to_string(vertical);
+}
+
+bool ParseWholeNumber(const std::string& text, long& number)
+{
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data() + (text.starts_with('+') ? 1 : 0), end, number);
+  return error == std::errc{} && rest == end;
 }
 
 bool ParseSeconds(const std::string& text, double& seconds)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Arguments of several numbers.
+// Arguments that are read strictly.
 #pragma once
 
 #include "tools/Options.h"
@@ -22,6 +22,8 @@ bool ParseTracks(const std::string& text, std::vector<TTrack>& tracks);
 bool ParseImageNumbers(const std::string& text, TNumberRanges& numbers);
 /// "640x480": the form of sizes and binnings.
 std::string SizeText(int horizontal, int vertical);
+/// A decimal number with or without a sign; zeros at its beginning mean nothing.
+bool ParseWholeNumber(const std::string& text, long& number);
 /// A time in s, above 0 and at most 1e6.
 bool ParseSeconds(const std::string& text, double& seconds);
 

@@ -72,6 +72,7 @@ constexpr const char* kFooter = R"(Exit codes:
   130  interrupted (Ctrl-C); the output file is complete up to there
 When several apply, 4 comes before 3, 3 before 130, 130 before 5.)";
 
+constexpr const char* kFileNameForm = "the name of a file is";
 constexpr const char* kSecondsForm = "a time in s above 0 and at most 1e6 is";
 
 CLI::Validator OneOf(const std::vector<std::string>& words)
@@ -83,15 +84,28 @@ CLI::Validator OneOf(const std::vector<std::string>& words)
   return {check, "{" + CLI::detail::join(words, ",") + "}"};
 }
 
+// For transform(): the parser takes a number that begins with 0 for octal, so it gets one that does not.
 CLI::Validator WholeNumber(long lowest, long highest)
 {
-  const auto check = [lowest, highest](const std::string& text) -> std::string {
+  const auto rewrite = [lowest, highest](std::string& text) -> std::string {
     long value = 0;
-    if (CLI::detail::lexical_cast(text, value) && value >= lowest && value <= highest) return "";
-    return RefusedText(text,
-                       "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest) + " is");
+    if (!ParseWholeNumber(text, value) || value < lowest || value > highest)
+      return RefusedText(text, "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest) +
+                                   " is");
+    text = std::to_string(value);
+    return "";
   };
-  return {check, ""};
+  return {rewrite, ""};
+}
+
+// The name of a file or another text: a shell's variable that is not set must not switch the option off.
+CLI::Option* AddText(CLI::App& app, const std::string& name, std::string& target, const std::string& help,
+                     const char* accepted)
+{
+  const auto check = [accepted](const std::string& text) {
+    return text.empty() ? RefusedText(text, accepted) : "";
+  };
+  return app.add_option(name, target, help)->check(CLI::Validator(check, ""));
 }
 
 template <typename Value>
@@ -158,7 +172,7 @@ void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
   tracks->type_name("FIRST-LAST,...")->group(group)->excludes(whole);
   const auto side = [&](const char* name, std::optional<int>& target, const char* help) {
     app.add_option(name, target, help)
-        ->check(WholeNumber(1, kMaxSide))
+        ->transform(WholeNumber(1, kMaxSide))
         ->type_name("N")
         ->group(group)
         ->excludes(whole)
@@ -180,7 +194,7 @@ void AddReadoutOptions(CLI::App& app, TReadoutOptions& readout)
 {
   const char* const group = "Readout, by the numbers that info lists";
   const auto index = [&](const char* name, std::optional<int>& target, const char* help) {
-    app.add_option(name, target, help)->check(WholeNumber(0, kMaxIndex))->type_name("N")->group(group);
+    app.add_option(name, target, help)->transform(WholeNumber(0, kMaxIndex))->type_name("N")->group(group);
   };
   index("--channel", readout.channel, "AD channel");
   index("--amplifier", readout.amplifier, "Amplifier of channel 0");
@@ -205,7 +219,7 @@ void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
   const char* const group = "Cooling";
   app.add_option("--temperature", cooling.targetCelsius,
                  "Switch the cooler on, with a target of C degrees Celsius")
-      ->check(WholeNumber(-273, 100))
+      ->transform(WholeNumber(-273, 100))
       ->type_name("C")
       ->group(group);
   const auto take = [&cooling](const std::string& text) {
@@ -240,7 +254,7 @@ void AddWarmUpOptions(CLI::App& app, TOptions& options, std::optional<double>& r
          "--to", options.warmUp.toCelsius,
          "The last target, in C, at which the cooler is switched off; default: 20, or what of the camera's "
          "targets comes nearest")
-      ->check(WholeNumber(-273, 100))
+      ->transform(WholeNumber(-273, 100))
       ->type_name("C");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
 }
@@ -260,14 +274,15 @@ void AddImageFileOptions(CLI::App& app, TOutputOptions& output, const std::strin
 
 void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
 {
-  app.add_option("-o,--output", options.output.file, "File for the images: .tif, .tiff (stack) or .fits (cube)")
+  AddText(app, "-o,--output", options.output.file, "File for the images: .tif, .tiff (stack) or .fits (cube)",
+          kFileNameForm)
       ->type_name("FILE")
       ->group("Output");
   AddWord(app, "--format", options.output.format, kStackFormats,
           "Format of the output file, if its name does not say it; bigtiff is for TIFF files above 4 GB that "
           "other programs than ImageJ and tifffile are to read")
       ->group("Output");
-  app.add_option("--preview", options.output.preview, "Picture of the last image")
+  AddText(app, "--preview", options.output.preview, "Picture of the last image", kFileNameForm)
       ->type_name("FILE.png")
       ->group("Output");
   AddImageFileOptions(app, options.output, "Output");
@@ -286,14 +301,14 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
   AddSeconds(app, "--interval", options.intervalSeconds,
              "Time-lapse: single images, one each so many s from start to start; without --frames until Ctrl-C");
   app.add_option("-n,--frames", options.frames, "Number of images (series, continuous, --interval)")
-      ->check(WholeNumber(1, 1'000'000'000))
+      ->transform(WholeNumber(1, 1'000'000'000))
       ->type_name("N");
   AddWord(app, "-m,--mode", options.mode, kModes,
           "One image, one of several exposures, a series kept in memory, or any number by way "
           "of a ring; default: single, with --frames and without --interval series");
   app.add_option("-a,--accumulations", options.accumulations,
                  "Exposures added up to one image (accumulate, series)")
-      ->check(WholeNumber(1, 1'000'000))
+      ->transform(WholeNumber(1, 1'000'000))
       ->type_name("K");
   AddWord(app, "-t,--trigger", trigger, kTriggers, "What starts an exposure; default: internal");
   const auto overlap = [&options](const std::string& word) {
@@ -322,9 +337,12 @@ void AddCameraOption(CLI::App& app, TOptions& options)
     if (isPrefixed || !isNumber) {
       options.serial = text.substr(isPrefixed ? kSerialPrefix.size() : 0);
       if (options.serial.empty()) throw CLI::ValidationError("--camera", RefusedText(text, accepted));
-    } else if (!WholeNumber(0, kMaxCamera)(text).empty() || !CLI::detail::lexical_cast(text, options.camera)) {
-      throw CLI::ValidationError("--camera", RefusedText(text, accepted));
+      return;
     }
+    long number = 0;
+    if (!ParseWholeNumber(text, number) || number < 0 || number > kMaxCamera)
+      throw CLI::ValidationError("--camera", RefusedText(text, accepted));
+    options.camera = static_cast<int>(number);
   };
   app.add_option_function<std::string>("-c,--camera", take,
                                        "Number of the camera, as list prints it, or its serial number; "
@@ -350,7 +368,8 @@ CLI::Option* AddFeatureSettings(CLI::App& app, const std::string& name, std::vec
 void AddFeatureOptions(CLI::App& app, TAcquireOptions& options)
 {
   const char* const group = "Features, by the names that get lists";
-  app.add_option("--encoding", options.encoding, "How the camera encodes pixels: Mono8, Mono12, Mono16, ...")
+  AddText(app, "--encoding", options.encoding, "How the camera encodes pixels: Mono8, Mono12, Mono16, ...",
+          "one of the words that vxmcd get PixelEncoding lists is")
       ->type_name("WORD")
       ->group(group);
   AddFeatureSettings(app, "--set", options.features, "Set a feature, after all other options; may be repeated")
@@ -364,15 +383,16 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
   app.add_option("directory", options.directory, "Directory of a recorded run")
       ->required()
       ->type_name("DIRECTORY");
-  app.add_option(
-         "-o,--output", options.output.file,
-         "File for the images: .tif, .tiff (stack), .fits (cube), .raw (pixels, with a .json beside them) or "
-         ".png (a picture of each)")
+  AddText(app, "-o,--output", options.output.file,
+          "File for the images: .tif, .tiff (stack), .fits (cube), .raw (pixels, with a .json beside them) or "
+          ".png (a picture of each)",
+          kFileNameForm)
       ->type_name("FILE");
   AddWord(app, "--format", options.output.format, kFormats,
           "Format of the output file, if its name does not say it; bigtiff is for TIFF files above 4 GB that "
           "other programs than ImageJ and tifffile are to read");
-  app.add_option("--preview", options.output.preview, "Picture of the last image")->type_name("FILE.png");
+  AddText(app, "--preview", options.output.preview, "Picture of the last image", kFileNameForm)
+      ->type_name("FILE.png");
   AddForm(
       app, "--images", [&options](const std::string& text) { return ParseImageNumbers(text, options.images); },
       "a list of numbers from 1, for example 10-20,30,", "Images to take, for example 10-20,30; default: all")
@@ -392,12 +412,12 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
 void AddSettingsOptions(CLI::App& app, TAcquireOptions& options)
 {
   const char* const group = "Files of settings";
-  app.add_option("--settings", options.settingsFile,
-                 "Take settings from this file; options of the command line come before them")
+  AddText(app, "--settings", options.settingsFile,
+          "Take settings from this file; options of the command line come before them", kFileNameForm)
       ->type_name("FILE.ini")
       ->group(group);
-  app.add_option("--save-settings", options.saveSettingsFile,
-                 "Write the settings that are in force before the run to this file")
+  AddText(app, "--save-settings", options.saveSettingsFile,
+          "Write the settings that are in force before the run to this file", kFileNameForm)
       ->type_name("FILE.ini")
       ->group(group);
 }
@@ -405,16 +425,16 @@ void AddSettingsOptions(CLI::App& app, TAcquireOptions& options)
 void AddSpoolOptions(CLI::App& app, TSpoolOptions& options, std::optional<SpoolMethod>& method)
 {
   const char* const group = "Recording to disk during the run";
-  app.add_option(
-         "--spool", options.directory,
-         "Record every frame into this directory, in place of memory; an --output is made of it afterwards")
+  AddText(app, "--spool", options.directory,
+          "Record every frame into this directory, in place of memory; an --output is made of it afterwards",
+          "the name of a directory is")
       ->type_name("DIRECTORY")
       ->group(group);
   AddWord(app, "--spool-method", method, kSpoolMethods,
           "One image in each file, or as many as fit into 256 MiB; default: multi")
       ->group(group);
   app.add_option("--spool-threads", options.threads, "Threads that write")
-      ->check(WholeNumber(1, kMaxSpoolThreads))
+      ->transform(WholeNumber(1, kMaxSpoolThreads))
       ->type_name("N")
       ->group(group);
 }
@@ -719,12 +739,14 @@ std::string UnknownWord(const CLI::App& command)
   return text + "; there are " + CLI::detail::join(commands, ", ");
 }
 
-// What is said of an option without its value, from what the parser says: "--exposure: 1 required SECONDS missing".
-std::string MissingValueText(const std::string& said)
+// What is said of an option without its value, or with several, from what the parser says:
+// "--exposure: 1 required SECONDS missing", "--exposure: At Most 1 required but received 2".
+std::string ValueCountText(const std::string& said)
 {
-  const std::size_t colon = said.find(": 1 required ");
-  return colon == std::string::npos ? said
-                                    : said.substr(0, colon) + ": needs a value; vxmcd COMMAND --help has it";
+  if (const std::size_t at = said.find(": 1 required "); at != std::string::npos)
+    return said.substr(0, at) + ": needs a value; vxmcd COMMAND --help has it";
+  const std::size_t at = said.find(": At Most 1 ");
+  return at == std::string::npos ? said : said.substr(0, at) + ": is given more than once; leave out the others";
 }
 
 } // namespace
@@ -766,7 +788,7 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
     return OptionsOf(commands, given);
   } catch (const CLI::ParseError& error) {
     std::string wrong = error.get_exit_code() == 0 ? "" : UnknownWord(app);
-    if (wrong.empty() && error.get_name() == "ArgumentMismatch") wrong = MissingValueText(error.what());
+    if (wrong.empty() && error.get_name() == "ArgumentMismatch") wrong = ValueCountText(error.what());
     const bool isDone = (wrong.empty() ? app.exit(error) : app.exit(CLI::ValidationError(wrong))) == 0;
     exitStatus_ = isDone ? 0 : static_cast<int>(ExitCode::Usage);
     return std::nullopt;

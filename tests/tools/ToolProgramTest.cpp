@@ -82,6 +82,9 @@ TEST_F(ToolProgram, MessagesNameWhatWasGivenAndWhatIsAccepted)
        "vxmcd: --trigger: external-exposure is not accepted; this camera takes internal, external, software or"},
       {{"acquire", "--binning", "1x17"},
        "vxmcd: --binning: 1x17 is not accepted; this camera bins by at most 16x16"},
+      {{"acquire", "--exposure", "1", "--exposure", "2"}, "--exposure: is given more than once"},
+      {{"acquire", "-o", ""}, "--output: an empty value is not accepted; the name of a file is"},
+      {{"acquire", "--gain", "010"}, "vxmcd: --gain: 10 is not accepted"}, // not octal
       {{"acquire", "-n", "0"}, "--frames: 0 is not accepted; a whole number from 1 to 1000000000 is"},
   };
   for (const auto& [arguments, message] : wrong)
