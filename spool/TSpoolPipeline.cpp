@@ -250,6 +250,11 @@ void TSpoolPipeline::CompleteDescription()
   outcome.failure = fault_.Text();
   outcome.firstFrameTimeNs = firstFrameTimeNs_;
   outcome.firstFrameTick = firstFrameTick_;
-  if (!description_.End(outcome, room_.Get())) fault_.Raise("cannot describe the run in", directory_, errno);
+  bool isDescribed = description_.End(outcome, room_.Get());
   room_.Close();
+  if (!isDescribed && outcome.imagesWritten == 0) { // no room beside that of the start, which no image needs
+    unlink((directory_ + "/" + TAcquisitionMetadata::mpsz_iniFilename).c_str());
+    isDescribed = description_.End(outcome, -1);
+  }
+  if (!isDescribed) fault_.Raise("cannot describe the run in", directory_, errno);
 }
