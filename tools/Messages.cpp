@@ -4,7 +4,9 @@
 
 #include "vxmcd.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 namespace vxtool {
 
@@ -30,7 +32,9 @@ ExitCode Fail(ExitCode code, const std::string& message)
 
 bool Print(const std::string& text)
 {
-  return std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+  if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) return true;
+  Say("standard output: cannot be written: " + std::generic_category().message(errno));
+  return false;
 }
 
 std::string RefusedText(const std::string& value, const std::string& accepted)

@@ -27,7 +27,8 @@ void Say(const std::string& message);
 void SayLines(const std::string& lines);
 /// Says why a command ends, and returns the code that it ends with.
 ExitCode Fail(ExitCode code, const std::string& message);
-/// Prints on standard output and flushes it; false when that does not succeed.
+/// Prints on standard output and flushes it; false, with a message, when that does not
+/// succeed.
 bool Print(const std::string& text);
 /// What is said of the value of an option: the value, and what would be accepted.
 std::string RefusedText(const std::string& value, const std::string& accepted);

@@ -19,8 +19,7 @@ ExitCode TConvertCommand::Run()
 {
   const TInterrupt interrupt;
   const ExitCode code = Convert();
-  if (conversion_) PrintReport();
-  return std::fflush(stdout) == 0 ? code : ExitCode::OutputError;
+  return !conversion_ || PrintReport() ? code : ExitCode::OutputError;
 }
 
 ExitCode TConvertCommand::Convert()
@@ -164,16 +163,14 @@ ExitCode TConvertCommand::FinalExitCode() const
   return isWhole && !isCutShort && !isUnproved ? ExitCode::Success : ExitCode::FramesLost;
 }
 
-void TConvertCommand::PrintReport() const
+bool TConvertCommand::PrintReport() const
 {
   const std::string outcome = isOutputFailed_               ? "failed"
                               : end_ == RunEnd::Interrupted ? "interrupted"
                                                             : "complete";
   const std::string output = Written() > 0 ? options_.output.file : "";
-  if (isJson_)
-    std::fputs(ConversionJson(run_, *conversion_, outcome, output, depth_).c_str(), stdout);
-  else if (!options_.isQuiet)
-    std::fputs(ConversionText(run_, *conversion_, outcome, output, depth_).c_str(), stdout);
+  if (isJson_) return Print(ConversionJson(run_, *conversion_, outcome, output, depth_));
+  return options_.isQuiet || Print(ConversionText(run_, *conversion_, outcome, output, depth_));
 }
 
 } // namespace vxtool

@@ -40,7 +40,7 @@ private:
   void CloseOutput();
   void SayWhatIsMissing() const;
   ExitCode FinalExitCode() const;
-  void PrintReport() const;
+  bool PrintReport() const;
 
   TConvertOptions options_;
   bool isJson_;
