@@ -110,8 +110,11 @@ std::string SizeText(int horizontal, int vertical)
 bool ParseWholeNumber(const std::string& text, long& number)
 {
   const char* const end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data() + (text.starts_with('+') ? 1 : 0), end, number);
-  return error == std::errc{} && rest == end;
+  long value = 0;
+  const auto [rest, error] = std::from_chars(text.data() + (text.starts_with('+') ? 1 : 0), end, value);
+  if (error != std::errc{} || rest != end) return false;
+  number = value;
+  return true;
 }
 
 bool ParseSeconds(const std::string& text, double& seconds)

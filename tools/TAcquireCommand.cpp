@@ -52,9 +52,10 @@ ExitCode TAcquireCommand::Run()
     if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
     if (!TRecordCommand(options_).CheckFiles()) return ExitCode::OutputError;
     NoteOtherModel();
-    if (!setUp_.Apply(options_)) return Fail(ExitCode::CameraError, setUp_.Error() + SettingsFileText());
-    if (const std::string why = WhyNotAtInterval(); !why.empty()) return Fail(ExitCode::CameraError, why);
-    code = RunSetUp();
+    const bool isSetUp = setUp_.Apply(options_);
+    const std::string why = isSetUp ? WhyNotAtInterval() : setUp_.Error() + SettingsFileText();
+    code = why.empty() ? RunSetUp() : Fail(ExitCode::CameraError, why);
+    if (!why.empty() && !setUp_.HasSwitchedCoolerOn()) return code; // the cooler is as it was
   }
   if (!options_.cooling.isWarmedUp) return code;
   // However the run has ended, also by Ctrl-C, which from here on ends the warm-up.
@@ -249,7 +250,7 @@ TRunSettings TAcquireCommand::Settings() const
   return settings;
 }
 
-void TAcquireCommand::PrintReport(const TRunResult& result)
+bool TAcquireCommand::PrintReport(const TRunResult& result)
 {
   const RunEnd end = result.end;
   TRunSummary summary;
@@ -265,14 +266,15 @@ void TAcquireCommand::PrintReport(const TRunResult& result)
   const std::optional<TTemperature> temperature = AskTemperature().value;
   if (temperature) summary.celsiusAtEnd = temperature->celsius;
   const std::string report = isJson_ ? RunReportJson(summary) : RunReportText(summary);
-  if (isJson_ || !options_.isQuiet) std::fputs(report.c_str(), stdout);
+  const bool isPrinted = (!isJson_ && options_.isQuiet) || Print(report);
   if (options_.cooling.isWaiting && temperature && temperature->state != RC_TEMP_STABILIZED)
     Say("the temperature is not stable any more: " + ResultText("GetTemperatureF", temperature->state));
+  return isPrinted;
 }
 
 ExitCode TAcquireCommand::ReportAndFinish(const TRunResult& result)
 {
-  PrintReport(result);
+  const bool isPrinted = PrintReport(result);
   const TFrameCounts& counts = result.statistics.Counts();
   if (counts.Lost() > 0)
     Say(std::to_string(counts.Lost()) +
@@ -283,7 +285,7 @@ ExitCode TAcquireCommand::ReportAndFinish(const TRunResult& result)
     Say("the camera made far fewer frames than its frame rate would give");
   if (!result.statistics.AddsUp()) return Fail(ExitCode::CameraError, "internal error: the counts do not add up");
 
-  if (std::fflush(stdout) != 0 || result.isOutputFailed) return ExitCode::OutputError;
+  if (!isPrinted || result.isOutputFailed) return ExitCode::OutputError;
   if (result.end == RunEnd::CameraFailed) return ExitCode::CameraError;
   if (result.end == RunEnd::Interrupted) return ExitCode::Interrupted;
   return counts.Lost() > 0 || counts.clippedPixels > 0 ? ExitCode::FramesLost : ExitCode::Success;

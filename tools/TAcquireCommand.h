@@ -44,7 +44,7 @@ private:
   ExitCode Fetch(TProgressLine& line);
   template <typename Loop>
   ExitCode Finish(const Loop& loop, RunEnd end, TOutputs& outputs);
-  void PrintReport(const TRunResult& result);
+  bool PrintReport(const TRunResult& result);
   ExitCode ReportAndFinish(const TRunResult& result);
 
   TAcquireOptions options_;

@@ -118,7 +118,8 @@ bool TCameraSetUp::SetCooling(const TCoolingOptions& cooling)
     return false;
   int isOn = 0; // CoolerON() succeeds even if the camera refuses
   if (!Check("--temperature", "IsCoolerOn", IsCoolerOn(&isOn))) return false;
-  return isOn == 1 || Fail("--temperature: the cooler does not switch on");
+  hasSwitchedCoolerOn_ = isOn == 1;
+  return hasSwitchedCoolerOn_ || Fail("--temperature: the cooler does not switch on");
 }
 
 bool TCameraSetUp::SetReadout(TReadoutOptions readout)

@@ -33,6 +33,8 @@ public:
   double ReadoutSeconds() const;
   /// The target of the cooler that is set, in C: where a ramp starts.
   int FirstTargetCelsius() const { return firstTargetCelsius_; }
+  /// Whether Apply() has switched the cooler on; it may have failed after that.
+  bool HasSwitchedCoolerOn() const { return hasSwitchedCoolerOn_; }
 
 private:
   bool Check(const char* option, const char* function, unsigned int code);
@@ -70,6 +72,7 @@ private:
   double exposureSeconds_ = 0.0;
   double cycleSeconds_ = 0.0;
   int firstTargetCelsius_ = 0;
+  bool hasSwitchedCoolerOn_ = false;
 };
 
 } // namespace vxtool

@@ -70,9 +70,7 @@ bool TImageFilesWriter::Open(const std::string& path, bool overwrite, const TIma
   if (isNumbered ? HasProtectedImageFile(path, overwrite, facts.imageNumbers, message)
                  : IsProtectedFile(path, overwrite, message))
     return Fail(message);
-  const fs::path folder = fs::path(path).parent_path();
-  if (access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0) return true;
-  return Fail(path + ": cannot be created: " + std::generic_category().message(errno));
+  return CanBeInFolder(path, message) || Fail(message);
 }
 
 std::string TImageFilesWriter::FileOf(const TImageLabel& label) const

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -24,6 +26,24 @@ bool IsProtectedFile(const std::string& path, bool overwrite, std::string& messa
   return true;
 }
 
+bool CanBeInFolder(const std::string& path, std::string& message)
+{
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  if (access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0) return true;
+  message = path + ": cannot be created: " + std::generic_category().message(errno);
+  return false;
+}
+
+bool CanBeCreated(const std::string& path, std::string& message)
+{
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0 && errno == ENOENT) return CanBeInFolder(path, message);
+  const bool isFolder = S_ISDIR(status.st_mode);
+  if (!isFolder && access(path.c_str(), W_OK) == 0) return true;
+  message = path + ": cannot be created: " + std::generic_category().message(isFolder ? EISDIR : errno);
+  return false;
+}
+
 TOutputFile::~TOutputFile()
 {
   if (descriptor_ >= 0) close(descriptor_);
@@ -39,11 +59,18 @@ bool TOutputFile::Create(const std::string& path, bool overwrite)
 {
   path_ = path;
   if (IsProtectedFile(path, overwrite, error_)) return false;
-  descriptor_ = open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  descriptor_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (descriptor_ < 0) return Fail("cannot be created");
   struct stat status = {};
   isRegular_ = fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-  return true;
+  // Two programs that write one file would mix their images. Where the file system has no locks, this one goes on.
+  if (isRegular_ && flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    Close();
+    isRegular_ = false; // nor does Discard() delete it
+    error_ = path + ": another program is writing it";
+    return false;
+  }
+  return Truncate(0);
 }
 
 bool TOutputFile::OpenExisting(const std::string& path)

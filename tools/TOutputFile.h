@@ -19,8 +19,8 @@ public:
   TOutputFile(const TOutputFile&) = delete;
   TOutputFile& operator=(const TOutputFile&) = delete;
 
-  /// Creates the file; an existing regular file is replaced only with @p overwrite. Devices are opened as they
-  /// are.
+  /// Creates the file; an existing regular file is replaced only with @p overwrite, and not while another program
+  /// writes it. Devices are opened as they are.
   bool Create(const std::string& path, bool overwrite);
   /// Opens an existing file for repair.
   bool OpenExisting(const std::string& path);
@@ -48,5 +48,9 @@ private:
 
 /// Whether a regular file is there that may not be replaced; the message then says so.
 bool IsProtectedFile(const std::string& path, bool overwrite, std::string& message);
+/// Whether a file can be made or replaced there, as far as that is known without trying; the message says why not.
+bool CanBeCreated(const std::string& path, std::string& message);
+/// The same for new files in the folder of that path.
+bool CanBeInFolder(const std::string& path, std::string& message);
 
 } // namespace vxtool

@@ -11,9 +11,16 @@
 #include "vxmcd.h"
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
 #include <thread>
+#include <unistd.h>
 
 namespace vxtool {
 
@@ -28,6 +35,36 @@ std::string BytesText(unsigned long long bytes)
   std::array<char, 64> text{};
   std::snprintf(text.data(), text.size(), "%llu bytes (%.1f MB)", bytes, static_cast<double>(bytes) / 1.0e6);
   return text.data();
+}
+
+// Whether another run is being recorded into the directory: the library locks it for the time of a run.
+bool IsRecordedInto(const std::string& directory)
+{
+  const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return false;
+  const bool isLocked = flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  close(descriptor);
+  return isLocked;
+}
+
+// Whether the library can record into the directory, as far as that is known without trying. It makes those that are
+// missing.
+bool CanBeRecordedInto(const std::string& directory, std::string& message)
+{
+  const std::filesystem::path here = ".";
+  std::filesystem::path place = directory;
+  struct stat status = {};
+  while (stat(place.c_str(), &status) != 0 && errno == ENOENT && place != here)
+    place = place.has_parent_path() ? place.parent_path() : here;
+  const int found = stat(place.c_str(), &status);
+  const bool isFile = found == 0 && !S_ISDIR(status.st_mode);
+  if (found == 0 && !isFile && access(place.c_str(), W_OK | X_OK) == 0) {
+    if (!IsRecordedInto(directory)) return true;
+    message = directory + ": another run is being recorded into it";
+    return false;
+  }
+  message = directory + ": cannot be recorded into: " + std::generic_category().message(isFile ? ENOTDIR : errno);
+  return false;
 }
 
 // The description of a run that is over. A failure is reported before everything is on the disk, and the
@@ -52,12 +89,18 @@ bool TRecordCommand::CheckFiles() const
   const TOutputOptions& output = options_.output;
   std::string message;
   const std::string& directory = options_.spool.directory;
-  const std::string description = directory.empty() ? "" : directory + "/" + RunFormat::kDescriptionName;
-  for (const std::string& path : {description, output.file, output.preview}) {
+  if (!directory.empty() &&
+      (IsProtectedFile(directory + "/" + RunFormat::kDescriptionName, output.overwrite, message) ||
+       !CanBeRecordedInto(directory, message))) {
+    Say(message);
+    return false;
+  }
+  for (const std::string& path : {output.file, output.preview, options_.saveSettingsFile}) {
+    if (path.empty()) continue;
     const bool isPattern = output.isFileForEach && path == output.file;
-    if (path.empty() || !(isPattern ? HasProtectedImageFile(path, output.overwrite, {}, message)
-                                    : IsProtectedFile(path, output.overwrite, message)))
-      continue;
+    const bool isProtected = isPattern ? HasProtectedImageFile(path, output.overwrite, {}, message)
+                                       : IsProtectedFile(path, output.overwrite, message);
+    if (!isProtected && (isPattern ? CanBeInFolder(path, message) : CanBeCreated(path, message))) continue;
     Say(message);
     return false;
   }

@@ -67,6 +67,8 @@ TEST_F(Cooling, WarmUpSwitchesTheCoolerOffOrSaysWhyNot)
   std::ofstream(directory_.Path("a.tif")) << "precious";
   const TOutcome late = Run({"acquire", "--temperature", "0", "--wait-stable", "-o", directory_.Path("a.tif")});
   EXPECT_TRUE(late.exitCode == 4 && !Has(late.errors, "cooling")) << "refused before it cools: " << late.errors;
+  const TOutcome refused = Run({"acquire", "--temperature", "0", "--gain", "99", "--warm-up"});
+  EXPECT_TRUE(refused.exitCode == 3 && Has(refused.errors, ", the cooler is off\n")) << refused.errors;
   Configure(Camera("Remove = SensorTemperature\n"));
   const TOutcome unknown = Run({"warm-up"});
   EXPECT_EQ(unknown.exitCode, 3);

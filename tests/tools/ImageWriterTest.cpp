@@ -242,12 +242,16 @@ TEST_F(ImageWriter, FilesWithoutAnImageAreRemovedAndWrongSizesRefused)
   }
 }
 
-TEST_F(ImageWriter, FailureToCloseIsReported)
+TEST_F(ImageWriter, FileHasOneWriterAndFailureToCloseItIsReported)
 {
   const int next = dup(STDIN_FILENO); // the number of the descriptor that comes next
   close(next);
   TOutputFile file;
   ASSERT_TRUE(file.Create(directory_.Path("file"), false));
+  TOutputFile other;
+  EXPECT_FALSE(other.Create(directory_.Path("file"), true)) << "two would mix their images";
+  other.Discard();
+  EXPECT_TRUE(std::filesystem::exists(directory_.Path("file")));
   ASSERT_EQ(close(next), 0); // as a file system does that finds out too late that nothing fits
   EXPECT_FALSE(file.Close());
   EXPECT_NE(file.Error().find("cannot be closed"), std::string::npos) << file.Error();

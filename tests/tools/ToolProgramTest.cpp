@@ -339,7 +339,11 @@ TEST_F(ToolProgram, FailedRunsKeepTheImagesBeforeTheFailure)
 TEST_F(ToolProgram, OutputThatCannotBeWrittenIsSaidWithExitCodeFour)
 {
   Configure(kSmallCamera);
-  EXPECT_EQ(Run({"acquire", "--output", directory_.Path("no/such/place.tif")}).exitCode, 4);
+  const std::string settings = directory_.Path("run.ini");
+  const TOutcome nowhere =
+      Run({"acquire", "--output", directory_.Path("no/such/place.tif"), "--save-settings", settings});
+  EXPECT_EQ(nowhere.exitCode, 4);
+  EXPECT_FALSE(std::filesystem::exists(settings)) << "said before the camera does anything";
   std::ofstream(directory_.Path("precious.tif")) << "precious";
   const TOutcome refused = Run({"acquire", "--output", directory_.Path("precious.tif")});
   EXPECT_EQ(refused.exitCode, 4);
@@ -347,6 +351,9 @@ TEST_F(ToolProgram, OutputThatCannotBeWrittenIsSaidWithExitCodeFour)
   const TOutcome device = Run({"acquire", "--output", "/dev/full", "--format", "tiff"});
   EXPECT_EQ(device.exitCode, 4);
   EXPECT_NE(device.errors.find("No space left on device"), std::string::npos) << device.errors;
+  const std::string said = directory_.Path("said");
+  EXPECT_NE(std::system((VXTOOL_PROGRAM " list --json >/dev/full 2>" + said).c_str()), 0);
+  EXPECT_EQ(TextOf(said), "vxmcd: standard output: cannot be written: No space left on device\n");
 
   const TOutcome full =
       Run({"acquire", "--frames", "20", "--exposure", "0.001", "--json", "--output", directory_.Path("full.tif")},
