@@ -27,7 +27,7 @@ std::size_t TerminalWidth(std::FILE* stream)
 
 std::string ProgressText(const TProgress& progress, double imagesPerSecond)
 {
-  char text[160];
+  char text[160] = "";
   const std::string wanted = progress.wanted > 0 ? "/" + std::to_string(progress.wanted) : "";
   const long missing = progress.wanted - progress.fetched - progress.skipped;
   const bool isLong = progress.imageSeconds >= kLongImage;
@@ -35,7 +35,8 @@ std::string ProgressText(const TProgress& progress, double imagesPerSecond)
   std::string line = std::to_string(progress.fetched) + wanted + " images, ";
   if (isLong) {
     left = progress.untilImageSeconds + static_cast<double>(missing - 1) * progress.imageSeconds;
-    std::snprintf(text, sizeof text, "next image in %.0f s, ", std::ceil(progress.untilImageSeconds));
+    if (progress.wanted == 0 || missing > 0)
+      std::snprintf(text, sizeof text, "next image in %.0f s, ", std::ceil(progress.untilImageSeconds));
   } else {
     if (imagesPerSecond > 0.0) left = static_cast<double>(missing) / imagesPerSecond;
     const double megabytes = imagesPerSecond * static_cast<double>(progress.imageBytes) / 1.0e6;

@@ -126,6 +126,7 @@ TEST_F(ToolProgram, ProgressCountsDownWithinTheWidthOfTheTerminal)
     EXPECT_NE(said.find("\r" + std::string("0/1 images, next image in 1 s, lost 0").substr(0, width) + "\x1b[K"),
               std::string::npos)
         << said;
+    EXPECT_EQ(said.find("\r1/1 images, next"), std::string::npos) << said;
   }
   unsetenv("COLUMNS");
   close(master);
