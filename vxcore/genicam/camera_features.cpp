@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The features of a camera: those of the camera itself, by the table of sources, and those that the library adds.
-#include "vxcore/genicam/function_features.h"
+#include "vxcore/genicam/feature_kinds.h"
+#include "vxcore/genicam/TCoolingState.h"
 #include "vxcore/genicam/TGenICamCamera.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 
@@ -23,207 +22,6 @@ using EAxis = TImageArea::EAxis;
 constexpr long long kMaxFrames = 0x7FFF'FFFF;
 constexpr long long kMaxAccumulations = 32767;       ///< so many 16-bit pixels fit into a sum
 constexpr long long kTicksPerSecond = 1'000'000'000; ///< Aravis gives the time of frames in ns
-
-// ------------------------------------------------------------------------------------------------ Kinds of features
-
-/// Sets the feature of the camera that chooses which of several another one shows, where the camera has it.
-void Select(TNodes& nodes, const char* selector, std::initializer_list<const char*> entries)
-{
-  for (const char* entry : entries) {
-    if (!nodes.HasEntry(selector, entry)) continue;
-    nodes.SetText(selector, entry);
-    return;
-  }
-}
-
-int LimitOf(const TNodes& nodes, const TSource& source, bool isMaximum, double& value)
-{
-  TLimits limits;
-  const int code = nodes.GetLimits(source.node, limits);
-  if (code != VX_SUCCESS) return code;
-  const double one = source.FromCamera(limits.minimum);
-  const double other = source.FromCamera(limits.maximum);
-  value = isMaximum ? std::max(one, other) : std::min(one, other);
-  return VX_SUCCESS;
-}
-
-/// A number that came from single precision as the decimal number that was meant: 0.0025F is 0.0024999999, and a camera
-/// that counts in whole microseconds would make 2499 of it.
-double Meant(double value)
-{
-  const auto single = static_cast<float>(value);
-  if (static_cast<double>(single) != value) return value;
-  char text[32];
-  const auto end = std::to_chars(text, text + sizeof text, single).ptr;
-  double meant = value;
-  std::from_chars(text, end, meant);
-  return meant;
-}
-
-/// The same for the rate of a frame period that came from single precision.
-double MeantRate(double rate)
-{
-  constexpr double kRounding = 1e-12;
-  const auto period = static_cast<double>(static_cast<float>(1.0 / rate));
-  return std::fabs(period * rate - 1.0) < kRounding ? 1.0 / Meant(period) : Meant(rate);
-}
-
-TAccess AccessOf(TNodes& nodes, const TSource& source)
-{
-  return {[&nodes, source] { return nodes.IsReadable(source.node); },
-          [&nodes, source] { return nodes.IsWritable(source.node); }};
-}
-
-/// Writable while the camera is not acquiring.
-TAccess BetweenRuns(const TGenICamCamera& camera)
-{
-  return {.writable = [&camera] { return !camera.Acquisition().IsRunning(); }};
-}
-
-std::unique_ptr<IFeature> Float(TNodes& nodes, const TSource& source)
-{
-  TNumberFunctions<double> functions;
-  functions.get = [&nodes, source](double& value) {
-    double read = 0.0;
-    const int code = nodes.GetNumber(source.node, read);
-    if (code == VX_SUCCESS) value = source.FromCamera(read);
-    return code;
-  };
-  functions.set = [&nodes, source](double value) {
-    return nodes.SetNumber(source.node, source.ToCamera(Meant(value)));
-  };
-  functions.minimum = [&nodes, source](double& value) { return LimitOf(nodes, source, false, value); };
-  functions.maximum = [&nodes, source](double& value) { return LimitOf(nodes, source, true, value); };
-  return std::make_unique<TNumberFeature<double>>(AccessOf(nodes, source), std::move(functions));
-}
-
-std::unique_ptr<IFeature> Int(TNodes& nodes, const TSource& source)
-{
-  TNumberFunctions<long long> functions;
-  functions.get = [&nodes, source](long long& value) {
-    double read = 0.0;
-    const int code = nodes.GetNumber(source.node, read);
-    if (code == VX_SUCCESS) value = std::llround(source.FromCamera(read));
-    return code;
-  };
-  functions.set = [&nodes, source](long long value) {
-    return nodes.SetNumber(source.node, source.ToCamera(static_cast<double>(value)));
-  };
-  const auto limit = [&nodes, source](bool isMaximum) {
-    return [&nodes, source, isMaximum](long long& value) {
-      double read = 0.0;
-      const int code = LimitOf(nodes, source, isMaximum, read);
-      if (code == VX_SUCCESS) value = std::llround(read);
-      return code;
-    };
-  };
-  functions.minimum = limit(false);
-  functions.maximum = limit(true);
-  return std::make_unique<TNumberFeature<long long>>(AccessOf(nodes, source), std::move(functions));
-}
-
-std::unique_ptr<IFeature> Switch(TNodes& nodes, const TSource& source)
-{
-  TNumberFunctions<bool> functions;
-  functions.get = [&nodes, source](bool& value) { return nodes.GetSwitch(source.node, value); };
-  functions.set = [&nodes, source](bool value) { return nodes.SetSwitch(source.node, value); };
-  return std::make_unique<TNumberFeature<bool>>(AccessOf(nodes, source), std::move(functions));
-}
-
-/// A fan with the camera's words. The old functions know "On" for its full speed, and so the word for that becomes "On".
-std::unique_ptr<IFeature> Fan(TNodes& nodes, const TSource& source)
-{
-  const std::vector<std::string> entries = nodes.Entries(source.node);
-  const bool hasOn = std::ranges::count(entries, "On") > 0;
-  constexpr std::array<std::string_view, 4> kFullSpeed = {"Full", "High", "Max", "Maximum"};
-  std::vector<std::wstring> texts;
-  texts.reserve(entries.size());
-  for (const std::string& entry : entries)
-    texts.push_back(!hasOn && std::ranges::count(kFullSpeed, entry) > 0 ? L"On" : Widen(entry));
-  TChoiceFunctions functions;
-  functions.get = [&nodes, source, entries](int& index) {
-    std::string text;
-    const int code = nodes.GetText(source.node, text);
-    const auto found = std::ranges::find(entries, text);
-    if (code != VX_SUCCESS || found == entries.end()) return code == VX_SUCCESS ? VX_ERR_NOT_AVAILABLE : code;
-    index = static_cast<int>(found - entries.begin());
-    return VX_SUCCESS;
-  };
-  functions.set = [&nodes, source, entries](int index) {
-    return nodes.SetText(source.node, entries[static_cast<std::size_t>(index)]);
-  };
-  functions.isAvailable = [&nodes, source, entries](int index) {
-    return nodes.HasEntry(source.node, entries[static_cast<std::size_t>(index)]);
-  };
-  return std::make_unique<TChoiceFeature>(AccessOf(nodes, source), std::move(texts), std::move(functions));
-}
-
-/// An enumerated feature with one value that cannot be changed.
-std::unique_ptr<IFeature> OneWord(std::wstring text)
-{
-  TChoiceFunctions functions;
-  functions.get = [](int& index) {
-    index = 0;
-    return VX_SUCCESS;
-  };
-  functions.set = [](int) { return VX_SUCCESS; };
-  return std::make_unique<TChoiceFeature>(TAccess(), std::vector{std::move(text)}, std::move(functions));
-}
-
-std::unique_ptr<IFeature> Text(TNodes& nodes, const TSource& source)
-{
-  return std::make_unique<TTextFeature>([&nodes, source](std::wstring& text) {
-    std::string read;
-    const int code = nodes.GetText(source.node, read);
-    if (code == VX_SUCCESS) text = Widen(read);
-    return code;
-  });
-}
-
-std::unique_ptr<IFeature> Constant(std::wstring constant)
-{
-  return std::make_unique<TTextFeature>([constant = std::move(constant)](std::wstring& text) {
-    text = constant;
-    return VX_SUCCESS;
-  });
-}
-
-std::unique_ptr<IFeature> Command(std::function<int()> run)
-{
-  return std::make_unique<TCommandFeature>([run = std::move(run)](TDeviceLock&) { return run(); });
-}
-
-/// An integer that the library keeps, settable between runs.
-std::unique_ptr<IFeature> Kept(TGenICamCamera& camera, long long& value, long long minimum, long long maximum)
-{
-  const auto is = [](auto read) {
-    return [read](long long& out) {
-      out = read();
-      return VX_SUCCESS;
-    };
-  };
-  TNumberFunctions<long long> functions;
-  functions.get = is([&value] { return value; });
-  functions.minimum = is([minimum] { return minimum; });
-  functions.maximum = is([maximum] { return maximum; });
-  functions.set = [&value, minimum, maximum](long long number) {
-    if (number < minimum || number > maximum) return VX_ERR_OUT_OF_RANGE;
-    value = number;
-    return VX_SUCCESS;
-  };
-  return std::make_unique<TNumberFeature<long long>>(BetweenRuns(camera), std::move(functions));
-}
-
-/// An integer that follows from others.
-std::unique_ptr<IFeature> Reading(std::function<long long()> read)
-{
-  TNumberFunctions<long long> functions;
-  functions.get = [read = std::move(read)](long long& value) {
-    value = read();
-    return VX_SUCCESS;
-  };
-  return std::make_unique<TNumberFeature<long long>>(TAccess(), std::move(functions));
-}
 
 // ------------------------------------------------------------------------------------------------ The image area
 
@@ -327,8 +125,8 @@ std::unique_ptr<IFeature> MakeBitDepth(TGenICamCamera& camera)
                                 {EWireFormat::Mono12Packed, L"12 Bit"}, {EWireFormat::Mono10, L"10 Bit"}};
   const TSource source = camera.SourceOf("PixelEncoding");
   for (const TDepth& depth : kDepths)
-    if (camera.Nodes().HasEntry(source.node, NameOf(depth.format))) return OneWord(depth.text);
-  return OneWord(L"8 Bit");
+    if (camera.Nodes().HasEntry(source.node, NameOf(depth.format))) return OneWordFeature(depth.text);
+  return OneWordFeature(L"8 Bit");
 }
 
 // ------------------------------------------------------------------------------------------------ Timing and triggers
@@ -367,7 +165,7 @@ std::unique_ptr<IFeature> MakeFrameRate(TGenICamCamera& camera)
   };
   functions.set = [&nodes, source, enable](double rate) {
     if (!enable.empty()) nodes.SetSwitch(enable, true);
-    return nodes.SetNumber(source.node, source.ToCamera(MeantRate(rate)));
+    return nodes.SetNumber(source.node, source.ToCamera(DecimalRateOf(rate)));
   };
   functions.minimum = [&nodes, source](double& rate) { return LimitOf(nodes, source, false, rate); };
   functions.maximum = [&nodes, source](double& rate) { return LimitOf(nodes, source, true, rate); };
@@ -497,7 +295,7 @@ std::unique_ptr<IFeature> MakeReadoutRate(TGenICamCamera& camera)
   }
   char text[48];
   std::snprintf(text, sizeof text, "%g MHz", hertz / kHertzPerMegahertz);
-  return OneWord(Widen(text));
+  return OneWordFeature(Widen(text));
 }
 
 std::unique_ptr<IFeature> MakeShutter(TGenICamCamera& camera)
@@ -544,6 +342,34 @@ std::unique_ptr<IFeature> MakeGainSelector(TGenICamCamera& camera)
 
 // ------------------------------------------------------------------------------------------------ Temperature
 
+/// A fan with the camera's words. The old functions know "On" for its full speed, and so the word for that becomes "On".
+std::unique_ptr<IFeature> MakeFan(TNodes& nodes, const TSource& source)
+{
+  const std::vector<std::string> entries = nodes.Entries(source.node);
+  const bool hasOn = std::ranges::count(entries, "On") > 0;
+  constexpr std::array<std::string_view, 4> kFullSpeed = {"Full", "High", "Max", "Maximum"};
+  std::vector<std::wstring> texts;
+  texts.reserve(entries.size());
+  for (const std::string& entry : entries)
+    texts.push_back(!hasOn && std::ranges::count(kFullSpeed, entry) > 0 ? L"On" : Widen(entry));
+  TChoiceFunctions functions;
+  functions.get = [&nodes, source, entries](int& index) {
+    std::string text;
+    const int code = nodes.GetText(source.node, text);
+    const auto found = std::ranges::find(entries, text);
+    if (code != VX_SUCCESS || found == entries.end()) return code == VX_SUCCESS ? VX_ERR_NOT_AVAILABLE : code;
+    index = static_cast<int>(found - entries.begin());
+    return VX_SUCCESS;
+  };
+  functions.set = [&nodes, source, entries](int index) {
+    return nodes.SetText(source.node, entries[static_cast<std::size_t>(index)]);
+  };
+  functions.isAvailable = [&nodes, source, entries](int index) {
+    return nodes.HasEntry(source.node, entries[static_cast<std::size_t>(index)]);
+  };
+  return std::make_unique<TChoiceFeature>(AccessOf(nodes, source), std::move(texts), std::move(functions));
+}
+
 std::unique_ptr<IFeature> MakeTemperature(TGenICamCamera& camera)
 {
   const TSource source = camera.SourceOf("SensorTemperature");
@@ -559,40 +385,6 @@ std::unique_ptr<IFeature> MakeTemperature(TGenICamCamera& camera)
   };
   return std::make_unique<TNumberFeature<double>>(TAccess(), std::move(functions));
 }
-
-/// How near the sensor is to the cooler's target; for cameras whose cooler a map file names.
-class TCoolingState final
-{
-public:
-  enum EStatus : int ///< indices of "TemperatureStatus"
-  {
-    CoolerOff,
-    Stabilised,
-    NotReached,
-    Drift,
-    NotStabilised
-  };
-
-  EStatus Update(bool isOn, double celsius, double targetCelsius)
-  {
-    constexpr double kNearCelsius = 0.5;
-    constexpr std::chrono::seconds kLongEnough(30);
-    if (!isOn || std::fabs(celsius - targetCelsius) > kNearCelsius) {
-      isNear_ = false;
-      return isOn ? NotReached : CoolerOff;
-    }
-    const TClock::time_point now = TClock::now();
-    if (!isNear_) nearSince_ = now;
-    isNear_ = true;
-    return now - nearSince_ >= kLongEnough ? Stabilised : NotStabilised;
-  }
-
-private:
-  using TClock = std::chrono::steady_clock;
-
-  bool isNear_ = false;
-  TClock::time_point nearSince_;
-};
 
 std::unique_ptr<IFeature> MakeTemperatureStatus(TGenICamCamera& camera)
 {
@@ -661,11 +453,11 @@ struct TPlainRow
 };
 
 constexpr TPlainRow kPlainRows[] = {
-    {L"BaselineLevel", Int},  {L"CameraModel", Text},
-    {L"ExposureTime", Float}, {L"FanSpeed", Fan},
-    {L"PixelHeight", Float},  {L"PixelWidth", Float},
-    {L"ReadoutTime", Float},  {L"SensorCooling", Switch},
-    {L"SerialNumber", Text},  {L"TargetSensorTemperature", Float},
+    {L"BaselineLevel", IntegerFeature}, {L"CameraModel", TextFeature},
+    {L"ExposureTime", FloatFeature},    {L"FanSpeed", MakeFan},
+    {L"PixelHeight", FloatFeature},     {L"PixelWidth", FloatFeature},
+    {L"ReadoutTime", FloatFeature},     {L"SensorCooling", SwitchFeature},
+    {L"SerialNumber", TextFeature},     {L"TargetSensorTemperature", FloatFeature},
 };
 
 /// A feature that the library makes. Without one the camera lacks it.
@@ -677,18 +469,18 @@ struct TMadeRow
 
 const TMadeRow kMadeRows[] = {
     {L"AccumulateCount",
-     [](TGenICamCamera& c) { return Kept(c, c.Settings().accumulations, 1, kMaxAccumulations); }},
-    {L"AcquisitionStart", [](TGenICamCamera& c) { return Command([&c] { return c.Start(); }); }},
-    {L"AcquisitionStop", [](TGenICamCamera& c) { return Command([&c] { return c.Stop(); }); }},
+     [](TGenICamCamera& c) { return StoredInteger(c, c.Settings().accumulations, 1, kMaxAccumulations); }},
+    {L"AcquisitionStart", [](TGenICamCamera& c) { return CommandFeature([&c] { return c.Start(); }); }},
+    {L"AcquisitionStop", [](TGenICamCamera& c) { return CommandFeature([&c] { return c.Stop(); }); }},
     {L"AOIBinning", MakeSquareBinning},
     {L"AOIHBin", [](TGenICamCamera& c) { return MakeBin(c, EAxis::Horizontal); }},
     {L"AOIHBinInternal", [](TGenICamCamera& c) { return MakeBin(c, EAxis::Horizontal); }},
     {L"AOIHeight", [](TGenICamCamera& c) { return MakeSide(c, EAxis::Vertical); }},
-    {L"AOILayout", [](TGenICamCamera&) { return OneWord(L"Image"); }},
+    {L"AOILayout", [](TGenICamCamera&) { return OneWordFeature(L"Image"); }},
     {L"AOILeft", [](TGenICamCamera& c) { return MakeStart(c, EAxis::Horizontal); }},
     {L"AOIStride",
      [](TGenICamCamera& c) {
-       return Reading([&c]() -> long long {
+       return DerivedInteger([&c]() -> long long {
          return static_cast<long long>(
              StrideOf(c.Settings().encoding, static_cast<std::size_t>(c.Area().Side(EAxis::Horizontal))));
        });
@@ -700,7 +492,7 @@ const TMadeRow kMadeRows[] = {
     {L"BitDepth", MakeBitDepth},
     {L"CameraAcquiring", MakeAcquiring},
     {L"CycleMode", MakeCycleMode},
-    {L"DeviceSource", [](TGenICamCamera& c) { return Constant(Widen(c.Description())); }},
+    {L"DeviceSource", [](TGenICamCamera& c) { return ConstantText(Widen(c.Description())); }},
     {L"ElectronicShutteringMode", MakeShutter},
     {L"FeatureSources",
      [](TGenICamCamera& c) {
@@ -710,32 +502,33 @@ const TMadeRow kMadeRows[] = {
        }));
      }},
     {L"FirmwareVersion", MakeFirmwareVersion},
-    {L"FrameCount", [](TGenICamCamera& c) { return Kept(c, c.Settings().frameCount, 1, kMaxFrames); }},
+    {L"FrameCount", [](TGenICamCamera& c) { return StoredInteger(c, c.Settings().frameCount, 1, kMaxFrames); }},
     {L"FrameRate", MakeFrameRate},
-    {L"FramesLost", [](TGenICamCamera& c) { return Reading([&c] { return c.Acquisition().FramesLost(); }); }},
-    {L"HardwareType", [](TGenICamCamera&) { return Constant(L"GENICAM"); }},
+    {L"FramesLost",
+     [](TGenICamCamera& c) { return DerivedInteger([&c] { return c.Acquisition().FramesLost(); }); }},
+    {L"HardwareType", [](TGenICamCamera&) { return ConstantText(L"GENICAM"); }},
     {L"ImageSizeBytes",
-     [](TGenICamCamera& c) { return Reading([&c]() -> long long { return c.ImageSizeBytes(); }); }},
+     [](TGenICamCamera& c) { return DerivedInteger([&c]() -> long long { return c.ImageSizeBytes(); }); }},
     {L"MetadataEnable", MakeMetadataEnable},
     {L"Overlap", MakeOverlap},
     {L"PixelEncoding", MakeEncoding},
     {L"PixelReadoutRate", MakeReadoutRate},
     {L"PreAmpGain", MakeGain},
-    {L"PreAmpGainChannel", [](TGenICamCamera&) { return OneWord(L"Low"); }},
+    {L"PreAmpGainChannel", [](TGenICamCamera&) { return OneWordFeature(L"Low"); }},
     {L"PreAmpGainSelector", MakeGainSelector},
     {L"SensorHeight",
-     [](TGenICamCamera& c) { return Reading([&c] { return c.Area().SensorSide(EAxis::Vertical); }); }},
+     [](TGenICamCamera& c) { return DerivedInteger([&c] { return c.Area().SensorSide(EAxis::Vertical); }); }},
     {L"SensorTemperature", MakeTemperature},
     {L"SensorWidth",
-     [](TGenICamCamera& c) { return Reading([&c] { return c.Area().SensorSide(EAxis::Horizontal); }); }},
+     [](TGenICamCamera& c) { return DerivedInteger([&c] { return c.Area().SensorSide(EAxis::Horizontal); }); }},
     {L"SoftwareTrigger",
      [](TGenICamCamera& c) -> std::unique_ptr<IFeature> {
        if (!c.Trigger().IsAvailable(TTriggerMode::Software)) return nullptr;
-       return Command([&c] { return c.SendSoftwareTrigger(); });
+       return CommandFeature([&c] { return c.SendSoftwareTrigger(); });
      }},
     {L"TemperatureStatus", MakeTemperatureStatus},
-    {L"TimestampClockFrequency", [](TGenICamCamera&) { return Reading([] { return kTicksPerSecond; }); }},
-    {L"TimestampClockReset", [](TGenICamCamera& c) { return Command([&c] { return c.ResetTicks(); }); }},
+    {L"TimestampClockFrequency", [](TGenICamCamera&) { return DerivedInteger([] { return kTicksPerSecond; }); }},
+    {L"TimestampClockReset", [](TGenICamCamera& c) { return CommandFeature([&c] { return c.ResetTicks(); }); }},
     {L"TriggerMode", MakeTriggerMode},
 };
 

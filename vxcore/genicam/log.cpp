@@ -14,6 +14,10 @@ namespace {
 
 constexpr std::size_t kMaxText = 1024;
 
+using TLog = QuorinUtility::TQuorinLibDebugOutput;
+static_assert(static_cast<int>(ELog::Error) == TLog::Error && static_cast<int>(ELog::Warning) == TLog::Warning &&
+              static_cast<int>(ELog::Info) == TLog::Info && static_cast<int>(ELog::Debug) == TLog::Debug);
+
 void OnMessage(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer)
 {
   const ELog severity = (level & (G_LOG_LEVEL_ERROR | G_LOG_LEVEL_CRITICAL)) != 0 ? ELog::Error
@@ -43,7 +47,6 @@ std::string TakeDescriptionError()
 
 void Log(ELog severity, const char* format, ...) noexcept
 {
-  using TLog = QuorinUtility::TQuorinLibDebugOutput;
   const auto level = static_cast<TLog::ESeverity>(severity);
   if (!TLog::IsEnabled(level)) return;
   char text[kMaxText];
