@@ -47,6 +47,7 @@ void GenICamTest::Serve(const std::string& address, const std::vector<std::strin
   std::vector<std::string> words = {program, address, "SIM1"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   int pipes[2];
