@@ -393,7 +393,7 @@ class SpoolFullDisk : public Spool, public ::testing::WithParamInterface<TSize>
 TEST_P(SpoolFullDisk, EndsTheRunWithItsStatusAndEveryFrameThatFitsIntact)
 {
   const TSize& size = GetParam();
-  for (const char* room : {"8k", "64k", "2m", "7m", "8700k"}) {
+  for (const char* room : {"4k", "64k", "2m", "7m", "8700k"}) {
     const int result = OnSmallDisk(scratch_.Directory(), room, [&] {
       VXSIM_Configure(kFreeCounterCamera);
       Open(size.width, size.height);
