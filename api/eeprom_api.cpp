@@ -4,12 +4,20 @@
 #include "api/result_maps.h"
 #include "api/TServiceUse.h"
 #include "utility/outputs.h"
+#include "utility/TCallNotes.h"
 #include "vxmcd.h"
 #include "vxmcd_plugins.h"
 
 namespace EntryPoint {
 
 namespace {
+
+bool HasConfiguration(const TServiceUse& camera)
+{
+  if (camera.Configuration()) return true;
+  TCallNotes::AddDetail("there is no configuration library of the camera");
+  return false;
+}
 
 bool ReadEeprom(const TServiceUse& camera)
 {
@@ -21,7 +29,7 @@ bool ReadEeprom(const TServiceUse& camera)
 /// Makes sure that the configuration has the contents of the EEPROM.
 bool loadFromEEPROM(const TServiceUse& camera)
 {
-  if (!camera.Configuration()) return false;
+  if (!HasConfiguration(camera)) return false;
   return camera.IsEepromRead() || ReadEeprom(camera);
 }
 
@@ -31,7 +39,7 @@ unsigned int vxsys_EEPUP(void)
 {
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  if (!camera.Configuration()) return RC_NOT_SUPPORTED;
+  if (!HasConfiguration(camera)) return RC_NOT_SUPPORTED;
   return ReadEeprom(camera) ? RC_SUCCESS : RC_FEATURE_ERROR;
 }
 
@@ -39,7 +47,7 @@ unsigned int vxsys_EEPVR(int* first, int* version)
 {
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  if (!camera.Configuration()) return RC_NOT_SUPPORTED;
+  if (!HasConfiguration(camera)) return RC_NOT_SUPPORTED;
   if (!loadFromEEPROM(camera)) return RC_FEATURE_ERROR;
   const unsigned int number = camera.Configuration()->GetVersion();
   WriteOutput(version, number);
@@ -75,7 +83,7 @@ unsigned int LoadEEPROM(const char* fileName)
 {
   const TServiceUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  if (!camera.Configuration()) return RC_NOT_SUPPORTED;
+  if (!HasConfiguration(camera)) return RC_NOT_SUPPORTED;
   if (camera.Configuration()->LoadFromFile(fileName) != 0) return RC_FEATURE_ERROR;
   return ToResultCode(camera.Configuration()->WriteToEEPROM(), RC_FEATURE_ERROR);
 }

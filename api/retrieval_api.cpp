@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copying images of the current or last run.
 #include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/call_log.h"
 #include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
@@ -53,7 +54,8 @@ unsigned int Fetch(const TCameraUse& camera, Action action)
     if (encoding.Is(FeatureText::kMono32))
       return with(TUnpackedFetchImage<int, Dst>(queue.get(), width, height, stride));
   }
-  return RC_NOT_SUPPORTED;
+  return Refuse(RC_NOT_SUPPORTED, "the camera encodes pixels as %ls, which do not go into %zu bits",
+                encoding.Get(), 8 * sizeof(Dst));
 }
 
 template <class Dst>

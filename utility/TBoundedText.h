@@ -16,7 +16,10 @@ public:
   void Append(const char* format, std::va_list arguments) noexcept
   {
     const int length = std::vsnprintf(text_ + length_, kRoom - length_, format, arguments);
-    if (length < 0) return;
+    if (length < 0) { // a wide character that the locale does not have, behind what was written before it
+      text_[length_] = '\0';
+      return;
+    }
     const std::size_t room = kRoom - 1 - length_;
     cut_ = cut_ || static_cast<std::size_t>(length) > room;
     length_ += std::min(static_cast<std::size_t>(length), room);

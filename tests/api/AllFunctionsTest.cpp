@@ -209,6 +209,12 @@ TEST_F(CallLog, SaysWhatWasAskedForAndWhatTheCameraTakes)
             "SetHSSpeed(0, -1): 20067 RC_P2_INVALID: there is no speed -1; they are 0 to 2\n");
   EXPECT_EQ(LogOf([] { GetReadOutTime(nullptr); }),
             "GetReadOutTime(null): 20066 RC_P1_INVALID: argument 1 is null\n");
+  EXPECT_EQ(
+      LogOf([] { GetOldestImage8(nullptr, 0); }),
+      "GetOldestImage8(null, 0): 20991 RC_NOT_SUPPORTED: the camera encodes pixels as Mono16, which do not go "
+      "into 8 bits\n");
+  EXPECT_EQ(LogOf([] { vxsys_EEPFL(); }),
+            "vxsys_EEPFL(): 20013 RC_FEATURE_ERROR: there is no configuration library of the camera\n");
   EXPECT_EQ(LogOf([] { SetReadMode(4); }), "");
 }
 
