@@ -126,8 +126,11 @@ struct TDisplacement
 };
 
 constexpr TDisplacement kDisplacements[] = {
+    {"mode", "interval"},
     {"frames", "mode=single"},
     {"frames", "mode=accumulate"},
+    {"interval", "mode=single"}, // without its frames it would go on until Ctrl-C
+    {"interval", "mode=accumulate"},
     {"interval", "mode=series"},
     {"interval", "mode=continuous"},
     {"interval", "cycle"},
@@ -136,6 +139,7 @@ constexpr TDisplacement kDisplacements[] = {
     {"accumulations", "mode=continuous"},
     {"accumulation-cycle", "mode=single"},
     {"accumulation-cycle", "mode=continuous"},
+    {"accumulation-cycle", "accumulations=1"},
     {"exposure", "trigger=external-exposure"},
     {"cycle", "trigger=external"},
     {"cycle", "trigger=external-exposure"},

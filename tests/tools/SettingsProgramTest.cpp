@@ -84,6 +84,12 @@ TEST_F(ToolSettings, OptionsComeBeforeTheFile)
                            "line 8: cycle: is left out, since it does not go with --interval"})
     EXPECT_THAT(errors_, HasSubstr(note));
   EXPECT_EQ(Run({"acquire", "--save-settings", file}).exitCode, 4) << "without --overwrite";
+
+  const std::string lapse = directory_.File("[Settings]\nframes = 2\ninterval = 0.1\n", "lapse.ini");
+  EXPECT_THAT(Stored({"--settings", lapse, "--mode", "single"}), ::testing::Not(HasSubstr("interval")));
+  const std::string series = directory_.File("[Settings]\nmode = series\nframes = 2\n", "series.ini");
+  EXPECT_THAT(Stored({"--settings", series, "--interval", "0.1", "-o", directory_.Path("b.tif")}),
+              HasSubstr("frames = 2\ninterval = 0.1\n"));
 }
 
 TEST_F(ToolSettings, MistakesAreNamedWithTheirLine)
