@@ -94,8 +94,9 @@ std::string TGenICamCamera::FeatureSources() const
       candidates += (candidates.empty() ? "" : ",") + candidate;
     char numbers[64];
     std::snprintf(numbers, sizeof numbers, "\t%.12g\t%.12g\n", source.scale, source.offset);
-    text += name + '\t' + NameOf(isReplacement ? EOrigin::Emulated : configuration_.map.OriginOf(name)) + '\t' +
-            source.node + '\t' + candidates + numbers;
+    const char* const origin = NameOf(isReplacement ? EOrigin::Emulated : configuration_.map.OriginOf(name));
+    text.append(name).append("\t").append(origin).append("\t").append(source.node);
+    text.append("\t").append(candidates).append(numbers);
   }
   return text;
 }
