@@ -188,15 +188,13 @@ int TDeviceTable::LoadBackends(std::string& error)
   const bool isFile = !text && path && *path;
   const bool isOfEnvironment = !text;
   auto backends = std::make_shared<TBackendTable>();
-  if (isFile && !ReadConfigurationFile(path, text.emplace(), error)) {
-    error = std::string(path) + ": " + error;
-    return VX_ERR_CONFIGURATION;
-  }
-  if (isOfEnvironment && !ReadShortForm(text, error)) return VX_ERR_CONFIGURATION;
-  if (!LoadTable(text, *backends, error)) {
+  const auto refuse = [&error, isFile, path] {
     if (isFile) error = std::string(path) + ": " + error;
     return VX_ERR_CONFIGURATION;
-  }
+  };
+  if (isFile && !ReadConfigurationFile(path, text.emplace(), error)) return refuse();
+  if (isOfEnvironment && !ReadShortForm(text, error)) return VX_ERR_CONFIGURATION;
+  if (!LoadTable(text, *backends, error)) return refuse();
   for (const std::string& rule : backends->FaultRules()) TFaultPlan::Instance().Add(rule, error);
   backends_ = std::move(backends);
   return VX_SUCCESS;
