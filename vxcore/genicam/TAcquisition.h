@@ -56,7 +56,7 @@ public:
   void Queue(unsigned char* buffer, int sizeBytes)
   {
     queue_.push_back({buffer, sizeBytes});
-    wakeUp_->Wake();
+    if (queue_.size() == 1) wakeUp_->Wake(); // frames wait in the stream only while no buffer is queued
   }
   /// @p lossCode  what a lost camera answers; asked each time
   template <typename LossCode>
