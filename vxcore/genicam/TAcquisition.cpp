@@ -10,6 +10,7 @@ namespace vxgenicam {
 
 namespace {
 
+constexpr std::size_t kMetadataBytes = 24; ///< what WriteMetadata() writes
 constexpr std::uint32_t kEndOfChunks = 0;
 constexpr std::uint32_t kTimestampChunk = 1;
 constexpr std::uint64_t kLastShortId = 0xFFFF; ///< short frame numbers go on with 1
@@ -24,6 +25,11 @@ unsigned char* Put(unsigned char* to, Number number)
 }
 
 } // namespace
+
+std::size_t DeliveredBytes(std::size_t pixelBytes, bool hasMetadata)
+{
+  return pixelBytes + (hasMetadata ? kMetadataBytes : 0);
+}
 
 int TAcquisition::Start(ArvDevice* device, const TStreamOptions& options, const TRunSettings& settings,
                         const TWireShape& shape, const TCrop& crop, std::size_t payloadBytes, std::string& error)
@@ -97,11 +103,6 @@ void TAcquisition::WaitUnlocked(TDeviceLock& lock, std::uint64_t seen, TWakeUp::
   if (--waiters_ == 0 && isClosed_) waitersLeft_.notify_all();
 }
 
-std::size_t TAcquisition::ImageSizeBytes() const
-{
-  return converter_->ImageBytes() + (settings_.hasMetadata ? kMetadataBytes : 0);
-}
-
 /// Fills the first queued buffer with the next image. Frames are left in the stream while no buffer is queued.
 bool TAcquisition::Deliver(unsigned char** buffer, int* sizeBytes)
 {
@@ -133,9 +134,9 @@ bool TAcquisition::Accept(ArvBuffer* frame, unsigned char* image)
   if (!isComplete) ++framesLost_;
   if (!isDelivered || !pixels || (isComplete && !IsAsExpected(frame, bytes))) return false;
   if (added_ == 0) {
-    const auto time = static_cast<std::int64_t>(arv_buffer_get_timestamp(frame));
-    if (!tickBase_) tickBase_ = time;
-    ticks_ = time - *tickBase_;
+    const auto timeNs = static_cast<std::int64_t>(arv_buffer_get_timestamp(frame));
+    if (!tickBaseNs_) tickBaseNs_ = timeNs;
+    ticks_ = timeNs - *tickBaseNs_;
   }
   if (settings_.accumulations > 1) {
     converter_->Add(pixels);

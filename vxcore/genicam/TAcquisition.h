@@ -33,8 +33,12 @@ struct TRunSettings
   EIncomplete incomplete = EIncomplete::Drop;
 };
 
-/// Bytes of the metadata behind each image: a chunk that ends the search for chunks, and the timestamp.
-inline constexpr std::size_t kMetadataBytes = 24;
+/// Timestamps of images are in ns, as Aravis gives them.
+inline constexpr long long kTicksPerSecond = 1'000'000'000;
+
+/// Bytes of a delivered image: its pixels, and behind them, when the run has metadata, a chunk that ends the search for
+/// chunks and one with the timestamp.
+std::size_t DeliveredBytes(std::size_t pixelBytes, bool hasMetadata);
 
 /// Converts the frames of one camera into the buffers that are queued. Owned by TGenICamCamera. Every operation is
 /// called with the device locked, and frames are converted under the lock, so that Flush() and Close() never wait for
@@ -44,9 +48,9 @@ class TAcquisition final
 public:
   explicit TAcquisition(std::shared_ptr<TWakeUp> wakeUp) : wakeUp_(std::move(wakeUp)) {}
 
-  /// Makes ready for frames of @p shape, of which @p crop is the image. The caller then starts the camera, or calls
-  /// Stop(). Queued buffers must be large enough. #VX_ERR_START_REFUSED, with a message, when it cannot be, as for
-  /// frames that no camera has.
+  /// Makes the stream for frames of @p shape, of which @p crop is the image. The caller then starts the camera, or calls
+  /// Stop(). #VX_ERR_START_REFUSED, with a message, when the stream cannot be made, a queued buffer is too small, or
+  /// frames have more than 1 GiB.
   int Start(ArvDevice* device, const TStreamOptions& options, const TRunSettings& settings,
             const TWireShape& shape, const TCrop& crop, std::size_t payloadBytes, std::string& error);
   /// Ends the run; frames that have not been fetched are dropped.
@@ -58,7 +62,9 @@ public:
     queue_.push_back({buffer, sizeBytes});
     if (queue_.size() == 1) wakeUp_->Wake(); // frames wait in the stream only while no buffer is queued
   }
-  /// @p lossCode  what a lost camera answers; asked each time
+  /// Blocks up to the time-out, the lock released meanwhile; wakes for a frame, the end of the run, a lost camera and
+  /// Close().
+  /// @param lossCode  asked at each turn: #VX_SUCCESS, or what a lost camera answers
   template <typename LossCode>
   int Wait(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs, LossCode&& lossCode)
   {
@@ -82,9 +88,9 @@ public:
   std::unique_ptr<TFrameStream> TakeStream() { return std::move(stream_); }
 
   /// Ticks count from the next frame.
-  void ResetTicksWithFrame() { tickBase_.reset(); }
-  /// Ticks count from this time of the camera's clock in ns.
-  void ResetTicks(std::int64_t base) { tickBase_ = base; }
+  void ResetTicksWithFrame() { tickBaseNs_.reset(); }
+  /// Ticks count from this time of the camera's clock.
+  void ResetTicks(std::int64_t baseNs) { tickBaseNs_ = baseNs; }
 
   /// Frames of this run that came incomplete, came when no buffer was free, or did not come at all.
   long long FramesLost() const { return framesLost_; }
@@ -106,7 +112,7 @@ private:
   bool IsAsExpected(ArvBuffer* frame, std::size_t bytes);
   void CountGap(std::uint64_t frameId);
   void WriteMetadata(unsigned char* tail, std::size_t imageBytes) const;
-  std::size_t ImageSizeBytes() const;
+  std::size_t ImageSizeBytes() const { return DeliveredBytes(converter_->ImageBytes(), settings_.hasMetadata); }
   bool HasRoom(const TQueued& one) const { return static_cast<std::size_t>(one.sizeBytes) >= ImageSizeBytes(); }
 
   const std::shared_ptr<TWakeUp> wakeUp_;
@@ -126,9 +132,9 @@ private:
   long long added_ = 0; ///< frames in the sum
   long long framesLost_ = 0;
   TWakeUp::TClock::time_point started_;
-  std::uint64_t lastFrameId_ = 0;            ///< 0: none yet
-  std::optional<std::int64_t> tickBase_ = 0; ///< none: the next frame's time
-  std::int64_t ticks_ = 0;                   ///< of the image's first frame
+  std::uint64_t lastFrameId_ = 0;              ///< 0: none yet
+  std::optional<std::int64_t> tickBaseNs_ = 0; ///< none: the next frame's time
+  std::int64_t ticks_ = 0;                     ///< of the image's first frame
 };
 
 } // namespace vxgenicam

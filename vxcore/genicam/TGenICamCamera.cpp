@@ -14,9 +14,7 @@ namespace vxgenicam {
 
 namespace {
 
-constexpr const char* kPixelFormat = "PixelFormat";
-constexpr const char* kTicksOfOldCameras = "GevTimestampValue"; ///< newer ones count nanoseconds
-constexpr long long kNanosecondsPerSecond = 1'000'000'000;
+constexpr const char* kGevTimestampValue = "GevTimestampValue"; ///< of older cameras, in ticks of their clock
 
 void OnControlLost(ArvDevice*, gpointer link)
 {
@@ -105,7 +103,7 @@ std::string TGenICamCamera::FeatureSources() const
 void TGenICamCamera::ChooseEncoding()
 {
   std::string name;
-  nodes_.GetText(kPixelFormat, name);
+  nodes_.GetText(SourceOf("PixelEncoding").node, name);
   const auto present = WireFormatOf(name);
   for (int index = 0; present && index < kEncodingCount - 1; ++index) {
     const auto encoding = static_cast<EEncoding>(index);
@@ -145,8 +143,7 @@ int TGenICamCamera::ImageSizeBytes() const
 {
   const auto width = static_cast<std::size_t>(area_.Side(TImageArea::Horizontal));
   const auto height = static_cast<std::size_t>(area_.Side(TImageArea::Vertical));
-  const std::size_t bytes =
-      StrideOf(settings_.encoding, width) * height + (settings_.hasMetadata ? kMetadataBytes : 0);
+  const std::size_t bytes = DeliveredBytes(StrideOf(settings_.encoding, width) * height, settings_.hasMetadata);
   return static_cast<int>(std::min(bytes, static_cast<std::size_t>(std::numeric_limits<int>::max())));
 }
 
@@ -216,8 +213,8 @@ std::optional<long long> TGenICamCamera::TickFrequency() const
   if (!ARV_IS_GV_DEVICE(device_.get())) return std::nullopt;
   TError error;
   const guint64 ticks = arv_gv_device_get_timestamp_tick_frequency(ARV_GV_DEVICE(device_.get()), error.Out());
-  constexpr guint64 kMaxTicks = 1'000'000'000;
-  return ticks > 0 && ticks <= kMaxTicks ? std::optional(static_cast<long long>(ticks)) : std::nullopt;
+  return ticks > 0 && ticks <= static_cast<guint64>(kTicksPerSecond) ? std::optional(static_cast<long long>(ticks))
+                                                                     : std::nullopt;
 }
 
 /// Makes ticks count from now: by the camera's own reset, from its clock as it is read now, or else from the next frame.
@@ -228,13 +225,12 @@ int TGenICamCamera::ResetTicks()
     return VX_SUCCESS;
   }
   const std::string latch = nodes_.FirstOf({"TimestampLatch", "GevTimestampControlLatch"});
-  const std::string value = nodes_.FirstOf({"TimestampLatchValue", kTicksOfOldCameras});
-  const std::optional<long long> frequency = value == kTicksOfOldCameras ? TickFrequency() : kNanosecondsPerSecond;
+  const std::string value = nodes_.FirstOf({"TimestampLatchValue", kGevTimestampValue});
+  const std::optional<long long> frequency = value == kGevTimestampValue ? TickFrequency() : kTicksPerSecond;
   long long now = 0;
   if (frequency && !latch.empty() && nodes_.Execute(latch) == VX_SUCCESS &&
       nodes_.GetInteger(value, now) == VX_SUCCESS)
-    acquisition_.ResetTicks(now / *frequency * kNanosecondsPerSecond +
-                            now % *frequency * kNanosecondsPerSecond / *frequency);
+    acquisition_.ResetTicks(now / *frequency * kTicksPerSecond + now % *frequency * kTicksPerSecond / *frequency);
   else
     acquisition_.ResetTicksWithFrame();
   return VX_SUCCESS;

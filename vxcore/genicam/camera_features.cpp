@@ -20,8 +20,7 @@ using TFeatures = std::map<std::wstring, std::unique_ptr<IFeature>, std::less<>>
 using EAxis = TImageArea::EAxis;
 
 constexpr long long kMaxFrames = 0x7FFF'FFFF;
-constexpr long long kMaxAccumulations = 32767;       ///< so many 16-bit pixels fit into a sum
-constexpr long long kTicksPerSecond = 1'000'000'000; ///< Aravis gives the time of frames in ns
+constexpr long long kMaxAccumulations = 32767; ///< so many 16-bit pixels fit into a sum
 
 // ------------------------------------------------------------------------------------------------ The image area
 

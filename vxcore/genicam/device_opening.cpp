@@ -21,8 +21,9 @@ namespace {
 constexpr in_port_t kControlPort = 3956; ///< of the GigE Vision control protocol
 constexpr std::string_view kUsb = "usb:";
 constexpr std::string_view kFake = "Fake_";
-constexpr const char* kNetworkInterface = "GigEVision";
-constexpr const char* kUsbInterface = "USB3Vision";
+// Names of Aravis, of interfaces and of protocols alike.
+constexpr const char* kGigEVision = "GigEVision";
+constexpr const char* kUsb3Vision = "USB3Vision";
 
 /// Lists and opens one at a time: Aravis keeps its list of devices for the process.
 std::mutex& ListMutex()
@@ -89,13 +90,13 @@ TObject<ArvDevice> OpenOnNetwork(const std::string& host, TError& failure, std::
 
 std::string UsbIdentifierOf(const std::string& serial)
 {
-  arv_disable_interface(kNetworkInterface); // a list of the USB buses alone: nothing leaves the machine
-  arv_enable_interface(kUsbInterface);
+  arv_disable_interface(kGigEVision); // a list of the USB buses alone: nothing leaves the machine
+  arv_enable_interface(kUsb3Vision);
   arv_update_device_list();
   for (unsigned int index = 0; index < arv_get_n_devices(); ++index) {
     const char* protocol = arv_get_device_protocol(index);
     const char* number = arv_get_device_serial_nbr(index);
-    if (protocol && number && std::string_view(protocol) == "USB3Vision" && serial == number)
+    if (protocol && number && std::string_view(protocol) == kUsb3Vision && serial == number)
       return arv_get_device_id(index);
   }
   return "";
@@ -153,15 +154,15 @@ std::optional<int> LargestPacketFrom(const std::string& host)
 std::vector<std::string> DiscoverDevices()
 {
   const std::lock_guard lock(ListMutex());
-  arv_enable_interface(kNetworkInterface);
-  arv_enable_interface(kUsbInterface);
+  arv_enable_interface(kGigEVision);
+  arv_enable_interface(kUsb3Vision);
   arv_update_device_list();
   std::vector<std::string> addresses;
   for (unsigned int index = 0; index < arv_get_n_devices(); ++index) {
     const std::string_view protocol = arv_get_device_protocol(index);
-    if (protocol == "USB3Vision")
+    if (protocol == kUsb3Vision)
       addresses.push_back(std::string(kUsb) + arv_get_device_serial_nbr(index));
-    else if (protocol == "GigEVision")
+    else if (protocol == kGigEVision)
       addresses.emplace_back(arv_get_device_address(index));
   }
   std::ranges::sort(addresses); // the same cameras have the same numbers each time
