@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Acquisition and read modes, counts and overlap.
-#include "api/call_log.h"
 #include "api/entry_points.h"
+#include "api/numbered_texts.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 
 namespace EntryPoint {
+
+namespace {
+
+constexpr TNumberedText kReadModes[] = {{2, FeatureText::kTrack}, {4, FeatureText::kImage}};
+
+} // namespace
 
 unsigned int SetAcquisitionMode(int mode)
 {
@@ -34,16 +40,10 @@ unsigned int SetReadMode(int mode)
 {
   const TCameraUse camera;
   if (!camera) return RC_NOT_INITIALIZED;
-  switch (mode) {
-  case 2:
-    WriteText(camera.CoreHandle(), Feature::kAOILayout, FeatureText::kTrack);
-    return RC_SUCCESS;
-  case 4:
-    WriteText(camera.CoreHandle(), Feature::kAOILayout, FeatureText::kImage);
-    return RC_SUCCESS;
-  default:
-    return Refuse(RC_P1_INVALID, "the read modes are 2 and 4");
-  }
+  const wchar_t* const text = TextOf(mode, kReadModes, "read modes");
+  if (!text) return RC_P1_INVALID;
+  WriteText(camera.CoreHandle(), Feature::kAOILayout, text); // callers rely on success even if the camera refuses
+  return RC_SUCCESS;
 }
 
 unsigned int SetOverlapMode(int on)

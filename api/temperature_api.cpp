@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Cooling and temperature.
-#include "api/call_log.h"
 #include "api/entry_points.h"
+#include "api/numbered_texts.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
@@ -26,20 +26,7 @@ int Truncate(double value)
   return value == value ? static_cast<int>(value) : 0;
 }
 
-// The "FanSpeed" text of a fan mode, or null.
-const wchar_t* FanText(int mode)
-{
-  switch (mode) {
-  case 0:
-    return FeatureText::kOn;
-  case 1:
-    return FeatureText::kLow;
-  case 2:
-    return FeatureText::kOff;
-  default:
-    return nullptr;
-  }
-}
+constexpr TNumberedText kFanModes[] = {{0, FeatureText::kOn}, {1, FeatureText::kLow}, {2, FeatureText::kOff}};
 
 unsigned int SwitchCooler(bool isOn)
 {
@@ -146,8 +133,8 @@ unsigned int SetFanMode(int mode)
   if (!isImplemented(camera.CoreHandle(), Feature::kFanSpeed)) return RC_NOT_SUPPORTED;
   int count = 0;
   ReadValueCount(camera.CoreHandle(), Feature::kFanSpeed, count); // not needed; kept as a call to the camera
-  const wchar_t* const text = FanText(mode);
-  if (!text) return Refuse(RC_P1_INVALID, "the fan modes are 0, 1 and 2");
+  const wchar_t* const text = TextOf(mode, kFanModes, "fan modes");
+  if (!text) return RC_P1_INVALID;
   return ToResultCode(WriteText(camera.CoreHandle(), Feature::kFanSpeed, text), RC_P1_INVALID);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Trigger modes and the software trigger.
-#include "api/call_log.h"
 #include "api/entry_points.h"
+#include "api/numbered_texts.h"
 #include "api/TCameraUse.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
@@ -11,24 +11,12 @@ namespace EntryPoint {
 
 namespace {
 
-// The "TriggerMode" text of a mode number, or null; `external` is the camera's text for its external mode.
-const wchar_t* TriggerModeText(int mode, const std::wstring& external)
-{
-  switch (mode) {
-  case 0:
-    return FeatureText::kInternal;
-  case 1:
-    return external.c_str();
-  case 6:
-    return FeatureText::kExternalStart;
-  case 7:
-    return FeatureText::kExternalExposure;
-  case 10:
-    return FeatureText::kSoftware;
-  default:
-    return nullptr;
-  }
-}
+constexpr int kExternalMode = 1; // its text depends on the camera
+constexpr TNumberedText kTriggerModes[] = {{0, FeatureText::kInternal},
+                                           {kExternalMode, FeatureText::kExternal},
+                                           {6, FeatureText::kExternalStart},
+                                           {7, FeatureText::kExternalExposure},
+                                           {10, FeatureText::kSoftware}};
 
 } // namespace
 
@@ -38,9 +26,10 @@ unsigned int SetTriggerMode(int mode)
   if (!camera) return RC_NOT_INITIALIZED;
   std::wstring external;
   if (const unsigned int code = TriggerModeFeatureFinder(external); code != RC_SUCCESS) return code;
-  const wchar_t* const text = TriggerModeText(mode, external);
-  if (!text) return Refuse(RC_P1_INVALID, "the trigger modes are 0, 1, 6, 7 and 10");
-  return CheckSetEnumeratedIndex(Feature::kTriggerMode, text, RC_INVALID_TRIGGER_MODE);
+  const wchar_t* const text = TextOf(mode, kTriggerModes, "trigger modes");
+  if (!text) return RC_P1_INVALID;
+  return CheckSetEnumeratedIndex(Feature::kTriggerMode, mode == kExternalMode ? external.c_str() : text,
+                                 RC_INVALID_TRIGGER_MODE);
 }
 
 unsigned int TriggerModeFeatureFinder(std::wstring& value)

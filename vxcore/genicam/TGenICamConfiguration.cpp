@@ -2,13 +2,20 @@
 // Keys of the [GenICam] section.
 #include "vxcore/genicam/TGenICamConfiguration.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace vxgenicam {
 
 namespace {
 
+constexpr int kMinPoolFrames = 2;
 constexpr int kMaxPoolFrames = 4096;
 constexpr int kMinPacketBytes = 576; ///< what every network carries
 constexpr int kMaxPacketBytes = 16384;
+
+constexpr std::pair<const char*, EIncomplete> kIncomplete[] = {{"drop", EIncomplete::Drop},
+                                                               {"deliver", EIncomplete::Deliver}};
 
 using TReader = bool (*)(TGenICamConfiguration& configuration, const std::string& value, std::string& error);
 
@@ -37,15 +44,14 @@ bool ReadLine(TGenICamConfiguration& configuration, const std::string& value, st
 
 bool ReadPool(TGenICamConfiguration& configuration, const std::string& value, std::string&)
 {
-  return vxcore::ReadInteger(value, 2, kMaxPoolFrames, configuration.stream.poolFrames);
+  return vxcore::ReadInteger(value, kMinPoolFrames, kMaxPoolFrames, configuration.stream.poolFrames);
 }
 
 bool ReadIncomplete(TGenICamConfiguration& configuration, const std::string& value, std::string&)
 {
-  if (value == "deliver")
-    configuration.incomplete = EIncomplete::Deliver;
-  else if (value == "drop")
-    configuration.incomplete = EIncomplete::Drop;
+  configuration.incomplete.reset();
+  for (const auto& [word, incomplete] : kIncomplete)
+    if (value == word) configuration.incomplete = incomplete;
   return configuration.incomplete.has_value();
 }
 
@@ -64,28 +70,36 @@ struct TKey
 {
   const char* name;
   TReader read;
-  const char* form; ///< what is accepted, where the reader does not say it
+  std::string form = {}; ///< what is accepted, where the reader does not say it
 };
 
-constexpr TKey kKeys[] = {
-    {"Devices", ReadDevices, "addresses with commas between them are"},
-    {"Map", ReadMap, "the name of a map file is"},
-    {"Line", ReadLine, "the name of an input, Line1, is"},
-    {"Pool", ReadPool, "a number of frames from 2 to 4096 is"},
-    {"Incomplete", ReadIncomplete, "drop or deliver is"},
-    {"PacketSize", ReadPacketSize, "auto, or a number of bytes from 576 to 16384, is"},
-    {"PacketSocket", ReadPacketSocket, "on or off is"},
-};
+std::string NumberOf(const char* what, int minimum, int maximum)
+{
+  return std::string("a number of ") + what + " from " + std::to_string(minimum) + " to " +
+         std::to_string(maximum);
+}
+
+std::vector<TKey> Keys()
+{
+  return {
+      {"Devices", ReadDevices},
+      {"Map", ReadMap},
+      {"Line", ReadLine, "the name of an input, Line1, is"},
+      {"Pool", ReadPool, NumberOf("frames", kMinPoolFrames, kMaxPoolFrames) + " is"},
+      {"Incomplete", ReadIncomplete, std::string(kIncomplete[0].first) + " or " + kIncomplete[1].first + " is"},
+      {"PacketSize", ReadPacketSize, "auto, or " + NumberOf("bytes", kMinPacketBytes, kMaxPacketBytes) + ", is"},
+      {"PacketSocket", ReadPacketSocket, "on or off is"},
+  };
+}
 
 } // namespace
 
 bool TGenICamConfiguration::Read(const vxcore::TBackendEntries& entries, std::string& error)
 {
+  const std::vector<TKey> keys = Keys();
   for (const vxcore::TConfigurationEntry& entry : entries) {
-    const TKey* key = nullptr;
-    for (const TKey& one : kKeys)
-      if (entry.key == one.name) key = &one;
-    if (!key) {
+    const auto key = std::ranges::find(keys, entry.key, &TKey::name);
+    if (key == keys.end()) {
       error = entry.Where() + ": unknown key";
       return false;
     }
