@@ -20,35 +20,8 @@ constexpr struct
   int code;
   const char* name;
 } kCodes[] = {
-#define ROW(name)                                                                                                 \
-  {                                                                                                               \
-    name, #name                                                                                                   \
-  }
-    ROW(VX_ERR_NOT_IMPLEMENTED),
-    ROW(VX_ERR_NOT_READABLE),
-    ROW(VX_ERR_NOT_AVAILABLE),
-    ROW(VX_ERR_NOT_WRITABLE),
-    ROW(VX_ERR_OUT_OF_RANGE),
-    ROW(VX_ERR_START_REFUSED),
-    ROW(VX_ERR_NOT_INITIALISED),
-    ROW(VX_ERR_INVALID_HANDLE),
-    ROW(VX_ERR_NO_SUCH_DEVICE),
-    ROW(VX_ERR_DEVICE_IN_USE),
-    ROW(VX_ERR_NULL_ARGUMENT),
-    ROW(VX_ERR_WRONG_KIND),
-    ROW(VX_ERR_INDEX_NOT_AVAILABLE),
-    ROW(VX_ERR_INDEX_NOT_IMPLEMENTED),
-    ROW(VX_ERR_STRING_NOT_AVAILABLE),
-    ROW(VX_ERR_TEXT_TOO_LONG),
-    ROW(VX_ERR_TIMED_OUT),
-    ROW(VX_ERR_BUFFER_MISALIGNED),
-    ROW(VX_ERR_BUFFER_TOO_SMALL),
-    ROW(VX_ERR_COMMUNICATION),
-    ROW(VX_ERR_OUT_OF_MEMORY),
-    ROW(VX_ERR_CONFIGURATION),
-    ROW(VX_ERR_BUS),
-    ROW(VX_ERR_HARDWARE_OVERFLOW),
-#undef ROW
+#define VX_CODE(name, meaning) {name, #name},
+#include "vxcore/result_codes.def"
 };
 
 const char* NameOf(int code)

@@ -58,15 +58,15 @@ extern "C" {
 #define VX_ERR_NOT_IMPLEMENTED 2 /**< the camera has no such feature */
 #define VX_ERR_NOT_READABLE 3    /**< the feature cannot be read */
 #define VX_ERR_NOT_AVAILABLE 4   /**< not available under the present settings */
-#define VX_ERR_NOT_WRITABLE 5    /**< not writable now, for example while acquiring */
+#define VX_ERR_NOT_WRITABLE 5    /**< the feature cannot be written, or not now: while acquiring, for example */
 #define VX_ERR_OUT_OF_RANGE 6    /**< the value is outside the feature's present limits */
 #define VX_ERR_START_REFUSED                                                                                      \
   37                              /**< "AcquisitionStart" refused: acquiring already, a queued buffer is too small,
                                             or the settings allow no frame */
 #define VX_ERR_NOT_INITIALISED 40 /**< the library is not initialised */
 #define VX_ERR_INVALID_HANDLE 41  /**< no open device has this handle */
-#define VX_ERR_NO_SUCH_DEVICE 42  /**< no device has this index */
-#define VX_ERR_DEVICE_IN_USE 43   /**< the device is open already */
+#define VX_ERR_NO_SUCH_DEVICE 42  /**< there is no camera with this index */
+#define VX_ERR_DEVICE_IN_USE 43   /**< another program uses the camera, or this one has it open */
 #define VX_ERR_NULL_ARGUMENT 44   /**< a required pointer is null */
 #define VX_ERR_WRONG_KIND 45      /**< the feature is of another kind than the operation */
 #define VX_ERR_INDEX_NOT_AVAILABLE 46   /**< the enumerated value is not available under the present settings */
@@ -76,9 +76,9 @@ extern "C" {
 #define VX_ERR_TIMED_OUT 50             /**< no frame arrived within the time-out */
 #define VX_ERR_BUFFER_MISALIGNED 51     /**< the buffer does not start at a multiple of #VX_BUFFER_ALIGNMENT */
 #define VX_ERR_BUFFER_TOO_SMALL 52      /**< the buffer is smaller than "ImageSizeBytes" */
-#define VX_ERR_COMMUNICATION 53         /**< the device does not answer: unplugged, or powered down */
-#define VX_ERR_OUT_OF_MEMORY 54         /**< the library could not allocate */
-#define VX_ERR_CONFIGURATION 55         /**< the library's configuration cannot be read or has an error */
+#define VX_ERR_COMMUNICATION 53         /**< the camera does not answer */
+#define VX_ERR_OUT_OF_MEMORY 54         /**< out of memory */
+#define VX_ERR_CONFIGURATION 55         /**< the configuration of the cameras cannot be read or has an error */
 #define VX_ERR_BUS 56                   /**< no device on the bus answered, or it refused the transfer */
 #define VX_ERR_HARDWARE_OVERFLOW 100    /**< the camera's memory overflowed: frames were lost */
 /** @} */

@@ -18,18 +18,8 @@ struct TMeaning
 };
 
 constexpr TMeaning kMeanings[] = {
-    {VX_ERR_NOT_IMPLEMENTED, "the camera has no such feature"},
-    {VX_ERR_NOT_READABLE, "it cannot be read"},
-    {VX_ERR_NOT_AVAILABLE, "not available under the present settings"},
-    {VX_ERR_NOT_WRITABLE, "it cannot be written, or not now"},
-    {VX_ERR_OUT_OF_RANGE, "outside the present limits"},
-    {VX_ERR_NO_SUCH_DEVICE, "there is no such camera"},
-    {VX_ERR_DEVICE_IN_USE, "another program uses the camera"},
-    {VX_ERR_INDEX_NOT_AVAILABLE, "not available under the present settings"},
-    {VX_ERR_STRING_NOT_AVAILABLE, "not one of its values"},
-    {VX_ERR_COMMUNICATION, "the camera does not answer"},
-    {VX_ERR_OUT_OF_MEMORY, "out of memory"},
-    {VX_ERR_CONFIGURATION, "the configuration of the cameras has an error"},
+#define VX_CODE(name, meaning) {name, meaning},
+#include "vxcore/result_codes.def"
 };
 
 bool IsCharacter(char32_t value)

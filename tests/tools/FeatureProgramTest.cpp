@@ -94,7 +94,7 @@ TEST_F(ToolFeatures, AreReadSetAndRefusedWithWhatIsAccepted)
       {{"set", "Overlap=maybe"}, "Overlap: maybe is not accepted; on or off is"},
       {{"set", "FanSpeed=low"}, "FanSpeed: low is not accepted; Off, Low or On is; the nearest is Low"},
       {{"set", "PixelEncoding=Mono12"}, "PixelEncoding: Mono12 is not accepted; Mono16 or Mono32 is; it is not"},
-      {{"set", "SensorWidth=5"}, "SensorWidth: VX_SetInt: 5: it cannot be written"},
+      {{"set", "SensorWidth=5"}, "SensorWidth: VX_SetInt: 5: the feature cannot be written"},
       {{"set", "SoftwareTrigger=1"}, "SoftwareTrigger: it is a command"},
       {{"set", "Overlap=on", "Foo=1"},
        "Foo: this camera has no such feature; vxmcd get lists its features; set before"},
