@@ -5,6 +5,7 @@
 #include "acquisition/TCircularBuffer.h"
 #include "acquisition/TDispatchQueue.h"
 #include "acquisition/TFetchQueue.h"
+#include "acquisition/TRunCamera.h"
 #include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
@@ -102,12 +103,13 @@ TAcquisitionThread::~TAcquisitionThread()
   workThread_->WaitForCompletion();
 }
 
-void TAcquisitionThread::Start()
+void TAcquisitionThread::Start(std::shared_ptr<const TRunCamera> camera)
 {
   if (!IsAlive()) return;
   {
     const TLock lock(runMutex_);
     ++requestedRun_;
+    requestedCamera_ = std::move(camera);
   }
   startEvent_.Set();
 }
@@ -201,6 +203,7 @@ bool TAcquisitionThread::BeginRun()
     if (begunRun_ == requestedRun_) return false;
     stoppedEvent_.Reset();
     begunRun_ = requestedRun_;
+    camera_ = std::move(requestedCamera_);
     timedOut_ = false;
     stopRequested_ = stoppedRun_ >= begunRun_;
     hardwareOverflow_ = false;
@@ -208,6 +211,7 @@ bool TAcquisitionThread::BeginRun()
     startedEvent_.Set();
   }
   runChanged_.NotifyAll();
+  fetchQueue_->SetCamera(camera_.get());
   return true;
 }
 
@@ -342,8 +346,9 @@ void TAcquisitionThread::EndRun()
   Finalise();
   {
     const TAutoQuorinCriticalSection lock(cameraLock_);
-    SendCommand(CurrentCoreHandle(), Feature::kAcquisitionStop);
+    SendCommand(camera_ ? camera_->CoreHandle() : CurrentCoreHandle(), Feature::kAcquisitionStop);
   }
+  fetchQueue_->SetCamera(nullptr);
   {
     TLock lock(runMutex_);
     // An action may request another one.
@@ -352,6 +357,7 @@ void TAcquisitionThread::EndRun()
       action();
       lock.Relock();
     }
+    camera_.reset();
     startedEvent_.Reset();
     stoppedEvent_.Set();
     endedRun_ = begunRun_;

@@ -19,6 +19,7 @@ class IDispatchRoutine;
 class TCircularBuffer;
 class TDispatchQueue;
 class TFetchQueue;
+class TRunCamera;
 
 namespace QuorinUtility {
 class TQuorinCriticalSection;
@@ -49,8 +50,8 @@ public:
   /// Whether runs go on until Stop() instead of counting down.
   void SetContinuousMode(bool continuous) { continuous_ = continuous; }
 
-  /// Requests a run. Does not wait.
-  void Start();
+  /// Requests a run, which addresses @p camera and keeps it until it ends, or else the current camera. Does not wait.
+  void Start(std::shared_ptr<const TRunCamera> camera = nullptr);
   /// Asks the run in progress, or just requested, to end. Does not wait; it ends when the present wait for a frame
   /// does, within one fetch slice of 100 ms.
   void Stop();
@@ -121,7 +122,9 @@ private:
   TCircularBuffer* circularBuffer_;
   IDispatchRoutine* dispatchRoutine_;
   TPerformanceLog performanceLog_;
-  std::uint64_t strayBuffers_ = 0; // of the run in progress; acquisition thread only
+  // Of the run in progress; acquisition thread only.
+  std::uint64_t strayBuffers_ = 0;
+  std::shared_ptr<const TRunCamera> camera_;
 
   // runChanged_ is notified of every change. Begun and ended are the numbers of the last run that did so; the started
   // and stopped events mirror them, but do not say which run they belong to.
@@ -131,5 +134,6 @@ private:
   std::uint64_t begunRun_ GUARDED_BY(runMutex_) = 0;
   std::uint64_t endedRun_ GUARDED_BY(runMutex_) = 0;
   std::uint64_t stoppedRun_ GUARDED_BY(runMutex_) = 0; // Stop() was called for this run and those before it
+  std::shared_ptr<const TRunCamera> requestedCamera_ GUARDED_BY(runMutex_);
   std::function<void()> endOfRunAction_ GUARDED_BY(runMutex_);
 };

@@ -2,6 +2,8 @@
 // Where the acquisition thread gets frames from.
 #pragma once
 
+class TRunCamera;
+
 /// The source of a run's frames. Called by the acquisition thread only.
 class TFetchQueue
 {
@@ -12,5 +14,7 @@ public:
 
   /// Waits for the next frame for at most @p timeoutMs.
   virtual int Fetch(unsigned char*& buffer, int& sizeBytes, int timeoutMs) = 0;
+  /// The camera of the run that begins, which stays until the next call; null at the end of the run.
+  virtual void SetCamera(const TRunCamera* /*camera*/) {}
   virtual ~TFetchQueue() = default;
 };

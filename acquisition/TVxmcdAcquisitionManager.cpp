@@ -4,6 +4,7 @@
 
 #include "acquisition/frame_timeout.h"
 #include "acquisition/frame_timestamp.h"
+#include "acquisition/TRunCamera.h"
 #include "features/device_access.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
@@ -141,6 +142,7 @@ int TVxmcdAcquisitionManager::StartRun()
     TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "there is no acquisition thread");
     return kStartFailed;
   }
+  auto camera = std::make_shared<const TRunCamera>(coreHandle_);
   const std::int64_t frameSizeBytes = ReadFrameSize(coreHandle_);
   const int timeoutMs = FrameTimeoutMs(coreHandle_);
   if (!EndEarlierRun()) return kStartFailed;
@@ -168,7 +170,7 @@ int TVxmcdAcquisitionManager::StartRun()
     return kStartFailed;
   }
   if (code == VX_SUCCESS) GetDispatchQueue()->Begin();
-  thread_->Start();
+  thread_->Start(std::move(camera));
   thread_->WaitForBegin(kStartTimeoutMs);
   return kDone;
 }

@@ -28,7 +28,7 @@ class TQuorinCriticalSection;
 
 /// Starts and stops the acquisitions of one camera and knows where their frames are. Owned by the camera's record;
 /// borrows the camera lock. Its starts and stops address its own camera, which is the current one when a program calls
-/// them; its thread addresses the camera that is current at the moment.
+/// them; its thread addresses the camera that is current at the moment or, with independent cameras, its own.
 /// Thread-safe: starts, stops and releases of memory exclude each other, and the rest may be called meanwhile.
 /// Callers that stay inside for long, in a wait or a copy, count themselves in Uses(); Close() ends the waits and
 /// blocks until all of them have left.

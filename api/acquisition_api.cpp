@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Starting, stopping and waiting for an acquisition, and its status.
+#include "acquisition/TRunCamera.h"
 #include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
@@ -43,15 +44,16 @@ int StatusOf(TVxmcdAcquisitionManager& manager)
   return isRunning ? RC_ACQUIRING : RC_IDLE;
 }
 
-// Nothing refuses a second run.
+// Nothing refuses a second run, whose frames only independent cameras have for themselves.
 void WarnOfOtherRun(const TCameraUse& camera)
 {
-  if (!TQuorinLibDebugOutput::IsEnabled(TQuorinLibDebugOutput::Warning)) return;
+  if (!TQuorinLibDebugOutput::IsEnabled(TQuorinLibDebugOutput::Warning) || TRunCamera::IsSetIndependent()) return;
   if (const std::optional<long> other = FindOtherRun(camera.Record()))
     TQuorinLibDebugOutput::Output(
         __FILE__, __LINE__, "StartAcquisition", TQuorinLibDebugOutput::Warning,
         "camera %ld is started while camera %ld acquires: both runs now fetch frames from the "
-        "current camera, so both lose frames; abort one of them",
+        "current camera, so both lose frames; abort one of them, or call vxmcd_SetIndependentCameras(1) or set "
+        "VXMCD_INDEPENDENT_CAMERAS=1 before they are started",
         CurrentCameraHandle(), *other);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Choosing a camera.
+#include "acquisition/TRunCamera.h"
 #include "api/call_log.h"
 #include "api/camera_registry.h"
 #include "api/entry_points.h"
@@ -58,6 +59,15 @@ unsigned int GetSDK3Handle(int* handle)
 {
   if (!handle) return RC_P1_INVALID;
   *handle = CurrentCoreHandle();
+  return RC_SUCCESS;
+}
+
+unsigned int vxmcd_SetIndependentCameras(int enable)
+{
+  if (enable != 0 && enable != 1) return RC_P1_INVALID;
+  if (IsForkedChild()) return RC_NOT_SUPPORTED;
+  if (!TRunCamera::SetIndependent(enable == 1))
+    return Refuse(RC_ACQUIRING, "a camera acquires or is being started");
   return RC_SUCCESS;
 }
 

@@ -20,7 +20,8 @@
  *    its forms) while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function.
  * 6. Only the functions that say so block; the others return after a few calls into the feature library.
  * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do
- *    not call SetCurrentCamera() until the run has ended.
+ *    not call SetCurrentCamera() until the run has ended. With vxmcd_SetIndependentCameras() any number of cameras
+ *    acquire at the same time.
  * 8. Some 430 functions of older cameras are kept so that their programs link and run; they do nothing but return a
  *    code, and some write a fixed value. They are in vxmcd_fixed_results.h, which is part of this file.
  */
@@ -112,6 +113,24 @@ VXMCD_API unsigned int GetSDK3Handle(int* handle);
 /** The record of the camera with this handle, or of no camera when it is not open; never null. Borrowed until the
  *  camera's ShutDown(). */
 VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
+/**
+ * Chooses whether several cameras may acquire at the same time. It counts for all cameras of the process, from the next
+ * StartAcquisition() of each on.
+ *
+ * With 0, which is the default, a run takes its frames from the camera that is current at the moment, so that one camera
+ * acquires at a time. With 1 a run belongs to the camera that started it: whichever camera is current meanwhile, its
+ * frames, its end and its recording are those of its own camera. SetCurrentCamera() then only chooses which camera the
+ * next calls are for, also while cameras acquire; wait for any of them with WaitForAcquisitionByHandle().
+ *
+ * The environment variable VXMCD_INDEPENDENT_CAMERAS, read when the library is loaded, sets it for programs that do not
+ * call this function: 1 is on, 0 and nothing are off.
+ * Thread-safe; does not block.
+ * @param enable  1 on, 0 off
+ * @return #RC_SUCCESS, also when it is so already; #RC_P1_INVALID for any other number; #RC_ACQUIRING when it would change
+ *         while any camera acquires or is being started; #RC_NOT_SUPPORTED in a child that was forked while cameras were
+ *         open
+ */
+VXMCD_API unsigned int vxmcd_SetIndependentCameras(int enable);
 /** @} */
 
 /** @defgroup lifecycle Opening, closing, version

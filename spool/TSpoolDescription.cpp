@@ -2,7 +2,6 @@
 // Describes a spooled run in its directory.
 #include "spool/TSpoolDescription.h"
 
-#include "features/current_core_handle.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/SDK3Features.h"
@@ -113,11 +112,11 @@ RunFormat::State StateOf(const TSpoolDescription::TOutcome& outcome)
 
 } // namespace
 
-void TSpoolDescription::Gather(int method, std::uint32_t seriesLength)
+void TSpoolDescription::Gather(int coreHandle, int method, std::uint32_t seriesLength)
 {
   method_ = method;
   seriesLength_ = seriesLength;
-  for (const TSetting& setting : kSettings) Describe(metadata_, CurrentCoreHandle(), setting);
+  for (const TSetting& setting : kSettings) Describe(metadata_, coreHandle, setting);
 }
 
 bool TSpoolDescription::Begin(const std::string& directory, const TSpoolLayout& layout)

@@ -28,8 +28,8 @@ public:
     std::optional<std::int64_t> firstFrameTick;
   };
 
-  /// Reads the settings of the current camera, those that it has.
-  void Gather(int method, std::uint32_t seriesLength);
+  /// Reads the settings of the camera @p coreHandle, those that it has.
+  void Gather(int coreHandle, int method, std::uint32_t seriesLength);
   /// Describes the run that begins. Returns false, with the reason in errno, when anything but a setting of the camera
   /// is missing or the file could not be written.
   bool Begin(const std::string& directory, const TSpoolLayout& layout);

@@ -39,5 +39,5 @@ struct TSpoolSettings
   int method = TSpoolLayout::kImagesTogether;
   int threadCount = 2;
   std::uint64_t slots = 0;        ///< of the ring that the images come from, 0 when that is not known
-  int coreHandle = kNoCoreHandle; ///< of the camera that the slots go back to
+  int coreHandle = kNoCoreHandle; ///< of the camera that is recorded and that the slots go back to
 };

@@ -47,7 +47,7 @@ TSpoolPipeline::TSpoolPipeline(const TSpoolSettings& settings, std::uint64_t ima
   if (!PrepareDirectory(settings.path)) return;
   layout_ = TSpoolLayout::Choose(settings_.method, imageSizeBytes_, seriesLength_);
   WarnOfFullDisk();
-  description_.Gather(settings.method, seriesLength);
+  description_.Gather(settings.coreHandle, settings.method, seriesLength);
 }
 
 void TSpoolPipeline::WarnOfFullDisk() const

@@ -40,6 +40,7 @@ FUNCTIONS = {
     "GetCurrentCamera": (c_uint, (POINTER(c_long),)),
     "GetSDK3Handle": (c_uint, (POINTER(c_int),)),
     "getCameraFromHandle": (c_void_p, (c_long,)),
+    "vxmcd_SetIndependentCameras": (c_uint, (c_int,)),
     "Initialize": (c_uint, (c_char_p,)),
     "ShutDown": (c_uint, ()),
     "MyInitialise": (None, ()),

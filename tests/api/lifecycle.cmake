@@ -7,6 +7,7 @@ vxmcd_test(lifecycle_test
     ../support/SimulatedCameraTest.cpp
     ../support/TScratchDirectory.cpp
     ConcurrencyTest.cpp
+    IndependentCamerasTest.cpp
     LifecycleTest.cpp
     StreamTest.cpp
   LIBRARIES vxmcd vxcore vxsim_imaging
