@@ -6,9 +6,9 @@
 #include "spool/image_files.h"
 #include "spool/TSpoolFault.h"
 #include "spool/TSpoolIndex.h"
+#include "utility/utf8.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <stdexcept>
@@ -26,26 +26,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kSyncPeriod{1};
 // Each keeps one or two descriptors; twice as many may be open.
 constexpr std::size_t kMaxFullFiles = 64;
-
-void AppendUtf8(std::string& text, std::uint32_t c)
-{
-  if (c < 0x80) {
-    text += static_cast<char>(c);
-    return;
-  }
-  const int following = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
-  constexpr std::array<std::uint32_t, 4> kFirst = {0, 0xC0, 0xE0, 0xF0};
-  text += static_cast<char>(kFirst[static_cast<std::size_t>(following)] | c >> 6 * following);
-  for (int i = following - 1; i >= 0; --i) text += static_cast<char>(0x80 | (c >> 6 * i & 0x3F));
-}
-
-// The narrow form of a wide text, in UTF-8 in every locale.
-std::string ToUtf8(const wchar_t* text)
-{
-  std::string utf8;
-  for (; text && *text; ++text) AppendUtf8(utf8, static_cast<std::uint32_t>(*text));
-  return utf8;
-}
 
 } // namespace
 
@@ -78,13 +58,13 @@ int TSpoolFileSpooler::SetImageSizeBytes(std::uint64_t sizeBytes)
 
 int TSpoolFileSpooler::SetPath(const wchar_t* path)
 {
-  directory_ = ToUtf8(path);
+  directory_ = ToUtf8(path ? path : L"");
   return 0;
 }
 
 int TSpoolFileSpooler::SetStem(const wchar_t* stem)
 {
-  stem_ = ToUtf8(stem);
+  stem_ = ToUtf8(stem ? stem : L"");
   return 0;
 }
 

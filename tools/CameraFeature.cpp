@@ -6,6 +6,7 @@
 #include "tools/Messages.h"
 #include "tools/NearestWord.h"
 #include "tools/TFeatureDevice.h"
+#include "utility/utf8.h"
 
 #include <algorithm>
 #include <charconv>
@@ -53,7 +54,7 @@ int ReadText(int handle, const wchar_t* name, TFeatureValue& value)
   if (const int code = VX_GetStringMaxLength(handle, name, &length); code != VX_SUCCESS) return code;
   std::wstring text(static_cast<std::size_t>(std::clamp(length, 1, kMaxTextLength)), L'\0');
   const int code = VX_GetString(handle, name, text.data(), static_cast<int>(text.size()));
-  if (code == VX_SUCCESS) value = Utf8Of(text.substr(0, text.find(L'\0')));
+  if (code == VX_SUCCESS) value = ToUtf8(text.substr(0, text.find(L'\0')));
   return code;
 }
 
@@ -61,7 +62,7 @@ std::string WordAt(int handle, const wchar_t* name, int index)
 {
   std::wstring text(kTextLength, L'\0');
   if (VX_GetEnumeratedString(handle, name, index, text.data(), kTextLength) != VX_SUCCESS) return "";
-  return Utf8Of(text.substr(0, text.find(L'\0')));
+  return ToUtf8(text.substr(0, text.find(L'\0')));
 }
 
 int ReadWord(int handle, const wchar_t* name, TFeatureValue& value)
@@ -142,7 +143,7 @@ void ReadWords(int handle, const wchar_t* name, std::vector<TFeatureWord>& words
 int FindOut(int handle, const std::string& name, bool& isImplemented)
 {
   int flag = 0;
-  const int code = VX_IsImplemented(handle, WideOf(name).c_str(), &flag);
+  const int code = VX_IsImplemented(handle, FromUtf8(name).c_str(), &flag);
   isImplemented = code == VX_SUCCESS && flag == 1;
   return code;
 }
@@ -199,7 +200,7 @@ std::optional<int> Write(int handle, const wchar_t* name, const TCameraFeature& 
   case FeatureKind::Enumerated: {
     const auto isMeant = [&text](const TFeatureWord& word) { return word.text == text; };
     if (std::none_of(feature.words.begin(), feature.words.end(), isMeant)) return std::nullopt;
-    return VX_SetEnumeratedString(handle, name, WideOf(text).c_str());
+    return VX_SetEnumeratedString(handle, name, FromUtf8(text).c_str());
   }
   case FeatureKind::Integer: {
     long long number = 0;
@@ -215,7 +216,7 @@ std::optional<int> Write(int handle, const wchar_t* name, const TCameraFeature& 
     return ParseSwitch(text, isOn) ? std::optional(VX_SetBool(handle, name, isOn ? 1 : 0)) : std::nullopt;
   }
   default:
-    return VX_SetString ? VX_SetString(handle, name, WideOf(text).c_str()) : VX_ERR_NOT_WRITABLE;
+    return VX_SetString ? VX_SetString(handle, name, FromUtf8(text).c_str()) : VX_ERR_NOT_WRITABLE;
   }
 }
 
@@ -244,7 +245,7 @@ bool ReadFeature(int handle, const std::string& name, TCameraFeature& feature)
   feature = {};
   feature.name = name;
   if (!IsImplemented(handle, name)) return false;
-  const std::wstring wide = WideOf(name);
+  const std::wstring wide = FromUtf8(name);
   int flag = 0;
   feature.isWritable = VX_IsWritable(handle, wide.c_str(), &flag) == VX_SUCCESS && flag == 1;
   FindKind(handle, wide.c_str(), feature);
@@ -272,7 +273,7 @@ std::string SetFeature(int handle, const TFeatureSetting& setting, TCameraFeatur
 {
   if (!ReadFeature(handle, setting.name, feature)) return NoFeatureText(handle, setting.name);
   if (feature.kind == FeatureKind::Command) return "it is a command, which has no value";
-  const std::optional<int> code = Write(handle, WideOf(setting.name).c_str(), feature, setting.value);
+  const std::optional<int> code = Write(handle, FromUtf8(setting.name).c_str(), feature, setting.value);
   if (code != VX_SUCCESS) return RefusalText(feature, setting.value, code);
   ReadFeature(handle, setting.name, feature);
   return "";

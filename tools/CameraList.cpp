@@ -5,6 +5,7 @@
 #include "tools/CameraFeature.h"
 #include "tools/TFeatureDevice.h"
 #include "tools/TFlatCamera.h"
+#include "utility/utf8.h"
 #include "vxmcd.h"
 
 namespace vxtool {
@@ -23,7 +24,7 @@ void Ask(TAttachedCamera& camera)
   camera.source = FeatureText(device.Handle(), "DeviceSource");
   if (!camera.serialText) return;
   int number = 0;
-  extractNumberFromString(WideOf(*camera.serialText).data(), &number);
+  extractNumberFromString(FromUtf8(*camera.serialText).data(), &number);
   if (number != 0) camera.serial = number;
 }
 

@@ -30,8 +30,4 @@ private:
 /// One line: the function of the feature library that answered, the code, and what it means.
 std::string FeatureCodeText(const std::string& function, int code);
 
-/// Wide characters of the feature library as UTF-8, and back; what is no character becomes U+FFFD.
-std::string Utf8Of(const std::wstring& text);
-std::wstring WideOf(const std::string& text);
-
 } // namespace vxtool

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Bounded strings, and sleeping under signals.
+// Bounded strings, sleeping under signals, and UTF-8.
 #include "utility/TQuorinMisc.h"
 
 #include "tests/utility/SystemCalls.h"
+#include "utility/utf8.h"
 
 #include <atomic>
 #include <csignal>
@@ -64,4 +65,15 @@ TEST(QuorinMisc, SleepLastsItsTimeWhateverSignalsArrive)
   sigaction(SIGUSR1, &before, nullptr);
   EXPECT_GE(slept, std::chrono::milliseconds(60));
   EXPECT_GT(handled, 0);
+}
+
+TEST(Utf8, OfEveryLengthIsReadBackAndBrokenBytesAreMarked)
+{
+  const std::wstring text = L"a\u00B5\u20AC\U0001F52C";
+  EXPECT_EQ(ToUtf8(text), "a\xC2\xB5\xE2\x82\xAC\xF0\x9F\x94\xAC");
+  EXPECT_EQ(FromUtf8(ToUtf8(text)), text);
+  EXPECT_EQ(ToUtf8(std::wstring(1, static_cast<wchar_t>(0xD800))), "\xEF\xBF\xBD");
+  // Latin-1, too long, cut off, a surrogate.
+  for (const char* bytes : {"\xB5", "\xC0\x80", "\xE2\x82", "\xED\xA0\x80"})
+    EXPECT_EQ(FromUtf8(std::string(bytes) + "b"), std::wstring(std::string_view(bytes).size(), L'?') + L"b");
 }

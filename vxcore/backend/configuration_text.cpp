@@ -62,25 +62,6 @@ bool IsBlank(char c)
   return c == ' ' || c == '\t' || c == '\r';
 }
 
-void AppendUtf8(std::string& text, unsigned long c)
-{
-  if (c < 0x80)
-    text += static_cast<char>(c);
-  else if (c < 0x800) {
-    text += static_cast<char>(0xC0 | (c >> 6));
-    text += static_cast<char>(0x80 | (c & 0x3F));
-  } else if (c < 0x10000) {
-    text += static_cast<char>(0xE0 | (c >> 12));
-    text += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-    text += static_cast<char>(0x80 | (c & 0x3F));
-  } else {
-    text += static_cast<char>(0xF0 | ((c >> 18) & 0x07));
-    text += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-    text += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-    text += static_cast<char>(0x80 | (c & 0x3F));
-  }
-}
-
 } // namespace
 
 std::string TConfigurationEntry::Where() const
@@ -166,36 +147,6 @@ std::vector<std::string> Split(const std::string& text, char separator)
     start = end + 1;
   }
   return pieces;
-}
-
-std::wstring Widen(std::string_view text)
-{
-  std::wstring wide;
-  for (size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<unsigned char>(text[i]);
-    const size_t length = lead < 0x80                   ? 1
-                          : lead >= 0xF0 && lead < 0xF8 ? 4
-                          : lead >= 0xE0 && lead < 0xF0 ? 3
-                          : lead >= 0xC0 && lead < 0xE0 ? 2
-                                                        : 0;
-    bool good = length != 0 && i + length <= text.size();
-    unsigned long c = length <= 1 ? lead : lead & (0xFFU >> (length + 1));
-    for (size_t k = 1; good && k < length; ++k) {
-      const auto next = static_cast<unsigned char>(text[i + k]);
-      good = (next & 0xC0) == 0x80;
-      c = (c << 6) | (next & 0x3F);
-    }
-    wide += good ? static_cast<wchar_t>(c) : L'?';
-    i += good ? length : 1;
-  }
-  return wide;
-}
-
-std::string Narrow(std::wstring_view text)
-{
-  std::string narrow;
-  for (const wchar_t c : text) AppendUtf8(narrow, static_cast<unsigned long>(c));
-  return narrow;
 }
 
 bool ReadNumber(std::string_view text, double minimum, double maximum, double& value)

@@ -33,10 +33,6 @@ bool ReadEntries(const std::string& text, std::vector<TConfigurationEntry>& entr
 std::string_view Trim(std::string_view text);
 /// The trimmed pieces between separators; none of an empty text.
 std::vector<std::string> Split(const std::string& text, char separator);
-/// UTF-8 to wide characters; bytes that are not UTF-8 become '?'.
-std::wstring Widen(std::string_view text);
-/// Wide characters to UTF-8.
-std::string Narrow(std::wstring_view text);
 
 /// A whole decimal integer (0x: hexadecimal) within limits.
 template <typename Integer>

@@ -2,6 +2,7 @@
 // The fault plan language, one line a rule.
 #include "vxcore/front/TFaultRule.h"
 
+#include "utility/utf8.h"
 #include "vxcore/backend/configuration_text.h"
 
 #include <climits>
@@ -168,7 +169,7 @@ bool ReadCall(TWords& words, TFaultRule& rule, std::string& error)
     error = "'" + rule.function + "' is not a function of the library";
     return false;
   }
-  if (words.TakeIf("feature")) rule.feature = Widen(words.Take());
+  if (words.TakeIf("feature")) rule.feature = FromUtf8(words.Take());
   bool given = false;
   if (!ReadDevice(words, rule, error) || !ReadWhen(words, false, rule, given, error)) return false;
   if (!given) rule.interval = 1;
@@ -184,7 +185,7 @@ bool ReadCall(TWords& words, TFaultRule& rule, std::string& error)
 
 bool ReadValue(TWords& words, TFaultRule& rule, std::string& error)
 {
-  rule.feature = Widen(words.Take());
+  rule.feature = FromUtf8(words.Take());
   bool given = false;
   if (!ReadDevice(words, rule, error) || !ReadText(words, rule.text, error)) return false;
   if (!ReadWhen(words, false, rule, given, error)) return false;

@@ -2,6 +2,7 @@
 // What surrounds every exported call: the fault plan and the call log.
 #include "vxcore/front/TInstrumentedCall.h"
 
+#include "utility/utf8.h"
 #include "vxcore/backend/configuration_text.h"
 #include "vxcore/front/TDeviceTable.h"
 
@@ -35,13 +36,13 @@ std::string RealText(double value)
 std::string Line(const TCallInfo& info, int code)
 {
   std::string line = info.function;
-  if (info.feature) line += " " + Narrow(info.feature);
+  if (info.feature) line += " " + ToUtf8(info.feature);
   if (info.valueKind == TCallInfo::Integer)
     line += " " + std::to_string(info.integer);
   else if (info.valueKind == TCallInfo::Real)
     line += " " + RealText(info.real);
   else if (info.valueKind == TCallInfo::Text)
-    line += " " + (info.text ? Narrow(info.text) : std::string("null"));
+    line += " " + (info.text ? ToUtf8(info.text) : std::string("null"));
   return line + " -> " + std::to_string(code);
 }
 
@@ -94,7 +95,7 @@ int RunWithFaults(const TCallInfo& info, const std::function<int()>& body)
   const std::optional<TFaultRule> onRead = plan.OnRead(FeatureOf(info), device);
   if (!onRead) return code;
   WriteNumber(info, std::strtoll(onRead->text.c_str(), nullptr, 0), std::strtod(onRead->text.c_str(), nullptr));
-  WriteText(info, Widen(onRead->text));
+  WriteText(info, FromUtf8(onRead->text));
   return VX_SUCCESS;
 }
 

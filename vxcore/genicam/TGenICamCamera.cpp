@@ -2,6 +2,7 @@
 // A camera of the GenICam standards.
 #include "vxcore/genicam/TGenICamCamera.h"
 
+#include "utility/utf8.h"
 #include "vxcore/genicam/log.h"
 
 #include <algorithm>
@@ -82,11 +83,11 @@ std::string TGenICamCamera::FeatureSources() const
 {
   std::set<std::string> names;
   for (const TMapRow& row : kMapRows) names.insert(row.name);
-  for (const auto& [name, feature] : features_) names.insert(vxcore::Narrow(name));
+  for (const auto& [name, feature] : features_) names.insert(ToUtf8(name));
   std::string text;
   for (const std::string& name : names) {
     const TSource source = SourceOf(name);
-    const bool isReplacement = !source && features_.contains(vxcore::Widen(name)); // made of other features
+    const bool isReplacement = !source && features_.contains(FromUtf8(name)); // made of other features
     std::string candidates;
     for (const std::string& candidate : configuration_.map.NamesFor(name))
       candidates += (candidates.empty() ? "" : ",") + candidate;

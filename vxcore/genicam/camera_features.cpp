@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The features of a camera: those of the camera itself, by the table of sources, and those that the library adds.
+#include "utility/utf8.h"
 #include "vxcore/genicam/feature_kinds.h"
 #include "vxcore/genicam/TCoolingState.h"
 #include "vxcore/genicam/TGenICamCamera.h"
@@ -12,9 +13,6 @@
 namespace vxgenicam {
 
 namespace {
-
-using vxcore::Narrow;
-using vxcore::Widen;
 
 using TFeatures = std::map<std::wstring, std::unique_ptr<IFeature>, std::less<>>;
 using EAxis = TImageArea::EAxis;
@@ -294,7 +292,7 @@ std::unique_ptr<IFeature> MakeReadoutRate(TGenICamCamera& camera)
   }
   char text[48];
   std::snprintf(text, sizeof text, "%g MHz", hertz / kHertzPerMegahertz);
-  return OneWordFeature(Widen(text));
+  return OneWordFeature(FromUtf8(text));
 }
 
 std::unique_ptr<IFeature> MakeShutter(TGenICamCamera& camera)
@@ -350,7 +348,7 @@ std::unique_ptr<IFeature> MakeFan(TNodes& nodes, const TSource& source)
   std::vector<std::wstring> texts;
   texts.reserve(entries.size());
   for (const std::string& entry : entries)
-    texts.push_back(!hasOn && std::ranges::count(kFullSpeed, entry) > 0 ? L"On" : Widen(entry));
+    texts.push_back(!hasOn && std::ranges::count(kFullSpeed, entry) > 0 ? L"On" : FromUtf8(entry));
   TChoiceFunctions functions;
   functions.get = [&nodes, source, entries](int& index) {
     std::string text;
@@ -491,12 +489,12 @@ const TMadeRow kMadeRows[] = {
     {L"BitDepth", MakeBitDepth},
     {L"CameraAcquiring", MakeAcquiring},
     {L"CycleMode", MakeCycleMode},
-    {L"DeviceSource", [](TGenICamCamera& c) { return ConstantText(Widen(c.Description())); }},
+    {L"DeviceSource", [](TGenICamCamera& c) { return ConstantText(FromUtf8(c.Description())); }},
     {L"ElectronicShutteringMode", MakeShutter},
     {L"FeatureSources",
      [](TGenICamCamera& c) {
        return std::unique_ptr<IFeature>(std::make_unique<TTextFeature>([&c](std::wstring& text) {
-         text = Widen(c.FeatureSources());
+         text = FromUtf8(c.FeatureSources());
          return VX_SUCCESS;
        }));
      }},
@@ -537,7 +535,7 @@ TFeatures MakeFeatures(TGenICamCamera& camera)
 {
   TFeatures features;
   for (const TPlainRow& row : kPlainRows)
-    if (const TSource source = camera.SourceOf(Narrow(row.name)))
+    if (const TSource source = camera.SourceOf(ToUtf8(row.name)))
       features.emplace(row.name, row.make(camera.Nodes(), source));
   for (const TMadeRow& row : kMadeRows)
     if (std::unique_ptr<IFeature> feature = row.make(camera)) features.emplace(row.name, std::move(feature));

@@ -2,6 +2,8 @@
 // Features of the camera's nodes, and those that the library keeps.
 #include "vxcore/genicam/feature_kinds.h"
 
+#include "utility/utf8.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -9,8 +11,6 @@
 namespace vxgenicam {
 
 namespace {
-
-using vxcore::Widen;
 
 /// A number that came from single precision as the decimal number that was meant: 0.0025F is 0.0024999999, and a camera
 /// that counts in whole microseconds would make 2499 of it.
@@ -131,7 +131,7 @@ std::unique_ptr<IFeature> TextFeature(TNodes& nodes, const TSource& source)
   return std::make_unique<TTextFeature>([&nodes, source](std::wstring& text) {
     std::string read;
     const int code = nodes.GetText(source.node, read);
-    if (code == VX_SUCCESS) text = Widen(read);
+    if (code == VX_SUCCESS) text = FromUtf8(read);
     return code;
   });
 }

@@ -2,6 +2,7 @@
 // The table of features: what each reads, writes and depends on; which families of models have it.
 #include "vxcore/simulated/TCameraFeatures.h"
 
+#include "utility/utf8.h"
 #include "vxcore/backend/configuration_text.h"
 #include "vxcore/simulated/feature_rows.h"
 #include "vxcore/simulated/TEnumFeature.h"
@@ -482,7 +483,7 @@ std::unique_ptr<IFeature> MakeFeature(const TBuild& b, const std::wstring& name)
 /// Sets a configured value through a feature of any kind.
 bool SetConfigured(IFeature& feature, const std::wstring& value)
 {
-  const std::string text = Narrow(value);
+  const std::string text = ToUtf8(value);
   long long integer = 0;
   if (ReadInteger(text, LLONG_MIN, LLONG_MAX, integer) && feature.SetInt(integer) == VX_SUCCESS) return true;
   double number = 0.0;
@@ -499,7 +500,7 @@ void ChangeSensor(TCameraState& state)
     const auto found = state.configuration.features.find(name);
     if (found == state.configuration.features.end() || !found->second.value) return;
     long long wanted = 0;
-    if (ReadInteger(Narrow(*found->second.value), 1LL, kMaxSensorPixels, wanted)) size = wanted;
+    if (ReadInteger(ToUtf8(*found->second.value), 1LL, kMaxSensorPixels, wanted)) size = wanted;
   };
   change(L"SensorWidth", state.sensorWidth);
   change(L"SensorHeight", state.sensorHeight);
@@ -526,7 +527,7 @@ std::string FindChangeFault(const TFeatureSet& features, const std::wstring& nam
   const TRow* row = FindRow(name);
   if (!change.value || !row || row->setsValue || feature->GetString(text) != VX_ERR_WRONG_KIND) return "";
 
-  const std::string value = Narrow(*change.value);
+  const std::string value = ToUtf8(*change.value);
   const bool isSize = name == L"SensorWidth" || name == L"SensorHeight";
   const bool good =
       isInt     ? ReadInteger(value, isSize ? 1LL : LLONG_MIN, isSize ? kMaxSensorPixels : LLONG_MAX, integer)
@@ -575,7 +576,7 @@ bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFe
   for (const auto& [name, change] : state.configuration.features) {
     const std::string fault = FindChangeFault(features, name, change);
     if (fault.empty()) continue;
-    error = std::string("model ") + state.model.name + ": feature " + Narrow(name) + ": " + fault;
+    error = std::string("model ") + state.model.name + ": feature " + ToUtf8(name) + ": " + fault;
     return false;
   }
 
@@ -593,8 +594,8 @@ bool BuildCameraFeatures(TCameraState& state, const TCameraActions& actions, TFe
   };
   while (!waiting.empty()) {
     if (std::erase_if(waiting, set) > 0) continue;
-    error = std::string("model ") + state.model.name + ": feature " + Narrow(waiting.front()) + " cannot be " +
-            Narrow(*changeOf(waiting.front()).value);
+    error = std::string("model ") + state.model.name + ": feature " + ToUtf8(waiting.front()) + " cannot be " +
+            ToUtf8(*changeOf(waiting.front()).value);
     return false;
   }
   return true;

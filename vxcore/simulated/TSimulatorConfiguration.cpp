@@ -2,6 +2,7 @@
 // Reads the simulator's configuration: INI sections into plain values, every mistake named.
 #include "vxcore/simulated/TSimulatorConfiguration.h"
 
+#include "utility/utf8.h"
 #include "vxcore/simulated/TCameraFeatures.h"
 #include "vxcore/simulated/TCameraModel.h"
 
@@ -135,8 +136,8 @@ const TKey kCameraKeys[] = {
 bool ReadRemovals(const std::string& text, TCameraConfiguration& camera)
 {
   for (const std::string& name : Split(text, ',')) {
-    if (!IsKnownFeature(Widen(name))) return false;
-    camera.features[Widen(name)].remove = true;
+    if (!IsKnownFeature(FromUtf8(name))) return false;
+    camera.features[FromUtf8(name)].remove = true;
   }
   return true;
 }
@@ -162,7 +163,7 @@ bool ReadFeatureKey(const TConfigurationEntry& entry, TFeatureOverride& change, 
 {
   bool good = true;
   if (entry.key == "Value")
-    change.value = Widen(entry.value);
+    change.value = FromUtf8(entry.value);
   else if (entry.key == "Min")
     good = ReadNumber(entry.value, -1e18, 1e18, change.minimum.emplace());
   else if (entry.key == "Max")
@@ -173,7 +174,7 @@ bool ReadFeatureKey(const TConfigurationEntry& entry, TFeatureOverride& change, 
     good = ReadSwitch(entry.value, change.readOnly);
   else if (entry.key == "Texts") {
     std::vector<std::wstring>& texts = change.texts.emplace();
-    for (const std::string& text : Split(entry.value, '|')) texts.push_back(Widen(text));
+    for (const std::string& text : Split(entry.value, '|')) texts.push_back(FromUtf8(text));
   } else {
     error = entry.Where() + ": unknown key";
     return false;
@@ -199,7 +200,7 @@ bool ReadSectionName(const TConfigurationEntry& entry, size_t cameraCount, size_
     return false;
   }
   feature = dot == std::string::npos ? std::string() : entry.section.substr(dot + 1);
-  if (dot != std::string::npos && !IsKnownFeature(Widen(feature))) {
+  if (dot != std::string::npos && !IsKnownFeature(FromUtf8(feature))) {
     error = entry.Where() + ": no model has a feature of this name";
     return false;
   }
@@ -214,7 +215,7 @@ bool ReadEntry(const TConfigurationEntry& entry, TSimulatorConfiguration& config
   if (!ReadSectionName(entry, configuration.cameras.size(), camera, feature, error)) return false;
   TCameraConfiguration& settings = configuration.cameras[camera];
   if (feature.empty()) return ReadCameraKey(entry, settings, error);
-  return ReadFeatureKey(entry, settings.features[Widen(feature)], error);
+  return ReadFeatureKey(entry, settings.features[FromUtf8(feature)], error);
 }
 
 bool ReadCameraCount(const std::vector<TConfigurationEntry>& entries, TSimulatorConfiguration& configuration,
