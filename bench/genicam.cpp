@@ -267,15 +267,15 @@ void convertMono12p(benchmark::State& state)
 {
   constexpr std::size_t kSide = 2048;
   constexpr std::size_t kFrames = 16;
-  const TWireShape shape{EWireFormat::Mono12p, kSide, kSide, 0};
+  const TFrameShape shape{EPixelFormat::Mono12p, kSide, kSide, 0};
   TFrameConverter converter(shape, {0, 0, kSide, kSide}, EEncoding::Mono12Packed);
-  std::vector<unsigned char> wire(shape.Bytes() * kFrames, 0x5A);
+  std::vector<unsigned char> frames(shape.Bytes() * kFrames, 0x5A);
   std::vector<unsigned char> images(converter.ImageBytes() * kFrames);
   Rounds rounds;
   const auto overFrames = [&](auto&& one) {
     return secondsOf([&] {
       for (std::size_t frame = 0; frame < kFrames; ++frame)
-        one(wire.data() + frame * shape.Bytes(), images.data() + frame * converter.ImageBytes());
+        one(frames.data() + frame * shape.Bytes(), images.data() + frame * converter.ImageBytes());
     });
   };
   for (auto round : state) {
@@ -291,8 +291,8 @@ void convertMono12p(benchmark::State& state)
     benchmark::ClobberMemory();
     state.SetIterationTime(rounds.lastMeasured());
   }
-  state.counters["memcpy_GB/s"] = static_cast<double>(wire.size()) / rounds.baseline() * 1e-9;
-  state.counters["convert_GB/s"] = static_cast<double>(wire.size()) / rounds.measured() * 1e-9;
+  state.counters["memcpy_GB/s"] = static_cast<double>(frames.size()) / rounds.baseline() * 1e-9;
+  state.counters["convert_GB/s"] = static_cast<double>(frames.size()) / rounds.measured() * 1e-9;
   state.counters["ratio"] = 1.0 / rounds.ratio();
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The table of backends: the only file that names them. Devices are numbered in the order of its rows.
-#include "vxcore/backend/TBackendPlugin.h"
+#include "vxcore/backend/backend_plugin.h"
 #include "vxcore/backend/TBackendTable.h"
 #include "vxcore/simulated/TSimulatedBackend.h"
 

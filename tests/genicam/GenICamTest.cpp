@@ -90,13 +90,12 @@ void GenICamTest::Open(const std::vector<std::string>& arguments, const std::str
 
 std::uint64_t FrameOf(const std::vector<unsigned short>& pixels, const TArea& area, int bits)
 {
-  constexpr std::uint64_t kMostFrames =
-      65536; // frame numbers have 16 bits, and those of Aravis begin near the end
+  constexpr std::uint64_t kMaxFrames = 65536; // frame numbers have 16 bits, and those of Aravis begin near the end
   const auto pixel = [&area, bits](int x, int y, std::uint64_t n) {
     return TestPixel(static_cast<std::uint32_t>(area.left + x), static_cast<std::uint32_t>(area.top + y), n, bits);
   };
   std::uint64_t frame = 1;
-  while (frame < kMostFrames && (pixel(0, 0, frame) != pixels[0] || pixel(1, 0, frame) != pixels[1])) ++frame;
+  while (frame < kMaxFrames && (pixel(0, 0, frame) != pixels[0] || pixel(1, 0, frame) != pixels[1])) ++frame;
   std::size_t wrong = 0;
   for (int y = 0; y < area.height; ++y)
     for (int x = 0; x < area.width; ++x)

@@ -32,7 +32,7 @@ std::size_t DeliveredBytes(std::size_t pixelBytes, bool hasMetadata)
 }
 
 int TAcquisition::Start(ArvDevice* device, const TStreamOptions& options, const TRunSettings& settings,
-                        const TWireShape& shape, const TCrop& crop, std::size_t payloadBytes, std::string& error)
+                        const TFrameShape& shape, const TCrop& crop, std::size_t payloadBytes, std::string& error)
 {
   stream_.reset();
   settings_ = settings;
@@ -153,14 +153,14 @@ bool TAcquisition::Accept(ArvBuffer* frame, unsigned char* image)
 /// Whether a frame has the shape that the run began with; a camera may change it, or fill up its rows.
 bool TAcquisition::IsAsExpected(ArvBuffer* frame, std::size_t bytes)
 {
-  const TWireShape& expected = converter_->Shape();
-  const auto format = WireFormatOf(arv_buffer_get_image_pixel_format(frame));
+  const TFrameShape& expected = converter_->Shape();
+  const auto format = PixelFormatOf(arv_buffer_get_image_pixel_format(frame));
   int columnPadding = 0;
   int rowPadding = 0;
   arv_buffer_get_image_padding(frame, &columnPadding, &rowPadding);
-  TWireShape shape{format.value_or(expected.format), static_cast<std::size_t>(arv_buffer_get_image_width(frame)),
-                   static_cast<std::size_t>(arv_buffer_get_image_height(frame)),
-                   static_cast<std::size_t>(std::max(columnPadding, 0))};
+  TFrameShape shape{format.value_or(expected.format), static_cast<std::size_t>(arv_buffer_get_image_width(frame)),
+                    static_cast<std::size_t>(arv_buffer_get_image_height(frame)),
+                    static_cast<std::size_t>(std::max(columnPadding, 0))};
   const bool isSame = format && shape.format == expected.format && shape.width == expected.width &&
                       shape.height == expected.height && bytes >= shape.Bytes();
   if (!isSame) {

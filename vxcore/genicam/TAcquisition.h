@@ -52,7 +52,7 @@ public:
   /// Stop(). #VX_ERR_START_REFUSED, with a message, when the stream cannot be made, a queued buffer is too small, or
   /// frames have more than 1 GiB.
   int Start(ArvDevice* device, const TStreamOptions& options, const TRunSettings& settings,
-            const TWireShape& shape, const TCrop& crop, std::size_t payloadBytes, std::string& error);
+            const TFrameShape& shape, const TCrop& crop, std::size_t payloadBytes, std::string& error);
   /// Ends the run; frames that have not been fetched are dropped.
   void Stop();
   bool IsRunning() const { return isRunning_; }

@@ -69,7 +69,7 @@ TSource TFeatureMap::SourceOf(std::string_view feature, const TNodes& nodes) con
 
 EOrigin TFeatureMap::OriginOf(std::string_view feature) const
 {
-  if (replaced_.contains(feature)) return EOrigin::MapOnly;
+  if (replaced_.contains(feature)) return EOrigin::MapFile;
   const TMapRow* row = RowOf(feature);
   return row ? row->origin : EOrigin::Emulated;
 }

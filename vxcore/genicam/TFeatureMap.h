@@ -13,7 +13,7 @@
 
 namespace vxgenicam {
 
-/// Where the values of one feature come from on one camera.
+/// The camera's feature (a node of its description) behind one of the library, and how its values are converted.
 struct TSource
 {
   std::string node; ///< "": the camera has none
@@ -29,7 +29,7 @@ struct TSource
   double ToCamera(double value) const { return (value - offset) / scale; }
 };
 
-/// The rows, with those that a map file replaces. Constant once it is read.
+/// The rows of map_rows.h, with those that a map file replaces. Owned by TGenICamConfiguration; constant once it is read.
 class TFeatureMap final
 {
 public:
@@ -41,7 +41,7 @@ public:
   TSource SourceOf(std::string_view feature, const TNodes& nodes) const;
   /// The camera's features that SourceOf() looks for, the best first; none for a feature that only a map file can name.
   std::vector<std::string> NamesFor(std::string_view feature) const;
-  /// What makes a feature: MapOnly when the map file has it, Emulated when there is no row.
+  /// What makes a feature: MapFile when the map file has it, Emulated when there is no row.
   EOrigin OriginOf(std::string_view feature) const;
 
 private:

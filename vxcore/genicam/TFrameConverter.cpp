@@ -14,24 +14,24 @@ namespace {
 
 constexpr std::size_t kGroupBytes = 3; // two pixels of 12 bits
 
-constexpr bool IsPacked(EWireFormat format)
+constexpr bool IsPacked(EPixelFormat format)
 {
   return BitsOf(format) == 12;
 }
 
-constexpr std::size_t RowBytes(const TWireShape& shape)
+constexpr std::size_t RowBytes(const TFrameShape& shape)
 {
   return (shape.width * static_cast<std::size_t>(BitsOf(shape.format)) + 7) / 8 + shape.rowPadding;
 }
 
-/// Whether rows of the layout stand in an image as they are.
-constexpr bool IsSameLayout(EWireFormat format, EEncoding encoding)
+/// Whether a row of a frame is a row of an image as it is.
+constexpr bool IsSameLayout(EPixelFormat format, EEncoding encoding)
 {
   switch (encoding) {
   case EEncoding::Mono8:
-    return format == EWireFormat::Mono8;
+    return format == EPixelFormat::Mono8;
   case EEncoding::Mono12Packed:
-    return format == EWireFormat::Mono12Packed;
+    return format == EPixelFormat::Mono12Packed;
   case EEncoding::Mono32:
     return false;
   default:
@@ -142,13 +142,13 @@ void RepackGroups(const unsigned char* from, unsigned char* to, std::size_t grou
   while (from != end) repackOne();
 }
 
-std::size_t TWireShape::Bytes() const
+std::size_t TFrameShape::Bytes() const
 {
   if (rowPadding > 0) return RowBytes(*this) * height;
   return (width * height * static_cast<std::size_t>(BitsOf(format)) + 7) / 8;
 }
 
-TFrameConverter::TFrameConverter(const TWireShape& shape, const TCrop& crop, EEncoding encoding)
+TFrameConverter::TFrameConverter(const TFrameShape& shape, const TCrop& crop, EEncoding encoding)
     : shape_(shape), crop_(crop), encoding_(encoding), stride_(StrideOf(encoding, crop.width)), row_(crop.width)
 {
 }
@@ -163,10 +163,10 @@ TFrameConverter::TPlace TFrameConverter::PlaceOf(std::size_t row) const
   return {(isGapless ? 0 : line * RowBytes(shape_)) + pixel / 2 * kGroupBytes, pixel % 2 != 0};
 }
 
-void TFrameConverter::Convert(const unsigned char* wire, unsigned char* image)
+void TFrameConverter::Convert(const unsigned char* frame, unsigned char* image)
 {
   const bool isCopied = IsSameLayout(shape_.format, encoding_);
-  const bool isRepacked = shape_.format == EWireFormat::Mono12p && encoding_ == EEncoding::Mono12Packed;
+  const bool isRepacked = shape_.format == EPixelFormat::Mono12p && encoding_ == EEncoding::Mono12Packed;
   const bool isOdd = IsPacked(shape_.format) && crop_.width % 2 != 0;
   // Whole frames without a gap are one row.
   const bool isWhole = crop_.width == shape_.width && shape_.rowPadding == 0 && !isOdd && (isCopied || isRepacked);
@@ -176,21 +176,21 @@ void TFrameConverter::Convert(const unsigned char* wire, unsigned char* image)
     unsigned char* const to = image + row * stride_;
     const TPlace place = PlaceOf(row);
     if ((!isCopied && !isRepacked) || place.isSecond || isOdd) {
-      UnpackRow(wire, row);
+      UnpackRow(frame, row);
       PackRow(to);
     } else if (isCopied)
-      std::memcpy(to, wire + place.byte, bytes);
+      std::memcpy(to, frame + place.byte, bytes);
     else
-      RepackGroups(wire + place.byte, to, bytes / kGroupBytes);
+      RepackGroups(frame + place.byte, to, bytes / kGroupBytes);
   }
 }
 
-void TFrameConverter::Add(const unsigned char* wire)
+void TFrameConverter::Add(const unsigned char* frame)
 {
   sums_.resize(crop_.width * crop_.height);
   std::uint32_t* sum = sums_.data();
   for (std::size_t row = 0; row < crop_.height; ++row) {
-    UnpackRow(wire, row);
+    UnpackRow(frame, row);
     for (const std::uint32_t value : row_) {
       const std::uint32_t room = MaximumOf(EEncoding::Mono32) - *sum;
       *sum++ += std::min(value, room);
@@ -209,16 +209,16 @@ void TFrameConverter::TakeSums(unsigned char* image)
   sums_.assign(sums_.size(), 0);
 }
 
-void TFrameConverter::UnpackRow(const unsigned char* wire, std::size_t row)
+void TFrameConverter::UnpackRow(const unsigned char* frame, std::size_t row)
 {
   const TPlace place = PlaceOf(row);
-  const unsigned char* from = wire + place.byte;
+  const unsigned char* from = frame + place.byte;
   switch (shape_.format) {
-  case EWireFormat::Mono12p:
+  case EPixelFormat::Mono12p:
     return UnpackGroups<true>(from, place.isSecond, row_);
-  case EWireFormat::Mono12Packed:
+  case EPixelFormat::Mono12Packed:
     return UnpackGroups<false>(from, place.isSecond, row_);
-  case EWireFormat::Mono8:
+  case EPixelFormat::Mono8:
     for (std::uint32_t& value : row_) value = *from++;
     return;
   default:

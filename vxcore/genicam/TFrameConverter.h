@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// From the pixels on the wire to the pixels of an image.
+// From the pixels that a camera sends to the pixels of an image.
 #pragma once
 
 #include "vxcore/genicam/pixel_formats.h"
@@ -10,16 +10,16 @@
 
 namespace vxgenicam {
 
-/// A frame as it comes: rows follow each other without a gap, so that in packed layouts with an odd width every
+/// A frame as the camera sends it: rows follow each other without a gap, so that in packed layouts with an odd width every
 /// second row begins in the middle of a byte. Only with @p rowPadding each row begins with a new byte.
-struct TWireShape
+struct TFrameShape
 {
-  EWireFormat format = EWireFormat::Mono8;
+  EPixelFormat format = EPixelFormat::Mono8;
   std::size_t width = 0;
   std::size_t height = 0;
   std::size_t rowPadding = 0; ///< bytes behind each row
 
-  bool operator==(const TWireShape&) const = default;
+  bool operator==(const TFrameShape&) const = default;
   /// Bytes of the whole frame.
   std::size_t Bytes() const;
 };
@@ -33,21 +33,21 @@ struct TCrop
   std::size_t height = 0;
 };
 
-/// Makes images of one encoding of frames of one shape. The crop lies within the shape, and the format is one of
-/// SourcesOf(encoding), or any for sums. Source and destination need no alignment. One thread.
+/// Makes images of one encoding from frames of one shape. The crop lies within the shape, and the format is one of
+/// SourcesOf(encoding), or any for sums. Source and destination need no alignment. Owned by TAcquisition; reentrant.
 class TFrameConverter final
 {
 public:
-  TFrameConverter(const TWireShape& shape, const TCrop& crop, EEncoding encoding);
+  TFrameConverter(const TFrameShape& shape, const TCrop& crop, EEncoding encoding);
 
-  const TWireShape& Shape() const { return shape_; }
+  const TFrameShape& Shape() const { return shape_; }
   /// Bytes of an image.
   std::size_t ImageBytes() const { return stride_ * crop_.height; }
 
-  /// @param wire  at least Shape().Bytes()
-  void Convert(const unsigned char* wire, unsigned char* image);
+  /// @param frame  at least Shape().Bytes()
+  void Convert(const unsigned char* frame, unsigned char* image);
   /// Adds a frame to the sums, which are made at the first call.
-  void Add(const unsigned char* wire);
+  void Add(const unsigned char* frame);
   /// Writes the sums as an image, clamped to what a pixel of the encoding holds, and begins anew.
   void TakeSums(unsigned char* image);
 
@@ -60,10 +60,10 @@ private:
   };
 
   TPlace PlaceOf(std::size_t row) const;
-  void UnpackRow(const unsigned char* wire, std::size_t row);
+  void UnpackRow(const unsigned char* frame, std::size_t row);
   void PackRow(unsigned char* image) const;
 
-  TWireShape shape_;
+  TFrameShape shape_;
   TCrop crop_;
   EEncoding encoding_;
   std::size_t stride_;

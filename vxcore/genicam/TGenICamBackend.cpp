@@ -37,7 +37,7 @@ void SetPacketSize(ArvGvDevice* camera, const std::string& address, int asked)
     arv_gv_device_auto_packet_size(camera, failures[0].Out());
   const int present =
       asked > 0 ? asked : static_cast<int>(arv_gv_device_get_packet_size(camera, failures[1].Out()));
-  const int most = LargestPacketFrom(address).value_or(present);
+  const int most = MaxPacketBytesFrom(address).value_or(present);
   const int set = asked > 0 ? asked : std::min(present, most);
   if (asked > most)
     Log(ELog::Warning, "%s: packets of %d bytes (PacketSize) may be lost: the network's MTU is %d",

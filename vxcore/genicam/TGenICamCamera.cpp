@@ -17,12 +17,12 @@ namespace {
 
 constexpr const char* kGevTimestampValue = "GevTimestampValue"; ///< of older cameras, in ticks of their clock
 
-void OnControlLost(ArvDevice*, gpointer link)
+void OnControlLost(ArvDevice*, gpointer data)
 {
-  auto* const one = static_cast<TLink*>(link);
-  if (!one->isLost.exchange(true))
-    Log(ELog::Error, "%s: the camera does not answer any more", one->address.c_str());
-  one->wakeUp->Wake();
+  auto* const connection = static_cast<TConnectionState*>(data);
+  if (!connection->isLost.exchange(true))
+    Log(ELog::Error, "%s: the camera does not answer any more", connection->address.c_str());
+  connection->wakeUp->Wake();
 }
 
 } // namespace
@@ -31,26 +31,27 @@ TGenICamCamera::TGenICamCamera(TObject<ArvDevice> device, std::string address,
                                const TGenICamConfiguration& configuration)
     : address_(std::move(address)),
       configuration_(configuration),
-      link_(std::make_shared<TLink>(address_)),
+      connection_(std::make_shared<TConnectionState>(address_)),
       device_(std::move(device)),
       nodes_(device_.get()),
       area_(nodes_, configuration.map),
       trigger_(nodes_, configuration.line),
-      acquisition_(link_->wakeUp)
+      acquisition_(connection_->wakeUp)
 {
-  g_signal_connect(device_.get(), "control-lost", G_CALLBACK(OnControlLost), link_.get());
+  g_signal_connect(device_.get(), "control-lost", G_CALLBACK(OnControlLost), connection_.get());
   SetInitialState();
   features_ = MakeFeatures(*this);
 }
 
 TGenICamCamera::~TGenICamCamera()
 {
-  if (!link_->isLost) {
-    g_signal_handlers_disconnect_by_data(device_.get(), link_.get());
+  if (!connection_->isLost) {
+    g_signal_handlers_disconnect_by_data(device_.get(), connection_.get());
     return;
   }
-  // The link lives as long as the connection, whose threads use it.
-  std::thread([stream = acquisition_.TakeStream(), device = std::move(device_), link = link_]() mutable {
+  // The state lives as long as the connection, whose threads use it.
+  std::thread([stream = acquisition_.TakeStream(), device = std::move(device_),
+               connection = connection_]() mutable {
     stream.reset();
     device.reset();
   }).detach();
@@ -105,7 +106,7 @@ void TGenICamCamera::ChooseEncoding()
 {
   std::string name;
   nodes_.GetText(SourceOf("PixelEncoding").node, name);
-  const auto present = WireFormatOf(name);
+  const auto present = PixelFormatOf(name);
   for (int index = 0; present && index < kEncodingCount - 1; ++index) {
     const auto encoding = static_cast<EEncoding>(index);
     if (SourcesOf(encoding).front() == *present && SetEncoding(encoding) == VX_SUCCESS) return;
@@ -116,10 +117,10 @@ void TGenICamCamera::ChooseEncoding()
       name.c_str());
 }
 
-std::optional<EWireFormat> TGenICamCamera::FormatFor(EEncoding encoding) const
+std::optional<EPixelFormat> TGenICamCamera::FormatFor(EEncoding encoding) const
 {
   const TSource source = SourceOf("PixelEncoding");
-  for (const EWireFormat format : SourcesOf(encoding))
+  for (const EPixelFormat format : SourcesOf(encoding))
     if (nodes_.HasEntry(source.node, NameOf(format))) return format;
   return std::nullopt;
 }
@@ -135,7 +136,7 @@ int TGenICamCamera::SetEncoding(EEncoding encoding)
     if (const int code = nodes_.SetText(source.node, NameOf(*format)); code != VX_SUCCESS) return code;
   }
   settings_.encoding = encoding;
-  settings_.wireFormat = *format;
+  settings_.pixelFormat = *format;
   settings_.hasFormat = true;
   return VX_SUCCESS;
 }
@@ -165,9 +166,9 @@ int TGenICamCamera::Start()
 {
   if (acquisition_.IsRunning()) return VX_ERR_START_REFUSED;
   std::string reason = "its pixels are none of those that can be read";
-  TWireShape shape;
+  TFrameShape shape;
   TCrop crop;
-  int code = settings_.hasFormat ? area_.ReadShape(settings_.wireFormat, shape, crop) : VX_ERR_START_REFUSED;
+  int code = settings_.hasFormat ? area_.ReadShape(settings_.pixelFormat, shape, crop) : VX_ERR_START_REFUSED;
   if (code == VX_SUCCESS) {
     long long payload = 0;
     nodes_.GetInteger("PayloadSize", payload);
@@ -191,11 +192,11 @@ int TGenICamCamera::Stop()
 {
   if (!acquisition_.IsRunning()) return VX_SUCCESS;
   acquisition_.Stop();
-  if (link_->isLost) return VX_ERR_COMMUNICATION;
+  if (connection_->isLost) return VX_ERR_COMMUNICATION;
   const int code = nodes_.Execute(SourceOf("AcquisitionStop").node);
   if (code == VX_ERR_COMMUNICATION) {
     // Aravis has tried it for seconds; every further call would take as long.
-    link_->isLost = true;
+    connection_->isLost = true;
     return code;
   }
   if (nodes_.Has("TLParamsLocked")) nodes_.SetInteger("TLParamsLocked", 0);
@@ -253,7 +254,7 @@ int TGenICamCamera::QueueBuffer(TDeviceLock&, unsigned char* buffer, int sizeByt
 int TGenICamCamera::WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs)
 {
   return acquisition_.Wait(lock, buffer, sizeBytes, timeoutMs, [this] {
-    if (!link_->isLost) return VX_SUCCESS;
+    if (!connection_->isLost) return VX_SUCCESS;
     // A caller that waits for a pulse waits without limit: it would never learn that none can come.
     return acquisition_.IsRunning() && trigger_.IsPulseForEach() ? VX_ERR_HARDWARE_OVERFLOW : VX_ERR_COMMUNICATION;
   });

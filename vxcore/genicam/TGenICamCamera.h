@@ -19,22 +19,24 @@ namespace vxgenicam {
 using vxcore::IDevice;
 using vxcore::IFeature;
 
-/// What Aravis' own threads report of a camera. Shared with them: they may outlive the camera.
-struct TLink
+/// What the threads of Aravis report of the connection to a camera, and what wakes a wait then. Shared with them, since
+/// they may outlive the camera. Thread-safe.
+struct TConnectionState
 {
-  explicit TLink(std::string cameraAddress) : address(std::move(cameraAddress)) {}
+  explicit TConnectionState(std::string cameraAddress) : address(std::move(cameraAddress)) {}
 
   const std::string address; ///< for messages
   std::atomic<bool> isLost{false};
   std::shared_ptr<TWakeUp> wakeUp = std::make_shared<TWakeUp>();
 };
 
-/// What the library has made of the camera's settings, where the camera has none for it.
+/// Settings that the library emulates, and the pixels that it has chosen. Owned by TGenICamCamera; used under the device's
+/// lock.
 struct TEmulatedSettings
 {
   EEncoding encoding = EEncoding::Mono8;
-  EWireFormat wireFormat = EWireFormat::Mono8;
-  bool hasFormat = false; ///< the camera sends pixels that are understood
+  EPixelFormat pixelFormat = EPixelFormat::Mono8;
+  bool hasFormat = false; ///< the camera sends pixels that can be read
   bool hasMetadata = false;
   bool isFixed = false; ///< "CycleMode"
   long long frameCount = 1;
@@ -42,8 +44,8 @@ struct TEmulatedSettings
   int gainChannel = 0; ///< "PreAmpGainSelector", without effect
 };
 
-/// Drives one camera. Owns its connection; locking as IDevice says. The connection of a camera that does not answer is
-/// ended by a separate thread, since that takes seconds.
+/// Drives one camera. Owned by the device table, borrows the backend's configuration; owns the connection. Locking as
+/// IDevice says. A separate thread ends the connection to a camera that does not answer, since that takes seconds.
 class TGenICamCamera final : public IDevice
 {
 public:
@@ -54,7 +56,7 @@ public:
   TGenICamCamera(const TGenICamCamera&) = delete;
   TGenICamCamera& operator=(const TGenICamCamera&) = delete;
 
-  int CheckPresent() override { return link_->isLost ? VX_ERR_COMMUNICATION : VX_SUCCESS; }
+  int CheckPresent() override { return connection_->isLost ? VX_ERR_COMMUNICATION : VX_SUCCESS; }
   IFeature* Find(std::wstring_view name) override;
   int QueueBuffer(TDeviceLock& lock, unsigned char* buffer, int sizeBytes) override;
   int WaitBuffer(TDeviceLock& lock, unsigned char** buffer, int* sizeBytes, unsigned int timeoutMs) override;
@@ -73,8 +75,8 @@ public:
   TTriggerMode& Trigger() { return trigger_; }
   const TAcquisition& Acquisition() const { return acquisition_; }
   TEmulatedSettings& Settings() { return settings_; }
-  /// The camera's pixels that images of the encoding are made from, best first and now available; none for none.
-  std::optional<EWireFormat> FormatFor(EEncoding encoding) const;
+  /// The best format that the camera offers now for images of the encoding; nothing without one.
+  std::optional<EPixelFormat> FormatFor(EEncoding encoding) const;
   int SetEncoding(EEncoding encoding);
   int ImageSizeBytes() const;
   int Start();
@@ -90,7 +92,7 @@ private:
 
   const std::string address_;
   const TGenICamConfiguration& configuration_;
-  const std::shared_ptr<TLink> link_;
+  const std::shared_ptr<TConnectionState> connection_;
   TObject<ArvDevice> device_;
   TNodes nodes_;
   TImageArea area_;

@@ -12,7 +12,7 @@
 
 namespace vxgenicam {
 
-/// Which cameras there are, and how they are driven. Constant once it is read.
+/// Which cameras there are, and how they are driven. Owned by TGenICamBackend; constant once it is read.
 struct TGenICamConfiguration
 {
   /// Addresses as they are written: 192.168.1.20, usb:SERIAL, Fake_1. "discover" stands for every camera that answers.
@@ -20,7 +20,7 @@ struct TGenICamConfiguration
   TFeatureMap map;
   std::string line; ///< input of external triggers; "": the camera's first
   TStreamOptions stream;
-  int packetBytes = 0;                   ///< of the stream's packets; 0: the largest that arrives
+  int packetBytes = 0;                   ///< of the stream's packets, with headers; 0: the largest that arrives
   std::optional<EIncomplete> incomplete; ///< without: by the trigger mode
 
   /// False, with a message, when an entry has an error.

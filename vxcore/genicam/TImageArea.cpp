@@ -12,7 +12,7 @@ namespace vxgenicam {
 
 namespace {
 
-constexpr long long kLongestSide = 1'000'000;
+constexpr long long kMaxSide = 1'000'000;
 
 /// The greatest value of the grid of limits that is not above @p value; at least the minimum.
 double DownTo(double value, const TLimits& limits)
@@ -45,11 +45,11 @@ TImageArea::TImageArea(TNodes& nodes, const TFeatureMap& map) : nodes_(nodes)
   for (const EAxis axis : {Horizontal, Vertical}) {
     TAxis& one = axes_[axis];
     const std::string& known = sensors[axis] ? sensors[axis].node : one.length.node;
-    if (nodes_.GetInteger(known, one.sensor) != VX_SUCCESS || one.sensor < 1 || one.sensor > kLongestSide) {
+    if (nodes_.GetInteger(known, one.sensor) != VX_SUCCESS || one.sensor < 1 || one.sensor > kMaxSide) {
       TLimits limits;
       nodes_.GetLimits(one.length.node, limits);
       Log(ELog::Warning, "%s: the size of the sensor is unknown or impossible (%lld)", known.c_str(), one.sensor);
-      one.sensor = std::clamp(std::llround(limits.maximum), 1LL, kLongestSide);
+      one.sensor = std::clamp(std::llround(limits.maximum), 1LL, kMaxSide);
     }
     one.side = one.sensor;
   }
@@ -121,7 +121,7 @@ int TImageArea::SetBin(EAxis axis, long long bin)
   return set == bin ? VX_SUCCESS : VX_ERR_OUT_OF_RANGE;
 }
 
-int TImageArea::ReadShape(EWireFormat format, TWireShape& shape, TCrop& crop) const
+int TImageArea::ReadShape(EPixelFormat format, TFrameShape& shape, TCrop& crop) const
 {
   std::size_t sides[2] = {};
   std::size_t starts[2] = {};
@@ -130,7 +130,7 @@ int TImageArea::ReadShape(EWireFormat format, TWireShape& shape, TCrop& crop) co
     long long length = 0;
     long long first = 0;
     if (const int code = ReadSent(one, first, length); code != VX_SUCCESS) return code;
-    // What the camera sends does not hold the image: it has changed its area by itself.
+    // The image is not within what the camera sends: it has changed its area by itself.
     if (length < 1 || first < 0 || first + one.side > length) return VX_ERR_START_REFUSED;
     sides[axis] = static_cast<std::size_t>(length);
     starts[axis] = static_cast<std::size_t>(first);

@@ -9,8 +9,8 @@ namespace vxgenicam {
 
 /// The image area of one camera, with its binning. A camera may take only multiples of some number of pixels, or no
 /// area at all; then it sends the next larger one that it can, and the image is cut out of that. Positions are in sensor
-/// pixels from 1, sides in pixels of the image. Operations answer `VX_` codes. Borrows the nodes; used under the
-/// device's lock.
+/// pixels from 1, sides in pixels of the image. Operations answer `VX_` codes. Owned by TGenICamCamera, borrows the
+/// nodes; used under the device's lock.
 class TImageArea final
 {
 public:
@@ -42,7 +42,7 @@ public:
   int SetBin(EAxis axis, long long bin);
 
   /// What the camera sends now, in @p format, and where the image is in it.
-  int ReadShape(EWireFormat format, TWireShape& shape, TCrop& crop) const;
+  int ReadShape(EPixelFormat format, TFrameShape& shape, TCrop& crop) const;
 
 private:
   struct TAxis

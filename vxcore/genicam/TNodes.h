@@ -21,7 +21,7 @@ struct TLimits
 /// Reads and writes the nodes of a camera's description. What a description claims is not trusted: a node of another
 /// kind than the standard gives its name is used by the kind it has, and a write outside the limits is refused here, since
 /// Aravis' own check fails on descriptions that are valid. Operations answer `VX_` codes and write outputs only on
-/// success. Borrows the device; used under its lock.
+/// success. Owned by TGenICamCamera, borrows the device; used under its lock.
 class TNodes final
 {
 public:

@@ -27,8 +27,8 @@ std::vector<std::wstring> TTriggerMode::Texts()
   return {L"Internal", L"Software", L"External", L"External Start", L"External Exposure"};
 }
 
-/// The selector of the trigger that starts a whole run, "" when the camera has none.
-std::string TTriggerMode::BurstSelector() const
+/// The entry of the selector for the trigger that starts a whole run, "" when the camera has none.
+std::string TTriggerMode::RunStartSelector() const
 {
   for (const char* entry : {"AcquisitionStart", "FrameBurstStart"})
     if (nodes_.HasEntry(kSelector, entry)) return entry;
@@ -55,7 +55,7 @@ bool TTriggerMode::IsAvailable(int mode) const
   case External:
     return hasFrameStart && !Line().empty();
   case ExternalStart:
-    return nodes_.Has(kMode) && !BurstSelector().empty() && !Line().empty();
+    return nodes_.Has(kMode) && !RunStartSelector().empty() && !Line().empty();
   case ExternalExposure:
     return hasFrameStart && !Line().empty() && nodes_.HasEntry(kExposureMode, "TriggerWidth");
   default:
@@ -82,7 +82,7 @@ int TTriggerMode::Set(int mode)
   std::vector<std::pair<const char*, std::string>> steps;
   if (mode != Internal) {
     if (nodes_.Has(kSelector))
-      steps.emplace_back(kSelector, mode == ExternalStart ? BurstSelector() : kFrameStart);
+      steps.emplace_back(kSelector, mode == ExternalStart ? RunStartSelector() : kFrameStart);
     steps.emplace_back(kSource, mode == Software ? "Software" : Line());
     const bool hasEdge = nodes_.HasEntry(kActivation, "RisingEdge");
     if (mode != Software && (hasEdge || (isWidth && nodes_.HasEntry(kActivation, "LevelHigh"))))

@@ -10,8 +10,8 @@
 namespace vxgenicam {
 
 /// Sets selectors, sources and edges of a camera's triggers for each of the library's trigger modes. A mode that needs a
-/// feature or an entry that the camera does not have is not available. Operations answer `VX_` codes. Borrows the
-/// nodes; used under the device's lock.
+/// feature or an entry that the camera does not have is not available. Operations answer `VX_` codes. Owned by
+/// TGenICamCamera, borrows the nodes; used under the device's lock.
 class TTriggerMode final
 {
 public:
@@ -35,7 +35,7 @@ public:
   bool IsPulseForEach() const { return mode_ != Internal && mode_ != ExternalStart; }
 
 private:
-  std::string BurstSelector() const;
+  std::string RunStartSelector() const;
   std::string Line() const;
   int SwitchOffAll();
 

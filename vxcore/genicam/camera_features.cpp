@@ -114,16 +114,16 @@ std::unique_ptr<IFeature> MakeBitDepth(TGenICamCamera& camera)
 {
   struct TDepth
   {
-    EWireFormat format;
+    EPixelFormat format;
     const wchar_t* text;
   };
-  constexpr TDepth kDepths[] = {{EWireFormat::Mono16, L"16 Bit"},       {EWireFormat::Mono14, L"14 Bit"},
-                                {EWireFormat::Mono12, L"12 Bit"},       {EWireFormat::Mono12p, L"12 Bit"},
-                                {EWireFormat::Mono12Packed, L"12 Bit"}, {EWireFormat::Mono10, L"10 Bit"}};
+  constexpr TDepth kDepths[] = {{EPixelFormat::Mono16, L"16 Bit"},       {EPixelFormat::Mono14, L"14 Bit"},
+                                {EPixelFormat::Mono12, L"12 Bit"},       {EPixelFormat::Mono12p, L"12 Bit"},
+                                {EPixelFormat::Mono12Packed, L"12 Bit"}, {EPixelFormat::Mono10, L"10 Bit"}};
   const TSource source = camera.SourceOf("PixelEncoding");
   for (const TDepth& depth : kDepths)
-    if (camera.Nodes().HasEntry(source.node, NameOf(depth.format))) return OneWordFeature(depth.text);
-  return OneWordFeature(L"8 Bit");
+    if (camera.Nodes().HasEntry(source.node, NameOf(depth.format))) return OneEntryFeature(depth.text);
+  return OneEntryFeature(L"8 Bit");
 }
 
 // ------------------------------------------------------------------------------------------------ Timing and triggers
@@ -292,7 +292,7 @@ std::unique_ptr<IFeature> MakeReadoutRate(TGenICamCamera& camera)
   }
   char text[48];
   std::snprintf(text, sizeof text, "%g MHz", hertz / kHertzPerMegahertz);
-  return OneWordFeature(FromUtf8(text));
+  return OneEntryFeature(FromUtf8(text));
 }
 
 std::unique_ptr<IFeature> MakeShutter(TGenICamCamera& camera)
@@ -473,7 +473,7 @@ const TMadeRow kMadeRows[] = {
     {L"AOIHBin", [](TGenICamCamera& c) { return MakeBin(c, EAxis::Horizontal); }},
     {L"AOIHBinInternal", [](TGenICamCamera& c) { return MakeBin(c, EAxis::Horizontal); }},
     {L"AOIHeight", [](TGenICamCamera& c) { return MakeSide(c, EAxis::Vertical); }},
-    {L"AOILayout", [](TGenICamCamera&) { return OneWordFeature(L"Image"); }},
+    {L"AOILayout", [](TGenICamCamera&) { return OneEntryFeature(L"Image"); }},
     {L"AOILeft", [](TGenICamCamera& c) { return MakeStart(c, EAxis::Horizontal); }},
     {L"AOIStride",
      [](TGenICamCamera& c) {
@@ -511,7 +511,7 @@ const TMadeRow kMadeRows[] = {
     {L"PixelEncoding", MakeEncoding},
     {L"PixelReadoutRate", MakeReadoutRate},
     {L"PreAmpGain", MakeGain},
-    {L"PreAmpGainChannel", [](TGenICamCamera&) { return OneWordFeature(L"Low"); }},
+    {L"PreAmpGainChannel", [](TGenICamCamera&) { return OneEntryFeature(L"Low"); }},
     {L"PreAmpGainSelector", MakeGainSelector},
     {L"SensorHeight",
      [](TGenICamCamera& c) { return DerivedInteger([&c] { return c.Area().SensorSide(EAxis::Vertical); }); }},

@@ -18,7 +18,7 @@ namespace vxgenicam {
 
 namespace {
 
-constexpr in_port_t kControlPort = 3956; ///< of the GigE Vision control protocol
+constexpr in_port_t kControlPort = 3956; ///< of GVCP, the control protocol of GigE Vision
 constexpr std::string_view kUsb = "usb:";
 constexpr std::string_view kFake = "Fake_";
 // Names of Aravis, of interfaces and of protocols alike.
@@ -46,7 +46,7 @@ std::string TextOf(const sockaddr_in& address)
   return inet_ntop(AF_INET, &address.sin_addr, text, sizeof text) ? text : "";
 }
 
-/// Nothing is sent. None, with a message, when no network leads there.
+/// Sends nothing to the camera; a name is looked up. None, with a message, when no network leads there.
 std::optional<TRoute> RouteTo(const std::string& host, std::string& error)
 {
   addrinfo hints{};
@@ -144,7 +144,7 @@ TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string
   return device;
 }
 
-std::optional<int> LargestPacketFrom(const std::string& host)
+std::optional<int> MaxPacketBytesFrom(const std::string& host)
 {
   std::string error;
   const std::optional<TRoute> route = RouteTo(host, error);

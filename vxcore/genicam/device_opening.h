@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Finding and opening cameras.
+// Finding and opening cameras. All functions are thread-safe.
 #pragma once
 
 #include "vxcore/genicam/aravis.h"
@@ -11,16 +11,17 @@
 namespace vxgenicam {
 
 /// Opens the camera of an address: an IP address or host name (GigE Vision), usb:SERIAL (USB3 Vision), Fake_NAME (the
-/// camera that Aravis simulates within the process), or an identifier of DiscoverDevices(). Of an IP address only this
-/// one camera is asked. Takes up to some seconds when there is none. Null, with the code and a message, when it cannot be
-/// opened.
+/// camera that Aravis simulates within the process), or an address from DiscoverDevices(). With an IP address, packets go to
+/// this camera only. Blocks for 2.5 s when nothing answers there, for 5 s when another program has the camera. Null, with a
+/// `VX_` code and a message, when it cannot be opened.
 TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string& error);
 
-/// The bytes of the largest packet that comes from the camera of an IP address in one piece, as far as is known
-/// from the MTU of this machine's network.
-std::optional<int> LargestPacketFrom(const std::string& host);
+/// The largest packet in bytes, with IP and UDP headers, that can come from the camera of an address in one piece: the MTU
+/// of this machine's network. Nothing when it is unknown. Sends nothing to the camera.
+std::optional<int> MaxPacketBytesFrom(const std::string& host);
 
-/// Asks every network that is up, by broadcast, and the USB buses: the addresses of all cameras that answer.
+/// Asks every network that is up, by broadcast, and the USB buses, and waits a second: the sorted addresses of all cameras
+/// that answer.
 std::vector<std::string> DiscoverDevices();
 
 } // namespace vxgenicam

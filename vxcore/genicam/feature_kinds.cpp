@@ -115,7 +115,7 @@ std::unique_ptr<IFeature> SwitchFeature(TNodes& nodes, const TSource& source)
   return std::make_unique<TNumberFeature<bool>>(AccessOf(nodes, source), std::move(functions));
 }
 
-std::unique_ptr<IFeature> OneWordFeature(std::wstring text)
+std::unique_ptr<IFeature> OneEntryFeature(std::wstring text)
 {
   TChoiceFunctions functions;
   functions.get = [](int& index) {

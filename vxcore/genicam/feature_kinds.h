@@ -14,7 +14,8 @@ namespace vxgenicam {
 
 // Features borrow the nodes or the camera that they are made of.
 
-/// Sets the feature of the camera that chooses which of several another one shows, where the camera has it.
+/// Sets a selector to the first of these entries that the camera has; it chooses what a feature behind it shows. Without
+/// selector or entry nothing happens.
 void Select(TNodes& nodes, const char* selector, std::initializer_list<const char*> entries);
 /// The minimum or maximum of a number, as the library's value. A `VX_` code.
 int LimitOf(const TNodes& nodes, const TSource& source, bool isMaximum, double& value);
@@ -32,8 +33,8 @@ std::unique_ptr<IFeature> IntegerFeature(TNodes& nodes, const TSource& source);
 std::unique_ptr<IFeature> SwitchFeature(TNodes& nodes, const TSource& source);
 std::unique_ptr<IFeature> TextFeature(TNodes& nodes, const TSource& source);
 
-/// An enumerated feature with one value that cannot be changed.
-std::unique_ptr<IFeature> OneWordFeature(std::wstring text);
+/// An enumerated feature with a single entry.
+std::unique_ptr<IFeature> OneEntryFeature(std::wstring text);
 std::unique_ptr<IFeature> ConstantText(std::wstring constant);
 std::unique_ptr<IFeature> CommandFeature(std::function<int()> run);
 /// An integer that the library stores in @p value, settable between runs.

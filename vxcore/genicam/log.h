@@ -14,13 +14,14 @@ enum class ELog
   Debug
 };
 
-/// Writes a line to the log that VXMCD_LOG switches on: the same one, in the same form, as the camera library's.
+/// Writes a line to the log that VXMCD_LOG switches on, in the form of the camera library's lines. Thread-safe.
 [[gnu::format(printf, 2, 3)]] void Log(ELog severity, const char* format, ...) noexcept;
 
 /// What the parser of descriptions complained of first on this thread since the last call; "" when it did not.
 std::string TakeDescriptionError();
 
-/// Sends the messages of Aravis and of its parser to the log, in place of standard error.
+/// Sends the messages of Aravis and of its parser to the log, in place of standard error. From then on their threads
+/// write to it, too.
 void LogMessagesOfAravis();
 
 } // namespace vxgenicam

@@ -13,7 +13,7 @@ enum class EOrigin
   Derived,  ///< a feature of the camera, which has it by the standard
   Optional, ///< a feature of the camera, which may lack it: then the library lacks it, too
   Emulated, ///< this library, with features of the camera where it needs them
-  MapOnly,  ///< a feature of the camera that no standard names: there with a map file only
+  MapFile,  ///< a feature of the camera that a map file names, as no standard does
 };
 
 /// As "FeatureSources" and the documentation have it.
@@ -26,7 +26,7 @@ constexpr const char* NameOf(EOrigin origin)
     return "optional";
   case EOrigin::Emulated:
     return "emulated";
-  case EOrigin::MapOnly:
+  case EOrigin::MapFile:
     break;
   }
   return "map file";
@@ -62,7 +62,7 @@ constexpr TMapRow kMapRows[] = {
      EOrigin::Derived,
      {"ExposureTime", "ExposureTimeAbs", "ExposureTimeRaw"},
      kSecondsPerMicrosecond},
-    {"FanSpeed", EOrigin::MapOnly},
+    {"FanSpeed", EOrigin::MapFile},
     {"FirmwareVersion", EOrigin::Derived, {"DeviceFirmwareVersion", "DeviceVersion"}},
     {"FrameRate", EOrigin::Derived, {"AcquisitionFrameRate", "AcquisitionFrameRateAbs"}},
     {"Overlap", EOrigin::Optional, {"TriggerOverlap"}},
@@ -72,13 +72,13 @@ constexpr TMapRow kMapRows[] = {
     {"PixelWidth", EOrigin::Optional, {"SensorPixelWidth"}},
     {"PreAmpGain", EOrigin::Optional, {"Gain"}},
     {"ReadoutTime", EOrigin::Optional, {"SensorReadoutTime"}, kSecondsPerMicrosecond},
-    {"SensorCooling", EOrigin::MapOnly},
+    {"SensorCooling", EOrigin::MapFile},
     {"SensorHeight", EOrigin::Derived, {"SensorHeight", "HeightMax"}},
     {"SensorTemperature", EOrigin::Optional, {"DeviceTemperature", "TemperatureAbs"}},
     {"SensorWidth", EOrigin::Derived, {"SensorWidth", "WidthMax"}},
     {"SerialNumber", EOrigin::Derived, {"DeviceSerialNumber", "DeviceID"}},
     {"SoftwareTrigger", EOrigin::Derived, {"TriggerSoftware"}},
-    {"TargetSensorTemperature", EOrigin::MapOnly},
+    {"TargetSensorTemperature", EOrigin::MapFile},
     {"TimestampClockReset", EOrigin::Emulated, {"TimestampReset", "GevTimestampControlReset"}},
 };
 

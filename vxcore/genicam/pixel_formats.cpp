@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tables of pixel layouts and encodings.
+// Tables of pixel formats and encodings.
 #include "vxcore/genicam/pixel_formats.h"
 
 #include <algorithm>
@@ -9,31 +9,31 @@ namespace vxgenicam {
 
 namespace {
 
-struct TWireRow
+struct TFormatRow
 {
-  EWireFormat format;
+  EPixelFormat format;
   const char* name;
 };
-constexpr TWireRow kWireRows[] = {
-    {EWireFormat::Mono8, "Mono8"},     {EWireFormat::Mono10, "Mono10"},
-    {EWireFormat::Mono12, "Mono12"},   {EWireFormat::Mono14, "Mono14"},
-    {EWireFormat::Mono16, "Mono16"},   {EWireFormat::Mono12Packed, "Mono12Packed"},
-    {EWireFormat::Mono12p, "Mono12p"},
+constexpr TFormatRow kFormatRows[] = {
+    {EPixelFormat::Mono8, "Mono8"},     {EPixelFormat::Mono10, "Mono10"},
+    {EPixelFormat::Mono12, "Mono12"},   {EPixelFormat::Mono14, "Mono14"},
+    {EPixelFormat::Mono16, "Mono16"},   {EPixelFormat::Mono12Packed, "Mono12Packed"},
+    {EPixelFormat::Mono12p, "Mono12p"},
 };
 
 // Mono16 takes narrower values as they are; sums are made of the widest pixels that there are.
-using enum EWireFormat;
-constexpr EWireFormat kSourcesOf8[] = {Mono8};
-constexpr EWireFormat kSourcesOf12[] = {Mono12, Mono12p, Mono12Packed};
-constexpr EWireFormat kSourcesOf12Packed[] = {Mono12Packed, Mono12p, Mono12};
-constexpr EWireFormat kSourcesOf16[] = {Mono16, Mono14, Mono10};
-constexpr EWireFormat kSourcesOfSums[] = {Mono16, Mono14, Mono12, Mono12p, Mono12Packed, Mono10, Mono8};
+using enum EPixelFormat;
+constexpr EPixelFormat kSourcesOf8[] = {Mono8};
+constexpr EPixelFormat kSourcesOf12[] = {Mono12, Mono12p, Mono12Packed};
+constexpr EPixelFormat kSourcesOf12Packed[] = {Mono12Packed, Mono12p, Mono12};
+constexpr EPixelFormat kSourcesOf16[] = {Mono16, Mono14, Mono10};
+constexpr EPixelFormat kSourcesOfSums[] = {Mono16, Mono14, Mono12, Mono12p, Mono12Packed, Mono10, Mono8};
 
 struct TEncodingRow
 {
   const wchar_t* name;
   std::uint32_t maximum;
-  std::span<const EWireFormat> sources;
+  std::span<const EPixelFormat> sources;
 };
 constexpr std::array<TEncodingRow, kEncodingCount> kEncodingRows = {{
     {L"Mono8", 0xFF, kSourcesOf8},
@@ -50,21 +50,21 @@ const TEncodingRow& RowOf(EEncoding encoding)
 
 } // namespace
 
-const char* NameOf(EWireFormat format)
+const char* NameOf(EPixelFormat format)
 {
-  return std::ranges::find(kWireRows, format, &TWireRow::format)->name;
+  return std::ranges::find(kFormatRows, format, &TFormatRow::format)->name;
 }
 
-std::optional<EWireFormat> WireFormatOf(std::string_view name)
+std::optional<EPixelFormat> PixelFormatOf(std::string_view name)
 {
-  for (const TWireRow& row : kWireRows)
+  for (const TFormatRow& row : kFormatRows)
     if (row.name == name) return row.format;
   return std::nullopt;
 }
 
-std::optional<EWireFormat> WireFormatOf(std::uint32_t code)
+std::optional<EPixelFormat> PixelFormatOf(std::uint32_t code)
 {
-  for (const TWireRow& row : kWireRows)
+  for (const TFormatRow& row : kFormatRows)
     if (static_cast<std::uint32_t>(row.format) == code) return row.format;
   return std::nullopt;
 }
@@ -74,7 +74,7 @@ const wchar_t* NameOf(EEncoding encoding)
   return RowOf(encoding).name;
 }
 
-std::span<const EWireFormat> SourcesOf(EEncoding encoding)
+std::span<const EPixelFormat> SourcesOf(EEncoding encoding)
 {
   return RowOf(encoding).sources;
 }

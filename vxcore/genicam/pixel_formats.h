@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How pixels come over the wire, how they stand in an image, and which of the one serve for the other.
+// The formats of pixels that cameras send, the encodings of images, and which images each format serves for.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,8 @@
 
 namespace vxgenicam {
 
-/// Layouts of the GenICam Pixel Format Naming Convention (PFNC) that are understood; numbers are its codes.
-enum class EWireFormat : std::uint32_t
+/// Formats of the GenICam Pixel Format Naming Convention (PFNC) that can be read; numbers are its codes.
+enum class EPixelFormat : std::uint32_t
 {
   Mono8 = 0x01080001,
   Mono10 = 0x01100003, ///< 16 bits each, the value at the low end, little-endian; so are 12, 14 and 16
@@ -33,21 +33,21 @@ enum class EEncoding
 };
 inline constexpr int kEncodingCount = 5;
 
-/// The camera's name of a layout, "Mono12p".
-const char* NameOf(EWireFormat format);
-std::optional<EWireFormat> WireFormatOf(std::string_view name);
-std::optional<EWireFormat> WireFormatOf(std::uint32_t code);
+/// The name of a format in PFNC and in "PixelFormat": "Mono12p".
+const char* NameOf(EPixelFormat format);
+std::optional<EPixelFormat> PixelFormatOf(std::string_view name);
+std::optional<EPixelFormat> PixelFormatOf(std::uint32_t code);
 
 const wchar_t* NameOf(EEncoding encoding);
-/// The layouts that images of the encoding can be made from, the best first.
-std::span<const EWireFormat> SourcesOf(EEncoding encoding);
-/// The greatest value that a pixel of the encoding has.
+/// The formats that images of the encoding can be made from, the best first.
+std::span<const EPixelFormat> SourcesOf(EEncoding encoding);
+/// The greatest value of a pixel of the encoding.
 std::uint32_t MaximumOf(EEncoding encoding);
 /// Bytes from one row of an image to the next.
 std::size_t StrideOf(EEncoding encoding, std::size_t width);
 
-/// Bits of a pixel on the wire.
-constexpr int BitsOf(EWireFormat format)
+/// Bits that a pixel takes in a frame.
+constexpr int BitsOf(EPixelFormat format)
 {
   return static_cast<int>(static_cast<std::uint32_t>(format) >> 16 & 0xFF);
 }

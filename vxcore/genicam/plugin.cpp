@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the feature library finds in libvxcore-genicam.so.
-#include "vxcore/backend/TBackendPlugin.h"
+#include "vxcore/backend/backend_plugin.h"
 #include "vxcore/genicam/TGenICamBackend.h"
 
 extern "C" [[gnu::visibility("default")]] const char vxcoreBackendVersion[] = VXCORE_BACKEND_VERSION;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Loads the libraries of backends.
-#include "vxcore/backend/TBackendPlugin.h"
+// Loading the libraries of backends.
+#include "vxcore/backend/backend_plugin.h"
 
 #include <cstring>
 #include <dlfcn.h>
