@@ -4,9 +4,9 @@
 //
 // `frames` asks the camera for more frames than it can send and counts those that are fetched for two seconds, with and
 // without the library; `cpu_s_per_gb` is the processor time of this process, the camera is another one. Frames before
-// that are not counted: the first pass through the ring of 300 MB touches new memory. `steady` takes more than 200 frames
-// a second for a minute and counts the lost ones. `open`, `start` and `stop` compare the calls. `mono12p`
-// converts frames in turns with memcpy of as many bytes; the frames are larger than the caches together.
+// that are not counted: the first pass through the ring of 300 MB touches new memory. `steady` asks for 300 frames a
+// second for a minute and counts the lost ones. `open`, `start` and `stop` compare the calls. `mono12p` converts frames in
+// turns with memcpy of as many bytes; the frames are larger than the caches together.
 #include "BenchmarkSetting.h"
 #include "RegisterRounds.h"
 #include "Rounds.h"
