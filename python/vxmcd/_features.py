@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import ctypes
-from typing import List, Optional
+from typing import List, Optional, Tuple
 
 from . import _library
 
@@ -49,6 +49,11 @@ def words(handle: int, name: str) -> List[str]:
 def integer(handle: int, name: str) -> Optional[int]:
     """The value of an integer feature; None when the camera has no such feature."""
     return next(iter(_reads("VX_GetInt", handle, name, ctypes.c_longlong)), None)
+
+
+def limits(handle: int, name: str) -> Tuple[Optional[float], Optional[float]]:
+    """The lowest and the highest value of a feature that is a number; None where it is not known."""
+    return tuple(next(iter(_reads("VX_GetFloat" + end, handle, name, ctypes.c_double)), None) for end in ("Min", "Max"))
 
 
 def text(handle: int, name: str) -> str:

@@ -1,0 +1,573 @@
+# SPDX-License-Identifier: MIT
+"""The thread that owns the camera."""
+from __future__ import annotations
+
+import collections
+import concurrent.futures
+import ctypes
+import logging
+import os
+import queue
+import re
+import shutil
+import threading
+import time
+import warnings
+from pathlib import Path
+from typing import Callable, Dict, List, Optional
+
+import numpy as np
+
+from .. import _run, raw
+from .._area import Area
+from .._run import Run
+from .._session import camera_count
+from .._tick_gaps import TickGaps
+from ..camera import Camera
+from ..errors import CameraStateError, ClippedWarning, VxmcdError
+from ..spool import SpoolError, SpoolRun
+from . import _description
+from ._frames import Frames, Image
+
+_log = logging.getLogger("vxmcd.live")
+
+_WAIT_MS = 50
+_IDLE_SECONDS = 0.05  # between looks at the commands while nothing runs
+_STATUS_SECONDS = 0.25
+_TEMPERATURE_SECONDS = 1.0
+_RATE_SECONDS = 2.0  # rates are means over this time
+_UNWATCHED_SECONDS = 10.0  # then a live run stops
+_REOPEN_SECONDS = 5.0
+_DISK_RESERVE = 1 << 28  # bytes that a recording without a number of images leaves on the disk
+_MAX_IMAGES = 2**31 - 1
+_MAX_COST = 0.5  # part of a processor that images may take
+_NAME = re.compile(r"[A-Za-z0-9_-][A-Za-z0-9._-]{0,63}")
+_DURING_RUN = ("exposure", "cycle_time", "frame_rate", "target_temperature", "cooler", "fan")
+_DURING_RECORDING = ("target_temperature", "cooler", "fan")
+SETTINGS = ("exposure", "cycle_time", "frame_rate", "trigger_mode", "overlap", "area", "binning", "bits", "encoding", "gain",
+            "amplifier", "ad_channel", "readout_speed", "baseline_clamp", "target_temperature", "cooler", "fan")
+
+
+def check_name(name: object, directory: Path, suffix: str = "") -> Path:
+    """The path of a new file or directory. Names come from the browser, paths do not."""
+    if not isinstance(name, str) or not _NAME.fullmatch(name):
+        raise ValueError("a name has 1 to 64 letters, digits and . _ -, and does not begin with a point")
+    path = directory / (name + suffix)
+    if path.exists() or path.is_symlink():
+        raise ValueError(f"there is already a {path.name!r}; choose another name")
+    return path
+
+
+class _Rate:
+    """Images a second over the last seconds."""
+
+    def __init__(self):
+        self._counts = collections.deque()
+
+    def add(self, now: float, total: int) -> None:
+        self._counts.append((now, total))
+        while now - self._counts[0][0] > _RATE_SECONDS and len(self._counts) > 2:
+            self._counts.popleft()
+
+    def value(self) -> Optional[float]:
+        if len(self._counts) < 2 or self._counts[-1][0] - self._counts[0][0] < _RATE_SECONDS / 4:
+            return None
+        (first, before), (last, total) = self._counts[0], self._counts[-1]
+        return (total - before) / (last - first)
+
+
+class _Recording:
+    """A series that is written to disk."""
+
+    def __init__(self, path: Path, images: int, has_end: bool):
+        self.path = path
+        self.images = images
+        self.has_end = has_end
+        self.started = time.monotonic()
+        self.is_stopped = False
+
+    def json(self, total: int, rate: Optional[float], image_bytes: int) -> Dict[str, object]:
+        left = (self.images - total) / rate if self.has_end and rate else None
+        return {"name": self.path.name, "images": total, "asked": self.images if self.has_end else None,
+                "limit": self.images, "bytes": total * image_bytes, "rate": rate, "seconds_left": left,
+                "seconds": round(time.monotonic() - self.started, 2)}
+
+
+class CameraWorker:
+    """Opens a camera, runs it while somebody watches, and puts the newest image into Frames. Other threads use submit(),
+    watched(), cost, start() and stop() only.
+
+    States: closed (no camera: the worker tries to open it every 5 s), idle, live, recording, failed (until `start`).
+    on_frame() and on_status(values) are called on the worker's thread and must return at once.
+    """
+
+    def __init__(self, number: int, frames: Frames, directory: Path, settings: Dict[str, object], fps: float,
+                 on_frame: Callable[[], None], on_status: Callable[[Dict[str, object]], None]):
+        self.number = number
+        self.cost = 0.0  # s of processor time that an image takes after it was fetched; set by the server
+        self._frames = frames
+        self._directory = directory
+        self._settings = settings  # to apply when a camera is opened
+        self._shortest = 1.0 / fps
+        self._on_frame, self._on_status = on_frame, on_status
+        self._commands: "queue.SimpleQueue" = queue.SimpleQueue()
+        self._thread = threading.Thread(target=self._work, name="camera")
+        self._is_ending = False
+        self._viewers = 0
+        self._unwatched_since = time.monotonic()
+        self._camera: Optional[Camera] = None
+        self._run: Optional[Run] = None
+        self._recording: Optional[_Recording] = None
+        self._last_recording: Optional[Dict[str, object]] = None
+        self._error: Optional[Dict[str, object]] = None
+        self._has_failed = False
+        self._run_number = 0
+        self._next_open = self._next_status = self._next_temperature = self._next_image = 0.0
+        self._cameras: List[Dict[str, object]] = []
+        self._camera_status: Dict[str, object] = {}
+        self._temperature: Dict[str, object] = {}
+        self._published: Dict[str, object] = {}
+        self._total = self._last = 0
+        self._lost: Optional[int] = None
+        self._fetch_seconds = 0.0
+
+    def open_first(self) -> None:
+        """Opens the camera before the thread starts. Raises what Camera does."""
+        self._open()
+
+    def start(self) -> None:
+        self._thread.start()
+
+    def stop(self) -> None:
+        """Ends a recording in order, closes the camera and ends the thread."""
+        self._is_ending = True
+        if self._thread.is_alive():
+            self._thread.join()
+        else:
+            self._close()
+
+    def cameras(self) -> List[Dict[str, object]]:
+        """The attached cameras, as far as it is known what they are."""
+        return self._cameras
+
+    def watched(self, viewers: int) -> None:
+        """How many viewers there are."""
+        self._viewers = viewers
+
+    def submit(self, command: str, *arguments) -> "concurrent.futures.Future":
+        """Asks for set, trigger, open, start, record or stop. The future has the answer or the error."""
+        future: "concurrent.futures.Future" = concurrent.futures.Future()
+        self._commands.put((getattr(self, f"_do_{command}"), arguments, future))
+        return future
+
+    @property
+    def state(self) -> str:
+        if self._camera is None:
+            return "closed"
+        if self._recording is not None:
+            return "recording"
+        if self._run is not None:
+            return "live"
+        return "failed" if self._has_failed else "idle"
+
+    def _work(self):
+        while not self._is_ending:
+            try:
+                self._step()
+            except Exception as error:  # the page shows it; the thread must go on
+                self._fail(error)
+        try:
+            self._end_recording(is_stopped=True)
+        except Exception as error:
+            _log.error("%s", error)
+        self._close()
+        self._answer_commands(RuntimeError("the program ends"))
+
+    def _step(self):
+        now = time.monotonic()
+        if self._viewers:
+            self._unwatched_since = now
+        self._obey()
+        if self._camera is None:
+            if now >= self._next_open:
+                self._reopen()
+        elif self._run is not None:
+            self._follow_run()
+        elif not self._has_failed and self._is_watched():
+            self._start_run()
+        now = time.monotonic()
+        if self._camera is not None and now >= self._next_temperature:
+            self._next_temperature = now + _TEMPERATURE_SECONDS
+            self._read_temperature()
+        if now >= self._next_status:
+            self._next_status = now + _STATUS_SECONDS
+            self._publish()
+        if self._run is None:
+            time.sleep(_IDLE_SECONDS)
+
+    def _is_watched(self):
+        return self._viewers > 0 or time.monotonic() - self._unwatched_since < _UNWATCHED_SECONDS
+
+    # Commands
+
+    def _obey(self):
+        while not self._commands.empty():
+            act, arguments, future = self._commands.get()
+            try:
+                answer = act(*arguments)
+            except Exception as error:
+                future.set_exception(error)
+                if self._is_gone():
+                    self._fail(error)
+            else:
+                self._publish()
+                future.set_result(answer)
+
+    def _answer_commands(self, error):
+        while not self._commands.empty():
+            self._commands.get()[2].set_exception(error)
+
+    def _need_camera(self):
+        if self._camera is None:
+            raise CameraStateError("no camera is open")
+        return self._camera
+
+    def _do_set(self, name, value):
+        """Sets an attribute of the camera. Returns the value in force and, when it differs, a note."""
+        camera = self._need_camera()
+        if name not in SETTINGS:
+            raise ValueError(f"there is no setting {name!r}")
+        if name == "bits" and value not in (None, 8, 16):
+            raise ValueError("the live view takes 8 or 16 bits")
+        if self._recording and name not in _DURING_RECORDING:
+            raise CameraStateError("a recording is under way: stop it first")
+        with warnings.catch_warnings(record=True) as notes:
+            warnings.simplefilter("always", ClippedWarning)
+            if self._run is None or name in _DURING_RUN:
+                try:
+                    self._set(camera, name, value)
+                except (VxmcdError, CameraStateError):
+                    if self._run is None or self._recording:
+                        raise
+                    self._set_between_runs(camera, name, value)
+            else:
+                self._set_between_runs(camera, name, value)
+        self._read_settings()
+        clipped = [note.message for note in notes if isinstance(note.message, ClippedWarning)]
+        answer = {"value": self._camera_status["settings"].get(name)}
+        if clipped:
+            answer["note"] = str(clipped[-1])
+        return answer
+
+    def _set_between_runs(self, camera, name, value):
+        self._stop_run()
+        self._set(camera, name, value)  # the run starts again by itself
+
+    def _set(self, camera, name, value):
+        if name == "fan":
+            camera.set_fan(value)
+        elif name == "area":
+            self._set_area(camera, value)
+        else:
+            setattr(camera, name, tuple(value) if name == "binning" and isinstance(value, list) else value)
+        if name in ("exposure", "cycle_time", "frame_rate"):
+            self._gaps.restart()
+
+    @staticmethod
+    def _set_area(camera, value):
+        """Sets the area that was drawn, or the next smaller one that the camera takes."""
+        if value is None:
+            camera.area = None
+            return
+        width, height = camera.sensor_size
+        if not isinstance(value, list) or len(value) != 4 or not all(isinstance(number, int) for number in value):
+            raise ValueError("an area is [left, top, width, height] in sensor pixels, the first being 1, or null")
+        left, top = min(max(value[0], 1), width), min(max(value[1], 1), height)
+        right, bottom = min(value[0] + value[2], width + 1), min(value[1] + value[3], height + 1)
+        refusal = None
+        for unit in (1, 2, 4, 8, 16, 32, 64):
+            units = [unit * binning for binning in camera.binning]
+            sides = [max((end - first) // step, 1) * step
+                     for first, end, step in zip((left, top), (right, bottom), units)]
+            first = [(at - 1) // unit * unit + 1 for at in (left, top)]
+            try:
+                camera.area = Area(*first, *sides)
+                return
+            except (VxmcdError, ValueError) as error:
+                refusal = refusal or error
+        raise refusal
+
+    def _do_trigger(self):
+        camera = self._need_camera()
+        if self._run is None:
+            raise CameraStateError("no run is under way")
+        camera.trigger()
+
+    def _do_open(self, number):
+        """Opens another camera in place of this one."""
+        if self._recording:
+            raise CameraStateError("a recording is under way: stop it first")
+        if isinstance(number, bool) or not isinstance(number, int):
+            raise ValueError("a camera has a number")
+        if self._camera is not None and number == self.number:
+            return
+        before = self.number, self._settings
+        self._close()
+        self.number, self._settings = number, {}
+        try:
+            self._open()
+        except Exception:
+            self.number, self._settings = before
+            self._next_open = 0.0
+            raise
+
+    def _do_start(self):
+        """Runs again after a failure."""
+        self._error, self._has_failed = None, False
+        self._next_open = 0.0
+
+    def _do_record(self, name, images, seconds):
+        camera = self._need_camera()
+        if self._recording:
+            raise CameraStateError("a recording is under way")
+        path = check_name(name, self._directory)
+        count = self._images_of(camera, images, seconds)
+        self._stop_run()
+        self._do_start()
+        camera._session.call("SetSpool", 1, 3, os.fsencode(path))
+        try:
+            camera._session.call("SetSpoolThreadCount", 2)
+            self._begin(_run.SERIES, count)
+        except BaseException:
+            camera._session.call("SetSpool", 0, 3, None)
+            raise
+        self._recording = _Recording(path, count, images is not None or seconds is not None)
+        self._last_recording = None
+        return {"name": path.name, "images": count}
+
+    def _images_of(self, camera, images, seconds):
+        """How many images to record. Without a number as many as fit on the disk, so that the recording ends in order."""
+        if images is not None and seconds is not None:
+            raise ValueError("give a number of images or a time, not both")
+        given = images if images is not None else seconds
+        if given is not None and (isinstance(given, bool) or not isinstance(given, (int, float))):
+            raise ValueError("the number of images, or of seconds, is a number")
+        if images is not None:
+            count = int(images) if images == int(images) else 0
+        elif seconds is not None:
+            count = max(int(round(seconds * camera.frame_rate)), 1) if seconds > 0 else 0
+        else:
+            free = shutil.disk_usage(self._directory).free - _DISK_RESERVE
+            count = min(free // (self._image_bytes() + 64), _MAX_IMAGES)
+            if count < 1:
+                raise ValueError("the disk is full")
+        if not 1 <= count <= _MAX_IMAGES:
+            raise ValueError(f"a recording has 1 to {_MAX_IMAGES} images")
+        return count
+
+    def _do_stop(self):
+        """Ends a recording."""
+        if self._recording is None:
+            raise CameraStateError("no recording is under way")
+        self._end_recording(is_stopped=True)
+        return self._last_recording
+
+    # Camera
+
+    def _open(self):
+        camera = Camera(self.number)
+        try:
+            with warnings.catch_warnings(record=True) as notes:
+                warnings.simplefilter("always")
+                if self._settings:
+                    camera.apply({name: value for name, value in self._settings.items() if name != "accumulations"})
+            for note in notes:
+                _log.warning("%s", note.message)
+            self._camera = camera
+            self._gaps = TickGaps()
+            self._camera_status = {"camera": _description.describe(camera)}
+            self._read_settings()
+            self._read_temperature()
+        except BaseException:
+            self._camera = None
+            camera.close()
+            raise
+        self._error, self._has_failed = None, False
+        self._list_cameras()
+        self._on_status({"opened": self._camera_status["camera"]})
+
+    def _list_cameras(self):
+        """Numbers, and models of those that were open once: opening the others would disturb programs that use them."""
+        known = {entry["camera"]: entry for entry in self._cameras}
+        known[self.number] = {key: self._camera_status["camera"][key] for key in ("camera", "model", "serial")}
+        unknown = {"model": None, "serial": None}
+        self._cameras = [known.get(number) or {"camera": number, **unknown} for number in range(camera_count())]
+
+    def _reopen(self):
+        self._next_open = time.monotonic() + _REOPEN_SECONDS
+        try:
+            self._open()
+        except Exception as error:
+            self._error = _description.problem(error)
+
+    def _close(self):
+        camera, self._camera = self._camera, None
+        run, self._run, self._recording = self._run, None, None
+        self._frames.clear()
+        for end in ([run.stop] if run else []) + ([camera.close] if camera else []):
+            try:
+                end()
+            except (VxmcdError, CameraStateError) as error:  # it is gone
+                _log.info("%s", error)
+
+    def _fail(self, error):
+        """A run or a call has failed. A camera that does not answer any more is closed, and opened again later."""
+        _log.error("%s", error, exc_info=not isinstance(error, (VxmcdError, CameraStateError)))
+        self._error, self._has_failed = _description.problem(error), True
+        for end in (self._end_recording, self._stop_run):
+            try:
+                end()
+            except Exception as further:
+                _log.info("%s", further)
+        if self._is_gone():
+            self._close()
+            self._next_open = time.monotonic() + _REOPEN_SECONDS
+
+    def _is_gone(self):
+        return self._camera is not None and not _description.answers(self._camera)
+
+    def _read_settings(self):
+        camera = self._camera
+        rows, columns = camera.shape
+        self._saturation = _description.saturation_of(camera)
+        self._settings = camera.settings()
+        # A new dictionary: images keep the one that they were taken with.
+        self._camera_status = {
+            **self._camera_status, "settings": _description.settings_of(camera), "limits": _description.limits_of(camera),
+            "image": {"width": columns, "height": rows, "saturation": self._saturation}}
+
+    def _read_temperature(self):
+        camera = self._camera
+        celsius, status = None, "unknown"
+        try:
+            celsius, status = camera.temperature, camera.temperature_status
+        except VxmcdError:
+            if self._is_gone():
+                raise
+        self._temperature = {"celsius": celsius, "status": status, "time": time.time(),
+                             "target": self._camera_status["settings"]["target_temperature"]}
+
+    # Runs
+
+    def _image_bytes(self):
+        camera = self._camera
+        rows, columns = camera.shape
+        return rows * columns * camera.dtype.itemsize
+
+    def _start_run(self):
+        self._begin(_run.UNTIL_ABORT, None)
+
+    def _begin(self, mode, images):
+        camera = self._camera
+        camera._check_bits()
+        self._has_even_period = _description.has_even_period(camera)
+        self._gaps, self._lost = TickGaps(), None
+        self._total = self._last = 0
+        self._rate = _Rate()
+        self._last_arrival = time.monotonic()
+        self._run_number += 1
+        self._run = Run(camera._session, mode, images)
+
+    def _stop_run(self):
+        run, self._run = self._run, None
+        if run is not None:
+            run.stop()
+
+    def _follow_run(self):
+        run = self._run
+        self._camera._session.wait(_WAIT_MS)
+        status = run.status()  # before the number of images: when the run is over, that number is final
+        first, last = run.available()
+        total = run.total()
+        now = time.monotonic()
+        if total != self._total:
+            self._last_arrival = now
+        self._total = total
+        self._rate.add(now, total)
+        if last > self._last and now >= self._next_image:
+            self._fetch(run, last, now)
+        if status == raw.RC_IDLE and self._recording:
+            self._end_recording()
+        elif status != raw.RC_ACQUIRING:
+            raise VxmcdError("the run", status, f"it ended after {total} images")
+        elif not self._recording and not self._is_watched():
+            self._stop_run()
+
+    def _fetch(self, run, number, now):
+        camera = self._camera
+        pixels = np.empty(camera.shape, camera.dtype)
+        began = time.thread_time()
+        is_there, ticks = run.fetch(number, pixels)
+        cost = time.thread_time() - began + self.cost
+        self._next_image = max(self._next_image + self._shortest, now - self._shortest, now + cost / _MAX_COST)
+        if not is_there:
+            return
+        self._last = number
+        if ticks is not None and self._has_even_period:
+            self._gaps.add(number, ticks)
+            self._lost = self._gaps.missing
+        self._frames.put(Image(pixels, number, ticks, time.time(), self._run_number, self._saturation,
+                               self._recording is not None, self._camera_status))
+        self._on_frame()
+
+    def _end_recording(self, is_stopped=False):
+        recording, self._recording = self._recording, None
+        if recording is None:
+            return
+        lost, total = self._lost, self._total
+        try:
+            self._stop_run()
+        finally:
+            if self._camera is not None and self._camera.is_open:
+                self._camera._session.call("SetSpool", 0, 3, None)
+        counted = self._camera.count_lost_frames()
+        self._last_recording = {"name": recording.path.name, "stopped": is_stopped and recording.images > total,
+                                **self._result(recording.path), "lost": lost if counted is None else counted}
+
+    @staticmethod
+    def _result(path):
+        try:
+            run = SpoolRun(path, salvage=True)
+            return {"state": run.state, "images": len(run), "missing": len(run.missing)}
+        except (SpoolError, OSError) as error:
+            return {"state": "failed", "images": 0, "missing": None, "text": str(error)}
+
+    # State
+
+    def _notice(self):
+        if self._run is None:
+            return None
+        settings = self._camera_status["settings"]
+        quiet = time.monotonic() - self._last_arrival
+        cycle = max(settings["cycle_time"] or 0.0, settings["exposure"] or 0.0)
+        if quiet <= 3 * cycle + 2:
+            return None
+        return "no image: waiting for a trigger?" if settings["trigger_mode"] != "internal" else "no image"
+
+    def _publish(self):
+        """Tells the server what has changed, and the rates."""
+        is_open, is_running = self._camera is not None, self._run is not None
+        values = {
+            "state": self.state, "number": self.number, "run": self._run_number, "error": self._error,
+            "settings": self._camera_status.get("settings") if is_open else None,
+            "limits": self._camera_status.get("limits") if is_open else None,
+            "image": self._camera_status.get("image") if is_open else None,
+            "temperature": self._temperature if is_open else None,
+            "rate": self._rate.value() if is_running else None, "frames": self._total if is_running else None,
+            "lost": self._lost if is_running else None, "notice": self._notice(),
+            "memory_percent": _description.memory_percent(self._camera) if is_open else None,
+            "recording": self._recording.json(self._total, self._rate.value(), self._image_bytes())
+            if self._recording else None,
+            "last_recording": self._last_recording,
+        }
+        self._on_status({"values": values})

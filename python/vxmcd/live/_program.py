@@ -1,0 +1,201 @@
+# SPDX-License-Identifier: MIT
+"""The program `vxmcd live`: its options, its life from the first camera to the last signal."""
+from __future__ import annotations
+
+import argparse
+import asyncio
+import errno
+import logging
+import os
+import secrets
+import signal
+import socket
+import sys
+import threading
+import webbrowser
+from pathlib import Path
+from typing import Dict, List, Optional
+
+from aiohttp import web
+
+from .. import _session, _settings
+from ..errors import CameraStateError, LibraryError, NoCameraError, VxmcdError
+from . import _access
+from ._camera_worker import CameraWorker
+from ._frames import Frames
+from ._server import Server
+from ._state import Control
+
+_DONE, _USAGE, _NO_CAMERA, _CAMERA, _OUTPUT, _INTERRUPTED = 0, 1, 2, 3, 4, 130
+_PORT, _PORTS = 8765, 20
+_SETTINGS = ("exposure", "cycle", "trigger", "overlap", "bits", "encoding", "area", "binning", "channel", "amplifier", "speed",
+             "gain", "baseline-clamp", "temperature", "fan")  # keys of a settings file
+
+
+class _Parser(argparse.ArgumentParser):
+    def error(self, message):
+        self.exit(_USAGE, f"vxmcd live: {message}\n")
+
+
+def _parser():
+    parser = _Parser(prog="vxmcd live", description="Shows the picture of a camera in the browser.", allow_abbrev=False)
+    parser.add_argument("--camera", type=int, default=0, metavar="N", help="number of the camera; default: 0")
+    parser.add_argument("--serial", type=int, metavar="N", help="serial number of the camera, in place of --camera")
+    parser.add_argument("--port", type=int, metavar="P", help=f"default: {_PORT}, or the next one that is free")
+    parser.add_argument("--bind", default="127.0.0.1", metavar="ADDRESS", help="address to listen at; default: 127.0.0.1")
+    parser.add_argument("--token", metavar="TEXT", help="the secret in the link; default: a new one at each start")
+    parser.add_argument("--no-token", action="store_true", help="no secret; every user of this machine has access")
+    parser.add_argument("--allow-host", action="append", default=[], metavar="NAME",
+                        help="name of this machine that may stand in the link")
+    parser.add_argument("--read-only", action="store_true", help="nobody can change the camera from a page")
+    parser.add_argument("--fps", type=float, default=25.0, metavar="N", help="images a second that are shown at most")
+    parser.add_argument("--directory", default=".", metavar="DIR", help="for snapshots and recordings; default: .")
+    parser.add_argument("--open", action="store_true", help="open the page in the browser")
+    parser.add_argument("--settings", metavar="FILE", help="settings to begin with")
+    for key in _SETTINGS:
+        parser.add_argument(f"--{key}", metavar="VALUE", help=argparse.SUPPRESS)
+    return parser
+
+
+def _settings_of(parser, options) -> Dict[str, object]:
+    """What the camera is to be set to at first."""
+    settings: Dict[str, object] = {}
+    if options.settings:
+        try:
+            settings = _settings.load_settings(options.settings)
+        except (OSError, ValueError) as error:
+            parser.error(f"--settings: {error}")
+    for key in _SETTINGS:
+        text = getattr(options, key.replace("-", "_"))
+        if text is not None:
+            row = _settings._BY_KEY[key]
+            try:
+                settings[row.name] = row.read(text)
+            except ValueError as error:
+                parser.error(f"--{key}: {text!r} is not accepted; {error}")
+    return settings
+
+
+def _checked(parser, arguments):
+    options = parser.parse_args(arguments)
+    is_local = _access.is_loopback(options.bind)
+    if options.token is not None and options.no_token:
+        parser.error("--token does not go with --no-token")
+    if options.no_token and not is_local:
+        parser.error("--no-token: other machines reach this address; leave it out, or choose a --bind of this machine")
+    if options.token is not None:
+        wrong = _access.check_token(options.token, is_local)
+        if wrong:
+            parser.error(f"--token: {wrong}")
+    if options.port is not None and not 1 <= options.port <= 65535:
+        parser.error("--port: 1 to 65535")
+    if not 0.1 <= options.fps <= 1000:
+        parser.error("--fps: 0.1 to 1000")
+    return options, _settings_of(parser, options)
+
+
+def _listen(options) -> socket.socket:
+    """A socket at the port, or without one at the first that is free. Raises OSError."""
+    family = socket.AF_INET6 if ":" in options.bind else socket.AF_INET
+    ports = [options.port] if options.port is not None else range(_PORT, _PORT + _PORTS)
+    for port in ports:
+        listener = socket.socket(family, socket.SOCK_STREAM)
+        try:
+            listener.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+            listener.bind((options.bind, port))
+            return listener
+        except OSError as error:
+            listener.close()
+            if error.errno != errno.EADDRINUSE or port == ports[-1]:
+                raise
+    raise AssertionError
+
+
+def _fail(code, message):
+    sys.stderr.write(f"vxmcd live: {message}\n")
+    return code
+
+
+def _link(options, port, token):
+    host = {"0.0.0.0": socket.gethostname(), "::": socket.gethostname()}.get(options.bind, options.bind)
+    host = f"[{host}]" if ":" in host else host
+    return f"http://{host}:{port}/" + (f"#t={token}" if token else "")
+
+
+def _say_where(options, port, token):
+    link = _link(options, port, token)
+    print(link, flush=True)
+    if _access.is_loopback(options.bind):
+        sys.stderr.write(f"from another machine: ssh -L {port}:{options.bind}:{port} {socket.gethostname()}\n")
+    else:
+        sys.stderr.write("warning: the connection is not encrypted; with ssh -L and without --bind it is\n")
+    if options.open:
+        threading.Thread(target=webbrowser.open, args=(link,), daemon=True).start()
+
+
+async def _serve(options, settings, listener) -> int:
+    port = listener.getsockname()[1]
+    token = None if options.no_token else options.token or secrets.token_urlsafe(32)
+    own_names = [socket.gethostname()] if options.bind in ("0.0.0.0", "::") else []
+    frames = Frames()
+    access = _access.Access(token, [*options.allow_host, *own_names], port)
+    server = Server(access, frames, Control(options.read_only))
+    worker = CameraWorker(options.camera, frames, Path(options.directory), settings, options.fps, server.post_frame,
+                          server.post_status)
+    loop = asyncio.get_running_loop()
+    try:
+        await loop.run_in_executor(None, worker.open_first)
+    except NoCameraError as error:
+        return _fail(_NO_CAMERA, str(error))
+    except (VxmcdError, CameraStateError, ValueError, TypeError) as error:
+        return _fail(_CAMERA, str(error))
+    runner = web.AppRunner(server.application, access_log=None)
+    ended = asyncio.Event()
+    received: List[int] = []
+
+    def end(number):
+        received.append(number)
+        for other in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            loop.remove_signal_handler(other)
+            signal.signal(other, signal.SIG_DFL)  # a second one kills
+        ended.set()
+
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        loop.add_signal_handler(number, end, number)
+    worker.start()
+    try:
+        await runner.setup()
+        await web.SockSite(runner, listener, shutdown_timeout=0.2).start()
+        server.begin(worker)
+        _say_where(options, port, token)
+        await ended.wait()
+    finally:
+        await server.end()
+        await loop.run_in_executor(None, worker.stop)
+        await runner.cleanup()
+    return _INTERRUPTED
+
+
+def main(arguments: List[str]) -> Optional[int]:
+    parser = _parser()
+    options, settings = _checked(parser, arguments)
+    logging.basicConfig(format="vxmcd live: %(message)s", level=logging.WARNING)
+    if not (os.path.isdir(options.directory) and os.access(options.directory, os.W_OK | os.X_OK)):
+        return _fail(_OUTPUT, f"--directory: {options.directory!r} is no directory that can be written to")
+    try:
+        if options.serial is not None:
+            session = _session.open_by_serial(options.serial)
+            options.camera = session.index
+            session.close()
+        listener = _listen(options)
+    except NoCameraError as error:
+        return _fail(_NO_CAMERA, str(error))
+    except LibraryError as error:
+        return _fail(_CAMERA, str(error))
+    except OSError as error:
+        return _fail(_OUTPUT, f"{options.bind}, port {options.port or _PORT}: {error.strerror}")
+    with listener:
+        try:
+            return asyncio.run(_serve(options, settings, listener))
+        except LibraryError as error:
+            return _fail(_CAMERA, str(error))
