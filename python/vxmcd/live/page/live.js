@@ -1,0 +1,523 @@
+// SPDX-License-Identifier: MIT
+// The page of the live view: puts the parts together, the top line, messages, keys.
+
+import { Connection } from "./connection.js";
+import { COLOUR_MAPS, Frame } from "./draw.js";
+import { NONE, digits, fixed, timeText } from "./format.js";
+import { HistogramPanel, SavePanel, SettingsPanel } from "./panel.js";
+import { ProfilePlot } from "./plots.js";
+import { problem } from "./settings.js";
+import { Stage } from "./stage.js";
+
+const VIEW_MS = 40; // between two messages about view or cursor
+const SHOWN_MS = 1000; // over which shown images are counted
+const HIDDEN_MS = 1000; // between images for a page that nobody sees
+const BAR_SECONDS = 1; // longer exposures have a bar
+const SATURATED_TEXT = "saturated";
+const $ = id => document.getElementById(id);
+
+const PHASES = { closed: "○ closed", idle: "❚❚ idle", live: "● live", recording: "⏺ recording", failed: "✕ failed",
+  offline: "✕ no connection", connecting: "… connecting" };
+
+/** Calls a function at most once in a while, with the newest arguments. */
+function throttled(act, ms) {
+  let timer = null, waiting = null;
+  return (...given) => {
+    waiting = given;
+    timer ??= setTimeout(() => {
+      timer = null;
+      act(...waiting);
+    }, ms);
+  };
+}
+
+class Page {
+  constructor() {
+    this.state = {};
+    this.settings = null;
+    this.viewer = null; // this page's number
+    this.isFrozen = false;
+    this._value = null; // under the cursor: {value, isExact}
+    this._waiting = null; // a frame that was not drawn yet
+    this._shown = [];
+    this._sendView = throttled(() => this._requestView(), VIEW_MS);
+    this._sendCursor = throttled(() => this._requestCursor(), VIEW_MS);
+    this.stage = new Stage($("stage"), {
+      viewChanged: () => this._viewChanged(),
+      cursorChanged: pixel => this._cursorChanged(pixel),
+      lineChanged: line => this._lineChanged(line),
+      areaDrawn: area => this._setArea(area),
+    });
+    this.connection = new Connection(this);
+    const ask = message => this._ask(message);
+    this.panel = new SettingsPanel(ask);
+    this.histogram = new HistogramPanel(this.stage.stretch, () => this._stretchChanged());
+    this.save = new SavePanel(ask, () => this.stage.picture.toBlob());
+    this.profile = new ProfilePlot($("profile-plot"));
+    this._listen();
+    this._showPhase("connecting");
+    this.connection.start();
+    requestAnimationFrame(() => this._tick());
+  }
+
+  // The connection's listener.
+
+  opened() {
+    this._showGate(null);
+    this._banner("connection", null);
+    $("stage").classList.remove("stale");
+    this._requestView();
+    this._requestCursor();
+    if (this.stage.line) this.connection.send({ line: this.stage.line });
+  }
+
+  lost(hasEnded) {
+    this._waiting = null;
+    this._showPhase("offline");
+    $("stage").classList.add("stale");
+    this._enable(false);
+    if (hasEnded || this._hasEnded) {
+      this._hasEnded = true;
+      this._banner("connection", "bad", "The program has ended.",
+        "Start vxmcd live again; the page connects by itself when it has the same port and token.");
+    } else {
+      this._banner("connection", "bad", "The connection is lost.", "Connecting again …");
+    }
+  }
+
+  denied(hadToken, text) {
+    this._showPhase("offline");
+    $("gate-form").hidden = false;
+    this._showGate(hadToken ? "The token is wrong" : "A token is needed",
+      `${text ? `${text}\n\n` : ""}Open the link that vxmcd live has printed, with everything behind the #, or type its token ` +
+      "(behind #t=).");
+    $("token").focus();
+  }
+
+  message(message) {
+    if (message.hello) this._hello(message.hello);
+    if (message.state) this._update(message.state);
+    if (message.histogram) this.histogram.setHistogram(message.histogram);
+    if (message.line !== undefined) this._showLine(message.line);
+  }
+
+  frame(buffer) {
+    const frame = Frame.of(buffer);
+    if (!frame) return;
+    // At most two are under way; only the newer is worth drawing, but both are acknowledged.
+    if (this._waiting) this._acknowledge(this._waiting);
+    this._waiting = frame;
+    if (document.hidden) setTimeout(() => this._draw(), HIDDEN_MS);
+  }
+
+  // What comes from the program.
+
+  _hello(hello) {
+    this._hasEnded = false;
+    this.viewer = hello.viewer;
+    this.camera = hello.camera ?? {};
+    document.title = this.camera.model ? `${this.camera.model} – vxmcd live` : "vxmcd live";
+    this.panel.describe(this.camera, hello.curve);
+    const cameras = hello.cameras ?? [{ number: this.camera.camera ?? 0, model: this.camera.model }];
+    $("camera").replaceChildren(...cameras.map(({ number, model }) =>
+      Object.assign(document.createElement("option"), { value: number, textContent: `${number}: ${model ?? "camera"}` })));
+    $("camera").value = String(this.camera.camera ?? 0);
+    this._update(hello);
+  }
+
+  _update(state) {
+    Object.assign(this.state, state);
+    const all = this.state;
+    this._showPhase(all.state);
+    const isBroken = all.state === "failed" || all.state === "closed";
+    $("stage").classList.toggle("stale", isBroken);
+    $("rate-camera").textContent = fixed(all.rate, 1);
+    $("lost").textContent = all.lost ?? (all.state === "live" || all.state === "recording" ? "?" : NONE);
+    $("lost").parentElement.classList.toggle("alarm", all.lost > 0);
+    this._showPercent("ring", all.ring_percent);
+    this._showPercent("memory", all.memory_percent);
+    $("reduced").hidden = !all.reduced;
+    this._showControl();
+    this._showError(isBroken && all.error);
+    this._banner("notice", all.notice ? "warn" : null, all.notice);
+    this.panel.update(all, this._mayControl());
+    this.save.update(all, this._mayControl());
+    this._showCursor();
+  }
+
+  _showPhase(phase) {
+    $("phase").dataset.phase = phase;
+    $("phase").textContent = PHASES[phase] ?? phase;
+  }
+
+  _showPercent(id, percent) {
+    $(id).textContent = fixed(percent, 0);
+    $(id).parentElement.hidden = percent === null || percent === undefined;
+    $(id).parentElement.classList.toggle("alarm", percent >= 80);
+  }
+
+  _showError(error) {
+    const isClosed = this.state.state === "closed";
+    this._banner("error", error ? "bad" : null, error && problem(error),
+      isClosed ? "The program tries to open the camera again every 5 s; its settings come back." : "",
+      !isClosed && this._mayControl() && "Restart", () => this._ask({ do: "start" }));
+  }
+
+  // Control.
+
+  _mayControl() {
+    const { control } = this.state;
+    return this.connection.isOpen && Boolean(control) && !control.read_only && control.controller === this.viewer;
+  }
+
+  _showControl() {
+    const { viewers } = this.state;
+    const control = this.state.control ?? {};
+    const isMine = this._mayControl();
+    $("viewers").textContent = viewers > 1 ? `${viewers} viewers` : "";
+    $("role").dataset.role = isMine ? "control" : "view";
+    $("role").textContent = isMine ? "◆ you control" : control.read_only ? "◇ view only" : "◇ viewing";
+    $("take-control").hidden = isMine || control.read_only || !this.connection.isOpen;
+    const isAsking = control.asking !== null && control.asking !== undefined;
+    $("take-control").disabled = isAsking;
+    $("take-control").textContent = isAsking ? `asked, ${Math.ceil(control.seconds_to_answer ?? 0)} s` : "Take control";
+    $("give-control").hidden = !isMine || !(viewers > 1);
+    const dialog = $("hand-over");
+    if (isMine && isAsking) {
+      $("hand-over-who").textContent = `Viewer ${control.asking}`;
+      $("hand-over-seconds").textContent = String(Math.ceil(control.seconds_to_answer ?? 0));
+      if (!dialog.open) dialog.showModal();
+    } else if (dialog.open) {
+      dialog.close();
+    }
+    $("camera").disabled = !isMine;
+  }
+
+  _enable(isEnabled) {
+    this.panel.update({}, isEnabled);
+    this.save.update(this.state, isEnabled);
+    this._showControl();
+  }
+
+  /** Asks for something that changes the camera. What others have changed meanwhile is refused by the program. */
+  _ask(message) {
+    return this.connection.ask({ ...message, version: this.state.version });
+  }
+
+  // The picture.
+
+  _tick() {
+    requestAnimationFrame(() => this._tick());
+    this._draw();
+    this._showExposure();
+  }
+
+  _draw() {
+    const frame = this._waiting;
+    if (!frame) return;
+    this._waiting = null;
+    try {
+      if (!this.isFrozen) this._show(frame);
+    } finally { // whatever happens, the next one comes
+      this._acknowledge(frame);
+    }
+  }
+
+  _acknowledge(frame) {
+    this.connection.send({ ack: frame.number });
+  }
+
+  _show(frame) {
+    $("empty").hidden = true;
+    this._arrived = performance.now();
+    this.stage.show(frame);
+    this._shown.push(this._arrived);
+    if (frame.value >= 0) this._value = { value: frame.value, isExact: true };
+    this.histogram.cursorValue = this.stage.cursor && this._value ? this._value.value : -1;
+    $("frame").textContent = `image ${frame.number}`;
+    $("saturated").textContent = frame.saturated
+      ? `${frame.saturated} saturated (${digits(100 * frame.saturated / frame.pixels, 2)} %)` : "none saturated";
+    this.histogram.draw();
+    this._showCursor();
+  }
+
+  _viewChanged() {
+    const { view } = this.stage;
+    $("zoom").textContent = `${digits(view.scale * 100, 3)} %`;
+    $("zoom-fit").setAttribute("aria-pressed", String(view.isFit));
+    $("zoom-1").setAttribute("aria-pressed", String(!view.isFit && view.scale === 1));
+    $("zoom-2").setAttribute("aria-pressed", String(!view.isFit && view.scale === 2));
+    this._sendView();
+  }
+
+  _requestView() {
+    const { view, stretch } = this.stage;
+    if (view.canvas.width <= 1) return;
+    const request = view.request();
+    if (!this.stage.picture.frame) Object.assign(request, { x: 0, y: 0, w: 0, h: 0, cw: view.canvas.width, ch: view.canvas.height });
+    if (!stretch.isAuto) request.stretch = [Math.round(stretch.black), Math.round(stretch.white)];
+    this.connection.send({ view: request });
+  }
+
+  _stretchChanged() {
+    this.stage.picture.repaint();
+    this.histogram.draw();
+    this._sendView();
+  }
+
+  _cursorChanged(pixel) {
+    this._value = pixel && this._valueAt(pixel);
+    this._showCursor();
+    this._sendCursor();
+  }
+
+  _requestCursor() {
+    const { cursor } = this.stage;
+    this.connection.send({ cursor: cursor && [cursor.x, cursor.y] });
+  }
+
+  /** The value of a pixel as far as the frame has it: the mean of a block is not exact. */
+  _valueAt({ x, y }) {
+    const { frame } = this.stage.picture;
+    if (!frame) return null;
+    const column = Math.floor((x - frame.x) / frame.step), row = Math.floor((y - frame.y) / frame.step);
+    if (column < 0 || row < 0 || column >= frame.width || row >= frame.height) return null;
+    return { value: Math.round(frame.toValue(frame.samples[row * frame.width + column])),
+      isExact: frame.step === 1 && (frame.bytes === 2 || frame.high - frame.low === 255) };
+  }
+
+  _showCursor() {
+    const { cursor, picture } = this.stage;
+    let text = cursor ? `x ${cursor.x}, y ${cursor.y}` : `x ${NONE}, y ${NONE}`;
+    if (cursor && this._value) {
+      const { value, isExact } = this._value;
+      const isSaturated = isExact && picture.frame && value >= picture.frame.saturation;
+      text += `: ${isExact ? "" : "about "}${value}${isSaturated ? ` (${SATURATED_TEXT})` : ""}`;
+    }
+    $("cursor").textContent = text;
+  }
+
+  /** How far the exposure of the next image is; the program does not know it better than its clock. */
+  _showExposure() {
+    const { settings, state } = this.state;
+    const isRunning = state === "live" || state === "recording";
+    const isLong = this.connection.isOpen && isRunning && settings?.exposure > BAR_SECONDS &&
+      (settings.trigger_mode === "internal" || settings.trigger_mode === "external-start");
+    $("exposure-bar").hidden = !isLong;
+    if (!isLong) {
+      this._began = null;
+      return;
+    }
+    this._began = Math.max(this._began ?? performance.now(), this._arrived ?? 0);
+    const seconds = Math.min((performance.now() - this._began) / 1000, settings.exposure);
+    const [bar, text] = $("exposure-bar").children;
+    bar.style.transform = `scaleX(${seconds / settings.exposure})`;
+    text.textContent = `exposing ${seconds.toFixed(1)} of ${timeText(settings.exposure)}`;
+    $("exposure-bar").setAttribute("aria-valuenow", String(Math.round(100 * seconds / settings.exposure)));
+  }
+
+  // Profile and area.
+
+  _lineChanged(line) {
+    const wasHidden = $("profile").hidden;
+    $("profile").hidden = !line;
+    if (line) {
+      const [x0, y0, x1, y1] = line;
+      $("profile-ends").textContent = `${x0}, ${y0} to ${x1}, ${y1}`;
+    }
+    if (wasHidden !== $("profile").hidden) this.stage.redraw();
+    this.connection.send({ line });
+  }
+
+  _showLine(line) {
+    if (!$("profile").hidden) this.profile.draw(line?.values);
+  }
+
+  /** A rectangle in pixels of the image, from 0, becomes an area of the sensor, from 1. */
+  async _setArea(area) {
+    const { settings } = this.state;
+    if (!area || !settings) return;
+    const [left, top] = settings.area, [across, down] = settings.binning;
+    const asked = [left + area.x * across, top + area.y * down, area.w * across, area.h * down];
+    await this._sendArea(asked);
+  }
+
+  async _sendArea(asked) {
+    const result = await this._ask({ set: { area: asked } });
+    if (!result.ok) this._flash("bad", problem(result));
+    else if (asked && result.value && String(result.value) !== String(asked)) {
+      const [left, top, width, height] = result.value;
+      this._flash("warn", `The camera takes ${width} x ${height} at ${left}, ${top}.`);
+    }
+  }
+
+  // Messages over the picture.
+
+  /** Shows, changes or removes the message of a kind. */
+  _banner(kind, level, text, more = "", action = null, act = null) {
+    const id = `banner-${kind}`;
+    const old = $(id);
+    const key = JSON.stringify([level, text, more, action]);
+    if (old?.dataset.key === key) return;
+    old?.remove();
+    if (!level) return;
+    const banner = Object.assign(document.createElement("div"), { id, className: `banner ${level}` });
+    banner.dataset.key = key;
+    const mark = Object.assign(document.createElement("span"), { className: "mark", textContent: level === "bad" ? "✕" : "!" });
+    const paragraph = Object.assign(document.createElement("p"), { textContent: text });
+    if (more) paragraph.append(Object.assign(document.createElement("small"), { textContent: more }));
+    banner.append(mark, paragraph);
+    if (action) {
+      const button = Object.assign(document.createElement("button"), { textContent: action });
+      button.addEventListener("click", act);
+      banner.append(button);
+    }
+    $("banners").append(banner);
+  }
+
+  _flash(level, text) {
+    this._banner("flash", level, text, "", "Close", () => this._banner("flash", null));
+    clearTimeout(this._flashTimer);
+    this._flashTimer = setTimeout(() => this._banner("flash", null), 8000);
+  }
+
+  _showGate(title, text = "") {
+    $("gate").hidden = !title;
+    $("gate-title").textContent = title ?? "";
+    $("gate-text").textContent = text;
+  }
+
+  // Keys and buttons.
+
+  _listen() {
+    const press = (id, act) => $(id).addEventListener("click", act);
+    for (const button of document.querySelectorAll("[data-key]")) {
+      button.addEventListener("click", () => this._keys.get(button.dataset.key)[1]());
+    }
+    press("crosshair", () => this._toggle("crosshair", () => this.stage.toggleCrosshair()));
+    press("saturation", () => this._toggle("saturation", () => this._toggleSaturation()));
+    press("freeze", () => this._toggle("freeze", () => { this.isFrozen = !this.isFrozen; return this.isFrozen; }));
+    press("profile-close", () => this.stage.toggleLine());
+    press("area-draw", () => this.stage.beginArea());
+    press("area-whole", () => this._sendArea(null));
+    press("help-open", () => $("help").showModal());
+    press("take-control", () => this._takeControl());
+    press("give-control", () => this._ask({ do: "give-control" }));
+    press("hand-over-yes", () => this._ask({ do: "give-control" }));
+    press("hand-over-no", () => this._ask({ do: "keep-control" }));
+    $("hand-over").addEventListener("cancel", () => this._ask({ do: "keep-control" }));
+    $("map").addEventListener("change", () => this._setMap($("map").value));
+    $("camera").addEventListener("change", () => this._openCamera(Number($("camera").value)));
+    $("gate-form").addEventListener("submit", event => {
+      event.preventDefault();
+      this.connection.retry($("token").value.trim().replace(/^.*#t=/, ""));
+      $("token").value = "";
+    });
+    this._keys = this._makeKeys();
+    $("keys").append(...[...this._keys].map(([key, [text]]) => {
+      const row = document.createElement("tr");
+      const name = document.createElement("td");
+      name.append(...key.split(" ").map(part => Object.assign(document.createElement("kbd"), { textContent: part })));
+      row.append(name, Object.assign(document.createElement("td"), { textContent: text }));
+      return row;
+    }));
+    document.addEventListener("keydown", event => this._key(event));
+    setInterval(() => this._countShown(), SHOWN_MS / 2);
+  }
+
+  _makeKeys() {
+    const { stage, panel } = this;
+    const click = id => () => { if (!$(id).disabled) $(id).click(); };
+    const none = () => {};
+    return new Map([
+      ["f", ["whole image", () => stage.fit()]],
+      ["1", ["one to one", () => stage.zoomTo(1)]],
+      ["2", ["two to one", () => stage.zoomTo(2)]],
+      ["+", ["zoom in", () => stage.zoomBy(1)]],
+      ["-", ["zoom out", () => stage.zoomBy(-1)]],
+      ["← ↑ → ↓", ["move picture, crosshair or area; Shift: crosshair by 10, area's size; Alt: area by 1", none]],
+      ["c", ["crosshair", click("crosshair")]],
+      ["p", ["line profile", () => stage.toggleLine()]],
+      ["x", ["saturated pixels red", click("saturation")]],
+      ["u", ["automatic stretch", () => this.histogram.toggleAuto()]],
+      ["h", ["black point; Tab: white point", () => $("black").select()]],
+      ["m", ["next colour map", () => this._nextMap()]],
+      ["space", ["freeze the picture", click("freeze")]],
+      ["e", ["exposure", () => panel.focus("exposure")]],
+      ["[", ["shorter exposure", () => panel.step("exposure", -1)]],
+      ["]", ["longer exposure", () => panel.step("exposure", 1)]],
+      ["y", ["cycle", () => panel.focus("cycle_time")]],
+      ["g", ["gain", () => panel.focus("gain")]],
+      ["b", ["binning", () => panel.focus("binning")]],
+      ["k", ["cooling target", () => panel.focus("target_temperature")]],
+      ["t", ["trigger", () => panel.trigger()]],
+      ["a", ["draw an area: Enter applies, Esc cancels", () => { if (this._mayControl()) stage.beginArea(); }]],
+      ["w", ["whole sensor", click("area-whole")]],
+      ["s", ["snapshot", click("snapshot")]],
+      ["r", ["record: then Enter; or Stop", () => this.save.focus()]],
+      ["?", ["this table", () => $("help").showModal()]],
+    ]);
+  }
+
+  _key(event) {
+    if (event.ctrlKey || event.metaKey || document.querySelector("dialog[open]") || !$("gate").hidden) return;
+    const inField = event.target.matches("input, select");
+    if (inField) {
+      if (event.key === "Escape") $("stage").focus();
+      else return;
+    } else if (this.stage.key(event)) {
+      event.preventDefault();
+      return;
+    }
+    const name = event.key === " " ? "space" : event.key === "=" ? "+" : event.key;
+    // Space and Enter press the button that has the focus.
+    if (name === "space" && event.target.matches("button, a")) return;
+    const entry = event.altKey ? null : this._keys.get(name);
+    if (!entry) return;
+    event.preventDefault();
+    entry[1]();
+  }
+
+  _toggle(id, act) {
+    $(id).setAttribute("aria-pressed", String(act()));
+  }
+
+  _toggleSaturation() {
+    const { picture } = this.stage;
+    picture.showsSaturation = !picture.showsSaturation;
+    picture.repaint();
+    return picture.showsSaturation;
+  }
+
+  _setMap(name) {
+    this.stage.stretch.map = name;
+    $("map").value = name;
+    this.stage.picture.repaint();
+  }
+
+  _nextMap() {
+    const names = Object.keys(COLOUR_MAPS);
+    this._setMap(names[(names.indexOf(this.stage.stretch.map) + 1) % names.length]);
+  }
+
+  async _openCamera(number) {
+    const result = await this._ask({ do: "open", camera: number });
+    if (!result.ok) {
+      this._flash("bad", problem(result));
+      $("camera").value = String(this.camera.camera);
+    }
+  }
+
+  async _takeControl() {
+    const result = await this._ask({ do: "take-control" });
+    if (!result.ok) this._flash("bad", problem(result));
+  }
+
+  _countShown() {
+    const now = performance.now();
+    while (this._shown.length && now - this._shown[0] > SHOWN_MS) this._shown.shift();
+    $("rate-shown").textContent = this.connection.isOpen && !this.isFrozen ? fixed(this._shown.length * 1000 / SHOWN_MS, 1) : NONE;
+  }
+}
+
+new Page();
