@@ -11,6 +11,7 @@ from .errors import (
 # What needs the module `raw` is imported on use, so that reading recorded runs needs no library.
 _LAZY = {"Camera": "camera", "cameras": "camera", "close_cameras": "camera",
          "TriggerMode": "_timing", "Area": "_area", "Gain": "_readout", "Frame": "_stream", "Stream": "_stream",
+         "start_together": "_together", "Together": "_together", "Spread": "_together",
          "load_settings": "_settings", "save_settings": "_settings"}
 
 __all__ = ["CameraStateError", "ClippedWarning", "DiskSpaceWarning", "FramesLostError", "FramesLostWarning",
@@ -22,6 +23,7 @@ if TYPE_CHECKING:
     from ._settings import load_settings, save_settings
     from ._stream import Frame, Stream
     from ._timing import TriggerMode
+    from ._together import Spread, Together, start_together
     from .camera import Camera, cameras, close_cameras
 
 

@@ -20,14 +20,14 @@ _FETCH = {1: ("vxmcd_GetIntactImage8", ctypes.c_ubyte), 2: ("vxmcd_GetIntactImag
 
 
 class Run:
-    """A run that has been started. stop() ends it, and so does the end of its `with` block.
+    """A run that has been started, or that start() starts. stop() ends it, and so does the end of its `with` block.
 
     images: the number of images, None for a run until stop(). triggers_every: None, or the time in s after which a trigger
     without an image is sent again; wait_for() sends the triggers then. before_start: called when all is set up.
     """
 
     def __init__(self, session: Session, mode: int, images: Optional[int], triggers_every: Optional[float] = None,
-                 before_start: Optional[Callable[[], None]] = None):
+                 before_start: Optional[Callable[[], None]] = None, starts: bool = True):
         self._session = session
         self._images = images
         self._triggers_every = triggers_every
@@ -42,10 +42,15 @@ class Run:
             session.call("SetAcquisitionMode", mode)
             if before_start is not None:
                 before_start()
-            session.call("StartAcquisition")
+            if starts:
+                self.start()
         except BaseException:
             self.stop()
             raise
+
+    def start(self) -> None:
+        """Starts a run that was made with starts=False."""
+        self._session.call("StartAcquisition")
 
     def __enter__(self) -> "Run":
         return self
@@ -113,15 +118,15 @@ class Run:
         ticks = ctypes.c_longlong()
         pointer = image.ctypes.data_as(ctypes.POINTER(kind))
         code = self._session.call(name, number, pointer, image.size, ctypes.byref(ticks), also=(raw.RC_NO_NEW_DATA,))
-        is_known = ticks.value != 0 or (number == 1 and self._starts_at_zero())
+        is_known = ticks.value != 0 or (number == 1 and self.first_ticks() == 0)
         return code == raw.RC_SUCCESS, ticks.value if is_known else None
 
-    def _starts_at_zero(self):
-        """Whether the 0 of the first image is its clock value and does not mean that it has none."""
+    def first_ticks(self) -> Optional[int]:
+        """The clock value of the first exposure; None when there is none. The 0 of fetch() can be either."""
         count, ticks = ctypes.c_uint(), ctypes.c_longlong(-1)
         unknown = (raw.RC_NOT_SUPPORTED, raw.RC_NOT_AVAILABLE, raw.RC_FEATURE_ERROR)
         code = self._session.call("vxsys_GetRawMetaDataInfo", ctypes.byref(count), ctypes.byref(ticks), 0, also=unknown)
-        return code == raw.RC_SUCCESS and ticks.value == 0
+        return ticks.value if code == raw.RC_SUCCESS else None
 
     def _check_not_stopped(self):
         if self._is_stopped:

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""An open camera in the library. The library acts on one current camera: a session makes its camera the current one for each
-call, under a lock that all sessions share."""
+"""An open camera in the library. Calls of the library act on its current camera: a session makes its camera the current one for
+each call, under a lock that all sessions share. Runs are independent of it: each camera's run addresses its own camera."""
 from __future__ import annotations
 
 import ctypes
@@ -14,8 +14,12 @@ from .errors import CameraStateError, NoCameraError, VxmcdError
 FIRST_HANDLE = 101
 
 _lock = threading.RLock()
-_acquiring = None  # the session whose run is under way: the current camera must stay
-_is_calling = False  # the thread with the lock has chosen its camera for a call: the current camera must stay too
+_is_calling = False  # the thread with the lock has chosen its camera for a call: the current camera must stay
+
+
+def undisturbed():
+    """For a `with` block during which no other thread makes a call through a session, except for waits."""
+    return _lock
 
 
 def camera_count() -> int:
@@ -49,10 +53,12 @@ class Session:
         self.index = _checks.integer("the number of a camera (vxmcd.cameras() lists them)", index)
         self.handle = FIRST_HANDLE + self.index
         self.is_open = False
+        self._is_acquiring = False
         with _lock:
             if self.handle in self._open:
                 raise CameraStateError(f"camera {index} is open already: close it first with its close(), or with "
                                        "vxmcd.close_cameras() when you have lost it, as in a notebook")
+            self._make_independent()
             try:
                 self._call_as_current("Initialize", None)
             except VxmcdError as error:
@@ -93,41 +99,34 @@ class Session:
 
     def wait(self, timeout_ms: int) -> None:
         """Waits for an image of this camera's run, or until the time is over. Does not take the lock, so that other threads
-        can use this camera meanwhile; no other camera can become the current one during a run."""
+        can use this camera and others meanwhile."""
         code = raw.WaitForAcquisitionByHandleTimeOut(self.handle, timeout_ms)
         self._check("WaitForAcquisitionByHandleTimeOut", code, (raw.RC_NO_NEW_DATA,))
 
     def begin_run(self) -> None:
-        """From now to end_run() calls for other cameras are refused."""
-        global _acquiring
+        """From now to end_run() the camera is not idle."""
         with _lock:
             if not self.is_open:
                 raise CameraStateError(f"camera {self.index} is closed")
             self.check_idle()
-            self._make_current()
-            _acquiring = self
+            self._make_independent()
+            self._is_acquiring = True
 
     def check_idle(self) -> None:
         """Raises CameraStateError during a run of this camera."""
-        if _acquiring is self:
+        if self._is_acquiring:
             raise CameraStateError(f"camera {self.index} is acquiring: close its stream first")
 
     def end_run(self) -> None:
-        global _acquiring
-        with _lock:
-            if _acquiring is not self:
-                return
-            _acquiring = None
-            self._shut_down_closed()
+        self._is_acquiring = False
 
     def serial_number(self) -> int:
         """The number in the serial number; 0 when there is none."""
         return self.read("GetCameraSerialNumber", ctypes.c_int)
 
     def close(self) -> None:
-        """Closes the camera, which ends its run. While another camera acquires, this one is closed to callers at once, and in
-        the library when that run ends. The garbage collector may close a forgotten camera in the middle of a call for
-        another one: then it is closed in the library at the end of that call."""
+        """Closes the camera, which ends its run. The garbage collector may close a forgotten camera in the middle of a call
+        for another one: then it is closed in the library at the end of that call."""
         with _lock:
             if not self.is_open:
                 return
@@ -143,23 +142,24 @@ class Session:
 
     @classmethod
     def _shut_down_closed(cls):
-        while not _is_calling:
-            free = [session for session in cls._closing if _acquiring in (None, session)]
-            if not free:
-                return
-            try:
-                cls._closing.remove(free[0])
-            except ValueError:  # the garbage collector has closed another one meanwhile, and this one with it
-                continue
-            free[0]._shut_down()
+        while cls._closing and not _is_calling:
+            cls._closing.pop()._shut_down()
 
     def _shut_down(self):
-        global _acquiring
         del self._open[self.handle]
         try:
             self._call_as_current("ShutDown")
         finally:
-            _acquiring = None
+            self._is_acquiring = False
+
+    @classmethod
+    def _make_independent(cls):
+        """Makes each run belong to its camera, however many others run. Nothing changes when it is so already."""
+        code = raw.vxmcd_SetIndependentCameras(1)
+        if code == raw.RC_ACQUIRING:
+            raise CameraStateError("a camera acquires that was not started by this package, and in a way that allows no "
+                                   "second one: end its run first, or set VXMCD_INDEPENDENT_CAMERAS=1 for the whole program")
+        cls._check("vxmcd_SetIndependentCameras", code)
 
     def _call_as_current(self, name, *arguments, also=()):
         global _is_calling
@@ -175,9 +175,6 @@ class Session:
             self._shut_down_closed()
 
     def _make_current(self):
-        if _acquiring not in (None, self):
-            raise CameraStateError(f"camera {_acquiring.index} is acquiring, and one camera acquires at a time: end its run "
-                                   f"before using camera {self.index}")
         current = ctypes.c_long()
         self._check("GetCurrentCamera", raw.GetCurrentCamera(ctypes.byref(current)))
         if current.value != self.handle:

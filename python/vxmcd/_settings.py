@@ -259,6 +259,10 @@ class StoredSettings:
         cameras."""
         return _features.integer(self._core_handle(), "FramesLost")
 
+    def clock_frequency(self) -> Optional[int]:
+        """Ticks of the camera's clock in a second; None when it does not say."""
+        return _features.integer(self._core_handle(), "TimestampClockFrequency")
+
     def _core_handle(self):
         return self._session.read("GetSDK3Handle", ctypes.c_int)
 

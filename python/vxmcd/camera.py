@@ -77,8 +77,9 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
     camera's time or rate differs from the one that was set by more than 1 %, there is a ClippedWarning. Subclasses keep
     attributes of their own under names that begin with an underscore.
 
-    Several cameras can be open, and several threads may use them, but one camera acquires at a time: meanwhile calls for
-    another one raise CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
+    Several cameras can be open and acquire at the same time, and several threads may use them: calls of the library take
+    turns, waits do not. During a run of a camera a second one of the same camera raises CameraStateError. Waits return to
+    Python every 0.05 s, so that Ctrl-C ends them.
     """
 
     def __init__(self, number: Optional[int] = None, *, serial: Optional[int] = None):
@@ -90,7 +91,7 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
         self._session = Session(0 if number is None else number) if serial is None else open_by_serial(serial)
         self._finalizer = weakref.finalize(self, self._session.close)
         try:
-            self._model = self.model  # for repr(), which must not fail while another camera acquires
+            self._model = self.model  # for repr(), which must not fail
             self._set_up_readout()
             self._set_up_timing()
             self._set_up_area()
@@ -174,15 +175,25 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
         """Starts a run and returns a Stream, which delivers its frames one by one: `images` of them, or without end. See
         Stream for losses. A stream takes single exposures, so `accumulations` must be 1. In the software trigger mode, call
         trigger() for each frame."""
+        stream, run = self.prepare_stream(images, timeout, allow_loss)
+        try:
+            run.start()
+        except BaseException:
+            stream.close()
+            raise
+        return stream
+
+    def prepare_stream(self, images: Optional[int], timeout: Optional[float], allow_loss: bool) -> Tuple[Stream, Run]:
+        """For start_together(): what stream() does before it starts the run."""
         _check_run(images, timeout)
         if self.accumulations != 1:
             raise ValueError("a stream takes single exposures: set accumulations to 1")
         self._check_bits()
-        run = Run(self._session, _run.UNTIL_ABORT, None)
         has_even_period = self.trigger_mode in (TriggerMode.INTERNAL, TriggerMode.EXTERNAL_START)
+        run = Run(self._session, _run.UNTIL_ABORT, None, starts=False)
         stream = Stream(run, self, images, timeout, allow_loss, has_even_period)
         self._stream = weakref.ref(stream)
-        return stream
+        return stream, run
 
     def trigger(self) -> None:
         """Triggers one exposure, in the software trigger mode."""

@@ -25,13 +25,15 @@ def test_the_code_of_the_guide_runs(tmp_path):
     assert "SetExposureTime 20066 RC_P1_INVALID" in result.stdout
 
 
-def test_the_example_runs(tmp_path):
+def test_the_examples_run(tmp_path):
     example = [ROOT / "examples" / "snap.py", "--camera", "1", "--exposure", "0.002", "--images", "3"]
     result = run(tmp_path, *example, "images.npy")
     assert result.returncode == 0, result.stderr
     assert np.load(tmp_path / "images.npy").shape == (3, 512, 512) and "image 3: 512x512" in result.stdout
     failed = run(tmp_path, *example, "--camera", "7", "none.npy")
     assert failed.returncode == 1 and failed.stderr.startswith("snap: there is no camera 7: attached are 0, 1")
+    two = run(tmp_path, ROOT / "examples" / "two_cameras.py", "--images", "3")
+    assert two.returncode == 0 and "image 3: mean " in two.stdout, two.stderr
 
 
 def test_every_path_and_class_that_the_pages_name_exists():

@@ -1,0 +1,123 @@
+# SPDX-License-Identifier: MIT
+"""Several cameras that acquire at the same time. They differ in what their frames contain, not in their sizes, so that a frame of
+another camera would go unnoticed by everything else."""
+import ctypes
+import struct
+import threading
+from concurrent.futures import ThreadPoolExecutor
+from types import SimpleNamespace
+
+import pytest
+
+import vxmcd
+from conftest import frame_number
+from vxmcd import CameraStateError, _together, raw
+
+CAMERA = """[Camera{0}]
+Model = RQ512_LX
+Scene = counter
+Seed = {0}7
+{1}
+[Camera{0}.SensorWidth]
+Value = 16
+[Camera{0}.SensorHeight]
+Value = 8
+"""
+
+
+@pytest.fixture(autouse=True)
+def close(simulator):
+    yield
+    vxmcd.close_cameras()
+
+
+def cameras_of(simulator, count, timing=""):
+    simulator.configure(f"[Simulator]\nCameras = {count}\n" + "".join(CAMERA.format(n, timing) for n in range(count)))
+    return [vxmcd.Camera(number) for number in range(count)]
+
+
+def origin(image):
+    """A number that the frames of a camera have in common, by its seed."""
+    return struct.unpack_from("<I", image.astype("<u2").tobytes(), 24)[0]
+
+
+def assert_frames(images, of):
+    assert [(frame_number(image), origin(image)) for image in images] == [(n + 1, of) for n in range(len(images))]
+
+
+def test_four_cameras_stream_in_one_thread(simulator):
+    cameras = cameras_of(simulator, 4)
+    origins = [origin(camera.snap()) for camera in cameras]
+    assert len(set(origins)) == 4
+    for camera in cameras:
+        camera.exposure, camera.frame_rate = 0.001, 400
+    with vxmcd.start_together(cameras, 100) as together:
+        assert together.spread().clock == "camera"
+        images = list(zip(*([frame.image for frame in stream] for stream in together.streams)))
+    for camera_images, of in zip(zip(*images), origins):
+        assert len(camera_images) == 100
+        assert_frames(camera_images, of)
+    with cameras[1].stream() as busy, pytest.raises(CameraStateError, match="camera 1 is acquiring"):
+        vxmcd.start_together(cameras)
+    assert cameras[0].snap().shape == (8, 16) and busy.fetched == 0
+
+
+def test_threads_record_stream_and_wait_at_the_same_time(simulator, tmp_path):
+    cameras = cameras_of(simulator, 4)
+    origins = [origin(camera.snap()) for camera in cameras]
+    for camera in cameras:
+        camera.exposure, camera.frame_rate = 0.001, 400
+    cameras[3].trigger_mode = "software"
+    is_waiting = threading.Event()
+
+    def stream(camera, images):
+        with camera.stream(images, timeout=60) as frames:
+            is_waiting.set()
+            return [frame.image for frame in frames]
+
+    with ThreadPoolExecutor() as threads:
+        waiting = threads.submit(stream, cameras[3], 1)
+        assert is_waiting.wait(60)
+        runs = [threads.submit(cameras[n].record, tmp_path / str(n), 150) for n in (0, 1)]
+        streamed = threads.submit(stream, cameras[2], 150)
+        for run, of in zip(runs, origins):
+            assert_frames(run.result().array(), of)
+        assert_frames(streamed.result(), origins[2])
+        assert not waiting.done() and cameras[0].grab(3).shape == (3, 8, 16)
+        cameras[3].trigger()
+        assert_frames(waiting.result(), origins[3])
+
+
+def test_the_spread_is_that_of_the_first_exposures(simulator, monkeypatch):
+    cameras = cameras_of(simulator, 2, "Source = manual")
+    calls = iter([10.0, 10.25, 10.25, 10.3125])  # of the host, before and after each start
+    monkeypatch.setattr(_together, "time", SimpleNamespace(monotonic=lambda: next(calls)))
+    with vxmcd.start_together(cameras) as together:
+        for number, seconds in enumerate((0.5, 1.0)):
+            simulator.advance(seconds, number)
+            simulator.push(1, number)
+        spread = together.spread(60)
+    assert spread.clock == "camera" and spread.uncertainty == pytest.approx((0.25 + 0.0625) / 2)
+    assert spread.seconds == pytest.approx((10.28125 + 1.0) - (10.125 + 0.5))
+    for camera in cameras:
+        camera.metadata = False
+    monkeypatch.undo()
+    with vxmcd.start_together(cameras) as together:
+        for number in range(2):
+            simulator.push(1, number)
+        assert together.spread(60).clock == "host"
+
+
+def test_a_run_that_others_have_started_may_be_in_the_way(simulator):
+    for camera in cameras_of(simulator, 2):
+        camera.close()
+    assert raw.vxmcd_SetIndependentCameras(0) == raw.RC_SUCCESS
+    for function, *arguments in (("SetCurrentCamera", 101), ("Initialize", None), ("SetAcquisitionMode", 5), ("StartAcquisition",)):
+        assert getattr(raw, function)(*arguments) == raw.RC_SUCCESS
+    with pytest.raises(CameraStateError, match="not started by this package.*VXMCD_INDEPENDENT_CAMERAS=1"):
+        vxmcd.Camera(1)
+    current = ctypes.c_long()
+    assert raw.GetCurrentCamera(ctypes.byref(current)) == raw.RC_SUCCESS and current.value == 101
+    assert raw.ShutDown() == raw.RC_SUCCESS
+    with vxmcd.Camera(1) as camera:
+        assert camera.snap().shape == (8, 16)
