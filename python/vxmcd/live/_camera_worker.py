@@ -398,10 +398,11 @@ class CameraWorker:
 
     def _list_cameras(self):
         """Numbers, and models of those that were open once: opening the others would disturb programs that use them."""
-        known = {entry["camera"]: entry for entry in self._cameras}
-        known[self.number] = {key: self._camera_status["camera"][key] for key in ("camera", "model", "serial")}
+        known = {entry["number"]: entry for entry in self._cameras}
+        known[self.number] = {"number": self.number,
+                              **{key: self._camera_status["camera"][key] for key in ("model", "serial")}}
         unknown = {"model": None, "serial": None}
-        self._cameras = [known.get(number) or {"camera": number, **unknown} for number in range(camera_count())]
+        self._cameras = [known.get(number) or {"number": number, **unknown} for number in range(camera_count())]
 
     def _reopen(self):
         self._next_open = time.monotonic() + _REOPEN_SECONDS

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections import deque
-from typing import Deque, Tuple
+from typing import Deque, Optional, Tuple
 
 _FRAMES = 2  # under way at once
 _SLOW_SECONDS = 0.2  # an acknowledgement that takes longer leaves one
@@ -15,16 +15,23 @@ _MAX_HIGH_SECONDS = 80.0  # the time doubles with each return that did not last
 _KEPT_PART = 0.9  # of the frames that there were: then the connection is not what limits the rate
 
 
+_LEVELS = (None, "8 bits", "8 bits, half size", "8 bits, quarter size")
+
+
 class Reduction:
     """Chooses a level: 0 as asked for, 1 with one byte a pixel, 2 and 3 also with blocks of twice and four times the size.
     For one thread; the caller passes the time in s."""
 
-    HIGHEST = 3
-
     def __init__(self):
         self.level = 0
         self._patience = _HIGH_SECONDS
-        self._restart(0.0)
+        self._raised = float("-inf")  # when more was sent again
+        self._restart(None)
+
+    @property
+    def text(self) -> Optional[str]:
+        """How pictures are reduced; None when they are not."""
+        return _LEVELS[self.level]
 
     @property
     def has_one_byte(self) -> bool:
@@ -36,14 +43,13 @@ class Reduction:
 
     def frame(self, now: float, is_sent: bool) -> None:
         """There is a new image, and it was sent, or skipped because earlier ones are under way."""
+        if self._since is None:
+            self._restart(now)
         self._offered += 1
         self._sent += is_sent
-        if now - self._since > 10 * _MAX_HIGH_SECONDS:  # the first one
-            self._restart(now)
-            return
         seconds = now - self._since
         rate, is_kept = self._sent / max(seconds, 1e-9), self._sent >= _KEPT_PART * self._offered
-        if seconds >= _LOW_SECONDS and rate < _LOW_RATE and not is_kept and self.level < self.HIGHEST:
+        if seconds >= _LOW_SECONDS and rate < _LOW_RATE and not is_kept and self.level + 1 < len(_LEVELS):
             if now - self._raised < 2 * _HIGH_SECONDS:
                 self._patience = min(2 * self._patience, _MAX_HIGH_SECONDS)
             self._change(now, +1)
@@ -56,8 +62,6 @@ class Reduction:
     def _change(self, now, by):
         self.level += by
         self._restart(now)
-
-    _raised = float("-inf")
 
     def _restart(self, now):
         self._since, self._offered, self._sent = now, 0, 0

@@ -48,7 +48,7 @@ class View(NamedTuple):
         if stretch is not None:
             low = min(max(int(stretch[0]), 0), 65534)
             low_high = (low, min(max(int(stretch[1]), low + 1), 65535))
-        return cls(x, y, max(width, 1), max(height, 1), min(max(canvas_width, 16), _MAX_SIDE),
+        return cls(x, y, max(width, 0), max(height, 0), min(max(canvas_width, 16), _MAX_SIDE),
                    min(max(canvas_height, 16), _MAX_SIDE), message.get("bytes", 2) == 1, low_high)
 
     def region(self, shape: Tuple[int, int], coarser: int = 1) -> "_Region":

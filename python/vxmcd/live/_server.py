@@ -15,7 +15,7 @@ from typing import Callable, Dict, Optional
 from aiohttp import WSMsgType, web
 
 from .._signatures import LIBRARY_VERSION
-from . import _description, _viewer, _wire
+from . import _description, _wire
 from ._access import Access
 from ._frames import Frames, View
 from ._state import Control, State
@@ -71,8 +71,7 @@ class Server:
         self._is_ending = False
         self.application = web.Application(middlewares=[self._check], client_max_size=_LOGIN_BYTES)
         self.application.add_routes([
-            web.get("/", self._page), web.get("/wire.js", self._wire), web.get("/session", self._session),
-            web.post("/login", self._login), web.get("/socket", self._socket), web.get("/{name}", self._page)])
+            web.get("/", self._page), web.get("/wire.js", self._wire), web.post("/login", self._login), web.get("/ws", self._socket), web.get("/{name}", self._page)])
         self.application.on_response_prepare.append(self._add_headers)
 
     def begin(self, worker) -> None:
@@ -155,11 +154,6 @@ class Server:
         if not self.access.has_cookie(request.cookies):
             raise web.HTTPUnauthorized(text="open the link that the program has printed\n")
 
-    async def _session(self, request):
-        """Whether the page has to log in."""
-        self._need_cookie(request)
-        return web.Response(status=204)
-
     async def _login(self, request):
         if request.content_type != "application/json":
             raise web.HTTPUnsupportedMediaType(text="JSON is expected\n")
@@ -170,6 +164,8 @@ class Server:
                 raise TypeError
         except (ValueError, TypeError, KeyError):
             raise web.HTTPBadRequest(text='{"token": "..."} is expected\n') from None
+        if not token and self.access.has_cookie(request.cookies):  # a page that is loaded again
+            return web.Response(status=204)
         is_right = await self.access.log_in(token)
         if is_right is None:
             raise web.HTTPTooManyRequests(text="too many attempts\n")
@@ -321,7 +317,7 @@ class Server:
             raise ValueError(f"there is no {unknown[0]!r} here")
 
     async def _take_control(self, viewer, content):
-        self._only(content, "do", "id")
+        self._only(content, "do", "id", "version")
         has_it = self._control.take(viewer.number, time.monotonic())
         if has_it:
             self._state.changed(None)
@@ -329,33 +325,33 @@ class Server:
         return {"value": "yours" if has_it else "asked"}
 
     async def _give_control(self, viewer, content):
-        self._only(content, "do", "id")
+        self._only(content, "do", "id", "version")
         self._control.give(viewer.number)
         self._changed(viewer)
 
     async def _keep_control(self, viewer, content):
-        self._only(content, "do", "id")
+        self._only(content, "do", "id", "version")
         self._control.keep(viewer.number)
         self._tell_state()
 
     async def _trigger(self, viewer, content):
-        self._only(content, "do", "id")
+        self._only(content, "do", "id", "version")
         self._need_control(viewer)
         await asyncio.wrap_future(self._worker.submit("trigger"))
 
     async def _open(self, viewer, content):
-        self._only(content, "do", "id", "camera")
+        self._only(content, "do", "id", "version", "camera")
         self._need_control(viewer)
         await asyncio.wrap_future(self._worker.submit("open", content.get("camera")))
         self._changed(viewer)
 
     async def _start(self, viewer, content):
-        self._only(content, "do", "id")
+        self._only(content, "do", "id", "version")
         self._need_control(viewer)
         await asyncio.wrap_future(self._worker.submit("start"))
 
     async def _record(self, viewer, content):
-        self._only(content, "do", "id", "name", "images", "seconds")
+        self._only(content, "do", "id", "version", "name", "images", "seconds")
         self._need_control(viewer)
         name = content.get("name") or time.strftime("run-%Y%m%d-%H%M%S")
         answer = await asyncio.wrap_future(
@@ -364,7 +360,7 @@ class Server:
         return {"value": answer}
 
     async def _stop(self, viewer, content):
-        self._only(content, "do", "id")
+        self._only(content, "do", "id", "version")
         self._need_control(viewer)
         return {"value": await asyncio.wrap_future(self._worker.submit("stop"))}
 
@@ -379,21 +375,20 @@ class Server:
             return "read-only"
         return "controller" if self._control.controller == viewer.number else "viewer"
 
-    def _state_json(self):
-        return {**self._state.json(), "viewers": len(self._viewers), "control": self._control.json(time.monotonic())}
+    def _state_json(self, viewer):
+        return {**self._state.json(), "viewers": len(self._viewers), "control": self._control.json(time.monotonic()),
+                "role": self._role(viewer), "reduced": viewer.reduction.text}
 
     def _greet(self, viewer):
         """Everything that a page needs that has just been loaded, or that sees another camera from now on."""
         viewer.put("hello", json.dumps({"hello": {
-            "version": LIBRARY_VERSION, "protocol": _wire.PROTOCOL, "viewer": viewer.number, "role": self._role(viewer),
+            **self._state_json(viewer), "program": LIBRARY_VERSION, "protocol": _wire.PROTOCOL, "viewer": viewer.number,
             "camera": self._camera, "cameras": self._worker.cameras() if self._worker else [],
-            "state": self._state_json(), "curve": list(self._curve)}}))
+            "curve": list(self._curve)}}))
 
     def _tell_state(self):
-        text = json.dumps({"state": self._state_json()})
         for viewer in self._viewers.values():
-            viewer.put("state", text)
-            viewer.put("you", _viewer.describe(viewer, self._role(viewer)))
+            viewer.put("state", json.dumps({"state": self._state_json(viewer)}))
 
     async def _encode(self, image, view, coarser):
         """Makes a picture on another thread."""
@@ -425,10 +420,7 @@ class Server:
 
     async def _send_histogram(self, image):
         histogram = await self._loop.run_in_executor(self._pool, self._frames.add_histogram, image)
-        text = json.dumps({
-            "histogram": histogram.counts, "n": histogram.number, "range": [histogram.first, histogram.last],
-            "stretch": list(self._frames.stretch), "minimum": histogram.minimum, "maximum": histogram.maximum,
-            "mean": round(histogram.mean, 2), "saturated": image.saturated})
+        text = json.dumps({"histogram": {**histogram._asdict(), **dict(zip(("low", "high"), self._frames.stretch))}})
         for viewer in self._viewers.values():
             if viewer.frozen is None:
                 viewer.put("histogram", text)

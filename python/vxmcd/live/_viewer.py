@@ -10,14 +10,11 @@ from typing import Callable, Dict, Optional
 
 from aiohttp import web
 
-from . import _wire
 from ._credit import Credit, Reduction
 from ._frames import Frames, Image, View
 
 _MAX_RESULTS = 200  # that wait to be sent; a page that asks for more and does not read them is closed
 _LINE_SECONDS = 0.1
-
-LEVELS = (None, "8 bits", "8 bits, half size", "8 bits, quarter size")
 
 
 class Viewer:
@@ -123,10 +120,3 @@ class Viewer:
         await self.socket.send_bytes(message)
         self.put_line()
         self._wake.set()  # there may be another one already
-
-
-def describe(viewer: Viewer, role: str) -> str:
-    """What only this viewer is told."""
-    level = viewer.reduction.level
-    return json.dumps({"you": {"viewer": viewer.number, "role": role, "reduced": LEVELS[level], "level": level,
-                               "protocol": _wire.PROTOCOL}})
