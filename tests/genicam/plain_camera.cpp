@@ -150,7 +150,7 @@ int SocketAt(const sockaddr_in& own)
   return descriptor;
 }
 
-/// The stream channel.
+/// The stream channel, GVSP.
 class TStream
 {
 public:
@@ -275,7 +275,7 @@ private:
   std::deque<TBlock> sent_;
 };
 
-/// The control channel.
+/// The control channel, GVCP.
 class TControl
 {
 public:
@@ -325,14 +325,14 @@ private:
     std::uint16_t status = 0;
     TBytes body;
     if (IsOwner(from)) lastHeard_ = TClock::now();
-    if (command == 0x40) // resend; in front of the block's number is the channel's
+    if (command == 0x40) // PACKETRESEND; in front of the block's number is the channel's
       stream_.Resend(static_cast<std::uint16_t>(address), number(12) & 0xFFFFFF, number(16) & 0xFFFFFF);
-    else if (command == 0x80) // read registers
+    else if (command == 0x80) // READREG
       for (std::size_t at = 8; at + 4 <= in.size(); at += 4) {
         if (!memory_.Has(number(at), 4)) status = kInvalidAddress;
         Put(body, status == 0 ? memory_[number(at)] : 0);
       }
-    else if (command == 0x82) { // write registers; the answer counts those that were written
+    else if (command == 0x82) { // WRITEREG; the answer counts those that were written
       std::uint32_t written = 0;
       for (std::size_t at = 8; at + 8 <= in.size() && status == 0; at += 8) {
         status = Write(number(at), number(at + 4), from);
@@ -341,10 +341,10 @@ private:
       Put(body, written);
     } else if (!memory_.Has(address, in.size()))
       status = kInvalidAddress;
-    else if (command == 0x84) { // read memory
+    else if (command == 0x84) { // READMEM
       Put(body, address);
       body.insert(body.end(), memory_.At(address), memory_.At(address) + number(14, 2));
-    } else if (command == 0x86) { // write memory
+    } else if (command == 0x86) { // WRITEMEM
       status = IsOwner(from) ? 0 : kAccessDenied;
       if (status == 0) memory_.Copy(address, in.data() + 12, in.size() - 12);
       Put(body, static_cast<std::uint32_t>(in.size() - 12));

@@ -84,7 +84,7 @@ public:
   void Flush() { queue_.clear(); }
   /// Ends the run and waits until no Wait() is under way.
   void Close(TDeviceLock& lock);
-  /// The stream of the last run, for a thread that has the time to end it: a camera that is gone is waited for.
+  /// The stream of the last run. Ending it takes seconds when the camera is gone, so another thread does that.
   std::unique_ptr<TFrameStream> TakeStream() { return std::move(stream_); }
 
   /// Ticks count from the next frame.

@@ -8,8 +8,6 @@ namespace vxgenicam {
 
 TCoolingState::EStatus TCoolingState::Update(bool isOn, double celsius, double targetCelsius)
 {
-  constexpr double kNearCelsius = 0.5;
-  constexpr std::chrono::seconds kLongEnough(30);
   if (!isOn || std::fabs(celsius - targetCelsius) > kNearCelsius) {
     isNear_ = false;
     return isOn ? NotReached : CoolerOff;
@@ -17,7 +15,7 @@ TCoolingState::EStatus TCoolingState::Update(bool isOn, double celsius, double t
   const TClock::time_point now = TClock::now();
   if (!isNear_) nearSince_ = now;
   isNear_ = true;
-  return now - nearSince_ >= kLongEnough ? Stabilised : NotStabilised;
+  return now - nearSince_ >= kStableAfter ? Stabilised : NotStabilised;
 }
 
 } // namespace vxgenicam

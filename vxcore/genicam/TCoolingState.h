@@ -3,6 +3,8 @@
 #pragma once
 
 #include <chrono>
+#include <string>
+#include <vector>
 
 namespace vxgenicam {
 
@@ -18,8 +20,15 @@ public:
     Drift, ///< of other cameras
     NotStabilised
   };
+  static std::vector<std::wstring> Texts()
+  {
+    return {L"Cooler Off", L"Stabilised", L"Not Reached", L"Drift", L"Not Stabilised"};
+  }
 
-  /// The status now. Stabilised after 30 s within 0.5 degrees of the target, by the times of the calls.
+  static constexpr double kNearCelsius = 0.5;
+  static constexpr std::chrono::seconds kStableAfter{30};
+
+  /// The status now. Stabilised when all calls of the last kStableAfter found the sensor within kNearCelsius of the target.
   EStatus Update(bool isOn, double celsius, double targetCelsius);
 
 private:

@@ -7,8 +7,8 @@
 
 namespace vxgenicam {
 
-/// The cameras of the [GenICam] section, in its order. Owners, threads and locks as IDeviceBackend says. Nothing is sent to a camera before it is opened, except for
-/// "discover", which asks all networks when the backend is made.
+/// The cameras of the [GenICam] section, in its order; owner, threads and locks as IDeviceBackend says. Nothing is sent to
+/// a camera before it is opened, except for "discover", which asks all networks when the backend is made.
 class TGenICamBackend final : public vxcore::IDeviceBackend
 {
 public:

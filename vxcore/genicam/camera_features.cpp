@@ -402,10 +402,7 @@ std::unique_ptr<IFeature> MakeTemperatureStatus(TGenICamCamera& camera)
     index = state->Update(isOn, measured.FromCamera(is), target.FromCamera(set));
     return VX_SUCCESS;
   };
-  return std::make_unique<TChoiceFeature>(
-      TAccess(),
-      std::vector<std::wstring>{L"Cooler Off", L"Stabilised", L"Not Reached", L"Drift", L"Not Stabilised"},
-      std::move(functions));
+  return std::make_unique<TChoiceFeature>(TAccess(), TCoolingState::Texts(), std::move(functions));
 }
 
 // ------------------------------------------------------------------------------------------------ Texts
