@@ -140,11 +140,10 @@ std::unique_ptr<IFeature> MakeFrameRate(TGenICamCamera& camera)
     functions.get = [&nodes, exposure, readout](double& rate) {
       double exposed = 0.0;
       double read = 0.0;
-      if (const int code = nodes.GetNumber(exposure.node, exposed); code != VX_SUCCESS) return code;
-      if (readout) nodes.GetNumber(readout.node, read);
-      const double period = exposure.FromCamera(exposed) + (readout ? readout.FromCamera(read) : 0.0);
-      if (!(period > 0.0)) return VX_ERR_NOT_AVAILABLE;
-      rate = 1.0 / period;
+      if (const int code = ValueOf(nodes, exposure, exposed); code != VX_SUCCESS) return code;
+      if (readout) ValueOf(nodes, readout, read);
+      if (!(exposed + read > 0.0)) return VX_ERR_NOT_AVAILABLE;
+      rate = 1.0 / (exposed + read);
       return VX_SUCCESS;
     };
     return exposure ? std::make_unique<TNumberFeature<double>>(TAccess(), std::move(functions)) : nullptr;
@@ -153,11 +152,11 @@ std::unique_ptr<IFeature> MakeFrameRate(TGenICamCamera& camera)
       nodes.FirstOf({"AcquisitionFrameRateEnable", "AcquisitionFrameRateEnabled", "AcquisitionFrameRateMode"});
   functions.get = [&nodes, source](double& rate) {
     double set = 0.0;
-    const int code = nodes.GetNumber(source.node, set);
+    const int code = ValueOf(nodes, source, set);
     double reached = 0.0;
     const bool isSlower =
         nodes.GetNumber("ResultingFrameRate", reached) == VX_SUCCESS && reached > 0.0 && reached < set;
-    if (code == VX_SUCCESS) rate = isSlower ? reached : source.FromCamera(set);
+    if (code == VX_SUCCESS) rate = isSlower ? reached : set;
     return code;
   };
   functions.set = [&nodes, source, enable](double rate) {
@@ -189,12 +188,13 @@ std::unique_ptr<IFeature> MakeOverlap(TGenICamCamera& camera)
   const TSource source = camera.SourceOf("Overlap");
   if (!source) return nullptr;
   TNumberFunctions<bool> functions;
-  functions.get = [&nodes, source](bool& on) {
-    Select(nodes, "TriggerSelector", {"FrameStart"});
+  const auto select = [&nodes] { Select(nodes, "TriggerSelector", {"FrameStart"}); };
+  functions.get = [&nodes, source, select](bool& on) {
+    select();
     return nodes.GetSwitch(source.node, on);
   };
-  functions.set = [&nodes, source](bool on) {
-    Select(nodes, "TriggerSelector", {"FrameStart"});
+  functions.set = [&nodes, source, select](bool on) {
+    select();
     if (!on) return nodes.SetText(source.node, "Off");
     return nodes.SetText(source.node, nodes.HasEntry(source.node, "ReadOut") ? "ReadOut" : "PreviousFrame");
   };
@@ -247,7 +247,8 @@ std::unique_ptr<IFeature> MakeGain(TGenICamCamera& camera)
 {
   TNodes& nodes = camera.Nodes();
   const TSource source = camera.SourceOf("PreAmpGain");
-  Select(nodes, "GainSelector", {"AnalogAll", "All"});
+  const auto select = [&nodes] { Select(nodes, "GainSelector", {"AnalogAll", "All"}); };
+  select();
   double minimum = 0.0;
   double maximum = 0.0;
   if (!source || LimitOf(nodes, source, false, minimum) != VX_SUCCESS ||
@@ -266,15 +267,15 @@ std::unique_ptr<IFeature> MakeGain(TGenICamCamera& camera)
   TChoiceFunctions functions;
   functions.get = [&nodes, source, decibels](int& index) {
     double gain = 0.0;
-    const int code = nodes.GetNumber(source.node, gain);
+    const int code = ValueOf(nodes, source, gain);
     if (code != VX_SUCCESS) return code;
-    const auto nearest = std::ranges::min_element(
-        decibels, {}, [gain = source.FromCamera(gain)](double one) { return std::fabs(one - gain); });
+    const auto nearest =
+        std::ranges::min_element(decibels, {}, [gain](double one) { return std::fabs(one - gain); });
     index = static_cast<int>(nearest - decibels.begin());
     return VX_SUCCESS;
   };
-  functions.set = [&nodes, source, decibels](int index) {
-    Select(nodes, "GainSelector", {"AnalogAll", "All"});
+  functions.set = [&nodes, source, decibels, select](int index) {
+    select();
     return nodes.SetNumber(source.node, source.ToCamera(decibels[static_cast<std::size_t>(index)]));
   };
   return std::make_unique<TChoiceFeature>(AccessOf(nodes, source), std::move(texts), std::move(functions));
@@ -288,7 +289,7 @@ std::unique_ptr<IFeature> MakeReadoutRate(TGenICamCamera& camera)
   double hertz = kHertzPerMegahertz;
   if (const TSource source = camera.SourceOf("PixelReadoutRate")) {
     Select(nodes, "DeviceClockSelector", {"SensorDigitization", "Sensor"});
-    if (nodes.GetNumber(source.node, hertz) != VX_SUCCESS || hertz <= 0.0) hertz = kHertzPerMegahertz;
+    if (ValueOf(nodes, source, hertz) != VX_SUCCESS || hertz <= 0.0) hertz = kHertzPerMegahertz;
   }
   char text[48];
   std::snprintf(text, sizeof text, "%g MHz", hertz / kHertzPerMegahertz);
@@ -367,19 +368,19 @@ std::unique_ptr<IFeature> MakeFan(TNodes& nodes, const TSource& source)
   return std::make_unique<TChoiceFeature>(AccessOf(nodes, source), std::move(texts), std::move(functions));
 }
 
+int ReadTemperature(TNodes& nodes, const TSource& source, double& celsius)
+{
+  Select(nodes, "DeviceTemperatureSelector", {"Sensor"});
+  return ValueOf(nodes, source, celsius);
+}
+
 std::unique_ptr<IFeature> MakeTemperature(TGenICamCamera& camera)
 {
   const TSource source = camera.SourceOf("SensorTemperature");
   if (!source) return nullptr;
   TNodes& nodes = camera.Nodes();
   TNumberFunctions<double> functions;
-  functions.get = [&nodes, source](double& value) {
-    Select(nodes, "DeviceTemperatureSelector", {"Sensor"});
-    double read = 0.0;
-    const int code = nodes.GetNumber(source.node, read);
-    if (code == VX_SUCCESS) value = source.FromCamera(read);
-    return code;
-  };
+  functions.get = [&nodes, source](double& value) { return ReadTemperature(nodes, source, value); };
   return std::make_unique<TNumberFeature<double>>(TAccess(), std::move(functions));
 }
 
@@ -394,12 +395,11 @@ std::unique_ptr<IFeature> MakeTemperatureStatus(TGenICamCamera& camera)
   functions.get = [&nodes, target, measured, cooling, state = std::make_shared<TCoolingState>()](int& index) {
     bool isOn = true;
     double set = 0.0;
-    double is = 0.0;
+    double celsius = 0.0;
     if (cooling) nodes.GetSwitch(cooling.node, isOn);
-    Select(nodes, "DeviceTemperatureSelector", {"Sensor"});
-    if (const int code = nodes.GetNumber(target.node, set); code != VX_SUCCESS) return code;
-    if (const int code = nodes.GetNumber(measured.node, is); code != VX_SUCCESS) return code;
-    index = state->Update(isOn, measured.FromCamera(is), target.FromCamera(set));
+    if (const int code = ValueOf(nodes, target, set); code != VX_SUCCESS) return code;
+    if (const int code = ReadTemperature(nodes, measured, celsius); code != VX_SUCCESS) return code;
+    index = state->Update(isOn, celsius, set);
     return VX_SUCCESS;
   };
   return std::make_unique<TChoiceFeature>(TAccess(), TCoolingState::Texts(), std::move(functions));

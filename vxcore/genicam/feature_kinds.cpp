@@ -36,6 +36,14 @@ void Select(TNodes& nodes, const char* selector, std::initializer_list<const cha
   }
 }
 
+int ValueOf(const TNodes& nodes, const TSource& source, double& value)
+{
+  double read = 0.0;
+  const int code = nodes.GetNumber(source.node, read);
+  if (code == VX_SUCCESS) value = source.FromCamera(read);
+  return code;
+}
+
 int LimitOf(const TNodes& nodes, const TSource& source, bool isMaximum, double& value)
 {
   TLimits limits;
@@ -68,12 +76,7 @@ TAccess BetweenRuns(const TGenICamCamera& camera)
 std::unique_ptr<IFeature> FloatFeature(TNodes& nodes, const TSource& source)
 {
   TNumberFunctions<double> functions;
-  functions.get = [&nodes, source](double& value) {
-    double read = 0.0;
-    const int code = nodes.GetNumber(source.node, read);
-    if (code == VX_SUCCESS) value = source.FromCamera(read);
-    return code;
-  };
+  functions.get = [&nodes, source](double& value) { return ValueOf(nodes, source, value); };
   functions.set = [&nodes, source](double value) {
     return nodes.SetNumber(source.node, source.ToCamera(DecimalOf(value)));
   };
@@ -87,8 +90,8 @@ std::unique_ptr<IFeature> IntegerFeature(TNodes& nodes, const TSource& source)
   TNumberFunctions<long long> functions;
   functions.get = [&nodes, source](long long& value) {
     double read = 0.0;
-    const int code = nodes.GetNumber(source.node, read);
-    if (code == VX_SUCCESS) value = std::llround(source.FromCamera(read));
+    const int code = ValueOf(nodes, source, read);
+    if (code == VX_SUCCESS) value = std::llround(read);
     return code;
   };
   functions.set = [&nodes, source](long long value) {

@@ -17,6 +17,8 @@ namespace vxgenicam {
 /// Sets a selector to the first of these entries that the camera has; it chooses what a feature behind it shows. Without
 /// selector or entry nothing happens.
 void Select(TNodes& nodes, const char* selector, std::initializer_list<const char*> entries);
+/// Reads a number of the camera as the library's value. Answers a `VX_` code.
+int ValueOf(const TNodes& nodes, const TSource& source, double& value);
 /// The minimum or maximum of a number, as the library's value. Answers a `VX_` code.
 int LimitOf(const TNodes& nodes, const TSource& source, bool isMaximum, double& value);
 /// A rate that came from the single precision of a rate or of its period, as the decimal number that was meant.
