@@ -61,18 +61,18 @@ unsigned int FindCameras(std::vector<TAttachedCamera>& cameras)
   return RC_SUCCESS;
 }
 
-ExitCode FindCameraNumber(TOptions& options)
+ExitCode FindCameraNumber(TCameraChoice& choice)
 {
-  if (options.serial.empty()) return ExitCode::Success;
+  if (choice.serial.empty()) return ExitCode::Success;
   std::vector<TAttachedCamera> cameras;
   const unsigned int code = FindCameras(cameras);
   if (code != RC_SUCCESS) return Fail(ExitCode::NoCamera, NoCameraListText(code));
   for (const TAttachedCamera& camera : cameras) {
-    if (!HasSerial(camera, options.serial)) continue;
-    options.camera = camera.number;
+    if (!HasSerial(camera, choice.serial)) continue;
+    choice.number = camera.number;
     return ExitCode::Success;
   }
-  return Fail(ExitCode::NoCamera, "--camera: no camera has the serial number " + options.serial +
+  return Fail(ExitCode::NoCamera, "--camera: no camera has the serial number " + choice.serial +
                                       "; there are: " + SerialsText(cameras));
 }
 

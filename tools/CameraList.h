@@ -27,8 +27,8 @@ struct TAttachedCamera
 /// program uses cannot be opened, and is left alone.
 /// @return  a result code of GetAvailableCameras()
 unsigned int FindCameras(std::vector<TAttachedCamera>& cameras);
-/// Completes the options: the number of the camera with the serial number, the whole of it or the number in it. Does
+/// Completes the choice: the number of the camera with the serial number, the whole of it or the number in it. Does
 /// nothing when none is given. Says why when there is no such camera.
-ExitCode FindCameraNumber(TOptions& options);
+ExitCode FindCameraNumber(TCameraChoice& choice);
 
 } // namespace vxtool

@@ -112,7 +112,8 @@ public:
   bool IsEmpty() const { return text_.empty(); }
   ExitCode PrintAll(const TOptions& options) const
   {
-    const std::string text = options.isJson ? JsonLine({{"camera", options.camera}, {"features", json_}}) : text_;
+    const std::string text =
+        options.isJson ? JsonLine({{"camera", options.camera.number}, {"features", json_}}) : text_;
     return Print(text) ? ExitCode::Success : ExitCode::OutputError;
   }
 
@@ -188,7 +189,7 @@ Json SourceJson(const TSourcedFeature& one)
 ExitCode ShowFeatureSources(const TOptions& options)
 {
   TFeatureDevice device;
-  if (const auto problem = WhyNotOpen(device, options.camera)) return Fail(ExitCode::NoCamera, *problem);
+  if (const auto problem = WhyNotOpen(device, options.camera.number)) return Fail(ExitCode::NoCamera, *problem);
   std::vector<TSourcedFeature> features;
   Json list = Json::array();
   for (const TFeatureSource& source : FeatureSourcesOf(device.Handle())) {
@@ -199,16 +200,16 @@ ExitCode ShowFeatureSources(const TOptions& options)
   }
   if (features.empty()) return Fail(ExitCode::CameraError, NoFeatureText(device.Handle(), "CameraModel"));
   const Json source = JsonOrNull(FeatureText(device.Handle(), "DeviceSource"));
-  const std::string text = options.isJson
-                               ? JsonLine({{"camera", options.camera}, {"source", source}, {"features", list}})
-                               : SourcesText(features);
+  const std::string text =
+      options.isJson ? JsonLine({{"camera", options.camera.number}, {"source", source}, {"features", list}})
+                     : SourcesText(features);
   return Print(text) ? ExitCode::Success : ExitCode::OutputError;
 }
 
 ExitCode GetFeatures(const TOptions& options)
 {
   TFeatureDevice device;
-  if (const auto problem = WhyNotOpen(device, options.camera)) return Fail(ExitCode::NoCamera, *problem);
+  if (const auto problem = WhyNotOpen(device, options.camera.number)) return Fail(ExitCode::NoCamera, *problem);
   TReportedFeatures report;
   TCameraFeature feature;
   if (options.featureNames.empty()) {
@@ -228,7 +229,7 @@ ExitCode GetFeatures(const TOptions& options)
 ExitCode SetFeatures(const TOptions& options)
 {
   TFeatureDevice device;
-  if (const auto problem = WhyNotOpen(device, options.camera)) return Fail(ExitCode::NoCamera, *problem);
+  if (const auto problem = WhyNotOpen(device, options.camera.number)) return Fail(ExitCode::NoCamera, *problem);
   TCameraFeature feature;
   std::string done;
   for (const TFeatureSetting& setting : options.featureSettings) {

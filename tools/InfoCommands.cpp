@@ -72,8 +72,8 @@ ExitCode ListCameras(const TOptions& options)
 ExitCode ShowInfo(const TOptions& options)
 {
   TFlatCamera camera;
-  if (!camera.Open(options.camera)) return Fail(ExitCode::NoCamera, camera.Error());
-  const TCameraDescription description = DescribeOpenCamera(options.camera);
+  if (!camera.Open(options.camera.number)) return Fail(ExitCode::NoCamera, camera.Error());
+  const TCameraDescription description = DescribeOpenCamera(options.camera.number);
   return PrintOutput(options.isJson ? DescriptionJson(description) : DescriptionText(description));
 }
 

@@ -2,6 +2,7 @@
 // Messages go to standard error, requested output to standard output.
 #include "tools/Messages.h"
 
+#include "tools/TCameraOutput.h"
 #include "vxmcd.h"
 
 #include <cerrno>
@@ -12,7 +13,12 @@ namespace vxtool {
 
 void Say(const std::string& message)
 {
-  if (!message.empty()) std::fprintf(stderr, "vxmcd: %s\n", message.c_str());
+  if (message.empty()) return;
+  if (TCameraOutput* const output = TCameraOutput::OfThread()) {
+    output->Say(message);
+    return;
+  }
+  std::fprintf(stderr, "vxmcd: %s\n", message.c_str());
 }
 
 void SayLines(const std::string& lines)
@@ -32,9 +38,20 @@ ExitCode Fail(ExitCode code, const std::string& message)
 
 bool Print(const std::string& text)
 {
-  if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) return true;
+  TCameraOutput* const output = TCameraOutput::OfThread();
+  const bool isWritten =
+      output ? output->Print(text) : std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+  if (isWritten) return true;
   Say("standard output: cannot be written: " + std::generic_category().message(errno));
   return false;
+}
+
+ExitCode FirstOf(ExitCode one, ExitCode other)
+{
+  for (const ExitCode code : {ExitCode::Usage, ExitCode::NoCamera, ExitCode::OutputError, ExitCode::CameraError,
+                              ExitCode::Interrupted, ExitCode::FramesLost})
+    if (one == code || other == code) return code;
+  return one;
 }
 
 std::string RefusedText(const std::string& value, const std::string& accepted)

@@ -21,7 +21,11 @@ enum class ExitCode : int
   Interrupted = 130,
 };
 
-/// Prints a line on standard error, behind the program's name; nothing for an empty message.
+/// The code that comes first when two apply.
+ExitCode FirstOf(ExitCode one, ExitCode other);
+
+/// Prints a line on standard error, behind the program's name, and in a thread with a TCameraOutput behind that of its
+/// camera; nothing for an empty message.
 void Say(const std::string& message);
 /// The same for each line of a text.
 void SayLines(const std::string& lines);

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vxtool {
 
@@ -126,6 +127,18 @@ struct TOutputOptions
   bool IsEmpty() const { return file.empty() && preview.empty(); }
 };
 
+/// A camera, as the command line names it.
+struct TCameraChoice
+{
+  int number = 0;     ///< in the list; with a serial number not yet known
+  std::string serial; ///< in place of the number; "": the number is given
+
+  /// What takes the place of {camera} in names of files.
+  std::string Name() const { return serial.empty() ? std::to_string(number) : serial; }
+  /// For messages.
+  std::string Text() const { return "camera " + Name(); }
+};
+
 struct TAcquireOptions
 {
   std::optional<double> exposureSeconds;
@@ -168,8 +181,7 @@ struct TConvertOptions
 struct TOptions
 {
   Command command = Command::List;
-  int camera = 0;
-  std::string serial;                           ///< of the camera, in place of its number; "": the number is given
+  TCameraChoice camera;
   std::string directory;                        ///< of info: a recorded run in place of a camera
   bool showsFeatures = false;                   ///< of info: features and where they come from
   bool isJson = false;                          ///< what goes to standard output is one line of JSON
@@ -178,7 +190,8 @@ struct TOptions
   TAcquireOptions acquire;
   TConvertOptions convert;
   TWarmUpOptions warmUp;
-  bool isQuiet = false; ///< of warm-up
+  bool isQuiet = false;         ///< of warm-up
+  std::vector<TOptions> others; ///< of acquire: for cameras that take images at the same time
 };
 
 /// The word for a trigger mode on the command line.

@@ -91,7 +91,8 @@ std::string RunReportText(const TRunSummary& summary)
 std::string RunReportJson(const TRunSummary& summary)
 {
   const TFrameCounts& t = summary.counts;
-  Json json = {{"outcome", summary.outcome},
+  Json json = {{"camera", summary.camera},
+               {"outcome", summary.outcome},
                {"seconds", std::round(summary.seconds * 1.0e6) / 1.0e6},
                {"produced", t.Produced()},
                {"lost_in_camera", JsonOrNull(t.lostInCamera)},

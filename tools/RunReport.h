@@ -11,6 +11,7 @@ namespace vxtool {
 /// What is said at the end of a run besides the counts.
 struct TRunSummary
 {
+  int camera = 0;      ///< its number
   std::string outcome; ///< complete, interrupted, failed
   double seconds = 0.0;
   std::string output;         ///< the file, "" for none

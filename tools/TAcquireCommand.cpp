@@ -27,14 +27,6 @@ constexpr double kSlowPart = 0.6; // images at less than this part of the frame 
 
 constexpr const char* kInterruptedText = "interrupted while cooling; no image was taken";
 
-// The code that comes first when two apply.
-ExitCode FirstOf(ExitCode one, ExitCode other)
-{
-  for (const ExitCode code : {ExitCode::OutputError, ExitCode::CameraError, ExitCode::Interrupted})
-    if (one == code || other == code) return code;
-  return one;
-}
-
 // The time of day in ms, without the Z, which the files say in another way.
 std::string UtcNow()
 {
@@ -49,29 +41,38 @@ ExitCode TAcquireCommand::Run()
   ExitCode code = ExitCode::Success;
   {
     const TInterrupt interrupt;
-    if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
-    if (!TRecordCommand(options_).CheckFiles()) return ExitCode::OutputError;
-    NoteOtherModel();
-    const bool isSetUp = setUp_.Apply(options_);
-    const std::string why = isSetUp ? WhyNotAtInterval() : setUp_.Error() + SettingsFileText();
-    code = why.empty() ? RunSetUp() : Fail(ExitCode::CameraError, why);
-    if (!why.empty() && !setUp_.HasSwitchedCoolerOn()) return code; // the cooler is as it was
+    const std::optional<ExitCode> refused = SetUp();
+    code = refused ? *refused : TakeImages([] {});
   }
-  if (!options_.cooling.isWarmedUp) return code;
+  if (!IsToWarmUp()) return code;
   // However the run has ended, also by Ctrl-C, which from here on ends the warm-up.
-  TWarmUpOptions options;
-  options.degreesPerMinute = options_.cooling.rampPerMinute.value_or(options.degreesPerMinute);
-  return FirstOf(code, TWarmUpCommand(options, options_.isQuiet).WarmOpenCamera());
+  const TInterrupt interrupt;
+  return FirstOf(code, WarmUp());
 }
 
-ExitCode TAcquireCommand::RunSetUp()
+std::optional<ExitCode> TAcquireCommand::SetUp()
 {
+  if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
+  if (!TRecordCommand(options_).CheckFiles()) return ExitCode::OutputError;
+  const TCameraTurn turn(camera_.Handle());
+  NoteOtherModel();
+  isSetUp_ = setUp_.Apply(options_);
+  const std::string why = isSetUp_ ? WhyNotAtInterval() : setUp_.Error() + SettingsFileText();
+  if (!why.empty()) {
+    isSetUp_ = false;
+    return Fail(ExitCode::CameraError, why);
+  }
   camera_.CountExposures(options_.accumulations);
   SayLines(setUp_.Notes());
   if (!SaveSettings()) return ExitCode::OutputError;
   if (options_.output.IsEmpty() && !IsRecorded())
     Say("no image will be kept: there is no --output, --preview or --spool");
   if (IsRecorded()) TRecordCommand::WarnOfFullDisk();
+  return std::nullopt;
+}
+
+ExitCode TAcquireCommand::TakeImages(const std::function<void()>& beforeStart)
+{
   TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
   if (options_.cooling.rampPerMinute && options_.cooling.targetCelsius) {
     if (const std::optional<ExitCode> end = RampTemperature(line)) return *end;
@@ -80,17 +81,29 @@ ExitCode TAcquireCommand::RunSetUp()
     if (const std::optional<ExitCode> end = WaitForTemperature(line)) return *end;
   }
   shape_ = {setUp_.ImageWidth(), setUp_.ImageHeight(), options_.depth};
-  facts_ = Facts();
-  if (!IsRecorded()) return Fetch(line);
-  return ReportAndFinish(TRecordCommand(options_).Run(camera_, Settings(), facts_, line));
+  {
+    const TCameraTurn turn(camera_.Handle());
+    settings_ = Settings();
+    facts_ = Facts();
+  }
+  if (!IsRecorded()) return Fetch(line, beforeStart);
+  return ReportAndFinish(TRecordCommand(options_).Run(camera_, settings_, facts_, line, beforeStart));
+}
+
+ExitCode TAcquireCommand::WarmUp()
+{
+  TWarmUpOptions options;
+  options.degreesPerMinute = options_.cooling.rampPerMinute.value_or(options.degreesPerMinute);
+  return TWarmUpCommand(options, options_.isQuiet).WarmOpenCamera(camera_);
 }
 
 std::optional<ExitCode> TAcquireCommand::RampTemperature(TProgressLine& line)
 {
   TTemperatureRamp ramp(setUp_.FirstTargetCelsius(), *options_.cooling.targetCelsius,
                         *options_.cooling.rampPerMinute);
-  const CoolingEnd end = ramp.Run({.ask = AskTemperature,
-                                   .setTarget = SetTemperature,
+  const auto setTarget = [this](int celsius) { return camera_.Do([&] { return SetTemperature(celsius); }); };
+  const CoolingEnd end = ramp.Run({.ask = [this] { return camera_.Ask(AskTemperature); },
+                                   .setTarget = setTarget,
                                    .isInterrupted = TInterrupt::Happened,
                                    .onProgress =
                                        [&](const TCoolingProgress& progress) {
@@ -133,7 +146,8 @@ bool TAcquireCommand::SaveSettings()
 std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)
 {
   TCoolingWait wait(options_.cooling.targetCelsius.value_or(0), options_.cooling.waitSeconds);
-  const CoolingEnd end = wait.Run(AskTemperature, TInterrupt::Happened, [&](const TCoolingProgress& progress) {
+  const auto ask = [this] { return camera_.Ask(AskTemperature); };
+  const CoolingEnd end = wait.Run(ask, TInterrupt::Happened, [&](const TCoolingProgress& progress) {
     if (!options_.isQuiet) line.ShowText(CoolingText(progress), progress.seconds);
   });
   line.Finish();
@@ -143,10 +157,11 @@ std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)
   return std::nullopt;
 }
 
-ExitCode TAcquireCommand::Fetch(TProgressLine& line)
+ExitCode TAcquireCommand::Fetch(TProgressLine& line, const std::function<void()>& beforeStart)
 {
   TOutputs outputs(options_.output);
   if (!outputs.Open(shape_, facts_)) return ExitCode::OutputError;
+  beforeStart();
   const auto show = [&](const TProgress& progress) {
     if (!options_.isQuiet) line.Show(progress);
   };
@@ -155,12 +170,12 @@ ExitCode TAcquireCommand::Fetch(TProgressLine& line)
     Say(text);
   };
   if (options_.intervalSeconds) {
-    TIntervalLoop loop(camera_, outputs.Images(), Settings(), TInterrupt::Happened, show, note);
+    TIntervalLoop loop(camera_, outputs.Images(), settings_, TInterrupt::Happened, show, note);
     const RunEnd end = loop.Run();
     line.Finish();
     return Finish(loop, end, outputs);
   }
-  TRunLoop loop(camera_, outputs.Images(), Settings(), TInterrupt::Happened, show);
+  TRunLoop loop(camera_, outputs.Images(), settings_, TInterrupt::Happened, show);
   const RunEnd end = loop.Run();
   line.Finish();
   return Finish(loop, end, outputs);
@@ -262,10 +277,12 @@ bool TAcquireCommand::PrintReport(const TRunResult& result)
   summary.output = result.hasOutput ? options_.output.file : "";
   summary.shape = shape_;
   summary.facts = facts_;
+  summary.camera = cameraNumber_;
   summary.intervalSeconds = options_.intervalSeconds;
-  const std::optional<TTemperature> temperature = AskTemperature().value;
+  const std::optional<TTemperature> temperature = camera_.Ask(AskTemperature).value;
   if (temperature) summary.celsiusAtEnd = temperature->celsius;
-  const std::string report = isJson_ ? RunReportJson(summary) : RunReportText(summary);
+  const std::string report =
+      isJson_ ? RunReportJson(summary) : (name_.empty() ? "" : name_ + ": ") + RunReportText(summary);
   const bool isPrinted = (!isJson_ && options_.isQuiet) || Print(report);
   if (options_.cooling.isWaiting && temperature && temperature->state != RC_TEMP_STABILIZED)
     Say("the temperature is not stable any more: " + ResultText("GetTemperatureF", temperature->state));

@@ -10,26 +10,40 @@
 #include "tools/TOutputs.h"
 #include "tools/TProgressLine.h"
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace vxtool {
 
 /// Opens the camera, sets it up, waits for its temperature, opens the output, runs the loop, closes the output,
 /// reports. A run that the library records to disk is left to TRecordCommand. Prints to standard output (the
-/// counts) and standard error (progress, notes, errors). Run() is for one use.
+/// counts) and standard error (progress, notes, errors). For one use, by Run(), or by the steps that Run() takes, which
+/// may be taken in different threads, one at a time.
 class TAcquireCommand final
 {
 public:
-  explicit TAcquireCommand(const TOptions& options)
-      : options_(options.acquire), cameraNumber_(options.camera), isJson_(options.isJson)
+  /// @param name  of the camera, for the report; "" where there is one only
+  explicit TAcquireCommand(const TOptions& options, std::string name = "")
+      : options_(options.acquire),
+        cameraNumber_(options.camera.number),
+        isJson_(options.isJson),
+        name_(std::move(name))
   {
   }
   ExitCode Run();
 
+  /// Opens the camera and sets it up; how it ended, if it did not succeed. Needs a TInterrupt, as does the next step.
+  std::optional<ExitCode> SetUp();
+  /// Cools the sensor and takes the images. @param beforeStart  called when all else is ready
+  ExitCode TakeImages(const std::function<void()>& beforeStart);
+  /// Whether WarmUp() is due, however the other steps have ended.
+  bool IsToWarmUp() const { return options_.cooling.isWarmedUp && (isSetUp_ || setUp_.HasSwitchedCoolerOn()); }
+  /// Needs a TInterrupt, which must not have happened.
+  ExitCode WarmUp();
+
 private:
-  /// The run, as far as it goes, with the camera set up.
-  ExitCode RunSetUp();
   std::optional<ExitCode> RampTemperature(TProgressLine& line);
   /// False with a message.
   bool SaveSettings();
@@ -37,11 +51,12 @@ private:
   std::string SettingsFileText() const; // for the end of a message
   std::optional<ExitCode> WaitForTemperature(TProgressLine& line);
   bool IsRecorded() const { return !options_.spool.directory.empty(); }
+  // Called in a turn of the camera, as are the next two.
   TRunSettings Settings() const;
   TRunFacts Facts() const;
   /// Why an image cannot be taken in each interval, "" if it can.
   std::string WhyNotAtInterval() const;
-  ExitCode Fetch(TProgressLine& line);
+  ExitCode Fetch(TProgressLine& line, const std::function<void()>& beforeStart);
   template <typename Loop>
   ExitCode Finish(const Loop& loop, RunEnd end, TOutputs& outputs);
   bool PrintReport(const TRunResult& result);
@@ -50,9 +65,12 @@ private:
   TAcquireOptions options_;
   int cameraNumber_;
   bool isJson_;
+  std::string name_;
+  bool isSetUp_ = false;
   TFlatCamera camera_;
   TCameraSetUp setUp_;
   TImageShape shape_;
+  TRunSettings settings_;
   TRunFacts facts_;
 };
 

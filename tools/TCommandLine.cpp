@@ -60,6 +60,7 @@ const TWords<SpoolMethod> kSpoolMethods = {{"single", SpoolMethod::Single}, {"mu
 
 constexpr int kMaxCamera = 10'000;
 constexpr std::string_view kSerialPrefix = "serial:";
+constexpr std::string_view kCameraPlace = "{camera}"; // in names of files
 
 constexpr const char* kFooter = R"(Exit codes:
   0    done
@@ -327,27 +328,44 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
 }
 
 // A whole number is the camera's number in the list, any other text its serial number.
-void AddCameraOption(CLI::App& app, TOptions& options)
+TCameraChoice CameraOf(const std::string& text)
 {
-  const auto take = [&options](const std::string& text) {
-    const char* const accepted = "a number from 0 to 10000, as list prints it, or a serial number is (serial:N if "
-                                 "it is a whole number)";
-    const bool isPrefixed = text.starts_with(kSerialPrefix);
-    const bool isNumber = text.find_first_not_of("+-0123456789") == std::string::npos;
-    if (isPrefixed || !isNumber) {
-      options.serial = text.substr(isPrefixed ? kSerialPrefix.size() : 0);
-      if (options.serial.empty()) throw CLI::ValidationError("--camera", RefusedText(text, accepted));
-      return;
-    }
-    long number = 0;
-    if (!ParseWholeNumber(text, number) || number < 0 || number > kMaxCamera)
-      throw CLI::ValidationError("--camera", RefusedText(text, accepted));
-    options.camera = static_cast<int>(number);
+  const char* const accepted = "a number from 0 to 10000, as list prints it, or a serial number is (serial:N if "
+                               "it is a whole number)";
+  const bool isPrefixed = text.starts_with(kSerialPrefix);
+  const bool isNumber = text.find_first_not_of("+-0123456789") == std::string::npos;
+  TCameraChoice choice;
+  if (isPrefixed || !isNumber) {
+    choice.serial = text.substr(isPrefixed ? kSerialPrefix.size() : 0);
+    if (choice.serial.empty()) throw CLI::ValidationError("--camera", RefusedText(text, accepted));
+    return choice;
+  }
+  long number = 0;
+  if (!ParseWholeNumber(text, number) || number < 0 || number > kMaxCamera)
+    throw CLI::ValidationError("--camera", RefusedText(text, accepted));
+  choice.number = static_cast<int>(number);
+  return choice;
+}
+
+// @param cameras  not empty; one for each value of the option
+void AddCameraOption(CLI::App& app, std::vector<TCameraChoice>& cameras, bool isRepeatable)
+{
+  const auto take = [&cameras](const std::vector<std::string>& texts) {
+    cameras.clear();
+    for (const std::string& text : texts) cameras.push_back(CameraOf(text));
   };
-  app.add_option_function<std::string>("-c,--camera", take,
-                                       "Number of the camera, as list prints it, or its serial number; "
-                                       "serial:N for one that is a whole number; default: 0")
-      ->type_name("N|SERIAL");
+  const std::string help =
+      "Number of the camera, as list prints it, or its serial number; serial:N for one that is a "
+      "whole number; default: 0";
+  const std::string several =
+      ". May be repeated: the cameras then take images at the same time, each into its own "
+      "files, whose names have {camera}";
+  CLI::Option* const option =
+      app.add_option_function<std::vector<std::string>>("-c,--camera", take, help + (isRepeatable ? several : ""))
+          ->type_name("N|SERIAL")
+          ->expected(1)
+          ->allow_extra_args(false); // what stands behind the value is another argument
+  if (isRepeatable) option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
 CLI::Option* AddFeatureSettings(CLI::App& app, const std::string& name, std::vector<TFeatureSetting>& settings,
@@ -537,6 +555,7 @@ std::string CompleteOrSayWhy(TAcquireOptions& options)
 struct TGiven
 {
   TOptions options;
+  std::vector<TCameraChoice> cameras = {TCameraChoice{}};
   std::optional<Trigger> trigger;
   std::optional<double> timeout;
   std::optional<SpoolMethod> method;
@@ -583,7 +602,8 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   commands.warmUp = app.add_subcommand("warm-up", "Warm the sensor up slowly, and switch the cooler off");
   commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
   const auto [list, info, describe, get, set, acquire, convert, warmUp] = commands;
-  for (CLI::App* command : {info, describe, get, set, acquire, warmUp}) AddCameraOption(*command, options);
+  for (CLI::App* command : {info, describe, get, set, acquire, warmUp})
+    AddCameraOption(*command, given.cameras, command == acquire);
   for (CLI::App* command : {info, describe}) AddInfoOptions(*command, options);
   for (CLI::App* command : {list, info, describe, get, set, acquire, convert, warmUp})
     command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
@@ -682,6 +702,40 @@ void AddSettingsOfFile(CLI::App& acquire, TAcquireOptions& options)
   options.features.insert(options.features.begin(), features.begin(), features.end());
 }
 
+// Puts the names of cameras into names of files; a slash would be a directory.
+void ReplaceCamera(std::string& path, const TCameraChoice& camera)
+{
+  std::string name = camera.Name();
+  std::replace(name.begin(), name.end(), '/', '-');
+  for (std::size_t at = path.find(kCameraPlace); at != std::string::npos;
+       at = path.find(kCameraPlace, at + name.size()))
+    path.replace(at, kCameraPlace.size(), name);
+}
+
+// Chooses one of the cameras. Throws what the parser throws when several of them would have the same file.
+void UseCamera(TGiven& given, std::size_t index)
+{
+  TAcquireOptions& acquire = given.options.acquire;
+  const std::pair<const char*, std::string*> files[] = {{"--output", &acquire.output.file},
+                                                        {"--preview", &acquire.output.preview},
+                                                        {"--spool", &acquire.spool.directory},
+                                                        {"--save-settings", &acquire.saveSettingsFile}};
+  for (const auto& [option, path] : files) {
+    std::set<std::string> paths;
+    for (const TCameraChoice& camera : given.cameras) {
+      std::string ofCamera = *path;
+      ReplaceCamera(ofCamera, camera);
+      if (path->empty() || paths.insert(ofCamera).second) continue;
+      throw CLI::ValidationError(option, ofCamera +
+                                             " would be of several cameras; with {camera} in the name, which "
+                                             "becomes the camera's number or serial number, each has its own");
+    }
+    ReplaceCamera(*path, given.cameras[index]);
+  }
+  ReplaceCamera(acquire.settingsFile, given.cameras[index]);
+  given.options.camera = given.cameras[index];
+}
+
 // The options, complete. Throws what the parser throws when they do not go together.
 TOptions OptionsOf(const TCommands& commands, const TGiven& given)
 {
@@ -773,6 +827,20 @@ std::optional<Trigger> TriggerOf(const std::string& name)
 
 std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
 {
+  std::size_t count = 1;
+  std::optional<TOptions> options = ParseFor(0, argc, argv, count);
+  for (std::size_t index = 1; options && index < count; ++index) {
+    std::optional<TOptions> other = ParseFor(index, argc, argv, count);
+    if (!other) return std::nullopt;
+    options->others.push_back(std::move(*other));
+  }
+  return options;
+}
+
+// The command line is read for each camera, since each may have its own file of settings.
+std::optional<TOptions> TCommandLine::ParseFor(std::size_t camera, int argc, const char* const* argv,
+                                               std::size_t& cameraCount)
+{
   CLI::App app("Lists, describes and runs scientific cameras.", "vxmcd");
   app.set_version_flag("--version", VersionsText,
                        "Print the versions of the program and its libraries, and their files");
@@ -784,6 +852,8 @@ std::optional<TOptions> TCommandLine::Parse(int argc, const char* const* argv)
   app.add_flag_callback("--option-table", printTable)->group(""); // for the manual page and for shells
   try {
     app.parse(argc, argv);
+    cameraCount = given.cameras.size();
+    UseCamera(given, camera);
     AddSettingsOfFile(*commands.acquire, given.options.acquire);
     return OptionsOf(commands, given);
   } catch (const CLI::ParseError& error) {

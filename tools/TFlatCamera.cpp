@@ -25,7 +25,7 @@ bool HasConfigurationError()
 
 TFlatCamera::~TFlatCamera()
 {
-  if (isOpen_) ShutDown();
+  if (isOpen_) Do(ShutDown);
 }
 
 bool TFlatCamera::Check(const char* function, unsigned int code)
@@ -42,49 +42,53 @@ bool TFlatCamera::Open(int number)
     error_ = *problem;
     return false;
   }
-  if (!Check("SetCurrentCamera", SetCurrentCamera(kFirstHandle + number))) return false;
+  handle_ = kFirstHandle + number;
+  const TCameraTurn turn(handle_);
+  if (!Check("SetCurrentCamera", turn.Code())) return false;
   isOpen_ = Check("Initialize", Initialize(nullptr));
   return isOpen_;
 }
 
 unsigned int TFlatCamera::Start()
 {
-  return StartAcquisition();
+  return Do(StartAcquisition);
 }
 unsigned int TFlatCamera::Abort()
 {
-  return AbortAcquisition();
+  return Do(AbortAcquisition);
 }
 unsigned int TFlatCamera::Wait(int timeoutMs)
 {
-  return WaitForAcquisitionTimeOut(timeoutMs);
+  return WaitForAcquisitionByHandleTimeOut(handle_, timeoutMs);
 }
 unsigned int TFlatCamera::Status(int& status)
 {
-  return GetStatus(&status);
+  return Do([&] { return GetStatus(&status); });
 }
 unsigned int TFlatCamera::AvailableImages(int& first, int& last)
 {
-  return GetNumberAvailableImages(&first, &last);
+  return Do([&] { return GetNumberAvailableImages(&first, &last); });
 }
 unsigned int TFlatCamera::TotalImages(long& count)
 {
-  return GetTotalNumberImagesAcquired(&count);
+  return Do([&] { return GetTotalNumberImagesAcquired(&count); });
 }
 unsigned int TFlatCamera::SendTrigger()
 {
-  return SendSoftwareTrigger();
+  return Do(SendSoftwareTrigger);
 }
 
 unsigned int TFlatCamera::FetchImage(long number, PixelDepth depth, std::span<std::byte> pixels, long long& ticks)
 {
   const unsigned long size = pixels.size() / (static_cast<std::size_t>(depth) / 8);
-  void* target = pixels.data();
-  if (depth == PixelDepth::Bits8)
-    return vxmcd_GetIntactImage8(number, static_cast<unsigned char*>(target), size, &ticks);
-  if (depth == PixelDepth::Bits16)
-    return vxmcd_GetIntactImage16(number, static_cast<unsigned short*>(target), size, &ticks);
-  return vxmcd_GetIntactImage(number, static_cast<int*>(target), size, &ticks);
+  void* const target = pixels.data();
+  return Do([&] {
+    if (depth == PixelDepth::Bits8)
+      return vxmcd_GetIntactImage8(number, static_cast<unsigned char*>(target), size, &ticks);
+    if (depth == PixelDepth::Bits16)
+      return vxmcd_GetIntactImage16(number, static_cast<unsigned short*>(target), size, &ticks);
+    return vxmcd_GetIntactImage(number, static_cast<int*>(target), size, &ticks);
+  });
 }
 
 unsigned int TFlatCamera::Timestamp(long number, long long& ticks)
@@ -92,14 +96,15 @@ unsigned int TFlatCamera::Timestamp(long number, long long& ticks)
   const long index = (number - 1) * exposuresPerImage_;
   if (index > static_cast<long>(UINT_MAX)) return RC_FEATURE_ERROR;
   unsigned int count = 0;
-  return vxsys_GetRawMetaDataInfo(&count, &ticks, static_cast<unsigned int>(index));
+  return Do([&] { return vxsys_GetRawMetaDataInfo(&count, &ticks, static_cast<unsigned int>(index)); });
 }
 
 std::optional<long> TFlatCamera::LostFrames()
 {
   int handle = VX_HANDLE_NONE;
   long long count = 0;
-  if (GetSDK3Handle(&handle) != RC_SUCCESS || VX_GetInt(handle, L"FramesLost", &count) != VX_SUCCESS)
+  if (Do([&] { return GetSDK3Handle(&handle); }) != RC_SUCCESS ||
+      VX_GetInt(handle, L"FramesLost", &count) != VX_SUCCESS)
     return std::nullopt;
   return static_cast<long>(count);
 }

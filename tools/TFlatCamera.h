@@ -2,15 +2,17 @@
 // The camera of the acquisition loop, by way of the library.
 #pragma once
 
+#include "tools/CameraDescription.h"
 #include "tools/ICamera.h"
+#include "tools/TCameraTurn.h"
 
 #include <optional>
 #include <string>
 
 namespace vxtool {
 
-/// An open camera: opened by Open(), closed by the destructor. One camera at a time in a process; one thread at a
-/// time.
+/// An open camera: opened by Open(), closed by the destructor. One thread at a time; other cameras may be used by other
+/// threads at the same time, since all calls but waits are made in a TCameraTurn.
 class TFlatCamera final : public ICamera
 {
 public:
@@ -21,6 +23,23 @@ public:
 
   /// Opens the camera with this number in the list; false with Error() set.
   bool Open(int number);
+  /// For calls of the library that this class does not have: see TCameraTurn.
+  long Handle() const { return handle_; }
+  /// Makes a call that answers a result code, as a turn of this camera.
+  template <typename Call>
+  unsigned int Do(const Call& call) const
+  {
+    const TCameraTurn turn(handle_);
+    return turn.Code() == RC_SUCCESS ? call() : turn.Code();
+  }
+  /// Asks one of the questions of CameraDescription.h, as a turn of this camera.
+  template <typename Value>
+  TAnswer<Value> Ask(TAnswer<Value> (*question)()) const
+  {
+    const TCameraTurn turn(handle_);
+    if (turn.Code() == RC_SUCCESS) return question();
+    return {.function = "SetCurrentCamera", .code = turn.Code(), .value = std::nullopt};
+  }
   /// How many exposures make an image of the next run: the library counts timestamps in exposures.
   void CountExposures(long perImage) { exposuresPerImage_ = perImage; }
   const std::string& Error() const { return error_; }
@@ -40,6 +59,7 @@ private:
   bool Check(const char* function, unsigned int code);
 
   std::string error_;
+  long handle_ = 0;
   long exposuresPerImage_ = 1;
   bool isOpen_ = false;
 };

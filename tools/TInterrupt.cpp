@@ -2,17 +2,19 @@
 // Signal handling.
 #include "tools/TInterrupt.h"
 
+#include <atomic>
 #include <csignal>
 
 namespace vxtool {
 
 namespace {
 
-volatile std::sig_atomic_t happened = 0;
+std::atomic<bool> happened = false; // asked by the threads of several cameras
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
 
 void Remember(int)
 {
-  happened = 1;
+  happened = true;
 }
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
@@ -21,7 +23,7 @@ constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 TInterrupt::TInterrupt()
 {
-  happened = 0;
+  happened = false;
   struct sigaction action = {};
   action.sa_handler = Remember;
   action.sa_flags = static_cast<int>(SA_RESETHAND);
@@ -37,7 +39,7 @@ TInterrupt::~TInterrupt()
 
 bool TInterrupt::Happened()
 {
-  return happened != 0;
+  return happened;
 }
 
 } // namespace vxtool

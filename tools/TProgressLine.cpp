@@ -2,10 +2,10 @@
 // The progress line: its text, and how often it is written.
 #include "tools/TProgressLine.h"
 
+#include "tools/TCameraOutput.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <sys/ioctl.h>
 
 namespace vxtool {
 
@@ -14,15 +14,6 @@ constexpr double kTerminalPeriod = 0.2;
 constexpr double kMinPlainPeriod = 2.0;
 constexpr double kMaxPlainPeriod = 60.0;
 constexpr double kLongImage = 1.0; // an image that takes so long is waited for, at no rate that could be shown
-
-// Columns of a terminal; by the environment where it does not know them itself. 0: not known.
-std::size_t TerminalWidth(std::FILE* stream)
-{
-  winsize size = {};
-  if (ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
-  const char* const columns = std::getenv("COLUMNS");
-  return columns ? std::strtoul(columns, nullptr, 10) : 0;
-}
 } // namespace
 
 std::string ProgressText(const TProgress& progress, double imagesPerSecond)
@@ -74,17 +65,21 @@ void TProgressLine::ShowText(const std::string& text, double seconds)
   if (!IsDue(seconds)) return;
   lastSeconds_ = seconds;
   isShown_ = true;
+  if (TCameraOutput* const output = TCameraOutput::OfThread()) {
+    output->ShowProgress(text);
+    return;
+  }
   // On a terminal: back to the start of the line, and clear what a longer text left behind.
-  // A text that fills the last column would begin another line.
-  const std::size_t width = isTerminal_ ? TerminalWidth(stream_) : 0;
-  const std::string shown = width > 0 ? text.substr(0, width - 1) : text;
+  const std::string shown = isTerminal_ ? FittingText(stream_, text) : text;
   std::fprintf(stream_, isTerminal_ ? "\r%s\x1b[K" : "%s\n", shown.c_str());
   std::fflush(stream_);
 }
 
 void TProgressLine::Finish()
 {
-  if (isTerminal_ && isShown_) std::fputc('\n', stream_);
+  TCameraOutput* const output = TCameraOutput::OfThread();
+  if (output) output->RemoveProgress();
+  if (isTerminal_ && isShown_ && !output) std::fputc('\n', stream_);
   isShown_ = false;
   lastSeconds_ = 0.0;
   lastFetched_ = 0;

@@ -10,8 +10,8 @@
 namespace vxtool {
 
 /// On a terminal one line, no wider than it, that is written anew five times a second; elsewhere a line every two
-/// seconds, or for each image when one takes longer, but at least once a minute. Borrows the stream; one thread at a
-/// time.
+/// seconds, or for each image when one takes longer, but at least once a minute. In a thread with a TCameraOutput the text
+/// goes there in place of the stream. Borrows the stream; one thread at a time.
 class TProgressLine final
 {
 public:
@@ -19,7 +19,7 @@ public:
   void Show(const TProgress& progress);
   /// Shows any text. @param seconds  since the start of what it describes
   void ShowText(const std::string& text, double seconds);
-  /// Ends the line on a terminal, so that other output starts below it. The next text counts its seconds from 0.
+  /// Ends the line on a terminal, so that other output starts below it; a row of a TCameraOutput disappears. The next text counts its seconds from 0.
   void Finish();
 
 private:

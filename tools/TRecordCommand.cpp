@@ -117,7 +117,7 @@ void TRecordCommand::WarnOfFullDisk()
 }
 
 TRunResult TRecordCommand::Run(ICamera& camera, const TRunSettings& settings, const TRunFacts& facts,
-                               TProgressLine& line) const
+                               TProgressLine& line, const std::function<void()>& beforeStart) const
 {
   const std::string& directory = options_.spool.directory;
   TRunDescription earlier; // is replaced by the new run, unless that cannot start
@@ -132,6 +132,7 @@ TRunResult TRecordCommand::Run(ICamera& camera, const TRunSettings& settings, co
         if (imageBytes > 0) shown.imageBytes = imageBytes;
         if (!options_.isQuiet) line.Show(shown);
       });
+  beforeStart();
   const RunEnd end = loop.Run();
   line.Finish();
   if (!loop.Message().empty()) Say(loop.Message());

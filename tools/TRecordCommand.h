@@ -7,6 +7,7 @@
 #include "tools/Run.h"
 #include "tools/TProgressLine.h"
 
+#include <functional>
 #include <string>
 
 namespace vxtool {
@@ -24,7 +25,9 @@ public:
   /// Warns when the disk has less room than the run needs. @pre  the camera is set up to record
   static void WarnOfFullDisk();
   /// Needs a TInterrupt. @param camera  is set up to record
-  TRunResult Run(ICamera& camera, const TRunSettings& settings, const TRunFacts& facts, TProgressLine& line) const;
+  /// @param beforeStart  called when all else is ready
+  TRunResult Run(ICamera& camera, const TRunSettings& settings, const TRunFacts& facts, TProgressLine& line,
+                 const std::function<void()>& beforeStart) const;
 
 private:
   std::optional<long> AskWritten(const std::string& earlierStart, RunEnd end) const;

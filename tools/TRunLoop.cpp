@@ -96,7 +96,7 @@ bool TRunLoop::WaitForImage(int& status)
   }
   const unsigned int waited = camera_.Wait(static_cast<int>(wait.count()));
   if (waited != RC_SUCCESS && waited != RC_NO_NEW_DATA)
-    return Fail(ResultText("WaitForAcquisitionTimeOut", waited));
+    return Fail(ResultText("WaitForAcquisitionByHandleTimeOut", waited));
   const unsigned int code = camera_.Status(status);
   return code == RC_SUCCESS || Fail(ResultText("GetStatus", code));
 }

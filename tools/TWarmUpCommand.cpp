@@ -4,7 +4,6 @@
 
 #include "tools/CameraDescription.h"
 #include "tools/Json.h"
-#include "tools/TFlatCamera.h"
 #include "tools/TInterrupt.h"
 #include "tools/TProgressLine.h"
 #include "tools/TTemperatureRamp.h"
@@ -21,9 +20,9 @@ namespace {
 
 constexpr int kRoomCelsius = 20;
 
-std::optional<double> SensorCelsius()
+std::optional<double> SensorCelsius(const TFlatCamera& camera)
 {
-  const std::optional<TTemperature> temperature = AskTemperature().value;
+  const std::optional<TTemperature> temperature = camera.Ask(AskTemperature).value;
   return temperature ? std::optional<double>(temperature->celsius) : std::nullopt;
 }
 
@@ -43,11 +42,12 @@ ExitCode TWarmUpCommand::Run(int camera, bool isJson)
 {
   TFlatCamera open;
   if (!open.Open(camera)) return Fail(ExitCode::NoCamera, open.Error());
-  const std::optional<double> first = SensorCelsius();
-  const ExitCode code = WarmOpenCamera();
-  const std::optional<double> last = SensorCelsius();
+  const TInterrupt interrupt;
+  const std::optional<double> first = SensorCelsius(open);
+  const ExitCode code = WarmOpenCamera(open);
+  const std::optional<double> last = SensorCelsius(open);
   int isOn = 0;
-  const bool isKnown = IsCoolerOn(&isOn) == RC_SUCCESS;
+  const bool isKnown = open.Do([&] { return IsCoolerOn(&isOn); }) == RC_SUCCESS;
   if (!isJson) return code;
   const Json json = {{"outcome", OutcomeText(code)},
                      {"seconds", std::round(seconds_ * 1.0e6) / 1.0e6},
@@ -58,23 +58,23 @@ ExitCode TWarmUpCommand::Run(int camera, bool isJson)
   return code;
 }
 
-ExitCode TWarmUpCommand::WarmOpenCamera()
+ExitCode TWarmUpCommand::WarmOpenCamera(const TFlatCamera& camera)
 {
-  const TInterrupt interrupt;
-  const TAnswer<TTemperature> sensor = AskTemperature();
+  const TAnswer<TTemperature> sensor = camera.Ask(AskTemperature);
   if (!sensor.value) return FailAt(sensor.function, sensor.code);
-  const std::optional<int> last = LastTarget();
+  const std::optional<int> last = LastTarget(camera);
   if (!last) return ExitCode::CameraError;
   const double celsius = static_cast<double>(sensor.value->celsius);
-  if (celsius >= *last - TTemperatureRamp::kNearCelsius) return SwitchOff();
-  return Ramp(celsius, *last);
+  if (celsius >= *last - TTemperatureRamp::kNearCelsius) return SwitchOff(camera);
+  return Ramp(camera, celsius, *last);
 }
 
-std::optional<int> TWarmUpCommand::LastTarget()
+std::optional<int> TWarmUpCommand::LastTarget(const TFlatCamera& camera)
 {
   int lowest = 0;
   int highest = 0;
-  if (const unsigned int code = GetTemperatureRange(&lowest, &highest); code != RC_SUCCESS) {
+  const unsigned int code = camera.Do([&] { return GetTemperatureRange(&lowest, &highest); });
+  if (code != RC_SUCCESS) {
     FailAt("GetTemperatureRange", code);
     return std::nullopt;
   }
@@ -86,24 +86,26 @@ std::optional<int> TWarmUpCommand::LastTarget()
 }
 
 // The cooler may be off, and the sensor on its way: then the cooler slows it down.
-bool TWarmUpCommand::SwitchOnAt(int celsius)
+bool TWarmUpCommand::SwitchOnAt(const TFlatCamera& camera, int celsius)
 {
-  if (const unsigned int code = SetTemperature(celsius); code != RC_SUCCESS) {
+  const unsigned int code = camera.Do([&] { return SetTemperature(celsius); });
+  if (code != RC_SUCCESS) {
     FailAt("SetTemperature", code);
     return false;
   }
-  CoolerON();
+  camera.Do(CoolerON);
   return true;
 }
 
-ExitCode TWarmUpCommand::Ramp(double sensorCelsius, int lastTarget)
+ExitCode TWarmUpCommand::Ramp(const TFlatCamera& camera, double sensorCelsius, int lastTarget)
 {
   const int first = std::min(static_cast<int>(std::ceil(sensorCelsius)), lastTarget);
-  if (!SwitchOnAt(first)) return ExitCode::CameraError;
+  if (!SwitchOnAt(camera, first)) return ExitCode::CameraError;
   TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
   TTemperatureRamp ramp(first, lastTarget, options_.degreesPerMinute);
-  const CoolingEnd end = ramp.Run({.ask = AskTemperature,
-                                   .setTarget = SetTemperature,
+  const auto setTarget = [&](int celsius) { return camera.Do([&] { return SetTemperature(celsius); }); };
+  const CoolingEnd end = ramp.Run({.ask = [&] { return camera.Ask(AskTemperature); },
+                                   .setTarget = setTarget,
                                    .isInterrupted = TInterrupt::Happened,
                                    .onProgress =
                                        [&](const TCoolingProgress& progress) {
@@ -117,18 +119,19 @@ ExitCode TWarmUpCommand::Ramp(double sensorCelsius, int lastTarget)
     return Fail(ExitCode::Interrupted, "interrupted while warming up: the cooler stays on with the target " +
                                            std::to_string(ramp.Last().targetCelsius) +
                                            " C; vxmcd warm-up goes on from there");
-  return SwitchOff();
+  return SwitchOff(camera);
 }
 
-ExitCode TWarmUpCommand::SwitchOff()
+ExitCode TWarmUpCommand::SwitchOff(const TFlatCamera& camera)
 {
-  CoolerOFF();
+  camera.Do(CoolerOFF);
   int isOn = 0; // CoolerOFF() succeeds even if the camera refuses
-  const unsigned int code = IsCoolerOn(&isOn);
+  const unsigned int code = camera.Do([&] { return IsCoolerOn(&isOn); });
   if (code != RC_SUCCESS) return FailAt("IsCoolerOn", code);
   if (isOn != 0) return Fail(ExitCode::CameraError, "warm-up: the cooler does not switch off");
   char text[80];
-  std::snprintf(text, sizeof text, "the sensor is at %.1f C, the cooler is off", SensorCelsius().value_or(0.0));
+  std::snprintf(text, sizeof text, "the sensor is at %.1f C, the cooler is off",
+                SensorCelsius(camera).value_or(0.0));
   if (!isQuiet_) Say(text);
   return ExitCode::Success;
 }

@@ -4,6 +4,7 @@
 
 #include "tools/Messages.h"
 #include "tools/Options.h"
+#include "tools/TFlatCamera.h"
 
 #include <optional>
 
@@ -18,15 +19,15 @@ public:
 
   /// The whole command: opens the camera, and reports at the end.
   ExitCode Run(int camera, bool isJson);
-  /// Warms the sensor of the open camera up; no TInterrupt may exist.
-  ExitCode WarmOpenCamera();
+  /// Warms the sensor of the open camera up. Needs a TInterrupt.
+  ExitCode WarmOpenCamera(const TFlatCamera& camera);
 
 private:
   /// The last target; nothing, after a message, when the camera does not take it.
-  std::optional<int> LastTarget();
-  bool SwitchOnAt(int celsius);
-  ExitCode Ramp(double sensorCelsius, int lastTarget);
-  ExitCode SwitchOff();
+  std::optional<int> LastTarget(const TFlatCamera& camera);
+  bool SwitchOnAt(const TFlatCamera& camera, int celsius);
+  ExitCode Ramp(const TFlatCamera& camera, double sensorCelsius, int lastTarget);
+  ExitCode SwitchOff(const TFlatCamera& camera);
   ExitCode FailAt(const char* function, unsigned int code);
 
   TWarmUpOptions options_;

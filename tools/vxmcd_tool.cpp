@@ -4,18 +4,42 @@
 #include "tools/FeatureCommands.h"
 #include "tools/InfoCommands.h"
 #include "tools/TAcquireCommand.h"
+#include "tools/TAcquireSeveral.h"
 #include "tools/TCommandLine.h"
 #include "tools/TConvertCommand.h"
 #include "tools/TWarmUpCommand.h"
 
 #include <cstdio>
 #include <exception>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
+// Ends when two of the cameras are the same one: a number and a serial number may name it.
+vxtool::ExitCode Acquire(vxtool::TOptions& options)
+{
+  if (options.others.empty()) return vxtool::TAcquireCommand(options).Run();
+  std::vector<vxtool::TOptions> all = std::move(options.others);
+  options.others.clear();
+  all.insert(all.begin(), options);
+  std::map<int, std::string> names;
+  for (vxtool::TOptions& camera : all) {
+    if (const vxtool::ExitCode code = vxtool::FindCameraNumber(camera.camera); code != vxtool::ExitCode::Success)
+      return code;
+    const auto [first, isNew] = names.emplace(camera.camera.number, camera.camera.Name());
+    if (!isNew)
+      return vxtool::Fail(vxtool::ExitCode::Usage,
+                          "--camera: " + first->second + " and " + camera.camera.Name() + " are the same camera");
+  }
+  return vxtool::TAcquireSeveral(all).Run();
+}
+
 vxtool::ExitCode Run(vxtool::TOptions& options)
 {
-  if (const vxtool::ExitCode code = vxtool::FindCameraNumber(options); code != vxtool::ExitCode::Success)
+  if (const vxtool::ExitCode code = vxtool::FindCameraNumber(options.camera); code != vxtool::ExitCode::Success)
     return code;
   if (options.command == vxtool::Command::Get) return vxtool::GetFeatures(options);
   if (options.command == vxtool::Command::Set) return vxtool::SetFeatures(options);
@@ -23,11 +47,11 @@ vxtool::ExitCode Run(vxtool::TOptions& options)
   if (options.command == vxtool::Command::Convert)
     return vxtool::TConvertCommand(options.convert, options.isJson).Run();
   if (options.command == vxtool::Command::WarmUp)
-    return vxtool::TWarmUpCommand(options.warmUp, options.isQuiet).Run(options.camera, options.isJson);
+    return vxtool::TWarmUpCommand(options.warmUp, options.isQuiet).Run(options.camera.number, options.isJson);
   if (options.showsFeatures) return vxtool::ShowFeatureSources(options);
   if (options.command == vxtool::Command::Info)
     return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowRecordedRun(options);
-  return vxtool::TAcquireCommand(options).Run();
+  return Acquire(options);
 }
 
 } // namespace

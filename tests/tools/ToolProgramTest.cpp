@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The program as a whole: exit codes, files and counts, with simulated cameras configured by each test.
 #include "runs/host_time.h"
+#include "runs/TRunDescription.h"
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
 #include "vxcore/simulated/imaging/TCounterPattern.h"
@@ -9,6 +10,8 @@
 #include <nlohmann/json.hpp>
 #include <pty.h>
 #include <regex>
+#include <set>
+#include <sstream>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -44,6 +47,8 @@ TEST_F(ToolProgram, WrongCommandLinesAreExplainedWithExitCodeOne)
       {"acquire", "--image-type", "dark", "--spool", "run"},
       {"acquire", "--output", "a.tif", "--preview", "a.tif"},
       {"acquire", "--camera", "-1"},
+      {"acquire", "--camera", "0", "--camera", "1", "--output", "a.tif"},
+      {"acquire", "--camera", "0", "--camera", "serial:20417"},
   };
   for (const std::vector<std::string>& arguments : wrong) {
     const TOutcome outcome = Run(arguments);
@@ -365,6 +370,87 @@ TEST_F(ToolProgram, OutputThatCannotBeWrittenIsSaidWithExitCodeFour)
   EXPECT_EQ(stack.problem, "");
   EXPECT_GT(stack.pages.size(), 0u);
   EXPECT_EQ(static_cast<long>(stack.pages.size()), Count(full, "written"));
+}
+
+constexpr const char* kTwoCameras =
+    "[Simulator]\nCameras = 2\n[Camera0]\nModel = RQ512_LX\nScene = counter\n"
+    "[Camera1]\nModel = RQ512_LX\nScene = counter\nSeed = 2\n[Camera1.SerialNumber]\nValue = RQ-77\n";
+
+// The seed that all images of the file have in common, 0 when they are not frames of one camera.
+std::uint32_t SeedHashOf(const TFitsCube& cube)
+{
+  std::set<std::uint32_t> hashes;
+  const std::size_t bytes = cube.pixels.size() / static_cast<std::size_t>(std::max(1L, cube.images));
+  for (std::size_t at = 0; at < cube.pixels.size(); at += bytes) {
+    const auto* start = reinterpret_cast<const unsigned char*>(cube.pixels.data()) + at;
+    const auto result = vxsim::TCounterPattern::VerifyAny({start, bytes});
+    hashes.insert(result ? result.head.seedHash : 0);
+  }
+  return hashes.size() == 1 ? *hashes.begin() : 0;
+}
+
+// The line of JSON that a camera has printed.
+nlohmann::json ReportOf(const TOutcome& outcome, int camera)
+{
+  std::istringstream lines(outcome.output);
+  for (std::string line; std::getline(lines, line);)
+    if (auto json = nlohmann::json::parse(line); json["camera"] == camera) return json;
+  ADD_FAILURE() << "no report of camera " << camera << ": " << outcome.output << outcome.errors;
+  return {};
+}
+
+TEST_F(ToolProgram, CamerasTakeTheirOwnImagesAtTheSameTimeAndOneMayFail)
+{
+  Configure(std::string(kTwoCameras) + "[Faults]\nRule = call VX_WaitBuffer device 1 at 9 rc 100\n");
+  directory_.File("[Settings]\narea = 1,1,64x32\n", "0.ini");
+  directory_.File("[Settings]\narea = 1,1,48x16\n", "77.ini");
+  const TOutcome outcome =
+      Run({"acquire", "--camera", "0", "--camera", "serial:77", "--settings", directory_.Path("{camera}.ini"),
+           "--frames", "40", "--exposure", "0.001", "--json", "--output", directory_.Path("{camera}.fits")});
+  EXPECT_EQ(outcome.exitCode, 3);
+  EXPECT_NE(outcome.errors.find("vxmcd: camera 77: GetStatus: 20019 RC_STATUS_HARDWARE_OVERFLOW"),
+            std::string::npos)
+      << outcome.errors;
+  const nlohmann::json whole = ReportOf(outcome, 0);
+  const nlohmann::json failed = ReportOf(outcome, 1);
+  EXPECT_EQ(whole["outcome"], "complete");
+  EXPECT_EQ(whole["image_width"], 64);
+  EXPECT_EQ(failed["outcome"], "failed");
+  EXPECT_EQ(failed["image_width"], 48);
+  const TFitsCube first = ReadFits(directory_.Path("0.fits"), PixelDepth::Bits16);
+  const TFitsCube second = ReadFits(directory_.Path("77.fits"), PixelDepth::Bits16);
+  EXPECT_EQ(first.images, 40);
+  EXPECT_GT(second.images, 0);
+  EXPECT_EQ(second.images, failed["written"]);
+  EXPECT_TRUE(SeedHashOf(first) != 0 && SeedHashOf(second) != 0 && SeedHashOf(first) != SeedHashOf(second));
+}
+
+TEST_F(ToolProgram, CtrlCEndsTheRecordingsOfAllCameras)
+{
+  Configure(kTwoCameras);
+  int master = -1;
+  ASSERT_EQ(openpty(&master, &errorTerminal_, nullptr, nullptr, nullptr), 0);
+  const auto directoryOf = [&](int camera) { return directory_.Path("run" + std::to_string(camera)); };
+  const auto isRecording = [&](int camera) {
+    return HasGrownTo(directoryOf(camera) + "/" + RunFormat::kIndexName, 32 * 50);
+  };
+  const TOutcome outcome = Interrupt(
+      LaunchUntil({"acquire", "--camera", "0", "--camera", "1", "--spool", directory_.Path("run{camera}"),
+                   "--frames", "100000", "--exposure", "0.01", "--area", "1,1,64x32", "--json"},
+                  [&] { return isRecording(0) && isRecording(1); }));
+  std::string said(65536, ' ');
+  said.resize(static_cast<std::size_t>(std::max<ssize_t>(0, read(master, said.data(), said.size()))));
+  close(master);
+  close(errorTerminal_);
+  EXPECT_TRUE(std::regex_search(
+      said, std::regex("\x1b\\[2Acamera 0: [0-9]+/100000 images, .*\x1b\\[K\r\ncamera 1: [0-9]+/100000 images, ")))
+      << said;
+  for (const int camera : {0, 1}) {
+    TRunDescription run;
+    ASSERT_TRUE(run.Read(directoryOf(camera))) << run.Error();
+    EXPECT_EQ(run.Values().state, RunFormat::State::kAborted);
+    EXPECT_EQ(run.Values().imagesWritten, ReportOf(outcome, camera)["written"]);
+  }
 }
 
 class ToolProgramInterrupt : public ToolProgram, public ::testing::WithParamInterface<const char*>
