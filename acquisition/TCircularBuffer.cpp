@@ -57,7 +57,7 @@ bool TCircularBuffer::MakeSlab(std::uint64_t frameSizeBytes, std::uint64_t count
   if (__builtin_mul_overflow(frameSizeBytes, count, &sizeBytes)) return false;
   if (QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable() < sizeBytes) return false;
   try {
-    slab_ = std::make_shared<TFrameSlab>(frameSizeBytes, count);
+    slab_ = std::make_shared<TFrameSlab>(frameSizeBytes, count, memory_->Reserve(sizeBytes, sharesBudget_));
   } catch (const std::bad_alloc&) {
     return false;
   }
@@ -71,6 +71,12 @@ bool TCircularBuffer::IsSpareSlab(std::uint64_t frameSizeBytes, std::uint64_t co
   // Pinned memory can be used again: a camera that never flushes must not cost a ring with each start.
   const auto pins = std::count(pinned_.begin(), pinned_.end(), slab_);
   return slab_.use_count() == 1 + pins;
+}
+
+void TCircularBuffer::SetSharesBudget(bool sharesBudget)
+{
+  const TLock lock(slabMutex_);
+  sharesBudget_ = sharesBudget;
 }
 
 void TCircularBuffer::Delete()

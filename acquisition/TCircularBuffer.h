@@ -6,6 +6,7 @@
 #include "acquisition/TChangeWaits.h"
 #include "acquisition/TFrameMemory.h"
 #include "acquisition/TFrameSlab.h"
+#include "acquisition/TRingMemory.h"
 #include "utility/TMutex.h"
 
 #include <atomic>
@@ -36,6 +37,11 @@ public:
   /// mapped already. The memory of the previous ring stays until the first frame of the new one, if there is enough for
   /// both: a camera that has not flushed, although it reports success, would write into it.
   int Allocate(std::uint64_t frameSizeBytes, std::uint64_t count);
+  /// Whether rings that are made from now on share the budget of TRingMemory with those of other cameras. At first, and
+  /// for a camera that is alone, there is no budget.
+  void SetSharesBudget(bool sharesBudget);
+  /// What the rings of other cameras have.
+  std::uint64_t BytesOfOtherRings() const { return memory_->BytesOfOthers(); }
   /// Frees the slots. Counter, flags and event stay as they are.
   void Delete();
   /// The camera may go on writing into the present slots: their memory stays until UnpinMemory(), even if the ring is
@@ -111,7 +117,9 @@ private:
   bool IsOfNewerHalf(std::uint64_t image) const REQUIRES(slabMutex_);
   bool HasCameraNotReached(std::uint64_t image, const unsigned char* buffer) const REQUIRES(slabMutex_);
 
+  const std::shared_ptr<TRingMemory> memory_ = std::make_shared<TRingMemory>();
   mutable TMutex slabMutex_;
+  bool sharesBudget_ GUARDED_BY(slabMutex_) = false;
   std::shared_ptr<TFrameSlab> slab_ GUARDED_BY(slabMutex_); // its tables need no lock
   std::vector<std::shared_ptr<TFrameSlab>> pinned_ GUARDED_BY(slabMutex_);
   std::vector<std::shared_ptr<TFrameSlab>>

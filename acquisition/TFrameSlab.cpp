@@ -55,8 +55,10 @@ unsigned char* Map(std::uint64_t sizeBytes)
 
 } // namespace
 
-TFrameSlab::TFrameSlab(std::uint64_t frameSizeBytes, std::uint64_t count)
-    : frameSizeBytes_(frameSizeBytes),
+TFrameSlab::TFrameSlab(std::uint64_t frameSizeBytes, std::uint64_t count,
+                       std::shared_ptr<const TRingMemory::TReservation> reservation)
+    : reservation_(std::move(reservation)),
+      frameSizeBytes_(frameSizeBytes),
       count_(count),
       slotStrideBytes_(SlotStride(frameSizeBytes)),
       sizeBytes_(Product(slotStrideBytes_, count)),

@@ -2,6 +2,7 @@
 // The memory of a ring of frames.
 #pragma once
 
+#include "acquisition/TRingMemory.h"
 #include "acquisition/TSlotClocks.h"
 
 #include <atomic>
@@ -17,8 +18,9 @@
 class TFrameSlab final
 {
 public:
-  /// Throws std::bad_alloc when the memory is not to be had.
-  TFrameSlab(std::uint64_t frameSizeBytes, std::uint64_t count);
+  /// Throws std::bad_alloc when the memory is not to be had. @p reservation counts it as long as it is there.
+  TFrameSlab(std::uint64_t frameSizeBytes, std::uint64_t count,
+             std::shared_ptr<const TRingMemory::TReservation> reservation = nullptr);
   ~TFrameSlab();
   TFrameSlab(const TFrameSlab&) = delete;
   TFrameSlab& operator=(const TFrameSlab&) = delete;
@@ -49,6 +51,7 @@ public:
 private:
   unsigned char* LastFrameEnd() const;
 
+  std::shared_ptr<const TRingMemory::TReservation> reservation_;
   std::uint64_t frameSizeBytes_;
   std::uint64_t count_;
   std::uint64_t slotStrideBytes_;

@@ -155,6 +155,7 @@ int TVxmcdAcquisitionManager::StartRun()
 
   const TRunPlan plan = Plan();
   destroyMetadataObjects();
+  circularBuffer_.SetSharesBudget(camera->IsIndependent());
   int slotCount = static_cast<int>(kFrameBudgetBytes / frameSizeBytes);
   limitCircularBufferLengthToMaxOf5000(slotCount);
 
@@ -284,9 +285,15 @@ bool TVxmcdAcquisitionManager::Allocate(std::int64_t frameSizeBytes, std::int64_
   if (circularBuffer_.Allocate(static_cast<std::uint64_t>(frameSizeBytes), static_cast<std::uint64_t>(slots)) == 0)
     return true;
   TQuorinLibDebugOutput::Output(
-      __FILE__, __LINE__, __func__, "no memory for %lld frames of %lld bytes: %llu bytes are available",
+      __FILE__, __LINE__, __func__,
+      "no memory for %lld frames of %lld bytes: %lld bytes wanted, %llu available; rings of other cameras have "
+      "%llu, and "
+      "independent cameras may have %llu together",
       static_cast<long long>(slots), static_cast<long long>(frameSizeBytes),
-      static_cast<unsigned long long>(QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable()));
+      static_cast<long long>(slots * frameSizeBytes),
+      static_cast<unsigned long long>(QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable()),
+      static_cast<unsigned long long>(circularBuffer_.BytesOfOtherRings()),
+      static_cast<unsigned long long>(TRingMemory::BudgetBytes()));
   return false;
 }
 

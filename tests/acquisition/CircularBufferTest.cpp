@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The ring: numbering, memory, waiting, and what a lost slot does to it.
 #include "acquisition/TCircularBuffer.h"
+#include "acquisition/TRunCamera.h"
+#include "acquisition/TVxmcdAcquisitionManager.h"
+#include "tests/spool/logged_by.h"
 #include "tests/utility/SystemCalls.h"
+#include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinEvent.h"
+#include "vxcore_simulator.h"
 
 #include <gtest/gtest.h>
 
@@ -518,6 +523,78 @@ TEST(CircularBuffer, MemoryThatTheMachineDoesNotHaveIsRefused)
   small.freeram = 0;
   EXPECT_EQ(ring.Allocate(4000000, 75), 0) << "memory that it has already counts as free";
   EXPECT_EQ(ring.Allocate(4000000, 74), 1);
+}
+
+/// A machine with this much memory, all of it available.
+struct sysinfo MachineWith(unsigned long bytes)
+{
+  struct sysinfo memory = {};
+  memory.totalram = bytes;
+  memory.freeram = bytes;
+  memory.mem_unit = 1;
+  return memory;
+}
+
+TEST(RingMemory, RingsOfSeveralCamerasShareABudgetAndASingleOneHasNone)
+{
+  constexpr std::uint64_t kFrame = 1000000;
+  const struct sysinfo machine = MachineWith(1000 * kFrame);
+  system_calls::Directed system;
+  system.memory = &machine; // 750 frames for the rings of all cameras
+  TCircularBuffer one;
+  TCircularBuffer two;
+  TCircularBuffer other;
+  for (TCircularBuffer* const ring : {&one, &two}) ring->SetSharesBudget(true);
+  ASSERT_EQ(one.Allocate(kFrame, 900), 0) << "it is alone";
+  EXPECT_EQ(two.Allocate(kFrame, 1), 1);
+  ASSERT_EQ(one.Allocate(kFrame, 400), 0);
+  one.Delete();
+  ASSERT_EQ(one.Allocate(kFrame, 400), 0);
+  ASSERT_EQ(two.Allocate(kFrame, 350), 0);
+  EXPECT_EQ(one.BytesOfOtherRings(), 350 * kFrame);
+  EXPECT_EQ(one.Allocate(kFrame, 400), 0) << "memory that it has already is its own";
+  EXPECT_EQ(one.Allocate(kFrame, 399), 0) << "the earlier ring is freed when there is no room for both";
+  EXPECT_EQ(two.Allocate(kFrame, 352), 1);
+  EXPECT_EQ(other.Allocate(kFrame, 400), 0) << "without the budget";
+  EXPECT_EQ(two.Allocate(kFrame, 350), 1) << "but counted in that of the others";
+  other.Delete();
+  EXPECT_EQ(two.Allocate(kFrame, 350), 0);
+}
+
+TEST(RingMemory, AStartBeyondTheBudgetIsRefusedWithNumbersIfCamerasAreIndependent)
+{
+  const struct sysinfo machine = MachineWith(800000000);
+  system_calls::Directed system;
+  system.memory = &machine;
+  ASSERT_EQ(VXSIM_Configure("[Simulator]\nCameras=2\n[Camera0]\nSource=manual\n[Camera1]\nSource=manual\n"
+                            "[Faults]\nRule=value ImageSizeBytes set 60000000\n"),
+            VX_SUCCESS);
+  ASSERT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
+  int devices[2] = {};
+  for (const int index : {0, 1}) ASSERT_EQ(VX_Open(index, &devices[index]), VX_SUCCESS);
+  for (const bool independent : {false, true}) {
+    ASSERT_TRUE(TRunCamera::SetIndependent(independent));
+    QuorinUtility::TQuorinCriticalSection locks[2];
+    TVxmcdAcquisitionManager one(&locks[0], devices[0]);
+    TVxmcdAcquisitionManager two(&locks[1], devices[1]);
+    ASSERT_EQ(one.Start(), TVxmcdAcquisitionManager::kDone);
+    const std::string logged = LoggedBy([&] {
+      EXPECT_EQ(two.Start(),
+                independent ? TVxmcdAcquisitionManager::kStartFailed : TVxmcdAcquisitionManager::kDone);
+    });
+    EXPECT_EQ(
+        logged.find("no memory for 6 frames of 60000000 bytes: 360000000 bytes wanted, 800000000 available; rings "
+                    "of other cameras have 360000000, and independent cameras may have 600000000 together") !=
+            std::string::npos,
+        independent)
+        << logged;
+    one.Stop();
+    two.Stop();
+  }
+  EXPECT_TRUE(TRunCamera::SetIndependent(false));
+  for (const int device : devices) VX_Close(device);
+  VX_FinaliseLibrary();
+  VXSIM_Configure(nullptr);
 }
 
 } // namespace

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
-// What the machine's memory comes to in bytes.
+// What the machine's memory comes to in bytes, and what a process may use of it.
 #include "utility/TQuorinMemoryStatistics.h"
 
+#include "tests/support/TScratchDirectory.h"
 #include "tests/utility/SystemCalls.h"
+#include "utility/control_group.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <limits>
 
 using QuorinUtility::TQuorinMemoryStatistics;
 
@@ -29,4 +34,24 @@ TEST(QuorinMemoryStatistics, MultipliesInTheUnitAndLeavesOutBuffers)
   EXPECT_EQ(statistics->GetAvailable(), 0x200003000u);
   directed.memoryRefused = true;
   EXPECT_EQ(statistics->GetAvailable(), 0u);
+}
+
+TEST(ControlGroup, LimitIsTheNarrowestOfTheGroupsAround)
+{
+  const TScratchDirectory root;
+  const auto write = [&](const std::string& name, const std::string& text) {
+    std::filesystem::create_directories(std::filesystem::path(root.Path(name)).parent_path());
+    root.File(text, name);
+  };
+  EXPECT_EQ(ControlGroupMemoryLimit(root.Directory()), std::numeric_limits<std::uint64_t>::max());
+  write("proc/self/cgroup", "0::/user/session\n");
+  write("sys/fs/cgroup/user/session/memory.max", "max\n");
+  EXPECT_EQ(ControlGroupMemoryLimit(root.Directory()), std::numeric_limits<std::uint64_t>::max());
+  write("sys/fs/cgroup/user/memory.max", "5000\n");
+  EXPECT_EQ(ControlGroupMemoryLimit(root.Directory()), 5000u);
+  write("sys/fs/cgroup/memory.max", "4000\n");
+  EXPECT_EQ(ControlGroupMemoryLimit(root.Directory()), 4000u);
+  write("proc/self/cgroup", "nonsense\n9:\n5:cpu,memory:/container\n3:cpuset:/x\n");
+  write("sys/fs/cgroup/memory/memory.limit_in_bytes", "3000\n");
+  EXPECT_EQ(ControlGroupMemoryLimit(root.Directory()), 3000u) << "the group's own path is not there";
 }
