@@ -13,6 +13,11 @@ vxmcd_test(lifecycle_test
   LIBRARIES vxmcd vxcore vxsim_imaging
   TIMEOUT 300)
 
+# The setting as a program finds it that cannot be changed.
+add_test(NAME IndependentCameras.environment
+  COMMAND lifecycle_test --gtest_filter=IndependentCameras.FramesEndAndAbortBelongToTheCameraThatStarted)
+set_tests_properties(IndependentCameras.environment PROPERTIES TIMEOUT 60 ENVIRONMENT VXMCD_INDEPENDENT_CAMERAS=1)
+
 # A program that ends in the middle of a run, in a way that its argument says.
 add_executable(ends_in_a_run ../support/ends_in_a_run.cpp)
 vxmcd_compile_options(ends_in_a_run)
