@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A GigE Vision camera through the old functions, beside Aravis alone: the same camera, over the loopback interface of a
+// A GigE Vision camera through the flat interface, beside Aravis alone: the same camera, over the loopback interface of a
 // network namespace, in turns.
 //
 // `frames` asks the camera for more frames than it can send and counts those that are fetched for two seconds, with and

@@ -15,7 +15,7 @@ bool IsGenICam(std::string_view section)
   return section == kGenICam;
 }
 
-/// Old programs need neither the library nor what it is built on, unless they name such cameras.
+/// Programs need neither the plug-in nor Aravis, unless their configuration names such cameras.
 std::unique_ptr<IDeviceBackend> MakeGenICam(const TBackendEntries* entries, std::string& error)
 {
   if (!entries || entries->empty()) return nullptr;

@@ -39,7 +39,7 @@ protected:
   void Kill(const std::string& address);
   /// Configures the library with these devices and the lines of its section.
   static void Attach(const std::string& devices, const std::string& more = "");
-  /// Serves one camera and opens it through the old functions.
+  /// Serves one camera and opens it through the flat interface.
   void Open(const std::vector<std::string>& arguments = {}, const std::string& more = "");
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Runs of a real camera through the old functions: every pixel compared with what the camera sends.
+// Runs of a real camera through the flat interface: every pixel compared with what the camera sends.
 #include "tests/genicam/GenICamTest.h"
 
 #include <filesystem>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Opening, describing and setting a real camera through the old functions.
+// Opening, describing and setting a real camera through the flat interface.
 #include "tests/genicam/GenICamTest.h"
 
 #include <fstream>

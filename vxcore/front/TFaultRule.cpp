@@ -131,7 +131,8 @@ bool ReadAction(TWords& words, const TActionWord<Kind> (&actions)[N], Kind& kind
       good = ReadInteger(argument, LLONG_MIN, LLONG_MAX, fault.number);
     else if (action.argument == EArgument::Time)
       good = ReadTime(argument, fault.durationNs);
-    if (!good) error = "'" + word + "' needs another argument than '" + argument + "'";
+    if (!good)
+      error.assign("'").append(word).append("' needs another argument than '").append(argument).append("'");
     return good;
   }
   error = word.empty() ? "the action is missing" : "unknown action '" + word + "'";

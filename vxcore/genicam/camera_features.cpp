@@ -340,7 +340,7 @@ std::unique_ptr<IFeature> MakeGainSelector(TGenICamCamera& camera)
 
 // ------------------------------------------------------------------------------------------------ Temperature
 
-/// A fan with the camera's words. The old functions know "On" for its full speed, and so the word for that becomes "On".
+/// A fan with the camera's words. SetFanMode() asks for "On" as its full speed, so the camera's word for that becomes "On".
 std::unique_ptr<IFeature> MakeFan(TNodes& nodes, const TSource& source)
 {
   const std::vector<std::string> entries = nodes.Entries(source.node);
