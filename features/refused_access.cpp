@@ -28,7 +28,7 @@ const char* NameOf(int code)
 {
   const auto* const row =
       std::find_if(std::begin(kCodes), std::end(kCodes), [code](const auto& r) { return r.code == code; });
-  return row == std::end(kCodes) ? "a code of its own" : row->name;
+  return row == std::end(kCodes) ? "(unknown)" : row->name;
 }
 
 void NoteWrite(int code, const wchar_t* feature, const TWords& value, const TWords& accepted)

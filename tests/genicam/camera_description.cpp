@@ -90,8 +90,9 @@ constexpr TCommand kCommands[] = {{"AcquisitionStart", 0x124, 1},
                                   {"TimestampLatch", 0x944, 2}};
 
 const std::map<std::string, long> kFormatCodes = {
-    {"Mono8", 0x01080001},        {"Mono10", 0x01100003},  {"Mono12", 0x01100005}, {"Mono14", 0x01100025},
-    {"Mono12Packed", 0x010C0006}, {"Mono12p", 0x010C0047}, {"Mono16", 0x01100007}, {"RGB8", 0x02180014}};
+    {"Mono8", Pfnc::kMono8},     {"Mono10", Pfnc::kMono10}, {"Mono12", Pfnc::kMono12},
+    {"Mono14", Pfnc::kMono14},   {"Mono16", Pfnc::kMono16}, {"Mono12Packed", Pfnc::kMono12Packed},
+    {"Mono12p", Pfnc::kMono12p}, {"RGB8", Pfnc::kRgb8}};
 
 class TWriter
 {

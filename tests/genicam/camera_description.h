@@ -2,9 +2,24 @@
 // The GenICam description of the test camera.
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
+
+/// Codes of the Pixel Format Naming Convention.
+namespace Pfnc {
+
+inline constexpr std::uint32_t kMono8 = 0x01080001;
+inline constexpr std::uint32_t kMono10 = 0x01100003;
+inline constexpr std::uint32_t kMono12 = 0x01100005;
+inline constexpr std::uint32_t kMono12Packed = 0x010C0006;
+inline constexpr std::uint32_t kMono12p = 0x010C0047;
+inline constexpr std::uint32_t kMono14 = 0x01100025;
+inline constexpr std::uint32_t kMono16 = 0x01100007;
+inline constexpr std::uint32_t kRgb8 = 0x02180014;
+
+} // namespace Pfnc
 
 /// What a test camera has, and what is wrong with it.
 struct TCameraTraits

@@ -122,7 +122,7 @@ private:
 TBytes Encode(const std::vector<std::uint32_t>& pixels, std::uint32_t format)
 {
   TBytes bytes;
-  if (format == 0x010C0006) { // Mono12Packed: the low four bits of both pixels share the middle byte
+  if (format == Pfnc::kMono12Packed) { // the low four bits of both pixels share the middle byte
     for (std::size_t index = 0; index < pixels.size(); index += 2) {
       const bool hasSecond = index + 1 < pixels.size();
       const std::uint32_t second = hasSecond ? pixels[index + 1] : 0;
@@ -229,7 +229,7 @@ private:
   TBytes Image(std::uint16_t id, std::uint32_t height) const
   {
     const std::uint32_t format = memory_[kPixelFormat];
-    const int bits = format == 0x01080001 ? 8 : format == 0x01100007 ? 16 : 12;
+    const int bits = format == Pfnc::kMono8 ? 8 : format == Pfnc::kMono16 ? 16 : 12;
     TBytes image;
     std::vector<std::uint32_t> pixels;
     for (std::uint32_t y = 0; y < height; ++y) {
@@ -411,7 +411,7 @@ void FillBootstrap(TMemory& memory, const sockaddr_in& own, const std::string& s
            {0x118, 2048}, // sensor
            {0x11C, 2048},
            {0x120, 10'000}, // exposure
-           {kPixelFormat, 0x01080001},
+           {kPixelFormat, Pfnc::kMono8},
            {kFramePeriod, 40'000}})
     memory.Set(address, value);
   memory.SetText(0x048, "vxmcd"); // vendor

@@ -19,7 +19,6 @@
 namespace {
 
 constexpr guint32 kWidth = ARV_FAKE_CAMERA_REGISTER_WIDTH;
-constexpr guint32 kMono12p = 0x010C0047;
 
 struct TCamera
 {
@@ -51,11 +50,14 @@ void Fill(ArvBuffer* buffer, void* data, guint32, guint32, ArvPixelFormat format
   const guint32 left = camera.Register(ARV_FAKE_CAMERA_REGISTER_X_OFFSET);
   const guint32 top = camera.Register(ARV_FAKE_CAMERA_REGISTER_Y_OFFSET);
   const std::uint64_t frame = arv_buffer_get_frame_id(buffer);
-  const int wireBits = static_cast<int>(format >> 16 & 0xFF);
-  const int bits = format == 0x01100003 ? 10 : format == 0x01100005 ? 12 : format == 0x01100025 ? 14 : wireBits;
+  const int sentBits = static_cast<int>(format >> 16 & 0xFF);
+  const int bits = format == Pfnc::kMono10   ? 10
+                   : format == Pfnc::kMono12 ? 12
+                   : format == Pfnc::kMono14 ? 14
+                                             : sentBits;
   std::size_t size = 0;
   auto* const to = static_cast<unsigned char*>(const_cast<void*>(arv_buffer_get_data(buffer, &size)));
-  const std::size_t needed = (static_cast<std::size_t>(width) * height * static_cast<unsigned>(wireBits)) / 8;
+  const std::size_t needed = (static_cast<std::size_t>(width) * height * static_cast<unsigned>(sentBits)) / 8;
   if (!camera.images.empty()) {
     const std::size_t frames = camera.images.size() / needed;
     if (frames > 0) std::memcpy(to, camera.images.data() + (frame - 1) % frames * needed, needed);
@@ -66,15 +68,15 @@ void Fill(ArvBuffer* buffer, void* data, guint32, guint32, ArvPixelFormat format
     const auto x = static_cast<std::uint32_t>(index % width + left);
     const auto y = static_cast<std::uint32_t>(index / width + top);
     const std::uint32_t value = TestPixel(x, y, frame, bits);
-    if (wireBits == 8)
+    if (sentBits == 8)
       to[index] = static_cast<unsigned char>(value);
-    else if (wireBits == 16) {
+    else if (sentBits == 16) {
       to[2 * index] = static_cast<unsigned char>(value);
       to[2 * index + 1] = static_cast<unsigned char>(value >> 8);
     } else if (index % 2 == 0)
       first = value;
     else
-      FillPacked(to, index / 2, first, value, format == kMono12p);
+      FillPacked(to, index / 2, first, value, format == Pfnc::kMono12p);
   }
 }
 
