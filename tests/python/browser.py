@@ -60,7 +60,7 @@ class Browser:
         for domain in ("Page", "Runtime", "Log"):
             page.call(f"{domain}.enable")
         page.resize(width, height)
-        page.call("Page.navigate", url=url)
+        page.go(url)
         return page
 
     def call(self, method, session=None, **parameters):
@@ -114,6 +114,12 @@ class Page:
             self.problems.append(details.get("exception", {}).get("description") or details["text"])
         elif method == "Log.entryAdded" and parameters["entry"]["level"] in ("error", "warning"):
             self.problems.append("{text} {url}".format(**{"url": "", **parameters["entry"]}))
+
+    def go(self, url):
+        """Loads a page, and waits until it is there."""
+        problem = self.call("Page.navigate", url=url).get("errorText")
+        assert not problem, f"{url}: {problem}"
+        self.wait("location.protocol.startsWith('http') && document.readyState === 'complete'")
 
     def resize(self, width, height):
         self.call("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=1, mobile=False)

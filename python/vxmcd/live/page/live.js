@@ -16,7 +16,7 @@ const BAR_SECONDS = 1; // longer exposures have a bar
 const SATURATED_TEXT = "saturated";
 const $ = id => document.getElementById(id);
 
-const PHASES = { closed: "○ closed", idle: "❚❚ idle", live: "● live", recording: "⏺ recording", failed: "✕ failed",
+const PHASES = { closed: "○ closed", idle: "❚❚ idle", live: "● live", recording: "◉ recording", failed: "✕ failed",
   offline: "✕ no connection", connecting: "… connecting" };
 
 /** Calls a function at most once in a while, with the newest arguments. */

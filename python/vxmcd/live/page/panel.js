@@ -74,12 +74,13 @@ export class SettingsPanel {
       .filter(Boolean).join(", ");
   }
 
-  update({ settings, limits, temperature }, mayControl) {
+  update({ state, settings, limits, temperature }, mayControl) {
+    const mayChangeRun = mayControl && state !== "recording";
     for (const [name, row] of this._rows) {
       if (settings && name in settings) row.update(settings[name]);
-      row.enable(mayControl);
+      row.enable(COOLING_ROWS.some(cooling => cooling.name === name) ? mayControl : mayChangeRun);
     }
-    for (const id of ["area-draw", "area-whole"]) $(id).disabled = !mayControl;
+    for (const id of ["area-draw", "area-whole"]) $(id).disabled = !mayChangeRun;
     if (settings) {
       const [left, top, width, height] = settings.area ?? [];
       $("area").textContent = settings.area ? `${width} x ${height} at ${left}, ${top}` : "–";
