@@ -239,9 +239,12 @@ export class Picture {
     context.fillStyle = PASSE_PARTOUT;
     context.fillRect(0, 0, canvas.width, canvas.height);
     if (!frame) return;
-    const corner = view.toCanvas(frame.x, frame.y);
+    // Edges on whole pixels of the canvas, so that nothing is blurred at one to one.
+    const [corner, end] = [[frame.x, frame.y], [frame.imageWidth, frame.imageHeight]].map(([x, y]) => {
+      const at = view.toCanvas(x, y);
+      return { x: Math.round(at.x), y: Math.round(at.y) };
+    });
     const scale = frame.step * view.scale;
-    const end = view.toCanvas(frame.imageWidth, frame.imageHeight);
     context.save();
     context.beginPath();
     context.rect(corner.x, corner.y, end.x - corner.x, end.y - corner.y); // blocks at the edges are smaller

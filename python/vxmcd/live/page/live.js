@@ -42,10 +42,11 @@ class Page {
     this._shown = [];
     this._sendView = throttled(() => this._requestView(), VIEW_MS);
     this._sendCursor = throttled(() => this._requestCursor(), VIEW_MS);
+    this._sendLine = throttled(() => this.connection.send({ line: this.stage.line }), VIEW_MS);
     this.stage = new Stage($("stage"), {
       viewChanged: () => this._viewChanged(),
       cursorChanged: pixel => this._cursorChanged(pixel),
-      lineChanged: line => this._lineChanged(line),
+      lineChanged: (line, isDrawing) => this._lineChanged(line, isDrawing),
       areaDrawn: area => this._setArea(area),
     });
     this.connection = new Connection(this);
@@ -66,6 +67,8 @@ class Page {
     this._showGate(null);
     this._banner("connection", null);
     $("stage").classList.remove("stale");
+    this.isFrozen = false;
+    $("freeze").setAttribute("aria-pressed", "false");
     this._requestView();
     this._requestCursor();
     if (this.stage.line) this.connection.send({ line: this.stage.line });
@@ -99,6 +102,8 @@ class Page {
     if (message.state) this._update(message.state);
     if (message.histogram) this.histogram.setHistogram(message.histogram);
     if (message.line !== undefined) this._showLine(message.line);
+    if (message.cursor) this._showValue(message.cursor);
+    if (message.end) this._hasEnded = true;
   }
 
   frame(buffer) {
@@ -137,6 +142,7 @@ class Page {
     this._showPercent("ring", all.ring_percent);
     this._showPercent("memory", all.memory_percent);
     $("reduced").hidden = !all.reduced;
+    $("reduced").title = all.reduced || "";
     this._showControl();
     this._showError(isBroken && all.error);
     this._banner("notice", all.notice ? "warn" : null, all.notice);
@@ -286,6 +292,14 @@ class Page {
       isExact: frame.step === 1 && (frame.bytes === 2 || frame.high - frame.low === 255) };
   }
 
+  /** The value that the program has read for a cursor between two frames. */
+  _showValue({ x, y, value }) {
+    const { cursor } = this.stage;
+    if (value < 0 || cursor?.x !== x || cursor?.y !== y) return;
+    this._value = { value, isExact: true };
+    this._showCursor();
+  }
+
   _showCursor() {
     const { cursor, picture } = this.stage;
     let text = cursor ? `x ${cursor.x}, y ${cursor.y}` : `x ${NONE}, y ${NONE}`;
@@ -318,15 +332,15 @@ class Page {
 
   // Profile and area.
 
-  _lineChanged(line) {
+  _lineChanged(line, isDrawing) {
     const wasHidden = $("profile").hidden;
-    $("profile").hidden = !line;
+    $("profile").hidden = !line || (wasHidden && isDrawing);
     if (line) {
       const [x0, y0, x1, y1] = line;
       $("profile-ends").textContent = `${x0}, ${y0} to ${x1}, ${y1}`;
     }
     if (wasHidden !== $("profile").hidden) this.stage.redraw();
-    this.connection.send({ line });
+    this._sendLine();
   }
 
   _showLine(line) {
@@ -396,7 +410,7 @@ class Page {
     }
     press("crosshair", () => this._toggle("crosshair", () => this.stage.toggleCrosshair()));
     press("saturation", () => this._toggle("saturation", () => this._toggleSaturation()));
-    press("freeze", () => this._toggle("freeze", () => { this.isFrozen = !this.isFrozen; return this.isFrozen; }));
+    press("freeze", () => this._toggle("freeze", () => this._toggleFreeze()));
     press("profile-close", () => this.stage.toggleLine());
     press("area-draw", () => this.stage.beginArea());
     press("area-whole", () => this._sendArea(null));
@@ -480,6 +494,14 @@ class Page {
 
   _toggle(id, act) {
     $(id).setAttribute("aria-pressed", String(act()));
+  }
+
+  /** The program keeps the image, so that cursor, profile and snapshot are of what is seen. */
+  _toggleFreeze() {
+    const { frame } = this.stage.picture;
+    this.isFrozen = !this.isFrozen && Boolean(frame);
+    this.connection.send({ freeze: this.isFrozen ? frame.number : null });
+    return this.isFrozen;
   }
 
   _toggleSaturation() {

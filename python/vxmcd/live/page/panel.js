@@ -221,7 +221,7 @@ export class SavePanel {
       this._record();
     });
     $("record-unit").addEventListener("change", () => { $("record-amount").hidden = $("record-unit").value === "stop"; });
-    $("stop").addEventListener("click", () => ask({ do: "stop" }).then(result => this._say(result.ok ? "" : problem(result), true)));
+    $("stop").addEventListener("click", () => this._stop());
   }
 
   update({ state, recording, last_recording: last, lost }, mayControl) {
@@ -282,6 +282,11 @@ export class SavePanel {
     if (result.ok) $("record-name").value = nextName(name);
     else this._say(problem(result), true);
     return undefined;
+  }
+
+  async _stop() {
+    const result = await this._ask({ do: "stop" });
+    if (!result.ok) this._say(problem(result), true);
   }
 
   _show({ name, images, asked: of, bytes: size, rate, seconds_left: left }, lost) {

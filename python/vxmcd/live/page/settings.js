@@ -80,11 +80,11 @@ class TextRow extends Row {
     input.addEventListener("blur", () => this._commit());
     input.addEventListener("keydown", event => {
       if (event.key === "Enter") this._commit();
-      else if (event.key === "Escape") this._restore();
+      else if (event.key === "Escape") return this._restore(); // and the page takes the focus away
       else if (event.key === "ArrowUp" || event.key === "ArrowDown") this.step(event.key === "ArrowUp" ? 1 : -1);
-      else return;
+      else return undefined;
       event.preventDefault();
-      event.stopPropagation();
+      return event.stopPropagation();
     });
     return input;
   }

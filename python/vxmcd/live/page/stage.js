@@ -30,6 +30,7 @@ export class Stage {
     this.isDrawingArea = false;
     this.cursor = null;
     this._drag = null;
+    this._pointer = null; // the mouse on the canvas, in device pixels
     this._listen();
     new ResizeObserver(() => this._resize()).observe(element);
   }
@@ -152,7 +153,10 @@ export class Stage {
     element.addEventListener("pointermove", event => this._move(event));
     element.addEventListener("pointerup", event => this._release(event));
     element.addEventListener("pointercancel", event => this._release(event));
-    element.addEventListener("pointerleave", () => this._setCursor(this.crosshair));
+    element.addEventListener("pointerleave", () => {
+      this._pointer = null;
+      this._follow();
+    });
   }
 
   _press(event) {
@@ -165,7 +169,8 @@ export class Stage {
 
   _move(event) {
     const place = this._place(event);
-    this._setCursor(this.view.pixelAt(place.x, place.y));
+    this._pointer = place;
+    this._follow();
     const drag = this._drag;
     if (!drag) return;
     const [dx, dy] = [place.x - drag.last.x, place.y - drag.last.y];
@@ -178,7 +183,7 @@ export class Stage {
       this.view.pan(dx, dy);
       this._changed();
     } else if (drag.kind === "line") {
-      this._setLine([drag.first.x, drag.first.y, end.x, end.y]);
+      this._setLine([drag.first.x, drag.first.y, end.x, end.y], true);
     } else {
       this.area = { x: Math.min(drag.first.x, end.x), y: Math.min(drag.first.y, end.y),
         w: Math.abs(end.x - drag.first.x) + 1, h: Math.abs(end.y - drag.first.y) + 1 };
@@ -190,6 +195,7 @@ export class Stage {
     const drag = this._drag;
     this._drag = null;
     this.element.classList.remove("panning");
+    if (drag?.kind === "line" && this.line) this._setLine(this.line);
     if (drag?.kind === "pan" && drag.moved < MIN_DRAG * this.ratio && this.crosshair && event.type === "pointerup") {
       this.crosshair = drag.first;
       this._setCursor(this.crosshair);
@@ -220,10 +226,11 @@ export class Stage {
     this._listener.cursorChanged(pixel);
   }
 
-  _setLine(line) {
+  /** While a line is drawn the picture must not move below it. */
+  _setLine(line, isDrawing = false) {
     this.line = line;
     this._mark();
-    this._listener.lineChanged(line);
+    this._listener.lineChanged(line, isDrawing);
   }
 
   _resize() {
@@ -233,8 +240,15 @@ export class Stage {
     this._changed();
   }
 
+  /** The cursor is the pixel below the mouse, or else the crosshair. */
+  _follow() {
+    const { _pointer: at } = this;
+    this._setCursor(at ? this.view.pixelAt(at.x, at.y) : this.crosshair);
+  }
+
   _changed() {
     this.redraw();
+    this._follow();
     this._listener.viewChanged();
   }
 
