@@ -3,9 +3,9 @@
 #include "api/call_log.h"
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
+#include "api/entry_points.h"
 #include "api/TCameraUse.h"
 #include "utility/TQuorinLibDebugOutput.h"
-#include "vxmcd.h"
 
 #include <cstdarg>
 
@@ -55,15 +55,16 @@ void LogCall(const char* function, std::span<const TCallArgument> arguments, uns
 
   TBoundedText<1536> answer;
   answer.Append("%u", code);
-  if (*vxmcd_GetResultMeaning(code) != '\0') answer.Append(" %s", vxmcd_GetResultName(code));
+  if (*EntryPoint::vxmcd_GetResultMeaning(code) != '\0')
+    answer.Append(" %s", EntryPoint::vxmcd_GetResultName(code));
   if (IsSuccess(code))
     answer.Append(", although %s", notes.Text());
   else if (const std::size_t number = NullArgument(arguments, code))
     answer.Append(": argument %zu is null", number);
   else if (*notes.Text() != '\0')
     answer.Append(": %s", notes.Text());
-  else if (*vxmcd_GetResultMeaning(code) != '\0')
-    answer.Append(": %s", vxmcd_GetResultMeaning(code));
+  else if (*EntryPoint::vxmcd_GetResultMeaning(code) != '\0')
+    answer.Append(": %s", EntryPoint::vxmcd_GetResultMeaning(code));
   if (notes.HasFailure() && IsAcquiring()) answer.Append("; the camera is acquiring");
   TQuorinLibDebugOutput::Output(__FILE__, __LINE__, call.Data(), TQuorinLibDebugOutput::Debug, "%s",
                                 answer.Data());

@@ -3,7 +3,7 @@
 #include "api/camera_registry.h"
 
 #include "acquisition/TVxmcdAcquisitionManager.h"
-#include "utility/exports.h"
+#include "api/entry_points.h"
 #include "utility/TCallNotes.h"
 #include "utility/TMutex.h"
 #include "utility/TQuorinCriticalSection.h"
@@ -43,17 +43,16 @@ TCamera* Find(long handle) REQUIRES_SHARED(registryMutex.object)
 
 } // namespace
 
-TCamera* getCameraFromHandle(long handle)
+TCamera* EntryPoint::getCameraFromHandle(long handle)
 {
   if (IsForkedChild()) return &InvalidCamera;
   const TSharedLock lock(registryMutex.object);
   return Find(handle);
 }
-VXMCD_PLAIN_NAME(getCameraFromHandle, _Z19getCameraFromHandlel);
 
 TCamera* GetCurrentCamera()
 {
-  return getCameraFromHandle(CurrentCameraHandle());
+  return EntryPoint::getCameraFromHandle(CurrentCameraHandle());
 }
 
 void SelectCamera(long handle)
@@ -63,7 +62,7 @@ void SelectCamera(long handle)
 
 bool IsCameraOpen(long handle)
 {
-  return getCameraFromHandle(handle) != &InvalidCamera;
+  return EntryPoint::getCameraFromHandle(handle) != &InvalidCamera;
 }
 
 void RegisterCamera(long handle, const TCamera& camera)

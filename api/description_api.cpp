@@ -2,6 +2,8 @@
 // What kind of camera is open.
 #include "api/entry_points.h"
 #include "api/TCameraUse.h"
+#include "api/traced_functions.h"
+#include "api/TTracedCall.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/TValueText.h"
@@ -239,15 +241,24 @@ unsigned int GetHardwareVersion(unsigned int* out1, unsigned int* out2, unsigned
 
 } // namespace EntryPoint
 
-void extractNumberFromString(wchar_t* text, int& number)
+namespace {
+
+void FindNumber(wchar_t* text, int* number)
 {
   const wchar_t* const digits = text ? std::wcspbrk(text, L"0123456789") : nullptr;
-  if (digits) number = LeadingInt(digits);
+  if (digits && number) *number = LeadingInt(digits);
+}
+
+} // namespace
+
+void extractNumberFromString(wchar_t* text, int& number)
+{
+  PlainExtractNumberFromString(text, &number);
 }
 
 void PlainExtractNumberFromString(wchar_t* text, int* number)
 {
-  if (number) extractNumberFromString(text, *number);
+  TTracedCall(FunctionNumber::extractNumberFromString, FindNumber)(text, number);
 }
 
 namespace EntryPoint {
@@ -259,8 +270,7 @@ unsigned int GetCameraSerialNumber(int* number)
   if (!number) return RC_P1_INVALID;
   *number = 0;
   std::wstring text;
-  if (ReadWholeString(camera.CoreHandle(), Feature::kSerialNumber, text))
-    extractNumberFromString(text.data(), *number);
+  if (ReadWholeString(camera.CoreHandle(), Feature::kSerialNumber, text)) FindNumber(text.data(), number);
   return RC_SUCCESS;
 }
 

@@ -4,6 +4,8 @@
 // The arguments that programs pass to most of them are unknown, so they take any. On every platform that we build for
 // the caller removes its arguments, so that ignored ones cost nothing.
 #undef VXMCD_WITHOUT_FIXED_RESULTS
+#include "api/traced_functions.h"
+#include "trace/TCallRecord.h"
 #include "utility/exports.h"
 #include "utility/TUnusedCall.h"
 #include "vxmcd.h"
@@ -26,6 +28,12 @@ struct TFixedValue
   }
 };
 
+/// The record of a call, of which nothing but the code is known.
+[[gnu::noinline, gnu::cold]] void RecordCall(std::uint16_t number, unsigned int code) noexcept
+{
+  TCallRecord(number, nullptr).End(code);
+}
+
 constexpr const char* ResultText(unsigned int code)
 {
   switch (code) {
@@ -43,22 +51,24 @@ constexpr const char* ResultText(unsigned int code)
 
 #define FIXED_REASON(reason, text) static constexpr const char* k##reason = text;
 // The body of each function.
-#define ANSWER(name, code, reason)                                                                                \
+#define ANSWER(name, number, code, reason)                                                                        \
   static constinit TUnusedCall call(#name, ResultText(code), k##reason);                                          \
   call.Note();                                                                                                    \
+  if (Trace::IsOn(Trace::kApi)) [[unlikely]]                                                                      \
+    RecordCall(FunctionNumber::number, code);                                                                     \
   return code;
 #define FIXED_RESULT(name, code, reason)                                                                          \
   unsigned int name(...)                                                                                          \
   {                                                                                                               \
-    ANSWER(name, code, reason)                                                                                    \
+    ANSWER(name, name, code, reason)                                                                              \
   }
 #define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason)                                                 \
-  unsigned int name arguments{ANSWER(name, code, reason)} VXMCD_PLAIN_NAME(name, symbol);
+  unsigned int name arguments{ANSWER(name, name, code, reason)} VXMCD_PLAIN_NAME(name, symbol);
 // The header declares the function under another name, with this symbol.
 #define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason)                                            \
   unsigned int name##Decorated arguments                                                                          \
   {                                                                                                               \
-    ANSWER(name, code, reason)                                                                                    \
+    ANSWER(name, name##Decorated, code, reason)                                                                   \
   }
 // Defined under another name, because by the header callers may pass anything before the output. The position of an
 // output does not count floating-point arguments, which are passed in other registers.
@@ -68,7 +78,7 @@ constexpr const char* ResultText(unsigned int code)
   unsigned int Define##name parameters                                                                            \
   {                                                                                                               \
     TFixedValue<type>{fixed} outputs;                                                                             \
-    ANSWER(name, code, reason)                                                                                    \
+    ANSWER(name, name, code, reason)                                                                              \
   }
 // NOLINTEND(bugprone-macro-parentheses)
 #include "api/fixed_results.def"

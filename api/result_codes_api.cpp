@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The result codes in words.
-#include "vxmcd.h"
+#include "api/entry_points.h"
 
 namespace {
 
@@ -29,6 +29,8 @@ const TResultRow& FindRow(unsigned int code)
 
 } // namespace
 
+namespace EntryPoint {
+
 const char* vxmcd_GetResultName(unsigned int code)
 {
   return FindRow(code).name;
@@ -43,3 +45,5 @@ const char* vxmcd_GetResultAdvice(unsigned int code)
 {
   return FindRow(code).advice;
 }
+
+} // namespace EntryPoint

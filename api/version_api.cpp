@@ -2,6 +2,8 @@
 // The library's version.
 #include "api/call_log.h"
 #include "api/entry_points.h"
+#include "api/traced_functions.h"
+#include "api/TTracedCall.h"
 #include "utility/library_version.h"
 #include "utility/outputs.h"
 #include "vxmcd.h"
@@ -29,14 +31,23 @@ void CopyBounded(char* buffer, unsigned int size, const char* text)
 
 } // namespace
 
-unsigned int PlainGetSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build,
-                                unsigned int* revision)
+namespace {
+
+unsigned int WriteSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build, unsigned int* revision)
 {
   WriteOutput(major, LibraryVersion::kMajor);
   WriteOutput(minor, LibraryVersion::kMinor);
   WriteOutput(build, LibraryVersion::kBuild);
   WriteOutput(revision, LibraryVersion::kRevision);
   return RC_SUCCESS;
+}
+
+} // namespace
+
+unsigned int PlainGetSDKVersion(unsigned int* major, unsigned int* minor, unsigned int* build,
+                                unsigned int* revision)
+{
+  return TTracedCall(FunctionNumber::getSDKVersion, WriteSDKVersion)(major, minor, build, revision);
 }
 
 unsigned int getSDKVersion(unsigned int& major, unsigned int& minor, unsigned int& build, unsigned int& revision)

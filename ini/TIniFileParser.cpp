@@ -2,9 +2,9 @@
 // Typed reading of profile files.
 #include "ini/TIniFileParser.h"
 
+#include "ini/private_profile.h"
 #include "ini/text_double.h"
 #include "utility/TQuorinMisc.h"
-#include "vxmcd.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -42,7 +42,7 @@ TTextBuffer Value(const char* file, const char* section, const char* key, const 
 {
   const std::size_t defaultSize = defaultText ? std::strlen(defaultText) + 1 : 0;
   TTextBuffer value(std::max<std::size_t>(TIniFileParser::MAX_SIZE_CHAR_ARRAY, defaultSize));
-  GetPrivateProfileString(section, key, defaultText, value.Room(), kValueSize, file);
+  EntryPoint::GetPrivateProfileString(section, key, defaultText, value.Room(), kValueSize, file);
   return value;
 }
 
@@ -50,7 +50,7 @@ TTextBuffer Value(const char* file, const char* section, const char* key, const 
 int ListSections(const char* file, TTextBuffer& list)
 {
   const unsigned int size = TIniFileParser::MAX_SIZE_CHAR_ARRAY;
-  return static_cast<int>(GetPrivateProfileString(nullptr, nullptr, "", list.Room(), size, file));
+  return static_cast<int>(EntryPoint::GetPrivateProfileString(nullptr, nullptr, "", list.Room(), size, file));
 }
 
 } // namespace
@@ -58,7 +58,7 @@ int ListSections(const char* file, TTextBuffer& list)
 unsigned int TIniFileParser::GetStringFromSection(const char* file, const char* section, const char* key,
                                                   char* buffer)
 {
-  return GetPrivateProfileString(section, key, kZeroText, buffer, kValueSize, file);
+  return EntryPoint::GetPrivateProfileString(section, key, kZeroText, buffer, kValueSize, file);
 }
 
 float TIniFileParser::GetFloatFromSection(const char* file, const char* section, const char* key)
@@ -68,7 +68,7 @@ float TIniFileParser::GetFloatFromSection(const char* file, const char* section,
 
 int TIniFileParser::GetIntFromSection(const char* file, const char* section, const char* key)
 {
-  return static_cast<int>(GetPrivateProfileInt(section, key, 0, file));
+  return static_cast<int>(EntryPoint::GetPrivateProfileInt(section, key, 0, file));
 }
 
 unsigned int TIniFileParser::GetIntHexFromSection(const char* file, const char* section, const char* key)

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The classic entry points for profile files.
+#include "ini/private_profile.h"
+
 #include "ini/profile_search.h"
 #include "ini/regular_file.h"
 #include "ini/TProfileNameList.h"
-#include "utility/exports.h"
 #include "utility/TQuorinMisc.h"
 #include "utility/TUnusedCall.h"
-#include "vxmcd.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -55,6 +55,8 @@ unsigned int CopyDefault(const char* defaultValue, char* buffer)
 
 } // namespace
 
+namespace EntryPoint {
+
 unsigned int GetPrivateProfileInt(const char* section, const char* key, int defaultValue, const char* fileName)
 {
   if (!section || !key || !fileName) return 0;
@@ -63,7 +65,6 @@ unsigned int GetPrivateProfileInt(const char* section, const char* key, int defa
   if (!file || !FindValue(file.get(), section, key, value)) return static_cast<unsigned int>(defaultValue);
   return static_cast<unsigned int>(std::strtol(value.Text(), nullptr, 0));
 }
-VXMCD_PLAIN_NAME(GetPrivateProfileInt, _Z20GetPrivateProfileIntPKcS0_iS0_);
 
 unsigned int GetPrivateProfileString(const char* section, const char* key, const char* defaultValue, char* buffer,
                                      unsigned int size, const char* fileName)
@@ -80,7 +81,6 @@ unsigned int GetPrivateProfileString(const char* section, const char* key, const
   if (!FindValue(file.get(), section, key, value)) return CopyDefault(defaultValue, buffer);
   return CopyValue(value.Text(), buffer, size);
 }
-VXMCD_PLAIN_NAME(GetPrivateProfileString, _Z23GetPrivateProfileStringPKcS0_S0_PcjS0_);
 
 unsigned int WritePrivateProfileString(const char*, const char*, const char*, const char*)
 {
@@ -88,4 +88,5 @@ unsigned int WritePrivateProfileString(const char*, const char*, const char*, co
   call.Note();
   return 0;
 }
-VXMCD_PLAIN_NAME(WritePrivateProfileString, _Z25WritePrivateProfileStringPKcS0_S0_S0_);
+
+} // namespace EntryPoint

@@ -4,6 +4,7 @@
 
 #include "acquisition/TDispatchQueue.h"
 #include "retrieval/TAcquiredImage.h"
+#include "trace/trace_switch.h"
 #include "utility/outputs.h"
 #include "utility/TCallNotes.h"
 #include "vxmcd_result_codes.h"
@@ -132,13 +133,21 @@ unsigned int TFetchImage<Src, Dst>::copyAcquiredImage(Dst* destination, const TA
   return copyImageByLine(destination, image.Memory().bytes);
 }
 
+template <class Src, class Dst>
+void TFetchImage<Src, Dst>::noteCopy(const Dst* destination) const
+{
+  Trace::NoteCopiedPixels(destination, static_cast<std::uint64_t>(pixelsPerFrame()) * sizeof(Dst));
+}
+
 // A refused copy changes nothing for the callers of the operations below. A position is computed for a frame that
 // fits only: others may have any number of pixels.
 template <class Src, class Dst>
 void TFetchImage<Src, Dst>::copyToPosition(Dst* destination, std::int64_t position, const TAcquiredImage& image)
 {
   imageSizeBytes_ = image.Memory().sizeBytes;
-  if (fitsStoredFrame()) copyAcquiredImage(destination + position * pixelsPerFrame(), image);
+  if (!fitsStoredFrame()) return;
+  Dst* const place = destination + position * pixelsPerFrame();
+  if (copyAcquiredImage(place, image) == RC_SUCCESS) noteCopy(place);
 }
 
 template <class Src, class Dst>
@@ -166,7 +175,7 @@ template <class Src, class Dst>
 void TFetchImage<Src, Dst>::CopyImage(Dst* destination, int number)
 {
   const TAcquiredImage image(*dispatchQueue_, number);
-  if (image) copyAcquiredImage(destination, image);
+  if (image && copyAcquiredImage(destination, image) == RC_SUCCESS) noteCopy(destination);
 }
 
 template <class Src, class Dst>
@@ -193,15 +202,17 @@ unsigned int TFetchImage<Src, Dst>::GetMostRecentImage(Dst* destination, unsigne
   if (!isFrameSize(size)) return RC_P2_INVALID;
   if (newestImage() < 1) return RC_NO_NEW_DATA;
 
+  bool found = false;
   bool copied = false;
   for (int attempt = 0; attempt < kMostRecentTries; ++attempt) {
     const TAcquiredImage image(*dispatchQueue_, newestImage());
     if (!image) continue;
-    const bool refused = copyAcquiredImage(destination, image) != RC_SUCCESS;
-    copied = true;
-    if (refused || image.IsIntact()) break;
+    copied = copyAcquiredImage(destination, image) == RC_SUCCESS;
+    found = true;
+    if (!copied || image.IsIntact()) break;
   }
-  return copied ? RC_SUCCESS : RC_FRAME_UNAVAILABLE;
+  if (copied) noteCopy(destination);
+  return found ? RC_SUCCESS : RC_FRAME_UNAVAILABLE;
 }
 
 template <class Src, class Dst>
@@ -219,6 +230,7 @@ unsigned int TFetchImage<Src, Dst>::GetIntactImage(long number, Dst* destination
   if (!image || !image.IsIntact()) return RC_NO_NEW_DATA;
   const std::optional<std::int64_t> clock = dispatchQueue_->GetImageTicks(number);
   if (copyAcquiredImage(destination, image) != RC_SUCCESS || !image.IsIntact()) return RC_NO_NEW_DATA;
+  noteCopy(destination);
   WriteOutput(ticks, clock.value_or(0));
   return RC_SUCCESS;
 }

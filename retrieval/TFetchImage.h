@@ -73,6 +73,7 @@ private:
   bool fitsStoredFrame() const;
   bool rowsAreAdjacent() const;
   unsigned int copyAcquiredImage(Dst* destination, const TAcquiredImage& image);
+  void noteCopy(const Dst* destination) const;
   void copyToPosition(Dst* destination, std::int64_t position, const TAcquiredImage& image);
 
   TDispatchQueue* dispatchQueue_;

@@ -2,9 +2,9 @@
 // One potentiometer of a potentiometer file.
 #include "service/camera_pot_file.h"
 
+#include "ini/private_profile.h"
 #include "ini/TIniFileParser.h"
 #include "utility/TQuorinMisc.h"
-#include "vxmcd.h"
 
 #include <cstddef>
 #include <memory>
@@ -64,7 +64,7 @@ public:
 
   void WriteText(const char* suffix, const char* text) const
   {
-    WritePrivateProfileString(group_, Key(suffix).data(), text, fileName_);
+    EntryPoint::WritePrivateProfileString(group_, Key(suffix).data(), text, fileName_);
   }
   template <class TValue>
   void Write(const char* suffix, const char* format, TValue value) const
@@ -128,7 +128,7 @@ void WriteCameraPotCount(const char* fileName, const char* group, int count)
 {
   std::array<char, 16> text;
   TQuorinMisc::snprintf(text.data(), text.size(), "%d", count);
-  WritePrivateProfileString(group, kCountKey, text.data(), fileName);
+  EntryPoint::WritePrivateProfileString(group, kCountKey, text.data(), fileName);
 }
 
 int ReadCameraPotCount(const char* fileName, const char* group)

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// The records of one call.
+#pragma once
+
+#include "trace/trace_format.h"
+#include "trace/trace_switch.h"
+
+#include <bit>
+#include <cstdint>
+#include <type_traits>
+
+/// Records that a call begins, with its inputs, and then that it ends, with its result and outputs; without End(), that an
+/// exception has left it. What is recorded of each argument is in the table of functions. Lives on the stack of the call.
+/// Never throws.
+class TCallRecord final
+{
+public:
+  /// @param values  of the arguments, as TraceValue() makes them; borrowed until the end of the call
+  TCallRecord(std::uint16_t function, const std::uint64_t* values) noexcept;
+  ~TCallRecord();
+  TCallRecord(const TCallRecord&) = delete;
+  TCallRecord& operator=(const TCallRecord&) = delete;
+
+  void End(std::uint64_t result) noexcept;
+
+  /// Records a call that is over, which began at @p ticks.
+  static void Past(std::uint16_t function, const std::uint64_t* values, std::uint64_t ticks,
+                   std::uint64_t result) noexcept;
+
+private:
+  TCallRecord(std::uint16_t function, const std::uint64_t* values, std::uint64_t ticks) noexcept;
+
+  const std::uint16_t function_;
+  bool isEnded_ = false;
+  const std::uint64_t* const values_;
+  TraceFormat::TPixels* outerPixels_;
+  TraceFormat::TPixels pixels_ = {};
+};
+
+/// An argument as 64 bits: a number, or an address.
+template <class T>
+std::uint64_t TraceValue(const T& value) noexcept
+{
+  if constexpr (std::is_floating_point_v<T>)
+    return std::bit_cast<std::uint64_t>(static_cast<double>(value));
+  else if constexpr (std::is_pointer_v<T>)
+    return reinterpret_cast<std::uintptr_t>(value);
+  else if constexpr (std::is_class_v<T>)
+    return reinterpret_cast<std::uintptr_t>(&value);
+  else
+    return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
+}
+
+/// Calls the function and records the call.
+template <class Result, class... Parameters, class... Arguments>
+Result CallRecorded(std::uint16_t number, Result (*function)(Parameters...), Arguments&... arguments)
+{
+  const std::uint64_t values[sizeof...(Parameters) + 1] = {TraceValue(arguments)...};
+  TCallRecord record(number, values);
+  if constexpr (std::is_void_v<Result>) {
+    function(arguments...);
+    record.End(0);
+  } else {
+    const Result result = function(arguments...);
+    record.End(TraceValue(result));
+    return result;
+  }
+}
