@@ -33,6 +33,16 @@ public:
     std::memcpy(position_, &value, sizeof value);
     position_ += sizeof value;
   }
+  /// A number that is given as 64 bits.
+  void PutNumber(const TTraceArgument& argument, std::uint64_t bits)
+  {
+    if (argument.Width() == 8)
+      Put(bits);
+    else if (argument.number == 'f')
+      Put(static_cast<float>(std::bit_cast<double>(bits)));
+    else
+      Put(static_cast<std::uint32_t>(bits));
+  }
   void PutNull() { Put(kNullLength); }
   void PutBytes(const void* bytes, std::size_t size)
   {
@@ -143,7 +153,7 @@ void PutInput(TRecordContents& contents, const TTraceArgument& argument, std::ui
               const std::string& home)
 {
   if (argument.type == TraceType::Number && !argument.isOutput) {
-    contents.Put(value);
+    contents.PutNumber(argument, value);
   } else if (argument.isOutput || argument.type != TraceType::Text) {
     contents.PutByte(value != 0); // an array is read when the call has taken it: its length may be wrong
   } else if (value == 0) {
@@ -181,7 +191,7 @@ void PutOutput(TRecordContents& contents, const TTraceArgument& argument, const 
   switch (argument.type) {
   case TraceType::Number:
     contents.PutByte(value != 0);
-    if (value != 0) contents.Put(NumberAt(argument, value));
+    if (value != 0) contents.PutNumber(argument, NumberAt(argument, value));
     return;
   case TraceType::Pixels:
     contents.Put(pixels);
@@ -208,12 +218,6 @@ void PutOutput(TRecordContents& contents, const TTraceArgument& argument, const 
   }
 }
 
-bool HasPixels(const TTraceSignature& signature)
-{
-  return std::any_of(signature.Arguments().begin(), signature.Arguments().end(),
-                     [](const TTraceArgument& argument) { return argument.type == TraceType::Pixels; });
-}
-
 } // namespace
 
 TCallRecord::TCallRecord(std::uint16_t function, const std::uint64_t* values) noexcept
@@ -222,37 +226,34 @@ TCallRecord::TCallRecord(std::uint16_t function, const std::uint64_t* values) no
 }
 
 TCallRecord::TCallRecord(std::uint16_t function, const std::uint64_t* values, std::uint64_t ticks) noexcept
-    : function_(function), values_(values), outerPixels_(TTraceThread::Current().Pixels())
+    : function_(function), values_(values), thread_(TTraceThread::Current()), outerPixels_(thread_.Pixels())
 {
-  TTraceThread& thread = TTraceThread::Current();
   const TTraceRecorder& recorder = *TTraceRecorder::Instance();
   const TTraceSignature& signature = recorder.SignatureOf(function);
-  if (HasPixels(signature)) thread.SetPixels(&pixels_);
-  if (std::byte* const begin = thread.BeginRecord()) {
+  if (signature.HasPixels()) thread_.SetPixels(&pixels_);
+  if (std::byte* const begin = thread_.BeginRecord()) {
     TRecordContents contents(begin);
     for (const TTraceArgument& argument : signature.Arguments())
       PutInput(contents, argument, *values++, recorder.Home());
-    thread.FinishRecord(Kind::Begin, function, ticks != 0 ? ticks : Trace::Ticks(), contents.End());
+    thread_.FinishRecord(Kind::Begin, function, ticks != 0 ? ticks : Trace::Ticks(), contents.End());
   }
-  thread.EnterCall();
+  thread_.EnterCall();
 }
 
 TCallRecord::~TCallRecord()
 {
-  TTraceThread& thread = TTraceThread::Current();
-  thread.LeaveCall();
-  thread.SetPixels(outerPixels_);
+  thread_.LeaveCall();
+  thread_.SetPixels(outerPixels_);
   if (isEnded_) return;
   const std::uint64_t ticks = Trace::Ticks();
-  if (std::byte* const begin = thread.BeginRecord()) thread.FinishRecord(Kind::Thrown, function_, ticks, begin);
+  if (std::byte* const begin = thread_.BeginRecord()) thread_.FinishRecord(Kind::Thrown, function_, ticks, begin);
 }
 
 void TCallRecord::End(std::uint64_t result) noexcept
 {
   isEnded_ = true;
   const std::uint64_t ticks = Trace::Ticks();
-  TTraceThread& thread = TTraceThread::Current();
-  std::byte* const begin = thread.BeginRecord();
+  std::byte* const begin = thread_.BeginRecord();
   if (!begin) return;
   const TTraceRecorder& recorder = *TTraceRecorder::Instance();
   const TTraceSignature& signature = recorder.SignatureOf(function_);
@@ -263,7 +264,7 @@ void TCallRecord::End(std::uint64_t result) noexcept
   else if (kind.type == TraceType::Pointer)
     contents.PutByte(result != 0);
   else if (kind.type != TraceType::Void)
-    contents.Put(result);
+    contents.PutNumber(kind, result);
   // The functions of the feature library, and those of potentiometers, have 0 for success; others return a length.
   const bool isDone = kind.type == TraceType::Number ? result != 0 : result == RC_SUCCESS || result == 0;
   const std::uint64_t* value = values_;
@@ -271,7 +272,7 @@ void TCallRecord::End(std::uint64_t result) noexcept
     if (argument.IsAtEnd()) PutOutput(contents, argument, values_, *value, isDone, pixels_, recorder.Home());
     ++value;
   }
-  thread.FinishRecord(Kind::End, function_, ticks, contents.End());
+  thread_.FinishRecord(Kind::End, function_, ticks, contents.End());
 }
 
 void TCallRecord::Past(std::uint16_t function, const std::uint64_t* values, std::uint64_t ticks,

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <type_traits>
 
+class TTraceThread;
+
 /// Records that a call begins, with its inputs, and then that it ends, with its result and outputs; without End(), that an
 /// exception has left it. What is recorded of each argument is in the table of functions. Lives on the stack of the call.
 /// Never throws.
@@ -33,7 +35,8 @@ private:
   const std::uint16_t function_;
   bool isEnded_ = false;
   const std::uint64_t* const values_;
-  TraceFormat::TPixels* outerPixels_;
+  TTraceThread& thread_;
+  TraceFormat::TPixels* const outerPixels_;
   TraceFormat::TPixels pixels_ = {};
 };
 

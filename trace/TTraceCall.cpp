@@ -56,13 +56,19 @@ TTraceValue OfPointer(bool isSet)
   return value;
 }
 
-TTraceValue OfNumber(const TTraceArgument& argument, std::uint64_t bits)
+TTraceValue TakeNumber(TCursor& cursor, const TTraceArgument& argument)
 {
   TTraceValue value;
-  value.whole = static_cast<std::int64_t>(bits);
+  value.isSingle = argument.Width() == 4;
   value.kind = argument.number == 'f' ? Kind::Real : argument.number == 'u' ? Kind::Unsigned : Kind::Signed;
-  if (value.kind == Kind::Real) value.real = std::bit_cast<double>(bits);
-  value.isSingle = argument.bytes == 4;
+  if (value.kind == Kind::Real)
+    value.real = value.isSingle ? static_cast<double>(cursor.Take<float>()) : cursor.Take<double>();
+  else if (!value.isSingle)
+    value.whole = cursor.Take<std::int64_t>();
+  else if (value.kind == Kind::Signed)
+    value.whole = cursor.Take<std::int32_t>();
+  else
+    value.whole = cursor.Take<std::uint32_t>();
   return value;
 }
 
@@ -95,8 +101,7 @@ TTraceValue TakeArray(TCursor& cursor, const TTraceArgument& argument)
 
 TTraceValue TakeInput(TCursor& cursor, const TTraceArgument& argument)
 {
-  if (argument.type == TraceType::Number && !argument.isOutput)
-    return OfNumber(argument, cursor.Take<std::uint64_t>());
+  if (argument.type == TraceType::Number && !argument.isOutput) return TakeNumber(cursor, argument);
   if (argument.isOutput || argument.type != TraceType::Text) return OfPointer(cursor.Take<std::uint8_t>() != 0);
   return TakeText(cursor);
 }
@@ -107,7 +112,7 @@ TTraceValue TakeOutput(TCursor& cursor, const TTraceArgument& argument)
   switch (argument.type) {
   case TraceType::Number:
     if (cursor.Take<std::uint8_t>() == 0) return OfPointer(false);
-    return OfNumber(argument, cursor.Take<std::uint64_t>());
+    return TakeNumber(cursor, argument);
   case TraceType::Pixels:
     value.kind = Kind::Pixels;
     value.pixels = cursor.Take<TraceFormat::TPixels>();
@@ -133,7 +138,7 @@ TTraceValue TakeResult(TCursor& cursor, const TTraceArgument& result)
   case TraceType::Pointer:
     return OfPointer(cursor.Take<std::uint8_t>() != 0);
   default:
-    return OfNumber(result, cursor.Take<std::uint64_t>());
+    return TakeNumber(cursor, result);
   }
 }
 

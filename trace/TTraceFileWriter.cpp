@@ -135,6 +135,8 @@ bool TTraceFileWriter::Grow()
     firstReused_ = std::min(firstReused_, allocatedChunks_ / 2);
     return false;
   }
+  // All pages at once take less time than one fault for each. Systems that cannot do it have the faults.
+  madvise(ChunkAt(allocatedChunks_), (chunks - allocatedChunks_) * kChunkBytes, MADV_POPULATE_WRITE);
   allocatedChunks_ = chunks;
   return true;
 }

@@ -229,7 +229,7 @@ std::string TTraceRecorder::HeaderText() const
   return text;
 }
 
-TTraceRecorder::TPlace TTraceRecorder::TakeChunk(bool& isShared)
+TTraceRecorder::TPlace TTraceRecorder::TakeChunk(bool isFirst, bool& isShared)
 {
   const TLock lock(mutex_);
   isShared = false;
@@ -240,7 +240,7 @@ TTraceRecorder::TPlace TTraceRecorder::TakeChunk(bool& isShared)
       return {};
     }
   }
-  if (!rests_.empty()) {
+  if (isFirst && !rests_.empty()) {
     const TPlace rest = rests_.back();
     rests_.pop_back();
     isShared = true;

@@ -46,9 +46,11 @@ public:
     std::byte* begin; ///< null when there is none
     std::byte* end;
   };
-  /// Room for the records of the calling thread, which its first record is to name when @p isShared. Blocks while other
-  /// threads are here, and while the file grows.
-  TPlace TakeChunk(bool& isShared);
+  /// Room for the records of the calling thread. The first room of a thread may be the rest of a chunk of another one: @p
+  /// isShared is true then, and the first record must name the thread. (Later, that would put its records out of order: those
+  /// of a chunk come before those of chunks with greater numbers.) Blocks while other threads are here, and while the file
+  /// grows.
+  TPlace TakeChunk(bool isFirst, bool& isShared);
   /// Takes a chunk back: the rest of it may be used by another thread.
   void ReleaseChunk(TPlace rest);
   /// The same for a chunk that is full.

@@ -78,6 +78,7 @@ std::optional<TTraceSignature> TTraceSignature::Parse(std::string_view text)
     }
     if (!ParseType(word, argument)) return std::nullopt;
     if (!length.empty() && argument.type == TraceType::Number) argument.type = TraceType::Array;
+    signature.hasPixels_ |= argument.type == TraceType::Pixels;
     lengths.push_back(length);
     signature.arguments_.push_back(argument);
   }

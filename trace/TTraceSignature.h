@@ -2,6 +2,7 @@
 // What is recorded of a function's arguments.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -35,6 +36,8 @@ struct TTraceArgument
   int lengthArgument = -1; ///< the argument that has the length of a text or an array; -1: none
   std::uint8_t factor = 1; ///< by which the length is multiplied
 
+  /// Of a number: how many bytes a record has of it.
+  std::size_t Width() const { return bytes == 8 ? 8 : 4; }
   /// Whether its value is recorded when the call ends.
   bool IsAtEnd() const { return isOutput || type == TraceType::Array; }
 };
@@ -50,8 +53,11 @@ public:
 
   const TTraceArgument& Result() const { return result_; }
   const std::vector<TTraceArgument>& Arguments() const { return arguments_; }
+  /// Whether one of them is an array of pixels.
+  bool HasPixels() const { return hasPixels_; }
 
 private:
   TTraceArgument result_;
   std::vector<TTraceArgument> arguments_;
+  bool hasPixels_ = false;
 };

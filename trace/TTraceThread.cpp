@@ -12,6 +12,7 @@
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 using TraceFormat::Kind;
 using TraceFormat::kMaxRecordBytes;
@@ -132,12 +133,13 @@ bool TTraceThread::NextChunk() noexcept
   TTraceRecorder* const recorder = TTraceRecorder::Instance();
   if (hasEnded_ || !Trace::IsOn(Trace::kApi | Trace::kCore)) return false;
   const TCallerState callerState;
-  threadEnd.isNoted = true; // its destructor runs at the end of the thread from here on
+  // From here on the destructor of this object runs at the end of the thread.
+  const bool isFirst = !std::exchange(threadEnd.isNoted, true);
   try {
     if (end_) recorder->ReleaseFullChunk(end_);
     position_ = end_ = nullptr;
     bool isShared = false;
-    const TTraceRecorder::TPlace place = recorder->TakeChunk(isShared);
+    const TTraceRecorder::TPlace place = recorder->TakeChunk(isFirst, isShared);
     if (!place.begin) return false;
     position_ = place.begin;
     end_ = place.end;

@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: MIT
-// Every exported function without a camera, with one, and during a run: none crashes, each answers as documented, and the
-// log explains each refusal.
+// Every exported function without a camera, with one, and during a run: none crashes, each answers as documented, the log
+// explains each refusal, and the trace has a record of each call.
+#include "runs/checksum.h"
 #include "tests/support/CounterCameraTest.h"
 #include "tests/support/DocumentedCodes.h"
+#include "trace/TTraceFile.h"
 
 #include <array>
+#include <charconv>
 #include <climits>
 #include <cstdlib>
+#include <dlfcn.h>
+#include <fstream>
 #include <functional>
+#include <set>
 #include <string_view>
 #include <sys/mman.h>
 #include <tuple>
@@ -45,11 +51,29 @@ T Argument(int number, TRoom* room)
   }
 }
 
+constexpr const char* kAnyPointer = "*";
+
+/// The argument as the trace has it when the call begins.
+template <class T>
+std::string TracedArgument(int number, TRoom* room)
+{
+  if constexpr (std::is_reference_v<T>) {
+    return kAnyPointer;
+  } else if constexpr (std::is_pointer_v<T>) {
+    return Argument<T>(number, room) ? kAnyPointer : "null";
+  } else {
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, Argument<T>(number, room)).ptr;
+    return {text, end};
+  }
+}
+
 struct TFunction
 {
   std::string name;
   bool hasCode;
   std::function<unsigned int(int number, TRoom* room)> call;
+  std::function<std::vector<std::string>(int number, TRoom* room)> arguments;
 };
 
 template <class Result, class... Arguments>
@@ -61,6 +85,9 @@ TFunction MakeRow(const std::string& name, Result (*function)(Arguments...))
             if constexpr (kHasCode) return function(Argument<Arguments>(number, room)...);
             function(Argument<Arguments>(number, room)...);
             return RC_SUCCESS;
+          },
+          []([[maybe_unused]] int number, [[maybe_unused]] TRoom* room) {
+            return std::vector<std::string>{TracedArgument<Arguments>(number, room)...};
           }};
 }
 
@@ -71,14 +98,18 @@ const TFunction kFunctions[] = {
 #undef VXMCD_FUNCTION
 };
 
+// What runs when the library is loaded and unloaded is not traced.
+const std::set<std::string> kLoadFunctions = {"MyInitialise", "MyFinalise", "my_init", "my_fini"};
+
 constexpr std::string_view kLogInMemory = "debug:/proc/self/fd/";
 
-/// The library reads VXMCD_LOG when it is loaded: runs the program again, with its log in memory.
+/// The library reads VXMCD_LOG and VXMCD_TRACE when it is loaded: runs the program again, with log and trace in memory.
 [[gnu::constructor]] void SwitchLogOn(int /*count*/, char** arguments)
 {
   const char* const setting = std::getenv("VXMCD_LOG");
   if (setting && std::string_view(setting).starts_with(kLogInMemory)) return;
   setenv("VXMCD_LOG", (std::string(kLogInMemory) + std::to_string(memfd_create("log", 0))).c_str(), 1);
+  setenv("VXMCD_TRACE", ("/proc/self/fd/" + std::to_string(memfd_create("trace", 0))).c_str(), 1);
   execv("/proc/self/exe", arguments);
 }
 
@@ -110,6 +141,40 @@ std::string LogOf(Call call)
   const std::string line = LoggedFrom(begin);
   const std::size_t place = line.find(".cpp:");
   return place == std::string::npos ? line : line.substr(line.find(' ', place) + 1);
+}
+
+TTraceFile ReadTrace()
+{
+  TTraceFile trace;
+  EXPECT_EQ(trace.Read(std::getenv("VXMCD_TRACE")), "");
+  return trace;
+}
+
+/// A call that was made, as the trace must have it.
+struct TMadeCall
+{
+  std::string name;
+  std::vector<std::string> arguments;
+  unsigned int code;
+};
+
+/// Whether a record is of that call. Functions that return no code have any.
+bool IsRecordOf(const TMadeCall& made, const TTraceCall& call)
+{
+  const auto values = call.Values();
+  if (call.function->name != made.name || call.depth != 0 || call.state != CallState::Ended ||
+      values.size() != made.arguments.size())
+    return false;
+  if (call.function->signature.Result().type == TraceType::Code && call.Code() != made.code) return false;
+  const auto& arguments = call.function->signature.Arguments();
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const bool isPointer = made.arguments[i] == kAnyPointer;
+    const bool isKnown = values[i].kind != TTraceValue::Kind::Missing;
+    const bool isNull = values[i].kind == TTraceValue::Kind::Null;
+    const bool isCopy = arguments[i].type == TraceType::Pixels; // nothing was copied to null
+    if (!isKnown || (isPointer ? isNull : !isCopy && values[i].Text() != made.arguments[i])) return false;
+  }
+  return true;
 }
 
 enum class State
@@ -157,7 +222,9 @@ protected:
     Enter();
     CancelWait();
     const off_t begin = LogEnd();
+    const std::vector<std::string> arguments = function.arguments(number, room);
     const unsigned int code = function.call(number, room);
+    if (kLoadFunctions.count(function.name) == 0) made_.push_back({function.name, arguments, code});
     if (function.hasCode && code != RC_SUCCESS && code != 0) {
       const std::string line = LoggedFrom(begin);
       EXPECT_NE(line.find(' ' + function.name + '('), std::string::npos) << line;
@@ -167,6 +234,22 @@ protected:
         << code << " " << vxmcd_GetResultName(code);
     return code;
   }
+
+  /// Checks that the trace has a record of each of these calls, in their order.
+  void ExpectRecords() const
+  {
+    const TTraceFile trace = ReadTrace();
+    auto call = trace.Calls().begin();
+    for (const TMadeCall& made : made_) {
+      call =
+          std::find_if(call, trace.Calls().end(), [&](const TTraceCall& next) { return IsRecordOf(made, next); });
+      ASSERT_NE(call++, trace.Calls().end())
+          << made.name << "(" << ::testing::PrintToString(made.arguments) << ") " << made.code;
+    }
+  }
+
+private:
+  std::vector<TMadeCall> made_;
 };
 
 TEST_P(AllFunctions, AnswerAsDocumentedWhateverTheyAreGiven)
@@ -179,6 +262,7 @@ TEST_P(AllFunctions, AnswerAsDocumentedWhateverTheyAreGiven)
     for (const int number : {0, 1, 2, -1, INT_MAX, INT_MIN}) CallAndExpectDocumented(function, number, nullptr);
     ASSERT_FALSE(HasFatalFailure());
   }
+  ExpectRecords();
 }
 
 // Cameras with the direct and with the simple gain control.
@@ -239,4 +323,84 @@ TEST_F(CallLog, NamesASecondRunAndAnUnusedFunctionOnce)
   const std::size_t first = whole.find("SetEMCCDGain does nothing and answers 20002 RC_SUCCESS");
   EXPECT_NE(first, std::string::npos);
   EXPECT_EQ(whole.find("SetEMCCDGain", first + 1), std::string::npos);
+}
+
+// Each symbol, the decorated ones too, called with nulls and zeros.
+TEST(TracedNames, HaveARecordOfEachCall)
+{
+  std::set<std::string> other = kLoadFunctions;
+  std::ifstream objects(std::string(VXMCD_API_FOLDER) + "/exported_objects.txt");
+  for (std::string line; std::getline(objects, line);)
+    if (line.find("getSDKVersion") == std::string::npos && line.find("extractNumber") == std::string::npos)
+      other.insert(line);
+  for (const char* const name : {"_Z12MyInitialisev", "_Z10MyFinalisev"}) other.insert(name);
+
+  const auto recorded = [] {
+    const TTraceFile trace = ReadTrace();
+    std::vector<std::string> functions;
+    for (const TTraceCall& call : trace.Calls())
+      if (call.function->isApi && call.depth == 0) functions.push_back(call.function->name);
+    return functions;
+  };
+  std::vector<std::string> called = recorded(); // of other tests
+  const std::size_t before = called.size();
+  std::ifstream names(std::string(VXMCD_API_FOLDER) + "/exported_names.txt");
+  for (std::string symbol; std::getline(names, symbol);) {
+    if (other.count(symbol) > 0) continue;
+    void* const function = dlsym(RTLD_DEFAULT, symbol.c_str());
+    ASSERT_NE(function, nullptr) << symbol;
+    std::wstring text;
+    const bool takesText = symbol.find("TriggerModeFeatureFinder") != std::string::npos;
+    const bool takesReferences =
+        symbol == "_Z13getSDKVersionRjS_S_S_" || symbol == "_Z23extractNumberFromStringPwRi";
+    long long room[4] = {};
+    const void* const argument = takesText ? static_cast<void*>(&text) : takesReferences ? room : nullptr;
+    using TAny = unsigned int (*)(const void*, const void*, const void*, const void*, const void*, const void*);
+    reinterpret_cast<TAny>(function)(argument, argument, argument, argument, nullptr, nullptr);
+    // _Z10GetNewDataPim is a GetNewData.
+    const std::size_t digits = symbol.starts_with("_Z") ? symbol.find_first_not_of("0123456789", 2) : 0;
+    called.push_back(digits == 0 ? symbol : symbol.substr(digits, std::stoul(symbol.substr(2))));
+    for (const char* const twin : {"vxsys_SetChosenFilter", "vxsys_SetFrameCount", "vxsys_SetNoiseThreshold"})
+      if (digits != 0 && called.back() == twin) called.back() += "Decorated";
+  }
+  EXPECT_GT(called.size(), before + 600U);
+  EXPECT_EQ(recorded(), called);
+}
+
+class CallTrace : public CounterCameraTest
+{
+};
+
+TEST_F(CallTrace, HasTheChecksumOfWhatWasCopied)
+{
+  OpenCamera(101);
+  StartSeries(2);
+  Push(2);
+  ASSERT_TRUE(HasImages(2));
+  std::array<TCounterImage, 2> images{};
+  EXPECT_EQ(GetOldestImage16(images[0].data(), kCounterPixels), RC_SUCCESS);
+  ASSERT_TRUE(Eventually([&] { return GetAcquiredData16(images[0].data(), kCounterPixels) == RC_SUCCESS; }));
+  long validFirst = 0;
+  long validLast = 0;
+  EXPECT_EQ(GetImages16(2, 2, images[1].data(), kCounterPixels, &validFirst, &validLast), RC_SUCCESS);
+
+  const TTraceFile trace = ReadTrace();
+  std::vector<std::string> pixels;
+  for (const TTraceCall& call : trace.Calls()) {
+    const TTraceValue array = call.Value("array");
+    if (array.kind == TTraceValue::Kind::Pixels && call.Code() == RC_SUCCESS) pixels.push_back(array.Text());
+  }
+  const auto textOf = [](std::uint64_t checksum) {
+    TTraceValue value;
+    value.kind = TTraceValue::Kind::Pixels;
+    value.pixels = {sizeof(TCounterImage), checksum, 1, 0};
+    return value.Text();
+  };
+  const std::uint64_t checksums[] = {Checksum(images[0].data(), sizeof(TCounterImage)),
+                                     Checksum(images[1].data(), sizeof(TCounterImage))};
+  ASSERT_EQ(pixels.size(), 3U);
+  EXPECT_EQ(pixels[0], textOf(checksums[0]));
+  EXPECT_NE(pixels[1].find("2 images, " + std::to_string(sizeof images) + " bytes"), std::string::npos)
+      << pixels[1];
+  EXPECT_EQ(pixels[2], textOf(checksums[1]));
 }

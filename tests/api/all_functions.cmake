@@ -20,7 +20,8 @@ vxmcd_test(all_functions_test
     ../support/SimulatedCameraTest.cpp
     AllFunctionsTest.cpp
     FixedResultsTest.cpp
-  LIBRARIES vxmcd vxcore vxsim_imaging documented_codes ${CMAKE_DL_LIBS})
+  LIBRARIES vxmcd vxcore vxsim_imaging vxtrace vxruns documented_codes ${CMAKE_DL_LIBS})
+target_compile_definitions(all_functions_test PRIVATE VXMCD_API_FOLDER="${PROJECT_SOURCE_DIR}/api")
 
 # A table of hundreds of calls: an optimiser takes long over it and gains nothing.
 set_source_files_properties(AllFunctionsTest.cpp PROPERTIES COMPILE_OPTIONS -O0 SKIP_PRECOMPILE_HEADERS ON)

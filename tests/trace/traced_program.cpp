@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+// A program to be traced: traced_program WAY [NUMBER]. Each way ends it differently, or works in another way until its end.
+#include "vxmcd.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr int kCallsOfAThread = 20'000;
+
+// Calls that say in their arguments which they are.
+void Call(int count, int first = 0)
+{
+  for (int number = first; number < first + count; ++number) IsAmplifierAvailable(number);
+}
+
+void CallInThreads(int threadCount)
+{
+  std::vector<std::thread> threads;
+  for (int i = 0; i < threadCount; ++i) threads.emplace_back([i] { Call(kCallsOfAThread, i * kCallsOfAThread); });
+  for (std::thread& thread : threads) thread.join();
+}
+
+void CallInFork()
+{
+  Call(1, 1);
+  const pid_t child = fork();
+  Call(1, child == 0 ? 2 : 3);
+  if (child == 0) _exit(0);
+  waitpid(child, nullptr, 0);
+  Call(1, 4);
+}
+
+void OnAlarm(int /*signal*/)
+{
+  IsAmplifierAvailable(-1);
+}
+
+// Signals come during calls, and their handler makes calls.
+void CallUnderSignals()
+{
+  std::signal(SIGALRM, OnAlarm);
+  const pid_t process = getpid();
+  std::thread sender([process] {
+    for (int i = 0; i < 2000; ++i) kill(process, SIGALRM);
+  });
+  Call(kCallsOfAThread);
+  sender.join();
+}
+
+unsigned int Throw(void* /*context*/)
+{
+  throw std::runtime_error("of an observer");
+}
+
+void ThrowThroughACall(const char* potFile)
+{
+  Initialize(nullptr);
+  vxsys_CameraPotsRegisterObserver(Throw, nullptr);
+  try {
+    vxsys_CameraPotsLoadFile(potFile);
+  } catch (const std::runtime_error&) {
+    Call(1);
+  }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+  const std::string way = argc > 1 ? argv[1] : "";
+  const char* const last = argc > 2 ? argv[2] : "";
+  const int number = std::atoi(last);
+  const std::map<std::string, std::function<void()>> ways = {
+      {"crash",
+       [=] {
+         Call(number);
+         GetVersionInfo(VXMCD_VERSION_LIBRARY, reinterpret_cast<char*>(1), 16); // no address that can be written
+       }},
+      {"abort", [=] { Call(number), std::abort(); }},
+      {"_exit", [=] { Call(number), _exit(0); }},
+      {"calls", [=] { Call(number); }},
+      {"forever",
+       [=] {
+         std::thread([] { Call(1 << 30); }).detach();
+         Call(1 << 30);
+       }},
+      {"threads", [=] { CallInThreads(number); }},
+      {"fork", [=] { CallInFork(); }},
+      {"signals", [=] { CallUnderSignals(); }},
+      {"throw", [=] { ThrowThroughACall(last); }},
+      {"home", [=] { SetSpool(1, 3, argv[2]); }},
+  };
+  const auto found = ways.find(way);
+  if (found == ways.end()) return 2;
+  found->second();
+  return 0;
+}
