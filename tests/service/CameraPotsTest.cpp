@@ -445,10 +445,14 @@ TEST_F(CameraPots, TheFirst64ObserversAreNotifiedAndAContextGoesAsAWhole)
 } // namespace
 
 // The library's own function does nothing.
-extern "C" unsigned int __wrap__ZN10EntryPoint25WritePrivateProfileStringEPKcS1_S1_S1_(const char* section, const char* key,
-                                                                         const char* value, const char* file);
-extern "C" unsigned int __wrap__ZN10EntryPoint25WritePrivateProfileStringEPKcS1_S1_S1_(const char* section, const char* key,
-                                                                         const char* value, const char* file)
+extern "C" unsigned int __wrap__ZN10EntryPoint25WritePrivateProfileStringEPKcS1_S1_S1_(const char* section,
+                                                                                       const char* key,
+                                                                                       const char* value,
+                                                                                       const char* file);
+extern "C" unsigned int __wrap__ZN10EntryPoint25WritePrivateProfileStringEPKcS1_S1_S1_(const char* section,
+                                                                                       const char* key,
+                                                                                       const char* value,
+                                                                                       const char* file)
 {
   if (file) profileWrites.push_back(std::string(file) + " " + section + " " + key + "=" + value);
   return 0;
