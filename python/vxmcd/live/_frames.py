@@ -155,6 +155,7 @@ class Histogram(NamedTuple):
     mean: float
     low: int  # of the automatic stretch, not smoothed
     high: int
+    detail: Dict[str, object]  # counts, first and last once more, for the values around low and high
 
     @classmethod
     def of(cls, image: "Image") -> "Histogram":
@@ -166,8 +167,20 @@ class Histogram(NamedTuple):
         bins = counts[:_BINS * width]
         bins = np.pad(bins, (0, _BINS * width - len(bins))).reshape(_BINS, width).sum(axis=1)
         mean = float(np.dot(counts, np.arange(len(counts)))) / image.pixels.size
-        return cls(image.number, bins.tolist(), 0, _BINS * width - 1, int(there[0]), int(there[-1]), mean, low,
-                   max(high, low + 1))
+        high = max(high, low + 1)
+        return cls(image.number, bins.tolist(), 0, _BINS * width - 1, int(there[0]), int(there[-1]), mean, low, high,
+                   cls._detail(counts, low, high))
+
+    @staticmethod
+    def _detail(counts, low, high):
+        """Its ends are round numbers, so that they stay the same from image to image."""
+        length = 64
+        while length < 3 * (high - low):
+            length *= 2
+        first = max(low - length // 8, 0) // (length // 8) * (length // 8)
+        part = counts[first:first + length]
+        bins = np.pad(part, (0, length - len(part))).reshape(min(length, _BINS), -1).sum(axis=1)
+        return {"counts": bins.tolist(), "first": first, "last": first + length - 1}
 
 
 class Image:

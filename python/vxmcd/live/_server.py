@@ -249,8 +249,7 @@ class Server:
         getattr(self, f"_take_{kind}")(viewer, content[kind])
 
     def _take_view(self, viewer, view):
-        viewer.view = View.of(view)
-        viewer.wake()
+        viewer.look_at(View.of(view))
 
     def _take_cursor(self, viewer, cursor):
         viewer.cursor = None if cursor is None else tuple(int(at) for at in _points(cursor, "cursor", 2))

@@ -37,8 +37,15 @@ class Viewer:
         self._texts: Dict[str, str] = {}
         self._results = collections.deque()
         self._waiting: Optional[Image] = None  # not sent yet
+        self._has_new_view = False  # since the last image was sent
         self._next_line = 0.0
         self._recent = collections.deque(maxlen=3)  # images that the page may show now
+
+    def look_at(self, view: View) -> None:
+        """Another part of the image is visible: it is sent, even if the page has another part of this image."""
+        self.view = view
+        self._has_new_view = True
+        self._wake.set()
 
     def wake(self) -> None:
         """There is a new image."""
@@ -97,8 +104,8 @@ class Viewer:
             await self._send_newest()
 
     async def _send_newest(self):
-        image = self._frames.newest
-        if image is None or image is self.shown or self.view is None or self.frozen is not None:
+        image = self.frozen or self._frames.newest
+        if image is None or self.view is None or (image is self.shown and not self._has_new_view):
             return
         now = time.monotonic()
         if self._waiting not in (None, image):
@@ -107,6 +114,7 @@ class Viewer:
         if not self._credit.may_send():
             return
         self._waiting = None
+        self._has_new_view = False
         self.reduction.frame(now, True)
         view = self.view._replace(has_one_byte=True) if self.reduction.has_one_byte else self.view
         picture = await self._encode(image, view, self.reduction.coarser)

@@ -223,7 +223,8 @@ class Page {
     if (!frame) return;
     this._waiting = null;
     try {
-      if (!this.isFrozen) this._show(frame);
+      // While it is frozen, another part of the same image may come.
+      if (!this.isFrozen || frame.number === this.stage.picture.frame?.number) this._show(frame);
     } finally { // whatever happens, the next one comes
       this._acknowledge(frame);
     }
@@ -454,6 +455,7 @@ class Page {
       ["p", ["line profile", () => stage.toggleLine()]],
       ["x", ["saturated pixels red", click("saturation")]],
       ["u", ["automatic stretch", () => this.histogram.toggleAuto()]],
+      ["d", ["histogram of all values, or of those there are", () => this.histogram.toggleDetail()]],
       ["h", ["black point; Tab: white point", () => $("black").select()]],
       ["m", ["next colour map", () => this._nextMap()]],
       ["space", ["freeze the picture", click("freeze")]],

@@ -140,8 +140,10 @@ export class HistogramPanel {
     this._changed = changed;
     this._plot = new HistogramPlot($("histogram"));
     this._histogram = null;
+    this._isDetail = true;
     this.cursorValue = -1;
     $("auto").addEventListener("click", () => this.toggleAuto());
+    $("detail").addEventListener("click", () => this.toggleDetail());
     for (const id of ["black", "white"]) {
       $(id).addEventListener("change", () => this._type());
       $(id).addEventListener("keydown", event => {
@@ -163,6 +165,13 @@ export class HistogramPanel {
     this._changed();
   }
 
+  /** All values, or those around the stretch: a dim picture has few of the values that the camera can give. */
+  toggleDetail() {
+    this._isDetail = !this._isDetail;
+    $("detail").setAttribute("aria-pressed", String(!this._isDetail));
+    this.draw();
+  }
+
   setHistogram(histogram) {
     this._histogram = histogram;
     this.draw();
@@ -170,7 +179,7 @@ export class HistogramPanel {
 
   draw() {
     const { black, white, isAuto } = this._stretch;
-    this._plot.draw(this._histogram, black, white, this.cursorValue);
+    this._plot.draw(this._isDetail ? this._histogram?.detail : this._histogram, black, white, this.cursorValue);
     $("auto").setAttribute("aria-pressed", String(isAuto));
     for (const [id, value] of [["black", black], ["white", white]]) {
       if (document.activeElement !== $(id)) $(id).value = String(Math.round(value));

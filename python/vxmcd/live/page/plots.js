@@ -84,8 +84,8 @@ export class HistogramPlot extends Plot {
       counts.forEach((count, index) => {
         if (!count) return;
         const high = Math.max(1, Math.log1p(count) / top * (base - 4));
-        const left = index * width / counts.length;
-        context.fillRect(left, base - high, Math.max(1, width / counts.length), high);
+        const left = Math.floor(index * width / counts.length);
+        context.fillRect(left, base - high, Math.max(1, Math.floor((index + 1) * width / counts.length) - left), high);
       });
     }
     const [left, right] = [this.toX(black), this.toX(white)];
