@@ -12,6 +12,7 @@
 #include <cstring>
 #include <fitsio.h>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string_view>
 
@@ -29,11 +30,12 @@ constexpr std::size_t kLateCards = 24; // room for cards that are known at the e
 constexpr std::size_t kUtcLength = sizeof "2026-01-31T12:00:00.000000" - 1;
 const std::string kEndCard = "END";
 
-/// A FITS file in memory. One thread at a time.
+/// A FITS file in memory. One thread at a time; while it exists, other threads wait with theirs, since CFITSIO initialises
+/// itself without a lock, and builds of it need not be made for threads.
 class TMemoryFits final
 {
 public:
-  explicit TMemoryFits(int* status) : status_(status)
+  explicit TMemoryFits(int* status) : lock_(CfitsioMutex()), status_(status)
   {
     fits_create_memfile(&file_, &memory_, &size_, kMemoryStep, std::realloc, status_);
   }
@@ -68,6 +70,13 @@ public:
   }
 
 private:
+  static std::mutex& CfitsioMutex()
+  {
+    static std::mutex mutex;
+    return mutex;
+  }
+
+  std::lock_guard<std::mutex> lock_;
   int* status_;
   fitsfile* file_ = nullptr;
   void* memory_ = nullptr;
