@@ -21,7 +21,8 @@ enum class ELog
 std::string TakeDescriptionError();
 
 /// Sends the messages of Aravis and of its parser to the log, in place of standard error. From then on their threads
-/// write to it, too.
+/// write to it, too. What GLib says of a wrong call within Aravis has no domain and stays on standard error, since the
+/// program's own messages without one must stay there.
 void LogMessagesOfAravis();
 
 } // namespace vxgenicam
