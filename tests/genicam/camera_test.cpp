@@ -93,6 +93,11 @@ TEST_F(GenICamCamera, ConfigurationErrorsNameTheLine)
   EXPECT_EQ(errorOf("Devices = Fake_1\nPool = 1\n"),
             "line 3, [GenICam] Pool: '1' is not a valid value; a number of frames from 2 to 4096 is");
   EXPECT_EQ(errorOf("Device = Fake_1\n"), "line 2, [GenICam] Device: unknown key");
+  EXPECT_EQ(errorOf("Devices = discover, Fake_1, discover\n"),
+            "line 2, [GenICam] Devices: 'discover' is there twice");
+  std::string many = "Fake_0";
+  for (int index = 1; index < 64; ++index) many += ", Fake_" + std::to_string(index); // beside a simulated one
+  EXPECT_EQ(errorOf("Devices = " + many + "\n"), "there are 65 cameras, and room for 64");
   EXPECT_NE(errorOf("Map = /nowhere/map\n").find("/nowhere/map: cannot be opened"), std::string::npos);
 }
 
@@ -156,7 +161,7 @@ TEST_F(GenICamCamera, CoolingComesWithAMapFile)
   const std::string map = testing::TempDir() + "genicam_test.map";
   std::ofstream(map)
       << "; a cooled camera\nSensorCooling = VendorCooler\nTargetSensorTemperature = VendorTarget, 0.1, -50\n"
-         "FanSpeed = VendorFan\n";
+         "FanSpeed = VendorFan\nReadoutTime = DeviceModelName\nBaselineLevel = BlackLevel, 1e308\n";
   Open({"without=Gain,AcquisitionFrameRate"}, "Map = " + map + "\n");
   for (const char* line :
        {"\nTargetSensorTemperature\tmap file\tVendorTarget\tVendorTarget\t0.1\t-50\n", // from the map file
@@ -165,6 +170,9 @@ TEST_F(GenICamCamera, CoolingComesWithAMapFile)
         "\nFrameRate\temulated\t\tAcquisitionFrameRate,AcquisitionFrameRateAbs\t1\t0\n", // made of others
         "\nTriggerMode\temulated\t\t\t1\t0\n"})
     EXPECT_NE(FeatureSources().find(line), std::string::npos) << line << FeatureSources();
+  EXPECT_FALSE(IsImplemented(L"ReadoutTime")); // of another kind
+  long long level = 0;
+  EXPECT_EQ(VX_GetInt(Handle(), L"BaselineLevel", &level), VX_ERR_NOT_AVAILABLE); // beyond all numbers
   int lowest = 0;
   int highest = 0;
   EXPECT_EQ(GetTemperatureRange(&lowest, &highest), RC_SUCCESS);

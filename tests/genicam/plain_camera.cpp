@@ -52,6 +52,7 @@ std::map<std::string, std::uint32_t> numbers = {
     {"cutimage", 0},        ///< every: half of the rows that the leader names
     {"smallimage", 0},      ///< every: leader and payload have half of the rows
     {"mute", 0},            ///< after so many blocks control packets are not answered, and blocks go on
+    {"answers", 0},         ///< so many control packets are answered; 0: all
     {"negative", 0},        ///< the address of a register that has -20
     {"testpackets", 0},     ///< 1: has the command for them
     {"cut", 0},             ///< keeps so many bytes of the description
@@ -287,7 +288,9 @@ public:
   /// Answers what comes within a time.
   void Serve(milliseconds time)
   {
-    const bool isMute = numbers.at("mute") > 0 && stream_.Blocks() >= numbers.at("mute");
+    const std::uint32_t most = numbers.at("answers");
+    const bool isMute =
+        (numbers.at("mute") > 0 && stream_.Blocks() >= numbers.at("mute")) || (most > 0 && answers_ == most);
     pollfd one{socket_, POLLIN, 0};
     if (poll(&one, 1, static_cast<int>(time.count())) == 1) {
       TBytes in(600);
@@ -297,6 +300,7 @@ public:
       const ssize_t size = recvfrom(socket_, in.data(), in.size(), 0, peer, &length);
       if (size < 8 || in[0] != 0x42 || isMute) return;
       in.resize(static_cast<std::size_t>(size));
+      ++answers_;
       const TBytes answer = Answer(in, from);
       if ((in[1] & 1) != 0) sendto(socket_, answer.data(), answer.size(), 0, peer, length);
     }
@@ -386,6 +390,7 @@ private:
   const int socket_;
   sockaddr_in owner_{};
   TClock::time_point lastHeard_;
+  std::uint32_t answers_ = 0;
 };
 
 void FillBootstrap(TMemory& memory, const sockaddr_in& own, const std::string& serial,

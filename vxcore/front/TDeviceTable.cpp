@@ -32,6 +32,11 @@ void Pause()
 bool LoadTable(const std::optional<std::string>& text, TBackendTable& table, std::string& error)
 {
   if (!table.Load(text, error)) return false;
+  if (const int count = table.DeviceCount(); count > TDeviceTable::kMaxDevices) {
+    error = "there are " + std::to_string(count) + " cameras, and room for " +
+            std::to_string(TDeviceTable::kMaxDevices);
+    return false;
+  }
   TFaultRule rule;
   return std::ranges::all_of(table.FaultRules(),
                              [&](const std::string& line) { return TFaultRule::Parse(line, rule, error); });

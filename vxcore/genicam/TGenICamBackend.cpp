@@ -26,8 +26,8 @@ void Discover(std::vector<std::string>& devices)
   devices.insert(at, found.begin(), found.end());
 }
 
-/// Sets the packets that a network camera sends its frames in.
-void SetPacketSize(ArvGvDevice* camera, const std::string& address, int asked)
+/// Sets the packets that a network camera sends its frames in. False when it does not answer.
+bool SetPacketSize(ArvGvDevice* camera, const std::string& address, int asked)
 {
   // Cameras without a command for test packets are not adapted: those are taken as far as this machine's network goes.
   TError failures[3];
@@ -35,8 +35,10 @@ void SetPacketSize(ArvGvDevice* camera, const std::string& address, int asked)
     arv_gv_device_set_packet_size_adjustment(camera, ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
   else
     arv_gv_device_auto_packet_size(camera, failures[0].Out());
-  const int present =
-      asked > 0 ? asked : static_cast<int>(arv_gv_device_get_packet_size(camera, failures[1].Out()));
+  const int present = asked > 0 || failures[0].IsTimeout()
+                          ? asked
+                          : static_cast<int>(arv_gv_device_get_packet_size(camera, failures[1].Out()));
+  if (failures[0].IsTimeout() || failures[1].IsTimeout()) return false;
   const int most = MaxPacketBytesFrom(address).value_or(present);
   const int set = asked > 0 ? asked : std::min(present, most);
   if (asked > most)
@@ -45,6 +47,7 @@ void SetPacketSize(ArvGvDevice* camera, const std::string& address, int asked)
   if (asked > 0 || set < present) arv_gv_device_set_packet_size(camera, set, failures[2].Out());
   for (const TError& failure : failures)
     if (failure.IsSet()) Log(ELog::Warning, "%s: packet size: %s", address.c_str(), failure.Text().c_str());
+  return !failures[2].IsTimeout();
 }
 
 } // namespace
@@ -69,9 +72,15 @@ int TGenICamBackend::Open(int index, const vxcore::TDeviceContext&, std::unique_
     Log(ELog::Error, "%s: the camera cannot be opened: %s (%d)", address.c_str(), error.c_str(), code);
     return code;
   }
-  if (ARV_IS_GV_DEVICE(opened.get()))
-    SetPacketSize(ARV_GV_DEVICE(opened.get()), address, configuration_.packetBytes);
-  device = std::make_unique<TGenICamCamera>(std::move(opened), address, configuration_);
+  std::unique_ptr<TGenICamCamera> camera;
+  if (!ARV_IS_GV_DEVICE(opened.get()) ||
+      SetPacketSize(ARV_GV_DEVICE(opened.get()), address, configuration_.packetBytes))
+    camera = std::make_unique<TGenICamCamera>(std::move(opened), address, configuration_);
+  if (!camera || camera->CheckPresent() != VX_SUCCESS) {
+    Log(ELog::Error, "%s: the camera cannot be opened: it has stopped answering", address.c_str());
+    return VX_ERR_COMMUNICATION;
+  }
+  device = std::move(camera);
   return VX_SUCCESS;
 }
 

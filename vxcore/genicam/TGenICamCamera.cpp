@@ -41,6 +41,10 @@ TGenICamCamera::TGenICamCamera(TObject<ArvDevice> device, std::string address,
   g_signal_connect(device_.get(), "control-lost", G_CALLBACK(OnControlLost), connection_.get());
   SetInitialState();
   features_ = MakeFeatures(*this);
+  // The connection may have been lost before the signal was connected.
+  const bool isControlled =
+      !ARV_IS_GV_DEVICE(device_.get()) || arv_gv_device_is_controller(ARV_GV_DEVICE(device_.get()));
+  if (!nodes_.EndOpening() || !isControlled) connection_->isLost = true;
 }
 
 TGenICamCamera::~TGenICamCamera()

@@ -50,6 +50,7 @@ class TGenICamCamera final : public IDevice
 {
 public:
   /// Sets the camera to a known state: whole sensor, no trigger, nothing automatic.
+  /// When it does not answer, it is lost at once.
   /// @param address  for messages
   TGenICamCamera(TObject<ArvDevice> device, std::string address, const TGenICamConfiguration& configuration);
   ~TGenICamCamera() override;

@@ -26,6 +26,10 @@ bool ReadDevices(TGenICamConfiguration& configuration, const std::string& value,
       error = "an address is missing between two commas";
       return false;
     }
+    if (std::ranges::count(configuration.devices, device) > 0) {
+      error = "'" + device + "' is there twice";
+      return false;
+    }
     configuration.devices.push_back(device);
   }
   return true;

@@ -49,7 +49,7 @@ TImageArea::TImageArea(TNodes& nodes, const TFeatureMap& map) : nodes_(nodes)
       TLimits limits;
       nodes_.GetLimits(one.length.node, limits);
       Log(ELog::Warning, "%s: the size of the sensor is unknown or impossible (%lld)", known.c_str(), one.sensor);
-      one.sensor = std::clamp(std::llround(limits.maximum), 1LL, kMaxSide);
+      one.sensor = std::clamp(RoundToInteger(limits.maximum), 1LL, kMaxSide);
     }
     one.side = one.sensor;
   }
@@ -65,7 +65,7 @@ int TImageArea::Reset()
     // Sensors have pixels that are in no image, at their edges.
     TLimits limits;
     if (nodes_.GetLimits(whole.length.node, limits) == VX_SUCCESS)
-      whole.sensor = std::clamp(std::llround(limits.maximum), 1LL, whole.sensor);
+      whole.sensor = std::clamp(RoundToInteger(limits.maximum), 1LL, whole.sensor);
     if (whole.sensor < axes_[axis].sensor)
       Log(ELog::Warning, "%s: images have at most %lld of the sensor's %lld pixels", whole.length.node.c_str(),
           whole.sensor, axes_[axis].sensor);
@@ -83,7 +83,7 @@ long long TImageArea::MaxBin(EAxis axis) const
 {
   TLimits limits;
   if (!HasBinning(axis) || nodes_.GetLimits(axes_[axis].binning.node, limits) != VX_SUCCESS) return 1;
-  return std::max(1LL, std::min(std::llround(limits.maximum), axes_[axis].sensor));
+  return std::max(1LL, std::min(RoundToInteger(limits.maximum), axes_[axis].sensor));
 }
 
 int TImageArea::SetStart(EAxis axis, long long start)

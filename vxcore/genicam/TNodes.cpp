@@ -20,9 +20,23 @@ bool IsWithin(double value, const TLimits& limits)
 
 } // namespace
 
+bool TNodes::EndOpening()
+{
+  const bool hasAnswered = !isSilent_;
+  isOpening_ = false;
+  isSilent_ = false;
+  return hasAnswered;
+}
+
+bool TNodes::IsSet(const TError& error) const
+{
+  isSilent_ = isSilent_ || (isOpening_ && error.IsTimeout());
+  return error.IsSet();
+}
+
 ArvGcNode* TNodes::Find(const std::string& name) const
 {
-  return name.empty() ? nullptr : arv_device_get_feature(device_, name.c_str());
+  return name.empty() || isSilent_ ? nullptr : arv_device_get_feature(device_, name.c_str());
 }
 
 bool TNodes::Has(const std::string& name) const
@@ -31,7 +45,7 @@ bool TNodes::Has(const std::string& name) const
   if (!node || !ARV_IS_GC_FEATURE_NODE(node)) return false;
   TError error;
   const bool isImplemented = arv_gc_feature_node_is_implemented(ARV_GC_FEATURE_NODE(node), error.Out()) != FALSE;
-  return isImplemented && !error.IsSet();
+  return isImplemented && !IsSet(error);
 }
 
 std::string TNodes::FirstOf(std::initializer_list<const char*> names) const
@@ -46,7 +60,7 @@ ArvGcAccessMode TNodes::AccessOf(const std::string& name) const
   ArvGcNode* node = Find(name);
   if (!node || !ARV_IS_GC_FEATURE_NODE(node)) return ARV_GC_ACCESS_MODE_UNDEFINED;
   TError error;
-  if (!arv_gc_feature_node_is_available(ARV_GC_FEATURE_NODE(node), error.Out()) || error.IsSet())
+  if (!arv_gc_feature_node_is_available(ARV_GC_FEATURE_NODE(node), error.Out()) || IsSet(error))
     return ARV_GC_ACCESS_MODE_UNDEFINED;
   return arv_gc_feature_node_get_actual_access_mode(ARV_GC_FEATURE_NODE(node));
 }
@@ -62,7 +76,13 @@ bool TNodes::IsWritable(const std::string& name) const
   const ArvGcAccessMode mode = AccessOf(name);
   if (mode != ARV_GC_ACCESS_MODE_WO && mode != ARV_GC_ACCESS_MODE_RW) return false;
   TError error;
-  return !arv_gc_feature_node_is_locked(ARV_GC_FEATURE_NODE(Find(name)), error.Out()) || error.IsSet();
+  return !arv_gc_feature_node_is_locked(ARV_GC_FEATURE_NODE(Find(name)), error.Out()) || IsSet(error);
+}
+
+bool TNodes::IsNumber(const std::string& name) const
+{
+  ArvGcNode* node = Find(name);
+  return node && (ARV_IS_GC_FLOAT(node) || ARV_IS_GC_INTEGER(node));
 }
 
 int TNodes::GetNumber(const std::string& name, double& value) const
@@ -76,7 +96,7 @@ int TNodes::GetNumber(const std::string& name, double& value) const
     read = static_cast<double>(arv_gc_integer_get_value(ARV_GC_INTEGER(node), error.Out()));
   else
     return node ? VX_ERR_WRONG_KIND : VX_ERR_NOT_IMPLEMENTED;
-  if (error.IsSet()) return error.Code();
+  if (IsSet(error)) return CodeOf(error);
   if (!std::isfinite(read)) return VX_ERR_NOT_AVAILABLE;
   value = read;
   return VX_SUCCESS;
@@ -99,7 +119,7 @@ int TNodes::GetLimits(const std::string& name, TLimits& limits) const
   } else
     return node ? VX_ERR_WRONG_KIND : VX_ERR_NOT_IMPLEMENTED;
   for (const TError& error : errors)
-    if (error.IsSet()) return error.Code();
+    if (IsSet(error)) return CodeOf(error);
   if (read.maximum < read.minimum) read.maximum = read.minimum;
   if (read.increment < 0.0) read.increment = 0.0;
   limits = read;
@@ -118,8 +138,8 @@ int TNodes::SetNumber(const std::string& name, double value)
   if (ARV_IS_GC_FLOAT(node))
     arv_gc_float_set_value(ARV_GC_FLOAT(node), value, error.Out());
   else
-    arv_gc_integer_set_value(ARV_GC_INTEGER(node), std::llround(value), error.Out());
-  return error.Code();
+    arv_gc_integer_set_value(ARV_GC_INTEGER(node), RoundToInteger(value), error.Out());
+  return CodeOf(error);
 }
 
 int TNodes::GetInteger(const std::string& name, long long& value) const
@@ -128,12 +148,12 @@ int TNodes::GetInteger(const std::string& name, long long& value) const
   if (node && ARV_IS_GC_INTEGER(node)) {
     TError error;
     const long long read = arv_gc_integer_get_value(ARV_GC_INTEGER(node), error.Out());
-    if (!error.IsSet()) value = read;
-    return error.Code();
+    if (!IsSet(error)) value = read;
+    return CodeOf(error);
   }
   double number = 0.0;
   const int code = GetNumber(name, number);
-  if (code == VX_SUCCESS) value = std::llround(number);
+  if (code == VX_SUCCESS) value = RoundToInteger(number);
   return code;
 }
 
@@ -149,8 +169,8 @@ int TNodes::GetSwitch(const std::string& name, bool& value) const
   TError error;
   if (ARV_IS_GC_BOOLEAN(node)) {
     const bool read = arv_gc_boolean_get_value(ARV_GC_BOOLEAN(node), error.Out()) != FALSE;
-    if (!error.IsSet()) value = read;
-    return error.Code();
+    if (!IsSet(error)) value = read;
+    return CodeOf(error);
   }
   std::string text;
   if (const int code = GetText(name, text); code != VX_SUCCESS) return code;
@@ -167,7 +187,7 @@ int TNodes::SetSwitch(const std::string& name, bool value)
   if (!IsWritable(name)) return VX_ERR_NOT_WRITABLE;
   TError error;
   arv_gc_boolean_set_value(ARV_GC_BOOLEAN(node), value ? TRUE : FALSE, error.Out());
-  return error.Code();
+  return CodeOf(error);
 }
 
 int TNodes::GetText(const std::string& name, std::string& text) const
@@ -178,7 +198,7 @@ int TNodes::GetText(const std::string& name, std::string& text) const
   const char* read = ARV_IS_GC_ENUMERATION(node)
                          ? arv_gc_enumeration_get_string_value(ARV_GC_ENUMERATION(node), error.Out())
                          : arv_gc_feature_node_get_value_as_string(ARV_GC_FEATURE_NODE(node), error.Out());
-  if (error.IsSet()) return error.Code();
+  if (IsSet(error)) return CodeOf(error);
   if (!read) return VX_ERR_NOT_AVAILABLE;
   text = read;
   return VX_SUCCESS;
@@ -195,7 +215,7 @@ int TNodes::SetText(const std::string& name, const std::string& text)
     arv_gc_enumeration_set_string_value(ARV_GC_ENUMERATION(node), text.c_str(), error.Out());
   else
     arv_gc_feature_node_set_value_from_string(ARV_GC_FEATURE_NODE(node), text.c_str(), error.Out());
-  return error.Code();
+  return CodeOf(error);
 }
 
 bool TNodes::HasEntry(const std::string& name, const std::string& entry) const
@@ -204,7 +224,7 @@ bool TNodes::HasEntry(const std::string& name, const std::string& entry) const
   if (!node || !ARV_IS_GC_ENUMERATION(node)) return false;
   TError error;
   return arv_device_is_enumeration_entry_available(device_, name.c_str(), entry.c_str(), error.Out()) &&
-         !error.IsSet();
+         !IsSet(error);
 }
 
 std::vector<std::string> TNodes::Entries(const std::string& name) const
@@ -215,8 +235,8 @@ std::vector<std::string> TNodes::Entries(const std::string& name) const
   guint count = 0;
   const TMemory<const char*> entries(
       arv_gc_enumeration_dup_available_string_values(ARV_GC_ENUMERATION(node), &count, error.Out()));
-  return error.IsSet() || !entries ? std::vector<std::string>()
-                                   : std::vector<std::string>(entries.get(), entries.get() + count);
+  return IsSet(error) || !entries ? std::vector<std::string>()
+                                  : std::vector<std::string>(entries.get(), entries.get() + count);
 }
 
 int TNodes::Execute(const std::string& name)
@@ -225,7 +245,7 @@ int TNodes::Execute(const std::string& name)
   if (!node || !ARV_IS_GC_COMMAND(node)) return node ? VX_ERR_WRONG_KIND : VX_ERR_NOT_IMPLEMENTED;
   TError error;
   arv_gc_command_execute(ARV_GC_COMMAND(node), error.Out());
-  return error.Code();
+  return CodeOf(error);
 }
 
 } // namespace vxgenicam

@@ -4,7 +4,9 @@
 
 #include "vxcore/genicam/aravis.h"
 
+#include <cmath>
 #include <initializer_list>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,16 @@ struct TLimits
   double increment = 0.0;
 };
 
+/// The nearest whole number; of what an integer cannot be, the nearest that it can. Descriptions without a limit have the
+/// greatest integer, which as a floating-point number is one more.
+inline long long RoundToInteger(double value)
+{
+  constexpr double kEnd = 9223372036854775808.0;
+  if (std::isnan(value)) return 0;
+  if (value >= kEnd) return std::numeric_limits<long long>::max();
+  return value < -kEnd ? std::numeric_limits<long long>::min() : std::llround(value);
+}
+
 /// Reads and writes the nodes of a camera's description. What a description claims is not trusted: a node of another
 /// kind than the standard gives its name is used by the kind it has, and a write outside the limits is refused here, since
 /// Aravis' own check fails on descriptions that are valid. Operations answer `VX_` codes and write outputs only on
@@ -26,6 +38,9 @@ class TNodes final
 {
 public:
   explicit TNodes(ArvDevice* device) : device_(device) {}
+  /// Until then nothing more is asked of a camera that has not answered once: each question would take seconds. False
+  /// when it has not.
+  bool EndOpening();
 
   /// Whether the camera has the node and implements it.
   bool Has(const std::string& name) const;
@@ -33,6 +48,8 @@ public:
   std::string FirstOf(std::initializer_list<const char*> names) const;
   bool IsReadable(const std::string& name) const;
   bool IsWritable(const std::string& name) const;
+  /// Whether it is an integer or a float.
+  bool IsNumber(const std::string& name) const;
 
   // Integer and float nodes alike.
   int GetNumber(const std::string& name, double& value) const;
@@ -60,7 +77,12 @@ private:
   ArvGcNode* Find(const std::string& name) const;
   ArvGcAccessMode AccessOf(const std::string& name) const;
 
+  bool IsSet(const TError& error) const;
+  int CodeOf(const TError& error) const { return IsSet(error) ? error.Code() : 0; }
+
   ArvDevice* device_;
+  bool isOpening_ = true;
+  mutable bool isSilent_ = false; ///< while it is opened: a question was not answered
 };
 
 } // namespace vxgenicam

@@ -21,6 +21,7 @@ int CodeOfDeviceError(int code)
   case ARV_DEVICE_ERROR_INVALID_PARAMETER:
   case ARV_DEVICE_ERROR_PROTOCOL_ERROR_INVALID_PARAMETER:
     return VX_ERR_OUT_OF_RANGE;
+  case ARV_DEVICE_ERROR_PROTOCOL_ERROR: // an answer with a status that has no code of its own
   case ARV_DEVICE_ERROR_PROTOCOL_ERROR_INVALID_ADDRESS:
     return VX_ERR_NOT_AVAILABLE;
   case ARV_DEVICE_ERROR_PROTOCOL_ERROR_WRITE_PROTECT:
@@ -55,7 +56,13 @@ int TError::Code() const
   if (!error_) return VX_SUCCESS;
   if (error_->domain == arv_device_error_quark()) return CodeOfDeviceError(error_->code);
   if (error_->domain == arv_gc_error_quark()) return CodeOfDescriptionError(error_->code);
-  return VX_ERR_COMMUNICATION;
+  // What is left are formulas of the description that cannot be calculated.
+  return error_->domain == G_IO_ERROR ? VX_ERR_COMMUNICATION : VX_ERR_NOT_AVAILABLE;
+}
+
+bool TError::IsTimeout() const
+{
+  return error_ && error_->domain == arv_device_error_quark() && error_->code == ARV_DEVICE_ERROR_TIMEOUT;
 }
 
 } // namespace vxgenicam

@@ -44,6 +44,8 @@ public:
   std::string Text() const { return error_ ? error_->message : ""; }
   /// The `VX_` code that the calls of vxcore.h answer for it; #VX_SUCCESS without an error.
   int Code() const;
+  /// Whether the camera has not answered, for which Aravis waits some seconds.
+  bool IsTimeout() const;
 
 private:
   GError* error_ = nullptr;

@@ -154,9 +154,8 @@ std::unique_ptr<IFeature> MakeFrameRate(TGenICamCamera& camera)
     double set = 0.0;
     const int code = ValueOf(nodes, source, set);
     double reached = 0.0;
-    const bool isSlower =
-        nodes.GetNumber("ResultingFrameRate", reached) == VX_SUCCESS && reached > 0.0 && reached < set;
-    if (code == VX_SUCCESS) rate = isSlower ? reached : set;
+    const bool isLimited = nodes.GetNumber("ResultingFrameRate", reached) == VX_SUCCESS && reached > 0.0;
+    if (code == VX_SUCCESS) rate = isLimited ? std::min(reached, set) : set;
     return code;
   };
   functions.set = [&nodes, source, enable](double rate) {
@@ -344,6 +343,7 @@ std::unique_ptr<IFeature> MakeGainSelector(TGenICamCamera& camera)
 std::unique_ptr<IFeature> MakeFan(TNodes& nodes, const TSource& source)
 {
   const std::vector<std::string> entries = nodes.Entries(source.node);
+  if (entries.empty()) return nullptr;
   const bool hasOn = std::ranges::count(entries, "On") > 0;
   constexpr std::array<std::string_view, 4> kFullSpeed = {"Full", "High", "Max", "Maximum"};
   std::vector<std::wstring> texts;
@@ -439,7 +439,7 @@ std::unique_ptr<IFeature> MakeFirmwareVersion(TGenICamCamera& camera)
 
 // ------------------------------------------------------------------------------------------------ The table
 
-/// How a feature of the camera itself appears.
+/// How a feature of the camera itself appears. Without one the camera's feature is of a kind that cannot be it.
 struct TPlainRow
 {
   const wchar_t* name;
@@ -533,7 +533,8 @@ TFeatures MakeFeatures(TGenICamCamera& camera)
   TFeatures features;
   for (const TPlainRow& row : kPlainRows)
     if (const TSource source = camera.SourceOf(ToUtf8(row.name)))
-      features.emplace(row.name, row.make(camera.Nodes(), source));
+      if (std::unique_ptr<IFeature> feature = row.make(camera.Nodes(), source))
+        features.emplace(row.name, std::move(feature));
   for (const TMadeRow& row : kMadeRows)
     if (std::unique_ptr<IFeature> feature = row.make(camera)) features.emplace(row.name, std::move(feature));
   return features;

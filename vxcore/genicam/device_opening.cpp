@@ -21,6 +21,7 @@ namespace {
 constexpr in_port_t kControlPort = 3956; ///< of GVCP, the control protocol of GigE Vision
 constexpr std::string_view kUsb = "usb:";
 constexpr std::string_view kFake = "Fake_";
+constexpr std::size_t kMostNameLength = 15; ///< of a camera that Aravis simulates
 // Names of Aravis, of interfaces and of protocols alike.
 constexpr const char* kGigEVision = "GigEVision";
 constexpr const char* kUsb3Vision = "USB3Vision";
@@ -110,9 +111,13 @@ TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string
   TError failure;
   TObject<ArvDevice> device;
   TakeDescriptionError();
-  if (address.starts_with(kFake))
-    device.reset(arv_fake_device_new(address.c_str() + kFake.size(), failure.Out()));
-  else if (address.starts_with(kUsb)) {
+  if (address.starts_with(kFake)) {
+    const std::size_t length = address.size() - kFake.size();
+    if (length > 0 && length <= kMostNameLength)
+      device.reset(arv_fake_device_new(address.c_str() + kFake.size(), failure.Out()));
+    else
+      error = "the name of a simulated camera, Fake_1, has 1 to 15 characters behind Fake_";
+  } else if (address.starts_with(kUsb)) {
     const std::string serial = address.substr(kUsb.size());
     if (const std::string identifier = UsbIdentifierOf(serial); !identifier.empty())
       device.reset(arv_open_device(identifier.c_str(), failure.Out()));
@@ -127,7 +132,10 @@ TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string
   }
   if (!device) {
     if (error.empty()) error = "no camera answers";
-    code = failure.IsSet() ? failure.Code() : VX_ERR_COMMUNICATION;
+    // A program that has a camera for itself keeps others from reading, too.
+    const int refusal = failure.Code();
+    code = refusal == VX_ERR_NOT_WRITABLE || refusal == VX_ERR_DEVICE_IN_USE ? VX_ERR_DEVICE_IN_USE
+                                                                             : VX_ERR_COMMUNICATION;
     return nullptr;
   }
   if (const std::string fault = TakeDescriptionError(); !fault.empty()) {
@@ -160,8 +168,9 @@ std::vector<std::string> DiscoverDevices()
   std::vector<std::string> addresses;
   for (unsigned int index = 0; index < arv_get_n_devices(); ++index) {
     const std::string_view protocol = arv_get_device_protocol(index);
+    const char* const serial = arv_get_device_serial_nbr(index);
     if (protocol == kUsb3Vision)
-      addresses.push_back(std::string(kUsb) + arv_get_device_serial_nbr(index));
+      addresses.push_back(std::string(kUsb).append(serial ? serial : ""));
     else if (protocol == kGigEVision)
       addresses.emplace_back(arv_get_device_address(index));
   }

@@ -39,9 +39,11 @@ void Select(TNodes& nodes, const char* selector, std::initializer_list<const cha
 int ValueOf(const TNodes& nodes, const TSource& source, double& value)
 {
   double read = 0.0;
-  const int code = nodes.GetNumber(source.node, read);
-  if (code == VX_SUCCESS) value = source.FromCamera(read);
-  return code;
+  if (const int code = nodes.GetNumber(source.node, read); code != VX_SUCCESS) return code;
+  read = source.FromCamera(read);
+  if (!std::isfinite(read)) return VX_ERR_NOT_AVAILABLE; // by a scale that cannot be meant
+  value = read;
+  return VX_SUCCESS;
 }
 
 int LimitOf(const TNodes& nodes, const TSource& source, bool isMaximum, double& value)
@@ -75,6 +77,7 @@ TAccess BetweenRuns(const TGenICamCamera& camera)
 
 std::unique_ptr<IFeature> FloatFeature(TNodes& nodes, const TSource& source)
 {
+  if (!nodes.IsNumber(source.node)) return nullptr;
   TNumberFunctions<double> functions;
   functions.get = [&nodes, source](double& value) { return ValueOf(nodes, source, value); };
   functions.set = [&nodes, source](double value) {
@@ -87,11 +90,12 @@ std::unique_ptr<IFeature> FloatFeature(TNodes& nodes, const TSource& source)
 
 std::unique_ptr<IFeature> IntegerFeature(TNodes& nodes, const TSource& source)
 {
+  if (!nodes.IsNumber(source.node)) return nullptr;
   TNumberFunctions<long long> functions;
   functions.get = [&nodes, source](long long& value) {
     double read = 0.0;
     const int code = ValueOf(nodes, source, read);
-    if (code == VX_SUCCESS) value = std::llround(read);
+    if (code == VX_SUCCESS) value = RoundToInteger(read);
     return code;
   };
   functions.set = [&nodes, source](long long value) {
@@ -101,7 +105,7 @@ std::unique_ptr<IFeature> IntegerFeature(TNodes& nodes, const TSource& source)
     return [&nodes, source, isMaximum](long long& value) {
       double read = 0.0;
       const int code = LimitOf(nodes, source, isMaximum, read);
-      if (code == VX_SUCCESS) value = std::llround(read);
+      if (code == VX_SUCCESS) value = RoundToInteger(read);
       return code;
     };
   };

@@ -29,7 +29,7 @@ TAccess AccessOf(TNodes& nodes, const TSource& source);
 /// Writable while the camera is not acquiring.
 TAccess BetweenRuns(const TGenICamCamera& camera);
 
-// Of a node. A number that is written is the decimal number that single precision stands for.
+// Of a node, null when its kind does not fit. A number that is written is the decimal number that single precision stands for.
 std::unique_ptr<IFeature> FloatFeature(TNodes& nodes, const TSource& source);
 std::unique_ptr<IFeature> IntegerFeature(TNodes& nodes, const TSource& source);
 std::unique_ptr<IFeature> SwitchFeature(TNodes& nodes, const TSource& source);
