@@ -112,7 +112,7 @@ bool TAcquisition::Deliver(unsigned char** buffer, int* sizeBytes)
     if (!frame) return false;
     const TQueued target = queue_.front();
     const bool isWhole = HasRoom(target) && Accept(frame, target.bytes);
-    stream_->Return(frame);
+    stream_->Return(frame, settings_.incomplete == EIncomplete::Deliver);
     if (!isWhole) continue;
     queue_.pop_front();
     ++images_;
@@ -145,7 +145,6 @@ bool TAcquisition::Accept(ArvBuffer* frame, unsigned char* image)
     converter_->TakeSums(image);
   } else
     converter_->Convert(pixels, image);
-  if (settings_.incomplete == EIncomplete::Deliver) std::memset(const_cast<unsigned char*>(pixels), 0, bytes);
   if (settings_.hasMetadata) WriteMetadata(image + converter_->ImageBytes(), converter_->ImageBytes());
   return true;
 }

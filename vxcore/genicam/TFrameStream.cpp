@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <dirent.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -70,8 +71,16 @@ std::unique_ptr<TFrameStream> TFrameStream::Make(ArvDevice* device, const TStrea
   const std::size_t bySize =
       std::clamp(kPoolBytes / std::max<std::size_t>(payloadBytes, 1), kMinBuffers, kMaxBuffers);
   const std::size_t buffers = options.poolFrames > 0 ? static_cast<std::size_t>(options.poolFrames) : bySize;
-  for (std::size_t index = 0; index < buffers; ++index)
-    arv_stream_push_buffer(stream.get(), arv_buffer_new_allocate(payloadBytes));
+  for (std::size_t index = 0; index < buffers; ++index) {
+    // Not by Aravis, which ends the program when there is no memory. Zeros, for frames that come incomplete.
+    void* const memory = std::calloc(payloadBytes, 1);
+    if (!memory) {
+      error = "there is no memory for " + std::to_string(buffers) + " frames of " + std::to_string(payloadBytes) +
+              " bytes";
+      return nullptr;
+    }
+    arv_stream_push_buffer(stream.get(), arv_buffer_new_full(payloadBytes, memory, memory, std::free));
+  }
   return std::unique_ptr<TFrameStream>(new TFrameStream(std::move(stream)));
 }
 
@@ -85,8 +94,13 @@ ArvBuffer* TFrameStream::Take()
   return arv_stream_try_pop_buffer(stream_.get());
 }
 
-void TFrameStream::Return(ArvBuffer* buffer)
+void TFrameStream::Return(ArvBuffer* buffer, bool clears)
 {
+  if (clears) {
+    std::size_t bytes = 0;
+    void* const pixels = const_cast<void*>(arv_buffer_get_data(buffer, &bytes));
+    if (pixels) std::memset(pixels, 0, bytes);
+  }
   arv_stream_push_buffer(stream_.get(), buffer);
 }
 

@@ -31,7 +31,8 @@ public:
 
   /// The next buffer that is filled, null for none. The caller passes it to Return() when it has read the frame.
   ArvBuffer* Take();
-  void Return(ArvBuffer* buffer);
+  /// @param clears  what a later frame lacks is to be 0
+  void Return(ArvBuffer* buffer, bool clears);
 
 private:
   explicit TFrameStream(TObject<ArvStream> stream) : stream_(std::move(stream)) {}
