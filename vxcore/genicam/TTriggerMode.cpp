@@ -78,6 +78,7 @@ int TTriggerMode::Set(int mode)
 {
   if (!IsAvailable(mode)) return VX_ERR_INDEX_NOT_AVAILABLE;
   if (const int code = SwitchOffAll(); code != VX_SUCCESS) return code;
+  mode_ = Internal;
   const bool isWidth = mode == ExternalExposure;
   std::vector<std::pair<const char*, std::string>> steps;
   if (mode != Internal) {
@@ -94,7 +95,10 @@ int TTriggerMode::Set(int mode)
   for (const auto& [node, text] : steps) {
     std::string present;
     if (nodes_.GetText(node, present) == VX_SUCCESS && present == text) continue; // it may be read-only
-    if (const int code = nodes_.SetText(node, text); code != VX_SUCCESS) return code;
+    if (const int code = nodes_.SetText(node, text); code != VX_SUCCESS) {
+      SwitchOffAll(); // not half of it
+      return code;
+    }
   }
   mode_ = mode;
   return VX_SUCCESS;
