@@ -21,6 +21,7 @@ enum class Command
   Acquire,
   Convert,
   WarmUp,
+  Live,
 };
 
 enum class RunMode : int // the library's acquisition modes
@@ -190,8 +191,9 @@ struct TOptions
   TAcquireOptions acquire;
   TConvertOptions convert;
   TWarmUpOptions warmUp;
-  bool isQuiet = false;         ///< of warm-up
-  std::vector<TOptions> others; ///< of acquire: for cameras that take images at the same time
+  std::vector<std::string> liveArguments; ///< of live, but for the camera
+  bool isQuiet = false;                   ///< of warm-up
+  std::vector<TOptions> others;           ///< of acquire: for cameras that take images at the same time
 };
 
 /// The word for a trigger mode on the command line.

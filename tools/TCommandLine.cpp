@@ -67,7 +67,7 @@ constexpr const char* kFooter = R"(Exit codes:
   1    the command line is wrong
   2    there is no such camera, or it cannot be opened
   3    the camera refused a setting, or the run failed
-  4    an output file could not be written
+  4    an output file could not be written; of live: the port or the directory cannot be used
   5    done, but frames are missing or pixels were clipped: see the counts printed at the end
   6    the directory of a recorded run cannot be read
   130  interrupted (Ctrl-C); the output file is complete up to there
@@ -158,14 +158,32 @@ CLI::Option* AddForm(CLI::App& app, const std::string& name, const std::function
   return app.add_option_function<std::string>(name, take, help)->type_name("");
 }
 
+constexpr const char* kAreaGroup = "Image area, in sensor pixels; the first column and row are 1";
+
+CLI::Option* AddAreaOption(CLI::App& app, TImageAreaOptions& area)
+{
+  return AddForm(
+             app, "--area", [&area](const std::string& text) { return ParseArea(text, area); },
+             "LEFT,TOP,WIDTHxHEIGHT with numbers from 1, for example 101,201,640x480,",
+             "Part of the sensor; default: all of it")
+      ->type_name("LEFT,TOP,WIDTHxHEIGHT")
+      ->group(kAreaGroup);
+}
+
+CLI::Option* AddBinningOption(CLI::App& app, TImageAreaOptions& area)
+{
+  return AddForm(
+             app, "--binning", [&area](const std::string& text) { return ParseBinning(text, area); },
+             "HxV with numbers from 1, for example 2x2,",
+             "H columns and V rows of the sensor are added up to one pixel")
+      ->type_name("HxV")
+      ->group(kAreaGroup);
+}
+
 void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
 {
-  const char* const group = "Image area, in sensor pixels; the first column and row are 1";
-  CLI::Option* whole = AddForm(
-      app, "--area", [&area](const std::string& text) { return ParseArea(text, area); },
-      "LEFT,TOP,WIDTHxHEIGHT with numbers from 1, for example 101,201,640x480,",
-      "Part of the sensor; default: all of it");
-  whole->type_name("LEFT,TOP,WIDTHxHEIGHT")->group(group);
+  const char* const group = kAreaGroup;
+  CLI::Option* const whole = AddAreaOption(app, area);
   CLI::Option* tracks = AddForm(
       app, "--tracks", [&area](const std::string& text) { return ParseTracks(text, area.tracks); },
       "FIRST-LAST,... with rows from 1, for example 1-10,21-30,",
@@ -183,12 +201,7 @@ void AddImageAreaOptions(CLI::App& app, TImageAreaOptions& area)
   side("--top", area.top, "First row; default: 1");
   side("--width", area.width, "Columns; default: to the edge of the sensor");
   side("--height", area.height, "Rows; default: to the edge of the sensor");
-  AddForm(
-      app, "--binning", [&area](const std::string& text) { return ParseBinning(text, area); },
-      "HxV with numbers from 1, for example 2x2,", "H columns and V rows of the sensor are added up to one pixel")
-      ->type_name("HxV")
-      ->group(group)
-      ->excludes(tracks);
+  AddBinningOption(app, area)->excludes(tracks);
 }
 
 void AddReadoutOptions(CLI::App& app, TReadoutOptions& readout)
@@ -215,14 +228,26 @@ CLI::Option* AddRamp(CLI::App& app, std::optional<double>& target, const std::st
   return app.add_option("--ramp", target, help)->check(CLI::Validator(isRate, ""))->type_name("C/MIN");
 }
 
-void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
+constexpr const char* kCoolingGroup = "Cooling";
+
+void AddTargetOption(CLI::App& app, TCoolingOptions& cooling)
 {
-  const char* const group = "Cooling";
   app.add_option("--temperature", cooling.targetCelsius,
                  "Switch the cooler on, with a target of C degrees Celsius")
       ->transform(WholeNumber(-273, 100))
       ->type_name("C")
-      ->group(group);
+      ->group(kCoolingGroup);
+}
+
+void AddFanOption(CLI::App& app, TCoolingOptions& cooling)
+{
+  AddWord(app, "--fan", cooling.fan, kFans, "Speed of the fan")->group(kCoolingGroup);
+}
+
+void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
+{
+  const char* const group = kCoolingGroup;
+  AddTargetOption(app, cooling);
   const auto take = [&cooling](const std::string& text) {
     cooling.isWaiting = true;
     if (!text.empty() && !ParseSeconds(text, cooling.waitSeconds))
@@ -245,7 +270,7 @@ void AddCoolingOptions(CLI::App& app, TCoolingOptions& cooling)
          "After the run raise the target to 20 C, 5 degrees a minute without --ramp, and switch the cooler off; "
          "also when the run has failed or Ctrl-C has ended it")
       ->group(group);
-  AddWord(app, "--fan", cooling.fan, kFans, "Speed of the fan")->group(group);
+  AddFanOption(app, cooling);
 }
 
 void AddWarmUpOptions(CLI::App& app, TOptions& options, std::optional<double>& ramp)
@@ -291,12 +316,26 @@ void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only")->group("Output");
 }
 
-void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigger>& trigger,
-                   std::optional<int>& bits)
+void AddTimingOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigger>& trigger)
 {
   AddSeconds(app, "-e,--exposure", options.exposureSeconds, "Exposure time in s");
   AddSeconds(app, "--cycle", options.cycleSeconds,
              "Time from one exposure to the next in s; of a series with --trigger software, between triggers");
+  AddWord(app, "-t,--trigger", trigger, kTriggers, "What starts an exposure; default: internal");
+  const auto overlap = [&options](const std::string& word) {
+    options.isOverlapped = word.empty() ? true : ValueOf(kSwitches, word);
+    if (!options.isOverlapped) throw CLI::ValidationError("--overlap", RefusedText(word, "on or off is"));
+  };
+  app.add_option_function<std::string>("--overlap", overlap,
+                                       "Expose while the exposure before is read out; --overlap alone is on")
+      ->expected(0, 1)
+      ->type_name("[on|off]");
+}
+
+void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigger>& trigger,
+                   std::optional<int>& bits)
+{
+  AddTimingOptions(app, options, trigger);
   AddSeconds(app, "--accumulation-cycle", options.accumulationCycleSeconds,
              "Time from one exposure of a sum to the next in s; in mode accumulate the same as --cycle");
   AddSeconds(app, "--interval", options.intervalSeconds,
@@ -311,15 +350,6 @@ void AddRunOptions(CLI::App& app, TAcquireOptions& options, std::optional<Trigge
                  "Exposures added up to one image (accumulate, series)")
       ->transform(WholeNumber(1, 1'000'000))
       ->type_name("K");
-  AddWord(app, "-t,--trigger", trigger, kTriggers, "What starts an exposure; default: internal");
-  const auto overlap = [&options](const std::string& word) {
-    options.isOverlapped = word.empty() ? true : ValueOf(kSwitches, word);
-    if (!options.isOverlapped) throw CLI::ValidationError("--overlap", RefusedText(word, "on or off is"));
-  };
-  app.add_option_function<std::string>("--overlap", overlap,
-                                       "Expose while the exposure before is read out; --overlap alone is on")
-      ->expected(0, 1)
-      ->type_name("[on|off]");
   app.add_option(
          "-b,--bits", bits,
          "Bits of a pixel in the output: 8 (with --encoding Mono8, and sums), 16 or 32; default: 32 for sums "
@@ -383,13 +413,17 @@ CLI::Option* AddFeatureSettings(CLI::App& app, const std::string& name, std::vec
   return app.add_option_function<std::vector<std::string>>(name, take, help)->type_name("NAME=VALUE");
 }
 
+CLI::Option* AddEncodingOption(CLI::App& app, TAcquireOptions& options)
+{
+  return AddText(app, "--encoding", options.encoding, "How the camera encodes pixels: Mono8, Mono12, Mono16, ...",
+                 "one of the words that vxmcd get PixelEncoding lists is")
+      ->type_name("WORD");
+}
+
 void AddFeatureOptions(CLI::App& app, TAcquireOptions& options)
 {
   const char* const group = "Features, by the names that get lists";
-  AddText(app, "--encoding", options.encoding, "How the camera encodes pixels: Mono8, Mono12, Mono16, ...",
-          "one of the words that vxmcd get PixelEncoding lists is")
-      ->type_name("WORD")
-      ->group(group);
+  AddEncodingOption(app, options)->group(group);
   AddFeatureSettings(app, "--set", options.features, "Set a feature, after all other options; may be repeated")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
@@ -427,13 +461,17 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
 }
 
+CLI::Option* AddSettingsFileOption(CLI::App& app, std::string& file)
+{
+  return AddText(app, "--settings", file,
+                 "Take settings from this file; options of the command line come before them", kFileNameForm)
+      ->type_name("FILE.ini");
+}
+
 void AddSettingsOptions(CLI::App& app, TAcquireOptions& options)
 {
   const char* const group = "Files of settings";
-  AddText(app, "--settings", options.settingsFile,
-          "Take settings from this file; options of the command line come before them", kFileNameForm)
-      ->type_name("FILE.ini")
-      ->group(group);
+  AddSettingsFileOption(app, options.settingsFile)->group(group);
   AddText(app, "--save-settings", options.saveSettingsFile,
           "Write the settings that are in force before the run to this file", kFileNameForm)
       ->type_name("FILE.ini")
@@ -562,6 +600,10 @@ struct TGiven
   std::optional<int> bits; // of acquire
   std::optional<int> convertBits;
   std::optional<double> warmUpRamp;
+  TOptions live; // its options are passed on as texts
+  std::string liveText;
+  std::vector<std::string> liveHosts;
+  bool liveFlag = false;
 };
 
 /// The commands that the parser knows, and owns.
@@ -575,6 +617,7 @@ struct TCommands
   CLI::App* acquire;
   CLI::App* convert;
   CLI::App* warmUp;
+  CLI::App* live;
 };
 
 void AddInfoOptions(CLI::App& command, TOptions& options)
@@ -589,6 +632,53 @@ void AddInfoOptions(CLI::App& command, TOptions& options)
       ->excludes(directory);
 }
 
+// The program in Python that the command runs reads the texts; here they are described, and settings checked.
+void AddLiveOptions(CLI::App& app, TGiven& given)
+{
+  const auto text = [&](const char* name, const char* form, const char* help) {
+    AddText(app, name, given.liveText, help, "a value is")->type_name(form);
+  };
+  text("--port", "P", "Port of the page; default: 8765, or the next one that is free");
+  text("--bind", "ADDRESS",
+       "Address to listen at; default: 127.0.0.1, so that only this machine reaches it. The connection is not "
+       "encrypted: for other machines, ssh -L is better");
+  text("--token", "TEXT", "The secret in the link; default: a new one at each start");
+  app.add_flag("--no-token", given.liveFlag, "No secret: every user of this machine can open the page");
+  app.add_option("--allow-host", given.liveHosts,
+                 "Name of this machine that the link may have, beside localhost and addresses; may be repeated")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->type_name("NAME");
+  app.add_flag("--read-only", given.liveFlag, "Nobody can change the camera from a page");
+  text("--fps", "N", "Images a second that are shown at most; default: 25");
+  text("--directory", "DIRECTORY", "Where snapshots and recordings go; default: the working directory");
+  app.add_flag("--open", given.liveFlag, "Open the page in the browser of this machine");
+  TAcquireOptions& settings = given.live.acquire;
+  AddSettingsFileOption(app, settings.settingsFile);
+  AddTimingOptions(app, settings, given.trigger);
+  app.add_option("-b,--bits", given.convertBits, "Bits of a pixel: 8 (with --encoding Mono8) or 16; default: 16")
+      ->check(OneOf({"8", "16"}));
+  AddEncodingOption(app, settings);
+  AddAreaOption(app, settings.area);
+  AddBinningOption(app, settings.area);
+  AddReadoutOptions(app, settings.readout);
+  AddTargetOption(app, settings.cooling);
+  AddFanOption(app, settings.cooling);
+}
+
+// The options of the live view as they were given, but for the camera.
+std::vector<std::string> LiveArguments(const CLI::App& live)
+{
+  std::vector<std::string> arguments;
+  for (const CLI::Option* option : live.get_options()) {
+    if (option->count() == 0 || option->get_lnames().empty() || option->check_lname("camera")) continue;
+    const std::string name = "--" + option->get_lnames().front();
+    for (const std::string& value : option->results())
+      arguments.push_back(option->get_expected_max() == 0 || value.empty() ? name : name + "=" + value);
+  }
+  return arguments;
+}
+
 TCommands AddCommands(CLI::App& app, TGiven& given)
 {
   TOptions& options = given.options;
@@ -600,9 +690,10 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   commands.set = app.add_subcommand("set", "Set features of a camera");
   commands.acquire = app.add_subcommand("acquire", "Take images and write them to a file");
   commands.warmUp = app.add_subcommand("warm-up", "Warm the sensor up slowly, and switch the cooler off");
+  commands.live = app.add_subcommand("live", "Show the picture of a camera in the browser");
   commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
-  const auto [list, info, describe, get, set, acquire, convert, warmUp] = commands;
-  for (CLI::App* command : {info, describe, get, set, acquire, warmUp})
+  const auto [list, info, describe, get, set, acquire, convert, warmUp, live] = commands;
+  for (CLI::App* command : {info, describe, get, set, acquire, live, warmUp})
     AddCameraOption(*command, given.cameras, command == acquire);
   for (CLI::App* command : {info, describe}) AddInfoOptions(*command, options);
   for (CLI::App* command : {list, info, describe, get, set, acquire, convert, warmUp})
@@ -622,7 +713,8 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   AddSpoolOptions(*acquire, options.acquire.spool, given.method);
   AddConvertOptions(*convert, options.convert, given.convertBits);
   AddWarmUpOptions(*warmUp, options, given.warmUpRamp);
-  for (CLI::App* command : {acquire, convert, warmUp}) command->footer(kFooter);
+  AddLiveOptions(*live, given);
+  for (CLI::App* command : {acquire, convert, warmUp, live}) command->footer(kFooter);
   return commands;
 }
 
@@ -753,7 +845,9 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
                     : *commands.acquire ? Command::Acquire
                     : *commands.convert ? Command::Convert
                     : *commands.warmUp  ? Command::WarmUp
+                    : *commands.live    ? Command::Live
                                         : Command::Info;
+  if (options.command == Command::Live) options.liveArguments = LiveArguments(*commands.live);
   std::string wrong;
   if (options.command == Command::Acquire) wrong = CompleteOrSayWhy(acquire);
   if (options.command == Command::Convert) wrong = CompleteOrSayWhy(options.convert);

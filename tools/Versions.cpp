@@ -42,11 +42,20 @@ std::string VersionsText()
 {
   char version[64] = "";
   GetVersionInfo(VXMCD_VERSION_LIBRARY, version, sizeof version - 1);
-  std::error_code error;
   const std::string core = FileWith("VX_Open");
-  return Line("vxmcd", VXTOOL_VERSION, std::filesystem::read_symlink("/proc/self/exe", error).string()) + "\n" +
-         Line("libvxmcd", version, FileWith("GetVersionInfo")) + "\n" +
+  return Line("vxmcd", VXTOOL_VERSION, ProgramFile()) + "\n" + Line("libvxmcd", version, LibraryFile()) + "\n" +
          Line("libvxcore", VersionInName(core), core);
+}
+
+std::string LibraryFile()
+{
+  return FileWith("GetVersionInfo");
+}
+
+std::string ProgramFile()
+{
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
 } // namespace vxtool

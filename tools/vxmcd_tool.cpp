@@ -7,6 +7,7 @@
 #include "tools/TAcquireSeveral.h"
 #include "tools/TCommandLine.h"
 #include "tools/TConvertCommand.h"
+#include "tools/TLiveCommand.h"
 #include "tools/TWarmUpCommand.h"
 
 #include <cstdio>
@@ -48,6 +49,8 @@ vxtool::ExitCode Run(vxtool::TOptions& options)
     return vxtool::TConvertCommand(options.convert, options.isJson).Run();
   if (options.command == vxtool::Command::WarmUp)
     return vxtool::TWarmUpCommand(options.warmUp, options.isQuiet).Run(options.camera.number, options.isJson);
+  if (options.command == vxtool::Command::Live)
+    return vxtool::TLiveCommand(options.camera.number, options.liveArguments).Run();
   if (options.showsFeatures) return vxtool::ShowFeatureSources(options);
   if (options.command == vxtool::Command::Info)
     return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowRecordedRun(options);

@@ -18,7 +18,7 @@ from typing import Dict, List, Optional
 
 from aiohttp import web
 
-from .. import _session, _settings
+from .. import _settings
 from ..errors import CameraStateError, LibraryError, NoCameraError, VxmcdError
 from . import _access
 from ._camera_worker import CameraWorker
@@ -26,7 +26,7 @@ from ._frames import Frames
 from ._server import Server
 from ._state import Control
 
-_DONE, _USAGE, _NO_CAMERA, _CAMERA, _OUTPUT, _INTERRUPTED = 0, 1, 2, 3, 4, 130
+_USAGE, _NO_CAMERA, _CAMERA, _OUTPUT, _INTERRUPTED = 1, 2, 3, 4, 130
 _PORT, _PORTS = 8765, 20
 _SETTINGS = ("exposure", "cycle", "trigger", "overlap", "bits", "encoding", "area", "binning", "channel", "amplifier", "speed",
              "gain", "baseline-clamp", "temperature", "fan")  # keys of a settings file
@@ -40,7 +40,6 @@ class _Parser(argparse.ArgumentParser):
 def _parser():
     parser = _Parser(prog="vxmcd live", description="Shows the picture of a camera in the browser.", allow_abbrev=False)
     parser.add_argument("--camera", type=int, default=0, metavar="N", help="number of the camera; default: 0")
-    parser.add_argument("--serial", type=int, metavar="N", help="serial number of the camera, in place of --camera")
     parser.add_argument("--port", type=int, metavar="P", help=f"default: {_PORT}, or the next one that is free")
     parser.add_argument("--bind", default="127.0.0.1", metavar="ADDRESS", help="address to listen at; default: 127.0.0.1")
     parser.add_argument("--token", metavar="TEXT", help="the secret in the link; default: a new one at each start")
@@ -53,7 +52,8 @@ def _parser():
     parser.add_argument("--open", action="store_true", help="open the page in the browser")
     parser.add_argument("--settings", metavar="FILE", help="settings to begin with")
     for key in _SETTINGS:
-        parser.add_argument(f"--{key}", metavar="VALUE", help=argparse.SUPPRESS)
+        is_switch = {"nargs": "?", "const": "on"} if key == "overlap" else {}
+        parser.add_argument(f"--{key}", metavar="VALUE", help=argparse.SUPPRESS, **is_switch)
     return parser
 
 
@@ -183,15 +183,7 @@ def main(arguments: List[str]) -> Optional[int]:
     if not (os.path.isdir(options.directory) and os.access(options.directory, os.W_OK | os.X_OK)):
         return _fail(_OUTPUT, f"--directory: {options.directory!r} is no directory that can be written to")
     try:
-        if options.serial is not None:
-            session = _session.open_by_serial(options.serial)
-            options.camera = session.index
-            session.close()
         listener = _listen(options)
-    except NoCameraError as error:
-        return _fail(_NO_CAMERA, str(error))
-    except LibraryError as error:
-        return _fail(_CAMERA, str(error))
     except OSError as error:
         return _fail(_OUTPUT, f"{options.bind}, port {options.port or _PORT}: {error.strerror}")
     with listener:

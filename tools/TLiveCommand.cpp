@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// Finds Python and the package, and becomes the program.
+#include "tools/TLiveCommand.h"
+
+#include "tools/Versions.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vxtool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kProgram = "vxmcd.live";
+constexpr int kParents = 4; // of a program in the build directory of a source tree
+// Finding a module is quick, importing NumPy is not.
+constexpr const char* kCheck = "import importlib.util as u, sys; "
+                               "sys.exit(not all(u.find_spec(name) for name in ('numpy', 'aiohttp')))";
+
+bool HasLiveView(const fs::path& directory)
+{
+  std::error_code error;
+  return fs::is_regular_file(directory / "vxmcd" / "live" / "__main__.py", error);
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& words)
+{
+  std::vector<char*> pointers;
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+bool HasModules(const std::string& python)
+{
+  std::vector<std::string> words = {python, "-c", kCheck};
+  pid_t child = 0;
+  if (posix_spawnp(&child, python.c_str(), nullptr, nullptr, Pointers(words).data(), environ) != 0) return false;
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+} // namespace
+
+fs::path TLiveCommand::PackageDirectory() const
+{
+  const fs::path bin = fs::path(ProgramFile()).parent_path();
+  if (fs::path installed = bin.parent_path() / "lib" / "python3" / "dist-packages"; HasLiveView(installed))
+    return installed;
+  fs::path parent = bin;
+  for (int level = 0; level < kParents; ++level, parent = parent.parent_path())
+    if (fs::path source = parent / "python"; HasLiveView(source)) return source;
+  return "";
+}
+
+std::string TLiveCommand::Python() const
+{
+  const std::string beside = (fs::path(ProgramFile()).parent_path() / "python3").string();
+  for (const std::string& python : {beside, std::string("/usr/bin/python3"), std::string("python3")})
+    if (HasModules(python)) return python;
+  return "";
+}
+
+ExitCode TLiveCommand::Run()
+{
+  const std::string python = Python();
+  if (python.empty())
+    return Fail(ExitCode::Usage, "live: needs packages of Python: apt install python3-aiohttp python3-numpy");
+  if (const std::string directory = PackageDirectory().string(); !directory.empty()) {
+    const char* const others = std::getenv("PYTHONPATH");
+    const bool hasOthers = others && *others != '\0';
+    setenv("PYTHONPATH", (directory + (hasOthers ? std::string(":") + others : "")).c_str(), 1);
+  }
+  setenv("PYTHONSAFEPATH", "1", 1); // modules of the working directory are not ours
+  setenv("VXMCD_LIBRARY", LibraryFile().c_str(), 1);
+  setenv("VXMCD_TOOL", ProgramFile().c_str(), 1); // makes the files of snapshots
+  std::vector<std::string> words = {python, "-m", kProgram, "--camera=" + std::to_string(camera_)};
+  words.insert(words.end(), arguments_.begin(), arguments_.end());
+  execvp(python.c_str(), Pointers(words).data());
+  return Fail(ExitCode::Usage, "live: " + python + ": " + std::strerror(errno));
+}
+
+} // namespace vxtool
