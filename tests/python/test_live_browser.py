@@ -203,6 +203,16 @@ def test_exposure_by_keyboard(page):
     page.wait("document.getElementById('set-exposure').value === '10'")
 
 
+def test_long_exposure_has_a_bar_and_outlasts_the_wait_of_the_run(page):
+    page.wait("document.getElementById('exposure-bar').hidden")
+    choose(page, "#set-exposure", "2.5 s")
+    page.wait("document.getElementById('exposure-bar').textContent.includes('exposing 2.')")
+    number = page.text("#frame")
+    page.wait(f"document.getElementById('frame').textContent !== '{number}'")
+    choose(page, "#set-exposure", "10 ms")
+    page.wait("document.getElementById('exposure-bar').hidden")
+
+
 def test_two_pages_one_controller(page, browser, program):
     other = show(browser, program)
     other.wait("document.getElementById('role').dataset.role === 'view'")

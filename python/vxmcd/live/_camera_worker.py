@@ -36,6 +36,7 @@ _IDLE_SECONDS = 0.05  # between looks at the commands while nothing runs
 _STATUS_SECONDS = 0.25
 _TEMPERATURE_SECONDS = 1.0
 _RATE_SECONDS = 2.0  # rates are means over this time
+_LONGER_CYCLE_SECONDS = 0.5  # a run continues when the cycle becomes longer by so much
 _UNWATCHED_SECONDS = 10.0  # then a live run stops
 _REOPEN_SECONDS = 5.0
 _DISK_RESERVE = 1 << 28  # bytes that a recording without a number of images leaves on the disk
@@ -252,6 +253,9 @@ class CameraWorker:
                     self._set_between_runs(camera, name, value)
             else:
                 self._set_between_runs(camera, name, value)
+        # A run waits for an image as long as its first settings need.
+        if self._run is not None and not self._recording and camera.cycle_time > self._cycle + _LONGER_CYCLE_SECONDS:
+            self._stop_run()
         self._read_settings()
         clipped = [note.message for note in notes if isinstance(note.message, ClippedWarning)]
         answer = {"value": self._camera_status["settings"].get(name)}
@@ -472,6 +476,7 @@ class CameraWorker:
         camera = self._camera
         camera._check_bits()
         self._has_even_period = _description.has_even_period(camera)
+        self._cycle = camera.cycle_time
         self._gaps, self._lost = TickGaps(), None
         self._total = self._last = 0
         self._rate = _Rate()

@@ -20,9 +20,9 @@ def problem(error: BaseException) -> Dict[str, object]:
     """An error as the page shows it: the parts of a VxmcdError; of others the message."""
     if isinstance(error, VxmcdError):
         return {"function": error.function, "code": error.code, "name": error.name,
-                "meaning": error.detail or error.meaning, "advice": error.advice, "text": str(error)}
+                "meaning": error.meaning, "detail": error.detail or "", "advice": error.advice, "text": str(error)}
     text = str(error) or type(error).__name__
-    return {"function": None, "code": None, "name": type(error).__name__, "meaning": text, "advice": "", "text": text}
+    return {"function": None, "code": None, "name": type(error).__name__, "meaning": text, "detail": "", "advice": "", "text": text}
 
 
 def _or_none(read):

@@ -125,7 +125,7 @@ class Page {
     this.panel.describe(this.camera, hello.curve);
     const cameras = hello.cameras ?? [{ number: this.camera.camera ?? 0, model: this.camera.model }];
     $("camera").replaceChildren(...cameras.map(({ number, model }) =>
-      Object.assign(document.createElement("option"), { value: number, textContent: `${number}: ${model ?? "camera"}` })));
+      Object.assign(document.createElement("option"), { value: number, textContent: model ? `${number}: ${model}` : `camera ${number}` })));
     $("camera").value = String(this.camera.camera ?? 0);
     this._update(hello);
   }
@@ -249,8 +249,8 @@ class Page {
   }
 
   _viewChanged() {
-    const { view } = this.stage;
-    $("zoom").textContent = `${digits(view.scale * 100, 3)} %`;
+    const { view, picture } = this.stage;
+    $("zoom").textContent = picture.frame ? `${digits(view.scale * 100, 3)} %` : NONE;
     $("zoom-fit").setAttribute("aria-pressed", String(view.isFit));
     $("zoom-1").setAttribute("aria-pressed", String(!view.isFit && view.scale === 1));
     $("zoom-2").setAttribute("aria-pressed", String(!view.isFit && view.scale === 2));

@@ -48,7 +48,7 @@ class Row {
     this.answer.classList.toggle("bad", !result.ok);
     this.input.classList.toggle("refused", !result.ok);
     this._say(result.ok ? this._difference(value, result.value) : problem(result));
-    this._restore();
+    this.update(result.ok && result.value !== undefined ? result.value : this.value);
   }
 
   enable(isEnabled) {
@@ -65,10 +65,14 @@ class Row {
   }
 }
 
-/** A refusal in a sentence or two. */
-export function problem(result) {
-  const name = result.name ? ` (${result.name}${result.code ? `, ${result.code}` : ""})` : "";
-  return [`${result.meaning || result.error || "refused"}${name}`, result.advice].filter(Boolean).join(". ");
+function sentence(text) {
+  return text && `${text[0].toUpperCase()}${text.slice(1).replace(/\.$/, "")}.`;
+}
+
+/** What went wrong, what can be done, and the code, for a refusal or a failed run. */
+export function problem({ meaning, detail, advice, code, name }) {
+  const what = [(meaning ?? "").replace(/^status: /, ""), detail].filter(Boolean).join(": ");
+  return [sentence(what || "Refused"), sentence(advice), code && `(${code} ${name})`].filter(Boolean).join(" ");
 }
 
 /** A number that is typed: Enter or leaving the field sends it, Esc gives it up, the arrow keys step. */

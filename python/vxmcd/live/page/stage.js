@@ -41,12 +41,11 @@ export class Stage {
 
   /** Shows a frame, null for none. */
   show(frame) {
-    if (frame && this.view.setImage(frame.imageWidth, frame.imageHeight)) {
-      this.crosshair = this.crosshair && this._middle();
-      this._changed();
-    }
+    const isOther = frame && this.view.setImage(frame.imageWidth, frame.imageHeight);
+    if (isOther) this.crosshair = this.crosshair && this._middle();
     this.picture.setFrame(frame);
-    this._mark();
+    if (isOther) this._changed();
+    else this._mark();
   }
 
   fit() {
