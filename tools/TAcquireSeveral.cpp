@@ -22,6 +22,7 @@ namespace {
 std::vector<std::string> NamesOf(const std::vector<TOptions>& options)
 {
   std::vector<std::string> names;
+  names.reserve(options.size());
   for (const TOptions& camera : options) names.push_back(camera.camera.Text());
   return names;
 }

@@ -15,7 +15,7 @@ std::size_t TerminalSide(std::FILE* terminal, unsigned short winsize::*side, con
 {
   winsize size = {};
   if (ioctl(fileno(terminal), TIOCGWINSZ, &size) == 0 && size.*side > 0) return size.*side;
-  const char* const text = std::getenv(variable);
+  const char* const text = secure_getenv(variable);
   return text ? std::strtoul(text, nullptr, 10) : 0;
 }
 
