@@ -11,12 +11,14 @@ import numpy as np
 
 from . import chunks, pixels
 from ._format import INDEX_NAME
+from .checksum import checksum_function
 from .description import RunDescription
 from .errors import DamagedImageError, MissingImageError, SpoolError, SpoolFormatError
 from .files import SpoolFiles
 from .index import NO_INDEX, read_index
 from .number_gaps import NumberGaps
-from .xxh3 import xxh3_64
+from .positioned import PositionedReader
+from .stamp import RunStamp
 
 _SCAN_BYTES = 2**22  # searched at a time when it is not known which images are there
 
@@ -41,29 +43,42 @@ class SpoolRun:
                  keep_unrecorded: bool = False):
         if keep_unrecorded and not salvage:
             raise ValueError("keep_unrecorded needs salvage=True")
-        self.path = Path(path)
-        self.description = RunDescription.read(self.path)
-        self._files = SpoolFiles(self.path, self.description.images_per_file, self.description.image_size)
+        self._open(Path(path), salvage)
+        recorded = self.numbers
+        if salvage if verify is None else verify:
+            self._leave_out_damaged(salvage)
+        if salvage:
+            found = np.setdiff1d(self._nonzero_images(), recorded)
+            if keep_unrecorded or not recorded.size:
+                self.numbers = np.union1d(self.numbers, found)
+            else:
+                self.unrecorded = found
+
+    def _open(self, path, salvage):
+        """Reads description and index, and no image."""
+        self.path = path
+        self._salvage = salvage
+        self._stamp = RunStamp.of(path)  # first, so that a run that is replaced meanwhile has another one
+        self.description = RunDescription.read(path)
+        self._files = SpoolFiles(path, self.description.images_per_file, self.description.image_size)
         self.damaged: List[int] = []
         self.unrecorded = np.empty(0, np.int64)
         if self.state == "recording" and not salvage:
-            raise SpoolError(f"{self.path}: the run was killed or is still going on; salvage=True gives what is there")
-        if salvage and not (self.path / INDEX_NAME).is_file():
+            raise SpoolError(f"{path}: the run was killed or is still going on; salvage=True gives what is there")
+        if salvage and not (path / INDEX_NAME).is_file():
             index = NO_INDEX
         else:
-            index = read_index(self.path, self.description.images_expected)
+            index = read_index(path, self.description.images_expected)
         self._records = index.records
         self.numbers = index.records["number"].astype(np.int64)
         if not salvage:
             self._check_index(index)
-        if salvage if verify is None else verify:
-            self._leave_out_damaged(salvage)
-        if salvage:
-            found = np.setdiff1d(self._nonzero_images(), index.records["number"].astype(np.int64))
-            if keep_unrecorded or not index.records.size:
-                self.numbers = np.union1d(self.numbers, found)
-            else:
-                self.unrecorded = found
+
+    def __reduce__(self):
+        """By its path: the run is opened again, in another process too, and has to be the same one. Images are not checked
+        again; what salvage found goes with it."""
+        found = (self.numbers, self.damaged, self.unrecorded) if self._salvage else None
+        return _open_again, (os.path.abspath(self.path), self._stamp, found)
 
     @property
     def is_checked(self) -> bool:
@@ -118,6 +133,34 @@ class SpoolRun:
             return pixels.view(self._files.frames(0, count), self.description)
         return self._stack(range(count))
 
+    def __array__(self, dtype=None, copy=None) -> np.ndarray:
+        """What array() returns: numpy.asarray(run)."""
+        images = self.array()
+        return np.array(images, dtype) if copy else np.asarray(images, dtype)
+
+    def to_dask(self, images_per_chunk: Optional[int] = None, *, verify: bool = False, missing: Union[str, int] = "raise"):
+        """A lazy array of the images 0 to len - 1 (dask.array, with the package dask): nothing is read until it is computed,
+        and then by whoever computes it, so that workers on other machines need the run below the same path.
+
+        images_per_chunk: whole images that are read at a time; without it as many as have 64 MiB, or one.
+        verify: compare each image with its checksum when it is read; DamagedImageError names those of a chunk that are
+        damaged.
+        missing: what to do about images that are not there: "raise" MissingImageError at once; "skip" them, so that image k
+        of the array is that of `numbers[k]`; or a number to fill them with."""
+        from .lazy import LazyRun
+        return LazyRun(self, images_per_chunk, verify=verify, missing=missing).images()
+
+    def to_xarray(self, images_per_chunk: Optional[int] = None, *, verify: bool = False, missing: Union[str, int] = "raise"):
+        """As to_dask(), as an xarray.DataArray (with the package xarray) with the dimensions t, y and x. Along t there are
+        `number`, `host_time` (UTC) and, with metadata, `tick`, which is lazy and -1 where there is none; `attrs` has the
+        description."""
+        from .lazy import LazyRun
+        return LazyRun(self, images_per_chunk, verify=verify, missing=missing).data_array()
+
+    def positioned_reader(self) -> PositionedReader:
+        """Reads images in another process."""
+        return PositionedReader(Path(os.path.abspath(self.path)), self.description, self._stamp)
+
     def frame_bytes(self, number: int) -> np.ndarray:
         """The frame as the camera delivered it, with padding and metadata: a read-only view of the file."""
         return self._frame(self._number(number))
@@ -139,6 +182,13 @@ class SpoolRun:
         times[np.searchsorted(self.numbers, self._records["number"].astype(np.int64))] = self._records["host_time"]
         return times
 
+    def checksums(self) -> np.ndarray:
+        """The recorded checksum of each image of `numbers`; SpoolError when one has no record."""
+        if not self.is_checked:
+            number = np.setdiff1d(self.numbers, self._records["number"].astype(np.int64))[0]
+            raise SpoolError(f"{self.path}: image {number} has no record in the index, and so no checksum")
+        return self._records["checksum"]
+
     def verify(self, number: int) -> bool:
         """Whether the bytes of an image fit its checksum; SpoolError without a record."""
         number = self._number(number)
@@ -146,7 +196,7 @@ class SpoolRun:
         place = np.searchsorted(self._records["number"], np.uint64(number))
         if place == self._records.size or self._records["number"][place] != number:
             raise SpoolError(f"{self.path}: image {number} has no record in the index, and so no checksum")
-        return xxh3_64(frame) == int(self._records["checksum"][place])
+        return checksum_function()(frame) == int(self._records["checksum"][place])
 
     def close(self) -> None:
         """Closes the files; they are opened again when needed. Arrays that were returned stay valid."""
@@ -169,6 +219,10 @@ class SpoolRun:
         if not -count <= number < count:
             raise IndexError(f"{self.path}: image {number} of {count}")
         return number + count if number < 0 else number
+
+    def check_complete(self) -> None:
+        """MissingImageError when an image between 0 and len - 1 is missing."""
+        self._check_present(range(len(self)))
 
     def _check_present(self, numbers):
         lacking = NumberGaps(numbers, self.numbers)
@@ -237,3 +291,15 @@ class SpoolRun:
                 if frames.any():
                     found.append(number + np.flatnonzero(frames.reshape(-1, self.description.image_size).any(axis=1)))
         return np.concatenate(found)
+
+
+def _open_again(path, stamp, found):
+    path = Path(path)
+    stamp.check(path)
+    run = SpoolRun.__new__(SpoolRun)
+    run._open(path, found is not None)
+    run._stamp = stamp
+    if found is not None:
+        run.numbers, run.damaged, run.unrecorded = found
+        run._records = run._records[np.isin(run._records["number"].astype(np.int64), run.numbers)]
+    return run
