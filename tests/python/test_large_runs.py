@@ -18,7 +18,9 @@ from vxmcd.spool import checksum, xxh3
 from vxmcd.spool.statistics import mean_variance, photon_transfer
 
 LIMIT = 300_000_000  # bytes of memory that a worker may have
-EXAMPLE = Path(__file__).parents[2] / "examples" / "photon_transfer.py"
+ROOT = Path(__file__).parents[2]
+EXAMPLE = ROOT / "examples" / "photon_transfer.py"
+PAGE = ROOT / "docs" / "large-runs.md"
 
 
 @pytest.fixture(scope="module")
@@ -277,6 +279,16 @@ def test_a_worker_says_why_it_cannot_read(tmp_path, client):
     (tmp_path / "acquisitionmetadata.ini").unlink()
     with pytest.raises(SpoolError, match=re.escape(f"No such file or directory (on {os.uname().nodename})")):
         mean_variance(run, client)
+
+
+def test_the_code_of_the_page_runs(tmp_path, client, monkeypatch):
+    pytest.importorskip("xarray")
+    monkeypatch.chdir(tmp_path)
+    Path("run1").mkdir()
+    SpoolWriter(Path("run1")).write()
+    pieces = re.findall(r"^```python\n(.*?)^```$", PAGE.read_text(), re.M | re.S)
+    assert len(pieces) >= 4
+    exec("\n".join(pieces), {"client": client})
 
 
 def test_photon_transfer(tmp_path, simulator, client):
