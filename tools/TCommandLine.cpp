@@ -432,7 +432,8 @@ void AddFeatureOptions(CLI::App& app, TAcquireOptions& options)
 
 void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<int>& bits)
 {
-  app.add_option("directory", options.directory, "Directory of a recorded run")
+  app.add_option("directory", options.directory,
+                 "Directory of a recorded run, or a .raw file with its .json beside it")
       ->required()
       ->type_name("DIRECTORY");
   AddText(app, "-o,--output", options.output.file,

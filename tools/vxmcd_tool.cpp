@@ -7,11 +7,13 @@
 #include "tools/TAcquireSeveral.h"
 #include "tools/TCommandLine.h"
 #include "tools/TConvertCommand.h"
+#include "tools/TConvertRawCommand.h"
 #include "tools/TLiveCommand.h"
 #include "tools/TWarmUpCommand.h"
 
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <map>
 #include <string>
 #include <utility>
@@ -45,8 +47,12 @@ vxtool::ExitCode Run(vxtool::TOptions& options)
   if (options.command == vxtool::Command::Get) return vxtool::GetFeatures(options);
   if (options.command == vxtool::Command::Set) return vxtool::SetFeatures(options);
   if (options.command == vxtool::Command::List) return vxtool::ListCameras(options);
-  if (options.command == vxtool::Command::Convert)
+  if (options.command == vxtool::Command::Convert) {
+    std::error_code error;
+    if (std::filesystem::is_regular_file(options.convert.directory, error))
+      return vxtool::TConvertRawCommand(options.convert, options.isJson).Run();
     return vxtool::TConvertCommand(options.convert, options.isJson).Run();
+  }
   if (options.command == vxtool::Command::WarmUp)
     return vxtool::TWarmUpCommand(options.warmUp, options.isQuiet).Run(options.camera.number, options.isJson);
   if (options.command == vxtool::Command::Live)

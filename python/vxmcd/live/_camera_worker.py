@@ -523,7 +523,7 @@ class CameraWorker:
             self._gaps.add(number, ticks)
             self._lost = self._gaps.missing
         self._frames.put(Image(pixels, number, ticks, time.time(), self._run_number, self._saturation,
-                               self._recording is not None, self._camera_status))
+                               self._recording is not None, self._camera_status, self._temperature.get("celsius")))
         self._on_frame()
 
     def _end_recording(self, is_stopped=False):

@@ -187,7 +187,8 @@ class Image:
     """An image of a run. Nobody changes its pixels. Thread-safe."""
 
     def __init__(self, pixels: np.ndarray, number: int, ticks: Optional[int], time: float, run: int, saturation: int,
-                 is_recording: bool = False, camera: Optional[dict] = None):
+                 is_recording: bool = False, camera: Optional[dict] = None,
+                 celsius: Optional[float] = None):
         self.pixels = pixels  # uint8 or uint16
         self.number = number
         self.ticks = ticks
@@ -196,6 +197,7 @@ class Image:
         self.saturation = saturation
         self.is_recording = is_recording
         self.camera = camera or {}  # description and settings at that time
+        self.celsius = celsius
         self._lock = threading.Lock()
         self._saturated: Optional[int] = None
         self._histogram: Optional[Histogram] = None

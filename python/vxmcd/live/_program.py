@@ -139,7 +139,7 @@ async def _serve(options, settings, listener) -> int:
     own_names = [socket.gethostname()] if options.bind in ("0.0.0.0", "::") else []
     frames = Frames()
     access = _access.Access(token, [*options.allow_host, *own_names], port)
-    server = Server(access, frames, Control(options.read_only))
+    server = Server(access, frames, Control(options.read_only), Path(options.directory))
     worker = CameraWorker(options.camera, frames, Path(options.directory), settings, options.fps, server.post_frame,
                           server.post_status)
     loop = asyncio.get_running_loop()

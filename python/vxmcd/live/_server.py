@@ -10,13 +10,14 @@ import logging
 import re
 import time
 from pathlib import Path
-from typing import Callable, Dict, Optional
+from typing import Dict, Optional, Set
 
 from aiohttp import WSMsgType, web
 
 from .._signatures import LIBRARY_VERSION
-from . import _description, _wire
+from . import _description, _snapshot, _wire
 from ._access import Access
+from ._camera_worker import check_name
 from ._frames import Frames, View
 from ._state import Control, State
 from ._viewer import Viewer
@@ -54,10 +55,12 @@ class Server:
     """The web application. worker: CameraWorker, or what behaves like it. All calls but post_frame() and post_status() from
     the thread of the event loop."""
 
-    def __init__(self, access: Access, frames: Frames, control: Control):
+    def __init__(self, access: Access, frames: Frames, control: Control, directory: Path):
         self.access = access
         self._frames = frames
         self._control = control
+        self._directory = directory
+        self._files: Set[str] = set()  # made here, which a page may fetch
         self._worker = None
         self._state = State()
         self._viewers: Dict[int, Viewer] = {}
@@ -71,7 +74,7 @@ class Server:
         self._is_ending = False
         self.application = web.Application(middlewares=[self._check], client_max_size=_LOGIN_BYTES)
         self.application.add_routes([
-            web.get("/", self._page), web.get("/wire.js", self._wire), web.post("/login", self._login), web.get("/ws", self._socket), web.get("/{name}", self._page)])
+            web.get("/", self._page), web.get("/wire.js", self._wire), web.post("/login", self._login), web.get("/ws", self._socket), web.get("/files/{name}", self._file), web.get("/{name}", self._page)])
         self.application.on_response_prepare.append(self._add_headers)
 
     def begin(self, worker) -> None:
@@ -174,6 +177,16 @@ class Server:
         response = web.Response(status=204)
         response.set_cookie(self.access.cookie_name, self.access.cookie, httponly=True, samesite="Strict", path="/")
         return response
+
+    async def _file(self, request):
+        """A file that was made here."""
+        self._need_cookie(request)
+        name = request.match_info["name"]
+        if name not in self._files or not (self._directory / name).is_file():
+            raise web.HTTPNotFound(text="there is no such file\n")
+        return web.FileResponse(self._directory / name,
+                                headers={"Content-Disposition": f'attachment; filename="{name}"',
+                                         "Content-Type": "application/octet-stream"})
 
     async def _socket(self, request):
         self._need_cookie(request)
@@ -304,7 +317,7 @@ class Server:
         command = content["do"]
         acts = {"take-control": self._take_control, "give-control": self._give_control,
                 "keep-control": self._keep_control, "trigger": self._trigger, "open": self._open,
-                "start": self._start, "record": self._record, "stop": self._stop}
+                "start": self._start, "snapshot": self._snapshot, "record": self._record, "stop": self._stop}
         if not isinstance(command, str) or command not in acts:
             raise ValueError(f"there is no command {command!r}; there are {', '.join(acts)}")
         return await acts[command](viewer, content)
@@ -348,6 +361,24 @@ class Server:
         self._only(content, "do", "id", "version")
         self._need_control(viewer)
         await asyncio.wrap_future(self._worker.submit("start"))
+
+    async def _snapshot(self, viewer, content):
+        """Writes the image that the page shows."""
+        self._only(content, "do", "id", "version", "format", "name", "number")
+        self._need_control(viewer)
+        suffix = _snapshot.suffix(content.get("format", "fits"))
+        image = viewer.image(content.get("number"))
+        name = content.get("name") or self._free_name(image, suffix)
+        path = check_name(name, self._directory, suffix)
+        await self._loop.run_in_executor(None, _snapshot.write, image, path)
+        self._files.add(path.name)
+        return {"value": {"name": path.name, "url": f"files/{path.name}", "number": image.number}}
+
+    def _free_name(self, image, suffix):
+        """A name by the time of the image."""
+        base = time.strftime("image-%Y%m%d-%H%M%S", time.localtime(image.time))
+        names = [base, *(f"{base}-{number}" for number in range(2, 1000))]
+        return next(name for name in names if not (self._directory / (name + suffix)).exists())
 
     async def _record(self, viewer, content):
         self._only(content, "do", "id", "version", "name", "images", "seconds")
