@@ -193,6 +193,9 @@ TEST_F(PlainCamera, RunEndsWhenItCannotGoOn)
   ASSERT_EQ(StartSeries(3), RC_SUCCESS);
   EXPECT_TRUE(WaitUntilIdle(5.0));
   EXPECT_EQ(Status(), static_cast<int>(RC_IDLE));
+  // It is gone between two runs: the next one does not begin.
+  Kill("127.0.0.1");
+  EXPECT_EQ(StartAcquisition(), static_cast<unsigned int>(RC_FRAME_UNAVAILABLE));
 }
 
 TEST_F(PlainCamera, LogTellsWhereFramesMayBeKept)

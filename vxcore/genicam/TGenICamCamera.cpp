@@ -185,11 +185,14 @@ int TGenICamCamera::Start()
     if (nodes_.Has("TLParamsLocked")) nodes_.SetInteger("TLParamsLocked", 1);
     code = nodes_.Execute(SourceOf("AcquisitionStart").node);
     if (code == VX_SUCCESS) return code;
-    reason = "it refuses the command";
-    Stop();
+    reason = code == VX_ERR_COMMUNICATION ? "it does not answer" : "it refuses the command";
+    if (code == VX_ERR_COMMUNICATION)
+      acquisition_.Stop();
+    else
+      Stop();
   }
   Log(ELog::Error, "%s: the camera cannot be started: %s (%d)", address_.c_str(), reason.c_str(), code);
-  return code == VX_ERR_COMMUNICATION ? code : VX_ERR_START_REFUSED;
+  return VX_ERR_START_REFUSED; // callers wait for images after any other code
 }
 
 int TGenICamCamera::Stop()
@@ -197,6 +200,7 @@ int TGenICamCamera::Stop()
   if (!acquisition_.IsRunning()) return VX_SUCCESS;
   acquisition_.Stop();
   if (connection_->isLost) return VX_ERR_COMMUNICATION;
+  nodes_.EndSilence(); // what was asked before does not end the connection
   const int code = nodes_.Execute(SourceOf("AcquisitionStop").node);
   if (code == VX_ERR_COMMUNICATION) {
     // Aravis has tried it for seconds; every further call would take as long.

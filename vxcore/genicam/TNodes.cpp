@@ -10,6 +10,7 @@ namespace vxgenicam {
 
 namespace {
 
+constexpr std::chrono::seconds kSilence(1);
 constexpr double kRounding = 1e-9; ///< of the last digit of limits that were converted on the way
 
 bool IsWithin(double value, const TLimits& limits)
@@ -22,21 +23,26 @@ bool IsWithin(double value, const TLimits& limits)
 
 bool TNodes::EndOpening()
 {
-  const bool hasAnswered = !isSilent_;
+  const bool hasAnswered = !IsSilent();
   isOpening_ = false;
-  isSilent_ = false;
+  silentUntil_ = {};
   return hasAnswered;
 }
 
 bool TNodes::IsSet(const TError& error) const
 {
-  isSilent_ = isSilent_ || (isOpening_ && error.IsTimeout());
+  if (error.IsTimeout()) silentUntil_ = isOpening_ ? TClock::time_point::max() : TClock::now() + kSilence;
   return error.IsSet();
+}
+
+int TNodes::CodeOfMissing() const
+{
+  return IsSilent() ? VX_ERR_COMMUNICATION : VX_ERR_NOT_IMPLEMENTED;
 }
 
 ArvGcNode* TNodes::Find(const std::string& name) const
 {
-  return name.empty() || isSilent_ ? nullptr : arv_device_get_feature(device_, name.c_str());
+  return name.empty() || IsSilent() ? nullptr : arv_device_get_feature(device_, name.c_str());
 }
 
 bool TNodes::Has(const std::string& name) const
@@ -95,7 +101,7 @@ int TNodes::GetNumber(const std::string& name, double& value) const
   else if (node && ARV_IS_GC_INTEGER(node))
     read = static_cast<double>(arv_gc_integer_get_value(ARV_GC_INTEGER(node), error.Out()));
   else
-    return node ? VX_ERR_WRONG_KIND : VX_ERR_NOT_IMPLEMENTED;
+    return node ? VX_ERR_WRONG_KIND : CodeOfMissing();
   if (IsSet(error)) return CodeOf(error);
   if (!std::isfinite(read)) return VX_ERR_NOT_AVAILABLE;
   value = read;
@@ -117,7 +123,7 @@ int TNodes::GetLimits(const std::string& name, TLimits& limits) const
     read.maximum = static_cast<double>(arv_gc_integer_get_max(ARV_GC_INTEGER(node), errors[1].Out()));
     read.increment = static_cast<double>(arv_gc_integer_get_inc(ARV_GC_INTEGER(node), errors[2].Out()));
   } else
-    return node ? VX_ERR_WRONG_KIND : VX_ERR_NOT_IMPLEMENTED;
+    return node ? VX_ERR_WRONG_KIND : CodeOfMissing();
   for (const TError& error : errors)
     if (IsSet(error)) return CodeOf(error);
   if (read.maximum < read.minimum) read.maximum = read.minimum;
@@ -132,7 +138,7 @@ int TNodes::SetNumber(const std::string& name, double value)
   TLimits limits;
   if (const int code = GetLimits(name, limits); code != VX_SUCCESS) return code;
   if (!IsWithin(value, limits)) return VX_ERR_OUT_OF_RANGE;
-  if (!IsWritable(name)) return VX_ERR_NOT_WRITABLE;
+  if (!IsWritable(name)) return IsSilent() ? VX_ERR_COMMUNICATION : VX_ERR_NOT_WRITABLE;
   ArvGcNode* node = Find(name);
   TError error;
   if (ARV_IS_GC_FLOAT(node))
@@ -165,7 +171,7 @@ int TNodes::SetInteger(const std::string& name, long long value)
 int TNodes::GetSwitch(const std::string& name, bool& value) const
 {
   ArvGcNode* node = Find(name);
-  if (!node) return VX_ERR_NOT_IMPLEMENTED;
+  if (!node) return CodeOfMissing();
   TError error;
   if (ARV_IS_GC_BOOLEAN(node)) {
     const bool read = arv_gc_boolean_get_value(ARV_GC_BOOLEAN(node), error.Out()) != FALSE;
@@ -181,10 +187,10 @@ int TNodes::GetSwitch(const std::string& name, bool& value) const
 int TNodes::SetSwitch(const std::string& name, bool value)
 {
   ArvGcNode* node = Find(name);
-  if (!node) return VX_ERR_NOT_IMPLEMENTED;
+  if (!node) return CodeOfMissing();
   if (ARV_IS_GC_ENUMERATION(node)) return SetText(name, value ? "On" : "Off");
   if (!ARV_IS_GC_BOOLEAN(node)) return SetNumber(name, value ? 1.0 : 0.0);
-  if (!IsWritable(name)) return VX_ERR_NOT_WRITABLE;
+  if (!IsWritable(name)) return IsSilent() ? VX_ERR_COMMUNICATION : VX_ERR_NOT_WRITABLE;
   TError error;
   arv_gc_boolean_set_value(ARV_GC_BOOLEAN(node), value ? TRUE : FALSE, error.Out());
   return CodeOf(error);
@@ -193,7 +199,7 @@ int TNodes::SetSwitch(const std::string& name, bool value)
 int TNodes::GetText(const std::string& name, std::string& text) const
 {
   ArvGcNode* node = Find(name);
-  if (!node || !ARV_IS_GC_FEATURE_NODE(node)) return VX_ERR_NOT_IMPLEMENTED;
+  if (!node || !ARV_IS_GC_FEATURE_NODE(node)) return CodeOfMissing();
   TError error;
   const char* read = ARV_IS_GC_ENUMERATION(node)
                          ? arv_gc_enumeration_get_string_value(ARV_GC_ENUMERATION(node), error.Out())
@@ -207,9 +213,9 @@ int TNodes::GetText(const std::string& name, std::string& text) const
 int TNodes::SetText(const std::string& name, const std::string& text)
 {
   ArvGcNode* node = Find(name);
-  if (!node || !ARV_IS_GC_FEATURE_NODE(node)) return VX_ERR_NOT_IMPLEMENTED;
+  if (!node || !ARV_IS_GC_FEATURE_NODE(node)) return CodeOfMissing();
   if (ARV_IS_GC_ENUMERATION(node) && !HasEntry(name, text)) return VX_ERR_OUT_OF_RANGE;
-  if (!IsWritable(name)) return VX_ERR_NOT_WRITABLE;
+  if (!IsWritable(name)) return IsSilent() ? VX_ERR_COMMUNICATION : VX_ERR_NOT_WRITABLE;
   TError error;
   if (ARV_IS_GC_ENUMERATION(node))
     arv_gc_enumeration_set_string_value(ARV_GC_ENUMERATION(node), text.c_str(), error.Out());
@@ -242,7 +248,7 @@ std::vector<std::string> TNodes::Entries(const std::string& name) const
 int TNodes::Execute(const std::string& name)
 {
   ArvGcNode* node = Find(name);
-  if (!node || !ARV_IS_GC_COMMAND(node)) return node ? VX_ERR_WRONG_KIND : VX_ERR_NOT_IMPLEMENTED;
+  if (!node || !ARV_IS_GC_COMMAND(node)) return node ? VX_ERR_WRONG_KIND : CodeOfMissing();
   TError error;
   arv_gc_command_execute(ARV_GC_COMMAND(node), error.Out());
   return CodeOf(error);

@@ -4,6 +4,7 @@
 
 #include "vxcore/genicam/aravis.h"
 
+#include <chrono>
 #include <cmath>
 #include <initializer_list>
 #include <limits>
@@ -38,8 +39,11 @@ class TNodes final
 {
 public:
   explicit TNodes(ArvDevice* device) : device_(device) {}
-  /// Until then nothing more is asked of a camera that has not answered once: each question would take seconds. False
-  /// when it has not.
+  /// A question that is not answered takes seconds, and few features ask only one: for a second nothing more is asked then,
+  /// and until the end of the opening nothing at all.
+  bool IsSilent() const { return TClock::now() < silentUntil_; }
+  void EndSilence() { silentUntil_ = {}; }
+  /// False when the camera has not answered all questions so far.
   bool EndOpening();
 
   /// Whether the camera has the node and implements it.
@@ -77,12 +81,15 @@ private:
   ArvGcNode* Find(const std::string& name) const;
   ArvGcAccessMode AccessOf(const std::string& name) const;
 
+  using TClock = std::chrono::steady_clock;
+
   bool IsSet(const TError& error) const;
+  int CodeOfMissing() const;
   int CodeOf(const TError& error) const { return IsSet(error) ? error.Code() : 0; }
 
   ArvDevice* device_;
   bool isOpening_ = true;
-  mutable bool isSilent_ = false; ///< while it is opened: a question was not answered
+  mutable TClock::time_point silentUntil_{};
 };
 
 } // namespace vxgenicam

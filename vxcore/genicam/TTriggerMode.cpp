@@ -65,10 +65,12 @@ bool TTriggerMode::IsAvailable(int mode) const
 
 int TTriggerMode::SwitchOffAll()
 {
-  if (!nodes_.Has(kMode)) return VX_SUCCESS;
+  if (!nodes_.Has(kMode)) return nodes_.IsSilent() ? VX_ERR_COMMUNICATION : VX_SUCCESS;
   const std::vector<std::string> selectors = nodes_.Entries(kSelector);
   for (const std::string& selector : selectors) {
-    if (const int code = nodes_.SetText(kSelector, selector); code != VX_SUCCESS) continue; // it cannot be on
+    const int chosen = nodes_.SetText(kSelector, selector);
+    if (chosen == VX_ERR_COMMUNICATION) return chosen;
+    if (chosen != VX_SUCCESS) continue; // it cannot be on
     if (const int code = nodes_.SetText(kMode, "Off"); code != VX_SUCCESS) return code;
   }
   return selectors.empty() ? nodes_.SetText(kMode, "Off") : VX_SUCCESS;
