@@ -22,6 +22,7 @@ enum class Command
   Convert,
   WarmUp,
   Live,
+  Doctor,
 };
 
 enum class RunMode : int // the library's acquisition modes
@@ -179,6 +180,15 @@ struct TConvertOptions
   bool isQuiet = false;
 };
 
+struct TDoctorOptions
+{
+  std::vector<std::string> areas;  ///< empty: all, disk only with a directory
+  std::optional<std::string> disk; ///< directory to write in
+  bool showsAll = false;           ///< also what is right
+  std::string bundle;              ///< file to pack everything into; "": none
+  bool keepsNames = false;         ///< in the bundle
+};
+
 struct TOptions
 {
   Command command = Command::List;
@@ -192,8 +202,9 @@ struct TOptions
   TConvertOptions convert;
   TWarmUpOptions warmUp;
   std::vector<std::string> liveArguments; ///< of live, but for the camera
-  bool isQuiet = false;                   ///< of warm-up
-  std::vector<TOptions> others;           ///< of acquire: for cameras that take images at the same time
+  TDoctorOptions doctor;
+  bool isQuiet = false;         ///< of warm-up
+  std::vector<TOptions> others; ///< of acquire: for cameras that take images at the same time
 };
 
 /// The word for a trigger mode on the command line.

@@ -3,6 +3,7 @@
 #include "tools/TCommandLine.h"
 
 #include "tools/ArgumentForms.h"
+#include "tools/doctor/DoctorAreas.h"
 #include "tools/Messages.h"
 #include "tools/NearestWord.h"
 #include "tools/OptionTable.h"
@@ -66,7 +67,7 @@ constexpr const char* kFooter = R"(Exit codes:
   0    done
   1    the command line is wrong
   2    there is no such camera, or it cannot be opened
-  3    the camera refused a setting, or the run failed
+  3    the camera refused a setting, or the run failed; doctor found problems
   4    an output file could not be written; of live: the port or the directory cannot be used
   5    done, but frames are missing or pixels were clipped: see the counts printed at the end
   6    the directory of a recorded run cannot be read
@@ -619,6 +620,7 @@ struct TCommands
   CLI::App* convert;
   CLI::App* warmUp;
   CLI::App* live;
+  CLI::App* doctor;
 };
 
 void AddInfoOptions(CLI::App& command, TOptions& options)
@@ -680,6 +682,33 @@ std::vector<std::string> LiveArguments(const CLI::App& live)
   return arguments;
 }
 
+void AddDoctorOptions(CLI::App& command, TDoctorOptions& options)
+{
+  const std::vector<std::string> areas = DoctorAreas();
+  const auto isArea = [areas](const std::string& text) -> std::string {
+    return std::find(areas.begin(), areas.end(), text) != areas.end()
+               ? ""
+               : RefusedText(text, ChoiceText(areas) + " is");
+  };
+  command.add_option("--only", options.areas, "Look at these areas only: " + CLI::detail::join(areas, ", "))
+      ->type_name("AREA,...")
+      ->delimiter(',')
+      ->check(CLI::Validator(isArea, ""));
+  command
+      .add_option_function<std::string>(
+          "--disk", [&options](const std::string& text) { options.disk = text; },
+          "Write for 2 s in this directory, and say whether it is fast enough for the camera")
+      ->type_name("DIRECTORY");
+  command.add_flag("-v,--verbose", options.showsAll, "Print also what is right");
+  CLI::Option* const bundle =
+      AddText(command, "--bundle", options.bundle,
+              "Pack reports, configuration and log into this .tar.gz file, to send to somebody", kFileNameForm)
+          ->type_name("FILE");
+  command
+      .add_flag("--keep-names", options.keepsNames, "Leave the names of user and machine and serial numbers in it")
+      ->needs(bundle);
+}
+
 TCommands AddCommands(CLI::App& app, TGiven& given)
 {
   TOptions& options = given.options;
@@ -693,14 +722,16 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   commands.warmUp = app.add_subcommand("warm-up", "Warm the sensor up slowly, and switch the cooler off");
   commands.live = app.add_subcommand("live", "Show the picture of a camera in the browser");
   commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
-  const auto [list, info, describe, get, set, acquire, convert, warmUp, live] = commands;
-  for (CLI::App* command : {info, describe, get, set, acquire, live, warmUp})
+  commands.doctor = app.add_subcommand("doctor", "Look for what is wrong with cameras, libraries and machine");
+  const auto [list, info, describe, get, set, acquire, convert, warmUp, live, doctor] = commands;
+  for (CLI::App* command : {info, describe, get, set, acquire, live, warmUp, doctor})
     AddCameraOption(*command, given.cameras, command == acquire);
   for (CLI::App* command : {info, describe}) AddInfoOptions(*command, options);
-  for (CLI::App* command : {list, info, describe, get, set, acquire, convert, warmUp})
+  for (CLI::App* command : {list, info, describe, get, set, acquire, convert, warmUp, doctor})
     command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
   get->add_option("names", options.featureNames, "Names of features; default: all that the camera has")
       ->type_name("NAME");
+  AddDoctorOptions(*doctor, options.doctor);
   AddFeatureSettings(*set, "settings", options.featureSettings, "Features and the values to set them to")
       ->required();
   AddRunOptions(*acquire, options.acquire, given.trigger, given.bits);
@@ -847,6 +878,7 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
                     : *commands.convert ? Command::Convert
                     : *commands.warmUp  ? Command::WarmUp
                     : *commands.live    ? Command::Live
+                    : *commands.doctor  ? Command::Doctor
                                         : Command::Info;
   if (options.command == Command::Live) options.liveArguments = LiveArguments(*commands.live);
   std::string wrong;

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+// Libraries: which are loaded, and which others a program may get.
+#include "tools/doctor/Checks.h"
+#include "tools/Versions.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+#include <sstream>
+
+namespace vxtool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kPathVariable = "LD_LIBRARY_PATH";
+constexpr const char* kPlugin = "libvxcore-genicam.so";
+
+std::vector<std::string> PathVariableFolders()
+{
+  std::vector<std::string> folders;
+  const char* const value = std::getenv(kPathVariable); // NOLINT(concurrency-mt-unsafe): one thread
+  std::istringstream text(value ? value : "");
+  for (std::string folder; std::getline(text, folder, ':');) folders.push_back(folder.empty() ? "." : folder);
+  return folders;
+}
+
+bool IsIn(const fs::path& folder, const std::string& file)
+{
+  std::error_code error;
+  return fs::equivalent(folder, fs::path(file).parent_path(), error) && !error;
+}
+
+/// The folder that holds the program's own one; "" when it cannot be told.
+std::string ProgramPrefix()
+{
+  return fs::path(ProgramFile()).parent_path().parent_path();
+}
+
+/// By which rule the loader found a file.
+std::string RuleFor(const std::string& file)
+{
+  for (const std::string& folder : PathVariableFolders())
+    if (IsIn(folder, file)) return std::string("by ") + kPathVariable;
+  const std::string program = ProgramPrefix();
+  if (!program.empty() && program != "/usr" && file.starts_with(program + "/")) return "beside the program";
+  return "in the system's library folders";
+}
+
+/// Where this program and others may get their libraries from.
+std::vector<fs::path> UsualFolders(const std::string& loaded)
+{
+  std::vector<fs::path> folders;
+  for (const std::string& folder : PathVariableFolders()) folders.emplace_back(folder);
+  folders.push_back(fs::path(loaded).parent_path());
+  for (const std::string& prefix : {ProgramPrefix(), std::string("/usr/local"), std::string("/usr")}) {
+    folders.emplace_back(prefix + "/lib");
+    folders.emplace_back(prefix + "/lib/" + VXTOOL_MULTIARCH);
+  }
+  return folders;
+}
+
+/// The files behind all links that have the name, the loaded one among them.
+std::set<std::string> CopiesOf(const std::string& name, const std::string& loaded)
+{
+  std::set<std::string> copies = {loaded};
+  for (const fs::path& folder : UsualFolders(loaded)) {
+    std::error_code error;
+    const fs::path file = fs::canonical(folder / name, error);
+    if (!error) copies.insert(file.string());
+  }
+  return copies;
+}
+
+void CheckCopies(TFindings& findings, const TLoadedLibrary& library)
+{
+  const std::set<std::string> copies = CopiesOf(library.name + ".so.3", library.file);
+  if (copies.size() == 1) return;
+  std::string others;
+  for (const std::string& copy : copies)
+    if (copy != library.file) others += (others.empty() ? "" : ", ") + copy;
+  findings.Warn("there are several copies of " + library.name + "; this program uses " + library.file +
+                    ", another may use " + others,
+                "remove those that you do not want; `ldd PROGRAM | grep " + library.name +
+                    "` says which one a program uses");
+}
+
+void CheckPlugin(TFindings& findings, const std::string& core)
+{
+  std::error_code error;
+  const fs::path file = fs::path(core).parent_path() / kPlugin;
+  if (fs::exists(file, error)) return findings.Right("real cameras: " + file.string());
+  const char* const wanted = std::getenv("VXCORE_GENICAM"); // NOLINT(concurrency-mt-unsafe): one thread
+  if (!wanted || !*wanted) return findings.Right(std::string("real cameras: ") + kPlugin + " is not installed");
+  findings.Problem(std::string("VXCORE_GENICAM names cameras, and ") + kPlugin + " is not beside " + core,
+                   "apt install libvxcore-genicam");
+}
+
+} // namespace
+
+void CheckLibraries(TFindings& findings)
+{
+  for (const TLoadedLibrary& library : LoadedLibraries()) {
+    if (library.file.empty()) {
+      findings.Problem("the file of " + library.name + " cannot be told", "install it again");
+      continue;
+    }
+    const std::string build = library.buildId.empty() ? "" : ", build " + library.buildId;
+    findings.Right(library.name + " " + library.version + build + ": " + library.file + ", found " +
+                   RuleFor(library.file));
+    CheckCopies(findings, library);
+  }
+  const TLoadedLibrary flat = LoadedLibraries().front();
+  if (!flat.version.starts_with(VXTOOL_VERSION))
+    findings.Problem("the program is of version " VXTOOL_VERSION ", and " + flat.file + " of version " +
+                         flat.version,
+                     "install both from one release");
+  CheckPlugin(findings, LoadedLibraries().back().file);
+}
+
+} // namespace vxtool

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+// Writing the archive.
+#include "tools/doctor/TBundle.h"
+
+#include "tools/Json.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <fcntl.h>
+#include <memory>
+#include <nettle/sha2.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace vxtool {
+
+namespace {
+
+constexpr int kOwnerOnly = 0600;
+
+std::string Sha256Of(const std::string& text)
+{
+  sha256_ctx context;
+  sha256_init(&context);
+  sha256_update(&context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
+  std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+  sha256_digest(&context, digest.size(), digest.data());
+  std::string hexadecimal;
+  for (const std::uint8_t byte : digest) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", byte);
+    hexadecimal += digits;
+  }
+  return hexadecimal;
+}
+
+} // namespace
+
+TBundle::~TBundle()
+{
+  if (archive_) archive_write_free(archive_);
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+bool TBundle::Fail(const std::string& reason)
+{
+  if (error_.empty()) error_ = path_ + ": " + reason;
+  return false;
+}
+
+bool TBundle::Create(const std::string& path)
+{
+  path_ = path;
+  if (access(path.c_str(), F_OK) == 0) return Fail("exists already");
+  const std::string temporary = path + ".part";
+  const int file = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
+  if (file < 0) return Fail("cannot be created: " + std::generic_category().message(errno));
+  close(file);
+  temporary_ = temporary;
+  archive_ = archive_write_new();
+  if (!archive_) return Fail("no memory");
+  archive_write_set_format_pax_restricted(archive_);
+  archive_write_add_filter_gzip(archive_);
+  if (archive_write_open_filename(archive_, temporary.c_str()) != ARCHIVE_OK)
+    return Fail(archive_error_string(archive_));
+  return true;
+}
+
+bool TBundle::Write(const std::string& name, const std::string& text)
+{
+  if (!archive_ || !error_.empty()) return false;
+  const std::unique_ptr<archive_entry, decltype(&archive_entry_free)> entry(archive_entry_new(),
+                                                                            archive_entry_free);
+  archive_entry_set_pathname(entry.get(), name.c_str());
+  archive_entry_set_size(entry.get(), static_cast<la_int64_t>(text.size()));
+  archive_entry_set_filetype(entry.get(), AE_IFREG);
+  archive_entry_set_perm(entry.get(), kOwnerOnly);
+  archive_entry_set_mtime(entry.get(), std::time(nullptr), 0);
+  if (archive_write_header(archive_, entry.get()) != ARCHIVE_OK ||
+      archive_write_data(archive_, text.data(), text.size()) != static_cast<la_ssize_t>(text.size()))
+    return Fail(archive_error_string(archive_));
+  return true;
+}
+
+bool TBundle::Add(const std::string& name, const std::string& text)
+{
+  if (!Write(name, text)) return false;
+  entries_.push_back({name, text.size(), Sha256Of(text)});
+  return true;
+}
+
+bool TBundle::Close()
+{
+  Json files = Json::array();
+  for (const TEntry& entry : entries_)
+    files.push_back({{"name", entry.name}, {"bytes", entry.bytes}, {"sha256", entry.sha256}});
+  if (!Write("manifest.json", JsonLine({{"files", files}}))) return false;
+  if (archive_write_close(archive_) != ARCHIVE_OK) return Fail(archive_error_string(archive_));
+  if (link(temporary_.c_str(), path_.c_str()) != 0)
+    return Fail("cannot be created: " + std::generic_category().message(errno));
+  return true;
+}
+
+std::vector<std::string> TBundle::Names() const
+{
+  std::vector<std::string> names;
+  for (const TEntry& entry : entries_) names.push_back(entry.name);
+  names.emplace_back("manifest.json");
+  return names;
+}
+
+} // namespace vxtool
