@@ -41,7 +41,8 @@ ExitCode TAcquireCommand::Run()
   ExitCode code = ExitCode::Success;
   {
     const TInterrupt interrupt;
-    const std::optional<ExitCode> refused = SetUp();
+    std::optional<ExitCode> refused = Open();
+    if (!refused) refused = SetUp();
     code = refused ? *refused : TakeImages([] {});
   }
   if (!IsToWarmUp()) return code;
@@ -50,10 +51,15 @@ ExitCode TAcquireCommand::Run()
   return FirstOf(code, WarmUp());
 }
 
-std::optional<ExitCode> TAcquireCommand::SetUp()
+std::optional<ExitCode> TAcquireCommand::Open()
 {
   if (!camera_.Open(cameraNumber_)) return Fail(ExitCode::NoCamera, camera_.Error());
   if (!TRecordCommand(options_).CheckFiles()) return ExitCode::OutputError;
+  return std::nullopt;
+}
+
+std::optional<ExitCode> TAcquireCommand::SetUp()
+{
   const TCameraTurn turn(camera_.Handle());
   NoteOtherModel();
   isSetUp_ = setUp_.Apply(options_);

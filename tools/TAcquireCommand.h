@@ -34,7 +34,10 @@ public:
   }
   ExitCode Run();
 
-  /// Opens the camera and sets it up; how it ended, if it did not succeed. Needs a TInterrupt, as does the next step.
+  /// Opens the camera, and checks that files can be made; how it ended, if it did not succeed. Needs a TInterrupt, as do
+  /// the next steps.
+  std::optional<ExitCode> Open();
+  /// Sets the camera up; how it ended, if it did not succeed.
   std::optional<ExitCode> SetUp();
   /// Cools the sensor and takes the images. @param beforeStart  called when all else is ready
   ExitCode TakeImages(const std::function<void()>& beforeStart);

@@ -68,17 +68,18 @@ ExitCode TAcquireSeveral::Run()
   ExitCode code = ExitCode::Success;
   {
     const TInterrupt interrupt;
-    code = SetUp();
+    code = InTurn(&TAcquireCommand::Open);
+    if (code == ExitCode::Success) code = InTurn(&TAcquireCommand::SetUp);
     if (code == ExitCode::Success) code = TakeImages();
   }
   return FirstOf(code, WarmUp());
 }
 
-ExitCode TAcquireSeveral::SetUp()
+ExitCode TAcquireSeveral::InTurn(std::optional<ExitCode> (TAcquireCommand::*step)())
 {
   for (std::size_t index = 0; index < cameras_.size(); ++index) {
     const TCameraOutput output(rows_, index);
-    if (const std::optional<ExitCode> refused = cameras_[index]->SetUp()) return *refused;
+    if (const std::optional<ExitCode> refused = (cameras_[index].get()->*step)()) return *refused;
   }
   return ExitCode::Success;
 }

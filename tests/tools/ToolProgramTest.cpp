@@ -425,6 +425,18 @@ TEST_F(ToolProgram, CamerasTakeTheirOwnImagesAtTheSameTimeAndOneMayFail)
   EXPECT_TRUE(SeedHashOf(first) != 0 && SeedHashOf(second) != 0 && SeedHashOf(first) != SeedHashOf(second));
 }
 
+TEST_F(ToolProgram, NoCameraIsSetUpUnlessAllCanWriteTheirFiles)
+{
+  Configure(kTwoCameras);
+  directory_.File("precious", "1.fits");
+  const TOutcome outcome = Run({"acquire", "--camera", "0", "--camera", "1", "--save-settings",
+                                directory_.Path("{camera}.ini"), "--output", directory_.Path("{camera}.fits")});
+  EXPECT_EQ(outcome.exitCode, 4);
+  EXPECT_NE(outcome.errors.find("vxmcd: camera 1: "), std::string::npos) << outcome.errors;
+  EXPECT_FALSE(std::filesystem::exists(directory_.Path("0.ini")));
+  EXPECT_FALSE(std::filesystem::exists(directory_.Path("0.fits")));
+}
+
 TEST_F(ToolProgram, CtrlCEndsTheRecordingsOfAllCameras)
 {
   Configure(kTwoCameras);
