@@ -65,8 +65,8 @@ class Simulator:
     def advance(self, seconds, device=0):
         self._check(self._library.VXSIM_AdvanceTime(device, seconds))
 
-    def unplug(self, device=0):
-        self._check(self._library.VXSIM_SetPlugged(device, 0))
+    def unplug(self, device=0, plugged=False):
+        self._check(self._library.VXSIM_SetPlugged(device, int(plugged)))
 
     def open_cameras(self):
         return self._library.VXSIM_GetOpenCount()

@@ -530,21 +530,28 @@ class CameraWorker:
         recording, self._recording = self._recording, None
         if recording is None:
             return
-        lost, total = self._lost, self._total
         try:
             self._stop_run()
         finally:
-            if self._camera is not None and self._camera.is_open:
+            lost = self._lost
+            try:
                 self._camera._session.call("SetSpool", 0, 3, None)
-        counted = self._camera.count_lost_frames()
-        self._last_recording = {"name": recording.path.name, "stopped": is_stopped and recording.images > total,
-                                **self._result(recording.path), "lost": lost if counted is None else counted}
+                counted = self._camera.count_lost_frames()
+                lost = lost if counted is None else counted
+            except (VxmcdError, CameraStateError) as error:  # the camera is gone; what was recorded stays
+                _log.info("%s", error)
+            self._last_recording = {"name": recording.path.name, "stopped": is_stopped and recording.images > self._total,
+                                    **self._result(recording.path), "lost": lost}
 
     @staticmethod
     def _result(path):
+        """What is in the directory. Images after the last one are missing only where the run was to have them."""
         try:
             run = SpoolRun(path, salvage=True)
-            return {"state": run.state, "images": len(run), "missing": len(run.missing)}
+            missing = len(run.missing)
+            if run.state != "complete":
+                missing = run.numbers[-1] + 1 - len(run) if len(run) else 0
+            return {"state": run.state, "images": len(run), "missing": int(missing)}
         except (SpoolError, OSError) as error:
             return {"state": "failed", "images": 0, "missing": None, "text": str(error)}
 
