@@ -77,7 +77,7 @@ std::optional<ExitCode> TAcquireCommand::SetUp()
   return std::nullopt;
 }
 
-ExitCode TAcquireCommand::TakeImages(const std::function<void()>& beforeStart)
+ExitCode TAcquireCommand::TakeImages(const std::function<void()>& waitForOthers)
 {
   TProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
   if (options_.cooling.rampPerMinute && options_.cooling.targetCelsius) {
@@ -86,14 +86,17 @@ ExitCode TAcquireCommand::TakeImages(const std::function<void()>& beforeStart)
   if (options_.cooling.isWaiting) {
     if (const std::optional<ExitCode> end = WaitForTemperature(line)) return *end;
   }
+  waitForOthers(); // the files have the time from here on
+  if (TInterrupt::Happened())
+    return Fail(ExitCode::Interrupted, "interrupted; no image was taken"); // and no file made
   shape_ = {setUp_.ImageWidth(), setUp_.ImageHeight(), options_.depth};
   {
     const TCameraTurn turn(camera_.Handle());
     settings_ = Settings();
     facts_ = Facts();
   }
-  if (!IsRecorded()) return Fetch(line, beforeStart);
-  return ReportAndFinish(TRecordCommand(options_).Run(camera_, settings_, facts_, line, beforeStart));
+  if (!IsRecorded()) return Fetch(line, waitForOthers);
+  return ReportAndFinish(TRecordCommand(options_).Run(camera_, settings_, facts_, line, waitForOthers));
 }
 
 ExitCode TAcquireCommand::WarmUp()
@@ -163,11 +166,11 @@ std::optional<ExitCode> TAcquireCommand::WaitForTemperature(TProgressLine& line)
   return std::nullopt;
 }
 
-ExitCode TAcquireCommand::Fetch(TProgressLine& line, const std::function<void()>& beforeStart)
+ExitCode TAcquireCommand::Fetch(TProgressLine& line, const std::function<void()>& waitForOthers)
 {
   TOutputs outputs(options_.output);
   if (!outputs.Open(shape_, facts_)) return ExitCode::OutputError;
-  beforeStart();
+  waitForOthers();
   const auto show = [&](const TProgress& progress) {
     if (!options_.isQuiet) line.Show(progress);
   };

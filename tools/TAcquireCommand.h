@@ -39,8 +39,9 @@ public:
   std::optional<ExitCode> Open();
   /// Sets the camera up; how it ended, if it did not succeed.
   std::optional<ExitCode> SetUp();
-  /// Cools the sensor and takes the images. @param beforeStart  called when all else is ready
-  ExitCode TakeImages(const std::function<void()>& beforeStart);
+  /// Cools the sensor and takes the images.
+  /// @param waitForOthers  called when the sensor is cool, and again when only the start is left
+  ExitCode TakeImages(const std::function<void()>& waitForOthers);
   /// Whether WarmUp() is due, however the other steps have ended.
   bool IsToWarmUp() const { return options_.cooling.isWarmedUp && (isSetUp_ || setUp_.HasSwitchedCoolerOn()); }
   /// Needs a TInterrupt, which must not have happened.
@@ -59,7 +60,7 @@ private:
   TRunFacts Facts() const;
   /// Why an image cannot be taken in each interval, "" if it can.
   std::string WhyNotAtInterval() const;
-  ExitCode Fetch(TProgressLine& line, const std::function<void()>& beforeStart);
+  ExitCode Fetch(TProgressLine& line, const std::function<void()>& waitForOthers);
   template <typename Loop>
   ExitCode Finish(const Loop& loop, RunEnd end, TOutputs& outputs);
   bool PrintReport(const TRunResult& result);

@@ -7,9 +7,9 @@
 #include "vxmcd.h"
 
 #include <algorithm>
+#include <barrier>
 #include <cstdio>
 #include <exception>
-#include <latch>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -27,29 +27,18 @@ std::vector<std::string> NamesOf(const std::vector<TOptions>& options)
   return names;
 }
 
-// Counts its thread as ready for the start of all, at the latest when it ends.
-class TReady
+// Lets its thread wait for the others, which do not wait for it any more when it ends.
+class TInStep
 {
 public:
-  explicit TReady(std::latch& all) : all_(all) {}
-  ~TReady() { Note(); }
-  TReady(const TReady&) = delete;
-  TReady& operator=(const TReady&) = delete;
-  void WaitForAll()
-  {
-    Note();
-    all_.wait();
-  }
+  explicit TInStep(std::barrier<>& all) : all_(all) {}
+  ~TInStep() { all_.arrive_and_drop(); }
+  TInStep(const TInStep&) = delete;
+  TInStep& operator=(const TInStep&) = delete;
+  void WaitForOthers() { all_.arrive_and_wait(); }
 
 private:
-  void Note()
-  {
-    if (!isNoted_) all_.count_down();
-    isNoted_ = true;
-  }
-
-  std::latch& all_;
-  bool isNoted_ = false;
+  std::barrier<>& all_;
 };
 
 } // namespace
@@ -86,12 +75,12 @@ ExitCode TAcquireSeveral::InTurn(std::optional<ExitCode> (TAcquireCommand::*step
 
 ExitCode TAcquireSeveral::TakeImages()
 {
-  std::latch all(static_cast<std::ptrdiff_t>(cameras_.size()));
+  std::barrier<> all(static_cast<std::ptrdiff_t>(cameras_.size()));
   const auto take = [&all](TAcquireCommand& camera) {
-    TReady ready(all);
-    return camera.TakeImages([&ready] { ready.WaitForAll(); });
+    TInStep inStep(all);
+    return camera.TakeImages([&inStep] { inStep.WaitForOthers(); });
   };
-  return InThreads(take, [&all] { all.count_down(); });
+  return InThreads(take, [&all] { all.arrive_and_drop(); });
 }
 
 ExitCode TAcquireSeveral::WarmUp()

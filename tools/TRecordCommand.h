@@ -25,7 +25,7 @@ public:
   /// Warns when the disk has less room than the run needs. @pre  the camera is set up to record
   static void WarnOfFullDisk();
   /// Needs a TInterrupt. @param camera  is set up to record
-  /// @param beforeStart  called when all else is ready
+  /// @param beforeStart  called when only the start is left
   TRunResult Run(ICamera& camera, const TRunSettings& settings, const TRunFacts& facts, TProgressLine& line,
                  const std::function<void()>& beforeStart) const;
 
