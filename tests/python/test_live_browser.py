@@ -40,14 +40,16 @@ RED = [255, 32, 32]
 class Program:
     """vxmcd live, as a process."""
 
-    def __init__(self, directory):
+    def __init__(self, directory, cameras=GRADIENT, *options):
         self.directory = directory
+        self._options = list(options)
         self._port = []
-        (directory / "cameras.ini").write_text(GRADIENT)
+        (directory / "cameras.ini").write_text(cameras)
 
     def start(self):
         self._process = subprocess.Popen(
-            [sys.executable, "-m", "vxmcd.live", "--token", TOKEN, "--directory", str(self.directory), *self._port],
+            [sys.executable, "-m", "vxmcd.live", "--token", TOKEN, "--directory", str(self.directory),
+             *self._port, *self._options],
             env=dict(os.environ, VXCORE_CONFIG=str(self.directory / "cameras.ini")), stdout=subprocess.PIPE, text=True)
         self.link = self._process.stdout.readline().strip()
         self._port = ["--port", re.fullmatch(r"http://127\.0\.0\.1:(\d+)/#t=" + TOKEN, self.link)[1]]

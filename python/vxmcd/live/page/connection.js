@@ -5,7 +5,7 @@ const FIRST_WAIT_MS = 500;
 const LONGEST_WAIT_MS = 5000;
 const GOING_AWAY = 1001; // how a program that ends closes its connections
 
-/** Reports to a listener {opened(), lost(hasEnded), denied(isWrong), message(object), frame(ArrayBuffer)}. */
+/** Reports to a listener {opened(), lost(hasEnded), denied(hadToken, text), message(object), frame(ArrayBuffer)}. */
 export class Connection {
   constructor(listener) {
     this._listener = listener;
@@ -57,7 +57,8 @@ export class Connection {
     const body = JSON.stringify({ token: this._token ?? "" });
     const answer = await fetch("login", { method: "POST", body, headers: { "Content-Type": "application/json" } });
     if (answer.ok) return true;
-    this._listener.denied(Boolean(this._token), (await answer.text()).slice(0, 300));
+    const text = answer.status === 403 || answer.status === 401 ? "" : await answer.text();
+    this._listener.denied(Boolean(this._token), text.slice(0, 300));
     return false;
   }
 

@@ -91,9 +91,8 @@ class Page {
   denied(hadToken, text) {
     this._showPhase("offline");
     $("gate-form").hidden = false;
-    this._showGate(hadToken ? "The token is wrong" : "A token is needed",
-      `${text ? `${text}\n\n` : ""}Open the link that vxmcd live has printed, with everything behind the #, or type its token ` +
-      "(behind #t=).");
+    this._showGate(text || (hadToken ? "The token is wrong" : "A token is needed"),
+      "Open the link that vxmcd live has printed, with everything behind the #, or type its token (behind #t=).");
     $("token").focus();
   }
 

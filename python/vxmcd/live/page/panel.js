@@ -75,10 +75,11 @@ export class SettingsPanel {
   }
 
   update({ state, settings, limits, temperature }, mayControl) {
-    const mayChangeRun = mayControl && state !== "recording";
+    const isOpen = mayControl && state !== "closed";
+    const mayChangeRun = isOpen && state !== "recording";
     for (const [name, row] of this._rows) {
       if (settings && name in settings) row.update(settings[name]);
-      row.enable(COOLING_ROWS.some(cooling => cooling.name === name) ? mayControl : mayChangeRun);
+      row.enable(COOLING_ROWS.some(cooling => cooling.name === name) ? isOpen : mayChangeRun);
     }
     for (const id of ["area-draw", "area-whole"]) $(id).disabled = !mayChangeRun;
     if (settings) {
@@ -237,7 +238,7 @@ export class SavePanel {
     this._isRecording = state === "recording";
     $("record-form").hidden = this._isRecording;
     $("recording").hidden = !this._isRecording;
-    for (const input of $("record-form").elements) input.disabled = !mayControl;
+    for (const input of $("record-form").elements) input.disabled = !mayControl || state === "closed";
     $("snapshot").disabled = !mayControl && $("snapshot-format").value !== "png";
     $("stop").disabled = !mayControl;
     if (this._isRecording && recording) this._show(recording, lost);

@@ -320,8 +320,14 @@ export class Stage {
   _markArea() {
     const { x, y, w, h } = this.area;
     const [left, top] = this._toCss(x, y), [right, bottom] = this._toCss(x + w, y + h);
-    this._stroke(DRAFT, context => context.rect(left, top, right - left, bottom - top));
-    const below = bottom + 34 < this.element.clientHeight ? bottom + 16 : Math.max(top + 16, 16);
+    const { _context: context, element } = this;
+    context.fillStyle = "#0007";
+    context.beginPath();
+    context.rect(0, 0, element.clientWidth, element.clientHeight);
+    context.rect(left, top, right - left, bottom - top);
+    context.fill("evenodd");
+    this._stroke(DRAFT, () => context.rect(left, top, right - left, bottom - top));
+    const below = bottom + 34 < element.clientHeight ? bottom + 16 : Math.max(top + 16, 16);
     this._text(`${w} x ${h}`, left + 4, below);
     this._text("Enter applies, Esc cancels", left + 4, below + 16);
   }
