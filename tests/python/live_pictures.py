@@ -20,22 +20,23 @@ Scene = beads
 Seed = 3
 TimeScale = 60
 """
-LIVE = "document.getElementById('phase').dataset.phase === 'live' && parseFloat(document.getElementById('rate-shown').textContent) > 10"
+LIVE = """document.getElementById('phase').dataset.phase === 'live' && document.getElementById('reduced').hidden &&
+    parseFloat(document.getElementById('rate-shown').textContent) > 15"""
 
 
 def settle(page):
     """Some images later."""
     image = int(page.text("#frame").split()[1])
     page.wait(f"document.getElementById('frame').textContent.split(' ')[1] > {image + 100}")
-    page.wait(LIVE.replace("'live'", "document.getElementById('phase').dataset.phase"))
+    page.wait(LIVE)
 
 
 def beads(page, directory):
     page.click("#set-cooler")
-    choose(page, "#set-exposure", "5 ms")
+    choose(page, "#set-exposure", "20 ms")
     page.key("Escape")
-    page.wait("document.getElementById('temperature').textContent.includes('stable')")
-    page.drag((230, 120), (600, 430), shift=True)
+    page.wait("document.getElementById('temperature').textContent.includes(', stable')")
+    page.drag((170, 358), (480, 352), shift=True)
     settle(page)
     page.screenshot(directory / "live.png")
 

@@ -214,6 +214,8 @@ class CameraWorker:
     def _obey(self):
         while not self._commands.empty():
             act, arguments, future = self._commands.get()
+            if not future.set_running_or_notify_cancel():  # nobody waits any more: the program ends
+                continue
             try:
                 answer = act(*arguments)
             except Exception as error:
@@ -226,7 +228,9 @@ class CameraWorker:
 
     def _answer_commands(self, error):
         while not self._commands.empty():
-            self._commands.get()[2].set_exception(error)
+            future = self._commands.get()[2]
+            if future.set_running_or_notify_cancel():
+                future.set_exception(error)
 
     def _need_camera(self):
         if self._camera is None:
