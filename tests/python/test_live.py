@@ -334,6 +334,11 @@ def test_pages_see_and_change_the_camera(tmp_path):
         assert (await second.fetch("files/cameras.ini"))[0] == 404
         assert (await second.ask(do="open", camera=1))["ok"]
         await second.watch(lambda: second.state["camera"]["model"] == "TARN 1M" and second.headers[-1]["imageWidth"] == 1280)
+        seen = len(first.images)
+        assert (await first.ask(set={"exposure": 0.002}))["ok"]
+        await first.watch(lambda: len(first.images) > seen + 5)  # the first camera goes on
+        assert first.headers[-1]["imageWidth"] == 16 and first.state["viewers"] == second.state["viewers"] == 1
+        assert frame_number(first.images[-1]) == first.headers[-1]["number"]
         await first.close(), await second.close()
     with Program(tmp_path) as program:
         asyncio.run(use(program))

@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import collections
 import concurrent.futures
-import ctypes
 import logging
 import os
 import queue
@@ -14,14 +13,13 @@ import threading
 import time
 import warnings
 from pathlib import Path
-from typing import Callable, Dict, List, Optional
+from typing import Callable, Dict, Optional
 
 import numpy as np
 
 from .. import _run, raw
 from .._area import Area
 from .._run import Run
-from .._session import camera_count
 from .._tick_gaps import TickGaps
 from ..camera import Camera
 from ..errors import CameraStateError, ClippedWarning, VxmcdError
@@ -124,7 +122,6 @@ class CameraWorker:
         self._has_failed = False
         self._run_number = 0
         self._next_open = self._next_status = self._next_temperature = self._next_image = 0.0
-        self._cameras: List[Dict[str, object]] = []
         self._camera_status: Dict[str, object] = {}
         self._temperature: Dict[str, object] = {}
         self._published: Dict[str, object] = {}
@@ -147,16 +144,12 @@ class CameraWorker:
         else:
             self._close()
 
-    def cameras(self) -> List[Dict[str, object]]:
-        """The attached cameras, as far as it is known what they are."""
-        return self._cameras
-
     def watched(self, viewers: int) -> None:
         """How many viewers there are."""
         self._viewers = viewers
 
     def submit(self, command: str, *arguments) -> "concurrent.futures.Future":
-        """Asks for set, trigger, open, start, record or stop. The future has the answer or the error."""
+        """Asks for set, trigger, start, record or stop. The future has the answer or the error."""
         future: "concurrent.futures.Future" = concurrent.futures.Future()
         self._commands.put((getattr(self, f"_do_{command}"), arguments, future))
         return future
@@ -311,24 +304,6 @@ class CameraWorker:
             raise CameraStateError("no run is under way")
         camera.trigger()
 
-    def _do_open(self, number):
-        """Opens another camera in place of this one."""
-        if self._recording:
-            raise CameraStateError("a recording is under way: stop it first")
-        if isinstance(number, bool) or not isinstance(number, int):
-            raise ValueError("a camera has a number")
-        if self._camera is not None and number == self.number:
-            return
-        before = self.number, self._settings
-        self._close()
-        self.number, self._settings = number, {}
-        try:
-            self._open()
-        except Exception:
-            self.number, self._settings = before
-            self._next_open = 0.0
-            raise
-
     def _do_start(self):
         """Runs again after a failure."""
         self._error, self._has_failed = None, False
@@ -401,16 +376,7 @@ class CameraWorker:
             camera.close()
             raise
         self._error, self._has_failed = None, False
-        self._list_cameras()
         self._on_status({"opened": self._camera_status["camera"]})
-
-    def _list_cameras(self):
-        """Numbers, and models of those that were open once: opening the others would disturb programs that use them."""
-        known = {entry["number"]: entry for entry in self._cameras}
-        known[self.number] = {"number": self.number,
-                              **{key: self._camera_status["camera"][key] for key in ("model", "serial")}}
-        unknown = {"model": None, "serial": None}
-        self._cameras = [known.get(number) or {"number": number, **unknown} for number in range(camera_count())]
 
     def _reopen(self):
         self._next_open = time.monotonic() + _REOPEN_SECONDS

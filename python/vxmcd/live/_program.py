@@ -19,12 +19,11 @@ from typing import Dict, List, Optional
 from aiohttp import web
 
 from .. import _settings
+from .._session import camera_count
 from ..errors import CameraStateError, LibraryError, NoCameraError, VxmcdError
 from . import _access
 from ._camera_worker import CameraWorker
-from ._frames import Frames
 from ._server import Server
-from ._state import Control
 
 _USAGE, _NO_CAMERA, _CAMERA, _OUTPUT, _INTERRUPTED = 1, 2, 3, 4, 130
 _PORT, _PORTS = 8765, 20
@@ -137,14 +136,17 @@ async def _serve(options, settings, listener) -> int:
     port = listener.getsockname()[1]
     token = None if options.no_token else options.token or secrets.token_urlsafe(32)
     own_names = [socket.gethostname()] if options.bind in ("0.0.0.0", "::") else []
-    frames = Frames()
+    directory = Path(options.directory)
+
+    def make_worker(number, frames, on_frame, on_status):
+        own = settings if number == options.camera else {}
+        return CameraWorker(number, frames, directory, own, options.fps, on_frame, on_status)
+
     access = _access.Access(token, [*options.allow_host, *own_names], port)
-    server = Server(access, frames, Control(options.read_only), Path(options.directory))
-    worker = CameraWorker(options.camera, frames, Path(options.directory), settings, options.fps, server.post_frame,
-                          server.post_status)
+    server = Server(access, options.read_only, directory, make_worker, camera_count)
     loop = asyncio.get_running_loop()
     try:
-        await loop.run_in_executor(None, worker.open_first)
+        await server.begin(options.camera)
     except NoCameraError as error:
         return _fail(_NO_CAMERA, str(error))
     except (VxmcdError, CameraStateError, ValueError, TypeError) as error:
@@ -162,16 +164,13 @@ async def _serve(options, settings, listener) -> int:
 
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         loop.add_signal_handler(number, end, number)
-    worker.start()
     try:
         await runner.setup()
         await web.SockSite(runner, listener, shutdown_timeout=0.2).start()
-        server.begin(worker)
         _say_where(options, port, token)
         await ended.wait()
     finally:
         await server.end()
-        await loop.run_in_executor(None, worker.stop)
         await runner.cleanup()
     return _INTERRUPTED
 

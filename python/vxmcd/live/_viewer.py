@@ -6,7 +6,7 @@ import asyncio
 import collections
 import json
 import time
-from typing import Callable, Dict, Optional
+from typing import Dict, Optional
 
 from aiohttp import web
 
@@ -19,11 +19,12 @@ _LINE_SECONDS = 0.1
 
 class Viewer:
     """Sends the newest image when the page has drawn earlier ones, and of each kind of text the newest. Nothing waits in a
-    queue but answers. For the thread of the event loop; `encode` makes pictures on another one."""
+    queue but answers. For the thread of the event loop; channel.encode() makes pictures on another one."""
 
-    def __init__(self, number: int, socket: web.WebSocketResponse, frames: Frames, encode: Callable):
+    def __init__(self, number: int, socket: web.WebSocketResponse, channel):
         self.number = number
         self.socket = socket
+        self.channel = channel  # the camera that the page shows
         self.view: Optional[View] = None  # nothing is sent before the page has said what it shows
         self.cursor = None
         self.line = None
@@ -31,8 +32,7 @@ class Viewer:
         self.frozen: Optional[Image] = None  # the page keeps this one
         self.reduction = Reduction()
         self._credit = Credit()
-        self._frames = frames
-        self._encode = encode
+        self._frames = channel.frames
         self._wake = asyncio.Event()
         self._texts: Dict[str, str] = {}
         self._results = collections.deque()
@@ -40,6 +40,14 @@ class Viewer:
         self._has_new_view = False  # since the last image was sent
         self._next_line = 0.0
         self._recent = collections.deque(maxlen=3)  # images that the page may show now
+
+    def show(self, frames: Frames) -> None:
+        """From now on the images are these, of another camera."""
+        self._frames = frames
+        self.shown = self.frozen = self._waiting = None
+        self._recent.clear()
+        self._texts.clear()
+        self._wake.set()
 
     def look_at(self, view: View) -> None:
         """Another part of the image is visible: it is sent, even if the page has another part of this image."""
@@ -117,7 +125,11 @@ class Viewer:
         self._has_new_view = False
         self.reduction.frame(now, True)
         view = self.view._replace(has_one_byte=True) if self.reduction.has_one_byte else self.view
-        picture = await self._encode(image, view, self.reduction.coarser)
+        frames = self._frames
+        picture = await self.channel.encode(image, view, self.reduction.coarser)
+        if self._frames is not frames:  # another camera meanwhile
+            self._wake.set()
+            return
         before, self.shown = self.shown, image
         self._recent.append(image)
         is_next = before is not None and before.run == image.run
