@@ -195,7 +195,7 @@ class Page {
     } else if (dialog.open) {
       dialog.close();
     }
-    $("camera").disabled = !isMine;
+    $("camera").disabled = !this.connection.isOpen;
   }
 
   _enable(isEnabled) {
