@@ -17,7 +17,8 @@
  *    stated for it.
  * 5. Functions may be called from any thread, but one camera's functions are meant for one thread at a time: do
  *    not open, close or switch cameras while other threads use them. One thread may wait (WaitForAcquisition() and
- *    its forms) while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function.
+ *    its forms) while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function. The current
+ *    camera is the same for all threads: those that use several cameras take turns at choosing one and calling.
  * 6. Only the functions that say so block; the others return after a few calls into the feature library.
  * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do
  *    not call SetCurrentCamera() until the run has ended. With vxmcd_SetIndependentCameras() any number of cameras
@@ -120,7 +121,8 @@ VXMCD_DECORATED struct TCamera* getCameraFromHandle(long handle);
  * With 0, which is the default, a run takes its frames from the camera that is current at the moment, so that one camera
  * acquires at a time. With 1 a run belongs to the camera that started it: whichever camera is current meanwhile, its
  * frames, its end and its recording are those of its own camera. SetCurrentCamera() then only chooses which camera the
- * next calls are for, also while cameras acquire; wait for any of them with WaitForAcquisitionByHandle().
+ * next calls are for, also while cameras acquire; WaitForAcquisitionByHandle() needs no choice. The memory of all cameras'
+ * images shares a budget, see StartAcquisition().
  *
  * The environment variable VXMCD_INDEPENDENT_CAMERAS, read when the library is loaded, sets it for programs that do not
  * call this function: 1 is on, 0 and nothing are off.
@@ -926,7 +928,9 @@ VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* ma
  * finished instead, for as long as the disk makes progress; AbortAcquisition() from another thread then ends the start,
  * and the series continues to its end.
  * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when the camera refuses, the earlier run does not end, or there is not
- *         enough memory: for all images of a finite run that is not written to disk, and for two images in other runs;
+ *         enough memory: for all images of a finite run that is not written to disk, and for two images in other runs.
+ *         With vxmcd_SetIndependentCameras() also when the memory of all cameras together would exceed three quarters of
+ *         the machine's or of its control group's limit;
  *         #RC_START_REFUSED when the camera refuses a mode or count that could not be written earlier, or it still
  *         cannot be written because the earlier run has not ended, and after an internal failure; #RC_FEATURE_ERROR,
  *         #RC_ACQUIRING are reserved
