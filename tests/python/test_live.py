@@ -310,9 +310,9 @@ def test_pages_see_and_change_the_camera(tmp_path):
         result = await first.ask(set={"exposure": 0.003})
         assert result["ok"] and result["value"] == pytest.approx(0.003, rel=0.01)
         result = await first.ask(set={"exposure": 1e9})
-        assert not result["ok"] and result["code"] == 20066 and result["name"] == "RC_P1_INVALID" and result["meaning"]
-        for wrong in ({"set": {"nothing": 1}}, {"set": {}}, {"set": {"exposure": "long"}}, {"set": {"bits": 32}}, {"do": "fly"},
-                      {"do": "record", "name": "../up"}, {"do": "record", "name": "x", "images": -1},
+        assert (result["ok"], result["code"], result["name"]) == (False, 20066, "RC_P1_INVALID") and " to " in result["detail"]
+        for wrong in ({"set": {"nothing": 1}}, {"set": {}}, {"set": {"exposure": "long"}}, {"set": {"bits": 32}}, {"set": {"bits": 8}},
+                      {"do": "fly"}, {"do": "record", "name": "../up"}, {"do": "record", "name": "x", "images": -1},
                       {"do": "stop"}, {"do": "open", "camera": 7}, {"do": "snapshot", "format": "gif"}):
             result = await first.ask(**wrong)
             assert not result["ok"] and result["meaning"], wrong
@@ -361,11 +361,13 @@ def test_recording_loses_nothing_to_viewers(tmp_path):
         assert len(stalled.headers) - seen <= 2  # newer ones wait until these are drawn
         assert (await pages[0].ask(do="record", name="second"))["ok"]  # until the program ends
         await pages[0].watch(lambda: (pages[0].state.get("recording") or {}).get("images", 0) > 50)
+        assert program.end()[0] == 130
+        with pytest.raises(AssertionError, match="1001"):  # going away: the page says that the program has ended
+            await pages[0].watch(lambda: False, acknowledges=False)
         for page in pages:
             await page.close()
     with Program(tmp_path) as program:
         asyncio.run(use(program))
-        assert program.end()[0] == 130
     run = SpoolRun(tmp_path / "run", verify=True)
     assert run.state == "complete" and [frame_number(image) for image in run] == list(range(1, 2001))
     second = SpoolRun(tmp_path / "second", verify=True)

@@ -241,15 +241,10 @@ class CameraWorker:
             raise CameraStateError("a recording is under way: stop it first")
         with warnings.catch_warnings(record=True) as notes:
             warnings.simplefilter("always", ClippedWarning)
-            if self._run is None or name in _DURING_RUN:
-                try:
-                    self._set(camera, name, value)
-                except (VxmcdError, CameraStateError):
-                    if self._run is None or self._recording:
-                        raise
-                    self._set_between_runs(camera, name, value)
-            else:
-                self._set_between_runs(camera, name, value)
+            try:
+                self._set_now_or_between_runs(camera, name, value)
+            except VxmcdError as error:
+                raise self._with_limits(error, name) from None
         # A run waits for an image as long as its first settings need.
         if self._run is not None and not self._recording and camera.cycle_time > self._cycle + _LONGER_CYCLE_SECONDS:
             self._stop_run()
@@ -260,6 +255,22 @@ class CameraWorker:
             answer["note"] = str(clipped[-1])
         return answer
 
+    def _set_now_or_between_runs(self, camera, name, value):
+        if self._run is None or name in _DURING_RUN:
+            try:
+                self._set(camera, name, value)
+                return
+            except (VxmcdError, CameraStateError):
+                if self._run is None or self._recording:
+                    raise
+        self._set_between_runs(camera, name, value)
+
+    def _with_limits(self, error, name):
+        limits = self._camera_status["limits"].get(name)
+        if error.code != raw.RC_P1_INVALID or not limits or None in limits:
+            return error
+        return VxmcdError(error.function, error.code, "from {:g} to {:g} is accepted".format(*limits))
+
     def _set_between_runs(self, camera, name, value):
         self._stop_run()
         self._set(camera, name, value)  # the run starts again by itself
@@ -269,10 +280,23 @@ class CameraWorker:
             camera.set_fan(value)
         elif name == "area":
             self._set_area(camera, value)
+        elif name in ("bits", "encoding"):
+            self._set_depth(camera, name, value)
         else:
             setattr(camera, name, tuple(value) if name == "binning" and isinstance(value, list) else value)
         if name in ("exposure", "cycle_time", "frame_rate"):
             self._gaps.restart()
+
+    @staticmethod
+    def _set_depth(camera, name, value):
+        """Bits and encoding have to go together, which the camera says at the start of a run only."""
+        before = camera._bits if name == "bits" else camera.encoding
+        setattr(camera, name, value)
+        try:
+            camera._check_bits()
+        except ValueError:
+            setattr(camera, name, before)
+            raise
 
     @staticmethod
     def _set_area(camera, value):
@@ -397,7 +421,7 @@ class CameraWorker:
 
     def _fail(self, error):
         """A run or a call has failed. A camera that does not answer any more is closed, and opened again later."""
-        _log.error("%s", error, exc_info=not isinstance(error, (VxmcdError, CameraStateError)))
+        _log.error("%s", error, exc_info=not isinstance(error, (VxmcdError, CameraStateError, ValueError)))
         self._error, self._has_failed = _description.problem(error), True
         for end in (self._end_recording, self._stop_run):
             try:

@@ -61,6 +61,7 @@ class Server:
         self._numbers = 0
         self._loop = asyncio.get_running_loop()
         self._tasks = []
+        self._is_ending = False
         self.application = web.Application(middlewares=[self._check], client_max_size=_LOGIN_BYTES)
         self.application.add_routes([
             web.get("/", self._page), web.get("/wire.js", self._wire), web.post("/login", self._login),
@@ -74,12 +75,13 @@ class Server:
 
     async def end(self) -> None:
         """Tells the pages that the program has ended, closes them, and closes the cameras."""
+        self._is_ending = True
         for task in self._tasks:
             task.cancel()
         for viewer in list(self._viewers.values()):
             try:
                 await asyncio.wait_for(viewer.socket.send_str(json.dumps({"end": "the program has ended"})), 0.2)
-                await asyncio.wait_for(viewer.socket.close(code=1001, message=b"the program has ended"), 0.2)
+                await asyncio.wait_for(self._close_at_end(viewer.socket), 0.2)
             except (asyncio.TimeoutError, ConnectionError):
                 pass
         await asyncio.gather(*(channel.close() for channel in self._requests.channels.values()))
@@ -156,14 +158,20 @@ class Server:
         self._first.greet(viewer, self._requests.cameras())
         self._first.tell_state()
         sending = self._loop.create_task(viewer.send())
-        sending.add_done_callback(lambda _: self._loop.create_task(socket.close()))
+        sending.add_done_callback(lambda done: done.cancelled() or self._loop.create_task(socket.close()))
         try:
             await self._receive(viewer)
         finally:
             sending.cancel()
             del self._viewers[viewer.number]
             viewer.channel.leave(viewer)
+        if self._is_ending:  # otherwise the end of this function closes it, as if the page had gone
+            await self._close_at_end(socket)
         return socket
+
+    @staticmethod
+    async def _close_at_end(socket):
+        await socket.close(code=1001, message=b"the program has ended")
 
     async def _receive(self, viewer):
         left, since = float(_MESSAGES_A_SECOND), time.monotonic()
