@@ -2,6 +2,7 @@
 """The page of the live view in a real browser, with the real program and a simulated camera."""
 import os
 import re
+import shutil
 import signal
 import subprocess
 import sys
@@ -20,7 +21,7 @@ if browsers.PROGRAM is None:
 TOKEN = "token-of-the-test"
 # A still picture without noise, part of it saturated.
 GRADIENT = """[Simulator]
-Cameras = 1
+Cameras = 2
 [Camera0]
 Model = RQ512_LX
 Scene = gradient
@@ -31,6 +32,9 @@ PhotonsPerSecond = 1.2e7
 Value = 160
 [Camera0.SensorHeight]
 Value = 120
+[Camera1]
+Model = TARN 1M
+Scene = dark
 """
 COLUMNS, ROWS = 160, 120
 BLACK, WHITE = 150, 3000
@@ -253,6 +257,34 @@ def test_recording_with_a_bar(page, program):
     images = int(re.search(r"run1: (\d+) images, 0 lost", page.text("#saved"))[1])
     assert len(SpoolRun(program.directory / "run1")) == images > 0
     assert page.evaluate("document.getElementById('record-name').value") == "run2"
+
+
+def test_snapshot_of_a_frozen_picture(page, program, image):
+    page.key(" ")
+    frozen = page.text("#frame")
+    page.key("s")
+    page.wait("!!document.querySelector('#saved a')")
+    name = page.text("#saved a")
+    path = program.directory / name
+    assert page.evaluate("fetch(document.querySelector('#saved a').href).then(answer => answer.blob()).then(b => b.size)") == (
+        path.stat().st_size)
+    if shutil.which("fitsverify"):
+        assert "found 0 warning(s) and 0 error(s)" in subprocess.run(["fitsverify", path], capture_output=True, text=True).stdout
+    pixels = path.read_bytes()[-2880 * -(-image.nbytes // 2880):]  # the last blocks of 2880 bytes
+    assert (np.frombuffer(pixels, ">i2", image.size).astype(int) + 32768 == image.reshape(-1)).all()
+    page.key("2")
+    page.wait("document.getElementById('zoom').textContent === '200 %'")
+    assert page.text("#frame") == frozen
+    page.key(" ")
+    page.wait(f"document.getElementById('frame').textContent !== '{frozen}'")
+
+
+def test_another_camera(page):
+    page.evaluate("document.getElementById('camera').value = '1'")
+    page.evaluate("document.getElementById('camera').dispatchEvent(new Event('change'))")
+    page.wait("document.title.startsWith('TARN 1M') && document.getElementById('empty').hidden")
+    page.wait("document.getElementById('area').textContent === '1280 x 1024 at 1, 1'")
+    page.wait("document.getElementById('phase').dataset.phase === 'live'")
 
 
 def test_page_connects_again_when_the_program_does(browser, tmp_path):

@@ -135,7 +135,8 @@ class Viewer:
         is_next = before is not None and before.run == image.run
         has_new_area = before is None or before.pixels.shape != image.pixels.shape or (
             before.camera.get("settings", {}).get("area") != image.camera.get("settings", {}).get("area"))
-        message = picture.message(image.value(self.cursor), image.number - before.number if is_next else 1, has_new_area)
+        since = max(image.number - before.number, 0) if is_next else 1  # a frozen image is older
+        message = picture.message(image.value(self.cursor), since, has_new_area)
         self._credit.send(image.number, now)
         await self.socket.send_bytes(message)
         self.put_line()

@@ -53,7 +53,7 @@ class Page {
     const ask = message => this._ask(message);
     this.panel = new SettingsPanel(ask);
     this.histogram = new HistogramPanel(this.stage.stretch, () => this._stretchChanged());
-    this.save = new SavePanel(ask, () => this.stage.picture.toBlob());
+    this.save = new SavePanel(ask, this.stage.picture);
     this.profile = new ProfilePlot($("profile-plot"));
     this._listen();
     this._showPhase("connecting");
@@ -119,6 +119,7 @@ class Page {
   _hello(hello) {
     this._hasEnded = false;
     this.viewer = hello.viewer;
+    if (this.camera && this.camera.camera !== hello.camera?.camera) this._forgetPicture();
     this.camera = hello.camera ?? {};
     document.title = this.camera.model ? `${this.camera.model} – vxmcd live` : "vxmcd live";
     this.panel.describe(this.camera, hello.curve);
@@ -127,6 +128,19 @@ class Page {
       Object.assign(document.createElement("option"), { value: number, textContent: model ? `${number}: ${model}` : `camera ${number}` })));
     $("camera").value = String(this.camera.camera ?? 0);
     this._update(hello);
+  }
+
+  /** Another camera: nothing of the one before stays on the screen. */
+  _forgetPicture() {
+    this._waiting = null;
+    this.isFrozen = false;
+    $("freeze").setAttribute("aria-pressed", "false");
+    $("empty").hidden = false;
+    $("frame").textContent = "";
+    $("saturated").textContent = "";
+    this.stage.forget();
+    this.histogram.setHistogram(null);
+    this._requestView();
   }
 
   _update(state) {
@@ -436,6 +450,11 @@ class Page {
       return row;
     }));
     document.addEventListener("keydown", event => this._key(event));
+    // After a choice with the mouse the keys are the page's again, and do not choose among the list's words.
+    let isMouse = false;
+    document.addEventListener("pointerdown", () => { isMouse = true; }, true);
+    document.addEventListener("keydown", () => { isMouse = false; }, true);
+    document.addEventListener("change", ({ target }) => { if (isMouse && target.matches("select")) $("stage").focus(); });
     setInterval(() => this._countShown(), SHOWN_MS / 2);
   }
 

@@ -217,11 +217,11 @@ export class HistogramPanel {
   }
 }
 
-/** Snapshot and recording. `pngOf` makes a PNG of the picture as it is seen. */
+/** Snapshot and recording, of the image that `picture` shows. */
 export class SavePanel {
-  constructor(ask, pngOf) {
+  constructor(ask, picture) {
     this._ask = ask;
-    this._pngOf = pngOf;
+    this._picture = picture;
     $("snapshot-form").addEventListener("submit", event => {
       event.preventDefault();
       this.snapshot();
@@ -256,16 +256,17 @@ export class SavePanel {
     const format = $("snapshot-format").value;
     if (format === "png") {
       const link = Object.assign(document.createElement("a"), { download: "vxmcd-live.png" });
-      link.href = URL.createObjectURL(await this._pngOf());
+      link.href = URL.createObjectURL(await this._picture.toBlob());
       link.click();
       setTimeout(() => URL.revokeObjectURL(link.href), 60000);
-      this._say("The picture was downloaded as vxmcd-live.png.");
-      return;
+      return this._say("The picture was downloaded as vxmcd-live.png.");
     }
+    if (!this._picture.frame) return this._say("There is no image yet.", true);
     this._say("saving …");
-    const result = await this._ask({ do: "snapshot", format });
+    const result = await this._ask({ do: "snapshot", format, number: this._picture.frame.number });
     if (result.ok) this._say("Saved: ", false, result.value);
     else this._say(problem(result), true);
+    return undefined;
   }
 
   /** What became of the last recording, once. */

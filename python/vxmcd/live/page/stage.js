@@ -48,6 +48,16 @@ export class Stage {
     else this._mark();
   }
 
+  /** No picture, and no marks in it. */
+  forget() {
+    this.crosshair = this.area = null;
+    this.isDrawingArea = false;
+    this.element.classList.remove("drawing-area");
+    if (this.line) this._setLine(null);
+    this.stretch.setAuto(this.stretch.isAuto);
+    this.show(null);
+  }
+
   fit() {
     this.view.fit();
     this._changed();
