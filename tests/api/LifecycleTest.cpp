@@ -63,6 +63,7 @@ TEST_F(Lifecycle, ChildOfAForkHasNoCamera)
     long count = 0;
     const bool isRight = GetAvailableCameras(&count) == RC_NOT_SUPPORTED &&
                          GetStatus(&status) == RC_NOT_INITIALIZED && StartAcquisition() == RC_NOT_INITIALIZED &&
+                         vxmcd_SetIndependentCameras(0) == RC_NOT_SUPPORTED &&
                          Initialize(nullptr) == RC_NO_CAMERA && ShutDown() == RC_NOT_INITIALIZED;
     _exit(isRight ? 0 : 1);
   }
