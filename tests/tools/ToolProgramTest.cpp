@@ -73,7 +73,7 @@ TEST_F(ToolProgram, MessagesNameWhatWasGivenAndWhatIsAccepted)
   Configure(kSmallCamera);
   const std::pair<std::vector<std::string>, const char*> wrong[] = {
       {{"aquire", "--frames", "3"}, "aquire: there is no such command; the nearest is acquire"},
-      {{"dance"}, "dance: there is no such command; there are list, info, get, set, acquire, warm-up, convert"},
+      {{"dance"}, "dance: there is no such command; there are list, info, get, set, acquire"},
       {{"acquire", "--expsoure=1"}, "--expsoure: there is no such option; the nearest is --exposure"},
       {{"convert", "--salv", "run"}, "--salv: there is no such option; the nearest is --salvage"},
       {{"acquire", "--area", "0,1,5x5"},
