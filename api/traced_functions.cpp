@@ -12,9 +12,9 @@ constexpr TTracedFunction kTracedFunctions[FunctionNumber::kCount] = {
 #define OUTSIDE_FUNCTION(name, signature) {Trace::kApi, #name, signature},
 #include "api/entry_points.def"
 // Nothing is known of the arguments of most of them.
-#define FIXED_RESULT(name, code, reason) {Trace::kApi, #name, "code"},
-#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason) {Trace::kApi, #name, "code"},
-#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason) {Trace::kApi, #name "Decorated", "code"},
-#define FIXED_VALUE(name, parameters, outputs, type, value, code, reason) {Trace::kApi, #name, "code"},
+#define FIXED_RESULT(name, code, reason) {Trace::kApi, #name, "unused"},
+#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason) {Trace::kApi, #name, "unused"},
+#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason) {Trace::kApi, #name "Decorated", "unused"},
+#define FIXED_VALUE(name, parameters, outputs, type, value, code, reason) {Trace::kApi, #name, "unused"},
 #include "api/fixed_results.def"
 };

@@ -53,8 +53,12 @@ std::string CommandLines(const CLI::App& command, const std::string& name)
 std::string OptionTable(const CLI::App& app)
 {
   std::string text = CommandLines(app, "");
-  for (const CLI::App* command : app.get_subcommands(nullptr))
-    if (!command->get_group().empty()) text += CommandLines(*command, command->get_name());
+  for (const CLI::App* command : app.get_subcommands(nullptr)) {
+    if (command->get_group().empty()) continue;
+    text += CommandLines(*command, command->get_name());
+    for (const CLI::App* part : command->get_subcommands(nullptr))
+      text += CommandLines(*part, command->get_name() + " " + part->get_name());
+  }
   return text;
 }
 

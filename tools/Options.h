@@ -5,6 +5,7 @@
 #include "tools/CameraFeature.h"
 #include "tools/ImageData.h"
 #include "tools/TNumberRanges.h"
+#include "tools/TraceOptions.h"
 
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@ enum class Command
   WarmUp,
   Live,
   Doctor,
+  Trace,
 };
 
 enum class RunMode : int // the library's acquisition modes
@@ -203,6 +205,7 @@ struct TOptions
   TWarmUpOptions warmUp;
   std::vector<std::string> liveArguments; ///< of live, but for the camera
   TDoctorOptions doctor;
+  TTraceOptions trace;
   bool isQuiet = false;         ///< of warm-up
   std::vector<TOptions> others; ///< of acquire: for cameras that take images at the same time
 };

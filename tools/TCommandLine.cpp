@@ -621,6 +621,7 @@ struct TCommands
   CLI::App* warmUp;
   CLI::App* live;
   CLI::App* doctor;
+  CLI::App* trace;
 };
 
 void AddInfoOptions(CLI::App& command, TOptions& options)
@@ -723,7 +724,8 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   commands.live = app.add_subcommand("live", "Show the picture of a camera in the browser");
   commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
   commands.doctor = app.add_subcommand("doctor", "Look for what is wrong with cameras, libraries and machine");
-  const auto [list, info, describe, get, set, acquire, convert, warmUp, live, doctor] = commands;
+  commands.trace = AddTraceCommand(app, options.trace);
+  const auto [list, info, describe, get, set, acquire, convert, warmUp, live, doctor, trace] = commands;
   for (CLI::App* command : {info, describe, get, set, acquire, live, warmUp, doctor})
     AddCameraOption(*command, given.cameras, command == acquire);
   for (CLI::App* command : {info, describe}) AddInfoOptions(*command, options);
@@ -879,6 +881,7 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
                     : *commands.warmUp  ? Command::WarmUp
                     : *commands.live    ? Command::Live
                     : *commands.doctor  ? Command::Doctor
+                    : *commands.trace   ? Command::Trace
                                         : Command::Info;
   if (options.command == Command::Live) options.liveArguments = LiveArguments(*commands.live);
   std::string wrong;

@@ -7,8 +7,11 @@ _vxmcd()
   local table command= owner names argument wanted= candidates= index
   COMPREPLY=()
   table=$("$program" --option-table 2>/dev/null) || return 0
+  # A command may have commands of its own: "trace print".
   for ((index = 1; index < COMP_CWORD; ++index)); do
-    [[ ${COMP_WORDS[index]} == -* ]] || { command=${COMP_WORDS[index]}; break; }
+    [[ ${COMP_WORDS[index]} == -* ]] && continue
+    [[ $'\n'$table == *$'\n'"${command:+$command }${COMP_WORDS[index]}"$'\t'* ]] || break
+    command+=${command:+ }${COMP_WORDS[index]}
   done
   # --trigger=external is three words of the line.
   [[ $word == = ]] && word= previous=${COMP_WORDS[COMP_CWORD - 1]}
@@ -17,7 +20,8 @@ _vxmcd()
   # A tab is white space, so that empty fields would be lost: another sign stands in its place.
   while IFS=$'\x1f' read -r owner names argument _; do
     if [[ -z $names ]]; then
-      [[ -z $command && -n $owner ]] && candidates+=" $owner"
+      [[ $owner == "${command:+$command }"?* && ${owner#"${command:+$command }"} != *" "* ]] &&
+        candidates+=" ${owner#"${command:+$command }"}"
     elif [[ $owner == "$command" ]]; then
       [[ $names == -* ]] && candidates+=" ${names//,/ }"
       [[ ,$names, == *,"$previous",* && -n $argument ]] && wanted=$argument

@@ -10,6 +10,11 @@
 #include "tools/TConvertCommand.h"
 #include "tools/TConvertRawCommand.h"
 #include "tools/TLiveCommand.h"
+#include "tools/TraceDiff.h"
+#include "tools/TracePrint.h"
+#include "tools/TraceReport.h"
+#include "tools/TTraceRecordCommand.h"
+#include "tools/TTraceRedactor.h"
 #include "tools/TWarmUpCommand.h"
 
 #include <cstdio>
@@ -41,8 +46,18 @@ vxtool::ExitCode Acquire(vxtool::TOptions& options)
   return vxtool::TAcquireSeveral(all).Run();
 }
 
+vxtool::ExitCode RunTrace(const vxtool::TTraceOptions& options)
+{
+  if (options.command == vxtool::TraceCommand::Record) return vxtool::TTraceRecordCommand(options).Run();
+  if (options.command == vxtool::TraceCommand::Stats) return vxtool::ShowTraceStatistics(options);
+  if (options.command == vxtool::TraceCommand::Diff) return vxtool::CompareTraces(options);
+  if (options.command == vxtool::TraceCommand::Redact) return vxtool::RedactTrace(options);
+  return vxtool::PrintTrace(options);
+}
+
 vxtool::ExitCode Run(vxtool::TOptions& options)
 {
+  if (options.command == vxtool::Command::Trace) return RunTrace(options.trace);
   if (const vxtool::ExitCode code = vxtool::FindCameraNumber(options.camera); code != vxtool::ExitCode::Success)
     return code;
   if (options.command == vxtool::Command::Get) return vxtool::GetFeatures(options);

@@ -20,6 +20,7 @@ public:
   explicit TCursor(std::span<const std::byte> bytes) : bytes_(bytes) {}
 
   bool IsValid() const { return isValid_; }
+  std::span<const std::byte> Rest() const { return bytes_; }
   template <class T>
   T Take()
   {
@@ -243,7 +244,7 @@ std::vector<TTraceValue> TTraceCall::Values() const
   std::vector<TTraceValue> values;
   TCursor begin(inputs);
   for (const TTraceArgument& argument : function->signature.Arguments())
-    values.push_back(inputs.empty() ? TTraceValue() : TakeInput(begin, argument));
+    values.push_back(HasBegin() ? TakeInput(begin, argument) : TTraceValue());
   if (state != CallState::Ended) return values;
   TCursor end(outputs);
   TakeResult(end, function->signature.Result());
@@ -259,6 +260,38 @@ std::vector<TTraceValue> TTraceCall::Values() const
     ++index;
   }
   return values;
+}
+
+std::vector<TTraceCall::TPlace> TTraceCall::Places() const
+{
+  std::vector<TPlace> places;
+  const auto note = [&places](std::size_t argument, const TTraceValue& value, std::span<const std::byte> before,
+                              TCursor& cursor) {
+    const std::size_t taken = before.size() - cursor.Rest().size();
+    const std::size_t head = value.kind == Kind::Text ? sizeof(std::uint16_t) : sizeof(std::uint8_t);
+    if (cursor.IsValid() && value.kind != Kind::Null && taken > head)
+      places.push_back({argument, before.subspan(head, taken - head), cursor.Rest()});
+  };
+  const auto& arguments = function->signature.Arguments();
+  TCursor cursor(inputs);
+  for (std::size_t i = 0; i < arguments.size() && HasBegin(); ++i) {
+    const auto before = cursor.Rest();
+    const TTraceValue value = TakeInput(cursor, arguments[i]);
+    if (value.kind == Kind::Text) note(i, value, before, cursor);
+  }
+  if (state != CallState::Ended) return places;
+  TCursor outputCursor(outputs);
+  const auto whole = outputCursor.Rest();
+  const TTraceValue result = TakeResult(outputCursor, function->signature.Result());
+  if (result.kind == Kind::Text) note(arguments.size(), result, whole, outputCursor);
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (!arguments[i].IsAtEnd()) continue;
+    const auto before = outputCursor.Rest();
+    const TTraceValue value = TakeOutput(outputCursor, arguments[i]);
+    const bool isNumber = arguments[i].type == TraceType::Number;
+    if (value.kind == Kind::Text || isNumber) note(i, value, before, outputCursor);
+  }
+  return places;
 }
 
 TTraceValue TTraceCall::Value(const std::string& name) const

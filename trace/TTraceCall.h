@@ -67,6 +67,8 @@ struct TTraceCall
   std::span<const std::byte> inputs;  ///< what the first record has behind its header
   std::span<const std::byte> outputs; ///< the same of the last one
 
+  /// Whether the trace has its beginning: its time and inputs.
+  bool HasBegin() const { return inputs.data() != nullptr; }
   /// What it returned; Missing without an end.
   TTraceValue Result() const;
   /// The code that it returned: of the library or of the feature library; 0 when it has none.
@@ -75,6 +77,14 @@ struct TTraceCall
   bool HasFailed() const;
   /// The values of its arguments: inputs as they were, outputs as the call left them.
   std::vector<TTraceValue> Values() const;
+  struct TPlace
+  {
+    std::size_t argument;             ///< its number; that of the arguments for the result
+    std::span<const std::byte> bytes; ///< of a text behind its two bytes of length, or of a number
+    std::span<const std::byte> rest;  ///< of the record, behind it
+  };
+  /// Where the records have texts, and numbers that the call wrote, in their order.
+  std::vector<TPlace> Places() const;
   /// An argument by its name; Missing without it.
   TTraceValue Value(const std::string& name) const;
 };

@@ -74,12 +74,16 @@ std::string TTraceFile::Parse(std::vector<std::byte> bytes)
       !(header_.ticksPerSecond >= 1.0 && header_.ticksPerSecond <= 1e12))
     return "is damaged at its beginning";
 
-  std::istringstream text(
-      std::string(reinterpret_cast<const char*>(bytes_.data()) + sizeof header_, header_.textBytes));
+  std::istringstream text(HeaderText());
   for (std::string line; std::getline(text, line);)
     if (!ParseFact(line)) return "is damaged at its beginning: \"" + line + "\"";
   ParseChunks();
   return "";
+}
+
+std::string TTraceFile::HeaderText() const
+{
+  return {reinterpret_cast<const char*>(bytes_.data()) + sizeof header_, header_.textBytes};
 }
 
 std::string TTraceFile::Fact(const std::string& key) const

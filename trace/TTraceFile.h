@@ -44,6 +44,8 @@ public:
   const std::vector<TFrames>& Frames() const { return frames_; }
   const std::vector<TThread>& Threads() const { return threads_; }
   const std::vector<TVariable>& Variables() const { return variables_; }
+  /// The lines at the beginning of the file, as they stand there.
+  std::string HeaderText() const;
   /// What the beginning of the file says: "program", "library", "library_build", "feature_library" and others; "" for what
   /// it does not say.
   std::string Fact(const std::string& key) const;

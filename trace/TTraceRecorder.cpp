@@ -165,21 +165,13 @@ void TTraceRecorder::Configure(const char* setting, std::span<const TTracedFunct
   if (!setting || *setting == '\0') return;
   try {
     TTraceSettings settings;
-    std::string wrong = settings.Parse(setting);
-    if (!wrong.empty()) {
-      SayOnStandardError(std::string(wrong) + "; the trace stays off");
-      return;
-    }
-    countsCycles = SystemCountsCycles();
-    instance_ = new TTraceRecorder(settings, functions, featureLibrary);
-    {
-      const TLock lock(instance_->mutex_);
-      wrong = instance_->OpenFile();
-    }
+    const std::string wrong = settings.Parse(setting);
     if (!wrong.empty()) {
       SayOnStandardError(wrong + "; the trace stays off");
       return;
     }
+    countsCycles = SystemCountsCycles();
+    instance_ = new TTraceRecorder(settings, functions, featureLibrary);
     pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild);
     Trace::recordedLayers = (settings.hasApi ? Trace::kApi : 0U) | (settings.hasCore ? Trace::kCore : 0U);
   } catch (const std::exception& error) {
@@ -234,9 +226,8 @@ TTraceRecorder::TPlace TTraceRecorder::TakeChunk(bool isFirst, bool& isShared)
   const TLock lock(mutex_);
   isShared = false;
   if (!file_) {
-    // A forked child whose file has its own name.
     if (const std::string wrong = OpenFile(); !wrong.empty()) {
-      End(wrong);
+      End(wrong + "; the trace stays off");
       return {};
     }
   }
@@ -252,7 +243,7 @@ TTraceRecorder::TPlace TTraceRecorder::TakeChunk(bool isFirst, bool& isShared)
     if (chunk)
       SayOnStandardError("the file " + file_->GrowthError() + "; from here on the trace drops its oldest calls");
     else
-      End("the file " + file_->GrowthError());
+      End("the file " + file_->GrowthError() + "; the trace ends here");
   }
   if (!chunk) return {};
 
@@ -284,7 +275,7 @@ void TTraceRecorder::ReleaseFullChunk(const std::byte* end)
 void TTraceRecorder::End(const std::string& why)
 {
   Trace::recordedLayers = 0;
-  SayOnStandardError(why + "; the trace ends here");
+  SayOnStandardError(why);
 }
 
 void TTraceRecorder::BeforeFork() NO_THREAD_SAFETY_ANALYSIS
@@ -297,12 +288,12 @@ void TTraceRecorder::AfterForkInParent() NO_THREAD_SAFETY_ANALYSIS
   instance_->mutex_.Unlock();
 }
 
-// The file is the parent's. Nothing is opened here, where only few functions may be called.
+// The file, if there is one, is the parent's. Nothing is opened here, where only few functions may be called.
 void TTraceRecorder::AfterForkInChild() NO_THREAD_SAFETY_ANALYSIS
 {
   TTraceThread::Current().Forget();
+  if (instance_->file_ && !instance_->settings_.IsForEachProcess()) Trace::recordedLayers = 0;
   instance_->file_ = nullptr;
   instance_->rests_.clear();
-  if (!instance_->settings_.IsForEachProcess()) Trace::recordedLayers = 0;
   instance_->mutex_.Unlock();
 }

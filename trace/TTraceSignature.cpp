@@ -6,6 +6,7 @@
 
 namespace {
 
+constexpr std::string_view kUnused = "unused";
 constexpr std::size_t kMaxArguments = 16;
 
 struct TWord
@@ -52,6 +53,10 @@ std::string_view NextWord(std::string_view& text)
 std::optional<TTraceSignature> TTraceSignature::Parse(std::string_view text)
 {
   TTraceSignature signature;
+  if (text == kUnused) {
+    signature.isUnused_ = true;
+    text = "code";
+  }
   if (!ParseType(NextWord(text), signature.result_)) return std::nullopt;
 
   std::vector<std::string> lengths;

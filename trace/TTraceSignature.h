@@ -44,7 +44,8 @@ struct TTraceArgument
 
 /// Parsed from a text: the result, then "name:type" of each argument, with spaces between. Types are i32, u8, f64 and
 /// so on; text and wtext; pointer, words, pixels, pot, wstring. A star in front marks an output, and [ARGUMENT] or
-/// [ARGUMENT*2] behind it the argument that has the length. Reentrant.
+/// [ARGUMENT*2] behind it the argument that has the length. "unused" stands for a function that does nothing but return a
+/// code. Reentrant.
 class TTraceSignature final
 {
 public:
@@ -53,6 +54,8 @@ public:
 
   const TTraceArgument& Result() const { return result_; }
   const std::vector<TTraceArgument>& Arguments() const { return arguments_; }
+  /// Whether the function does nothing but return a code.
+  bool IsUnused() const { return isUnused_; }
   /// Whether one of them is an array of pixels.
   bool HasPixels() const { return hasPixels_; }
 
@@ -60,4 +63,5 @@ private:
   TTraceArgument result_;
   std::vector<TTraceArgument> arguments_;
   bool hasPixels_ = false;
+  bool isUnused_ = false;
 };

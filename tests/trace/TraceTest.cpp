@@ -167,7 +167,7 @@ TEST_F(Trace, KeepsTheCallsOfThreadsApart)
 TEST_F(Trace, KeepsBeginningAndEndWithinItsLimit)
 {
   constexpr int kCalls = 100'000; // about 6 MB
-  const auto expectEnds = [this](const TTraceFile& file) {
+  const auto expectEnds = [](const TTraceFile& file) {
     const auto numbers = Numbers(file);
     ASSERT_FALSE(numbers.empty());
     EXPECT_LT(numbers.size(), std::size_t{kCalls});

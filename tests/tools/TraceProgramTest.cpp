@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+// The commands for call traces, with a trace of the program itself.
+#include "tests/tools/ProgramRunner.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+namespace vxtool {
+namespace {
+
+using nlohmann::json;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class ToolTrace : public ToolProgram
+{
+protected:
+  std::string Path(const std::string& name) const { return directory_.Path(name); }
+
+  /// Records a run of a few images, with its trace in the file @p name.
+  TOutcome Record(const std::string& name, const std::string& exposure = "0.002",
+                  const std::vector<std::string>& more = {})
+  {
+    std::vector<std::string> arguments = {"trace", "record", "-o", Path(name), "--",     VXTOOL_PROGRAM, "acquire",
+                                          "-n",    "3",      "-e", exposure,   "--area", "1,1,64x64"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Run(arguments);
+  }
+
+  std::vector<json> Calls(const std::string& name, const std::vector<std::string>& filter = {})
+  {
+    std::vector<std::string> arguments = {"trace", "print", "--json", Path(name)};
+    arguments.insert(arguments.end(), filter.begin(), filter.end());
+    const TOutcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    std::vector<json> calls;
+    std::istringstream lines(outcome.output);
+    for (std::string line; std::getline(lines, line);) calls.push_back(json::parse(line));
+    return calls;
+  }
+
+  json Statistics(const std::string& name)
+  {
+    return json::parse(Run({"trace", "stats", "--json", Path(name)}).output);
+  }
+};
+
+TEST_F(ToolTrace, RecordsAProgramAndSaysWhatItDid)
+{
+  Configure(kSmallCamera);
+  const TOutcome outcome = Record("a.vxtr");
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_THAT(outcome.errors, HasSubstr("a.vxtr: "));
+  EXPECT_THAT(outcome.errors, HasSubstr(" calls of vxmcd in 2 threads"));
+
+  const auto exposure = Calls("a.vxtr", {"--function", "Set*Time", "--api"});
+  ASSERT_FALSE(exposure.empty());
+  EXPECT_EQ(exposure[0]["function"], "SetExposureTime");
+  EXPECT_EQ(exposure[0]["arguments"], (json{{"seconds", 0.002}}));
+  EXPECT_EQ(exposure[0]["result"], 20002);
+  const std::string text = Run({"trace", "print", Path("a.vxtr")}).output;
+  EXPECT_THAT(text, HasSubstr(" T1 SetExposureTime(seconds=0.002) = 20002 RC_SUCCESS  "));
+  EXPECT_THAT(text, HasSubstr(" T1   VX_SetFloat("));
+  EXPECT_THAT(text, HasSubstr(", \"ExposureTime\", 0.002"));
+
+  const json statistics = Statistics("a.vxtr");
+  EXPECT_EQ(statistics["program"], "vxmcd");
+  EXPECT_EQ(statistics["runs"][0]["frames"], 3);
+  EXPECT_EQ(statistics["runs"][0]["images_copied"], 3);
+  EXPECT_EQ(statistics["remarks"], json::array());
+  EXPECT_EQ(Run({"trace", "print", directory_.File("no trace")}).exitCode, 6);
+}
+
+TEST_F(ToolTrace, EndsAsTheProgramAndNamesTheFilesOfItsProcesses)
+{
+  Configure(kSmallCamera);
+  const std::string twice = std::string(VXTOOL_PROGRAM) + " list; " + VXTOOL_PROGRAM + " info >&2; exit 7";
+  const TOutcome outcome = Run({"trace", "record", "-o", Path("b.vxtr"), "sh", "-c", twice});
+  EXPECT_EQ(outcome.exitCode, 7);
+  EXPECT_FALSE(Calls("b.vxtr").empty());
+  EXPECT_THAT(Calls("b-2.vxtr", {"--api"}).front()["function"], "GetAvailableCameras");
+  EXPECT_EQ(Run({"trace", "record", "-o", Path("c.vxtr"), "sh", "-c", "kill -9 $$"}).exitCode, 128 + 9);
+  EXPECT_THAT(Run({"trace", "record", "-o", Path("c.vxtr"), "true"}).errors, HasSubstr("made no trace"));
+  EXPECT_EQ(Run({"trace", "record", "-o", Path("c.vxtr"), "/no/such/program"}).exitCode, 127);
+  EXPECT_EQ(Run({"trace", "record", "-o", directory_.File("precious"), "true"}).exitCode, 4);
+}
+
+TEST_F(ToolTrace, SaysWhatTheCameraRefusedBehindASuccess)
+{
+  Configure(std::string(kSmallCamera) + "[Faults]\nRule = call VX_SetInt feature AOILeft rc 5\n");
+  Record("d.vxtr");
+  EXPECT_THAT(Statistics("d.vxtr")["remarks"].dump(),
+              HasSubstr("SetImage() answered RC_SUCCESS, though the camera refused VX_SetInt("));
+  EXPECT_THAT(Run({"trace", "print", "--errors", Path("d.vxtr")}).output, HasSubstr("= 5 VX_ERR_NOT_WRITABLE"));
+}
+
+TEST_F(ToolTrace, ComparesWhatTwoRunsDid)
+{
+  Configure(kSmallCamera);
+  for (const char* const name : {"e.vxtr", "f.vxtr"})
+    Run({"trace", "record", "-o", Path(name), VXTOOL_PROGRAM, "info"});
+  const TOutcome same = Run({"trace", "diff", Path("e.vxtr"), Path("f.vxtr")});
+  EXPECT_EQ(same.exitCode, 0);
+  EXPECT_THAT(same.output, ::testing::StartsWith("no difference in "));
+
+  Configure(std::string(kSmallCamera) + "[Camera0.CameraModel]\nValue = OTHER\n");
+  Run({"trace", "record", "-o", Path("g.vxtr"), VXTOOL_PROGRAM, "info"});
+  const TOutcome other = Run({"trace", "diff", "--api", Path("e.vxtr"), Path("g.vxtr")});
+  EXPECT_EQ(other.exitCode, 3);
+  EXPECT_THAT(other.output, HasSubstr("< T1 GetHeadModel(name=\"RQ512_LX\") = 20002 RC_SUCCESS\n"
+                                      "> T1 GetHeadModel(name=\"OTHER\") = 20002 RC_SUCCESS\n"));
+}
+
+TEST_F(ToolTrace, RedactsTheSameEverywhere)
+{
+  Configure(kSmallCamera);
+  const std::string folder = Path("secret");
+  Record("h.vxtr", "0.002", {"--spool", folder});
+  ASSERT_THAT(TextOf(Path("h.vxtr")), HasSubstr(folder));
+  ASSERT_THAT(TextOf(Path("h.vxtr")), HasSubstr("RQ-20417"));
+  const TOutcome outcome = Run({"trace", "redact", Path("h.vxtr"), Path("i.vxtr")});
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_THAT(outcome.output, HasSubstr(" " + folder + "\n"));
+  const std::string text = TextOf(Path("i.vxtr"));
+  EXPECT_THAT(text, Not(HasSubstr("RQ-20417")));
+  EXPECT_THAT(text, Not(HasSubstr(directory_.Directory())));
+  EXPECT_THAT(Calls("i.vxtr", {"--function", "SetSpool"}).front()["arguments"]["path"].get<std::string>(),
+              ::testing::MatchesRegex("<path[0-9]>"));
+  EXPECT_EQ(Calls("i.vxtr").size(), Calls("h.vxtr").size());
+}
+
+} // namespace
+} // namespace vxtool
