@@ -286,7 +286,9 @@ class Page:
             assert message.type in (aiohttp.WSMsgType.TEXT, aiohttp.WSMsgType.BINARY), (message, condition)
             if message.type == aiohttp.WSMsgType.BINARY:
                 self.headers.append(_wire.unpack(message.data))
-                self.images.append(np.frombuffer(message.data, "<u2", 128, _wire.HEADER_BYTES).reshape(8, 16))
+                height, width = self.headers[-1]["height"], self.headers[-1]["width"]
+                pixels = np.frombuffer(message.data, "<u2", height * width, _wire.HEADER_BYTES)
+                self.images.append(pixels.reshape(height, width))
                 if acknowledges:
                     await self.send(ack=self.headers[-1]["number"])
                 continue
@@ -339,6 +341,11 @@ def test_pages_see_and_change_the_camera(tmp_path):
         await first.watch(lambda: len(first.images) > seen + 5)  # the first camera goes on
         assert first.headers[-1]["imageWidth"] == 16 and first.state["viewers"] == second.state["viewers"] == 1
         assert frame_number(first.images[-1]) == first.headers[-1]["number"]
+        frozen = first.headers[-1]["number"]
+        await asyncio.sleep(0.2)  # others are under way
+        await first.send(freeze=frozen)
+        await first.send(view={"x": 0, "y": 0, "w": 8, "h": 8, "cw": 64, "ch": 64})
+        await first.watch(lambda: first.headers[-1]["number"] == frozen and first.headers[-1]["width"] < 16)
         await first.close(), await second.close()
     with Program(tmp_path) as program:
         asyncio.run(use(program))
