@@ -207,6 +207,49 @@ TEST_F(ConvertProgram, InfoDescribesARun)
   EXPECT_EQ(Run({"info", directory_.Path("nothing")}).exitCode, 6);
 }
 
+TEST_F(ConvertProgram, RawPixelsAreReadBackWithTheirDescription)
+{
+  TMadeRun run;
+  run.Write(Directory());
+  const std::string raw = directory_.Path("a.raw");
+  Convert({"-o", raw}, 0);
+  Convert({"-o", directory_.Path("direct.tif")}, 0);
+  ASSERT_EQ(Run({"convert", raw, "-o", directory_.Path("a.tif"), "-q"}).exitCode, 0);
+  const TTiffPages direct = ReadTiff(directory_.Path("direct.tif"));
+  const TTiffPages stack = ReadTiff(directory_.Path("a.tif"));
+  EXPECT_EQ(stack.pages, direct.pages);
+  for (const char* key : {"camera=", "area=", "exposure_s=", "image=", "ticks=", "check="}) {
+    const auto lineOf = [key](const std::string& text) {
+      const std::size_t at = text.find("\n" + std::string(key));
+      return at == std::string::npos ? "none" : text.substr(at, text.find('\n', at + 1) - at);
+    };
+    EXPECT_EQ(lineOf(stack.firstDescription), lineOf(direct.firstDescription));
+  }
+  EXPECT_EQ(Run({"convert", raw, "-o", raw, "--overwrite"}).exitCode, 4);
+  EXPECT_EQ(Run({"convert", raw, "-o", "b.tif", "--images", "99"}).exitCode, 1);
+  EXPECT_EQ(Run({"convert", raw, "--verify"}).exitCode, 1);
+  const auto description = nlohmann::json::parse(TextOf(raw + ".json"));
+  const std::vector<std::pair<const char*, nlohmann::json>> changes = {
+      {"image_width", 1e300}, {"image_height", 4294967297}, {"pixel_type", "float"},
+      {"area", "all"},        {"frames", {1, 2}},           {"frames", {{{"image", 0}}}}};
+  for (const auto& [key, value] : changes) {
+    auto wrong = description;
+    wrong[key] = value;
+    PutFileBytes(raw + ".json", wrong.dump());
+    const TOutcome outcome = Run({"convert", raw, "-o", directory_.Path("b.tif")});
+    EXPECT_EQ(outcome.exitCode, 6) << wrong.dump();
+    EXPECT_NE(outcome.errors.find(key), std::string::npos) << outcome.errors;
+  }
+  for (const std::string& text : {std::string("[]"), std::string(50000, '[')}) {
+    PutFileBytes(raw + ".json", text);
+    EXPECT_EQ(Run({"convert", raw, "-o", directory_.Path("b.tif")}).exitCode, 6);
+  }
+  PutFileBytes(raw + ".json", description.dump());
+  fs::resize_file(raw, fs::file_size(raw) - 1);
+  EXPECT_EQ(Run({"convert", raw, "-o", directory_.Path("b.tif")}).exitCode, 6);
+  EXPECT_FALSE(fs::exists(directory_.Path("b.tif")));
+}
+
 TEST_F(ConvertProgram, WhatCannotBeDoneIsRefusedBeforeAnythingIsTouched)
 {
   TMadeRun run;
