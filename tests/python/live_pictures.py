@@ -51,7 +51,7 @@ def stars(page, directory):
     page.screenshot(directory / "live-recording.png")
     page.key("r")
     page.key("Enter")
-    page.wait("document.getElementById('saved').textContent.includes('run1')")
+    page.wait("document.getElementById('saved').textContent.includes('vxmcd convert')")
 
 
 def main(directory):

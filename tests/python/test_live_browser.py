@@ -242,6 +242,7 @@ def test_two_pages_one_controller(page, browser, program):
 
 def test_recording_with_a_bar(page, program):
     choose(page, "#set-cycle-time", "20 ms")
+    page.evaluate("document.getElementById('record-name').value = 'run1'")
     page.key("Escape")
     page.key("r")
     page.type("100000")

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The page of the live view: puts the parts together, the top line, messages, keys.
 
+import { Banners } from "./banners.js";
 import { Connection } from "./connection.js";
 import { COLOUR_MAPS, Frame } from "./draw.js";
 import { NONE, digits, fixed, timeText } from "./format.js";
@@ -49,6 +50,7 @@ class Page {
       lineChanged: (line, isDrawing) => this._lineChanged(line, isDrawing),
       areaDrawn: area => this._setArea(area),
     });
+    this.banners = new Banners($("banners"));
     this.connection = new Connection(this);
     const ask = message => this._ask(message);
     this.panel = new SettingsPanel(ask);
@@ -65,7 +67,7 @@ class Page {
 
   opened() {
     this._showGate(null);
-    this._banner("connection", null);
+    this.banners.set("connection", null);
     $("stage").classList.remove("stale");
     this.isFrozen = false;
     $("freeze").setAttribute("aria-pressed", "false");
@@ -81,10 +83,10 @@ class Page {
     this._enable(false);
     if (hasEnded || this._hasEnded) {
       this._hasEnded = true;
-      this._banner("connection", "bad", "The program has ended.",
+      this.banners.set("connection", "bad", "The program has ended.",
         "Start vxmcd live again; the page connects by itself when it has the same port and token.");
     } else {
-      this._banner("connection", "bad", "The connection is lost.", "Connecting again …");
+      this.banners.set("connection", "bad", "The connection is lost.", "Connecting again …");
     }
   }
 
@@ -124,8 +126,8 @@ class Page {
     document.title = this.camera.model ? `${this.camera.model} – vxmcd live` : "vxmcd live";
     this.panel.describe(this.camera, hello.curve);
     const cameras = hello.cameras ?? [{ number: this.camera.camera ?? 0, model: this.camera.model }];
-    $("camera").replaceChildren(...cameras.map(({ number, model }) =>
-      Object.assign(document.createElement("option"), { value: number, textContent: model ? `${number}: ${model}` : `camera ${number}` })));
+    $("camera").replaceChildren(...cameras.map(({ number, model }) => Object.assign(document.createElement("option"),
+      { value: number, textContent: model ? `${number}: ${model}` : `camera ${number}` })));
     $("camera").value = String(this.camera.camera ?? 0);
     this._update(hello);
   }
@@ -158,7 +160,9 @@ class Page {
     $("reduced").title = all.reduced || "";
     this._showControl();
     this._showError(isBroken && all.error);
-    this._banner("notice", all.notice ? "warn" : null, all.notice);
+    const isMyTrigger = all.settings?.trigger_mode === "software" && this._mayControl();
+    this.banners.set("notice", all.notice ? "warn" : null, all.notice,
+      isMyTrigger ? "The key t or the button triggers an image." : "");
     this.panel.update(all, this._mayControl());
     this.save.update(all, this._mayControl());
     this._showCursor();
@@ -177,7 +181,7 @@ class Page {
 
   _showError(error) {
     const isClosed = this.state.state === "closed";
-    this._banner("error", error ? "bad" : null, error && problem(error),
+    this.banners.set("error", error ? "bad" : null, error && problem(error),
       isClosed ? "The program tries to open the camera again every 5 s; its settings come back." : "",
       !isClosed && this._mayControl() && "Restart", () => this._ask({ do: "start" }));
   }
@@ -274,7 +278,9 @@ class Page {
     const { view, stretch } = this.stage;
     if (view.canvas.width <= 1) return;
     const request = view.request();
-    if (!this.stage.picture.frame) Object.assign(request, { x: 0, y: 0, w: 0, h: 0, cw: view.canvas.width, ch: view.canvas.height });
+    if (!this.stage.picture.frame) { // the size of the image is not known yet: all of it
+      Object.assign(request, { x: 0, y: 0, w: 0, h: 0, cw: view.canvas.width, ch: view.canvas.height });
+    }
     if (!stretch.isAuto) request.stretch = [Math.round(stretch.black), Math.round(stretch.white)];
     this.connection.send({ view: request });
   }
@@ -372,41 +378,11 @@ class Page {
 
   async _sendArea(asked) {
     const result = await this._ask({ set: { area: asked } });
-    if (!result.ok) this._flash("bad", problem(result));
+    if (!result.ok) this.banners.flash("bad", problem(result));
     else if (asked && result.value && String(result.value) !== String(asked)) {
       const [left, top, width, height] = result.value;
-      this._flash("warn", `The camera takes ${width} x ${height} at ${left}, ${top}.`);
+      this.banners.flash("warn", `The camera takes ${width} x ${height} at ${left}, ${top}.`);
     }
-  }
-
-  // Messages over the picture.
-
-  /** Shows, changes or removes the message of a kind. */
-  _banner(kind, level, text, more = "", action = null, act = null) {
-    const id = `banner-${kind}`;
-    const old = $(id);
-    const key = JSON.stringify([level, text, more, action]);
-    if (old?.dataset.key === key) return;
-    old?.remove();
-    if (!level) return;
-    const banner = Object.assign(document.createElement("div"), { id, className: `banner ${level}` });
-    banner.dataset.key = key;
-    const mark = Object.assign(document.createElement("span"), { className: "mark", textContent: level === "bad" ? "✕" : "!" });
-    const paragraph = Object.assign(document.createElement("p"), { textContent: text });
-    if (more) paragraph.append(Object.assign(document.createElement("small"), { textContent: more }));
-    banner.append(mark, paragraph);
-    if (action) {
-      const button = Object.assign(document.createElement("button"), { textContent: action });
-      button.addEventListener("click", act);
-      banner.append(button);
-    }
-    $("banners").append(banner);
-  }
-
-  _flash(level, text) {
-    this._banner("flash", level, text, "", "Close", () => this._banner("flash", null));
-    clearTimeout(this._flashTimer);
-    this._flashTimer = setTimeout(() => this._banner("flash", null), 8000);
   }
 
   _showGate(title, text = "") {
@@ -545,14 +521,14 @@ class Page {
   async _openCamera(number) {
     const result = await this._ask({ do: "open", camera: number });
     if (!result.ok) {
-      this._flash("bad", problem(result));
+      this.banners.flash("bad", problem(result));
       $("camera").value = String(this.camera.camera);
     }
   }
 
   async _takeControl() {
     const result = await this._ask({ do: "take-control" });
-    if (!result.ok) this._flash("bad", problem(result));
+    if (!result.ok) this.banners.flash("bad", problem(result));
   }
 
   _countShown() {

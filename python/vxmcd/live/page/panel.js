@@ -290,7 +290,7 @@ export class SavePanel {
     if (unit !== "stop") request[unit] = unit === "images" ? Math.round(amount) : amount;
     this._say("");
     const result = await this._ask(request);
-    if (result.ok) $("record-name").value = nextName(name);
+    if (result.ok) $("record-name").value = name && nextName(name);
     else this._say(problem(result), true);
     return undefined;
   }
