@@ -92,7 +92,8 @@ std::string Heading(const TTraceFile& file)
   std::string text = "# " + file.Fact("program") + ", process " + std::to_string(file.Process()) + ", " +
                      facts["start"].get<std::string>() + "; library " + file.Fact("library") +
                      ", feature library " + file.Fact("feature_library") + "\n";
-  for (const auto& variable : file.Variables()) text += "# " + variable.name + "=" + variable.value + "\n";
+  for (const auto& variable : file.Variables())
+    if (variable.name != "VXMCD_TRACE") text += "# " + variable.name + "=" + variable.value + "\n";
   if (file.DroppedChunks() > 0)
     text += "# " + std::to_string(file.DroppedChunks()) +
             " parts of 64 KiB are missing: the trace had its longest size\n";

@@ -163,8 +163,8 @@ void AddRetrieval(const TTraceFile& file, TRemarks& remarks)
 // Some functions answer success whatever the camera does. What a camera does not have at all is no surprise.
 void AddSilentRefusals(const TTraceFile& file, TRemarks& remarks)
 {
-  std::map<std::string, std::uint64_t> refusals;
-  std::map<std::uint32_t, const TTraceCall*> callers; // by thread
+  std::map<std::pair<std::string, std::uint32_t>, std::set<std::string>> refused; // by function and code
+  std::map<std::uint32_t, const TTraceCall*> callers;                             // by thread
   for (const TTraceCall& call : file.Calls()) {
     if (call.function->isApi) {
       callers[call.thread] = &call;
@@ -176,11 +176,12 @@ void AddSilentRefusals(const TTraceFile& file, TRemarks& remarks)
         caller->Code() != RC_SUCCESS)
       continue;
     if (call.depth <= caller->depth || call.beginSeconds > caller->endSeconds) continue;
-    ++refusals[caller->function->name + "() answered RC_SUCCESS, though the camera refused " + CallText(call) +
-               " with " + CodeText(false, call.Code())];
+    refused[{caller->function->name, call.Code()}].insert(call.Value("feature").text);
   }
-  for (const auto& [text, count] : refusals)
-    remarks.push_back(text + (count > 1 ? ", " + Times(count) + "." : "."));
+  for (const auto& [call, features] : refused)
+    remarks.push_back(call.first + "() answered RC_SUCCESS, though the camera refused " + List(features) +
+                      " with " + CodeText(false, call.second) + ": nothing was changed" +
+                      (call.second == VX_ERR_NOT_WRITABLE ? ", as during a run." : "."));
 }
 
 void AddUnused(const TTraceStatistics& statistics, TRemarks& remarks)

@@ -90,8 +90,9 @@ TEST_F(ToolTrace, SaysWhatTheCameraRefusedBehindASuccess)
 {
   Configure(std::string(kSmallCamera) + "[Faults]\nRule = call VX_SetInt feature AOILeft rc 5\n");
   Record("d.vxtr");
-  EXPECT_THAT(Statistics("d.vxtr")["remarks"].dump(),
-              HasSubstr("SetImage() answered RC_SUCCESS, though the camera refused VX_SetInt("));
+  EXPECT_THAT(
+      Statistics("d.vxtr")["remarks"].dump(),
+      HasSubstr("SetImage() answered RC_SUCCESS, though the camera refused AOILeft with 5 VX_ERR_NOT_WRITABLE"));
   EXPECT_THAT(Run({"trace", "print", "--errors", Path("d.vxtr")}).output, HasSubstr("= 5 VX_ERR_NOT_WRITABLE"));
 }
 
