@@ -24,6 +24,7 @@ enum class Command
   WarmUp,
   Live,
   Doctor,
+  Check,
   Trace,
 };
 
@@ -191,6 +192,16 @@ struct TDoctorOptions
   bool keepsNames = false;         ///< in the bundle
 };
 
+struct TCheckOptions
+{
+  std::vector<std::string> groups; ///< empty: all
+  std::vector<std::string> names;  ///< empty: all of the groups
+  int repeat = 1;
+  bool isListing = false; ///< in place of running them
+  bool isTap = false;     ///< what goes to standard output is in the Test Anything Protocol
+  bool isHarsh = false;
+};
+
 struct TOptions
 {
   Command command = Command::List;
@@ -205,6 +216,7 @@ struct TOptions
   TWarmUpOptions warmUp;
   std::vector<std::string> liveArguments; ///< of live, but for the camera
   TDoctorOptions doctor;
+  TCheckOptions check;
   TTraceOptions trace;
   bool isQuiet = false;         ///< of warm-up
   std::vector<TOptions> others; ///< of acquire: for cameras that take images at the same time

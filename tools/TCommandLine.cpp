@@ -3,6 +3,7 @@
 #include "tools/TCommandLine.h"
 
 #include "tools/ArgumentForms.h"
+#include "tools/check/CheckGroups.h"
 #include "tools/doctor/DoctorAreas.h"
 #include "tools/Messages.h"
 #include "tools/NearestWord.h"
@@ -67,7 +68,8 @@ constexpr const char* kFooter = R"(Exit codes:
   0    done
   1    the command line is wrong
   2    there is no such camera, or it cannot be opened
-  3    the camera refused a setting, or the run failed; doctor found problems
+  3    the camera refused a setting, or the run failed; doctor found problems,
+       or a check did not pass
   4    an output file could not be written; of live: the port or the directory cannot be used
   5    done, but frames are missing or pixels were clipped: see the counts printed at the end
   6    the directory of a recorded run cannot be read
@@ -621,6 +623,7 @@ struct TCommands
   CLI::App* warmUp;
   CLI::App* live;
   CLI::App* doctor;
+  CLI::App* check;
   CLI::App* trace;
 };
 
@@ -710,6 +713,30 @@ void AddDoctorOptions(CLI::App& command, TDoctorOptions& options)
       ->needs(bundle);
 }
 
+void AddCheckOptions(CLI::App& command, TCheckOptions& options)
+{
+  constexpr int kMaxRepeat = 10'000;
+  const std::vector<std::string> groups = CheckGroups();
+  const auto isGroup = [groups](const std::string& text) -> std::string {
+    return std::find(groups.begin(), groups.end(), text) != groups.end()
+               ? ""
+               : RefusedText(text, ChoiceText(groups) + " is");
+  };
+  command.add_option("--group", options.groups, "Run these groups only: " + CLI::detail::join(groups, ", "))
+      ->type_name("GROUP,...")
+      ->delimiter(',')
+      ->check(CLI::Validator(isGroup, ""));
+  command.add_option("--only", options.names, "Run these checks only, as --list names them")
+      ->type_name("NAME,...")
+      ->delimiter(',');
+  command.add_flag("--list", options.isListing, "Print the checks and what each expects, and run none");
+  command.add_option("--repeat", options.repeat, "Run each check so often, until it fails; default: 1")
+      ->type_name("N")
+      ->transform(WholeNumber(1, kMaxRepeat));
+  command.add_flag("--harsh", options.isHarsh, "Run also what takes minutes and changes the temperature");
+  command.add_flag("--tap", options.isTap, "Print the results in the Test Anything Protocol")->excludes("--json");
+}
+
 TCommands AddCommands(CLI::App& app, TGiven& given)
 {
   TOptions& options = given.options;
@@ -724,16 +751,18 @@ TCommands AddCommands(CLI::App& app, TGiven& given)
   commands.live = app.add_subcommand("live", "Show the picture of a camera in the browser");
   commands.convert = app.add_subcommand("convert", "Make a file of the images of a recorded run, or check them");
   commands.doctor = app.add_subcommand("doctor", "Look for what is wrong with cameras, libraries and machine");
+  commands.check = app.add_subcommand("check", "Check whether a camera behaves");
   commands.trace = AddTraceCommand(app, options.trace);
-  const auto [list, info, describe, get, set, acquire, convert, warmUp, live, doctor, trace] = commands;
-  for (CLI::App* command : {info, describe, get, set, acquire, live, warmUp, doctor})
+  const auto [list, info, describe, get, set, acquire, convert, warmUp, live, doctor, check, trace] = commands;
+  for (CLI::App* command : {info, describe, get, set, acquire, live, warmUp, doctor, check})
     AddCameraOption(*command, given.cameras, command == acquire);
   for (CLI::App* command : {info, describe}) AddInfoOptions(*command, options);
-  for (CLI::App* command : {list, info, describe, get, set, acquire, convert, warmUp, doctor})
+  for (CLI::App* command : {list, info, describe, get, set, acquire, convert, warmUp, doctor, check})
     command->add_flag("--json", options.isJson, "Print one line of JSON on standard output");
   get->add_option("names", options.featureNames, "Names of features; default: all that the camera has")
       ->type_name("NAME");
   AddDoctorOptions(*doctor, options.doctor);
+  AddCheckOptions(*check, options.check);
   AddFeatureSettings(*set, "settings", options.featureSettings, "Features and the values to set them to")
       ->required();
   AddRunOptions(*acquire, options.acquire, given.trigger, given.bits);
@@ -881,6 +910,7 @@ TOptions OptionsOf(const TCommands& commands, const TGiven& given)
                     : *commands.warmUp  ? Command::WarmUp
                     : *commands.live    ? Command::Live
                     : *commands.doctor  ? Command::Doctor
+                    : *commands.check   ? Command::Check
                     : *commands.trace   ? Command::Trace
                                         : Command::Info;
   if (options.command == Command::Live) options.liveArguments = LiveArguments(*commands.live);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The command-line tool: one program, one command a call.
 #include "tools/CameraList.h"
+#include "tools/check/TCheckCommand.h"
 #include "tools/doctor/TDoctorCommand.h"
 #include "tools/FeatureCommands.h"
 #include "tools/InfoCommands.h"
@@ -75,6 +76,8 @@ vxtool::ExitCode Run(vxtool::TOptions& options)
     return vxtool::TLiveCommand(options.camera.number, options.liveArguments).Run();
   if (options.command == vxtool::Command::Doctor)
     return vxtool::TDoctorCommand(options.doctor, options.camera.number, options.isJson).Run();
+  if (options.command == vxtool::Command::Check)
+    return vxtool::TCheckCommand(options.check, options.camera.number, options.isJson).Run();
   if (options.showsFeatures) return vxtool::ShowFeatureSources(options);
   if (options.command == vxtool::Command::Info)
     return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowRecordedRun(options);
