@@ -4,12 +4,14 @@
 
 #include "tools/Versions.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
 #include <spawn.h>
+#include <string_view>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace vxtool {
 
@@ -32,6 +34,7 @@ bool HasLiveView(const fs::path& directory)
 std::vector<char*> Pointers(std::vector<std::string>& words)
 {
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   return pointers;
@@ -46,6 +49,30 @@ bool HasModules(const std::string& python)
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// The value of a variable; "" without it.
+std::string Variable(const std::string& name)
+{
+  for (char** entry = environ; *entry; ++entry)
+    if (const std::string_view text = *entry; text.starts_with(name + "="))
+      return std::string(text.substr(name.size() + 1));
+  return "";
+}
+
+// This environment, with other values of some variables.
+std::vector<std::string> EnvironmentWith(const std::vector<std::pair<std::string, std::string>>& values)
+{
+  std::vector<std::string> environment;
+  for (char** entry = environ; *entry; ++entry) {
+    const std::string text = *entry;
+    const bool isReplaced = std::any_of(values.begin(), values.end(), [&](const auto& variable) {
+      return text.starts_with(variable.first + "=");
+    });
+    if (!isReplaced) environment.push_back(text);
+  }
+  for (const auto& [name, value] : values) environment.push_back(name + "=" + value);
+  return environment;
 }
 
 } // namespace
@@ -74,18 +101,19 @@ ExitCode TLiveCommand::Run()
   const std::string python = Python();
   if (python.empty())
     return Fail(ExitCode::Usage, "live: needs packages of Python: apt install python3-aiohttp python3-numpy");
+  std::vector<std::pair<std::string, std::string>> variables = {
+      {"PYTHONSAFEPATH", "1"}, // modules of the working directory are not ours
+      {"VXMCD_LIBRARY", LibraryFile()},
+      {"VXMCD_TOOL", ProgramFile()}}; // makes the files of snapshots
   if (const std::string directory = PackageDirectory().string(); !directory.empty()) {
-    const char* const others = std::getenv("PYTHONPATH");
-    const bool hasOthers = others && *others != '\0';
-    setenv("PYTHONPATH", (directory + (hasOthers ? std::string(":") + others : "")).c_str(), 1);
+    const std::string others = Variable("PYTHONPATH");
+    variables.emplace_back("PYTHONPATH", directory + (others.empty() ? "" : ":" + others));
   }
-  setenv("PYTHONSAFEPATH", "1", 1); // modules of the working directory are not ours
-  setenv("VXMCD_LIBRARY", LibraryFile().c_str(), 1);
-  setenv("VXMCD_TOOL", ProgramFile().c_str(), 1); // makes the files of snapshots
+  std::vector<std::string> environment = EnvironmentWith(variables);
   std::vector<std::string> words = {python, "-m", kProgram, "--camera=" + std::to_string(camera_)};
   words.insert(words.end(), arguments_.begin(), arguments_.end());
-  execvp(python.c_str(), Pointers(words).data());
-  return Fail(ExitCode::Usage, "live: " + python + ": " + std::strerror(errno));
+  execvpe(python.c_str(), Pointers(words).data(), Pointers(environment).data());
+  return Fail(ExitCode::Usage, "live: " + python + ": " + std::generic_category().message(errno));
 }
 
 } // namespace vxtool

@@ -37,6 +37,7 @@ _RATE_SECONDS = 2.0  # rates are means over this time
 _LONGER_CYCLE_SECONDS = 0.5  # a run continues when the cycle becomes longer by so much
 _UNWATCHED_SECONDS = 10.0  # then a live run stops
 _REOPEN_SECONDS = 5.0
+_DESCRIPTION_SECONDS = 5.0  # to wait for the description of a run that has ended
 _DISK_RESERVE = 1 << 28  # bytes that a recording without a number of images leaves on the disk
 _MAX_IMAGES = 2**31 - 1
 _MAX_COST = 0.5  # part of a processor that images may take
@@ -541,7 +542,12 @@ class CameraWorker:
     def _result(path):
         """What is in the directory. Images after the last one are missing only where the run was to have them."""
         try:
+            # After a failure the library writes the description a little later than it reports the failure.
+            deadline = time.monotonic() + _DESCRIPTION_SECONDS
             run = SpoolRun(path, salvage=True)
+            while run.state == "recording" and time.monotonic() < deadline:
+                time.sleep(_IDLE_SECONDS)
+                run = SpoolRun(path, salvage=True)
             missing = len(run.missing)
             if run.state != "complete":
                 missing = run.numbers[-1] + 1 - len(run) if len(run) else 0
