@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""A headless chromium for tests of pages, through its debugging protocol. The protocol goes over pipes: there is no port, and
-the browser ends when the test does, however that ends."""
+"""A headless chromium for tests of pages, through its debugging protocol. The protocol goes over pipes: there is no port,
+and the browser ends when the test does, however that ends."""
 import base64
 import fcntl
 import json

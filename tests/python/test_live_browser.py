@@ -115,7 +115,8 @@ def place(page, column, row):
     left, top, width, height = page.evaluate(
         "(box => [box.left, box.top, box.width, box.height])(document.getElementById('stage').getBoundingClientRect())")
     scale = min(width / COLUMNS, height / ROWS)
-    return (left + width / 2 + (column + 0.5 - COLUMNS / 2) * scale, top + height / 2 + (row + 0.5 - ROWS / 2) * scale), scale
+    x, y = column + 0.5 - COLUMNS / 2, row + 0.5 - ROWS / 2
+    return (left + width / 2 + x * scale, top + height / 2 + y * scale), scale
 
 
 def picture(page):
@@ -267,10 +268,11 @@ def test_snapshot_of_a_frozen_picture(page, program, image):
     page.wait("!!document.querySelector('#saved a')")
     name = page.text("#saved a")
     path = program.directory / name
-    assert page.evaluate("fetch(document.querySelector('#saved a').href).then(answer => answer.blob()).then(b => b.size)") == (
-        path.stat().st_size)
+    fetched = page.evaluate("fetch(document.querySelector('#saved a').href).then(got => got.blob()).then(all => all.size)")
+    assert fetched == path.stat().st_size
     if shutil.which("fitsverify"):
-        assert "found 0 warning(s) and 0 error(s)" in subprocess.run(["fitsverify", path], capture_output=True, text=True).stdout
+        said = subprocess.run(["fitsverify", path], capture_output=True, text=True).stdout
+        assert "found 0 warning(s) and 0 error(s)" in said
     pixels = path.read_bytes()[-2880 * -(-image.nbytes // 2880):]  # the last blocks of 2880 bytes
     assert (np.frombuffer(pixels, ">i2", image.size).astype(int) + 32768 == image.reshape(-1)).all()
     page.key("2")

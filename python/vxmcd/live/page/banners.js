@@ -14,7 +14,8 @@ export class Banners {
     this._shown = new Map();
   }
 
-  /** Shows, changes or, without a level ("bad", "warn"), removes the message of a kind. `action` is the text of a button. */
+  /** Shows, changes or, without a level ("bad", "warn"), removes the message of a kind. `action` is the text of a
+   * button. */
   set(kind, level, text, more = "", action = null, act = null) {
     const key = JSON.stringify([level, text, more, action]);
     const old = this._shown.get(kind);

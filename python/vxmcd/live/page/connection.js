@@ -13,7 +13,8 @@ export class Connection {
     this._waitMs = FIRST_WAIT_MS;
     this._requests = new Map();
     this._nextId = 1;
-    // It stays out of the address line, where others may read it, and in memory: a program that was started again wants it.
+    // It stays out of the address line, where others may read it, and in memory: a program that was started again
+    // wants it.
     this._token = new URLSearchParams(location.hash.slice(1)).get("t");
     if (this._token) history.replaceState(null, "", location.pathname);
   }

@@ -12,8 +12,8 @@ const VALUES = 65536;
 const SATURATED = 0xff2020ff; // red, as ImageData has it on little-endian machines
 const PASSE_PARTOUT = "#0a0c0e";
 
-const VIRIDIS = [[68, 1, 84], [71, 45, 123], [59, 82, 139], [44, 114, 142], [33, 144, 141], [39, 173, 129], [92, 200, 99],
-  [170, 220, 50], [253, 231, 37]];
+const VIRIDIS = [[68, 1, 84], [71, 45, 123], [59, 82, 139], [44, 114, 142], [33, 144, 141], [39, 173, 129],
+  [92, 200, 99], [170, 220, 50], [253, 231, 37]];
 
 function viridis(level) {
   const place = level / 255 * (VIRIDIS.length - 1);
@@ -89,8 +89,8 @@ function tails(samples) {
   return [sample[tail], sample[sample.length - 1 - tail]];
 }
 
-/** A frame as it was sent: the header's fields, `samples` (one for each block of `step` x `step` pixels of the image, row
- * by row) and a bit for each block that says whether a pixel of it is saturated. */
+/** A frame as it was sent: the header's fields, `samples` (one for each block of `step` x `step` pixels of the image,
+ * row by row) and a bit for each block that says whether a pixel of it is saturated. */
 export class Frame {
   /** Of a binary message; null when it is none. */
   static of(buffer) {
@@ -102,7 +102,8 @@ export class Frame {
     Object.assign(this, header);
     const count = this.width * this.height;
     this.samples = new (this.bytes === 1 ? Uint8Array : Uint16Array)(buffer, HEADER_BYTES, count);
-    this._saturation = this.flags & FLAGS.saturationMap ? new Uint8Array(buffer, HEADER_BYTES + count * this.bytes) : null;
+    const hasMap = this.flags & FLAGS.saturationMap;
+    this._saturation = hasMap ? new Uint8Array(buffer, HEADER_BYTES + count * this.bytes) : null;
   }
 
   /** The value of the image that a sample stands for. Samples of one byte may be stretched. */
@@ -118,8 +119,8 @@ export class Frame {
   }
 }
 
-/** The part of the image that the canvas shows. Lengths on the canvas are device pixels, `scale` is device pixels for one
- * pixel of the image. Images and rectangles in them count from 0. */
+/** The part of the image that the canvas shows. Lengths on the canvas are device pixels, `scale` is device pixels for
+ * one pixel of the image. Images and rectangles in them count from 0. */
 export class View {
   constructor() {
     this.image = { width: 1, height: 1 };

@@ -430,7 +430,9 @@ class Page {
     let isMouse = false;
     document.addEventListener("pointerdown", () => { isMouse = true; }, true);
     document.addEventListener("keydown", () => { isMouse = false; }, true);
-    document.addEventListener("change", ({ target }) => { if (isMouse && target.matches("select")) $("stage").focus(); });
+    document.addEventListener("change", ({ target }) => {
+      if (isMouse && target.matches("select")) $("stage").focus();
+    });
     setInterval(() => this._countShown(), SHOWN_MS / 2);
   }
 
@@ -534,7 +536,8 @@ class Page {
   _countShown() {
     const now = performance.now();
     while (this._shown.length && now - this._shown[0] > SHOWN_MS) this._shown.shift();
-    $("rate-shown").textContent = this.connection.isOpen && !this.isFrozen ? fixed(this._shown.length * 1000 / SHOWN_MS, 1) : NONE;
+    const isMoving = this.connection.isOpen && !this.isFrozen;
+    $("rate-shown").textContent = isMoving ? fixed(this._shown.length * 1000 / SHOWN_MS, 1) : NONE;
   }
 }
 

@@ -39,8 +39,8 @@ export class SettingsPanel {
         $(place).append(row.element);
       }
     }
-    this._trigger = Object.assign(document.createElement("button"),
-      { id: "trigger", className: "small extra", type: "button", textContent: "Trigger", title: "Triggers an image (t)" });
+    this._trigger = Object.assign(document.createElement("button"), { id: "trigger", className: "small extra",
+      type: "button", textContent: "Trigger", title: "Triggers an image (t)" });
     this._row("trigger_mode").limits.replaceWith(this._trigger);
     this._trigger.addEventListener("click", () => this.trigger());
     this._plot = new TemperaturePlot($("temperature-plot"));
@@ -57,7 +57,8 @@ export class SettingsPanel {
     const largest = Math.min(horizontal ?? 1, vertical ?? 1);
     this._row("gain").setChoices(gains);
     this._row("readout_speed").setChoices(speeds.length > 1 ? speeds : []);
-    this._row("binning").setChoices(BINNINGS.filter(size => size <= largest).map(size => [[size, size], `${size} x ${size}`]));
+    this._row("binning").setChoices(BINNINGS.filter(size => size <= largest)
+      .map(size => [[size, size], `${size} x ${size}`]));
     this._row("encoding").setChoices((camera.encodings ?? []).map(name => [name, encodingText(name)]));
     this._row("trigger_mode").setChoices((camera.capabilities?.trigger_modes ?? ["internal"])
       .map(mode => [mode, TRIGGER_TEXTS[mode] ?? mode]));
@@ -85,7 +86,8 @@ export class SettingsPanel {
     if (settings) {
       const [left, top, width, height] = settings.area ?? [];
       $("area").textContent = settings.area ? `${width} x ${height} at ${left}, ${top}` : "–";
-      this._row("cycle_time").limits.textContent = settings.cycle_time ? `${digits(1 / settings.cycle_time, 4)} /s` : "";
+      const { cycle_time: cycle } = settings;
+      this._row("cycle_time").limits.textContent = cycle ? `${digits(1 / cycle, 4)} /s` : "";
       this._trigger.hidden = settings.trigger_mode !== "software";
       this._trigger.disabled = !mayControl;
       this._target = settings.cooler ? settings.target_temperature : null;
@@ -230,7 +232,9 @@ export class SavePanel {
       event.preventDefault();
       this._record();
     });
-    $("record-unit").addEventListener("change", () => { $("record-amount").hidden = $("record-unit").value === "stop"; });
+    $("record-unit").addEventListener("change", () => {
+      $("record-amount").hidden = $("record-unit").value === "stop";
+    });
     $("stop").addEventListener("click", () => this._stop());
   }
 
@@ -277,8 +281,9 @@ export class SavePanel {
     const lost = last.lost === null || last.lost === undefined ? "lost unknown" : `${last.lost} lost`;
     const missing = last.missing ? `, ${last.missing} missing` : "";
     const isBad = last.state === "failed";
-    this._say(isBad ? `${last.name}: ${last.text ?? "failed"}` : `${last.name}: ${last.images} images, ${lost}${missing}` +
-      `${last.stopped ? ", stopped" : ""}. For FITS: vxmcd convert ${last.name} --output ${last.name}.fits`, isBad);
+    const { name, images, stopped, text } = last;
+    this._say(isBad ? `${name}: ${text ?? "failed"}` : `${name}: ${images} images, ${lost}${missing}` +
+      `${stopped ? ", stopped" : ""}. For FITS: vxmcd convert ${name} --output ${name}.fits`, isBad);
   }
 
   async _record() {

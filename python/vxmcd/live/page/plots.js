@@ -2,7 +2,8 @@
 // Small plots: histogram, line profile, temperature curve. Each owns its canvas and draws all of it, whenever asked.
 
 const COLOURS = {
-  frame: "#39424b", text: "#9aa7b2", bars: "#7f93a5", line: "#6cb6ff", target: "#e3b341", mark: "#e8edf2", shade: "#0a0c0ea0",
+  frame: "#39424b", text: "#9aa7b2", bars: "#7f93a5", line: "#6cb6ff", target: "#e3b341", mark: "#e8edf2",
+  shade: "#0a0c0ea0",
 };
 const FONT_PIXELS = 10;
 const FONT = "system-ui, 'DejaVu Sans', sans-serif";

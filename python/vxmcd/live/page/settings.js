@@ -247,7 +247,8 @@ class SwitchRow extends Row {
 
 const KINDS = { time: TimeRow, number: NumberRow, choice: ChoiceRow, switch: SwitchRow };
 
-/** Makes a row of a definition {name, label, kind, unit, key}. `send` takes a setting by its name and promises the result. */
+/** Makes a row of a definition {name, label, kind, unit, key}. `send` takes a setting by its name and promises the
+ * result. */
 export function makeRow(definition, send) {
   return new KINDS[definition.kind](definition, send);
 }

@@ -13,8 +13,8 @@ const SCALE_BAR = 120; // longest, in CSS pixels
 const MARK = "#6cb6ff";
 const DRAFT = "#ffd866";
 
-/** Owns the two canvases. Reports to a listener {viewChanged(), cursorChanged(pixel), lineChanged(line), areaDrawn(area)};
- * pixels, lines and areas are in pixels of the image, from 0. */
+/** Owns the two canvases. Reports to a listener {viewChanged(), cursorChanged(pixel), lineChanged(line, isDrawing),
+ * areaDrawn(area)}; pixels, lines and areas are in pixels of the image, from 0. */
 export class Stage {
   constructor(element, listener) {
     this.element = element;
@@ -309,7 +309,8 @@ export class Stage {
     const [x, y] = this._toCss(this.crosshair.x + 0.5, this.crosshair.y + 0.5).map(place => Math.round(place) + 0.5);
     const gap = Math.max(6, this.view.scale / this.ratio);
     this._stroke(MARK, context => {
-      for (const [x0, y0, x1, y1] of [[0, y, x - gap, y], [x + gap, y, width, y], [x, 0, x, y - gap], [x, y + gap, x, height]]) {
+      for (const [x0, y0, x1, y1] of [
+        [0, y, x - gap, y], [x + gap, y, width, y], [x, 0, x, y - gap], [x, y + gap, x, height]]) {
         context.moveTo(x0, y0);
         context.lineTo(x1, y1);
       }
@@ -368,6 +369,7 @@ export class Stage {
     context.fillStyle = "#0008";
     context.fillRect(left, top, image.width * scale, image.height * scale);
     this._stroke("#ffffffa0", () => context.rect(left, top, image.width * scale, image.height * scale));
-    this._stroke(MARK, () => context.rect(left + x * scale, top + y * scale, Math.max(2, w * scale), Math.max(2, h * scale)));
+    const part = [left + x * scale, top + y * scale, Math.max(2, w * scale), Math.max(2, h * scale)];
+    this._stroke(MARK, () => context.rect(...part));
   }
 }
