@@ -287,10 +287,9 @@ bool TVxmcdAcquisitionManager::Allocate(std::int64_t frameSizeBytes, std::int64_
   TQuorinLibDebugOutput::Output(
       __FILE__, __LINE__, __func__,
       "no memory for %lld frames of %lld bytes: %lld bytes wanted, %llu available; rings of other cameras have "
-      "%llu, and "
-      "independent cameras may have %llu together",
+      "%llu, and independent cameras may have %llu together",
       static_cast<long long>(slots), static_cast<long long>(frameSizeBytes),
-      static_cast<long long>(slots * frameSizeBytes),
+      static_cast<long long>(slots) * static_cast<long long>(frameSizeBytes),
       static_cast<unsigned long long>(QuorinUtility::TQuorinMemoryStatistics::Instance()->GetAvailable()),
       static_cast<unsigned long long>(circularBuffer_.BytesOfOtherRings()),
       static_cast<unsigned long long>(TRingMemory::BudgetBytes()));

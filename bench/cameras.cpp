@@ -135,8 +135,8 @@ class Process
 public:
   Process(int cameras, const Frames& frames)
   {
-    int toChild[2];
-    int toParent[2];
+    int toChild[2] = {};
+    int toParent[2] = {};
     require(pipe(toChild) == 0 && pipe(toParent) == 0, "pipe");
     child_ = fork();
     require(child_ >= 0, "fork");

@@ -22,10 +22,13 @@ std::uint64_t ReadLimit(const std::string& path)
 // the directory that it was mounted at does.
 std::uint64_t NarrowestLimit(const std::string& mount, std::string group, const std::string& file)
 {
-  std::uint64_t narrowest = ReadLimit(mount + "/" + file);
-  for (; !group.empty(); group.erase(group.find_last_of('/')))
-    narrowest = std::min(narrowest, ReadLimit(mount + group + "/" + file));
-  return narrowest;
+  std::uint64_t narrowest = kNoLimit;
+  for (;; group.erase(group.find_last_of('/'))) {
+    std::string path = mount;
+    path.append(group).append("/").append(file);
+    narrowest = std::min(narrowest, ReadLimit(path));
+    if (group.empty()) return narrowest;
+  }
 }
 
 bool HasController(const std::string& controllers, const std::string& name)

@@ -428,6 +428,7 @@ TEST(CircularBuffer, EveryWaitUnderWayIsEndedThoughTheNextRunBeginsAtOnce)
       std::vector<std::thread> waiters;
       std::array<std::atomic<pid_t>, kWaiters> ids{};
       std::atomic<int> ended{0};
+      waiters.reserve(ids.size());
       for (std::atomic<pid_t>& id : ids)
         waiters.emplace_back([&] {
           id = gettid();

@@ -12,6 +12,7 @@
 #include <mutex>
 #include <random>
 #include <span>
+#include <sstream>
 #include <thread>
 
 namespace {
@@ -21,17 +22,19 @@ constexpr long kFirst = 101;
 
 std::string Configuration()
 {
-  std::string text = "[Simulator]\nCameras=" + std::to_string(kCameras) + "\n";
+  std::ostringstream text;
+  text << "[Simulator]\nCameras=" << kCameras << "\n";
   for (int camera = 0; camera < kCameras; ++camera) {
     const std::string section = "[Camera" + std::to_string(camera);
     // The first two make frames when the test says so, some as fast as they are fetched, the others in real time.
-    const char* const source = camera < 2 ? "Source=manual\n" : camera < 5 ? "Clock=free\n" : "Clock=real\n";
-    text += section + "]\nModel=RQ512_LX\nScene=counter\nNoise=off\nStridePadding=0\n" + source +
-            "Seed=" + std::to_string(camera + 1) + "\n";
-    text += section + ".ExposureTime]\nMax=30\nValue=" + (camera < 2 ? "20\n" : "0.002\n");
-    text += section + ".AOIWidth]\nValue=16\n" + section + ".AOIHeight]\nValue=8\n";
+    const char* const source = camera < 2 ? "Source=manual" : camera < 5 ? "Clock=free" : "Clock=real";
+    text << section << "]\nModel=RQ512_LX\nScene=counter\nNoise=off\nStridePadding=0\n"
+         << source << "\nSeed=" << camera + 1 << "\n"
+         << section << ".ExposureTime]\nMax=30\nValue=" << (camera < 2 ? "20" : "0.002") << "\n"
+         << section << ".AOIWidth]\nValue=16\n"
+         << section << ".AOIHeight]\nValue=8\n";
   }
-  return text;
+  return text.str();
 }
 
 const std::string configuration = Configuration();
