@@ -308,6 +308,7 @@ def test_photon_transfer(tmp_path, simulator, client):
                    for options in ([], ["--scheduler", client.scheduler.address]))
     assert f"gain {found.electrons_per_count!r} electrons per count, read noise {found.read_noise!r}" in here.stdout
     assert there.stdout == here.stdout, there.stderr
-    for runs, problem in ((names[:1], "two levels"), (names[:1] * 2, "two levels"), ([tmp_path], "acquisitionmetadata.ini")):
+    for runs, problem in ((["--window", "120,1,10x10", *names], "beyond the image"), (names[:1], "two levels"),
+                          (names[:1] * 2, "two levels"), ([tmp_path], "acquisitionmetadata.ini")):
         result = subprocess.run([sys.executable, EXAMPLE, *runs], capture_output=True, text=True, timeout=60)
         assert result.returncode == 1 and problem in result.stderr and "Traceback" not in result.stderr

@@ -184,6 +184,8 @@ def _point(run, window, client, tasks, verify):
     shape = np.empty(run.shape, bool)[window].shape
     if len(shape) != 2 or shape[0] * shape[1] < 2:
         raise ValueError(f"{run.path}: the window has less than two of the image's {run.shape[0]} x {run.shape[1]} pixels")
+    if any((part.stop or 0) > size for part, size in zip(window, run.shape)):
+        raise ValueError(f"{run.path}: the window reaches beyond the image's {run.shape[0]} rows or {run.shape[1]} columns")
     if run.numbers.size < 2:
         raise ValueError(f"{run.path}: {run.numbers.size} images; differences need two")
     return reduce_images(run, functools.partial(_Differences.of, window), _Differences.together, client, tasks, overlap=1,
