@@ -26,9 +26,13 @@ PAGE = ROOT / "docs" / "large-runs.md"
 @pytest.fixture(scope="module")
 def client():
     distributed = pytest.importorskip("dask.distributed")
-    with distributed.LocalCluster(n_workers=2, threads_per_worker=1, memory_limit=LIMIT, host="127.0.0.1",
-                                  dashboard_address=None) as cluster, distributed.Client(cluster) as client:
-        yield client
+    from dask import config
+    # A worker that has too much is killed; it never waits for better times.
+    memory = {f"distributed.worker.memory.{what}": False for what in ("target", "spill", "pause")}
+    with config.set(memory), distributed.LocalCluster(n_workers=2, threads_per_worker=1, memory_limit=LIMIT,
+                                                      host="127.0.0.1", dashboard_address=None) as cluster:
+        with distributed.Client(cluster) as client:
+            yield client
 
 
 @pytest.fixture
@@ -220,7 +224,7 @@ def peak_memory():
 
 def test_workers_with_little_memory(tmp_path, client):
     """Mapped files, sums of whole images, or results that pile up would be more than the limit: workers would be killed."""
-    images, side = 40, 2896
+    images, side = 32, 2896
     writer = SpoolWriter(tmp_path, images=1, width=1, height=1, metadata=False)
     size = 2 * side**2
     writer.keys.update({"data/ImageSize": size, "image/Width": side, "image/Height": side, "image/Stride": 2 * side,
@@ -232,7 +236,7 @@ def test_workers_with_little_memory(tmp_path, client):
             file.seek(size * (image + 1) - 2)
             file.write(image.to_bytes(2, "little"))
     run = SpoolRun(tmp_path)
-    assert images * size > 2 * LIMIT
+    assert images * size > 1.5 * LIMIT
     workers = client.run(os.getpid)
     assert int(run.to_dask().sum().compute()) == sum(range(images))
     mean, variance = mean_variance(run, client, tasks=2)
