@@ -3,6 +3,7 @@
 #include "tools/ArgumentForms.h"
 
 #include <charconv>
+#include <map>
 
 namespace vxtool {
 
@@ -124,6 +125,23 @@ bool ParseSeconds(const std::string& text, double& seconds)
   const bool isNumber = error == std::errc{} && rest == text.data() + text.size();
   if (!isNumber || !(value > 0.0 && value <= kMaxSeconds)) return false;
   seconds = value;
+  return true;
+}
+
+bool ParseCompression(const std::string& text, TCompression& compression)
+{
+  static const std::map<std::string, Codec> codecs = {
+      {"zstd", Codec::Zstd}, {"lz4", Codec::Lz4}, {"none", Codec::None}};
+  const std::size_t colon = text.find(':');
+  const auto codec = codecs.find(text.substr(0, colon));
+  if (codec == codecs.end()) return false;
+  TCompression parsed{codec->second};
+  if (colon != std::string::npos) {
+    const std::string level = text.substr(colon + 1);
+    if (codec->second == Codec::None || level.size() != 1 || level < "1" || level > "9") return false;
+    parsed.level = level[0] - '0';
+  }
+  compression = parsed;
   return true;
 }
 

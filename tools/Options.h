@@ -57,6 +57,7 @@ enum class FileFormat
   BigTiff,
   Fits,
   Raw,
+  OmeZarr,
   Png,
 };
 
@@ -119,6 +120,20 @@ struct TSpoolOptions
   std::optional<int> threads;
 };
 
+enum class Codec
+{
+  Zstd,
+  Lz4,
+  None,
+};
+
+/// How chunks of images are compressed.
+struct TCompression
+{
+  Codec codec = Codec::Zstd;
+  int level = 1; ///< 1 to 9; higher ones take several times as long for next to nothing
+};
+
 /// The files to make of the images.
 struct TOutputOptions
 {
@@ -126,8 +141,10 @@ struct TOutputOptions
   std::optional<FileFormat> format;
   std::string preview; ///< picture of the last image; "": none
   bool overwrite = false;
-  bool isFileForEach = false; ///< one file for each image, in place of one for all
-  std::string imageType;      ///< light, dark, bias or flat; "": not known
+  bool isFileForEach = false;              ///< one file for each image, in place of one for all
+  std::string imageType;                   ///< light, dark, bias or flat; "": not known
+  std::optional<TCompression> compression; ///< of chunks
+  std::optional<int> chunkImages;          ///< images in a chunk; without it as many as have 8 MiB
 
   bool IsEmpty() const { return file.empty() && preview.empty(); }
 };

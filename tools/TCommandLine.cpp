@@ -44,23 +44,22 @@ const TWords<Fan> kFans = {{"full", Fan::Full}, {"low", Fan::Low}, {"off", Fan::
 const TWords<bool> kSwitches = {{"on", true}, {"off", false}};
 const TWords<FileFormat> kStackFormats = {
     {"tiff", FileFormat::Tiff}, {"bigtiff", FileFormat::BigTiff}, {"fits", FileFormat::Fits}};
-const TWords<FileFormat> kFormats = {{"tiff", FileFormat::Tiff},
-                                     {"bigtiff", FileFormat::BigTiff},
-                                     {"fits", FileFormat::Fits},
-                                     {"raw", FileFormat::Raw},
-                                     {"png", FileFormat::Png}};
+const TWords<FileFormat> kFormats = {{"tiff", FileFormat::Tiff},       {"bigtiff", FileFormat::BigTiff},
+                                     {"fits", FileFormat::Fits},       {"raw", FileFormat::Raw},
+                                     {"omezarr", FileFormat::OmeZarr}, {"png", FileFormat::Png}};
 const std::map<std::string, FileFormat> kStackSuffixes = {{".tif", FileFormat::Tiff},
                                                           {".tiff", FileFormat::Tiff},
                                                           {".fits", FileFormat::Fits},
                                                           {".fit", FileFormat::Fits},
                                                           {".fts", FileFormat::Fits}};
-const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},  {".tiff", FileFormat::Tiff},
-                                                     {".fits", FileFormat::Fits}, {".fit", FileFormat::Fits},
-                                                     {".fts", FileFormat::Fits},  {".raw", FileFormat::Raw},
-                                                     {".png", FileFormat::Png}};
+const std::map<std::string, FileFormat> kSuffixes = {{".tif", FileFormat::Tiff},     {".tiff", FileFormat::Tiff},
+                                                     {".fits", FileFormat::Fits},    {".fit", FileFormat::Fits},
+                                                     {".fts", FileFormat::Fits},     {".raw", FileFormat::Raw},
+                                                     {".zarr", FileFormat::OmeZarr}, {".png", FileFormat::Png}};
 const TWords<SpoolMethod> kSpoolMethods = {{"single", SpoolMethod::Single}, {"multi", SpoolMethod::Multi}};
 
 constexpr int kMaxCamera = 10'000;
+constexpr int kMaxChunkImages = 1'000'000;
 constexpr std::string_view kSerialPrefix = "serial:";
 constexpr std::string_view kCameraPlace = "{camera}"; // in names of files
 
@@ -440,13 +439,23 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, std::optional<in
       ->required()
       ->type_name("DIRECTORY");
   AddText(app, "-o,--output", options.output.file,
-          "File for the images: .tif, .tiff (stack), .fits (cube), .raw (pixels, with a .json beside them) or "
-          ".png (a picture of each)",
+          "File for the images: .tif, .tiff (stack), .fits (cube), .raw (pixels, with a .json beside them), "
+          ".ome.zarr (a directory with an array) or .png (a picture of each)",
           kFileNameForm)
       ->type_name("FILE");
   AddWord(app, "--format", options.output.format, kFormats,
           "Format of the output file, if its name does not say it; bigtiff is for TIFF files above 4 GB that "
           "other programs than ImageJ and tifffile are to read");
+  AddForm(
+      app, "--compression",
+      [&options](const std::string& text) { return ParseCompression(text, options.output.compression.emplace()); },
+      "zstd, lz4 or none, with a level from 1 to 9 as in zstd:3,",
+      "Of .ome.zarr: zstd, lz4 (faster, less) or none, with a level from 1 to 9 as in zstd:3; default: zstd:1")
+      ->type_name("CODEC[:LEVEL]");
+  app.add_option("--chunk", options.output.chunkImages,
+                 "Of .ome.zarr: images in a file; default: as many as have 8 MiB, at least 1")
+      ->transform(WholeNumber(1, kMaxChunkImages))
+      ->type_name("N");
   AddText(app, "--preview", options.output.preview, "Picture of the last image", kFileNameForm)
       ->type_name("FILE.png");
   AddForm(
@@ -522,7 +531,7 @@ std::string CompleteOrSayWhy(TOutputOptions& output, const std::map<std::string,
     output.format = found->second;
     return "";
   }
-  const std::string others = suffixes.count(".raw") > 0 ? ".fits, .raw or .png" : "or .fits";
+  const std::string others = suffixes.count(".raw") > 0 ? ".fits, .raw, .ome.zarr or .png" : "or .fits";
   return "--output: the name must end in .tif, .tiff" + std::string(suffixes.count(".raw") > 0 ? ", " : " ") +
          others + ", or --format must be given";
 }
@@ -530,7 +539,11 @@ std::string CompleteOrSayWhy(TOutputOptions& output, const std::map<std::string,
 std::string CompleteOrSayWhy(TConvertOptions& options)
 {
   if (options.output.IsEmpty() && !options.isVerify) return "--output: is needed, or --preview or --verify";
-  return CompleteOrSayWhy(options.output, kSuffixes);
+  if (std::string why = CompleteOrSayWhy(options.output, kSuffixes); !why.empty()) return why;
+  const bool isZarr = options.output.format == FileFormat::OmeZarr;
+  if (options.output.compression && !isZarr) return "--compression: only .ome.zarr is compressed";
+  if (options.output.chunkImages && !isZarr) return "--chunk: only .ome.zarr has chunks";
+  return options.output.isFileForEach && isZarr ? "--each: .ome.zarr is for all images; give --chunk 1" : "";
 }
 
 std::string WhyNotSpooled(const TAcquireOptions& options)

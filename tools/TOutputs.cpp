@@ -5,6 +5,7 @@
 #include "tools/Messages.h"
 #include "tools/TFitsCubeWriter.h"
 #include "tools/TImageFilesWriter.h"
+#include "tools/TOmeZarrWriter.h"
 #include "tools/TPngPreviewWriter.h"
 #include "tools/TRawStackWriter.h"
 #include "tools/TTiffStackWriter.h"
@@ -13,7 +14,7 @@ namespace vxtool {
 
 namespace {
 
-std::unique_ptr<IImageWriter> MakeFileWriter(FileFormat format)
+std::unique_ptr<IImageWriter> MakeFileWriter(FileFormat format, const TOutputOptions& options)
 {
   switch (format) {
   case FileFormat::Tiff:
@@ -24,6 +25,8 @@ std::unique_ptr<IImageWriter> MakeFileWriter(FileFormat format)
     return std::make_unique<TFitsCubeWriter>();
   case FileFormat::Raw:
     return std::make_unique<TRawStackWriter>();
+  case FileFormat::OmeZarr:
+    return std::make_unique<TOmeZarrWriter>(options.compression.value_or(TCompression{}), options.chunkImages);
   case FileFormat::Png:
     return std::make_unique<TPngPreviewWriter>();
   }
@@ -33,8 +36,9 @@ std::unique_ptr<IImageWriter> MakeFileWriter(FileFormat format)
 std::unique_ptr<IImageWriter> MakeImageWriter(const TOutputOptions& options)
 {
   const FileFormat format = options.format.value_or(FileFormat::Tiff);
-  if (!options.isFileForEach && format != FileFormat::Png) return MakeFileWriter(format);
-  return std::make_unique<TImageFilesWriter>([format] { return MakeFileWriter(format); }, options.isFileForEach);
+  if (!options.isFileForEach && format != FileFormat::Png) return MakeFileWriter(format, options);
+  return std::make_unique<TImageFilesWriter>([=] { return MakeFileWriter(format, options); },
+                                             options.isFileForEach);
 }
 
 } // namespace

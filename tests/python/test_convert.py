@@ -3,6 +3,7 @@
 import json
 import os
 import random
+import resource
 import subprocess
 
 import numpy as np
@@ -74,3 +75,68 @@ def test_runs_with_damage(tmp_path, seed):
     keeps = ["--keep-damaged"] if seed % 3 == 2 else []
     assert_same(SpoolRun(run, salvage=True, keep_unrecorded=bool(keeps)),
                 converted(run, tmp_path / "run.raw", "--salvage", "--verify", *keeps))
+
+
+def zarr_of(run, output, code, *options, **keywords):
+    """What zarr reads from the directory that the tool makes of a run, and what the tool says."""
+    zarr = pytest.importorskip("zarr")
+    command = [os.environ["VXMCD_TOOL"], "convert", run, "--output", output, *options]
+    result = subprocess.run(list(map(str, command)), capture_output=True, text=True, timeout=60, **keywords)
+    assert result.returncode == code, result.stderr
+    return zarr.open(str(output), "r") if (output / ".zattrs").exists() else None, result.stderr
+
+
+@pytest.mark.parametrize("encoding, width, images, options, chunks", [
+    ("Mono16", 7, 5, [], 5), ("Mono16", 7, 5, ["--chunk", "2"], 2), ("Mono8", 64, 6, ["--chunk", "3"], 3),
+    ("Mono12Packed", 7, 5, ["--compression", "lz4:3", "--chunk", "4"], 4), ("Mono32", 1, 1, [], 1),
+    ("Mono16", 1, 3, ["--compression", "none", "--chunk", "2"], 2)])
+def test_ome_zarr(tmp_path, encoding, width, images, options, chunks):
+    directory = tmp_path / "run"
+    directory.mkdir()
+    writer = SpoolWriter(directory, images, width, 3, encoding, padding=5)
+    writer.keys.update({"camera/PixelWidth": 6.5, "camera/PixelHeight": 8, "image/Top": 5, "image/VBin": 2, "image/HBin": 1})
+    run = SpoolRun(writer.write())
+    group, _ = zarr_of(directory, tmp_path / "run.ome.zarr", 0, *options)
+    array = group["0"]
+    assert array.dtype == run.dtype and array.chunks == (chunks, 3, width) and array.fill_value is None
+    assert (array.compressor is None) == ("none" in options)
+    np.testing.assert_array_equal(array[:], run.array())
+    columns = group["vxmcd"]
+    assert columns["number"][:].tolist() == list(range(1, images + 1)) and columns["ticks"][:].tolist() == run.ticks().tolist()
+    assert columns["host_ns"][:].tolist() == run.host_times().astype(np.int64).tolist()
+    assert columns["check"][:].tolist() == [1] * images and group.attrs["vxmcd"]["complete"]
+    image, = group.attrs["multiscales"]  # by the rules of the format
+    assert image["version"] == "0.4" and [axis["type"] for axis in image["axes"]] == ["time", "space", "space"]
+    assert [axis.get("unit") for axis in image["axes"]] == [None, "micrometer", "micrometer"]
+    assert image["datasets"] == [{"path": "0", "coordinateTransformations": [{"type": "scale", "scale": [1.0, 16.0, 6.5]}]}]
+
+
+def test_ome_zarr_of_what_is_left(tmp_path):
+    """A damaged image leaves a gap in the numbers; a disk that takes no more, the whole chunks before."""
+    directory, output = tmp_path / "run", tmp_path / "run.zarr"
+    directory.mkdir()
+    writer = SpoolWriter(directory, 6, 100, 100, images_per_file=8)
+    for number in (0, 1):  # compress well
+        writer.frames[number] = bytes(len(writer.frames[number]))
+    writer.write()
+    with open(directory / "spool_0000000000.dat", "r+b") as file:
+        file.seek(4 * writer.image_size)
+        file.write(bytes(9))
+    group, _ = zarr_of(directory, output, 5, "--chunk", "2")
+    assert group["vxmcd/number"][:].tolist() == [1, 2, 3, 4, 6] and group["0"].shape == (5, 100, 100)
+    np.testing.assert_array_equal(group["0"][:], SpoolRun(directory)[:][[0, 1, 2, 3, 5]])
+
+    _, said = zarr_of(directory, output, 4)
+    assert "give --overwrite" in said
+    limit = {"restore_signals": False,  # Python ignores the signal of the limit
+             "preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))}
+    group, said = zarr_of(directory, output, 4, "--chunk", "2", "--overwrite", **limit)
+    assert group["0"].shape == (2, 100, 100) and not group["0"][:].any() and "0/1/0/0: cannot be written" in said
+    assert group["vxmcd/number"][:].tolist() == [1, 2]
+    group, _ = zarr_of(directory, output, 4, "--images", "3-4", "--overwrite", **limit)
+    assert group is None, "no directory without an image"
+    (tmp_path / "mine").mkdir()
+    (tmp_path / "mine" / "precious").touch()
+    for other in (tmp_path / "mine", directory):
+        _, said = zarr_of(directory, other, 4, "--overwrite", "--format", "omezarr")
+        assert "is not replaced" in said and list(other.iterdir())
