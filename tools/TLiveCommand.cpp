@@ -71,7 +71,7 @@ std::vector<std::string> EnvironmentWith(const std::vector<std::pair<std::string
     });
     if (!isReplaced) environment.push_back(text);
   }
-  for (const auto& [name, value] : values) environment.push_back(name + "=" + value);
+  for (const auto& [name, value] : values) environment.emplace_back(name).append("=").append(value);
   return environment;
 }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Measures the live view: images a second that viewers get, processor time of the program, and frames lost by a recording, without
-viewers and with some. The camera is a simulated one of 2048 x 2048 pixels whose frames take no time to paint; viewers are
+"""Measures the live view: images a second that viewers get, processor time of the program, and frames lost by a recording,
+without viewers and with some. The camera is a simulated one of 2048 x 2048 pixels whose frames take no time to paint; viewers are
 programs on this machine that acknowledge at once and show the whole image in 1024 x 1024 pixels, of 16 bits."""
 import argparse
 import asyncio
@@ -79,12 +79,12 @@ async def measure(process, url, count, images, seconds):
     await controller.send({"do": "record", "name": f"run{count}", "images": images, "id": 1})
     await controller.watch(lambda: (controller.state.get("last_recording") or {}).get("name") == f"run{count}")
     run = controller.state["last_recording"]
-    print(f"{line}; recording of {run['images']} images: {run['state']}, lost {run['lost']}, missing {run['missing']}", flush=True)
+    print(f"{line}; recording of {run['images']} images: {run['state']}, lost {run['lost']}, missing {run['missing']}",
+          flush=True)
     for task in others:
         task.cancel()
     for viewer in {controller, *viewers}:
         await viewer.session.close()
-    return None
 
 
 def main():

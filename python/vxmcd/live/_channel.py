@@ -5,12 +5,12 @@ from __future__ import annotations
 import asyncio
 import collections
 import concurrent.futures
-import json
 import time
 from typing import Callable, Dict, Optional
 
 from .._signatures import LIBRARY_VERSION
 from . import _wire
+from ._description import as_json
 from ._frames import Frames
 from ._state import Control, State
 from ._viewer import Viewer
@@ -83,13 +83,13 @@ class Channel:
     def greet(self, viewer: Viewer, cameras) -> None:
         """Everything that a page needs that has just been loaded, or that shows another camera from now on. cameras: all that
         are attached."""
-        viewer.put("hello", json.dumps({"hello": {
+        viewer.put("hello", as_json({"hello": {
             **self._state_json(viewer), "program": LIBRARY_VERSION, "protocol": _wire.PROTOCOL, "viewer": viewer.number,
             "camera": self.camera, "cameras": cameras, "curve": list(self._curve)}}))
 
     def tell_state(self) -> None:
         for viewer in self._viewers.values():
-            viewer.put("state", json.dumps({"state": self._state_json(viewer)}))
+            viewer.put("state", as_json({"state": self._state_json(viewer)}))
 
     async def encode(self, image, view, coarser):
         """Makes a picture on another thread."""
@@ -111,7 +111,7 @@ class Channel:
             return
         self._told = image
         histogram = await self._loop.run_in_executor(self._pool, self.frames.add_histogram, image)
-        text = json.dumps({"histogram": {**histogram._asdict(), **dict(zip(("low", "high"), self.frames.stretch))}})
+        text = as_json({"histogram": {**histogram._asdict(), **dict(zip(("low", "high"), self.frames.stretch))}})
         for viewer in self._viewers.values():
             if viewer.frozen is None:
                 viewer.put("histogram", text)

@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import ctypes
+import json
+import math
 from typing import Dict, Optional
 
 from .. import _features, raw
@@ -22,7 +24,24 @@ def problem(error: BaseException) -> Dict[str, object]:
         return {"function": error.function, "code": error.code, "name": error.name,
                 "meaning": error.meaning, "detail": error.detail or "", "advice": error.advice, "text": str(error)}
     text = str(error) or type(error).__name__
-    return {"function": None, "code": None, "name": type(error).__name__, "meaning": text, "detail": "", "advice": "", "text": text}
+    return {"function": None, "code": None, "name": type(error).__name__, "meaning": text, "detail": "",
+            "advice": "", "text": text}
+
+
+def as_json(value) -> str:
+    """JSON, which has no infinity and nothing that is no number: null in place of these."""
+    try:
+        return json.dumps(value, allow_nan=False)
+    except ValueError:
+        return json.dumps(_finite(value))
+
+
+def _finite(value):
+    if isinstance(value, dict):
+        return {key: _finite(item) for key, item in value.items()}
+    if isinstance(value, (list, tuple)):
+        return [_finite(item) for item in value]
+    return None if isinstance(value, float) and not math.isfinite(value) else value
 
 
 def _or_none(read):
@@ -81,9 +100,9 @@ def _fan_modes(words):
 def settings_of(camera) -> Dict[str, object]:
     """The settings in force, under the names of the attributes of Camera; None where the camera does not say."""
     settings = camera.settings()
-    area, binning = camera.area, camera.binning
+    area, binning, cycle = camera.area, camera.binning, camera.cycle_time
     return {
-        "exposure": camera.exposure, "cycle_time": camera.cycle_time, "frame_rate": camera.frame_rate,
+        "exposure": camera.exposure, "cycle_time": cycle, "frame_rate": 1.0 / cycle if cycle > 0 else None,
         "trigger_mode": settings["trigger_mode"], "overlap": camera.overlap, "area": list(area), "binning": list(binning),
         "bits": camera.bits, "encoding": settings.get("encoding"), "gain": camera.gain, "ad_channel": camera.ad_channel,
         "amplifier": camera.amplifier, "readout_speed": camera.readout_speed,

@@ -125,7 +125,8 @@ def _say_where(options, port, token):
     link = _link(options, port, token)
     print(link, flush=True)
     if _access.is_loopback(options.bind):
-        sys.stderr.write(f"from another machine: ssh -L {port}:{options.bind}:{port} {socket.gethostname()}\n")
+        address = f"[{options.bind}]" if ":" in options.bind else options.bind
+        sys.stderr.write(f"from another machine: ssh -L {port}:{address}:{port} {socket.gethostname()}\n")
     else:
         sys.stderr.write("warning: the connection is not encrypted; with ssh -L and without --bind it is\n")
     if options.open:
@@ -153,17 +154,15 @@ async def _serve(options, settings, listener) -> int:
         return _fail(_CAMERA, str(error))
     runner = web.AppRunner(server.application, access_log=None)
     ended = asyncio.Event()
-    received: List[int] = []
 
-    def end(number):
-        received.append(number)
+    def end():
         for other in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             loop.remove_signal_handler(other)
             signal.signal(other, signal.SIG_DFL)  # a second one kills
         ended.set()
 
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-        loop.add_signal_handler(number, end, number)
+        loop.add_signal_handler(number, end)
     try:
         await runner.setup()
         await web.SockSite(runner, listener, shutdown_timeout=0.2).start()

@@ -6,6 +6,7 @@ import asyncio
 import concurrent.futures
 import json
 import logging
+import math
 import re
 import time
 from pathlib import Path
@@ -13,9 +14,10 @@ from typing import Callable, Dict, Optional
 
 from aiohttp import WSMsgType, web
 
-from . import _description, _wire
+from . import _wire
 from ._access import Access
 from ._channel import Channel
+from ._description import as_json, problem
 from ._frames import View
 from ._requests import Requests
 from ._viewer import Viewer
@@ -33,6 +35,7 @@ _MESSAGES_A_SECOND = 50
 _HEARTBEAT_SECONDS = 10.0  # a page that does not answer within half of it is closed, and loses the control
 _TICK_SECONDS = 0.25
 _LOGIN_BYTES = 4096
+_END_SECONDS = 0.2  # for a page that does not read
 
 
 def _number_of(value, name, kinds=(int,)):
@@ -44,7 +47,9 @@ def _number_of(value, name, kinds=(int,)):
 def _points(values, name, count):
     if not isinstance(values, list) or len(values) != count:
         raise ValueError(f"{name} is {count} numbers, or null")
-    return tuple(min(max(_number_of(value, name, (int, float)), -1e6), 1e6) for value in values)
+    if any(math.isnan(_number_of(value, name, (int, float))) for value in values):
+        raise ValueError(f"{name} is {count} numbers, not {values!r}")
+    return tuple(min(max(value, -1e6), 1e6) for value in values)
 
 
 class Server:
@@ -78,14 +83,16 @@ class Server:
         self._is_ending = True
         for task in self._tasks:
             task.cancel()
-        for viewer in list(self._viewers.values()):
-            try:
-                await asyncio.wait_for(viewer.socket.send_str(json.dumps({"end": "the program has ended"})), 0.2)
-                await asyncio.wait_for(self._close_at_end(viewer.socket), 0.2)
-            except (asyncio.TimeoutError, ConnectionError):
-                pass
+        await asyncio.gather(*map(self._say_goodbye, list(self._viewers.values())))
         await asyncio.gather(*(channel.close() for channel in self._requests.channels.values()))
         self._pool.shutdown(wait=False)
+
+    async def _say_goodbye(self, viewer):
+        try:
+            await asyncio.wait_for(viewer.socket.send_str(as_json({"end": "the program has ended"})), _END_SECONDS)
+            await asyncio.wait_for(self._close_at_end(viewer.socket), _END_SECONDS)
+        except (asyncio.TimeoutError, ConnectionError):
+            pass
 
     # Requests
 
@@ -190,7 +197,7 @@ class Server:
                     continue
                 await self._take(viewer, content)
             except (ValueError, RecursionError) as error:
-                viewer.put_result({"id": None, "ok": False, **_description.problem(error)})
+                viewer.put_result({"id": None, "ok": False, **problem(error)})
             left -= 1
             if left < 0:  # the page waits; nothing is thrown away
                 await asyncio.sleep(-left / _MESSAGES_A_SECOND)
@@ -218,7 +225,7 @@ class Server:
         viewer.cursor = None if cursor is None else tuple(int(at) for at in _points(cursor, "cursor", 2))
         image = viewer.frozen or viewer.shown
         if viewer.cursor is not None and image is not None:
-            viewer.put("cursor", json.dumps({"cursor": {"x": viewer.cursor[0], "y": viewer.cursor[1], "n": image.number,
+            viewer.put("cursor", as_json({"cursor": {"x": viewer.cursor[0], "y": viewer.cursor[1], "n": image.number,
                                                         "value": image.value(viewer.cursor)}}))
 
     def _take_line(self, viewer, line):
@@ -236,7 +243,7 @@ class Server:
         except asyncio.CancelledError:
             raise
         except Exception as error:
-            result.update(ok=False, **_description.problem(error))
+            result.update(ok=False, **problem(error))
         result["version"] = viewer.channel.state.version
         try:
             viewer.put_result(result)

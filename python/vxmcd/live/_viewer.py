@@ -4,13 +4,13 @@ from __future__ import annotations
 
 import asyncio
 import collections
-import json
 import time
 from typing import Dict, Optional
 
 from aiohttp import web
 
 from ._credit import Credit, Reduction
+from ._description import as_json
 from ._frames import Frames, Image, View
 
 _MAX_RESULTS = 200  # that wait to be sent; a page that asks for more and does not read them is closed
@@ -67,7 +67,7 @@ class Viewer:
     def put_result(self, result: Dict[str, object]) -> None:
         if len(self._results) >= _MAX_RESULTS:
             raise ConnectionError("the answers are not read")
-        self._results.append(json.dumps({"result": result}))
+        self._results.append(as_json({"result": result}))
         self._wake.set()
 
     def acknowledge(self, number: int) -> None:
@@ -99,7 +99,7 @@ class Viewer:
         if self.line is None or image is None or (not is_asked and now < self._next_line):
             return
         self._next_line = now + _LINE_SECONDS
-        self.put("line", json.dumps({"line": {"n": image.number, "values": image.along(self.line)}}))
+        self.put("line", as_json({"line": {"n": image.number, "values": image.along(self.line)}}))
 
     async def send(self) -> None:
         """Sends until the connection is closed."""
