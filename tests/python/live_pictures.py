@@ -43,6 +43,7 @@ def beads(page, directory):
 
 def stars(page, directory):
     choose(page, "#set-exposure", "0.1 s")
+    page.evaluate("document.getElementById('record-name').value = 'night1'")
     page.key("Escape")
     page.key("r")
     page.type("500")

@@ -306,7 +306,7 @@ export class SavePanel {
   }
 
   _show({ name, images, asked: of, bytes: size, rate, seconds_left: left }, lost) {
-    $("recording-name").textContent = name;
+    $("recording-name").textContent = $("recording-name").title = name;
     $("recording-numbers").textContent = of ? `${images} of ${of}` : `${images} images`;
     if (of) $("recording-bar").value = images / of;
     else $("recording-bar").removeAttribute("value");
