@@ -79,16 +79,21 @@ class _Rate:
 class _Recording:
     """A series that is written to disk."""
 
-    def __init__(self, path: Path, images: int, has_end: bool):
+    def __init__(self, path: Path, images: int, is_counted: bool, seconds: Optional[float]):
         self.path = path
-        self.images = images
-        self.has_end = has_end
+        self.images = images  # at most
+        self.is_counted = is_counted  # whether it is to have so many
         self.started = time.monotonic()
-        self.is_stopped = False
+        self.seconds = seconds  # after which it ends, where triggers set the rate
+
+    def is_over(self) -> bool:
+        return self.seconds is not None and time.monotonic() - self.started >= self.seconds
 
     def json(self, total: int, rate: Optional[float], image_bytes: int) -> Dict[str, object]:
-        left = (self.images - total) / rate if self.has_end and rate else None
-        return {"name": self.path.name, "images": total, "asked": self.images if self.has_end else None,
+        left = (self.images - total) / rate if self.is_counted and rate else None
+        if self.seconds is not None:
+            left = max(self.seconds - (time.monotonic() - self.started), 0.0)
+        return {"name": self.path.name, "images": total, "asked": self.images if self.is_counted else None,
                 "limit": self.images, "bytes": total * image_bytes, "rate": rate, "seconds_left": left,
                 "seconds": round(time.monotonic() - self.started, 2)}
 
@@ -339,7 +344,13 @@ class CameraWorker:
         if self._recording:
             raise CameraStateError("a recording is under way")
         path = check_name(name, self._directory)
-        count = self._images_of(camera, images, seconds)
+        for given in (images, seconds):
+            if given is not None and (isinstance(given, bool) or not isinstance(given, (int, float)) or not given > 0):
+                raise ValueError(f"a recording takes a number of images, or of seconds, above 0, not {given!r}")
+        if images is not None and seconds is not None:
+            raise ValueError("give a number of images or a time, not both")
+        is_even = _description.has_even_period(camera)
+        count = self._images_of(camera, images, seconds if is_even else None)
         self._stop_run()
         self._do_start()
         camera._session.call("SetSpool", 1, 3, os.fsencode(path))
@@ -349,21 +360,17 @@ class CameraWorker:
         except BaseException:
             camera._session.call("SetSpool", 0, 3, None)
             raise
-        self._recording = _Recording(path, count, images is not None or seconds is not None)
+        is_counted = images is not None or (seconds is not None and is_even)
+        self._recording = _Recording(path, count, is_counted, None if is_even else seconds)
         self._last_recording = None
         return {"name": path.name, "images": count}
 
     def _images_of(self, camera, images, seconds):
         """How many images to record. Without a number as many as fit on the disk, so that the recording ends in order."""
-        if images is not None and seconds is not None:
-            raise ValueError("give a number of images or a time, not both")
-        given = images if images is not None else seconds
-        if given is not None and (isinstance(given, bool) or not isinstance(given, (int, float))):
-            raise ValueError("the number of images, or of seconds, is a number")
         if images is not None:
             count = int(images) if images == int(images) else 0
         elif seconds is not None:
-            count = max(int(round(seconds * camera.frame_rate)), 1) if seconds > 0 else 0
+            count = max(round(seconds / camera.cycle_time), 1)
         else:
             free = shutil.disk_usage(self._directory).free - _DISK_RESERVE
             count = min(free // (self._image_bytes() + 64), _MAX_IMAGES)
@@ -501,7 +508,10 @@ class CameraWorker:
             self._end_recording()
         elif status != raw.RC_ACQUIRING:
             raise VxmcdError("the run", status, f"it ended after {total} images")
-        elif not self._recording and not self._is_watched():
+        elif self._recording:
+            if self._recording.is_over():
+                self._end_recording()
+        elif not self._is_watched():
             self._stop_run()
 
     def _fetch(self, run, number, now):
