@@ -24,6 +24,8 @@ constexpr int kSlotsAhead = 2;
 constexpr std::uint64_t kSmallRing = 4;
 // How far back to look for them where frames lack the clock value.
 constexpr std::uint64_t kMaxSlotsBack = 16;
+// The clock value, the identifier of its chunk and the chunk's length.
+constexpr std::int64_t kClockChunkBytes = 16;
 
 } // namespace
 
@@ -282,9 +284,12 @@ bool TCircularBuffer::HasCameraNotReached(std::uint64_t image, const unsigned ch
   bool isClockSeen = own->IsKnown();
   for (std::uint64_t back = 1; back <= farthest; ++back) {
     const std::uint64_t ahead = image - back;
-    // The slot in front of that of image 1 is the last one of the ring.
+    // The slot in front of that of image 1 is the last one of the ring. Frames that are shorter than their slots do not
+    // reach the mark at its end; the clock value is the last chunk of one that fills its slot.
     if (ahead == 0) {
-      if (slab_->IsLastSlotUnused()) return true;
+      const bool isSlotFilled =
+          own->offset + kClockChunkBytes == static_cast<std::int64_t>(slab_->FrameSizeBytes());
+      if (isSlotFilled && slab_->IsLastSlotUnused()) return true;
       break;
     }
     if (ahead + count <= newest) break; // its slot has a later image

@@ -349,6 +349,14 @@ TEST_F(ARunningRing, ASlotThatIsLostOrFilledInPartDoesNotHideTheCamera)
   Fill(1);   // image 2 is overwritten
   EXPECT_EQ(IntactImages(), (TImages{5, 6})) << "image 3 may be next";
 
+  // Frames that are shorter than their slots do not show that the last slot is unused.
+  ASSERT_EQ(ring_.Allocate(2 * kFrameBytes, 6), 0);
+  ring_.SetKindOfRun(true, true);
+  ring_.Reset();
+  filled_ = 0;
+  FillAndCount(4);
+  EXPECT_EQ(IntactImages(), (TImages{3, 4}));
+
   // An image whose slot has changed places shows nothing any more.
   Begin(6);
   FillAndCount(6);
