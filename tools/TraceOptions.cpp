@@ -115,6 +115,8 @@ CLI::App* AddTraceCommand(CLI::App& app, TTraceOptions& options)
                  "what was replaced");
   redact->add_option("other", options.other, "The new trace")->required()->type_name("FILE");
   AddJson(*redact, options, "Print one line of JSON on standard output");
+  AddCommand(*trace, options, TraceCommand::Config, "config",
+             "Print a configuration of simulated cameras that are as the trace shows its cameras");
   return trace;
 }
 

@@ -21,7 +21,6 @@ enum class TraceCommand
   Diff,
   Redact,
   Config,
-  Replay,
 };
 
 struct TTraceOptions
@@ -29,8 +28,8 @@ struct TTraceOptions
   TraceCommand command = TraceCommand::Print;
   bool isJson = false;
   std::string file;
-  std::string other;  ///< of diff: the second trace
-  std::string output; ///< of record, redact, config, replay; "": not given
+  std::string other;  ///< of diff and redact: the second trace
+  std::string output; ///< of record; "": the name of the program
 
   std::vector<std::string> program; ///< of record: with its arguments
   std::string recorderOptions;      ///< of record: as VXMCD_TRACE takes them, each behind a comma
@@ -46,11 +45,6 @@ struct TTraceOptions
   std::size_t tail = 0; ///< of print: the last ones; 0: all
 
   bool isResultsOnly = false; ///< of diff: codes and outputs are compared
-
-  std::string config; ///< of replay: of the simulated cameras; "": those that there are
-  bool isLikeRecorded = false;
-  bool isInRecordedTime = false;
-  double timeoutSeconds = 60.0;
 };
 
 /// Adds the command trace with its own commands to the parser, which outlives the call as @p options do. They are complete

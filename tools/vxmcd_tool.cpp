@@ -11,6 +11,7 @@
 #include "tools/TConvertCommand.h"
 #include "tools/TConvertRawCommand.h"
 #include "tools/TLiveCommand.h"
+#include "tools/TraceConfig.h"
 #include "tools/TraceDiff.h"
 #include "tools/TracePrint.h"
 #include "tools/TraceReport.h"
@@ -53,6 +54,7 @@ vxtool::ExitCode RunTrace(const vxtool::TTraceOptions& options)
   if (options.command == vxtool::TraceCommand::Stats) return vxtool::ShowTraceStatistics(options);
   if (options.command == vxtool::TraceCommand::Diff) return vxtool::CompareTraces(options);
   if (options.command == vxtool::TraceCommand::Redact) return vxtool::RedactTrace(options);
+  if (options.command == vxtool::TraceCommand::Config) return vxtool::WriteTraceConfig(options);
   return vxtool::PrintTrace(options);
 }
 

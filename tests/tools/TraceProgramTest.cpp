@@ -131,5 +131,26 @@ TEST_F(ToolTrace, RedactsTheSameEverywhere)
   EXPECT_EQ(Calls("i.vxtr").size(), Calls("h.vxtr").size());
 }
 
+TEST_F(ToolTrace, MakesCamerasLikeThoseOfTheTrace)
+{
+  Configure(std::string(kSmallCamera) +
+            "[Camera0.CameraModel]\nValue = OTHER\n[Camera0.SensorWidth]\nValue = 640\n"
+            "[Camera0.FanSpeed]\nTexts = Off | Turbo\n[Faults]\n"
+            "Rule = call VX_GetInt feature BaselineLevel rc 53\n");
+  const auto record = [this](const char* name) {
+    return Run({"trace", "record", "-o", Path(name), VXTOOL_PROGRAM, "info"});
+  };
+  record("k.vxtr");
+  const TOutcome config = Run({"trace", "config", Path("k.vxtr")});
+  EXPECT_EQ(config.exitCode, 0);
+  for (const char* const line :
+       {"Model = RQ512_LX\n", "[Camera0.SensorWidth]\nValue = 640\n", "Texts = Off | Turbo\n"})
+    EXPECT_THAT(config.output, HasSubstr(line));
+  Configure(config.output);
+  record("l.vxtr");
+  EXPECT_THAT(Run({"trace", "diff", Path("k.vxtr"), Path("l.vxtr")}).output,
+              ::testing::StartsWith("no difference in "));
+}
+
 } // namespace
 } // namespace vxtool

@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: MIT
+// Simulated cameras like those of a trace.
+#include "tools/TraceConfig.h"
+
+#include "tools/TraceText.h"
+#include "vxcore.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <map>
+#include <set>
+
+namespace vxtool {
+
+namespace {
+
+constexpr std::array<const char*, 3> kModels = {"TRELLIS CMOS", "RQ512_LX", "TARN 1M"};
+
+/// What the trace shows of a feature, as it was seen first.
+struct TFeature
+{
+  std::string value; ///< of a text, or of the sensor's size
+  std::string minimum;
+  std::string maximum;
+  std::int64_t textCount = 0;
+  std::map<std::int64_t, std::string> texts; ///< of an enumerated feature, by index
+
+  bool HasTexts() const
+  {
+    return textCount > 0 && std::ssize(texts) == textCount && texts.begin()->first == 0 &&
+           texts.rbegin()->first == textCount - 1;
+  }
+};
+
+/// The calls of one function for one feature.
+struct TAnswers
+{
+  std::set<std::uint32_t> codes;
+  std::uint64_t calls = 0;
+};
+
+struct TSeenCamera
+{
+  std::map<std::string, TFeature> features;
+  std::set<std::string> missing;
+  std::map<std::pair<std::string, std::string>, TAnswers> answers; ///< by function and feature
+};
+
+void SetOnce(std::string& target, const TTraceValue& value)
+{
+  if (target.empty()) target = value.kind == TTraceValue::Kind::Text ? value.text : value.Text();
+}
+
+// Areas limit each other, and so do not have limits of their own.
+bool HasOwnLimits(const std::string& feature)
+{
+  return !feature.starts_with("AOI");
+}
+
+void See(TSeenCamera& camera, const TTraceCall& call, const std::string& name)
+{
+  const std::string& function = call.function->name;
+  if (function == "VX_IsImplemented" && call.Value("flag").whole == 0) camera.missing.insert(name);
+  TFeature& feature = camera.features[name];
+  if (function == "VX_GetString") SetOnce(feature.value, call.Value("value"));
+  if (function == "VX_GetInt" && name.starts_with("Sensor")) SetOnce(feature.value, call.Value("value"));
+  if (function.ends_with("Min") && HasOwnLimits(name)) SetOnce(feature.minimum, call.Value("minimum"));
+  if (function.ends_with("Max") && HasOwnLimits(name)) SetOnce(feature.maximum, call.Value("maximum"));
+  if (function == "VX_GetEnumeratedCount" || function == "VX_GetEnumCount")
+    feature.textCount = call.Value("count").whole;
+  if (function == "VX_GetEnumeratedString" || function == "VX_GetEnumStringByIndex")
+    feature.texts.emplace(call.Value("index").whole, call.Value("text").text);
+}
+
+std::map<std::int64_t, TSeenCamera> CamerasOf(const TTraceFile& file)
+{
+  std::map<std::int64_t, TSeenCamera> cameras;  // by index
+  std::map<std::int64_t, std::int64_t> indices; // by handle
+  for (const TTraceCall& call : file.Calls()) {
+    if (call.function->isApi || call.state != CallState::Ended) continue;
+    if (call.function->name == "VX_Open" && call.Code() == VX_SUCCESS) {
+      const std::int64_t index = call.Value("deviceIndex").whole;
+      indices[call.Value("handle").whole] = index;
+      cameras.try_emplace(index);
+      continue;
+    }
+    const std::string name = call.Value("feature").text;
+    const auto found = indices.find(call.Value("handle").whole);
+    if (name.empty() || found == indices.end()) continue;
+    TSeenCamera& camera = cameras[found->second];
+    TAnswers& answers = camera.answers[{call.function->name, name}];
+    answers.codes.insert(call.Code());
+    ++answers.calls;
+    if (call.Code() == VX_SUCCESS) See(camera, call, name);
+  }
+  return cameras;
+}
+
+// One of the simulated models, the nearest one where the camera is none of them.
+std::string ModelOf(const TSeenCamera& camera)
+{
+  const auto model = camera.features.find("CameraModel");
+  if (model != camera.features.end() &&
+      std::find(kModels.begin(), kModels.end(), model->second.value) != kModels.end())
+    return model->second.value;
+  const auto has = [&](const char* name) {
+    const auto answers = camera.answers.find({"VX_IsImplemented", name});
+    return answers != camera.answers.end() && camera.missing.count(name) == 0;
+  };
+  return has("SimplePreAmpGainControl") ? kModels[0] : has("TriggerConfiguration") ? kModels[2] : kModels[1];
+}
+
+std::string FeatureText(const std::string& section, const std::string& name, const TFeature& feature)
+{
+  std::string text;
+  const auto line = [&text](const char* key, const std::string& value) {
+    if (!value.empty()) text += std::string(key) + " = " + value + "\n";
+  };
+  line("Value", feature.value);
+  line("Min", feature.minimum);
+  line("Max", feature.maximum);
+  if (feature.HasTexts()) {
+    std::string texts;
+    for (const auto& [index, one] : feature.texts) texts += (texts.empty() ? "" : " | ") + one;
+    line("Texts", texts);
+  }
+  return text.empty() ? "" : "[" + section + "." + name + "]\n" + text;
+}
+
+// A call that was sometimes answered otherwise depends on the other settings, as it does in the simulator.
+bool IsRefusal(const TAnswers& answers)
+{
+  if (answers.codes.size() != 1) return false;
+  const std::uint32_t code = *answers.codes.begin();
+  return code != VX_SUCCESS && code != VX_ERR_NOT_IMPLEMENTED && code != VX_ERR_INVALID_HANDLE &&
+         code != VX_ERR_NOT_INITIALISED && code != VX_ERR_TIMED_OUT;
+}
+
+} // namespace
+
+std::string ConfigOf(const TTraceFile& file)
+{
+  const auto cameras = CamerasOf(file);
+  if (cameras.empty()) return "";
+  std::string text = "; Simulated cameras like those of a trace of " + file.Fact("program") +
+                     "\n[Simulator]\nCameras = " + std::to_string(cameras.rbegin()->first + 1) + "\n";
+  std::string rules;
+  for (const auto& [index, camera] : cameras) {
+    const std::string section = "Camera" + std::to_string(index);
+    std::string removed;
+    for (const std::string& name : camera.missing) removed += (removed.empty() ? "" : ", ") + name;
+    text += "\n[" + section + "]\nModel = " + ModelOf(camera) + "\n" +
+            (removed.empty() ? "" : "Remove = " + removed + "\n");
+    for (const auto& [name, feature] : camera.features)
+      if (camera.missing.count(name) == 0 && name != "DeviceSource") text += FeatureText(section, name, feature);
+    for (const auto& [call, answers] : camera.answers)
+      if (IsRefusal(answers) && camera.missing.count(call.second) == 0)
+        rules += "Rule = call " + call.first + " feature " + call.second + " device " + std::to_string(index) +
+                 " rc " + std::to_string(*answers.codes.begin()) + "\n";
+  }
+  return rules.empty() ? text : text + "\n[Faults]\n" + rules;
+}
+
+ExitCode WriteTraceConfig(const TTraceOptions& options)
+{
+  TTraceFile file;
+  if (!ReadTrace(file, options.file)) return ExitCode::InputError;
+  const std::string text = ConfigOf(file);
+  if (text.empty())
+    return Fail(ExitCode::CameraError,
+                options.file + ": has no camera; were calls into the feature library recorded?");
+  return Print(text) ? ExitCode::Success : ExitCode::OutputError;
+}
+
+} // namespace vxtool
