@@ -14,6 +14,7 @@ const VIEW_MS = 40; // between two messages about view or cursor
 const SHOWN_MS = 1000; // over which shown images are counted
 const HIDDEN_MS = 1000; // between images for a page that nobody sees
 const BAR_SECONDS = 1; // longer exposures have a bar
+const ALARM_PERCENT = 80; // of the camera's memory: images are about to be lost
 const SATURATED_TEXT = "saturated";
 const $ = id => document.getElementById(id);
 
@@ -154,8 +155,7 @@ class Page {
     $("rate-camera").textContent = fixed(all.rate, 1);
     $("lost").textContent = all.lost ?? (all.state === "live" || all.state === "recording" ? "?" : NONE);
     $("lost").parentElement.classList.toggle("alarm", all.lost > 0);
-    this._showPercent("ring", all.ring_percent);
-    this._showPercent("memory", all.memory_percent);
+    this._showMemory(all.memory_percent);
     $("reduced").hidden = !all.reduced;
     $("reduced").title = all.reduced || "";
     this._showControl();
@@ -173,10 +173,10 @@ class Page {
     $("phase").textContent = PHASES[phase] ?? phase;
   }
 
-  _showPercent(id, percent) {
-    $(id).textContent = fixed(percent, 0);
-    $(id).parentElement.hidden = percent === null || percent === undefined;
-    $(id).parentElement.classList.toggle("alarm", percent >= 80);
+  _showMemory(percent) {
+    $("memory").textContent = fixed(percent, 0);
+    $("memory").parentElement.hidden = percent === null || percent === undefined;
+    $("memory").parentElement.classList.toggle("alarm", percent >= ALARM_PERCENT);
   }
 
   _showError(error) {
@@ -259,8 +259,8 @@ class Page {
     if (frame.value >= 0) this._value = { value: frame.value, isExact: true };
     this.histogram.cursorValue = this.stage.cursor && this._value ? this._value.value : -1;
     $("frame").textContent = `image ${frame.number}`;
-    $("saturated").textContent = frame.saturated
-      ? `${frame.saturated} saturated (${digits(100 * frame.saturated / frame.pixels, 2)} %)` : "none saturated";
+    $("saturated").textContent = `${frame.saturated || "none"} saturated`;
+    $("saturated").title = `${digits(100 * frame.saturated / frame.pixels, 2)} % of ${frame.pixels} pixels`;
     this.histogram.draw();
     this._showCursor();
   }

@@ -192,6 +192,8 @@ export class HistogramPanel {
   _type() {
     const [black, white] = ["black", "white"].map(id => parseNumber($(id).value));
     if (!Number.isNaN(black + white)) this._stretch.set(black, white);
+    $("black").value = String(Math.round(this._stretch.black));
+    $("white").value = String(Math.round(this._stretch.white));
     this._changed();
   }
 

@@ -43,11 +43,10 @@ class Row {
   }
 
   async change(value) {
-    this.input.classList.remove("refused");
     const result = await this._send({ [this.name]: value });
     this.answer.classList.toggle("bad", !result.ok);
-    this.input.classList.toggle("refused", !result.ok);
     this._say(result.ok ? this._difference(value, result.value) : problem(result));
+    this.input.classList.toggle("refused", !result.ok);
     this.update(result.ok && result.value !== undefined ? result.value : this.value);
   }
 
@@ -55,7 +54,9 @@ class Row {
     this.input.disabled = !isEnabled;
   }
 
+  /** Shows a text below the row; an empty one removes an earlier text. */
   _say(text) {
+    if (!text) this.input.classList.remove("refused");
     this.answer.hidden = !text;
     this.answer.textContent = text || "";
   }
@@ -80,7 +81,10 @@ class TextRow extends Row {
   _makeInput() {
     const input = element("input", { className: "number", autocomplete: "off", inputMode: "decimal" });
     this._isDirty = false;
-    input.addEventListener("input", () => { this._isDirty = true; });
+    input.addEventListener("input", () => {
+      this._isDirty = true;
+      this._say("");
+    });
     input.addEventListener("blur", () => this._commit());
     input.addEventListener("keydown", event => {
       if (event.key === "Enter") this._commit();
