@@ -157,7 +157,9 @@ RunEnd TRunLoop::EndOf(int status)
 {
   endStatus_ = status;
   if (status == static_cast<int>(RC_IDLE)) {
-    if (!fetcher_ && delivered_ >= settings_.wantedImages) return RunEnd::Complete;
+    // Only an interrupt leaves images that are there.
+    const bool isWhole = settings_.wantedImages > 0 && delivered_ >= settings_.wantedImages;
+    if (isWhole) return fetcher_ ? RunEnd::Interrupted : RunEnd::Complete;
     Fail("the run ended after " + std::to_string(delivered_) + " images, before all were there");
     return end_;
   }

@@ -97,6 +97,13 @@ TEST_F(RunLoop, TimeLimitOfARecordedRunIsForImagesNotForTheDisk)
   }
 }
 
+TEST_F(RunLoop, InterruptWhileImagesOfAnEndedRunAreTakenIsNoFailure)
+{
+  camera_.imagesPerWait = camera_.imagesInRun = 10;
+  EXPECT_EQ(Run(10, 3), RunEnd::Interrupted) << message_;
+  EXPECT_EQ(counts_.written, 10);
+}
+
 struct TEndCase
 {
   const char* name;
