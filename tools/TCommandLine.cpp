@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cctype>
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <set>
@@ -880,6 +881,14 @@ void ReplaceCamera(std::string& path, const TCameraChoice& camera)
     path.replace(at, kCameraPlace.size(), name);
 }
 
+// Different names may be those of one file.
+std::string WithoutLinks(const std::string& path)
+{
+  std::error_code error;
+  const std::filesystem::path file = std::filesystem::weakly_canonical(path, error);
+  return error ? path : file.string();
+}
+
 // Chooses one of the cameras. Throws what the parser throws when several of them would have the same file.
 void UseCamera(TGiven& given, std::size_t index)
 {
@@ -888,12 +897,14 @@ void UseCamera(TGiven& given, std::size_t index)
                                                         {"--preview", &acquire.output.preview},
                                                         {"--spool", &acquire.spool.directory},
                                                         {"--save-settings", &acquire.saveSettingsFile}};
+  std::map<std::string, std::string> cameras; // by file
   for (const auto& [option, path] : files) {
-    std::set<std::string> paths;
+    if (path->empty()) continue;
     for (const TCameraChoice& camera : given.cameras) {
       std::string ofCamera = *path;
       ReplaceCamera(ofCamera, camera);
-      if (path->empty() || paths.insert(ofCamera).second) continue;
+      // A camera that is given twice is an error of its own.
+      if (cameras.emplace(WithoutLinks(ofCamera), camera.Name()).first->second == camera.Name()) continue;
       throw CLI::ValidationError(option, ofCamera +
                                              " would be of several cameras; with {camera} in the name, which "
                                              "becomes the camera's number or serial number, each has its own");

@@ -428,6 +428,12 @@ TEST_F(ToolProgram, CamerasTakeTheirOwnImagesAtTheSameTimeAndOneMayFail)
 TEST_F(ToolProgram, NoCameraIsSetUpUnlessAllCanWriteTheirFiles)
 {
   Configure(kTwoCameras);
+  for (const char* const link : {"link0", "link1"})
+    std::filesystem::create_directory_symlink(directory_.Path("."), directory_.Path(link));
+  const TOutcome one = Run({"acquire", "--camera", "0", "--camera", "1", "--preview",
+                            directory_.Path("link{camera}/preview.png"), "--overwrite"});
+  EXPECT_EQ(one.exitCode, 1);
+  EXPECT_NE(one.errors.find("link1/preview.png would be of several cameras"), std::string::npos) << one.errors;
   directory_.File("precious", "1.fits");
   const TOutcome outcome = Run({"acquire", "--camera", "0", "--camera", "1", "--save-settings",
                                 directory_.Path("{camera}.ini"), "--output", directory_.Path("{camera}.fits")});
