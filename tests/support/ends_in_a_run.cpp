@@ -20,10 +20,16 @@ constexpr int kChildren = 20;
 
 bool StartsRun()
 {
-  VXSIM_Configure("[Simulator]\nCameras=1\n[Camera0]\nModel=RQ512_LX\nClock=free\nScene=stamp\n");
-  if (Initialize(nullptr) != RC_SUCCESS) return false;
-  if (SetAcquisitionMode(5) != RC_SUCCESS) return false;
-  return StartAcquisition() == RC_SUCCESS && WaitForAcquisitionTimeOut(10000) == RC_SUCCESS;
+  // With noise, so that the cameras use what they share.
+  VXSIM_Configure(
+      "[Simulator]\nCameras=2\n[Camera0]\nModel=RQ512_LX\nClock=free\n[Camera1]\nModel=RQ512_LX\nClock=free\n");
+  if (vxmcd_SetIndependentCameras(1) != RC_SUCCESS) return false;
+  for (long handle = 101; handle <= 102; ++handle) {
+    if (SetCurrentCamera(handle) != RC_SUCCESS || Initialize(nullptr) != RC_SUCCESS) return false;
+    if (SetAcquisitionMode(5) != RC_SUCCESS || StartAcquisition() != RC_SUCCESS) return false;
+    if (WaitForAcquisitionTimeOut(10000) != RC_SUCCESS) return false;
+  }
+  return true;
 }
 
 int EndInARun(const std::string& way)

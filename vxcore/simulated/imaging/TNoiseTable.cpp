@@ -48,9 +48,10 @@ double NormalQuantile(double probability, double start)
 
 } // namespace
 
+// Never destroyed: a program may end in the middle of a run, which reads it to the last.
 const TNoiseTable& TNoiseTable::Shared()
 {
-  static const TNoiseTable table;
+  static const TNoiseTable& table = *new TNoiseTable;
   return table;
 }
 
