@@ -38,7 +38,8 @@ _LONGER_CYCLE_SECONDS = 0.5  # a run continues when the cycle becomes longer by 
 _UNWATCHED_SECONDS = 10.0  # then a live run stops
 _REOPEN_SECONDS = 5.0
 _DESCRIPTION_SECONDS = 5.0  # to wait for the description of a run that has ended
-_DISK_RESERVE = 1 << 28  # bytes that a recording without a number of images leaves on the disk
+_DISK_RESERVE = 1 << 28  # bytes that a recording without a number of images leaves on the disk, or
+_DISK_RESERVE_PART = 16  # this part of what is free
 _MAX_IMAGES = 2**31 - 1
 _MAX_COST = 0.5  # part of a processor that images may take
 _NAME = re.compile(r"[A-Za-z0-9_-][A-Za-z0-9._-]{0,63}")
@@ -372,7 +373,8 @@ class CameraWorker:
         elif seconds is not None:
             count = max(round(seconds / camera.cycle_time), 1)
         else:
-            free = shutil.disk_usage(self._directory).free - _DISK_RESERVE
+            free = shutil.disk_usage(self._directory).free
+            free -= min(_DISK_RESERVE, free // _DISK_RESERVE_PART)
             count = min(free // (self._image_bytes() + 64), _MAX_IMAGES)
             if count < 1:
                 raise ValueError("the disk is full")
