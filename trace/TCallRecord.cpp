@@ -54,7 +54,7 @@ public:
   void PutText(const char* text, std::size_t room, const std::string& home)
   {
     std::size_t length = strnlen(text, std::min(room, std::size_t{4096}));
-    if (home.empty() || length < home.size() || std::memcmp(text, home.data(), home.size()) != 0) {
+    if (!TTraceRecorder::IsWithin({text, length}, home)) {
       PutBytes(text, std::min(length, kMaxTextBytes));
       return;
     }
@@ -72,17 +72,18 @@ public:
     position_ += sizeof(std::uint16_t);
     std::byte* const begin = position_;
     for (std::size_t i = 0; i < room && text[i] != L'\0'; ++i) {
-      const auto character = static_cast<std::uint32_t>(text[i]);
       if (static_cast<std::size_t>(position_ - begin) + 4 > kMaxTextBytes) break;
-      PutCharacter(character);
+      PutCharacter(text[i]);
     }
     const auto bytes = static_cast<std::uint16_t>(position_ - begin);
     std::memcpy(length, &bytes, sizeof bytes);
   }
 
 private:
-  void PutCharacter(std::uint32_t c)
+  void PutCharacter(wchar_t character)
   {
+    std::uint32_t c = 0;
+    std::memcpy(&c, &character, sizeof c);
     const auto put = [this](std::uint32_t byte) { *position_++ = static_cast<std::byte>(byte); };
     if (c < 0x80) {
       put(c);

@@ -20,8 +20,6 @@
 #include <x86intrin.h>
 #endif
 
-extern "C" char** environ;
-
 namespace {
 
 using TraceFormat::TChunkHeader;
@@ -157,6 +155,7 @@ TTraceRecorder::TTraceRecorder(TTraceSettings settings, std::span<const TTracedF
     signatures_.push_back(TTraceSignature::Parse(function.signature).value_or(TTraceSignature()));
   const char* const home = secure_getenv("HOME");
   if (home && home[0] == '/' && home[1] != '\0') home_ = home;
+  while (home_.ends_with('/')) home_.pop_back();
 }
 
 void TTraceRecorder::Configure(const char* setting, std::span<const TTracedFunction> functions,
@@ -198,7 +197,7 @@ std::string TTraceRecorder::OpenFile()
 std::string TTraceRecorder::HeaderText() const
 {
   const auto withoutHome = [this](std::string text) {
-    if (!home_.empty() && text.starts_with(home_)) text.replace(0, home_.size(), "~");
+    if (IsWithin(text, home_)) text.replace(0, home_.size(), "~");
     return text;
   };
   std::string text = Line("program", program_invocation_short_name);

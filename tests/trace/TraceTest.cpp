@@ -73,6 +73,14 @@ protected:
     return EndOf(Start(arguments, options, fileLimit));
   }
 
+  /// Waits until the trace has calls.
+  void AwaitTrace() const
+  {
+    for (TTraceFile file; !std::filesystem::exists(Path()) || !file.Read(Path()).empty() || file.Calls().empty();
+         file = TTraceFile())
+      std::this_thread::yield();
+  }
+
   TTraceFile Read(const std::string& name = "trace.vxtr") const
   {
     TTraceFile file;
@@ -131,13 +139,15 @@ TEST_F(Trace, IsWholeHoweverTheProgramEnds)
 TEST_F(Trace, HasEverythingUpToAKill)
 {
   std::mt19937 random(7);
-  for (int i = 0; i < 20; ++i) {
+  for (int i = 0; i < 12; ++i) {
     const pid_t process = Start({"forever"});
-    std::this_thread::sleep_for(std::chrono::microseconds(10'000 + random() % 20'000));
+    AwaitTrace();
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 5000));
     kill(process, SIGKILL);
     EndOf(process);
-    TTraceFile file;
-    if (!std::filesystem::exists(Path()) || !file.Read(Path()).empty()) continue; // it was not loaded yet
+    const TTraceFile file = Read();
+    std::filesystem::remove(Path());
+    ASSERT_FALSE(file.Calls().empty());
     for (const auto& thread : file.Threads()) {
       const auto numbers = Numbers(file, thread.number);
       EXPECT_EQ(numbers, Range(static_cast<std::int64_t>(numbers.size())));
@@ -241,8 +251,9 @@ TEST_F(Trace, NamesNoHomeDirectory)
   Run({"home", scratch_.Directory() + "/images"});
   const TTraceFile file = Read();
   EXPECT_EQ(file.Calls().back().Value("path").Text(), "\"~/images\"");
-  const std::string text = TextOf(Path());
-  EXPECT_EQ(text.find(scratch_.Directory()), std::string::npos);
+  EXPECT_EQ(TextOf(Path()).find(scratch_.Directory()), std::string::npos);
+  Run({"home", scratch_.Directory() + "-of-another/images"});
+  EXPECT_EQ(Read().Calls().back().Value("path").text, scratch_.Directory() + "-of-another/images");
 }
 
 TEST_F(Trace, RefusesWhatItCannotUse)
@@ -266,7 +277,7 @@ TEST_F(Trace, RefusesWhatItCannotUse)
   }
 
   const pid_t first = Start({"forever"});
-  while (!std::filesystem::exists(Path()) || TTraceFile().Read(Path()) != "") std::this_thread::yield();
+  AwaitTrace();
   EXPECT_THAT(Run({"calls", "1"}).errors, HasSubstr("is being written by another process; the trace stays off\n"));
   kill(first, SIGKILL);
   EndOf(first);

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <pthread.h>
 #include <stdexcept>
 #include <string>
 #include <sys/wait.h>
@@ -45,15 +46,21 @@ void OnAlarm(int /*signal*/)
   IsAmplifierAvailable(-1);
 }
 
-// Signals come during calls, and their handler makes calls.
+// Signals come during calls, and their handler makes calls. The first call of a thread allocates, which a handler must not.
 void CallUnderSignals()
 {
+  Call(1);
   std::signal(SIGALRM, OnAlarm);
+  sigset_t alarm;
+  sigemptyset(&alarm);
+  sigaddset(&alarm, SIGALRM);
+  pthread_sigmask(SIG_BLOCK, &alarm, nullptr); // for the other thread
   const pid_t process = getpid();
   std::thread sender([process] {
     for (int i = 0; i < 2000; ++i) kill(process, SIGALRM);
   });
-  Call(kCallsOfAThread);
+  pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
+  Call(kCallsOfAThread - 1, 1);
   sender.join();
 }
 
