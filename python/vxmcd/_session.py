@@ -165,20 +165,26 @@ class Session:
         global _is_calling
         # ctypes accepts only Python integers.
         arguments = [int(argument) if isinstance(argument, np.integer) else argument for argument in arguments]
-        is_inner = _is_calling  # in a signal handler, for example
+        is_inner = _is_calling  # in a signal handler, or when the garbage collector closes a stream
+        before = self.handle
         try:
             _is_calling = True
-            self._make_current()
+            before = self._make_current(self.handle)
             return self._check(name, getattr(raw, name)(*arguments), also)
         finally:
+            if is_inner:  # the outer call may have chosen its camera, and not yet been made
+                self._make_current(before)
             _is_calling = is_inner
             self._shut_down_closed()
 
-    def _make_current(self):
+    @classmethod
+    def _make_current(cls, handle):
+        """Returns the handle of the camera that was the current one."""
         current = ctypes.c_long()
-        self._check("GetCurrentCamera", raw.GetCurrentCamera(ctypes.byref(current)))
-        if current.value != self.handle:
-            self._check("SetCurrentCamera", raw.SetCurrentCamera(self.handle))
+        cls._check("GetCurrentCamera", raw.GetCurrentCamera(ctypes.byref(current)))
+        if current.value != handle:
+            cls._check("SetCurrentCamera", raw.SetCurrentCamera(handle))
+        return current.value
 
     @staticmethod
     def _check(name, code, also=()):
