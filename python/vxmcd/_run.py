@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import ctypes
 import time
-from typing import Callable, Optional, Tuple
+from typing import Optional, Tuple
 
 import numpy as np
 
@@ -23,11 +23,11 @@ class Run:
     """A run that has been started, or that start() starts. stop() ends it, and so does the end of its `with` block.
 
     images: the number of images, None for a run until stop(). triggers_every: None, or the time in s after which a trigger
-    without an image is sent again; wait_for() sends the triggers then. before_start: called when all is set up.
+    without an image is sent again; wait_for() sends the triggers then. starts: whether it starts at once.
     """
 
     def __init__(self, session: Session, mode: int, images: Optional[int], triggers_every: Optional[float] = None,
-                 before_start: Optional[Callable[[], None]] = None, starts: bool = True):
+                 starts: bool = True):
         self._session = session
         self._images = images
         self._triggers_every = triggers_every
@@ -40,8 +40,6 @@ class Run:
             if images is not None:
                 session.call("SetNumberKinetics", images)
             session.call("SetAcquisitionMode", mode)
-            if before_start is not None:
-                before_start()
             if starts:
                 self.start()
         except BaseException:

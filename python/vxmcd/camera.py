@@ -214,36 +214,40 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
             raise ValueError(f"{path!r}: the library reads a backslash as a slash; separate directories by slashes")
         if method not in _SPOOL_METHODS:
             raise ValueError(f"method {method} is none of {_SPOOL_METHODS}")
-        self._session.call("SetSpool", 1, method, name)
         try:
-            self._session.call("SetSpoolThreadCount", _SPOOL_THREADS if threads is None else threads)
-            with self._start(_run.SERIES, images, lambda: self._warn_of_full_disk(path)) as run:
+            # Only within a run of its own: the directory is that of the camera's next start, whoever makes it.
+            with self._make_run(_run.SERIES, images, starts=False) as run:
+                try:
+                    self._session.call("SetSpool", 1, method, name)
+                    self._session.call("SetSpoolThreadCount", _SPOOL_THREADS if threads is None else threads)
+                    self._warn_of_full_disk(path)
+                    run.start()
+                finally:
+                    self._session.call("SetSpool", 0, method, None)
                 run.wait_for_end(timeout)
         except VxmcdError as error:
             if error.code != raw.RC_STATUS_SPOOL_ISSUE:
                 raise
             details = [text for text in (error.detail, _why_not_written(path)) if text]
             raise VxmcdError(error.function, error.code, "; ".join(details)) from None
-        finally:
-            self._session.call("SetSpool", 0, method, None)
         return SpoolRun(path)
 
     def _warn_of_full_disk(self, path):
         needed, free = self._session.read("vxmcd_GetSpoolSpace", ctypes.c_ulonglong, ctypes.c_ulonglong,
                                           also=(raw.RC_NOT_AVAILABLE,))
         if needed > free:
-            warnings.warn(DiskSpaceWarning(os.fspath(path), needed, free), stacklevel=6)  # behind record()
+            warnings.warn(DiskSpaceWarning(os.fspath(path), needed, free), stacklevel=3)  # behind record()
 
-    def _start(self, mode, images, before_start=None):
+    def _make_run(self, mode, images, starts=True):
         triggers_every = None
         if self.trigger_mode is TriggerMode.SOFTWARE:
             # A busy sensor ignores a trigger, so it is sent again after this time.
             triggers_every = 1.5 * max(self.cycle_time, self.exposure + self.accumulation_cycle_time) + 0.2
-        return Run(self._session, mode, images, triggers_every, before_start)
+        return Run(self._session, mode, images, triggers_every, starts)
 
     def _take(self, mode, stack, timeout):
         self._check_bits()
-        with self._start(mode, len(stack)) as run:
+        with self._make_run(mode, len(stack)) as run:
             for number, image in enumerate(stack, 1):
                 run.wait_for(number, timeout)
                 is_there, _ = run.fetch(number, image)

@@ -121,3 +121,33 @@ def test_a_run_that_others_have_started_may_be_in_the_way(simulator):
     assert raw.ShutDown() == raw.RC_SUCCESS
     with vxmcd.Camera(1) as camera:
         assert camera.snap().shape == (8, 16)
+
+
+def test_a_call_within_a_call_leaves_the_outer_one_its_camera(simulator, monkeypatch):
+    camera, other = cameras_of(simulator, 2)
+    camera.exposure, other.exposure = 0.25, 0.5
+    choose = raw.SetCurrentCamera
+
+    def choose_and_use_other(handle):  # as a signal handler may, and the garbage collector when it closes a stream
+        monkeypatch.undo()
+        code = choose(handle)
+        assert other.exposure == 0.5
+        return code
+
+    monkeypatch.setattr(raw, "SetCurrentCamera", choose_and_use_other)
+    assert camera.exposure == 0.25
+
+
+def test_recordings_of_one_camera_in_two_threads_leave_each_other_alone(simulator, tmp_path, monkeypatch):
+    camera, = cameras_of(simulator, 1)
+    set_threads = raw.SetSpoolThreadCount
+
+    def set_threads_and_record(count):  # as if another thread were that fast
+        monkeypatch.undo()
+        with pytest.raises(CameraStateError):
+            camera.record(tmp_path / "second", 1)
+        return set_threads(count)
+
+    monkeypatch.setattr(raw, "SetSpoolThreadCount", set_threads_and_record)
+    assert len(camera.record(tmp_path / "first", 3)) == 3
+    assert not (tmp_path / "second").exists()
