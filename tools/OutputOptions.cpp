@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+// Options for the files that images are written to.
+#include "tools/OutputOptions.h"
+
+#include "tools/Messages.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace vxtool {
+
+void AddImageFileOptions(CLI::App& app, TOutputOptions& output, const std::string& group)
+{
+  app.add_flag("--each", output.isFileForEach,
+               "One file for each image: FILE.fits becomes FILE-0000001.fits for image 1")
+      ->group(group);
+  std::vector<std::string> types;
+  for (const TImageType& type : kImageTypes) types.emplace_back(type.word);
+  app.add_option("--image-type", output.imageType, "What the images show, for the file")
+      ->check(OneOf(types))
+      ->group(group);
+}
+
+std::string CompleteOutput(TOutputOptions& output, const TFormats& formats)
+{
+  for (const auto& [option, file] : {std::pair("--output", output.file), std::pair("--preview", output.preview)})
+    if (file == "-")
+      return option +
+             (": " + RefusedText(file, "the formats cannot be written to standard output, since what stands "
+                                       "at their beginning is known at the end; the name of a file is"));
+  if (output.file.empty())
+    return output.format               ? "--format: there is no --output"
+           : output.isFileForEach      ? "--each: there is no --output"
+           : !output.imageType.empty() ? "--image-type: there is no --output that it could be put into"
+                                       : "";
+  if (output.file == output.preview) return "--preview: is the file of --output";
+  if (output.format) return "";
+  const std::size_t dot = output.file.rfind('.');
+  std::string suffix = dot == std::string::npos ? "" : output.file.substr(dot);
+  std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char c) { return std::tolower(c); });
+  const auto found = formats.suffixes.find(suffix);
+  if (found == formats.suffixes.end())
+    return "--output: the name must end in " + formats.suffixText + ", or --format must be given";
+  output.format = found->second;
+  return "";
+}
+
+} // namespace vxtool
