@@ -62,6 +62,7 @@ def test_a_stream_that_is_dropped_ends_its_run(simulator):
 
 def test_overwritten_images_end_a_stream(simulator):
     with open_small_ring(simulator) as camera:
+        camera.metadata = False  # no clock values vouch for image 1 where frames are shorter than their slots
         stream = camera.stream()
         arrive(simulator, stream, 2, 2)
         assert [frame_number(next(stream).image) for _ in range(2)] == [1, 2]
