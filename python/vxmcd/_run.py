@@ -9,7 +9,7 @@ from typing import Optional, Tuple
 import numpy as np
 
 from . import raw
-from ._session import Session
+from ._session import Session, undisturbed
 from .errors import CameraStateError, NoImageError, VxmcdError
 
 SINGLE, ACCUMULATE, SERIES, UNTIL_ABORT = 1, 2, 3, 5
@@ -62,8 +62,9 @@ class Run:
             return
         self._is_stopped = True
         try:
-            if self._session.is_open and self.status() == raw.RC_ACQUIRING:
-                self._session.call("AbortAcquisition", also=(raw.RC_IDLE,))
+            with undisturbed():  # another thread may close the camera
+                if self._session.is_open and self.status() == raw.RC_ACQUIRING:
+                    self._session.call("AbortAcquisition", also=(raw.RC_IDLE,))
         finally:
             self._session.end_run()
 

@@ -8,6 +8,7 @@ from typing import NamedTuple, Optional
 import numpy as np
 
 from ._run import Run
+from ._session import undisturbed
 from ._tick_gaps import TickGaps
 from .errors import FramesLostError, FramesLostWarning, NoImageError, VxmcdError
 
@@ -106,10 +107,11 @@ class Stream:
         if self._is_closed:
             return
         self._is_closed = True
-        self._run.stop()
-        if self._camera.is_open:
-            self.delivered = self._run.total()
-            self._counted_lost = self._camera.count_lost_frames()
+        with undisturbed():  # another thread may close the camera
+            self._run.stop()
+            if self._camera.is_open:
+                self.delivered = self._run.total()
+                self._counted_lost = self._camera.count_lost_frames()
         if self.lost_in_camera:
             warnings.warn(f"the camera lost {self.lost_in_camera} frames", FramesLostWarning, stacklevel=3)
 

@@ -110,6 +110,9 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
             raise AttributeError(_no_setting(type(self), name))  # otherwise a misspelt one would become an attribute
         super().__setattr__(name, value)
 
+    def __reduce__(self):  # for pickle and copy
+        raise TypeError(f"camera {self.number} cannot be pickled or copied: open it in the process that uses it")
+
     def __repr__(self) -> str:
         return f"<Camera {self.number}: {self._model if self.is_open else 'closed'}>"
 

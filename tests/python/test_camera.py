@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Opening, closing and settings of cameras, and single images and series."""
 import _thread
+import copy
 import gc
 import itertools
 import pickle
@@ -397,6 +398,13 @@ def test_a_camera_that_is_collected_during_a_call_for_another_one_waits_for_its_
 def test_errors_can_be_sent_to_other_processes(error):
     arrived = pickle.loads(pickle.dumps(error))
     assert type(arrived) is type(error) and str(arrived) == str(error) and vars(arrived) == vars(error)
+
+
+@pytest.mark.parametrize("way", [pickle.dumps, copy.copy])
+def test_cameras_are_not_sent_to_other_processes(simulator, way):
+    simulator.configure(FREE)
+    with vxmcd.Camera() as camera, pytest.raises(TypeError, match="camera 0 cannot be pickled or copied"):
+        way(camera)
 
 
 def test_threads_share_cameras(simulator, monkeypatch):

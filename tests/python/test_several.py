@@ -151,3 +151,19 @@ def test_recordings_of_one_camera_in_two_threads_leave_each_other_alone(simulato
     monkeypatch.setattr(raw, "SetSpoolThreadCount", set_threads_and_record)
     assert len(camera.record(tmp_path / "first", 3)) == 3
     assert not (tmp_path / "second").exists()
+
+
+def test_a_stream_ends_while_another_thread_closes_its_camera(simulator):
+    both = threading.Barrier(2)
+
+    def close_stream(stream):
+        both.wait()
+        stream.close()
+
+    with ThreadPoolExecutor() as threads:
+        for _ in range(40):
+            camera, = cameras_of(simulator, 1)
+            closing = threads.submit(close_stream, camera.stream())
+            both.wait()
+            vxmcd.close_cameras()
+            closing.result()
