@@ -143,15 +143,13 @@ std::vector<unsigned short> Image(TCheckContext& check, long number)
 
 std::vector<long long> Ticks(TCheckContext& check, long images)
 {
+  std::vector<unsigned short> pixels(ImageSize(check).Pixels());
   std::vector<long long> ticks;
-  for (long image = 0; image < images; ++image) {
-    unsigned int count = 0;
+  const long last = TotalImages(check);
+  for (long image = last - images + 1; image <= last; ++image) {
     long long tick = 0;
-    const unsigned int code =
-        CHECK_CALL(check, vxsys_GetRawMetaDataInfo, &count, &tick, static_cast<unsigned int>(image));
-    if (code == RC_NOT_SUPPORTED || code == RC_NOT_AVAILABLE)
-      TCheckContext::Skip("the camera puts no clock values into images");
-    check.Need("vxsys_GetRawMetaDataInfo", code);
+    check.Need("vxmcd_GetIntactImage16",
+               CHECK_CALL(check, vxmcd_GetIntactImage16, image, pixels.data(), pixels.size(), &tick));
     ticks.push_back(tick);
   }
   return ticks;

@@ -48,7 +48,7 @@ bool WaitUntilIdle(TCheckContext& check, long images);
 void TakeSeries(TCheckContext& check, int images);
 /// An image of the present or last run, with 16 bits a pixel; ends the check when there is none.
 std::vector<unsigned short> Image(TCheckContext& check, long number);
-/// Clock values of the images of the last run, in ticks; ends the check when the camera has none.
+/// Clock values of the last images of the last run, in ticks; 0 for images without one.
 std::vector<long long> Ticks(TCheckContext& check, long images);
 
 } // namespace vxtool

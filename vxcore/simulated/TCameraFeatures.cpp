@@ -130,11 +130,13 @@ std::unique_ptr<IFeature> MakeAoiVBin(const TBuild& b)
   const auto maximum = [&s]() -> long long {
     return s.IsTracks() ? s.sensorHeight - s.SelectedTrack().top + 1 : MaximumVBin(s);
   };
-  return b.Int(b.IdleOnly(), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().rows : s.verticalBin; },
-                              .set = set,
-                              .minimum = [] { return 1LL; },
-                              .maximum = maximum,
-                              .accepts = IsSizeOnSensor});
+  TFeatureAccess access = b.IdleOnly();
+  if ((s.model.families & Family::kFreeBinning) == 0) access.available = [&s] { return s.IsTracks(); };
+  return b.Int(std::move(access), {.get = [&s] { return s.IsTracks() ? s.SelectedTrack().rows : s.verticalBin; },
+                                   .set = set,
+                                   .minimum = [] { return 1LL; },
+                                   .maximum = maximum,
+                                   .accepts = IsSizeOnSensor});
 }
 
 /// The binning of the sensor itself, whose maximum is what the camera can do.
@@ -291,7 +293,7 @@ const TRow kRows[] = {
     {L"PixelHeight",
      [](const TBuild& b) { return b.Reading(TReal([&s = b.state] { return s.model.pixelMicrometres; })); }},
     {L"AOIHBin", MakeAoiHBin, true, Family::kFreeBinning},
-    {L"AOIVBin", MakeAoiVBin, true, Family::kFreeBinning},
+    {L"AOIVBin", MakeAoiVBin, true, Family::kFreeBinning | Family::kTracks},
     {L"AOIHBinInternal",
      [](const TBuild& b) {
        return MakeBinInternal(

@@ -75,7 +75,7 @@ struct TBuild
 };
 
 /// One feature: its name, how it is made, whether a configured value is set through it or is part of what is made,
-/// and the family of models that have it. Models name families, never features, so that none can lack its row.
+/// and the families of models that have it. Models name families, never features, so that none can lack its row.
 struct TRow
 {
   const wchar_t* name;
@@ -83,7 +83,7 @@ struct TRow
   bool setsValue = false;
   unsigned family = Family::kCommon;
 
-  bool IsOf(const TCameraModel& model) const { return (model.families & family) == family; }
+  bool IsOf(const TCameraModel& model) const { return family == 0 || (model.families & family) != 0; }
 };
 
 /// Whether an index is one of @p count places. Checked beside the limits, which a configuration may set to
