@@ -47,7 +47,6 @@ constexpr TKnownFeature kFeatures[] = {
     {"AcquisitionStop", ""},
     {"CameraAcquiring", ""},
     {"FramesLost", ""},
-    {"FramesLost", ""},
     {"MetadataEnable", ""},
     {"TimestampClock", "ticks"},
     {"TimestampClockFrequency", "Hz"},

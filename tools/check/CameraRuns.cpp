@@ -2,6 +2,8 @@
 // Settings and runs of checks.
 #include "tools/check/CameraRuns.h"
 
+#include "utility/utf8.h"
+
 #include <algorithm>
 #include <chrono>
 
@@ -14,7 +16,7 @@ using TClock = std::chrono::steady_clock;
 constexpr TImageSize kPart = {128, 96};
 constexpr float kExposureSeconds = 0.001F;
 constexpr int kImageLayout = 4; ///< read mode
-constexpr double kSlackSeconds = 3.0;
+constexpr double kSlackSeconds = 2.0;
 constexpr int kWaitMs = 20;
 
 // Calls of a loop are not noted: they would fill the list.
@@ -153,6 +155,17 @@ std::vector<long long> Ticks(TCheckContext& check, long images)
     ticks.push_back(tick);
   }
   return ticks;
+}
+
+TEncoding::TEncoding(TCheckContext& check, const wchar_t* encoding) : handle_(check.FeatureHandle())
+{
+  before_ = FromUtf8(check.Word(L"PixelEncoding").value_or(""));
+  isSet_ = CHECK_CALL(check, VX_SetEnumeratedString, handle_, L"PixelEncoding", encoding) == VX_SUCCESS;
+}
+
+TEncoding::~TEncoding()
+{
+  VX_SetEnumeratedString(handle_, L"PixelEncoding", before_.c_str());
 }
 
 } // namespace vxtool

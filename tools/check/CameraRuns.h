@@ -51,4 +51,20 @@ std::vector<unsigned short> Image(TCheckContext& check, long number);
 /// Clock values of the last images of the last run, in ticks; 0 for images without one.
 std::vector<long long> Ticks(TCheckContext& check, long images);
 
+/// Sets an encoding for its lifetime.
+class TEncoding final
+{
+public:
+  TEncoding(TCheckContext& check, const wchar_t* encoding);
+  ~TEncoding();
+  TEncoding(const TEncoding&) = delete;
+  TEncoding& operator=(const TEncoding&) = delete;
+  bool IsSet() const { return isSet_; }
+
+private:
+  int handle_;
+  std::wstring before_;
+  bool isSet_ = false;
+};
+
 } // namespace vxtool

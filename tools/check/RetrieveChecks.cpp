@@ -3,8 +3,6 @@
 #include "tools/check/CameraRuns.h"
 #include "tools/check/Checks.h"
 
-#include "utility/utf8.h"
-
 #include <algorithm>
 
 namespace vxtool {
@@ -23,26 +21,6 @@ void ExpectSame(const std::string& what, const TPixels& expected, const TPixels&
   TCheckContext::Fail(what + ", pixel " + std::to_string(at - expected.begin()), std::to_string(*at),
                       std::to_string(*other));
 }
-
-/// Sets an encoding for its lifetime.
-class TEncoding final
-{
-public:
-  TEncoding(TCheckContext& check, const wchar_t* encoding) : handle_(check.FeatureHandle())
-  {
-    before_ = FromUtf8(check.Word(L"PixelEncoding").value_or(""));
-    isSet_ = CHECK_CALL(check, VX_SetEnumeratedString, handle_, L"PixelEncoding", encoding) == VX_SUCCESS;
-  }
-  ~TEncoding() { VX_SetEnumeratedString(handle_, L"PixelEncoding", before_.c_str()); }
-  TEncoding(const TEncoding&) = delete;
-  TEncoding& operator=(const TEncoding&) = delete;
-  bool IsSet() const { return isSet_; }
-
-private:
-  int handle_;
-  std::wstring before_;
-  bool isSet_ = false;
-};
 
 } // namespace
 
@@ -141,7 +119,7 @@ void NeverRetrievesOldImages(TCheckContext& check)
                         TCheckContext::Shown(static_cast<double>(images) * CycleSeconds(check)) +
                         " s until images are overwritten");
   StartRun(check, RunKind::UntilAborted);
-  check.Need("the run gives too few images", WaitForImages(check, images));
+  if (!WaitForImages(check, images)) TCheckContext::Skip("images come too slowly: none is overwritten in time");
   const std::size_t size = ImageSize(check).Pixels();
   TPixels pixels(size, kFill);
   long long ticks = 0;

@@ -124,7 +124,8 @@ TCheckResult TCheckCommand::RunOften(const TCheck& check) const
     result = RunCheck(check, camera_, options_.isHarsh);
   if (HasPassed(result)) return result;
   const TCheckResult again = RunCheck(check, camera_, options_.isHarsh);
-  if (again.verdict == Verdict::Ok) result.verdict = Verdict::Unstable;
+  if (result.verdict == Verdict::Warned && again.verdict == Verdict::Failed) return again;
+  if (result.verdict == Verdict::Failed && again.verdict == Verdict::Ok) result.verdict = Verdict::Unstable;
   return result;
 }
 

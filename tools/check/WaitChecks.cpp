@@ -32,10 +32,13 @@ double MachineDelay()
   return SecondsSince(start) - 0.02;
 }
 
-void TakeUpImages(TCheckContext& check)
+// A run that has ended well, of which no image ends the next wait. The start ends a cancellation before.
+void EndRun(TCheckContext& check)
 {
+  StartRun(check, RunKind::Series, 1);
+  check.Need("a run does not end well", WaitUntilIdle(check, 1));
   while (CHECK_CALL(check, WaitForAcquisitionTimeOut, 1) == RC_SUCCESS)
-    ; // an image that nobody waited for ends the next wait
+    ;
 }
 
 } // namespace
@@ -43,7 +46,7 @@ void TakeUpImages(TCheckContext& check)
 void KeepsTimeOut(TCheckContext& check)
 {
   constexpr int kWaitMs = 100;
-  TakeUpImages(check);
+  EndRun(check);
   double latest = 1e9;
   double delay = 0.0;
   for (int attempt = 0; attempt < kTries && latest > kLateSeconds; ++attempt) {
@@ -66,9 +69,7 @@ void CancelsWaits(TCheckContext& check)
   double latest = 1e9;
   double delay = 0.0;
   for (int attempt = 0; attempt < kTries && latest > kLateSeconds; ++attempt) {
-    StartRun(check, RunKind::Series, 1); // a start ends the cancellation before
-    WaitUntilIdle(check, 1);
-    TakeUpImages(check);
+    EndRun(check);
     auto wait = std::async(std::launch::async,
                            [&check] { return CHECK_CALL(check, WaitForAcquisitionTimeOut, kLongWaitMs); });
     TCheckContext::Expect(wait.wait_for(milliseconds(30)) == std::future_status::timeout,

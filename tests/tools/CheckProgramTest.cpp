@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+// The checks of cameras, on cameras that behave and on cameras with a fault each.
+#include "tests/tools/FileReaders.h"
+#include "tests/tools/ProgramRunner.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <set>
+
+namespace vxtool {
+namespace {
+
+using nlohmann::json;
+using ::testing::HasSubstr;
+using TNames = std::set<std::string>;
+
+/// Small images without noise, made when they are asked for.
+constexpr const char* kQuick = "Scene = gradient\nNoise = off\nClock = free\n"
+                               "[Camera0.SensorWidth]\nValue = 128\n[Camera0.SensorHeight]\nValue = 96\n";
+
+class Check : public ToolProgram
+{
+protected:
+  /// Starts all checks of a camera with these lines of configuration.
+  FILE* Begin(const std::string& lines)
+  {
+    const std::string file = directory_.File(lines, "camera" + std::to_string(++begun_) + ".ini");
+    return popen(("VXCORE_CONFIG='" + file + "' '" VXTOOL_PROGRAM "' check --json 2>/dev/null").c_str(), "r");
+  }
+  static json ReportOf(FILE* program)
+  {
+    std::string text;
+    char part[4096];
+    while (std::fgets(part, sizeof part, program)) text += part;
+    pclose(program);
+    return json::parse(text);
+  }
+  static TNames WithVerdict(const json& report, const TNames& verdicts)
+  {
+    TNames names;
+    for (const json& check : report["checks"])
+      if (verdicts.count(check["verdict"]) > 0)
+        names.insert(check["group"].get<std::string>() + "." + check["name"].get<std::string>());
+    return names;
+  }
+
+private:
+  int begun_ = 0;
+};
+
+TEST_F(Check, EveryModelBehaves)
+{
+  for (const auto& [model, skipped] :
+       {std::pair<const char*, TNames>{"TRELLIS CMOS", {"cooling.states", "retrieve.overrun"}},
+        {"RQ512_LX", {"area.tracks", "cooling.states", "retrieve.overrun"}},
+        {"TARN 1M", {"cooling.states", "retrieve.overrun", "run.accumulate"}}}) {
+    const json report = ReportOf(Begin(std::string("[Camera0]\nModel = ") + model + "\n" + kQuick));
+    EXPECT_EQ(WithVerdict(report, {"FAIL", "unstable", "warn"}), TNames{}) << model << report;
+    EXPECT_EQ(WithVerdict(report, {"skip"}), skipped) << model;
+  }
+}
+
+struct TFault
+{
+  const char* rule;
+  TNames failed;  ///< these checks and no other
+  TNames mayFail; ///< those that may meet a fault of single frames, which are not the same in each run
+};
+
+TEST_F(Check, FindsEachFault)
+{
+  const std::vector<TFault> faults = {
+      {"call VX_GetString feature CameraModel rc 3", {"describe.identity"}, {}},
+      {"call VX_GetFloat feature ReadoutTime out -1", {"describe.timings"}, {}},
+      {"call VX_SetFloat feature ExposureTime rc 6", {"settings.exposure", "settings.exposure-limits"}, {}},
+      {"call VX_SetFloat feature FrameRate rc 6", {"settings.cycle"}, {}},
+      {"call VX_SetEnumeratedString feature TriggerMode rc 5",
+       {"settings.trigger-modes", "run.software-trigger", "core.words"},
+       {}},
+      {"call VX_IsWritable feature AOIWidth out 1", {"settings.in-run"}, {}},
+      {"call VX_GetBool feature BaselineClamp out 1", {"settings.baseline"}, {}},
+      {"call VX_SetInt feature AOICount rc 5", {"area.tracks"}, {}},
+      {"call VX_SetInt feature FrameCount rc 6", {"run.series"}, {}},
+      {"call VX_Command feature SoftwareTrigger every 3 rc 0", {"run.software-trigger"}, {}},
+      {"call VX_SetFloat feature TargetSensorTemperature rc 0", {"cooling.range"}, {}},
+      {"frame every 41 drop", {"run.series", "run.no-gaps"}, {"run.software-trigger"}},
+      {"frame every 41 null", {"run.series", "run.no-gaps"}, {"core.buffers", "run.software-trigger"}},
+      {"frame every 41 foreign", {"run.series", "run.no-gaps"}, {"core.buffers", "run.software-trigger"}},
+      {"frame every 5 swap 2", {"core.buffers"}, {}},
+      {"frame any oversize 8", {"core.buffers"}, {}},
+      {"chunk every 13 len 0xFFFFFFFC", {"run.clock"}, {}},
+      {"chunk any cid 9", {"run.clock"}, {}},
+      {"chunk any truncated", {"run.clock"}, {}},
+      {"camera every 20 stall 20ms", {"run.no-gaps"}, {}},
+  };
+  constexpr std::size_t kAtOnce = 7;
+  for (std::size_t first = 0; first < faults.size(); first += kAtOnce) {
+    std::vector<FILE*> programs;
+    for (std::size_t at = first; at < std::min(first + kAtOnce, faults.size()); ++at)
+      programs.push_back(
+          Begin(std::string("[Camera0]\n") + kQuick + "[Faults]\nRule = " + faults[at].rule + "\n"));
+    for (std::size_t at = 0; at < programs.size(); ++at) {
+      const TFault& fault = faults[first + at];
+      const json report = ReportOf(programs[at]);
+      TNames failed = WithVerdict(report, {"FAIL", "unstable"});
+      for (const std::string& name : fault.mayFail) failed.erase(name);
+      EXPECT_EQ(failed, fault.failed) << fault.rule << "\n" << report.dump(1);
+    }
+  }
+}
+
+TEST_F(Check, ReportsWhatWasExpectedAndTheLastCalls)
+{
+  Configure(std::string("[Camera0]\n") + kQuick +
+            "[Faults]\nRule = call VX_GetBool feature BaselineClamp out 1\n");
+  const TOutcome text = Run({"check", "--only", "baseline,describe.versions"});
+  EXPECT_EQ(text.exitCode, 3);
+  EXPECT_THAT(text.output, HasSubstr("describe.versions           ok\nsettings.baseline           FAIL\n"
+                                     "      the baseline clamp that was set\n"
+                                     "        expected: 0\n        came:     1\n      last calls:\n"));
+  EXPECT_THAT(text.output,
+              HasSubstr("        SetBaselineClamp(0) = 20002 RC_SUCCESS\n"
+                        "        GetBaselineClamp(1) = 20002 RC_SUCCESS\n1 ok, 1 failed, 0 skipped\n"));
+  const TOutcome tap = Run({"check", "--only", "baseline,states", "--tap"});
+  EXPECT_THAT(tap.output, HasSubstr("1..2\nnot ok 1 - settings.baseline\n  ---\n  verdict: FAIL\n"));
+  EXPECT_THAT(tap.output, HasSubstr("\nok 2 - cooling.states # SKIP "));
+  EXPECT_THAT(Run({"check", "--list", "--group", "wait"}).output, HasSubstr("wait.cancel  "));
+  EXPECT_THAT(Run({"check", "--only", "run.serie"}).errors, HasSubstr("the nearest is run.series"));
+  EXPECT_EQ(Run({"check", "--group", "runs"}).exitCode, 1);
+  EXPECT_EQ(Run({"check", "--camera", "3"}).exitCode, 2);
+}
+
+TEST_F(Check, EndsAtCtrlC)
+{
+  Configure(std::string("[Camera0]\n") + kQuick);
+  const pid_t child = LaunchUntil({"check", "--group", "run", "--repeat", "200"}, [this] {
+    return TextOf(directory_.Path("out")).find("run.series") != std::string::npos;
+  });
+  EXPECT_THAT(Interrupt(child).output, HasSubstr("interrupted\n0 ok, 0 failed, 0 skipped; interrupted\n"));
+}
+
+} // namespace
+} // namespace vxtool
