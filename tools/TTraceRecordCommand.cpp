@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -151,6 +152,7 @@ int TTraceRecordCommand::RunProgram() const
   const pid_t process = fork();
   if (process == 0) {
     signals.Restore();
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the child has one thread
     setenv(kVariable, (Escaped(file_) + ".%p" + kSuffix + options_.recorderOptions).c_str(), 1);
     execvp(words.front(), words.data());
     const int error = errno;
@@ -172,8 +174,9 @@ int TTraceRecordCommand::RunProgram() const
     return -1;
   }
   if (!WIFSIGNALED(status)) return WEXITSTATUS(status);
-  Say(options_.program.front() + ": ended by signal " + std::to_string(WTERMSIG(status)) + ", " +
-      strsignal(WTERMSIG(status)));
+  const char* const name = sigdescr_np(WTERMSIG(status));
+  Say(options_.program.front() + ": ended by signal " + std::to_string(WTERMSIG(status)) +
+      (name ? std::string(", ") + name : ""));
   return kSignalled + WTERMSIG(status);
 }
 

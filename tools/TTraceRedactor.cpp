@@ -22,8 +22,10 @@ constexpr std::size_t kMinName = 3;
 
 std::string UserName()
 {
-  const passwd* const entry = getpwuid(getuid());
-  return entry ? entry->pw_name : "";
+  passwd entry{};
+  passwd* found = nullptr;
+  char texts[4096];
+  return getpwuid_r(getuid(), &entry, texts, sizeof texts, &found) == 0 && found ? found->pw_name : "";
 }
 
 std::string HostName()
