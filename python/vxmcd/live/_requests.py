@@ -31,6 +31,7 @@ class Requests:
         self._count = 0  # of attached cameras
         self._directory = directory
         self._opening = asyncio.Lock()
+        self._saving = asyncio.Lock()
         self._commands = {
             "take-control": self._take_control, "give-control": self._give_control, "keep-control": self._keep_control,
             "trigger": self._trigger, "open": self._open, "start": self._start, "snapshot": self._snapshot,
@@ -129,9 +130,10 @@ class Requests:
         viewer.channel.need_control(viewer)
         suffix = _snapshot.suffix(content.get("format", "fits"))
         image = viewer.image(content.get("number"))
-        name = content.get("name") or self._free_name(image, suffix)
-        path = check_name(name, self._directory, suffix)
-        await asyncio.get_running_loop().run_in_executor(None, _snapshot.write, image, path)
+        async with self._saving:  # so that a name which is free stays so
+            name = content.get("name") or self._free_name(image, suffix)
+            path = check_name(name, self._directory, suffix)
+            await asyncio.get_running_loop().run_in_executor(None, _snapshot.write, image, path)
         self.files.add(path.name)
         return {"value": {"name": path.name, "url": f"files/{path.name}", "number": image.number}}
 

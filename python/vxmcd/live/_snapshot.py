@@ -77,7 +77,10 @@ def write(image: Image, path: Path) -> None:
                               timeout=_SECONDS, stdin=subprocess.DEVNULL)
         if done.returncode != 0:
             raise RuntimeError(done.stderr.strip() or f"vxmcd convert ended with {done.returncode}")
-        os.link(made, path)  # which replaces nothing
+        # Nothing that exists is replaced. Disks without hard links are common, FAT for example.
+        with open(path, "xb"):
+            pass
+        os.replace(made, path)
 
 
 def suffix(kind: object) -> str:
