@@ -8,6 +8,8 @@ import hmac
 import ipaddress
 import re
 import secrets
+import socket
+import zlib
 from typing import Iterable, List, Mapping, Optional
 
 _TOKEN = re.compile(r"[A-Za-z0-9._~-]{8,128}")
@@ -37,7 +39,8 @@ class Access:
 
     def __init__(self, token: Optional[str], hosts: Iterable[str], port: int):
         self.token = token
-        self.cookie_name = f"vxmcd-live-{port}"
+        # A browser keeps one cookie of a name for all ports of localhost, where ssh -L puts several machines.
+        self.cookie_name = f"vxmcd-live-{port}-{zlib.crc32(socket.gethostname().encode()):08x}"
         self.cookie = secrets.token_urlsafe(32)
         self._hosts = {"localhost", *(host.lower() for host in hosts)}
         self._wrong = 0

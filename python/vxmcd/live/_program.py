@@ -136,7 +136,7 @@ def _say_where(options, port, token):
 async def _serve(options, settings, listener) -> int:
     port = listener.getsockname()[1]
     token = None if options.no_token else options.token or secrets.token_urlsafe(32)
-    own_names = [socket.gethostname()] if options.bind in ("0.0.0.0", "::") else []
+    own_names = [socket.gethostname()] if options.bind in ("0.0.0.0", "::") else [options.bind]
     directory = Path(options.directory)
 
     def make_worker(number, frames, on_frame, on_status):
