@@ -312,7 +312,7 @@ class CameraWorker:
             camera.area = None
             return
         width, height = camera.sensor_size
-        if not isinstance(value, list) or len(value) != 4 or not all(isinstance(number, int) for number in value):
+        if not isinstance(value, list) or len(value) != 4 or not all(type(number) is int for number in value):
             raise ValueError("an area is [left, top, width, height] in sensor pixels, the first being 1, or null")
         left, top = min(max(value[0], 1), width), min(max(value[1], 1), height)
         right, bottom = min(value[0] + value[2], width + 1), min(value[1] + value[3], height + 1)
@@ -346,7 +346,7 @@ class CameraWorker:
             raise CameraStateError("a recording is under way")
         path = check_name(name, self._directory)
         for given in (images, seconds):
-            if given is not None and (isinstance(given, bool) or not isinstance(given, (int, float)) or not given > 0):
+            if given is not None and (isinstance(given, bool) or not isinstance(given, (int, float)) or not 0 < given < 1e18):
                 raise ValueError(f"a recording takes a number of images, or of seconds, above 0, not {given!r}")
         if images is not None and seconds is not None:
             raise ValueError("give a number of images or a time, not both")

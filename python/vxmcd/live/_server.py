@@ -6,7 +6,6 @@ import asyncio
 import concurrent.futures
 import json
 import logging
-import math
 import re
 import time
 from pathlib import Path
@@ -47,7 +46,7 @@ def _number_of(value, name, kinds=(int,)):
 def _points(values, name, count):
     if not isinstance(values, list) or len(values) != count:
         raise ValueError(f"{name} is {count} numbers, or null")
-    if any(math.isnan(_number_of(value, name, (int, float))) for value in values):
+    if any(_number_of(value, name, (int, float)) != value for value in values):  # which is no number
         raise ValueError(f"{name} is {count} numbers, not {values!r}")
     return tuple(min(max(value, -1e6), 1e6) for value in values)
 
@@ -130,7 +129,7 @@ class Server:
             token = message["token"]
             if not isinstance(token, str):
                 raise TypeError
-        except (ValueError, TypeError, KeyError):
+        except (ValueError, TypeError, LookupError, RecursionError, web.RequestPayloadError):
             raise web.HTTPBadRequest(text='{"token": "..."} is expected\n') from None
         if not token and self.access.has_cookie(request.cookies):  # a page that is loaded again
             return web.Response(status=204)
@@ -210,6 +209,8 @@ class Server:
             raise ValueError("a message has one of ack, view, cursor, line, freeze, set, do")
         kind = kinds[0]
         if kind in ("set", "do"):
+            if not isinstance(content.get("id"), (int, str, type(None))):
+                raise ValueError("an id is a whole number or a text")
             # Not awaited: a long answer must not hold up acknowledgements.
             task = self._loop.create_task(self._answer(viewer, kind, content))
             self._tasks = [other for other in self._tasks if not other.done()] + [task]
