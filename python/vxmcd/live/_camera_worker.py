@@ -580,7 +580,7 @@ class CameraWorker:
         return "no image: waiting for a trigger?" if settings["trigger_mode"] != "internal" else "no image"
 
     def _publish(self):
-        """Tells the server what has changed, and the rates."""
+        """Sends the server the present values."""
         is_open, is_running = self._camera is not None, self._run is not None
         values = {
             "state": self.state, "number": self.number, "run": self._run_number, "error": self._error,

@@ -11,7 +11,7 @@ from typing import Callable, Dict, Optional
 from .._signatures import LIBRARY_VERSION
 from . import _wire
 from ._description import as_json
-from ._frames import Frames
+from ._frames import Frames, Image
 from ._state import Control, State
 from ._viewer import Viewer
 
@@ -35,7 +35,7 @@ class Channel:
         self._curve = collections.deque(maxlen=int(_CURVE_SECONDS / _CURVE_STEP))
         self._pool = pool
         self._cost = 0.0
-        self._told = None  # the image of the last histogram
+        self._counted: Optional[Image] = None  # the image of the last histogram
         self._loop = asyncio.get_running_loop()
         self._worker = make_worker(number, self.frames, self._post_frame, self._post_status)
 
@@ -66,12 +66,12 @@ class Channel:
         if had_control:
             self.state.changed(None)
         self._worker.watched(len(self._viewers))
-        self.tell_state()
+        self.send_state()
 
     def changed(self, viewer: Optional[Viewer]) -> None:
         """A viewer has changed a setting or the control; None: no viewer that may have known it."""
         self.state.changed(None if viewer is None else viewer.number)
-        self.tell_state()
+        self.send_state()
 
     def need_control(self, viewer: Viewer) -> None:
         """Raises ValueError for a viewer that may change nothing."""
@@ -80,14 +80,14 @@ class Channel:
         if self.control.controller != viewer.number:
             raise ValueError("another viewer controls the camera; take the control first")
 
-    def greet(self, viewer: Viewer, cameras) -> None:
+    def send_hello(self, viewer: Viewer, cameras) -> None:
         """Everything that a page needs that has just been loaded, or that shows another camera from now on. cameras: all that
         are attached."""
         viewer.put("hello", as_json({"hello": {
             **self._state_json(viewer), "program": LIBRARY_VERSION, "protocol": _wire.PROTOCOL, "viewer": viewer.number,
             "camera": self.camera, "cameras": cameras, "curve": list(self._curve)}}))
 
-    def tell_state(self) -> None:
+    def send_state(self) -> None:
         for viewer in self._viewers.values():
             viewer.put("state", as_json({"state": self._state_json(viewer)}))
 
@@ -107,9 +107,9 @@ class Channel:
         if self.control.pass_time(time.monotonic()):
             self.changed(None)
         image = self.frames.newest
-        if image is None or image is self._told or not self._viewers:
+        if image is None or image is self._counted or not self._viewers:
             return
-        self._told = image
+        self._counted = image
         histogram = await self._loop.run_in_executor(self._pool, self.frames.add_histogram, image)
         text = as_json({"histogram": {**histogram._asdict(), **dict(zip(("low", "high"), self.frames.stretch))}})
         for viewer in self._viewers.values():
@@ -140,7 +140,7 @@ class Channel:
         if "values" in status:
             self._add_to_curve(status["values"].get("temperature"))
             self.state.update(status["values"])
-            self.tell_state()
+            self.send_state()
 
     def _add_to_curve(self, temperature):
         if not temperature or temperature["celsius"] is None:

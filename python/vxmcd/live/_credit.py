@@ -14,7 +14,6 @@ _HIGH_RATE, _HIGH_SECONDS = 20.0, 5.0  # above it: send more again
 _MAX_HIGH_SECONDS = 80.0  # the time doubles with each return that did not last
 _KEPT_PART = 0.9  # of the frames that there were: then the connection is not what limits the rate
 
-
 _LEVELS = (None, "8 bits", "8 bits, half size", "8 bits, quarter size")
 
 

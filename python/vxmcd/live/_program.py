@@ -121,7 +121,7 @@ def _link(options, port, token):
     return f"http://{host}:{port}/" + (f"#t={token}" if token else "")
 
 
-def _say_where(options, port, token):
+def _print_link(options, port, token):
     link = _link(options, port, token)
     print(link, flush=True)
     if _access.is_loopback(options.bind):
@@ -166,7 +166,7 @@ async def _serve(options, settings, listener) -> int:
     try:
         await runner.setup()
         await web.SockSite(runner, listener, shutdown_timeout=0.2).start()
-        _say_where(options, port, token)
+        _print_link(options, port, token)
         await ended.wait()
     finally:
         await server.end()

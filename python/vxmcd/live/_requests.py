@@ -66,7 +66,7 @@ class Requests:
         channel.need_control(viewer)
         version = content.get("version", channel.state.version)
         if not isinstance(version, int) or channel.state.is_outdated(version, viewer.number):
-            channel.tell_state()
+            channel.send_state()
             raise ValueError("another viewer has changed the settings meanwhile; look at them and try again")
         (name, value), = settings.items()
         answer = await channel.ask("set", name, value)
@@ -84,7 +84,7 @@ class Requests:
         has_it = viewer.channel.control.take(viewer.number, time.monotonic())
         if has_it:
             viewer.channel.changed(None)
-        viewer.channel.tell_state()
+        viewer.channel.send_state()
         return {"value": "yours" if has_it else "asked"}
 
     async def _give_control(self, viewer, content):
@@ -95,7 +95,7 @@ class Requests:
     async def _keep_control(self, viewer, content):
         _only(content, "do")
         viewer.channel.control.keep(viewer.number)
-        viewer.channel.tell_state()
+        viewer.channel.send_state()
 
     async def _trigger(self, viewer, content):
         _only(content, "do")
@@ -121,8 +121,8 @@ class Requests:
         before, viewer.channel = viewer.channel, channel
         before.leave(viewer)
         channel.join(viewer)
-        channel.greet(viewer, self.cameras())
-        channel.tell_state()
+        channel.send_hello(viewer, self.cameras())
+        channel.send_state()
 
     async def _snapshot(self, viewer, content):
         """Writes the image that the page shows."""

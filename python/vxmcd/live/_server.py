@@ -78,15 +78,15 @@ class Server:
         self._tasks.append(self._loop.create_task(self._tick()))
 
     async def end(self) -> None:
-        """Tells the pages that the program has ended, closes them, and closes the cameras."""
+        """Notifies the pages that the program ends, closes them, and closes the cameras."""
         self._is_ending = True
         for task in self._tasks:
             task.cancel()
-        await asyncio.gather(*map(self._say_goodbye, list(self._viewers.values())))
+        await asyncio.gather(*map(self._send_end, list(self._viewers.values())))
         await asyncio.gather(*(channel.close() for channel in self._requests.channels.values()))
         self._pool.shutdown(wait=False)
 
-    async def _say_goodbye(self, viewer):
+    async def _send_end(self, viewer):
         try:
             await asyncio.wait_for(viewer.socket.send_str(as_json({"end": "the program has ended"})), _END_SECONDS)
             await asyncio.wait_for(self._close_at_end(viewer.socket), _END_SECONDS)
@@ -161,8 +161,8 @@ class Server:
         viewer = Viewer(self._numbers, socket, self._first)
         self._viewers[viewer.number] = viewer
         self._first.join(viewer)
-        self._first.greet(viewer, self._requests.cameras())
-        self._first.tell_state()
+        self._first.send_hello(viewer, self._requests.cameras())
+        self._first.send_state()
         sending = self._loop.create_task(viewer.send())
         sending.add_done_callback(lambda done: done.cancelled() or self._loop.create_task(socket.close()))
         try:

@@ -15,11 +15,9 @@ class State:
         self._values: Dict[str, object] = {}
         self._changes: Dict[object, int] = {}  # version of the last change, by who made it
 
-    def update(self, values: Dict[str, object]) -> bool:
-        """Replaces values that are not settings of the camera or control. Returns whether one is new."""
-        is_new = any(self._values.get(name, self) != value for name, value in values.items())
+    def update(self, values: Dict[str, object]) -> None:
+        """Replaces these values. The version stays: it is increased by changed()."""
         self._values.update(values)
-        return is_new
 
     def changed(self, by: object) -> None:
         """Somebody has changed a setting or the control."""
