@@ -17,22 +17,23 @@ namespace fs = std::filesystem;
 constexpr const char* kPathVariable = "LD_LIBRARY_PATH";
 constexpr const char* kPlugin = "libvxcore-genicam.so";
 
-std::vector<std::string> PathVariableFolders()
+std::vector<std::string> PathVariableDirectories()
 {
-  std::vector<std::string> folders;
+  std::vector<std::string> directories;
   const char* const value = std::getenv(kPathVariable); // NOLINT(concurrency-mt-unsafe): one thread
   std::istringstream text(value ? value : "");
-  for (std::string folder; std::getline(text, folder, ':');) folders.push_back(folder.empty() ? "." : folder);
-  return folders;
+  for (std::string directory; std::getline(text, directory, ':');)
+    directories.push_back(directory.empty() ? "." : directory);
+  return directories;
 }
 
-bool IsIn(const fs::path& folder, const std::string& file)
+bool IsIn(const fs::path& directory, const std::string& file)
 {
   std::error_code error;
-  return fs::equivalent(folder, fs::path(file).parent_path(), error) && !error;
+  return fs::equivalent(directory, fs::path(file).parent_path(), error) && !error;
 }
 
-/// The folder that holds the program's own one; "" when it cannot be told.
+/// The directory that holds the program's own one; "" when it cannot be told.
 std::string ProgramPrefix()
 {
   return fs::path(ProgramFile()).parent_path().parent_path();
@@ -41,33 +42,33 @@ std::string ProgramPrefix()
 /// By which rule the loader found a file.
 std::string RuleFor(const std::string& file)
 {
-  for (const std::string& folder : PathVariableFolders())
-    if (IsIn(folder, file)) return std::string("by ") + kPathVariable;
+  for (const std::string& directory : PathVariableDirectories())
+    if (IsIn(directory, file)) return std::string("by ") + kPathVariable;
   const std::string program = ProgramPrefix();
   if (!program.empty() && program != "/usr" && file.starts_with(program + "/")) return "beside the program";
-  return "in the system's library folders";
+  return "in the system's library directories";
 }
 
 /// Where this program and others may get their libraries from.
-std::vector<fs::path> UsualFolders(const std::string& loaded)
+std::vector<fs::path> UsualDirectories(const std::string& loaded)
 {
-  std::vector<fs::path> folders;
-  for (const std::string& folder : PathVariableFolders()) folders.emplace_back(folder);
-  folders.push_back(fs::path(loaded).parent_path());
+  std::vector<fs::path> directories;
+  for (const std::string& directory : PathVariableDirectories()) directories.emplace_back(directory);
+  directories.push_back(fs::path(loaded).parent_path());
   for (const std::string& prefix : {ProgramPrefix(), std::string("/usr/local"), std::string("/usr")}) {
-    folders.emplace_back(prefix + "/lib");
-    folders.emplace_back(prefix + "/lib/" + VXTOOL_MULTIARCH);
+    directories.emplace_back(prefix + "/lib");
+    directories.emplace_back(prefix + "/lib/" + VXTOOL_MULTIARCH);
   }
-  return folders;
+  return directories;
 }
 
 /// The files behind all links that have the name, the loaded one among them.
 std::set<std::string> CopiesOf(const std::string& name, const std::string& loaded)
 {
   std::set<std::string> copies = {loaded};
-  for (const fs::path& folder : UsualFolders(loaded)) {
+  for (const fs::path& directory : UsualDirectories(loaded)) {
     std::error_code error;
-    const fs::path file = fs::canonical(folder / name, error);
+    const fs::path file = fs::canonical(directory / name, error);
     if (!error) copies.insert(file.string());
   }
   return copies;

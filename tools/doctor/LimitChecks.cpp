@@ -16,7 +16,7 @@ namespace vxtool {
 namespace {
 
 constexpr double kNoLimit = std::numeric_limits<double>::infinity();
-constexpr double kRingBytes = 300e6; ///< when no camera says it
+constexpr double kRingBytes = 300e6; ///< of a run until it is stopped, when no camera is open
 constexpr rlim_t kFewFiles = 256;
 constexpr double kStreamBufferBytes = 4.0 * 1024 * 1024; ///< of the socket that a camera's images come through
 
@@ -36,16 +36,16 @@ double MemoryEntry(const std::string& name)
   return 0.0;
 }
 
-/// The folders of this process's control group and of those around it, the innermost first (version 2).
+/// The directories of this process's control group and of those around it, the innermost first (version 2).
 std::vector<std::string> ControlGroups()
 {
-  std::vector<std::string> folders;
+  std::vector<std::string> directories;
   const std::string line = FirstLineOf("/proc/self/cgroup");
-  if (!line.starts_with("0::/")) return folders;
+  if (!line.starts_with("0::/")) return directories;
   for (std::string group = line.substr(3); !group.empty(); group.erase(group.rfind('/')))
-    folders.push_back("/sys/fs/cgroup" + group);
-  folders.emplace_back("/sys/fs/cgroup");
-  return folders;
+    directories.push_back("/sys/fs/cgroup" + group);
+  directories.emplace_back("/sys/fs/cgroup");
+  return directories;
 }
 
 /// What this process can still get, of the machine and of its control groups.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Reading short files, and numbers of bytes in words.
+// Short files of the system, and numbers of bytes in words.
 #include "tools/doctor/SystemFiles.h"
 
 #include <cstdio>

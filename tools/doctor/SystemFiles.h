@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Short texts that the system has in files.
+// What several areas need: short files of the system, and numbers of bytes in words.
 #pragma once
 
 #include <string>

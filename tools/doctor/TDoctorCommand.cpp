@@ -76,7 +76,7 @@ void TDoctorCommand::AskCameras()
 void TDoctorCommand::Check()
 {
   const std::function<void()> checks[] = {
-      // in the order of DoctorAreas()
+      // in the order of kDoctorAreas
       [this] { CheckLibraries(findings_); },
       [this] { CheckCameras(findings_, facts_, camera_); },
       [this] { CheckPermissions(findings_); },
@@ -85,9 +85,10 @@ void TDoctorCommand::Check()
       [this] { CheckTiming(findings_, facts_.description ? &open_ : nullptr); },
       [this] { CheckPython(findings_); },
   };
+  static_assert(std::size(checks) == kDoctorAreas.size());
   const std::vector<std::string>& wanted = options_.areas;
   const std::function<void()>* check = checks;
-  for (const std::string& area : DoctorAreas()) {
+  for (const std::string area : kDoctorAreas) {
     const bool isWanted = wanted.empty() ? area != "disk" || options_.disk
                                          : std::find(wanted.begin(), wanted.end(), area) != wanted.end();
     findings_.BeginArea(area);

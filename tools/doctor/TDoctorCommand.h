@@ -9,7 +9,7 @@
 namespace vxtool {
 
 /// Looks at everything that a camera program needs, area by area, and prints what is wrong with the command that cures it;
-/// the last line is the verdict. May pack all that into a file. For one use; one thread.
+/// the last line is the verdict. May pack all that into a file. Borrows its options. For one use; one thread.
 class TDoctorCommand final
 {
 public:

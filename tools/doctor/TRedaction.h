@@ -12,7 +12,7 @@ namespace vxtool {
 class TRedaction final
 {
 public:
-  /// Knows the user's name and folder and the machine's name.
+  /// Knows the user's name and directory and the machine's name.
   static TRedaction OfThisMachine();
   /// @p name becomes @p word from now on; names of one or two letters stay, they are parts of other words.
   void Hide(const std::string& name, const std::string& word);

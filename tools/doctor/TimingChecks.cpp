@@ -34,9 +34,9 @@ void CheckClock(TFindings& findings)
 
 void CheckGovernor(TFindings& findings)
 {
-  const std::string folder = "/sys/devices/system/cpu/cpu0/cpufreq/";
-  const std::string governor = FirstLineOf(folder + "scaling_governor");
-  const std::string driver = FirstLineOf(folder + "scaling_driver");
+  const std::string directory = "/sys/devices/system/cpu/cpu0/cpufreq/";
+  const std::string governor = FirstLineOf(directory + "scaling_governor");
+  const std::string driver = FirstLineOf(directory + "scaling_driver");
   // With these two drivers the processor itself speeds up under load.
   const bool isSlow = governor == "powersave" && driver != "intel_pstate" && !driver.starts_with("amd-pstate");
   if (isSlow)
