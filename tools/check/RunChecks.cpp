@@ -131,6 +131,7 @@ void HasRisingClock(TCheckContext& check)
   check.Need("the camera does not say how fast its clock is", hertz && *hertz > 0);
   const long long usual = MedianOf(steps);
   std::vector<long long> deviations;
+  deviations.reserve(steps.size());
   for (const long long step : steps) deviations.push_back(std::abs(step - usual));
   const double jitter = static_cast<double>(MedianOf(deviations)) / static_cast<double>(*hertz);
   const double period = static_cast<double>(usual) / static_cast<double>(*hertz);
