@@ -15,7 +15,7 @@ from conftest import FREE, REAL, frame_number
 
 aiohttp = pytest.importorskip("aiohttp", reason="the live view needs python3-aiohttp")
 
-from vxmcd.live import _camera_worker, _credit, _wire  # noqa: E402
+from vxmcd.live import _camera_worker, _credit, _recording, _wire  # noqa: E402
 from vxmcd.live._access import Access, check_token  # noqa: E402
 from vxmcd.live._frames import Frames, Image, View, block_means, saturation_map, stretched  # noqa: E402
 from vxmcd.live._state import Control, State  # noqa: E402
@@ -214,7 +214,7 @@ def test_workers_leave_nothing_behind(simulator, tmp_path):
         worker.submit("set", "binning", [2, 2]).result(10)
         worker.stop()
         with pytest.raises(ValueError):
-            _camera_worker.check_name("../up", tmp_path)
+            _recording.check_name("../up", tmp_path)
 
     def counts():
         return threading.active_count(), len(os.listdir("/proc/self/fd"))
@@ -390,7 +390,9 @@ def test_recording_loses_nothing_to_viewers(tmp_path):
 
 def test_strangers_are_refused(tmp_path):
     async def use(program):
-        async with aiohttp.ClientSession(cookie_jar=aiohttp.CookieJar(unsafe=True)) as session:
+        # A connection for each request: after a body that cannot be read, the program closes it.
+        each = aiohttp.TCPConnector(force_close=True)
+        async with aiohttp.ClientSession(connector=each, cookie_jar=aiohttp.CookieJar(unsafe=True)) as session:
             async def status(path, method="GET", **given):
                 async with session.request(method, program.url + path, **given) as answer:
                     assert answer.headers["Content-Security-Policy"].startswith("default-src 'self'")

@@ -7,8 +7,6 @@ import concurrent.futures
 import logging
 import os
 import queue
-import re
-import shutil
 import threading
 import time
 import warnings
@@ -23,9 +21,9 @@ from .._run import Run
 from .._tick_gaps import TickGaps
 from ..camera import Camera
 from ..errors import CameraStateError, ClippedWarning, VxmcdError
-from ..spool import SpoolError, SpoolRun
 from . import _description
 from ._frames import Frames, Image
+from ._recording import Recording, check_name, images_to_record
 
 _log = logging.getLogger("vxmcd.live")
 
@@ -37,26 +35,11 @@ _RATE_SECONDS = 2.0  # rates are means over this time
 _LONGER_CYCLE_SECONDS = 0.5  # a run continues when the cycle becomes longer by so much
 _UNWATCHED_SECONDS = 10.0  # then a live run stops
 _REOPEN_SECONDS = 5.0
-_DESCRIPTION_SECONDS = 5.0  # to wait for the description of a run that has ended
-_DISK_RESERVE = 1 << 28  # bytes that a recording without a number of images leaves on the disk, or
-_DISK_RESERVE_PART = 16  # this part of what is free
-_MAX_IMAGES = 2**31 - 1
 _MAX_COST = 0.5  # part of a processor that images may take
-_NAME = re.compile(r"[A-Za-z0-9_-][A-Za-z0-9._-]{0,63}")
 _DURING_RUN = ("exposure", "cycle_time", "frame_rate", "target_temperature", "cooler", "fan")
 _DURING_RECORDING = ("target_temperature", "cooler", "fan")
 SETTINGS = ("exposure", "cycle_time", "frame_rate", "trigger_mode", "overlap", "area", "binning", "bits", "encoding", "gain",
             "amplifier", "ad_channel", "readout_speed", "baseline_clamp", "target_temperature", "cooler", "fan")
-
-
-def check_name(name: object, directory: Path, suffix: str = "") -> Path:
-    """The path of a new file or directory. Names come from the browser, paths do not."""
-    if not isinstance(name, str) or not _NAME.fullmatch(name):
-        raise ValueError("a name has 1 to 64 letters, digits and . _ -, and does not begin with a point")
-    path = directory / (name + suffix)
-    if path.exists() or path.is_symlink():
-        raise ValueError(f"there is already a {path.name!r}; choose another name")
-    return path
 
 
 class _Rate:
@@ -75,28 +58,6 @@ class _Rate:
             return None
         (first, before), (last, total) = self._counts[0], self._counts[-1]
         return (total - before) / (last - first)
-
-
-class _Recording:
-    """A series that is written to disk."""
-
-    def __init__(self, path: Path, images: int, is_counted: bool, seconds: Optional[float]):
-        self.path = path
-        self.images = images  # at most
-        self.is_counted = is_counted  # whether it is to have so many
-        self.started = time.monotonic()
-        self.seconds = seconds  # after which it ends, where triggers set the rate
-
-    def is_over(self) -> bool:
-        return self.seconds is not None and time.monotonic() - self.started >= self.seconds
-
-    def json(self, total: int, rate: Optional[float], image_bytes: int) -> Dict[str, object]:
-        left = (self.images - total) / rate if self.is_counted and rate else None
-        if self.seconds is not None:
-            left = max(self.seconds - (time.monotonic() - self.started), 0.0)
-        return {"name": self.path.name, "images": total, "asked": self.images if self.is_counted else None,
-                "limit": self.images, "bytes": total * image_bytes, "rate": rate, "seconds_left": left,
-                "seconds": round(time.monotonic() - self.started, 2)}
 
 
 class CameraWorker:
@@ -123,7 +84,7 @@ class CameraWorker:
         self._unwatched_since = time.monotonic()
         self._camera: Optional[Camera] = None
         self._run: Optional[Run] = None
-        self._recording: Optional[_Recording] = None
+        self._recording: Optional[Recording] = None
         self._last_recording: Optional[Dict[str, object]] = None
         self._error: Optional[Dict[str, object]] = None
         self._has_failed = False
@@ -351,7 +312,7 @@ class CameraWorker:
         if images is not None and seconds is not None:
             raise ValueError("give a number of images or a time, not both")
         is_even = _description.has_even_period(camera)
-        count = self._images_of(camera, images, seconds if is_even else None)
+        count = images_to_record(images, seconds if is_even else None, camera.cycle_time, self._directory, self._image_bytes())
         self._stop_run()
         self._do_start()
         camera._session.call("SetSpool", 1, 3, os.fsencode(path))
@@ -362,25 +323,9 @@ class CameraWorker:
             camera._session.call("SetSpool", 0, 3, None)
             raise
         is_counted = images is not None or (seconds is not None and is_even)
-        self._recording = _Recording(path, count, is_counted, None if is_even else seconds)
+        self._recording = Recording(path, count, is_counted, None if is_even else seconds)
         self._last_recording = None
         return {"name": path.name, "images": count}
-
-    def _images_of(self, camera, images, seconds):
-        """How many images to record. Without a number as many as fit on the disk, so that the recording ends in order."""
-        if images is not None:
-            count = int(images) if images == int(images) else 0
-        elif seconds is not None:
-            count = max(round(seconds / camera.cycle_time), 1)
-        else:
-            free = shutil.disk_usage(self._directory).free
-            free -= min(_DISK_RESERVE, free // _DISK_RESERVE_PART)
-            count = min(free // (self._image_bytes() + 64), _MAX_IMAGES)
-            if count < 1:
-                raise ValueError("the disk is full")
-        if not 1 <= count <= _MAX_IMAGES:
-            raise ValueError(f"a recording has 1 to {_MAX_IMAGES} images")
-        return count
 
     def _do_stop(self):
         """Ends a recording."""
@@ -548,24 +493,7 @@ class CameraWorker:
             except (VxmcdError, CameraStateError) as error:  # the camera is gone; what was recorded stays
                 _log.info("%s", error)
             self._last_recording = {"name": recording.path.name, "stopped": is_stopped and recording.images > self._total,
-                                    **self._result(recording.path), "lost": lost}
-
-    @staticmethod
-    def _result(path):
-        """What is in the directory. Images after the last one are missing only where the run was to have them."""
-        try:
-            # After a failure the library writes the description a little later than it reports the failure.
-            deadline = time.monotonic() + _DESCRIPTION_SECONDS
-            run = SpoolRun(path, salvage=True)
-            while run.state == "recording" and time.monotonic() < deadline:
-                time.sleep(_IDLE_SECONDS)
-                run = SpoolRun(path, salvage=True)
-            missing = len(run.missing)
-            if run.state != "complete":
-                missing = run.numbers[-1] + 1 - len(run) if len(run) else 0
-            return {"state": run.state, "images": len(run), "missing": int(missing)}
-        except (SpoolError, OSError) as error:
-            return {"state": "failed", "images": 0, "missing": None, "text": str(error)}
+                                    **recording.result(), "lost": lost}
 
     # State
 

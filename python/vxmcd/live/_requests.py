@@ -8,8 +8,8 @@ from pathlib import Path
 from typing import Callable, Dict, List, Set
 
 from . import _snapshot
-from ._camera_worker import check_name
 from ._channel import Channel
+from ._recording import check_name
 from ._viewer import Viewer
 
 
