@@ -60,7 +60,7 @@ Json ResultJson(const TCheck& check, const TCheckResult& result)
           {"expected", JsonTextOrNull(result.expected)},
           {"came", JsonTextOrNull(result.came)},
           {"calls", result.calls},
-          {"seconds", result.seconds}};
+          {"time_s", result.seconds}};
 }
 
 std::string TapLine(std::size_t number, const TCheck& check, const TCheckResult& result)
