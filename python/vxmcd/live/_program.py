@@ -23,10 +23,13 @@ from .._session import camera_count
 from ..errors import CameraStateError, LibraryError, NoCameraError, VxmcdError
 from . import _access
 from ._camera_worker import CameraWorker
+from ._connections import Connections
 from ._server import Server
 
 _USAGE, _NO_CAMERA, _CAMERA, _OUTPUT, _INTERRUPTED = 1, 2, 3, 4, 130
 _PORT, _PORTS = 8765, 20
+_BACKLOG = 128
+_END_SECONDS = 0.2  # for requests that are under way
 _SETTINGS = ("exposure", "cycle", "trigger", "overlap", "bits", "encoding", "area", "binning", "channel", "amplifier", "speed",
              "gain", "baseline-clamp", "temperature", "fan")  # keys of a settings file
 
@@ -154,6 +157,7 @@ async def _serve(options, settings, listener) -> int:
         return _fail(_CAMERA, str(error))
     runner = web.AppRunner(server.application, access_log=None)
     ended = asyncio.Event()
+    listening = None
 
     def end():
         for other in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
@@ -165,11 +169,16 @@ async def _serve(options, settings, listener) -> int:
         loop.add_signal_handler(number, end)
     try:
         await runner.setup()
-        await web.SockSite(runner, listener, shutdown_timeout=0.2).start()
+        server.connections = Connections(runner.server)
+        listening = await loop.create_server(server.connections, sock=listener, backlog=_BACKLOG)
         _print_link(options, port, token)
         await ended.wait()
     finally:
+        if listening:
+            listening.close()
         await server.end()
+        if runner.server:
+            await runner.server.shutdown(_END_SECONDS)
         await runner.cleanup()
     return _INTERRUPTED
 

@@ -16,6 +16,7 @@ from aiohttp import WSMsgType, web
 from . import _wire
 from ._access import Access
 from ._channel import Channel
+from ._connections import Connections
 from ._description import as_json, problem
 from ._frames import View
 from ._requests import Requests
@@ -34,6 +35,7 @@ _MESSAGES_A_SECOND = 50
 _HEARTBEAT_SECONDS = 10.0  # a page that does not answer within half of it is closed, and loses the control
 _TICK_SECONDS = 0.25
 _LOGIN_BYTES = 4096
+_LOGIN_SECONDS = 10.0
 _END_SECONDS = 0.2  # for a page that does not read
 
 
@@ -57,6 +59,7 @@ class Server:
 
     def __init__(self, access: Access, is_read_only: bool, directory: Path, make_worker: Callable, attached: Callable[[], int]):
         self.access = access
+        self.connections: Optional[Connections] = None  # set before the first request
         self._directory = directory
         self._pool = concurrent.futures.ThreadPoolExecutor(1, "pictures")
         self._requests = Requests(lambda number: Channel(number, make_worker, is_read_only, self._pool), attached, directory)
@@ -97,6 +100,8 @@ class Server:
 
     @web.middleware
     async def _check(self, request, handler):
+        if self.connections:
+            self.connections.has_asked(request.protocol)
         refusal = self.access.refusal(request.headers.getall("Host", []), request.headers.getall("Origin", []))
         if refusal:
             raise web.HTTPForbidden(text=refusal + "\n")
@@ -125,10 +130,12 @@ class Server:
         if request.content_type != "application/json":
             raise web.HTTPUnsupportedMediaType(text="JSON is expected\n")
         try:
-            message = await request.json()
+            message = await asyncio.wait_for(request.json(), _LOGIN_SECONDS)
             token = message["token"]
             if not isinstance(token, str):
                 raise TypeError
+        except asyncio.TimeoutError:
+            raise web.HTTPRequestTimeout(text="nothing has come for too long\n") from None
         except (ValueError, TypeError, LookupError, RecursionError, web.RequestPayloadError):
             raise web.HTTPBadRequest(text='{"token": "..."} is expected\n') from None
         if not token and self.access.has_cookie(request.cookies):  # a page that is loaded again
