@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: MIT
 """python3 -m vxmcd.live"""
+import signal
 import sys
+
+signal.signal(signal.SIGINT, signal.SIG_DFL)  # until a camera is opened, Ctrl-C has nothing to put in order
 
 try:
     import aiohttp  # noqa: F401

@@ -149,15 +149,7 @@ async def _serve(options, settings, listener) -> int:
     access = _access.Access(token, [*options.allow_host, *own_names], port)
     server = Server(access, options.read_only, directory, make_worker, camera_count)
     loop = asyncio.get_running_loop()
-    try:
-        await server.begin(options.camera)
-    except NoCameraError as error:
-        return _fail(_NO_CAMERA, str(error))
-    except (VxmcdError, CameraStateError, ValueError, TypeError) as error:
-        return _fail(_CAMERA, str(error))
-    runner = web.AppRunner(server.application, access_log=None)
     ended = asyncio.Event()
-    listening = None
 
     def end():
         for other in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
@@ -168,10 +160,19 @@ async def _serve(options, settings, listener) -> int:
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         loop.add_signal_handler(number, end)
     try:
+        await server.begin(options.camera)
+    except NoCameraError as error:
+        return _fail(_NO_CAMERA, str(error))
+    except (VxmcdError, CameraStateError, ValueError, TypeError) as error:
+        return _fail(_CAMERA, str(error))
+    runner = web.AppRunner(server.application, access_log=None)
+    listening = None
+    try:
         await runner.setup()
         server.connections = Connections(runner.server)
-        listening = await loop.create_server(server.connections, sock=listener, backlog=_BACKLOG)
-        _print_link(options, port, token)
+        if not ended.is_set():
+            listening = await loop.create_server(server.connections, sock=listener, backlog=_BACKLOG)
+            _print_link(options, port, token)
         await ended.wait()
     finally:
         if listening:
