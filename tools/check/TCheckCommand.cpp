@@ -36,11 +36,16 @@ bool HasPassed(const TCheckResult& result)
 std::string Details(const TCheckResult& result, const std::string& indent)
 {
   std::string text;
-  if (!result.expected.empty())
-    text += indent + result.reason + "\n" + indent + "  expected: " + result.expected + "\n" + indent +
-            "  came:     " + result.came + "\n";
-  if (!result.calls.empty()) text += indent + "last calls:\n";
-  for (const std::string& call : result.calls) text += indent + "  " + call + "\n";
+  const auto add = [&](const std::string& before, const std::string& line) {
+    text.append(indent).append(before).append(line).append("\n");
+  };
+  if (!result.expected.empty()) {
+    add("", result.reason);
+    add("  expected: ", result.expected);
+    add("  came:     ", result.came);
+  }
+  if (!result.calls.empty()) add("last calls:", "");
+  for (const std::string& call : result.calls) add("  ", call);
   return text;
 }
 
@@ -123,7 +128,7 @@ TCheckResult TCheckCommand::RunOften(const TCheck& check) const
   for (int run = 0; run < options_.repeat && HasPassed(result); ++run)
     result = RunCheck(check, camera_, options_.isHarsh);
   if (HasPassed(result)) return result;
-  const TCheckResult again = RunCheck(check, camera_, options_.isHarsh);
+  TCheckResult again = RunCheck(check, camera_, options_.isHarsh);
   if (result.verdict == Verdict::Warned && again.verdict == Verdict::Failed) return again;
   if (result.verdict == Verdict::Failed && again.verdict == Verdict::Ok) result.verdict = Verdict::Unstable;
   return result;

@@ -94,6 +94,7 @@ void WakesEveryWait(TCheckContext& check)
     waits.push_back(std::async(std::launch::async,
                                [&check] { return CHECK_CALL(check, WaitForAcquisitionTimeOut, kLongWaitMs); }));
   std::vector<unsigned int> codes;
+  codes.reserve(kWaits);
   for (auto& wait : waits) codes.push_back(wait.get());
   for (const unsigned int code : codes)
     TCheckContext::ExpectCode("a wait of one of 4 threads during a run", RC_SUCCESS, code);
