@@ -19,7 +19,7 @@ const TWords<RunMode> kModes = {{"single", RunMode::Single},
                                 {"series", RunMode::Series},
                                 {"continuous", RunMode::Continuous}};
 const TWords<SpoolMethod> kSpoolMethods = {{"single", SpoolMethod::Single}, {"multi", SpoolMethod::Multi}};
-const TFormats kFormats = {
+const TFormats kStackFormats = {
     {{"tiff", FileFormat::Tiff}, {"bigtiff", FileFormat::BigTiff}, {"fits", FileFormat::Fits}},
     {{".tif", FileFormat::Tiff},
      {".tiff", FileFormat::Tiff},
@@ -119,7 +119,7 @@ void AddOutputOptions(CLI::App& app, TAcquireOptions& options)
           kFileNameForm)
       ->type_name("FILE")
       ->group("Output");
-  AddWord(app, "--format", options.output.format, kFormats.words,
+  AddWord(app, "--format", options.output.format, kStackFormats.words,
           "Format of the output file, if its name does not say it; bigtiff is for TIFF files above 4 GB that "
           "other programs than ImageJ and tifffile are to read")
       ->group("Output");
@@ -235,7 +235,7 @@ std::string CompleteAcquire(TAcquireOptions& options, const TAcquireGiven& given
       (options.saveSettingsFile == options.output.file || options.saveSettingsFile == options.output.preview))
     return "--save-settings: is the file of --output or --preview";
   const std::string spool = WhyNotSpooled(options);
-  return spool.empty() ? CompleteOutput(options.output, kFormats) : spool;
+  return spool.empty() ? CompleteOutput(options.output, kStackFormats) : spool;
 }
 
 const char* ModeName(RunMode mode)
