@@ -23,7 +23,7 @@ def problem(error: BaseException) -> Dict[str, object]:
     if isinstance(error, VxmcdError):
         return {"function": error.function, "code": error.code, "name": error.name,
                 "meaning": error.meaning, "detail": error.detail or "", "advice": error.advice, "text": str(error)}
-    text = str(error) or type(error).__name__
+    text = (error.strerror if isinstance(error, OSError) else None) or str(error) or type(error).__name__
     return {"function": None, "code": None, "name": type(error).__name__, "meaning": text, "detail": "",
             "advice": "", "text": text}
 

@@ -70,7 +70,8 @@ def write(image: Image, path: Path) -> None:
     # In the same directory, so that the finished file only changes its name.
     with tempfile.TemporaryDirectory(prefix=".vxmcd-live-", dir=path.parent) as work:
         raw, made = os.path.join(work, "image.raw"), os.path.join(work, path.name)
-        pixels.tofile(raw)
+        with open(raw, "wb") as file:  # tofile() does not say that the disk is full
+            file.write(pixels.data)
         with open(raw + ".json", "w", encoding="utf-8") as file:
             json.dump(description(image, pixels, "image.raw"), file)
         done = subprocess.run([_tool(), "convert", raw, "--output", made, "--quiet"], capture_output=True, text=True,
