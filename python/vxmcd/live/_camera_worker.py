@@ -454,7 +454,7 @@ class CameraWorker:
         if status == raw.RC_IDLE and self._recording:
             self._end_recording()
         elif status != raw.RC_ACQUIRING:
-            raise VxmcdError("the run", status, f"it ended after {total} images")
+            raise VxmcdError("the run", status, f"the run ended after {total} images")
         elif self._recording:
             if self._recording.is_over():
                 self._end_recording()

@@ -152,6 +152,7 @@ class Page {
     this._showPhase(all.state);
     const isBroken = all.state === "failed" || all.state === "closed";
     $("stage").classList.toggle("stale", isBroken);
+    $("empty").textContent = isBroken ? "no image" : "waiting for the first image";
     $("rate-camera").textContent = fixed(all.rate, 1);
     $("lost").textContent = all.lost ?? (all.state === "live" || all.state === "recording" ? "?" : NONE);
     $("lost").parentElement.classList.toggle("alarm", all.lost > 0);
