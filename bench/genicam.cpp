@@ -150,7 +150,7 @@ Taken throughAravis(const Request& request)
       return 0;
     }
     const bool isGood = arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS;
-    stream->Return(buffer);
+    stream->Return(buffer, false);
     return isGood ? 1 : 0;
   });
   taken.stopSeconds = secondsOf([&] { arv_device_execute_command(device.get(), "AcquisitionStop", nullptr); });
