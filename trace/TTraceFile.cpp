@@ -27,7 +27,7 @@ template <class T>
 T ValueAt(std::span<const std::byte> bytes)
 {
   T value{};
-  std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
+  if (!bytes.empty()) std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
   return value;
 }
 

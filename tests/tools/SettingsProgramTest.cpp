@@ -88,8 +88,8 @@ TEST_F(ToolSettings, OptionsComeBeforeTheFile)
   const std::string lapse = directory_.File("[Settings]\nframes = 2\ninterval = 0.1\n", "lapse.ini");
   EXPECT_THAT(Stored({"--settings", lapse, "--mode", "single"}), ::testing::Not(HasSubstr("interval")));
   const std::string series = directory_.File("[Settings]\nmode = series\nframes = 2\n", "series.ini");
-  EXPECT_THAT(Stored({"--settings", series, "--interval", "0.1", "-o", directory_.Path("b.tif")}),
-              HasSubstr("frames = 2\ninterval = 0.1\n"));
+  EXPECT_THAT(Stored({"--settings", series, "--interval", "0.5", "-o", directory_.Path("b.tif")}),
+              HasSubstr("frames = 2\ninterval = 0.5\n"));
 }
 
 TEST_F(ToolSettings, MistakesAreNamedWithTheirLine)
