@@ -13,14 +13,6 @@ namespace vxtool {
 
 namespace {
 constexpr long kFirstHandle = 101;
-
-// Only the feature library with the simulated cameras has this function (vxcore_simulator.h). It prints the text, too.
-bool HasConfigurationError()
-{
-  using LastError = const char* (*)();
-  const auto lastError = reinterpret_cast<LastError>(dlsym(RTLD_DEFAULT, "VXSIM_GetLastError"));
-  return lastError && *lastError() != '\0';
-}
 } // namespace
 
 TFlatCamera::~TFlatCamera()
@@ -121,9 +113,17 @@ std::optional<std::string> WhyNoCamera(int number)
                           " is the one with this serial number";
 }
 
+// Only the feature library with the simulated cameras has this function (vxcore_simulator.h).
+std::string ConfigurationError()
+{
+  using LastError = const char* (*)();
+  const auto lastError = reinterpret_cast<LastError>(dlsym(RTLD_DEFAULT, "VXSIM_GetLastError"));
+  return lastError ? lastError() : "";
+}
+
 std::string NoCameraListText(unsigned int code)
 {
-  return HasConfigurationError() ? "" : ResultText("GetAvailableCameras", code);
+  return !ConfigurationError().empty() ? "" : ResultText("GetAvailableCameras", code);
 }
 
 } // namespace vxtool

@@ -66,6 +66,9 @@ private:
 
 /// Why there is no camera with this number; nothing when there is one. The text is "" as NoCameraListText() says.
 std::optional<std::string> WhyNoCamera(int number);
+/// What is wrong with the configuration of the simulated cameras, as they say on standard error, too; "" when nothing is
+/// known to be.
+std::string ConfigurationError();
 /// Why the library cannot say which cameras there are; "" when the simulated cameras have said on standard error
 /// what is wrong with their configuration.
 std::string NoCameraListText(unsigned int code);

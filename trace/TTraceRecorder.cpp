@@ -2,6 +2,7 @@
 // Records the calls of a process.
 #include "trace/TTraceRecorder.h"
 
+#include "trace/build_id.h"
 #include "trace/TTraceThread.h"
 #include "utility/library_version.h"
 
@@ -10,8 +11,6 @@
 #include <cstring>
 #include <ctime>
 #include <dlfcn.h>
-#include <elf.h>
-#include <link.h>
 #include <pthread.h>
 #include <string_view>
 #include <sys/syscall.h>
@@ -70,48 +69,6 @@ void SayOnStandardError(const std::string& text)
 {
   const std::string line = std::string("vxmcd: ") + kVariable + ": " + text + "\n";
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
-}
-
-// The build's number in a library that @p address is of, as hexadecimal digits.
-std::string BuildIdOf(const void* address)
-{
-  struct TSearch
-  {
-    ElfW(Addr) address;
-    std::string id;
-  } search{reinterpret_cast<ElfW(Addr)>(address), ""};
-  dl_iterate_phdr(
-      [](dl_phdr_info* info, std::size_t /*size*/, void* data) {
-        auto& wanted = *static_cast<TSearch*>(data);
-        const std::span<const ElfW(Phdr)> segments(info->dlpi_phdr, info->dlpi_phnum);
-        bool isIt = false;
-        for (const auto& segment : segments) {
-          const ElfW(Addr) begin = info->dlpi_addr + segment.p_vaddr;
-          isIt |= segment.p_type == PT_LOAD && wanted.address - begin < segment.p_memsz;
-        }
-        if (!isIt) return 0;
-        for (const auto& segment : segments) {
-          if (segment.p_type != PT_NOTE) continue;
-          const auto* note = reinterpret_cast<const unsigned char*>(info->dlpi_addr + segment.p_vaddr);
-          const unsigned char* const end = note + segment.p_memsz;
-          while (note + sizeof(ElfW(Nhdr)) <= end) {
-            const auto* const header = reinterpret_cast<const ElfW(Nhdr)*>(note);
-            const unsigned char* const content = note + sizeof *header + (header->n_namesz + 3U) / 4 * 4;
-            if (header->n_type == NT_GNU_BUILD_ID && content + header->n_descsz <= end) {
-              for (unsigned int i = 0; i < header->n_descsz; ++i) {
-                char digits[3];
-                std::snprintf(digits, sizeof digits, "%02x", content[i]);
-                wanted.id += digits;
-              }
-              return 1;
-            }
-            note = content + (header->n_descsz + 3U) / 4 * 4;
-          }
-        }
-        return 1;
-      },
-      &search);
-  return search.id;
 }
 
 std::string FileOf(const void* address)

@@ -5,11 +5,10 @@
 #include "runs/checksum.h"
 #include "trace/trace_switch.h"
 #include "trace/TTraceRecorder.h"
+#include "utility/TCallerState.h"
 
 #include <atomic>
-#include <cerrno>
 #include <cstring>
-#include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
@@ -32,24 +31,6 @@ struct TThreadEnd
   bool isNoted = false;
 };
 thread_local TThreadEnd threadEnd;
-
-/// Keeps the state of the thread during what is not a call of its own.
-class TCallerState
-{
-public:
-  TCallerState() : errno_(errno) { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_); }
-  ~TCallerState()
-  {
-    pthread_setcancelstate(cancelState_, nullptr);
-    errno = errno_;
-  }
-  TCallerState(const TCallerState&) = delete;
-  TCallerState& operator=(const TCallerState&) = delete;
-
-private:
-  int errno_;
-  int cancelState_ = 0;
-};
 
 } // namespace
 

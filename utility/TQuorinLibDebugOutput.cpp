@@ -3,6 +3,7 @@
 #include "utility/TQuorinLibDebugOutput.h"
 
 #include "utility/TBoundedText.h"
+#include "utility/TCallerState.h"
 #include "utility/TQuorinMisc.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
-#include <pthread.h>
 #include <string_view>
 #include <unistd.h>
 
@@ -24,24 +24,6 @@ constexpr const char* kLevelNames[] = {"error", "warning", "info", "debug"};
 constexpr std::size_t kLineSize = 2048;
 constexpr std::string_view kCutMark = "...";
 constexpr long kNanosecondsPerMicrosecond = 1000;
-
-/// Keeps the state of the thread that logs: restores errno, and writing is no cancellation point while it lives.
-class TCallerState
-{
-public:
-  TCallerState() : errno_(errno) { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_); }
-  ~TCallerState()
-  {
-    pthread_setcancelstate(cancelState_, nullptr);
-    errno = errno_;
-  }
-  TCallerState(const TCallerState&) = delete;
-  TCallerState& operator=(const TCallerState&) = delete;
-
-private:
-  int errno_;
-  int cancelState_ = 0;
-};
 
 /// A line as far as it is made; the line feed takes the terminator's place.
 using TLine = TBoundedText<kLineSize - kCutMark.size()>;

@@ -4,21 +4,12 @@
 #include "tools/Messages.h"
 
 #include <cstdlib>
-#include <dlfcn.h>
 
 namespace vxtool {
 
 namespace {
 
 constexpr double kBytesPerPixel = 2.0;
-
-// Only our feature library has this function (vxcore_simulator.h).
-std::string ConfigurationError()
-{
-  using LastError = const char* (*)();
-  const auto lastError = reinterpret_cast<LastError>(dlsym(RTLD_DEFAULT, "VXSIM_GetLastError"));
-  return lastError ? lastError() : "";
-}
 
 void CheckOpenCamera(TFindings& findings, const TCameraDescription& camera)
 {

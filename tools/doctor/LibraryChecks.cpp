@@ -102,7 +102,8 @@ void CheckPlugin(TFindings& findings, const std::string& core)
 
 void CheckLibraries(TFindings& findings)
 {
-  for (const TLoadedLibrary& library : LoadedLibraries()) {
+  const std::vector<TLoadedLibrary> libraries = LoadedLibraries();
+  for (const TLoadedLibrary& library : libraries) {
     if (library.file.empty()) {
       findings.Problem("the file of " + library.name + " cannot be told", "install it again");
       continue;
@@ -112,12 +113,12 @@ void CheckLibraries(TFindings& findings)
                    RuleFor(library.file));
     CheckCopies(findings, library);
   }
-  const TLoadedLibrary flat = LoadedLibraries().front();
+  const TLoadedLibrary& flat = libraries.front();
   if (!flat.version.starts_with(VXTOOL_VERSION))
     findings.Problem("the program is of version " VXTOOL_VERSION ", and " + flat.file + " of version " +
                          flat.version,
                      "install both from one release");
-  CheckPlugin(findings, LoadedLibraries().back().file);
+  CheckPlugin(findings, libraries.back().file);
 }
 
 } // namespace vxtool
