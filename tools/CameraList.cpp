@@ -76,4 +76,13 @@ ExitCode FindCameraNumber(TCameraChoice& choice)
                                       "; there are: " + SerialsText(cameras));
 }
 
+void HideCameras(TRedaction& redaction, const std::vector<TAttachedCamera>& cameras)
+{
+  for (const TAttachedCamera& camera : cameras) {
+    redaction.Hide(camera.serialText.value_or(""), "serial");
+    if (camera.serial) redaction.HideSerialNumber(*camera.serial);
+    if (camera.source && *camera.source != "simulated") redaction.Hide(*camera.source, "address");
+  }
+}
+
 } // namespace vxtool

@@ -4,6 +4,7 @@
 
 #include "tools/Messages.h"
 #include "tools/Options.h"
+#include "tools/TRedaction.h"
 
 #include <optional>
 #include <string>
@@ -30,5 +31,8 @@ unsigned int FindCameras(std::vector<TAttachedCamera>& cameras);
 /// Completes the choice: the number of the camera with the serial number, the whole of it or the number in it. Does
 /// nothing when none is given. Says why when there is no such camera.
 ExitCode FindCameraNumber(TCameraChoice& choice);
+
+/// What the cameras say of themselves and their places is nobody else's business.
+void HideCameras(TRedaction& redaction, const std::vector<TAttachedCamera>& cameras);
 
 } // namespace vxtool

@@ -40,6 +40,17 @@ CLI::Option* AddText(CLI::App& app, const std::string& name, std::string& target
   return app.add_option(name, target, help)->check(CLI::Validator(check, ""));
 }
 
+CLI::Option* AddBundle(CLI::App& app, TBundleOptions& target, const std::string& help)
+{
+  CLI::Option* const bundle =
+      AddText(app, "--bundle", target.file, help + " into this .tar.gz file, to send to somebody", kFileNameForm)
+          ->type_name("FILE");
+  app.add_flag("--keep-names", target.keepsNames,
+               "Leave the names of users and machine, serial numbers and paths in it")
+      ->needs(bundle);
+  return bundle;
+}
+
 CLI::Option* AddSeconds(CLI::App& app, const std::string& name, std::optional<double>& target,
                         const std::string& help)
 {

@@ -2,6 +2,8 @@
 // Kinds of options that commands share: words, whole numbers, times, texts. Each refuses a wrong value in the same way.
 #pragma once
 
+#include "tools/Options.h"
+
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <optional>
@@ -30,6 +32,8 @@ CLI::Validator WholeNumber(long lowest, long highest);
 /// @param accepted  the end of the message, for example kFileNameForm
 CLI::Option* AddText(CLI::App& app, const std::string& name, std::string& target, const std::string& help,
                      const char* accepted);
+/// --bundle and --keep-names. @return  --bundle
+CLI::Option* AddBundle(CLI::App& app, TBundleOptions& target, const std::string& help);
 CLI::Option* AddSeconds(CLI::App& app, const std::string& name, std::optional<double>& target,
                         const std::string& help);
 /// An option with several numbers in one text. @p parse answers false when they are wrong.

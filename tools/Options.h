@@ -200,13 +200,20 @@ struct TConvertOptions
   bool isQuiet = false;
 };
 
+/// A file of reports to send to somebody.
+struct TBundleOptions
+{
+  std::string file;        ///< "": none
+  bool keepsNames = false; ///< of users and machine, serial numbers, paths
+};
+
 struct TDoctorOptions
 {
   std::vector<std::string> areas;  ///< empty: all, disk only with a directory
   std::optional<std::string> disk; ///< directory to write in
   bool showsAll = false;           ///< also what is right
-  std::string bundle;              ///< file to pack everything into; "": none
-  bool keepsNames = false;         ///< in the bundle
+  TBundleOptions bundle;
+  std::string trace; ///< for the bundle; "": the newest one of the working directory
 };
 
 struct TCheckOptions
@@ -217,6 +224,7 @@ struct TCheckOptions
   bool isListing = false; ///< in place of running them
   bool isTap = false;     ///< what goes to standard output is in the Test Anything Protocol
   bool isHarsh = false;
+  TBundleOptions bundle;
 };
 
 struct TOptions

@@ -8,41 +8,32 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <pwd.h>
 #include <sstream>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace vxtool {
 
 namespace {
-
-// Shorter names are parts of other words.
-constexpr std::size_t kMinName = 3;
-
-std::string UserName()
-{
-  passwd entry{};
-  passwd* found = nullptr;
-  char texts[4096];
-  return getpwuid_r(getuid(), &entry, texts, sizeof texts, &found) == 0 && found ? found->pw_name : "";
-}
-
-std::string HostName()
-{
-  char name[256] = {};
-  return gethostname(name, sizeof name - 1) == 0 ? name : "";
-}
 
 bool IsPath(const std::string& text)
 {
   return text.find('/') != std::string::npos || text.find('\\') != std::string::npos;
 }
 
-void ReplaceAll(std::string& text, const std::string& from, const std::string& to)
+bool IsNumber(const std::string& text)
 {
-  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-    text.replace(at, from.size(), to);
+  return text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+constexpr const char* kVariable = "variable\t";
+constexpr const char* kAddresses = "VXCORE_GENICAM"; // of cameras, or names of computers
+
+// The file behind "info:", as a log has it; the whole text of others.
+std::string PathOf(const std::string& value)
+{
+  for (const char* const level : {"error:", "warning:", "info:", "debug:"})
+    if (value.starts_with(level)) return value.substr(std::strlen(level));
+  return value;
 }
 
 // A file is named by these, with or without a slash.
@@ -53,42 +44,64 @@ bool NamesFile(const std::string& argument)
 
 } // namespace
 
-TTraceRedactor::TTraceRedactor(const TTraceFile& file)
+TTraceRedactor::TTraceRedactor(const TTraceFile& file, TRedaction& redaction)
     : file_(file),
+      redaction_(redaction),
       bytes_(file.Bytes().begin(), file.Bytes().begin() + static_cast<std::ptrdiff_t>(file.UsedBytes()))
 {
-  names_[UserName()] = "user";
-  names_[HostName()] = "host";
-  FindSerialNumbers();
-  std::erase_if(names_, [](const auto& name) { return name.first.size() < kMinName; });
+  LearnFromHeader();
+  for (const TTraceCall& call : file.Calls()) LearnFrom(call);
 }
 
-// Texts that the camera says of itself and its place.
-void TTraceRedactor::FindSerialNumbers()
+void TTraceRedactor::LearnFromHeader()
 {
-  for (const TTraceCall& call : file_.Calls()) {
-    if (call.function->name != "VX_GetString") continue;
-    const std::string feature = call.Value("feature").text;
-    if (feature == "SerialNumber") names_[call.Value("value").text] = "serial";
-    if (feature == "DeviceSource" && call.Value("value").text != "simulated")
-      names_[call.Value("value").text] = "address";
+  redaction_.Learn(file_.Fact("feature_library"));
+  for (const TTraceFile::TVariable& variable : file_.Variables()) {
+    if (variable.name == kAddresses) {
+      std::istringstream addresses(variable.value);
+      for (std::string address; std::getline(addresses, address, ',');)
+        if (address != "discover") redaction_.Hide(address, "address");
+    } else {
+      redaction_.Learn(variable.value);
+      if (IsPath(variable.value)) redaction_.LearnPath(PathOf(variable.value));
+    }
   }
 }
 
-std::string TTraceRedactor::WordFor(const std::string& text, const char* what)
+// Texts that the camera says of itself and its place, and files of the program.
+void TTraceRedactor::LearnFrom(const TTraceCall& call)
 {
-  const auto [found, isNew] = words_.emplace(text, "");
-  if (isNew) found->second = "<" + std::string(what) + std::to_string(++counts_[what]) + ">";
-  return found->second;
+  if (call.function->name == "GetCameraSerialNumber") {
+    const TTraceValue number = call.Value("number");
+    if (number.kind == TTraceValue::Kind::Signed) redaction_.HideSerialNumber(number.whole);
+  }
+  if (call.function->name == "VX_GetString") {
+    const std::string feature = call.Value("feature").text;
+    if (feature == "SerialNumber") redaction_.Hide(call.Value("value").text, "serial");
+    if (feature == "DeviceSource" && call.Value("value").text != "simulated")
+      redaction_.Hide(call.Value("value").text, "address");
+  }
+  const auto& arguments = call.function->signature.Arguments();
+  for (const TTraceCall::TPlace& place : call.Places()) {
+    if (place.argument < arguments.size() && arguments[place.argument].type == TraceType::Number) continue;
+    const std::string text(reinterpret_cast<const char*>(place.bytes.data()), place.bytes.size());
+    if (IsPath(text)) redaction_.LearnPath(text);
+  }
 }
 
 std::string TTraceRedactor::RedactedText(const std::string& text)
 {
-  if (IsPath(text)) return WordFor(text, "path");
-  std::string redacted = text;
-  for (const auto& [name, what] : names_)
-    if (redacted.find(name) != std::string::npos) ReplaceAll(redacted, name, WordFor(name, what.c_str()));
-  return redacted;
+  return IsPath(text) ? redaction_.Path(text) : redaction_.Text(text);
+}
+
+// "info:" of a log stays.
+std::string TTraceRedactor::RedactedVariable(const std::string& name, const std::string& value)
+{
+  if (name == kAddresses) return value.empty() ? "" : redaction_.Word(value, "setting");
+  if (IsNumber(value)) return value;
+  const std::string path = PathOf(value);
+  if (path.find('.') == std::string::npos && !IsPath(path)) return redaction_.Text(value);
+  return value.substr(0, value.size() - path.size()) + redaction_.Path(path);
 }
 
 std::string TTraceRedactor::RedactedHeader()
@@ -98,9 +111,11 @@ std::string TTraceRedactor::RedactedHeader()
   for (std::string line; std::getline(lines, line);) {
     const std::size_t tab = line.rfind('\t');
     if (!line.starts_with("function\t") && tab != std::string::npos) {
+      const std::string key = line.substr(0, tab);
       const std::string value = line.substr(tab + 1);
-      const bool isCamera = line.starts_with("variable\tVXCORE_"); // addresses and names of computers
-      line = line.substr(0, tab + 1) + (isCamera ? WordFor(value, "setting") : RedactedText(value));
+      line = key + "\t" +
+             (key.starts_with(kVariable) ? RedactedVariable(key.substr(std::strlen(kVariable)), value)
+                                         : RedactedText(value));
     }
     text += line + "\n";
   }
@@ -135,7 +150,7 @@ void TTraceRedactor::RedactCall(const TTraceCall& call)
     }
     const std::string text(reinterpret_cast<const char*>(place.bytes.data()), place.bytes.size());
     const bool isFile = isArgument && NamesFile(arguments[place.argument].name) && !text.empty();
-    const std::string redacted = isFile ? WordFor(text, "path") : RedactedText(text);
+    const std::string redacted = isFile ? redaction_.Path(text) : RedactedText(text);
     if (redacted != text) ReplaceText(place, redacted);
   }
 }
@@ -162,8 +177,8 @@ ExitCode RedactTrace(const TTraceOptions& options)
   std::error_code error;
   if (std::filesystem::equivalent(options.file, options.other, error))
     return Fail(ExitCode::Usage, options.other + ": is the trace itself");
-  TTraceRedactor redactor(file);
-  const std::vector<std::byte> bytes = redactor.Redacted();
+  TRedaction redaction = TRedaction::OfThisMachine();
+  const std::vector<std::byte> bytes = TTraceRedactor(file, redaction).Redacted();
   const mode_t mask = umask(0077);
   std::ofstream out(options.other, std::ios::binary | std::ios::trunc);
   umask(mask);
@@ -171,8 +186,8 @@ ExitCode RedactTrace(const TTraceOptions& options)
   out.close();
   if (!out) return Fail(ExitCode::OutputError, options.other + ": cannot be written");
   std::string text;
-  for (const auto& [secret, word] : redactor.Words()) text += Padded(word, 12) + " " + secret + "\n";
-  if (options.isJson) text = JsonLine(Json(redactor.Words()));
+  for (const auto& [secret, word] : redaction.Words()) text += Padded(word, 12) + " " + secret + "\n";
+  if (options.isJson) text = JsonLine(Json(redaction.Words()));
   return Print(text) ? ExitCode::Success : ExitCode::OutputError;
 }
 

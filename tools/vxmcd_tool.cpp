@@ -93,6 +93,8 @@ int main(int argc, char** argv)
   try {
     vxtool::TCommandLine commandLine;
     auto options = commandLine.Parse(argc, argv);
+    if (options && options->command == vxtool::Command::Check && !options->check.isListing)
+      vxtool::TOwnTrace::Begin(argv);
     return options ? static_cast<int>(Run(*options)) : commandLine.ExitStatus();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vxmcd: %s\n", error.what());

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -14,6 +15,7 @@ namespace {
 
 using nlohmann::json;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using TNames = std::set<std::string>;
 
 /// Small images without noise, made when they are asked for.
@@ -27,7 +29,10 @@ protected:
   FILE* Begin(const std::string& lines)
   {
     const std::string file = directory_.File(lines, "camera" + std::to_string(++begun_) + ".ini");
-    return popen(("VXCORE_CONFIG='" + file + "' '" VXTOOL_PROGRAM "' check --json 2>/dev/null").c_str(), "r");
+    return popen(("cd '" + directory_.Directory() + "' && VXCORE_CONFIG='" + file +
+                  "' '" VXTOOL_PROGRAM "' check --json 2>/dev/null")
+                     .c_str(),
+                 "r");
   }
   static json ReportOf(FILE* program)
   {
@@ -118,11 +123,13 @@ TEST_F(Check, ReportsWhatWasExpectedAndTheLastCalls)
   const TOutcome text = Run({"check", "--only", "baseline,describe.versions"});
   EXPECT_EQ(text.exitCode, 3);
   EXPECT_THAT(text.output, HasSubstr("describe.versions           ok\nsettings.baseline           FAIL\n"
+                                     "      rule: the baseline clamp reads back\n"
                                      "      the baseline clamp that was set\n"
                                      "        expected: 0\n        came:     1\n      last calls:\n"));
   EXPECT_THAT(text.output,
               HasSubstr("        SetBaselineClamp(0) = 20002 RC_SUCCESS\n"
-                        "        GetBaselineClamp(1) = 20002 RC_SUCCESS\n1 ok, 1 failed, 0 skipped\n"));
+                        "        GetBaselineClamp(1) = 20002 RC_SUCCESS\n      all calls: vxmcd trace print "));
+  EXPECT_THAT(text.output, ::testing::EndsWith("\n1 ok, 1 failed, 0 skipped\n"));
   const TOutcome tap = Run({"check", "--only", "baseline,states", "--tap"});
   EXPECT_THAT(tap.output, HasSubstr("1..2\nnot ok 1 - settings.baseline\n  ---\n  verdict: FAIL\n"));
   EXPECT_THAT(tap.output, HasSubstr("\nok 2 - cooling.states # SKIP "));
@@ -130,6 +137,33 @@ TEST_F(Check, ReportsWhatWasExpectedAndTheLastCalls)
   EXPECT_THAT(Run({"check", "--only", "run.serie"}).errors, HasSubstr("the nearest is run.series"));
   EXPECT_EQ(Run({"check", "--group", "runs"}).exitCode, 1);
   EXPECT_EQ(Run({"check", "--camera", "3"}).exitCode, 2);
+}
+
+TEST_F(Check, KeepsTheTraceOfAFailure)
+{
+  Configure(std::string("[Camera0]\n") + kQuick +
+            "[Faults]\nRule = call VX_GetBool feature BaselineClamp out 1\n");
+  const auto traces = [this] {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory_.Directory()))
+      if (entry.path().filename().string().starts_with("vxmcd-check-")) names.push_back(entry.path().filename());
+    return names;
+  };
+  EXPECT_EQ(Run({"check", "--only", "unknown", "--bundle", "right.tar.gz"}).exitCode, 0);
+  EXPECT_EQ(traces(), std::vector<std::string>{});
+  const json report =
+      json::parse(Run({"check", "--only", "cycle,baseline,overlap", "--bundle", "wrong.tar.gz", "--json"}).output);
+  EXPECT_EQ(traces(), std::vector<std::string>{report["trace"]});
+  const json check = report["checks"][1];
+  const TOutcome calls = Run({"trace", "print", "--api", report["trace"], "--from", check["trace_from_s"].dump(),
+                              "--to", check["trace_to_s"].dump()});
+  EXPECT_THAT(calls.output, HasSubstr("SetBaselineClamp(state=0)"));
+  EXPECT_THAT(calls.output, Not(HasSubstr("SetOverlapMode")));
+  const std::string list =
+      "tar -tzf '" + directory_.Path("wrong.tar.gz") + "' > '" + directory_.Path("list") + "'";
+  EXPECT_EQ(std::system(list.c_str()), 0);
+  EXPECT_EQ(TextOf(directory_.Path("list")),
+            "check.txt\ncheck.json\n" + report["trace"].get<std::string>() + "\nmanifest.json\n");
 }
 
 TEST_F(Check, EndsAtCtrlC)

@@ -3,6 +3,7 @@
 #include "tests/tools/FileReaders.h"
 #include "tests/tools/ProgramRunner.h"
 #include "tools/doctor/Checks.h"
+#include "tools/TRedaction.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -114,39 +115,80 @@ TEST_F(Doctor, FindsAPackageThatUsesAnotherLibrary)
   EXPECT_THAT(WrongWith("python"), HasSubstr("no NumPy"));
 }
 
+TEST(Redaction, FindsNamesAndPaths)
+{
+  TRedaction redaction;
+  redaction.Hide("ana", "user");
+  redaction.Hide("lab7.example", "host");
+  redaction.HideSerialNumber(2048);
+  redaction.LearnPath("/data/My Study");
+  redaction.LearnPath("Study/run");
+  redaction.Learn("cannot open /home/boris/a.ini: 3\n[Camera1.SerialNumber]\nValue =  X-9\n");
+  for (const auto& [text, expected] : std::map<std::string, std::string>{
+           {"ana_1 of boris in analysis on lab7.example", "<user2>_1 of <user1> in analysis on <host1>"},
+           {"X-9, Serial number 2048, 2048 x 2048", "<serial1>, Serial number <serial2>, 2048 x 2048"},
+           {"{\"serial\":2048,\"width\":2048}", "{\"serial\":null,\"width\":2048}"},
+           {"/data/My Study/a.raw, '/x y/z': 5 images/s", "<path1>, '<path2>': 5 images/s"},
+           {"/usr/lib/x.so in /dev/shm or /dev/shm/ring, / 2", "/usr/lib/x.so in /dev/shm or <path3>, / 2"},
+           {"{\"a\":\"/x/b.ini:12: wrong\"} of Study/run/2.", "{\"a\":\"<path4>:12: wrong\"} of <path5>."},
+       })
+    EXPECT_EQ(redaction.Text(text), expected);
+  EXPECT_EQ(redaction.Path("/data/My Study/a.raw"), "<path1>");
+}
+
 TEST_F(Doctor, BundleHasTheReportsWithoutNames)
 {
+  // The trace is of another machine, so that only what is in it says what has to be replaced.
+  Configure(std::string(kSmallCamera) + "[Camera0.SerialNumber]\nValue = SECRET-731\n");
+  SetVariable("VXMCD_LOG", "warning:secret.log");
+  const std::string study = directory_.Path("home/annasecret/Secret Study");
+  fs::create_directories(study);
+  EXPECT_EQ(Run({"trace", "record", "-o", "secret.vxtr", "--", VXTOOL_PROGRAM, "acquire", "-n", "2", "--spool",
+                 study + "/1"})
+                .exitCode,
+            0);
+  directory_.File("no trace", "other.txt");
   SetVariable("HOME", "/home/maria.secret");
   SetVariable("USER", "msecret");
-  SetVariable("VXMCD_LOG", "info:" + directory_.Path("vxmcd.log"));
-  Configure(std::string(kSmallCamera) +
-            "; /home/maria.secret/cameras of msecret\n[Camera0.SerialNumber]\nValue = SECRET-731\n");
+  SetVariable("VXMCD_LOG", "debug:" + directory_.Path("vxmcd.log"));
+  Configure(std::string(kSmallCamera) + "; /home/maria.secret/cameras of msecret, annasecret\n" +
+            "[Camera0.SerialNumber]\nValue = SECRET-731\n");
+  directory_.File(Run({"check", "--json", "--only", "identity,exposure"}).output, "check.json");
+  ASSERT_THAT(TextOf(directory_.Path("secret.vxtr")), HasSubstr("Secret Study"));
+
   const std::string bundle = directory_.Path("report.tar.gz");
   const TOutcome outcome = Run({"doctor", "--only", "cameras,libraries", "--bundle", bundle});
   EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-  EXPECT_THAT(outcome.errors, HasSubstr("report.txt, report.json, camera0.json, cameras.ini, "));
+  EXPECT_THAT(outcome.errors, HasSubstr("trace.vxtr is secret.vxtr"));
+  EXPECT_THAT(outcome.errors, HasSubstr("report.txt, report.json, camera0.json, cameras.ini, log.txt, check.json, "
+                                        "trace.vxtr, manifest.json"));
   EXPECT_EQ(fs::status(bundle).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 
   const std::string folder = directory_.Path("unpacked");
   fs::create_directory(folder);
   ASSERT_EQ(std::system(("tar -xzf " + bundle + " -C " + folder).c_str()), 0);
   const json files = json::parse(TextOf(folder + "/manifest.json"))["files"];
-  ASSERT_GE(files.size(), 4U);
+  ASSERT_EQ(files.size(), 7U);
   for (const json& file : files) {
     const std::string name = file["name"];
     const std::string text = TextOf(folder + "/" + name);
     EXPECT_EQ(text.size(), file["bytes"]) << name;
-    EXPECT_THAT(text, Not(HasSubstr("ecret"))) << name;
-    EXPECT_THAT(text, Not(HasSubstr("SECRET"))) << name;
+    for (const std::string secret : {"ecret", "SECRET", "731", directory_.Directory().c_str()})
+      EXPECT_EQ(text.find(secret), std::string::npos) << name << " has " << secret;
     EXPECT_EQ(std::system(("cd " + folder + " && echo '" + file["sha256"].get<std::string>() + "  " + name +
                            "' | sha256sum -c --quiet")
                               .c_str()),
               0);
   }
-  EXPECT_THAT(TextOf(folder + "/cameras.ini"), HasSubstr("~/cameras of <user>"));
+  EXPECT_THAT(TextOf(folder + "/cameras.ini"),
+              ::testing::ContainsRegex("<path[0-9]+> of <user[0-9]+>, <user[0-9]+>"));
+  EXPECT_THAT(Run({"trace", "print", folder + "/trace.vxtr"}).output,
+              ::testing::ContainsRegex("\"SerialNumber\", \"<serial[0-9]>\""));
   const TOutcome again = Run({"doctor", "--only", "libraries", "--bundle", bundle});
   EXPECT_EQ(again.exitCode, 4);
   EXPECT_THAT(again.errors, HasSubstr("exists already"));
+  EXPECT_THAT(Run({"doctor", "--only", "libraries", "--bundle", "b.tar.gz", "--trace", "other.txt"}).errors,
+              HasSubstr("--bundle: --trace: other.txt: "));
 }
 
 TEST_F(Doctor, FindsDeviceFilesOfCamerasOnUsb)

@@ -44,6 +44,7 @@ pid_t ToolProgram::Launch(std::vector<std::string> arguments, rlim_t fileLimit)
   const pid_t child = fork();
   if (child != 0) return child;
   prctl(PR_SET_PDEATHSIG, SIGKILL); // a long recording without anybody to stop it fills the disk
+  if (chdir(directory_.Directory().c_str()) != 0) _exit(127);
   setenv("VXCORE_CONFIG", config_.c_str(), 1);
   dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
   dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);

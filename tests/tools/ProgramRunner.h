@@ -37,7 +37,7 @@ class ToolProgram : public ::testing::Test
 protected:
   void Configure(const std::string& text);
 
-  /// Starts the program with its output going to files.
+  /// Starts the program in that directory, with its output going to files.
   pid_t Launch(std::vector<std::string> arguments, rlim_t fileLimit = RLIM_INFINITY);
   TOutcome Finish(pid_t child);
   TOutcome Run(std::vector<std::string> arguments, rlim_t fileLimit = RLIM_INFINITY)

@@ -20,6 +20,7 @@ void AddCheckOptions(CLI::App& command, TCheckOptions& options)
       ->transform(WholeNumber(1, kMaxRepeat));
   command.add_flag("--harsh", options.isHarsh, "Run also what takes minutes and changes the temperature");
   command.add_flag("--tap", options.isTap, "Print the results in the Test Anything Protocol")->excludes("--json");
+  AddBundle(command, options.bundle, "Pack the report and the call trace of the checks");
 }
 
 } // namespace vxtool

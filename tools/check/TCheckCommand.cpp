@@ -2,6 +2,7 @@
 // Chooses checks, runs them, reports.
 #include "tools/check/TCheckCommand.h"
 
+#include "tools/CameraList.h"
 #include "tools/check/TKeptSettings.h"
 #include "tools/Json.h"
 #include "tools/NearestWord.h"
@@ -9,12 +10,15 @@
 #include "tools/TInterrupt.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 
 namespace vxtool {
 
 namespace {
 
 constexpr std::size_t kNameWidth = 28;
+constexpr double kPerSecond = 1e5; ///< how exact times of a trace are given
 constexpr const char* kIndent = "      ";
 
 bool IsIn(const std::vector<std::string>& words, const std::string& word)
@@ -32,51 +36,10 @@ bool HasPassed(const TCheckResult& result)
   return result.verdict == Verdict::Ok || result.verdict == Verdict::Skipped;
 }
 
-// What was expected, what came and the last calls, line by line.
-std::string Details(const TCheckResult& result, const std::string& indent)
-{
-  std::string text;
-  const auto add = [&](const std::string& before, const std::string& line) {
-    text.append(indent).append(before).append(line).append("\n");
-  };
-  if (!result.expected.empty()) {
-    add("", result.reason);
-    add("  expected: ", result.expected);
-    add("  came:     ", result.came);
-  }
-  if (!result.calls.empty()) add("last calls:", "");
-  for (const std::string& call : result.calls) add("  ", call);
-  return text;
-}
-
 // Standard error has it, too, when standard output is for a program: a crash then shows in which check it was.
 void SayName(const TCheck& check)
 {
   Say(check.FullName());
-}
-
-Json ResultJson(const TCheck& check, const TCheckResult& result)
-{
-  return {{"group", check.group},
-          {"name", check.name},
-          {"description", check.expected},
-          {"verdict", VerdictName(result.verdict)},
-          {"reason", JsonTextOrNull(result.reason)},
-          {"expected", JsonTextOrNull(result.expected)},
-          {"came", JsonTextOrNull(result.came)},
-          {"calls", result.calls},
-          {"time_s", result.seconds}};
-}
-
-std::string TapLine(std::size_t number, const TCheck& check, const TCheckResult& result)
-{
-  const std::string line =
-      (HasPassed(result) ? "ok " : "not ok ") + std::to_string(number) + " - " + check.FullName();
-  if (result.verdict == Verdict::Skipped) return line + " # SKIP " + result.reason + "\n";
-  if (result.verdict == Verdict::Ok) return line + "\n";
-  std::string text = line + "\n  ---\n  verdict: " + VerdictName(result.verdict) + "\n  details: |\n";
-  if (result.expected.empty()) text += "    " + result.reason + "\n";
-  return text + Details(result, "    ") + "  ...\n";
 }
 
 } // namespace
@@ -134,84 +97,165 @@ TCheckResult TCheckCommand::RunOften(const TCheck& check) const
   return result;
 }
 
-bool TCheckCommand::PrintResult(const TDone& done) const
+bool TCheckCommand::HasFailed() const
 {
-  if (isJson_) return true;
-  if (options_.isTap) return Print(TapLine(done_.size(), *done.check, done.result));
+  return std::any_of(done_.begin(), done_.end(), [](const TDone& done) { return !HasPassed(done.result); });
+}
+
+// What was expected, what came and the last calls, line by line.
+std::string TCheckCommand::Details(const TDone& done, const std::string& indent) const
+{
+  const TCheckResult& result = done.result;
+  if (HasPassed(result)) return "";
+  std::string text;
+  const auto add = [&](const std::string& before, const std::string& line) {
+    text.append(indent).append(before).append(line).append("\n");
+  };
+  add("rule: ", done.check->expected);
+  if (!result.expected.empty()) {
+    add("", result.reason);
+    add("  expected: ", result.expected);
+    add("  came:     ", result.came);
+  }
+  if (!result.calls.empty()) add("last calls:", "");
+  for (const std::string& call : result.calls) add("  ", call);
+  if (done.toSeconds > 0.0) {
+    char times[64];
+    std::snprintf(times, sizeof times, " --from %.5f --to %.5f", done.fromSeconds, done.toSeconds);
+    add("all calls: ", "vxmcd trace print " + trace_.File() + times);
+  }
+  return text;
+}
+
+std::string TCheckCommand::ResultText(const TDone& done) const
+{
   const TCheckResult& result = done.result;
   std::string text = VerdictName(result.verdict);
   if (result.verdict == Verdict::Skipped) text += " (" + result.reason + ")";
   if (result.verdict == Verdict::Warned) text += ": " + result.reason;
   if (result.verdict == Verdict::Unstable) text += ": failed, and passed when it was repeated";
-  return Print(text + "\n" + Details(result, kIndent));
+  return text + "\n" + Details(done, kIndent);
 }
 
-bool TCheckCommand::PrintVerdict(bool isWhole) const
+std::string TCheckCommand::TapText(const TDone& done) const
 {
-  const auto count = [this](Verdict verdict) {
-    const auto found = counts_.find(verdict);
-    return found == counts_.end() ? 0 : found->second;
-  };
-  if (isJson_) {
-    Json list = Json::array();
-    for (const TDone& done : done_) list.push_back(ResultJson(*done.check, done.result));
-    return Print(JsonLine({{"camera", camera_},
-                           {"checks", list},
-                           {"ok", count(Verdict::Ok)},
-                           {"failed", count(Verdict::Failed)},
-                           {"skipped", count(Verdict::Skipped)},
-                           {"unstable", count(Verdict::Unstable)},
-                           {"warnings", count(Verdict::Warned)},
-                           {"interrupted", !isWhole}}));
+  const TCheckResult& result = done.result;
+  const std::string line =
+      (HasPassed(result) ? "ok " : "not ok ") + std::to_string(done_.size()) + " - " + done.check->FullName();
+  if (result.verdict == Verdict::Skipped) return line + " # SKIP " + result.reason + "\n";
+  if (result.verdict == Verdict::Ok) return line + "\n";
+  std::string text = line + "\n  ---\n  verdict: " + VerdictName(result.verdict) + "\n  details: |\n";
+  if (result.expected.empty()) text += "    " + result.reason + "\n";
+  return text + Details(done, "    ") + "  ...\n";
+}
+
+std::string TCheckCommand::VerdictText() const
+{
+  const auto count = [this](Verdict verdict) { return std::to_string(Count(verdict)); };
+  std::string text =
+      count(Verdict::Ok) + " ok, " + count(Verdict::Failed) + " failed, " + count(Verdict::Skipped) + " skipped";
+  if (Count(Verdict::Unstable) > 0) text += ", " + count(Verdict::Unstable) + " unstable";
+  if (Count(Verdict::Warned) > 0) text += ", " + count(Verdict::Warned) + " not carried out";
+  return text + (isWhole_ ? "\n" : "; interrupted\n");
+}
+
+std::string TCheckCommand::ReportJson() const
+{
+  Json list = Json::array();
+  for (const auto& [check, result, from, to] : done_) {
+    list.push_back({{"group", check->group},
+                    {"name", check->name},
+                    {"description", check->expected},
+                    {"verdict", VerdictName(result.verdict)},
+                    {"reason", JsonTextOrNull(result.reason)},
+                    {"expected", JsonTextOrNull(result.expected)},
+                    {"came", JsonTextOrNull(result.came)},
+                    {"calls", result.calls},
+                    {"time_s", result.seconds},
+                    {"trace_from_s", from},
+                    {"trace_to_s", to}});
   }
-  std::string text = std::to_string(count(Verdict::Ok)) + " ok, " + std::to_string(count(Verdict::Failed)) +
-                     " failed, " + std::to_string(count(Verdict::Skipped)) + " skipped";
-  if (count(Verdict::Unstable) > 0) text += ", " + std::to_string(count(Verdict::Unstable)) + " unstable";
-  if (count(Verdict::Warned) > 0) text += ", " + std::to_string(count(Verdict::Warned)) + " not carried out";
-  if (!isWhole) text += "; interrupted";
-  if (options_.isTap) text = (isWhole ? "# " : "Bail out! ") + text;
-  return Print(text + "\n");
+  const bool hasTrace = HasFailed() || !options_.bundle.file.empty();
+  return JsonLine({{"camera", camera_},
+                   {"checks", list},
+                   {"ok", Count(Verdict::Ok)},
+                   {"failed", Count(Verdict::Failed)},
+                   {"skipped", Count(Verdict::Skipped)},
+                   {"unstable", Count(Verdict::Unstable)},
+                   {"warnings", Count(Verdict::Warned)},
+                   {"interrupted", !isWhole_},
+                   {"trace", JsonTextOrNull(hasTrace ? trace_.File() : "")}});
 }
 
 ExitCode TCheckCommand::RunAll()
 {
   bool isPrinted = !options_.isTap || Print("TAP version 13\n1.." + std::to_string(checks_.size()) + "\n");
-  bool isWhole = true;
+  const bool isText = !isJson_ && !options_.isTap;
+  const auto add = [&](const std::string& text) {
+    text_ += text;
+    if (isText) isPrinted = Print(text) && isPrinted;
+  };
   for (const TCheck* check : checks_) {
-    if (isJson_ || options_.isTap)
-      SayName(*check);
-    else
-      isPrinted = Print(Padded(check->FullName(), kNameWidth)) && isPrinted;
+    if (!isText) SayName(*check);
+    add(Padded(check->FullName(), kNameWidth));
     try {
-      done_.push_back({check, RunOften(*check)});
+      const double from = std::floor(trace_.Seconds() * kPerSecond) / kPerSecond;
+      const TCheckResult result = RunOften(*check);
+      done_.push_back({check, result, from, std::ceil(trace_.Seconds() * kPerSecond) / kPerSecond});
     } catch (const TCheckContext::TInterrupted&) {
-      if (!isJson_ && !options_.isTap) Print("interrupted\n");
-      isWhole = false;
+      add("interrupted\n");
+      isWhole_ = false;
       break;
     }
     ++counts_[done_.back().result.verdict];
-    isPrinted = PrintResult(done_.back()) && isPrinted;
+    add(ResultText(done_.back()));
+    if (options_.isTap) isPrinted = Print(TapText(done_.back())) && isPrinted;
   }
   ShutDown();
-  ExitCode code = std::all_of(done_.begin(), done_.end(), [](const TDone& done) { return HasPassed(done.result); })
-                      ? ExitCode::Success
-                      : ExitCode::CameraError;
-  if (!isWhole) code = FirstOf(code, ExitCode::Interrupted);
-  return isPrinted && PrintVerdict(isWhole) ? code : ExitCode::OutputError;
+  add(VerdictText());
+  if (isJson_) isPrinted = Print(ReportJson());
+  if (options_.isTap) isPrinted = Print((isWhole_ ? "# " : "Bail out! ") + VerdictText()) && isPrinted;
+  if (!isPrinted) return ExitCode::OutputError;
+  const ExitCode code = HasFailed() ? ExitCode::CameraError : ExitCode::Success;
+  return isWhole_ ? code : FirstOf(code, ExitCode::Interrupted);
+}
+
+bool TCheckCommand::MakeBundle(TBundle& bundle) const
+{
+  std::vector<TAttachedCamera> cameras;
+  FindCameras(cameras);
+  HideCameras(bundle.Redaction(), cameras);
+  bundle.Add("check.txt", text_);
+  bundle.Add("check.json", ReportJson());
+  const std::string reason =
+      trace_.File().empty() ? "it could not be made" : bundle.AddTrace(trace_.NameInBundle(), trace_.File());
+  if (!reason.empty()) Say("the call trace is left out: " + reason);
+  if (!bundle.Close()) {
+    Say("--bundle: " + bundle.Error());
+    return false;
+  }
+  bundle.SayContents();
+  return true;
 }
 
 ExitCode TCheckCommand::Run()
 {
   if (!Choose()) return ExitCode::Usage;
   if (options_.isListing) return PrintList();
+  TBundle bundle(options_.bundle.keepsNames);
+  if (!options_.bundle.file.empty() && !bundle.Create(options_.bundle.file))
+    return vxtool::Fail(ExitCode::OutputError, "--bundle: " + bundle.Error());
   if (const auto problem = WhyNoCamera(camera_)) return vxtool::Fail(ExitCode::NoCamera, *problem);
   TKeptSettings settings;
   if (const std::string problem = settings.Read(camera_); !problem.empty())
     return vxtool::Fail(ExitCode::NoCamera, problem);
   const TInterrupt interrupt;
-  const ExitCode code = RunAll();
+  ExitCode code = RunAll();
   const std::string changed = settings.PutBack();
   if (!changed.empty()) Say("these settings of the camera are not what they were: " + changed);
+  if (HasFailed())
+    if (const std::string reason = trace_.Keep(); !reason.empty()) Say("there is no call trace: " + reason);
+  if (!options_.bundle.file.empty() && !MakeBundle(bundle)) code = FirstOf(code, ExitCode::OutputError);
   return code;
 }
 

@@ -3,8 +3,10 @@
 #pragma once
 
 #include "tools/check/Checks.h"
+#include "tools/check/TOwnTrace.h"
 #include "tools/Messages.h"
 #include "tools/Options.h"
+#include "tools/TBundle.h"
 
 #include <map>
 #include <vector>
@@ -12,7 +14,8 @@
 namespace vxtool {
 
 /// Runs checks one after the other, prints the verdict of each and their counts, and puts the camera's settings back, also
-/// after an interruption. For one use; one thread.
+/// after an interruption. Keeps the trace of its calls when a check does not pass, and may pack all of it into a file. For
+/// one use; one thread.
 class TCheckCommand final
 {
 public:
@@ -27,6 +30,8 @@ private:
   {
     const TCheck* check;
     TCheckResult result;
+    double fromSeconds; ///< of the trace
+    double toSeconds;
   };
 
   /// Those that the options ask for; false, with a message, for a name that there is not.
@@ -35,8 +40,18 @@ private:
   ExitCode RunAll();
   /// As often as the options say, until it fails, and then once more.
   TCheckResult RunOften(const TCheck& check) const;
-  bool PrintResult(const TDone& done) const;
-  bool PrintVerdict(bool isWhole) const;
+  bool HasFailed() const;
+  int Count(Verdict verdict) const
+  {
+    const auto found = counts_.find(verdict);
+    return found == counts_.end() ? 0 : found->second;
+  }
+  std::string Details(const TDone& done, const std::string& indent) const;
+  std::string ResultText(const TDone& done) const;
+  std::string TapText(const TDone& done) const;
+  std::string VerdictText() const;
+  std::string ReportJson() const;
+  bool MakeBundle(TBundle& bundle) const;
 
   const TCheckOptions& options_;
   const int camera_;
@@ -44,6 +59,9 @@ private:
   std::vector<const TCheck*> checks_;
   std::vector<TDone> done_;
   std::map<Verdict, int> counts_;
+  bool isWhole_ = true; ///< not interrupted
+  std::string text_;    ///< the report so far
+  TOwnTrace trace_;
 };
 
 } // namespace vxtool

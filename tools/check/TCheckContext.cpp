@@ -57,7 +57,7 @@ void TCheckContext::Fail(const std::string& what, const std::string& expected, c
 
 void TCheckContext::ExpectCode(const std::string& what, unsigned int expected, unsigned int came)
 {
-  Expect(expected == came, what, CodeText(expected), CodeText(came));
+  if (expected != came) Fail(what, CodeText(expected), CodeText(came));
 }
 
 void TCheckContext::ExpectFeatureCode(const std::string& what, int expected, int came)
@@ -90,7 +90,7 @@ void TCheckContext::Need(const std::string& what, bool holds) const
 
 void TCheckContext::Need(const std::string& function, unsigned int code) const
 {
-  Need(function + " answered " + CodeText(code), code == RC_SUCCESS);
+  if (code != RC_SUCCESS) Need(function + " answered " + CodeText(code), false);
 }
 
 int TCheckContext::FeatureHandle()
@@ -136,19 +136,23 @@ std::vector<std::string> TCheckContext::Calls() const
 {
   const std::lock_guard lock(mutex_);
   std::vector<std::string> calls;
-  for (const TNoted& noted : calls_)
-    calls.push_back(noted.count == 1 ? noted.call : noted.call + "  (" + std::to_string(noted.count) + " times)");
+  for (const TNoted& noted : calls_) {
+    const std::string code = std::visit([](auto value) { return CodeText(value); }, noted.code);
+    calls.push_back(noted.call + " = " + code +
+                    (noted.count == 1 ? "" : "  (" + std::to_string(noted.count) + " times)"));
+  }
   return calls;
 }
 
-void TCheckContext::Note(const std::string& call)
+// The names of codes are found when they are shown: they are calls of the library, too, and would fill its trace.
+void TCheckContext::Note(TNoted call)
 {
   const std::lock_guard lock(mutex_);
-  if (!calls_.empty() && calls_.back().call == call) {
+  if (!calls_.empty() && calls_.back().call == call.call && calls_.back().code == call.code) {
     ++calls_.back().count;
     return;
   }
-  calls_.push_back({call});
+  calls_.push_back(std::move(call));
   if (calls_.size() > kMaxCalls) calls_.pop_front();
 }
 

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <variant>
 
 namespace vxtool {
 
@@ -47,7 +48,7 @@ public:
     const Code code = function(static_cast<Parameters>(arguments)...);
     std::string shown;
     ((shown += (shown.empty() ? "" : ", ") + Shown(arguments)), ...);
-    Note(std::string(name) + "(" + shown + ") = " + CodeText(code));
+    Note({std::string(name) + "(" + shown + ")", code});
     return code;
   }
 
@@ -114,16 +115,16 @@ public:
   static std::string CodeText(int code);
 
 private:
-  void Note(const std::string& call);
-
   const int camera_;
   const bool isHarsh_;
   mutable std::mutex mutex_;
   struct TNoted
   {
     std::string call;
-    long count = 1; ///< how often it was made in succession
+    std::variant<unsigned int, int> code; ///< of one or the other library
+    long count = 1;                       ///< how often it was made in succession
   };
+  void Note(TNoted call);
   std::deque<TNoted> calls_; ///< guarded by mutex_
 };
 

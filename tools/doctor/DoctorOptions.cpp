@@ -17,11 +17,10 @@ void AddDoctorOptions(CLI::App& command, TDoctorOptions& options)
       ->type_name("DIRECTORY");
   command.add_flag("-v,--verbose", options.showsAll, "Print also what is right");
   CLI::Option* const bundle =
-      AddText(command, "--bundle", options.bundle,
-              "Pack reports, configuration and log into this .tar.gz file, to send to somebody", kFileNameForm)
-          ->type_name("FILE");
-  command
-      .add_flag("--keep-names", options.keepsNames, "Leave the names of user and machine and serial numbers in it")
+      AddBundle(command, options.bundle, "Pack reports, configuration, log, call trace and check.json");
+  AddText(command, "--trace", options.trace,
+          "Pack this call trace; default: the newest one (*.vxtr) of the working directory", kFileNameForm)
+      ->type_name("FILE")
       ->needs(bundle);
 }
 

@@ -4,12 +4,12 @@
 
 #include "tools/DescriptionReport.h"
 #include "tools/doctor/DoctorAreas.h"
-#include "tools/doctor/TBundle.h"
-#include "tools/doctor/TRedaction.h"
 #include "tools/Json.h"
+#include "tools/TBundle.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <sstream>
@@ -19,6 +19,7 @@ namespace vxtool {
 namespace {
 
 constexpr std::streamoff kLogTailBytes = 200'000;
+constexpr std::streamoff kReportBytes = 10'000'000; ///< one line of JSON
 
 std::string Variable(const char* name)
 {
@@ -59,6 +60,29 @@ std::string Verdict(const TFindings& findings)
   const int warnings = findings.Count(Severity::Warning);
   const std::string text = problems == 0 ? "no problems" : CountText(problems, "problem");
   return warnings == 0 ? text : text + ", " + CountText(warnings, "warning");
+}
+
+/// Of the working directory, where the tool puts them; "" when there is none.
+std::string NewestTrace()
+{
+  namespace fs = std::filesystem;
+  std::string newest;
+  fs::file_time_type newestTime;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(".", error)) {
+    if (entry.path().extension() != ".vxtr" || !entry.is_regular_file(error)) continue;
+    const fs::file_time_type time = entry.last_write_time(error);
+    if (error || (!newest.empty() && time <= newestTime)) continue;
+    newest = entry.path().filename().string();
+    newestTime = time;
+  }
+  return newest;
+}
+
+bool SayNoBundle(const std::string& reason)
+{
+  Say("--bundle: " + reason);
+  return false;
 }
 
 } // namespace
@@ -124,37 +148,24 @@ std::string TDoctorCommand::ReportJson() const
 
 bool TDoctorCommand::MakeBundle()
 {
-  TRedaction redaction;
-  if (!options_.keepsNames) {
-    redaction = TRedaction::OfThisMachine();
-    int number = 0;
-    for (const TAttachedCamera& camera : facts_.cameras) {
-      const std::string word = "<serial" + std::to_string(++number) + ">";
-      redaction.Hide(camera.serialText.value_or(""), word);
-      if (!camera.serial) continue;
-      const std::string serial = std::to_string(*camera.serial); // as a mere number it may be a size, too
-      redaction.Hide("serial number " + serial, "serial number " + word);
-      redaction.Hide("\"serial\":" + serial, "\"serial\":null");
-    }
-  }
-  TBundle bundle;
-  bool isWhole = bundle.Create(options_.bundle);
-  const auto add = [&](const std::string& name, const std::string& text) {
-    if (isWhole && !text.empty()) isWhole = bundle.Add(name, redaction.Apply(text));
-  };
-  add("report.txt", ReportText(true));
-  add("report.json", ReportJson());
-  if (facts_.description) add("camera" + std::to_string(camera_) + ".json", DescriptionJson(*facts_.description));
-  add("cameras.ini", TailOf(Variable("VXCORE_CONFIG"), kLogTailBytes));
-  add("log.txt", TailOf(LogFile(), kLogTailBytes));
-  if (!isWhole || !bundle.Close()) {
-    Say("--bundle: " + bundle.Error());
-    return false;
-  }
-  std::string names;
-  for (const std::string& name : bundle.Names()) names += (names.empty() ? "" : ", ") + name;
-  Say(options_.bundle + " has " + names + (options_.keepsNames ? "" : "; names and serial numbers are left out"));
-  Say("look through it before you send it: tar -xzOf " + options_.bundle + " | less");
+  TBundle bundle(options_.bundle.keepsNames);
+  if (!bundle.Create(options_.bundle.file)) return SayNoBundle(bundle.Error());
+  HideCameras(bundle.Redaction(), facts_.cameras);
+  if (options_.disk) bundle.Redaction().LearnPath(*options_.disk);
+  bundle.Add("report.txt", ReportText(true));
+  bundle.Add("report.json", ReportJson());
+  if (facts_.description)
+    bundle.Add("camera" + std::to_string(camera_) + ".json", DescriptionJson(*facts_.description));
+  bundle.Add("cameras.ini", TailOf(Variable("VXCORE_CONFIG"), kLogTailBytes));
+  bundle.Add("log.txt", TailOf(LogFile(), kLogTailBytes));
+  bundle.Add("check.json", TailOf("check.json", kReportBytes));
+  const std::string trace = options_.trace.empty() ? NewestTrace() : options_.trace;
+  const std::string reason = trace.empty() ? "" : bundle.AddTrace("trace.vxtr", trace);
+  if (!reason.empty() && !options_.trace.empty()) return SayNoBundle("--trace: " + reason);
+  if (!reason.empty()) Say("the trace is left out: " + reason);
+  if (!bundle.Close()) return SayNoBundle(bundle.Error());
+  if (!trace.empty() && reason.empty()) Say("trace.vxtr is " + trace);
+  bundle.SayContents();
   return true;
 }
 
@@ -162,7 +173,7 @@ ExitCode TDoctorCommand::Run()
 {
   AskCameras();
   Check();
-  const bool isPacked = options_.bundle.empty() || MakeBundle();
+  const bool isPacked = options_.bundle.file.empty() || MakeBundle();
   if (!Print(isJson_ ? ReportJson() : ReportText(options_.showsAll)) || !isPacked) return ExitCode::OutputError;
   return findings_.Count(Severity::Problem) == 0 ? ExitCode::Success : ExitCode::CameraError;
 }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Writing the archive.
-#include "tools/doctor/TBundle.h"
+#include "tools/TBundle.h"
 
 #include "tools/Json.h"
+#include "tools/TTraceRedactor.h"
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -86,18 +87,50 @@ bool TBundle::Write(const std::string& name, const std::string& text)
   return true;
 }
 
-bool TBundle::Add(const std::string& name, const std::string& text)
+void TBundle::Add(const std::string& name, std::string text)
 {
-  if (!Write(name, text)) return false;
-  entries_.push_back({name, text.size(), Sha256Of(text)});
-  return true;
+  if (!text.empty()) entries_.push_back({name, std::move(text), nullptr});
+}
+
+std::string TBundle::AddTrace(const std::string& name, const std::string& path)
+{
+  auto trace = std::make_unique<TTraceFile>();
+  const std::string reason = trace->Read(path);
+  if (reason.empty()) entries_.push_back({name, "", std::move(trace)});
+  return reason.empty() ? "" : path + ": " + reason;
+}
+
+// What one file says of users and serial numbers is replaced in all of them.
+void TBundle::Redact()
+{
+  std::vector<std::unique_ptr<TTraceRedactor>> traces;
+  for (const TEntry& entry : entries_) {
+    redaction_.Learn(entry.text);
+    traces.push_back(entry.trace ? std::make_unique<TTraceRedactor>(*entry.trace, redaction_) : nullptr);
+  }
+  for (std::size_t number = 0; number < entries_.size(); ++number) {
+    TEntry& entry = entries_[number];
+    if (traces[number]) {
+      const std::vector<std::byte> bytes = traces[number]->Redacted();
+      entry.text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    } else {
+      entry.text = redaction_.Text(entry.text);
+    }
+  }
 }
 
 bool TBundle::Close()
 {
+  if (!archive_ || !error_.empty()) return false;
+  for (TEntry& entry : entries_)
+    if (keepsNames_ && entry.trace)
+      entry.text.assign(reinterpret_cast<const char*>(entry.trace->Bytes().data()), entry.trace->UsedBytes());
+  if (!keepsNames_) Redact();
   Json files = Json::array();
-  for (const TEntry& entry : entries_)
-    files.push_back({{"name", entry.name}, {"bytes", entry.bytes}, {"sha256", entry.sha256}});
+  for (const TEntry& entry : entries_) {
+    if (!Write(entry.name, entry.text)) return false;
+    files.push_back({{"name", entry.name}, {"bytes", entry.text.size()}, {"sha256", Sha256Of(entry.text)}});
+  }
   if (!Write("manifest.json", JsonLine({{"files", files}}))) return false;
   if (archive_write_close(archive_) != ARCHIVE_OK) return Fail(archive_error_string(archive_));
   if (link(temporary_.c_str(), path_.c_str()) != 0)
@@ -105,12 +138,13 @@ bool TBundle::Close()
   return true;
 }
 
-std::vector<std::string> TBundle::Names() const
+void TBundle::SayContents() const
 {
-  std::vector<std::string> names;
-  for (const TEntry& entry : entries_) names.push_back(entry.name);
-  names.emplace_back("manifest.json");
-  return names;
+  std::string names;
+  for (const TEntry& entry : entries_) names += entry.name + ", ";
+  Say(path_ + " has " + names + "manifest.json" +
+      (keepsNames_ ? "" : "; names, paths and serial numbers are left out"));
+  Say("look through it before you send it: tar -xzOf " + path_ + " | less");
 }
 
 } // namespace vxtool
