@@ -130,8 +130,11 @@ bool ParseSeconds(const std::string& text, double& seconds)
 
 bool ParseCompression(const std::string& text, TCompression& compression)
 {
-  static const std::map<std::string, Codec> codecs = {
-      {"zstd", Codec::Zstd}, {"lz4", Codec::Lz4}, {"none", Codec::None}};
+  static const std::map<std::string, Codec> codecs = {{"zstd", Codec::Zstd},
+                                                      {"lz4", Codec::Lz4},
+                                                      {"gzip", Codec::Gzip},
+                                                      {"blosc-zstd", Codec::BloscZstd},
+                                                      {"none", Codec::None}};
   const std::size_t colon = text.find(':');
   const auto codec = codecs.find(text.substr(0, colon));
   if (codec == codecs.end()) return false;

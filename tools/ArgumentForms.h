@@ -20,7 +20,7 @@ bool ParseBinning(const std::string& text, TImageAreaOptions& area);
 bool ParseTracks(const std::string& text, std::vector<TTrack>& tracks);
 /// "10-20,30", numbers of images from 1, in any order.
 bool ParseImageNumbers(const std::string& text, TNumberRanges& numbers);
-/// "zstd", "lz4" or "none", with a level from 1 to 9: "zstd:3".
+/// "none" or the name of a codec, with a level from 1 to 9: "zstd:3".
 bool ParseCompression(const std::string& text, TCompression& compression);
 /// "640x480": the form of sizes and binnings.
 std::string SizeText(int horizontal, int vertical);

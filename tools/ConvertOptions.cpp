@@ -6,6 +6,8 @@
 #include "tools/OptionKinds.h"
 #include "tools/OutputOptions.h"
 
+#include <algorithm>
+
 namespace vxtool {
 
 namespace {
@@ -17,6 +19,7 @@ const TFormats kFormats = {{{"tiff", FileFormat::Tiff},
                             {"fits", FileFormat::Fits},
                             {"raw", FileFormat::Raw},
                             {"omezarr", FileFormat::OmeZarr},
+                            {"hdf5", FileFormat::Hdf5},
                             {"png", FileFormat::Png}},
                            {{".tif", FileFormat::Tiff},
                             {".tiff", FileFormat::Tiff},
@@ -25,8 +28,39 @@ const TFormats kFormats = {{{"tiff", FileFormat::Tiff},
                             {".fts", FileFormat::Fits},
                             {".raw", FileFormat::Raw},
                             {".zarr", FileFormat::OmeZarr},
+                            {".h5", FileFormat::Hdf5},
+                            {".hdf5", FileFormat::Hdf5},
                             {".png", FileFormat::Png}},
-                           ".tif, .tiff, .fits, .raw, .ome.zarr or .png"};
+                           ".tif, .tiff, .fits, .raw, .ome.zarr, .h5 or .png"};
+
+// Which codecs a format has; empty for one that is not compressed.
+std::vector<Codec> CodecsOf(const std::optional<FileFormat>& format)
+{
+  if (format == FileFormat::OmeZarr) return {Codec::Zstd, Codec::Lz4, Codec::None};
+  if (format == FileFormat::Hdf5) return {Codec::Gzip, Codec::BloscZstd, Codec::None};
+  return {};
+}
+
+// What of the options is for another format, "" for nothing.
+std::string WhyNotInFormat(const TOutputOptions& output)
+{
+  const bool isZarr = output.format == FileFormat::OmeZarr;
+  const bool isHdf5 = output.format == FileFormat::Hdf5;
+  const char* const name = isZarr ? ".ome.zarr" : ".h5";
+#ifndef VXTOOL_HAS_HDF5
+  if (isHdf5) return "--output: this program was built without HDF5 (the package libhdf5-dev)";
+#endif
+  if (output.compression) {
+    const std::vector<Codec> codecs = CodecsOf(output.format);
+    if (codecs.empty()) return "--compression: only .ome.zarr and .h5 are compressed";
+    if (std::find(codecs.begin(), codecs.end(), output.compression->codec) == codecs.end())
+      return std::string("--compression: ") + name + " has " + (isZarr ? "zstd, lz4" : "gzip, blosc-zstd") +
+             " or none";
+  }
+  if (output.chunkImages && !isZarr) return "--chunk: only .ome.zarr has chunks of several images";
+  if (!output.isFileForEach || (!isZarr && !isHdf5)) return "";
+  return std::string("--each: ") + name + " is for all images" + (isZarr ? "; give --chunk 1" : "");
+}
 
 } // namespace
 
@@ -38,7 +72,7 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, TConvertGiven& g
       ->type_name("DIRECTORY");
   AddText(app, "-o,--output", options.output.file,
           "File for the images: .tif, .tiff (stack), .fits (cube), .raw (pixels, with a .json beside them), "
-          ".ome.zarr (a directory with an array) or .png (a picture of each)",
+          ".ome.zarr (a directory with an array), .h5 (HDF5, an array) or .png (a picture of each)",
           kFileNameForm)
       ->type_name("FILE");
   AddWord(app, "--format", options.output.format, kFormats.words,
@@ -47,8 +81,10 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, TConvertGiven& g
   AddForm(
       app, "--compression",
       [&options](const std::string& text) { return ParseCompression(text, options.output.compression.emplace()); },
-      "zstd, lz4 or none, with a level from 1 to 9 as in zstd:3,",
-      "Of .ome.zarr: zstd, lz4 (faster, less) or none, with a level from 1 to 9 as in zstd:3; default: zstd:1")
+      "zstd, lz4, gzip, blosc-zstd or none, with a level from 1 to 9 as in zstd:3,",
+      "Of .ome.zarr: zstd, lz4 (faster, less) or none; default: zstd. Of .h5: gzip, blosc-zstd (many times as "
+      "fast; readers need a filter for it) or none; default: none. With a level from 1 to 9, as in zstd:3; "
+      "default: 1")
       ->type_name("CODEC[:LEVEL]");
   app.add_option("--chunk", options.output.chunkImages,
                  "Of .ome.zarr: images in a file; default: as many as have 8 MiB, at least 1")
@@ -78,10 +114,7 @@ std::string CompleteConvert(TConvertOptions& options, const TConvertGiven& given
   if (given.bits) options.depth = static_cast<PixelDepth>(*given.bits);
   if (options.output.IsEmpty() && !options.isVerify) return "--output: is needed, or --preview or --verify";
   if (std::string why = CompleteOutput(options.output, kFormats); !why.empty()) return why;
-  const bool isZarr = options.output.format == FileFormat::OmeZarr;
-  if (options.output.compression && !isZarr) return "--compression: only .ome.zarr is compressed";
-  if (options.output.chunkImages && !isZarr) return "--chunk: only .ome.zarr has chunks";
-  return options.output.isFileForEach && isZarr ? "--each: .ome.zarr is for all images; give --chunk 1" : "";
+  return WhyNotInFormat(options.output);
 }
 
 } // namespace vxtool

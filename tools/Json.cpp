@@ -76,4 +76,21 @@ Json FactsJson(const TRunFacts& facts, const TImageShape& shape)
           {"celsius_target", JsonOfSingle(facts.targetCelsius)}};
 }
 
+Json FileJson(const TRunFacts& facts, const TImageShape& shape, std::size_t images, bool isComplete,
+              const std::optional<TFrameCounts>& counts)
+{
+  Json json = {{"software", facts.software}, {"complete", isComplete}, {"images", images}};
+  json.update(FactsJson(facts, shape));
+  PutCounts(json, counts);
+  return json;
+}
+
+void PutCounts(Json& json, const std::optional<TFrameCounts>& counts)
+{
+  if (!counts) return;
+  json["delivered"] = counts->delivered;
+  json["overwritten"] = counts->overwritten;
+  json["lost_in_camera"] = JsonOrNull(counts->lostInCamera);
+}
+
 } // namespace vxtool

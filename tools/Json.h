@@ -25,6 +25,11 @@ Json JsonOrNull(const std::optional<Value>& value)
 }
 /// Camera, start, shape, area and settings of a run; null for what is not known.
 Json FactsJson(const TRunFacts& facts, const TImageShape& shape);
+/// The same with the number of images, and whether that is final; the counts of the run where they are known.
+Json FileJson(const TRunFacts& facts, const TImageShape& shape, std::size_t images, bool isComplete,
+              const std::optional<TFrameCounts>& counts);
+/// Adds the counts of a run.
+void PutCounts(Json& json, const std::optional<TFrameCounts>& counts);
 /// A number that the library has in single precision; null for nothing.
 Json JsonOfSingle(const std::optional<double>& value);
 /// Null for "".

@@ -58,6 +58,7 @@ enum class FileFormat
   Fits,
   Raw,
   OmeZarr,
+  Hdf5,
   Png,
 };
 
@@ -124,6 +125,8 @@ enum class Codec
 {
   Zstd,
   Lz4,
+  Gzip,
+  BloscZstd,
   None,
 };
 

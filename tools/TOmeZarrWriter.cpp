@@ -2,11 +2,12 @@
 // Chunks of images, and the texts that say what they are.
 #include "tools/TOmeZarrWriter.h"
 
+#include "tools/BloscChunk.h"
+#include "tools/ImageColumns.h"
 #include "tools/Json.h"
 
 #include <algorithm>
 #include <bit>
-#include <blosc.h>
 #include <filesystem>
 #include <fstream>
 
@@ -23,18 +24,6 @@ constexpr int kBloscThreads = 2;
 constexpr const char* kGroup = "{\"zarr_format\": 2}\n";
 constexpr const char* kImages = "0";
 constexpr const char* kColumns = "vxmcd"; // the group of arrays with what is known of each image
-constexpr std::int64_t kUnknown = -1;
-
-int Shuffle(Codec codec, const TImageShape& shape)
-{
-  if (shape.BytesPerPixel() == 1) return BLOSC_NOSHUFFLE;
-  return codec == Codec::Lz4 ? BLOSC_BITSHUFFLE : BLOSC_SHUFFLE;
-}
-
-const char* CodecName(Codec codec)
-{
-  return codec == Codec::Lz4 ? BLOSC_LZ4_COMPNAME : BLOSC_ZSTD_COMPNAME;
-}
 
 const char* PixelType(const TImageShape& shape)
 {
@@ -129,10 +118,9 @@ bool TOmeZarrWriter::ChooseChunk()
   const auto planned = static_cast<std::size_t>(std::max(facts_.plannedImages, 1L));
   const std::size_t fitting = std::max<std::size_t>((kLeastChunkBytes + image - 1) / image, 1);
   imagesInChunk_ = chunkImages_ ? static_cast<std::size_t>(*chunkImages_) : std::min(fitting, planned);
-  if (imagesInChunk_ > BLOSC_MAX_BUFFERSIZE / image)
+  if (imagesInChunk_ > kMaxBloscBytes / image)
     return FailFor(path_, "a chunk of " + std::to_string(imagesInChunk_) + " images has more than 2 GiB");
   chunk_.resize(imagesInChunk_ * image);
-  if (compression_.codec != Codec::None) compressed_.resize(chunk_.size() + BLOSC_MAX_OVERHEAD);
   return true;
 }
 
@@ -176,11 +164,8 @@ bool TOmeZarrWriter::WriteChunk()
             std::byte{0});
   std::span<const std::byte> bytes = chunk_;
   if (compression_.codec != Codec::None) {
-    const int size = blosc_compress_ctx(compression_.level, Shuffle(compression_.codec, shape_),
-                                        shape_.BytesPerPixel(), chunk_.size(), chunk_.data(), compressed_.data(),
-                                        compressed_.size(), CodecName(compression_.codec), 0, kBloscThreads);
-    if (size > 0) bytes = std::span(compressed_).first(static_cast<std::size_t>(size));
-    if (size <= 0) Fail(path_ + ": Blosc cannot compress with " + CodecName(compression_.codec));
+    bytes = TBloscChunk(compression_, shape_.depth, kBloscThreads).Compress(chunk_, compressed_);
+    if (bytes.empty()) Fail(path_ + ": Blosc cannot compress a chunk");
   }
   const std::string name = std::string(kImages) + "/" + std::to_string(imagesOnDisk_ / imagesInChunk_) + "/0/0";
   if (error_.empty() && WriteChunkFile(name, bytes)) imagesOnDisk_ += bufferedImages_;
@@ -215,12 +200,14 @@ bool TOmeZarrWriter::WriteImageArray()
 {
   const auto [width, height] = std::pair(shape_.width, shape_.height);
   Json compressor;
-  if (compression_.codec != Codec::None)
+  if (compression_.codec != Codec::None) {
+    const TBloscChunk blosc(compression_, shape_.depth, kBloscThreads);
     compressor = {{"id", "blosc"},
-                  {"cname", CodecName(compression_.codec)},
-                  {"clevel", compression_.level},
-                  {"shuffle", Shuffle(compression_.codec, shape_)},
+                  {"cname", blosc.codec},
+                  {"clevel", blosc.level},
+                  {"shuffle", blosc.shuffle},
                   {"blocksize", 0}};
+  }
   return WriteText(
       std::string(kImages) + "/.zarray",
       JsonLine(ArrayJson(Json::array({imagesOnDisk_, height, width}), Json::array({imagesInChunk_, height, width}),
@@ -238,34 +225,16 @@ bool TOmeZarrWriter::WriteColumn(const std::string& name, const std::vector<std:
 
 bool TOmeZarrWriter::WriteColumns()
 {
-  const auto column = [&](const auto& valueOf) {
-    std::vector<std::int64_t> values;
-    values.reserve(labels_.size());
-    for (const TImageLabel& label : labels_) values.push_back(valueOf(label));
-    return values;
-  };
-  return WriteText(std::string(kColumns) + "/.zgroup", kGroup) &&
-         WriteColumn("number", column([](const TImageLabel& label) { return label.number; })) &&
-         WriteColumn("ticks", column([](const TImageLabel& label) { return label.ticks.value_or(kUnknown); })) &&
-         WriteColumn("host_ns",
-                     column([](const TImageLabel& label) { return label.hostNanoseconds.value_or(kUnknown); })) &&
-         WriteColumn("check", column([](const TImageLabel& label) {
-                       const ImageCheck check = label.check.value_or(ImageCheck::Unchecked);
-                       return check == ImageCheck::Right ? 1 : check == ImageCheck::Wrong ? -1 : 0;
-                     }));
+  bool isWritten = WriteText(std::string(kColumns) + "/.zgroup", kGroup);
+  for (const TImageColumn& column : kImageColumns)
+    isWritten = isWritten && WriteColumn(column.name, column.Of(labels_));
+  return isWritten;
 }
 
 bool TOmeZarrWriter::WriteDescription(const std::optional<TFrameCounts>& counts, bool isClosed)
 {
-  Json run = {{"software", facts_.software}, {"complete", isClosed}, {"images", imagesOnDisk_}};
-  run.update(FactsJson(facts_, shape_));
-  if (counts) {
-    run["delivered"] = counts->delivered;
-    run["overwritten"] = counts->overwritten;
-    run["lost_in_camera"] = JsonOrNull(counts->lostInCamera);
-  }
   const Json json = {{"multiscales", MultiscalesJson(fs::path(path_).filename().string(), facts_)},
-                     {kColumns, run}};
+                     {kColumns, FileJson(facts_, shape_, imagesOnDisk_, isClosed, counts)}};
   return WriteText(".zattrs", JsonLine(json));
 }
 

@@ -97,6 +97,13 @@ bool TOutputFile::WriteAt(std::uint64_t offset, std::span<const std::byte> bytes
   return true;
 }
 
+bool TOutputFile::Reserve(std::uint64_t offset, std::uint64_t end)
+{
+  do errno = posix_fallocate(descriptor_, static_cast<off_t>(offset), static_cast<off_t>(end - offset));
+  while (errno == EINTR);
+  return errno == 0 || Fail("cannot be written");
+}
+
 bool TOutputFile::ReadAt(std::uint64_t offset, std::span<std::byte> bytes)
 {
   while (!bytes.empty()) {

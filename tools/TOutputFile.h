@@ -25,6 +25,8 @@ public:
   /// Opens an existing file for repair.
   bool OpenExisting(const std::string& path);
   bool WriteAt(std::uint64_t offset, std::span<const std::byte> bytes);
+  /// Has the file system set room aside from @p offset to @p end, so that later writes there do not lack it.
+  bool Reserve(std::uint64_t offset, std::uint64_t end);
   bool ReadAt(std::uint64_t offset, std::span<std::byte> bytes);
   /// Cuts the file; a device, which has no length, counts as cut.
   bool Truncate(std::uint64_t length);

@@ -4,6 +4,9 @@
 
 #include "tools/Messages.h"
 #include "tools/TFitsCubeWriter.h"
+#ifdef VXTOOL_HAS_HDF5
+#include "tools/THdf5Writer.h"
+#endif
 #include "tools/TImageFilesWriter.h"
 #include "tools/TOmeZarrWriter.h"
 #include "tools/TPngPreviewWriter.h"
@@ -27,6 +30,12 @@ std::unique_ptr<IImageWriter> MakeFileWriter(FileFormat format, const TOutputOpt
     return std::make_unique<TRawStackWriter>();
   case FileFormat::OmeZarr:
     return std::make_unique<TOmeZarrWriter>(options.compression.value_or(TCompression{}), options.chunkImages);
+  case FileFormat::Hdf5:
+#ifdef VXTOOL_HAS_HDF5
+    return std::make_unique<THdf5Writer>(options.compression.value_or(TCompression{Codec::None}));
+#else
+    break; // the options do not have it
+#endif
   case FileFormat::Png:
     return std::make_unique<TPngPreviewWriter>();
   }

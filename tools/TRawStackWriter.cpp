@@ -72,11 +72,7 @@ std::string TRawStackWriter::Description(const std::optional<TFrameCounts>& coun
                {"byte_order", "little"}};
   json.update(FactsJson(facts_, shape_));
   if (!isClosed) return JsonLine(json);
-  if (counts) {
-    json["delivered"] = counts->delivered;
-    json["overwritten"] = counts->overwritten;
-    json["lost_in_camera"] = JsonOrNull(counts->lostInCamera);
-  }
+  PutCounts(json, counts);
   // Put together as text: a JSON object for each of a million images would take a gigabyte.
   std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
   text.back() = ',';

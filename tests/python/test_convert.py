@@ -5,11 +5,12 @@ import os
 import random
 import resource
 import subprocess
+from pathlib import Path
 
 import numpy as np
 import pytest
 
-from spool_writer import SpoolWriter
+from spool_writer import FIRST_TIME, SpoolWriter
 from vxmcd.spool import SpoolRun
 
 ENCODINGS = ["Mono8", "Mono12", "Mono12Packed", "Mono16", "Mono32"]
@@ -77,13 +78,19 @@ def test_runs_with_damage(tmp_path, seed):
                 converted(run, tmp_path / "run.raw", "--salvage", "--verify", *keeps))
 
 
-def zarr_of(run, output, code, *options, **keywords):
-    """What zarr reads from the directory that the tool makes of a run, and what the tool says."""
-    zarr = pytest.importorskip("zarr")
+def told(run, output, code, *options, **keywords):
+    """Converts a run; what the tool says."""
     command = [os.environ["VXMCD_TOOL"], "convert", run, "--output", output, *options]
     result = subprocess.run(list(map(str, command)), capture_output=True, text=True, timeout=60, **keywords)
     assert result.returncode == code, result.stderr
-    return zarr.open(str(output), "r") if (output / ".zattrs").exists() else None, result.stderr
+    return result.stderr
+
+
+def zarr_of(run, output, code, *options, **keywords):
+    """What zarr reads from the directory that the tool makes of a run, and what the tool says."""
+    zarr = pytest.importorskip("zarr")
+    said = told(run, output, code, *options, **keywords)
+    return zarr.open(str(output), "r") if (output / ".zattrs").exists() else None, said
 
 
 @pytest.mark.parametrize("encoding, width, images, options, chunks", [
@@ -140,3 +147,45 @@ def test_ome_zarr_of_what_is_left(tmp_path):
     for other in (tmp_path / "mine", directory):
         _, said = zarr_of(directory, other, 4, "--overwrite", "--format", "omezarr")
         assert "is not replaced" in said and list(other.iterdir())
+
+
+@pytest.mark.parametrize("encoding, width, images, options", [
+    ("Mono16", 7, 6, []), ("Mono8", 64, 6, ["--compression", "gzip:2"]), ("Mono32", 1, 2, ["--compression", "gzip"]),
+    ("Mono12Packed", 7, 600, ["--compression", "blosc-zstd"])])
+def test_hdf5(tmp_path, encoding, width, images, options, monkeypatch):
+    """Images, what is known of each, attributes, and the gap that a damaged image leaves."""
+    if options[1:] == ["blosc-zstd"]:  # before the library of the filters is initialised
+        plugins = next(iter(Path("/usr/lib").glob("*/hdf5/serial/plugins/libH5Zblosc.so")), None)
+        if plugins is None:
+            pytest.skip("the filter is missing")
+        monkeypatch.setenv("HDF5_PLUGIN_PATH", str(plugins.parent))
+    h5py = pytest.importorskip("h5py")
+    directory, output = tmp_path / "run", tmp_path / "run.h5"
+    directory.mkdir()
+    writer = SpoolWriter(directory, images, width, 3, encoding, padding=5)
+    writer.keys.update({"camera/PixelWidth": 6.5, "camera/PixelHeight": 8, "image/Top": 5, "image/VBin": 2, "image/HBin": 1})
+    writer.write()
+    with open(directory / "spool_0000000000.dat", "r+b") as file:
+        file.seek(writer.image_size)
+        file.write(b"\xAA" * 40)
+    told(directory, output, 5, *options)
+    left = [number for number in range(images) if number != 1]
+    with h5py.File(output) as file:
+        group = file[file.attrs["default"]]
+        data = group[group.attrs["default"]]
+        array = data[data.attrs["signal"]]
+        assert array.chunks == (1, 3, width) and array.dtype == writer.array().dtype
+        np.testing.assert_array_equal(array[:], writer.array()[left])
+        assert data["number"][:].tolist() == [number + 1 for number in left] and set(data["check"][:]) == {1}
+        assert data["ticks"][:].tolist() == [1000 * (number + 1) for number in left]
+        assert data["host_ns"][:].tolist() == [FIRST_TIME + 1000 * number for number in left]
+        assert (array.attrs["pixel_width_um"], array.attrs["pixel_height_um"]) == (6.5, 16)
+        facts = group.attrs
+        assert (facts["complete"], facts["images"], facts["model"]) == (1, images - 1, "TRELLIS CMOS")
+        assert (facts["exposure_s"], facts["area_top"], "gain" in facts) == (0.01, 5, False)
+        filters = array.id.get_create_plist()
+        assert [filters.get_filter(k)[0] for k in range(filters.get_nfilters())] == (
+            [] if not options else [32001] if options[1] == "blosc-zstd" else [2, 1])
+    before = output.read_bytes()
+    assert "give --overwrite" in told(directory, output, 4) and output.read_bytes() == before
+    assert "gzip, blosc-zstd or none" in told(directory, output, 1, "--compression", "lz4")

@@ -291,6 +291,14 @@ protected:
       EXPECT_EQ(cube.status, 0);
       return cube.images;
     }
+#ifdef VXTOOL_H5DUMP
+    if (path.ends_with(".h5")) {
+      const std::string text = directory_.Path("h5dump");
+      EXPECT_EQ(std::system((VXTOOL_H5DUMP " -H -d /entry/data/data " + path + " >" + text).c_str()), 0);
+      const std::string sizes = TextOf(text);
+      return std::stol(sizes.substr(sizes.find("SIMPLE { (") + 10));
+    }
+#endif
     const auto json = nlohmann::json::parse(TextOf(path + ".json"));
     EXPECT_EQ(json["complete"], true);
     EXPECT_EQ(json["images"].get<std::uintmax_t>() * json["image_bytes"].get<std::uintmax_t>(),
@@ -335,7 +343,7 @@ TEST_P(ConvertProgramFormats, InterruptLeavesAFileWithTheImagesUpToThere)
                          longRun + "/" + RunFormat::ImageFileName(file));
   const std::string path = directory_.Path(GetParam());
   const TOutcome outcome = Interrupt(LaunchUntil({"convert", longRun, "--json", "--salvage", "-o", path},
-                                                 [&] { return HasGrownTo(path, 8'000'000); }));
+                                                 [&] { return HasGrownTo(path, 40'000'000); }));
   const auto report = nlohmann::json::parse(outcome.output);
   EXPECT_EQ(report["outcome"], "interrupted");
   EXPECT_EQ(report["written"].get<long>() + report["not_reached"].get<long>(), 4000);
@@ -344,6 +352,9 @@ TEST_P(ConvertProgramFormats, InterruptLeavesAFileWithTheImagesUpToThere)
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, ConvertProgramFormats, ::testing::Values("a.tif", "a.fits", "a.raw"));
+#ifdef VXTOOL_H5DUMP
+INSTANTIATE_TEST_SUITE_P(Hdf5, ConvertProgramFormats, ::testing::Values("a.h5"));
+#endif
 
 } // namespace
 } // namespace vxtool
