@@ -93,11 +93,17 @@ TEST_F(Check, FindsEachFault)
       {"frame every 41 drop", {"run.series", "run.no-gaps"}, {"run.software-trigger"}},
       {"frame every 41 null", {"run.series", "run.no-gaps"}, {"core.buffers", "run.software-trigger"}},
       {"frame every 41 foreign", {"run.series", "run.no-gaps"}, {"core.buffers", "run.software-trigger"}},
+      {"frame every 41 short 100", {"run.clock"}, {"core.buffers"}},
+      {"frame every 41 repeat", {"run.series"}, {"core.buffers", "retrieve.agree", "run.software-trigger"}},
       {"frame every 5 swap 2", {"core.buffers"}, {}},
       {"frame any oversize 8", {"core.buffers"}, {}},
       {"chunk every 13 len 0xFFFFFFFC", {"run.clock"}, {}},
       {"chunk any cid 9", {"run.clock"}, {}},
       {"chunk any truncated", {"run.clock"}, {}},
+      {"chunk every 13 random 7", {"run.clock"}, {}},
+      {"value SensorTemperature set nan", {"cooling.temperature", "core.kinds"}, {}},
+      {"call VX_GetString feature CameraModel unterminated", {"core.texts"}, {}},
+      {"call VX_Command feature AcquisitionStop rc 13 delay 1ms", {"run.abort"}, {}},
       {"camera every 20 stall 20ms", {"run.no-gaps"}, {}},
   };
   constexpr std::size_t kAtOnce = 7;
@@ -114,6 +120,20 @@ TEST_F(Check, FindsEachFault)
       EXPECT_EQ(failed, fault.failed) << fault.rule << "\n" << report.dump(1);
     }
   }
+}
+
+TEST_F(Check, EndsWhenTheCameraIsGone)
+{
+  const auto reportOf = [this](const char* rule) {
+    return ReportOf(Begin(std::string("[Camera0]\n") + kQuick + "[Faults]\nRule = camera at 50 " + rule + "\n"));
+  };
+  const json gone = reportOf("unplug");
+  EXPECT_EQ(gone["gone"], true);
+  EXPECT_EQ(WithVerdict(gone, {"FAIL", "unstable", "warn"}).size(), 1U) << gone;
+  EXPECT_EQ(gone["checks"].back()["came"], "VX_Open: 53: the camera does not answer");
+  const json back = reportOf("replug 300ms");
+  EXPECT_EQ(back["gone"], false);
+  EXPECT_EQ(WithVerdict(back, {"FAIL", "unstable", "warn"}).size(), 1U) << back;
 }
 
 TEST_F(Check, ReportsWhatWasExpectedAndTheLastCalls)

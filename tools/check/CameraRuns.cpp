@@ -38,6 +38,10 @@ void MakeReady(TCheckContext& check)
 {
   check.Need("SetCurrentCamera", CHECK_CALL(check, SetCurrentCamera, check.Handle()));
   check.Need("Initialize", CHECK_CALL(check, Initialize, nullptr));
+  if (IsAcquiring(check)) { // a run that could not be ended is the failure of one check only
+    CHECK_CALL(check, ShutDown);
+    check.Need("Initialize", CHECK_CALL(check, Initialize, nullptr));
+  }
   CHECK_CALL(check, SetTriggerMode, 0);
   CHECK_CALL(check, SetReadMode, kImageLayout);
   CHECK_CALL(check, SetNumberAccumulations, 1);
@@ -47,6 +51,13 @@ void MakeReady(TCheckContext& check)
   SetPart(check, 1, 1, kPart);
   CHECK_CALL(check, SetExposureTime, kExposureSeconds);
   CHECK_CALL(check, SetKineticCycleTime, kExposureSeconds);
+}
+
+bool IsAcquiring(TCheckContext& check)
+{
+  int isAcquiring = 0;
+  CHECK_CALL(check, VX_GetBool, check.FeatureHandle(), L"CameraAcquiring", &isAcquiring);
+  return isAcquiring != 0;
 }
 
 TImageSize Sensor(TCheckContext& check)

@@ -27,6 +27,8 @@ struct TImageSize
 
 /// Opens the camera if it is closed, and makes small images, unbinned, with a short exposure, as fast as it can.
 void MakeReady(TCheckContext& check);
+/// Whether the camera says that it acquires, which the library above need not know.
+bool IsAcquiring(TCheckContext& check);
 /// Pixels of the sensor.
 TImageSize Sensor(TCheckContext& check);
 /// The image area in force, as the camera has it.

@@ -48,6 +48,19 @@ void RefusesTemperatures(TCheckContext& check)
   TCheckContext::ExpectEqual("the target after refusals", before, Target(check));
 }
 
+void HasTemperature(TCheckContext& check)
+{
+  constexpr double kColdest = -150.0;
+  constexpr double kHottest = 100.0;
+  float celsius = NAN;
+  const unsigned int code = CHECK_CALL(check, GetTemperatureF, &celsius);
+  if (code == RC_NOT_SUPPORTED) TCheckContext::Skip("the camera has no thermometer");
+  const auto temperature = static_cast<double>(celsius);
+  TCheckContext::Expect(temperature >= kColdest && temperature <= kHottest, "the temperature of the sensor",
+                        TCheckContext::Shown(kColdest) + " to " + TCheckContext::Shown(kHottest) + " C",
+                        TCheckContext::Shown(temperature) + " C");
+}
+
 void CoolsDown(TCheckContext& check)
 {
   constexpr double kTolerance = 1.5;

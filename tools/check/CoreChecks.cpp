@@ -7,6 +7,7 @@
 #include "tools/TFeatureDevice.h"
 #include "utility/utf8.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace vxtool {
@@ -113,6 +114,28 @@ void KeepsLimits(TCheckContext& check)
         CHECK_CALL(check, VX_GetFloatMin, handle, name.c_str(), &number[0]) == VX_SUCCESS &&
         CHECK_CALL(check, VX_GetFloatMax, handle, name.c_str(), &number[2]) == VX_SUCCESS)
       expectWithin(number[0], number[1], number[2]);
+  }
+}
+
+void EndsTexts(TCheckContext& check)
+{
+  const int handle = check.FeatureHandle();
+  const auto expectEnd = [](const std::string& what, const std::vector<wchar_t>& text) {
+    TCheckContext::Expect(std::find(text.begin(), text.end(), L'\0') != text.end(), what,
+                          "a text with a terminator among " + std::to_string(text.size()) + " characters",
+                          "no terminator");
+  };
+  for (const TKnownFeature& known : KnownFeatures()) {
+    const std::wstring name = FromUtf8(known.name);
+    std::vector<wchar_t> text(kMaxTextLength, L'x');
+    if (VX_GetString(handle, name.c_str(), text.data(), kMaxTextLength) == VX_SUCCESS) expectEnd(known.name, text);
+    int count = 0;
+    if (VX_GetEnumCount(handle, name.c_str(), &count) != VX_SUCCESS) continue;
+    for (int index = 0; index < count; ++index) {
+      std::fill(text.begin(), text.end(), L'x');
+      if (VX_GetEnumStringByIndex(handle, name.c_str(), index, text.data(), kMaxTextLength) == VX_SUCCESS)
+        expectEnd(known.name + std::string(", value ") + std::to_string(index), text);
+    }
   }
 }
 

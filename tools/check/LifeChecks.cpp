@@ -115,7 +115,8 @@ void ClosesInWait(TCheckContext& check)
 {
   constexpr int kWaitMs = 3000;
   StartRun(check, RunKind::UntilAborted);
-  CHECK_CALL(check, AbortAcquisition);
+  check.Need("AbortAcquisition", CHECK_CALL(check, AbortAcquisition));
+  check.Need("a run cannot be ended", !IsAcquiring(check));
   while (CHECK_CALL(check, WaitForAcquisitionTimeOut, 1) == RC_SUCCESS)
     ; // images that nobody waited for would end the wait at once
   const auto start = TClock::now();

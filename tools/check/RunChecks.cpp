@@ -77,6 +77,7 @@ void AbortsAtAnyTime(TCheckContext& check)
     const std::string what = "an abort after " + std::to_string(milliseconds) + " ms";
     TCheckContext::ExpectCode(what, RC_SUCCESS, CHECK_CALL(check, AbortAcquisition));
     TCheckContext::ExpectEqual("the status after " + what, static_cast<int>(RC_IDLE), Status(check));
+    TCheckContext::Expect(!IsAcquiring(check), "the camera after " + what, "idle", "still acquiring");
     const long images = TotalImages(check);
     std::this_thread::sleep_for(std::chrono::milliseconds(5)); // no image may come now
     TCheckContext::ExpectEqual("images a while after " + what, images, TotalImages(check));

@@ -6,12 +6,15 @@
 #include "tools/check/TKeptSettings.h"
 #include "tools/Json.h"
 #include "tools/NearestWord.h"
+#include "tools/TFeatureDevice.h"
 #include "tools/TFlatCamera.h"
 #include "tools/TInterrupt.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <thread>
 
 namespace vxtool {
 
@@ -97,6 +100,22 @@ TCheckResult TCheckCommand::RunOften(const TCheck& check) const
   return result;
 }
 
+// A camera on a bus may come back after a moment.
+std::string TCheckCommand::WhyGone() const
+{
+  constexpr std::chrono::seconds kPatience(2);
+  ShutDown();
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  int code = VX_SUCCESS;
+  do {
+    TFeatureDevice device;
+    code = device.Open(camera_);
+    if (code == VX_SUCCESS) return "";
+    std::this_thread::sleep_for(std::chrono::milliseconds(100)); // between looks
+  } while (!TInterrupt::Happened() && std::chrono::steady_clock::now() < end);
+  return FeatureCodeText("VX_Open", code);
+}
+
 bool TCheckCommand::HasFailed() const
 {
   return std::any_of(done_.begin(), done_.end(), [](const TDone& done) { return !HasPassed(done.result); });
@@ -156,6 +175,8 @@ std::string TCheckCommand::VerdictText() const
       count(Verdict::Ok) + " ok, " + count(Verdict::Failed) + " failed, " + count(Verdict::Skipped) + " skipped";
   if (Count(Verdict::Unstable) > 0) text += ", " + count(Verdict::Unstable) + " unstable";
   if (Count(Verdict::Warned) > 0) text += ", " + count(Verdict::Warned) + " not carried out";
+  if (!whyGone_.empty())
+    text += "; the camera is gone, " + std::to_string(checks_.size() - done_.size()) + " not tried";
   return text + (isWhole_ ? "\n" : "; interrupted\n");
 }
 
@@ -184,6 +205,7 @@ std::string TCheckCommand::ReportJson() const
                    {"unstable", Count(Verdict::Unstable)},
                    {"warnings", Count(Verdict::Warned)},
                    {"interrupted", !isWhole_},
+                   {"gone", !whyGone_.empty()},
                    {"trace", JsonTextOrNull(hasTrace ? trace_.File() : "")}});
 }
 
@@ -200,7 +222,14 @@ ExitCode TCheckCommand::RunAll()
     add(Padded(check->FullName(), kNameWidth));
     try {
       const double from = std::floor(trace_.Seconds() * kPerSecond) / kPerSecond;
-      const TCheckResult result = RunOften(*check);
+      TCheckResult result = RunOften(*check);
+      whyGone_ = HasPassed(result) ? "" : WhyGone();
+      if (!whyGone_.empty()) {
+        result.verdict = Verdict::Failed;
+        result.reason = "the camera afterwards";
+        result.expected = "can be opened";
+        result.came = whyGone_;
+      }
       done_.push_back({check, result, from, std::ceil(trace_.Seconds() * kPerSecond) / kPerSecond});
     } catch (const TCheckContext::TInterrupted&) {
       add("interrupted\n");
@@ -210,11 +239,13 @@ ExitCode TCheckCommand::RunAll()
     ++counts_[done_.back().result.verdict];
     add(ResultText(done_.back()));
     if (options_.isTap) isPrinted = Print(TapText(done_.back())) && isPrinted;
+    if (!whyGone_.empty()) break;
   }
   ShutDown();
   add(VerdictText());
   if (isJson_) isPrinted = Print(ReportJson());
-  if (options_.isTap) isPrinted = Print((isWhole_ ? "# " : "Bail out! ") + VerdictText()) && isPrinted;
+  if (options_.isTap)
+    isPrinted = Print((isWhole_ && whyGone_.empty() ? "# " : "Bail out! ") + VerdictText()) && isPrinted;
   if (!isPrinted) return ExitCode::OutputError;
   const ExitCode code = HasFailed() ? ExitCode::CameraError : ExitCode::Success;
   return isWhole_ ? code : FirstOf(code, ExitCode::Interrupted);
@@ -252,7 +283,7 @@ ExitCode TCheckCommand::Run()
   const TInterrupt interrupt;
   ExitCode code = RunAll();
   const std::string changed = settings.PutBack();
-  if (!changed.empty()) Say("these settings of the camera are not what they were: " + changed);
+  if (!changed.empty()) Say(changed);
   if (HasFailed())
     if (const std::string reason = trace_.Keep(); !reason.empty()) Say("there is no call trace: " + reason);
   if (!options_.bundle.file.empty() && !MakeBundle(bundle)) code = FirstOf(code, ExitCode::OutputError);

@@ -40,6 +40,8 @@ private:
   ExitCode RunAll();
   /// As often as the options say, until it fails, and then once more.
   TCheckResult RunOften(const TCheck& check) const;
+  /// Why the camera cannot be opened any more; "" when it can.
+  std::string WhyGone() const;
   bool HasFailed() const;
   int Count(Verdict verdict) const
   {
@@ -60,6 +62,7 @@ private:
   std::vector<TDone> done_;
   std::map<Verdict, int> counts_;
   bool isWhole_ = true; ///< not interrupted
+  std::string whyGone_; ///< why the camera could not be opened after the last check; "" when it could
   std::string text_;    ///< the report so far
   TOwnTrace trace_;
 };

@@ -79,7 +79,8 @@ void TKeptSettings::PutBackTracks(int handle) const
 std::string TKeptSettings::PutBack()
 {
   TFeatureDevice device;
-  if (const int code = device.Open(camera_); code != VX_SUCCESS) return FeatureCodeText("VX_Open", code);
+  if (const int code = device.Open(camera_); code != VX_SUCCESS)
+    return "the settings of the camera cannot be put back: " + FeatureCodeText("VX_Open", code);
   PutBackTracks(device.Handle());
   std::string changed;
   for (int pass = 0; pass < kMaxPasses; ++pass) {
@@ -96,7 +97,7 @@ std::string TKeptSettings::PutBack()
     };
     if (std::all_of(settings_.begin(), settings_.end(), isRight)) return "";
   }
-  return changed;
+  return "these settings of the camera are not what they were: " + changed;
 }
 
 } // namespace vxtool

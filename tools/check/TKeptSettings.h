@@ -16,7 +16,7 @@ class TKeptSettings final
 public:
   /// Why the camera cannot be opened; "" when its settings were read.
   std::string Read(int camera);
-  /// The names of settings that are not what they were; why the camera cannot be opened.
+  /// Which settings are not what they were, or why the camera cannot be opened; "" when all are back.
   std::string PutBack();
 
 private:
