@@ -124,14 +124,16 @@ TEST_F(Check, FindsEachFault)
 
 TEST_F(Check, EndsWhenTheCameraIsGone)
 {
-  const auto reportOf = [this](const char* rule) {
-    return ReportOf(Begin(std::string("[Camera0]\n") + kQuick + "[Faults]\nRule = camera at 50 " + rule + "\n"));
+  const auto begin = [this](const char* rule) {
+    return Begin(std::string("[Camera0]\n") + kQuick + "[Faults]\nRule = camera at 50 " + rule + "\n");
   };
-  const json gone = reportOf("unplug");
+  FILE* const first = begin("unplug");
+  FILE* const second = begin("replug 300ms");
+  const json gone = ReportOf(first);
+  const json back = ReportOf(second);
   EXPECT_EQ(gone["gone"], true);
   EXPECT_EQ(WithVerdict(gone, {"FAIL", "unstable", "warn"}).size(), 1U) << gone;
   EXPECT_EQ(gone["checks"].back()["came"], "VX_Open: 53: the camera does not answer");
-  const json back = reportOf("replug 300ms");
   EXPECT_EQ(back["gone"], false);
   EXPECT_EQ(WithVerdict(back, {"FAIL", "unstable", "warn"}).size(), 1U) << back;
 }
