@@ -6,6 +6,8 @@
 #include "vxcore/simulated/TSimulatedBackend.h"
 
 #include <deque>
+#include <functional>
+#include <latch>
 
 namespace {
 
@@ -81,10 +83,13 @@ private:
 class TPlainBackend final : public IDeviceBackend
 {
 public:
+  inline static std::function<void(int index)> onOpen; ///< called in the middle of an opening
+
   explicit TPlainBackend(int count) : count_(count) {}
   int Enumerate() override { return count_; }
-  int Open(int, const TDeviceContext&, std::unique_ptr<IDevice>& device) override
+  int Open(int index, const TDeviceContext&, std::unique_ptr<IDevice>& device) override
   {
+    if (onOpen) onOpen(index);
     device = std::make_unique<TPlainDevice>();
     return VX_SUCCESS;
   }
@@ -159,6 +164,38 @@ TEST_F(Backends, AreSwitchedOffByName)
     EXPECT_EQ(VXSIM_Configure(text), VX_ERR_OUT_OF_RANGE) << text;
     EXPECT_NE(std::string(VXSIM_GetLastError()).find(place), std::string::npos) << VXSIM_GetLastError();
   }
+}
+
+TEST_F(Backends, AnOpeningThatTakesLongDelaysOnlyItsDeviceAndTheEndOfTheLibrary)
+{
+  Configure("[Plain]\nDevice = a\nDevice = b\n[Backends]\nSimulator = off\n");
+  std::latch isInside{1};
+  std::latch mayLeave{1};
+  TPlainBackend::onOpen = [&](int index) {
+    if (index != 0) return;
+    isInside.count_down();
+    mayLeave.wait();
+  };
+  int slow = 0;
+  int slowCode = -1;
+  std::thread opening([&] { slowCode = VX_Open(0, &slow); });
+  isInside.wait();
+  std::atomic<bool> isDone{false};
+  std::thread other([&] {
+    EXPECT_EQ(DeviceCount(), 2);
+    EXPECT_EQ(VX_InitialiseLibrary(), VX_SUCCESS);
+    EXPECT_EQ(VX_FinaliseLibrary(), VX_SUCCESS);
+    const OpenCamera plain(1);
+    EXPECT_EQ(VX_Flush(plain.handle), VX_SUCCESS);
+    isDone = true;
+  });
+  EXPECT_TRUE(Eventually([&] { return isDone.load(); }));
+  std::thread end([] { EXPECT_EQ(VX_FinaliseLibrary(), VX_SUCCESS); });
+  mayLeave.count_down();
+  for (std::thread* thread : {&opening, &other, &end}) thread->join();
+  TPlainBackend::onOpen = nullptr;
+  EXPECT_EQ(slowCode, VX_SUCCESS);
+  EXPECT_EQ(VXSIM_GetOpenCount(), 0) << "the end of the library closes what was being opened";
 }
 
 TEST_F(Backends, FramesOfAnyDeviceTakeTheFaultsOfThePlan)

@@ -18,8 +18,8 @@ struct TDeviceContext
 };
 
 /// Made by a row of the table in vxcore/backends.cpp from its sections of the configuration; owned by
-/// TBackendTable. Every operation is called with the device table locked, so an implementation needs no lock for
-/// them.
+/// TBackendTable. Any thread may call Enumerate() at any time, and Open() for different devices at the same time: for one
+/// device there is one Open() at a time, with the device's lock.
 class IDeviceBackend
 {
 public:

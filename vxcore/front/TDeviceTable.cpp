@@ -113,12 +113,21 @@ int TDeviceTable::DeviceCount(int& count)
 
 int TDeviceTable::Open(int index, int& handle)
 {
-  const std::lock_guard lock(mutex_);
-  if (initialiseCount_ == 0) return VX_ERR_NOT_INITIALISED;
   TBackendTable::TPlace place;
-  if (index >= kMaxDevices || !backends_->Find(index, place)) return VX_ERR_NO_SUCH_DEVICE;
+  std::shared_ptr<TBackendTable> backends; // a reset meanwhile leaves them alive
+  unsigned int closings = 0;
+  {
+    const std::lock_guard lock(mutex_);
+    if (initialiseCount_ == 0) return VX_ERR_NOT_INITIALISED;
+    if (index >= kMaxDevices || !backends_->Find(index, place)) return VX_ERR_NO_SUCH_DEVICE;
+    backends = backends_;
+    closings = closings_;
+  }
+  // Without the table's lock, since a device that does not answer takes seconds.
   TSlot& slot = slots_[static_cast<size_t>(index)];
-  const std::lock_guard slotLock(slot.mutex);
+  const std::lock_guard opening(slot.openingMutex);
+  const std::lock_guard lock(slot.mutex);
+  if (closings_ != closings) return VX_ERR_NOT_INITIALISED;
   if (slot.device) return VX_ERR_DEVICE_IN_USE;
   slot.faults = std::make_unique<TDeviceFaults>(index);
   std::unique_ptr<IDevice> device;
@@ -126,17 +135,16 @@ int TDeviceTable::Open(int index, int& handle)
   if (code != VX_SUCCESS) return code;
   slot.device = device->AppliesFrameFaults() ? std::move(device)
                                              : std::make_unique<TFaultyDevice>(std::move(device), *slot.faults);
-  generation_ = generation_ >= kMaxGeneration ? 1 : generation_ + 1;
-  slot.handle = generation_ * kMaxDevices + index; // a handle of an earlier opening never fits again
+  slot.generation = slot.generation >= kMaxGeneration ? 1 : slot.generation + 1;
+  slot.handle = slot.generation * kMaxDevices + index; // a handle of an earlier opening never fits again
   handle = slot.handle;
   return VX_SUCCESS;
 }
 
 int TDeviceTable::Close(int handle)
 {
-  const std::lock_guard lock(mutex_);
   const int index = DeviceOfHandle(handle);
-  return index < 0 ? NoSuchHandle() : CloseSlot(index, handle);
+  return index < 0 ? NoSuchHandle() : CloseSlot(slots_[static_cast<size_t>(index)], handle);
 }
 
 int TDeviceTable::Flush(int handle)
@@ -218,10 +226,10 @@ int TDeviceTable::FindDevice(int device, std::shared_ptr<TBackendTable>& backend
   return VX_SUCCESS;
 }
 
-/// Closes one device. Called with the table locked.
-int TDeviceTable::CloseSlot(int index, int handle)
+/// Closes the device of a slot if it has this handle.
+int TDeviceTable::CloseSlot(TSlot& slot, int handle)
 {
-  TSlot& slot = slots_[static_cast<size_t>(index)];
+  const std::lock_guard closing(slot.openingMutex);
   std::unique_ptr<IDevice> device;
   int code = VX_SUCCESS;
   {
@@ -236,16 +244,18 @@ int TDeviceTable::CloseSlot(int index, int handle)
   return code;
 }
 
+/// Called with the table locked, so that no opening begins. One under way either has its device closed here or sees that
+/// all were closed.
 void TDeviceTable::CloseAll()
 {
-  for (int index = 0; index < kMaxDevices; ++index) {
+  ++closings_;
+  for (TSlot& slot : slots_) {
     int handle = VX_HANDLE_NONE;
     {
-      TSlot& slot = slots_[static_cast<size_t>(index)];
       const std::lock_guard lock(slot.mutex);
       handle = slot.handle;
     }
-    if (handle != VX_HANDLE_NONE) CloseSlot(index, handle);
+    if (handle != VX_HANDLE_NONE) CloseSlot(slot, handle);
   }
 }
 

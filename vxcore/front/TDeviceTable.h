@@ -18,8 +18,9 @@ namespace vxcore {
 /// that calls from threads that outlive main() stay harmless. Thread-safe.
 ///
 /// Each device index has a slot, never destroyed, with the device's lock. A call locks the slot, compares
-/// the handle and works on the device under the lock: one uncontended lock a call. The table's own lock serialises
-/// opening, closing and configuring, and is always taken before a slot's.
+/// the handle and works on the device under the lock: one uncontended lock a call. A second lock of the slot serialises
+/// opening and closing its device, which may take seconds while other devices are used, opened and closed. The table's
+/// own lock is for looking up and configuring. Order: table, opening, device.
 class TDeviceTable final
 {
 public:
@@ -84,8 +85,10 @@ public:
 private:
   struct TSlot
   {
-    std::mutex mutex;
+    std::mutex openingMutex; ///< one opening or closing at a time, with what is done without the device's lock
+    std::mutex mutex;        ///< the device's lock, which guards what follows
     int handle = VX_HANDLE_NONE;
+    int generation = 1;
     std::unique_ptr<IFrameFaults> faults; ///< of the device, which uses it until it is destroyed
     std::unique_ptr<IDevice> device;
   };
@@ -104,16 +107,17 @@ private:
   int LoadBackends(std::string& error);
   int FindDevice(int device, std::shared_ptr<TBackendTable>& backends, TBackendTable::TPlace& place);
   void Forget(std::optional<std::string> text);
-  int CloseSlot(int index, int handle);
+  int CloseSlot(TSlot& slot, int handle);
   void CloseAll();
 
   std::array<TSlot, kMaxDevices> slots_;
   std::atomic<int> initialiseCount_{0};
+  std::atomic<unsigned int> closings_{
+      0}; ///< how often all devices were closed: an opening that was on its way then fails
 
   std::mutex mutex_; // guards what follows
   std::optional<std::string> configurationText_;
   std::shared_ptr<TBackendTable> backends_; ///< null until the configuration is read
-  int generation_ = 1;
 };
 
 /// The message of the last rejected configuration or rule on this thread.
