@@ -25,6 +25,12 @@ bool IsIndependentBitSet(unsigned int value)
   return (value & kIndependentBit) != 0;
 }
 
+// The current camera of the process is another one, or may become one at any time.
+bool IsIndependentNow(unsigned int value)
+{
+  return IsIndependentBitSet(value) || CameraOfThread() != kNoCameraOfThread;
+}
+
 // While the library is loaded, before any run.
 bool ReadEnvironment()
 {
@@ -41,7 +47,7 @@ bool ReadEnvironment()
 } // namespace
 
 TRunCamera::TRunCamera(int coreHandle)
-    : coreHandle_(coreHandle), isIndependent_(IsIndependentBitSet(settingAndRuns.fetch_add(kOneRun)))
+    : coreHandle_(coreHandle), isIndependent_(IsIndependentNow(settingAndRuns.fetch_add(kOneRun)))
 {
 }
 
@@ -64,7 +70,7 @@ bool TRunCamera::SetIndependent(bool independent)
   return true;
 }
 
-bool TRunCamera::IsSetIndependent()
+bool TRunCamera::IsNextIndependent()
 {
-  return IsIndependentBitSet(settingAndRuns);
+  return IsIndependentNow(settingAndRuns);
 }

@@ -4,7 +4,7 @@
 
 /// Which camera the calls of one run address: the one that is current at the moment of each call, or, with independent
 /// cameras, the one that started the run. That choice is a setting of the process, which is read when the object is made
-/// and does not change while one exists. Made by each start; shared by the start and its run, and gone before the run is
+/// and does not change while one exists; a run that is started by a thread with its own camera is always independent. Made by each start; shared by the start and its run, and gone before the run is
 /// reported as ended. Thread-safe.
 class TRunCamera final
 {
@@ -22,8 +22,9 @@ public:
   /// Chooses what runs do from the next start on. Returns false, with nothing changed, when that would change the setting
   /// while any camera runs or starts.
   static bool SetIndependent(bool independent);
-  /// The present setting: at first that of the environment variable VXMCD_INDEPENDENT_CAMERAS.
-  static bool IsSetIndependent();
+  /// Whether a run that this thread starts now would be independent. The setting is at first that of the environment
+  /// variable VXMCD_INDEPENDENT_CAMERAS.
+  static bool IsNextIndependent();
 
 private:
   const int coreHandle_;

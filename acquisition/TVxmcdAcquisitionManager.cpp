@@ -155,7 +155,8 @@ int TVxmcdAcquisitionManager::StartRun()
 
   const TRunPlan plan = Plan();
   destroyMetadataObjects();
-  circularBuffer_.SetSharesBudget(camera->IsIndependent());
+  runIsIndependent_ = camera->IsIndependent();
+  circularBuffer_.SetSharesBudget(runIsIndependent_);
   int slotCount = static_cast<int>(kFrameBudgetBytes / frameSizeBytes);
   limitCircularBufferLengthToMaxOf5000(slotCount);
 

@@ -101,6 +101,8 @@ public:
   void Close();
 
   bool IsRunning() { return thread_->IsStarted(); }
+  /// Whether a run goes on that takes its frames from the current camera, whichever that is.
+  bool IsRunOfCurrentCamera() { return IsRunning() && !runIsIndependent_; }
   bool IsTimedOut() const { return thread_->IsTimedOut(); }
   bool IsHardwareOverflow() const { return thread_->IsHardwareOverflow(); }
   /// Whether the last run failed because its frames could not be written to disk.
@@ -173,6 +175,7 @@ private:
   bool spoolEnabled_ GUARDED_BY(spoolMutex_) = false;
   TSpoolSettings spoolSettings_ GUARDED_BY(spoolMutex_);
   std::atomic<bool> spoolingRun_{false};
+  std::atomic<bool> runIsIndependent_{false};
   std::atomic<bool> closed_{false};
   std::atomic<std::uint64_t> stops_{0}; // calls of Stop(), each of which ends the waits for an earlier run
 

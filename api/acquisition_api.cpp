@@ -47,7 +47,7 @@ int StatusOf(TVxmcdAcquisitionManager& manager)
 // Nothing refuses a second run, whose frames only independent cameras have for themselves.
 void WarnOfOtherRun(const TCameraUse& camera)
 {
-  if (!TQuorinLibDebugOutput::IsEnabled(TQuorinLibDebugOutput::Warning) || TRunCamera::IsSetIndependent()) return;
+  if (!TQuorinLibDebugOutput::IsEnabled(TQuorinLibDebugOutput::Warning) || TRunCamera::IsNextIndependent()) return;
   if (const std::optional<long> other = FindOtherRun(camera.Record()))
     TQuorinLibDebugOutput::Output(
         __FILE__, __LINE__, "StartAcquisition", TQuorinLibDebugOutput::Warning,

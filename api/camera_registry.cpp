@@ -22,6 +22,9 @@ namespace {
 // declared with its lock, which is not.
 TNeverDestroyed<TSharedMutex> registryMutex;
 
+// By handle; one that was made stays, since a thread may wait for it while another closes the camera.
+TNeverDestroyed<std::map<long, QuorinUtility::TQuorinCriticalSection>> closingLocks;
+
 std::atomic<bool> hasOpenCameras{false};
 std::atomic<bool> isForkedChild{false};
 
@@ -57,7 +60,10 @@ TCamera* GetCurrentCamera()
 
 void SelectCamera(long handle)
 {
-  if (!IsForkedChild()) PublishCurrentCamera(handle);
+  if (CameraOfThread() != kNoCameraOfThread)
+    SetCameraOfThread(handle);
+  else if (!IsForkedChild())
+    PublishCurrentCamera(handle);
 }
 
 bool IsCameraOpen(long handle)
@@ -68,6 +74,7 @@ bool IsCameraOpen(long handle)
 void RegisterCamera(long handle, const TCamera& camera)
 {
   const TLock lock(registryMutex.object);
+  closingLocks.object.try_emplace(handle);
   HandleToCameraMap.object.insert_or_assign(handle, camera);
   hasOpenCameras = true;
   PublishCoreHandle(handle, static_cast<int>(camera.cameraHandle));
@@ -98,11 +105,19 @@ TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager)
   return camera;
 }
 
+QuorinUtility::TQuorinCriticalSection* ClosingLock(long handle)
+{
+  const TSharedLock lock(registryMutex.object);
+  const auto entry = closingLocks.object.find(handle);
+  return entry == closingLocks.object.end() ? nullptr : &entry->second;
+}
+
 std::optional<long> FindOtherRun(const TCamera& camera)
 {
   const TSharedLock lock(registryMutex.object);
   for (const auto& [handle, other] : HandleToCameraMap.object)
-    if (&other != &camera && other.acquisitionManager && other.acquisitionManager->IsRunning()) return handle;
+    if (&other != &camera && other.acquisitionManager && other.acquisitionManager->IsRunOfCurrentCamera())
+      return handle;
   return std::nullopt;
 }
 

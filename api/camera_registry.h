@@ -24,7 +24,7 @@ extern VXMCD_API TNeverDestroyed<QuorinUtility::TQuorinCriticalSection> currentC
 /// The record under the current handle, or InvalidCamera; never null. Borrowed until ShutDown().
 TCamera* GetCurrentCamera();
 
-/// Makes @p handle the current one.
+/// Makes @p handle the current one: of the calling thread if it has one for itself, else of the process.
 void SelectCamera(long handle);
 /// Whether a camera is open under @p handle.
 bool IsCameraOpen(long handle);
@@ -36,7 +36,9 @@ void UnregisterCamera(long handle);
 /// Counts the caller into the uses of the camera's acquisition manager, see TCameraUse, and writes its address.
 /// Null when no camera is open under @p handle or it is being closed.
 TCamera* EnterCamera(long handle, TVxmcdAcquisitionManager*& manager);
-/// The handle of another camera than @p camera that acquires, if there is one.
+/// The lock of TClosingTurn; null when no camera was ever open under @p handle.
+QuorinUtility::TQuorinCriticalSection* ClosingLock(long handle);
+/// The handle of another camera than @p camera that acquires with frames of the current camera, if there is one.
 std::optional<long> FindOtherRun(const TCamera& camera);
 /// Removes the acquisition manager from the record, so that no new use of the camera can begin.
 TVxmcdAcquisitionManager* CloseCameraToNewUses(TCamera& camera);

@@ -18,6 +18,15 @@ bool IsHandleInRange(long handle, long count)
   return handle >= kFirstCameraHandle && handle - kFirstCameraHandle < count;
 }
 
+unsigned int CheckAttached(long handle)
+{
+  long count = 0;
+  if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return code;
+  if (!IsHandleInRange(handle, count))
+    return Refuse(RC_P1_INVALID, "there are %ld cameras, from handle %ld", count, kFirstCameraHandle);
+  return RC_SUCCESS;
+}
+
 } // namespace
 
 unsigned int GetAvailableCameras(long* count)
@@ -41,11 +50,19 @@ unsigned int GetCameraHandle(long cameraIndex, long* handle)
 
 unsigned int SetCurrentCamera(long handle)
 {
-  long count = 0;
-  if (const unsigned int code = GetAvailableCameras(&count); code != RC_SUCCESS) return code;
-  if (!IsHandleInRange(handle, count))
-    return Refuse(RC_P1_INVALID, "there are %ld cameras, from handle %ld", count, kFirstCameraHandle);
+  if (const unsigned int code = CheckAttached(handle); code != RC_SUCCESS) return code;
   SelectCamera(handle);
+  return RC_SUCCESS;
+}
+
+unsigned int vxmcd_SetCurrentCameraOfThread(long handle, long* earlier)
+{
+  // An open camera needs no question to the feature library: programs make this call before many others.
+  if (handle != kNoCameraOfThread && !IsCameraOpen(handle)) {
+    if (const unsigned int code = CheckAttached(handle); code != RC_SUCCESS) return code;
+  }
+  WriteOutput(earlier, CameraOfThread());
+  SetCameraOfThread(handle);
   return RC_SUCCESS;
 }
 

@@ -5,13 +5,12 @@
 #include "api/camera_registry.h"
 #include "api/entry_points.h"
 #include "api/TCameraUse.h"
+#include "api/TClosingTurn.h"
 #include "api/trigger_board_library.h"
 #include "features/device_access.h"
 #include "features/feature_access.h"
 #include "features/feature_names.h"
 #include "features/TLibraryUse.h"
-#include "utility/TAutoQuorinCriticalSection.h"
-#include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinLibDebugOutput.h"
 
 #include <atomic>
@@ -101,7 +100,8 @@ unsigned int ShutDown(void)
   if (LowerInitialiseCounter()) UnloadTriggerBoardLibrary(gblInitialiseCounter);
   if (IsForkedChild()) return RC_NOT_INITIALIZED;
 
-  const QuorinUtility::TAutoQuorinCriticalSection lock(&currentCameraShutdownMutex.object);
+  const TClosingTurn turn(handle);
+  if (!turn) return RC_NOT_INITIALIZED;
   TCamera* const camera = getCameraFromHandle(handle);
   if (camera->cameraHandle == TCamera::kNoCamera) return RC_NOT_INITIALIZED;
 

@@ -4,14 +4,13 @@
 #include "api/entry_points.h"
 #include "api/result_maps.h"
 #include "api/TCameraUse.h"
+#include "api/TClosingTurn.h"
 #include "features/refused_access.h"
 #include "features/TgetFIFOUsage.h"
 #include "features/TPseudoADChannel.h"
 #include "features/TPseudoAmplifier.h"
 #include "features/TPseudoHSSpeed.h"
 #include "utility/outputs.h"
-#include "utility/TAutoQuorinCriticalSection.h"
-#include "utility/TQuorinCriticalSection.h"
 #include "utility/TQuorinMisc.h"
 
 #include <cstring>
@@ -205,9 +204,10 @@ unsigned int GetFIFOUsage(int* percent)
 {
   if (IsForkedChild()) return RC_NOT_INITIALIZED;
   // One thread at a time reads the registers, and the camera stays open between the reads.
-  const QuorinUtility::TAutoQuorinCriticalSection lock(&currentCameraShutdownMutex.object);
-  const TCameraUse camera;
-  if (!camera) return RC_NOT_INITIALIZED;
+  const long handle = CurrentCameraHandle();
+  const TClosingTurn turn(handle);
+  const TCameraUse camera(handle);
+  if (!turn || !camera) return RC_NOT_INITIALIZED;
   if (!percent) return RC_P1_INVALID;
   return ToResultCode(camera.FIFOUsage().GetInt(*percent), RC_NOT_SUPPORTED);
 }

@@ -24,6 +24,7 @@ static_assert(std::atomic<TCurrent>::is_always_lock_free);
 
 std::atomic<TCurrent> current{{kFirstCameraHandle, kNoCoreHandle}};
 std::atomic<bool> isForgotten{false};
+constinit thread_local long cameraOfThread = kNoCameraOfThread;
 
 struct TOpenDevices
 {
@@ -31,6 +32,11 @@ struct TOpenDevices
   std::map<long, int> coreHandles GUARDED_BY(mutex); // by camera handle
 };
 TNeverDestroyed<TOpenDevices> openDevices;
+
+long CurrentHandleOfProcess() noexcept
+{
+  return __atomic_load_n(&gblVxmcdCameraHandle, __ATOMIC_ACQUIRE);
+}
 
 int Find(long handle) REQUIRES_SHARED(openDevices.object.mutex)
 {
@@ -40,7 +46,7 @@ int Find(long handle) REQUIRES_SHARED(openDevices.object.mutex)
 
 void PublishPair() REQUIRES(openDevices.object.mutex)
 {
-  const long handle = CurrentCameraHandle();
+  const long handle = CurrentHandleOfProcess();
   const bool isInRange = handle == static_cast<std::int32_t>(handle);
   current = isInRange ? TCurrent{static_cast<std::int32_t>(handle), Find(handle)} : TCurrent{0, kNoCoreHandle};
 }
@@ -49,7 +55,17 @@ void PublishPair() REQUIRES(openDevices.object.mutex)
 
 long CurrentCameraHandle() noexcept
 {
-  return __atomic_load_n(&gblVxmcdCameraHandle, __ATOMIC_ACQUIRE);
+  return cameraOfThread != kNoCameraOfThread ? cameraOfThread : CurrentHandleOfProcess();
+}
+
+long CameraOfThread() noexcept
+{
+  return cameraOfThread;
+}
+
+void SetCameraOfThread(long handle) noexcept
+{
+  cameraOfThread = handle;
 }
 
 int CurrentCoreHandle() noexcept

@@ -18,11 +18,12 @@
  * 5. Functions may be called from any thread, but one camera's functions are meant for one thread at a time: do
  *    not open, close or switch cameras while other threads use them. One thread may wait (WaitForAcquisition() and
  *    its forms) while another calls CancelWait(), AbortAcquisition(), GetStatus() or a retrieval function. The current
- *    camera is the same for all threads: those that use several cameras take turns at choosing one and calling.
+ *    camera is the same for all threads except those that have their own, see vxmcd_SetCurrentCameraOfThread(): with it
+ *    threads use, open and close different cameras at the same time.
  * 6. Only the functions that say so block; the others return after a few calls into the feature library.
  * 7. One camera acquires at a time: a running acquisition belongs to the camera that is current while it runs. Do
- *    not call SetCurrentCamera() until the run has ended. With vxmcd_SetIndependentCameras() any number of cameras
- *    acquire at the same time.
+ *    not call SetCurrentCamera() until the run has ended. With vxmcd_SetIndependentCameras(), or in threads with their own
+ *    current camera, any number of cameras acquire at the same time.
  * 8. Some 430 functions of older cameras are kept so that their programs link and run; they do nothing but return a
  *    code, and some write a fixed value. They are in vxmcd_fixed_results.h, which is part of this file.
  */
@@ -98,14 +99,34 @@ VXMCD_DECORATED unsigned int GetAvailableCameras(long* count);
  */
 VXMCD_DECORATED unsigned int GetCameraHandle(long cameraIndex, long* handle);
 /**
- * Makes a camera the current one. It need not be open: Initialize() opens it.
+ * Makes a camera the current one. It need not be open: Initialize() opens it. For a thread with its own current camera
+ * (vxmcd_SetCurrentCameraOfThread()) it changes that one only.
  * @param handle  101 to 100 + count
  * @return #RC_SUCCESS; #RC_P1_INVALID when no camera has this handle; the code of GetAvailableCameras() when that
  *         fails
  */
 VXMCD_DECORATED unsigned int SetCurrentCamera(long handle);
-/** Writes the current handle (101 at first), whether or not that camera is open. Returns #RC_SUCCESS. */
+/** Writes the current handle (101 at first), whether or not that camera is open: that of the calling thread if it has its
+ *  own, else that of the process. Returns #RC_SUCCESS. */
 VXMCD_DECORATED unsigned int GetCurrentCamera(long* handle);
+/**
+ * Gives the calling thread its own current camera, until it is ended: the functions that this thread calls then act on that
+ * camera, whichever the other threads choose. A program with a thread for each camera makes this call once in each thread and
+ * needs no lock: no thread waits while another one opens, stops or closes another camera.
+ *
+ * In a thread with its own, SetCurrentCamera() and GetCurrentCamera() change and read that one; gblVxmcdCameraHandle stays
+ * the current handle of the process. The camera need not be open: Initialize() opens it, and after ShutDown() it is still the
+ * thread's. A run that the thread starts belongs to its camera, as with vxmcd_SetIndependentCameras(1). New threads have none
+ * of their own, nor do the library's; callbacks act on the camera of the thread that runs them. A library that uses a camera
+ * on a program's threads sets it for the length of its calls and then restores @p earlier.
+ *
+ * Thread-safe; blocks no longer than SetCurrentCamera(), and not at all for an open camera.
+ * @param handle   101 to 100 + count; 0 ends it: the thread then follows the current camera of the process
+ * @param earlier  written with the handle that the thread had for itself, 0 for none; untouched on failure; may be null
+ * @return #RC_SUCCESS; #RC_P1_INVALID when no camera has this handle; the code of GetAvailableCameras() when that
+ *         fails
+ */
+VXMCD_API unsigned int vxmcd_SetCurrentCameraOfThread(long handle, long* earlier);
 /**
  * Writes the feature library's handle of the current camera, -1 when it is not open.
  * @return #RC_SUCCESS; #RC_P1_INVALID for a null pointer
@@ -929,8 +950,8 @@ VXMCD_API unsigned int vxsys_GetDDGIOCFrequencyRange(double* minimum, double* ma
  * and the series continues to its end.
  * @return #RC_SUCCESS; #RC_FRAME_UNAVAILABLE when the camera refuses, the earlier run does not end, or there is not
  *         enough memory: for all images of a finite run that is not written to disk, and for two images in other runs.
- *         With vxmcd_SetIndependentCameras() also when the memory of all cameras together would exceed three quarters of
- *         the machine's or of its control group's limit;
+ *         For a run that is independent (vxmcd_SetIndependentCameras(), vxmcd_SetCurrentCameraOfThread()) also when the
+ *         memory of all cameras together would exceed three quarters of the machine's or of its control group's limit;
  *         #RC_START_REFUSED when the camera refuses a mode or count that could not be written earlier, or it still
  *         cannot be written because the earlier run has not ended, and after an internal failure; #RC_FEATURE_ERROR,
  *         #RC_ACQUIRING are reserved

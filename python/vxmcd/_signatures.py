@@ -38,6 +38,7 @@ FUNCTIONS = {
     "GetCameraHandle": (c_uint, (c_long, POINTER(c_long))),
     "SetCurrentCamera": (c_uint, (c_long,)),
     "GetCurrentCamera": (c_uint, (POINTER(c_long),)),
+    "vxmcd_SetCurrentCameraOfThread": (c_uint, (c_long, POINTER(c_long))),
     "GetSDK3Handle": (c_uint, (POINTER(c_int),)),
     "getCameraFromHandle": (c_void_p, (c_long,)),
     "vxmcd_SetIndependentCameras": (c_uint, (c_int,)),

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <functional>
+#include <latch>
 #include <thread>
 
 namespace {
@@ -174,6 +175,41 @@ TEST_F(CameraPotsApi, ThreadsWaitForOneAnother)
   });
   for (std::thread& thread : threads) thread.join();
   EXPECT_GE(notified, 200);
+}
+
+// An observer keeps the first camera in a call, and so its ShutDown() too.
+TEST_F(CameraPotsApi, AThreadWithItsOwnCameraDoesNotWaitForTheShutDownOfAnother)
+{
+  ASSERT_EQ(VXSIM_Configure(kTwoManualCameras), VX_SUCCESS);
+  OpenWithFile();
+  std::latch isInside{1};
+  std::latch mayLeave{1};
+  Observe([&] {
+    isInside.count_down();
+    mayLeave.wait();
+  });
+  std::thread inside([] { EXPECT_EQ(vxsys_CameraPotsSetPotValue(0, 0, 9), 0u); });
+  isInside.wait();
+  std::thread closing([] { EXPECT_EQ(ShutDown(), RC_SUCCESS); });
+  int status = 0;
+  EXPECT_TRUE(Eventually([&] { return GetStatus(&status) == RC_NOT_INITIALIZED; }));
+  std::thread again([] {
+    EXPECT_EQ(vxmcd_SetCurrentCameraOfThread(101, nullptr), RC_SUCCESS);
+    EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED) << "one closes it at a time";
+  });
+  std::atomic<bool> isDone{false};
+  std::thread other([&] {
+    int percent = 0;
+    EXPECT_EQ(vxmcd_SetCurrentCameraOfThread(102, nullptr), RC_SUCCESS);
+    for (const unsigned int code :
+         {Initialize(nullptr), GetFIFOUsage(&percent), StartAcquisition(), AbortAcquisition(), ShutDown()})
+      EXPECT_EQ(code, RC_SUCCESS);
+    isDone = true;
+  });
+  EXPECT_TRUE(Eventually([&] { return isDone.load(); }));
+  mayLeave.count_down();
+  for (std::thread* thread : {&inside, &closing, &again, &other}) thread->join();
+  EXPECT_EQ(VXSIM_GetOpenCount(), 0);
 }
 
 } // namespace

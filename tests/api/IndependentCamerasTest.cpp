@@ -138,9 +138,13 @@ TEST_F(IndependentCameras, FramesEndAndAbortBelongToTheCameraThatStarted)
 // A run of 101 while 102 is current: which of them its thread waits for, and which it stops at its end.
 TEST_F(IndependentCameras, WithoutThemARunAddressesTheCurrentCamera)
 {
-  for (const int independent : {0, 1}) {
-    ASSERT_EQ(vxmcd_SetIndependentCameras(independent), RC_SUCCESS);
-    const int device = independent == 1 ? 0 : 1;
+  for (const int independent : {0, 1, 2}) {
+    ASSERT_EQ(vxmcd_SetIndependentCameras(independent % 2), RC_SUCCESS);
+    if (independent == 2) { // as runs of threads with their own camera are
+      SetCurrentCamera(102);
+      vxmcd_SetCurrentCameraOfThread(101, nullptr);
+    }
+    const int device = independent == 0 ? 1 : 0;
     OpenAndStart(101, kModeUntilAborted);
     OpenCamera(102);
     const auto waits = [](int index) {
@@ -158,6 +162,7 @@ TEST_F(IndependentCameras, WithoutThemARunAddressesTheCurrentCamera)
     VXSIM_ClearFaults();
     ASSERT_EQ(ShutDown(), RC_SUCCESS);
   }
+  vxmcd_SetCurrentCameraOfThread(0, nullptr);
 }
 
 // The cameras that are opened again get each other's handles of the feature library.
@@ -215,8 +220,13 @@ TEST_F(IndependentCameras, TheSettingStaysDuringRunsAndStarts)
 class RandomUse : public IndependentCameras
 {
 protected:
+  // Half of the cameras are their thread's own; the other ones take turns at being the current one.
   unsigned int Call(long handle, const std::function<unsigned int()>& call)
   {
+    if (handle % 2 == 0) {
+      EXPECT_EQ(vxmcd_SetCurrentCameraOfThread(handle, nullptr), RC_SUCCESS);
+      return call();
+    }
     const std::lock_guard lock(calls_);
     EXPECT_EQ(SetCurrentCamera(handle), RC_SUCCESS);
     return call();

@@ -64,6 +64,7 @@ TEST_F(Lifecycle, ChildOfAForkHasNoCamera)
     const bool isRight = GetAvailableCameras(&count) == RC_NOT_SUPPORTED &&
                          GetStatus(&status) == RC_NOT_INITIALIZED && StartAcquisition() == RC_NOT_INITIALIZED &&
                          vxmcd_SetIndependentCameras(0) == RC_NOT_SUPPORTED &&
+                         vxmcd_SetCurrentCameraOfThread(101, nullptr) == RC_NOT_SUPPORTED &&
                          Initialize(nullptr) == RC_NO_CAMERA && ShutDown() == RC_NOT_INITIALIZED;
     _exit(isRight ? 0 : 1);
   }

@@ -3,6 +3,7 @@
 #include "tests/support/SimulatedCameraTest.h"
 
 #include <cstring>
+#include <thread>
 
 extern long gblVxmcdCameraHandle;
 
@@ -115,6 +116,59 @@ TEST_F(Selection, TheCurrentHandleIsFollowedWhoeverWritesIt)
   EXPECT_EQ(seen(), -1);
   current = 101;
   EXPECT_EQ(seen(), first) << "the other one is still open";
+}
+
+TEST_F(Selection, AThreadMayHaveItsOwnCurrentCamera)
+{
+  long earlier = 77;
+  for (const long wrong : {100L, 103L, -1L})
+    EXPECT_EQ(vxmcd_SetCurrentCameraOfThread(wrong, &earlier), RC_P1_INVALID);
+  EXPECT_EQ(earlier, 77);
+  ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+  const auto device = [] {
+    int handle = 0;
+    int status = 0;
+    GetSDK3Handle(&handle);
+    EXPECT_EQ(GetStatus(&status), handle == -1 ? RC_NOT_INITIALIZED : RC_SUCCESS);
+    return handle;
+  };
+  const auto current = [] {
+    long handle = 0;
+    GetCurrentCamera(&handle);
+    return handle;
+  };
+  const int first = device();
+  std::thread([&] {
+    EXPECT_EQ(vxmcd_SetCurrentCameraOfThread(102, &earlier), RC_SUCCESS);
+    EXPECT_EQ(earlier, 0);
+    EXPECT_EQ(device(), -1) << "not open yet";
+    ASSERT_EQ(Initialize(nullptr), RC_SUCCESS);
+    const int second = device();
+    EXPECT_NE(second, first);
+    gblVxmcdCameraHandle = 101;
+    EXPECT_EQ(current(), 102);
+    EXPECT_EQ(device(), second);
+
+    VXSIM_AddFault("call VX_GetInt feature DeviceCount any rc 53");
+    EXPECT_EQ(vxmcd_SetCurrentCameraOfThread(101, &earlier), RC_SUCCESS) << "it is open";
+    EXPECT_EQ(earlier, 102);
+    EXPECT_EQ(device(), first);
+    EXPECT_EQ(SetCurrentCamera(102), RC_NOT_SUPPORTED);
+    VXSIM_ClearFaults();
+    EXPECT_EQ(SetCurrentCamera(102), RC_SUCCESS) << "of this thread";
+    EXPECT_EQ(device(), second);
+    EXPECT_EQ(gblVxmcdCameraHandle, 101);
+    EXPECT_EQ(ShutDown(), RC_SUCCESS);
+    EXPECT_EQ(ShutDown(), RC_NOT_INITIALIZED);
+    EXPECT_EQ(current(), 102);
+    VXSIM_AddFault("call VX_GetInt feature DeviceCount any rc 53");
+    EXPECT_EQ(vxmcd_SetCurrentCameraOfThread(102, &earlier), RC_NOT_SUPPORTED) << "it is not open any more";
+    EXPECT_EQ(vxmcd_SetCurrentCameraOfThread(0, nullptr), RC_SUCCESS);
+    VXSIM_ClearFaults();
+    EXPECT_EQ(device(), first);
+  }).join();
+  EXPECT_EQ(current(), 101);
+  EXPECT_EQ(device(), first);
 }
 
 TEST_F(Selection, OpeningTwiceAndClosingTwice)
