@@ -9,7 +9,7 @@ from typing import Optional, Tuple
 import numpy as np
 
 from . import raw
-from ._session import Session, undisturbed
+from ._session import Session
 from .errors import CameraStateError, NoImageError, VxmcdError
 
 SINGLE, ACCUMULATE, SERIES, UNTIL_ABORT = 1, 2, 3, 5
@@ -62,11 +62,15 @@ class Run:
             return
         self._is_stopped = True
         try:
-            with undisturbed():  # another thread may close the camera
+            with self._session.turn():  # another thread may close the camera
                 if self._session.is_open and self.status() == raw.RC_ACQUIRING:
                     self._session.call("AbortAcquisition", also=(raw.RC_IDLE,))
         finally:
             self._session.end_run()
+
+    def turn(self):
+        """For a `with` block during which no other thread makes a call for the camera, except for waits."""
+        return self._session.turn()
 
     def status(self) -> int:
         return self._session.read("GetStatus", ctypes.c_int)

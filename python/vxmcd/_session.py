@@ -1,10 +1,13 @@
 # SPDX-License-Identifier: MIT
-"""An open camera in the library. Calls of the library act on its current camera: a session makes its camera the current one for
-each call, under a lock that all sessions share. Runs are independent of it: each camera's run addresses its own camera."""
+"""An open camera in the library. For each call a session makes its camera that of the calling thread, so that calls for different
+cameras are made at the same time, and other code of the program keeps the current camera that it has chosen. Calls for one
+camera take turns. A run that is started in this way belongs to its camera."""
 from __future__ import annotations
 
 import ctypes
 import threading
+from contextlib import contextmanager
+from typing import Callable, Iterator
 
 import numpy as np
 
@@ -12,21 +15,34 @@ from . import _checks, raw
 from .errors import CameraStateError, NoCameraError, VxmcdError
 
 FIRST_HANDLE = 101
-
-_lock = threading.RLock()
-_is_calling = False  # the thread with the lock has chosen its camera for a call: the current camera must stay
+_UNCHANGED = -1  # no handle
 
 
-def undisturbed():
-    """For a `with` block during which no other thread makes a call through a session, except for waits."""
-    return _lock
+class _Thread(threading.local):
+    """What each thread has for itself."""
+
+    is_in_turn = False  # of any camera
+
+    def __init__(self):
+        self.at_end = []  # what to do at the end of the outermost turn
+
+
+_thread = _Thread()
+
+
+def after_turn(action: Callable[[], None]) -> None:
+    """Does something that takes the turn of a camera: at once or, in the middle of a turn, at its end. There a signal handler or
+    the garbage collector is running, and a thread that has the turn of the one camera may wait for that of the other."""
+    if _thread.is_in_turn:
+        _thread.at_end.append(action)
+    else:
+        action()
 
 
 def camera_count() -> int:
     """The number of attached cameras."""
     count = ctypes.c_long()
-    with _lock:
-        code = raw.GetAvailableCameras(ctypes.byref(count))
+    code = raw.GetAvailableCameras(ctypes.byref(count))
     if code != raw.RC_SUCCESS:
         raise VxmcdError("GetAvailableCameras", code)
     return count.value
@@ -46,40 +62,64 @@ def value_of(output):
 class Session:
     """One camera from Initialize to ShutDown. Thread-safe."""
 
-    _open = {}  # by handle
-    _closing = []  # closed, but not yet in the library
+    _open = {}  # by handle, from before Initialize to after ShutDown
 
     def __init__(self, index: int):
         self.index = _checks.integer("the number of a camera (vxmcd.cameras() lists them)", index)
         self.handle = FIRST_HANDLE + self.index
         self.is_open = False
+        self._is_in_library = False
         self._is_acquiring = False
-        with _lock:
-            if self.handle in self._open:
-                raise CameraStateError(f"camera {index} is open already: close it first with its close(), or with "
-                                       "vxmcd.close_cameras() when you have lost it, as in a notebook")
-            self._make_independent()
+        self._lock = threading.RLock()
+        with self.turn():
+            self._register()
             try:
-                self._call_as_current("Initialize", None)
-            except VxmcdError as error:
+                self._call("Initialize", None)
+            except BaseException as error:
+                del self._open[self.handle]
+                if not isinstance(error, VxmcdError):
+                    raise
                 count = camera_count()
                 if 0 <= self.index < count:
                     raise
                 detail = f"there is no camera {index}: {_which_are_attached(count)}"
                 raise NoCameraError(error.function, error.code, detail) from None
-            self.is_open = True
-            self._open[self.handle] = self
+            self._is_in_library = self.is_open = True
+
+    def _register(self):
+        while True:
+            other = self._open.setdefault(self.handle, self)
+            if other is self:
+                return
+            with other.turn():  # another thread may be opening or closing it
+                if other.is_open:
+                    raise CameraStateError(f"camera {self.index} is open already: close it first with its close(), or with "
+                                           "vxmcd.close_cameras() when you have lost it, as in a notebook")
+                other._shut_down()
+
+    @contextmanager
+    def turn(self) -> Iterator[None]:
+        """For a `with` block during which no other thread makes a call for this camera, except for waits."""
+        is_inner = _thread.is_in_turn
+        try:
+            _thread.is_in_turn = True
+            with self._lock:
+                yield
+        finally:
+            _thread.is_in_turn = is_inner
+            while _thread.at_end and not is_inner:
+                _thread.at_end.pop(0)()
 
     def call(self, name: str, *arguments, also=()) -> int:
-        """Calls a function with this camera as the current one. Returns its code, which is success or one of `also`."""
-        with _lock:
+        """Calls a function for this camera. Returns its code, which is success or one of `also`."""
+        with self.turn():
             if not self.is_open:
                 raise CameraStateError(f"{name}: camera {self.index} is closed")
-            return self._call_as_current(name, *arguments, also=also)
+            return self._call(name, *arguments, also=also)
 
     def change(self, name: str, *arguments, also=()) -> int:
         """As call(), for settings that a camera refuses during a run, often without an error. CameraStateError then."""
-        with _lock:
+        with self.turn():
             self.check_idle()
             return self.call(name, *arguments, also=also)
 
@@ -98,18 +138,17 @@ class Session:
         return buffer.value.decode(errors="replace")
 
     def wait(self, timeout_ms: int) -> None:
-        """Waits for an image of this camera's run, or until the time is over. Does not take the lock, so that other threads
-        can use this camera and others meanwhile."""
+        """Waits for an image of this camera's run, or until the time is over. Other threads can use this camera
+        meanwhile."""
         code = raw.WaitForAcquisitionByHandleTimeOut(self.handle, timeout_ms)
         self._check("WaitForAcquisitionByHandleTimeOut", code, (raw.RC_NO_NEW_DATA,))
 
     def begin_run(self) -> None:
         """From now to end_run() the camera is not idle."""
-        with _lock:
+        with self.turn():
             if not self.is_open:
                 raise CameraStateError(f"camera {self.index} is closed")
             self.check_idle()
-            self._make_independent()
             self._is_acquiring = True
 
     def check_idle(self) -> None:
@@ -125,66 +164,40 @@ class Session:
         return self.read("GetCameraSerialNumber", ctypes.c_int)
 
     def close(self) -> None:
-        """Closes the camera, which ends its run. The garbage collector may close a forgotten camera in the middle of a call
-        for another one: then it is closed in the library at the end of that call."""
-        with _lock:
-            if not self.is_open:
-                return
+        """Closes the camera, which ends its run. A signal handler or the garbage collector may close a camera in the middle of
+        a call: then it is closed in the library at the end of that call."""
+        if _thread.is_in_turn:
             self.is_open = False
-            self._closing.append(self)
-            self._shut_down_closed()
+        after_turn(self._shut_down)
 
     @classmethod
     def close_all(cls) -> None:
-        with _lock:
-            for session in list(cls._open.values()):
-                session.close()
-
-    @classmethod
-    def _shut_down_closed(cls):
-        while cls._closing and not _is_calling:
-            cls._closing.pop()._shut_down()
+        for session in list(cls._open.values()):
+            session.close()
 
     def _shut_down(self):
-        del self._open[self.handle]
-        try:
-            self._call_as_current("ShutDown")
-        finally:
-            self._is_acquiring = False
+        with self.turn():
+            if not self._is_in_library:
+                return
+            self.is_open = False
+            try:
+                self._call("ShutDown")
+            finally:
+                self._is_in_library = self._is_acquiring = False
+                del self._open[self.handle]
 
-    @classmethod
-    def _make_independent(cls):
-        """Makes each run belong to its camera, however many others run. Nothing changes when it is so already."""
-        code = raw.vxmcd_SetIndependentCameras(1)
-        if code == raw.RC_ACQUIRING:
-            raise CameraStateError("a camera acquires that was not started by this package, and in a way that allows no "
-                                   "second one: end its run first, or set VXMCD_INDEPENDENT_CAMERAS=1 for the whole program")
-        cls._check("vxmcd_SetIndependentCameras", code)
-
-    def _call_as_current(self, name, *arguments, also=()):
-        global _is_calling
+    def _call(self, name, *arguments, also=()):
         # ctypes accepts only Python integers.
         arguments = [int(argument) if isinstance(argument, np.integer) else argument for argument in arguments]
-        is_inner = _is_calling  # in a signal handler, or when the garbage collector closes a stream
-        before = self.handle
+        # Calls may be within others: in a signal handler, or when the garbage collector runs.
+        earlier = ctypes.c_long(_UNCHANGED)
         try:
-            _is_calling = True
-            before = self._make_current(self.handle)
+            code = raw.vxmcd_SetCurrentCameraOfThread(self.handle, ctypes.byref(earlier))
+            self._check("vxmcd_SetCurrentCameraOfThread", code)
             return self._check(name, getattr(raw, name)(*arguments), also)
         finally:
-            if is_inner:  # the outer call may have chosen its camera, and not yet been made
-                self._make_current(before)
-            _is_calling = is_inner
-            self._shut_down_closed()
-
-    @classmethod
-    def _make_current(cls, handle):
-        """Returns the handle of the camera that was the current one."""
-        current = ctypes.c_long()
-        cls._check("GetCurrentCamera", raw.GetCurrentCamera(ctypes.byref(current)))
-        if current.value != handle:
-            cls._check("SetCurrentCamera", raw.SetCurrentCamera(handle))
-        return current.value
+            if earlier.value != _UNCHANGED:
+                raw.vxmcd_SetCurrentCameraOfThread(earlier, None)
 
     @staticmethod
     def _check(name, code, also=()):
@@ -198,8 +211,7 @@ def open_by_serial(serial: int) -> Session:
     serial = _checks.integer("a serial number", serial)
     found = []
     for index in range(camera_count()):
-        with _lock:
-            there = Session._open.get(FIRST_HANDLE + index)
+        there = Session._open.get(FIRST_HANDLE + index)
         try:
             session = there or Session(index)
         except VxmcdError as error:  # another program uses it, for example

@@ -8,7 +8,7 @@ from typing import NamedTuple, Optional
 import numpy as np
 
 from ._run import Run
-from ._session import undisturbed
+from ._session import after_turn
 from ._tick_gaps import TickGaps
 from .errors import FramesLostError, FramesLostWarning, NoImageError, VxmcdError
 
@@ -100,14 +100,14 @@ class Stream:
 
     def __del__(self):
         if not getattr(self, "_is_closed", True):
-            self.close()
+            after_turn(self.close)
 
     def close(self) -> None:
         """Ends the run, without waiting for frames that were not fetched."""
         if self._is_closed:
             return
         self._is_closed = True
-        with undisturbed():  # another thread may close the camera
+        with self._run.turn():  # another thread may close the camera
             self._run.stop()
             if self._camera.is_open:
                 self.delivered = self._run.total()

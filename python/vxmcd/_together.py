@@ -9,7 +9,6 @@ from typing import List, NamedTuple, Optional, Sequence, Tuple
 import numpy as np
 
 from ._run import Run
-from ._session import undisturbed
 from ._stream import Stream
 from .camera import Camera
 
@@ -81,11 +80,10 @@ class Together:
         return None if ticks is None or not frequency else ticks / frequency
 
     def start(self) -> None:
-        with undisturbed():
-            for run in self._runs:
-                before = time.monotonic()
-                run.start()
-                self._calls.append((before, time.monotonic()))
+        for run in self._runs:
+            before = time.monotonic()
+            run.start()
+            self._calls.append((before, time.monotonic()))
 
 
 def start_together(cameras: Sequence[Camera], images: Optional[int] = None, timeout: Optional[float] = None,

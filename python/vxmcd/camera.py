@@ -77,9 +77,9 @@ class Camera(TimingSettings, AreaSettings, ReadoutSettings, CoolingSettings, Sto
     camera's time or rate differs from the one that was set by more than 1 %, there is a ClippedWarning. Subclasses keep
     attributes of their own under names that begin with an underscore.
 
-    Several cameras can be open and acquire at the same time, and several threads may use them: calls of the library take
-    turns, waits do not. During a run of a camera a second one of the same camera raises CameraStateError. Waits return to
-    Python every 0.05 s, so that Ctrl-C ends them.
+    Several cameras can be open and acquire at the same time, and several threads may use them: calls for one camera take
+    turns, waits and calls for different cameras do not. During a run of a camera a second one of the same camera raises
+    CameraStateError. Waits return to Python every 0.05 s, so that Ctrl-C ends them.
     """
 
     def __init__(self, number: Optional[int] = None, *, serial: Optional[int] = None):

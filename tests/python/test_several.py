@@ -108,34 +108,62 @@ def test_the_spread_is_that_of_the_first_exposures(simulator, monkeypatch):
         assert together.spread(60).clock == "host"
 
 
-def test_a_run_that_others_have_started_may_be_in_the_way(simulator):
+def test_other_code_keeps_its_current_camera_and_its_run(simulator):
     for camera in cameras_of(simulator, 2):
         camera.close()
-    assert raw.vxmcd_SetIndependentCameras(0) == raw.RC_SUCCESS
     for function, *arguments in (("SetCurrentCamera", 101), ("Initialize", None), ("SetAcquisitionMode", 5), ("StartAcquisition",)):
         assert getattr(raw, function)(*arguments) == raw.RC_SUCCESS
-    with pytest.raises(CameraStateError, match="not started by this package.*VXMCD_INDEPENDENT_CAMERAS=1"):
-        vxmcd.Camera(1)
-    current = ctypes.c_long()
-    assert raw.GetCurrentCamera(ctypes.byref(current)) == raw.RC_SUCCESS and current.value == 101
-    assert raw.ShutDown() == raw.RC_SUCCESS
     with vxmcd.Camera(1) as camera:
-        assert camera.snap().shape == (8, 16)
+        assert_frames(camera.grab(20), origin(camera.snap()))
+    handle, images = ctypes.c_long(), ctypes.c_long()
+    assert raw.GetCurrentCamera(ctypes.byref(handle)) == raw.RC_SUCCESS and handle.value == 101
+    assert raw.GetTotalNumberImagesAcquired(ctypes.byref(images)) == raw.RC_SUCCESS
+    assert raw.WaitForAcquisitionTimeOut(60000) == raw.RC_SUCCESS, f"the run goes on after {images.value} images"
+    assert raw.ShutDown() == raw.RC_SUCCESS
 
 
 def test_a_call_within_a_call_leaves_the_outer_one_its_camera(simulator, monkeypatch):
     camera, other = cameras_of(simulator, 2)
     camera.exposure, other.exposure = 0.25, 0.5
-    choose = raw.SetCurrentCamera
+    choose = raw.vxmcd_SetCurrentCameraOfThread
 
-    def choose_and_use_other(handle):  # as a signal handler may, and the garbage collector when it closes a stream
+    def choose_and_use_other(handle, earlier):  # as a signal handler may, and the garbage collector when it closes a stream
         monkeypatch.undo()
-        code = choose(handle)
+        code = choose(handle, earlier)
         assert other.exposure == 0.5
+        other.close()
+        assert not other.is_open and simulator.open_cameras() == 2
         return code
 
-    monkeypatch.setattr(raw, "SetCurrentCamera", choose_and_use_other)
+    monkeypatch.setattr(raw, "vxmcd_SetCurrentCameraOfThread", choose_and_use_other)
     assert camera.exposure == 0.25
+    assert simulator.open_cameras() == 1
+    earlier = ctypes.c_long(77)
+    assert choose(0, ctypes.byref(earlier)) == raw.RC_SUCCESS and earlier.value == 0
+
+
+def test_calls_for_other_cameras_do_not_wait_for_a_long_one(simulator, monkeypatch):
+    camera, other = cameras_of(simulator, 2)
+    other.close()
+    initialize, is_inside, may_leave = raw.Initialize, threading.Event(), threading.Event()
+
+    def initialize_slowly(directory):
+        is_inside.set()
+        assert may_leave.wait(60)
+        return initialize(directory)
+
+    monkeypatch.setattr(raw, "Initialize", initialize_slowly)
+    with ThreadPoolExecutor() as threads:
+        opening = threads.submit(vxmcd.Camera, 1)
+        assert is_inside.wait(60)
+        again = threads.submit(vxmcd.Camera, 1)
+        assert len([camera.exposure for _ in range(100)]) == 100 and camera.snap().shape == (8, 16)
+        camera.close()
+        assert not opening.done() and not again.done()
+        may_leave.set()
+        assert opening.result().snap().shape == (8, 16)
+        with pytest.raises(CameraStateError, match="open already"):
+            again.result()
 
 
 def test_recordings_of_one_camera_in_two_threads_leave_each_other_alone(simulator, tmp_path, monkeypatch):
