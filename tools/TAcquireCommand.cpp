@@ -60,7 +60,7 @@ std::optional<ExitCode> TAcquireCommand::Open()
 
 std::optional<ExitCode> TAcquireCommand::SetUp()
 {
-  const TCameraTurn turn(camera_.Handle());
+  camera_.Choose();
   NoteOtherModel();
   isSetUp_ = setUp_.Apply(options_);
   const std::string why = isSetUp_ ? WhyNotAtInterval() : setUp_.Error() + SettingsFileText();
@@ -90,11 +90,9 @@ ExitCode TAcquireCommand::TakeImages(const std::function<void()>& waitForOthers)
   if (TInterrupt::Happened())
     return Fail(ExitCode::Interrupted, "interrupted; no image was taken"); // and no file made
   shape_ = {setUp_.ImageWidth(), setUp_.ImageHeight(), options_.depth};
-  {
-    const TCameraTurn turn(camera_.Handle());
-    settings_ = Settings();
-    facts_ = Facts();
-  }
+  camera_.Choose();
+  settings_ = Settings();
+  facts_ = Facts();
   if (!IsRecorded()) return Fetch(line, waitForOthers);
   return ReportAndFinish(TRecordCommand(options_).Run(camera_, settings_, facts_, line, waitForOthers));
 }

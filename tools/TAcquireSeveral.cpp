@@ -4,12 +4,12 @@
 
 #include "tools/TCameraOutput.h"
 #include "tools/TInterrupt.h"
-#include "vxmcd.h"
 
 #include <algorithm>
 #include <barrier>
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -52,23 +52,21 @@ TAcquireSeveral::TAcquireSeveral(const std::vector<TOptions>& options)
 
 ExitCode TAcquireSeveral::Run()
 {
-  if (const unsigned int code = vxmcd_SetIndependentCameras(1); code != RC_SUCCESS)
-    return Fail(ExitCode::CameraError, ResultText("vxmcd_SetIndependentCameras", code));
   ExitCode code = ExitCode::Success;
   {
     const TInterrupt interrupt;
-    code = InTurn(&TAcquireCommand::Open);
-    if (code == ExitCode::Success) code = InTurn(&TAcquireCommand::SetUp);
+    code = InThreads([](TAcquireCommand& camera) { return camera.Open().value_or(ExitCode::Success); }, [] {});
+    if (code == ExitCode::Success) code = SetUp();
     if (code == ExitCode::Success) code = TakeImages();
   }
   return FirstOf(code, WarmUp());
 }
 
-ExitCode TAcquireSeveral::InTurn(std::optional<ExitCode> (TAcquireCommand::*step)())
+ExitCode TAcquireSeveral::SetUp()
 {
   for (std::size_t index = 0; index < cameras_.size(); ++index) {
     const TCameraOutput output(rows_, index);
-    if (const std::optional<ExitCode> refused = (cameras_[index].get()->*step)()) return *refused;
+    if (const std::optional<ExitCode> refused = cameras_[index]->SetUp()) return *refused;
   }
   return ExitCode::Success;
 }

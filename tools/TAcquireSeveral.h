@@ -9,13 +9,12 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace vxtool {
 
-/// A TAcquireCommand for each camera. They are opened and set up one after the other; when one cannot be, none takes images.
-/// Otherwise each has a thread: these start their runs together when all are cool and have their files open, and then
+/// A TAcquireCommand for each camera. They are opened at the same time and set up one after the other; when one cannot be,
+/// none takes images. Otherwise each has a thread: these start their runs together when all are cool and have their files open, and then
 /// neither waits for the other nor ends because the other fails. Run() is for one use.
 class TAcquireSeveral final
 {
@@ -26,8 +25,8 @@ public:
   ExitCode Run();
 
 private:
-  /// Takes a step with one camera after the other, until it does not succeed.
-  ExitCode InTurn(std::optional<ExitCode> (TAcquireCommand::*step)());
+  /// Sets up one camera after the other, until one cannot be.
+  ExitCode SetUp();
   ExitCode TakeImages();
   ExitCode WarmUp();
   /// Calls the function for each camera, each in a thread; the code that comes first.

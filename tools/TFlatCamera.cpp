@@ -35,9 +35,7 @@ bool TFlatCamera::Open(int number)
     return false;
   }
   handle_ = kFirstHandle + number;
-  const TCameraTurn turn(handle_);
-  if (!Check("SetCurrentCamera", turn.Code())) return false;
-  isOpen_ = Check("Initialize", Initialize(nullptr));
+  isOpen_ = Check(kChoosing, Choose()) && Check("Initialize", Initialize(nullptr));
   return isOpen_;
 }
 

@@ -4,7 +4,7 @@
 
 #include "tools/CameraDescription.h"
 #include "tools/ICamera.h"
-#include "tools/TCameraTurn.h"
+#include "vxmcd.h"
 
 #include <optional>
 #include <string>
@@ -12,7 +12,7 @@
 namespace vxtool {
 
 /// An open camera: opened by Open(), closed by the destructor. One thread at a time; other cameras may be used by other
-/// threads at the same time, since all calls but waits are made in a TCameraTurn.
+/// threads at the same time, since every call makes its camera the thread's own.
 class TFlatCamera final : public ICamera
 {
 public:
@@ -23,22 +23,22 @@ public:
 
   /// Opens the camera with this number in the list; false with Error() set.
   bool Open(int number);
-  /// For calls of the library that this class does not have: see TCameraTurn.
-  long Handle() const { return handle_; }
-  /// Makes a call that answers a result code, as a turn of this camera.
+  /// Makes this camera the calling thread's own: for calls of the library that this class does not have.
+  unsigned int Choose() const { return vxmcd_SetCurrentCameraOfThread(handle_, nullptr); }
+  /// Makes a call that answers a result code, for this camera.
   template <typename Call>
   unsigned int Do(const Call& call) const
   {
-    const TCameraTurn turn(handle_);
-    return turn.Code() == RC_SUCCESS ? call() : turn.Code();
+    const unsigned int code = Choose();
+    return code == RC_SUCCESS ? call() : code;
   }
-  /// Asks one of the questions of CameraDescription.h, as a turn of this camera.
+  /// Asks one of the questions of CameraDescription.h about this camera.
   template <typename Value>
   TAnswer<Value> Ask(TAnswer<Value> (*question)()) const
   {
-    const TCameraTurn turn(handle_);
-    if (turn.Code() == RC_SUCCESS) return question();
-    return {.function = "SetCurrentCamera", .code = turn.Code(), .value = std::nullopt};
+    if (const unsigned int code = Choose(); code != RC_SUCCESS)
+      return {.function = kChoosing, .code = code, .value = std::nullopt};
+    return question();
   }
   /// How many exposures make an image of the next run: the library counts timestamps in exposures.
   void CountExposures(long perImage) { exposuresPerImage_ = perImage; }
@@ -56,6 +56,8 @@ public:
   std::optional<long> LostFrames() override;
 
 private:
+  static constexpr const char* kChoosing = "vxmcd_SetCurrentCameraOfThread";
+
   bool Check(const char* function, unsigned int code);
 
   std::string error_;
