@@ -2,10 +2,10 @@
 // The records of one call.
 #pragma once
 
+#include "trace/record_contents.h"
 #include "trace/trace_format.h"
 #include "trace/trace_switch.h"
 
-#include <bit>
 #include <cstdint>
 #include <type_traits>
 
@@ -39,20 +39,6 @@ private:
   TraceFormat::TPixels* const outerPixels_;
   TraceFormat::TPixels pixels_ = {};
 };
-
-/// An argument as 64 bits: a number, or an address.
-template <class T>
-std::uint64_t TraceValue(const T& value) noexcept
-{
-  if constexpr (std::is_floating_point_v<T>)
-    return std::bit_cast<std::uint64_t>(static_cast<double>(value));
-  else if constexpr (std::is_pointer_v<T>)
-    return reinterpret_cast<std::uintptr_t>(value);
-  else if constexpr (std::is_class_v<T>)
-    return reinterpret_cast<std::uintptr_t>(&value);
-  else
-    return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
-}
 
 /// Calls the function and records the call.
 template <class Result, class... Parameters, class... Arguments>

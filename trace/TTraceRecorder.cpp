@@ -3,6 +3,7 @@
 #include "trace/TTraceRecorder.h"
 
 #include "trace/build_id.h"
+#include "trace/record_contents.h"
 #include "trace/TTraceThread.h"
 #include "utility/library_version.h"
 
@@ -154,7 +155,7 @@ std::string TTraceRecorder::OpenFile()
 std::string TTraceRecorder::HeaderText() const
 {
   const auto withoutHome = [this](std::string text) {
-    if (IsWithin(text, home_)) text.replace(0, home_.size(), "~");
+    if (IsWithinHome(text, home_)) text.replace(0, home_.size(), "~");
     return text;
   };
   std::string text = Line("program", program_invocation_short_name);

@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 /// A function whose calls may be recorded. Its number is its place in the table of all of them.
@@ -41,11 +40,6 @@ public:
   const TTraceSignature& SignatureOf(std::uint16_t function) const { return signatures_[function]; }
   /// The user's home directory, which is "~" in the trace; "" when it is not known.
   const std::string& Home() const { return home_; }
-  /// Whether a path is that directory or in it; never for "".
-  static bool IsWithin(std::string_view path, std::string_view home)
-  {
-    return !home.empty() && path.starts_with(home) && (path.size() == home.size() || path[home.size()] == '/');
-  }
 
   struct TPlace
   {
