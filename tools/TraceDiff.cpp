@@ -65,17 +65,10 @@ struct TDifferences
   bool IsNone() const { return first.empty(); }
 };
 
-std::string Line(const char* mark, const TTraceCall& call)
-{
-  return std::string(mark) + " T" + std::to_string(call.thread) + " " +
-         std::string(std::size_t{2} * std::min(call.depth, 20U), ' ') + CallText(call) + " = " + ResultOf(call) +
-         "\n";
-}
-
 std::string LinesBefore(const TCalls& calls, std::size_t index)
 {
   std::string text;
-  for (std::size_t i = index - std::min(index, kCallsBefore); i < index; ++i) text += Line(" ", *calls[i]);
+  for (std::size_t i = index - std::min(index, kCallsBefore); i < index; ++i) text += MarkedLine(" ", *calls[i]);
   return text;
 }
 
@@ -87,8 +80,8 @@ std::string LinesFrom(const std::vector<TDiffStep>& steps, std::size_t index, co
   for (std::size_t end = std::min(steps.size(), index + kCallsBefore); index < end; ++index) {
     const TDiffStep& step = steps[index];
     if (step.kind == TDiffStep::Kind::Both) break;
-    text +=
-        step.kind == TDiffStep::Kind::FirstOnly ? Line("<", *first[step.first]) : Line(">", *second[step.second]);
+    text += step.kind == TDiffStep::Kind::FirstOnly ? MarkedLine("<", *first[step.first])
+                                                    : MarkedLine(">", *second[step.second]);
   }
   return text;
 }
@@ -118,7 +111,7 @@ void CompareThreads(const TCalls& first, const TCalls& second, bool isResultsOnl
       const TTraceCall& b = *second[step.second];
       if (AnswerOf(a) == AnswerOf(b)) continue;
       ++differences.answers;
-      note(Line("<", a) + Line(">", b), step);
+      note(MarkedLine("<", a) + MarkedLine(">", b), step);
     } else if (!isResultsOnly) {
       const bool isFirst = step.kind == TDiffStep::Kind::FirstOnly;
       ++(isFirst ? differences.firstOnly : differences.secondOnly);

@@ -95,6 +95,44 @@ void AddDiff(CLI::App& diff, TTraceOptions& options)
   AddJson(diff, options, "Print one line of JSON on standard output");
 }
 
+void AddReplay(CLI::App& replay, TTraceOptions& options)
+{
+  CLI::Option* const config =
+      replay.add_option("--config", options.config, "Simulated cameras that this file describes")
+          ->type_name("INI");
+  replay
+      .add_flag("--like-recorded", options.isLikeRecorded,
+                "Simulated cameras that are as the trace shows its cameras, as config prints them")
+      ->excludes(config);
+  replay
+      .add_option_function<std::string>(
+          "--speed",
+          [&options](const std::string& speed) {
+            if (speed != "as-fast" && speed != "recorded")
+              throw CLI::ValidationError("--speed",
+                                         RefusedText(speed, ChoiceText({"as-fast", "recorded"}) + " is"));
+            options.isAtRecordedSpeed = speed == "recorded";
+          },
+          "as-fast: only the calls during a run keep their distance from its start; recorded: all calls "
+          "keep their times; default: as-fast")
+      ->type_name("SPEED");
+  const auto timeout = [&options](const std::string& text) {
+    if (!ParseSeconds(text, options.timeoutSeconds))
+      throw CLI::ValidationError("--timeout", RefusedText(text, "a time in s, above 0 and at most 1e6, is"));
+  };
+  replay
+      .add_option_function<std::string>(
+          "--timeout", timeout,
+          "End the replay when a call takes longer than this and ten times what it took; default: 30")
+      ->type_name("SECONDS");
+  replay.add_flag(
+      "--same-paths", options.hasSamePaths,
+      "Write files where the program wrote them, and replace those; else they are written to a temporary "
+      "directory and removed");
+  AddOutput(replay, options, "Record the replay in this trace");
+  AddJson(replay, options, "Print one line of JSON on standard output");
+}
+
 } // namespace
 
 CLI::App* AddTraceCommand(CLI::App& app, TTraceOptions& options)
@@ -117,6 +155,9 @@ CLI::App* AddTraceCommand(CLI::App& app, TTraceOptions& options)
   AddJson(*redact, options, "Print one line of JSON on standard output");
   AddCommand(*trace, options, TraceCommand::Config, "config",
              "Print a configuration of simulated cameras that are as the trace shows its cameras");
+  AddReplay(*AddCommand(*trace, options, TraceCommand::Replay, "replay",
+                        "Make the calls of a trace again, and compare the answers"),
+            options);
   return trace;
 }
 

@@ -21,6 +21,7 @@ enum class TraceCommand
   Diff,
   Redact,
   Config,
+  Replay,
 };
 
 struct TTraceOptions
@@ -29,7 +30,7 @@ struct TTraceOptions
   bool isJson = false;
   std::string file;
   std::string other;  ///< of diff and redact: the second trace
-  std::string output; ///< of record; "": the name of the program
+  std::string output; ///< of record; "": the name of the program. Of replay: "": none is recorded
 
   std::vector<std::string> program; ///< of record: with its arguments
   std::string recorderOptions;      ///< of record: as VXMCD_TRACE takes them, each behind a comma
@@ -45,6 +46,12 @@ struct TTraceOptions
   std::size_t tail = 0; ///< of print: the last ones; 0: all
 
   bool isResultsOnly = false; ///< of diff: codes and outputs are compared
+
+  std::string config; ///< of replay: describes simulated cameras; "": those that there are
+  bool isLikeRecorded = false;
+  bool isAtRecordedSpeed = false;
+  bool hasSamePaths = false; ///< files are written where the program wrote them
+  double timeoutSeconds = 30.0;
 };
 
 /// Adds the command trace with its own commands to the parser, which outlives the call as @p options do. They are complete

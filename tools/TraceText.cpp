@@ -6,6 +6,7 @@
 #include "vxcore.h"
 #include "vxmcd_result_codes.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 
@@ -55,6 +56,13 @@ std::string CallText(const TTraceCall& call)
     text += values[i].Text();
   }
   return text + ")";
+}
+
+std::string MarkedLine(const char* mark, const TTraceCall& call)
+{
+  return std::string(mark) + " T" + std::to_string(call.thread) + " " +
+         std::string(std::size_t{2} * std::min(call.depth, 20U), ' ') + CallText(call) + " = " + ResultOf(call) +
+         "\n";
 }
 
 std::string CodeText(bool isApi, std::uint32_t code)

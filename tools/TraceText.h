@@ -13,6 +13,8 @@ namespace vxtool {
 std::string CallText(const TTraceCall& call);
 /// "20002 RC_SUCCESS", or that it did not return.
 std::string ResultOf(const TTraceCall& call);
+/// A line of a comparison: a mark, the thread, the call and its answer.
+std::string MarkedLine(const char* mark, const TTraceCall& call);
 /// "6 VX_ERR_OUT_OF_RANGE", "20066 RC_P1_INVALID": a code of one or the other library.
 std::string CodeText(bool isApi, std::uint32_t code);
 /// "3.1 us", "2.5 s".

@@ -5,6 +5,7 @@
 #include "tools/doctor/TDoctorCommand.h"
 #include "tools/FeatureCommands.h"
 #include "tools/InfoCommands.h"
+#include "tools/replay/TReplayCommand.h"
 #include "tools/TAcquireCommand.h"
 #include "tools/TAcquireSeveral.h"
 #include "tools/TCommandLine.h"
@@ -55,6 +56,7 @@ vxtool::ExitCode RunTrace(const vxtool::TTraceOptions& options)
   if (options.command == vxtool::TraceCommand::Diff) return vxtool::CompareTraces(options);
   if (options.command == vxtool::TraceCommand::Redact) return vxtool::RedactTrace(options);
   if (options.command == vxtool::TraceCommand::Config) return vxtool::WriteTraceConfig(options);
+  if (options.command == vxtool::TraceCommand::Replay) return vxtool::TReplayCommand(options).Run();
   return vxtool::PrintTrace(options);
 }
 

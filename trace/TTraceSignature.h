@@ -40,6 +40,7 @@ struct TTraceArgument
   std::size_t Width() const { return bytes == 8 ? 8 : 4; }
   /// Whether its value is recorded when the call ends.
   bool IsAtEnd() const { return isOutput || type == TraceType::Array; }
+  bool operator==(const TTraceArgument&) const = default;
 };
 
 /// Parsed from a text: the result, then "name:type" of each argument, with spaces between. Types are i32, u8, f64 and
@@ -58,6 +59,7 @@ public:
   bool IsUnused() const { return isUnused_; }
   /// Whether one of them is an array of pixels.
   bool HasPixels() const { return hasPixels_; }
+  bool operator==(const TTraceSignature&) const = default;
 
 private:
   TTraceArgument result_;

@@ -2,6 +2,7 @@
 // The commands for call traces, with a trace of the program itself.
 #include "tests/tools/ProgramRunner.h"
 
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -149,6 +150,44 @@ TEST_F(ToolTrace, MakesCamerasLikeThoseOfTheTrace)
   Configure(config.output);
   record("l.vxtr");
   EXPECT_THAT(Run({"trace", "diff", Path("k.vxtr"), Path("l.vxtr")}).output,
+              ::testing::StartsWith("no difference in "));
+}
+
+TEST_F(ToolTrace, MakesTheCallsAgain)
+{
+  Configure(kSteadyCamera);
+  const std::string folder = Path("spooled");
+  Record("m.vxtr", "0.02", {"--spool", folder});
+  std::filesystem::remove_all(folder);
+  EXPECT_EQ(Run({"trace", "replay", Path("m.vxtr")}).exitCode, 0);
+  EXPECT_FALSE(std::filesystem::exists(folder)); // which a replay could replace
+
+  Run({"trace", "record", "-o", Path("n.vxtr"), VXTOOL_PROGRAM, "info"});
+  EXPECT_THAT(Run({"trace", "replay", "-o", Path("o.vxtr"), Path("n.vxtr")}).output,
+              HasSubstr("no difference in "));
+  const TOutcome diff = Run({"trace", "diff", Path("n.vxtr"), Path("o.vxtr")});
+  EXPECT_EQ(diff.exitCode, 0) << diff.output;
+
+  const std::string other = directory_.File("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\n"
+                                            "[Camera0.CameraModel]\nValue = OTHER\n",
+                                            "other.ini");
+  const TOutcome differing = Run({"trace", "replay", "--config", other, Path("n.vxtr")});
+  EXPECT_EQ(differing.exitCode, 3);
+  EXPECT_THAT(differing.output, HasSubstr("< T1 GetHeadModel(name=\"RQ512_LX\") = 20002 RC_SUCCESS\n"
+                                          "> T1 GetHeadModel(name=\"OTHER\") = 20002 RC_SUCCESS\n"));
+  EXPECT_EQ(
+      json::parse(Run({"trace", "replay", "--json", "--config", other, Path("n.vxtr")}).output)["differences"], 1);
+  EXPECT_EQ(Run({"trace", "replay", other}).exitCode, 6);
+}
+
+TEST_F(ToolTrace, CallsBackAsTheProgramDid)
+{
+  Configure(kSmallCamera);
+  const std::string pots = std::string(VXTOOL_SOURCES) + "examples/potentiometers.ini";
+  Run({"trace", "record", "-o", Path("p.vxtr"), VXTOOL_TRACED_PROGRAM, "throw", pots});
+  const TOutcome replay = Run({"trace", "replay", "-o", Path("q.vxtr"), Path("p.vxtr")});
+  EXPECT_EQ(replay.output, "no difference in 4 calls\n");
+  EXPECT_THAT(Run({"trace", "diff", Path("p.vxtr"), Path("q.vxtr")}).output,
               ::testing::StartsWith("no difference in "));
 }
 

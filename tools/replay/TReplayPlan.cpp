@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+// The calls of a trace that a replay makes.
+#include "tools/replay/TReplayPlan.h"
+
+#include "vxmcd_result_codes.h"
+
+#include <algorithm>
+#include <fnmatch.h>
+#include <map>
+
+namespace vxtool {
+
+bool IsOneOf(const std::string& name, std::initializer_list<const char*> patterns)
+{
+  return std::any_of(patterns.begin(), patterns.end(),
+                     [&](const char* pattern) { return fnmatch(pattern, name.c_str(), 0) == 0; });
+}
+
+bool DependsOnRun(const std::string& function)
+{
+  return IsOneOf(function,
+                 {"GetStatus", "GetAcquisitionProgress", "*Get*Image*", "GetAcquiredData*", "WaitForAcquisition*",
+                  "AbortAcquisition", "SendSoftwareTrigger", "CancelWait", "vxsys_GetRawMetaDataInfo"});
+}
+
+bool IsWait(const std::string& function)
+{
+  return function.starts_with("WaitForAcquisition");
+}
+
+TReplayPlan::TReplayPlan(const TTraceFile& file)
+{
+  std::map<std::uint32_t, std::size_t> places;                // of threads
+  std::map<std::uint32_t, std::vector<std::size_t>> underWay; // by thread, the outermost first
+  for (const TTraceCall& call : file.Calls()) {
+    if (!call.function->isApi) continue;
+    const std::size_t index = steps_.size();
+    steps_.push_back({&call, {}, 0, TReplayStep::kNone, TReplayStep::kNone, TReplayStep::kNone});
+    auto& outer = underWay[call.thread];
+    while (!outer.empty() && steps_[outer.back()].call->depth >= call.depth) outer.pop_back();
+    if (!outer.empty()) {
+      steps_[outer.back()].inner.push_back(index);
+    } else {
+      const auto [place, isNew] = places.emplace(call.thread, threads_.size());
+      if (isNew) threads_.emplace_back();
+      threads_[place->second].push_back(index);
+    }
+    outer.push_back(index);
+  }
+  RankEnds();
+  FindRuns();
+}
+
+void TReplayPlan::RankEnds()
+{
+  std::vector<std::size_t> ended;
+  for (const auto& thread : threads_)
+    for (const std::size_t index : thread)
+      if (steps_[index].call->state == CallState::Ended || steps_[index].call->state == CallState::Thrown)
+        ended.push_back(index);
+  std::sort(ended.begin(), ended.end(), [this](std::size_t a, std::size_t b) {
+    return steps_[a].call->endSeconds < steps_[b].call->endSeconds;
+  });
+  std::vector<double> ends;
+  for (const std::size_t index : ended) {
+    steps_[index].endRank = ends.size();
+    ends.push_back(steps_[index].call->endSeconds);
+  }
+  for (const auto& thread : threads_) {
+    // The clock of the records may be too coarse to tell a call from the next one of its thread.
+    std::size_t afterEarlier = 0;
+    for (const std::size_t index : thread) {
+      TReplayStep& step = steps_[index];
+      const auto before = std::lower_bound(ends.begin(), ends.end(), step.call->beginSeconds) - ends.begin();
+      step.endedBefore = static_cast<std::size_t>(before);
+      if (step.endRank != TReplayStep::kNone) step.endedBefore = std::min(step.endedBefore, step.endRank);
+      step.endedBefore = std::max(step.endedBefore, afterEarlier);
+      if (step.endRank != TReplayStep::kNone) afterEarlier = step.endRank + 1;
+    }
+  }
+}
+
+// A run goes on until it is aborted, or the program knows that it is over.
+void TReplayPlan::FindRuns()
+{
+  std::size_t run = TReplayStep::kNone;
+  std::map<std::uint32_t, std::size_t> images; // that threads have waited for during the run
+  for (std::size_t index = 0; index < steps_.size(); ++index) {
+    TReplayStep& step = steps_[index];
+    const std::string& name = step.call->function->name;
+    if (DependsOnRun(name)) {
+      const auto image = images.find(step.call->thread);
+      step.run = run;
+      step.event = image == images.end() ? run : image->second;
+    }
+    if (step.call->state != CallState::Ended || step.call->Code() != RC_SUCCESS) continue;
+    const bool isEnd = name == "AbortAcquisition" || name == "ShutDown" ||
+                       (name == "GetStatus" && step.call->Value("status").whole == RC_IDLE);
+    if (isEnd || name == "StartAcquisition") {
+      run = isEnd ? TReplayStep::kNone : index;
+      images.clear();
+    } else if (run != TReplayStep::kNone && IsWait(name)) {
+      images[step.call->thread] = index;
+    }
+  }
+}
+
+} // namespace vxtool
