@@ -175,8 +175,8 @@ TEST_F(ToolTrace, MakesTheCallsAgain)
   EXPECT_EQ(differing.exitCode, 3);
   EXPECT_THAT(differing.output, HasSubstr("< T1 GetHeadModel(name=\"RQ512_LX\") = 20002 RC_SUCCESS\n"
                                           "> T1 GetHeadModel(name=\"OTHER\") = 20002 RC_SUCCESS\n"));
-  EXPECT_EQ(
-      json::parse(Run({"trace", "replay", "--json", "--config", other, Path("n.vxtr")}).output)["differences"], 1);
+  EXPECT_GT(
+      json::parse(Run({"trace", "replay", "--json", "--config", other, Path("n.vxtr")}).output)["differences"], 0);
   EXPECT_EQ(Run({"trace", "replay", other}).exitCode, 6);
 }
 
