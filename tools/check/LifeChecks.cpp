@@ -3,9 +3,13 @@
 #include "tools/check/CameraRuns.h"
 #include "tools/check/Checks.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <future>
+#include <iterator>
+#include <set>
 #include <thread>
 
 namespace vxtool {
@@ -19,23 +23,52 @@ constexpr std::chrono::seconds kOpenTime(5); ///< a camera that opens slowly is 
 constexpr std::chrono::seconds kCloseTime(2);
 constexpr int kFirstOpens = 2; ///< until everything is loaded
 
-long EntriesOf(const char* folder)
+using TNames = std::multiset<std::string>;
+
+std::string LineOf(const std::filesystem::path& file)
 {
+  std::string line;
+  std::getline(std::ifstream(file), line);
+  return line;
+}
+
+// What the process has open, without the numbers that tell sockets of one kind apart.
+TNames OpenFiles()
+{
+  TNames names;
   std::error_code error;
-  const std::filesystem::directory_iterator entries(folder, error);
-  return error ? -1 : std::distance(begin(entries), end(entries));
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", error)) {
+    const std::string name = std::filesystem::read_symlink(entry.path(), error).string();
+    names.insert(name.substr(0, name.find(":[")));
+  }
+  return names;
+}
+
+TNames Threads()
+{
+  TNames names;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task", error))
+    names.insert(LineOf(entry.path() / "comm"));
+  return names;
 }
 
 // What a camera needs for its closing may take a moment longer.
-void ExpectAtMost(const char* what, const char* folder, long entries)
+void ExpectAtMost(const char* what, TNames (*namesNow)(), const TNames& before)
 {
   const auto end = TClock::now() + kCloseTime;
-  while (EntriesOf(folder) > entries && TClock::now() < end) {
+  TNames now = namesNow();
+  while (now.size() > before.size() && TClock::now() < end) {
     TCheckContext::StopIfInterrupted();
     std::this_thread::sleep_for(std::chrono::milliseconds(5)); // between looks
+    now = namesNow();
   }
-  const long came = EntriesOf(folder);
-  TCheckContext::Expect(came <= entries, what, std::to_string(entries) + " at most", std::to_string(came));
+  if (now.size() <= before.size()) return;
+  std::string came = std::to_string(now.size()) + ", with";
+  std::vector<std::string> added;
+  std::set_difference(now.begin(), now.end(), before.begin(), before.end(), std::back_inserter(added));
+  for (const std::string& name : added) came += " " + name;
+  TCheckContext::Fail(what, std::to_string(before.size()) + " at most", came);
 }
 
 void Reopen(TCheckContext& check)
@@ -48,19 +81,21 @@ void Reopen(TCheckContext& check)
 
 void OpensAndCloses(TCheckContext& check)
 {
-  long files = 0;
-  long threads = 0;
+  TNames files;
+  TNames threads;
   const auto end = TClock::now() + kOpenTime;
   for (int open = 0; open < kFirstOpens || (open < kMaxOpens && TClock::now() < end); ++open) {
-    if (open == kFirstOpens) {
-      files = EntriesOf("/proc/self/fd");
-      threads = EntriesOf("/proc/self/task");
+    TCheckContext::ExpectCode("closing the camera", RC_SUCCESS, CHECK_CALL(check, ShutDown));
+    if (open == kFirstOpens) { // of an open camera, threads may be about to open something
+      files = OpenFiles();
+      threads = Threads();
     }
-    Reopen(check);
+    TCheckContext::ExpectCode("opening the camera again", RC_SUCCESS, CHECK_CALL(check, Initialize, nullptr));
   }
-  if (files == 0) TCheckContext::Skip("the camera opens too slowly to be opened often");
-  ExpectAtMost("open files after opening and closing often", "/proc/self/fd", files);
-  ExpectAtMost("threads after opening and closing often", "/proc/self/task", threads);
+  if (files.empty()) TCheckContext::Skip("the camera opens too slowly to be opened often");
+  TCheckContext::ExpectCode("closing the camera", RC_SUCCESS, CHECK_CALL(check, ShutDown));
+  ExpectAtMost("open files after opening and closing often", OpenFiles, files);
+  ExpectAtMost("threads after opening and closing often", Threads, threads);
 }
 
 void RefusesWhenClosed(TCheckContext& check)
