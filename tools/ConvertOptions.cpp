@@ -13,6 +13,10 @@ namespace vxtool {
 namespace {
 
 constexpr int kMaxChunkImages = 1'000'000;
+constexpr int kMaxPyramidLevels = 20; // more than images of any size have
+constexpr int kMaxThreads = 256;      // of Blosc
+
+const TWords<bool> kAxes = {{"tyx", false}, {"tczyx", true}};
 
 const TFormats kFormats = {{{"tiff", FileFormat::Tiff},
                             {"bigtiff", FileFormat::BigTiff},
@@ -57,6 +61,11 @@ std::string WhyNotInFormat(const TOutputOptions& output)
       return std::string("--compression: ") + name + " has " + (isZarr ? "zstd, lz4" : "gzip, blosc-zstd") +
              " or none";
   }
+  if ((output.pyramidLevels || output.hasFiveAxes) && !isZarr)
+    return std::string(output.pyramidLevels ? "--pyramid" : "--axes") + ": is for .ome.zarr";
+  const Codec codec = output.compression.value_or(TCompression{isZarr ? Codec::Zstd : Codec::None}).codec;
+  if (output.threads && !((isZarr && codec != Codec::None) || codec == Codec::BloscZstd))
+    return "--threads: is for .ome.zarr, and for .h5 with --compression blosc-zstd";
   if (output.chunkImages && !isZarr) return "--chunk: only .ome.zarr has chunks of several images";
   if (!output.isFileForEach || (!isZarr && !isHdf5)) return "";
   return std::string("--each: ") + name + " is for all images" + (isZarr ? "; give --chunk 1" : "");
@@ -89,6 +98,18 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, TConvertGiven& g
   app.add_option("--chunk", options.output.chunkImages,
                  "Of .ome.zarr: images in a file; default: as many as have 8 MiB, at least 1")
       ->transform(WholeNumber(1, kMaxChunkImages))
+      ->type_name("N");
+  app.add_option(
+         "--pyramid", options.output.pyramidLevels,
+         "Of .ome.zarr: so many further arrays, each with half the columns and rows of the one before, as means; "
+         "default: 0")
+      ->transform(WholeNumber(0, kMaxPyramidLevels))
+      ->type_name("LEVELS");
+  AddWord(app, "--axes", options.output.hasFiveAxes, kAxes,
+          "Of .ome.zarr: tczyx, for programs that expect a channel and z; default: tyx");
+  app.add_option("--threads", options.output.threads,
+                 "Of .ome.zarr, and of .h5 with blosc-zstd: threads that compress a chunk; default: 2")
+      ->transform(WholeNumber(1, kMaxThreads))
       ->type_name("N");
   AddText(app, "--preview", options.output.preview, "Picture of the last image", kFileNameForm)
       ->type_name("FILE.png");

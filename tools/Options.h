@@ -137,6 +137,16 @@ struct TCompression
   int level = 1; ///< 1 to 9; higher ones take several times as long for next to nothing
 };
 
+/// How an array in chunks is made; a command line may say some of it for other formats, too.
+struct TZarrOptions
+{
+  TCompression compression;
+  std::optional<int> chunkImages; ///< images in a chunk; without it as many as have 8 MiB
+  int pyramidLevels = 0;          ///< further arrays, each with half the columns and rows of the one before
+  bool hasFiveAxes = false;       ///< time, channel, z, rows and columns, in place of time, rows and columns
+  int threads = 2;                ///< that compress a chunk
+};
+
 /// The files to make of the images.
 struct TOutputOptions
 {
@@ -147,7 +157,10 @@ struct TOutputOptions
   bool isFileForEach = false;              ///< one file for each image, in place of one for all
   std::string imageType;                   ///< light, dark, bias or flat; "": not known
   std::optional<TCompression> compression; ///< of chunks
-  std::optional<int> chunkImages;          ///< images in a chunk; without it as many as have 8 MiB
+  std::optional<int> chunkImages;          ///< what follows: as in TZarrOptions
+  std::optional<int> pyramidLevels;
+  std::optional<bool> hasFiveAxes;
+  std::optional<int> threads;
 
   bool IsEmpty() const { return file.empty() && preview.empty(); }
 };

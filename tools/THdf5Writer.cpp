@@ -19,7 +19,6 @@ constexpr std::uint64_t kFixedRoom = 64U << 10U;
 constexpr std::uint64_t kRoomForEach = 256;
 constexpr std::uint64_t kDeflateOverhead = 512; // a byte in so many, at most
 constexpr std::uint64_t kReserveStep = 32U << 20U;
-constexpr int kBloscThreads = 2;
 constexpr auto kFlushInterval = std::chrono::seconds(1);
 
 // The innermost reason.
@@ -164,7 +163,7 @@ bool THdf5Writer::MakeImages()
     H5Pset_deflate(layout, static_cast<unsigned>(compression_.level));
   }
   if (compression_.codec == Codec::BloscZstd) {
-    const TBloscChunk blosc(compression_, shape_.depth, kBloscThreads);
+    const TBloscChunk blosc(compression_, shape_.depth, threads_);
     const std::array<unsigned, 7> values = {kBloscFilterVersions[0],
                                             kBloscFilterVersions[1],
                                             static_cast<unsigned>(shape_.BytesPerPixel()),
@@ -233,7 +232,7 @@ bool THdf5Writer::WriteImage(TPixelBytes pixels)
     return Done(H5Dwrite(images_, PixelType(shape_.depth), memory, file, H5P_DEFAULT, pixels.data()));
   }
   if (compression_.codec == Codec::BloscZstd) {
-    pixels = TBloscChunk(compression_, shape_.depth, kBloscThreads).Compress(pixels, compressed_);
+    pixels = TBloscChunk(compression_, shape_.depth, threads_).Compress(pixels, compressed_);
     if (pixels.empty()) return Fail(path_ + ": Blosc cannot compress an image");
   }
   // Around the library's conversions and its cache.

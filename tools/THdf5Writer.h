@@ -49,7 +49,7 @@ private:
 class THdf5Writer final : public IImageWriter
 {
 public:
-  explicit THdf5Writer(const TCompression& compression) : compression_(compression) {}
+  THdf5Writer(const TCompression& compression, int threads) : compression_(compression), threads_(threads) {}
 
   bool Open(const std::string& path, bool overwrite, const TImageShape& shape, const TRunFacts& facts) override;
   bool Write(TPixelBytes pixels, const TImageLabel& label) override;
@@ -72,6 +72,7 @@ private:
   bool CutToLength();
 
   TCompression compression_;
+  int threads_;
   std::string path_;
   TImageShape shape_;
   TRunFacts facts_;

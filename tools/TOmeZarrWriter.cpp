@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Chunks of images, and the texts that say what they are.
+// Chunks of images, one file after the other.
 #include "tools/TOmeZarrWriter.h"
 
 #include "tools/BloscChunk.h"
+#include "tools/HalvedImage.h"
 #include "tools/ImageColumns.h"
 #include "tools/Json.h"
+#include "tools/ZarrMetadata.h"
 
 #include <algorithm>
 #include <bit>
@@ -20,55 +22,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLeastChunkBytes = 8U << 20U; // smaller files are slow on shared file systems
-constexpr int kBloscThreads = 2;
 constexpr const char* kGroup = "{\"zarr_format\": 2}\n";
-constexpr const char* kImages = "0";
 constexpr const char* kColumns = "vxmcd"; // the group of arrays with what is known of each image
-
-const char* PixelType(const TImageShape& shape)
-{
-  return shape.depth == PixelDepth::Bits32 ? "<i4" : shape.depth == PixelDepth::Bits8 ? "|u1" : "<u2";
-}
-
-// Without a fill value, because readers may take pixels of that value for missing ones.
-Json ArrayJson(const Json& shape, const Json& chunks, const char* type, const Json& compressor)
-{
-  return {{"zarr_format", 2}, {"shape", shape},           {"chunks", chunks},
-          {"dtype", type},    {"compressor", compressor}, {"fill_value", nullptr},
-          {"order", "C"},     {"filters", nullptr},       {"dimension_separator", "/"}};
-}
-
-// An axis and its scale: a size without a unit where it is not known.
-struct TAxis
-{
-  const char* name;
-  const char* type;
-  const char* unit;
-  std::optional<double> scale;
-};
-
-Json MultiscalesJson(const std::string& name, const TRunFacts& facts)
-{
-  const auto pixel = [&](const std::optional<double>& micrometres, int binning) { // of a track it is not known
-    return micrometres && facts.area.width > 0 ? std::optional(*micrometres * binning) : std::nullopt;
-  };
-  const TAxis axes[] = {
-      {"t", "time", "second", facts.cycleSeconds > 0.0 ? std::optional(facts.cycleSeconds) : std::nullopt},
-      {"y", "space", "micrometer", pixel(facts.pixelHeightMicrometres, facts.area.verticalBinning)},
-      {"x", "space", "micrometer", pixel(facts.pixelWidthMicrometres, facts.area.horizontalBinning)}};
-  Json axesJson = Json::array();
-  Json scale = Json::array();
-  for (const TAxis& axis : axes) {
-    Json one = {{"name", axis.name}, {"type", axis.type}};
-    if (axis.scale) one["unit"] = axis.unit;
-    axesJson.push_back(one);
-    scale.push_back(axis.scale.value_or(1.0));
-  }
-  const Json scaling = {{"type", "scale"}, {"scale", scale}};
-  const Json dataset = {{"path", kImages}, {"coordinateTransformations", Json::array({scaling})}};
-  return Json::array(
-      {{{"version", "0.4"}, {"name", name}, {"axes", axesJson}, {"datasets", Json::array({dataset})}}});
-}
 
 // Whether a directory was made by this class.
 bool IsOurs(const std::string& path)
@@ -79,11 +34,6 @@ bool IsOurs(const std::string& path)
 }
 
 } // namespace
-
-TOmeZarrWriter::TOmeZarrWriter(const TCompression& compression, std::optional<int> chunkImages)
-    : compression_(compression), chunkImages_(chunkImages)
-{
-}
 
 bool TOmeZarrWriter::Fail(const std::string& message)
 {
@@ -103,11 +53,11 @@ bool TOmeZarrWriter::Open(const std::string& path, bool overwrite, const TImageS
   while (path_.size() > 1 && path_.back() == '/') path_.pop_back();
   shape_ = shape;
   facts_ = facts;
-  if (!ChooseChunk() || !MakeRoom(overwrite)) return false;
-  if (WriteDescription(std::nullopt, false) && WriteImageArray() &&
-      WriteText(std::string(kImages) + "/.zattrs",
-                JsonLine({{"_ARRAY_DIMENSIONS", Json::array({"t", "y", "x"})}})))
-    return true;
+  if (!ChooseChunk() || !ChooseLevels() || !MakeRoom(overwrite)) return false;
+  bool isMade = WriteDescription(std::nullopt, false) && WriteImageArrays();
+  for (const TLevel& level : levels_)
+    isMade = isMade && WriteText(level.name + "/.zattrs", JsonLine(ZarrDimensionsJson(options_)));
+  if (isMade) return true;
   Close(std::nullopt);
   return false;
 }
@@ -117,10 +67,22 @@ bool TOmeZarrWriter::ChooseChunk()
   const std::size_t image = shape_.Bytes();
   const auto planned = static_cast<std::size_t>(std::max(facts_.plannedImages, 1L));
   const std::size_t fitting = std::max<std::size_t>((kLeastChunkBytes + image - 1) / image, 1);
-  imagesInChunk_ = chunkImages_ ? static_cast<std::size_t>(*chunkImages_) : std::min(fitting, planned);
+  imagesInChunk_ =
+      options_.chunkImages ? static_cast<std::size_t>(*options_.chunkImages) : std::min(fitting, planned);
   if (imagesInChunk_ > kMaxBloscBytes / image)
     return FailFor(path_, "a chunk of " + std::to_string(imagesInChunk_) + " images has more than 2 GiB");
-  chunk_.resize(imagesInChunk_ * image);
+  return true;
+}
+
+bool TOmeZarrWriter::ChooseLevels()
+{
+  TImageShape shape = shape_;
+  for (int level = 0; level <= options_.pyramidLevels; ++level) {
+    levels_.push_back({std::to_string(level), shape, std::vector<std::byte>(imagesInChunk_ * shape.Bytes())});
+    if (shape.Pixels() == 1 && level < options_.pyramidLevels)
+      return FailFor(path_, "--pyramid: images of this size have " + std::to_string(level) + " levels at most");
+    shape = HalvedShape(shape);
+  }
   return true;
 }
 
@@ -151,8 +113,11 @@ bool TOmeZarrWriter::Write(TPixelBytes pixels, const TImageLabel& label)
 {
   if (!error_.empty()) return false;
   if (pixels.size() != shape_.Bytes()) return Fail("an image has another size than the run");
-  std::copy(pixels.begin(), pixels.end(),
-            chunk_.begin() + static_cast<std::ptrdiff_t>(bufferedImages_ * shape_.Bytes()));
+  std::copy(pixels.begin(), pixels.end(), levels_.front().Image(bufferedImages_).begin());
+  for (std::size_t level = 1; level < levels_.size(); ++level)
+    HalveImage(levels_[level - 1].Image(bufferedImages_), levels_[level - 1].shape,
+               levels_[level].Image(bufferedImages_));
+  if (bufferedImages_ == 0) window_.Add(pixels, shape_.depth);
   labels_.push_back(label);
   ++bufferedImages_;
   return bufferedImages_ < imagesInChunk_ || WriteChunk();
@@ -160,21 +125,29 @@ bool TOmeZarrWriter::Write(TPixelBytes pixels, const TImageLabel& label)
 
 bool TOmeZarrWriter::WriteChunk()
 {
-  std::fill(chunk_.begin() + static_cast<std::ptrdiff_t>(bufferedImages_ * shape_.Bytes()), chunk_.end(),
-            std::byte{0});
-  std::span<const std::byte> bytes = chunk_;
-  if (compression_.codec != Codec::None) {
-    bytes = TBloscChunk(compression_, shape_.depth, kBloscThreads).Compress(chunk_, compressed_);
-    if (bytes.empty()) Fail(path_ + ": Blosc cannot compress a chunk");
-  }
-  const std::string name = std::string(kImages) + "/" + std::to_string(imagesOnDisk_ / imagesInChunk_) + "/0/0";
-  if (error_.empty() && WriteChunkFile(name, bytes)) imagesOnDisk_ += bufferedImages_;
+  bool isWritten = error_.empty();
+  for (TLevel& level : levels_) isWritten = isWritten && WriteLevel(level);
+  std::error_code ignored;
+  for (const TLevel& level : levels_) // makes room for the rest
+    if (!isWritten) fs::remove_all(fs::path(path_) / level.name / std::to_string(ChunkNumber()), ignored);
+  if (isWritten) imagesOnDisk_ += bufferedImages_;
   bufferedImages_ = 0;
   labels_.resize(imagesOnDisk_);
-  return error_.empty() && WriteImageArray();
+  return isWritten && WriteImageArrays();
 }
 
-bool TOmeZarrWriter::WriteChunkFile(const std::string& name, std::span<const std::byte> bytes)
+bool TOmeZarrWriter::WriteLevel(TLevel& level)
+{
+  const std::size_t used = bufferedImages_ * level.shape.Bytes();
+  std::fill(level.chunk.begin() + static_cast<std::ptrdiff_t>(used), level.chunk.end(), std::byte{0});
+  TPixelBytes bytes = level.chunk;
+  if (options_.compression.codec != Codec::None)
+    bytes = TBloscChunk(options_.compression, shape_.depth, options_.threads).Compress(bytes, compressed_);
+  if (bytes.empty()) return FailFor(path_, "Blosc cannot compress a chunk");
+  return WriteFile(level.name + "/" + ZarrChunkName(ChunkNumber(), options_), bytes);
+}
+
+bool TOmeZarrWriter::WriteFile(const std::string& name, std::span<const std::byte> bytes)
 {
   const std::string path = path_ + "/" + name;
   std::error_code error;
@@ -190,36 +163,28 @@ bool TOmeZarrWriter::WriteChunkFile(const std::string& name, std::span<const std
 bool TOmeZarrWriter::WriteText(const std::string& name, const std::string& text)
 {
   const std::string part = name + ".part";
-  if (!WriteChunkFile(part, std::as_bytes(std::span(text)))) return false;
+  if (!WriteFile(part, std::as_bytes(std::span(text)))) return false;
   std::error_code error;
   fs::rename(path_ + "/" + part, path_ + "/" + name, error);
   return !error || FailFor(path_ + "/" + name, "cannot be written: " + error.message());
 }
 
-bool TOmeZarrWriter::WriteImageArray()
+bool TOmeZarrWriter::WriteImageArrays()
 {
-  const auto [width, height] = std::pair(shape_.width, shape_.height);
-  Json compressor;
-  if (compression_.codec != Codec::None) {
-    const TBloscChunk blosc(compression_, shape_.depth, kBloscThreads);
-    compressor = {{"id", "blosc"},
-                  {"cname", blosc.codec},
-                  {"clevel", blosc.level},
-                  {"shuffle", blosc.shuffle},
-                  {"blocksize", 0}};
-  }
-  return WriteText(
-      std::string(kImages) + "/.zarray",
-      JsonLine(ArrayJson(Json::array({imagesOnDisk_, height, width}), Json::array({imagesInChunk_, height, width}),
-                         PixelType(shape_), compressor)));
+  bool isWritten = true;
+  for (const TLevel& level : levels_)
+    isWritten =
+        isWritten && WriteText(level.name + "/.zarray",
+                               JsonLine(ZarrImagesJson(level.shape, imagesOnDisk_, imagesInChunk_, options_)));
+  return isWritten;
 }
 
 bool TOmeZarrWriter::WriteColumn(const std::string& name, const std::vector<std::int64_t>& values)
 {
   const std::string folder = std::string(kColumns) + "/" + name;
   const Json size = Json::array({values.size()});
-  return WriteChunkFile(folder + "/0", std::as_bytes(std::span(values))) &&
-         WriteText(folder + "/.zarray", JsonLine(ArrayJson(size, size, "<i8", nullptr))) &&
+  return WriteFile(folder + "/0", std::as_bytes(std::span(values))) &&
+         WriteText(folder + "/.zarray", JsonLine(ZarrArrayJson(size, size, "<i8", nullptr))) &&
          WriteText(folder + "/.zattrs", JsonLine({{"_ARRAY_DIMENSIONS", Json::array({"t"})}}));
 }
 
@@ -233,8 +198,8 @@ bool TOmeZarrWriter::WriteColumns()
 
 bool TOmeZarrWriter::WriteDescription(const std::optional<TFrameCounts>& counts, bool isClosed)
 {
-  const Json json = {{"multiscales", MultiscalesJson(fs::path(path_).filename().string(), facts_)},
-                     {kColumns, FileJson(facts_, shape_, imagesOnDisk_, isClosed, counts)}};
+  Json json = ZarrDescription(fs::path(path_).filename().string(), facts_, shape_, window_, options_);
+  json[kColumns] = FileJson(facts_, shape_, imagesOnDisk_, isClosed, counts);
   return WriteText(".zattrs", JsonLine(json));
 }
 

@@ -17,6 +17,17 @@ namespace vxtool {
 
 namespace {
 
+TZarrOptions ZarrOptions(const TOutputOptions& options)
+{
+  TZarrOptions zarr;
+  zarr.compression = options.compression.value_or(zarr.compression);
+  zarr.chunkImages = options.chunkImages;
+  zarr.pyramidLevels = options.pyramidLevels.value_or(zarr.pyramidLevels);
+  zarr.hasFiveAxes = options.hasFiveAxes.value_or(zarr.hasFiveAxes);
+  zarr.threads = options.threads.value_or(zarr.threads);
+  return zarr;
+}
+
 std::unique_ptr<IImageWriter> MakeFileWriter(FileFormat format, const TOutputOptions& options)
 {
   switch (format) {
@@ -29,10 +40,11 @@ std::unique_ptr<IImageWriter> MakeFileWriter(FileFormat format, const TOutputOpt
   case FileFormat::Raw:
     return std::make_unique<TRawStackWriter>();
   case FileFormat::OmeZarr:
-    return std::make_unique<TOmeZarrWriter>(options.compression.value_or(TCompression{}), options.chunkImages);
+    return std::make_unique<TOmeZarrWriter>(ZarrOptions(options));
   case FileFormat::Hdf5:
 #ifdef VXTOOL_HAS_HDF5
-    return std::make_unique<THdf5Writer>(options.compression.value_or(TCompression{Codec::None}));
+    return std::make_unique<THdf5Writer>(options.compression.value_or(TCompression{Codec::None}),
+                                         options.threads.value_or(TZarrOptions{}.threads));
 #else
     break; // the options do not have it
 #endif

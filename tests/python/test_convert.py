@@ -93,7 +93,20 @@ def zarr_of(run, output, code, *options, **keywords):
     return zarr.open(str(output), "r") if (output / ".zattrs").exists() else None, said
 
 
+def halved(images):
+    """Means of 2 x 2 pixels, halves rounded up, of what there is at odd edges."""
+    sums = np.add.reduceat(np.add.reduceat(images, np.arange(0, images.shape[1], 2), 1), np.arange(0, images.shape[2], 2), 2)
+    counts = halved_counts(images.shape[1])[:, None] * halved_counts(images.shape[2])
+    return (2 * sums + counts) // (2 * counts)
+
+
+def halved_counts(length):
+    return np.add.reduceat(np.ones(length, np.int64), np.arange(0, length, 2))
+
+
 @pytest.mark.parametrize("encoding, width, images, options, chunks", [
+    ("Mono16", 7, 5, ["--pyramid", "3", "--chunk", "2", "--threads", "1"], 2),
+    ("Mono8", 1, 2, ["--pyramid", "1", "--axes", "tczyx"], 2), ("Mono32", 6, 2, ["--pyramid", "2"], 2),
     ("Mono16", 7, 5, [], 5), ("Mono16", 7, 5, ["--chunk", "2"], 2), ("Mono8", 64, 6, ["--chunk", "3"], 3),
     ("Mono12Packed", 7, 5, ["--compression", "lz4:3", "--chunk", "4"], 4), ("Mono32", 1, 1, [], 1),
     ("Mono16", 1, 3, ["--compression", "none", "--chunk", "2"], 2)])
@@ -104,18 +117,36 @@ def test_ome_zarr(tmp_path, encoding, width, images, options, chunks):
     writer.keys.update({"camera/PixelWidth": 6.5, "camera/PixelHeight": 8, "image/Top": 5, "image/VBin": 2, "image/HBin": 1})
     run = SpoolRun(writer.write())
     group, _ = zarr_of(directory, tmp_path / "run.ome.zarr", 0, *options)
-    array = group["0"]
-    assert array.dtype == run.dtype and array.chunks == (chunks, 3, width) and array.fill_value is None
-    assert (array.compressor is None) == ("none" in options)
-    np.testing.assert_array_equal(array[:], run.array())
+    levels = int(options[1]) if "--pyramid" in options else 0
+    ones = (1, 1) if "tczyx" in options else ()
+    pixels = run.array().astype(np.int64)
+    for level in range(levels + 1):
+        array = group[str(level)]
+        assert array.dtype == run.dtype and array.chunks == (chunks, *ones, *pixels.shape[1:]) and array.fill_value is None
+        assert (array.compressor is None) == ("none" in options)
+        assert array.attrs["_ARRAY_DIMENSIONS"] == (list("tczyx") if ones else list("tyx"))
+        np.testing.assert_array_equal(array[:], pixels.reshape(images, *ones, *pixels.shape[1:]))
+        pixels = halved(pixels)
+    assert str(levels + 1) not in group
     columns = group["vxmcd"]
     assert columns["number"][:].tolist() == list(range(1, images + 1)) and columns["ticks"][:].tolist() == run.ticks().tolist()
     assert columns["host_ns"][:].tolist() == run.host_times().astype(np.int64).tolist()
     assert columns["check"][:].tolist() == [1] * images and group.attrs["vxmcd"]["complete"]
     image, = group.attrs["multiscales"]  # by the rules of the format
-    assert image["version"] == "0.4" and [axis["type"] for axis in image["axes"]] == ["time", "space", "space"]
-    assert [axis.get("unit") for axis in image["axes"]] == [None, "micrometer", "micrometer"]
-    assert image["datasets"] == [{"path": "0", "coordinateTransformations": [{"type": "scale", "scale": [1.0, 16.0, 6.5]}]}]
+    extra = ["channel", "space"] if ones else []
+    assert image["version"] == "0.4" and [axis["type"] for axis in image["axes"]] == ["time", *extra, "space", "space"]
+    assert [axis.get("unit") for axis in image["axes"]] == [None, *[None for _ in ones], "micrometer", "micrometer"]
+    for level, dataset in enumerate(image["datasets"]):
+        scale, *shift = dataset["coordinateTransformations"]
+        assert dataset["path"] == str(level) and scale == {"type": "scale", "scale": [1, *ones, 16 * 2**level, 6.5 * 2**level]}
+        middle = (2**level - 1) / 2  # of the pixels that became the first one
+        assert shift == ([] if level == 0 else
+                         [{"type": "translation", "translation": [0, *[0 for _ in ones], 16 * middle, 6.5 * middle]}])
+    assert len(image["datasets"]) == levels + 1
+    window = group.attrs["omero"]["channels"][0]["window"]
+    assert window["min"] <= window["start"] < window["end"] <= window["max"] + 1
+    assert window["start"] == run.array()[::chunks].min() and "--pyramid: images of this size have" in told(
+        directory, tmp_path / "more.zarr", 4, "--pyramid", "9")
 
 
 def test_ome_zarr_of_what_is_left(tmp_path):
