@@ -39,12 +39,30 @@ function(vxmcd_compile_options target)
     VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
-# Compiles common headers once, in the sanitizers' builds only: these take half the time then, and the other builds
-# still see whether every file includes what it uses. (With g++ such headers are not system headers any more, and it
-# warns of what it sees in them.)
+# Common headers are compiled once for the files of a target: in the sanitizers' builds, which take half the time then,
+# and for all tests. Where the library and the tool are compiled for use, every file still shows whether it includes what it
+# uses; so do Debug builds, which are for development. ccache cannot keep what uses such headers.
+if(CMAKE_BUILD_TYPE STREQUAL "Debug" OR CMAKE_CXX_COMPILER_LAUNCHER)
+  set(vxmcd_precompile OFF)
+else()
+  set(vxmcd_precompile ON)
+endif()
+
 function(vxmcd_precompile_where_sanitized target)
-  if(VXMCD_SANITIZE)
+  if(VXMCD_SANITIZE AND vxmcd_precompile)
     target_precompile_headers(${target} PRIVATE <algorithm> <array> <atomic> <chrono> <functional> <map> <memory> <mutex>
       <string> <vector> ${ARGN})
+  endif()
+endfunction()
+
+# The sanitizers' builds are not optimised, since that would double the time to compile them. Targets and sources that tests
+# spend most of their time in are.
+function(vxmcd_optimise_where_sanitized) # TARGET, or SOURCES of this folder
+  cmake_parse_arguments(ARG "" "TARGET" "SOURCES" ${ARGN})
+  if(VXMCD_SANITIZE AND ARG_TARGET)
+    target_compile_options(${ARG_TARGET} PRIVATE -O1)
+  endif()
+  if(VXMCD_SANITIZE AND ARG_SOURCES) # what was precompiled is not optimised
+    set_source_files_properties(${ARG_SOURCES} PROPERTIES COMPILE_OPTIONS -O1 SKIP_PRECOMPILE_HEADERS ON)
   endif()
 endfunction()

@@ -67,7 +67,7 @@ TEST_P(PlainCameraStream, GivesEveryPixelAndTime)
   SetEncoding(param.encoding);
   ASSERT_EQ(SetMetaData(1), RC_SUCCESS);
   ASSERT_EQ(StartSeries(kFrames), RC_SUCCESS);
-  ASSERT_TRUE(WaitUntilIdle(5.0));
+  const double seconds = SecondsOf([] { ASSERT_TRUE(WaitUntilIdle(20.0)); });
   EXPECT_EQ(Status(), static_cast<int>(RC_IDLE));
   std::uint64_t before = 0;
   long long lost = 0;
@@ -85,10 +85,10 @@ TEST_P(PlainCameraStream, GivesEveryPixelAndTime)
   long long last = 0;
   EXPECT_EQ(vxsys_GetRawMetaDataInfo(&count, &first, 0), RC_SUCCESS);
   EXPECT_EQ(vxsys_GetRawMetaDataInfo(&count, &last, kFrames - 1), RC_SUCCESS);
-  // In ns, of which the clock of the camera counts every eighth; on a busy machine it is late.
-  const double expected = 10e6 * static_cast<double>(kFrames - 1 + lost);
-  EXPECT_GT(static_cast<double>(last - first), expected / 5);
-  EXPECT_LT(static_cast<double>(last - first), expected * 5);
+  // In ns, of which the clock of the camera counts every eighth. On a busy machine the frames come later, and nearer to each
+  // other.
+  EXPECT_GT(static_cast<double>(last - first), 10e6 * static_cast<double>(kFrames - 1 + lost) / 5);
+  EXPECT_LT(static_cast<double>(last - first), 1e9 * seconds);
 }
 
 // Frames are numbered from 65530 on where all 16 bits of the pixels tell them apart, elsewhere from 1 on.
