@@ -66,6 +66,7 @@ int TAcquisition::Start(TDeviceLock& lock)
     }
   }
 
+  if (clock_.IsReal()) painter_.PreparePicture(); // before the clock of the run begins
   status_.statistics.triggersIgnored += schedule_.TriggersIgnored();
   runStartNs_ = clock_.NowNs();
   schedule_.Start(state_, runStartNs_);

@@ -33,6 +33,9 @@ public:
   /// Whether the settings are still those that Prepare() read.
   bool IsPrepared(const TCameraState& state) const { return revision_ == state.revision; }
 
+  /// Does ahead of time what the first Paint() would take long for, on a busy machine longer than a run waits for a frame.
+  void PreparePicture() { renderer_.Prepare(settings_); }
+
   /// A frame of stamps alone: what is needed to write it, even if the settings change meanwhile. A plain value.
   struct TStampedFrame
   {
