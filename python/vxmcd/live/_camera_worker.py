@@ -35,6 +35,9 @@ _RATE_SECONDS = 2.0  # rates are means over this time
 _LONGER_CYCLE_SECONDS = 0.5  # a run continues when the cycle becomes longer by so much
 _UNWATCHED_SECONDS = 10.0  # then a live run stops
 _REOPEN_SECONDS = 5.0
+_RESTART_SECONDS, _MAX_RESTART_SECONDS = 1.0, 16.0  # the time doubles with each run that fails without an image
+_RESTARTED_SECONDS = 10.0  # for which the pages say that a run was started again
+_PASSING = (raw.RC_STATUS_TIMED_OUT, raw.RC_STATUS_HARDWARE_OVERFLOW)  # ends of a run after which another one may go well
 _MAX_COST = 0.5  # part of a processor that images may take
 _DURING_RUN = ("exposure", "cycle_time", "frame_rate", "target_temperature", "cooler", "fan")
 _DURING_RECORDING = ("target_temperature", "cooler", "fan")
@@ -64,7 +67,8 @@ class CameraWorker:
     """Opens a camera, runs it while somebody watches, and puts the newest image into Frames. Other threads use submit(),
     watched(), cost, start() and stop() only.
 
-    States: closed (no camera: the worker tries to open it every 5 s), idle, live, recording, failed (until `start`).
+    States: closed (no camera: the worker tries to open it every 5 s), idle, live, recording, failed (until `start`; a live
+    run that lost images or waited too long for one is started again, and is failed until the next image).
     on_frame() and on_status(values) are called on the worker's thread and must return at once.
     """
 
@@ -88,6 +92,10 @@ class CameraWorker:
         self._last_recording: Optional[Dict[str, object]] = None
         self._error: Optional[Dict[str, object]] = None
         self._has_failed = False
+        self._restart_at: Optional[float] = None  # when a run that failed is to be started again
+        self._restart_seconds = _RESTART_SECONDS
+        self._restarted: Optional[Dict[str, object]] = None  # the error of the run before
+        self._restarted_at = 0.0
         self._run_number = 0
         self._next_open = self._next_status = self._next_temperature = self._next_image = 0.0
         self._camera_status: Dict[str, object] = {}
@@ -128,9 +136,9 @@ class CameraWorker:
             return "closed"
         if self._recording is not None:
             return "recording"
-        if self._run is not None:
-            return "live"
-        return "failed" if self._has_failed else "idle"
+        if self._has_failed:
+            return "failed"
+        return "live" if self._run is not None else "idle"
 
     def _work(self):
         while not self._is_ending:
@@ -155,7 +163,7 @@ class CameraWorker:
                 self._reopen()
         elif self._run is not None:
             self._follow_run()
-        elif not self._has_failed and self._is_watched():
+        elif self._may_run(now) and self._is_watched():
             self._start_run()
         now = time.monotonic()
         if self._camera is not None and now >= self._next_temperature:
@@ -169,6 +177,9 @@ class CameraWorker:
 
     def _is_watched(self):
         return self._viewers > 0 or time.monotonic() - self._unwatched_since < _UNWATCHED_SECONDS
+
+    def _may_run(self, now):
+        return not self._has_failed or (self._restart_at is not None and now >= self._restart_at)
 
     # Commands
 
@@ -298,7 +309,7 @@ class CameraWorker:
 
     def _do_start(self):
         """Runs again after a failure."""
-        self._error, self._has_failed = None, False
+        self._error, self._has_failed, self._restart_at = None, False, None
         self._next_open = 0.0
 
     def _do_record(self, name, images, seconds):
@@ -354,7 +365,7 @@ class CameraWorker:
             self._camera = None
             camera.close()
             raise
-        self._error, self._has_failed = None, False
+        self._error, self._has_failed, self._restart_at = None, False, None
         self._on_status({"opened": self._camera_status["camera"]})
 
     def _reopen(self):
@@ -377,7 +388,10 @@ class CameraWorker:
     def _fail(self, error):
         """A run or a call has failed. A camera that does not answer any more is closed, and opened again later."""
         _log.error("%s", error, exc_info=not isinstance(error, (VxmcdError, CameraStateError, ValueError)))
-        self._error, self._has_failed = _description.problem(error), True
+        self._error, self._has_failed, self._restart_at = _description.problem(error), True, None
+        if isinstance(error, VxmcdError) and error.code in _PASSING and not self._recording:
+            self._restart_at = time.monotonic() + self._restart_seconds
+            self._restart_seconds = min(2 * self._restart_seconds, _MAX_RESTART_SECONDS)
         for end in (self._end_recording, self._stop_run):
             try:
                 end()
@@ -449,6 +463,8 @@ class CameraWorker:
             self._last_arrival = now
         self._total = total
         self._rate.add(now, total)
+        if total > 0 and self._has_failed:
+            self._recover(now)
         if last > self._last and now >= self._next_image:
             self._fetch(run, last, now)
         if status == raw.RC_IDLE and self._recording:
@@ -460,6 +476,12 @@ class CameraWorker:
                 self._end_recording()
         elif not self._is_watched():
             self._stop_run()
+
+    def _recover(self, now):
+        """The run that was started after a failure has an image."""
+        self._restarted, self._restarted_at = self._error, now
+        self._error, self._has_failed, self._restart_at = None, False, None
+        self._restart_seconds = _RESTART_SECONDS
 
     def _fetch(self, run, number, now):
         camera = self._camera
@@ -501,7 +523,10 @@ class CameraWorker:
         if self._run is None:
             return None
         settings = self._camera_status["settings"]
-        quiet = time.monotonic() - self._last_arrival
+        now = time.monotonic()
+        if self._restarted and now - self._restarted_at < _RESTARTED_SECONDS:
+            return "the run failed ({code} {name}) and was started again".format(**self._restarted)
+        quiet = now - self._last_arrival
         cycle = max(settings["cycle_time"] or 0.0, settings["exposure"] or 0.0)
         if quiet <= 3 * cycle + 2:
             return None
@@ -512,6 +537,7 @@ class CameraWorker:
         is_open, is_running = self._camera is not None, self._run is not None
         values = {
             "state": self.state, "number": self.number, "run": self._run_number, "error": self._error,
+            "restarts": self._restart_at is not None,
             "settings": self._camera_status.get("settings") if is_open else None,
             "limits": self._camera_status.get("limits") if is_open else None,
             "image": self._camera_status.get("image") if is_open else None,

@@ -183,7 +183,8 @@ class Page {
   _showError(error) {
     const isClosed = this.state.state === "closed";
     this.banners.set("error", error ? "bad" : null, error && problem(error),
-      isClosed ? "The program tries to open the camera again every 5 s; its settings come back." : "",
+      isClosed ? "The program tries to open the camera again every 5 s; its settings come back."
+        : this.state.restarts ? "The program starts the camera again by itself." : "",
       !isClosed && this._mayControl() && "Restart", () => this._ask({ do: "start" }));
   }
 
