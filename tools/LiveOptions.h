@@ -27,7 +27,7 @@ struct TLiveGiven
 
 /// All but the camera. The parser writes into @p given, which outlives it.
 void AddLiveOptions(CLI::App& app, TLiveGiven& given);
-/// The options as they were given, but for the camera.
+/// The options as they were given, or their defaults, but for the camera.
 std::vector<std::string> LiveArguments(const CLI::App& live);
 
 } // namespace vxtool

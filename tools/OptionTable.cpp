@@ -27,12 +27,6 @@ std::string ArgumentText(const CLI::Option& option)
   return words == std::string::npos ? text : text.substr(words + 1);
 }
 
-std::string HelpText(const CLI::Option& option)
-{
-  const std::string preset = option.get_default_str();
-  return option.get_description() + (preset.empty() ? "" : "; default: " + preset);
-}
-
 std::string CommandLines(const CLI::App& command, const std::string& name)
 {
   std::string text = Line({name, "", "", "", "", command.get_description()});
@@ -43,7 +37,7 @@ std::string CommandLines(const CLI::App& command, const std::string& name)
     for (const CLI::Option* other : command.get_options()) // in the order of the help; the parser has no order
       if (option->get_excludes().count(const_cast<CLI::Option*>(other)) > 0) others.push_back(other->get_name());
     text += Line({name, option->get_name(option->get_positional(), true), ArgumentText(*option), group,
-                  CLI::detail::join(others, ","), HelpText(*option)});
+                  CLI::detail::join(others, ","), option->get_description()});
   }
   return text;
 }

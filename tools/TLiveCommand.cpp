@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <spawn.h>
 #include <string_view>
 #include <sys/wait.h>
@@ -112,6 +113,12 @@ ExitCode TLiveCommand::Run()
   std::vector<std::string> environment = EnvironmentWith(variables);
   std::vector<std::string> words = {python, "-m", kProgram, "--camera=" + std::to_string(camera_)};
   words.insert(words.end(), arguments_.begin(), arguments_.end());
+  // An interpreter that is loading its modules answers Ctrl-C with a traceback. The program unblocks it, before it
+  // opens a camera.
+  sigset_t interrupt;
+  sigemptyset(&interrupt);
+  sigaddset(&interrupt, SIGINT);
+  pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
   execvpe(python.c_str(), Pointers(words).data(), Pointers(environment).data());
   return Fail(ExitCode::Usage, "live: " + python + ": " + std::generic_category().message(errno));
 }

@@ -129,6 +129,7 @@ _ROWS = (
     _Row("temperature", "target_temperature", _integer),
     _Row("fan", "fan", _word("full", "low", "off")),
 )
+KEYS = tuple(row.key for row in _ROWS if row.name not in _OF_RUN)
 _BY_KEY = {row.key: row for row in _ROWS}
 _BY_NAME = {row.name: row for row in _ROWS}
 

@@ -205,6 +205,26 @@ def test_a_camera_that_comes_back_has_its_settings(simulator, tmp_path, monkeypa
         worker.stop()
 
 
+def test_a_live_run_that_fails_is_started_again_and_a_recording_is_not(simulator, tmp_path, monkeypatch):
+    monkeypatch.setattr(_camera_worker, "_RESTART_SECONDS", 0.05)
+    simulator.configure(REAL)
+    worker, frames, statuses = worker_of(tmp_path)
+    try:
+        wait_until(lambda: frames.newest is not None)
+        simulator.fault("call VX_WaitBuffer at 3 rc 100")
+        wait_until(lambda: statuses.values.get("notice"))
+        assert "20019" in statuses.values["notice"] and statuses.values["run"] == 2
+        assert (statuses.values["state"], statuses.values["error"]) == ("live", None)
+        worker.submit("record", "lost", 100000, None).result(10)
+        simulator.fault("call VX_WaitBuffer at 3 rc 100")
+        wait_until(lambda: statuses.values["state"] == "failed")
+        assert statuses.values["error"]["code"] == 20019 and not statuses.values["restarts"]
+        worker.submit("start").result(10)
+        wait_until(lambda: statuses.values["state"] == "live" and statuses.values["run"] == 4)
+    finally:
+        worker.stop()
+
+
 def test_workers_leave_nothing_behind(simulator, tmp_path):
     simulator.configure(FREE)
 
@@ -450,8 +470,16 @@ def test_strangers_are_refused(tmp_path):
         program.end()
 
 
+def test_ctrl_c_while_modules_are_loaded_ends_the_program_without_a_word(tmp_path):
+    def interrupt():
+        signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})
+        os.kill(os.getpid(), signal.SIGINT)
+    done = subprocess.run([os.environ["VXMCD_TOOL"], "live"], capture_output=True, text=True, timeout=60, preexec_fn=interrupt)
+    assert (done.returncode, done.stdout, done.stderr) == (-signal.SIGINT, "", "")
+
+
 @pytest.mark.parametrize("options, code, text", [
-    (("--directory", "/nowhere"), 4, "/nowhere"), (("--camera", "7"), 2, "no camera 7"),
+    (("--token-file", "/nowhere"), 1, "/nowhere"), (("--directory", "/nowhere"), 4, "/nowhere"), (("--camera", "7"), 2, "no camera 7"),
     (("--no-token", "--bind", "0.0.0.0"), 1, "--no-token"), (("--area", "1,1,9000x9000"), 3, "not on the sensor")])
 def test_a_start_that_is_refused_says_why(tmp_path, options, code, text):
     (tmp_path / "cameras.ini").write_text(REAL)

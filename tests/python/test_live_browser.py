@@ -5,7 +5,6 @@ import re
 import shutil
 import signal
 import subprocess
-import sys
 
 import numpy as np
 import pytest
@@ -52,8 +51,8 @@ class Program:
 
     def start(self):
         self._process = subprocess.Popen(
-            [sys.executable, "-m", "vxmcd.live", "--token", TOKEN, "--directory", str(self.directory),
-             *self._port, *self._options],
+            [os.environ["VXMCD_TOOL"], "live", "--token", TOKEN, "--directory", str(self.directory), *self._port,
+             *self._options],
             env=dict(os.environ, VXCORE_CONFIG=str(self.directory / "cameras.ini")), stdout=subprocess.PIPE, text=True)
         self.link = self._process.stdout.readline().strip()
         self._port = ["--port", re.fullmatch(r"http://127\.0\.0\.1:(\d+)/#t=" + TOKEN, self.link)[1]]

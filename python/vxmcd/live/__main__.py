@@ -4,6 +4,7 @@ import signal
 import sys
 
 signal.signal(signal.SIGINT, signal.SIG_DFL)  # until a camera is opened, Ctrl-C has nothing to put in order
+signal.pthread_sigmask(signal.SIG_UNBLOCK, {signal.SIGINT})  # the tool blocks it while modules are loaded
 
 try:
     import aiohttp  # noqa: F401

@@ -7,6 +7,7 @@ import asyncio
 import errno
 import logging
 import os
+import re
 import secrets
 import signal
 import socket
@@ -27,11 +28,10 @@ from ._connections import Connections
 from ._server import Server
 
 _USAGE, _NO_CAMERA, _CAMERA, _OUTPUT, _INTERRUPTED = 1, 2, 3, 4, 130
-_PORT, _PORTS = 8765, 20
+_PORTS = 20  # to try
 _BACKLOG = 128
+_TOKEN_LINE = 200
 _END_SECONDS = 0.2  # for requests that are under way
-_SETTINGS = ("exposure", "cycle", "trigger", "overlap", "bits", "encoding", "area", "binning", "channel", "amplifier", "speed",
-             "gain", "baseline-clamp", "temperature", "fan")  # keys of a settings file
 
 
 class _Parser(argparse.ArgumentParser):
@@ -39,23 +39,37 @@ class _Parser(argparse.ArgumentParser):
         self.exit(_USAGE, f"vxmcd live: {message}\n")
 
 
+def _port(text):
+    """A port, and whether the next ones will do, too."""
+    match = re.fullmatch(r"(\d{1,5})(\+?)", text)
+    if not match or not 1 <= int(match[1]) <= 65535:
+        raise argparse.ArgumentTypeError("a number from 1 to 65535 is expected, and behind it + or nothing")
+    return int(match[1]), bool(match[2])
+
+
+def _rate(text):
+    try:
+        rate = float(text)
+    except ValueError:
+        rate = 0.0
+    if not 0.1 <= rate <= 1000:
+        raise argparse.ArgumentTypeError("0.1 to 1000 is expected")
+    return rate
+
+
 def _parser():
-    parser = _Parser(prog="vxmcd live", description="Shows the picture of a camera in the browser.", allow_abbrev=False)
-    parser.add_argument("--camera", type=int, default=0, metavar="N", help="number of the camera; default: 0")
-    parser.add_argument("--port", type=int, metavar="P", help=f"default: {_PORT}, or the next one that is free")
-    parser.add_argument("--bind", default="127.0.0.1", metavar="ADDRESS", help="address to listen at; default: 127.0.0.1")
-    parser.add_argument("--token", metavar="TEXT", help="the secret in the link; default: a new one at each start")
-    parser.add_argument("--no-token", action="store_true", help="no secret; every user of this machine has access")
-    parser.add_argument("--allow-host", action="append", default=[], metavar="NAME",
-                        help="name of this machine that may stand in the link")
-    parser.add_argument("--read-only", action="store_true", help="nobody can change the camera from a page")
-    parser.add_argument("--fps", type=float, default=25.0, metavar="N", help="images a second that are shown at most")
-    parser.add_argument("--directory", default=".", metavar="DIR", help="for snapshots and recordings; default: .")
-    parser.add_argument("--open", action="store_true", help="open the page in the browser")
-    parser.add_argument("--settings", metavar="FILE", help="settings to begin with")
-    for key in _SETTINGS:
+    """Of the options as the tool passes them, which describes them and has their defaults."""
+    parser = _Parser(prog="vxmcd live", allow_abbrev=False, add_help=False)
+    for name, kind in (("--camera", int), ("--port", _port), ("--bind", str), ("--fps", _rate), ("--directory", str)):
+        parser.add_argument(name, type=kind, required=True)
+    for name in ("--token", "--token-file", "--settings"):
+        parser.add_argument(name)
+    for name in ("--no-token", "--read-only", "--open"):
+        parser.add_argument(name, action="store_true")
+    parser.add_argument("--allow-host", action="append", default=[])
+    for key in _settings.KEYS:
         is_switch = {"nargs": "?", "const": "on"} if key == "overlap" else {}
-        parser.add_argument(f"--{key}", metavar="VALUE", help=argparse.SUPPRESS, **is_switch)
+        parser.add_argument(f"--{key}", **is_switch)
     return parser
 
 
@@ -67,7 +81,7 @@ def _settings_of(parser, options) -> Dict[str, object]:
             settings = _settings.load_settings(options.settings)
         except (OSError, ValueError) as error:
             parser.error(f"--settings: {error}")
-    for key in _SETTINGS:
+    for key in _settings.KEYS:
         text = getattr(options, key.replace("-", "_"))
         if text is not None:
             row = _settings._BY_KEY[key]
@@ -78,28 +92,37 @@ def _settings_of(parser, options) -> Dict[str, object]:
     return settings
 
 
+def _token_of(parser, path):
+    try:
+        with open(path, encoding="utf-8") as file:
+            if os.fstat(file.fileno()).st_mode & 0o077:
+                sys.stderr.write(f"warning: other users may read {path}; chmod go= {path}\n")
+            return file.readline(_TOKEN_LINE).strip()
+    except (OSError, ValueError) as error:
+        return parser.error(f"--token-file: {path}: {getattr(error, 'strerror', None) or 'is no text'}")
+
+
 def _checked(parser, arguments):
     options = parser.parse_args(arguments)
     is_local = _access.is_loopback(options.bind)
-    if options.token is not None and options.no_token:
-        parser.error("--token does not go with --no-token")
+    if sum((options.token is not None, options.token_file is not None, options.no_token)) > 1:
+        parser.error("give one of --token, --token-file and --no-token")
+    if options.token_file is not None:
+        options.token = _token_of(parser, options.token_file)
     if options.no_token and not is_local:
         parser.error("--no-token: other machines reach this address; leave it out, or choose a --bind of this machine")
     if options.token is not None:
         wrong = _access.check_token(options.token, is_local)
         if wrong:
-            parser.error(f"--token: {wrong}")
-    if options.port is not None and not 1 <= options.port <= 65535:
-        parser.error("--port: 1 to 65535")
-    if not 0.1 <= options.fps <= 1000:
-        parser.error("--fps: 0.1 to 1000")
+            parser.error(f"{'--token-file' if options.token_file else '--token'}: {wrong}")
     return options, _settings_of(parser, options)
 
 
 def _listen(options) -> socket.socket:
-    """A socket at the port, or without one at the first that is free. Raises OSError."""
+    """A socket at the port, or at the first that is free from there on. Raises OSError."""
     family = socket.AF_INET6 if ":" in options.bind else socket.AF_INET
-    ports = [options.port] if options.port is not None else range(_PORT, _PORT + _PORTS)
+    first, goes_on = options.port
+    ports = range(first, min(first + (_PORTS if goes_on else 1), 65536))
     for port in ports:
         listener = socket.socket(family, socket.SOCK_STREAM)
         try:
@@ -193,7 +216,7 @@ def main(arguments: List[str]) -> Optional[int]:
     try:
         listener = _listen(options)
     except OSError as error:
-        return _fail(_OUTPUT, f"{options.bind}, port {options.port or _PORT}: {error.strerror}")
+        return _fail(_OUTPUT, f"{options.bind}, port {options.port[0]}: {error.strerror}")
     with listener:
         try:
             return asyncio.run(_serve(options, settings, listener))
