@@ -8,7 +8,7 @@ import signal
 import subprocess
 import threading
 import time
-from socket import create_connection
+from socket import SO_RCVBUF, SOL_SOCKET, create_connection, socket
 
 import numpy as np
 import pytest
@@ -16,8 +16,9 @@ import pytest
 from conftest import FREE, REAL, frame_number
 
 aiohttp = pytest.importorskip("aiohttp", reason="the live view needs python3-aiohttp")
+import aiohttp.web  # noqa: E402
 
-from vxmcd.live import _camera_worker, _credit, _recording, _wire  # noqa: E402
+from vxmcd.live import _camera_worker, _credit, _recording, _server, _wire  # noqa: E402
 from vxmcd.live._access import Access, check_token  # noqa: E402
 from vxmcd.live._frames import Frames, Image, View, block_means, saturation_map, stretched  # noqa: E402
 from vxmcd.live._state import Control, State  # noqa: E402
@@ -365,6 +366,9 @@ def test_pages_see_and_change_the_camera(tmp_path):
                      if header["number"] == result["value"]["number"])
         assert np.array_equal(stored.reshape(8, 16), shown)
         assert (await second.fetch("files/cameras.ini"))[0] == 404
+        (tmp_path / result["value"]["name"]).unlink()
+        (tmp_path / result["value"]["name"]).symlink_to("cameras.ini")
+        assert (await second.fetch(result["value"]["url"]))[0] == 404
         assert (await second.ask(do="open", camera=1))["ok"]
         await second.watch(lambda: second.state["camera"]["model"] == "TARN 1M" and second.headers[-1]["imageWidth"] == 1280)
         seen = len(first.images)
@@ -410,6 +414,35 @@ def test_recording_loses_nothing_to_viewers(tmp_path):
     assert run.state == "complete" and [frame_number(image) for image in run] == list(range(1, 2001))
     second = SpoolRun(tmp_path / "second", verify=True)
     assert second.state == "aborted" and [frame_number(image) for image in second[:50]] == list(range(1, 51))
+
+
+def test_a_page_that_does_not_read_is_dropped(simulator, tmp_path, monkeypatch):
+    monkeypatch.setattr(_server, "_HEARTBEAT_SECONDS", 0.2)
+    simulator.configure(FREE)
+
+    async def use():
+        def make_worker(number, frames, on_frame, on_status):
+            return _camera_worker.CameraWorker(number, frames, tmp_path, {}, 100.0, on_frame, on_status)
+        server = _server.Server(Access(None, [], 1), False, tmp_path, make_worker, lambda: 2)
+        await server.begin(1)  # its images are larger than the buffers of a connection
+        runner = aiohttp.web.AppRunner(server.application)
+        await runner.setup()
+        site = aiohttp.web.TCPSite(runner, "127.0.0.1", 0)
+        await site.start()
+        with socket() as page:
+            page.setsockopt(SOL_SOCKET, SO_RCVBUF, 4096)
+            page.connect(site._server.sockets[0].getsockname())
+            page.sendall(b"GET /ws HTTP/1.1\r\nHost: localhost\r\nConnection: Upgrade\r\nUpgrade: websocket\r\n"
+                         b"Sec-WebSocket-Version: 13\r\nSec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n\r\n")
+            view = json.dumps({"view": {"x": 0, "y": 0, "w": 0, "h": 0, "cw": 2000, "ch": 2000}}).encode()
+            page.sendall(bytes([0x81, 0x80 | len(view), 0, 0, 0, 0]) + view)
+            while not any(viewer.shown for viewer in server._viewers.values()):
+                await asyncio.sleep(0.01)
+            while server._viewers:
+                await asyncio.sleep(0.01)
+        await server.end()
+        await runner.cleanup()
+    asyncio.run(asyncio.wait_for(use(), 30))
 
 
 def test_strangers_are_refused(tmp_path):

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import asyncio
 import concurrent.futures
+import contextlib
 import json
 import logging
 import re
@@ -153,9 +154,10 @@ class Server:
         """A file that was made here."""
         self._need_cookie(request)
         name = request.match_info["name"]
-        if name not in self._requests.files or not (self._directory / name).is_file():
+        path = self._directory / name
+        if name not in self._requests.files or not path.is_file() or path.is_symlink():  # a link was put in its place
             raise web.HTTPNotFound(text="there is no such file\n")
-        return web.FileResponse(self._directory / name,
+        return web.FileResponse(path,
                                 headers={"Content-Disposition": f'attachment; filename="{name}"',
                                          "Content-Type": "application/octet-stream"})
 
@@ -165,7 +167,7 @@ class Server:
         socket = web.WebSocketResponse(compress=False, heartbeat=_HEARTBEAT_SECONDS, max_msg_size=_MESSAGE_BYTES)
         await socket.prepare(request)
         self._numbers += 1
-        viewer = Viewer(self._numbers, socket, self._first)
+        viewer = Viewer(self._numbers, socket, request.transport, self._first)
         self._viewers[viewer.number] = viewer
         self._first.join(viewer)
         self._first.send_hello(viewer, self._requests.cameras())
@@ -258,14 +260,21 @@ class Server:
         except ConnectionError:
             await viewer.socket.close()
 
+    async def _drop(self, viewer):
+        """Ends the connection of a page that does not answer. Where it does not read either, what was sent to it waits, and
+        a connection that is only closed would stay, and with it the control of the camera."""
+        with contextlib.suppress(asyncio.TimeoutError, ConnectionError):
+            await asyncio.wait_for(viewer.socket.close(code=1008, message=b"no acknowledgement"), _END_SECONDS)
+        await asyncio.sleep(_END_SECONDS)  # one that is closing in order goes by itself
+        viewer.transport.abort()
+
     async def _tick(self):
         """A few times a second: histograms, time-outs, silent pages."""
         while True:
             await asyncio.sleep(_TICK_SECONDS)
             for viewer in list(self._viewers.values()):
-                if viewer.is_silent():
-                    _log.info("viewer %d does not draw any more", viewer.number)
-                    self._loop.create_task(viewer.socket.close(code=1008, message=b"no acknowledgement"))
+                if viewer.socket.closed or viewer.is_silent():
+                    self._loop.create_task(self._drop(viewer))
             for channel in list(self._requests.channels.values()):
                 try:
                     await channel.tick()

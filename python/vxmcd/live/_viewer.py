@@ -21,9 +21,10 @@ class Viewer:
     """Sends the newest image when the page has drawn earlier ones, and of each kind of text the newest. Nothing waits in a
     queue but answers. For the thread of the event loop; channel.encode() makes pictures on another one."""
 
-    def __init__(self, number: int, socket: web.WebSocketResponse, channel):
+    def __init__(self, number: int, socket: web.WebSocketResponse, transport: asyncio.Transport, channel):
         self.number = number
         self.socket = socket
+        self.transport = transport
         self.channel = channel  # the camera that the page shows
         self.view: Optional[View] = None  # nothing is sent before the page has said what it shows
         self.cursor = None
