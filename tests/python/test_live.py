@@ -513,9 +513,9 @@ def test_ctrl_c_while_modules_are_loaded_ends_the_program_without_a_word(tmp_pat
 
 @pytest.mark.parametrize("options, code, text", [
     (("--token-file", "/nowhere"), 1, "/nowhere"), (("--directory", "/nowhere"), 4, "/nowhere"), (("--camera", "7"), 2, "no camera 7"),
-    (("--no-token", "--bind", "0.0.0.0"), 1, "--no-token"), (("--area", "1,1,9000x9000"), 3, "not on the sensor")])
+    (("--camera", "1", "--no-token"), 2, "vxmcd list"), (("--no-token", "--bind", "0.0.0.0"), 1, "--no-token"), (("--area", "1,1,9000x9000"), 3, "not on the sensor")])
 def test_a_start_that_is_refused_says_why(tmp_path, options, code, text):
-    (tmp_path / "cameras.ini").write_text(REAL)
+    (tmp_path / "cameras.ini").write_text(REAL + "[Faults]\nRule = call VX_Open device 1 rc 43\n")
     done = subprocess.run([os.environ["VXMCD_TOOL"], "live", *options], capture_output=True, text=True, timeout=60,
                           env=dict(os.environ, VXCORE_CONFIG=str(tmp_path / "cameras.ini")))
     assert (done.returncode, done.stdout) == (code, "") and text in done.stderr and done.stderr.count("\n") == 1

@@ -19,7 +19,7 @@ from typing import Dict, List, Optional
 
 from aiohttp import web
 
-from .. import _settings
+from .. import _settings, raw
 from .._session import camera_count
 from ..errors import CameraStateError, LibraryError, NoCameraError, VxmcdError
 from . import _access
@@ -187,6 +187,8 @@ async def _serve(options, settings, listener) -> int:
     except NoCameraError as error:
         return _fail(_NO_CAMERA, str(error))
     except (VxmcdError, CameraStateError, ValueError, TypeError) as error:
+        if getattr(error, "code", None) == raw.RC_NO_CAMERA:  # it is attached
+            return _fail(_NO_CAMERA, f"{error}; vxmcd list says why")
         return _fail(_CAMERA, str(error))
     runner = web.AppRunner(server.application, access_log=None)
     listening = None
