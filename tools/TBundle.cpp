@@ -53,6 +53,13 @@ bool TBundle::Fail(const std::string& reason)
   return false;
 }
 
+bool TBundle::FailToWrite()
+{
+  const int error = archive_errno(archive_);
+  return Fail("cannot be written: " +
+              (error > 0 ? std::generic_category().message(error) : archive_error_string(archive_)));
+}
+
 bool TBundle::Create(const std::string& path)
 {
   path_ = path;
@@ -66,8 +73,7 @@ bool TBundle::Create(const std::string& path)
   if (!archive_) return Fail("no memory");
   archive_write_set_format_pax_restricted(archive_);
   archive_write_add_filter_gzip(archive_);
-  if (archive_write_open_filename(archive_, temporary.c_str()) != ARCHIVE_OK)
-    return Fail(archive_error_string(archive_));
+  if (archive_write_open_filename(archive_, temporary.c_str()) != ARCHIVE_OK) return FailToWrite();
   return true;
 }
 
@@ -83,7 +89,7 @@ bool TBundle::Write(const std::string& name, const std::string& text)
   archive_entry_set_mtime(entry.get(), std::time(nullptr), 0);
   if (archive_write_header(archive_, entry.get()) != ARCHIVE_OK ||
       archive_write_data(archive_, text.data(), text.size()) != static_cast<la_ssize_t>(text.size()))
-    return Fail(archive_error_string(archive_));
+    return FailToWrite();
   return true;
 }
 
@@ -132,7 +138,7 @@ bool TBundle::Close()
     files.push_back({{"name", entry.name}, {"bytes", entry.text.size()}, {"sha256", Sha256Of(entry.text)}});
   }
   if (!Write("manifest.json", JsonLine({{"files", files}}))) return false;
-  if (archive_write_close(archive_) != ARCHIVE_OK) return Fail(archive_error_string(archive_));
+  if (archive_write_close(archive_) != ARCHIVE_OK) return FailToWrite();
   if (link(temporary_.c_str(), path_.c_str()) != 0)
     return Fail("cannot be created: " + std::generic_category().message(errno));
   return true;

@@ -50,6 +50,7 @@ private:
   };
 
   bool Fail(const std::string& reason);
+  bool FailToWrite();
   bool Write(const std::string& name, const std::string& text);
   void Redact();
 

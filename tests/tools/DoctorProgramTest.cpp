@@ -89,10 +89,11 @@ TEST_F(Doctor, FindsWhatIsWrongWithCameras)
 TEST_F(Doctor, FindsWhatIsWrongWithTheMachine)
 {
   Configure(kSmallCamera);
-  EXPECT_THAT(WrongWith("limits", {}, 100'000), HasSubstr("problem files end at 100 kB"));
+  EXPECT_THAT(WrongWith("limits", {}, 100'000), HasSubstr("problem the shell limits files to 100 kB"));
   EXPECT_THAT(WrongWith("disk", {"--disk", directory_.Path("none")}),
               HasSubstr("none: No such file or directory"));
-  EXPECT_THAT(WrongWith("disk", {"--disk", directory_.Directory()}, 100'000), HasSubstr("cannot be written"));
+  EXPECT_THAT(WrongWith("disk", {"--disk", directory_.Directory()}, 100'000),
+              HasSubstr("cannot be written: File too large"));
   EXPECT_EQ(fs::exists(directory_.Path("vxmcd-doctor")), false);
 
   const fs::path other = directory_.Path("other");

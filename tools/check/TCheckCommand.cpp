@@ -196,7 +196,7 @@ std::string TCheckCommand::ReportJson() const
                     {"trace_from_s", from},
                     {"trace_to_s", to}});
   }
-  const bool hasTrace = HasFailed() || !options_.bundle.file.empty();
+  const bool hasTrace = (HasFailed() || !options_.bundle.file.empty()) && trace_.Seconds() > 0.0;
   return JsonLine({{"camera", camera_},
                    {"checks", list},
                    {"ok", Count(Verdict::Ok)},
@@ -259,7 +259,7 @@ bool TCheckCommand::MakeBundle(TBundle& bundle) const
   bundle.Add("check.txt", text_);
   bundle.Add("check.json", ReportJson());
   const std::string reason =
-      trace_.File().empty() ? "it could not be made" : bundle.AddTrace(trace_.NameInBundle(), trace_.File());
+      trace_.Seconds() <= 0.0 ? "it could not be made" : bundle.AddTrace(trace_.NameInBundle(), trace_.File());
   if (!reason.empty()) Say("the call trace is left out: " + reason);
   if (!bundle.Close()) {
     Say("--bundle: " + bundle.Error());
@@ -284,7 +284,7 @@ ExitCode TCheckCommand::Run()
   ExitCode code = RunAll();
   const std::string changed = settings.PutBack();
   if (!changed.empty()) Say(changed);
-  if (HasFailed())
+  if (HasFailed() && trace_.Seconds() > 0.0)
     if (const std::string reason = trace_.Keep(); !reason.empty()) Say("there is no call trace: " + reason);
   if (!options_.bundle.file.empty() && !MakeBundle(bundle)) code = FirstOf(code, ExitCode::OutputError);
   return code;

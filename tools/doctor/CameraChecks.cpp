@@ -50,7 +50,10 @@ void CheckCameras(TFindings& findings, const TCameraFacts& facts, int camera)
   if (facts.listCode != RC_SUCCESS) {
     const std::string error = ConfigurationError();
     if (!error.empty())
-      findings.Problem("the configuration of the cameras is wrong: " + error, "correct that line");
+      findings.Problem("the configuration of the cameras is wrong: " + error,
+                       error.find(": line ") != std::string::npos
+                           ? "correct that line"
+                           : "export VXCORE_CONFIG=FILE with a file that is there");
     else
       findings.Problem("the cameras cannot be listed: " + ResultText("GetAvailableCameras", facts.listCode),
                        "VXMCD_LOG=info vxmcd list");

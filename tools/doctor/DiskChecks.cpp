@@ -10,7 +10,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <memory>
+#include <sys/resource.h>
 #include <sys/statvfs.h>
 #include <system_error>
 #include <unistd.h>
@@ -62,6 +64,14 @@ private:
   bool isBuffered_ = false;
 };
 
+double FileLimit()
+{
+  rlimit limit = {};
+  if (getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
+    return std::numeric_limits<double>::infinity();
+  return static_cast<double>(limit.rlim_cur);
+}
+
 /// Bytes a second, with everything on the disk at the end; 0, with the reason in errno, when it cannot be written.
 double MeasureWrites(const TTrialFile& file, double mostBytes)
 {
@@ -74,7 +84,10 @@ double MeasureWrites(const TTrialFile& file, double mostBytes)
   do {
     const ssize_t count = write(file.Descriptor(), block.get(), kBlockBytes);
     if (count != static_cast<ssize_t>(kBlockBytes)) {
-      if (count >= 0) errno = ENOSPC;
+      if (written + static_cast<double>(kBlockBytes) > FileLimit())
+        errno = EFBIG; // whatever the file system says of a part of a block
+      else if (count >= 0)
+        errno = ENOSPC;
       return 0.0;
     }
     written += static_cast<double>(count);
@@ -114,7 +127,7 @@ void CheckDisk(TFindings& findings, const TCameraFacts& facts, const std::string
   if (speed <= 0.0)
     return findings.Problem(directory + ": cannot be written: " + std::generic_category().message(reason) + "; " +
                                 BytesText(freeBytes) + " are free",
-                            "make space, or choose another disk");
+                            reason == EFBIG ? "ulimit -f unlimited" : "make space, or choose another disk");
   findings.Right(directory + ": writes " + BytesText(speed) + "/s, " + BytesText(freeBytes) + " are free");
   if (file.IsBuffered())
     findings.Warn(directory +

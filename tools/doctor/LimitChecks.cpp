@@ -117,10 +117,12 @@ void CheckLimits(TFindings& findings, const TCameraFacts& facts)
 {
   CheckMemory(findings, facts);
   if (const double files = LimitOf(RLIMIT_NOFILE); files < kFewFiles)
-    findings.Warn("a program may open " + std::to_string(static_cast<int>(files)) + " files at most",
+    findings.Warn("a program may open " + std::to_string(static_cast<int>(files)) +
+                      " files at most; cameras, recordings and the program need more",
                   "ulimit -n 1024");
   if (const double bytes = LimitOf(RLIMIT_FSIZE); bytes < kNoLimit)
-    findings.Problem("files end at " + BytesText(bytes), "ulimit -f unlimited");
+    findings.Problem("the shell limits files to " + BytesText(bytes) + ", and recordings end there",
+                     "ulimit -f unlimited");
   const double processors = Processors();
   char text[96];
   std::snprintf(text, sizeof text, "%.3g processors may be used", processors);
