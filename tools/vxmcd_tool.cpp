@@ -60,8 +60,18 @@ vxtool::ExitCode RunTrace(const vxtool::TTraceOptions& options)
   return vxtool::PrintTrace(options);
 }
 
+// The trace is removed with the object, whatever comes first.
+vxtool::ExitCode RunChecks(vxtool::TOptions& options)
+{
+  vxtool::TOwnTrace trace;
+  if (const vxtool::ExitCode code = vxtool::FindCameraNumber(options.camera); code != vxtool::ExitCode::Success)
+    return code;
+  return vxtool::TCheckCommand(options.check, options.camera.number, options.isJson, trace).Run();
+}
+
 vxtool::ExitCode Run(vxtool::TOptions& options)
 {
+  if (options.command == vxtool::Command::Check) return RunChecks(options);
   if (options.command == vxtool::Command::Trace) return RunTrace(options.trace);
   if (const vxtool::ExitCode code = vxtool::FindCameraNumber(options.camera); code != vxtool::ExitCode::Success)
     return code;
@@ -80,8 +90,6 @@ vxtool::ExitCode Run(vxtool::TOptions& options)
     return vxtool::TLiveCommand(options.camera.number, options.liveArguments).Run();
   if (options.command == vxtool::Command::Doctor)
     return vxtool::TDoctorCommand(options.doctor, options.camera.number, options.isJson).Run();
-  if (options.command == vxtool::Command::Check)
-    return vxtool::TCheckCommand(options.check, options.camera.number, options.isJson).Run();
   if (options.showsFeatures) return vxtool::ShowFeatureSources(options);
   if (options.command == vxtool::Command::Info)
     return options.directory.empty() ? vxtool::ShowInfo(options) : vxtool::ShowRecordedRun(options);

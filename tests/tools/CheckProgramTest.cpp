@@ -172,6 +172,7 @@ TEST_F(Check, KeepsTheTraceOfAFailure)
     return names;
   };
   EXPECT_EQ(Run({"check", "--only", "unknown", "--bundle", "right.tar.gz"}).exitCode, 0);
+  EXPECT_EQ(Run({"check", "--camera", "serial:1"}).exitCode, 2);
   EXPECT_EQ(traces(), std::vector<std::string>{});
   const json report =
       json::parse(Run({"check", "--only", "cycle,baseline,overlap", "--bundle", "wrong.tar.gz", "--json"}).output);

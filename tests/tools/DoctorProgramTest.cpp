@@ -140,7 +140,7 @@ TEST(Redaction, FindsNamesAndPaths)
 TEST_F(Doctor, BundleHasTheReportsWithoutNames)
 {
   // The trace is of another machine, so that only what is in it says what has to be replaced.
-  Configure(std::string(kSmallCamera) + "[Camera0.SerialNumber]\nValue = SECRET-731\n");
+  Configure(std::string(kSmallCamera) + "[Camera0.SerialNumber]\nValue = SECRET-731415926\n");
   SetVariable("VXMCD_LOG", "warning:secret.log");
   const std::string study = directory_.Path("home/annasecret/Secret Study");
   fs::create_directories(study);
@@ -153,7 +153,7 @@ TEST_F(Doctor, BundleHasTheReportsWithoutNames)
   SetVariable("USER", "msecret");
   SetVariable("VXMCD_LOG", "debug:" + directory_.Path("vxmcd.log"));
   Configure(std::string(kSmallCamera) + "; /home/maria.secret/cameras of msecret, annasecret\n" +
-            "[Camera0.SerialNumber]\nValue = SECRET-731\n");
+            "[Camera0.SerialNumber]\nValue = SECRET-731415926\n");
   directory_.File(Run({"check", "--json", "--only", "identity,exposure"}).output, "check.json");
   ASSERT_THAT(TextOf(directory_.Path("secret.vxtr")), HasSubstr("Secret Study"));
 
@@ -174,7 +174,8 @@ TEST_F(Doctor, BundleHasTheReportsWithoutNames)
     const std::string name = file["name"];
     const std::string text = TextOf(folder + "/" + name);
     EXPECT_EQ(text.size(), file["bytes"]) << name;
-    for (const std::string secret : {"ecret", "SECRET", "731", directory_.Directory().c_str()})
+    for (const std::string& secret :
+         {std::string("ecret"), std::string("SECRET"), std::string("731415926"), directory_.Directory()})
       EXPECT_EQ(text.find(secret), std::string::npos) << name << " has " << secret;
     EXPECT_EQ(std::system(("cd " + folder + " && echo '" + file["sha256"].get<std::string>() + "  " + name +
                            "' | sha256sum -c --quiet")

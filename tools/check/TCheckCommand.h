@@ -14,13 +14,13 @@
 namespace vxtool {
 
 /// Runs checks one after the other, prints the verdict of each and their counts, and puts the camera's settings back, also
-/// after an interruption. Keeps the trace of its calls when a check does not pass, and may pack all of it into a file. For
-/// one use; one thread.
+/// after an interruption. Keeps the trace of its calls when a check does not pass, and may pack all of it into a file. Borrows
+/// options and trace. For one use; one thread.
 class TCheckCommand final
 {
 public:
-  TCheckCommand(const TCheckOptions& options, int camera, bool isJson)
-      : options_(options), camera_(camera), isJson_(isJson)
+  TCheckCommand(const TCheckOptions& options, int camera, bool isJson, TOwnTrace& trace)
+      : options_(options), camera_(camera), isJson_(isJson), trace_(trace)
   {
   }
   ExitCode Run();
@@ -58,13 +58,13 @@ private:
   const TCheckOptions& options_;
   const int camera_;
   const bool isJson_;
+  TOwnTrace& trace_;
   std::vector<const TCheck*> checks_;
   std::vector<TDone> done_;
   std::map<Verdict, int> counts_;
   bool isWhole_ = true; ///< not interrupted
   std::string whyGone_; ///< why the camera could not be opened after the last check; "" when it could
   std::string text_;    ///< the report so far
-  TOwnTrace trace_;
 };
 
 } // namespace vxtool
