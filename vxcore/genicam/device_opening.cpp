@@ -7,11 +7,14 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <chrono>
 #include <mutex>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <string_view>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 
 namespace vxgenicam {
@@ -26,7 +29,7 @@ constexpr std::size_t kMostNameLength = 15; ///< of a camera that Aravis simulat
 constexpr const char* kGigEVision = "GigEVision";
 constexpr const char* kUsb3Vision = "USB3Vision";
 
-/// Lists and opens one at a time: Aravis keeps its list of devices for the process.
+/// Lists and opens one at a time: Aravis has one list of devices, and reads descriptions without a lock.
 std::mutex& ListMutex()
 {
   static std::mutex mutex;
@@ -36,6 +39,7 @@ std::mutex& ListMutex()
 /// How this machine reaches a camera.
 struct TRoute
 {
+  sockaddr_in address{};
   std::string camera; ///< addresses as numbers
   std::string own;
   int mtu = 0; ///< of the network between, 0: unknown
@@ -69,7 +73,7 @@ std::optional<TRoute> RouteTo(const std::string& host, std::string& error)
   const bool isReached = descriptor >= 0 &&
                          connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                          getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &length) == 0;
-  TRoute route{TextOf(address), TextOf(own)};
+  TRoute route{address, TextOf(address), TextOf(own)};
   length = sizeof route.mtu;
   if (isReached && getsockopt(descriptor, IPPROTO_IP, IP_MTU, &route.mtu, &length) != 0) route.mtu = 0;
   if (descriptor >= 0) close(descriptor);
@@ -78,10 +82,36 @@ std::optional<TRoute> RouteTo(const std::string& host, std::string& error)
   return std::nullopt;
 }
 
+/// Whether a camera answers a question for a register, whoever controls it. Asks as often and for as long as Aravis does.
+bool Answers(const TRoute& route)
+{
+  constexpr unsigned char kReadVersion[] = {0x42, 0x01, 0x00, 0x80, 0x00, 0x04,
+                                            0x00, 0x01, 0x00, 0x00, 0x00, 0x00};
+  constexpr int kAttempts = 5;
+  constexpr std::chrono::milliseconds kAttempt(500);
+  const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  bool hasAnswered = false;
+  if (descriptor >= 0 &&
+      connect(descriptor, reinterpret_cast<const sockaddr*>(&route.address), sizeof route.address) == 0)
+    for (int attempt = 0; attempt < kAttempts && !hasAnswered; ++attempt) {
+      const auto end = std::chrono::steady_clock::now() + kAttempt;
+      send(descriptor, kReadVersion, sizeof kReadVersion, 0);
+      pollfd answer{descriptor, POLLIN, 0};
+      poll(&answer, 1, static_cast<int>(kAttempt.count()));
+      unsigned char bytes[64];
+      hasAnswered = recv(descriptor, bytes, sizeof bytes, MSG_DONTWAIT) > 0;
+      if (!hasAnswered) std::this_thread::sleep_until(end); // when nothing listens there, that is known at once
+    }
+  if (descriptor >= 0) close(descriptor);
+  return hasAnswered;
+}
+
 TObject<ArvDevice> OpenOnNetwork(const std::string& host, TError& failure, std::string& error)
 {
   const std::optional<TRoute> route = RouteTo(host, error);
-  if (!route) return nullptr;
+  // Waiting for a camera that is switched off does not delay the opening of others.
+  if (!route || !Answers(*route)) return nullptr;
+  const std::lock_guard lock(ListMutex());
   const TObject<GInetAddress> ownAddress(g_inet_address_new_from_string(route->own.c_str()));
   const TObject<GInetAddress> cameraAddress(g_inet_address_new_from_string(route->camera.c_str()));
   TObject<ArvDevice> device(arv_gv_device_new(ownAddress.get(), cameraAddress.get(), failure.Out()));
@@ -107,17 +137,18 @@ std::string UsbIdentifierOf(const std::string& serial)
 
 TObject<ArvDevice> OpenDevice(const std::string& address, int& code, std::string& error)
 {
-  const std::lock_guard lock(ListMutex());
   TError failure;
   TObject<ArvDevice> device;
   TakeDescriptionError();
   if (address.starts_with(kFake)) {
+    const std::lock_guard lock(ListMutex());
     const std::size_t length = address.size() - kFake.size();
     if (length > 0 && length <= kMostNameLength)
       device.reset(arv_fake_device_new(address.c_str() + kFake.size(), failure.Out()));
     else
       error = "the name of a simulated camera, Fake_1, has 1 to 15 characters behind Fake_";
   } else if (address.starts_with(kUsb)) {
+    const std::lock_guard lock(ListMutex());
     const std::string serial = address.substr(kUsb.size());
     if (const std::string identifier = UsbIdentifierOf(serial); !identifier.empty())
       device.reset(arv_open_device(identifier.c_str(), failure.Out()));
