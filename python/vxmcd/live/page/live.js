@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The page of the live view: puts the parts together, the top line, messages, keys.
+// The page of the live view: puts the parts together, the top line, messages.
 
 import { Banners } from "./banners.js";
 import { Connection } from "./connection.js";
+import { ControlBar } from "./control.js";
 import { COLOUR_MAPS, Frame } from "./draw.js";
 import { NONE, digits, fixed, timeText } from "./format.js";
+import { Keys } from "./keys.js";
 import { HistogramPanel, SavePanel, SettingsPanel } from "./panel.js";
 import { ProfilePlot } from "./plots.js";
 import { problem } from "./settings.js";
@@ -54,6 +56,7 @@ class Page {
     this.banners = new Banners($("banners"));
     this.connection = new Connection(this);
     const ask = message => this._ask(message);
+    this.control = new ControlBar(this.connection, ask, this.banners);
     this.panel = new SettingsPanel(ask);
     this.histogram = new HistogramPanel(this.stage.stretch, () => this._stretchChanged());
     this.save = new SavePanel(ask, this.stage.picture);
@@ -161,11 +164,11 @@ class Page {
     $("reduced").title = all.reduced || "";
     this._showControl();
     this._showError(isBroken && all.error);
-    const isMyTrigger = all.settings?.trigger_mode === "software" && this._mayControl();
+    const isMyTrigger = all.settings?.trigger_mode === "software" && this.mayControl;
     this.banners.set("notice", all.notice ? "warn" : null, all.notice,
       isMyTrigger ? "The key t or the button triggers an image." : "");
-    this.panel.update(all, this._mayControl());
-    this.save.update(all, this._mayControl());
+    this.panel.update(all, this.mayControl);
+    this.save.update(all, this.mayControl);
     this._showCursor();
   }
 
@@ -185,36 +188,15 @@ class Page {
     this.banners.set("error", error ? "bad" : null, error && problem(error),
       isClosed ? "The program tries to open the camera again every 5 s; its settings come back."
         : this.state.restarts ? "The program starts the camera again by itself." : "",
-      !isClosed && this._mayControl() && "Restart", () => this._ask({ do: "start" }));
+      !isClosed && this.mayControl && "Restart", () => this._ask({ do: "start" }));
   }
 
-  // Control.
-
-  _mayControl() {
-    const { control } = this.state;
-    return this.connection.isOpen && Boolean(control) && !control.read_only && control.controller === this.viewer;
+  get mayControl() {
+    return this.control.isMine;
   }
 
   _showControl() {
-    const { viewers } = this.state;
-    const control = this.state.control ?? {};
-    const isMine = this._mayControl();
-    $("viewers").textContent = viewers > 1 ? `${viewers} viewers` : "";
-    $("role").dataset.role = isMine ? "control" : "view";
-    $("role").textContent = isMine ? "◆ you control" : control.read_only ? "◇ view only" : "◇ viewing";
-    $("take-control").hidden = isMine || control.read_only || !this.connection.isOpen;
-    const isAsking = control.asking !== null && control.asking !== undefined;
-    $("take-control").disabled = isAsking;
-    $("take-control").textContent = isAsking ? `asked, ${Math.ceil(control.seconds_to_answer ?? 0)} s` : "Take control";
-    $("give-control").hidden = !isMine || !(viewers > 1);
-    const dialog = $("hand-over");
-    if (isMine && isAsking) {
-      $("hand-over-who").textContent = `Viewer ${control.asking}`;
-      $("hand-over-seconds").textContent = String(Math.ceil(control.seconds_to_answer ?? 0));
-      if (!dialog.open) dialog.showModal();
-    } else if (dialog.open) {
-      dialog.close();
-    }
+    this.control.update(this.viewer, this.state);
     $("camera").disabled = !this.connection.isOpen;
   }
 
@@ -396,9 +378,10 @@ class Page {
   // Keys and buttons.
 
   _listen() {
+    const keys = new Keys(this);
     const press = (id, act) => $(id).addEventListener("click", act);
     for (const button of document.querySelectorAll("[data-key]")) {
-      button.addEventListener("click", () => this._keys.get(button.dataset.key)[1]());
+      button.addEventListener("click", () => keys.press(button.dataset.key));
     }
     press("crosshair", () => this._toggle("crosshair", () => this.stage.toggleCrosshair()));
     press("saturation", () => this._toggle("saturation", () => this._toggleSaturation()));
@@ -407,11 +390,6 @@ class Page {
     press("area-draw", () => this.stage.beginArea());
     press("area-whole", () => this._sendArea(null));
     press("help-open", () => $("help").showModal());
-    press("take-control", () => this._takeControl());
-    press("give-control", () => this._ask({ do: "give-control" }));
-    press("hand-over-yes", () => this._ask({ do: "give-control" }));
-    press("hand-over-no", () => this._ask({ do: "keep-control" }));
-    $("hand-over").addEventListener("cancel", () => this._ask({ do: "keep-control" }));
     $("map").addEventListener("change", () => this._setMap($("map").value));
     $("camera").addEventListener("change", () => this._openCamera(Number($("camera").value)));
     $("gate-form").addEventListener("submit", event => {
@@ -419,15 +397,6 @@ class Page {
       this.connection.retry($("token").value.trim().replace(/^.*#t=/, ""));
       $("token").value = "";
     });
-    this._keys = this._makeKeys();
-    $("keys").append(...[...this._keys].map(([key, [text]]) => {
-      const row = document.createElement("tr");
-      const name = document.createElement("td");
-      name.append(...key.split(" ").map(part => Object.assign(document.createElement("kbd"), { textContent: part })));
-      row.append(name, Object.assign(document.createElement("td"), { textContent: text }));
-      return row;
-    }));
-    document.addEventListener("keydown", event => this._key(event));
     // After a choice with the mouse the keys are the page's again, and do not choose among the list's words.
     let isMouse = false;
     document.addEventListener("pointerdown", () => { isMouse = true; }, true);
@@ -436,60 +405,6 @@ class Page {
       if (isMouse && target.matches("select")) $("stage").focus();
     });
     setInterval(() => this._countShown(), SHOWN_MS / 2);
-  }
-
-  _makeKeys() {
-    const { stage, panel } = this;
-    const click = id => () => { if (!$(id).disabled) $(id).click(); };
-    const none = () => {};
-    return new Map([
-      ["f", ["whole image", () => stage.fit()]],
-      ["1", ["one to one", () => stage.zoomTo(1)]],
-      ["2", ["two to one", () => stage.zoomTo(2)]],
-      ["+", ["zoom in", () => stage.zoomBy(1)]],
-      ["-", ["zoom out", () => stage.zoomBy(-1)]],
-      ["← ↑ → ↓", ["move picture, crosshair or area; Shift: crosshair by 10, area's size; Alt: area by 1", none]],
-      ["c", ["crosshair", click("crosshair")]],
-      ["p", ["line profile", () => stage.toggleLine()]],
-      ["x", ["saturated pixels red", click("saturation")]],
-      ["u", ["automatic stretch", () => this.histogram.toggleAuto()]],
-      ["d", ["histogram of all values, or of those there are", () => this.histogram.toggleDetail()]],
-      ["h", ["black point; Tab: white point", () => $("black").select()]],
-      ["m", ["next colour map", () => this._nextMap()]],
-      ["space", ["freeze the picture", click("freeze")]],
-      ["e", ["exposure", () => panel.focus("exposure")]],
-      ["[", ["shorter exposure", () => panel.step("exposure", -1)]],
-      ["]", ["longer exposure", () => panel.step("exposure", 1)]],
-      ["y", ["cycle", () => panel.focus("cycle_time")]],
-      ["g", ["gain", () => panel.focus("gain")]],
-      ["b", ["binning", () => panel.focus("binning")]],
-      ["k", ["cooling target", () => panel.focus("target_temperature")]],
-      ["t", ["trigger", () => panel.trigger()]],
-      ["a", ["draw an area: Enter applies, Esc cancels", () => { if (this._mayControl()) stage.beginArea(); }]],
-      ["w", ["whole sensor", click("area-whole")]],
-      ["s", ["snapshot", click("snapshot")]],
-      ["r", ["record: then Enter; or Stop", () => this.save.focus()]],
-      ["?", ["this table", () => $("help").showModal()]],
-    ]);
-  }
-
-  _key(event) {
-    if (event.ctrlKey || event.metaKey || document.querySelector("dialog[open]") || !$("gate").hidden) return;
-    const inField = event.target.matches("input, select");
-    if (inField) {
-      if (event.key === "Escape") $("stage").focus();
-      else return;
-    } else if (this.stage.key(event)) {
-      event.preventDefault();
-      return;
-    }
-    const name = event.key === " " ? "space" : event.key === "=" ? "+" : event.key;
-    // Space and Enter press the button that has the focus.
-    if (name === "space" && event.target.matches("button, a")) return;
-    const entry = event.altKey ? null : this._keys.get(name);
-    if (!entry) return;
-    event.preventDefault();
-    entry[1]();
   }
 
   _toggle(id, act) {
@@ -517,7 +432,7 @@ class Page {
     this.stage.picture.repaint();
   }
 
-  _nextMap() {
+  nextMap() {
     const names = Object.keys(COLOUR_MAPS);
     this._setMap(names[(names.indexOf(this.stage.stretch.map) + 1) % names.length]);
   }
@@ -528,11 +443,6 @@ class Page {
       this.banners.flash("bad", problem(result));
       $("camera").value = String(this.camera.camera);
     }
-  }
-
-  async _takeControl() {
-    const result = await this._ask({ do: "take-control" });
-    if (!result.ok) this.banners.flash("bad", problem(result));
   }
 
   _countShown() {
