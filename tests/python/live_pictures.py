@@ -24,11 +24,25 @@ LIVE = """document.getElementById('phase').dataset.phase === 'live' && document.
     parseFloat(document.getElementById('rate-shown').textContent) > 15"""
 
 
-def settle(page):
+# The row of the canvas with the most beads, and where the first begins and the last ends.
+BEADS = """(canvas => {
+  const box = canvas.getBoundingClientRect(), { width, height } = canvas;
+  const { data } = canvas.getContext('2d').getImageData(0, 0, width, height);
+  let best = [0];
+  for (let y = 60; y < height - 60; y++) {
+    const edges = [];
+    for (let x = 1; x < width; x++)
+      if ((data[4 * (y * width + x)] > 200) !== (data[4 * (y * width + x - 1)] > 200)) edges.push(x);
+    if (edges.length > best[0]) best = [edges.length, box.top + y, box.left + edges[0], box.left + edges.at(-1)];
+  }
+  return best;
+})(document.getElementById('picture'))"""
+
+
+def settle(page, images):
     """Some images later."""
     image = int(page.text("#frame").split()[1])
-    page.wait(f"document.getElementById('frame').textContent.split(' ')[1] > {image + 100}")
-    page.wait(LIVE)
+    page.wait(f"document.getElementById('frame').textContent.split(' ')[1] > {image + images}")
 
 
 def beads(page, directory):
@@ -36,8 +50,12 @@ def beads(page, directory):
     choose(page, "#set-exposure", "20 ms")
     page.key("Escape")
     page.wait("document.getElementById('temperature').textContent.includes(', stable')")
-    page.drag((170, 358), (480, 352), shift=True)
-    settle(page)
+    page.key("p")  # the profile takes its place, and the picture is smaller
+    settle(page, 100)
+    page.wait(LIVE)
+    _, row, first, last = page.evaluate(BEADS)
+    page.drag((first - 20, row), (last + 20, row), shift=True)
+    settle(page, 5)
     page.screenshot(directory / "live.png")
 
 
