@@ -94,7 +94,7 @@ def main():
     parser.add_argument("--seconds", type=float, default=10)
     parser.add_argument("--images", type=int, default=300, help="of each recording, 8.4 MB each")
     parser.add_argument("--directory", help="where to record; the default is that for temporary files")
-    parser.add_argument("--quick", action="store_true", help="half a minute: 0 and 3 viewers, 3 s, recordings of 100 images")
+    parser.add_argument("--quick", action="store_true", help="20 s: 0 and 3 viewers, 3 s, recordings of 100 images")
     options = parser.parse_args()
     if options.quick:
         options.viewers, options.seconds, options.images = [0, 3], 3, 100

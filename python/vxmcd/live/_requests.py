@@ -133,7 +133,10 @@ class Requests:
         async with self._saving:  # so that a name which is free stays so
             name = content.get("name") or self._free_name(image, suffix)
             path = check_name(name, self._directory, suffix)
-            await asyncio.get_running_loop().run_in_executor(None, _snapshot.write, image, path)
+            try:
+                await asyncio.get_running_loop().run_in_executor(None, _snapshot.write, image, path)
+            except OSError as error:
+                raise RuntimeError(f"the file cannot be written: {error.strerror or error}") from None
         self.files.add(path.name)
         return {"value": {"name": path.name, "url": f"files/{path.name}", "number": image.number}}
 
