@@ -96,6 +96,8 @@ class Session:
                     raise CameraStateError(f"camera {self.index} is open already: close it first with its close(), or with "
                                            "vxmcd.close_cameras() when you have lost it, as in a notebook")
                 other._shut_down()
+                if self._open.get(self.handle) is other:
+                    raise CameraStateError(f"camera {self.index} is being opened or closed in the call that this one interrupts")
 
     @contextmanager
     def turn(self) -> Iterator[None]:
@@ -179,11 +181,11 @@ class Session:
         with self.turn():
             if not self._is_in_library:
                 return
-            self.is_open = False
+            self.is_open = self._is_in_library = False
             try:
                 self._call("ShutDown")
             finally:
-                self._is_in_library = self._is_acquiring = False
+                self._is_acquiring = False
                 del self._open[self.handle]
 
     def _call(self, name, *arguments, also=()):

@@ -148,6 +148,8 @@ def test_calls_for_other_cameras_do_not_wait_for_a_long_one(simulator, monkeypat
     initialize, is_inside, may_leave = raw.Initialize, threading.Event(), threading.Event()
 
     def initialize_slowly(directory):
+        with pytest.raises(CameraStateError, match="in the call that this one interrupts"):
+            vxmcd.Camera(1)
         is_inside.set()
         assert may_leave.wait(60)
         return initialize(directory)
