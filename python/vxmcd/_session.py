@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""An open camera in the library. For each call a session makes its camera that of the calling thread, so that calls for different
-cameras are made at the same time, and other code of the program keeps the current camera that it has chosen. Calls for one
-camera take turns. A run that is started in this way belongs to its camera."""
+"""An open camera in the library. For each call a session makes its camera that of the calling thread, so that calls for
+different cameras are made at the same time, and other code of the program keeps the current camera that it has chosen.
+Calls for one camera take turns. A run that is started in this way belongs to its camera."""
 from __future__ import annotations
 
 import ctypes
@@ -31,8 +31,9 @@ _thread = _Thread()
 
 
 def after_turn(action: Callable[[], None]) -> None:
-    """Does something that takes the turn of a camera: at once or, in the middle of a turn, at its end. There a signal handler or
-    the garbage collector is running, and a thread that has the turn of the one camera may wait for that of the other."""
+    """Does something that takes the turn of a camera: at once or, in the middle of a turn, at its end. There a signal
+    handler or the garbage collector is running, and a thread that has the turn of the one camera may wait for that of the
+    other."""
     if _thread.is_in_turn:
         _thread.at_end.append(action)
     else:
@@ -97,7 +98,8 @@ class Session:
                                            "vxmcd.close_cameras() when you have lost it, as in a notebook")
                 other._shut_down()
                 if self._open.get(self.handle) is other:
-                    raise CameraStateError(f"camera {self.index} is being opened or closed in the call that this one interrupts")
+                    raise CameraStateError(f"camera {self.index} is being opened or closed in the call that this one "
+                                           "interrupts")
 
     @contextmanager
     def turn(self) -> Iterator[None]:
@@ -166,8 +168,8 @@ class Session:
         return self.read("GetCameraSerialNumber", ctypes.c_int)
 
     def close(self) -> None:
-        """Closes the camera, which ends its run. A signal handler or the garbage collector may close a camera in the middle of
-        a call: then it is closed in the library at the end of that call."""
+        """Closes the camera, which ends its run. A signal handler or the garbage collector may close a camera in the
+        middle of a call: then it is closed in the library at the end of that call."""
         if _thread.is_in_turn:
             self.is_open = False
         after_turn(self._shut_down)
