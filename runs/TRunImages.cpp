@@ -11,16 +11,24 @@
 TRunImages::TRunImages(const std::string& directory, std::int64_t imagesPerFile, std::int64_t imageBytes)
     : directory_(directory), imagesPerFile_(imagesPerFile), imageBytes_(imageBytes)
 {
+  Refresh();
+}
+
+void TRunImages::Refresh()
+{
+  numbers_.clear();
+  number_ = -1;
+  end_ = 0;
   std::error_code error;
-  std::filesystem::directory_iterator entry(directory, error);
+  std::filesystem::directory_iterator entry(directory_, error);
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
     const auto number = RunFormat::ImageFileNumber(entry->path().filename().string());
     // A file behind all images that a run can have is not one of a run.
-    if (!number || *number > INT_MAX / imagesPerFile) continue;
+    if (!number || *number > INT_MAX / imagesPerFile_) continue;
     numbers_.push_back(*number);
   }
   std::sort(numbers_.begin(), numbers_.end());
-  if (!numbers_.empty()) end_ = (numbers_.back() + 1) * imagesPerFile;
+  if (!numbers_.empty()) end_ = (numbers_.back() + 1) * imagesPerFile_;
 }
 
 bool TRunImages::OpenFile(std::int64_t number)
@@ -55,6 +63,15 @@ std::int64_t TRunImages::NextUsed(std::int64_t image, bool takesUnreadable)
     image = isOpen ? (file + 1) * imagesPerFile_ : NextFileStart(file);
   }
   return kNoImage;
+}
+
+bool TRunImages::HasPlace(std::int64_t image)
+{
+  const auto end = static_cast<std::uint64_t>((image % imagesPerFile_ + 1) * imageBytes_);
+  const std::int64_t file = image / imagesPerFile_;
+  if (OpenFile(file) && file_.Length() >= end) return true;
+  number_ = -1; // looks anew
+  return OpenFile(file) && file_.Length() >= end;
 }
 
 bool TRunImages::ReadImage(std::int64_t image, std::vector<std::byte>& bytes)

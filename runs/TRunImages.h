@@ -15,8 +15,12 @@ class TRunImages final
 public:
   TRunImages(const std::string& directory, std::int64_t imagesPerFile, std::int64_t imageBytes);
 
+  /// Looks for the files anew, as there may be others.
+  void Refresh();
   /// Reads image @p image, from 0. False with Error() set when its file is missing, too short, or cannot be read.
   bool ReadImage(std::int64_t image, std::vector<std::byte>& bytes);
+  /// Whether the file of an image is long enough for it, now that it may have grown.
+  bool HasPlace(std::int64_t image);
   const std::string& Error() const { return error_; }
   /// The first image from @p image on whose place is not all zeros, kNoImage for none. @param takesUnreadable  also
   /// one below End() whose file is missing, too short, or cannot be opened

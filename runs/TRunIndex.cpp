@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <span>
+#include <utility>
 
 namespace {
 
@@ -17,6 +19,12 @@ constexpr std::size_t kRecordBytes = sizeof(TIndexRecord);
 constexpr std::size_t kReadRecords = 2048;
 // Records that a file may have beyond those of all images, damaged or repeated; what follows them is not read.
 constexpr std::size_t kSpareRecords = 32768;
+
+bool IsWhole(const TIndexRecord& record, std::int64_t imageLimit)
+{
+  return record.number < static_cast<std::uint64_t>(imageLimit) &&
+         record.recordChecksum == Checksum(&record, RunFormat::kCheckedRecordBytes);
+}
 
 std::int64_t PiecesIn(std::uint64_t bytes)
 {
@@ -28,6 +36,8 @@ std::int64_t PiecesIn(std::uint64_t bytes)
 bool TRunIndex::Read(const std::string& directory, std::int64_t imageLimit,
                      const std::function<bool()>& isInterrupted)
 {
+  *this = TRunIndex();
+  std::vector<TRecord> records;
   TInputFile file;
   const std::string path = directory + "/" + RunFormat::kIndexName;
   if (!file.Open(path)) {
@@ -60,21 +70,42 @@ bool TRunIndex::Read(const std::string& directory, std::int64_t imageLimit,
       TIndexRecord record{};
       const std::size_t size = std::min(kRecordBytes, block.size() - start);
       std::memcpy(&record, block.data() + start, size);
-      const bool isWhole = size == kRecordBytes && record.number < static_cast<std::uint64_t>(imageLimit) &&
-                           record.recordChecksum == Checksum(&record, RunFormat::kCheckedRecordBytes);
-      if (isWhole)
-        records_.push_back(record);
+      if (size == kRecordBytes && IsWhole(record, imageLimit))
+        records.push_back(record);
       else
         ++damaged_;
     }
   }
+  Add(std::move(records));
+  return error_.empty();
+}
+
+void TRunIndex::ReadAdded(const std::string& directory, std::int64_t imageLimit)
+{
+  TInputFile file;
+  if (!file.Open(directory + "/" + RunFormat::kIndexName) || file.Length() < addedEnd_) return;
+  std::vector<TRecord> records((file.Length() - addedEnd_) / kRecordBytes);
+  if (!file.ReadAt(addedEnd_, std::as_writable_bytes(std::span(records)))) return;
+  // The last one may be half written.
+  const auto end = std::find_if_not(records.begin(), records.end(),
+                                    [imageLimit](const TRecord& record) { return IsWhole(record, imageLimit); });
+  records.erase(end, records.end());
+  addedEnd_ += records.size() * kRecordBytes;
+  Add(std::move(records));
+}
+
+void TRunIndex::Add(std::vector<TRecord> records)
+{
   const auto isBefore = [](const TRecord& one, const TRecord& other) { return one.number < other.number; };
   const auto isSame = [](const TRecord& one, const TRecord& other) { return one.number == other.number; };
-  std::stable_sort(records_.begin(), records_.end(), isBefore); // of several records for an image the first counts
-  const auto rest = std::unique(records_.begin(), records_.end(), isSame);
+  std::stable_sort(records.begin(), records.end(), isBefore);
+  const auto middle = records_.insert(records_.end(), records.begin(), records.end());
+  const bool isBehind =
+      middle == records_.begin() || middle == records_.end() || isBefore(*std::prev(middle), *middle);
+  if (!isBehind) std::inplace_merge(records_.begin(), middle, records_.end(), isBefore);
+  const auto rest = std::unique(isBehind ? middle : records_.begin(), records_.end(), isSame);
   damaged_ += records_.end() - rest;
   records_.erase(rest, records_.end());
-  return error_.empty();
 }
 
 std::vector<TIndexRecord>::const_iterator TRunIndex::At(std::int64_t image) const

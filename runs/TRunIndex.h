@@ -23,6 +23,10 @@ public:
   bool Read(const std::string& directory, std::int64_t imageLimit,
             const std::function<bool()>& isInterrupted = {});
 
+  /// Reads what has been added since the last time to the index of a run that is being recorded, as far as it is records.
+  /// A later Read() begins anew.
+  void ReadAdded(const std::string& directory, std::int64_t imageLimit);
+
   /// The record of an image, or null.
   const TRecord* Find(std::int64_t image) const;
   /// The first image from @p image on that has a record; INT64_MAX for none.
@@ -38,8 +42,11 @@ public:
 
 private:
   std::vector<TRecord>::const_iterator At(std::int64_t image) const;
+  /// Of several records for an image the first counts.
+  void Add(std::vector<TRecord> records);
 
   std::vector<TRecord> records_; // by number
+  std::uint64_t addedEnd_ = 0;   // in the file, of ReadAdded()
   std::int64_t damaged_ = 0;
   bool isMissing_ = false;
   std::string error_;

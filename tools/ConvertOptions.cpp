@@ -125,6 +125,10 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, TConvertGiven& g
                "Take what can be had of a run that was not finished, without a checksum too");
   app.add_flag("--keep-damaged", options.keepsDamaged,
                "Take images whose checksum is wrong, with --salvage also those without one");
+  app.add_flag("--follow", options.isFollowed,
+               "Convert a run that is still being recorded: take images as they come, until it has ended");
+  AddSeconds(app, "--timeout", given.timeout,
+             "With --follow: end when nothing was added to the run for this long; default: 60");
   AddImageFileOptions(app, options.output, app.option_defaults()->get_group());
   app.add_flag("--overwrite", options.output.overwrite, "Replace files that exist");
   app.add_flag("-q,--quiet", options.isQuiet, "Print errors and warnings only");
@@ -133,6 +137,8 @@ void AddConvertOptions(CLI::App& app, TConvertOptions& options, TConvertGiven& g
 std::string CompleteConvert(TConvertOptions& options, const TConvertGiven& given)
 {
   if (given.bits) options.depth = static_cast<PixelDepth>(*given.bits);
+  if (given.timeout && !options.isFollowed) return "--timeout: is for --follow";
+  options.patienceSeconds = given.timeout.value_or(options.patienceSeconds);
   if (options.output.IsEmpty() && !options.isVerify) return "--output: is needed, or --preview or --verify";
   if (std::string why = CompleteOutput(options.output, kFormats); !why.empty()) return why;
   return WhyNotInFormat(options.output);

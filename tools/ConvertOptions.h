@@ -17,6 +17,7 @@ namespace vxtool {
 struct TConvertGiven
 {
   std::optional<int> bits;
+  std::optional<double> timeout;
 };
 
 /// The parser writes into @p options and @p given, which outlive it.

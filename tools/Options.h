@@ -212,6 +212,8 @@ struct TConvertOptions
   bool isVerify = false;           ///< every image is compared with its checksum; no output is needed
   bool isSalvage = false;
   bool keepsDamaged = false;
+  bool isFollowed = false;       ///< the run is still being recorded
+  double patienceSeconds = 60.0; ///< for which nothing may be added to it
   TOutputOptions output;
   bool isQuiet = false;
 };

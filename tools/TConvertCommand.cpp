@@ -9,8 +9,10 @@
 #include "tools/TInterrupt.h"
 #include "tools/TProgressLine.h"
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <thread>
 #include <unistd.h>
 
 namespace vxtool {
@@ -39,6 +41,7 @@ ExitCode TConvertCommand::Convert()
         if (!options_.isQuiet) line.Show(progress);
       });
   conversion_.swap(conversion);
+  if (follower_) conversion_->Follow(*follower_);
   if (!OpenOutput()) {
     conversion_.reset(); // there is nothing to report
     return ExitCode::OutputError;
@@ -46,15 +49,21 @@ ExitCode TConvertCommand::Convert()
   end_ = conversion_->Run();
   line.Finish();
   CloseOutput();
+  if (follower_) SayHowItHasEnded();
   SayWhatIsMissing();
   return FinalExitCode();
 }
 
 std::optional<ExitCode> TConvertCommand::ReadRun()
 {
-  if (!run_.Read(options_.directory)) return Fail(ExitCode::InputError, run_.Error());
+  if (!ReadDescription())
+    return Fail(TInterrupt::Happened() ? ExitCode::Interrupted : ExitCode::InputError, run_.Error());
   for (const std::string& note : run_.Notes()) Say(std::string(RunFormat::kDescriptionName) + ": " + note);
   const RunFormat::State state = run_.Values().state;
+  if (options_.isFollowed && state == RunFormat::State::kRecording) {
+    follower_ = std::make_unique<TRunFollower>(run_, index_, options_.patienceSeconds);
+    return std::nullopt;
+  }
   if (!index_.Read(options_.directory, run_.ImageLimit(), TInterrupt::Happened)) {
     if (TInterrupt::Happened()) return Fail(ExitCode::Interrupted, index_.Error());
     if (index_.IsMissing() && state != RunFormat::State::kComplete && !options_.isSalvage)
@@ -63,12 +72,46 @@ std::optional<ExitCode> TConvertCommand::ReadRun()
                                             "those that are not all zeros");
     Say(index_.Error() + ": there are no checksums to compare with");
   }
-  if (index_.Damaged() > 0)
-    Say(std::string(RunFormat::kIndexName) + ": " + std::to_string(index_.Damaged()) +
-        " records are damaged and do not count");
+  SayWhatIsDamaged();
   if (state != RunFormat::State::kComplete && !options_.isQuiet)
     Say("the run is not complete: " + RunStateText(run_.Values()));
   return std::nullopt;
+}
+
+// A run that is to be followed may not have begun.
+bool TConvertCommand::ReadDescription()
+{
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + std::chrono::duration<double>(options_.patienceSeconds);
+  while (!run_.Read(options_.directory)) {
+    const bool isWaiting = options_.isFollowed && run_.IsMissing() && Clock::now() < end;
+    if (!isWaiting || TInterrupt::Happened()) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return true;
+}
+
+void TConvertCommand::SayWhatIsDamaged() const
+{
+  if (index_.Damaged() > 0)
+    Say(std::string(RunFormat::kIndexName) + ": " + std::to_string(index_.Damaged()) +
+        " records are damaged and do not count");
+}
+
+void TConvertCommand::SayHowItHasEnded() const
+{
+  const Growth growth = conversion_->LastGrowth();
+  char seconds[32];
+  std::snprintf(seconds, sizeof seconds, "%g", follower_->PatienceSeconds());
+  if (growth == Growth::Stalled)
+    Say(std::string("nothing was added to the run for ") + seconds +
+        " s: the program that records it has ended without saying so, or waits; --timeout sets how long to wait");
+  if (growth == Growth::Replaced) Say(options_.directory + ": another run has taken the place of this one");
+  if (growth != Growth::Ended) return;
+  if (!index_.Error().empty()) Say(index_.Error());
+  SayWhatIsDamaged();
+  if (run_.Values().state != RunFormat::State::kComplete && !options_.isQuiet)
+    Say("the run is not complete: " + RunStateText(run_.Values()));
 }
 
 std::optional<ExitCode> TConvertCommand::CheckOptions()
@@ -154,6 +197,7 @@ ExitCode TConvertCommand::FinalExitCode() const
   if (!c.AddsUp()) return Fail(ExitCode::OutputError, "internal error: the counts do not add up");
   if (isOutputFailed_) return ExitCode::OutputError;
   if (end_ == RunEnd::Interrupted) return ExitCode::Interrupted;
+  if (conversion_->LastGrowth() == Growth::Replaced) return ExitCode::InputError;
   const RunFormat::State state = run_.Values().state;
   const bool isCutShort = (state == RunFormat::State::kRecording || state == RunFormat::State::kFailed) &&
                           !options_.isSalvage && options_.images.IsEmpty();
@@ -165,9 +209,8 @@ ExitCode TConvertCommand::FinalExitCode() const
 
 bool TConvertCommand::PrintReport() const
 {
-  const std::string outcome = isOutputFailed_               ? "failed"
-                              : end_ == RunEnd::Interrupted ? "interrupted"
-                                                            : "complete";
+  const bool isFailed = isOutputFailed_ || conversion_->LastGrowth() == Growth::Replaced;
+  const std::string outcome = isFailed ? "failed" : end_ == RunEnd::Interrupted ? "interrupted" : "complete";
   const std::string output = Written() > 0 ? options_.output.file : "";
   if (isJson_) return Print(ConversionJson(run_, *conversion_, outcome, output, depth_));
   return options_.isQuiet || Print(ConversionText(run_, *conversion_, outcome, output, depth_));

@@ -34,6 +34,9 @@ public:
 
 private:
   std::optional<ExitCode> ReadRun();
+  bool ReadDescription();
+  void SayHowItHasEnded() const;
+  void SayWhatIsDamaged() const;
   std::optional<ExitCode> CheckOptions();
   bool IsFileOfRun(const std::string& path) const;
   bool OpenOutput();
@@ -49,6 +52,7 @@ private:
   TRunIndex index_;
   PixelDepth depth_ = PixelDepth::Bits16;
   TOutputs outputs_;
+  std::unique_ptr<TRunFollower> follower_; // of a run that is being recorded
   std::unique_ptr<TRunConversion> conversion_;
   RunEnd end_ = RunEnd::Complete;
   bool isOutputFailed_ = false;

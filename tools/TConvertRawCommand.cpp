@@ -30,6 +30,7 @@ ExitCode TConvertRawCommand::CheckOptions()
   if (options_.isVerify || options_.isSalvage || options_.keepsDamaged)
     return Fail(ExitCode::Usage, "--verify, --salvage and --keep-damaged: are for the directory of a run, "
                                  "raw pixels have no checksums");
+  if (options_.isFollowed) return Fail(ExitCode::Usage, "--follow: is for the directory of a run");
   const int bits = static_cast<int>(pair_.Shape().depth);
   if (options_.depth && *options_.depth != pair_.Shape().depth)
     return Fail(ExitCode::Usage, "--bits: the pixels have " + std::to_string(bits) + ", and stay as they are");

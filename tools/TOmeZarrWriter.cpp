@@ -65,8 +65,8 @@ bool TOmeZarrWriter::Open(const std::string& path, bool overwrite, const TImageS
 bool TOmeZarrWriter::ChooseChunk()
 {
   const std::size_t image = shape_.Bytes();
-  const auto planned = static_cast<std::size_t>(std::max(facts_.plannedImages, 1L));
   const std::size_t fitting = std::max<std::size_t>((kLeastChunkBytes + image - 1) / image, 1);
+  const std::size_t planned = facts_.plannedImages > 0 ? static_cast<std::size_t>(facts_.plannedImages) : fitting;
   imagesInChunk_ =
       options_.chunkImages ? static_cast<std::size_t>(*options_.chunkImages) : std::min(fitting, planned);
   if (imagesInChunk_ > kMaxBloscBytes / image)

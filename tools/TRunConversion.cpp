@@ -7,6 +7,7 @@
 #include "tools/Options.h"
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace vxtool {
@@ -14,6 +15,7 @@ namespace vxtool {
 namespace {
 
 constexpr std::size_t kMaxProblems = 5;
+constexpr auto kPollInterval = std::chrono::milliseconds(50);
 
 bool HasSteadyRate(const TRunDescription& run)
 {
@@ -69,10 +71,11 @@ bool TRunConversion::TakesUnrecorded() const
 RunEnd TRunConversion::Run()
 {
   start_ = Clock::now();
-  RunEnd end = RunEnd::Complete;
-  const std::vector<TNumberRange> ranges = asked_.Ranges();
+  RunEnd end = follower_ ? FollowRun() : RunEnd::Complete;
+  const std::vector<TNumberRange> ranges =
+      growth_ == Growth::Replaced ? std::vector<TNumberRange>() : asked_.Ranges();
   for (const TNumberRange& range : ranges) {
-    for (long number = range.first; number <= range.last && end == RunEnd::Complete;) {
+    for (long number = std::max(range.first, next_); number <= range.last && end == RunEnd::Complete;) {
       if (isInterrupted_()) {
         end = RunEnd::Interrupted;
         break;
@@ -85,6 +88,64 @@ RunEnd TRunConversion::Run()
   counts_.notReached = counts_.asked - counts_.right - counts_.unchecked - counts_.Missing();
   seconds_ = std::chrono::duration<double>(Clock::now() - start_).count();
   return end;
+}
+
+void TRunConversion::Follow(TRunFollower& follower)
+{
+  follower_ = &follower;
+  if (!settings_.images.IsEmpty()) return;
+  const std::optional<std::int64_t> expected = run_.Values().imagesExpected;
+  asked_ = expected ? TNumberRanges({{1, static_cast<long>(*expected)}}) : TNumberRanges();
+  counts_.asked = asked_.Count();
+  isClockWhole_ = true;
+}
+
+RunEnd TRunConversion::FollowRun()
+{
+  RunEnd end = RunEnd::Complete;
+  const TNumberRanges wanted =
+      settings_.images.IsEmpty() ? TNumberRanges({{1, static_cast<long>(run_.ImageLimit())}}) : settings_.images;
+  for (const TNumberRange& range : wanted.Ranges()) {
+    for (next_ = range.first; next_ <= range.last && end == RunEnd::Complete;) {
+      if (!WaitFor(next_ - 1)) {
+        if (isInterrupted_()) end = RunEnd::Interrupted;
+        AskForWhatIsThere();
+        return end;
+      }
+      if (!TakeImage(next_, range.last)) end = RunEnd::OutputFailed;
+      Report();
+    }
+    if (end != RunEnd::Complete) break;
+  }
+  const bool isToTheEnd =
+      end == RunEnd::Complete && settings_.images.IsEmpty(); // all images are there: it is near
+  while (isToTheEnd && growth_ == Growth::Recording && !isInterrupted_()) {
+    std::this_thread::sleep_for(kPollInterval);
+    growth_ = follower_->Update();
+  }
+  AskForWhatIsThere();
+  return end;
+}
+
+bool TRunConversion::WaitFor(std::int64_t image)
+{
+  while (growth_ == Growth::Recording && !isInterrupted_()) {
+    if (index_.Find(image) && files_.HasPlace(image)) return true;
+    growth_ = follower_->Update();
+    if (growth_ != Growth::Recording) return false;
+    if (index_.Find(image) && files_.HasPlace(image)) return true;
+    Report();
+    std::this_thread::sleep_for(kPollInterval);
+  }
+  return false;
+}
+
+void TRunConversion::AskForWhatIsThere()
+{
+  files_.Refresh();
+  known_ = static_cast<long>(std::max(index_.End(), run_.Values().imagesWritten));
+  if (settings_.images.IsEmpty()) asked_ = WholeRun();
+  counts_.asked = asked_.Count();
 }
 
 long TRunConversion::NextCandidate(long number, long end)

@@ -9,6 +9,7 @@
 #include "tools/Run.h"
 #include "tools/TFrameStatistics.h"
 #include "tools/TNumberRanges.h"
+#include "tools/TRunFollower.h"
 
 #include <chrono>
 #include <functional>
@@ -60,8 +61,12 @@ public:
                  IImageWriter* writer, std::function<bool()> isInterrupted,
                  std::function<void(const TProgress&)> onProgress);
 
-  /// Complete, Interrupted or OutputFailed.
+  /// Takes images as they come, until the run is not recorded any more; Run() then looks for the others.
+  void Follow(TRunFollower& follower);
+  /// Complete, Interrupted or OutputFailed. Of a run that was replaced it leaves out what has not been taken.
   RunEnd Run();
+  /// How a run that was followed has gone on.
+  Growth LastGrowth() const { return growth_; }
 
   const TConversionCounts& Counts() const { return counts_; }
   /// Of an output file that turned out to have fewer images than were written to it.
@@ -82,6 +87,11 @@ public:
 private:
   using Clock = std::chrono::steady_clock;
 
+  RunEnd FollowRun();
+  /// Waits for an image; false when no more will come, or is waited for.
+  bool WaitFor(std::int64_t image);
+  /// What the run has, by what is known of it now.
+  void AskForWhatIsThere();
   /// Numbers of all images that the run may have.
   TNumberRanges WholeRun() const;
   bool TakesUnrecorded() const;
@@ -116,6 +126,9 @@ private:
   std::vector<std::byte> pixels_;
   std::vector<std::byte> lastImage_;
   TImageLabel lastLabel_;
+  TRunFollower* follower_ = nullptr;
+  Growth growth_ = Growth::Recording;
+  long next_ = 1; // images below it have been dealt with
   Clock::time_point start_;
   double seconds_ = 0.0;
 };

@@ -5,6 +5,7 @@ import os
 import random
 import resource
 import subprocess
+import time
 from pathlib import Path
 
 import numpy as np
@@ -220,3 +221,60 @@ def test_hdf5(tmp_path, encoding, width, images, options, monkeypatch):
     before = output.read_bytes()
     assert "give --overwrite" in told(directory, output, 4) and output.read_bytes() == before
     assert "gzip, blosc-zstd or none" in told(directory, output, 1, "--compression", "lz4")
+
+
+@pytest.mark.parametrize("end, code, written, said", [
+    ("complete", 0, 6, ""), ("failed", 5, 6, "not complete: failed"), ("replaced", 6, 4, "another run")])
+def test_follow(tmp_path, end, code, written, said):
+    """Images of a run that is being recorded are taken when they have a record; then the run ends in one way or another."""
+    directory, output = tmp_path / "run", tmp_path / "run.raw"
+    writer = SpoolWriter(directory, 6, state="recording", images_per_file=4)
+    follower = subprocess.Popen(
+        [os.environ["VXMCD_TOOL"], "convert", directory, "-o", output, "--follow", "--timeout", "50"],
+        stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    try:
+        time.sleep(0.05)  # the run may begin later
+        directory.mkdir()
+        writer.order = [1, 0]
+        writer.write()
+        os.truncate(directory / "spool_0000000000.dat", 2 * writer.image_size)  # will grow
+        index = directory / "spool_index.dat"
+        with open(index, "ab") as file:
+            file.write(writer.record(3)[:20])
+        wait_for(lambda: output.exists() and output.stat().st_size == writer.array()[:2].nbytes or follower.poll() is not None)
+        writer.order = [1, 0, 3, 2]
+        data = b"".join(map(writer.record, writer.order))
+        with open(directory / "spool_0000000000.dat", "ab") as file:
+            file.write(b"".join(writer.frames[2:4]))
+        with open(index, "ab") as file:
+            file.write(data[32 * 2 + 20:])
+        wait_for(lambda: output.stat().st_size >= writer.array()[:4].nbytes or follower.poll() is not None)
+        if end == "replaced":
+            writer.keys["run/StartTime"] = "2026-01-31T13:00:00.000000000Z"
+        else:
+            (directory / "spool_0000000001.dat").write_bytes(b"".join(writer.frames[4:]))
+            with open(index, "ab") as file:
+                file.write(writer.record(5) + writer.record(4))
+            writer.keys.update({"run/State": end, "run/ImagesWritten": 6})
+        writer.write_description()
+        _, errors = follower.communicate(timeout=50)
+    finally:
+        follower.kill()
+    assert follower.returncode == code and said in errors, errors
+    np.testing.assert_array_equal(np.fromfile(output, "<u2").reshape(-1, 3, 7), writer.array()[:written])
+    assert json.loads((tmp_path / "run.raw.json").read_text())["complete"]
+
+
+def test_follow_what_does_not_grow(tmp_path):
+    """The program that records it was killed."""
+    writer = SpoolWriter(tmp_path, 6, state="recording")
+    del writer.order[4:]
+    said = told(writer.write(), tmp_path / "run.raw", 5, "--follow", "--timeout", "0.2")
+    assert "nothing was added to the run for 0.2 s" in said and (tmp_path / "run.raw").stat().st_size == writer.array()[:4].nbytes
+
+
+def wait_for(condition):
+    end = time.monotonic() + 30
+    while not condition():
+        assert time.monotonic() < end
+        time.sleep(0.01)
