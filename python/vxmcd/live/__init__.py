@@ -1,2 +1,2 @@
 # SPDX-License-Identifier: MIT
-"""The live view in a browser: `vxmcd live`, or `python3 -m vxmcd.live`. Needs aiohttp."""
+"""The live view in a browser: `vxmcd live` runs `python3 -m vxmcd.live`. Needs aiohttp."""
