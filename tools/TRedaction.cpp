@@ -241,15 +241,18 @@ void TRedaction::ReplaceNames(std::string& text)
 void TRedaction::ReplaceSerialNumbers(std::string& text)
 {
   for (const std::string& serial : serials_) {
-    for (std::size_t at = text.find(serial); at != std::string::npos; at = text.find(serial, at + 1)) {
-      if (!StandsAlone(text, at, serial.size())) continue;
+    for (std::size_t at = text.find(serial); at != std::string::npos; at = text.find(serial, at)) {
       const std::size_t begin = at - std::min(at, kLongestLead);
       std::string lead = text.substr(begin, at - begin);
       std::transform(lead.begin(), lead.end(), lead.begin(), [](unsigned char c) { return std::tolower(c); });
       const std::size_t word = lead.rfind("serial");
-      if (word == std::string::npos || lead.find_first_of("0123456789,;\n", word) != std::string::npos) continue;
+      const bool isSerial = StandsAlone(text, at, serial.size()) && word != std::string::npos &&
+                            lead.find_first_of("0123456789,;\n", word) == std::string::npos &&
+                            !lead.ends_with("<serial"); // one of our own words
       // A number in JSON cannot become a word.
-      text.replace(at, serial.size(), lead.ends_with("\":") ? "null" : Word(serial, "serial"));
+      const std::string stands = !isSerial ? serial : lead.ends_with("\":") ? "null" : Word(serial, "serial");
+      text.replace(at, serial.size(), stands);
+      at += stands.size();
     }
   }
 }
