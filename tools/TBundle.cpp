@@ -66,7 +66,10 @@ bool TBundle::Create(const std::string& path)
   if (access(path.c_str(), F_OK) == 0) return Fail("exists already");
   const std::string temporary = path + ".part";
   const int file = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
-  if (file < 0) return Fail("cannot be created: " + std::generic_category().message(errno));
+  if (file < 0)
+    return Fail(errno == EEXIST
+                    ? "cannot be created: remove " + temporary + ", which is of a program that was killed"
+                    : "cannot be created: " + std::generic_category().message(errno));
   close(file);
   temporary_ = temporary;
   archive_ = archive_write_new();

@@ -212,7 +212,9 @@ std::string TRedaction::WithoutPaths(std::string_view text)
     const bool isKnown = std::any_of(paths_.begin(), paths_.end(), isHere); // a relative one may be
     std::size_t end = isKnown || BeginsPath(text, at) ? EndOfPath(text, at) : at;
     const std::string path(text.substr(at, end - at));
-    if (std::none_of(path.begin(), path.end(), [](char c) { return IsLetter(c) || IsDigit(c); })) {
+    // "/" alone, and "/s" behind a number, are no paths.
+    if (path.size() <= 2 ||
+        std::none_of(path.begin(), path.end(), [](char c) { return IsLetter(c) || IsDigit(c); })) {
       end = std::max(end, at + 1);
       result += text.substr(at, end - at);
     } else {

@@ -131,7 +131,7 @@ TEST(Redaction, FindsNamesAndPaths)
            {"X-9, Serial number 2048, 2048 x 2048", "<serial1>, Serial number <serial2>, 2048 x 2048"},
            {"{\"serial\":2048,\"width\":2048}", "{\"serial\":null,\"width\":2048}"},
            {"serial number 1 of 1", "serial number <serial3> of 1"},
-           {"/data/My Study/a.raw, '/x y/z': 5 images/s", "<path1>, '<path2>': 5 images/s"},
+           {"/data/My Study/a.raw, '/x y/z': 5 images/s, 5 /s", "<path1>, '<path2>': 5 images/s, 5 /s"},
            {"/usr/lib/x.so in /dev/shm or /dev/shm/ring, / 2", "/usr/lib/x.so in /dev/shm or <path3>, / 2"},
            {"{\"a\":\"/x/b.ini:12: wrong\"} of Study/run/2.", "{\"a\":\"<path4>:12: wrong\"} of <path5>."},
        })
