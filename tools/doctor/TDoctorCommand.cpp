@@ -5,7 +5,6 @@
 #include "tools/DescriptionReport.h"
 #include "tools/doctor/DoctorAreas.h"
 #include "tools/Json.h"
-#include "tools/TBundle.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -146,10 +145,8 @@ std::string TDoctorCommand::ReportJson() const
                    {"warnings", findings_.Count(Severity::Warning)}});
 }
 
-bool TDoctorCommand::MakeBundle()
+bool TDoctorCommand::MakeBundle(TBundle& bundle) const
 {
-  TBundle bundle(options_.bundle.keepsNames);
-  if (!bundle.Create(options_.bundle.file)) return SayNoBundle(bundle.Error());
   HideCameras(bundle.Redaction(), facts_.cameras);
   if (options_.disk) bundle.Redaction().LearnPath(*options_.disk);
   bundle.Add("report.txt", ReportText(true));
@@ -171,9 +168,12 @@ bool TDoctorCommand::MakeBundle()
 
 ExitCode TDoctorCommand::Run()
 {
+  TBundle bundle(options_.bundle.keepsNames);
+  if (!options_.bundle.file.empty() && !bundle.Create(options_.bundle.file))
+    return Fail(ExitCode::OutputError, "--bundle: " + bundle.Error());
   AskCameras();
   Check();
-  const bool isPacked = options_.bundle.file.empty() || MakeBundle();
+  const bool isPacked = options_.bundle.file.empty() || MakeBundle(bundle);
   if (!Print(isJson_ ? ReportJson() : ReportText(options_.showsAll)) || !isPacked) return ExitCode::OutputError;
   return findings_.Count(Severity::Problem) == 0 ? ExitCode::Success : ExitCode::CameraError;
 }

@@ -5,6 +5,7 @@
 #include "tools/doctor/Checks.h"
 #include "tools/Messages.h"
 #include "tools/Options.h"
+#include "tools/TBundle.h"
 
 namespace vxtool {
 
@@ -24,7 +25,7 @@ private:
   void Check();
   std::string ReportText(bool showsAll) const;
   std::string ReportJson() const;
-  bool MakeBundle();
+  bool MakeBundle(TBundle& bundle) const;
 
   const TDoctorOptions& options_;
   const int camera_;
