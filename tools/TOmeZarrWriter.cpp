@@ -78,7 +78,9 @@ bool TOmeZarrWriter::ChooseLevels()
 {
   TImageShape shape = shape_;
   for (int level = 0; level <= options_.pyramidLevels; ++level) {
-    levels_.push_back({std::to_string(level), shape, std::vector<std::byte>(imagesInChunk_ * shape.Bytes())});
+    const bool isBuffered = level > 0 || imagesInChunk_ > 1;
+    levels_.push_back(
+        {std::to_string(level), shape, std::vector<std::byte>(isBuffered ? imagesInChunk_ * shape.Bytes() : 0)});
     if (shape.Pixels() == 1 && level < options_.pyramidLevels)
       return FailFor(path_, "--pyramid: images of this size have " + std::to_string(level) + " levels at most");
     shape = HalvedShape(shape);
@@ -113,20 +115,32 @@ bool TOmeZarrWriter::Write(TPixelBytes pixels, const TImageLabel& label)
 {
   if (!error_.empty()) return false;
   if (pixels.size() != shape_.Bytes()) return Fail("an image has another size than the run");
-  std::copy(pixels.begin(), pixels.end(), levels_.front().Image(bufferedImages_).begin());
-  for (std::size_t level = 1; level < levels_.size(); ++level)
-    HalveImage(levels_[level - 1].Image(bufferedImages_), levels_[level - 1].shape,
-               levels_[level].Image(bufferedImages_));
+  const bool isChunk = imagesInChunk_ == 1; // is compressed where it is
+  if (!isChunk) std::copy(pixels.begin(), pixels.end(), levels_.front().Image(bufferedImages_).begin());
+  TPixelBytes larger = pixels;
+  for (std::size_t level = 1; level < levels_.size(); ++level) {
+    HalveImage(larger, levels_[level - 1].shape, levels_[level].Image(bufferedImages_));
+    larger = levels_[level].Image(bufferedImages_);
+  }
   if (bufferedImages_ == 0) window_.Add(pixels, shape_.depth);
   labels_.push_back(label);
   ++bufferedImages_;
-  return bufferedImages_ < imagesInChunk_ || WriteChunk();
+  return bufferedImages_ < imagesInChunk_ || WriteChunk(isChunk ? pixels : TPixelBytes(levels_.front().chunk));
 }
 
-bool TOmeZarrWriter::WriteChunk()
+// The last chunk is filled up with zeros.
+TPixelBytes TOmeZarrWriter::Filled(TLevel& level) const
+{
+  const std::size_t used = bufferedImages_ * level.shape.Bytes();
+  std::fill(level.chunk.begin() + static_cast<std::ptrdiff_t>(used), level.chunk.end(), std::byte{0});
+  return level.chunk;
+}
+
+bool TOmeZarrWriter::WriteChunk(TPixelBytes first)
 {
   bool isWritten = error_.empty();
-  for (TLevel& level : levels_) isWritten = isWritten && WriteLevel(level);
+  for (TLevel& level : levels_)
+    isWritten = isWritten && WriteLevel(level, &level == &levels_.front() ? first : Filled(level));
   std::error_code ignored;
   for (const TLevel& level : levels_) // makes room for the rest
     if (!isWritten) fs::remove_all(fs::path(path_) / level.name / std::to_string(ChunkNumber()), ignored);
@@ -136,11 +150,8 @@ bool TOmeZarrWriter::WriteChunk()
   return isWritten && WriteImageArrays();
 }
 
-bool TOmeZarrWriter::WriteLevel(TLevel& level)
+bool TOmeZarrWriter::WriteLevel(const TLevel& level, TPixelBytes bytes)
 {
-  const std::size_t used = bufferedImages_ * level.shape.Bytes();
-  std::fill(level.chunk.begin() + static_cast<std::ptrdiff_t>(used), level.chunk.end(), std::byte{0});
-  TPixelBytes bytes = level.chunk;
   if (options_.compression.codec != Codec::None)
     bytes = TBloscChunk(options_.compression, shape_.depth, options_.threads).Compress(bytes, compressed_);
   if (bytes.empty()) return FailFor(path_, "Blosc cannot compress a chunk");
@@ -206,7 +217,7 @@ bool TOmeZarrWriter::WriteDescription(const std::optional<TFrameCounts>& counts,
 bool TOmeZarrWriter::Close(const std::optional<TFrameCounts>& counts)
 {
   if (!lock_.IsOpen()) return error_.empty();
-  if (error_.empty() && bufferedImages_ > 0) WriteChunk();
+  if (error_.empty() && bufferedImages_ > 0) WriteChunk(Filled(levels_.front()));
   std::error_code error;
   if (imagesOnDisk_ == 0)
     fs::remove_all(path_, error);

@@ -46,8 +46,10 @@ private:
   bool MakeRoom(bool overwrite);
   bool ChooseChunk();
   bool ChooseLevels();
-  bool WriteChunk();
-  bool WriteLevel(TLevel& level);
+  TPixelBytes Filled(TLevel& level) const;
+  /// @param first  pixels of the largest images
+  bool WriteChunk(TPixelBytes first);
+  bool WriteLevel(const TLevel& level, TPixelBytes bytes);
   std::size_t ChunkNumber() const { return imagesOnDisk_ / imagesInChunk_; }
   bool WriteFile(const std::string& name, std::span<const std::byte> bytes);
   bool WriteText(const std::string& name, const std::string& text);

@@ -19,8 +19,6 @@ import numpy as np
 from vxmcd.spool import SpoolRun, reduce_images
 from vxmcd.spool.statistics import mean_variance
 
-FEW = 48  # images of the work that takes long for each
-
 
 def recorded(directory, images):
     os.environ["VXCORE_CONFIG"] = str(Path(directory) / "camera.ini")
@@ -64,9 +62,9 @@ def add(one, other):
 class FirstImages:
     """The first images of a run, for work that takes long."""
 
-    def __init__(self, run):
+    def __init__(self, run, images):
         self._run = run
-        self.numbers = run.numbers[:FEW]
+        self.numbers = run.numbers[:images]
 
     def __getattr__(self, name):
         return getattr(self._run, name)
@@ -76,7 +74,8 @@ def measured(function, client):
     """Elapsed and processor time in s, of this process and of the workers."""
     def workers():
         return sum(client.run(time.process_time).values())
-    begin, here, there = time.perf_counter(), time.process_time(), workers()
+    there = workers()
+    begin, here = time.perf_counter(), time.process_time()
     function()
     elapsed = time.perf_counter() - begin
     return elapsed, time.process_time() - here + workers() - there
@@ -92,6 +91,7 @@ def main():
     parser.add_argument("run", nargs="?", help="directory of a recorded run")
     parser.add_argument("--images", type=int, default=160, metavar="N", help="length of the run that is recorded")
     parser.add_argument("--rounds", type=int, default=5, metavar="N")
+    parser.add_argument("--few", type=int, default=48, metavar="N", help="images whose median and Fourier transform are taken")
     parser.add_argument("--workers", type=int, default=2, metavar="N")
     parser.add_argument("--directory", help="where to record; the default is that for temporary files")
     parser.add_argument("--lazy", action="store_true", help="also mean and variance of the lazy array, which take long")
@@ -109,7 +109,7 @@ def main():
         size = run.numbers.size * run.description.image_size / 1e9
         print(f"{platform.machine()}, {os.cpu_count()} processors, {options.workers} workers, load {os.getloadavg()[0]:.1f}; "
               f"Python {platform.python_version()}, NumPy {np.__version__}; {run}, {size:.2f} GB")
-        few = FirstImages(run)
+        few = FirstImages(run, options.few)
         rows = {
             "plain loop": lambda: plain_loop(run),
             "mean_variance": lambda: mean_variance(run),
