@@ -20,9 +20,9 @@ constexpr std::array<const char*, 3> kModels = {"TRELLIS CMOS", "RQ512_LX", "TAR
 /// What the trace shows of a feature, as it was seen first.
 struct TFeature
 {
-  std::string value; ///< of a text, or of the sensor's size
-  std::string minimum;
-  std::string maximum;
+  std::string value;            ///< of a text, or of the sensor's size
+  std::set<std::string> minima; ///< several ones depend on other settings, as they do in the simulator
+  std::set<std::string> maxima;
   std::int64_t textCount = 0;
   std::map<std::int64_t, std::string> texts; ///< of an enumerated feature, by index
 
@@ -65,36 +65,50 @@ void See(TSeenCamera& camera, const TTraceCall& call, const std::string& name)
   TFeature& feature = camera.features[name];
   if (function == "VX_GetString") SetOnce(feature.value, call.Value("value"));
   if (function == "VX_GetInt" && name.starts_with("Sensor")) SetOnce(feature.value, call.Value("value"));
-  if (function.ends_with("Min") && HasOwnLimits(name)) SetOnce(feature.minimum, call.Value("minimum"));
-  if (function.ends_with("Max") && HasOwnLimits(name)) SetOnce(feature.maximum, call.Value("maximum"));
+  if (function.ends_with("Min") && HasOwnLimits(name)) feature.minima.insert(call.Value("minimum").Text());
+  if (function.ends_with("Max") && HasOwnLimits(name)) feature.maxima.insert(call.Value("maximum").Text());
   if (function == "VX_GetEnumeratedCount" || function == "VX_GetEnumCount")
     feature.textCount = call.Value("count").whole;
   if (function == "VX_GetEnumeratedString" || function == "VX_GetEnumStringByIndex")
     feature.texts.emplace(call.Value("index").whole, call.Value("text").text);
 }
 
-std::map<std::int64_t, TSeenCamera> CamerasOf(const TTraceFile& file)
+/// What the trace shows of all cameras.
+struct TSeenCameras
 {
-  std::map<std::int64_t, TSeenCamera> cameras;  // by index
+  std::int64_t count = 0;                      ///< that were attached
+  std::map<std::int64_t, TSeenCamera> cameras; ///< those that were opened, by index
+};
+
+// No program has more; a damaged trace may say so.
+constexpr std::int64_t kMaxCameras = 128;
+
+TSeenCameras CamerasOf(const TTraceFile& file)
+{
+  TSeenCameras seen;
   std::map<std::int64_t, std::int64_t> indices; // by handle
   for (const TTraceCall& call : file.Calls()) {
     if (call.function->isApi || call.state != CallState::Ended) continue;
     if (call.function->name == "VX_Open" && call.Code() == VX_SUCCESS) {
       const std::int64_t index = call.Value("deviceIndex").whole;
+      if (index < 0 || index >= kMaxCameras) continue;
       indices[call.Value("handle").whole] = index;
-      cameras.try_emplace(index);
+      seen.cameras.try_emplace(index);
+      seen.count = std::max(seen.count, index + 1);
       continue;
     }
     const std::string name = call.Value("feature").text;
+    if (name == "DeviceCount" && call.function->name == "VX_GetInt" && call.Code() == VX_SUCCESS)
+      seen.count = std::clamp(call.Value("value").whole, seen.count, kMaxCameras);
     const auto found = indices.find(call.Value("handle").whole);
     if (name.empty() || found == indices.end()) continue;
-    TSeenCamera& camera = cameras[found->second];
+    TSeenCamera& camera = seen.cameras[found->second];
     TAnswers& answers = camera.answers[{call.function->name, name}];
     answers.codes.insert(call.Code());
     ++answers.calls;
     if (call.Code() == VX_SUCCESS) See(camera, call, name);
   }
-  return cameras;
+  return seen;
 }
 
 // One of the simulated models, the nearest one where the camera is none of them.
@@ -118,8 +132,8 @@ std::string FeatureText(const std::string& section, const std::string& name, con
     if (!value.empty()) text += std::string(key) + " = " + value + "\n";
   };
   line("Value", feature.value);
-  line("Min", feature.minimum);
-  line("Max", feature.maximum);
+  if (feature.minima.size() == 1) line("Min", *feature.minima.begin());
+  if (feature.maxima.size() == 1) line("Max", *feature.maxima.begin());
   if (feature.HasTexts()) {
     std::string texts;
     for (const auto& [index, one] : feature.texts) texts += (texts.empty() ? "" : " | ") + one;
@@ -141,12 +155,12 @@ bool IsRefusal(const TAnswers& answers)
 
 std::string ConfigOf(const TTraceFile& file)
 {
-  const auto cameras = CamerasOf(file);
-  if (cameras.empty()) return "";
+  const TSeenCameras seen = CamerasOf(file);
+  if (seen.count == 0) return "";
   std::string text = "; Simulated cameras like those of a trace of " + file.Fact("program") +
-                     "\n[Simulator]\nCameras = " + std::to_string(cameras.rbegin()->first + 1) + "\n";
+                     "\n[Simulator]\nCameras = " + std::to_string(seen.count) + "\n";
   std::string rules;
-  for (const auto& [index, camera] : cameras) {
+  for (const auto& [index, camera] : seen.cameras) {
     const std::string section = "Camera" + std::to_string(index);
     std::string removed;
     for (const std::string& name : camera.missing) removed += (removed.empty() ? "" : ", ") + name;

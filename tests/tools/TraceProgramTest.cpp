@@ -151,6 +151,12 @@ TEST_F(ToolTrace, MakesCamerasLikeThoseOfTheTrace)
   record("l.vxtr");
   EXPECT_THAT(Run({"trace", "diff", Path("k.vxtr"), Path("l.vxtr")}).output,
               ::testing::StartsWith("no difference in "));
+
+  // Limits that depend on other settings, and a second camera that the program only counts.
+  Configure("[Simulator]\nCameras = 2\n[Camera0]\nModel = TARN 1M\nScene = counter\n");
+  Run({"trace", "record", "-o", Path("r.vxtr"), VXTOOL_PROGRAM, "check", "--group", "settings"});
+  const TOutcome replay = Run({"trace", "replay", "--like-recorded", Path("r.vxtr")});
+  EXPECT_EQ(replay.exitCode, 0) << replay.output;
 }
 
 TEST_F(ToolTrace, MakesTheCallsAgain)
