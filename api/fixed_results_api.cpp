@@ -28,10 +28,13 @@ struct TFixedValue
   }
 };
 
-/// The record of a call, of which nothing but the code is known.
-[[gnu::noinline, gnu::cold]] void RecordCall(std::uint16_t number, unsigned int code) noexcept
+/// The record of a call, of which nothing but the code and the registers is known.
+[[gnu::noinline, gnu::cold]] void RecordCall(std::uint16_t number, unsigned int code, std::uint64_t first,
+                                             std::uint64_t second, std::uint64_t third,
+                                             std::uint64_t fourth) noexcept
 {
-  TCallRecord(number, nullptr).End(code);
+  const std::uint64_t registers[] = {first, second, third, fourth};
+  TCallRecord(number, registers).End(code);
 }
 
 constexpr const char* ResultText(unsigned int code)
@@ -51,34 +54,36 @@ constexpr const char* ResultText(unsigned int code)
 
 #define FIXED_REASON(reason, text) static constexpr const char* k##reason = text;
 // The body of each function.
-#define ANSWER(name, number, code, reason)                                                                        \
+#define ANSWER(name, number, code, reason, ...)                                                                   \
   static constinit TUnusedCall call(#name, ResultText(code), k##reason);                                          \
   call.Note();                                                                                                    \
   if (Trace::IsOn(Trace::kApi)) [[unlikely]]                                                                      \
-    RecordCall(FunctionNumber::number, code);                                                                     \
+    RecordCall(FunctionNumber::number, code, __VA_ARGS__);                                                        \
   return code;
-#define FIXED_RESULT(name, code, reason)                                                                          \
-  unsigned int name(...)                                                                                          \
+// Whatever a program passes, the first arguments that are no floating-point numbers are in these registers, which the trace
+// may record. The header declares other arguments, so that the function is defined under another name.
+#define ANSWER_ANY(defined, symbol, name, number, code, reason)                                                   \
+  extern "C" VXMCD_API unsigned int defined(std::uint64_t, std::uint64_t, std::uint64_t,                          \
+                                            std::uint64_t) __asm__(symbol);                                       \
+  unsigned int defined(std::uint64_t first, std::uint64_t second, std::uint64_t third, std::uint64_t fourth)      \
   {                                                                                                               \
-    ANSWER(name, name, code, reason)                                                                              \
+    ANSWER(name, number, code, reason, first, second, third, fourth)                                              \
   }
+#define FIXED_RESULT(name, code, reason) ANSWER_ANY(Define##name, #name, name, name, code, reason)
 #define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason)                                                 \
-  unsigned int name arguments{ANSWER(name, name, code, reason)} VXMCD_PLAIN_NAME(name, symbol);
-// The header declares the function under another name, with this symbol.
+  ANSWER_ANY(Define##name, #symbol, name, name, code, reason) VXMCD_PLAIN_NAME(name, symbol);
+// The plain name is another function.
 #define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason)                                            \
-  unsigned int name##Decorated arguments                                                                          \
-  {                                                                                                               \
-    ANSWER(name, name##Decorated, code, reason)                                                                   \
-  }
-// Defined under another name, because by the header callers may pass anything before the output. The position of an
-// output does not count floating-point arguments, which are passed in other registers.
+  ANSWER_ANY(Define##name##Decorated, #symbol, name, name##Decorated, code, reason)
+// By the header callers may pass anything before the output. The position of an output does not count floating-point arguments, which are passed in other registers.
 // NOLINTBEGIN(bugprone-macro-parentheses): a list of arguments has its parentheses
 #define FIXED_VALUE(name, parameters, outputs, type, fixed, code, reason)                                         \
-  extern "C" VXMCD_API unsigned int Define##name parameters __asm__(#name);                                       \
-  unsigned int Define##name parameters                                                                            \
+  extern "C" VXMCD_API unsigned int Define##name(void*, void*, void*, void*, void*) __asm__(#name);               \
+  unsigned int Define##name(void* first, void* second, void* third, void* fourth, [[maybe_unused]] void* fifth)   \
   {                                                                                                               \
     TFixedValue<type>{fixed} outputs;                                                                             \
-    ANSWER(name, name, code, reason)                                                                              \
+    ANSWER(name, name, code, reason, TraceValue(first), TraceValue(second), TraceValue(third),                    \
+           TraceValue(fourth))                                                                                    \
   }
 // NOLINTEND(bugprone-macro-parentheses)
 #include "api/fixed_results.def"

@@ -56,7 +56,15 @@ void AddRecord(CLI::App& record, TTraceOptions& options)
   CLI::Option* const api = flag("--api", ",api", "Only calls of the program");
   flag("--core", ",core", "Only calls into the feature library")->excludes(api);
   flag("--frames", ",frames", "Every call for a frame; else the first 100 of a run and those that fail");
-  flag("--no-pixels", ",pixels=none", "No checksums of images, which take time with large ones");
+  CLI::Option* const noPixels =
+      flag("--no-pixels", ",pixels=none", "No checksums of images, which take time with large ones");
+  flag("--store-pixels", ",pixels=store",
+       "The images that the program gets, too: each takes its size and 2 % in the trace, see --limit")
+      ->excludes(noPixels);
+  flag("--registers", ",registers",
+       "What the first four integer registers have in calls of functions whose arguments are not known: numbers, "
+       "or "
+       "addresses in memory");
   const auto limit = [&options](const std::string& text) {
     TTraceSettings settings;
     if (!settings.Parse("x,limit=" + text).empty())
@@ -155,6 +163,11 @@ CLI::App* AddTraceCommand(CLI::App& app, TTraceOptions& options)
   AddJson(*redact, options, "Print one line of JSON on standard output");
   AddCommand(*trace, options, TraceCommand::Config, "config",
              "Print a configuration of simulated cameras that are as the trace shows its cameras");
+  AddCommand(*trace, options, TraceCommand::Images, "images",
+             "Write the images of a trace that was recorded with --store-pixels, each to a file of raw pixels")
+      ->add_option("other", options.other, "The directory; it is made")
+      ->required()
+      ->type_name("DIRECTORY");
   AddReplay(*AddCommand(*trace, options, TraceCommand::Replay, "replay",
                         "Make the calls of a trace again, and compare the answers"),
             options);

@@ -22,6 +22,7 @@ enum class TraceCommand
   Redact,
   Config,
   Replay,
+  Images,
 };
 
 struct TTraceOptions
@@ -29,7 +30,7 @@ struct TTraceOptions
   TraceCommand command = TraceCommand::Print;
   bool isJson = false;
   std::string file;
-  std::string other;  ///< of diff and redact: the second trace
+  std::string other;  ///< of diff and redact: the second trace; of images: the directory
   std::string output; ///< of record; "": the name of the program. Of replay: "": none is recorded
 
   std::vector<std::string> program; ///< of record: with its arguments

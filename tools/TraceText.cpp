@@ -126,7 +126,8 @@ Json ValueJson(const TTraceValue& value)
             {"checksum", value.pixels.checksum == 0 ? Json(nullptr) : Json(checksum)}};
   }
   case TTraceValue::Kind::Set:
-    return "set";
+  case TTraceValue::Kind::Object:
+    return value.Text();
   default:
     return nullptr;
   }

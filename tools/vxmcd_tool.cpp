@@ -14,6 +14,7 @@
 #include "tools/TLiveCommand.h"
 #include "tools/TraceConfig.h"
 #include "tools/TraceDiff.h"
+#include "tools/TraceImages.h"
 #include "tools/TracePrint.h"
 #include "tools/TraceReport.h"
 #include "tools/TTraceRecordCommand.h"
@@ -56,6 +57,7 @@ vxtool::ExitCode RunTrace(const vxtool::TTraceOptions& options)
   if (options.command == vxtool::TraceCommand::Diff) return vxtool::CompareTraces(options);
   if (options.command == vxtool::TraceCommand::Redact) return vxtool::RedactTrace(options);
   if (options.command == vxtool::TraceCommand::Config) return vxtool::WriteTraceConfig(options);
+  if (options.command == vxtool::TraceCommand::Images) return vxtool::WriteTraceImages(options);
   if (options.command == vxtool::TraceCommand::Replay) return vxtool::TReplayCommand(options).Run();
   return vxtool::PrintTrace(options);
 }

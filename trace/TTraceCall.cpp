@@ -73,6 +73,14 @@ TTraceValue TakeNumber(TCursor& cursor, const TTraceArgument& argument)
   return value;
 }
 
+TTraceValue TakeObject(TCursor& cursor)
+{
+  TTraceValue value;
+  value.whole = cursor.Take<std::uint32_t>();
+  value.kind = value.whole == 0 ? Kind::Null : Kind::Object;
+  return value;
+}
+
 TTraceValue TakeText(TCursor& cursor)
 {
   TTraceValue value;
@@ -103,6 +111,7 @@ TTraceValue TakeArray(TCursor& cursor, const TTraceArgument& argument)
 TTraceValue TakeInput(TCursor& cursor, const TTraceArgument& argument)
 {
   if (argument.type == TraceType::Number && !argument.isOutput) return TakeNumber(cursor, argument);
+  if (argument.type == TraceType::Object) return TakeObject(cursor);
   if (argument.isOutput || argument.type != TraceType::Text) return OfPointer(cursor.Take<std::uint8_t>() != 0);
   return TakeText(cursor);
 }
@@ -138,6 +147,8 @@ TTraceValue TakeResult(TCursor& cursor, const TTraceArgument& result)
     return TakeText(cursor);
   case TraceType::Pointer:
     return OfPointer(cursor.Take<std::uint8_t>() != 0);
+  case TraceType::Object:
+    return TakeObject(cursor);
   default:
     return TakeNumber(cursor, result);
   }
@@ -196,6 +207,8 @@ std::string TTraceValue::Text() const
     return "null";
   case Kind::Set:
     return "set";
+  case Kind::Object:
+    return "object " + std::to_string(whole);
   case Kind::Signed:
     return std::to_string(whole);
   case Kind::Unsigned:

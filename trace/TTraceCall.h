@@ -33,7 +33,8 @@ struct TTraceValue
   {
     Missing, ///< not recorded
     Null,
-    Set, ///< a pointer that is not null
+    Set,    ///< a pointer that is not null
+    Object, ///< such a pointer with a number
     Signed,
     Unsigned,
     Real,
@@ -43,7 +44,7 @@ struct TTraceValue
   };
 
   Kind kind = Kind::Missing;
-  std::int64_t whole = 0; ///< Signed; Unsigned as the same bits
+  std::int64_t whole = 0; ///< Signed; Unsigned as the same bits; the number of an Object
   double real = 0.0;
   bool isSingle = false; ///< of a Real: in single precision
   std::string text;

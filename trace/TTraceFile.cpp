@@ -156,6 +156,34 @@ void TTraceFile::ParseChunks()
                    [](const TTraceCall& a, const TTraceCall& b) { return a.beginSeconds < b.beginSeconds; });
   std::stable_sort(frames_.begin(), frames_.end(),
                    [](const TFrames& a, const TFrames& b) { return a.seconds < b.seconds; });
+  std::stable_sort(pixels_.begin(), pixels_.end(),
+                   [](const TPixelRecord& a, const TPixelRecord& b) { return a.seconds < b.seconds; });
+}
+
+std::vector<std::vector<std::byte>> TTraceFile::ImagesOf(const TTraceCall& call) const
+{
+  std::vector<std::vector<std::byte>> images;
+  const TTraceValue array = call.Value("array");
+  const TraceFormat::TPixels& copied = array.pixels;
+  if (array.kind != TTraceValue::Kind::Pixels || copied.images == 0 || copied.bytes > bytes_.size())
+    return images; // more than the trace can have
+  auto part = std::lower_bound(pixels_.begin(), pixels_.end(), call.beginSeconds,
+                               [](const TPixelRecord& one, double seconds) { return one.seconds < seconds; });
+  for (; part != pixels_.end() && part->seconds <= call.endSeconds; ++part) {
+    const auto header = ValueAt<TraceFormat::TPixelPart>(part->contents);
+    if (part->thread != call.thread || part->contents.size() < sizeof header) continue;
+    const auto bytes = part->contents.subspan(sizeof header);
+    // All images of a call have the same size.
+    const std::uint64_t imageBytes = copied.bytes / copied.images;
+    if (header.bytes > bytes.size() || header.image == 0 || header.image > copied.images ||
+        header.offset > imageBytes || header.bytes > imageBytes - header.offset || header.image > pixels_.size())
+      continue;
+    if (images.size() < header.image) images.resize(header.image);
+    std::vector<std::byte>& image = images[header.image - 1];
+    if (image.empty()) image.resize(static_cast<std::size_t>(imageBytes));
+    std::copy_n(bytes.begin(), header.bytes, image.begin() + static_cast<std::ptrdiff_t>(header.offset));
+  }
+  return images;
 }
 
 void TTraceFile::ParseRecords(const TChunk& chunk, TThreadState*& thread)
@@ -181,6 +209,10 @@ void TTraceFile::AddRecord(const TRecordHeader& header, std::span<const std::byt
   }
   if (header.kind == Kind::Dropped) {
     droppedCalls_ += ValueAt<std::uint64_t>(contents);
+    return;
+  }
+  if (header.kind == Kind::Pixels) {
+    pixels_.push_back({thread.number, SecondsOf(header.ticks), contents});
     return;
   }
   if (header.function >= functions_.size() || !functions_[header.function]) return;

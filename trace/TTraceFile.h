@@ -51,6 +51,8 @@ public:
   std::string Fact(const std::string& key) const;
   std::uint32_t Process() const { return header_.process; }
   std::uint64_t StartUtcNs() const { return header_.startUtcNs; }
+  /// The images that the call wrote to the program's array, where the trace has them; parts that it does not have are 0.
+  std::vector<std::vector<std::byte>> ImagesOf(const TTraceCall& call) const;
   /// Calls that could not be recorded.
   std::uint64_t DroppedCalls() const { return droppedCalls_; }
   /// Parts of 64 KiB that later ones have replaced.
@@ -62,6 +64,12 @@ public:
 
 private:
   struct TChunk;
+  struct TPixelRecord
+  {
+    std::uint32_t thread;
+    double seconds;
+    std::span<const std::byte> contents;
+  };
   struct TThreadState
   {
     std::uint32_t number;
@@ -88,6 +96,7 @@ private:
   std::vector<TVariable> variables_;
   std::vector<TTraceCall> calls_;
   std::vector<TFrames> frames_;
+  std::vector<TPixelRecord> pixels_; // by time
   std::vector<TThread> threads_;
   std::deque<TThreadState> states_; // while it is parsed
   std::uint64_t droppedCalls_ = 0;

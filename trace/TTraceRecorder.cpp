@@ -110,7 +110,7 @@ TTraceRecorder::TTraceRecorder(TTraceSettings settings, std::span<const TTracedF
     : settings_(std::move(settings)), functions_(functions), featureLibrary_(featureLibrary)
 {
   for (const TTracedFunction& function : functions)
-    signatures_.push_back(TTraceSignature::Parse(function.signature).value_or(TTraceSignature()));
+    signatures_.push_back(TTraceSignature::Parse(SignatureTextOf(function)).value_or(TTraceSignature()));
   const char* const home = secure_getenv("HOME");
   if (home && home[0] == '/' && home[1] != '\0') home_ = home;
   while (home_.ends_with('/')) home_.pop_back();
@@ -173,9 +173,16 @@ std::string TTraceRecorder::HeaderText() const
   }
   for (const TTracedFunction& function : functions_)
     text += "function\t" + std::to_string(&function - functions_.data()) +
-            (function.layer == Trace::kApi ? "\tapi\t" : "\tcore\t") + function.name + "\t" + function.signature +
-            "\n";
+            (function.layer == Trace::kApi ? "\tapi\t" : "\tcore\t") + function.name + "\t" +
+            SignatureTextOf(function) + "\n";
   return text;
+}
+
+// Of functions whose arguments are not known the registers are recorded, when the program asks for it.
+const char* TTraceRecorder::SignatureTextOf(const TTracedFunction& function) const
+{
+  if (!settings_.hasRegisters || std::strcmp(function.signature, "unused") != 0) return function.signature;
+  return "unused first:u64 second:u64 third:u64 fourth:u64";
 }
 
 TTraceRecorder::TPlace TTraceRecorder::TakeChunk(bool isFirst, bool& isShared)

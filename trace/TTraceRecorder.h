@@ -61,6 +61,7 @@ private:
 
   std::string OpenFile() REQUIRES(mutex_);
   std::string HeaderText() const;
+  const char* SignatureTextOf(const TTracedFunction& function) const;
   void End(const std::string& why) REQUIRES(mutex_);
 
   static void BeforeFork();

@@ -42,13 +42,17 @@ std::string TTraceSettings::Parse(std::string_view text)
       hasCore = false;
     } else if (option == "core") {
       hasApi = false;
-    } else if (option == "pixels=hash" || option == "pixels=none") {
-      hashesPixels = option == "pixels=hash";
+    } else if (option == "pixels=hash" || option == "pixels=none" || option == "pixels=store") {
+      hashesPixels = option != "pixels=none";
+      storesPixels = option == "pixels=store";
+    } else if (option == "registers") {
+      hasRegisters = true;
     } else if (option.starts_with("limit=")) {
       limitBytes = ParseSize(option.substr(6));
       if (limitBytes == 0) return "\"" + std::string(option) + "\" is no size from 1M to 1024G, such as limit=64M";
     } else {
-      return "\"" + std::string(option) + "\" is none of frames, api, core, pixels=hash, pixels=none, limit=SIZE";
+      return "\"" + std::string(option) +
+             "\" is none of frames, api, core, pixels=hash, pixels=none, pixels=store, registers, limit=SIZE";
     }
   }
   return hasApi || hasCore ? "" : "has both api and core, which leaves nothing";

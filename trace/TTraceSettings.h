@@ -14,6 +14,8 @@ struct TTraceSettings
   bool hasCore = true;       ///< calls into the feature library
   bool hasAllFrames = false; ///< every call for a frame, not only the first ones of a run
   bool hashesPixels = true;
+  bool storesPixels = false; ///< the pixels themselves, too
+  bool hasRegisters = false; ///< what the first registers have in calls of functions whose arguments are not known
   std::uint64_t limitBytes = std::uint64_t{256} << 20;
 
   /// Replaces what is there. What is wrong; "" when it was understood.

@@ -14,11 +14,11 @@ struct TWord
   std::string_view word;
   TraceType type;
 };
-constexpr TWord kTypes[] = {{"text", TraceType::Text},    {"wtext", TraceType::Text},
-                            {"wstring", TraceType::Text}, {"pointer", TraceType::Pointer},
-                            {"words", TraceType::Words},  {"pixels", TraceType::Pixels},
-                            {"pot", TraceType::Pot},      {"status", TraceType::Status},
-                            {"code", TraceType::Code},    {"void", TraceType::Void}};
+constexpr TWord kTypes[] = {
+    {"text", TraceType::Text},       {"wtext", TraceType::Text},    {"wstring", TraceType::Text},
+    {"pointer", TraceType::Pointer}, {"object", TraceType::Object}, {"words", TraceType::Words},
+    {"pixels", TraceType::Pixels},   {"pot", TraceType::Pot},       {"status", TraceType::Status},
+    {"code", TraceType::Code},       {"void", TraceType::Void}};
 constexpr std::string_view kNumbers[] = {"i32", "i64", "u8", "u16", "u32", "u64", "f32", "f64"};
 
 bool ParseType(std::string_view text, TTraceArgument& argument)
@@ -53,11 +53,9 @@ std::string_view NextWord(std::string_view& text)
 std::optional<TTraceSignature> TTraceSignature::Parse(std::string_view text)
 {
   TTraceSignature signature;
-  if (text == kUnused) {
-    signature.isUnused_ = true;
-    text = "code";
-  }
-  if (!ParseType(NextWord(text), signature.result_)) return std::nullopt;
+  const std::string_view result = NextWord(text);
+  signature.isUnused_ = result == kUnused;
+  if (!ParseType(signature.isUnused_ ? "code" : result, signature.result_)) return std::nullopt;
 
   std::vector<std::string> lengths;
   while (!text.empty()) {

@@ -18,6 +18,7 @@ enum class TraceType : std::uint8_t
   Pixels,  ///< pixels, of which length and checksum are recorded
   Pot,     ///< a property of a potentiometer, whose type another argument says
   Pointer, ///< whether it is null
+  Object,  ///< a pointer of which a number is recorded, so that it can be told from others
   Status,  ///< a code of the feature library (of a result)
   Code,    ///< a result code (of a result)
   Void,    ///< nothing (of a result)
@@ -45,8 +46,8 @@ struct TTraceArgument
 
 /// Parsed from a text: the result, then "name:type" of each argument, with spaces between. Types are i32, u8, f64 and
 /// so on; text and wtext; pointer, words, pixels, pot, wstring. A star in front marks an output, and [ARGUMENT] or
-/// [ARGUMENT*2] behind it the argument that has the length. "unused" stands for a function that does nothing but return a
-/// code. Reentrant.
+/// [ARGUMENT*2] behind it the argument that has the length. "unused" as the result stands for a function that does nothing
+/// but return a code, and whose arguments are those of the first registers, if there are any. Reentrant.
 class TTraceSignature final
 {
 public:

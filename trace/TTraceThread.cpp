@@ -7,6 +7,7 @@
 #include "trace/TTraceRecorder.h"
 #include "utility/TCallerState.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <sys/syscall.h>
@@ -134,6 +135,21 @@ bool TTraceThread::NextChunk() noexcept
   }
 }
 
+void TTraceThread::WritePixels(std::uint32_t image, const std::byte* pixels, std::uint64_t bytes) noexcept
+{
+  for (std::uint64_t offset = 0; offset < bytes; offset += TraceFormat::kMaxPixelPartBytes) {
+    std::byte* const begin = BeginRecord();
+    if (!begin) return;
+    const TraceFormat::TPixelPart part = {
+        image,
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(bytes - offset, TraceFormat::kMaxPixelPartBytes)),
+        offset};
+    std::memcpy(begin, &part, sizeof part);
+    std::memcpy(begin + sizeof part, pixels + offset, part.bytes);
+    FinishRecord(Kind::Pixels, 0, Trace::Ticks(), begin + sizeof part + part.bytes);
+  }
+}
+
 void TTraceThread::End() noexcept
 {
   hasEnded_ = true;
@@ -164,6 +180,8 @@ void Trace::NoteCopiedPixels(const void* pixels, std::uint64_t bytes) noexcept
   noted->bytes += bytes;
   ++noted->images;
   if (!TTraceRecorder::Instance()->Settings().hashesPixels) return;
+  if (TTraceRecorder::Instance()->Settings().storesPixels)
+    TTraceThread::Current().WritePixels(noted->images, static_cast<const std::byte*>(pixels), bytes);
   const std::uint64_t checksum = Checksum(pixels, bytes);
   const std::uint64_t both[] = {noted->checksum, checksum};
   noted->checksum = noted->images == 1 ? checksum : Checksum(both, sizeof both);

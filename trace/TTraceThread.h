@@ -34,6 +34,10 @@ public:
   TraceFormat::TPixels* Pixels() const noexcept { return pixels_; }
   void SetPixels(TraceFormat::TPixels* pixels) noexcept { pixels_ = pixels; }
 
+  /// Records an image that the innermost call has copied.
+  /// @param image  its number among those of the call, from 1
+  void WritePixels(std::uint32_t image, const std::byte* pixels, std::uint64_t bytes) noexcept;
+
   /// Leaves the chunk to others: the thread ends.
   void End() noexcept;
   /// The chunk belongs to another process.

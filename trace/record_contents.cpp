@@ -5,6 +5,7 @@
 #include "vxmcd_result_codes.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 
@@ -150,6 +151,8 @@ void PutInput(TRecordContents& contents, const TTraceArgument& argument, std::ui
 {
   if (argument.type == TraceType::Number && !argument.isOutput) {
     contents.PutNumber(argument, value);
+  } else if (argument.type == TraceType::Object) {
+    contents.Put(NumberOfObject(PointerOf<const void>(value)));
   } else if (argument.isOutput || argument.type != TraceType::Text) {
     contents.PutByte(value != 0); // an array is read when the call has taken it: its length may be wrong
   } else if (value == 0) {
@@ -216,6 +219,19 @@ void PutOutput(TRecordContents& contents, const TTraceArgument& argument, const 
 
 } // namespace
 
+std::uint32_t NumberOfObject(const void* object) noexcept
+{
+  constexpr std::uint32_t kMaxObjects = 256;
+  static std::atomic<const void*> objects[kMaxObjects];
+  if (!object) return 0;
+  for (std::uint32_t index = 0; index < kMaxObjects; ++index) {
+    const void* known = objects[index].load(std::memory_order_relaxed);
+    if (!known && objects[index].compare_exchange_strong(known, object, std::memory_order_relaxed)) known = object;
+    if (known == object) return index + 1;
+  }
+  return kMaxObjects + 1;
+}
+
 std::byte* WriteInputs(std::byte* begin, const TTraceSignature& signature, const std::uint64_t* values,
                        const std::string& home)
 {
@@ -233,6 +249,8 @@ std::byte* WriteOutputs(std::byte* begin, const TTraceSignature& signature, cons
     contents.PutText(PointerOf<const char>(result), kMaxTextBytes, home);
   else if (kind.type == TraceType::Pointer)
     contents.PutByte(result != 0);
+  else if (kind.type == TraceType::Object)
+    contents.Put(NumberOfObject(PointerOf<const void>(result)));
   else if (kind.type != TraceType::Void)
     contents.PutNumber(kind, result);
   // The functions of the feature library, and those of potentiometers, have 0 for success; others return a length.

@@ -32,6 +32,10 @@ inline bool IsWithinHome(std::string_view path, std::string_view home)
   return !home.empty() && path.starts_with(home) && (path.size() == home.size() || path[home.size()] == '/');
 }
 
+/// The number of an object by its address: 1, 2 and so on in the order in which they appear in this process; 0 for null. Those
+/// above 256 have the same one. Thread-safe; takes no lock.
+std::uint32_t NumberOfObject(const void* object) noexcept;
+
 /// Writes what is recorded when a call begins, of arguments as TraceValue() makes them, into a room of kMaxRecordBytes.
 /// @param home  the directory that is "~" in texts; "" for none
 /// @return the end of what was written

@@ -49,6 +49,7 @@ enum class Kind : std::uint8_t
   Frames = 4,  ///< calls for frames that have no records: TFrameCounts
   Dropped = 5, ///< a uint64: calls before this record that could not be recorded
   Thread = 6,  ///< a uint64: the system's number of the thread that the records from here on are of
+  Pixels = 7,  ///< of the call that is under way: TPixelPart, and so many bytes of an image behind it
 };
 
 /// The beginning of a record; multiples of 8 bytes. Its size is stored last, so that what a reader sees is whole.
@@ -87,5 +88,14 @@ struct TPixels
   std::uint32_t images;
   std::uint32_t reserved;
 };
+
+/// A part of an image that a call wrote to the caller's array.
+struct TPixelPart
+{
+  std::uint32_t image;  ///< of those of this call, from 1
+  std::uint32_t bytes;  ///< of the part
+  std::uint64_t offset; ///< of the part in the image
+};
+constexpr std::size_t kMaxPixelPartBytes = 1984;
 
 } // namespace TraceFormat

@@ -8,7 +8,7 @@ NUMBERS = {
     "unsigned char": "u8", "unsigned short": "u16", "int": "i32", "unsigned int": "u32", "long": "i64",
     "unsigned long": "u64", "long long": "i64", "unsigned long long": "u64", "float": "f32", "double": "f64",
 }
-RESULTS = {"unsigned int": "u32", "int": "status", "const char*": "text", "struct TCamera*": "pointer", "void": "void"}
+RESULTS = {"unsigned int": "u32", "int": "status", "const char*": "text", "struct TCamera*": "object", "void": "void"}
 # Arguments whose type does not say what they are: texts and arrays, with the argument that has their length.
 SPECIAL = {
     ("Initialize", "directory"): "pointer",  # which the function does not read
@@ -26,6 +26,8 @@ SPECIAL = {
     ("vxsys_CameraPotsGetGroupName", "name"): "*text",
     ("vxsys_CameraPotsGetPotInfo", "out"): "*pot[infoType]",
     ("vxsys_CameraPotsRegisterObserver", "callback"): "pointer",
+    ("vxsys_CameraPotsRegisterObserver", "context"): "object",
+    ("vxsys_CameraPotsUnregisterObserver", "context"): "object",
     ("GetCapabilities", "capabilities"): "*words",
     ("VX_QueueBuffer", "buffer"): "pointer",
     ("VX_WaitBuffer", "buffer"): "*pointer",

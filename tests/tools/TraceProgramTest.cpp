@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The commands for call traces, with a trace of the program itself.
+#include "runs/checksum.h"
 #include "tests/tools/ProgramRunner.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -184,6 +186,28 @@ TEST_F(ToolTrace, MakesTheCallsAgain)
   EXPECT_GT(
       json::parse(Run({"trace", "replay", "--json", "--config", other, Path("n.vxtr")}).output)["differences"], 0);
   EXPECT_EQ(Run({"trace", "replay", other}).exitCode, 6);
+}
+
+TEST_F(ToolTrace, HasImagesAndRegistersOnRequest)
+{
+  Configure("[Simulator]\nCameras = 1\n[Camera0]\nModel = RQ512_LX\nScene = counter\n");
+  Run({"trace", "record", "-o", Path("s.vxtr"), "--store-pixels", "--registers", VXTOOL_TRACED_PROGRAM, "image"});
+  const json get = Calls("s.vxtr", {"--function", "GetAcquiredData16"}).front();
+  EXPECT_EQ(Run({"trace", "images", Path("s.vxtr"), Path("images")}).exitCode, 0);
+  const std::string image = TextOf(Path("images/000001-GetAcquiredData16.raw"));
+  char checksum[32];
+  std::snprintf(checksum, sizeof checksum, "%016llx",
+                static_cast<unsigned long long>(Checksum(image.data(), image.size())));
+  EXPECT_EQ(get["arguments"]["array"]["checksum"], checksum);
+
+  const json unused = Calls("s.vxtr", {"--function", "SetShutter"}).front();
+  EXPECT_EQ(unused["arguments"], (json{{"first", 11}, {"second", 12}, {"third", 13}, {"fourth", 14}}));
+  std::vector<std::string> contexts;
+  for (const json& call : Calls("s.vxtr", {"--function", "*Observer"}))
+    contexts.push_back(call["arguments"]["context"]);
+  EXPECT_THAT(contexts, ::testing::ElementsAre("object 1", "object 2", "object 1"));
+  EXPECT_THAT(Run({"trace", "replay", Path("s.vxtr")}).output,
+              ::testing::StartsWith("no difference in " + std::to_string(Calls("s.vxtr", {"--api"}).size())));
 }
 
 TEST_F(ToolTrace, CallsBackAsTheProgramDid)

@@ -80,6 +80,30 @@ void ThrowThroughACall(const char* potFile)
   }
 }
 
+unsigned int Ignore(void* /*context*/)
+{
+  return 0;
+}
+
+void TakeAnImage()
+{
+  int contexts[2] = {};
+  Initialize(nullptr);
+  vxsys_CameraPotsRegisterObserver(Ignore, &contexts[0]);
+  vxsys_CameraPotsRegisterObserver(Ignore, &contexts[1]);
+  vxsys_CameraPotsUnregisterObserver(&contexts[0]);
+  SetShutter(11, 12, 13, 14);
+  SetReadMode(4);
+  SetImage(1, 1, 1, 100, 1, 80);
+  SetAcquisitionMode(1);
+  SetExposureTime(0.001F);
+  StartAcquisition();
+  WaitForAcquisition();
+  std::vector<unsigned short> image(std::size_t{100} * 80);
+  GetAcquiredData16(image.data(), image.size());
+  ShutDown();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -105,6 +129,7 @@ int main(int argc, char** argv)
       {"fork", [=] { CallInFork(); }},
       {"signals", [=] { CallUnderSignals(); }},
       {"throw", [=] { ThrowThroughACall(last); }},
+      {"image", [] { TakeAnImage(); }},
       {"home", [=] { SetSpool(1, 3, argv[2]); }},
   };
   const auto found = ways.find(way);

@@ -74,6 +74,22 @@ TReplayFunction Made(const char* signature)
           Caller::kTargetBytes};
 }
 
+// They ignore their arguments, or write to what these point to, and so can be called with any.
+#define FIXED_RESULT(name, code, reason)                                                                          \
+  extern "C" unsigned int Fixed##name(std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t) __asm__(#name);
+#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason) FIXED_RESULT(name, code, reason)
+#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason) FIXED_RESULT(symbol, code, reason)
+#define FIXED_VALUE(name, parameters, outputs, type, value, code, reason) FIXED_RESULT(name, code, reason)
+#include "api/fixed_results.def"
+
+template <auto function>
+TReplayFunction MadeFixed(bool writesFixedValue)
+{
+  TReplayFunction made = Made<function>("unused first:u64 second:u64 third:u64 fourth:u64");
+  made.writesFixedValue = writesFixedValue;
+  return made;
+}
+
 std::map<std::string, TReplayFunction> MadeFunctions()
 {
   std::map<std::string, TReplayFunction> functions;
@@ -83,6 +99,13 @@ std::map<std::string, TReplayFunction> MadeFunctions()
 #define ENTRY_FUNCTION_DECORATED ENTRY_FUNCTION
 #define OUTSIDE_FUNCTION(name, signature) functions[#name] = Made<&::name>(signature);
 #include "api/entry_points.def"
+#define FIXED_RESULT(name, code, reason) functions[#name] = MadeFixed<Fixed##name>(false);
+#define FIXED_RESULT_TYPED(name, arguments, symbol, code, reason) FIXED_RESULT(name, code, reason)
+#define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason)                                            \
+  functions[#name "Decorated"] = MadeFixed<Fixed##symbol>(false);
+#define FIXED_VALUE(name, parameters, outputs, type, value, code, reason)                                         \
+  functions[#name] = MadeFixed<Fixed##name>(true);
+#include "api/fixed_results.def"
   return functions;
 }
 

@@ -17,9 +17,11 @@ struct TReplayFunction
   /// Calls it with arguments as TraceValue() makes them, and returns its result as that does; 0 for none.
   std::uint64_t (*call)(const std::uint64_t* values) = nullptr;
   const std::size_t* targetBytes = nullptr; ///< of each argument: the size of what it points to; 0 for a number
+  bool writesFixedValue = false;            ///< to what its arguments point to; of one that only returns a code
 };
 
-/// Null for a name that the library does not have, and for a function that does nothing but return a code. Thread-safe.
+/// Null for a name that the library does not have. Of a function that does nothing but return a code the arguments are its
+/// first four integer registers. Thread-safe.
 const TReplayFunction* FindReplayFunction(const std::string& name);
 
 } // namespace vxtool

@@ -180,7 +180,8 @@ void TReplay::MakeStep(std::size_t index, TReplayRoom& room)
 
 const char* TReplay::WhySkipped(const TTraceCall& call, const TReplayFunction* function) const
 {
-  if (call.function->signature.IsUnused()) return "they only return a code, and their arguments are not known";
+  if (call.function->signature.IsUnused() && call.function->signature.Arguments().empty())
+    return "they only return a code, and their arguments are not in the trace";
   if (!function) return "this library does not have them";
   if (function->signature != call.function->signature) return "they have other arguments in this library";
   if (!call.HasBegin()) return "their beginning is not in the trace";
@@ -270,7 +271,11 @@ void TReplay::Compare(std::size_t index, const TTraceCall& replayed)
 bool TReplay::HasSameOutputs(const TTraceCall& recorded, const TTraceCall& replayed)
 {
   const TTraceSignature& signature = recorded.function->signature;
-  if (recorded.Result() != replayed.Result()) return false;
+  const TTraceValue result = recorded.Result();
+  if (result.kind == TTraceValue::Kind::Object
+          ? !objects_.Matches("object", result.whole, replayed.Result().whole, true)
+          : result != replayed.Result())
+    return false;
   const auto before = recorded.Values();
   const auto now = replayed.Values();
   for (std::size_t i = 0; i < now.size(); ++i) {

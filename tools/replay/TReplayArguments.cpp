@@ -74,6 +74,8 @@ std::uint64_t TReplayArguments::ValueOf(std::size_t index)
     return Words(index);
   case TraceType::Pixels:
     return Pixels(index);
+  case TraceType::Object:
+    return AddressOf(context_.objects.Context(recorded_[index].whole));
   case TraceType::Pointer:
     return Pointer(index);
   default:
@@ -104,9 +106,10 @@ std::size_t TReplayArguments::LengthOf(const TTraceArgument& argument) const
   return static_cast<std::size_t>(std::clamp<std::int64_t>(length, 0, kMaxBytes)) * argument.factor;
 }
 
-std::uint64_t TReplayArguments::NumberOf(std::size_t index) const
+std::uint64_t TReplayArguments::NumberOf(std::size_t index)
 {
   const TTraceValue& value = recorded_[index];
+  if (function_.writesFixedValue) return value.whole == 0 ? 0 : AddressOf(Memory(sizeof(std::uint64_t)));
   if (value.kind == Kind::Real) return std::bit_cast<std::uint64_t>(value.real);
   if (arguments_[index].name != "handle") return static_cast<std::uint64_t>(value.whole);
   return static_cast<std::uint64_t>(context_.objects.Replayed(TReplayObjects::kCamera, value.whole));
@@ -177,9 +180,7 @@ std::uint64_t TReplayArguments::Pixels(std::size_t index)
 
 std::uint64_t TReplayArguments::Pointer(std::size_t index)
 {
-  const std::string& name = arguments_[index].name;
-  if (name == "callback") return reinterpret_cast<std::uintptr_t>(context_.observer);
-  if (name == "context") return AddressOf(context_.objects.Context(recorded_[index].whole));
+  if (arguments_[index].name == "callback") return reinterpret_cast<std::uintptr_t>(context_.observer);
   return AddressOf(Memory(1)); // an empty text: what it is is not recorded, since the function does not read it
 }
 

@@ -54,7 +54,7 @@ public:
 
 private:
   std::uint64_t ValueOf(std::size_t index);
-  std::uint64_t NumberOf(std::size_t index) const;
+  std::uint64_t NumberOf(std::size_t index);
   std::uint64_t InputText(std::size_t index);
   std::uint64_t InputArray(std::size_t index);
   std::uint64_t OutputNumber(std::size_t index);
