@@ -5,6 +5,7 @@
 #include "vxmcd_result_codes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 #include <system_error>
 
@@ -24,6 +25,8 @@ constexpr std::uint32_t kTimingCodes[] = {RC_SUCCESS, RC_NO_NEW_DATA, RC_IDLE, R
 
 TReplayOrder::Clock::duration Seconds(double seconds)
 {
+  constexpr double kMaxSeconds = 1e9; // a damaged trace may say anything
+  if (!(std::abs(seconds) < kMaxSeconds)) seconds = seconds < 0.0 ? -kMaxSeconds : kMaxSeconds;
   return duration_cast<TReplayOrder::Clock::duration>(std::chrono::duration<double>(seconds));
 }
 
@@ -152,7 +155,8 @@ bool TReplay::AwaitTurn(const TReplayStep& step)
     event = found->second;
   }
   const double after = step.call->beginSeconds - plan_.Steps()[step.event].call->endSeconds;
-  return order_.AwaitTime(event + Seconds(after));
+  // A longer pause is the program's own.
+  return order_.AwaitTime(std::min(event + Seconds(after), Clock::now() + Seconds(settings_.timeoutSeconds)));
 }
 
 void TReplay::MakeStep(std::size_t index, TReplayRoom& room)
