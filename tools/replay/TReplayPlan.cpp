@@ -53,31 +53,26 @@ TReplayPlan::TReplayPlan(const TTraceFile& file)
 
 void TReplayPlan::RankEnds()
 {
+  // In a damaged trace calls end before they begin; then they would have to wait for one another.
+  const auto endOf = [this](std::size_t index) {
+    return std::max(steps_[index].call->endSeconds, steps_[index].call->beginSeconds);
+  };
   std::vector<std::size_t> ended;
   for (const auto& thread : threads_)
     for (const std::size_t index : thread)
       if (steps_[index].call->state == CallState::Ended || steps_[index].call->state == CallState::Thrown)
         ended.push_back(index);
-  std::sort(ended.begin(), ended.end(), [this](std::size_t a, std::size_t b) {
-    return steps_[a].call->endSeconds < steps_[b].call->endSeconds;
-  });
+  std::stable_sort(ended.begin(), ended.end(), [&](std::size_t a, std::size_t b) { return endOf(a) < endOf(b); });
   std::vector<double> ends;
   for (const std::size_t index : ended) {
     steps_[index].endRank = ends.size();
-    ends.push_back(steps_[index].call->endSeconds);
+    ends.push_back(endOf(index));
   }
-  for (const auto& thread : threads_) {
-    // The clock of the records may be too coarse to tell a call from the next one of its thread.
-    std::size_t afterEarlier = 0;
+  for (const auto& thread : threads_)
     for (const std::size_t index : thread) {
-      TReplayStep& step = steps_[index];
-      const auto before = std::lower_bound(ends.begin(), ends.end(), step.call->beginSeconds) - ends.begin();
-      step.endedBefore = static_cast<std::size_t>(before);
-      if (step.endRank != TReplayStep::kNone) step.endedBefore = std::min(step.endedBefore, step.endRank);
-      step.endedBefore = std::max(step.endedBefore, afterEarlier);
-      if (step.endRank != TReplayStep::kNone) afterEarlier = step.endRank + 1;
+      const auto before = std::lower_bound(ends.begin(), ends.end(), steps_[index].call->beginSeconds);
+      steps_[index].endedBefore = static_cast<std::size_t>(before - ends.begin());
     }
-  }
 }
 
 // A run goes on until it is aborted, or the program knows that it is over.
