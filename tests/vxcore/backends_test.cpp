@@ -48,6 +48,12 @@ public:
 class TPlainDevice final : public IDevice
 {
 public:
+  inline static std::function<void()> onEnd; ///< called when a device is destroyed
+
+  ~TPlainDevice() override
+  {
+    if (onEnd) onEnd();
+  }
   int CheckPresent() override { return VX_SUCCESS; }
   IFeature* Find(std::wstring_view name) override
   {
@@ -196,6 +202,23 @@ TEST_F(Backends, AnOpeningThatTakesLongDelaysOnlyItsDeviceAndTheEndOfTheLibrary)
   TPlainBackend::onOpen = nullptr;
   EXPECT_EQ(slowCode, VX_SUCCESS);
   EXPECT_EQ(VXSIM_GetOpenCount(), 0) << "the end of the library closes what was being opened";
+}
+
+TEST_F(Backends, AResetWaitsForADeviceThatIsBeingClosed)
+{
+  Configure("[Plain]\nDevice = a\n[Backends]\nSimulator = off\n");
+  int handle = 0;
+  ASSERT_EQ(VX_Open(0, &handle), VX_SUCCESS);
+  std::atomic<bool> isReset{false};
+  std::thread reset;
+  TPlainDevice::onEnd = [&] {
+    reset = std::thread([&] { VXSIM_Reset(), isReset = true; });
+    for (int turn = 0; turn < 20 && !isReset; ++turn) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_FALSE(isReset) << "the device's backend is gone";
+  };
+  EXPECT_EQ(VX_Close(handle), VX_SUCCESS);
+  reset.join();
+  TPlainDevice::onEnd = nullptr;
 }
 
 TEST_F(Backends, FramesOfAnyDeviceTakeTheFaultsOfThePlan)

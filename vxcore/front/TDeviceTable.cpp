@@ -144,7 +144,10 @@ int TDeviceTable::Open(int index, int& handle)
 int TDeviceTable::Close(int handle)
 {
   const int index = DeviceOfHandle(handle);
-  return index < 0 ? NoSuchHandle() : CloseSlot(slots_[static_cast<size_t>(index)], handle);
+  if (index < 0) return NoSuchHandle();
+  TSlot& slot = slots_[static_cast<size_t>(index)];
+  const std::lock_guard closing(slot.openingMutex);
+  return CloseSlot(slot, handle);
 }
 
 int TDeviceTable::Flush(int handle)
@@ -226,10 +229,9 @@ int TDeviceTable::FindDevice(int device, std::shared_ptr<TBackendTable>& backend
   return VX_SUCCESS;
 }
 
-/// Closes the device of a slot if it has this handle.
+/// Closes the device of a slot if it has this handle. Called with the slot's opening locked.
 int TDeviceTable::CloseSlot(TSlot& slot, int handle)
 {
-  const std::lock_guard closing(slot.openingMutex);
   std::unique_ptr<IDevice> device;
   int code = VX_SUCCESS;
   {
@@ -245,11 +247,12 @@ int TDeviceTable::CloseSlot(TSlot& slot, int handle)
 }
 
 /// Called with the table locked, so that no opening begins. One under way either has its device closed here or sees that
-/// all were closed.
+/// all were closed. A closing under way is waited for: its device may need the backend, which a reset destroys next.
 void TDeviceTable::CloseAll()
 {
   ++closings_;
   for (TSlot& slot : slots_) {
+    const std::lock_guard closing(slot.openingMutex);
     int handle = VX_HANDLE_NONE;
     {
       const std::lock_guard lock(slot.mutex);

@@ -112,8 +112,7 @@ private:
 
   std::array<TSlot, kMaxDevices> slots_;
   std::atomic<int> initialiseCount_{0};
-  std::atomic<unsigned int> closings_{
-      0}; ///< how often all devices were closed: an opening that was on its way then fails
+  std::atomic<unsigned int> closings_{0}; ///< of all devices at once: openings that began before one fail
 
   std::mutex mutex_; // guards what follows
   std::optional<std::string> configurationText_;
