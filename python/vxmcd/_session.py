@@ -5,8 +5,9 @@ Calls for one camera take turns. A run that is started in this way belongs to it
 from __future__ import annotations
 
 import ctypes
+import os
 import threading
-from contextlib import contextmanager
+from contextlib import contextmanager, suppress
 from typing import Callable, Iterator
 
 import numpy as np
@@ -76,16 +77,19 @@ class Session:
             self._register()
             try:
                 self._call("Initialize", None)
-            except BaseException as error:
+                self._is_in_library = self.is_open = True
+            except VxmcdError as error:
                 del self._open[self.handle]
-                if not isinstance(error, VxmcdError):
-                    raise
                 count = camera_count()
                 if 0 <= self.index < count:
                     raise
                 detail = f"there is no camera {index}: {_which_are_attached(count)}"
                 raise NoCameraError(error.function, error.code, detail) from None
-            self._is_in_library = self.is_open = True
+            except BaseException:  # such as Ctrl-C, which is noticed when the camera has been opened
+                self._is_in_library = True
+                with suppress(VxmcdError):
+                    self._shut_down()
+                raise
 
     def _register(self):
         while True:
@@ -179,12 +183,20 @@ class Session:
         for session in list(cls._open.values()):
             session.close()
 
+    @classmethod
+    def forget_all(cls) -> None:
+        """In a forked child the library has no camera, and a thread that does not exist there may have had the turn."""
+        for session in cls._open.values():
+            session.is_open = session._is_in_library = False
+            session._lock = threading.RLock()
+        cls._open.clear()
+
     def _shut_down(self):
         with self.turn():
             if not self._is_in_library:
                 return
-            self.is_open = self._is_in_library = False
             try:
+                self.is_open = self._is_in_library = False
                 self._call("ShutDown")
             finally:
                 self._is_acquiring = False
@@ -208,6 +220,9 @@ class Session:
         if code != raw.RC_SUCCESS and code not in also:
             raise VxmcdError(name, code)
         return code
+
+
+os.register_at_fork(after_in_child=Session.forget_all)
 
 
 def open_by_serial(serial: int) -> Session:

@@ -2,6 +2,8 @@
 """Several cameras that acquire at the same time. They differ in what their frames contain, not in their sizes, so that a frame of
 another camera would go unnoticed by everything else."""
 import ctypes
+import os
+import signal
 import struct
 import threading
 from concurrent.futures import ThreadPoolExecutor
@@ -166,6 +168,48 @@ def test_calls_for_other_cameras_do_not_wait_for_a_long_one(simulator, monkeypat
         assert opening.result().snap().shape == (8, 16)
         with pytest.raises(CameraStateError, match="open already"):
             again.result()
+
+
+def test_an_opening_that_ctrl_c_ends_leaves_no_open_camera(simulator, monkeypatch):
+    initialize = raw.Initialize
+
+    def initialize_and_interrupt(directory):
+        assert initialize(directory) == raw.RC_SUCCESS and simulator.open_cameras() == 1
+        raise KeyboardInterrupt
+
+    monkeypatch.setattr(raw, "Initialize", initialize_and_interrupt)
+    with pytest.raises(KeyboardInterrupt):
+        vxmcd.Camera(0)
+    assert simulator.open_cameras() == 0
+    monkeypatch.undo()
+    assert vxmcd.Camera(0).is_open
+
+
+def test_a_forked_child_has_no_camera_and_does_not_wait_for_a_thread_of_its_parent(simulator):
+    camera, = cameras_of(simulator, 1)
+    is_inside, may_leave = threading.Event(), threading.Event()
+
+    def use():
+        with camera._session.turn():
+            is_inside.set()
+            assert may_leave.wait(60)
+
+    with ThreadPoolExecutor() as threads:
+        using = threads.submit(use)
+        assert is_inside.wait(60)
+        child = os.fork()
+        if child == 0:
+            signal.alarm(20)
+            try:
+                camera.snap()
+            except CameraStateError:
+                camera.close()
+                os._exit(7)
+            os._exit(1)
+        may_leave.set()
+        using.result()
+    assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 7
+    assert camera.snap().shape == (8, 16)
 
 
 def test_recordings_of_one_camera_in_two_threads_leave_each_other_alone(simulator, tmp_path, monkeypatch):
