@@ -4,8 +4,8 @@
 
 /// Which camera the calls of one run address: the one that is current at the moment of each call, or, with independent
 /// cameras, the one that started the run. That choice is a setting of the process, which is read when the object is made
-/// and does not change while one exists; a run that is started by a thread with its own camera is always independent. Made by each start; shared by the start and its run, and gone before the run is
-/// reported as ended. Thread-safe.
+/// and does not change while one exists; a run that a thread with its own camera starts is always independent. Made by each
+/// start; shared by the start and its run, and gone before the run is reported as ended. Thread-safe.
 class TRunCamera final
 {
 public:

@@ -14,8 +14,8 @@
 namespace vxtool {
 
 /// A TAcquireCommand for each camera. They are opened at the same time and set up one after the other; when one cannot be,
-/// none takes images. Otherwise each has a thread: these start their runs together when all are cool and have their files open, and then
-/// neither waits for the other nor ends because the other fails. Run() is for one use.
+/// none takes images. Otherwise each has a thread: these start their runs together when all are cool and have their files
+/// open, and then neither waits for the other nor ends because the other fails. Run() is for one use.
 class TAcquireSeveral final
 {
 public:
