@@ -6,6 +6,7 @@ from __future__ import annotations
 
 import ctypes
 import os
+import sys
 import threading
 from contextlib import contextmanager, suppress
 from typing import Callable, Iterator
@@ -34,7 +35,7 @@ _thread = _Thread()
 def after_turn(action: Callable[[], None]) -> None:
     """Does something that takes the turn of a camera: at once or, in the middle of a turn, at its end. There a signal
     handler or the garbage collector is running, and a thread that has the turn of the one camera may wait for that of the
-    other."""
+    other. An error at the end goes to standard error: the call that has been made may be for another camera."""
     if _thread.is_in_turn:
         _thread.at_end.append(action)
     else:
@@ -116,7 +117,10 @@ class Session:
         finally:
             _thread.is_in_turn = is_inner
             while _thread.at_end and not is_inner:
-                _thread.at_end.pop(0)()
+                try:
+                    _thread.at_end.pop(0)()
+                except Exception:
+                    sys.excepthook(*sys.exc_info())
 
     def call(self, name: str, *arguments, also=()) -> int:
         """Calls a function for this camera. Returns its code, which is success or one of `also`."""

@@ -124,22 +124,26 @@ def test_other_code_keeps_its_current_camera_and_its_run(simulator):
     assert raw.ShutDown() == raw.RC_SUCCESS
 
 
-def test_a_call_within_a_call_leaves_the_outer_one_its_camera(simulator, monkeypatch):
-    camera, other = cameras_of(simulator, 2)
+def test_a_call_within_a_call_leaves_the_outer_one_its_camera(simulator, monkeypatch, capsys):
+    camera, other, lost = cameras_of(simulator, 3)
     camera.exposure, other.exposure = 0.25, 0.5
     choose = raw.vxmcd_SetCurrentCameraOfThread
+    forgotten = [lost.stream()]
 
     def choose_and_use_other(handle, earlier):  # as a signal handler may, and the garbage collector when it closes a stream
         monkeypatch.undo()
         code = choose(handle, earlier)
         assert other.exposure == 0.5
+        simulator.fault("call VX_Command feature AcquisitionStop device 2 any rc 13")
+        forgotten.clear()
         other.close()
-        assert not other.is_open and simulator.open_cameras() == 2
+        assert not other.is_open and simulator.open_cameras() == 3
         return code
 
     monkeypatch.setattr(raw, "vxmcd_SetCurrentCameraOfThread", choose_and_use_other)
     assert camera.exposure == 0.25
-    assert simulator.open_cameras() == 1
+    assert "AbortAcquisition: 20013" in capsys.readouterr().err, "an error of the lost camera"
+    assert simulator.open_cameras() == 2
     earlier = ctypes.c_long(77)
     assert choose(0, ctypes.byref(earlier)) == raw.RC_SUCCESS and earlier.value == 0
 
