@@ -265,9 +265,11 @@ std::vector<TTraceValue> TTraceCall::Values() const
   for (const TTraceArgument& argument : function->signature.Arguments()) {
     if (argument.IsAtEnd()) {
       TTraceValue value = TakeOutput(end, argument);
-      // Longer outputs of a call that failed are not recorded, though there was a place for them.
-      const bool isKnown =
-          value.kind != Kind::Missing && !(value.kind == Kind::Null && values[index].kind == Kind::Set);
+      // Longer outputs of a call that failed are not recorded, though there was a place for them; into a null array
+      // nothing was copied.
+      const bool isKnown = value.kind != Kind::Missing &&
+                           !(value.kind == Kind::Null && values[index].kind == Kind::Set) &&
+                           !(value.kind == Kind::Pixels && values[index].kind == Kind::Null);
       if (isKnown && end.IsValid()) values[index] = std::move(value);
     }
     ++index;

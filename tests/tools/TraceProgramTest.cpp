@@ -210,6 +210,16 @@ TEST_F(ToolTrace, HasImagesAndRegistersOnRequest)
               ::testing::StartsWith("no difference in " + std::to_string(Calls("s.vxtr", {"--api"}).size())));
 }
 
+TEST_F(ToolTrace, ReplayMayTakeImagesEarlier)
+{
+  Configure(kSteadyCamera);
+  Run({"trace", "record", "-o", Path("e.vxtr"), VXTOOL_TRACED_PROGRAM, "series"});
+  const std::string faster = directory_.File(kSmallCamera, "faster.ini");
+  const json report = json::parse(Run({"trace", "replay", "--json", "--config", faster, Path("e.vxtr")}).output);
+  EXPECT_EQ(report["first_difference"], nullptr) << report;
+  EXPECT_EQ(report["timing"], 2) << report;
+}
+
 TEST_F(ToolTrace, CallsBackAsTheProgramDid)
 {
   Configure(kSmallCamera);

@@ -104,6 +104,29 @@ void TakeAnImage()
   ShutDown();
 }
 
+// Asks again for the next image, before it is there; a null array is refused.
+void TakeASeries()
+{
+  constexpr int kImages = 2;
+  Initialize(nullptr);
+  GetOldestImage16(nullptr, 0);
+  SetReadMode(4);
+  SetImage(1, 1, 1, 100, 1, 80);
+  SetAcquisitionMode(3);
+  SetNumberKinetics(kImages);
+  SetExposureTime(0.001F);
+  SetKineticCycleTime(0.3F);
+  StartAcquisition();
+  std::vector<unsigned short> image(std::size_t{100} * 80);
+  for (int taken = 0; taken < kImages; ++taken) {
+    WaitForAcquisition();
+    usleep(20'000);
+    GetOldestImage16(image.data(), image.size());
+    GetOldestImage16(image.data(), image.size());
+  }
+  ShutDown();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -119,6 +142,7 @@ int main(int argc, char** argv)
        }},
       {"abort", [=] { Call(number), std::abort(); }},
       {"_exit", [=] { Call(number), _exit(0); }},
+      {"series", [=] { TakeASeries(); }},
       {"calls", [=] { Call(number); }},
       {"forever",
        [=] {

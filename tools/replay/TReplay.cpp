@@ -2,6 +2,7 @@
 // Makes the calls of a trace again.
 #include "tools/replay/TReplay.h"
 
+#include "tools/TInterrupt.h"
 #include "vxmcd_result_codes.h"
 
 #include <algorithm>
@@ -59,6 +60,12 @@ bool MakesHandle(const std::string& function)
   return IsOneOf(function, {"GetCameraHandle", "GetSDK3Handle", "TriggerBoard_GetTriggerHandle"});
 }
 
+// Those that give each image once.
+bool TakesNextImage(const std::string& function)
+{
+  return function.starts_with("GetOldestImage");
+}
+
 // Handles of cameras are passed to other functions; the others belong to the feature library or the trigger board.
 std::string HandleKind(const TTraceFunction& function, const TTraceArgument& argument)
 {
@@ -102,8 +109,14 @@ bool TReplay::Run()
   begin_ = Clock::now();
   starter_ = std::thread([this] { StartThreads(); });
   std::unique_lock lock(mutex_);
-  while (!ended_.wait_for(lock, kWatchPeriod, [this] { return hasEnded_; }))
+  while (!ended_.wait_for(lock, kWatchPeriod, [this] { return hasEnded_; })) {
+    if (TInterrupt::Happened()) {
+      report_.Remark("interrupted: not all calls were made");
+      order_.Stop();
+      return false;
+    }
     if (HasHung()) return false;
+  }
   return true;
 }
 
@@ -238,7 +251,7 @@ bool TReplay::ShallRepeat(std::size_t index, const TTraceCall& replayed, Clock::
   const TReplayStep& step = plan_.Steps()[index];
   const TTraceCall& recorded = *step.call;
   if (recorded.state != CallState::Ended || replayed.state != CallState::Ended) return false;
-  if (recorded.Code() != RC_SUCCESS) return false;
+  if (recorded.Code() != RC_SUCCESS || HadItsImageBefore(index, replayed)) return false;
   bool isEarly = replayed.Code() == RC_NO_NEW_DATA || replayed.Code() == RC_ACQUIRING;
   if (!isEarly && step.run != TReplayStep::kNone && replayed.Code() == RC_SUCCESS) {
     const auto before = recorded.Values();
@@ -256,6 +269,26 @@ bool TReplay::ShallRepeat(std::size_t index, const TTraceCall& replayed, Clock::
   return false;
 }
 
+// Where the program found no image yet, the replay may find one. It is missing at a later call then.
+void TReplay::NoteEarlyImage(std::size_t index, const TTraceCall& replayed)
+{
+  const TReplayStep& step = plan_.Steps()[index];
+  if (!TakesNextImage(step.call->function->name) || replayed.state != CallState::Ended) return;
+  const std::lock_guard lock(mutex_);
+  if (step.call->Code() == RC_NO_NEW_DATA && replayed.Code() == RC_SUCCESS) ++earlyImages_[step.series];
+  if (step.call->Code() == RC_SUCCESS && replayed.Code() == RC_NO_NEW_DATA && earlyImages_[step.series] > 0)
+    --earlyImages_[step.series];
+}
+
+bool TReplay::HadItsImageBefore(std::size_t index, const TTraceCall& replayed)
+{
+  const TReplayStep& step = plan_.Steps()[index];
+  if (!TakesNextImage(step.call->function->name) || replayed.Code() != RC_NO_NEW_DATA) return false;
+  const std::lock_guard lock(mutex_);
+  const auto early = earlyImages_.find(step.series);
+  return early != earlyImages_.end() && early->second > 0;
+}
+
 void TReplay::Compare(std::size_t index, const TTraceCall& replayed)
 {
   const TTraceCall& recorded = *plan_.Steps()[index].call;
@@ -270,6 +303,7 @@ void TReplay::Compare(std::size_t index, const TTraceCall& replayed)
     report_.NoteTiming(index, replayed);
   else
     report_.NoteDifference(index, replayed);
+  NoteEarlyImage(index, replayed);
 }
 
 bool TReplay::HasSameOutputs(const TTraceCall& recorded, const TTraceCall& replayed)
@@ -295,7 +329,7 @@ bool TReplay::HasSameOutputs(const TTraceCall& recorded, const TTraceCall& repla
   return true;
 }
 
-bool TReplay::IsTiming(std::size_t index, const TTraceCall& replayed) const
+bool TReplay::IsTiming(std::size_t index, const TTraceCall& replayed)
 {
   const TReplayStep& step = plan_.Steps()[index];
   const TTraceCall& recorded = *step.call;
@@ -304,8 +338,8 @@ bool TReplay::IsTiming(std::size_t index, const TTraceCall& replayed) const
   if (!DependsOnRun(recorded.function->name)) return false;
   // An image that the program got and the replay, which has waited for it, did not get is missing. Waits may find that an
   // image has come before.
-  const bool isMissing =
-      recorded.Code() == RC_SUCCESS && replayed.Code() == RC_NO_NEW_DATA && !IsWait(recorded.function->name);
+  const bool isMissing = recorded.Code() == RC_SUCCESS && replayed.Code() == RC_NO_NEW_DATA &&
+                         !IsWait(recorded.function->name) && !HadItsImageBefore(index, replayed);
   if (isMissing || !IsTimingCode(recorded.Code()) || !IsTimingCode(replayed.Code())) return false;
   if (recorded.function->name != "GetStatus") return true;
   return IsTimingCode(static_cast<std::uint32_t>(recorded.Value("status").whole)) &&

@@ -36,7 +36,8 @@ public:
   TReplay(const TReplay&) = delete;
   TReplay& operator=(const TReplay&) = delete;
 
-  /// False when a call has not returned in time: the process must end then, since its thread cannot be ended.
+  /// False when a call has not returned in time, or the user has interrupted the replay: the process must end then, since
+  /// a thread that is inside of a call cannot be ended.
   bool Run();
 
 private:
@@ -57,8 +58,10 @@ private:
                       TReplayRoom& room, std::vector<std::byte>& outputs);
   bool ShallRepeat(std::size_t index, const TTraceCall& replayed, Clock::time_point begin);
   void Compare(std::size_t index, const TTraceCall& replayed);
+  void NoteEarlyImage(std::size_t index, const TTraceCall& replayed);
+  bool HadItsImageBefore(std::size_t index, const TTraceCall& replayed);
   bool HasSameOutputs(const TTraceCall& recorded, const TTraceCall& replayed);
-  bool IsTiming(std::size_t index, const TTraceCall& replayed) const;
+  bool IsTiming(std::size_t index, const TTraceCall& replayed);
   bool HasHung();
   void NoteUnderWay(std::size_t step, bool isUnderWay);
   static unsigned int Observe(void* context);
@@ -80,6 +83,8 @@ private:
   std::vector<TUnderWay> underWay_;                 // guarded by mutex_
   std::map<std::size_t, Clock::time_point> events_; // guarded by mutex_; by the step
   std::set<std::size_t> runsWithoutWaits_;          // guarded by mutex_; in which an image did not come
+  std::map<std::size_t, std::size_t>
+      earlyImages_; // guarded by mutex_; by the series: taken before the program did
 
   static thread_local TInner* inner_;
 };

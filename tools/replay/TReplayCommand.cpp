@@ -5,6 +5,7 @@
 #include "tools/CameraFeature.h"
 #include "tools/replay/TReplay.h"
 #include "tools/TFeatureDevice.h"
+#include "tools/TInterrupt.h"
 #include "tools/TraceConfig.h"
 #include "tools/TraceText.h"
 #include "tools/TTraceRecordCommand.h"
@@ -61,6 +62,7 @@ ExitCode TReplayCommand::Run()
   if (plan.Steps().empty()) return Fail(ExitCode::InputError, options_.file + ": has no calls of a program");
   if (!options_.output.empty()) return RunRecorded();
 
+  const TInterrupt interrupt; // so that the files are removed
   const TReplayFiles files(options_.hasSamePaths);
   std::string config = options_.config;
   if (options_.isLikeRecorded) {
@@ -83,9 +85,10 @@ ExitCode TReplayCommand::Run()
   TReplay replay(plan, files, settings, report);
   const bool hasEnded = replay.Run();
   const bool isPrinted = PrintReport(report);
-  const ExitCode code = !isPrinted               ? ExitCode::OutputError
-                        : report.HasDifference() ? ExitCode::CameraError
-                                                 : ExitCode::Success;
+  ExitCode code = !isPrinted               ? ExitCode::OutputError
+                  : report.HasDifference() ? ExitCode::CameraError
+                                           : ExitCode::Success;
+  if (TInterrupt::Happened()) code = FirstOf(code, ExitCode::Interrupted);
   if (hasEnded) return code;
   files.Remove();
   _exit(static_cast<int>(code)); // a thread is inside of a call

@@ -35,7 +35,7 @@ TReplayPlan::TReplayPlan(const TTraceFile& file)
   for (const TTraceCall& call : file.Calls()) {
     if (!call.function->isApi) continue;
     const std::size_t index = steps_.size();
-    steps_.push_back({&call, {}, 0, TReplayStep::kNone, TReplayStep::kNone, TReplayStep::kNone});
+    steps_.push_back({.call = &call, .inner = {}});
     auto& outer = underWay[call.thread];
     while (!outer.empty() && steps_[outer.back()].call->depth >= call.depth) outer.pop_back();
     if (!outer.empty()) {
@@ -79,6 +79,7 @@ void TReplayPlan::RankEnds()
 void TReplayPlan::FindRuns()
 {
   std::size_t run = TReplayStep::kNone;
+  std::size_t series = TReplayStep::kNone;
   std::map<std::uint32_t, std::size_t> images; // that threads have waited for during the run
   for (std::size_t index = 0; index < steps_.size(); ++index) {
     TReplayStep& step = steps_[index];
@@ -86,6 +87,7 @@ void TReplayPlan::FindRuns()
     if (DependsOnRun(name)) {
       const auto image = images.find(step.call->thread);
       step.run = run;
+      step.series = series;
       step.event = image == images.end() ? run : image->second;
     }
     if (step.call->state != CallState::Ended || step.call->Code() != RC_SUCCESS) continue;
@@ -93,6 +95,7 @@ void TReplayPlan::FindRuns()
                        (name == "GetStatus" && step.call->Value("status").whole == RC_IDLE);
     if (isEnd || name == "StartAcquisition") {
       run = isEnd ? TReplayStep::kNone : index;
+      if (!isEnd) series = index;
       images.clear();
     } else if (run != TReplayStep::kNone && IsWait(name)) {
       images[step.call->thread] = index;

@@ -21,7 +21,8 @@ struct TReplayStep
   std::size_t endedBefore = 0;    ///< how many calls had ended when it began
   std::size_t endRank = kNone;    ///< which one it was to end; none when it did not
   std::size_t run = kNone;        ///< the start of the run, when its answer depends on how far that is; else none
-  std::size_t event = kNone;      ///< then: that start, or the last image that its thread had waited for
+  std::size_t series = kNone; ///< the last start of a run, also when that is over: of its images are those left
+  std::size_t event = kNone;  ///< then: that start, or the last image that its thread had waited for
 };
 
 /// Which calls of a trace a replay makes, in which thread and after which others. Borrows the trace. Constant after
