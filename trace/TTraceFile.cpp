@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <sstream>
@@ -49,6 +50,8 @@ struct TTraceFile::TChunk
 
 std::string TTraceFile::Read(const std::string& path)
 {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) return "is a directory";
   std::ifstream file(path, std::ios::binary | std::ios::ate);
   if (!file) return "cannot be opened";
   const std::streamoff size = file.tellg();

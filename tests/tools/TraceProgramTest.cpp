@@ -186,6 +186,9 @@ TEST_F(ToolTrace, MakesTheCallsAgain)
   EXPECT_GT(
       json::parse(Run({"trace", "replay", "--json", "--config", other, Path("n.vxtr")}).output)["differences"], 0);
   EXPECT_EQ(Run({"trace", "replay", other}).exitCode, 6);
+  EXPECT_THAT(Run({"trace", "replay", directory_.Directory()}).errors, HasSubstr("is a directory"));
+  EXPECT_EQ(Run({"trace", "replay", "-o", Path("n.vxtr"), Path("n.vxtr")}).exitCode, 1); // would be lost
+  EXPECT_EQ(Run({"trace", "replay", "--config", Path("n.vxtr"), Path("n.vxtr")}).exitCode, 6);
 }
 
 TEST_F(ToolTrace, HasImagesAndRegistersOnRequest)

@@ -14,6 +14,7 @@
 
 #include <cstdlib>
 #include <dlfcn.h>
+#include <filesystem>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,25 +26,33 @@ constexpr const char* kConfigVariable = "VXCORE_CONFIG";
 constexpr const char* kIndependentVariable = "VXMCD_INDEPENDENT_CAMERAS";
 constexpr int kMaxCameras = 128;
 
-// False, too, when a camera cannot be opened.
-bool AreSimulated()
+enum class Cameras
+{
+  Simulated,
+  Other, ///< or one cannot be opened
+  Misconfigured
+};
+
+Cameras KindOfCameras()
 {
   for (int index = 0; index < kMaxCameras; ++index) {
     TFeatureDevice device;
     const int code = device.Open(index);
-    if (code == VX_ERR_NO_SUCH_DEVICE) return true;
-    if (code != VX_SUCCESS || FeatureText(device.Handle(), "DeviceSource") != "simulated") return false;
+    if (code == VX_ERR_NO_SUCH_DEVICE) break;
+    if (code == VX_ERR_CONFIGURATION) return Cameras::Misconfigured;
+    if (code != VX_SUCCESS || FeatureText(device.Handle(), "DeviceSource") != "simulated") return Cameras::Other;
   }
-  return true;
+  return Cameras::Simulated;
 }
 
 // Asks in a process of its own: the library would number the cameras in another way when they have been open before.
-bool HasOnlySimulatedCameras()
+Cameras AskKindOfCameras()
 {
   const pid_t child = fork();
-  if (child == 0) _exit(AreSimulated() ? 0 : 1);
+  if (child == 0) _exit(static_cast<int>(KindOfCameras()));
   int status = -1;
-  return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  const bool isKnown = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status);
+  return isKnown ? static_cast<Cameras>(WEXITSTATUS(status)) : Cameras::Other;
 }
 
 std::string EnvironmentOf(const char* name)
@@ -60,6 +69,9 @@ ExitCode TReplayCommand::Run()
   if (!ReadTrace(file, options_.file)) return ExitCode::InputError;
   const TReplayPlan plan(file);
   if (plan.Steps().empty()) return Fail(ExitCode::InputError, options_.file + ": has no calls of a program");
+  std::error_code error;
+  if (std::filesystem::equivalent(options_.file, options_.output, error))
+    return Fail(ExitCode::Usage, options_.output + ": is the trace itself");
   if (!options_.output.empty()) return RunRecorded();
 
   const TInterrupt interrupt; // so that the files are removed
@@ -81,7 +93,10 @@ ExitCode TReplayCommand::Run()
   TReplay::TSettings settings;
   settings.isAtRecordedSpeed = options_.isAtRecordedSpeed;
   settings.timeoutSeconds = options_.timeoutSeconds;
-  settings.mayChangeHardware = HasOnlySimulatedCameras();
+  const Cameras cameras = AskKindOfCameras();
+  if (cameras == Cameras::Misconfigured)
+    return Fail(ExitCode::InputError, EnvironmentOf(kConfigVariable) + ": is no configuration of cameras");
+  settings.mayChangeHardware = cameras == Cameras::Simulated;
   TReplay replay(plan, files, settings, report);
   const bool hasEnded = replay.Run();
   const bool isPrinted = PrintReport(report);
