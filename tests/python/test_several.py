@@ -191,27 +191,19 @@ def test_an_opening_that_ctrl_c_ends_leaves_no_open_camera(simulator, monkeypatc
 
 def test_a_forked_child_has_no_camera_and_does_not_wait_for_a_thread_of_its_parent(simulator):
     camera, = cameras_of(simulator, 1)
-    is_inside, may_leave = threading.Event(), threading.Event()
-
-    def use():
-        with camera._session.turn():
-            is_inside.set()
-            assert may_leave.wait(60)
-
-    with ThreadPoolExecutor() as threads:
-        using = threads.submit(use)
-        assert is_inside.wait(60)
+    with ThreadPoolExecutor(1) as thread:
+        thread.submit(camera._session._lock.acquire).result()
         child = os.fork()
         if child == 0:
             signal.alarm(20)
             try:
-                camera.snap()
-            except CameraStateError:
+                with pytest.raises(CameraStateError):
+                    camera.snap()
                 camera.close()
                 os._exit(7)
-            os._exit(1)
-        may_leave.set()
-        using.result()
+            finally:
+                os._exit(1)
+        thread.submit(camera._session._lock.release).result()
     assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 7
     assert camera.snap().shape == (8, 16)
 
