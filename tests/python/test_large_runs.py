@@ -114,6 +114,8 @@ def test_runs_are_pickled_by_their_path(tmp_path, monkeypatch):
     run.array()
     pickled = pickle.dumps(run)
     monkeypatch.chdir("/")
+    run.close()
+    np.testing.assert_array_equal(run[49], writer.array()[49])
     assert len(pickled) < 1000
     np.testing.assert_array_equal(pickle.loads(pickled).array(), writer.array())
     monkeypatch.chdir(tmp_path)

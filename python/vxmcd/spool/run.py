@@ -57,10 +57,11 @@ class SpoolRun:
     def _open(self, path, salvage):
         """Reads description and index, and no image."""
         self.path = path
+        self._directory = Path(os.path.abspath(path))  # also after the program has changed to another one
         self._salvage = salvage
         self._stamp = RunStamp.of(path)  # first, so that a run that is replaced meanwhile has another one
         self.description = RunDescription.read(path)
-        self._files = SpoolFiles(path, self.description.images_per_file, self.description.image_size)
+        self._files = SpoolFiles(self._directory, self.description.images_per_file, self.description.image_size)
         self.damaged: List[int] = []
         self.unrecorded = np.empty(0, np.int64)
         if self.state == "recording" and not salvage:
@@ -78,7 +79,7 @@ class SpoolRun:
         """By its path: the run is opened again, in another process too, and has to be the same one. Images are not checked
         again; what salvage found goes with it."""
         found = (self.numbers, self.damaged, self.unrecorded) if self._salvage else None
-        return _open_again, (os.path.abspath(self.path), self._stamp, found)
+        return _open_again, (str(self._directory), self._stamp, found)
 
     @property
     def is_checked(self) -> bool:
@@ -159,7 +160,7 @@ class SpoolRun:
 
     def positioned_reader(self) -> PositionedReader:
         """Reads images in another process."""
-        return PositionedReader(Path(os.path.abspath(self.path)), self.description, self._stamp)
+        return PositionedReader(self._directory, self.description, self._stamp)
 
     def frame_bytes(self, number: int) -> np.ndarray:
         """The frame as the camera delivered it, with padding and metadata: a read-only view of the file."""
