@@ -6,6 +6,7 @@
 #include "tools/Json.h"
 
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 
 namespace vxtool {
@@ -31,6 +32,16 @@ herr_t TakeReason(unsigned, const H5E_error2_t* error, void* reason)
 THdf5Object Properties(hid_t kind)
 {
   return {H5Pcreate(kind), H5Pclose};
+}
+
+// The file is locked already, from before it was cut until it is closed. The library's own lock comes too late: of two
+// programs that begin at once, one would cut or delete what the other writes.
+THdf5Object WithoutLock()
+{
+  THdf5Object access = Properties(H5P_FILE_ACCESS);
+  H5Pset_file_locking(access, false, true);
+  setenv("HDF5_USE_FILE_LOCKING", "FALSE", 1); // NOLINT(concurrency-mt-unsafe): goes before the property
+  return access;
 }
 
 THdf5Object Space(std::initializer_list<hsize_t> sizes, const hsize_t* largest = nullptr)
@@ -112,10 +123,11 @@ bool THdf5Writer::Open(const std::string& path, bool overwrite, const TImageShap
   if (compression_.codec == Codec::BloscZstd && shape.Bytes() > kMaxBloscBytes)
     return Fail(path + ": images of more than 2 GiB cannot be compressed");
   H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr); // messages are ours
-  TOutputFile empty;                           // is created and replaced by the same rules as other files
-  if (!empty.Create(path, overwrite)) return Fail(empty.Error());
-  if (!std::filesystem::is_regular_file(path)) return Fail(path + ": is not a regular file, which HDF5 needs");
-  empty.Close();
+  if (!room_.Create(path, overwrite)) return Fail(room_.Error());
+  if (!std::filesystem::is_regular_file(path)) {
+    room_.Close();
+    return Fail(path + ": is not a regular file, which HDF5 needs");
+  }
   if (CreateFile() && MakeGroups() && MakeImages() && WriteDescription(false, std::nullopt)) return true;
   Close(std::nullopt);
   return false;
@@ -123,11 +135,8 @@ bool THdf5Writer::Open(const std::string& path, bool overwrite, const TImageShap
 
 bool THdf5Writer::CreateFile()
 {
-  if (!room_.OpenExisting(path_)) return Fail(room_.Error());
   if (!Reserve(0)) return false;
-  const THdf5Object access = Properties(H5P_FILE_ACCESS);
-  H5Pset_file_locking(access, true, true); // goes on where the file system has no locks
-  file_ = {H5Fcreate(path_.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, access), H5Fclose};
+  file_ = {H5Fcreate(path_.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, WithoutLock()), H5Fclose};
   reserved_ = 0; // the library has cut it
   return Done(file_) && Reserve(0);
 }
@@ -287,7 +296,7 @@ bool THdf5Writer::Close(const std::optional<TFrameCounts>& counts)
 bool THdf5Writer::CutToLength()
 {
   haddr_t end = 0;
-  const THdf5Object file(H5Fopen(path_.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT), H5Fclose);
+  const THdf5Object file(H5Fopen(path_.c_str(), H5F_ACC_RDONLY, WithoutLock()), H5Fclose);
   return !Done(file) || !Done(H5Fget_eoa(file, &end)) || room_.Truncate(end);
 }
 

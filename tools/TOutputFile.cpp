@@ -51,7 +51,9 @@ TOutputFile::~TOutputFile()
 
 bool TOutputFile::Fail(const char* action)
 {
-  if (error_.empty()) error_ = path_ + ": " + action + ": " + std::generic_category().message(errno);
+  if (!error_.empty()) return false;
+  lacksRoom_ = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
+  error_ = path_ + ": " + action + ": " + std::generic_category().message(errno);
   return false;
 }
 
@@ -71,16 +73,6 @@ bool TOutputFile::Create(const std::string& path, bool overwrite)
     return false;
   }
   return Truncate(0);
-}
-
-bool TOutputFile::OpenExisting(const std::string& path)
-{
-  path_ = path;
-  descriptor_ = open(path.c_str(), O_RDWR | O_CLOEXEC);
-  if (descriptor_ < 0) return Fail("cannot be opened");
-  struct stat status = {};
-  isRegular_ = fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-  return true;
 }
 
 bool TOutputFile::WriteAt(std::uint64_t offset, std::span<const std::byte> bytes)

@@ -22,8 +22,6 @@ public:
   /// Creates the file; an existing regular file is replaced only with @p overwrite, and not while another program
   /// writes it. Devices are opened as they are.
   bool Create(const std::string& path, bool overwrite);
-  /// Opens an existing file for repair.
-  bool OpenExisting(const std::string& path);
   bool WriteAt(std::uint64_t offset, std::span<const std::byte> bytes);
   /// Has the file system set room aside from @p offset to @p end, so that later writes there do not lack it.
   bool Reserve(std::uint64_t offset, std::uint64_t end);
@@ -38,6 +36,8 @@ public:
 
   bool IsOpen() const { return descriptor_ >= 0; }
   const std::string& Error() const { return error_; }
+  /// Whether the first failure was for want of room: a full disk, a quota or a limit for files.
+  bool LacksRoom() const { return lacksRoom_; }
 
 private:
   bool Fail(const char* action);
@@ -46,6 +46,7 @@ private:
   std::string error_;
   int descriptor_ = -1;
   bool isRegular_ = false;
+  bool lacksRoom_ = false;
 };
 
 /// Whether a regular file is there that may not be replaced; the message then says so.

@@ -223,6 +223,20 @@ def test_hdf5(tmp_path, encoding, width, images, options, monkeypatch):
     assert "gzip, blosc-zstd or none" in told(directory, output, 1, "--compression", "lz4")
 
 
+def test_hdf5_of_several_programs(tmp_path):
+    """One of them writes the file."""
+    h5py = pytest.importorskip("h5py")
+    run, output = SpoolWriter(tmp_path).write(), tmp_path / "run.h5"
+    command = [os.environ["VXMCD_TOOL"], "convert", run, "--output", output, "--overwrite"]
+    environment = dict(os.environ, HDF5_USE_FILE_LOCKING="TRUE")
+    for _ in range(4):
+        output.unlink(missing_ok=True)
+        programs = [subprocess.Popen(command, stdout=subprocess.DEVNULL, env=environment) for _ in range(4)]
+        assert 0 in [program.wait(60) for program in programs]
+        with h5py.File(output) as file:
+            assert file["entry/data/number"].size == 5
+
+
 @pytest.mark.parametrize("end, code, written, said", [
     ("complete", 0, 6, ""), ("failed", 5, 6, "not complete: failed"), ("replaced", 6, 4, "another run")])
 def test_follow(tmp_path, end, code, written, said):
