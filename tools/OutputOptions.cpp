@@ -35,11 +35,13 @@ std::string CompleteOutput(TOutputOptions& output, const TFormats& formats)
                                        : "";
   if (output.file == output.preview) return "--preview: is the file of --output";
   if (output.format) return "";
-  const std::size_t dot = output.file.rfind('.');
-  std::string suffix = dot == std::string::npos ? "" : output.file.substr(dot);
+  const std::string name = output.file.substr(0, output.file.find_last_not_of('/') + 1);
+  const std::size_t dot = name.rfind('.');
+  std::string suffix = dot == std::string::npos ? "" : name.substr(dot);
   std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char c) { return std::tolower(c); });
   const auto found = formats.suffixes.find(suffix);
-  if (found == formats.suffixes.end())
+  const bool isDirectory = name != output.file;
+  if (found == formats.suffixes.end() || (isDirectory && found->second != FileFormat::OmeZarr))
     return "--output: the name must end in " + formats.suffixText + ", or --format must be given";
   output.format = found->second;
   return "";

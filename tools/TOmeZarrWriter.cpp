@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
@@ -88,23 +89,38 @@ bool TOmeZarrWriter::ChooseLevels()
   return true;
 }
 
-// Makes the directory, in place of an earlier one of the same kind.
+// Whether nothing is lost with what the directory has: nothing yet, or what was made by this class.
+bool TOmeZarrWriter::IsReplaceable() const
+{
+  std::error_code error;
+  const fs::directory_iterator entries(path_, error);
+  return !error &&
+         (IsOurs(path_) || std::all_of(begin(entries), end(entries), [](const fs::directory_entry& entry) {
+            return entry.path().filename() == ".zgroup" || entry.path().filename() == ".zattrs.part";
+          }));
+}
+
+// Makes the directory, or empties an earlier one of the same kind. The description, by which it is known, goes last: when
+// the tool is killed meanwhile, the directory can still be replaced.
 bool TOmeZarrWriter::MakeRoom(bool overwrite)
 {
   std::error_code error;
   if (fs::exists(fs::symlink_status(path_, error))) {
     if (!fs::is_directory(path_, error)) return FailFor(path_, "exists already and is no directory");
     if (!overwrite) return FailFor(path_, "exists already; give --overwrite to replace it");
-    if (!fs::is_empty(path_, error) && !IsOurs(path_))
+    if (fs::is_symlink(path_, error)) path_ = fs::canonical(path_, error).string(); // the link stays
+    if (!IsReplaceable())
       return FailFor(path_, "is not replaced: the directory is not one that this program has made");
-    TOutputFile earlier;
-    if (!earlier.Create(path_ + "/.zgroup", true)) return Fail(earlier.Error());
-    fs::remove_all(path_, error);
-    if (error) return FailFor(path_, "cannot be removed: " + error.message());
+  } else if (!fs::create_directory(path_, error))
+    return FailFor(path_, error ? "cannot be created: " + error.message() : "another program is writing it");
+  if (!lock_.Create(path_ + "/.zgroup", true)) return Fail(lock_.Error());
+  for (const fs::directory_entry& entry : fs::directory_iterator(path_, error)) {
+    const fs::path name = entry.path().filename();
+    if (name != ".zgroup" && name != ".zattrs") fs::remove_all(entry.path(), error);
+    if (error) return FailFor(entry.path().string(), "cannot be removed: " + error.message());
   }
-  if (!fs::create_directory(path_, error)) return FailFor(path_, "cannot be created: " + error.message());
   const std::string_view group = kGroup;
-  if (lock_.Create(path_ + "/.zgroup", true) && lock_.WriteAt(0, std::as_bytes(std::span(group)))) return true;
+  if (lock_.WriteAt(0, std::as_bytes(std::span(group)))) return true;
   Fail(lock_.Error());
   fs::remove_all(path_, error);
   lock_.Close();
@@ -141,9 +157,7 @@ bool TOmeZarrWriter::WriteChunk(TPixelBytes first)
   bool isWritten = error_.empty();
   for (TLevel& level : levels_)
     isWritten = isWritten && WriteLevel(level, &level == &levels_.front() ? first : Filled(level));
-  std::error_code ignored;
-  for (const TLevel& level : levels_) // makes room for the rest
-    if (!isWritten) fs::remove_all(fs::path(path_) / level.name / std::to_string(ChunkNumber()), ignored);
+  if (!isWritten) RemoveChunk(); // makes room for the rest
   if (isWritten) imagesOnDisk_ += bufferedImages_;
   bufferedImages_ = 0;
   labels_.resize(imagesOnDisk_);
@@ -163,10 +177,12 @@ bool TOmeZarrWriter::WriteFile(const std::string& name, std::span<const std::byt
   const std::string path = path_ + "/" + name;
   std::error_code error;
   fs::create_directories(fs::path(path).parent_path(), error);
+  lacksRoom_ = error == std::errc::no_space_on_device || error.value() == EDQUOT;
   if (error) return FailFor(path, "cannot be created: " + error.message());
   TOutputFile file;
   if (file.Create(path, true) && file.WriteAt(0, bytes) && file.Close()) return true;
   file.Discard();
+  lacksRoom_ = file.LacksRoom();
   return Fail(file.Error());
 }
 
@@ -214,15 +230,27 @@ bool TOmeZarrWriter::WriteDescription(const std::optional<TFrameCounts>& counts,
   return WriteText(".zattrs", JsonLine(json));
 }
 
+// The one behind those that count.
+void TOmeZarrWriter::RemoveChunk()
+{
+  std::error_code ignored;
+  for (const TLevel& level : levels_)
+    fs::remove_all(fs::path(path_) / level.name / std::to_string(ChunkNumber()), ignored);
+}
+
 bool TOmeZarrWriter::Close(const std::optional<TFrameCounts>& counts)
 {
   if (!lock_.IsOpen()) return error_.empty();
   if (error_.empty() && bufferedImages_ > 0) WriteChunk(Filled(levels_.front()));
   std::error_code error;
-  if (imagesOnDisk_ == 0)
-    fs::remove_all(path_, error);
-  else if (WriteColumns()) // also after a failure, for the images of whole chunks
-    WriteDescription(counts, true);
+  // Also after a failure, for the images of whole chunks. On a full disk the last ones make room for the rest.
+  while (imagesOnDisk_ > 0 && !(WriteImageArrays() && WriteColumns() && WriteDescription(counts, true)) &&
+         lacksRoom_) {
+    imagesOnDisk_ = (imagesOnDisk_ - 1) / imagesInChunk_ * imagesInChunk_;
+    labels_.resize(imagesOnDisk_);
+    RemoveChunk();
+  }
+  if (imagesOnDisk_ == 0) fs::remove_all(path_, error);
   if (!lock_.Close()) Fail(lock_.Error());
   return error_.empty();
 }

@@ -44,6 +44,7 @@ private:
   bool Fail(const std::string& message);
   bool FailFor(const std::string& path, const std::string& problem);
   bool MakeRoom(bool overwrite);
+  bool IsReplaceable() const;
   bool ChooseChunk();
   bool ChooseLevels();
   TPixelBytes Filled(TLevel& level) const;
@@ -57,6 +58,7 @@ private:
   bool WriteColumn(const std::string& name, const std::vector<std::int64_t>& values);
   bool WriteColumns();
   bool WriteDescription(const std::optional<TFrameCounts>& counts, bool isClosed);
+  void RemoveChunk();
 
   TZarrOptions options_;
   std::string path_;
@@ -70,6 +72,7 @@ private:
   std::size_t bufferedImages_ = 0;  // of the next chunk
   std::vector<TImageLabel> labels_; // of the images on disk and of those buffered
   TDisplayWindow window_;
+  bool lacksRoom_ = false; // for the file that failed last
   std::string error_;
 };
 

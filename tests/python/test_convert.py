@@ -175,10 +175,20 @@ def test_ome_zarr_of_what_is_left(tmp_path):
     group, _ = zarr_of(directory, output, 4, "--images", "3-4", "--overwrite", **limit)
     assert group is None, "no directory without an image"
     (tmp_path / "mine").mkdir()
-    (tmp_path / "mine" / "precious").touch()
+    (tmp_path / "mine" / ".zgroup").touch()  # all that a killed tool has left
+    (tmp_path / "link.zarr").symlink_to("mine")
+    told(directory, f"{tmp_path}/link.zarr/", 5, "--overwrite")
+    assert (tmp_path / "mine" / ".zattrs").exists() and (tmp_path / "link.zarr").is_symlink()
+    (tmp_path / "mine" / ".zattrs").rename(tmp_path / "mine" / "precious")
     for other in (tmp_path / "mine", directory):
         _, said = zarr_of(directory, other, 4, "--overwrite", "--format", "omezarr")
         assert "is not replaced" in said and list(other.iterdir())
+
+    limit["preexec_fn"] = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (2500, 2500))
+    SpoolWriter(directory, 400, 1, 1).write()  # whose numbers do not fit: images go until they do
+    group, _ = zarr_of(directory, output, 4, "--chunk", "10", **limit)
+    assert group["0"].shape[0] == group["vxmcd/check"].size == 310 and group.attrs["vxmcd"]["images"] == 310
+    np.testing.assert_array_equal(group["0"][:], SpoolRun(directory)[:310])
 
 
 @pytest.mark.parametrize("encoding, width, images, options", [
