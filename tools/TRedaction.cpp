@@ -102,6 +102,7 @@ TRedaction TRedaction::OfThisMachine()
     redaction.Hide(name.substr(0, name.find('.')), "host");
   }
   redaction.LearnPath(variable("VXCORE_CONFIG"));
+  redaction.LearnDevices(variable("VXCORE_GENICAM"));
   const std::string log = variable("VXMCD_LOG");
   if (log.find(':') != std::string::npos) redaction.LearnPath(log.substr(log.find(':') + 1));
   std::istringstream directories(variable("LD_LIBRARY_PATH"));
@@ -148,6 +149,21 @@ void TRedaction::LearnPath(const std::string& path)
   AddLongestFirst(paths_, path);
 }
 
+// Addresses and serial numbers, with commas between.
+void TRedaction::LearnDevices(const std::string& devices)
+{
+  constexpr std::string_view kUsb = "usb:";
+  std::istringstream words(devices);
+  for (std::string word; std::getline(words, word, ',');) {
+    word.erase(0, std::min(word.find_first_not_of(" \t"), word.size()));
+    word.erase(word.find_last_not_of(" \t\r") + 1);
+    if (word.starts_with(kUsb))
+      Hide(word.substr(kUsb.size()), "serial");
+    else if (word != "discover" && !word.starts_with("Fake_"))
+      Hide(word, "address");
+  }
+}
+
 void TRedaction::Learn(std::string_view text)
 {
   for (std::size_t at = 0; at < text.size(); ++at)
@@ -156,7 +172,9 @@ void TRedaction::Learn(std::string_view text)
   bool isSerialNumber = false;
   for (std::string line; std::getline(lines, line);) {
     const std::size_t sign = line.find('=');
-    if (line.starts_with("["))
+    if (line.starts_with("Devices") && sign != std::string::npos)
+      LearnDevices(line.substr(sign + 1));
+    else if (line.starts_with("["))
       isSerialNumber = line.find(".SerialNumber]") != std::string::npos;
     else if (isSerialNumber && line.starts_with("Value") && sign != std::string::npos)
       Hide(line.substr(std::min(line.find_first_not_of(" \t", sign + 1), line.size())), "serial");

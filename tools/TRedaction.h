@@ -23,8 +23,11 @@ public:
   void Hide(const std::string& name, const std::string& kind);
   /// A serial number is replaced where the text says that it is one; elsewhere the same digits may be a size.
   void HideSerialNumber(long long number);
-  /// Takes the names of users out of paths, as another machine has them, and serial numbers out of configurations.
+  /// Takes the names of users out of paths, as another machine has them, and serial numbers and addresses of cameras out of
+  /// configurations.
   void Learn(std::string_view text);
+  /// A list of real cameras, as a configuration has it: addresses and serial numbers with commas between.
+  void LearnDevices(const std::string& devices);
   /// A whole path, which may have spaces and need not have a slash.
   void LearnPath(const std::string& path);
 

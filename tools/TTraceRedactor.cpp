@@ -58,9 +58,7 @@ void TTraceRedactor::LearnFromHeader()
   redaction_.Learn(file_.Fact("feature_library"));
   for (const TTraceFile::TVariable& variable : file_.Variables()) {
     if (variable.name == kAddresses) {
-      std::istringstream addresses(variable.value);
-      for (std::string address; std::getline(addresses, address, ',');)
-        if (address != "discover") redaction_.Hide(address, "address");
+      redaction_.LearnDevices(variable.value);
     } else {
       redaction_.Learn(variable.value);
       if (IsPath(variable.value)) redaction_.LearnPath(PathOf(variable.value));

@@ -125,12 +125,14 @@ TEST(Redaction, FindsNamesAndPaths)
   redaction.HideSerialNumber(1);
   redaction.LearnPath("/data/My Study");
   redaction.LearnPath("Study/run");
-  redaction.Learn("cannot open /home/boris/a.ini: 3\n[Camera1.SerialNumber]\nValue =  X-9\n");
+  redaction.Learn("cannot open /home/boris/a.ini: 3\n[Camera1.SerialNumber]\nValue =  X-9\n"
+                  "Devices = 10.1.2.3, usb:2233, discover, Fake_1\n");
   for (const auto& [text, expected] : std::map<std::string, std::string>{
            {"ana_1 of boris in analysis on lab7.example", "<user2>_1 of <user1> in analysis on <host1>"},
-           {"X-9, Serial number 2048, 2048 x 2048", "<serial1>, Serial number <serial2>, 2048 x 2048"},
+           {"X-9, Serial number 2048, 2048 x 2048", "<serial2>, Serial number <serial3>, 2048 x 2048"},
            {"{\"serial\":2048,\"width\":2048}", "{\"serial\":null,\"width\":2048}"},
-           {"serial number 1 of 1", "serial number <serial3> of 1"},
+           {"10.1.2.3,usb:2233, discover, Fake_1", "<address1>,usb:<serial1>, discover, Fake_1"},
+           {"serial number 1 of 1", "serial number <serial4> of 1"},
            {"/data/My Study/a.raw, '/x y/z': 5 images/s, 5 /s", "<path1>, '<path2>': 5 images/s, 5 /s"},
            {"/usr/lib/x.so in /dev/shm or /dev/shm/ring, / 2", "/usr/lib/x.so in /dev/shm or <path3>, / 2"},
            {"{\"a\":\"/x/b.ini:12: wrong\"} of Study/run/2.", "{\"a\":\"<path4>:12: wrong\"} of <path5>."},
