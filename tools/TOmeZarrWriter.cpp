@@ -114,13 +114,14 @@ bool TOmeZarrWriter::MakeRoom(bool overwrite)
   } else if (!fs::create_directory(path_, error))
     return FailFor(path_, error ? "cannot be created: " + error.message() : "another program is writing it");
   if (!lock_.Create(path_ + "/.zgroup", true)) return Fail(lock_.Error());
+  const std::string_view group = kGroup;
+  const bool isWritten = lock_.WriteAt(0, std::as_bytes(std::span(group)));
   for (const fs::directory_entry& entry : fs::directory_iterator(path_, error)) {
     const fs::path name = entry.path().filename();
     if (name != ".zgroup" && name != ".zattrs") fs::remove_all(entry.path(), error);
     if (error) return FailFor(entry.path().string(), "cannot be removed: " + error.message());
   }
-  const std::string_view group = kGroup;
-  if (lock_.WriteAt(0, std::as_bytes(std::span(group)))) return true;
+  if (isWritten) return true;
   Fail(lock_.Error());
   fs::remove_all(path_, error);
   lock_.Close();
