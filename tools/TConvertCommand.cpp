@@ -106,7 +106,8 @@ void TConvertCommand::SayHowItHasEnded() const
   if (growth == Growth::Stalled)
     Say(std::string("nothing was added to the run for ") + seconds +
         " s: the program that records it has ended without saying so, or waits; --timeout sets how long to wait");
-  if (growth == Growth::Replaced) Say(options_.directory + ": another run has taken the place of this one");
+  if (growth == Growth::Replaced)
+    Say(options_.directory + ": another run has taken the place of this one, or it was removed");
   if (growth != Growth::Ended) return;
   if (!index_.Error().empty()) Say(index_.Error());
   SayWhatIsDamaged();
