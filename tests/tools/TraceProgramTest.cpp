@@ -185,6 +185,9 @@ TEST_F(ToolTrace, MakesTheCallsAgain)
                                           "> T1 GetHeadModel(name=\"OTHER\") = 20002 RC_SUCCESS\n"));
   EXPECT_GT(
       json::parse(Run({"trace", "replay", "--json", "--config", other, Path("n.vxtr")}).output)["differences"], 0);
+  const std::string silent = directory_.File("[Faults]\nRule = call VX_Open from 1 delay 100s\n", "silent.ini");
+  EXPECT_THAT(Run({"trace", "replay", "--timeout", "0.1", "--config", silent, Path("n.vxtr")}).output,
+              HasSubstr("> has not returned\n"));
   EXPECT_EQ(Run({"trace", "replay", other}).exitCode, 6);
   EXPECT_THAT(Run({"trace", "replay", directory_.Directory()}).errors, HasSubstr("is a directory"));
   EXPECT_EQ(Run({"trace", "replay", "-o", Path("n.vxtr"), Path("n.vxtr")}).exitCode, 1); // would be lost

@@ -12,6 +12,7 @@
 #include "tools/Versions.h"
 #include "trace/build_id.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
@@ -45,11 +46,15 @@ Cameras KindOfCameras()
   return Cameras::Simulated;
 }
 
-// Asks in a process of its own: the library would number the cameras in another way when they have been open before.
-Cameras AskKindOfCameras()
+// Asks in a process of its own: the library would number the cameras in another way when they have been open before, and
+// a camera may not answer.
+Cameras AskKindOfCameras(double timeoutSeconds)
 {
   const pid_t child = fork();
-  if (child == 0) _exit(static_cast<int>(KindOfCameras()));
+  if (child == 0) {
+    alarm(static_cast<unsigned int>(std::ceil(timeoutSeconds)));
+    _exit(static_cast<int>(KindOfCameras()));
+  }
   int status = -1;
   const bool isKnown = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status);
   return isKnown ? static_cast<Cameras>(WEXITSTATUS(status)) : Cameras::Other;
@@ -93,7 +98,7 @@ ExitCode TReplayCommand::Run()
   TReplay::TSettings settings;
   settings.isAtRecordedSpeed = options_.isAtRecordedSpeed;
   settings.timeoutSeconds = options_.timeoutSeconds;
-  const Cameras cameras = AskKindOfCameras();
+  const Cameras cameras = AskKindOfCameras(options_.timeoutSeconds);
   if (cameras == Cameras::Misconfigured)
     return Fail(ExitCode::InputError, EnvironmentOf(kConfigVariable) + ": is no configuration of cameras");
   settings.mayChangeHardware = cameras == Cameras::Simulated;
