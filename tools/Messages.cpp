@@ -64,6 +64,11 @@ std::string Padded(const std::string& text, std::size_t width)
   return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
 }
 
+std::string CountText(long long count, const char* word)
+{
+  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+}
+
 std::string ChoiceText(const std::vector<std::string>& words)
 {
   std::string text;

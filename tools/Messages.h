@@ -38,6 +38,8 @@ bool Print(const std::string& text);
 std::string RefusedText(const std::string& value, const std::string& accepted);
 /// With spaces behind it, for columns.
 std::string Padded(const std::string& text, std::size_t width);
+/// "1 call", "2 calls".
+std::string CountText(long long count, const char* word);
 /// "8, 16 or 32".
 std::string ChoiceText(const std::vector<std::string>& words);
 /// One line: the function that answered, the code, its name, what it means and what to try.

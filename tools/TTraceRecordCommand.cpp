@@ -2,6 +2,7 @@
 // Runs a program and records its calls.
 #include "tools/TTraceRecordCommand.h"
 
+#include "tools/Messages.h"
 #include "tools/TraceText.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sys/file.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -100,16 +102,19 @@ bool IsWritten(const std::string& path)
 std::string Summary(const TTraceFile& file)
 {
   const auto count = [&](auto condition) {
-    return std::to_string(std::count_if(file.Calls().begin(), file.Calls().end(), condition));
+    return std::count_if(file.Calls().begin(), file.Calls().end(), condition);
   };
   const auto isOfProgram = [](const TTraceCall& call) { return call.function->isApi && call.depth == 0; };
-  std::string text = count(isOfProgram) + " calls of " + file.Fact("program") + " in " +
-                     std::to_string(file.Threads().size()) + " threads, " +
-                     count([&](const TTraceCall& call) { return isOfProgram(call) && call.HasFailed(); }) +
+  std::set<std::uint32_t> threads; // of the program
+  for (const TTraceCall& call : file.Calls())
+    if (isOfProgram(call)) threads.insert(call.thread);
+  const auto failed = count([&](const TTraceCall& call) { return isOfProgram(call) && call.HasFailed(); });
+  std::string text = CountText(count(isOfProgram), "call") + " of " + file.Fact("program") + " in " +
+                     CountText(static_cast<long long>(threads.size()), "thread") + ", " + std::to_string(failed) +
                      " failed";
-  const std::string open =
+  const auto open =
       count([&](const TTraceCall& call) { return isOfProgram(call) && call.state == CallState::Open; });
-  if (open != "0") text += ", " + open + " did not return";
+  if (open > 0) text += ", " + std::to_string(open) + " did not return";
   if (file.DroppedChunks() > 0) text += "; the middle was dropped, see --limit";
   return text;
 }

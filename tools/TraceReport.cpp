@@ -2,6 +2,7 @@
 // Sums a trace up.
 #include "tools/TraceReport.h"
 
+#include "tools/Messages.h"
 #include "tools/TraceText.h"
 #include "tools/TTraceStatistics.h"
 
@@ -100,8 +101,9 @@ std::string PlainText(const TTraceStatistics& statistics)
 {
   const TTraceFile& file = statistics.File();
   std::string text = file.Fact("program") + ", process " + std::to_string(file.Process()) + ": " +
-                     std::to_string(file.Calls().size()) + " calls of " + std::to_string(file.Threads().size()) +
-                     " threads in " + DurationText(statistics.Seconds()) + "\n";
+                     CountText(static_cast<long long>(file.Calls().size()), "call") + " of " +
+                     CountText(static_cast<long long>(file.Threads().size()), "thread") + " in " +
+                     DurationText(statistics.Seconds()) + "\n";
   text +=
       FunctionsText(statistics, true) + FunctionsText(statistics, false) + RunsText(statistics) + "\nRemarks\n";
   const auto remarks = TraceRemarks(statistics);

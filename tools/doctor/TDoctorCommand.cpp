@@ -48,11 +48,6 @@ std::string LogFile()
   return colon == std::string::npos ? "" : log.substr(colon + 1);
 }
 
-std::string CountText(int count, const char* word)
-{
-  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
-}
-
 std::string Verdict(const TFindings& findings)
 {
   const int problems = findings.Count(Severity::Problem);

@@ -2,6 +2,7 @@
 // What a replay has found.
 #include "tools/replay/TReplayReport.h"
 
+#include "tools/Messages.h"
 #include "tools/TraceText.h"
 
 #include <vector>
@@ -100,17 +101,16 @@ std::string TReplayReport::Text() const
   const std::lock_guard lock(mutex_);
   std::string text = remarks_;
   if (differences_ > 0)
-    text += firstLines_ + "\n" + std::to_string(differences_) + " differences in " + std::to_string(calls_) +
-            " calls\n";
+    text += firstLines_ + "\n" + CountText(differences_, "difference") + " in " + CountText(calls_, "call") + "\n";
   else
-    text += "no difference in " + std::to_string(calls_) + " calls\n";
+    text += "no difference in " + CountText(calls_, "call") + "\n";
   if (timing_ > 0)
     text += std::to_string(timing_) +
             " answers are other ones because they depend on the time or are measured; the first:\n" +
             firstTimingLines_;
   for (const auto& [why, skipped] : skipped_)
-    text += "not replayed: " + std::to_string(skipped.calls) + " calls of " + Names(skipped.functions) + ": " +
-            why + "\n";
+    text += "not replayed: " + CountText(skipped.calls, "call") + " of " + Names(skipped.functions) + ": " + why +
+            "\n";
   return text;
 }
 
