@@ -52,6 +52,13 @@ constexpr const char* ResultText(unsigned int code)
 
 } // namespace
 
+// Programs call these functions through pointers of the types that the header declares, and of others.
+#ifdef __clang__
+#define CALLED_WITH_ANYTHING __attribute__((no_sanitize("function")))
+#else
+#define CALLED_WITH_ANYTHING
+#endif
+
 #define FIXED_REASON(reason, text) static constexpr const char* k##reason = text;
 // The body of each function.
 #define ANSWER(name, number, code, reason, ...)                                                                   \
@@ -63,8 +70,8 @@ constexpr const char* ResultText(unsigned int code)
 // Whatever a program passes, the first arguments that are no floating-point numbers are in these registers, which the trace
 // may record. The header declares other arguments, so that the function is defined under another name.
 #define ANSWER_ANY(defined, symbol, name, number, code, reason)                                                   \
-  extern "C" VXMCD_API unsigned int defined(std::uint64_t, std::uint64_t, std::uint64_t,                          \
-                                            std::uint64_t) __asm__(symbol);                                       \
+  extern "C" VXMCD_API CALLED_WITH_ANYTHING unsigned int defined(std::uint64_t, std::uint64_t, std::uint64_t,     \
+                                                                 std::uint64_t) __asm__(symbol);                  \
   unsigned int defined(std::uint64_t first, std::uint64_t second, std::uint64_t third, std::uint64_t fourth)      \
   {                                                                                                               \
     ANSWER(name, number, code, reason, first, second, third, fourth)                                              \
@@ -75,10 +82,12 @@ constexpr const char* ResultText(unsigned int code)
 // The plain name is another function.
 #define FIXED_RESULT_TYPED_ONLY(name, arguments, symbol, code, reason)                                            \
   ANSWER_ANY(Define##name##Decorated, #symbol, name, name##Decorated, code, reason)
-// By the header callers may pass anything before the output. The position of an output does not count floating-point arguments, which are passed in other registers.
+// By the header callers may pass anything before the output. The position of an output does not count floating-point
+// arguments, which are passed in other registers.
 // NOLINTBEGIN(bugprone-macro-parentheses): a list of arguments has its parentheses
 #define FIXED_VALUE(name, parameters, outputs, type, fixed, code, reason)                                         \
-  extern "C" VXMCD_API unsigned int Define##name(void*, void*, void*, void*, void*) __asm__(#name);               \
+  extern "C" VXMCD_API CALLED_WITH_ANYTHING unsigned int Define##name(void*, void*, void*, void*,                 \
+                                                                      void*) __asm__(#name);                      \
   unsigned int Define##name(void* first, void* second, void* third, void* fourth, [[maybe_unused]] void* fifth)   \
   {                                                                                                               \
     TFixedValue<type>{fixed} outputs;                                                                             \
