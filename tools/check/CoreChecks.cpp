@@ -79,7 +79,7 @@ void HasKinds(TCheckContext& check)
     double number = 0.0;
     int flag = 0;
     int index = 0;
-    wchar_t text[kMaxTextLength] = L"";
+    wchar_t text[kMaxTextLength + 1] = L""; // has an end whatever the camera writes
     const int codes[] = {CHECK_CALL(check, VX_GetInt, handle, name.c_str(), &integer),
                          CHECK_CALL(check, VX_GetFloat, handle, name.c_str(), &number),
                          CHECK_CALL(check, VX_GetBool, handle, name.c_str(), &flag),

@@ -125,7 +125,7 @@ std::optional<std::string> TCheckContext::Word(const wchar_t* feature)
 {
   const int handle = FeatureHandle();
   int index = 0;
-  wchar_t text[kMaxWord] = L"";
+  wchar_t text[kMaxWord + 1] = L""; // has an end whatever the camera writes
   if (CHECK_CALL(*this, VX_GetEnumerated, handle, feature, &index) != VX_SUCCESS ||
       CHECK_CALL(*this, VX_GetEnumeratedString, handle, feature, index, text, kMaxWord) != VX_SUCCESS)
     return std::nullopt;
