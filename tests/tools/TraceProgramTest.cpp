@@ -223,7 +223,7 @@ TEST_F(ToolTrace, ReplayMayTakeImagesEarlier)
   const std::string faster = directory_.File(kSmallCamera, "faster.ini");
   const json report = json::parse(Run({"trace", "replay", "--json", "--config", faster, Path("e.vxtr")}).output);
   EXPECT_EQ(report["first_difference"], nullptr) << report;
-  EXPECT_EQ(report["timing"], 2) << report;
+  EXPECT_GE(report["timing"], 2) << report;
 }
 
 TEST_F(ToolTrace, CallsBackAsTheProgramDid)

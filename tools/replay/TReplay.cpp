@@ -3,6 +3,7 @@
 #include "tools/replay/TReplay.h"
 
 #include "tools/TInterrupt.h"
+#include "vxmcd.h"
 #include "vxmcd_result_codes.h"
 
 #include <algorithm>
@@ -34,6 +35,18 @@ TReplayOrder::Clock::duration Seconds(double seconds)
 double RecordedSeconds(const TTraceCall& call)
 {
   return call.state == CallState::Ended ? call.endSeconds - call.beginSeconds : 0.0;
+}
+
+// For an image that came in the recording.
+TReplayOrder::Clock::duration LongestWait(const TTraceCall& recorded)
+{
+  return Seconds(std::max(kFactor * RecordedSeconds(recorded), kMinWaitSeconds));
+}
+
+// The handle that a function takes first.
+long FirstOf(const TReplayArguments& arguments)
+{
+  return static_cast<long>(arguments.Values()[0]);
 }
 
 bool IsTimingCode(std::uint32_t code)
@@ -84,6 +97,7 @@ struct TReplay::TInner
 };
 
 thread_local TReplay::TInner* TReplay::inner_ = nullptr;
+thread_local long TReplay::cameraOfThread_ = 0;
 
 TReplay::TReplay(const TReplayPlan& plan, const TReplayFiles& files, const TSettings& settings,
                  TReplayReport& report)
@@ -115,6 +129,7 @@ bool TReplay::Run()
       order_.Stop();
       return false;
     }
+    CancelLateWaits();
     if (HasHung()) return false;
   }
   return true;
@@ -215,16 +230,19 @@ TTraceCall TReplay::MakeCall(std::size_t index, const TReplayFunction& function,
   TInner inner = {*this, index, room};
   TInner* const outer = inner_;
   inner_ = &inner;
-  NoteUnderWay(index, true);
+  const std::string& name = step.call->function->name;
+  NoteUnderWay(index, name.starts_with("WaitForAcquisitionByHandle") ? FirstOf(arguments) : cameraOfThread_);
   try {
     outputs = arguments.Outputs(function.call(arguments.Values()));
     replayed.state = CallState::Ended;
     replayed.outputs = outputs;
+    if (name == "vxmcd_SetCurrentCameraOfThread" && replayed.Code() == RC_SUCCESS)
+      cameraOfThread_ = FirstOf(arguments);
   } catch (...) {
     replayed.state = CallState::Thrown;
     replayed.outputs = {};
   }
-  NoteUnderWay(index, false);
+  NoteNotUnderWay(index);
   inner_ = outer;
   if (!inner.isDone && !step.inner.empty())
     report_.NoteDifference(index, "called no function of the program, which made " +
@@ -264,7 +282,7 @@ bool TReplay::ShallRepeat(std::size_t index, const TTraceCall& replayed, Clock::
   if (!isEarly) return false;
   const std::lock_guard lock(mutex_);
   if (runsWithoutWaits_.count(step.run) > 0) return false;
-  if (Clock::now() - begin < Seconds(std::max(kFactor * RecordedSeconds(recorded), kMinWaitSeconds))) return true;
+  if (Clock::now() - begin < LongestWait(recorded)) return true;
   runsWithoutWaits_.insert(step.run);
   return false;
 }
@@ -346,13 +364,31 @@ bool TReplay::IsTiming(std::size_t index, const TTraceCall& replayed)
          IsTimingCode(static_cast<std::uint32_t>(replayed.Value("status").whole));
 }
 
-void TReplay::NoteUnderWay(std::size_t step, bool isUnderWay)
+void TReplay::NoteUnderWay(std::size_t step, long camera)
 {
   const std::lock_guard lock(mutex_);
-  if (isUnderWay)
-    underWay_.push_back({step, Clock::now()});
-  else
-    std::erase_if(underWay_, [step](const TUnderWay& one) { return one.step == step; });
+  underWay_.push_back({step, Clock::now(), camera});
+}
+
+void TReplay::NoteNotUnderWay(std::size_t step)
+{
+  const std::lock_guard lock(mutex_);
+  std::erase_if(underWay_, [step](const TUnderWay& one) { return one.step == step; });
+}
+
+// Called with the lock. A wait of the program that an image ended does not end when the replay made the wait after the last
+// image: images that come while no thread waits end one wait only.
+void TReplay::CancelLateWaits()
+{
+  for (TUnderWay& one : underWay_) {
+    const TTraceCall& recorded = *plan_.Steps()[one.step].call;
+    const bool mayEnd = IsWait(recorded.function->name) && recorded.state == CallState::Ended &&
+                        recorded.Code() == RC_SUCCESS && !one.isCancelled;
+    if (!mayEnd || Clock::now() - one.since < LongestWait(recorded)) continue;
+    one.isCancelled = true;
+    vxmcd_SetCurrentCameraOfThread(one.camera, nullptr);
+    CancelWait();
+  }
 }
 
 // Called with the lock. A call that did not return in the trace either is waited for until all others have.

@@ -46,6 +46,8 @@ private:
   {
     std::size_t step;
     Clock::time_point since;
+    long camera; // that the call is for; 0: the current one of the process
+    bool isCancelled = false;
   };
   struct TInner;
 
@@ -62,8 +64,10 @@ private:
   bool HadItsImageBefore(std::size_t index, const TTraceCall& replayed);
   bool HasSameOutputs(const TTraceCall& recorded, const TTraceCall& replayed);
   bool IsTiming(std::size_t index, const TTraceCall& replayed);
+  void CancelLateWaits();
   bool HasHung();
-  void NoteUnderWay(std::size_t step, bool isUnderWay);
+  void NoteUnderWay(std::size_t step, long camera);
+  void NoteNotUnderWay(std::size_t step);
   static unsigned int Observe(void* context);
 
   const TReplayPlan& plan_;
@@ -87,6 +91,7 @@ private:
       earlyImages_; // guarded by mutex_; by the series: taken before the program did
 
   static thread_local TInner* inner_;
+  static thread_local long cameraOfThread_; // 0: it has none of its own
 };
 
 } // namespace vxtool
