@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 """Measures how fast a recorded run becomes OME-Zarr and HDF5: `vxmcd convert` against zarr-python and h5py, which write the same
 chunks with the same codec, in turns. Both read the run from the page cache when there is room; the tool compares each image
-with its checksum, and so does Python in the rows "checked".
+with its checksum, and so does Python in the rows "checked". With --ratios it says by how much the codecs shorten images of the
+simulated scenes instead.
 
 Without RUN it records one with a simulated camera (1.3 GB, in a directory that is removed). Each row is the median of the
 rounds. Ratios are those within a round: machines change their speed. What was written is compared pixel by pixel once."""
@@ -92,6 +93,22 @@ def pixels_in(output):
     return h5py.File(output, "r")["entry/data/data"]
 
 
+def shortened(tool, directory, scene, images):
+    """Bytes of pixels by bytes of the chunks, or of the file, for each codec."""
+    config = directory / "camera.ini"
+    config.write_text(f"[Simulator]\nCameras = 1\n[Camera0]\nModel = TRELLIS CMOS\nScene = {scene}\n")
+    path = directory / scene.replace(" ", "-")
+    subprocess.run([tool, "acquire", "--frames", str(images), "--exposure", "0.01", "--spool", path, "-q"], check=True,
+                   env={**os.environ, "VXCORE_CONFIG": str(config)})
+    pixels = images * SpoolRun(path)[0].nbytes
+    for suffix, codec in (("zarr", "zstd"), ("zarr", "zstd:3"), ("zarr", "lz4"), ("h5", "gzip")):
+        output = directory / f"{path.name}.{suffix}"
+        subprocess.run([tool, "convert", path, "-o", output, "-q", "--compression", codec], check=True)
+        files = (output / "0").rglob("*") if output.is_dir() else [output]
+        yield codec, pixels / sum(file.stat().st_size for file in files if file.is_file() and not file.name.startswith("."))
+        remove(output)
+
+
 def remove(path):
     shutil.rmtree(path) if path.is_dir() else path.unlink(missing_ok=True)
 
@@ -103,12 +120,17 @@ def main():
     parser.add_argument("--rounds", type=int, default=5, metavar="N")
     parser.add_argument("--directory", help="where to write; the default is that for temporary files")
     parser.add_argument("--tool", default="vxmcd", help="the program")
+    parser.add_argument("--ratios", action="store_true", help="what compression saves, instead of times")
     parser.add_argument("--write", nargs=5, help=argparse.SUPPRESS)
     options = parser.parse_args()
     if options.write:
         return write(*options.write)
     with contextlib.ExitStack() as stack:
         directory = Path(stack.enter_context(tempfile.TemporaryDirectory(dir=options.directory)))
+        if options.ratios:
+            for scene in ("star field", "dark", "beads", "flat"):
+                print(f"{scene:10}", *(f"{codec} {ratio:.2f} " for codec, ratio in shortened(options.tool, directory, scene, 8)))
+            return None
         run = SpoolRun(options.run) if options.run else recorded(directory, options.images)
         size = run.numbers.size * run.shape[0] * run.shape[1] * run.dtype.itemsize / 1e6
         print(f"{platform.machine()}, {os.cpu_count()} processors, load {os.getloadavg()[0]:.1f}; Python "
