@@ -7,6 +7,7 @@
 #include "tools/Options.h"
 
 #include <algorithm>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -15,6 +16,7 @@ namespace vxtool {
 namespace {
 
 constexpr std::size_t kMaxProblems = 5;
+constexpr std::int64_t kLeastBytesAhead = 1 << 20; // below, handing images over takes longer than reading them
 constexpr auto kPollInterval = std::chrono::milliseconds(50);
 
 bool HasSteadyRate(const TRunDescription& run)
@@ -71,6 +73,7 @@ bool TRunConversion::TakesUnrecorded() const
 RunEnd TRunConversion::Run()
 {
   start_ = Clock::now();
+  ReadAheadWhereItGains();
   RunEnd end = follower_ ? FollowRun() : RunEnd::Complete;
   const std::vector<TNumberRange> ranges =
       growth_ == Growth::Replaced ? std::vector<TNumberRange>() : asked_.Ranges();
@@ -200,7 +203,7 @@ bool TRunConversion::TakeImage(long& next, long last)
   const long number = next++;
   const std::int64_t image = number - 1;
   const RunFormat::TIndexRecord* const record = index_.Find(image);
-  if (!files_.ReadImage(image, frame_)) {
+  if (!Read(image)) {
     // Without records, the images of a missing file cannot be told apart.
     const bool isAlone = index_.Count() > 0;
     if (!isAlone) next = static_cast<long>(std::min<std::int64_t>(files_.UnreadableEnd(), last)) + 1;
@@ -214,9 +217,9 @@ bool TRunConversion::TakeImage(long& next, long last)
   label.check = ImageCheck::Unchecked;
   if (record) {
     label.hostNanoseconds = record->hostTimeNs;
-    label.check =
-        Checksum(frame_.data(), frame_.size()) == record->checksum ? ImageCheck::Right : ImageCheck::Wrong;
+    label.check = stored_.checksum == record->checksum ? ImageCheck::Right : ImageCheck::Wrong;
   }
+  if (ahead_ && next <= last && index_.Find(next - 1)) ahead_->Begin(next - 1);
   if (label.check == ImageCheck::Wrong) {
     ++counts_.wrong;
     wrong_.Add(number, number);
@@ -227,18 +230,37 @@ bool TRunConversion::TakeImage(long& next, long last)
   return PassOn(label);
 }
 
+void TRunConversion::ReadAheadWhereItGains()
+{
+  const TRunValues& values = run_.Values();
+  if (!writer_ || follower_ || values.imageBytes < kLeastBytesAhead) return;
+  try {
+    ahead_ = std::make_unique<TReadAhead>(run_.Directory(), values.imagesPerFile, values.imageBytes);
+  } catch (const std::system_error&) { // no thread to be had: image by image then
+  }
+}
+
+bool TRunConversion::Read(std::int64_t image)
+{
+  if (ahead_ && ahead_->Take(image, stored_)) return true;
+  if (!files_.ReadImage(image, stored_.bytes)) return false;
+  stored_.checksum = Checksum(stored_.bytes.data(), stored_.bytes.size());
+  return true;
+}
+
 bool TRunConversion::PassOn(TImageLabel label)
 {
-  if (run_.Values().hasMetadata) label.ticks = FrameTicks(frame_);
+  if (run_.Values().hasMetadata) label.ticks = FrameTicks(stored_.bytes);
   isClockWhole_ = isClockWhole_ && label.ticks;
   if (label.ticks) clocks_.AddTimestamp(*label.ticks);
   if (!run_.Layout() || (!writer_ && !settings_.keepsLast)) return true;
   const TImageShape shape = {run_.Layout()->width, run_.Layout()->height, settings_.depth};
   // Frames that are the pixels already are not copied, only shortened: padding at their end and metadata go.
-  std::vector<std::byte>& pixels = IsPlainFrame(*run_.Layout(), settings_.depth) ? frame_ : pixels_;
+  const bool isPlain = IsPlainFrame(*run_.Layout(), settings_.depth);
+  std::vector<std::byte>& pixels = isPlain ? stored_.bytes : pixels_;
   pixels.resize(shape.Bytes());
-  if (&pixels != &frame_) {
-    const long clipped = DecodeFrame(frame_, *run_.Layout(), settings_.depth, pixels);
+  if (!isPlain) {
+    const long clipped = DecodeFrame(stored_.bytes, *run_.Layout(), settings_.depth, pixels);
     counts_.cut += clipped > 0 ? 1 : 0;
     counts_.clippedPixels += clipped;
   }

@@ -9,10 +9,12 @@
 #include "tools/Run.h"
 #include "tools/TFrameStatistics.h"
 #include "tools/TNumberRanges.h"
+#include "tools/TReadAhead.h"
 #include "tools/TRunFollower.h"
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -50,8 +52,8 @@ struct TConversionCounts
   bool AddsUp() const;
 };
 
-/// One conversion from start to end, on the caller's thread and with memory for one image. Borrows run, index,
-/// writer and callbacks until Run() returns. Every image is compared with the checksum of its record; one that is
+/// One conversion from start to end, on the caller's thread; another one reads large images ahead. Has memory for one image,
+/// or two large ones. Borrows run, index, writer and callbacks until Run() returns. Every image is compared with the checksum of its record; one that is
 /// torn or damaged is not passed on. Its number stays free: images keep the numbers of the run.
 class TRunConversion final
 {
@@ -102,6 +104,8 @@ private:
   long NextWithData(long number, long end);
   /// Takes an image; @p number becomes that of the next one.
   bool TakeImage(long& number, long last);
+  void ReadAheadWhereItGains();
+  bool Read(std::int64_t image);
   bool PassOn(TImageLabel label);
   void CountAbsent(long first, long last, long& count);
   void Report();
@@ -113,7 +117,8 @@ private:
   std::function<bool()> isInterrupted_;
   std::function<void(const TProgress&)> onProgress_;
   TRunImages files_;
-  long known_; // images that index and description know of
+  std::unique_ptr<TReadAhead> ahead_; // null where it would gain nothing
+  long known_;                        // images that index and description know of
   TNumberRanges asked_;
   TNumberRanges wrong_;
   TNumberRanges absent_;
@@ -122,7 +127,7 @@ private:
   TFrameStatistics clocks_;  // finds frames lost in the camera, by the timestamps of the images
   bool isClockWhole_ = true; // every image so far had one, without gaps in the numbers
   std::vector<std::string> problems_;
-  std::vector<std::byte> frame_;
+  TStoredImage stored_;
   std::vector<std::byte> pixels_;
   std::vector<std::byte> lastImage_;
   TImageLabel lastLabel_;
