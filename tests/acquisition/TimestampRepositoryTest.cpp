@@ -4,9 +4,16 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <ctime>
 
 namespace {
+
+/// In whole seconds. std::time() reads a coarser clock, which may still show the second before.
+std::time_t Now()
+{
+  return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+}
 
 TEST(TimestampRepository, KeepsTheNewestUpToItsCapacity)
 {
@@ -31,9 +38,9 @@ TEST(TimestampRepository, RemembersWhenTheFirstFrameCame)
 {
   TTimestampRepository repository;
   EXPECT_GE(repository.Capacity(), 1000000u);
-  const std::time_t before = std::time(nullptr);
+  const std::time_t before = Now();
   repository.AddTimestamp(7);
-  const std::time_t after = std::time(nullptr);
+  const std::time_t after = Now();
 
   const TVXSystemTime first = repository.GetTimeOfDayForFirstFrame();
   std::tm local{};
