@@ -134,11 +134,6 @@ void WriteText(fitsfile* file, const char* key, const std::string& text, const c
   fits_update_key_str(file, key, text.c_str(), comment, status);
 }
 
-std::optional<double> Times(const std::optional<double>& value, int factor)
-{
-  return value ? std::optional<double>(*value * factor) : std::nullopt;
-}
-
 void WriteSensorFacts(fitsfile* file, const TRunFacts& facts, int* status)
 {
   const auto number = [&](const char* key, const std::optional<double>& value, const char* comment) {
@@ -157,9 +152,8 @@ void WriteSensorFacts(fitsfile* file, const TRunFacts& facts, int* status)
     if (tracks.size() > kMaxCardText) fits_write_key_longwarn(file, status);
     fits_update_key_longstr(file, "TRACKS", tracks.c_str(), "rows of the sensor; last is row 1", status);
   }
-  number("XPIXSZ", Times(facts.pixelWidthMicrometres, area.horizontalBinning), "[um] width of a pixel");
-  if (area.tracks.empty())
-    number("YPIXSZ", Times(facts.pixelHeightMicrometres, area.verticalBinning), "[um] height of a pixel");
+  number("XPIXSZ", facts.ImagePixelWidth(), "[um] width of a pixel");
+  number("YPIXSZ", facts.ImagePixelHeight(), "[um] height of a pixel");
   number("CCD-TEMP", facts.sensorCelsius, "[C] sensor at the start of the run");
   number("SET-TEMP", facts.targetCelsius, "[C] what the cooler aims at");
   number("GAIN", facts.readout.gainFactor, "factor of the pre-amplifier gain");

@@ -98,6 +98,18 @@ std::string TracksText(const std::vector<TTrack>& tracks)
   return text;
 }
 
+std::optional<double> TRunFacts::ImagePixelWidth() const
+{
+  if (!pixelWidthMicrometres || area.width < 1) return std::nullopt;
+  return *pixelWidthMicrometres * area.horizontalBinning;
+}
+
+std::optional<double> TRunFacts::ImagePixelHeight() const
+{
+  if (!pixelHeightMicrometres || area.width < 1 || !area.tracks.empty()) return std::nullopt;
+  return *pixelHeightMicrometres * area.verticalBinning;
+}
+
 TRunFacts FactsOf(const TRunDescription& run)
 {
   const TRunValues& values = run.Values();

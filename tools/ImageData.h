@@ -96,6 +96,11 @@ struct TRunFacts
   std::optional<TArrival> firstArrival; ///< of the run's first image; without it, labels say when images arrived
   std::optional<double> sensorCelsius;  ///< the sensor's temperature at the start
   std::optional<double> targetCelsius;  ///< of the cooler, when the command line has switched it on
+
+  /// Sizes of a pixel of the image, binning included, in micrometres; nothing when they are not known. A row that shows a
+  /// track has no height of its own.
+  std::optional<double> ImagePixelWidth() const;
+  std::optional<double> ImagePixelHeight() const;
 };
 
 /// What the checksum that was stored with an image says of it.

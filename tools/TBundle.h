@@ -16,8 +16,7 @@ namespace vxtool {
 
 /// Makes a .tar.gz file that only its owner may read, and adds a list of its files with their SHA-256 at the end. Names,
 /// paths and serial numbers are replaced, by the same words in all files. The file has its name only when Close() has
-/// succeeded. One thread. Create() and Close() return false on failure;
-/// Error() says why.
+/// succeeded. One thread. Create() and Close() return false on failure; Error() says why.
 class TBundle final
 {
 public:

@@ -73,8 +73,7 @@ std::optional<ExitCode> TConvertCommand::ReadRun()
     Say(index_.Error() + ": there are no checksums to compare with");
   }
   SayWhatIsDamaged();
-  if (state != RunFormat::State::kComplete && !options_.isQuiet)
-    Say("the run is not complete: " + RunStateText(run_.Values()));
+  SayIfIncomplete();
   return std::nullopt;
 }
 
@@ -111,6 +110,11 @@ void TConvertCommand::SayHowItHasEnded() const
   if (growth != Growth::Ended) return;
   if (!index_.Error().empty()) Say(index_.Error());
   SayWhatIsDamaged();
+  SayIfIncomplete();
+}
+
+void TConvertCommand::SayIfIncomplete() const
+{
   if (run_.Values().state != RunFormat::State::kComplete && !options_.isQuiet)
     Say("the run is not complete: " + RunStateText(run_.Values()));
 }

@@ -36,6 +36,7 @@ private:
   std::optional<ExitCode> ReadRun();
   bool ReadDescription();
   void SayHowItHasEnded() const;
+  void SayIfIncomplete() const;
   void SayWhatIsDamaged() const;
   std::optional<ExitCode> CheckOptions();
   bool IsFileOfRun(const std::string& path) const;

@@ -189,15 +189,13 @@ bool THdf5Writer::MakeImages()
                         layout, access),
              H5Dclose};
   if (!Done(images_)) return false;
-  const auto size = [](const std::optional<double>& micrometres, int binning) {
-    return micrometres ? Json(*micrometres * binning) : Json(nullptr);
+  const auto value = [](const std::optional<double>& micrometres) {
+    return micrometres ? Json(*micrometres) : Json(nullptr);
   };
-  if (facts_.area.width < 1) return true;
-  return Done(
-      WriteValues(images_, {{"pixel_width_um", size(facts_.pixelWidthMicrometres, facts_.area.horizontalBinning)},
-                            {"pixel_height_um", size(facts_.pixelHeightMicrometres, facts_.area.verticalBinning)}})
-          ? 0
-          : -1);
+  return Done(WriteValues(images_, {{"pixel_width_um", value(facts_.ImagePixelWidth())},
+                                    {"pixel_height_um", value(facts_.ImagePixelHeight())}})
+                  ? 0
+                  : -1);
 }
 
 // Room for so many bytes behind what there is, and for what the library will add until the file is closed.

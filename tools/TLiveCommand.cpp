@@ -2,6 +2,7 @@
 // Finds Python and the package, and becomes the program.
 #include "tools/TLiveCommand.h"
 
+#include "tools/Environment.h"
 #include "tools/Versions.h"
 
 #include <algorithm>
@@ -50,15 +51,6 @@ bool HasModules(const std::string& python)
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-// The value of a variable; "" without it.
-std::string Variable(const std::string& name)
-{
-  for (char** entry = environ; *entry; ++entry)
-    if (const std::string_view text = *entry; text.starts_with(name + "="))
-      return std::string(text.substr(name.size() + 1));
-  return "";
 }
 
 // This environment, with other values of some variables.

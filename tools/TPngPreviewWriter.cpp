@@ -3,6 +3,7 @@
 #include "tools/TPngPreviewWriter.h"
 
 #include "tools/TOutputFile.h"
+#include "tools/TPixelSample.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -18,36 +19,19 @@ namespace vxtool {
 
 namespace {
 
-constexpr double kBlackQuantile = 0.001;
-constexpr double kWhiteQuantile = 0.9995;
 constexpr double kFaintMedian = 0.1;
 constexpr double kAsinhStrength = 50.0;
-constexpr std::size_t kSampleSize = 1'000'000;
-
-double Quantile(std::vector<double>& sample, double quantile)
-{
-  const auto index = std::lround(quantile * static_cast<double>(sample.size() - 1));
-  std::nth_element(sample.begin(), sample.begin() + index, sample.end());
-  return sample[static_cast<std::size_t>(index)];
-}
+constexpr std::size_t kMaxSample = 1'000'000;
 
 template <typename Pixel>
-std::vector<unsigned char> Stretch(TPixelBytes bytes)
+std::vector<unsigned char> GreyLevels(TPixelBytes bytes, double black, double white, bool isFaint)
 {
   const std::size_t count = bytes.size() / sizeof(Pixel);
-  if (count == 0) return {};
   const auto pixelAt = [bytes](std::size_t index) {
     Pixel value;
     std::memcpy(&value, bytes.data() + index * sizeof(Pixel), sizeof value);
     return static_cast<double>(value);
   };
-  std::vector<double> sample;
-  const std::size_t step = count / kSampleSize + 1;
-  for (std::size_t index = 0; index < count; index += step) sample.push_back(pixelAt(index));
-  const double black = Quantile(sample, kBlackQuantile);
-  const double white = std::max(Quantile(sample, kWhiteQuantile), black + 1.0);
-  const bool isFaint = (Quantile(sample, 0.5) - black) / (white - black) < kFaintMedian;
-
   std::vector<unsigned char> grey(count);
   for (std::size_t index = 0; index < count; ++index) {
     const double linear = std::clamp((pixelAt(index) - black) / (white - black), 0.0, 1.0);
@@ -57,13 +41,19 @@ std::vector<unsigned char> Stretch(TPixelBytes bytes)
   return grey;
 }
 
-// 8-bit grey levels of an image. Black is the darkest per mille of the pixels and white the brightest half per
-// mille. Between them the scale is linear, or, when the median lies within the lowest tenth (few bright things on
-// a dark background, as stars are), compressed by an inverse hyperbolic sine so that faint things show.
+// 8-bit grey levels of an image. Between black and white the scale is linear, or, when the median lies within the lowest
+// tenth (few bright things on a dark background, as stars are), compressed by an inverse hyperbolic sine so that faint
+// things show.
 std::vector<unsigned char> StretchImage(TPixelBytes pixels, PixelDepth depth)
 {
-  if (depth == PixelDepth::Bits8) return Stretch<std::uint8_t>(pixels);
-  return depth == PixelDepth::Bits16 ? Stretch<std::uint16_t>(pixels) : Stretch<std::int32_t>(pixels);
+  TPixelSample sample(pixels, depth, kMaxSample);
+  if (sample.IsEmpty()) return {};
+  const double black = sample.Quantile(kBlackQuantile);
+  const double white = std::max(sample.Quantile(kWhiteQuantile), black + 1.0);
+  const bool isFaint = (sample.Quantile(0.5) - black) / (white - black) < kFaintMedian;
+  if (depth == PixelDepth::Bits8) return GreyLevels<std::uint8_t>(pixels, black, white, isFaint);
+  if (depth == PixelDepth::Bits16) return GreyLevels<std::uint16_t>(pixels, black, white, isFaint);
+  return GreyLevels<std::int32_t>(pixels, black, white, isFaint);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 // Finding names and paths in texts.
 #include "tools/TRedaction.h"
 
+#include "tools/Environment.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -85,27 +87,22 @@ void AddLongestFirst(Values& values, Value value)
 TRedaction TRedaction::OfThisMachine()
 {
   TRedaction redaction;
-  const auto variable = [](const char* name) {
-    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): one thread
-    return std::string(value ? value : "");
-  };
-  redaction.home_ = variable("HOME");
+  redaction.home_ = Variable("HOME");
   while (redaction.home_.ends_with('/')) redaction.home_.pop_back();
   redaction.LearnUsers(redaction.home_ + "/");
   // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
   if (const passwd* const user = getpwuid(getuid())) redaction.Hide(user->pw_name, "user");
-  for (const char* name : {"USER", "LOGNAME", "SUDO_USER"}) redaction.Hide(variable(name), "user");
+  for (const char* name : {"USER", "LOGNAME", "SUDO_USER"}) redaction.Hide(Variable(name), "user");
   char host[256] = "";
   if (gethostname(host, sizeof host - 1) == 0) {
     const std::string name = host;
     redaction.Hide(name, "host");
     redaction.Hide(name.substr(0, name.find('.')), "host");
   }
-  redaction.LearnPath(variable("VXCORE_CONFIG"));
-  redaction.LearnDevices(variable("VXCORE_GENICAM"));
-  const std::string log = variable("VXMCD_LOG");
-  if (log.find(':') != std::string::npos) redaction.LearnPath(log.substr(log.find(':') + 1));
-  std::istringstream directories(variable("LD_LIBRARY_PATH"));
+  redaction.LearnPath(Variable("VXCORE_CONFIG"));
+  redaction.LearnDevices(Variable("VXCORE_GENICAM"));
+  redaction.LearnPath(LogFile());
+  std::istringstream directories(Variable("LD_LIBRARY_PATH"));
   for (std::string directory; std::getline(directories, directory, ':');) redaction.LearnPath(directory);
   if (char* const directory = getcwd(nullptr, 0)) {
     redaction.LearnPath(directory);

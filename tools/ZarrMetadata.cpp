@@ -23,15 +23,12 @@ struct TAxis
 
 std::vector<TAxis> Axes(const TZarrOptions& options, const TRunFacts& facts = {})
 {
-  const auto pixel = [&](const std::optional<double>& micrometres, int binning) { // of a track it is not known
-    return micrometres && facts.area.width > 0 ? std::optional(*micrometres * binning) : std::nullopt;
-  };
   std::vector<TAxis> axes = {
       {"t", "time", "second", facts.cycleSeconds > 0.0 ? std::optional(facts.cycleSeconds) : std::nullopt},
       {"c", "channel", "", std::nullopt, false, true},
       {"z", "space", "", std::nullopt, false, true},
-      {"y", "space", "micrometer", pixel(facts.pixelHeightMicrometres, facts.area.verticalBinning), true},
-      {"x", "space", "micrometer", pixel(facts.pixelWidthMicrometres, facts.area.horizontalBinning), true}};
+      {"y", "space", "micrometer", facts.ImagePixelHeight(), true},
+      {"x", "space", "micrometer", facts.ImagePixelWidth(), true}};
   if (!options.hasFiveAxes) std::erase_if(axes, [](const TAxis& axis) { return axis.isExtra; });
   return axes;
 }

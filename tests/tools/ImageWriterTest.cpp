@@ -227,6 +227,21 @@ TEST_F(ImageWriter, LongListsOfTracksAreKeptInBothFormats)
   EXPECT_DOUBLE_EQ(cube.sensorCelsius, -59.95);
 }
 
+TEST(RunFacts, APixelHasASizeWhereItsBinningIsKnown)
+{
+  TRunFacts facts;
+  facts.pixelWidthMicrometres = facts.pixelHeightMicrometres = 6.5;
+  EXPECT_FALSE(facts.ImagePixelWidth() || facts.ImagePixelHeight()) << "of a recording that does not tell its area";
+  facts.area.width = facts.area.height = 8;
+  facts.area.horizontalBinning = 2;
+  facts.area.verticalBinning = 4;
+  EXPECT_EQ(facts.ImagePixelWidth(), 13.0);
+  EXPECT_EQ(facts.ImagePixelHeight(), 26.0);
+  facts.area.tracks = {{1, 3}, {5, 8}};
+  EXPECT_EQ(facts.ImagePixelWidth(), 13.0);
+  EXPECT_FALSE(facts.ImagePixelHeight());
+}
+
 TEST_F(ImageWriter, FilesWithoutAnImageAreRemovedAndWrongSizesRefused)
 {
   const TImageShape shape = Shape(16, 8, PixelDepth::Bits16);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Libraries: which are loaded, and which others a program may get.
 #include "tools/doctor/Checks.h"
+#include "tools/Environment.h"
 #include "tools/Versions.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -20,8 +20,7 @@ constexpr const char* kPlugin = "libvxcore-genicam.so";
 std::vector<std::string> PathVariableDirectories()
 {
   std::vector<std::string> directories;
-  const char* const value = std::getenv(kPathVariable); // NOLINT(concurrency-mt-unsafe): one thread
-  std::istringstream text(value ? value : "");
+  std::istringstream text(Variable(kPathVariable));
   for (std::string directory; std::getline(text, directory, ':');)
     directories.push_back(directory.empty() ? "." : directory);
   return directories;
@@ -92,8 +91,8 @@ void CheckPlugin(TFindings& findings, const std::string& core)
   std::error_code error;
   const fs::path file = fs::path(core).parent_path() / kPlugin;
   if (fs::exists(file, error)) return findings.Right("real cameras: " + file.string());
-  const char* const wanted = std::getenv("VXCORE_GENICAM"); // NOLINT(concurrency-mt-unsafe): one thread
-  if (!wanted || !*wanted) return findings.Right(std::string("real cameras: ") + kPlugin + " is not installed");
+  if (Variable("VXCORE_GENICAM").empty())
+    return findings.Right(std::string("real cameras: ") + kPlugin + " is not installed");
   findings.Problem(std::string("VXCORE_GENICAM names cameras, and ") + kPlugin + " is not beside " + core,
                    "apt install libvxcore-genicam");
 }

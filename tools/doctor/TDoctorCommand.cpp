@@ -4,10 +4,10 @@
 
 #include "tools/DescriptionReport.h"
 #include "tools/doctor/DoctorAreas.h"
+#include "tools/Environment.h"
 #include "tools/Json.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -19,12 +19,6 @@ namespace {
 
 constexpr std::streamoff kLogTailBytes = 200'000;
 constexpr std::streamoff kReportBytes = 10'000'000; ///< one line of JSON
-
-std::string Variable(const char* name)
-{
-  const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): one thread
-  return value ? value : "";
-}
 
 /// The end of a file from the beginning of a line; "" when it cannot be read.
 std::string TailOf(const std::string& path, std::streamoff bytes)
@@ -41,13 +35,6 @@ std::string TailOf(const std::string& path, std::streamoff bytes)
 }
 
 /// The log's file of "level:file"; "" when it goes to standard error.
-std::string LogFile()
-{
-  const std::string log = Variable("VXMCD_LOG");
-  const std::size_t colon = log.find(':');
-  return colon == std::string::npos ? "" : log.substr(colon + 1);
-}
-
 std::string Verdict(const TFindings& findings)
 {
   const int problems = findings.Count(Severity::Problem);

@@ -187,9 +187,8 @@ std::uint64_t TReplayArguments::Pointer(std::size_t index)
 std::vector<std::byte> TReplayArguments::Outputs(std::uint64_t result) const
 {
   std::vector<std::byte> outputs(TraceFormat::kMaxRecordBytes);
-  const char* const home = secure_getenv("HOME");
   const std::byte* const end =
-      WriteOutputs(outputs.data(), call_.function->signature, values_.data(), result, {}, home ? home : "");
+      WriteOutputs(outputs.data(), call_.function->signature, values_.data(), result, {}, context_.files.Home());
   outputs.resize(static_cast<std::size_t>(end - outputs.data()));
   return outputs;
 }

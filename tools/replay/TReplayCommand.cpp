@@ -3,6 +3,7 @@
 #include "tools/replay/TReplayCommand.h"
 
 #include "tools/CameraFeature.h"
+#include "tools/Environment.h"
 #include "tools/replay/TReplay.h"
 #include "tools/TFeatureDevice.h"
 #include "tools/TInterrupt.h"
@@ -60,12 +61,6 @@ Cameras AskKindOfCameras(double timeoutSeconds)
   return isKnown ? static_cast<Cameras>(WEXITSTATUS(status)) : Cameras::Other;
 }
 
-std::string EnvironmentOf(const char* name)
-{
-  const char* const value = secure_getenv(name);
-  return value ? value : "";
-}
-
 } // namespace
 
 ExitCode TReplayCommand::Run()
@@ -100,7 +95,7 @@ ExitCode TReplayCommand::Run()
   settings.timeoutSeconds = options_.timeoutSeconds;
   const Cameras cameras = AskKindOfCameras(options_.timeoutSeconds);
   if (cameras == Cameras::Misconfigured)
-    return Fail(ExitCode::InputError, EnvironmentOf(kConfigVariable) + ": is no configuration of cameras");
+    return Fail(ExitCode::InputError, Variable(kConfigVariable) + ": is no configuration of cameras");
   settings.mayChangeHardware = cameras == Cameras::Simulated;
   TReplay replay(plan, files, settings, report);
   const bool hasEnded = replay.Run();
@@ -141,9 +136,9 @@ void TReplayCommand::RemarkOnTrace(const TTraceFile& file, TReplayReport& report
   std::string recorded;
   for (const auto& variable : file.Variables())
     if (variable.name == kIndependentVariable) recorded = variable.value;
-  if (recorded != EnvironmentOf(kIndependentVariable))
+  if (recorded != Variable(kIndependentVariable))
     report.Remark(std::string(kIndependentVariable) + " was \"" + recorded + "\" for the program, and is \"" +
-                  EnvironmentOf(kIndependentVariable) + "\" here");
+                  Variable(kIndependentVariable) + "\" here");
 }
 
 bool TReplayCommand::PrintReport(const TReplayReport& report) const

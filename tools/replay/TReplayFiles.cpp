@@ -2,6 +2,7 @@
 // The files of a replay.
 #include "tools/replay/TReplayFiles.h"
 
+#include "tools/Environment.h"
 #include "tools/replay/TReplayPlan.h"
 
 #include <cstdlib>
@@ -13,10 +14,8 @@ namespace vxtool {
 
 namespace fs = std::filesystem;
 
-TReplayFiles::TReplayFiles(bool hasSamePaths) : hasSamePaths_(hasSamePaths)
+TReplayFiles::TReplayFiles(bool hasSamePaths) : hasSamePaths_(hasSamePaths), home_(Variable("HOME"))
 {
-  const char* const home = secure_getenv("HOME");
-  home_ = home ? home : "";
   std::string name = (fs::temp_directory_path() / "vxmcd-replay-XXXXXX").string();
   if (!mkdtemp(name.data())) throw std::runtime_error(name + ": cannot be made");
   directory_ = name;

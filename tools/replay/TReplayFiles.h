@@ -22,12 +22,14 @@ public:
   std::string PathFor(const std::string& function, const std::string& recorded) const;
   /// A file of the replay's own in the directory, with this text. Its path; "" when it could not be written.
   std::string Write(const std::string& name, const std::string& text) const;
+  /// The user's directory, which traces write as "~"; "" when it is not known.
+  const std::string& Home() const { return home_; }
   /// Removes the directory.
   void Remove() const;
 
 private:
   const bool hasSamePaths_;
-  std::string home_;
+  const std::string home_;
   std::string directory_;
 };
 
