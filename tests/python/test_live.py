@@ -236,8 +236,9 @@ def test_workers_leave_nothing_behind(simulator, tmp_path):
             worker.submit("set", "exposure", exposure).result(10)
         worker.submit("set", "binning", [2, 2]).result(10)
         worker.stop()
-        with pytest.raises(ValueError):
-            _recording.check_name("../up", tmp_path)
+        for name, directory in (("../up", tmp_path), ("run", tmp_path / "removed")):
+            with pytest.raises(ValueError):
+                _recording.check_name(name, directory)
 
     def counts():
         return threading.active_count(), len(os.listdir("/proc/self/fd"))

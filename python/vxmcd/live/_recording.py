@@ -2,6 +2,7 @@
 """A recording of the live view: its name, how many images it has, how far it is, and what came of it."""
 from __future__ import annotations
 
+import os
 import re
 import shutil
 import time
@@ -22,6 +23,8 @@ def check_name(name: object, directory: Path, suffix: str = "") -> Path:
     """The path of a new file or directory. Names come from the browser, paths do not."""
     if not isinstance(name, str) or not _NAME.fullmatch(name):
         raise ValueError("a name has 1 to 64 letters, digits and . _ -, and does not begin with a point")
+    if not os.access(directory, os.W_OK | os.X_OK):
+        raise ValueError(f"{directory} is not there any more, or cannot be written to")
     path = directory / (name + suffix)
     if path.exists() or path.is_symlink():
         raise ValueError(f"there is already a {path.name!r}; choose another name")
