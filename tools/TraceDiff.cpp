@@ -3,9 +3,12 @@
 #include "tools/TraceDiff.h"
 
 #include "tools/TraceText.h"
+#include "vxmcd_result_codes.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
+#include <map>
 
 namespace vxtool {
 
@@ -15,6 +18,10 @@ namespace {
 constexpr std::size_t kMaxChanges = 2000;
 // As many calls stand before the first difference, and belong to it at most.
 constexpr std::size_t kCallsBefore = 5;
+// As many calls, those into the feature library included, a loop may have that asks until an answer changes.
+constexpr std::size_t kMaxLoop = 64;
+// How the names of functions begin that ask.
+constexpr const char* kQuestions[] = {"Get", "Is", "vxmcd_Get", "VX_Get", "VX_Is"};
 
 using TCalls = std::vector<const TTraceCall*>;
 
@@ -54,12 +61,63 @@ std::string AnswerOf(const TTraceCall& call)
   return answer;
 }
 
+// Whether the call found that no image has come. How often it did depends on the time.
+bool IsInVain(const TTraceCall& call)
+{
+  return call.state == CallState::Ended && call.Code() == RC_NO_NEW_DATA;
+}
+
+// Whether the call only asks, so that it may be repeated any number of times.
+bool ChangesNothing(const TTraceCall& call)
+{
+  const std::string& name = call.function->name;
+  if (call.state != CallState::Ended || name.starts_with("GetOldestImage")) return false;
+  const auto asks = [&name](const char* start) { return name.starts_with(start); };
+  return std::any_of(std::begin(kQuestions), std::end(kQuestions), asks);
+}
+
+// How often a program asks until the answer changes depends on the time. This leaves out calls that found no image, with
+// those inside of them, and of a call, or a loop of calls, that is repeated with the same arguments and answers all but the
+// first one.
+TCalls WithoutRepeats(const TCalls& calls)
+{
+  std::map<std::string, std::size_t> numbers; // of arguments and answers
+  TCalls kept;
+  std::vector<std::size_t> asked; // of those kept: their number, 0 for a call that changes something
+  // Whether the last calls are the same as those before them.
+  const auto isRepeat = [&asked](std::size_t loop) {
+    if (2 * loop > asked.size()) return false;
+    const auto last = asked.end() - static_cast<std::ptrdiff_t>(loop);
+    return std::equal(last, asked.end(), last - static_cast<std::ptrdiff_t>(loop)) &&
+           std::find(last, asked.end(), 0U) == asked.end();
+  };
+  for (std::size_t at = 0; at < calls.size(); ++at) {
+    const TTraceCall& call = *calls[at];
+    if (IsInVain(call)) {
+      while (at + 1 < calls.size() && calls[at + 1]->depth > call.depth) ++at;
+      continue;
+    }
+    kept.push_back(&call);
+    const bool isQuestion = ChangesNothing(call);
+    asked.push_back(
+        isQuestion ? numbers.emplace(KeyOf(call) + "=" + AnswerOf(call), numbers.size() + 1).first->second : 0);
+    std::size_t loop = 1;
+    while (isQuestion && loop <= kMaxLoop && !isRepeat(loop)) ++loop;
+    if (!isQuestion || loop > kMaxLoop) continue;
+    kept.resize(kept.size() - loop);
+    asked.resize(kept.size());
+  }
+  return kept;
+}
+
 struct TDifferences
 {
   std::size_t calls = 0; ///< in both
   std::size_t firstOnly = 0;
   std::size_t secondOnly = 0;
   std::size_t answers = 0;
+  std::size_t firstRepeats = 0; ///< that were left out
+  std::size_t secondRepeats = 0;
   std::string first; ///< the first difference, in words
 
   bool IsNone() const { return first.empty(); }
@@ -86,17 +144,29 @@ std::string LinesFrom(const std::vector<TDiffStep>& steps, std::size_t index, co
   return text;
 }
 
-void CompareThreads(const TCalls& first, const TCalls& second, bool isResultsOnly, TDifferences& differences)
+void CompareThreads(const TCalls& allOfFirst, const TCalls& allOfSecond, bool isResultsOnly,
+                    TDifferences& differences)
 {
+  const TCalls first = WithoutRepeats(allOfFirst);
+  const TCalls second = WithoutRepeats(allOfSecond);
+  differences.firstRepeats += allOfFirst.size() - first.size();
+  differences.secondRepeats += allOfSecond.size() - second.size();
   std::vector<std::string> firstKeys;
   std::vector<std::string> secondKeys;
   for (const TTraceCall* const call : first) firstKeys.push_back(KeyOf(*call));
   for (const TTraceCall* const call : second) secondKeys.push_back(KeyOf(*call));
   const auto steps = ShortestDiff(firstKeys, secondKeys, kMaxChanges);
   if (steps.empty() && !(first.empty() && second.empty())) {
-    differences.firstOnly += first.size();
-    differences.secondOnly += second.size();
-    if (differences.IsNone()) differences.first = "the traces have hardly a call in common\n";
+    const auto [a, b] = std::mismatch(firstKeys.begin(), firstKeys.end(), secondKeys.begin(), secondKeys.end());
+    const auto same = static_cast<std::size_t>(a - firstKeys.begin());
+    differences.calls += same;
+    differences.firstOnly += first.size() - same;
+    differences.secondOnly += second.size() - same;
+    if (!differences.IsNone()) return;
+    differences.first = LinesBefore(first, same);
+    if (a != firstKeys.end()) differences.first += MarkedLine("<", *first[same]);
+    if (b != secondKeys.end()) differences.first += MarkedLine(">", *second[same]);
+    differences.first += "what follows has too many differences to be compared\n";
     return;
   }
   const auto note = [&](const std::string& text, const TDiffStep& step) {
@@ -210,6 +280,8 @@ ExitCode CompareTraces(const TTraceOptions& options)
                      {"only_in_first", differences.firstOnly},
                      {"only_in_second", differences.secondOnly},
                      {"other_answers", differences.answers},
+                     {"repeats_in_first", differences.firstRepeats},
+                     {"repeats_in_second", differences.secondRepeats},
                      {"first_difference", JsonTextOrNull(differences.first)}});
   } else if (differences.IsNone()) {
     text = "no difference in " + std::to_string(differences.calls) + " calls\n";
@@ -219,6 +291,10 @@ ExitCode CompareTraces(const TTraceOptions& options)
            std::to_string(differences.firstOnly) + " are only in " + options.file + ", " +
            std::to_string(differences.secondOnly) + " only in " + options.other + "\n";
   }
+  if (!options.isJson && differences.firstRepeats + differences.secondRepeats > 0)
+    text += "not counted, since they asked the same again or found no image: " +
+            std::to_string(differences.firstRepeats) + " calls in " + options.file + ", " +
+            std::to_string(differences.secondRepeats) + " in " + options.other + "\n";
   if (!Print(text)) return ExitCode::OutputError;
   return differences.IsNone() ? ExitCode::Success : ExitCode::CameraError;
 }

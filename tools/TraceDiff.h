@@ -26,8 +26,8 @@ struct TDiffStep
   std::size_t second; ///< the place in the second list, unless FirstOnly
 };
 
-/// The shortest way from one list to the other, by Myers' algorithm; equal texts are common to both. Above @p maxChanges steps
-/// that are not common, nothing.
+/// The fewest steps from one list to the other, by Myers' algorithm; equal texts are common to both. With more than
+/// @p maxChanges steps that are not common, none.
 std::vector<TDiffStep> ShortestDiff(const std::vector<std::string>& first, const std::vector<std::string>& second,
                                     std::size_t maxChanges);
 

@@ -212,10 +212,10 @@ void TReplay::MakeStep(std::size_t index, TReplayRoom& room)
 
 const char* TReplay::WhySkipped(const TTraceCall& call, const TReplayFunction* function) const
 {
-  if (call.function->signature.IsUnused() && call.function->signature.Arguments().empty())
-    return "they only return a code, and their arguments are not in the trace";
   if (!function) return "this library does not have them";
-  if (function->signature != call.function->signature) return "they have other arguments in this library";
+  const bool areIgnored = function->signature.IsUnused() && call.function->signature.IsUnused();
+  if (!areIgnored && function->signature != call.function->signature)
+    return "they have other arguments in this library";
   if (!call.HasBegin()) return "their beginning is not in the trace";
   if (!settings_.mayChangeHardware && ChangesHardware(call.function->name))
     return "they may change the camera for good, and not all cameras are simulated";

@@ -49,6 +49,9 @@ TReplayArguments::TReplayArguments(const TTraceCall& call, const TReplayFunction
       recorded_(call.Values())
 {
   for (std::size_t i = 0; i < arguments_.size() && !whyUnknown_; ++i) values_.push_back(ValueOf(i));
+  // A function that only returns a code ignores its arguments, and writes nothing to null. They may not be recorded.
+  if (values_.size() < function.signature.Arguments().size())
+    values_.resize(function.signature.Arguments().size());
 }
 
 std::uint64_t TReplayArguments::ValueOf(std::size_t index)
