@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <iterator>
 #include <set>
 
 namespace vxtool {
@@ -109,6 +110,22 @@ void AddCameraErrors(const TTraceFile& file, TRemarks& remarks)
       CountOf(file, [](const auto& call) { return !call.function->isApi && call.Code() == VX_ERR_COMMUNICATION; });
   if (gone > 0)
     remarks.push_back("The camera did not answer " + Times(gone) + ": it was unplugged, or has no power.");
+}
+
+void AddRefusedArguments(const TTraceFile& file, TRemarks& remarks)
+{
+  constexpr std::uint32_t kCodes[] = {RC_P1_INVALID, RC_P2_INVALID, RC_P3_INVALID,
+                                      RC_P4_INVALID, RC_P5_INVALID, RC_P6_INVALID};
+  std::set<std::string> refused;
+  const std::uint64_t count = CountOf(file, [&](const auto& call) {
+    const bool isRefused =
+        call.function->isApi && std::count(std::begin(kCodes), std::end(kCodes), call.Code()) > 0;
+    if (isRefused) refused.insert(call.function->name);
+    return isRefused;
+  });
+  if (count > 0)
+    remarks.push_back("Arguments were refused " + Times(count) + ", of " + List(refused) +
+                      ": vxmcd trace print --errors shows the calls, VXMCD_LOG=debug why.");
 }
 
 void AddPolling(const TTraceStatistics& statistics, TRemarks& remarks)
@@ -214,6 +231,7 @@ std::vector<std::string> TraceRemarks(const TTraceStatistics& statistics)
   AddCompleteness(statistics.File(), remarks);
   AddEnds(statistics.File(), remarks);
   AddCameraErrors(statistics.File(), remarks);
+  AddRefusedArguments(statistics.File(), remarks);
   AddSilentRefusals(statistics.File(), remarks);
   AddRuns(statistics, remarks);
   AddPolling(statistics, remarks);

@@ -222,6 +222,7 @@ TEST_F(ToolTrace, ReplayMayTakeImagesEarlier)
 {
   Configure(kSteadyCamera);
   Run({"trace", "record", "-o", Path("e.vxtr"), VXTOOL_TRACED_PROGRAM, "series"});
+  EXPECT_THAT(Statistics("e.vxtr")["remarks"].dump(), HasSubstr("refused once, of GetOldestImage16:"));
   const std::string faster = directory_.File(kSmallCamera, "faster.ini");
   const json report = json::parse(Run({"trace", "replay", "--json", "--config", faster, Path("e.vxtr")}).output);
   EXPECT_EQ(report["first_difference"], nullptr) << report;
