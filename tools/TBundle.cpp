@@ -150,10 +150,16 @@ bool TBundle::Close()
 void TBundle::SayContents() const
 {
   std::string names;
-  for (const TEntry& entry : entries_) names += entry.name + ", ";
+  bool hasTrace = false; // which is no text
+  for (const TEntry& entry : entries_) {
+    names += entry.name + ", ";
+    hasTrace |= entry.name.ends_with(".vxtr");
+  }
   Say(path_ + " has " + names + "manifest.json" +
       (keepsNames_ ? "" : "; names, paths and serial numbers are left out"));
-  Say("look through it before you send it: tar -xzOf " + path_ + " | less");
+  Say("look through it before you send it: tar -xzOf " + path_ + (hasTrace ? " --exclude '*.vxtr'" : "") +
+      " | less");
+  if (hasTrace) Say("tar -xzf " + path_ + " --one-top-level unpacks it for vxmcd trace print");
 }
 
 } // namespace vxtool

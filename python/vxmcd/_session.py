@@ -54,7 +54,7 @@ def camera_count() -> int:
 def _which_are_attached(count):
     if count == 0:
         return "none is attached; connect one and switch it on"
-    return f"attached are {', '.join(map(str, range(count)))}, as vxmcd.cameras() says"
+    return f"attached are {', '.join(map(str, range(count)))}; vxmcd.cameras() and vxmcd list describe them"
 
 
 def value_of(output):

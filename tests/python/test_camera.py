@@ -53,7 +53,7 @@ def test_no_such_camera(simulator):
         with pytest.raises(vxmcd.NoCameraError) as caught:
             vxmcd.Camera(number)
         assert (caught.value.function, caught.value.code) == ("vxmcd_SetCurrentCameraOfThread", 20066)
-        assert str(caught.value) == f"there is no camera {number}: attached are 0, 1, as vxmcd.cameras() says"
+        assert str(caught.value).startswith(f"there is no camera {number}: attached are 0, 1; ")
     with pytest.raises(TypeError, match=r"vxmcd.cameras\(\) lists them.*whole number, not 'RQ'"):
         vxmcd.Camera("RQ")
     simulator.configure("[Simulator]\nCameras = 0\n")
