@@ -53,9 +53,9 @@ def main():
     except (SpoolError, ImportError, OSError, ValueError) as error:
         sys.exit(f"photon_transfer: {error}")
     for run, exposure, mean, variance in zip(options.runs, result.exposures, result.means, result.variances):
-        print(f"{run}: {exposure} s, mean {mean!r}, variance {variance!r}")
-    print(f"gain {result.electrons_per_count!r} electrons per count, read noise {result.read_noise!r} electrons, "
-          f"offset {result.offset!r} counts")
+        print(f"{run}: {exposure:.6g} s, mean {mean:.6g}, variance {variance:.6g}")
+    print(f"gain {result.electrons_per_count:.6g} electrons per count, read noise {result.read_noise:.6g} electrons, "
+          f"offset {result.offset:.6g} counts")
 
 
 if __name__ == "__main__":

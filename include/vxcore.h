@@ -14,7 +14,8 @@
  * 3. Features are addressed by name, a NUL-terminated wide string, compared exactly. Which features a camera has,
  *    their kinds and their limits, depends on its model and on its other settings.
  * 4. Texts are written into a caller's buffer of `length` wide characters, terminator included.
- * 5. Every function may be called from any thread. Only VX_WaitBuffer() blocks.
+ * 5. Every function may be called from any thread. VX_WaitBuffer() waits for a frame. The other functions return when the
+ *    camera has answered: with one on a network or a bus VX_InitialiseLibrary(), VX_Open() and VX_Close() may take seconds.
  * 6. Each operation on enumerated features exists under two names, `...Enumerated...` and `...Enum...`, with the
  *    same meaning.
  *

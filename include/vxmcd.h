@@ -356,7 +356,7 @@ VXMCD_API unsigned int SetRandomTracks(int numTracks, int* areas);
  * @param readMode    not used
  * @param horzVert    0 horizontal, 1 vertical
  * @param maxBinning  written with the factor; 1 when it cannot be read
- * @return 0 for success, unlike every other function; #RC_P2_INVALID for another @p horzVert; #RC_P3_INVALID for a
+ * @return 0 for success, not #RC_SUCCESS; #RC_P2_INVALID for another @p horzVert; #RC_P3_INVALID for a
  *         null pointer; #RC_BINNING_QUERY_FAILED when the read fails
  */
 VXMCD_API unsigned int GetMaximumBinning(int readMode, int horzVert, int* maxBinning);
@@ -490,7 +490,8 @@ VXMCD_API unsigned int SetBaselineClamp(int state);
  */
 VXMCD_API unsigned int GetBaselineClamp(int* state);
 /**
- * Reports how full the camera's own memory is. Blocks while another thread is in ShutDown().
+ * Reports how full the camera's own memory is. Blocks while another thread is in ShutDown() of this camera; a thread without
+ * its own current camera (vxmcd_SetCurrentCameraOfThread()) also while another such thread is in ShutDown() of any camera.
  * @param percent  written with the fill in per cent of the memory, which may exceed 100. It **keeps its value, with
  *                 success,** when gain, shutter mode or the fill itself cannot be read: set it to a value such as -1
  *                 before the call

@@ -312,7 +312,7 @@ def test_photon_transfer(tmp_path, simulator, client):
     assert found.offset == pytest.approx(100, abs=0.5)
     here, there = (subprocess.run([sys.executable, EXAMPLE, *options, *names], capture_output=True, text=True, timeout=60)
                    for options in ([], ["--scheduler", client.scheduler.address]))
-    assert f"gain {found.electrons_per_count!r} electrons per count, read noise {found.read_noise!r}" in here.stdout
+    assert f"gain {found.electrons_per_count:.6g} electrons per count, read noise {found.read_noise:.6g}" in here.stdout
     assert there.stdout == here.stdout, there.stderr
     for runs, problem in ((["--window", "120,1,10x10", *names], "beyond the image"), (names[:1], "two levels"),
                           (names[:1] * 2, "two levels"), ([tmp_path], "acquisitionmetadata.ini")):

@@ -133,7 +133,7 @@ TEST_F(Check, EndsWhenTheCameraIsGone)
   const json back = ReportOf(second);
   EXPECT_EQ(gone["gone"], true);
   EXPECT_EQ(WithVerdict(gone, {"FAIL", "unstable", "warn"}).size(), 1U) << gone;
-  EXPECT_EQ(gone["checks"].back()["came"], "VX_Open: 53: the camera does not answer");
+  EXPECT_EQ(gone["checks"].back()["actual"], "VX_Open: 53: the camera does not answer");
   EXPECT_EQ(back["gone"], false);
   EXPECT_EQ(WithVerdict(back, {"FAIL", "unstable", "warn"}).size(), 1U) << back;
 }
@@ -147,7 +147,7 @@ TEST_F(Check, ReportsWhatWasExpectedAndTheLastCalls)
   EXPECT_THAT(text.output, HasSubstr("describe.versions           ok\nsettings.baseline           FAIL\n"
                                      "      rule: the baseline clamp reads back\n"
                                      "      the baseline clamp that was set\n"
-                                     "        expected: 0\n        came:     1\n      last calls:\n"));
+                                     "        expected: 0\n        actual:   1\n      last calls:\n"));
   EXPECT_THAT(text.output,
               HasSubstr("        SetBaselineClamp(0) = 20002 RC_SUCCESS\n"
                         "        GetBaselineClamp(1) = 20002 RC_SUCCESS\n      all calls: vxmcd trace print "));

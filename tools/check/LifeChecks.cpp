@@ -64,11 +64,11 @@ void ExpectAtMost(const char* what, TNames (*namesNow)(), const TNames& before)
     now = namesNow();
   }
   if (now.size() <= before.size()) return;
-  std::string came = std::to_string(now.size()) + ", with";
+  std::string actual = std::to_string(now.size()) + ", with";
   std::vector<std::string> added;
   std::set_difference(now.begin(), now.end(), before.begin(), before.end(), std::back_inserter(added));
-  for (const std::string& name : added) came += " " + name;
-  TCheckContext::Fail(what, std::to_string(before.size()) + " at most", came);
+  for (const std::string& name : added) actual += " " + name;
+  TCheckContext::Fail(what, std::to_string(before.size()) + " at most", actual);
 }
 
 void Reopen(TCheckContext& check)

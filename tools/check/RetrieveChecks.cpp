@@ -14,9 +14,9 @@ constexpr double kMaxOverrunSeconds = 5.0;
 
 using TPixels = std::vector<unsigned short>;
 
-void ExpectSame(const std::string& what, const TPixels& expected, const TPixels& came)
+void ExpectSame(const std::string& what, const TPixels& expected, const TPixels& actual)
 {
-  const auto [at, other] = std::mismatch(expected.begin(), expected.end(), came.begin());
+  const auto [at, other] = std::mismatch(expected.begin(), expected.end(), actual.begin());
   if (at == expected.end()) return;
   TCheckContext::Fail(what + ", pixel " + std::to_string(at - expected.begin()), std::to_string(*at),
                       std::to_string(*other));

@@ -121,7 +121,7 @@ bool TCheckCommand::HasFailed() const
   return std::any_of(done_.begin(), done_.end(), [](const TDone& done) { return !HasPassed(done.result); });
 }
 
-// What was expected, what came and the last calls, line by line.
+// What was expected, what it was and the last calls, line by line.
 std::string TCheckCommand::Details(const TDone& done, const std::string& indent) const
 {
   const TCheckResult& result = done.result;
@@ -134,7 +134,7 @@ std::string TCheckCommand::Details(const TDone& done, const std::string& indent)
   if (!result.expected.empty()) {
     add("", result.reason);
     add("  expected: ", result.expected);
-    add("  came:     ", result.came);
+    add("  actual:   ", result.actual);
   }
   if (!result.calls.empty()) add("last calls:", "");
   for (const std::string& call : result.calls) add("  ", call);
@@ -190,7 +190,7 @@ std::string TCheckCommand::ReportJson() const
                     {"verdict", VerdictName(result.verdict)},
                     {"reason", JsonTextOrNull(result.reason)},
                     {"expected", JsonTextOrNull(result.expected)},
-                    {"came", JsonTextOrNull(result.came)},
+                    {"actual", JsonTextOrNull(result.actual)},
                     {"calls", result.calls},
                     {"time_s", result.seconds},
                     {"trace_from_s", from},
@@ -228,7 +228,7 @@ ExitCode TCheckCommand::RunAll()
         result.verdict = Verdict::Failed;
         result.reason = "the camera afterwards";
         result.expected = "can be opened";
-        result.came = whyGone_;
+        result.actual = whyGone_;
       }
       done_.push_back({check, result, from, std::ceil(trace_.Seconds() * kPerSecond) / kPerSecond});
     } catch (const TCheckContext::TInterrupted&) {

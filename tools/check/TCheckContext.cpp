@@ -45,30 +45,30 @@ const char* VerdictName(Verdict verdict)
   }
 }
 
-void TCheckContext::Fail(const std::string& what, const std::string& expected, const std::string& came)
+void TCheckContext::Fail(const std::string& what, const std::string& expected, const std::string& actual)
 {
   TCheckResult result;
   result.verdict = Verdict::Failed;
   result.reason = what;
   result.expected = expected;
-  result.came = came;
+  result.actual = actual;
   throw TEnd{result};
 }
 
-void TCheckContext::ExpectCode(const std::string& what, unsigned int expected, unsigned int came)
+void TCheckContext::ExpectCode(const std::string& what, unsigned int expected, unsigned int actual)
 {
-  if (expected != came) Fail(what, CodeText(expected), CodeText(came));
+  if (expected != actual) Fail(what, CodeText(expected), CodeText(actual));
 }
 
-void TCheckContext::ExpectFeatureCode(const std::string& what, int expected, int came)
+void TCheckContext::ExpectFeatureCode(const std::string& what, int expected, int actual)
 {
-  Expect(expected == came, what, CodeText(expected), CodeText(came));
+  Expect(expected == actual, what, CodeText(expected), CodeText(actual));
 }
 
-void TCheckContext::ExpectWithin(const std::string& what, double expected, double tolerance, double came)
+void TCheckContext::ExpectWithin(const std::string& what, double expected, double tolerance, double actual)
 {
-  Expect(std::abs(expected - came) <= tolerance, what, Shown(expected) + " within " + Shown(tolerance),
-         Shown(came));
+  Expect(std::abs(expected - actual) <= tolerance, what, Shown(expected) + " within " + Shown(tolerance),
+         Shown(actual));
 }
 
 void TCheckContext::Skip(const std::string& reason)

@@ -53,19 +53,19 @@ public:
   }
 
   /// A failure: what was compared, what it should be and what it is.
-  [[noreturn]] static void Fail(const std::string& what, const std::string& expected, const std::string& came);
-  static void Expect(bool holds, const std::string& what, const std::string& expected, const std::string& came)
+  [[noreturn]] static void Fail(const std::string& what, const std::string& expected, const std::string& actual);
+  static void Expect(bool holds, const std::string& what, const std::string& expected, const std::string& actual)
   {
-    if (!holds) Fail(what, expected, came);
+    if (!holds) Fail(what, expected, actual);
   }
   template <typename Value>
-  static void ExpectEqual(const std::string& what, const Value& expected, const Value& came)
+  static void ExpectEqual(const std::string& what, const Value& expected, const Value& actual)
   {
-    if (expected != came) Fail(what, Shown(expected), Shown(came));
+    if (expected != actual) Fail(what, Shown(expected), Shown(actual));
   }
-  static void ExpectCode(const std::string& what, unsigned int expected, unsigned int came);
-  static void ExpectFeatureCode(const std::string& what, int expected, int came);
-  static void ExpectWithin(const std::string& what, double expected, double tolerance, double came);
+  static void ExpectCode(const std::string& what, unsigned int expected, unsigned int actual);
+  static void ExpectFeatureCode(const std::string& what, int expected, int actual);
+  static void ExpectWithin(const std::string& what, double expected, double tolerance, double actual);
 
   /// The camera has nothing that could be checked.
   [[noreturn]] static void Skip(const std::string& reason);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What came of a check.
+// The result of a check.
 #pragma once
 
 #include <string>
@@ -21,7 +21,7 @@ struct TCheckResult
   Verdict verdict = Verdict::Ok;
   std::string reason;             ///< of a skipped check or a warning; what was compared by a failed one
   std::string expected;           ///< of a failed check
-  std::string came;               ///< of a failed check
+  std::string actual;             ///< of a failed check
   std::vector<std::string> calls; ///< the last ones before a failure or a warning, with their results
   double seconds = 0.0;
 };

@@ -41,11 +41,9 @@ std::string TReplayFiles::PathFor(const std::string& function, const std::string
   // Without "..", so that it stays in the directory.
   const fs::path moved =
       fs::path(directory_) / "files" / fs::absolute(path, error).lexically_normal().relative_path();
-  if (!IsOneOf(function, {"SetSpool", "*SaveFile", "vxsys_EEPSV", "WritePrivateProfileString"}))
+  if (!IsOneOf(function, {"SetSpool", "*SaveFile", "vxsys_EEPSV"}))
     return fs::exists(moved, error) ? moved.string() : path;
   fs::create_directories(moved.parent_path(), error);
-  if (function == "WritePrivateProfileString" && !fs::exists(moved, error) && fs::is_regular_file(path, error))
-    fs::copy_file(path, moved, error); // which is changed, not made
   return moved.string();
 }
 
