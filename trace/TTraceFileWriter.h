@@ -11,8 +11,8 @@
 
 /// A mapped file that is divided into chunks, so that what was written into one is in the file however the process ends. The
 /// space of a chunk is allocated before it is used: a full disk is an answer here and never a signal. When the file has
-/// its longest size, or cannot grow, the oldest chunk behind those of the beginning is used again. Owned by TTraceRecorder, which
-/// locks it; the chunks that it hands out are written without a lock. The mapping stays for good.
+/// its longest size, or cannot grow, the oldest chunk behind those of the beginning is used again. Owned by TTraceRecorder,
+/// which locks it; chunks that were taken are written without a lock. The mapping is never removed.
 class TTraceFileWriter final
 {
 public:

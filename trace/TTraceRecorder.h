@@ -22,9 +22,9 @@ struct TTracedFunction
   const char* signature; ///< see TTraceSignature
 };
 
-/// Where the records of all threads go: gives them chunks of the file, which is made at the first call. Made when VXMCD_TRACE asks for a trace, and never
-/// destroyed, since threads may make calls until the process is gone. Thread-safe. What goes wrong is one line on standard
-/// error and ends the trace; no call of the program answers otherwise than without a trace.
+/// Where the records of all threads go: gives them chunks of the file, which is made at the first call. Made when VXMCD_TRACE
+/// asks for a trace, and never destroyed, since threads may make calls until the process is gone. Thread-safe. What goes wrong
+/// is one line on standard error and ends the trace; no call of the program answers otherwise than without a trace.
 class TTraceRecorder final
 {
 public:
