@@ -23,7 +23,6 @@ constexpr double kFactor = 10.0;
 constexpr double kMinWaitSeconds = 5.0;
 constexpr milliseconds kMaxPause{20};
 constexpr milliseconds kWatchPeriod{50};
-constexpr std::uint32_t kTimingCodes[] = {RC_SUCCESS, RC_NO_NEW_DATA, RC_IDLE, RC_ACQUIRING};
 
 TReplayOrder::Clock::duration Seconds(double seconds)
 {
@@ -49,40 +48,10 @@ long FirstOf(const TReplayArguments& arguments)
   return static_cast<long>(arguments.Values()[0]);
 }
 
-bool IsTimingCode(std::uint32_t code)
-{
-  return std::find(std::begin(kTimingCodes), std::end(kTimingCodes), code) != std::end(kTimingCodes);
-}
-
-// Their answers are other ones in each run.
-bool IsMeasured(const std::string& function)
-{
-  return IsOneOf(function, {"GetTemperature", "GetTemperatureF", "GetTemperatureStatus", "GetFIFOUsage",
-                            "vxmcd_GetSpoolSpace"});
-}
-
 bool ChangesHardware(const std::string& function)
 {
   return IsOneOf(function,
                  {"vxsys_*Set*", "vxsys_*Commit*", "vxsys_EEP*", "LoadEEPROM", "I2CBurstWrite", "TriggerBoard_*"});
-}
-
-// Those that give a handle; the others take one, or say which one is in use.
-bool MakesHandle(const std::string& function)
-{
-  return IsOneOf(function, {"GetCameraHandle", "GetSDK3Handle", "TriggerBoard_GetTriggerHandle"});
-}
-
-// Those that give each image once.
-bool TakesNextImage(const std::string& function)
-{
-  return function.starts_with("GetOldestImage");
-}
-
-// Handles of cameras are passed to other functions; the others belong to the feature library or the trigger board.
-std::string HandleKind(const TTraceFunction& function, const TTraceArgument& argument)
-{
-  return argument.bytes == 8 ? TReplayObjects::kCamera : function.name;
 }
 
 } // namespace
@@ -105,6 +74,7 @@ TReplay::TReplay(const TReplayPlan& plan, const TReplayFiles& files, const TSett
       files_(files),
       settings_(settings),
       report_(report),
+      comparison_(plan, objects_),
       order_(static_cast<std::size_t>(
           std::count_if(plan.Steps().begin(), plan.Steps().end(),
                         [](const TReplayStep& step) { return step.endRank != TReplayStep::kNone; }))),
@@ -204,7 +174,7 @@ void TReplay::MakeStep(std::size_t index, TReplayRoom& room)
         const std::lock_guard lock(mutex_);
         events_[index] = Clock::now();
       }
-      return Compare(index, replayed);
+      return Report(index, replayed);
     }
     if (!order_.AwaitTime(Clock::now() + pause)) return;
   }
@@ -267,101 +237,27 @@ unsigned int TReplay::Observe(void* /*context*/)
 bool TReplay::ShallRepeat(std::size_t index, const TTraceCall& replayed, Clock::time_point begin)
 {
   const TReplayStep& step = plan_.Steps()[index];
-  const TTraceCall& recorded = *step.call;
-  if (recorded.state != CallState::Ended || replayed.state != CallState::Ended) return false;
-  if (recorded.Code() != RC_SUCCESS || HadItsImageBefore(index, replayed)) return false;
-  bool isEarly = replayed.Code() == RC_NO_NEW_DATA || replayed.Code() == RC_ACQUIRING;
-  if (!isEarly && step.run != TReplayStep::kNone && replayed.Code() == RC_SUCCESS) {
-    const auto before = recorded.Values();
-    const auto now = replayed.Values();
-    const auto& arguments = recorded.function->signature.Arguments();
-    for (std::size_t i = 0; i < now.size(); ++i)
-      isEarly |= arguments[i].isOutput && arguments[i].name != "ticks" && now[i].kind == before[i].kind &&
-                 now[i].whole < before[i].whole;
-  }
-  if (!isEarly) return false;
+  if (!comparison_.IsEarly(index, replayed)) return false;
   const std::lock_guard lock(mutex_);
   if (runsWithoutWaits_.count(step.run) > 0) return false;
-  if (Clock::now() - begin < LongestWait(recorded)) return true;
+  if (Clock::now() - begin < LongestWait(*step.call)) return true;
   runsWithoutWaits_.insert(step.run);
   return false;
 }
 
-// Where the program found no image yet, the replay may find one. It is missing at a later call then.
-void TReplay::NoteEarlyImage(std::size_t index, const TTraceCall& replayed)
-{
-  const TReplayStep& step = plan_.Steps()[index];
-  if (!TakesNextImage(step.call->function->name) || replayed.state != CallState::Ended) return;
-  const std::lock_guard lock(mutex_);
-  if (step.call->Code() == RC_NO_NEW_DATA && replayed.Code() == RC_SUCCESS) ++earlyImages_[step.series];
-  if (step.call->Code() == RC_SUCCESS && replayed.Code() == RC_NO_NEW_DATA && earlyImages_[step.series] > 0)
-    --earlyImages_[step.series];
-}
-
-bool TReplay::HadItsImageBefore(std::size_t index, const TTraceCall& replayed)
-{
-  const TReplayStep& step = plan_.Steps()[index];
-  if (!TakesNextImage(step.call->function->name) || replayed.Code() != RC_NO_NEW_DATA) return false;
-  const std::lock_guard lock(mutex_);
-  const auto early = earlyImages_.find(step.series);
-  return early != earlyImages_.end() && early->second > 0;
-}
-
-void TReplay::Compare(std::size_t index, const TTraceCall& replayed)
+void TReplay::Report(std::size_t index, const TTraceCall& replayed)
 {
   const TTraceCall& recorded = *plan_.Steps()[index].call;
   if (recorded.state == CallState::Open)
     report_.Remark(recorded.function->name + "() did not return in the trace, and has returned now");
-  if (recorded.state == CallState::Open || recorded.state == CallState::Unknown) return report_.NoteSame();
-  const bool isSame = recorded.state == replayed.state &&
-                      (recorded.state == CallState::Thrown || HasSameOutputs(recorded, replayed));
-  if (isSame)
-    report_.NoteSame();
-  else if (IsTiming(index, replayed))
-    report_.NoteTiming(index, replayed);
-  else
-    report_.NoteDifference(index, replayed);
-  NoteEarlyImage(index, replayed);
-}
-
-bool TReplay::HasSameOutputs(const TTraceCall& recorded, const TTraceCall& replayed)
-{
-  const TTraceSignature& signature = recorded.function->signature;
-  const TTraceValue result = recorded.Result();
-  if (result.kind == TTraceValue::Kind::Object
-          ? !objects_.Matches("object", result.whole, replayed.Result().whole, true)
-          : result != replayed.Result())
-    return false;
-  const auto before = recorded.Values();
-  const auto now = replayed.Values();
-  for (std::size_t i = 0; i < now.size(); ++i) {
-    const TTraceArgument& argument = signature.Arguments()[i];
-    // Clock values are other ones each time, and pixels have noise.
-    if (!argument.isOutput || argument.type == TraceType::Pixels || argument.name == "ticks") continue;
-    const bool isHandle = argument.name == "handle" && now[i].kind == before[i].kind;
-    if (isHandle ? !objects_.Matches(HandleKind(*recorded.function, argument), before[i].whole, now[i].whole,
-                                     recorded.Code() == RC_SUCCESS && MakesHandle(recorded.function->name))
-                 : now[i] != before[i])
-      return false;
+  switch (comparison_.Compare(index, replayed)) {
+  case TReplayComparison::Verdict::Same:
+    return report_.NoteSame();
+  case TReplayComparison::Verdict::Timing:
+    return report_.NoteTiming(index, replayed);
+  case TReplayComparison::Verdict::Different:
+    return report_.NoteDifference(index, replayed);
   }
-  return true;
-}
-
-bool TReplay::IsTiming(std::size_t index, const TTraceCall& replayed)
-{
-  const TReplayStep& step = plan_.Steps()[index];
-  const TTraceCall& recorded = *step.call;
-  if (recorded.state != CallState::Ended || replayed.state != CallState::Ended) return false;
-  if (IsMeasured(recorded.function->name)) return !recorded.HasFailed() && !replayed.HasFailed();
-  if (!DependsOnRun(recorded.function->name)) return false;
-  // An image that the program got and the replay, which has waited for it, did not get is missing. Waits may find that an
-  // image has come before.
-  const bool isMissing = recorded.Code() == RC_SUCCESS && replayed.Code() == RC_NO_NEW_DATA &&
-                         !IsWait(recorded.function->name) && !HadItsImageBefore(index, replayed);
-  if (isMissing || !IsTimingCode(recorded.Code()) || !IsTimingCode(replayed.Code())) return false;
-  if (recorded.function->name != "GetStatus") return true;
-  return IsTimingCode(static_cast<std::uint32_t>(recorded.Value("status").whole)) &&
-         IsTimingCode(static_cast<std::uint32_t>(replayed.Value("status").whole));
 }
 
 void TReplay::NoteUnderWay(std::size_t step, long camera)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/replay/TReplayArguments.h"
+#include "tools/replay/TReplayComparison.h"
 #include "tools/replay/TReplayFiles.h"
 #include "tools/replay/TReplayObjects.h"
 #include "tools/replay/TReplayOrder.h"
@@ -59,11 +60,7 @@ private:
   TTraceCall MakeCall(std::size_t index, const TReplayFunction& function, const TReplayArguments& arguments,
                       TReplayRoom& room, std::vector<std::byte>& outputs);
   bool ShallRepeat(std::size_t index, const TTraceCall& replayed, Clock::time_point begin);
-  void Compare(std::size_t index, const TTraceCall& replayed);
-  void NoteEarlyImage(std::size_t index, const TTraceCall& replayed);
-  bool HadItsImageBefore(std::size_t index, const TTraceCall& replayed);
-  bool HasSameOutputs(const TTraceCall& recorded, const TTraceCall& replayed);
-  bool IsTiming(std::size_t index, const TTraceCall& replayed);
+  void Report(std::size_t index, const TTraceCall& replayed);
   void CancelLateWaits();
   bool HasHung();
   void NoteUnderWay(std::size_t step, long camera);
@@ -75,6 +72,7 @@ private:
   const TSettings settings_;
   TReplayReport& report_;
   TReplayObjects objects_;
+  TReplayComparison comparison_;
   TReplayOrder order_;
   Clock::time_point begin_;
   std::vector<std::thread> threads_; // of the thread that starts them
@@ -87,8 +85,6 @@ private:
   std::vector<TUnderWay> underWay_;                 // guarded by mutex_
   std::map<std::size_t, Clock::time_point> events_; // guarded by mutex_; by the step
   std::set<std::size_t> runsWithoutWaits_;          // guarded by mutex_; in which an image did not come
-  std::map<std::size_t, std::size_t>
-      earlyImages_; // guarded by mutex_; by the series: taken before the program did
 
   static thread_local TInner* inner_;
   static thread_local long cameraOfThread_; // 0: it has none of its own
