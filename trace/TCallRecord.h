@@ -36,6 +36,7 @@ private:
   bool isEnded_ = false;
   const std::uint64_t* const values_;
   TTraceThread& thread_;
+  const std::uint16_t call_;
   TraceFormat::TPixels* const outerPixels_;
   TraceFormat::TPixels pixels_ = {};
 };

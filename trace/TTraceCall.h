@@ -62,6 +62,7 @@ struct TTraceCall
   const TTraceFunction* function = nullptr;
   std::uint32_t thread = 0; ///< from 1, in the order of their first calls
   unsigned int depth = 0;   ///< calls of its thread that it is inside of
+  std::uint16_t number = 0; ///< tells it from other calls of its thread, but for 65536 of them
   CallState state = CallState::Open;
   double beginSeconds = 0.0;          ///< s since the start of the trace
   double endSeconds = 0.0;            ///< only when it has one

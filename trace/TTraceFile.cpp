@@ -223,15 +223,16 @@ void TTraceFile::AddRecord(const TRecordHeader& header, std::span<const std::byt
   const double time = SecondsOf(header.ticks);
   if (header.kind == Kind::Begin) {
     thread.open.push_back(calls_.size());
-    calls_.push_back({function, thread.number, header.depth, CallState::Open, time, 0.0, contents, {}});
+    calls_.push_back(
+        {function, thread.number, header.depth, header.call, CallState::Open, time, 0.0, contents, {}});
     return;
   }
   if (header.kind != Kind::End && header.kind != Kind::Thrown) return;
-  std::size_t index = TakeInnermost(thread.open, *function);
-  if (index == kNoCall) index = TakeInnermost(thread.uncertain, *function);
+  std::size_t index = TakeCall(thread.open, *function, header.call);
+  if (index == kNoCall) index = TakeCall(thread.uncertain, *function, header.call);
   if (index == kNoCall) {
     index = calls_.size();
-    calls_.push_back({function, thread.number, header.depth, CallState::Open, time, 0.0, {}, {}});
+    calls_.push_back({function, thread.number, header.depth, header.call, CallState::Open, time, 0.0, {}, {}});
   }
   TTraceCall& call = calls_[index];
   call.state = header.kind == Kind::End ? CallState::Ended : CallState::Thrown;
@@ -239,15 +240,18 @@ void TTraceFile::AddRecord(const TRecordHeader& header, std::span<const std::byt
   call.outputs = contents;
 }
 
-std::size_t TTraceFile::TakeInnermost(std::vector<std::size_t>& calls, const TTraceFunction& function) const
+// Calls inside of it have ended, too, where that was dropped.
+std::size_t TTraceFile::TakeCall(std::vector<std::size_t>& calls, const TTraceFunction& function,
+                                 std::uint16_t number)
 {
-  for (std::size_t i = calls.size(); i-- > 0;) {
-    const std::size_t call = calls[i];
-    if (calls_[call].function != &function) continue;
-    calls.resize(i); // one whose end was dropped may be inside of it
-    return call;
-  }
-  return kNoCall;
+  const auto found = std::find_if(calls.rbegin(), calls.rend(), [&](std::size_t call) {
+    return calls_[call].function == &function && calls_[call].number == number;
+  });
+  if (found == calls.rend()) return kNoCall;
+  const std::size_t call = *found;
+  for (auto inner = found.base(); inner != calls.end(); ++inner) calls_[*inner].state = CallState::Unknown;
+  calls.erase(found.base() - 1, calls.end());
+  return call;
 }
 
 TTraceFile::TThreadState& TTraceFile::ThreadOf(std::uint32_t system)

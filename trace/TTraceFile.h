@@ -83,7 +83,7 @@ private:
   void ParseRecords(const TChunk& chunk, TThreadState*& thread);
   void AddRecord(const TraceFormat::TRecordHeader& header, std::span<const std::byte> contents,
                  TThreadState& thread);
-  std::size_t TakeInnermost(std::vector<std::size_t>& calls, const TTraceFunction& function) const;
+  std::size_t TakeCall(std::vector<std::size_t>& calls, const TTraceFunction& function, std::uint16_t number);
   TThreadState& ThreadOf(std::uint32_t system);
   void MeasureClock(const std::vector<TChunk>& chunks);
   double SecondsOf(std::uint64_t ticks) const;

@@ -55,15 +55,16 @@ std::byte* TTraceThread::BeginRecord() noexcept
   return position_ + sizeof(TRecordHeader);
 }
 
-void TTraceThread::FinishRecord(Kind kind, std::uint16_t function, std::uint64_t ticks,
+void TTraceThread::FinishRecord(Kind kind, std::uint16_t function, std::uint16_t call, std::uint64_t ticks,
                                 const std::byte* end) noexcept
 {
-  Write(kind, function, ticks, end);
+  Write(kind, function, call, ticks, end);
   std::atomic_signal_fence(std::memory_order_seq_cst);
   isBusy_ = false;
 }
 
-void TTraceThread::Write(Kind kind, std::uint16_t function, std::uint64_t ticks, const std::byte* end) noexcept
+void TTraceThread::Write(Kind kind, std::uint16_t function, std::uint16_t call, std::uint64_t ticks,
+                         const std::byte* end) noexcept
 {
   const std::size_t size = (static_cast<std::size_t>(end - position_) + 7) / 8 * 8;
   auto* const record = reinterpret_cast<TRecordHeader*>(position_);
@@ -73,7 +74,7 @@ void TTraceThread::Write(Kind kind, std::uint16_t function, std::uint64_t ticks,
   record->kind = kind;
   record->depth = static_cast<std::uint8_t>(depth_ < 255 ? depth_ : 255);
   record->function = function;
-  record->reserved = 0;
+  record->call = call;
   record->ticks = ticks;
   __atomic_store_n(&record->size, static_cast<std::uint16_t>(size), __ATOMIC_RELEASE);
 }
@@ -82,7 +83,7 @@ void TTraceThread::WriteValue(Kind kind, const void* value, std::size_t size) no
 {
   std::byte* const contents = position_ + sizeof(TRecordHeader);
   std::memcpy(contents, value, size);
-  Write(kind, 0, Trace::Ticks(), contents + size);
+  Write(kind, 0, 0, Trace::Ticks(), contents + size);
 }
 
 void TTraceThread::WriteCounts() noexcept
@@ -146,7 +147,7 @@ void TTraceThread::WritePixels(std::uint32_t image, const std::byte* pixels, std
         offset};
     std::memcpy(begin, &part, sizeof part);
     std::memcpy(begin + sizeof part, pixels + offset, part.bytes);
-    FinishRecord(Kind::Pixels, 0, Trace::Ticks(), begin + sizeof part + part.bytes);
+    FinishRecord(Kind::Pixels, 0, 0, Trace::Ticks(), begin + sizeof part + part.bytes);
   }
 }
 

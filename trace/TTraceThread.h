@@ -18,8 +18,11 @@ public:
   /// record of this thread is being written. FinishRecord() must follow.
   std::byte* BeginRecord() noexcept;
   /// Puts the record into the file; its contents end at @p end.
-  void FinishRecord(TraceFormat::Kind kind, std::uint16_t function, std::uint64_t ticks,
+  void FinishRecord(TraceFormat::Kind kind, std::uint16_t function, std::uint16_t call, std::uint64_t ticks,
                     const std::byte* end) noexcept;
+
+  /// The number of a call that begins; they begin anew after 65535.
+  std::uint16_t NextCall() noexcept { return ++calls_; }
 
   /// Calls that are under way in this thread and recorded.
   unsigned int Depth() const noexcept { return depth_; }
@@ -46,7 +49,8 @@ public:
 private:
   bool NextChunk() noexcept;
   void WriteCounts() noexcept;
-  void Write(TraceFormat::Kind kind, std::uint16_t function, std::uint64_t ticks, const std::byte* end) noexcept;
+  void Write(TraceFormat::Kind kind, std::uint16_t function, std::uint16_t call, std::uint64_t ticks,
+             const std::byte* end) noexcept;
   void WriteValue(TraceFormat::Kind kind, const void* value, std::size_t size) noexcept;
 
   static thread_local TTraceThread current_;
@@ -55,6 +59,7 @@ private:
   std::byte* end_ = nullptr;
   bool isBusy_ = false;
   bool hasEnded_ = false;
+  std::uint16_t calls_ = 0;
   unsigned int depth_ = 0;
   std::uint64_t dropped_ = 0;
   TraceFormat::TPixels* pixels_ = nullptr;

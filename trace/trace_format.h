@@ -59,7 +59,7 @@ struct TRecordHeader
   Kind kind;
   std::uint8_t depth; ///< of Begin: how many calls of this thread are under way already
   std::uint16_t function;
-  std::uint16_t reserved;
+  std::uint16_t call; ///< of Begin, End and Thrown: the lowest bits of the number of the call in its thread
   std::uint64_t ticks;
 };
 static_assert(sizeof(TRecordHeader) == 16);

@@ -187,7 +187,8 @@ TEST_F(Trace, KeepsBeginningAndEndWithinItsLimit)
     EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
     for (const TTraceCall& call : file.Calls()) EXPECT_NE(call.state, CallState::Open);
   };
-  const TEnding limited = Run({"calls", std::to_string(kCalls)}, ",limit=2M");
+  // Calls into the feature library begin and end in other chunks, and one call goes on during all others.
+  const TEnding limited = Run({"inside", TRACED_POTS, std::to_string(kCalls)}, ",limit=2M");
   EXPECT_EQ(limited.errors, "");
   expectEnds(Read());
   EXPECT_LT(std::filesystem::file_size(Path()), 3U << 20);
@@ -206,7 +207,7 @@ TEST_F(Trace, KeepsBeginningAndEndWithinItsLimit)
 
 TEST_F(Trace, IsOfOneProcess)
 {
-  Run({"fork"});
+  EXPECT_EQ(Run({"fork"}).errors, "");
   EXPECT_THAT(Numbers(Read()), ElementsAre(1, 3, 4));
 
   const pid_t parent = Start({"fork"}, "-%p");

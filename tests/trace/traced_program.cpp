@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A program to be traced: traced_program WAY [NUMBER]. Each way ends it differently, or works in another way until its end.
+// A program to be traced: traced_program WAY [NUMBER or FILE [NUMBER]]. Each way ends it differently, or works in another way until its end.
 #include "vxmcd.h"
 
 #include <csignal>
@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -78,6 +79,22 @@ void ThrowThroughACall(const char* potFile)
   } catch (const std::runtime_error&) {
     Call(1);
   }
+}
+
+// Calls that do and do not call the feature library.
+unsigned int CallOnce(void* context)
+{
+  int isOn = 0;
+  const int count = std::exchange(*static_cast<int*>(context), 0);
+  for (int number = 0; number < count; ++number) Call(1, number), IsCoolerOn(&isOn);
+  return 0;
+}
+
+void CallInsideACall(const char* potFile, int count)
+{
+  Initialize(nullptr);
+  vxsys_CameraPotsRegisterObserver(CallOnce, &count);
+  vxsys_CameraPotsLoadFile(potFile);
 }
 
 unsigned int Ignore(void* /*context*/)
@@ -153,6 +170,7 @@ int main(int argc, char** argv)
       {"fork", [=] { CallInFork(); }},
       {"signals", [=] { CallUnderSignals(); }},
       {"throw", [=] { ThrowThroughACall(last); }},
+      {"inside", [=] { CallInsideACall(last, std::atoi(argv[3])); }},
       {"image", [] { TakeAnImage(); }},
       {"home", [=] { SetSpool(1, 3, argv[2]); }},
   };
