@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 
 namespace vxtool {
 
@@ -19,6 +20,13 @@ void AddImageFileOptions(CLI::App& app, TOutputOptions& output, const std::strin
   app.add_option("--image-type", output.imageType, "What the images show, for the file")
       ->check(OneOf(types))
       ->group(group);
+}
+
+std::string FilesText(const TOutputOptions& output, long images)
+{
+  if (!output.isFileForEach && (output.format != FileFormat::Png || images == 1)) return output.file;
+  const std::filesystem::path path(output.file);
+  return (path.parent_path() / (path.stem().string() + "-*" + path.extension().string())).string();
 }
 
 std::string CompleteOutput(TOutputOptions& output, const TFormats& formats)

@@ -22,5 +22,7 @@ struct TFormats
 void AddImageFileOptions(CLI::App& app, TOutputOptions& output, const std::string& group);
 /// Finds the format of an output file by its name unless it was given. Returns what is wrong, "" for nothing.
 std::string CompleteOutput(TOutputOptions& output, const TFormats& formats);
+/// The output file as a report names it: "run-*.fits" when each of these images has its own.
+std::string FilesText(const TOutputOptions& output, long images);
 
 } // namespace vxtool

@@ -5,6 +5,7 @@
 #include "runs/host_time.h"
 #include "tools/CameraDescription.h"
 #include "tools/Messages.h"
+#include "tools/OutputOptions.h"
 #include "tools/RunReport.h"
 #include "tools/TCoolingWait.h"
 #include "tools/TInterrupt.h"
@@ -281,7 +282,8 @@ bool TAcquireCommand::PrintReport(const TRunResult& result)
   summary.isWrittenKnown = result.isWrittenKnown;
   summary.seconds = result.seconds;
   summary.spoolDirectory = options_.spool.directory;
-  summary.output = result.hasOutput ? options_.output.file : "";
+  if (result.hasOutput)
+    summary.output = isJson_ ? options_.output.file : FilesText(options_.output, summary.counts.written);
   summary.shape = shape_;
   summary.facts = facts_;
   summary.camera = cameraNumber_;

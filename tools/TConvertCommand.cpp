@@ -5,6 +5,7 @@
 #include "tools/ConversionReport.h"
 #include "tools/ImageData.h"
 #include "tools/Messages.h"
+#include "tools/OutputOptions.h"
 #include "tools/RunReport.h"
 #include "tools/TInterrupt.h"
 #include "tools/TProgressLine.h"
@@ -216,9 +217,10 @@ bool TConvertCommand::PrintReport() const
 {
   const bool isFailed = isOutputFailed_ || conversion_->LastGrowth() == Growth::Replaced;
   const std::string outcome = isFailed ? "failed" : end_ == RunEnd::Interrupted ? "interrupted" : "complete";
-  const std::string output = Written() > 0 ? options_.output.file : "";
-  if (isJson_) return Print(ConversionJson(run_, *conversion_, outcome, output, depth_));
-  return options_.isQuiet || Print(ConversionText(run_, *conversion_, outcome, output, depth_));
+  if (!isJson_ && options_.isQuiet) return true;
+  const std::string file = isJson_ ? options_.output.file : FilesText(options_.output, Written());
+  const auto report = isJson_ ? ConversionJson : ConversionText;
+  return Print(report(run_, *conversion_, outcome, Written() > 0 ? file : "", depth_));
 }
 
 } // namespace vxtool

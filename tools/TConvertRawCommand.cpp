@@ -3,6 +3,7 @@
 #include "tools/TConvertRawCommand.h"
 
 #include "tools/Json.h"
+#include "tools/OutputOptions.h"
 #include "tools/RunReport.h"
 #include "tools/TInterrupt.h"
 
@@ -107,7 +108,8 @@ bool TConvertRawCommand::PrintReport(ExitCode code) const
   }
   return options_.isQuiet ||
          Print(ReportHeadline(outcome, seconds_, taken_) + ReportRow("images asked for", asked_) +
-               ReportRow("written", outputs_.ImagesWritten(), output));
+               ReportRow("written", outputs_.ImagesWritten(),
+                         output.empty() ? "" : FilesText(options_.output, outputs_.ImagesWritten())));
 }
 
 } // namespace vxtool
