@@ -18,7 +18,7 @@ from conftest import FREE, REAL, frame_number
 aiohttp = pytest.importorskip("aiohttp", reason="the live view needs python3-aiohttp")
 import aiohttp.web  # noqa: E402
 
-from vxmcd.live import _camera_worker, _credit, _recording, _server, _wire  # noqa: E402
+from vxmcd.live import _camera_worker, _credit, _failure, _recording, _server, _wire  # noqa: E402
 from vxmcd.live._access import Access, check_token  # noqa: E402
 from vxmcd.live._frames import Frames, Image, View, block_means, saturation_map, stretched  # noqa: E402
 from vxmcd.live._state import Control, State  # noqa: E402
@@ -207,7 +207,7 @@ def test_a_camera_that_comes_back_has_its_settings(simulator, tmp_path, monkeypa
 
 
 def test_a_live_run_that_fails_is_started_again_and_a_recording_is_not(simulator, tmp_path, monkeypatch):
-    monkeypatch.setattr(_camera_worker, "_RESTART_SECONDS", 0.05)
+    monkeypatch.setattr(_failure, "_FIRST_SECONDS", 0.05)
     simulator.configure(REAL)
     worker, frames, statuses = worker_of(tmp_path)
     try:

@@ -16,12 +16,12 @@ from typing import Callable, Dict, Optional
 import numpy as np
 
 from .. import _run, raw
-from .._area import Area
 from .._run import Run
 from .._tick_gaps import TickGaps
 from ..camera import Camera
 from ..errors import CameraStateError, ClippedWarning, VxmcdError
-from . import _description
+from . import _description, _settings_change
+from ._failure import Failure
 from ._frames import Frames, Image
 from ._recording import Recording, check_name, images_to_record
 
@@ -35,14 +35,7 @@ _RATE_SECONDS = 2.0  # rates are means over this time
 _LONGER_CYCLE_SECONDS = 0.5  # a run continues when the cycle becomes longer by so much
 _UNWATCHED_SECONDS = 10.0  # then a live run stops
 _REOPEN_SECONDS = 5.0
-_RESTART_SECONDS, _MAX_RESTART_SECONDS = 1.0, 16.0  # the time doubles with each run that fails without an image
-_RESTARTED_SECONDS = 10.0  # for which the pages say that a run was started again
-_PASSING = (raw.RC_STATUS_TIMED_OUT, raw.RC_STATUS_HARDWARE_OVERFLOW)  # ends of a run after which another one may go well
 _MAX_COST = 0.5  # part of a processor that images may take
-_DURING_RUN = ("exposure", "cycle_time", "frame_rate", "target_temperature", "cooler", "fan")
-_DURING_RECORDING = ("target_temperature", "cooler", "fan")
-SETTINGS = ("exposure", "cycle_time", "frame_rate", "trigger_mode", "overlap", "area", "binning", "bits", "encoding", "gain",
-            "amplifier", "ad_channel", "readout_speed", "baseline_clamp", "target_temperature", "cooler", "fan")
 
 
 class _Rate:
@@ -90,12 +83,7 @@ class CameraWorker:
         self._run: Optional[Run] = None
         self._recording: Optional[Recording] = None
         self._last_recording: Optional[Dict[str, object]] = None
-        self._error: Optional[Dict[str, object]] = None
-        self._has_failed = False
-        self._restart_at: Optional[float] = None  # when a run that failed is to be started again
-        self._restart_seconds = _RESTART_SECONDS
-        self._restarted: Optional[Dict[str, object]] = None  # the error of the run before
-        self._restarted_at = 0.0
+        self._failure = Failure()
         self._run_number = 0
         self._next_open = self._next_status = self._next_temperature = self._next_image = 0.0
         self._camera_status: Dict[str, object] = {}
@@ -136,7 +124,7 @@ class CameraWorker:
             return "closed"
         if self._recording is not None:
             return "recording"
-        if self._has_failed:
+        if self._failure.is_unresolved:
             return "failed"
         return "live" if self._run is not None else "idle"
 
@@ -163,7 +151,7 @@ class CameraWorker:
                 self._reopen()
         elif self._run is not None:
             self._follow_run()
-        elif self._may_run(now) and self._is_watched():
+        elif self._failure.may_run(now) and self._is_watched():
             self._start_run()
         now = time.monotonic()
         if self._camera is not None and now >= self._next_temperature:
@@ -177,9 +165,6 @@ class CameraWorker:
 
     def _is_watched(self):
         return self._viewers > 0 or time.monotonic() - self._unwatched_since < _UNWATCHED_SECONDS
-
-    def _may_run(self, now):
-        return not self._has_failed or (self._restart_at is not None and now >= self._restart_at)
 
     # Commands
 
@@ -212,11 +197,8 @@ class CameraWorker:
     def _do_set(self, name, value):
         """Sets an attribute of the camera. Returns the value in force and, when it differs, a note."""
         camera = self._need_camera()
-        if name not in SETTINGS:
-            raise ValueError(f"there is no setting {name!r}")
-        if name == "bits" and value not in (None, 8, 16):
-            raise ValueError("the live view takes 8 or 16 bits")
-        if self._recording and name not in _DURING_RECORDING:
+        _settings_change.check(name, value)
+        if self._recording and name not in _settings_change.DURING_RECORDING:
             raise CameraStateError("a recording is under way: stop it first")
         with warnings.catch_warnings(record=True) as notes:
             warnings.simplefilter("always", ClippedWarning)
@@ -235,7 +217,7 @@ class CameraWorker:
         return answer
 
     def _set_now_or_between_runs(self, camera, name, value):
-        if self._run is None or name in _DURING_RUN:
+        if self._run is None or name in _settings_change.DURING_RUN:
             try:
                 self._set(camera, name, value)
                 return
@@ -255,51 +237,9 @@ class CameraWorker:
         self._set(camera, name, value)  # the run starts again by itself
 
     def _set(self, camera, name, value):
-        if name == "fan":
-            camera.set_fan(value)
-        elif name == "area":
-            self._set_area(camera, value)
-        elif name in ("bits", "encoding"):
-            self._set_depth(camera, name, value)
-        else:
-            setattr(camera, name, tuple(value) if name == "binning" and isinstance(value, list) else value)
+        _settings_change.apply(camera, name, value)
         if name in ("exposure", "cycle_time", "frame_rate"):
             self._gaps.restart()
-
-    @staticmethod
-    def _set_depth(camera, name, value):
-        """Bits and encoding have to go together, which the camera says at the start of a run only."""
-        before = camera._bits if name == "bits" else camera.encoding
-        setattr(camera, name, value)
-        try:
-            camera._check_bits()
-        except ValueError:
-            setattr(camera, name, before)
-            raise
-
-    @staticmethod
-    def _set_area(camera, value):
-        """Sets the area that was drawn, or the next smaller one that the camera takes."""
-        if value is None:
-            camera.area = None
-            return
-        width, height = camera.sensor_size
-        if not isinstance(value, list) or len(value) != 4 or not all(type(number) is int for number in value):
-            raise ValueError("an area is [left, top, width, height] in sensor pixels, the first being 1, or null")
-        left, top = min(max(value[0], 1), width), min(max(value[1], 1), height)
-        right, bottom = min(value[0] + value[2], width + 1), min(value[1] + value[3], height + 1)
-        refusal = None
-        for unit in (1, 2, 4, 8, 16, 32, 64):
-            units = [unit * binning for binning in camera.binning]
-            sides = [max((end - first) // step, 1) * step
-                     for first, end, step in zip((left, top), (right, bottom), units)]
-            first = [(at - 1) // unit * unit + 1 for at in (left, top)]
-            try:
-                camera.area = Area(*first, *sides)
-                return
-            except (VxmcdError, ValueError) as error:
-                refusal = refusal or error
-        raise refusal
 
     def _do_trigger(self):
         camera = self._need_camera()
@@ -309,7 +249,7 @@ class CameraWorker:
 
     def _do_start(self):
         """Runs again after a failure."""
-        self._error, self._has_failed, self._restart_at = None, False, None
+        self._failure.clear()
         self._next_open = 0.0
 
     def _do_record(self, name, images, seconds):
@@ -365,7 +305,7 @@ class CameraWorker:
             self._camera = None
             camera.close()
             raise
-        self._error, self._has_failed, self._restart_at = None, False, None
+        self._failure.clear()
         self._on_status({"opened": self._camera_status["camera"]})
 
     def _reopen(self):
@@ -373,7 +313,7 @@ class CameraWorker:
         try:
             self._open()
         except Exception as error:
-            self._error = _description.problem(error)
+            self._failure.note(error, time.monotonic(), may_restart=False)
 
     def _close(self):
         camera, self._camera = self._camera, None
@@ -388,10 +328,7 @@ class CameraWorker:
     def _fail(self, error):
         """A run or a call has failed. A camera that does not answer any more is closed, and opened again later."""
         _log.error("%s", error, exc_info=not isinstance(error, (VxmcdError, CameraStateError, ValueError)))
-        self._error, self._has_failed, self._restart_at = _description.problem(error), True, None
-        if isinstance(error, VxmcdError) and error.code in _PASSING and not self._recording:
-            self._restart_at = time.monotonic() + self._restart_seconds
-            self._restart_seconds = min(2 * self._restart_seconds, _MAX_RESTART_SECONDS)
+        self._failure.note(error, time.monotonic(), may_restart=not self._recording)
         for end in (self._end_recording, self._stop_run):
             try:
                 end()
@@ -463,8 +400,8 @@ class CameraWorker:
             self._last_arrival = now
         self._total = total
         self._rate.add(now, total)
-        if total > 0 and self._has_failed:
-            self._recover(now)
+        if total > 0:
+            self._failure.recover(now)
         if last > self._last and now >= self._next_image:
             self._fetch(run, last, now)
         if status == raw.RC_IDLE and self._recording:
@@ -476,12 +413,6 @@ class CameraWorker:
                 self._end_recording()
         elif not self._is_watched():
             self._stop_run()
-
-    def _recover(self, now):
-        """The run that was started after a failure has an image."""
-        self._restarted, self._restarted_at = self._error, now
-        self._error, self._has_failed, self._restart_at = None, False, None
-        self._restart_seconds = _RESTART_SECONDS
 
     def _fetch(self, run, number, now):
         camera = self._camera
@@ -524,8 +455,8 @@ class CameraWorker:
             return None
         settings = self._camera_status["settings"]
         now = time.monotonic()
-        if self._restarted and now - self._restarted_at < _RESTARTED_SECONDS:
-            return "the run failed ({code} {name}) and was started again".format(**self._restarted)
+        if self._failure.notice(now):
+            return self._failure.notice(now)
         quiet = now - self._last_arrival
         cycle = max(settings["cycle_time"] or 0.0, settings["exposure"] or 0.0)
         if quiet <= 3 * cycle + 2:
@@ -536,8 +467,8 @@ class CameraWorker:
         """Sends the server the present values."""
         is_open, is_running = self._camera is not None, self._run is not None
         values = {
-            "state": self.state, "number": self.number, "run": self._run_number, "error": self._error,
-            "restarts": self._restart_at is not None,
+            "state": self.state, "number": self.number, "run": self._run_number, "error": self._failure.error,
+            "restarts": self._failure.will_restart,
             "settings": self._camera_status.get("settings") if is_open else None,
             "limits": self._camera_status.get("limits") if is_open else None,
             "image": self._camera_status.get("image") if is_open else None,
