@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A program to be traced: traced_program WAY [NUMBER or FILE [NUMBER]]. Each way ends it differently, or works in another way until its end.
 #include "vxmcd.h"
+#include "vxmcd_result_codes.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -102,6 +103,7 @@ unsigned int Ignore(void* /*context*/)
   return 0;
 }
 
+// Asks whether it is there another number of times in each run.
 void TakeAnImage()
 {
   int contexts[2] = {};
@@ -115,7 +117,7 @@ void TakeAnImage()
   SetAcquisitionMode(1);
   SetExposureTime(0.001F);
   StartAcquisition();
-  WaitForAcquisition();
+  for (int status = RC_ACQUIRING; status == RC_ACQUIRING; usleep(100)) GetStatus(&status);
   std::vector<unsigned short> image(std::size_t{100} * 80);
   GetAcquiredData16(image.data(), image.size());
   ShutDown();
