@@ -74,8 +74,9 @@ void CheckCameras(TFindings& findings, const TCameraFacts& facts, int camera)
   }
   if (facts.description)
     CheckOpenCamera(findings, *facts.description);
-  else if (!facts.cameras.empty() && (camera >= static_cast<int>(facts.cameras.size()) ||
-                                      facts.cameras[static_cast<std::size_t>(camera)].problem.empty()))
+  else if (camera >= static_cast<int>(facts.cameras.size()) && !facts.cameras.empty())
+    findings.Problem(facts.openError, "vxmcd list names the cameras");
+  else if (!facts.cameras.empty() && facts.cameras[static_cast<std::size_t>(camera)].problem.empty())
     findings.Problem(facts.openError, "VXMCD_LOG=info vxmcd info --camera " + std::to_string(camera));
 }
 

@@ -34,7 +34,6 @@ std::string TailOf(const std::string& path, std::streamoff bytes)
   return text.str();
 }
 
-/// The log's file of "level:file"; "" when it goes to standard error.
 std::string Verdict(const TFindings& findings)
 {
   const int problems = findings.Count(Severity::Problem);
