@@ -124,6 +124,12 @@ bool WaitForImages(TCheckContext& check, long images)
   return TotalImages(check) >= images;
 }
 
+void UseUpWaits(TCheckContext& check)
+{
+  while (CHECK_CALL(check, WaitForAcquisitionTimeOut, 1) == RC_SUCCESS)
+    ;
+}
+
 bool WaitUntilIdle(TCheckContext& check, long images)
 {
   const double seconds = CycleSeconds(check) * static_cast<double>(images) + kSlackSeconds;

@@ -44,6 +44,8 @@ long TotalImages(TCheckContext& check);
 void StartRun(TCheckContext& check, RunKind kind, int images = 1);
 /// Waits for so many images of the run since its start, at most as long as they may take. False when they do not come.
 bool WaitForImages(TCheckContext& check, long images);
+/// After a run, makes the waits that its images end at once since no thread had waited for them: later ones last.
+void UseUpWaits(TCheckContext& check);
 /// Waits until the run ends by itself, at most as long as it may take. False when it does not end.
 bool WaitUntilIdle(TCheckContext& check, long images);
 /// Takes a series; ends the check when it is not complete.

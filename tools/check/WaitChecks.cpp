@@ -37,8 +37,7 @@ void EndRun(TCheckContext& check)
 {
   StartRun(check, RunKind::Series, 1);
   check.Need("a run does not end well", WaitUntilIdle(check, 1));
-  while (CHECK_CALL(check, WaitForAcquisitionTimeOut, 1) == RC_SUCCESS)
-    ;
+  UseUpWaits(check);
 }
 
 } // namespace
