@@ -84,14 +84,19 @@ class CameraWorker:
         self._recording: Optional[Recording] = None
         self._last_recording: Optional[Dict[str, object]] = None
         self._failure = Failure()
-        self._run_number = 0
         self._next_open = self._next_status = self._next_temperature = self._next_image = 0.0
         self._camera_status: Dict[str, object] = {}
         self._temperature: Dict[str, object] = {}
-        self._published: Dict[str, object] = {}
+        self._saturation = 0
+        # Of the present run, or the last one:
+        self._run_number = 0
+        self._cycle = 0.0
+        self._has_even_period = False
         self._total = self._last = 0
+        self._last_arrival = 0.0
+        self._rate = _Rate()
+        self._gaps = TickGaps()
         self._lost: Optional[int] = None
-        self._fetch_seconds = 0.0
 
     def open_first(self) -> None:
         """Opens the camera before the thread starts. Raises what Camera does."""
@@ -139,13 +144,13 @@ class CameraWorker:
         except Exception as error:
             _log.error("%s", error)
         self._close()
-        self._answer_commands(RuntimeError("the program ends"))
+        self._refuse_commands(RuntimeError("the program ends"))
 
     def _step(self):
         now = time.monotonic()
         if self._viewers:
             self._unwatched_since = now
-        self._obey()
+        self._handle_commands()
         if self._camera is None:
             if now >= self._next_open:
                 self._reopen()
@@ -168,7 +173,7 @@ class CameraWorker:
 
     # Commands
 
-    def _obey(self):
+    def _handle_commands(self):
         while not self._commands.empty():
             act, arguments, future = self._commands.get()
             if not future.set_running_or_notify_cancel():  # nobody waits any more: the program ends
@@ -183,7 +188,7 @@ class CameraWorker:
                 self._publish()
                 future.set_result(answer)
 
-    def _answer_commands(self, error):
+    def _refuse_commands(self, error):
         while not self._commands.empty():
             future = self._commands.get()[2]
             if future.set_running_or_notify_cancel():
