@@ -18,7 +18,6 @@ from .errors import DamagedImageError, SpoolFormatError
 from .regular_file import open_regular
 from .stamp import RunStamp
 
-_MAX_FRAME_BYTES = 2**22  # of frames that are read to be decoded, at least one
 _MAX_IMAGES = 512  # read by one call: each is two of at most 1024 buffers
 _MAX_GAP = 2**12  # bytes between images that are read with them rather than passed over by another call
 
