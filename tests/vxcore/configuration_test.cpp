@@ -77,7 +77,7 @@ TEST_F(SimulatorConfiguration, MistakesAreRefusedWithTheirPlace)
       {"[Simulator]\nCameras = 65\n", "line 2"},
       {"[Simulator]\nColour = red\n", "[Simulator] Colour"},
       {"[Camera0]\n\nModel = NOBODY\n", "line 3, [Camera0] Model"},
-      {"[Camera0]\nClock = fast\n", "'fast'"},
+      {"[Camera0]\nClock = fast\n", "'fast' is not a valid value; real or free is"},
       {"[Camera0]\nmodel = RQ512_LX\n", "unknown key"},
       {"[Camera0]\nScene = nowhere\n", "'nowhere'"},
       {"[Camera0]\nPattern = beads\n", "'beads'"},

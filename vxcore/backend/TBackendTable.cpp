@@ -29,7 +29,7 @@ bool ReadBackendSwitch(const TConfigurationEntry& entry, std::vector<TShare>& sh
     return false;
   }
   if (ReadSwitch(entry.value, named->isOn)) return true;
-  error = entry.Where() + ": '" + entry.value + "' is not a valid value";
+  error = entry.Where() + ": '" + entry.value + "' is not a valid value; on or off is";
   return false;
 }
 

@@ -15,12 +15,16 @@ using namespace vxcore;
 
 namespace {
 
-/// One key of a camera section: its name, and how its text becomes a setting. False: the text is not valid.
+/// One key of a camera section: its name, how its text becomes a setting (false: the text is not valid), and what is accepted,
+/// for a message.
 struct TKey
 {
   const char* name;
   bool (*read)(const std::string& text, TCameraConfiguration& camera);
+  const char* form;
 };
+
+constexpr const char* kSwitchForm = "on or off is";
 
 /// "Internal 0x2C, Controller 0x4B"
 bool ReadMissingI2c(const std::string& text, TCameraConfiguration& camera)
@@ -43,94 +47,127 @@ const TKey kCameraKeys[] = {
      [](const std::string& text, TCameraConfiguration& camera) {
        camera.model = text;
        return FindCameraModel(text) != nullptr;
-     }},
+     },
+     "TRELLIS CMOS, RQ512_LX or TARN 1M is"},
     {"Clock",
      [](const std::string& text, TCameraConfiguration& camera) {
        camera.clock = text == "free" ? EClock::Free : EClock::Real;
        return text == "free" || text == "real";
-     }},
+     },
+     "real or free is"},
     {"Source",
      [](const std::string& text, TCameraConfiguration& camera) {
        camera.source = text == "manual" ? ESource::Manual : ESource::Sensor;
        return text == "manual" || text == "sensor";
-     }},
+     },
+     "sensor or manual is"},
     {"Scene",
-     [](const std::string& text, TCameraConfiguration& camera) { return SceneFromName(text, camera.scene.kind); }},
+     [](const std::string& text, TCameraConfiguration& camera) { return SceneFromName(text, camera.scene.kind); },
+     "star field, beads, resolution chart, gradient, flat, dark, counter or stamp is"},
     {"Pattern",
      [](const std::string& text, TCameraConfiguration& camera) {
        return (text == "counter" || text == "stamp") && SceneFromName(text, camera.scene.kind);
-     }},
+     },
+     "counter or stamp is"},
     {"Brightness",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 0.0, 1e6, camera.scene.brightness);
-     }},
+     },
+     "a number from 0 to 1e6 is"},
     {"PhotonsPerSecond",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 0.0, 1e12, camera.scene.flatPhotonsPerSecond);
-     }},
+     },
+     "a number from 0 to 1e12 is"},
     {"Background",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 0.0, 1e12, camera.scene.backgroundPhotonsPerSecond);
-     }},
+     },
+     "a number from 0 to 1e12 is"},
     {"Objects",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadInteger(text, 0, 1000000, camera.scene.objectCount);
-     }},
-    {"Motion", [](const std::string& text,
-                  TCameraConfiguration& camera) { return ReadNumber(text, 0.0, 1e6, camera.scene.motionScale); }},
+     },
+     "a whole number from 0 to 1000000 is"},
+    {"Motion",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 1e6, camera.scene.motionScale);
+     },
+     "a number from 0 to 1e6 is"},
     {"Noise",
-     [](const std::string& text, TCameraConfiguration& camera) { return ReadSwitch(text, camera.scene.noise); }},
+     [](const std::string& text, TCameraConfiguration& camera) { return ReadSwitch(text, camera.scene.noise); },
+     kSwitchForm},
     {"Gain",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 1e-6, 1e6, camera.gainElectronsPerCount.emplace());
-     }},
+     },
+     "a number from 1e-6 to 1e6 is"},
     {"ReadNoise",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 0.0, 1e6, camera.readNoiseElectrons.emplace());
-     }},
+     },
+     "a number from 0 to 1e6 is"},
     {"FullWell",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 1.0, 1e9, camera.fullWellElectrons.emplace());
-     }},
+     },
+     "a number from 1 to 1e9 is"},
     {"DarkCurrent",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 0.0, 1e6, camera.darkElectronsPerSecond.emplace());
-     }},
+     },
+     "a number from 0 to 1e6 is"},
     {"DarkDoubling",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 1.0, 100.0, camera.darkDoublingCelsius.emplace());
-     }},
-    {"Ambient", [](const std::string& text,
-                   TCameraConfiguration& camera) { return ReadNumber(text, -50.0, 60.0, camera.ambientCelsius); }},
-    {"TimeScale", [](const std::string& text,
-                     TCameraConfiguration& camera) { return ReadNumber(text, 0.0, 10000.0, camera.timeScale); }},
-    {"MissingI2C", ReadMissingI2c},
-    {"Seed", [](const std::string& text,
-                TCameraConfiguration& camera) { return ReadInteger(text, uint64_t{0}, UINT64_MAX, camera.seed); }},
+     },
+     "a number from 1 to 100 is"},
+    {"Ambient",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, -50.0, 60.0, camera.ambientCelsius);
+     },
+     "a number from -50 to 60 is"},
+    {"TimeScale",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadNumber(text, 0.0, 10000.0, camera.timeScale);
+     },
+     "a number from 0 to 10000 is"},
+    {"MissingI2C", ReadMissingI2c, "a list such as Internal 0x2D, Controller 0x4B is"},
+    {"Seed",
+     [](const std::string& text, TCameraConfiguration& camera) {
+       return ReadInteger(text, uint64_t{0}, UINT64_MAX, camera.seed);
+     },
+     "a whole number from 0 to 2^64 - 1 is"},
     {"MemoryBytes",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadInteger(text, 1LL, LLONG_MAX, camera.memoryBytes);
-     }},
+     },
+     "a whole number from 1 is"},
     {"MemoryFrames",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadInteger(text, 1LL, 100000000LL, camera.memoryFrames);
-     }},
+     },
+     "a whole number from 1 to 100000000 is"},
     {"StridePadding",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadInteger(text, 0, 65536, camera.stridePadding);
-     }},
+     },
+     "a whole number from 0 to 65536 is"},
     {"TriggerPeriod",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 0.0, 1e6, camera.trigger.periodSeconds);
-     }},
+     },
+     "a number from 0 to 1e6 is"},
     {"TriggerWidth",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 1e-9, 1e6, camera.trigger.widthSeconds);
-     }},
+     },
+     "a number from 1e-9 to 1e6 is"},
     {"TriggerDelay",
      [](const std::string& text, TCameraConfiguration& camera) {
        return ReadNumber(text, 0.0, 1e6, camera.trigger.delaySeconds);
-     }},
+     },
+     "a number from 0 to 1e6 is"},
 };
 
 bool ReadRemovals(const std::string& text, TCameraConfiguration& camera)
@@ -152,7 +189,7 @@ bool ReadCameraKey(const TConfigurationEntry& entry, TCameraConfiguration& camer
   for (const TKey& key : kCameraKeys) {
     if (entry.key != key.name) continue;
     if (key.read(entry.value, camera)) return true;
-    error = entry.Where() + ": '" + entry.value + "' is not a valid value";
+    error = entry.Where() + ": '" + entry.value + "' is not a valid value; " + key.form;
     return false;
   }
   error = entry.Where() + ": unknown key";
@@ -162,6 +199,7 @@ bool ReadCameraKey(const TConfigurationEntry& entry, TCameraConfiguration& camer
 bool ReadFeatureKey(const TConfigurationEntry& entry, TFeatureOverride& change, std::string& error)
 {
   bool good = true;
+  const bool isSwitch = entry.key == "Remove" || entry.key == "ReadOnly";
   if (entry.key == "Value")
     change.value = FromUtf8(entry.value);
   else if (entry.key == "Min")
@@ -179,7 +217,9 @@ bool ReadFeatureKey(const TConfigurationEntry& entry, TFeatureOverride& change, 
     error = entry.Where() + ": unknown key";
     return false;
   }
-  if (!good) error = entry.Where() + ": '" + entry.value + "' is not a valid value";
+  if (!good)
+    error = entry.Where() + ": '" + entry.value + "' is not a valid value; " +
+            (isSwitch ? kSwitchForm : "a number is");
   return good;
 }
 
