@@ -48,10 +48,15 @@ bool LowerInitialiseCounter()
 int OpenCameraDevice(long handle)
 {
   int coreHandle = VX_HANDLE_NONE;
-  const int code = OpenDevice(static_cast<int>(handle - kFirstCameraHandle), coreHandle);
+  // The feature library numbers devices with an int: of a greater number it would see the lower half, and open another
+  // camera.
+  const bool isDevice =
+      handle >= kFirstCameraHandle && handle - kFirstCameraHandle <= std::numeric_limits<int>::max();
+  const int code =
+      isDevice ? OpenDevice(static_cast<int>(handle - kFirstCameraHandle), coreHandle) : VX_ERR_OUT_OF_RANGE;
   if (code != VX_SUCCESS || coreHandle == VX_HANDLE_NONE) {
-    QuorinUtility::TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__, "camera %ld: VX_Open answered %d",
-                                                 handle, code);
+    QuorinUtility::TQuorinLibDebugOutput::Output(__FILE__, __LINE__, __func__,
+                                                 "camera %ld cannot be opened: code %d", handle, code);
     return VX_HANDLE_NONE;
   }
   if (isImplemented(coreHandle, Feature::kCameraModel)) return coreHandle;
