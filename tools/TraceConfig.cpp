@@ -33,18 +33,12 @@ struct TFeature
   }
 };
 
-/// The calls of one function for one feature.
-struct TAnswers
-{
-  std::set<std::uint32_t> codes;
-  std::uint64_t calls = 0;
-};
-
 struct TSeenCamera
 {
   std::map<std::string, TFeature> features;
   std::set<std::string> missing;
-  std::map<std::pair<std::string, std::string>, TAnswers> answers; ///< by function and feature
+  std::map<std::pair<std::string, std::string>, std::set<std::uint32_t>> codes; ///< by function and feature
+  bool isAcquiring = false;                                                     ///< at this place of the trace
 };
 
 void SetOnce(std::string& target, const TTraceValue& value)
@@ -56,6 +50,13 @@ void SetOnce(std::string& target, const TTraceValue& value)
 bool HasOwnLimits(const std::string& feature)
 {
   return !feature.starts_with("AOI");
+}
+
+// Whether the present value or a run is why the call was refused: a simulated camera refuses it for itself.
+bool IsOfTheMoment(const TSeenCamera& camera, std::uint32_t code)
+{
+  return code == VX_ERR_INDEX_NOT_IMPLEMENTED || code == VX_ERR_STRING_NOT_AVAILABLE ||
+         (code == VX_ERR_NOT_WRITABLE && camera.isAcquiring);
 }
 
 void See(TSeenCamera& camera, const TTraceCall& call, const std::string& name)
@@ -103,9 +104,11 @@ TSeenCameras CamerasOf(const TTraceFile& file)
     const auto found = indices.find(call.Value("handle").whole);
     if (name.empty() || found == indices.end()) continue;
     TSeenCamera& camera = seen.cameras[found->second];
-    TAnswers& answers = camera.answers[{call.function->name, name}];
-    answers.codes.insert(call.Code());
-    ++answers.calls;
+    if (call.function->name == "VX_Command" && name == "AcquisitionStart" && call.Code() == VX_SUCCESS)
+      camera.isAcquiring = true;
+    if (call.function->name == "VX_Command" && name == "AcquisitionStop") camera.isAcquiring = false;
+    if (IsOfTheMoment(camera, call.Code())) continue;
+    camera.codes[{call.function->name, name}].insert(call.Code());
     if (call.Code() == VX_SUCCESS) See(camera, call, name);
   }
   return seen;
@@ -119,8 +122,7 @@ std::string ModelOf(const TSeenCamera& camera)
       std::find(kModels.begin(), kModels.end(), model->second.value) != kModels.end())
     return model->second.value;
   const auto has = [&](const char* name) {
-    const auto answers = camera.answers.find({"VX_IsImplemented", name});
-    return answers != camera.answers.end() && camera.missing.count(name) == 0;
+    return camera.codes.count({"VX_IsImplemented", name}) > 0 && camera.missing.count(name) == 0;
   };
   return has("SimplePreAmpGainControl") ? kModels[0] : has("TriggerConfiguration") ? kModels[2] : kModels[1];
 }
@@ -143,10 +145,10 @@ std::string FeatureText(const std::string& section, const std::string& name, con
 }
 
 // A call that was sometimes answered otherwise depends on the other settings, as it does in the simulator.
-bool IsRefusal(const TAnswers& answers)
+bool IsRefusal(const std::set<std::uint32_t>& codes)
 {
-  if (answers.codes.size() != 1) return false;
-  const std::uint32_t code = *answers.codes.begin();
+  if (codes.size() != 1) return false;
+  const std::uint32_t code = *codes.begin();
   return code != VX_SUCCESS && code != VX_ERR_NOT_IMPLEMENTED && code != VX_ERR_INVALID_HANDLE &&
          code != VX_ERR_NOT_INITIALISED && code != VX_ERR_TIMED_OUT;
 }
@@ -168,10 +170,10 @@ std::string ConfigOf(const TTraceFile& file)
             (removed.empty() ? "" : "Remove = " + removed + "\n");
     for (const auto& [name, feature] : camera.features)
       if (camera.missing.count(name) == 0 && name != "DeviceSource") text += FeatureText(section, name, feature);
-    for (const auto& [call, answers] : camera.answers)
-      if (IsRefusal(answers) && camera.missing.count(call.second) == 0)
+    for (const auto& [call, codes] : camera.codes)
+      if (IsRefusal(codes) && camera.missing.count(call.second) == 0)
         rules += "Rule = call " + call.first + " feature " + call.second + " device " + std::to_string(index) +
-                 " rc " + std::to_string(*answers.codes.begin()) + "\n";
+                 " rc " + std::to_string(*codes.begin()) + "\n";
   }
   return rules.empty() ? text : text + "\n[Faults]\n" + rules;
 }
