@@ -216,6 +216,12 @@ TEST_F(ToolTrace, HasImagesAndRegistersOnRequest)
   EXPECT_THAT(contexts, ::testing::ElementsAre("object 1", "object 2", "object 1"));
   EXPECT_THAT(Run({"trace", "replay", Path("s.vxtr")}).output,
               ::testing::StartsWith("no difference in " + std::to_string(Calls("s.vxtr", {"--api"}).size())));
+  const std::string real =
+      directory_.File(kSmallCamera + std::string("[Camera0.DeviceSource]\nValue = a network\n"));
+  EXPECT_THAT(
+      Run({"trace", "replay", "--config", real, Path("s.vxtr")}).output,
+      HasSubstr(
+          "not replayed: 1 call of vxsys_CameraPotsSetPotDefaultEnable: they may change the camera for good"));
 }
 
 TEST_F(ToolTrace, ReplayMayTakeImagesEarlier)
@@ -227,6 +233,21 @@ TEST_F(ToolTrace, ReplayMayTakeImagesEarlier)
   const json report = json::parse(Run({"trace", "replay", "--json", "--config", faster, Path("e.vxtr")}).output);
   EXPECT_EQ(report["first_difference"], nullptr) << report;
   EXPECT_GE(report["timing"], 2) << report;
+
+  // The second image does not come: the wait for it is ended, and then it is missing.
+  const std::string losing =
+      directory_.File(std::string(kSteadyCamera) + "[Faults]\nRule = frame at 2 drop\n", "losing.ini");
+  const TOutcome missing = Run({"trace", "replay", "--config", losing, Path("e.vxtr")});
+  EXPECT_EQ(missing.exitCode, 3);
+  EXPECT_THAT(missing.output, HasSubstr("= 20024 RC_NO_NEW_DATA"));
+  EXPECT_THAT(missing.output, HasSubstr("\n1 difference in "));
+}
+
+TEST_F(ToolTrace, ReplayKeepsTheOrderOfThreads)
+{
+  Configure(kSmallCamera);
+  Run({"trace", "record", "-o", Path("t.vxtr"), VXTOOL_TRACED_PROGRAM, "turns"});
+  EXPECT_THAT(Run({"trace", "replay", Path("t.vxtr")}).output, ::testing::StartsWith("no difference in 40"));
 }
 
 TEST_F(ToolTrace, CallsBackAsTheProgramDid)

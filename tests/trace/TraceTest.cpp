@@ -187,8 +187,7 @@ TEST_F(Trace, KeepsBeginningAndEndWithinItsLimit)
     EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
     for (const TTraceCall& call : file.Calls()) EXPECT_NE(call.state, CallState::Open);
   };
-  // Calls into the feature library begin and end in other chunks, and one call goes on during all others.
-  const TEnding limited = Run({"inside", TRACED_POTS, std::to_string(kCalls)}, ",limit=2M");
+  const TEnding limited = Run({"calls", std::to_string(kCalls)}, ",limit=2M");
   EXPECT_EQ(limited.errors, "");
   expectEnds(Read());
   EXPECT_LT(std::filesystem::file_size(Path()), 3U << 20);
@@ -203,6 +202,37 @@ TEST_F(Trace, KeepsBeginningAndEndWithinItsLimit)
   const TEnding hopeless = Run({"calls", std::to_string(kCalls)}, "", 1 << 20);
   EXPECT_EQ(hopeless.status, 0);
   EXPECT_THAT(hopeless.errors, HasSubstr("cannot be written: File too large; the trace stays off\n"));
+}
+
+// Calls begin in one chunk and end in another, and one call goes on during all others.
+TEST_F(Trace, JoinsNoCallsAcrossDroppedChunks)
+{
+  constexpr int kCalls = 4000;
+  Run({"inside", TRACED_POTS, std::to_string(kCalls)});
+  TTraceFile file = Read();
+  std::vector<std::byte> whole = file.Bytes();
+  whole.resize(file.UsedBytes());
+  constexpr std::size_t kChunk = TraceFormat::kChunkBytes;
+  ASSERT_GT(whole.size(), 10 * kChunk);
+  std::swap_ranges(whole.end() - kChunk, whole.end(), whole.end() - 2 * kChunk); // as in a file at its limit
+  for (std::size_t dropped = whole.size() - 3 * kChunk; dropped > 2 * kChunk; dropped -= kChunk) {
+    std::vector<std::byte> rest = whole;
+    std::fill_n(rest.begin() + static_cast<std::ptrdiff_t>(dropped), sizeof(TraceFormat::TChunkHeader),
+                std::byte{0});
+    TTraceFile read;
+    ASSERT_EQ(read.Parse(std::move(rest)), "");
+    EXPECT_EQ(read.DroppedChunks(), 1U);
+    EXPECT_EQ(Numbers(read).back(), kCalls - 1);
+    const auto isWhole = [](const TTraceCall& call) { return call.HasBegin() && call.state == CallState::Ended; };
+    const auto& calls = read.Calls();
+    for (auto call = calls.begin(); call != calls.end(); ++call) {
+      EXPECT_NE(call->state, CallState::Open);
+      EXPECT_TRUE(call->function->name != "vxsys_CameraPotsLoadFile" || isWhole(*call));
+      if (call->function->name != "IsCoolerOn" || !isWhole(*call)) continue;
+      ASSERT_GT(calls.end() - call, 2);
+      EXPECT_TRUE(isWhole(call[1]) && isWhole(call[2])) << "what it called, at " << call->beginSeconds;
+    }
+  }
 }
 
 TEST_F(Trace, IsOfOneProcess)

@@ -3,6 +3,7 @@
 #include "vxmcd.h"
 #include "vxmcd_result_codes.h"
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
@@ -120,6 +121,7 @@ void TakeAnImage()
   for (int status = RC_ACQUIRING; status == RC_ACQUIRING; usleep(100)) GetStatus(&status);
   std::vector<unsigned short> image(std::size_t{100} * 80);
   GetAcquiredData16(image.data(), image.size());
+  vxsys_CameraPotsSetPotDefaultEnable(0);
   ShutDown();
 }
 
@@ -146,6 +148,29 @@ void TakeASeries()
   ShutDown();
 }
 
+// Two threads set and read a setting in turns: in another order they read other values.
+void TakeTurns()
+{
+  constexpr int kTurns = 400;
+  Initialize(nullptr);
+  std::atomic<int> turn{0};
+  const auto take = [&turn](int first) {
+    for (int mine = first; mine < kTurns; mine += 2) {
+      while (turn < mine) std::this_thread::yield();
+      float seconds[3] = {};
+      if (first == 0)
+        SetExposureTime(0.001F * static_cast<float>(1 + mine % 5));
+      else
+        GetAcquisitionTimings(&seconds[0], &seconds[1], &seconds[2]);
+      turn = mine + 1;
+    }
+  };
+  std::thread other(take, 1);
+  take(0);
+  other.join();
+  ShutDown();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -162,6 +187,7 @@ int main(int argc, char** argv)
       {"abort", [=] { Call(number), std::abort(); }},
       {"_exit", [=] { Call(number), _exit(0); }},
       {"series", [=] { TakeASeries(); }},
+      {"turns", [] { TakeTurns(); }},
       {"calls", [=] { Call(number); }},
       {"forever",
        [=] {
