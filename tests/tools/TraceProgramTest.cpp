@@ -108,6 +108,7 @@ TEST_F(ToolTrace, ComparesWhatTwoRunsDid)
   EXPECT_EQ(same.exitCode, 0);
   EXPECT_THAT(same.output, ::testing::StartsWith("no difference in "));
   EXPECT_THAT(same.output, HasSubstr("\nnot counted, "));
+  EXPECT_THAT(Run({"trace", "config", Path("e.vxtr")}).output, Not(HasSubstr("[Faults]"))); // only of the run
   EXPECT_THAT(Run({"trace", "replay", "--json", Path("e.vxtr")}).output, HasSubstr("\"not_replayed\":[],"));
 
   Configure(std::string(kSmallCamera) + "[Faults]\nRule = call VX_SetFloat feature ExposureTime rc 6\n");

@@ -118,6 +118,7 @@ void TakeAnImage()
   SetAcquisitionMode(1);
   SetExposureTime(0.001F);
   StartAcquisition();
+  SetBaselineClamp(1); // refused during the run
   for (int status = RC_ACQUIRING; status == RC_ACQUIRING; usleep(100)) GetStatus(&status);
   std::vector<unsigned short> image(std::size_t{100} * 80);
   GetAcquiredData16(image.data(), image.size());
