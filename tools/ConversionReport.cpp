@@ -76,7 +76,7 @@ std::string RunStateText(const TRunValues& facts)
   case RunFormat::State::kComplete:
     return "complete";
   case RunFormat::State::kAborted:
-    return "aborted by the program that took it";
+    return "aborted by the program that took it, or the camera delivered no more images";
   case RunFormat::State::kFailed:
     return "failed" + (facts.failure.empty() ? "" : ": " + facts.failure);
   case RunFormat::State::kRecording:
