@@ -7,7 +7,7 @@ from typing import Dict
 
 from aiohttp import web
 
-_MAX_CONNECTIONS = 200  # descriptors that strangers hold are missing when a recording opens its files
+_MAX_CONNECTIONS = 200  # so that a recording has descriptors for its files, whoever connects
 _FIRST_REQUEST_SECONDS = 10.0
 
 
