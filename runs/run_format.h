@@ -101,8 +101,7 @@ inline constexpr TKey kImageSize{kDataSection, "ImageSize", Kind::kInteger, "byt
 inline constexpr TKey kFormat{kRunSection, "Format", Kind::kInteger, "1, the version of this layout"};
 inline constexpr TKey kState{kRunSection, "State", Kind::kWord,
                              "`recording`, `complete`, `aborted` (by the program, or the camera delivered no more "
-                             "images) or `failed`; the run of "
-                             "a program that was killed stays `recording`"};
+                             "images) or `failed`; the run of a program that was killed stays `recording`"};
 inline constexpr TKey kCompleted{kRunSection, "Completed", Kind::kSwitch,
                                  "`true` when every image of the series is on disk"};
 inline constexpr TKey kImagesExpected{kRunSection, "ImagesExpected", Kind::kInteger, "length of the series"};
