@@ -231,7 +231,8 @@ TEST(RunFacts, APixelHasASizeWhereItsBinningIsKnown)
 {
   TRunFacts facts;
   facts.pixelWidthMicrometres = facts.pixelHeightMicrometres = 6.5;
-  EXPECT_FALSE(facts.ImagePixelWidth() || facts.ImagePixelHeight()) << "of a recording that does not tell its area";
+  EXPECT_FALSE(facts.ImagePixelWidth() || facts.ImagePixelHeight())
+      << "of a recording that does not tell its area";
   facts.area.width = facts.area.height = 8;
   facts.area.horizontalBinning = 2;
   facts.area.verticalBinning = 4;

@@ -104,7 +104,7 @@ TEST_F(ToolTrace, ComparesWhatTwoRunsDid)
   Configure(kSmallCamera);
   for (const char* const name : {"e.vxtr", "f.vxtr"})
     Run({"trace", "record", "-o", Path(name), VXTOOL_TRACED_PROGRAM, "image"});
-  const TOutcome same = Run({"trace", "diff", Path("e.vxtr"), Path("f.vxtr")});
+  const TOutcome same = Run({"trace", "diff", "--api", Path("e.vxtr"), Path("f.vxtr")});
   EXPECT_EQ(same.exitCode, 0);
   EXPECT_THAT(same.output, ::testing::StartsWith("no difference in "));
   EXPECT_THAT(same.output, HasSubstr("\nnot counted, "));
@@ -115,8 +115,8 @@ TEST_F(ToolTrace, ComparesWhatTwoRunsDid)
   Run({"trace", "record", "-o", Path("g.vxtr"), VXTOOL_TRACED_PROGRAM, "image"});
   const TOutcome other = Run({"trace", "diff", "--api", Path("e.vxtr"), Path("g.vxtr")});
   EXPECT_EQ(other.exitCode, 3);
-  EXPECT_THAT(other.output, HasSubstr("< T1 SetExposureTime(seconds=0.001) = 20002 RC_SUCCESS\n"
-                                      "> T1 SetExposureTime(seconds=0.001) = 20066 RC_P1_INVALID\n"));
+  EXPECT_THAT(other.output, HasSubstr("< T1 SetExposureTime(seconds=10) = 20002 RC_SUCCESS\n"
+                                      "> T1 SetExposureTime(seconds=10) = 20066 RC_P1_INVALID\n"));
 }
 
 TEST_F(ToolTrace, RedactsTheSameEverywhere)

@@ -116,10 +116,15 @@ void TakeAnImage()
   SetReadMode(4);
   SetImage(1, 1, 1, 100, 1, 80);
   SetAcquisitionMode(1);
-  SetExposureTime(0.001F);
+  SetExposureTime(10.0F);
   StartAcquisition();
   SetBaselineClamp(1); // refused during the run
-  for (int status = RC_ACQUIRING; status == RC_ACQUIRING; usleep(100)) GetStatus(&status);
+  int status = RC_IDLE;
+  for (int i = 0; i < 3; ++i) GetStatus(&status); // asks the same again
+  AbortAcquisition();
+  SetExposureTime(0.001F);
+  StartAcquisition();
+  WaitForAcquisition();
   std::vector<unsigned short> image(std::size_t{100} * 80);
   GetAcquiredData16(image.data(), image.size());
   vxsys_CameraPotsSetPotDefaultEnable(0);
