@@ -30,6 +30,7 @@ void Call(int count, int first = 0)
 void CallInThreads(int threadCount)
 {
   std::vector<std::thread> threads;
+  threads.reserve(static_cast<std::size_t>(threadCount));
   for (int i = 0; i < threadCount; ++i) threads.emplace_back([i] { Call(kCallsOfAThread, i * kCallsOfAThread); });
   for (std::thread& thread : threads) thread.join();
 }

@@ -63,13 +63,13 @@ void CheckCameras(TFindings& findings, const TCameraFacts& facts, int camera)
     findings.Problem("no camera is attached",
                      "see docs/real-cameras.md for real cameras, docs/simulator.md for simulated ones");
   for (const TAttachedCamera& one : facts.cameras) {
-    const std::string name = "camera " + std::to_string(one.number);
+    std::string text = "camera " + std::to_string(one.number);
     const std::string what =
         one.model.value_or("unknown model") + ", " + one.source.value_or("which does not say where it is");
     if (one.problem.empty())
-      findings.Right(name + ": " + what);
+      findings.Right(text.append(": ").append(what));
     else
-      findings.Problem(name + " cannot be opened: " + one.problem,
+      findings.Problem(text.append(" cannot be opened: ").append(one.problem),
                        "close the other program, or check power, cable and address");
   }
   if (facts.description)

@@ -35,7 +35,7 @@ void TReplayFiles::Remove() const
 std::string TReplayFiles::PathFor(const std::string& function, const std::string& recorded) const
 {
   const bool isOfHome = !home_.empty() && (recorded == "~" || recorded.starts_with("~/"));
-  const std::string path = isOfHome ? home_ + recorded.substr(1) : recorded;
+  std::string path = isOfHome ? home_ + recorded.substr(1) : recorded;
   if (hasSamePaths_ || path.empty()) return path;
   std::error_code error;
   // Without "..", so that it stays in the directory.
